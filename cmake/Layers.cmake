@@ -1,0 +1,47 @@
+# One static library per layer, with its links declared in one place.
+
+add_library(penwick_options INTERFACE)
+target_include_directories(penwick_options INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(penwick_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
+    $<$<BOOL:${PENWICK_WARNINGS_AS_ERRORS}>:-Werror>)
+target_compile_definitions(penwick_options INTERFACE
+    QT_NO_CAST_FROM_ASCII
+    QT_NO_CAST_TO_ASCII
+    QT_NO_FOREACH
+    QT_NO_KEYWORDS # GLib's headers, which the script engine's include, use `signals` as a name.
+    PENWICK_VERSION="${PROJECT_VERSION}")
+if(PENWICK_SANITIZE)
+    target_compile_options(penwick_options INTERFACE
+        -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+    target_link_options(penwick_options INTERFACE -fsanitize=address,undefined)
+endif()
+
+# add_layer(NAME SOURCES file... LINKS target...)
+#
+# Defines the static library NAME of one folder. Only what LINKS names may be included from it;
+# tools/check-layers.py holds the same table and fails on an include that does not follow it.
+function(add_layer name)
+    cmake_parse_arguments(PARSE_ARGV 1 LAYER "" "" "SOURCES;LINKS")
+    add_library(${name} STATIC ${LAYER_SOURCES})
+    target_link_libraries(${name} PUBLIC penwick_options ${LAYER_LINKS})
+endfunction()
+
+# add_layer_test(SOURCE LINKS target...)
+#
+# Builds SOURCE, a QtTest executable named after its file, and registers it with ctest. It runs on
+# the offscreen platform unless the test sets another one.
+function(add_layer_test source)
+    cmake_parse_arguments(PARSE_ARGV 1 TEST "" "" "LINKS")
+    cmake_path(GET source STEM name)
+    add_executable(${name} ${source})
+    target_link_libraries(${name} PRIVATE ${TEST_LINKS} test_support Qt6::Test)
+    target_compile_definitions(${name} PRIVATE
+        PENWICK_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}")
+    set_target_properties(${name} PROPERTIES
+        RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES
+        TIMEOUT 300
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
+endfunction()
