@@ -1,0 +1,77 @@
+#pragma once
+
+#include "editor/TextStorage.h"
+#include "text/Text.h"
+
+#include <QAbstractScrollArea>
+#include <QElapsedTimer>
+
+#include <memory>
+
+class QTextLayout;
+
+namespace penwick {
+
+class TextLayoutCache;
+class TextViewPainter;
+
+/// A plain-text view over a `TextStorage`. It lays out only what can be seen, so its cost per
+/// keystroke, paint and scroll step does not depend on the size of the text.
+///
+/// Positions and ranges are in UTF-16 code units, 0-based. The caret and deletion move by grapheme
+/// clusters. A composition of an input method is shown at the caret but is not part of the text
+/// until it is committed.
+class TextView final : public QAbstractScrollArea
+{
+    Q_OBJECT
+
+public:
+    /// \param storage not owned; must outlive the view.
+    explicit TextView(TextStorage *storage, QWidget *parent = nullptr);
+    ~TextView() override;
+
+    [[nodiscard]] TextStorage *textStorage() const { return m_storage; }
+
+    /// The whole text; copying it is cheap.
+    [[nodiscard]] const Text &string() const { return m_storage->text(); }
+
+    /// Replaces the whole text without registering it for undo, puts the caret at the start and
+    /// ends a composition. Emits `selectionDidChange`, not `textDidChange`.
+    void setString(const Text &text);
+
+    /// The selection; of length 0 it is the caret.
+    [[nodiscard]] TextRange selectedRange() const;
+    /// Clamped to the text; an end inside a surrogate pair moves to the pair's start. Scrolls the
+    /// caret into view. Emits `selectionDidChange` when the range changed.
+    void setSelectedRange(TextRange range);
+
+    /// True while an input method shows a composition that is not committed yet.
+    [[nodiscard]] bool hasMarkedText() const;
+
+    /// The three calls of one programmatic edit. `shouldChangeText` always allows it and prepares
+    /// undo; `replaceCharacters` changes the storage and moves the selection: a selection that lies
+    /// within the replaced range becomes a caret after the new text, one beyond it moves along;
+    /// `didChangeText` emits `textDidChange`.
+    bool shouldChangeText(TextRange range, const Text &replacement);
+    void replaceCharacters(TextRange range, const Text &replacement);
+    void didChangeText();
+
+public Q_SLOTS:
+    void undo();
+    void redo();
+    void cut();
+    void copy();
+    void paste();
+    void deleteSelection();
+    void selectAll();
+
+Q_SIGNALS:
+    /// The person, undo, redo or a macro changed the text.
+    void textDidChange();
+    /// The selected range changed, by an edit or without one.
+    void selectionDidChange();
+    /// What the edit actions may do changed: undo, redo, cut, copy, paste.
+    void actionStateDidChange();
+};
+
+} // namespace penwick
