@@ -3,12 +3,13 @@
 #include "text/TextMetrics.h"
 
 #include <QByteArray>
+#include <QByteArrayView>
+#include <QExplicitlySharedDataPointer>
 #include <QString>
 #include <QStringView>
 
-#include <tl/expected.hpp>
-
 #include <functional>
+#include <tl/expected.hpp>
 #include <utility>
 
 namespace penwick {
@@ -57,6 +58,9 @@ public:
 
     /// The bytes that `fromUtf8` would read back to this text. No byte-order mark is added.
     [[nodiscard]] QByteArray toUtf8() const;
+    /// The same bytes in blocks of bounded size, in order, until `visit` returns false. Returns
+    /// false when it did. Nothing of the size of the text is allocated.
+    bool forEachUtf8Block(const std::function<bool(QByteArrayView)> &visit) const;
     /// A copy in one piece. Costs memory for the whole text: for a part use `slice`.
     [[nodiscard]] QString toString() const;
 
@@ -77,9 +81,11 @@ public:
 
     /// The text with `length` units from `offset` replaced. O(log n + size of a small insertion).
     [[nodiscard]] Text replaced(qint64 offset, qint64 length, const Text &insertion) const;
+
     [[nodiscard]] Text appended(const Text &tail) const { return replaced(size(), 0, tail); }
 
-    /// Offset just after the `count`th line feed; 0 for 0, the size where there are fewer. O(log n).
+    /// Offset just after the `count`th line feed; 0 for 0, the size where there are fewer. O(log
+    /// n).
     [[nodiscard]] qint64 offsetAfterLineFeed(qint64 count) const;
     /// Offset just after the `count`th visual line break (CR LF is one). As above.
     [[nodiscard]] qint64 offsetAfterLineBreak(qint64 count) const;
@@ -87,7 +93,8 @@ public:
     [[nodiscard]] qint64 offsetAfterSeparator(qint64 count) const;
 
     /// The status bar's cursor position: the number of pieces of the part before `offset` split at
-    /// each separator (1-based line), and the clusters in its last piece (0-based column). O(log n).
+    /// each separator (1-based line), and the clusters in its last piece (0-based column). O(log
+    /// n).
     [[nodiscard]] std::pair<qint64, qint64> separatorLineAndColumn(qint64 offset) const;
     /// The script interface's position: line feeds before `offset`, and the clusters between the
     /// last of them and `offset`. Both 0-based. O(log n).
@@ -109,15 +116,20 @@ public:
     /// True when both hold the same code units. At once for two copies of one value; otherwise
     /// shared parts are skipped.
     [[nodiscard]] bool operator==(const Text &other) const;
+
     /// True when both are copies of one value: a quick answer that may be false for equal texts.
     [[nodiscard]] bool isSameValue(const Text &other) const { return m_root == other.m_root; }
 
 private:
-    explicit Text(TextNode *root) noexcept : m_root(root) {}
+    using NodePtr = QExplicitlySharedDataPointer<const TextNode>;
+
+    explicit Text(NodePtr root) noexcept;
+    [[nodiscard]] qint64 pairStart(qint64 offset) const;
+    [[nodiscard]] qint64 pairEnd(qint64 offset) const;
 
     friend class TextBuilder;
 
-    TextNode *m_root; // Owned, reference counted; null for the empty text.
+    NodePtr m_root; // Null for the empty text.
 };
 
 } // namespace penwick

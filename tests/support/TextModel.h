@@ -1,0 +1,98 @@
+#pragma once
+
+#include "text/TextMetrics.h"
+
+#include <QChar>
+#include <QRandomGenerator>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+#include <unicode/brkiter.h>
+#include <unicode/utext.h>
+#include <utility>
+
+namespace penwick::test {
+
+/// Clusters as ICU's iterator counts them over the whole text: the slow truth.
+inline qint64 clustersByIcu(QStringView text)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<icu::BreakIterator> iterator(
+        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+    UText units = UTEXT_INITIALIZER;
+    utext_openUChars(&units, text.utf16(), text.size(), &status);
+    iterator->setText(&units, status);
+    qint64 count = 0;
+    while (iterator->next() != icu::BreakIterator::DONE)
+        ++count;
+    utext_close(&units);
+    return count;
+}
+
+inline bool isSeparator(QChar c)
+{
+    return QStringView(u"\u000A\u000B\u000C\u000D\u0085\u2028\u2029").contains(c);
+}
+
+/// What `Text::metrics` should say, worked out the slow way.
+inline TextMetrics metricsOf(const QString &text)
+{
+    TextMetrics metrics;
+    metrics.utf16Units = text.size();
+    metrics.utf8Bytes = text.toUtf8().size();
+    metrics.lineFeeds = text.count(u'\n');
+    metrics.crLfPairs = text.count(QLatin1String("\r\n"));
+    for (const QChar c : text)
+        metrics.separators += isSeparator(c) ? 1 : 0;
+    metrics.clusters = clustersByIcu(text);
+    return metrics;
+}
+
+/// The status bar's line and column of `offset`, worked out the slow way.
+inline std::pair<qint64, qint64> separatorLineAndColumn(const QString &text, qsizetype offset)
+{
+    qint64 line = 1;
+    qsizetype start = 0;
+    for (qsizetype i = 0; i < offset; ++i) {
+        if (isSeparator(text[i])) {
+            ++line;
+            start = i + 1;
+        }
+    }
+    return {line, clustersByIcu(QStringView(text).sliced(start, offset - start))};
+}
+
+/// A short random text from what makes counting hard: marks, emoji, flags, Hangul, separators.
+inline QString randomText(QRandomGenerator &random, int pieces)
+{
+    static const QStringList kPieces{
+        QStringLiteral("a"),        QStringLiteral("bc def"),
+        QStringLiteral("\n"),       QStringLiteral("\r"),
+        QStringLiteral("\r\n"),     QStringLiteral("\u0085"),
+        QStringLiteral("\u2028"),   QStringLiteral("\u2029"),
+        QStringLiteral("\v\f"),     QStringLiteral("日本語"),
+        QStringLiteral("か\u3099"), QStringLiteral("ﾊﾞ"),
+        QStringLiteral("e\u0301"),  QStringLiteral("\u0301"),
+        QStringLiteral("\u200D"),   QStringLiteral("👨‍👩‍👧‍👦"),
+        QStringLiteral("👍🏽"), QStringLiteral("🇯🇵"),
+        QStringLiteral("🇯"),        QStringLiteral("한국"),
+        QStringLiteral("ᄀ"),       QStringLiteral("ᅡ"),
+        QStringLiteral("क्षि"),      QStringLiteral("\u0600"),
+        QStringLiteral("葛󠄀"),  QStringLiteral("\uFEFF"),
+        QStringLiteral("\u00A0"),   QStringLiteral("ไทยนี้"),
+        QStringLiteral("𠮷"),       QStringLiteral("\uFFFC"),
+        QString(QChar(u'\0')),      QString(QChar(u'\uFDD0')),
+        QStringLiteral("مرحبا")};
+    QString text;
+    for (int i = 0; i < pieces; ++i) {
+        const auto index = random.bounded(kPieces.size());
+        text += kPieces[index];
+        // Long plain runs make chunks of their own.
+        if (random.bounded(40) == 0)
+            text += QString(random.bounded(3000), random.bounded(2) == 0 ? u'x' : u'漢');
+    }
+    return text;
+}
+
+} // namespace penwick::test

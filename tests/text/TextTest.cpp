@@ -1,0 +1,157 @@
+#include "text/Text.h"
+
+#include "support/TextModel.h"
+
+#include <QTest>
+
+using namespace penwick;
+using namespace Qt::StringLiterals;
+
+class TextTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void emptyText_hasNoCharactersAndNoRoot();
+    void loneSurrogates_becomeReplacementCharacters();
+    void insertionInsidePair_goesBeforeThePair();
+    void replacingHalfAPair_replacesThePair();
+    void copies_areTheSameValue();
+    void crLf_isOneClusterTwoSeparatorsOneLineBreak();
+    void offsetAfterBreaks_countsEachKind();
+    void hugeCluster_staysOneCluster();
+    void markTypedAtChunkEdge_joinsTheLastCharacter();
+    void deletionJoiningCrAndLf_makesOnePair();
+    void mixedText_equalsItselfBuiltInPieces();
+    void manyLines_areFoundByNumber();
+};
+
+void TextTest::emptyText_hasNoCharactersAndNoRoot()
+{
+    const Text text;
+    QCOMPARE(text.size(), 0);
+    QCOMPARE(text.metrics(), TextMetrics());
+    QCOMPARE(text.toUtf8(), QByteArray());
+    QCOMPARE(text, Text(u""));
+    QCOMPARE(text.separatorLineAndColumn(0), std::pair(qint64(1), qint64(0)));
+    QCOMPARE(text.nextClusterBoundary(0), 0);
+    QCOMPARE(text.previousClusterBoundary(0), 0);
+}
+
+void TextTest::loneSurrogates_becomeReplacementCharacters()
+{
+    const char16_t units[] = {u'a', 0xD83D, u'b', 0xDE00, 0xD83D, 0xDE00, 0xD83D};
+    const Text text(QStringView(units, 7));
+    QCOMPARE(text.toString(), u"a\uFFFDb\uFFFD😀\uFFFD"_s);
+    QCOMPARE(text.toUtf8(), u"a\uFFFDb\uFFFD😀\uFFFD"_s.toUtf8());
+}
+
+void TextTest::insertionInsidePair_goesBeforeThePair()
+{
+    QCOMPARE(Text(u"a😀b").replaced(2, 0, Text(u"x")).toString(), u"ax😀b"_s);
+}
+
+void TextTest::replacingHalfAPair_replacesThePair()
+{
+    QCOMPARE(Text(u"a😀b").replaced(1, 1, Text(u"x")).toString(), u"axb"_s);
+    QCOMPARE(Text(u"a😀b").replaced(2, 1, Text(u"x")).toString(), u"axb"_s);
+}
+
+void TextTest::copies_areTheSameValue()
+{
+    const Text text(u"日本語");
+    const Text copy = text;
+    QVERIFY(copy.isSameValue(text));
+    QVERIFY(!Text(u"日本語").isSameValue(text));
+    QCOMPARE(Text(u"日本語"), text);
+    QVERIFY(Text(u"日本") != text);
+}
+
+void TextTest::crLf_isOneClusterTwoSeparatorsOneLineBreak()
+{
+    const TextMetrics metrics = Text(u"a\r\nb").metrics();
+    QCOMPARE(metrics.clusters, 3);
+    QCOMPARE(metrics.separators, 2);
+    QCOMPARE(metrics.lineBreaks(), 1);
+    QCOMPARE(metrics.lineFeeds, 1);
+}
+
+void TextTest::offsetAfterBreaks_countsEachKind()
+{
+    const Text text(u"a\r\nb\rc\nd\u2028e");
+    QCOMPARE(text.offsetAfterLineFeed(0), 0);
+    QCOMPARE(text.offsetAfterLineFeed(1), 3);
+    QCOMPARE(text.offsetAfterLineFeed(2), 7);
+    QCOMPARE(text.offsetAfterLineFeed(3), text.size());
+    QCOMPARE(text.offsetAfterLineBreak(1), 3);
+    QCOMPARE(text.offsetAfterLineBreak(2), 5);
+    QCOMPARE(text.offsetAfterLineBreak(3), 7);
+    QCOMPARE(text.offsetAfterLineBreak(4), 9);
+    QCOMPARE(text.offsetAfterSeparator(1), 2);
+    QCOMPARE(text.offsetAfterSeparator(2), 3);
+    QCOMPARE(text.offsetAfterSeparator(3), 5);
+}
+
+void TextTest::hugeCluster_staysOneCluster()
+{
+    const QString marks = u'e' + QString(100'000, u'\u0301');
+    Text text{QStringView(marks)};
+    QCOMPARE(text.metrics().clusters, 1);
+    QCOMPARE(text.nextClusterBoundary(0), text.size());
+    QCOMPARE(text.previousClusterBoundary(text.size()), 0);
+    text = text.replaced(50'000, 0, Text(u"x"));
+    QCOMPARE(text.metrics().clusters, 2);
+    text = text.replaced(50'000, 1, Text());
+    QCOMPARE(text.metrics().clusters, 1);
+}
+
+void TextTest::markTypedAtChunkEdge_joinsTheLastCharacter()
+{
+    // Chunks hold some thousand units, so these offsets meet several edges.
+    const QString plain(20'000, u'x');
+    for (const qsizetype offset : {4095, 4096, 4097, 8192, 12'288, 20'000}) {
+        const Text text = Text{QStringView(plain)}.replaced(offset, 0, Text(u"\u0301"));
+        QCOMPARE(text.metrics().clusters, 20'000);
+        QCOMPARE(text.previousClusterBoundary(offset + 1), offset - 1);
+    }
+}
+
+void TextTest::deletionJoiningCrAndLf_makesOnePair()
+{
+    const QString lines = QString(4095, u'x') + u"\rabc\n"_s + QString(5000, u'y');
+    const Text text = Text{QStringView(lines)}.replaced(4096, 3, Text());
+    QCOMPARE(text.metrics().crLfPairs, 1);
+    QCOMPARE(text.metrics().lineBreaks(), 1);
+    QCOMPARE(text.metrics().clusters, text.size() - 1);
+}
+
+void TextTest::mixedText_equalsItselfBuiltInPieces()
+{
+    QRandomGenerator random(3);
+    const QString model = test::randomText(random, 2000);
+    Text pieces;
+    for (qsizetype i = 0; i < model.size(); i += 997)
+        pieces = pieces.appended(Text{QStringView(model.mid(i, 997))});
+    // A piece may end inside a pair: both halves then are replaced, as for any foreign text.
+    Text whole;
+    for (qsizetype i = 0; i < model.size(); i += 997)
+        whole = whole.replaced(whole.size(), 0, Text{QStringView(model.mid(i, 997))});
+    QCOMPARE(pieces, whole);
+    QCOMPARE(pieces.metrics(), test::metricsOf(pieces.toString()));
+}
+
+void TextTest::manyLines_areFoundByNumber()
+{
+    QString lines;
+    for (int i = 0; i < 20'000; ++i)
+        lines += QString::number(i) + u'\n';
+    const Text text{QStringView(lines)};
+    for (const int line : {0, 1, 9, 10, 999, 12'345, 19'999}) {
+        const qint64 start = text.offsetAfterLineFeed(line);
+        QVERIFY(text.slice(start, 8).startsWith(QString::number(line) + u'\n'));
+        QCOMPARE(text.lineFeedLineAndColumn(start), std::pair(qint64(line), qint64(0)));
+    }
+}
+
+QTEST_GUILESS_MAIN(TextTest)
+#include "TextTest.moc"

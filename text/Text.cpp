@@ -1,0 +1,462 @@
+#include "text/Text.h"
+
+#include "text/GraphemeClusters.h"
+#include "text/TextBuilder.h"
+#include "text/TextNode.h"
+#include "text/Utf8.h"
+
+#include <QVarLengthArray>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+namespace penwick {
+
+namespace {
+
+std::u16string_view viewOf(QStringView string)
+{
+    return {string.utf16(), static_cast<std::size_t>(string.size())};
+}
+
+/// A leaf and the offset of its first unit in the whole text.
+struct LeafPosition
+{
+    const TextNode *leaf = nullptr;
+    qint64 start = 0;
+};
+
+/// The leaf that holds the unit at `offset`, or the last leaf when `offset` is the text's size.
+LeafPosition findLeaf(const TextNode *node, qint64 offset)
+{
+    qint64 start = 0;
+    while (!node->isLeaf()) {
+        const qint64 leftSize = node->left()->size();
+        if (offset - start < leftSize) {
+            node = node->left().data();
+        } else {
+            start += leftSize;
+            node = node->right().data();
+        }
+    }
+    return {node, start};
+}
+
+/// Walks the leaves of a tree from left to right.
+class LeafWalker final
+{
+public:
+    explicit LeafWalker(const TextNode *root)
+    {
+        if (root)
+            descend(root);
+    }
+
+    [[nodiscard]] const TextNode *leaf() const { return m_leaf; }
+
+    void advance()
+    {
+        m_leaf = nullptr;
+        if (m_pending.isEmpty())
+            return;
+        const TextNode *next = m_pending.last();
+        m_pending.removeLast();
+        descend(next);
+    }
+
+private:
+    void descend(const TextNode *node)
+    {
+        while (!node->isLeaf()) {
+            m_pending.append(node->right().data());
+            node = node->left().data();
+        }
+        m_leaf = node;
+    }
+
+    const TextNode *m_leaf = nullptr;
+    QVarLengthArray<const TextNode *, 64> m_pending;
+};
+
+bool isSeparator(char16_t unit)
+{
+    return (unit >= u'\n' && unit <= u'\r') || unit == u'\u0085' || unit == u'\u2028' ||
+           unit == u'\u2029';
+}
+
+enum class BreakKind { LineFeed, LineBreak, Separator };
+
+qint64 breaksIn(const TextMetrics &metrics, BreakKind kind)
+{
+    switch (kind) {
+    case BreakKind::LineFeed:
+        return metrics.lineFeeds;
+    case BreakKind::LineBreak:
+        return metrics.lineBreaks();
+    case BreakKind::Separator:
+        return metrics.separators;
+    }
+    return 0;
+}
+
+/// True when a break of this kind ends after the unit at `index` of the leaf.
+bool endsBreak(const TextNode &leaf, qint64 index, BreakKind kind)
+{
+    const char16_t unit = leaf.unitAt(index);
+    if (kind == BreakKind::LineFeed)
+        return unit == u'\n';
+    if (!isSeparator(unit))
+        return false;
+    const bool isFirstOfPair =
+        unit == u'\r' && index + 1 < leaf.size() && leaf.unitAt(index + 1) == u'\n';
+    return kind == BreakKind::Separator || !isFirstOfPair;
+}
+
+qint64 offsetAfterBreak(const TextNode *node, qint64 count, BreakKind kind)
+{
+    if (!node || count <= 0)
+        return 0;
+    if (count > breaksIn(node->metrics(), kind))
+        return node->size();
+    qint64 start = 0;
+    while (!node->isLeaf()) {
+        const qint64 leftBreaks = breaksIn(node->left()->metrics(), kind);
+        if (count <= leftBreaks) {
+            node = node->left().data();
+        } else {
+            count -= leftBreaks;
+            start += node->left()->size();
+            node = node->right().data();
+        }
+    }
+    for (qint64 i = 0; i < node->size(); ++i) {
+        if (endsBreak(*node, i, kind) && --count == 0)
+            return start + i + 1;
+    }
+    return start + node->size();
+}
+
+bool sameUnits(const TextNode &a, qint64 aStart, const TextNode &b, qint64 bStart, qint64 length)
+{
+    const auto size = static_cast<std::size_t>(length);
+    if (a.isAscii() && b.isAscii())
+        return std::memcmp(a.ascii().data() + aStart, b.ascii().data() + bStart, size) == 0;
+    if (!a.isAscii() && !b.isAscii()) {
+        return std::memcmp(a.utf16().data() + aStart,
+                           b.utf16().data() + bStart,
+                           size * sizeof(char16_t)) == 0;
+    }
+    for (qint64 i = 0; i < length; ++i) {
+        if (a.unitAt(aStart + i) != b.unitAt(bStart + i))
+            return false;
+    }
+    return true;
+}
+
+bool sameText(const TextNode *a, const TextNode *b)
+{
+    LeafWalker left(a);
+    LeafWalker right(b);
+    qint64 leftStart = 0;
+    qint64 rightStart = 0;
+    while (left.leaf() && right.leaf()) {
+        const qint64 length =
+            std::min(left.leaf()->size() - leftStart, right.leaf()->size() - rightStart);
+        const bool isShared = left.leaf() == right.leaf() && leftStart == rightStart;
+        if (!isShared && !sameUnits(*left.leaf(), leftStart, *right.leaf(), rightStart, length))
+            return false;
+        leftStart += length;
+        rightStart += length;
+        if (leftStart == left.leaf()->size()) {
+            left.advance();
+            leftStart = 0;
+        }
+        if (rightStart == right.leaf()->size()) {
+            right.advance();
+            rightStart = 0;
+        }
+    }
+    return !left.leaf() && !right.leaf();
+}
+
+/// A stretch of a text around an offset, and where it starts.
+struct Window
+{
+    QString units;
+    qint64 start = 0;
+};
+
+/// Units looked at around an offset when a cluster boundary is sought; grown when that is too few.
+constexpr qint64 kBoundaryWindow = 128;
+
+/// A stretch around `offset` that begins at a certain cluster boundary.
+Window windowAround(const Text &text, qint64 offset, qint64 reach)
+{
+    Window window;
+    window.start = std::max<qint64>(0, offset - reach);
+    window.units = text.slice(window.start, offset - window.start + reach);
+    if (window.start == 0)
+        return window;
+    const std::u16string_view units = viewOf(window.units);
+    for (std::size_t i = 1; i + 1 < units.size() && qint64(i) < reach; ++i) {
+        if (QChar::isSurrogate(units[i - 1]) || QChar::isSurrogate(units[i]))
+            continue;
+        if (clusters::isCertainBoundary(units[i - 1], units[i])) {
+            window.units.remove(0, static_cast<qsizetype>(i));
+            window.start += static_cast<qint64>(i);
+            return window;
+        }
+    }
+    return reach >= text.size() ? window : windowAround(text, offset, reach * 4);
+}
+
+} // namespace
+
+Text::Text() noexcept = default;
+Text::Text(const Text &) noexcept = default;
+Text::Text(Text &&) noexcept = default;
+Text &Text::operator=(const Text &) noexcept = default;
+Text &Text::operator=(Text &&) noexcept = default;
+Text::~Text() = default;
+
+Text::Text(NodePtr root) noexcept
+    : m_root(std::move(root))
+{
+}
+
+Text::Text(QStringView utf16)
+{
+    TextBuilder builder;
+    builder.appendUtf16(viewOf(utf16));
+    m_root = builder.finishNode();
+}
+
+tl::expected<Text, Text::Utf8Error> Text::fromUtf8(QByteArrayView bytes)
+{
+    Utf8Reader reader;
+    reader.append(bytes);
+    return reader.finish();
+}
+
+bool Text::forEachUtf8Block(const std::function<bool(QByteArrayView)> &visit) const
+{
+    bool goesOn = true;
+    forEachChunk(0, size(), [&](const TextChunkView &chunk) {
+        if (chunk.ascii) {
+            goesOn = visit(QByteArrayView(chunk.ascii, chunk.length));
+        } else {
+            // A chunk never divides a surrogate pair, so each can be encoded alone.
+            goesOn = visit(QStringView(chunk.utf16, chunk.length).toUtf8());
+        }
+        return goesOn;
+    });
+    return goesOn;
+}
+
+QByteArray Text::toUtf8() const
+{
+    QByteArray bytes;
+    bytes.reserve(metrics().utf8Bytes);
+    forEachUtf8Block([&](QByteArrayView block) {
+        bytes.append(block);
+        return true;
+    });
+    return bytes;
+}
+
+QString Text::toString() const
+{
+    return slice(0, size());
+}
+
+qint64 Text::size() const
+{
+    return m_root ? m_root->size() : 0;
+}
+
+TextMetrics Text::metrics() const
+{
+    return m_root ? m_root->metrics() : TextMetrics();
+}
+
+TextMetrics Text::metricsBefore(qint64 offset) const
+{
+    TextMetrics before;
+    if (!m_root || offset <= 0)
+        return before;
+    if (offset >= size())
+        return metrics();
+    const TextNode *node = m_root.data();
+    while (!node->isLeaf()) {
+        const TextNode *left = node->left().data();
+        if (offset < left->size()) {
+            node = left;
+        } else {
+            before += left->metrics();
+            offset -= left->size();
+            node = node->right().data();
+        }
+    }
+    // Half a surrogate pair is not text.
+    if (offset > 0 && QChar::isLowSurrogate(node->unitAt(offset)))
+        --offset;
+    return before + node->measurePrefix(offset);
+}
+
+char16_t Text::at(qint64 offset) const
+{
+    Q_ASSERT(offset >= 0 && offset < size());
+    const auto [leaf, start] = findLeaf(m_root.data(), offset);
+    return leaf->unitAt(offset - start);
+}
+
+QString Text::slice(qint64 offset, qint64 length) const
+{
+    QString result;
+    forEachChunk(offset, length, [&](const TextChunkView &chunk) {
+        if (result.isEmpty())
+            result.reserve(static_cast<qsizetype>(std::min(length, size())));
+        if (chunk.ascii)
+            result.append(QLatin1StringView(chunk.ascii, chunk.length));
+        else
+            result.append(QStringView(chunk.utf16, chunk.length));
+        return true;
+    });
+    return result;
+}
+
+Text Text::mid(qint64 offset, qint64 length) const
+{
+    const qint64 start = std::clamp<qint64>(offset, 0, size());
+    const qint64 end = std::clamp<qint64>(length, 0, size() - start) + start;
+    const auto [head, rest] = TextNode::split(m_root, pairStart(start));
+    return Text(TextNode::split(rest, pairEnd(end) - pairStart(start)).first);
+}
+
+qint64 Text::pairStart(qint64 offset) const
+{
+    if (offset <= 0 || offset >= size())
+        return offset;
+    return QChar::isLowSurrogate(at(offset)) ? offset - 1 : offset;
+}
+
+qint64 Text::pairEnd(qint64 offset) const
+{
+    if (offset <= 0 || offset >= size())
+        return offset;
+    return QChar::isLowSurrogate(at(offset)) ? offset + 1 : offset;
+}
+
+Text Text::replaced(qint64 offset, qint64 length, const Text &insertion) const
+{
+    const qint64 start = pairStart(std::clamp<qint64>(offset, 0, size()));
+    const qint64 wantedEnd =
+        std::clamp<qint64>(offset, 0, size()) +
+        std::clamp<qint64>(length, 0, size() - std::clamp<qint64>(offset, 0, size()));
+    const qint64 end = length > 0 ? pairEnd(wantedEnd) : start;
+    const auto [head, rest] = TextNode::split(m_root, start);
+    const auto [removed, tail] = TextNode::split(rest, end - start);
+    return Text(TextNode::concat(TextNode::concat(head, insertion.m_root), tail));
+}
+
+qint64 Text::offsetAfterLineFeed(qint64 count) const
+{
+    return offsetAfterBreak(m_root.data(), count, BreakKind::LineFeed);
+}
+
+qint64 Text::offsetAfterLineBreak(qint64 count) const
+{
+    return offsetAfterBreak(m_root.data(), count, BreakKind::LineBreak);
+}
+
+qint64 Text::offsetAfterSeparator(qint64 count) const
+{
+    return offsetAfterBreak(m_root.data(), count, BreakKind::Separator);
+}
+
+std::pair<qint64, qint64> Text::separatorLineAndColumn(qint64 offset) const
+{
+    const TextMetrics before = metricsBefore(offset);
+    const TextMetrics beforeLine = metricsBefore(offsetAfterSeparator(before.separators));
+    // Right after the first half of a CR LF pair both measures see the CR alone.
+    return {before.separators + 1, before.clusters - beforeLine.clusters};
+}
+
+std::pair<qint64, qint64> Text::lineFeedLineAndColumn(qint64 offset) const
+{
+    const TextMetrics before = metricsBefore(offset);
+    const TextMetrics beforeLine = metricsBefore(offsetAfterLineFeed(before.lineFeeds));
+    return {before.lineFeeds, before.clusters - beforeLine.clusters};
+}
+
+qint64 Text::previousClusterBoundary(qint64 offset) const
+{
+    // The iterator takes half a pair for its start, from which it would go one step too far.
+    offset = pairEnd(std::min(offset, size()));
+    if (offset <= 0)
+        return 0;
+    // A window that begins at the boundary sought would hide an earlier one: leave one unit more.
+    const Window window = windowAround(*this, offset - 1, kBoundaryWindow);
+    return window.start + clusters::preceding(viewOf(window.units), offset - window.start);
+}
+
+qint64 Text::nextClusterBoundary(qint64 offset) const
+{
+    offset = std::max<qint64>(offset, 0);
+    for (qint64 reach = kBoundaryWindow; offset < size(); reach *= 4) {
+        const Window window = windowAround(*this, offset, reach);
+        const qsizetype end = clusters::following(viewOf(window.units), offset - window.start);
+        // The last unit of the window may be half a pair, which says nothing yet.
+        const bool isCutOff = end + 1 >= window.units.size() && window.start + end < size();
+        if (isCutOff && window.start + window.units.size() == size())
+            return window.start + end;
+        if (!isCutOff)
+            return window.start + end;
+    }
+    return size();
+}
+
+qint64 Text::clusterBoundaryAtOrBefore(qint64 offset) const
+{
+    if (offset <= 0)
+        return 0;
+    if (offset >= size())
+        return size();
+    offset = pairStart(offset);
+    const Window window = windowAround(*this, offset, kBoundaryWindow);
+    const std::u16string_view units = viewOf(window.units);
+    if (clusters::isBoundary(units, offset - window.start))
+        return offset;
+    return window.start + clusters::preceding(units, offset - window.start);
+}
+
+void Text::forEachChunk(qint64 offset,
+                        qint64 length,
+                        const std::function<bool(const TextChunkView &)> &visit) const
+{
+    qint64 start = std::clamp<qint64>(offset, 0, size());
+    const qint64 end = start + std::clamp<qint64>(length, 0, size() - start);
+    while (start < end) {
+        const auto [leaf, leafStart] = findLeaf(m_root.data(), start);
+        const qint64 inLeaf = start - leafStart;
+        TextChunkView chunk;
+        chunk.length = std::min(leaf->size() - inLeaf, end - start);
+        if (leaf->isAscii())
+            chunk.ascii = leaf->ascii().data() + inLeaf;
+        else
+            chunk.utf16 = leaf->utf16().data() + inLeaf;
+        if (!visit(chunk))
+            return;
+        start += chunk.length;
+    }
+}
+
+bool Text::operator==(const Text &other) const
+{
+    if (m_root == other.m_root)
+        return true;
+    return metrics() == other.metrics() && sameText(m_root.data(), other.m_root.data());
+}
+
+} // namespace penwick

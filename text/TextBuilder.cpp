@@ -1,0 +1,192 @@
+#include "text/TextBuilder.h"
+
+#include "text/GraphemeClusters.h"
+
+#include <QChar>
+
+#include <algorithm>
+#include <utility>
+
+namespace penwick {
+
+namespace {
+
+constexpr char16_t kReplacement = u'\uFFFD';
+
+} // namespace
+
+bool TextBuilder::canCutAt(std::size_t index) const
+{
+    if (index == 0 || index >= m_pending.size() || QChar::isLowSurrogate(m_pending[index]))
+        return false;
+    const char16_t before = m_pending[index - 1];
+    const char16_t after = m_pending[index];
+    const char32_t first = QChar::isLowSurrogate(before) && index >= 2
+                               ? QChar::surrogateToUcs4(m_pending[index - 2], before)
+                               : before;
+    const char32_t second = QChar::isHighSurrogate(after) && index + 1 < m_pending.size()
+                                ? QChar::surrogateToUcs4(after, m_pending[index + 1])
+                                : after;
+    return clusters::isCertainBoundary(first, second);
+}
+
+/// The best place to cut a chunk off the pending text: the last one that keeps it within the usual
+/// size, else the first one after that. 0 when there is none.
+std::size_t TextBuilder::findCut() const
+{
+    constexpr auto kLeaf = static_cast<std::size_t>(TextNode::kLeafUnits);
+    const bool isFirstSearch = m_sealLimit == kSealUnits;
+    if (isFirstSearch) {
+        for (std::size_t cut = std::min(kLeaf, m_pending.size() - 1); cut > 0; --cut) {
+            if (canCutAt(cut))
+                return cut;
+        }
+    }
+    // A later search goes on where the one before it gave up.
+    for (std::size_t cut = isFirstSearch ? kLeaf + 1 : m_sealLimit / 2; cut < m_pending.size();
+         ++cut) {
+        if (canCutAt(cut))
+            return cut;
+    }
+    return 0;
+}
+
+void TextBuilder::sealPending(std::size_t length)
+{
+    m_leaves.push_back(TextNode::makeLeaf(std::u16string_view(m_pending).substr(0, length)));
+    m_pending.erase(0, length);
+    m_sealLimit = kSealUnits;
+    m_asciiRun = std::min(m_asciiRun, m_pending.size());
+    m_pendingIsAscii = m_asciiRun == m_pending.size();
+}
+
+void TextBuilder::sealLongPending()
+{
+    while (m_pending.size() >= m_sealLimit) {
+        const std::size_t cut = findCut();
+        if (cut == 0) {
+            // One cluster of thousands of units: let the chunk grow, and look again only when it
+            // has doubled, so that the search stays linear.
+            m_sealLimit = m_pending.size() * 2;
+            return;
+        }
+        sealPending(cut);
+    }
+}
+
+void TextBuilder::push(char16_t unit)
+{
+    if (unit >= 0x80) {
+        if (m_pendingIsAscii && m_pending.size() >= kAsciiRunUnits) {
+            // The character that the new one may join stays with it, and CR LF stays whole.
+            std::size_t cut = m_pending.size() - 1;
+            while (cut > 0 && !canCutAt(cut))
+                --cut;
+            if (cut > 0)
+                sealPending(cut);
+        }
+        m_asciiRun = 0;
+        m_pendingIsAscii = false;
+        m_pending.push_back(unit);
+    } else {
+        m_pending.push_back(unit);
+        ++m_asciiRun;
+        const std::size_t start = m_pending.size() - m_asciiRun;
+        if (!m_pendingIsAscii && m_asciiRun >= kAsciiRunUnits && canCutAt(start))
+            sealPending(start);
+    }
+    // Half a pair says nothing about boundaries yet.
+    if (m_pending.size() >= m_sealLimit && !QChar::isHighSurrogate(unit))
+        sealLongPending();
+}
+
+void TextBuilder::settleHighSurrogate()
+{
+    if (m_highSurrogate == 0)
+        return;
+    m_highSurrogate = 0;
+    push(kReplacement);
+}
+
+void TextBuilder::appendAscii(std::string_view characters)
+{
+    settleHighSurrogate();
+    constexpr auto kLeaf = static_cast<std::size_t>(TextNode::kLeafUnits);
+    std::size_t i = 0;
+    while (i < characters.size()) {
+        // Whole chunks of a long stretch need not pass through the pending text.
+        if (m_pending.empty() && characters.size() - i > kLeaf) {
+            const bool cutsPair =
+                characters[i + kLeaf - 1] == '\r' && characters[i + kLeaf] == '\n';
+            const std::size_t length = cutsPair ? kLeaf - 1 : kLeaf;
+            m_leaves.push_back(TextNode::makeAsciiLeaf(characters.substr(i, length)));
+            i += length;
+            continue;
+        }
+        const bool startsChunk = m_pendingIsAscii && characters.size() - i > kLeaf &&
+                                 m_pending.size() >= kAsciiRunUnits &&
+                                 !(m_pending.back() == u'\r' && characters[i] == '\n');
+        if (startsChunk) {
+            sealPending(m_pending.size());
+            continue;
+        }
+        push(static_cast<char16_t>(static_cast<unsigned char>(characters[i])));
+        ++i;
+    }
+}
+
+void TextBuilder::appendUtf16(std::u16string_view units)
+{
+    for (const char16_t unit : units) {
+        if (QChar::isLowSurrogate(unit)) {
+            if (m_highSurrogate == 0) {
+                push(kReplacement);
+                continue;
+            }
+            push(std::exchange(m_highSurrogate, u'\0'));
+            push(unit);
+            continue;
+        }
+        settleHighSurrogate();
+        if (QChar::isHighSurrogate(unit))
+            m_highSurrogate = unit;
+        else
+            push(unit);
+    }
+}
+
+void TextBuilder::appendCodePoint(char32_t codePoint)
+{
+    settleHighSurrogate();
+    if (QChar::requiresSurrogates(codePoint)) {
+        push(QChar::highSurrogate(codePoint));
+        push(QChar::lowSurrogate(codePoint));
+    } else {
+        push(static_cast<char16_t>(codePoint));
+    }
+}
+
+void TextBuilder::appendLeaf(const TextNode &leaf)
+{
+    if (leaf.isAscii())
+        appendAscii(leaf.ascii());
+    else
+        appendUtf16(leaf.utf16());
+}
+
+TextNodePtr TextBuilder::finishNode()
+{
+    settleHighSurrogate();
+    if (!m_pending.empty())
+        sealPending(m_pending.size());
+    TextNodePtr root = TextNode::fromLeaves(m_leaves.data(), m_leaves.data() + m_leaves.size());
+    m_leaves.clear();
+    return root;
+}
+
+Text TextBuilder::finish()
+{
+    return Text(finishNode());
+}
+
+} // namespace penwick

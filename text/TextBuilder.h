@@ -1,0 +1,51 @@
+#pragma once
+
+#include "text/Text.h"
+#include "text/TextNode.h"
+
+#include <string>
+#include <vector>
+
+namespace penwick {
+
+/// Collects characters and makes a `Text` of them, cutting chunks where clusters certainly end.
+/// Costs memory for the result and one chunk.
+class TextBuilder final
+{
+public:
+    /// Appends ASCII characters; any byte of 0x80 or more is a programming error.
+    void appendAscii(std::string_view characters);
+    /// Appends UTF-16 code units. A surrogate pair may be divided between two calls; a lone
+    /// surrogate becomes U+FFFD.
+    void appendUtf16(std::u16string_view units);
+    /// Appends one code point that is not a surrogate.
+    void appendCodePoint(char32_t codePoint);
+    /// Appends the characters of a leaf.
+    void appendLeaf(const TextNode &leaf);
+
+    /// The text of all that was appended. The builder is empty afterwards.
+    [[nodiscard]] Text finish();
+    [[nodiscard]] TextNodePtr finishNode();
+
+private:
+    void push(char16_t unit);
+    void settleHighSurrogate();
+    void sealLongPending();
+    void sealPending(std::size_t length);
+    [[nodiscard]] bool canCutAt(std::size_t index) const;
+    [[nodiscard]] std::size_t findCut() const;
+
+    std::vector<TextNodePtr> m_leaves;
+    std::u16string m_pending; // What is not in a leaf yet.
+    std::size_t m_sealLimit = kSealUnits;
+    std::size_t m_asciiRun = 0; // Length of the ASCII stretch that ends `m_pending`.
+    bool m_pendingIsAscii = true;
+    char16_t m_highSurrogate = 0; // The first half of a pair whose second half has not come yet.
+
+    // Pending text is cut once there is a chunk and some more to choose a boundary from.
+    static constexpr std::size_t kSealUnits = TextNode::kLeafUnits + 256;
+    // An ASCII stretch this long is worth a chunk of its own: it takes half the memory.
+    static constexpr std::size_t kAsciiRunUnits = 1024;
+};
+
+} // namespace penwick
