@@ -56,10 +56,12 @@ public:
 
     /// Replaces `range` (clamped to the text) and registers the change for undo. Nothing happens,
     /// and nothing is registered, when an empty range is replaced by an empty text.
-    void replaceCharacters(TextRange range, const Text &replacement, EditKind kind = EditKind::Other);
+    void
+    replaceCharacters(TextRange range, const Text &replacement, EditKind kind = EditKind::Other);
 
     void beginUndoGrouping();
     void endUndoGrouping();
+
     /// True between the two calls above.
     [[nodiscard]] bool isGrouping() const { return m_groupingLevel > 0; }
 
@@ -74,8 +76,9 @@ public:
     /// Repeats the step undone last. Returns the selection that the step's last edit left.
     TextRange redo();
 
-    /// Tells the storage the view's selection, to be restored by undo and redo. Call it before an
-    /// edit and after it, once the selection is final. An open or just finished step remembers it.
+    /// Tells the storage the view's selection, to be restored by undo and redo. Call it whenever
+    /// the selection changed: the next step remembers what was told last before its first edit, and
+    /// the first selection told after its last edit (in a group, the last one told in it).
     void setSelectionForUndo(TextRange selection);
 
     /// The text as it is now is the text on disk.
@@ -106,10 +109,11 @@ private:
 
     Text m_text;
     std::vector<Step> m_steps;
-    std::size_t m_position = 0;   // Steps before it are done, those from it on are undone.
-    qint64 m_savePosition = 0;    // -1: the saved state can no longer be reached.
+    std::size_t m_position = 0; // Steps before it are done, those from it on are undone.
+    qint64 m_savePosition = 0;  // -1: the saved state can no longer be reached.
     int m_groupingLevel = 0;
     bool m_groupHasStep = false;
+    bool m_awaitsSelection = false; // The last step does not know yet what selection it left.
     bool m_unsavedOnLoad = false;
     bool m_publishedModified = false;
     TextRange m_selection;

@@ -1,0 +1,210 @@
+#include "editor/TextStorage.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace penwick {
+
+namespace {
+
+/// Typing a line break ends a run: undo then takes back a line at most.
+bool holdsLineBreak(const Text &text)
+{
+    return text.metrics().separators > 0;
+}
+
+} // namespace
+
+TextStorage::TextStorage(QObject *parent)
+    : QObject(parent)
+{
+}
+
+void TextStorage::setText(const Text &text)
+{
+    m_unsavedOnLoad = isModified();
+    m_steps.clear();
+    m_position = 0;
+    m_savePosition = 0;
+    m_groupHasStep = false;
+    m_awaitsSelection = false;
+    m_selection = {};
+    apply(0, m_text.size(), text);
+    publishStates();
+}
+
+void TextStorage::apply(qint64 offset, qint64 length, const Text &replacement)
+{
+    m_text = offset == 0 && length == m_text.size() ? replacement
+                                                    : m_text.replaced(offset, length, replacement);
+    Q_EMIT changed(offset, length, replacement.size());
+}
+
+void TextStorage::replaceCharacters(TextRange range, const Text &replacement, EditKind kind)
+{
+    // Widened to whole surrogate pairs, so that what is recorded is what is replaced.
+    const Text removed = m_text.mid(range.location, std::max<qint64>(0, range.length));
+    qint64 offset = std::clamp<qint64>(range.location, 0, m_text.size());
+    if (offset > 0 && offset < m_text.size() && QChar::isLowSurrogate(m_text.at(offset)))
+        --offset;
+    if (removed.isEmpty() && replacement.isEmpty())
+        return;
+    record({offset, removed, replacement}, kind);
+    apply(offset, removed.size(), replacement);
+    publishStates();
+}
+
+bool TextStorage::coalesce(const TextChange &change, EditKind kind)
+{
+    if (m_position == 0 || m_position != m_steps.size())
+        return false;
+    Step &step = m_steps.back();
+    if (!step.open || step.kind != kind || kind == EditKind::Other)
+        return false;
+    TextChange &last = step.changes.back();
+    switch (kind) {
+    case EditKind::Typing:
+        if (!change.removed.isEmpty() || change.offset != last.offset + last.inserted.size())
+            return false;
+        last.inserted = last.inserted.appended(change.inserted);
+        break;
+    case EditKind::DeletingBackward:
+        if (change.offset + change.removed.size() != last.offset)
+            return false;
+        last.removed = change.removed.appended(last.removed);
+        last.offset = change.offset;
+        break;
+    case EditKind::DeletingForward:
+        if (change.offset != last.offset)
+            return false;
+        last.removed = last.removed.appended(change.removed);
+        break;
+    case EditKind::Other:
+        return false;
+    }
+    step.open = !holdsLineBreak(change.inserted);
+    return true;
+}
+
+void TextStorage::record(TextChange change, EditKind kind)
+{
+    if (m_groupingLevel == 0 && coalesce(change, kind)) {
+        m_awaitsSelection = true;
+        return;
+    }
+    if (m_savePosition > static_cast<qint64>(m_position))
+        m_savePosition = -1;
+    m_steps.resize(m_position);
+    m_awaitsSelection = true;
+    if (m_groupingLevel > 0 && m_groupHasStep) {
+        m_steps.back().changes.push_back(std::move(change));
+        return;
+    }
+    Step step;
+    step.kind = kind;
+    step.open = m_groupingLevel == 0 && kind != EditKind::Other && !holdsLineBreak(change.inserted);
+    step.selectionBefore = m_selection;
+    step.selectionAfter = m_selection;
+    step.changes.push_back(std::move(change));
+    m_steps.push_back(std::move(step));
+    ++m_position;
+    m_groupHasStep = m_groupingLevel > 0;
+}
+
+void TextStorage::beginUndoGrouping()
+{
+    if (m_groupingLevel++ == 0) {
+        breakUndoCoalescing();
+        m_groupHasStep = false;
+    }
+}
+
+void TextStorage::endUndoGrouping()
+{
+    Q_ASSERT(m_groupingLevel > 0);
+    if (--m_groupingLevel == 0) {
+        m_groupHasStep = false;
+        m_awaitsSelection = false;
+        publishStates();
+    }
+}
+
+void TextStorage::breakUndoCoalescing()
+{
+    if (!m_steps.empty())
+        m_steps.back().open = false;
+}
+
+bool TextStorage::canUndo() const
+{
+    return m_position > 0 && m_groupingLevel == 0;
+}
+
+bool TextStorage::canRedo() const
+{
+    return m_position < m_steps.size() && m_groupingLevel == 0;
+}
+
+TextRange TextStorage::undo()
+{
+    if (!canUndo())
+        return m_selection;
+    breakUndoCoalescing();
+    m_awaitsSelection = false;
+    --m_position;
+    const Step &step = m_steps[m_position];
+    const TextRange selection = step.selectionBefore;
+    for (auto change = step.changes.rbegin(); change != step.changes.rend(); ++change)
+        apply(change->offset, change->inserted.size(), change->removed);
+    m_selection = selection;
+    publishStates();
+    return selection;
+}
+
+TextRange TextStorage::redo()
+{
+    if (!canRedo())
+        return m_selection;
+    m_awaitsSelection = false;
+    const Step &step = m_steps[m_position];
+    ++m_position;
+    const TextRange selection = step.selectionAfter;
+    for (const TextChange &change : step.changes)
+        apply(change.offset, change.removed.size(), change.inserted);
+    m_selection = selection;
+    publishStates();
+    return selection;
+}
+
+void TextStorage::setSelectionForUndo(TextRange selection)
+{
+    m_selection = selection;
+    if (!m_awaitsSelection || m_position == 0)
+        return;
+    m_steps[m_position - 1].selectionAfter = selection;
+    m_awaitsSelection = m_groupingLevel > 0;
+}
+
+void TextStorage::setSavePoint()
+{
+    breakUndoCoalescing();
+    m_savePosition = static_cast<qint64>(m_position);
+    m_unsavedOnLoad = false;
+    publishStates();
+}
+
+bool TextStorage::isModified() const
+{
+    return m_unsavedOnLoad || m_savePosition != static_cast<qint64>(m_position);
+}
+
+void TextStorage::publishStates()
+{
+    Q_EMIT undoStateChanged();
+    if (const bool modified = isModified(); modified != m_publishedModified) {
+        m_publishedModified = modified;
+        Q_EMIT modifiedChanged(modified);
+    }
+}
+
+} // namespace penwick

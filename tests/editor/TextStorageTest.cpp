@@ -1,0 +1,287 @@
+#include "editor/TextStorage.h"
+
+#include "support/TextModel.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace penwick;
+using namespace Qt::StringLiterals;
+using Kind = TextStorage::EditKind;
+
+class TextStorageTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void typingRun_undoesAsOneStep();
+    void typedLineBreak_endsTheRun();
+    void movedCaret_endsTheRun();
+    void backspaceRun_undoesAsOneStep();
+    void forwardDeleteRun_undoesAsOneStep();
+    void group_undoesAsOneStep();
+    void groupWithoutEdits_leavesNoStep();
+    void undo_returnsSelectionBeforeAndRedoAfter();
+    void savePoint_isFoundAgainByUndoAndRedo();
+    void savePointInsideLostBranch_staysModified();
+    void typingAfterSave_startsNewStep();
+    void setText_emptiesHistoryAndKeepsEditedState();
+    void emptyEdit_registersNothing();
+    void halfAPair_isReplacedWhole();
+    void wholeReplacement_undoGivesTheSameValue();
+    void changed_tellsWhatWasReplaced();
+    void randomEditsUndoRedo_matchModel_data();
+    void randomEditsUndoRedo_matchModel();
+};
+
+namespace {
+
+void type(TextStorage &storage, QStringView characters)
+{
+    for (const QChar c : characters)
+        storage.replaceCharacters({storage.length(), 0}, Text(QStringView(&c, 1)), Kind::Typing);
+}
+
+} // namespace
+
+void TextStorageTest::typingRun_undoesAsOneStep()
+{
+    TextStorage storage;
+    type(storage, u"abc");
+    storage.undo();
+    QVERIFY(storage.text().isEmpty());
+    QVERIFY(!storage.canUndo());
+    storage.redo();
+    QCOMPARE(storage.text().toString(), u"abc"_s);
+}
+
+void TextStorageTest::typedLineBreak_endsTheRun()
+{
+    TextStorage storage;
+    type(storage, u"abc\ndef");
+    storage.undo();
+    QCOMPARE(storage.text().toString(), u"abc\n"_s);
+    storage.undo();
+    QVERIFY(storage.text().isEmpty());
+}
+
+void TextStorageTest::movedCaret_endsTheRun()
+{
+    TextStorage storage;
+    type(storage, u"ab");
+    storage.breakUndoCoalescing();
+    type(storage, u"cd");
+    storage.undo();
+    QCOMPARE(storage.text().toString(), u"ab"_s);
+}
+
+void TextStorageTest::backspaceRun_undoesAsOneStep()
+{
+    TextStorage storage;
+    storage.setText(Text(u"abcdef"));
+    for (const qint64 offset : {5, 4, 3})
+        storage.replaceCharacters({offset, 1}, Text(), Kind::DeletingBackward);
+    QCOMPARE(storage.text().toString(), u"abc"_s);
+    storage.undo();
+    QCOMPARE(storage.text().toString(), u"abcdef"_s);
+    storage.redo();
+    QCOMPARE(storage.text().toString(), u"abc"_s);
+}
+
+void TextStorageTest::forwardDeleteRun_undoesAsOneStep()
+{
+    TextStorage storage;
+    storage.setText(Text(u"abcdef"));
+    for (int i = 0; i < 3; ++i)
+        storage.replaceCharacters({1, 1}, Text(), Kind::DeletingForward);
+    QCOMPARE(storage.text().toString(), u"aef"_s);
+    storage.undo();
+    QCOMPARE(storage.text().toString(), u"abcdef"_s);
+}
+
+void TextStorageTest::group_undoesAsOneStep()
+{
+    TextStorage storage;
+    storage.setText(Text(u"abc"));
+    storage.beginUndoGrouping();
+    storage.replaceCharacters({0, 3}, Text(u"xyz"));
+    storage.replaceCharacters({3, 0}, Text(u"!"));
+    storage.beginUndoGrouping();
+    storage.replaceCharacters({0, 1}, Text());
+    storage.endUndoGrouping();
+    QVERIFY(!storage.canUndo());
+    storage.endUndoGrouping();
+    QCOMPARE(storage.text().toString(), u"yz!"_s);
+    storage.undo();
+    QCOMPARE(storage.text().toString(), u"abc"_s);
+    QVERIFY(!storage.canUndo());
+    storage.redo();
+    QCOMPARE(storage.text().toString(), u"yz!"_s);
+}
+
+void TextStorageTest::groupWithoutEdits_leavesNoStep()
+{
+    TextStorage storage;
+    storage.beginUndoGrouping();
+    storage.endUndoGrouping();
+    QVERIFY(!storage.canUndo());
+}
+
+void TextStorageTest::undo_returnsSelectionBeforeAndRedoAfter()
+{
+    TextStorage storage;
+    storage.setText(Text(u"abcdef"));
+    storage.setSelectionForUndo({1, 3});
+    storage.replaceCharacters({1, 3}, Text(u"X"));
+    storage.setSelectionForUndo({2, 0});
+    storage.setSelectionForUndo({0, 0}); // The caret moved later.
+    QCOMPARE(storage.undo(), (TextRange{1, 3}));
+    QCOMPARE(storage.redo(), (TextRange{2, 0}));
+}
+
+void TextStorageTest::savePoint_isFoundAgainByUndoAndRedo()
+{
+    TextStorage storage;
+    QSignalSpy spy(&storage, &TextStorage::modifiedChanged);
+    QVERIFY(!storage.isModified());
+    type(storage, u"a");
+    QVERIFY(storage.isModified());
+    storage.setSavePoint();
+    QVERIFY(!storage.isModified());
+    storage.undo();
+    QVERIFY(storage.isModified());
+    storage.redo();
+    QVERIFY(!storage.isModified());
+    QCOMPARE(spy.count(), 4);
+}
+
+void TextStorageTest::savePointInsideLostBranch_staysModified()
+{
+    TextStorage storage;
+    type(storage, u"a");
+    storage.setSavePoint();
+    storage.undo();
+    type(storage, u"b");
+    QVERIFY(storage.isModified());
+    storage.undo();
+    QVERIFY(storage.isModified());
+}
+
+void TextStorageTest::typingAfterSave_startsNewStep()
+{
+    TextStorage storage;
+    type(storage, u"a");
+    storage.setSavePoint();
+    type(storage, u"b");
+    QVERIFY(storage.isModified());
+    storage.undo();
+    QCOMPARE(storage.text().toString(), u"a"_s);
+    QVERIFY(!storage.isModified());
+}
+
+void TextStorageTest::setText_emptiesHistoryAndKeepsEditedState()
+{
+    TextStorage storage;
+    storage.setText(Text(u"loaded"));
+    QVERIFY(!storage.isModified());
+    QVERIFY(!storage.canUndo());
+    type(storage, u"x");
+    storage.setText(Text(u"other"));
+    QVERIFY(storage.isModified());
+    QVERIFY(!storage.canUndo());
+    storage.setSavePoint();
+    QVERIFY(!storage.isModified());
+}
+
+void TextStorageTest::emptyEdit_registersNothing()
+{
+    TextStorage storage;
+    storage.setText(Text(u"abc"));
+    QSignalSpy spy(&storage, &TextStorage::changed);
+    storage.replaceCharacters({1, 0}, Text());
+    QCOMPARE(spy.count(), 0);
+    QVERIFY(!storage.canUndo());
+}
+
+void TextStorageTest::halfAPair_isReplacedWhole()
+{
+    TextStorage storage;
+    storage.setText(Text(u"a😀b"));
+    storage.replaceCharacters({2, 1}, Text(u"x"));
+    QCOMPARE(storage.text().toString(), u"axb"_s);
+    storage.undo();
+    QCOMPARE(storage.text().toString(), u"a😀b"_s);
+}
+
+void TextStorageTest::wholeReplacement_undoGivesTheSameValue()
+{
+    TextStorage storage;
+    const Text before(u"before");
+    storage.setText(before);
+    storage.replaceCharacters({0, storage.length()}, Text(u"after"));
+    storage.undo();
+    QVERIFY(storage.text().isSameValue(before));
+}
+
+void TextStorageTest::changed_tellsWhatWasReplaced()
+{
+    TextStorage storage;
+    storage.setText(Text(u"abc"));
+    QSignalSpy spy(&storage, &TextStorage::changed);
+    storage.replaceCharacters({1, 1}, Text(u"xyz"));
+    QCOMPARE(spy.takeFirst(), (QVariantList{qint64(1), qint64(1), qint64(3)}));
+    storage.undo();
+    QCOMPARE(spy.takeFirst(), (QVariantList{qint64(1), qint64(3), qint64(1)}));
+}
+
+void TextStorageTest::randomEditsUndoRedo_matchModel_data()
+{
+    QTest::addColumn<quint32>("seed");
+    for (quint32 seed = 1; seed <= 8; ++seed)
+        QTest::addRow("seed %u", seed) << seed;
+}
+
+void TextStorageTest::randomEditsUndoRedo_matchModel()
+{
+    QFETCH(quint32, seed);
+    QRandomGenerator random(seed);
+    TextStorage storage;
+    // The model keeps every state whole; one step of it is one undo step of the storage.
+    QList<QString> states{test::randomText(random, 300)};
+    qsizetype position = 0;
+    storage.setText(Text{QStringView(states.first())});
+    for (int i = 0; i < 300; ++i) {
+        const int action = random.bounded(10);
+        if (action < 2 && position > 0) {
+            storage.undo();
+            --position;
+        } else if (action < 4 && position + 1 < states.size()) {
+            storage.redo();
+            ++position;
+        } else {
+            QString model = states[position];
+            const int edits = 1 + random.bounded(3);
+            storage.beginUndoGrouping();
+            for (int edit = 0; edit < edits; ++edit) {
+                qsizetype start = random.bounded(model.size() + 1);
+                qsizetype end = std::min<qsizetype>(model.size(), start + random.bounded(9));
+                start -= start < model.size() && model[start].isLowSurrogate() ? 1 : 0;
+                end += end < model.size() && model[end].isLowSurrogate() ? 1 : 0;
+                const QString insertion = u'+' + test::randomText(random, random.bounded(3));
+                storage.replaceCharacters({start, end - start}, Text{QStringView(insertion)});
+                model.replace(start, end - start, insertion);
+            }
+            storage.endUndoGrouping();
+            states.resize(position + 1);
+            states.append(model);
+            ++position;
+        }
+        QCOMPARE(storage.canUndo(), position > 0);
+        QCOMPARE(storage.canRedo(), position + 1 < states.size());
+        QCOMPARE(storage.text().metrics(), test::metricsOf(states[position]));
+        QCOMPARE(storage.text().toString(), states[position]);
+    }
+}
+
+QTEST_GUILESS_MAIN(TextStorageTest)
+#include "TextStorageTest.moc"
