@@ -1,0 +1,70 @@
+#include "editor/ElidedLabel.h"
+
+#include <QPainter>
+
+namespace penwick {
+
+namespace {
+
+bool breaksLine(QChar c)
+{
+    switch (c.unicode()) {
+    case u'\n':
+    case u'\v':
+    case u'\f':
+    case u'\r':
+    case u'\u0085':
+    case u'\u2028':
+    case u'\u2029':
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+ElidedLabel::ElidedLabel(QWidget *parent)
+    : QLabel(parent)
+{
+    // A message that holds markup is shown as it is, not interpreted.
+    setTextFormat(Qt::PlainText);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+void ElidedLabel::setLine(const QString &text)
+{
+    QString line = text;
+    line.replace(QStringLiteral("\r\n"), QStringLiteral(" "));
+    for (QChar &c : line) {
+        if (breaksLine(c)) {
+            c = u' ';
+        }
+    }
+    setText(line);
+}
+
+QString ElidedLabel::displayedText() const
+{
+    return fontMetrics().elidedText(text(), Qt::ElideRight, contentsRect().width());
+}
+
+QSize ElidedLabel::minimumSizeHint() const
+{
+    return {0, sizeHint().height()};
+}
+
+void ElidedLabel::paintEvent(QPaintEvent * /*event*/)
+{
+    QPainter painter(this);
+    painter.setPen(textColor());
+    painter.drawText(
+        contentsRect(), Qt::AlignVCenter | Qt::AlignLeading | Qt::TextSingleLine, displayedText());
+}
+
+QColor ElidedLabel::textColor() const
+{
+    return palette().color(QPalette::WindowText);
+}
+
+} // namespace penwick

@@ -1,0 +1,127 @@
+#include "editor/StatusBarView.h"
+
+#include "editor/ElidedLabel.h"
+#include "editor/StatusMessageLabel.h"
+#include "platform/NotificationCenter.h"
+#include "wording/UIWordingProfileManager.h"
+#include "wording/WordingLookup.h"
+
+#include <QFontDatabase>
+#include <QFrame>
+#include <QHBoxLayout>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int kFontSize = 11;
+constexpr int kHorizontalMargin = 10;
+constexpr int kVerticalMargin = 4;
+constexpr int kDividerHeight = 12;
+
+/// Digits without grouping in any locale.
+QString number(qint64 value)
+{
+    return QString::number(value);
+}
+
+} // namespace
+
+StatusBarView::StatusBarView(DocumentState *documentState, QWidget *parent)
+    : QWidget(parent)
+    , m_documentState(documentState)
+{
+    QFont barFont = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    barFont.setPixelSize(kFontSize);
+    setFont(barFont);
+    setBackgroundRole(QPalette::Window);
+    setAutoFillBackground(true);
+
+    m_countersRow = makeCountersRow();
+    m_messageLabel = new StatusMessageLabel(this);
+    m_messageLabel->setObjectName(u"statusMessage"_s);
+    connect(m_messageLabel, &StatusMessageLabel::dismissed, this, &StatusBarView::dismissMessage);
+
+    auto *layout = new QHBoxLayout(this);
+    layout->setContentsMargins(
+        kHorizontalMargin, kVerticalMargin, kHorizontalMargin, kVerticalMargin);
+    layout->addWidget(m_countersRow);
+    layout->addWidget(m_messageLabel);
+
+    connect(documentState, &DocumentState::didChange, this, &StatusBarView::stateDidChange);
+    NotificationCenter::defaultCenter().addObserver(
+        UIWordingProfileDidChange, this, [this] { redraw(); });
+    redraw();
+}
+
+QWidget *StatusBarView::makeCountersRow()
+{
+    auto *row = new QWidget(this);
+    auto *layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    const auto addLabel = [row, layout](const QString &objectName) {
+        auto *label = new ElidedLabel(row);
+        label->setObjectName(objectName);
+        layout->addWidget(label, 0, Qt::AlignVCenter);
+        return label;
+    };
+    m_cursorLabel = addLabel(u"statusCursor"_s);
+    m_lineCountLabel = addLabel(u"statusLineCount"_s);
+    m_characterCountLabel = addLabel(u"statusCharacterCount"_s);
+    layout->addStretch();
+    auto *divider = new QFrame(row);
+    divider->setFrameStyle(static_cast<int>(QFrame::VLine) | static_cast<int>(QFrame::Sunken));
+    divider->setFixedHeight(kDividerHeight);
+    layout->addWidget(divider, 0, Qt::AlignVCenter);
+    m_encodingLabel = addLabel(u"statusEncoding"_s);
+    m_newlineLabel = addLabel(u"statusNewline"_s);
+    return row;
+}
+
+void StatusBarView::dismissMessage()
+{
+    if (m_documentState.isNull() || !m_documentState->macroNotificationMessage()) {
+        return;
+    }
+    m_documentState->setMacroNotificationMessage(std::nullopt);
+}
+
+void StatusBarView::stateDidChange(DocumentState::Field field)
+{
+    if (field != DocumentState::Field::Text) { // The bar does not show the text itself.
+        redraw();
+    }
+}
+
+void StatusBarView::redraw()
+{
+    if (m_documentState.isNull()) {
+        return;
+    }
+    redrawCounters();
+    const std::optional<QString> &message = m_documentState->macroNotificationMessage();
+    const bool messageHadFocus = m_messageLabel->hasFocus();
+    m_messageLabel->setLine(message.value_or(QString()));
+    m_countersRow->setVisible(!message.has_value());
+    m_messageLabel->setVisible(message.has_value());
+    if (messageHadFocus && !message.has_value()) {
+        focusPreviousChild(); // Back into the text, where Tab came from.
+    }
+}
+
+void StatusBarView::redrawCounters()
+{
+    const QString line = wording::text(u"status.line"_s, u"行"_s);
+    const QString column = wording::text(u"status.column"_s, u"列"_s);
+    m_cursorLabel->setLine(line + u": "_s + number(m_documentState->cursorLine()) + u" "_s +
+                           column + u": "_s + number(m_documentState->cursorColumn()));
+    m_lineCountLabel->setLine(number(m_documentState->lineCount()) + u" "_s + line);
+    m_characterCountLabel->setLine(number(m_documentState->characterCount()) + u" "_s +
+                                   wording::text(u"status.charCount"_s, u"文字"_s));
+    m_encodingLabel->setLine(m_documentState->encodingDisplay());
+    m_newlineLabel->setLine(m_documentState->newlineDisplay());
+}
+
+} // namespace penwick
