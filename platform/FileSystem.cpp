@@ -1,0 +1,142 @@
+#include "platform/FileSystem.h"
+
+#include "platform/FileDescriptor.h"
+
+#include <QByteArrayList>
+#include <QFile>
+
+#include <algorithm>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <new>
+#include <sys/stat.h>
+
+namespace penwick {
+
+namespace {
+
+tl::unexpected<FileError> systemError()
+{
+    return tl::unexpected(FileError::fromErrno(errno));
+}
+
+tl::expected<QByteArray, FileError> readAll(const FileDescriptor &file, qsizetype expectedSize)
+{
+    // One byte more, so that the end is met without growing. Files of /proc say that they are
+    // empty.
+    constexpr qsizetype kSmallest = 4096;
+    QByteArray content(std::max(expectedSize + 1, kSmallest), Qt::Uninitialized);
+    qsizetype filled = 0;
+    while (true) {
+        if (filled == content.size())
+            content.resize(content.size() * 2);
+        const auto count = uninterrupted([&] {
+            return ::read(
+                file.get(), content.data() + filled, static_cast<size_t>(content.size() - filled));
+        });
+        if (count < 0)
+            return systemError();
+        if (count == 0)
+            break;
+        filled += count;
+    }
+    content.truncate(filled);
+    return content;
+}
+
+bool isFolder(const QByteArray &path)
+{
+    struct stat status = {};
+    return ::stat(path.constData(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+} // namespace
+
+tl::expected<QByteArray, FileError> systemPath(const QString &path)
+{
+    if (path.isEmpty() || path.contains(QChar(u'\0')))
+        return tl::unexpected(FileError{FileError::Kind::InvalidPath, 0});
+    return QFile::encodeName(path);
+}
+
+tl::expected<QByteArray, FileError> readFile(const QString &path)
+{
+    const auto name = systemPath(path);
+    if (!name)
+        return tl::unexpected(name.error());
+    // Without O_NONBLOCK, opening a pipe that nobody writes to would never return.
+    const FileDescriptor file(uninterrupted(
+        [&] { return ::open(name->constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); }));
+    if (!file.isOpen())
+        return systemError();
+    struct stat status = {};
+    if (::fstat(file.get(), &status) != 0)
+        return systemError();
+    if (S_ISDIR(status.st_mode))
+        return tl::unexpected(FileError::fromErrno(EISDIR));
+    if (!S_ISREG(status.st_mode))
+        return tl::unexpected(FileError{FileError::Kind::NotRegular, 0});
+    try {
+        return readAll(file, status.st_size);
+    } catch (const std::bad_alloc &) {
+        return tl::unexpected(FileError::fromErrno(ENOMEM));
+    }
+}
+
+tl::expected<void, FileError> removeFile(const QString &path)
+{
+    const auto name = systemPath(path);
+    if (!name)
+        return tl::unexpected(name.error());
+    if (::unlink(name->constData()) != 0)
+        return systemError();
+    return {};
+}
+
+tl::expected<void, FileError> createFolder(const QString &path)
+{
+    const auto name = systemPath(path);
+    if (!name)
+        return tl::unexpected(name.error());
+    constexpr mode_t kDefaultMode = 0777;
+    for (qsizetype end = 0; end >= 0;) {
+        end = name->indexOf('/', end + 1);
+        const QByteArray folder = end < 0 ? *name : name->left(end);
+        if (::mkdir(folder.constData(), kDefaultMode) != 0) {
+            const int problem = errno;
+            // Another process may have made it meanwhile, and "/" or a mount point may answer
+            // with anything.
+            if (!isFolder(folder))
+                return tl::unexpected(FileError::fromErrno(problem));
+        }
+    }
+    return {};
+}
+
+tl::expected<QStringList, FileError> folderEntries(const QString &path)
+{
+    const auto name = systemPath(path);
+    if (!name)
+        return tl::unexpected(name.error());
+    const std::unique_ptr<DIR, int (*)(DIR *)> folder(::opendir(name->constData()), ::closedir);
+    if (!folder)
+        return systemError();
+    QByteArrayList names;
+    errno = 0;
+    while (const dirent *entry = ::readdir(folder.get())) {
+        const QByteArray entryName(entry->d_name);
+        if (entryName != "." && entryName != "..")
+            names.append(entryName);
+        errno = 0;
+    }
+    if (errno != 0)
+        return systemError();
+    std::sort(names.begin(), names.end());
+    QStringList decoded;
+    for (const QByteArray &entryName : std::as_const(names))
+        decoded.append(QFile::decodeName(entryName));
+    return decoded;
+}
+
+} // namespace penwick

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/FileError.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <tl/expected.hpp>
+
+namespace penwick {
+
+/// The bytes by which the system knows the path. Fails with `InvalidPath` for the empty path and
+/// for one with a NUL, which the system would cut short there.
+[[nodiscard]] tl::expected<QByteArray, FileError> systemPath(const QString &path);
+
+/// The whole content of a regular file.
+[[nodiscard]] tl::expected<QByteArray, FileError> readFile(const QString &path);
+
+/// Removes a file or a symbolic link (not what it points to).
+[[nodiscard]] tl::expected<void, FileError> removeFile(const QString &path);
+
+/// Creates a folder and the folders on the way to it. A folder that exists is success.
+[[nodiscard]] tl::expected<void, FileError> createFolder(const QString &path);
+
+/// Names of everything in a folder, hidden ones too, in ascending byte order.
+[[nodiscard]] tl::expected<QStringList, FileError> folderEntries(const QString &path);
+
+} // namespace penwick

@@ -1,0 +1,295 @@
+#include "platform/JsonText.h"
+
+#include <QLocale>
+#include <QStringDecoder>
+
+// Strict about the grammar, UTF-8 and surrogates, exact for whole 64-bit numbers, and its event
+// interface lets us bound the depth. The other candidates fell short: QJsonDocument takes unpaired
+// surrogates and sorts members its own way, RapidJSON takes an unpaired low surrogate.
+#include <algorithm>
+#include <cmath>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString decoded(const std::string &utf8)
+{
+    // QString::fromUtf8 would drop a U+FEFF at the start; it is a character of the text here.
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+    return decoder(QByteArrayView(utf8.data(), static_cast<qsizetype>(utf8.size())));
+}
+
+/// Builds a `JsonValue` from the parser's events. An event that returns false ends the parsing.
+class TreeBuilder final
+{
+public:
+    JsonValue takeResult() { return std::move(m_result); }
+
+    const JsonError &error() const { return m_error; }
+
+    bool null() { return add(nullptr); }
+
+    bool boolean(bool value) { return add(value); }
+
+    bool number_integer(std::int64_t value) { return add(qint64{value}); }
+
+    bool number_unsigned(std::uint64_t value) { return add(quint64{value}); }
+
+    bool number_float(double value, const std::string &) { return add(value); }
+
+    bool string(std::string &value) { return add(decoded(value)); }
+
+    bool binary(const std::vector<std::uint8_t> &) { return false; } // Never in a text.
+
+    bool key(std::string &name)
+    {
+        m_open.back().name = decoded(name);
+        return true;
+    }
+
+    bool start_object(std::size_t) { return open(JsonObject{}); }
+
+    bool start_array(std::size_t) { return open(JsonArray{}); }
+
+    bool end_object() { return close(); }
+
+    bool end_array() { return close(); }
+
+    bool parse_error(std::size_t position, const std::string &, const nlohmann::json::exception &e)
+    {
+        constexpr int kNumberOverflow = 406;
+        m_error.kind =
+            e.id == kNumberOverflow ? JsonError::Kind::NumberOutOfRange : JsonError::Kind::Syntax;
+        m_error.byteOffset = std::max(qint64{0}, static_cast<qint64>(position) - 1);
+        return false;
+    }
+
+private:
+    struct Container
+    {
+        std::variant<JsonArray, JsonObject> content;
+        QString name; ///< Of the member that is being read.
+    };
+
+    bool open(std::variant<JsonArray, JsonObject> content)
+    {
+        if (m_open.size() >= JsonText::kMaximumDepth) {
+            m_error.kind = JsonError::Kind::TooDeep;
+            return false;
+        }
+        m_open.push_back({std::move(content), {}});
+        return true;
+    }
+
+    bool close()
+    {
+        auto content = std::move(m_open.back().content);
+        m_open.pop_back();
+        return std::visit([this](auto &&closed) { return add(std::move(closed)); },
+                          std::move(content));
+    }
+
+    bool add(JsonValue value)
+    {
+        if (m_open.empty())
+            m_result = std::move(value);
+        else if (auto *array = std::get_if<JsonArray>(&m_open.back().content))
+            array->append(std::move(value));
+        else
+            std::get<JsonObject>(m_open.back().content).insert(m_open.back().name, value);
+        return true;
+    }
+
+    JsonValue m_result;
+    JsonError m_error;
+    std::vector<Container> m_open;
+};
+
+/// Writes the pretty-printed form.
+class TreeWriter final
+{
+public:
+    QByteArray takeText() { return std::move(m_text); }
+
+    void write(const JsonValue &value)
+    {
+        std::visit([this](const auto &data) { writeData(data); }, value.data());
+    }
+
+private:
+    void writeData(std::monostate) { m_text += "null"; }
+
+    void writeData(bool value) { m_text += value ? "true" : "false"; }
+
+    void writeData(qint64 value) { m_text += QByteArray::number(value); }
+
+    void writeData(quint64 value) { m_text += QByteArray::number(value); }
+
+    void writeData(double value)
+    {
+        m_text += std::isfinite(value)
+                      ? QByteArray::number(value, 'g', QLocale::FloatingPointShortest)
+                      : "null"_ba;
+    }
+
+    void writeData(const QString &text)
+    {
+        m_text += '"';
+        const QStringView all(text);
+        qsizetype plainFrom = 0;
+        for (qsizetype i = 0; i < all.size(); ++i) {
+            if (all[i].isHighSurrogate() && i + 1 < all.size() && all[i + 1].isLowSurrogate()) {
+                ++i;
+                continue;
+            }
+            const QByteArray escape = escaped(all[i].unicode());
+            if (escape.isEmpty())
+                continue;
+            m_text += all.sliced(plainFrom, i - plainFrom).toUtf8();
+            m_text += escape;
+            plainFrom = i + 1;
+        }
+        m_text += all.sliced(plainFrom).toUtf8();
+        m_text += '"';
+    }
+
+    void writeData(const JsonArray &array)
+    {
+        writeItems(
+            '[', array, [this](const JsonValue &item) { write(item); }, ']');
+    }
+
+    void writeData(const JsonObject &object)
+    {
+        struct Member
+        {
+            QByteArray order;
+            const QString *name;
+            const JsonValue *value;
+        };
+
+        // The map's own order is that of UTF-16, which differs past U+FFFF.
+        std::vector<Member> members;
+        for (auto it = object.cbegin(); it != object.cend(); ++it)
+            members.push_back({it.key().toUtf8(), &it.key(), &it.value()});
+        std::sort(members.begin(), members.end(), [](const Member &a, const Member &b) {
+            return a.order < b.order;
+        });
+        writeItems(
+            '{',
+            members,
+            [this](const Member &member) {
+                writeData(*member.name);
+                m_text += " : ";
+                write(*member.value);
+            },
+            '}');
+    }
+
+    template <typename Items, typename WriteItem>
+    void writeItems(char opening, const Items &items, WriteItem writeItem, char closing)
+    {
+        m_text += opening;
+        if (!items.empty()) {
+            ++m_depth;
+            bool isFirst = true;
+            for (const auto &item : items) {
+                if (!isFirst)
+                    m_text += ',';
+                isFirst = false;
+                breakLine();
+                writeItem(item);
+            }
+            --m_depth;
+            breakLine();
+        }
+        m_text += closing;
+    }
+
+    void breakLine()
+    {
+        m_text += '\n';
+        m_text.append(m_depth * 2, ' ');
+    }
+
+    /// Empty when the unit is written as it is.
+    static QByteArray escaped(char16_t unit)
+    {
+        switch (unit) {
+        case u'"':
+            return "\\\""_ba;
+        case u'\\':
+            return "\\\\"_ba;
+        case u'/':
+            return "\\/"_ba;
+        case u'\b':
+            return "\\b"_ba;
+        case u'\f':
+            return "\\f"_ba;
+        case u'\n':
+            return "\\n"_ba;
+        case u'\r':
+            return "\\r"_ba;
+        case u'\t':
+            return "\\t"_ba;
+        default:
+            break;
+        }
+        if (unit < 0x20)
+            return "\\u" + QByteArray::number(unit, 16).rightJustified(4, '0');
+        return QChar::isSurrogate(unit) ? "\xEF\xBF\xBD"_ba : QByteArray();
+    }
+
+    QByteArray m_text;
+    qsizetype m_depth = 0;
+};
+
+} // namespace
+
+QString JsonError::description() const
+{
+    const auto at = [this](const QString &what) {
+        return u"%1 near byte %2"_s.arg(what).arg(byteOffset);
+    };
+    switch (kind) {
+    case Kind::InvalidUtf8:
+        return at(u"The text is not valid UTF-8"_s);
+    case Kind::TooDeep:
+        return u"The JSON is nested too deeply"_s;
+    case Kind::NumberOutOfRange:
+        return at(u"The JSON holds a number that is too large"_s);
+    case Kind::Syntax:
+        break;
+    }
+    return at(u"The text is not valid JSON"_s);
+}
+
+tl::expected<JsonValue, JsonError> JsonText::read(QByteArrayView text)
+{
+    // The parser takes a NUL for the end of its input and would not look at what follows.
+    if (const qsizetype nul = text.indexOf('\0'); nul >= 0)
+        return tl::unexpected(JsonError{JsonError::Kind::Syntax, nul});
+    TreeBuilder builder;
+    if (nlohmann::json::sax_parse(text.begin(), text.end(), &builder))
+        return builder.takeResult();
+    JsonError error = builder.error();
+    if (error.kind == JsonError::Kind::Syntax && !text.isValidUtf8())
+        error.kind = JsonError::Kind::InvalidUtf8;
+    return tl::unexpected(error);
+}
+
+QByteArray JsonText::write(const JsonValue &value)
+{
+    TreeWriter writer;
+    writer.write(value);
+    return writer.takeText();
+}
+
+} // namespace penwick

@@ -1,0 +1,351 @@
+#include "platform/AtomicFile.h"
+
+#include "support/TemporaryHome.h"
+
+#include <QTest>
+
+#include <cerrno>
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+using namespace penwick;
+using namespace penwick::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct stat statusOf(const QString &path)
+{
+    struct stat status = {};
+    if (::lstat(QFile::encodeName(path).constData(), &status) != 0)
+        qFatal("A test file has no status.");
+    return status;
+}
+
+unsigned modeOf(const QString &path)
+{
+    return statusOf(path).st_mode & ALLPERMS;
+}
+
+/// Lets no file grow past `bytes` while it lives, which the system reports as on a full disk.
+class FileSizeLimit final
+{
+public:
+    explicit FileSizeLimit(rlim_t bytes)
+    {
+        m_formerHandler = std::signal(SIGXFSZ, SIG_IGN);
+        ::getrlimit(RLIMIT_FSIZE, &m_former);
+        const rlimit limit{bytes, m_former.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+
+    ~FileSizeLimit()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &m_former);
+        std::signal(SIGXFSZ, m_formerHandler);
+    }
+
+private:
+    rlimit m_former = {};
+    void (*m_formerHandler)(int) = nullptr;
+};
+
+} // namespace
+
+class AtomicFileTest final : public QObject
+{
+    Q_OBJECT
+
+private:
+    QStringList entries(const TemporaryHome &home, const QString &folder = {})
+    {
+        return folderEntries(home.file(folder)).value();
+    }
+
+private Q_SLOTS:
+
+    void replace_newFile_writesItWithTheUsersDefaultMode()
+    {
+        const TemporaryHome home;
+        const mode_t former = ::umask(027);
+        const auto result = replaceFile(home.file(u"new.txt"_s), "content");
+        ::umask(former);
+        QVERIFY(result.has_value());
+        QCOMPARE(home.read(u"new.txt"_s), "content"_ba);
+        QCOMPARE(modeOf(home.file(u"new.txt"_s)), 0640U);
+        QCOMPARE(entries(home), QStringList{u"new.txt"_s});
+    }
+
+    void replace_existingFile_keepsModeOwnerAndGroup()
+    {
+        const TemporaryHome home;
+        const QString path = home.write(u"old.txt"_s, "old");
+        if (::getuid() == 0)
+            QCOMPARE(::chown(QFile::encodeName(path).constData(), 1234, 5678), 0);
+        QCOMPARE(::chmod(QFile::encodeName(path).constData(), 0751), 0);
+        const struct stat before = statusOf(path);
+        QVERIFY(replaceFile(path, "new").has_value());
+        const struct stat after = statusOf(path);
+        QCOMPARE(home.read(u"old.txt"_s), "new"_ba);
+        QCOMPARE(modeOf(path), 0751U);
+        QCOMPARE(after.st_uid, before.st_uid);
+        QCOMPARE(after.st_gid, before.st_gid);
+        QVERIFY(after.st_ino != before.st_ino);
+    }
+
+    void replace_existingFile_keepsExtendedAttributes()
+    {
+        const TemporaryHome home;
+        const QString path = home.write(u"old.txt"_s, "old");
+        const QByteArray name = QFile::encodeName(path);
+        if (::setxattr(name.constData(), "user.note", "kept", 4, 0) != 0)
+            QSKIP("This file system has no extended attributes.");
+        QVERIFY(replaceFile(path, "new").has_value());
+        char value[8] = {};
+        QCOMPARE(::getxattr(name.constData(), "user.note", value, sizeof value), ssize_t{4});
+        QCOMPARE(QByteArray(value), "kept"_ba);
+    }
+
+    void replace_shorterContent_leavesNothingOfTheOld()
+    {
+        const TemporaryHome home;
+        const QString path = home.write(u"a"_s, QByteArray(100000, 'x'));
+        QVERIFY(replaceFile(path, "").has_value());
+        QCOMPARE(QFileInfo(path).size(), 0);
+    }
+
+    void replace_contentInPieces_isWrittenInOrder()
+    {
+        const TemporaryHome home;
+        QByteArray expected;
+        const auto result = replaceFile(home.file(u"a"_s), [&](const WriteBytes &write) {
+            for (int i = 0; i < 300; ++i) {
+                // Small ones, and ones larger than any buffer.
+                const QByteArray piece(i % 50 == 49 ? 700000 : i, static_cast<char>('a' + i % 26));
+                expected += piece;
+                if (!write(piece))
+                    return false;
+            }
+            return true;
+        });
+        QVERIFY(result.has_value());
+        QVERIFY(home.read(u"a"_s) == expected);
+    }
+
+    void replace_symbolicLink_keepsItAndReplacesItsTarget()
+    {
+        const TemporaryHome home;
+        home.write(u"far/target"_s, "old");
+        QVERIFY(QFile::link(u"far/target"_s, home.file(u"link"_s)));
+        QVERIFY(QFile::link(home.file(u"link"_s), home.file(u"link to link"_s)));
+        QVERIFY(replaceFile(home.file(u"link to link"_s), "new").has_value());
+        QVERIFY(S_ISLNK(statusOf(home.file(u"link to link"_s)).st_mode));
+        QVERIFY(S_ISLNK(statusOf(home.file(u"link"_s)).st_mode));
+        QVERIFY(S_ISREG(statusOf(home.file(u"far/target"_s)).st_mode));
+        QCOMPARE(home.read(u"far/target"_s), "new"_ba);
+        QCOMPARE(entries(home, u"far"_s), QStringList{u"target"_s});
+    }
+
+    void replace_danglingLink_createsItsTarget()
+    {
+        const TemporaryHome home;
+        QVERIFY(QFile::link(u"later"_s, home.file(u"link"_s)));
+        QVERIFY(replaceFile(home.file(u"link"_s), "new").has_value());
+        QVERIFY(S_ISLNK(statusOf(home.file(u"link"_s)).st_mode));
+        QCOMPARE(home.read(u"later"_s), "new"_ba);
+    }
+
+    void replace_ringOfLinks_fails()
+    {
+        const TemporaryHome home;
+        QVERIFY(QFile::link(u"b"_s, home.file(u"a"_s)));
+        QVERIFY(QFile::link(u"a"_s, home.file(u"b"_s)));
+        const auto result = replaceFile(home.file(u"a"_s), "new");
+        QCOMPARE(result.error(), (FileError{FileError::Kind::InvalidPath, ELOOP}));
+    }
+
+    void replace_relativePath_isBelowTheCurrentFolder()
+    {
+        const TemporaryHome home;
+        const QString former = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(home.path()));
+        const auto result = replaceFile(u"bare name"_s, "x");
+        QDir::setCurrent(former);
+        QVERIFY(result.has_value());
+        QCOMPARE(home.read(u"bare name"_s), "x"_ba);
+    }
+
+    void replace_nameOfFullLength_succeeds()
+    {
+        const TemporaryHome home;
+        const QString name(NAME_MAX, u'n');
+        QVERIFY(replaceFile(home.file(name), "x").has_value());
+        QCOMPARE(replaceFile(home.file(name + u'n'), "x").error().kind,
+                 FileError::Kind::InvalidPath);
+    }
+
+    void replace_pathThatNoFileCanHave_fails()
+    {
+        const TemporaryHome home;
+        QCOMPARE(replaceFile({}, "x").error().kind, FileError::Kind::InvalidPath);
+        const QString cut = home.file(u"cut"_s) + QChar(u'\0') + u"tail"_s;
+        QCOMPARE(replaceFile(cut, "x").error().kind, FileError::Kind::InvalidPath);
+        QVERIFY(entries(home).isEmpty());
+    }
+
+    void replace_missingFolder_fails()
+    {
+        const TemporaryHome home;
+        const auto result = replaceFile(home.file(u"gone/a"_s), "x");
+        QCOMPARE(result.error(), (FileError{FileError::Kind::NotFound, ENOENT}));
+        QVERIFY(entries(home).isEmpty());
+    }
+
+    void replace_fileInTheFoldersPlace_fails()
+    {
+        const TemporaryHome home;
+        home.write(u"folder"_s, "a file");
+        const auto result = replaceFile(home.file(u"folder/a"_s), "x");
+        QCOMPARE(result.error(), (FileError{FileError::Kind::NotFound, ENOTDIR}));
+        QCOMPARE(home.read(u"folder"_s), "a file"_ba);
+    }
+
+    void replace_folderVanishesMeanwhile_failsAndLeavesNothing()
+    {
+        const TemporaryHome home;
+        home.write(u"folder/a"_s, "old");
+        const auto result = replaceFile(home.file(u"folder/a"_s), [&](const WriteBytes &write) {
+            return write("new") && QDir().rename(home.file(u"folder"_s), home.file(u"moved"_s));
+        });
+        QCOMPARE(result.error(), (FileError{FileError::Kind::NotFound, ENOENT}));
+        QCOMPARE(home.read(u"moved/a"_s), "old"_ba);
+    }
+
+    void replace_targetIsFolder_fails()
+    {
+        const TemporaryHome home;
+        home.write(u"folder/inside"_s, "x");
+        const auto result = replaceFile(home.file(u"folder"_s), "x");
+        QCOMPARE(result.error(), (FileError{FileError::Kind::IsFolder, EISDIR}));
+        QCOMPARE(entries(home, u"folder"_s), QStringList{u"inside"_s});
+    }
+
+    void replace_targetBecomesFolderMeanwhile_failsAndLeavesNothing()
+    {
+        const TemporaryHome home;
+        const auto result = replaceFile(home.file(u"a"_s), [&](const WriteBytes &write) {
+            return write("new") && QDir().mkdir(home.file(u"a"_s));
+        });
+        QCOMPARE(result.error(), (FileError{FileError::Kind::IsFolder, EISDIR}));
+        QCOMPARE(entries(home), QStringList{u"a"_s});
+    }
+
+    void replace_device_isRefusedAndStays()
+    {
+        const TemporaryHome home;
+        QVERIFY(QFile::link(u"/dev/full"_s, home.file(u"full"_s)));
+        QCOMPARE(replaceFile(home.file(u"full"_s), "x").error().kind, FileError::Kind::NotRegular);
+        QVERIFY(S_ISCHR(statusOf(u"/dev/full"_s).st_mode));
+    }
+
+    void replace_noSpace_keepsTheOldFileAndLeavesNothing_data()
+    {
+        QTest::addColumn<int>("size");
+        QTest::newRow("found when the buffer is flushed") << 9000;
+        QTest::newRow("found while writing") << 3000000;
+    }
+
+    void replace_noSpace_keepsTheOldFileAndLeavesNothing()
+    {
+        QFETCH(int, size);
+        const TemporaryHome home;
+        const QString path = home.write(u"a"_s, "old");
+        tl::expected<void, FileError> result;
+        {
+            const FileSizeLimit limit(8192);
+            result = replaceFile(path, QByteArray(size, 'x'));
+        }
+        QCOMPARE(result.error(), (FileError{FileError::Kind::NoSpace, EFBIG}));
+        QCOMPARE(home.read(u"a"_s), "old"_ba);
+        QCOMPARE(entries(home), QStringList{u"a"_s});
+    }
+
+    void replace_noSpace_tellsTheProducerToStop()
+    {
+        const TemporaryHome home;
+        int accepted = 0;
+        {
+            const FileSizeLimit limit(8192);
+            const auto result = replaceFile(home.file(u"a"_s), [&](const WriteBytes &write) {
+                while (accepted < 1000 && write(QByteArray(100000, 'x')))
+                    ++accepted;
+                return false;
+            });
+            QCOMPARE(result.error().kind, FileError::Kind::NoSpace);
+        }
+        QVERIFY(accepted < 10);
+    }
+
+    void replace_producerGivesUp_keepsTheOldFileAndLeavesNothing()
+    {
+        const TemporaryHome home;
+        const QString path = home.write(u"a"_s, "old");
+        const auto result =
+            replaceFile(path, [](const WriteBytes &write) { return write("half") && false; });
+        QCOMPARE(result.error().kind, FileError::Kind::Cancelled);
+        QCOMPARE(home.read(u"a"_s), "old"_ba);
+        QCOMPARE(entries(home), QStringList{u"a"_s});
+    }
+
+    void replace_writeProtectedFileOrFolder_fails()
+    {
+        if (::geteuid() != 0)
+            QSKIP("Only root can take on another user to be refused as.");
+        const TemporaryHome home;
+        const QString path = home.write(u"protected"_s, "old");
+        const QByteArray folder = QFile::encodeName(home.path());
+        QCOMPARE(::chmod(QFile::encodeName(path).constData(), 0444), 0);
+        QCOMPARE(::chmod(folder.constData(), 0777), 0);
+        constexpr uid_t kNobody = 65534;
+        QCOMPARE(::seteuid(kNobody), 0);
+        const auto onFile = replaceFile(path, "new");
+        const auto elsewhere = replaceFile(home.file(u"free"_s), "new");
+        QCOMPARE(::seteuid(0), 0);
+        QCOMPARE(::chmod(folder.constData(), 0755), 0);
+        QCOMPARE(::seteuid(kNobody), 0);
+        const auto inFolder = replaceFile(home.file(u"more"_s), "new");
+        QCOMPARE(::seteuid(0), 0);
+        QCOMPARE(onFile.error(), (FileError{FileError::Kind::PermissionDenied, EACCES}));
+        QVERIFY(elsewhere.has_value());
+        QCOMPARE(inFolder.error(), (FileError{FileError::Kind::PermissionDenied, EACCES}));
+        QCOMPARE(home.read(u"protected"_s), "old"_ba);
+        QCOMPARE(entries(home), (QStringList{u"free"_s, u"protected"_s}));
+    }
+
+    void replace_ownerCannotBeKept_grantsNobodyMore()
+    {
+        if (::geteuid() != 0)
+            QSKIP("Only root can make files of other users.");
+        const TemporaryHome home;
+        const QString path = home.write(u"shared"_s, "old");
+        const QByteArray name = QFile::encodeName(path);
+        QCOMPARE(::chown(name.constData(), 1234, 5678), 0);
+        QCOMPARE(::chmod(name.constData(), 04672), 0);
+        QCOMPARE(::chmod(QFile::encodeName(home.path()).constData(), 0777), 0);
+        constexpr uid_t kNobody = 65534;
+        QCOMPARE(::setegid(kNobody), 0);
+        QCOMPARE(::seteuid(kNobody), 0);
+        const auto result = replaceFile(path, "new");
+        QCOMPARE(::seteuid(0), 0);
+        QCOMPARE(::setegid(0), 0);
+        QVERIFY(result.has_value());
+        // The group was allowed everything; the new group gets only what others have.
+        QCOMPARE(modeOf(path), 0622U);
+    }
+};
+
+QTEST_APPLESS_MAIN(AtomicFileTest)
+#include "AtomicFileTest.moc"

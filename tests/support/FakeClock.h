@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/Timestamp.h"
+
+#include <QDateTime>
+#include <QTimeZone>
+
+#include <memory>
+
+namespace penwick::test {
+
+/// A clock that stands still until the test moves it. Starts at 2025-03-01T09:15:00Z.
+class FakeClock final
+{
+public:
+    /// The clock to hand in; it follows this object even when it outlives it.
+    [[nodiscard]] Clock clock() const
+    {
+        return [now = m_now] { return *now; };
+    }
+
+    void advanceSeconds(qint64 seconds) { *m_now = m_now->addSecs(seconds); }
+
+    void set(const QDateTime &now) { *m_now = now; }
+
+private:
+    std::shared_ptr<QDateTime> m_now =
+        std::make_shared<QDateTime>(QDate(2025, 3, 1), QTime(9, 15), QTimeZone::utc());
+};
+
+} // namespace penwick::test
