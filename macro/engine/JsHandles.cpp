@@ -1,0 +1,53 @@
+#include "macro/engine/JsHandles.h"
+
+#include "macro/engine/ScriptValue.h"
+
+#include <utility>
+
+namespace penwick {
+
+JsProtected::JsProtected(JSContextRef context, JSValueRef value)
+    : m_context(context)
+    , m_value(value)
+{
+    JSValueProtect(m_context, m_value);
+}
+
+JsProtected::~JsProtected()
+{
+    if (m_value != nullptr)
+        JSValueUnprotect(m_context, m_value);
+}
+
+JsProtected::JsProtected(JsProtected &&other) noexcept
+    : m_context(other.m_context)
+    , m_value(std::exchange(other.m_value, nullptr))
+{
+}
+
+// Only the calls that take and give UTF-16 keep every character: those for UTF-8 stop at NUL and at
+// lone surrogates.
+JsString toJsString(QStringView text)
+{
+    static_assert(sizeof(JSChar) == sizeof(char16_t));
+    return JsString(JSStringCreateWithCharacters(reinterpret_cast<const JSChar *>(text.utf16()),
+                                                 static_cast<std::size_t>(text.size())));
+}
+
+QString fromJsString(JSStringRef string)
+{
+    const JSChar *units = JSStringGetCharactersPtr(string);
+    const auto length = static_cast<qsizetype>(JSStringGetLength(string));
+    return wellFormed(QStringView(reinterpret_cast<const char16_t *>(units), length));
+}
+
+std::optional<QString>
+stringConversion(JSContextRef context, JSValueRef value, JSValueRef *exception)
+{
+    const JsString string(JSValueToStringCopy(context, value, exception));
+    if (!string)
+        return std::nullopt;
+    return fromJsString(string.get());
+}
+
+} // namespace penwick

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QString>
+#include <QStringView>
+
+#include <JavaScriptCore/JavaScript.h>
+#include <memory>
+#include <optional>
+#include <type_traits>
+
+namespace penwick {
+
+/// Owning handles for what the engine counts references of.
+template <auto release> struct JsRelease
+{
+    template <typename Pointer> void operator()(Pointer pointer) const { release(pointer); }
+};
+
+using JsString = std::unique_ptr<std::remove_pointer_t<JSStringRef>, JsRelease<JSStringRelease>>;
+using JsContextGroup =
+    std::unique_ptr<std::remove_pointer_t<JSContextGroupRef>, JsRelease<JSContextGroupRelease>>;
+using JsGlobalContext =
+    std::unique_ptr<std::remove_pointer_t<JSGlobalContextRef>, JsRelease<JSGlobalContextRelease>>;
+using JsClass = std::unique_ptr<std::remove_pointer_t<JSClassRef>, JsRelease<JSClassRelease>>;
+using JsNames = std::unique_ptr<std::remove_pointer_t<JSPropertyNameArrayRef>,
+                                JsRelease<JSPropertyNameArrayRelease>>;
+
+/// Keeps a value alive where the collector does not look: in memory that is not the stack.
+class JsProtected final
+{
+public:
+    JsProtected(JSContextRef context, JSValueRef value);
+    ~JsProtected();
+    JsProtected(JsProtected &&other) noexcept;
+    JsProtected(const JsProtected &) = delete;
+    JsProtected &operator=(const JsProtected &) = delete;
+    JsProtected &operator=(JsProtected &&) = delete;
+
+private:
+    JSContextRef m_context;
+    JSValueRef m_value; // Null once moved from.
+};
+
+[[nodiscard]] JsString toJsString(QStringView text);
+
+/// Lone surrogates become U+FFFD.
+[[nodiscard]] QString fromJsString(JSStringRef string);
+
+/// The engine's ordinary string conversion, which may run code of the script. Nothing, and the
+/// thrown value in `exception`, where it throws.
+[[nodiscard]] std::optional<QString>
+stringConversion(JSContextRef context, JSValueRef value, JSValueRef *exception);
+
+} // namespace penwick

@@ -1,0 +1,110 @@
+#include "macro/engine/ScriptRunner.h"
+
+#include "macro/engine/JsConversion.h"
+#include "macro/engine/JsHandles.h"
+
+#include <utility>
+
+namespace penwick {
+
+namespace {
+
+JSValueRef callLog(JSContextRef context,
+                   JSObjectRef function,
+                   JSObjectRef /*thisObject*/,
+                   std::size_t argumentCount,
+                   const JSValueRef arguments[],
+                   JSValueRef *exception)
+{
+    JSValueRef undefined = JSValueMakeUndefined(context);
+    JSValueRef first = argumentCount > 0 ? arguments[0] : undefined;
+    const std::optional<QString> line = stringConversion(context, first, exception);
+    const auto *log = static_cast<const ScriptLogSink *>(JSObjectGetPrivate(function));
+    if (line && *log)
+        (*log)(*line);
+    return undefined;
+}
+
+void setProperty(JSContextRef context, JSObjectRef object, QStringView name, JSValueRef value)
+{
+    JSObjectSetProperty(
+        context, object, toJsString(name).get(), value, kJSPropertyAttributeNone, nullptr);
+}
+
+JSObjectRef property(JSContextRef context, JSObjectRef object, QStringView name)
+{
+    JSValueRef value = JSObjectGetProperty(context, object, toJsString(name).get(), nullptr);
+    return JSValueToObject(context, value, nullptr);
+}
+
+// The function object of a class of ours carries the sink; the engine's own functions cannot carry
+// anything. With the prototype of functions it has `call`, `apply` and `bind` like any other.
+JSObjectRef makeLogFunction(JSContextRef context, const ScriptLogSink &log)
+{
+    JSClassDefinition definition = kJSClassDefinitionEmpty;
+    definition.className = "Function";
+    definition.callAsFunction = callLog;
+    const JsClass functionClass(JSClassCreate(&definition));
+    JSObjectRef function =
+        JSObjectMake(context, functionClass.get(), const_cast<ScriptLogSink *>(&log));
+    JSObjectRef constructor = property(context, JSContextGetGlobalObject(context), u"Function");
+    JSObjectSetPrototype(context, function, property(context, constructor, u"prototype"));
+    return function;
+}
+
+void installConsole(JSContextRef context, const ScriptLogSink &log)
+{
+    JSObjectRef console = JSObjectMake(context, nullptr, nullptr);
+    setProperty(context, console, u"log", makeLogFunction(context, log));
+    setProperty(context, JSContextGetGlobalObject(context), u"console", console);
+}
+
+void installUserInput(JSContextRef context, const QString &userInput)
+{
+    JSValueRef value = JSValueMakeString(context, toJsString(userInput).get());
+    setProperty(context, JSContextGetGlobalObject(context), u"userInput", value);
+}
+
+// Some values have no string conversion, such as symbols; what the attempt throws says more to the
+// user than nothing. Where that has none either, the run counts as one that returned nothing.
+ScriptOutcome exceptionOutcome(JSContextRef context, JSValueRef thrown)
+{
+    JSValueRef second = nullptr;
+    std::optional<QString> text = stringConversion(context, thrown, &second);
+    if (!text && second != nullptr)
+        text = stringConversion(context, second, nullptr);
+    if (!text)
+        return ScriptValue();
+    return tl::unexpected(ScriptError{ScriptError::Code::Exception, std::move(*text)});
+}
+
+} // namespace
+
+ScriptOutcome runScript(ScriptRequest request, const ScriptLogSink &log, const ScriptLimits &limits)
+{
+    if (request.source.size() > limits.sourceLength)
+        return tl::unexpected(ScriptError{ScriptError::Code::SourceTooLong, {}});
+
+    const JsContextGroup group(JSContextGroupCreate());
+    const JsGlobalContext context(group ? JSGlobalContextCreateInGroup(group.get(), nullptr)
+                                        : nullptr);
+    if (!context)
+        return tl::unexpected(ScriptError{ScriptError::Code::EngineUnavailable, {}});
+
+    installConsole(context.get(), log);
+    if (request.userInput)
+        installUserInput(context.get(), *request.userInput);
+    const JsString source = toJsString(request.source);
+    request.source = QString(); // It may hold a document of hundreds of megabytes.
+
+    JSValueRef exception = nullptr;
+    JSValueRef value =
+        JSEvaluateScript(context.get(), source.get(), nullptr, nullptr, 1, &exception);
+    if (exception != nullptr)
+        return exceptionOutcome(context.get(), exception);
+    if (value == nullptr)
+        return ScriptValue();
+    return convertJsValue(context.get(), value, limits);
+}
+
+} // namespace penwick

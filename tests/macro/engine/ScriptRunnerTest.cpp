@@ -1,0 +1,397 @@
+#include "macro/engine/ScriptRunner.h"
+
+#include <QStringList>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace penwick {
+
+namespace {
+
+struct Ran
+{
+    ScriptOutcome outcome;
+    QStringList log;
+};
+
+Ran run(const QString &source,
+        const std::optional<QString> &userInput = std::nullopt,
+        const ScriptLimits &limits = {})
+{
+    QStringList log;
+    ScriptOutcome outcome = runScript(
+        {source, userInput}, [&log](const QString &line) { log.append(line); }, limits);
+    return {std::move(outcome), log};
+}
+
+ScriptError exception(const QString &text)
+{
+    return {ScriptError::Code::Exception, text};
+}
+
+ScriptOutcome failure(ScriptError error)
+{
+    return tl::unexpected(std::move(error));
+}
+
+ScriptLimits limitsOf(std::size_t values, std::size_t bytes, std::size_t depth)
+{
+    ScriptLimits limits;
+    limits.values = values;
+    limits.bytes = bytes;
+    limits.depth = depth;
+    return limits;
+}
+
+} // namespace
+
+class ScriptRunnerTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void value_plainKinds_arrive_data();
+    void value_plainKinds_arrive();
+    void value_loneSurrogates_becomeReplacementCharacters();
+    void value_textWithNul_arrivesWhole();
+    void value_getterThatThrows_losesItsKey();
+    void value_elementGetterThatThrows_isNull();
+    void value_toJson_isNotCalled();
+    void value_cycle_ends();
+    void value_objectReachedTwice_isCopiedTwice();
+    void value_manyLines_arriveInOrder();
+    void value_collectedWhileConverting_survives();
+    void value_proxyWithThrowingTraps_losesNothingElse();
+    void value_longerThanLimits_fails_data();
+    void value_longerThanLimits_fails();
+    void value_asDeepAsAllowed_canBeCopiedAndDropped();
+    void exception_text_isTheEnginesConversion_data();
+    void exception_text_isTheEnginesConversion();
+    void exception_withoutAnyText_countsAsNoValue();
+    void source_tooLong_fails();
+    void source_withNulAndSurrogates_reachesTheScript();
+    void userInput_absent_isUndefined();
+    void userInput_empty_isSet();
+    void userInput_anyText_isKept();
+    void log_twoArguments_takesTheFirst();
+    void log_ordinaryConversion_isUsed_data();
+    void log_ordinaryConversion_isUsed();
+    void log_conversionThatThrows_isAnOrdinaryException();
+    void log_asValue_behavesAsAFunction();
+    void console_otherFunctions_areMissing();
+    void runs_inARow_shareNothing();
+};
+
+void ScriptRunnerTest::value_plainKinds_arrive_data()
+{
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<ScriptValue>("expected");
+
+    using List = ScriptValue::List;
+    using Map = ScriptValue::Map;
+    const ScriptValue null;
+    const ScriptValue one(1.0);
+    QTest::newRow("null") << u"null"_s << null;
+    QTest::newRow("undefined") << u"undefined"_s << null;
+    QTest::newRow("no statement") << QString() << null;
+    QTest::newRow("true") << u"true"_s << ScriptValue(true);
+    QTest::newRow("number") << u"1.5"_s << ScriptValue(1.5);
+    QTest::newRow("string") << u"'日本' + '語'"_s << ScriptValue(u"日本語"_s);
+    QTest::newRow("empty list") << u"[]"_s << ScriptValue(List{});
+    QTest::newRow("empty object") << u"({})"_s << ScriptValue(Map{});
+    QTest::newRow("object keeps its order")
+        << u"({b: 1, a: [1, {c: null}]})"_s
+        << ScriptValue(Map{{u"b"_s, one},
+                           {u"a"_s, ScriptValue(List{one, ScriptValue(Map{{u"c"_s, null}})})}});
+    QTest::newRow("undefined in an object is dropped")
+        << u"({a: undefined, b: 1})"_s << ScriptValue(Map{{u"b"_s, one}});
+    QTest::newRow("undefined and holes in a list are null")
+        << u"[undefined, , 1]"_s << ScriptValue(List{null, null, one});
+    QTest::newRow("a string object is an object")
+        << u"new String('x')"_s << ScriptValue(Map{{u"0"_s, ScriptValue(u"x"_s)}});
+    QTest::newRow("function") << u"(function() {})"_s << ScriptValue(Map{});
+    QTest::newRow("symbol") << u"Symbol('x')"_s << ScriptValue::other();
+    QTest::newRow("big integer") << u"10n"_s << ScriptValue::other();
+    QTest::newRow("date") << u"[new Date(0)]"_s << ScriptValue(List{ScriptValue::other()});
+}
+
+void ScriptRunnerTest::value_plainKinds_arrive()
+{
+    QFETCH(QString, source);
+    QFETCH(ScriptValue, expected);
+    QVERIFY(run(source).outcome == expected);
+}
+
+void ScriptRunnerTest::value_loneSurrogates_becomeReplacementCharacters()
+{
+    const Ran ran = run(uR"(({'\uD800': 'a\uDC00b\uD83D\uDE00'}))"_s);
+    const ScriptValue expected(ScriptValue::Map{{u"\uFFFD"_s, ScriptValue(u"a\uFFFDb😀"_s)}});
+    QVERIFY(ran.outcome == expected);
+}
+
+void ScriptRunnerTest::value_textWithNul_arrivesWhole()
+{
+    const Ran ran = run(uR"('a\u0000b')"_s);
+    QVERIFY(ran.outcome == ScriptValue(QStringView(u"a\0b", 3).toString()));
+}
+
+void ScriptRunnerTest::value_getterThatThrows_losesItsKey()
+{
+    const Ran ran = run(u"({get a() { throw new Error('x'); }, get b() { return 1; }})"_s);
+    QVERIFY(ran.outcome == ScriptValue(ScriptValue::Map{{u"b"_s, ScriptValue(1.0)}}));
+}
+
+void ScriptRunnerTest::value_elementGetterThatThrows_isNull()
+{
+    const Ran ran = run(u"var a = [1, 2];"
+                        "Object.defineProperty(a, 0, {get() { throw 1; }}); a"_s);
+    QVERIFY(ran.outcome == ScriptValue(ScriptValue::List{ScriptValue(), ScriptValue(2.0)}));
+}
+
+void ScriptRunnerTest::value_toJson_isNotCalled()
+{
+    const Ran ran = run(u"var o = {a: 1};"
+                        "Object.defineProperty(o, 'toJSON', {value() { return 2; }}); o"_s);
+    QVERIFY(ran.outcome == ScriptValue(ScriptValue::Map{{u"a"_s, ScriptValue(1.0)}}));
+}
+
+void ScriptRunnerTest::value_cycle_ends()
+{
+    const Ran ran = run(u"var o = {a: [1]}; o.self = o; o.a.push(o); o"_s);
+    using List = ScriptValue::List;
+    const ScriptValue expected(
+        ScriptValue::Map{{u"a"_s, ScriptValue(List{ScriptValue(1.0), ScriptValue::other()})},
+                         {u"self"_s, ScriptValue::other()}});
+    QVERIFY(ran.outcome == expected);
+}
+
+void ScriptRunnerTest::value_objectReachedTwice_isCopiedTwice()
+{
+    const Ran ran = run(u"var o = {}; [o, o]"_s);
+    const ScriptValue object{ScriptValue::Map()};
+    QVERIFY(ran.outcome == ScriptValue(ScriptValue::List{object, object}));
+}
+
+void ScriptRunnerTest::value_manyLines_arriveInOrder()
+{
+    const Ran ran = run(u"Array.from({length: 200000}, (_, i) => 'line ' + i)"_s);
+    QVERIFY(ran.outcome.has_value());
+    const ScriptValue::List *list = ran.outcome->list();
+    QVERIFY(list != nullptr);
+    QCOMPARE(list->size(), std::size_t{200000});
+    for (std::size_t i = 0; i < list->size(); ++i)
+        QCOMPARE(list->at(i), ScriptValue(u"line "_s + QString::number(i)));
+}
+
+// Each getter hands out objects that nothing else holds, and leaves garbage that makes the engine
+// collect in between.
+void ScriptRunnerTest::value_collectedWhileConverting_survives()
+{
+    const Ran ran =
+        run(u"function deep(n) { return {"
+            "  get a() { let g = []; for (let i = 0; i < 2000; i++) g.push({i: 'x' + i});"
+            "            return n > 0 ? deep(n - 1) : [g.length]; },"
+            "  b: 'level ' + n }; }"
+            "deep(300)"_s);
+    QVERIFY(ran.outcome.has_value());
+    const ScriptValue *value = &*ran.outcome;
+    for (int level = 300; level >= 0; --level) {
+        QVERIFY(value->member(u"b") != nullptr);
+        QCOMPARE(*value->member(u"b"), ScriptValue(u"level "_s + QString::number(level)));
+        value = value->member(u"a");
+        QVERIFY(value != nullptr);
+    }
+    QVERIFY(*value == ScriptValue(ScriptValue::List{ScriptValue(2000.0)}));
+}
+
+void ScriptRunnerTest::value_proxyWithThrowingTraps_losesNothingElse()
+{
+    const Ran ran = run(u"({p: new Proxy({a: 1}, {"
+                        "  ownKeys() { throw new Error('keys'); },"
+                        "  get() { throw new Error('get'); }}), b: 1})"_s);
+    QVERIFY(ran.outcome.has_value());
+    QVERIFY(ran.outcome->member(u"b") != nullptr);
+    QCOMPARE(*ran.outcome->member(u"b"), ScriptValue(1.0));
+    QVERIFY(run(u"2"_s).outcome == ScriptValue(2.0));
+}
+
+void ScriptRunnerTest::value_longerThanLimits_fails_data()
+{
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<int>("code");
+
+    const int tooLarge = static_cast<int>(ScriptError::Code::ResultTooLarge);
+    const int tooDeep = static_cast<int>(ScriptError::Code::ResultTooDeep);
+    const int fits = -1;
+    QTest::newRow("ten values") << u"[1, 2, 3, 4, 5, 6, 7, 8, 9]"_s << fits;
+    QTest::newRow("eleven values") << u"[1, 2, 3, 4, 5, 6, 7, 8, 9, 10]"_s << tooLarge;
+    QTest::newRow("long empty list") << u"new Array(4000000000)"_s << tooLarge;
+    QTest::newRow("one list three times") << u"var o = [1, 2, 3]; [o, o, o]"_s << tooLarge;
+    QTest::newRow("a hundred bytes") << u"({k: 'x'.repeat(49)})"_s << fits;
+    QTest::newRow("text too long") << u"({k: 'x'.repeat(50)})"_s << tooLarge;
+    QTest::newRow("key too long") << u"var o = {}; o['k'.repeat(51)] = 1; o"_s << tooLarge;
+    QTest::newRow("three levels") << u"[[[1]]]"_s << fits;
+    QTest::newRow("four levels") << u"[[[[1]]]]"_s << tooDeep;
+}
+
+void ScriptRunnerTest::value_longerThanLimits_fails()
+{
+    QFETCH(QString, source);
+    QFETCH(int, code);
+    const Ran ran = run(source, std::nullopt, limitsOf(10, 100, 3));
+    QCOMPARE(ran.outcome.has_value(), code < 0);
+    if (!ran.outcome)
+        QCOMPARE(static_cast<int>(ran.outcome.error().code), code);
+}
+
+void ScriptRunnerTest::value_asDeepAsAllowed_canBeCopiedAndDropped()
+{
+    const QString nest = u"var o = []; for (var i = 1; i < %1; i++) o = {o: [o]}; o"_s;
+    const std::size_t levels = ScriptLimits().depth / 2;
+    const Ran ran = run(nest.arg(levels));
+    QVERIFY(ran.outcome.has_value());
+    const ScriptValue copy = *ran.outcome;
+    QVERIFY(copy == *ran.outcome);
+    QVERIFY(run(nest.arg(levels + 1)).outcome == failure({ScriptError::Code::ResultTooDeep, {}}));
+}
+
+void ScriptRunnerTest::exception_text_isTheEnginesConversion_data()
+{
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<QString>("text");
+
+    QTest::newRow("error") << u"throw new Error('x')"_s << u"Error: x"_s;
+    QTest::newRow("type error") << u"throw new TypeError('x')"_s << u"TypeError: x"_s;
+    QTest::newRow("string") << u"throw '日本語'"_s << u"日本語"_s;
+    QTest::newRow("undefined") << u"throw undefined"_s << u"undefined"_s;
+    QTest::newRow("unknown name") << u"userInput"_s
+                                  << u"ReferenceError: Can't find variable: userInput"_s;
+    QTest::newRow("syntax") << u"var a = ;"_s << u"SyntaxError: Unexpected token ';'"_s;
+    QTest::newRow("lone surrogate") << u"throw 'a\\uD800'"_s << u"a\uFFFD"_s;
+    QTest::newRow("endless recursion")
+        << u"function f() { f(); } f()"_s << u"RangeError: Maximum call stack size exceeded."_s;
+    QTest::newRow("a conversion that throws")
+        << u"throw {toString() { throw new Error('second'); }}"_s << u"Error: second"_s;
+}
+
+void ScriptRunnerTest::exception_text_isTheEnginesConversion()
+{
+    QFETCH(QString, source);
+    QFETCH(QString, text);
+    const Ran ran = run(source);
+    QVERIFY(!ran.outcome.has_value());
+    QCOMPARE(ran.outcome.error().text, text);
+    QVERIFY(ran.outcome == failure(exception(text)));
+}
+
+void ScriptRunnerTest::exception_withoutAnyText_countsAsNoValue()
+{
+    QVERIFY(run(u"throw {toString() { throw Symbol(); }}"_s).outcome == ScriptValue());
+
+    const Ran symbol = run(u"throw Symbol('x')"_s);
+    QVERIFY(!symbol.outcome.has_value());
+    QVERIFY(symbol.outcome.error().text.startsWith(u"TypeError: "_s));
+}
+
+void ScriptRunnerTest::source_tooLong_fails()
+{
+    ScriptLimits limits;
+    limits.sourceLength = 3;
+    QVERIFY(run(u"123"_s, std::nullopt, limits).outcome == ScriptValue(123.0));
+    QVERIFY(run(u"1234"_s, std::nullopt, limits).outcome ==
+            failure({ScriptError::Code::SourceTooLong, {}}));
+}
+
+void ScriptRunnerTest::source_withNulAndSurrogates_reachesTheScript()
+{
+    QString source = u"'a_b😀'"_s;
+    source[2] = QChar::Null;
+    const Ran ran = run(source);
+    QVERIFY(ran.outcome.has_value() && ran.outcome->string() != nullptr);
+    QCOMPARE(*ran.outcome->string(), source.sliced(1, source.size() - 2));
+}
+
+void ScriptRunnerTest::userInput_absent_isUndefined()
+{
+    QVERIFY(run(u"typeof userInput"_s).outcome == ScriptValue(u"undefined"_s));
+    QVERIFY(run(u"'userInput' in globalThis"_s).outcome == ScriptValue(false));
+}
+
+void ScriptRunnerTest::userInput_empty_isSet()
+{
+    QVERIFY(run(u"userInput"_s, QString()).outcome == ScriptValue(u""_s));
+    QVERIFY(run(u"typeof userInput"_s, QString()).outcome == ScriptValue(u"string"_s));
+}
+
+void ScriptRunnerTest::userInput_anyText_isKept()
+{
+    const QString text = u"'\"\\\n\u2028😀</script>"_s + QChar::Null + u"z"_s;
+    QVERIFY(run(u"userInput"_s, text).outcome == ScriptValue(text));
+}
+
+void ScriptRunnerTest::log_twoArguments_takesTheFirst()
+{
+    QCOMPARE(run(u"console.log('a', 'b')"_s).log, QStringList{u"a"_s});
+}
+
+void ScriptRunnerTest::log_ordinaryConversion_isUsed_data()
+{
+    QTest::addColumn<QString>("argument");
+    QTest::addColumn<QString>("line");
+
+    QTest::newRow("nothing") << QString() << u"undefined"_s;
+    QTest::newRow("null") << u"null"_s << u"null"_s;
+    QTest::newRow("number") << u"1.5"_s << u"1.5"_s;
+    QTest::newRow("list") << u"[1, 2]"_s << u"1,2"_s;
+    QTest::newRow("object") << u"{}"_s << u"[object Object]"_s;
+    QTest::newRow("own conversion") << u"{toString() { return 'x'; }}"_s << u"x"_s;
+    QTest::newRow("lone surrogate") << u"'\\uD800'"_s << u"\uFFFD"_s;
+}
+
+void ScriptRunnerTest::log_ordinaryConversion_isUsed()
+{
+    QFETCH(QString, argument);
+    QFETCH(QString, line);
+    const Ran ran = run(u"console.log("_s + argument + u")"_s);
+    QVERIFY(ran.outcome == ScriptValue());
+    QCOMPARE(ran.log, QStringList{line});
+}
+
+void ScriptRunnerTest::log_conversionThatThrows_isAnOrdinaryException()
+{
+    const QString bad = u"console.log({toString() { throw new Error('x'); }})"_s;
+    const Ran caught = run(u"var r; try { "_s + bad + u"; } catch (e) { r = e.message; } r"_s);
+    QVERIFY(caught.outcome == ScriptValue(u"x"_s));
+    QVERIFY(caught.log.isEmpty());
+    QVERIFY(run(bad).outcome == failure(exception(u"Error: x"_s)));
+}
+
+void ScriptRunnerTest::log_asValue_behavesAsAFunction()
+{
+    const Ran ran = run(u"['a', 'b'].forEach(console.log);"
+                        "console.log.call(null, 'c'); console.log.bind(console)('d');"
+                        "typeof console.log"_s);
+    QVERIFY(ran.outcome == ScriptValue(u"function"_s));
+    QCOMPARE(ran.log, (QStringList{u"a"_s, u"b"_s, u"c"_s, u"d"_s}));
+}
+
+void ScriptRunnerTest::console_otherFunctions_areMissing()
+{
+    QVERIFY(run(u"typeof console.error + typeof console.warn"_s).outcome ==
+            ScriptValue(u"undefinedundefined"_s));
+    QVERIFY(run(u"Object.keys(console).join()"_s).outcome == ScriptValue(u"log"_s));
+}
+
+void ScriptRunnerTest::runs_inARow_shareNothing()
+{
+    QVERIFY(run(u"leak = 1; Array.prototype.leak = 2; leak"_s).outcome == ScriptValue(1.0));
+    QVERIFY(run(u"typeof leak + typeof [].leak"_s).outcome == ScriptValue(u"undefinedundefined"_s));
+}
+
+} // namespace penwick
+
+Q_DECLARE_METATYPE(penwick::ScriptValue)
+
+QTEST_APPLESS_MAIN(penwick::ScriptRunnerTest)
+#include "ScriptRunnerTest.moc"
