@@ -1,0 +1,206 @@
+#include "wording/UIWordingProfileManager.h"
+
+#include "platform/ApplicationSupport.h"
+#include "platform/StandardOutput.h"
+#include "wording/WordingLookup.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+bool isListedBefore(const UIWordingProfile &a, const UIWordingProfile &b)
+{
+    if (a.createdAt.isEmpty() != b.createdAt.isEmpty())
+        return b.createdAt.isEmpty();
+    if (a.createdAt != b.createdAt)
+        return a.createdAt < b.createdAt;
+    return a.name < b.name;
+}
+
+auto hasId(const QString &id)
+{
+    return [id](const UIWordingProfile &profile) { return profile.id == id; };
+}
+
+/// The profile of one file, or what to say about it in the log.
+tl::expected<UIWordingProfile, QString> profileOfFile(const QString &path)
+{
+    const auto content = readFile(path);
+    if (!content)
+        return tl::unexpected(content.error().description());
+    return UIWordingProfile::fromJson(*content).map_error(
+        [](const JsonRecordError &error) { return error.description(); });
+}
+
+} // namespace
+
+UIWordingProfileManager::UIWordingProfileManager(QString profileFolder,
+                                                 UserDefaults &defaults,
+                                                 NotificationCenter &center,
+                                                 QObject *parent)
+    : QObject(parent)
+    , m_profileFolder(std::move(profileFolder))
+    , m_defaults(defaults)
+    , m_center(center)
+{
+    ensureProfileDirectory();
+    loadProfiles();
+    restoreActiveProfile();
+}
+
+UIWordingProfileManager &UIWordingProfileManager::shared()
+{
+    static auto *const manager =
+        new UIWordingProfileManager(ApplicationSupport::folderPath() + u"/ui-wording-profiles"_s,
+                                    UserDefaults::standard(),
+                                    NotificationCenter::defaultCenter());
+    return *manager;
+}
+
+std::optional<UIWordingProfile> UIWordingProfileManager::profileWithId(const QString &id) const
+{
+    const auto found = std::find_if(m_profiles.cbegin(), m_profiles.cend(), hasId(id));
+    return found != m_profiles.cend() ? std::optional(*found) : std::nullopt;
+}
+
+QUrl UIWordingProfileManager::profileDirectoryURL() const
+{
+    return QUrl::fromLocalFile(m_profileFolder);
+}
+
+void UIWordingProfileManager::ensureProfileDirectory()
+{
+    if (QFileInfo::exists(m_profileFolder))
+        return;
+    const auto created = createFolder(m_profileFolder);
+    if (!created)
+        printLine(u"Error creating ui-wording-profiles directory: "_s +
+                  created.error().description());
+}
+
+void UIWordingProfileManager::loadProfiles()
+{
+    QList<UIWordingProfile> profiles{builtInJapaneseProfile(), builtInEnglishProfile()};
+    const auto entries = folderEntries(m_profileFolder);
+    if (!entries)
+        printLine(u"Error reading contents of ui-wording-profiles directory: "_s +
+                  entries.error().description());
+    for (const QString &name : entries.value_or(QStringList())) {
+        if (!name.endsWith(u".json"_s))
+            continue;
+        const QString path = m_profileFolder + u'/' + name;
+        auto profile = profileOfFile(path);
+        if (profile)
+            profiles.append(*std::move(profile));
+        else
+            printLine(u"Error loading UI Wording Profile at "_s +
+                      QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded) + u": "_s +
+                      profile.error());
+    }
+    setProfiles(std::move(profiles));
+    sortProfiles();
+}
+
+void UIWordingProfileManager::sortProfiles()
+{
+    QList<UIWordingProfile> sorted;
+    for (const QString &id : {kBuiltInProfileId, kBuiltInEnglishProfileId}) {
+        if (auto profile = profileWithId(id))
+            sorted.append(*std::move(profile));
+    }
+    const auto headLength = sorted.size();
+    std::copy_if(m_profiles.cbegin(),
+                 m_profiles.cend(),
+                 std::back_inserter(sorted),
+                 [](const UIWordingProfile &profile) { return !profile.isBuiltIn; });
+    std::stable_sort(sorted.begin() + headLength, sorted.end(), isListedBefore);
+    setProfiles(std::move(sorted));
+}
+
+void UIWordingProfileManager::restoreActiveProfile()
+{
+    if (const auto remembered = m_defaults.string(kActiveProfileKey)) {
+        if (const auto profile = profileWithId(*remembered)) {
+            applyProfile(*profile);
+            return;
+        }
+    }
+    if (const auto profile = profileWithId(kBuiltInProfileId))
+        applyProfile(*profile);
+}
+
+void UIWordingProfileManager::applyProfile(const UIWordingProfile &profile)
+{
+    // The profile may lie in our own list, which a listener may change.
+    const QString id = profile.id;
+    m_activeProfileId = id;
+    m_defaults.setString(kActiveProfileKey, id);
+    if (id == kBuiltInProfileId)
+        wording::setActiveValues(std::nullopt);
+    else
+        wording::setActiveValues(profile.values);
+    // Only now: whoever hears of the new id may look texts up at once.
+    Q_EMIT activeProfileIdChanged();
+    m_center.post(UIWordingProfileDidChange);
+}
+
+tl::expected<void, FileError> UIWordingProfileManager::saveProfile(const UIWordingProfile &profile)
+{
+    const UIWordingProfile saved = profile; // It may lie in the list that is about to change.
+    ensureProfileDirectory();
+    if (auto written = replaceFile(filePath(saved.id), saved.toJson()); !written)
+        return written;
+    QList<UIWordingProfile> profiles = m_profiles;
+    const auto place = std::find_if(profiles.begin(), profiles.end(), hasId(saved.id));
+    if (place != profiles.end())
+        *place = saved;
+    else
+        profiles.append(saved);
+    setProfiles(std::move(profiles));
+    sortProfiles();
+    if (m_activeProfileId == saved.id)
+        applyProfile(saved);
+    return {};
+}
+
+tl::expected<void, FileError> UIWordingProfileManager::deleteProfile(const QString &id)
+{
+    const QString deletedId = id; // It may lie in the list that is about to change.
+    if (deletedId == kBuiltInProfileId || deletedId == kBuiltInEnglishProfileId)
+        return {};
+    if (auto removed = removeFile(filePath(deletedId)); !removed) {
+        // No file is nothing to remove: a profile may lie in a file that another id names.
+        const auto kind = removed.error().kind;
+        if (kind != FileError::Kind::NotFound && kind != FileError::Kind::InvalidPath)
+            return removed;
+    }
+    QList<UIWordingProfile> profiles = m_profiles;
+    profiles.removeIf(hasId(deletedId));
+    setProfiles(std::move(profiles));
+    if (m_activeProfileId == deletedId) {
+        if (const auto japanese = profileWithId(kBuiltInProfileId))
+            applyProfile(*japanese);
+    }
+    return {};
+}
+
+QString UIWordingProfileManager::filePath(const QString &id) const
+{
+    return m_profileFolder + u'/' + id + u".json"_s;
+}
+
+void UIWordingProfileManager::setProfiles(QList<UIWordingProfile> profiles)
+{
+    m_profiles = std::move(profiles);
+    Q_EMIT profilesChanged();
+}
+
+} // namespace penwick
