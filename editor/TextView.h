@@ -1,19 +1,17 @@
 #pragma once
 
+#include "editor/CaretMover.h"
+#include "editor/SelectionGesture.h"
 #include "editor/TextStorage.h"
+#include "editor/TextViewport.h"
 #include "text/Text.h"
 
 #include <QAbstractScrollArea>
-#include <QElapsedTimer>
+#include <QBasicTimer>
 
-#include <memory>
-
-class QTextLayout;
+#include <optional>
 
 namespace penwick {
-
-class TextLayoutCache;
-class TextViewPainter;
 
 /// A plain-text view over a `TextStorage`. It lays out only what can be seen, so its cost per
 /// keystroke, paint and scroll step does not depend on the size of the text.
@@ -72,6 +70,60 @@ Q_SIGNALS:
     void selectionDidChange();
     /// What the edit actions may do changed: undo, redo, cut, copy, paste.
     void actionStateDidChange();
+
+public:
+    [[nodiscard]] QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
+
+protected:
+    bool focusNextPrevChild(bool next) override;
+    bool event(QEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void inputMethodEvent(QInputMethodEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+    void timerEvent(QTimerEvent *event) override;
+
+private:
+    enum class Scroll { ToCaret, Stay };
+
+    void storageChanged(qint64 offset, qint64 oldLength, qint64 newLength);
+    void select(qint64 anchor, TextCaret caret, Scroll scroll = Scroll::ToCaret);
+    /// An edit that the person made: replaces `range` and puts the caret behind the new text.
+    void edit(TextRange range, const Text &replacement, TextStorage::EditKind kind);
+    void replaceSelection(const QString &units, TextStorage::EditKind kind);
+    void finishUndo(TextRange selection);
+    void deleteTo(qint64 target, TextStorage::EditKind kind);
+    bool handleEditKey(const QKeyEvent &event);
+    bool handleDeleteKey(const QKeyEvent &event);
+    void move(CaretMoveRequest request);
+    void endComposition();
+    void showComposition(const TextComposition &composition);
+    void extendTo(QPointF point);
+    void updateStyle();
+    void updateScrollBars();
+    void restartBlinking();
+    void caretMoved();
+
+    TextStorage *m_storage;
+    mutable TextViewport m_viewport; // Answering a query may lay text out.
+    qint64 m_anchor = 0;             // The end of the selection that stays.
+    TextCaret m_caret;               // The end that moves.
+    std::optional<qreal> m_column;   // x that moves from row to row keep.
+    SelectionGesture m_gesture;
+    QPointF m_lastMousePosition;
+    QBasicTimer m_blinkTimer;
+    QBasicTimer m_autoscrollTimer;
+    bool m_caretIsShown = true;
+    bool m_isUpdatingScrollBars = false;
 };
 
 } // namespace penwick

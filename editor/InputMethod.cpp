@@ -1,0 +1,88 @@
+#include "editor/InputMethod.h"
+
+#include <QTextFormat>
+
+#include <algorithm>
+
+namespace penwick {
+
+namespace {
+
+/// How far an input method sees to either side of the caret.
+constexpr qint64 kSurroundingReach = 512;
+
+QTextLayout::FormatRange underlined(int start, int length)
+{
+    QTextLayout::FormatRange range;
+    range.start = start;
+    range.length = length;
+    range.format.setFontUnderline(true);
+    return range;
+}
+
+QTextLayout::FormatRange clauseOf(const QInputMethodEvent::Attribute &attribute)
+{
+    QTextLayout::FormatRange range;
+    range.start = attribute.start;
+    range.length = attribute.length;
+    range.format = qvariant_cast<QTextFormat>(attribute.value).toCharFormat();
+    const bool isMarked = range.format.background().style() != Qt::NoBrush ||
+                          range.format.underlineStyle() != QTextCharFormat::NoUnderline;
+    if (!isMarked)
+        range.format.setFontUnderline(true);
+    return range;
+}
+
+} // namespace
+
+TextComposition compositionOf(const QInputMethodEvent &event, qint64 position)
+{
+    TextComposition composition;
+    composition.position = position;
+    composition.string = event.preeditString();
+    const auto size = static_cast<int>(composition.string.size());
+    composition.cursor = size;
+    for (const QInputMethodEvent::Attribute &attribute : event.attributes()) {
+        if (attribute.type == QInputMethodEvent::Cursor)
+            composition.cursor = attribute.length > 0 ? std::clamp(attribute.start, 0, size) : -1;
+        else if (attribute.type == QInputMethodEvent::TextFormat && attribute.length > 0)
+            composition.formats.append(clauseOf(attribute));
+    }
+    if (composition.formats.isEmpty() && size > 0)
+        composition.formats.append(underlined(0, size));
+    return composition;
+}
+
+SurroundingText::SurroundingText(const Text &text, qint64 anchor, qint64 caret)
+{
+    m_start = text.clusterBoundaryAtOrBefore(std::max<qint64>(0, caret - kSurroundingReach));
+    const qint64 end =
+        text.clusterBoundaryAtOrBefore(std::min(text.size(), caret + kSurroundingReach));
+    m_units = text.slice(m_start, end - m_start);
+    m_caret = caret;
+    m_anchor = std::clamp(anchor, m_start, end);
+}
+
+QVariant SurroundingText::answer(Qt::InputMethodQuery query) const
+{
+    const auto caret = static_cast<int>(m_caret - m_start);
+    const auto anchor = static_cast<int>(m_anchor - m_start);
+    switch (query) {
+    case Qt::ImSurroundingText:
+        return m_units;
+    case Qt::ImCursorPosition:
+        return caret;
+    case Qt::ImAnchorPosition:
+        return anchor;
+    case Qt::ImCurrentSelection:
+        return m_units.mid(std::min(caret, anchor), std::abs(caret - anchor));
+    case Qt::ImTextBeforeCursor:
+        return m_units.first(caret);
+    case Qt::ImTextAfterCursor:
+        return m_units.sliced(caret);
+    default:
+        return {};
+    }
+}
+
+} // namespace penwick

@@ -1,0 +1,128 @@
+#pragma once
+
+#include "editor/TextSegments.h"
+#include "text/Text.h"
+
+#include <QFont>
+#include <QTextLayout>
+
+#include <memory>
+#include <vector>
+
+namespace penwick {
+
+/// What an input method shows at the caret without it being part of the text.
+struct TextComposition
+{
+    qint64 position = 0; ///< Where it stands in the text, UTF-16 code units, 0-based.
+    QString string;      ///< The composed text; empty means no composition.
+    int cursor = 0;      ///< Caret inside `string`, UTF-16 code units, 0-based; -1: hidden.
+    /// Looks of its clauses. `start` counts from the beginning of `string`.
+    QList<QTextLayout::FormatRange> formats;
+
+    [[nodiscard]] bool isActive() const { return !string.isEmpty(); }
+};
+
+/// How text is laid out. Lengths are logical pixels.
+struct TextLayoutStyle
+{
+    QFont font;
+    qreal width = 0;    ///< Rows wrap here.
+    qreal tabWidth = 0; ///< Distance of tab stops.
+    qreal rowHeight = 1;
+    qreal ascent = 1;   ///< From a row's top to its baseline.
+    QColor substitutes; ///< Colour of the signs drawn for control characters.
+};
+
+/// One segment, laid out in rows of equal height. Row numbers are 0-based.
+class SegmentLayout final
+{
+public:
+    SegmentLayout(const Text &text,
+                  const TextSegment &segment,
+                  const TextLayoutStyle &style,
+                  const TextComposition &composition);
+
+    [[nodiscard]] const TextSegment &segment() const { return m_segment; }
+
+    /// Moves the segment in the text, after an edit before it.
+    void shift(qint64 delta);
+
+    [[nodiscard]] int rowCount() const { return m_layout.lineCount(); }
+
+    [[nodiscard]] const QTextLayout &layout() const { return m_layout; }
+
+    /// The row that shows the caret at `offset`. Where a row ends and the next begins it is the
+    /// next one, or with `atRowEnd` the first one.
+    [[nodiscard]] int rowOf(qint64 offset, bool atRowEnd) const;
+    [[nodiscard]] qint64 rowStart(int row) const;
+    /// Where the caret stands at the end of the row.
+    [[nodiscard]] qint64 rowEnd(int row) const;
+    /// The caret's place in a row, from the left edge of the text.
+    [[nodiscard]] qreal xOf(qint64 offset, int row) const;
+    /// The offset nearest to `x` in a row; may be inside a cluster.
+    [[nodiscard]] qint64 offsetAt(qreal x, int row) const;
+    /// Where the row's visible text ends.
+    [[nodiscard]] qreal rowRight(int row) const;
+    /// True when the line's first strong character asks for it.
+    [[nodiscard]] bool isRightToLeft() const;
+
+    /// True when some characters run from right to left.
+    [[nodiscard]] bool hasRightToLeft() const { return m_hasRightToLeft; }
+
+    /// Index in `layout()` of an offset of the text: an open composition moves what follows it.
+    [[nodiscard]] int layoutIndex(qint64 offset) const;
+    /// The same for the caret, which stands inside an open composition.
+    [[nodiscard]] int caretIndex(qint64 offset, const TextComposition &composition) const;
+
+private:
+    [[nodiscard]] qint64 textOffset(int layoutIndex) const;
+    void addRows(const TextLayoutStyle &style);
+
+    TextSegment m_segment;
+    QTextLayout m_layout;
+    int m_compositionIndex = -1;
+    int m_compositionLength = 0;
+    bool m_hasRightToLeft = false;
+};
+
+/// The layouts used last, by the place of their segment. Bounded; an edit keeps what it left alone.
+class TextLayoutCache final
+{
+public:
+    /// Forgets everything when the style is another one.
+    void setStyle(const TextLayoutStyle &style);
+
+    [[nodiscard]] const TextLayoutStyle &style() const { return m_style; }
+
+    /// A composition takes part in the layout of the segment it stands in.
+    void setComposition(const TextComposition &composition);
+
+    /// The layout of `segment`, which must be one of `text`. Valid until the next call of anything
+    /// but this function; the cache never drops what was asked for in the latest `kCapacity` calls.
+    [[nodiscard]] const SegmentLayout &layout(const Text &text, const TextSegment &segment);
+
+    /// Told after each edit: forgets what it touched and moves what follows.
+    void textChanged(qint64 offset, qint64 oldLength, qint64 newLength);
+
+    void clear() { m_entries.clear(); }
+
+    static constexpr std::size_t kCapacity = 512;
+
+private:
+    struct Entry
+    {
+        std::unique_ptr<SegmentLayout> layout;
+        quint64 lastUse = 0;
+    };
+
+    void forget(qint64 offset);
+    void dropOldest();
+
+    std::vector<Entry> m_entries; // Ascending by the segment's start.
+    TextLayoutStyle m_style;
+    TextComposition m_composition;
+    quint64 m_clock = 0;
+};
+
+} // namespace penwick

@@ -1,0 +1,104 @@
+#include "editor/TextSegments.h"
+
+#include <QChar>
+
+#include <algorithm>
+
+namespace penwick::segments {
+
+namespace {
+
+/// How far before its nominal place a cut may move to a blank.
+constexpr qint64 kBlankReach = 256;
+/// A cluster longer than this is cut like other text.
+constexpr qint64 kClusterReach = 1024;
+
+/// Where the `index`th segment of a huge line begins. Depends on the text near the nominal place
+/// only, so that an edit far away in the line cannot change it but by shifting it.
+qint64 cutAt(const Text &text, qint64 lineStart, qint64 lineEnd, qint64 index)
+{
+    const qint64 nominal = lineStart + index * kUnits;
+    if (index == 0)
+        return lineStart;
+    if (nominal >= lineEnd)
+        return lineEnd;
+    const QString before = text.slice(nominal - kBlankReach, kBlankReach);
+    for (qsizetype i = before.size() - 1; i >= 0; --i) {
+        if (before[i] == u' ')
+            return nominal - kBlankReach + i + 1;
+    }
+    const qint64 boundary = text.clusterBoundaryAtOrBefore(nominal);
+    if (nominal - boundary <= kClusterReach)
+        return boundary;
+    return QChar::isLowSurrogate(text.at(nominal)) ? nominal - 1 : nominal;
+}
+
+struct LineBounds
+{
+    qint64 start = 0;
+    qint64 end = 0;
+    qint64 breakLength = 0;
+};
+
+LineBounds lineAt(const Text &text, qint64 offset)
+{
+    // Between CR and LF is inside the line break.
+    if (offset > 0 && offset < text.size() && text.at(offset) == u'\n' &&
+        text.at(offset - 1) == u'\r')
+        --offset;
+    const qint64 breaks = text.metricsBefore(offset).lineBreaks();
+    LineBounds line;
+    line.start = text.offsetAfterLineBreak(breaks);
+    line.end = text.offsetAfterLineBreak(breaks + 1);
+    if (breaks < text.metrics().lineBreaks()) {
+        const bool isPair = line.end - line.start >= 2 && text.at(line.end - 1) == u'\n' &&
+                            text.at(line.end - 2) == u'\r';
+        line.breakLength = isPair ? 2 : 1;
+        line.end -= line.breakLength;
+    }
+    return line;
+}
+
+} // namespace
+
+TextSegment at(const Text &text, qint64 offset)
+{
+    offset = std::clamp<qint64>(offset, 0, text.size());
+    const LineBounds line = lineAt(text, offset);
+    if (line.end - line.start <= kUnits)
+        return {line.start, line.start, line.end, line.breakLength};
+    // The line's end belongs to its last segment, also where that one is just full.
+    qint64 index = (std::min(offset, line.end - 1) - line.start) / kUnits;
+    qint64 start = cutAt(text, line.start, line.end, index);
+    qint64 end = cutAt(text, line.start, line.end, index + 1);
+    // The cut may lie before its nominal place, so the offset may be one segment further on.
+    while (end <= offset && end < line.end) {
+        ++index;
+        start = end;
+        end = cutAt(text, line.start, line.end, index + 1);
+    }
+    return {line.start, start, end, end == line.end ? line.breakLength : 0};
+}
+
+bool isFirst(const TextSegment &segment)
+{
+    return segment.start == 0;
+}
+
+bool isLast(const Text &text, const TextSegment &segment)
+{
+    // After a final line break there is one more, empty line.
+    return segment.end == text.size() && segment.breakLength == 0;
+}
+
+TextSegment next(const Text &text, const TextSegment &segment)
+{
+    return at(text, segment.nextStart());
+}
+
+TextSegment previous(const Text &text, const TextSegment &segment)
+{
+    return at(text, segment.start - 1);
+}
+
+} // namespace penwick::segments

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "text/Text.h"
+
+namespace penwick {
+
+/// A stretch of one line that is laid out in one piece: a whole line, or a part of a huge one.
+/// Offsets are UTF-16 code units of the text, 0-based.
+struct TextSegment
+{
+    qint64 lineStart = 0;   ///< Where the line begins that the segment belongs to.
+    qint64 start = 0;       ///< First unit of the segment.
+    qint64 end = 0;         ///< After its last unit; the line break is not part of it.
+    qint64 breakLength = 0; ///< Units of the line break that follows: 1, 2 for CR LF, else 0.
+
+    [[nodiscard]] qint64 length() const { return end - start; }
+
+    /// Where the next segment begins; the text's size for the last one.
+    [[nodiscard]] qint64 nextStart() const { return end + breakLength; }
+
+    bool operator==(const TextSegment &) const = default;
+};
+
+/// Divides a text into segments. Lines end at every separator of the status bar's set, CR LF being
+/// one end. Nothing is stored: each answer is O(log n).
+namespace segments {
+
+/// A segment holds at most this many units (unless one grapheme cluster is longer).
+constexpr qint64 kUnits = 2048;
+
+/// The segment that `offset` stands in. Between two segments of a line it is the second one; at a
+/// line's end it is the line's last one. `offset` may be the text's size.
+[[nodiscard]] TextSegment at(const Text &text, qint64 offset);
+[[nodiscard]] bool isFirst(const TextSegment &segment);
+[[nodiscard]] bool isLast(const Text &text, const TextSegment &segment);
+/// The neighbours; only where `isLast` or `isFirst` is false.
+[[nodiscard]] TextSegment next(const Text &text, const TextSegment &segment);
+[[nodiscard]] TextSegment previous(const Text &text, const TextSegment &segment);
+
+} // namespace segments
+
+} // namespace penwick

@@ -1,0 +1,154 @@
+#include "text/WordBoundaries.h"
+
+#include <algorithm>
+#include <memory>
+#include <unicode/brkiter.h>
+#include <unicode/utext.h>
+
+namespace penwick::words {
+
+namespace {
+
+/// A word longer than this is taken as several: nobody reads it as one.
+constexpr qint64 kReach = 1024;
+
+bool isBlank(char16_t unit)
+{
+    return unit == u' ' || unit == u'\t' || unit == u'\u00A0' || unit == u'\u3000';
+}
+
+bool isLineBreak(char16_t unit)
+{
+    return (unit >= u'\n' && unit <= u'\r') || unit == u'\u0085' || unit == u'\u2028' ||
+           unit == u'\u2029';
+}
+
+/// The word boundaries of a stretch of text, in the text's offsets.
+class Boundaries final
+{
+public:
+    Boundaries(const Text &text, qint64 offset)
+    {
+        m_start = text.clusterBoundaryAtOrBefore(std::max<qint64>(0, offset - kReach));
+        const qint64 end = text.clusterBoundaryAtOrBefore(std::min(text.size(), offset + kReach));
+        m_units = text.slice(m_start, end - m_start);
+        UErrorCode status = U_ZERO_ERROR;
+        utext_openUChars(&m_text, QStringView(m_units).utf16(), m_units.size(), &status);
+        iterator().setText(&m_text, status);
+    }
+
+    ~Boundaries() { utext_close(&m_text); }
+
+    Q_DISABLE_COPY_MOVE(Boundaries)
+
+    [[nodiscard]] qint64 end() const { return m_start + m_units.size(); }
+
+    [[nodiscard]] qint64 start() const { return m_start; }
+
+    [[nodiscard]] char16_t at(qint64 offset) const { return m_units[offset - m_start].unicode(); }
+
+    [[nodiscard]] qint64 following(qint64 offset) const
+    {
+        if (offset >= end())
+            return end();
+        return m_start + iterator().following(static_cast<int32_t>(offset - m_start));
+    }
+
+    [[nodiscard]] qint64 preceding(qint64 offset) const
+    {
+        if (offset <= m_start)
+            return m_start;
+        return m_start + iterator().preceding(static_cast<int32_t>(offset - m_start));
+    }
+
+    [[nodiscard]] bool isBoundary(qint64 offset) const
+    {
+        return iterator().isBoundary(static_cast<int32_t>(offset - m_start));
+    }
+
+private:
+    static icu::BreakIterator &iterator()
+    {
+        static const std::unique_ptr<icu::BreakIterator> instance = [] {
+            UErrorCode status = U_ZERO_ERROR;
+            std::unique_ptr<icu::BreakIterator> words(
+                icu::BreakIterator::createWordInstance(icu::Locale::getJapanese(), status));
+            if (U_FAILURE(status) || !words)
+                qFatal("penwick: ICU has no word break data (%s)", u_errorName(status));
+            return words;
+        }();
+        return *instance;
+    }
+
+    QString m_units;
+    qint64 m_start = 0;
+    UText m_text = UTEXT_INITIALIZER;
+};
+
+} // namespace
+
+qint64 nextWordStart(const Text &text, qint64 offset)
+{
+    if (offset >= text.size())
+        return text.size();
+    const Boundaries boundaries(text, offset);
+    if (isLineBreak(boundaries.at(offset)))
+        return text.nextClusterBoundary(offset);
+    qint64 next = isBlank(boundaries.at(offset)) ? offset : boundaries.following(offset);
+    while (next < boundaries.end() && isBlank(boundaries.at(next)))
+        ++next;
+    return next;
+}
+
+qint64 nextWordEnd(const Text &text, qint64 offset)
+{
+    if (offset >= text.size())
+        return text.size();
+    const Boundaries boundaries(text, offset);
+    qint64 start = offset;
+    while (start < boundaries.end() && isBlank(boundaries.at(start)))
+        ++start;
+    if (start > offset && start < boundaries.end() && isLineBreak(boundaries.at(start)))
+        return start;
+    return start < boundaries.end() ? boundaries.following(start) : start;
+}
+
+qint64 previousWordStart(const Text &text, qint64 offset)
+{
+    if (offset <= 0)
+        return 0;
+    const Boundaries boundaries(text, offset);
+    qint64 end = std::min(offset, text.size());
+    if (isLineBreak(boundaries.at(end - 1)))
+        return text.previousClusterBoundary(end);
+    while (end > boundaries.start() && isBlank(boundaries.at(end - 1)))
+        --end;
+    if (end == boundaries.start() || isLineBreak(boundaries.at(end - 1)))
+        return end;
+    return boundaries.preceding(end);
+}
+
+std::pair<qint64, qint64> wordAround(const Text &text, qint64 offset)
+{
+    if (text.isEmpty())
+        return {0, 0};
+    const Boundaries boundaries(text, offset);
+    // Behind the last character of a line, the word before it is meant.
+    const bool atLineEnd = offset >= text.size() || isLineBreak(boundaries.at(offset));
+    if (atLineEnd && (offset == 0 || isLineBreak(boundaries.at(offset - 1))))
+        return {offset, offset};
+    const qint64 inside = atLineEnd ? offset - 1 : offset;
+    if (isBlank(boundaries.at(inside))) {
+        qint64 start = inside;
+        qint64 end = inside;
+        while (start > boundaries.start() && isBlank(boundaries.at(start - 1)))
+            --start;
+        while (end < boundaries.end() && isBlank(boundaries.at(end)))
+            ++end;
+        return {start, end};
+    }
+    const qint64 start = boundaries.isBoundary(inside) ? inside : boundaries.preceding(inside);
+    return {start, boundaries.following(inside)};
+}
+
+} // namespace penwick::words
