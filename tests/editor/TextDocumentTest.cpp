@@ -1,0 +1,254 @@
+#include "editor/TextDocument.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace penwick;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void writeBytes(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    QCOMPARE(file.write(bytes), bytes.size());
+}
+
+QByteArray bytesOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
+}
+
+} // namespace
+
+class TextDocumentTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void newDocument_isEmptyUntitledAndUnedited();
+    void bytes_openedAndSaved_comeBackExactly_data();
+    void bytes_openedAndSaved_comeBackExactly();
+    void byteOrderMark_opened_isFirstCharacter();
+    void invalidByte_anywhere_failsAsAWhole_data();
+    void invalidByte_anywhere_failsAsAWhole();
+    void typeName_anything_hasNoEffect();
+    void contentString_asProperty_isReadAndWritten();
+    void write_largeText_matchesDataOfType();
+    void write_asksForPendingEditsFirst();
+    void write_success_setsSavePointAndPath();
+    void write_failure_leavesDocumentAndPath();
+    void write_throughSymbolicLink_keepsLinkAndMode();
+    void read_missingFile_saysNotFound();
+    void read_folder_fails();
+    void fileChangedOnDisk_afterForeignWrite_isTrue();
+
+private:
+    [[nodiscard]] QString path(const QString &name) const { return m_folder->filePath(name); }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void TextDocumentTest::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_folder->isValid());
+}
+
+void TextDocumentTest::newDocument_isEmptyUntitledAndUnedited()
+{
+    const TextDocument document;
+    QVERIFY(document.contentString().isEmpty());
+    QVERIFY(document.filePath().isEmpty());
+    QVERIFY(!document.isEdited());
+    QVERIFY(!document.fileChangedOnDisk());
+    QVERIFY(!TextDocument::autosavesInPlace());
+}
+
+void TextDocumentTest::bytes_openedAndSaved_comeBackExactly_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("empty") << QByteArray("");
+    QTest::newRow("byte order mark") << QByteArray("\xEF\xBB\xBF"
+                                                   "abc\n");
+    QTest::newRow("CR LF") << QByteArray("a\r\nb\r\n");
+    QTest::newRow("mixed line ends") << QByteArray("a\r\nb\nc\rd");
+    QTest::newRow("no final newline") << QByteArray("abc");
+    QTest::newRow("NUL") << QByteArray("a\0b", 3);
+    QTest::newRow("NBSP, NEL, U+2028, U+2029")
+        << QByteArray("\xC2\xA0\xC2\x85\xE2\x80\xA8\xE2\x80\xA9");
+    QTest::newRow("noncharacters") << QByteArray("\xEF\xB7\x90\xEF\xBF\xBE\xEF\xBF\xBF");
+    QTest::newRow("Japanese and emoji") << QByteArray("日本語👨‍👩‍👧\n");
+}
+
+void TextDocumentTest::bytes_openedAndSaved_comeBackExactly()
+{
+    QFETCH(QByteArray, bytes);
+    writeBytes(path(u"a.txt"_s), bytes);
+    TextDocument document;
+    QVERIFY(document.readFromFile(path(u"a.txt"_s)).has_value());
+    QCOMPARE(document.dataOfType().value(), bytes);
+    QVERIFY(document.writeToFile(path(u"b.txt"_s)).has_value());
+    QCOMPARE(bytesOf(path(u"b.txt"_s)), bytes);
+}
+
+void TextDocumentTest::byteOrderMark_opened_isFirstCharacter()
+{
+    TextDocument document;
+    QVERIFY(document.readFromData(QByteArrayView("\xEF\xBB\xBFx")).has_value());
+    QCOMPARE(document.contentString().size(), 2);
+    QCOMPARE(document.contentString().at(0), u'\uFEFF');
+}
+
+void TextDocumentTest::invalidByte_anywhere_failsAsAWhole_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("first") << QByteArray("\xFF"
+                                         "abc");
+    QTest::newRow("last") << QByteArray("abc\x80");
+    QTest::newRow("truncated sequence") << QByteArray("abc\xE3\x81");
+    QTest::newRow("surrogate") << QByteArray("a\xED\xA0\x80z");
+    QTest::newRow("overlong") << QByteArray("a\xC0\xAFz");
+    QTest::newRow("Shift_JIS") << QByteArray("\x93\xFA\x96\x7B");
+    QTest::newRow("UTF-16") << QByteArray("\xFF\xFE"
+                                          "a\0",
+                                          4);
+}
+
+void TextDocumentTest::invalidByte_anywhere_failsAsAWhole()
+{
+    QFETCH(QByteArray, bytes);
+    TextDocument document;
+    document.setContentString(Text(u"before"));
+    const auto read = document.readFromData(bytes);
+    QVERIFY(!read.has_value());
+    QVERIFY(read.error() == kUnsupportedContent);
+    QVERIFY(read.error().domain == DocumentError::Domain::NSOSStatusErrorDomain);
+    QCOMPARE(read.error().code, -4);
+    QCOMPARE(document.contentString().toString(), u"before"_s);
+
+    writeBytes(path(u"bad.txt"_s), bytes);
+    QVERIFY(document.readFromFile(path(u"bad.txt"_s)).error() == kUnsupportedContent);
+    QVERIFY(document.filePath().isEmpty());
+}
+
+void TextDocumentTest::typeName_anything_hasNoEffect()
+{
+    for (const QString &type : {u"public.plain-text"_s, u"com.adobe.pdf"_s, QString()}) {
+        TextDocument document;
+        QVERIFY(document.readFromData(QByteArrayView("a\r\nb"), type).has_value());
+        QCOMPARE(document.dataOfType(type).value(), QByteArray("a\r\nb"));
+    }
+}
+
+void TextDocumentTest::contentString_asProperty_isReadAndWritten()
+{
+    TextDocument document;
+    const QSignalSpy spy(&document, &TextDocument::contentStringChanged);
+    QVERIFY(document.setProperty("contentString", QVariant::fromValue(Text(u"x"))));
+    QCOMPARE(document.property("contentString").value<Text>().toString(), u"x"_s);
+    QCOMPARE(spy.count(), 1);
+}
+
+void TextDocumentTest::write_largeText_matchesDataOfType()
+{
+    TextDocument document;
+    QString text;
+    for (int i = 0; i < 50'000; ++i) {
+        text += u"行 "_s + QString::number(i) + u" 😀 abc\r\n"_s;
+    }
+    document.setContentString(Text(text));
+    QVERIFY(document.writeToFile(path(u"large.txt"_s)).has_value());
+    QVERIFY(bytesOf(path(u"large.txt"_s)) == text.toUtf8());
+}
+
+void TextDocumentTest::write_asksForPendingEditsFirst()
+{
+    TextDocument document;
+    connect(&document, &TextDocument::aboutToSave, this, [&] {
+        document.setContentString(Text(u"typed last"));
+    });
+    QVERIFY(document.writeToFile(path(u"a.txt"_s)).has_value());
+    QCOMPARE(bytesOf(path(u"a.txt"_s)), QByteArray("typed last"));
+}
+
+void TextDocumentTest::write_success_setsSavePointAndPath()
+{
+    TextDocument document;
+    const QSignalSpy edited(&document, &TextDocument::editedChanged);
+    const QSignalSpy moved(&document, &TextDocument::filePathChanged);
+    document.textStorage()->replaceCharacters({0, 0}, Text(u"x"));
+    QVERIFY(document.isEdited());
+    document.setContentString(document.textStorage()->text());
+    QVERIFY(document.writeToFile(path(u"a.txt"_s)).has_value());
+    QVERIFY(!document.isEdited());
+    QCOMPARE(document.filePath(), path(u"a.txt"_s));
+    QCOMPARE(edited.count(), 2);
+    QCOMPARE(moved.count(), 1);
+}
+
+void TextDocumentTest::write_failure_leavesDocumentAndPath()
+{
+    TextDocument document;
+    document.textStorage()->replaceCharacters({0, 0}, Text(u"x"));
+    const auto written = document.writeToFile(path(u"gone/a.txt"_s));
+    QVERIFY(!written.has_value());
+    QVERIFY(written.error().domain == DocumentError::Domain::NSPOSIXErrorDomain);
+    QVERIFY(written.error().fileErrorKind == FileError::Kind::NotFound);
+    QVERIFY(document.isEdited());
+    QVERIFY(document.filePath().isEmpty());
+}
+
+void TextDocumentTest::write_throughSymbolicLink_keepsLinkAndMode()
+{
+    writeBytes(path(u"real.txt"_s), "old");
+    const auto mode = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup;
+    QVERIFY(QFile::setPermissions(path(u"real.txt"_s), mode));
+    QVERIFY(QFile::link(path(u"real.txt"_s), path(u"link.txt"_s)));
+    TextDocument document;
+    QVERIFY(document.readFromFile(path(u"link.txt"_s)).has_value());
+    document.setContentString(Text(u"new"));
+    QVERIFY(document.writeToFile(document.filePath()).has_value());
+    QVERIFY(QFileInfo(path(u"link.txt"_s)).isSymLink());
+    QCOMPARE(bytesOf(path(u"real.txt"_s)), QByteArray("new"));
+    const auto kept = QFile::permissions(path(u"real.txt"_s));
+    QVERIFY(kept.testFlag(QFile::ReadGroup));
+    QVERIFY(!kept.testFlag(QFile::ReadOther));
+}
+
+void TextDocumentTest::read_missingFile_saysNotFound()
+{
+    TextDocument document;
+    const auto read = document.readFromFile(path(u"missing.txt"_s));
+    QVERIFY(read.error().fileErrorKind == FileError::Kind::NotFound);
+}
+
+void TextDocumentTest::read_folder_fails()
+{
+    TextDocument document;
+    QVERIFY(!document.readFromFile(m_folder->path()).has_value());
+}
+
+void TextDocumentTest::fileChangedOnDisk_afterForeignWrite_isTrue()
+{
+    writeBytes(path(u"a.txt"_s), "one");
+    TextDocument document;
+    QVERIFY(document.readFromFile(path(u"a.txt"_s)).has_value());
+    QVERIFY(!document.fileChangedOnDisk());
+    writeBytes(path(u"a.txt"_s), "one, two");
+    QVERIFY(document.fileChangedOnDisk());
+    QVERIFY(document.writeToFile(path(u"a.txt"_s)).has_value());
+    QVERIFY(!document.fileChangedOnDisk());
+    QVERIFY(QFile::remove(path(u"a.txt"_s)));
+    QVERIFY(!document.fileChangedOnDisk());
+}
+
+QTEST_GUILESS_MAIN(TextDocumentTest)
+#include "TextDocumentTest.moc"
