@@ -1,0 +1,68 @@
+#include "editor/TextViewRepresentable.h"
+
+#include "editor/TextView.h"
+
+#include <QFontDatabase>
+#include <QVBoxLayout>
+
+namespace penwick {
+
+namespace {
+
+constexpr int kFontSize = 14;
+
+QFont editorFont()
+{
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    // Without the first, Japanese may come in Chinese shapes; without the second, emoji in black.
+    font.setFamilies(font.families() << QStringLiteral("Noto Sans Mono CJK JP")
+                                     << QStringLiteral("Noto Color Emoji"));
+    font.setPixelSize(kFontSize);
+    font.setWeight(QFont::Normal);
+    return font;
+}
+
+} // namespace
+
+TextViewRepresentable::TextViewRepresentable(DocumentState *documentState,
+                                             TextDocument *document,
+                                             QWidget *parent)
+    : QWidget(parent)
+    , m_storage(document != nullptr ? document->sharedTextStorage()
+                                    : std::make_shared<TextStorage>())
+{
+    makeTextView(documentState->text());
+    m_coordinator = new Coordinator(m_textView, documentState, document, this);
+    // Later, because the window that is to take the view does not exist yet.
+    QMetaObject::invokeMethod(this, &TextViewRepresentable::focusTextView, Qt::QueuedConnection);
+}
+
+TextViewRepresentable::~TextViewRepresentable()
+{
+    // The view must go before the storage that it shows; as a child it would go after it.
+    delete m_textView;
+}
+
+void TextViewRepresentable::makeTextView(const Text &text)
+{
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    m_textView = new TextView(m_storage.get(), this);
+    m_textView->setFont(editorFont());
+    m_textView->setFrameShape(QFrame::NoFrame);
+    m_textView->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    m_textView->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    m_textView->setString(text);
+    layout->addWidget(m_textView);
+    setFocusProxy(m_textView);
+}
+
+void TextViewRepresentable::focusTextView()
+{
+    if (!isWindow()) {
+        m_textView->setFocus();
+    }
+}
+
+} // namespace penwick

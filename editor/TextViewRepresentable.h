@@ -1,0 +1,39 @@
+#pragma once
+
+#include "editor/Coordinator.h"
+
+#include <QWidget>
+
+#include <memory>
+
+namespace penwick {
+
+/// Hosts the text view of an editor window: makes it over the document's storage, gives it its font
+/// and its text, and keeps it in step with the state and the document through a `Coordinator`.
+class TextViewRepresentable final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// \param documentState not owned; its text is what the view shows at first.
+    /// \param document may be null: then the view edits a storage of its own. The storage of a
+    ///        document is kept alive as long as this view, also when the document goes first.
+    TextViewRepresentable(DocumentState *documentState,
+                          TextDocument *document,
+                          QWidget *parent = nullptr);
+    ~TextViewRepresentable() override;
+
+    [[nodiscard]] TextView *textView() const { return m_textView; }
+
+    [[nodiscard]] Coordinator *coordinator() const { return m_coordinator; }
+
+private:
+    void makeTextView(const Text &text);
+    void focusTextView();
+
+    std::shared_ptr<TextStorage> m_storage;
+    TextView *m_textView = nullptr;
+    Coordinator *m_coordinator = nullptr;
+};
+
+} // namespace penwick
