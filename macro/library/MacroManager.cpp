@@ -1,0 +1,216 @@
+#include "macro/library/MacroManager.h"
+
+#include "macro/library/BuiltInMacroProvider.h"
+#include "macro/library/MacroJson.h"
+#include "platform/ApplicationSupport.h"
+#include "platform/AtomicFile.h"
+#include "platform/StandardOutput.h"
+#include "wording/WordingLookup.h"
+
+#include <QFileInfo>
+#include <QSet>
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+auto hasId(const QString &id)
+{
+    return [id](const Macro &macro) { return macro.id == id; };
+}
+
+/// Wrapping round would put new macros before all others, and saving would keep it so for good.
+qint64 checkedSuccessor(qint64 sortOrder)
+{
+    if (sortOrder == std::numeric_limits<qint64>::max())
+        qFatal("There is no sort order left for another macro.");
+    return sortOrder + 1;
+}
+
+Macro installedMacro(const BuiltInMacroDefinition &definition)
+{
+    Macro macro;
+    macro.id = definition.id;
+    macro.name = wording::text(BuiltInMacroProvider::nameKey(definition.macro));
+    macro.description = definition.description;
+    macro.code = BuiltInMacroProvider::script(definition.macro);
+    macro.isEnabled = true;
+    macro.source = u"builtin"_s;
+    macro.version = u"1.0.0"_s;
+    macro.category = u"general"_s;
+    return macro;
+}
+
+} // namespace
+
+MacroManager::MacroManager(
+    QString supportFolder, UserDefaults &defaults, Clock clock, IdSource ids, QObject *parent)
+    : QObject(parent)
+    , m_supportFolder(std::move(supportFolder))
+    , m_defaults(defaults)
+    , m_clock(std::move(clock))
+    , m_ids(std::move(ids))
+{
+    ensureSupportDirectory();
+    loadMacros();
+}
+
+MacroManager &MacroManager::shared()
+{
+    static auto *const manager =
+        new MacroManager(ApplicationSupport::folderPath(), UserDefaults::standard());
+    return *manager;
+}
+
+QUrl MacroManager::supportDirectoryURL() const
+{
+    return QUrl::fromLocalFile(m_supportFolder);
+}
+
+QUrl MacroManager::macrosFileURL() const
+{
+    return QUrl::fromLocalFile(macrosFilePath());
+}
+
+void MacroManager::ensureSupportDirectory()
+{
+    if (QFileInfo::exists(m_supportFolder))
+        return;
+    const auto created = createFolder(m_supportFolder);
+    if (!created)
+        printLine(u"Failed to create Application Support directory: "_s +
+                  created.error().description());
+}
+
+void MacroManager::loadMacros()
+{
+    const auto logFailure = [](const QString &description) {
+        printLine(u"Failed to load macros.json: "_s + description);
+    };
+    const auto content = readFile(macrosFilePath());
+    if (!content) {
+        if (content.error().kind != FileError::Kind::NotFound)
+            logFailure(content.error().description());
+        return;
+    }
+    auto macros = MacroJson::read(*content);
+    if (!macros) {
+        logFailure(macros.error().description());
+        return;
+    }
+    std::stable_sort(macros->begin(), macros->end(), [](const Macro &a, const Macro &b) {
+        return a.sortOrder < b.sortOrder;
+    });
+    setMacros(*std::move(macros));
+}
+
+void MacroManager::saveMacros()
+{
+    const auto saved = replaceFile(macrosFilePath(), MacroJson::write(m_macros));
+    if (!saved)
+        printLine(u"Failed to save macros.json: "_s + saved.error().description());
+}
+
+std::optional<Macro> MacroManager::macroWithId(const QString &id) const
+{
+    const auto found = std::find_if(m_macros.cbegin(), m_macros.cend(), hasId(id));
+    return found != m_macros.cend() ? std::optional(*found) : std::nullopt;
+}
+
+void MacroManager::addMacro(Macro macro)
+{
+    appendAndSave(std::move(macro));
+}
+
+void MacroManager::updateMacro(Macro macro)
+{
+    QList<Macro> macros = m_macros;
+    const auto place = std::find_if(macros.begin(), macros.end(), hasId(macro.id));
+    if (place == macros.end())
+        return;
+    macro.updatedAt = nowTimestamp(m_clock);
+    *place = std::move(macro);
+    setMacros(std::move(macros));
+    saveMacros();
+}
+
+void MacroManager::deleteMacro(const QString &id)
+{
+    QList<Macro> macros = m_macros;
+    macros.removeIf(hasId(id));
+    setMacros(std::move(macros));
+    saveMacros();
+}
+
+void MacroManager::duplicateMacro(Macro macro)
+{
+    macro.id = m_ids();
+    macro.name += u" のコピー"_s;
+    macro.source = u"user"_s;
+    appendAndSave(std::move(macro));
+}
+
+void MacroManager::installBuiltInMacros()
+{
+    QSet<QString> presentIds;
+    for (const Macro &macro : std::as_const(m_macros))
+        presentIds.insert(macro.id);
+    qint64 sortOrder = nextSortOrder();
+    const QString now = nowTimestamp(m_clock);
+    QList<Macro> macros = m_macros;
+    for (const BuiltInMacroDefinition &definition : BuiltInMacroProvider::definitions()) {
+        if (presentIds.contains(definition.id))
+            continue;
+        Macro macro = installedMacro(definition);
+        macro.createdAt = now;
+        macro.updatedAt = now;
+        macro.sortOrder = sortOrder;
+        sortOrder = checkedSuccessor(sortOrder);
+        macros.append(std::move(macro));
+    }
+    if (macros.size() == m_macros.size())
+        return;
+    setMacros(std::move(macros));
+    saveMacros();
+    m_defaults.setBoolean(u"hasInitializedBuiltInMacros"_s, true);
+}
+
+qint64 MacroManager::nextSortOrder() const
+{
+    const auto largest =
+        std::max_element(m_macros.cbegin(), m_macros.cend(), [](const Macro &a, const Macro &b) {
+            return a.sortOrder < b.sortOrder;
+        });
+    return checkedSuccessor(largest != m_macros.cend() ? largest->sortOrder : 0);
+}
+
+void MacroManager::setMacros(QList<Macro> macros)
+{
+    Q_EMIT macrosWillChange();
+    m_macros = std::move(macros);
+    Q_EMIT macrosChanged();
+}
+
+void MacroManager::appendAndSave(Macro macro)
+{
+    macro.createdAt = nowTimestamp(m_clock);
+    macro.updatedAt = macro.createdAt;
+    macro.sortOrder = nextSortOrder();
+    QList<Macro> macros = m_macros;
+    macros.append(std::move(macro));
+    setMacros(std::move(macros));
+    saveMacros();
+}
+
+QString MacroManager::macrosFilePath() const
+{
+    return m_supportFolder + u"/macros.json"_s;
+}
+
+} // namespace penwick
