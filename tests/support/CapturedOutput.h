@@ -8,18 +8,20 @@
 
 namespace penwick::test {
 
-/// Takes what the process writes to standard output, from its creation until `take` or its end.
-/// Keep its life short: what the test itself reports meanwhile is taken as well.
+/// Takes what the process writes to standard output or standard error, from its creation until
+/// `take` or its end. Keep its life short: what the test itself reports meanwhile is taken as well.
 class CapturedOutput final
 {
 public:
-    CapturedOutput()
-        : m_file(std::tmpfile())
+    /// \param stream stdout or stderr.
+    explicit CapturedOutput(std::FILE *stream = stdout)
+        : m_stream(stream)
+        , m_file(std::tmpfile())
     {
-        std::fflush(stdout);
-        m_former = dup(STDOUT_FILENO);
-        if (m_file == nullptr || m_former < 0 || dup2(fileno(m_file), STDOUT_FILENO) < 0)
-            qFatal("Standard output could not be captured.");
+        std::fflush(m_stream);
+        m_former = dup(fileno(m_stream));
+        if (m_file == nullptr || m_former < 0 || dup2(fileno(m_file), fileno(m_stream)) < 0)
+            qFatal("The output could not be captured.");
     }
 
     CapturedOutput(const CapturedOutput &) = delete;
@@ -54,13 +56,14 @@ private:
     {
         if (m_former < 0)
             return;
-        std::fflush(stdout);
-        dup2(m_former, STDOUT_FILENO);
+        std::fflush(m_stream);
+        dup2(m_former, fileno(m_stream));
         close(m_former);
         std::fclose(m_file);
         m_former = -1;
     }
 
+    std::FILE *m_stream;
     std::FILE *m_file;
     int m_former = -1;
 };

@@ -1,0 +1,193 @@
+#include "macro/engine/MacroResult.h"
+
+#include "wording/WordingLookup.h"
+
+#include <algorithm>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace penwick {
+
+namespace {
+
+using Code = MacroResultError::Code;
+
+tl::unexpected<MacroResultError> failure(Code code, const QString &detail = {})
+{
+    return tl::unexpected(MacroResultError{code, detail});
+}
+
+const QString *stringMember(const ScriptValue &value, QStringView key)
+{
+    const ScriptValue *member = value.member(key);
+    return member != nullptr ? member->string() : nullptr;
+}
+
+std::optional<qint64> integerMember(const ScriptValue &value, QStringView key)
+{
+    const ScriptValue *member = value.member(key);
+    return member != nullptr ? member->integer() : std::nullopt;
+}
+
+// The member where it is a list of objects and nothing else; otherwise an empty list.
+const ScriptValue::List &objectsMember(const ScriptValue &value, QStringView key)
+{
+    static const ScriptValue::List kNone;
+    const ScriptValue *member = value.member(key);
+    const ScriptValue::List *list = member != nullptr ? member->list() : nullptr;
+    const auto isObject = [](const ScriptValue &entry) { return entry.map() != nullptr; };
+    return list != nullptr && std::all_of(list->begin(), list->end(), isObject) ? *list : kNone;
+}
+
+std::optional<QStringList> stringsMember(const ScriptValue &value, QStringView key)
+{
+    const ScriptValue *member = value.member(key);
+    const ScriptValue::List *list = member != nullptr ? member->list() : nullptr;
+    if (list == nullptr)
+        return std::nullopt;
+    QStringList strings;
+    strings.reserve(static_cast<qsizetype>(list->size()));
+    for (const ScriptValue &entry : *list) {
+        if (entry.string() == nullptr)
+            return std::nullopt;
+        strings.append(*entry.string());
+    }
+    return strings;
+}
+
+NotificationType notificationType(const QString *name)
+{
+    if (name == nullptr)
+        return NotificationType::Info;
+    if (*name == "success"_L1)
+        return NotificationType::Success;
+    if (*name == "warning"_L1)
+        return NotificationType::Warning;
+    if (*name == "error"_L1)
+        return NotificationType::Error;
+    return NotificationType::Info;
+}
+
+QList<MacroNotification> parseNotifications(const ScriptValue &value)
+{
+    QList<MacroNotification> notifications;
+    for (const ScriptValue &entry : objectsMember(value, u"notifications")) {
+        if (const QString *message = stringMember(entry, u"message"))
+            notifications.append({notificationType(stringMember(entry, u"type")), *message});
+    }
+    return notifications;
+}
+
+std::optional<MacroCursorResult> parseCursor(const ScriptValue &value)
+{
+    const ScriptValue *cursor = value.member(u"cursor");
+    if (cursor == nullptr || cursor->map() == nullptr)
+        return std::nullopt;
+    return MacroCursorResult{integerMember(*cursor, u"offset"),
+                             integerMember(*cursor, u"line"),
+                             integerMember(*cursor, u"column")};
+}
+
+std::optional<MacroSelectionResult> parseSelection(const ScriptValue &value)
+{
+    const ScriptValue *selection = value.member(u"selection");
+    if (selection == nullptr)
+        return std::nullopt;
+    if (selection->isNull())
+        return MacroDeselect();
+    const std::optional<qint64> start = integerMember(*selection, u"startOffset");
+    const std::optional<qint64> end = integerMember(*selection, u"endOffset");
+    if (!start || !end)
+        return std::nullopt;
+    return MacroSelect{*start, *end};
+}
+
+tl::expected<TextEditInstruction, MacroResultError> parseReplaceLines(const ScriptValue &value)
+{
+    const std::optional<qint64> start = integerMember(value, u"startLine");
+    const std::optional<qint64> end = integerMember(value, u"endLine");
+    std::optional<QStringList> lines = stringsMember(value, u"lines");
+    if (!start || !end || !lines || *start < 0 || *end < *start)
+        return failure(Code::InvalidReplaceLines);
+    return ReplaceLines{*start, *end, std::move(*lines)};
+}
+
+} // namespace
+
+QString MacroResultError::errorDescription() const
+{
+    switch (code) {
+    case Code::UnknownTextEditType:
+        return wording::text(u"macro.error.invalidType"_s, u"未知の textEdits.type です"_s) +
+               u": "_s + detail;
+    case Code::ExecutionException:
+        return wording::text(u"error.macroExecutionFailed"_s,
+                             u"マクロの実行中にエラーが発生しました"_s) +
+               u": "_s + detail;
+    case Code::NotAnObject:
+        return wording::text(u"macro.error.notObject"_s,
+                             u"マクロの戻り値がオブジェクトではありません"_s);
+    case Code::MissingTextField:
+        return wording::text(u"macro.error.noText"_s,
+                             u"textEdits に text フィールドがありません"_s);
+    case Code::InvalidReplaceLines:
+        return wording::text(u"macro.error.invalidReplaceLines"_s,
+                             u"replaceLines の startLine / endLine / lines が不正です"_s);
+    case Code::OutOfRangeOffset:
+        return wording::text(u"macro.error.outOfBounds"_s,
+                             u"cursor または selection の offset が範囲外です"_s);
+    case Code::NoSelectionForReplaceSelection:
+        return wording::text(u"macro.error.noSelection"_s,
+                             u"選択範囲がないため replaceSelection を実行できません"_s);
+    case Code::Timeout:
+        return wording::text(u"macro.error.timeout"_s, u"マクロの実行がタイムアウトしました"_s);
+    }
+    Q_UNREACHABLE();
+}
+
+tl::expected<MacroResult, MacroResultError> parseMacroResult(const ScriptValue &value,
+                                                             const MacroContext &context)
+{
+    MacroResult result;
+    const QString *version = stringMember(value, u"schemaVersion");
+    result.schemaVersion = version != nullptr ? *version : u"1.0"_s;
+    for (const ScriptValue &entry : objectsMember(value, u"textEdits")) {
+        tl::expected<TextEditInstruction, MacroResultError> edit = parseTextEdit(entry, context);
+        if (!edit)
+            return tl::unexpected(std::move(edit.error()));
+        result.textEdits.append(std::move(*edit));
+    }
+    result.notifications = parseNotifications(value);
+    result.cursor = parseCursor(value);
+    result.selection = parseSelection(value);
+    return result;
+}
+
+tl::expected<TextEditInstruction, MacroResultError> parseTextEdit(const ScriptValue &value,
+                                                                  const MacroContext &context)
+{
+    // A missing type gets the same error as a missing text: the entry lacks what makes it an edit.
+    const QString *type = stringMember(value, u"type");
+    if (type == nullptr)
+        return failure(Code::MissingTextField);
+    if (*type == "replaceLines"_L1)
+        return parseReplaceLines(value);
+
+    const bool replacesSelection = *type == "replaceSelection"_L1;
+    const bool replacesAll = *type == "replaceAll"_L1;
+    if (!replacesSelection && !replacesAll && *type != "insertAtCursor"_L1)
+        return failure(Code::UnknownTextEditType, *type);
+    const QString *text = stringMember(value, u"text");
+    if (text == nullptr)
+        return failure(Code::MissingTextField);
+    if (replacesSelection && !context.selection.hasSelection)
+        return failure(Code::NoSelectionForReplaceSelection);
+    if (replacesSelection)
+        return ReplaceSelection{*text};
+    if (replacesAll)
+        return ReplaceAll{*text};
+    return InsertAtCursor{*text};
+}
+
+} // namespace penwick

@@ -1,0 +1,107 @@
+#include "macro/engine/MacroRuntimeService.h"
+
+#include "macro/engine/ContextJson.h"
+#include "macro/engine/ScriptRunner.h"
+#include "wording/WordingLookup.h"
+
+#include <cstdio>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace penwick {
+
+namespace {
+
+using Code = MacroResultError::Code;
+
+constexpr QStringView kBeforeContext = u"(function() {\n    var context = ";
+constexpr QStringView kAfterContext = u";\n    ";
+constexpr QStringView kAfterCode = u"\n})();";
+
+// One write for the whole line, so that lines of several processes do not mix.
+void logToStandardError(const QString &text)
+{
+    const QByteArray line = "[MacroLog] " + text.toUtf8() + '\n';
+    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
+    std::fflush(stderr);
+}
+
+MacroResultError executionException(const QString &detail)
+{
+    return {Code::ExecutionException, detail};
+}
+
+// The context of a large document makes up nearly all of the script: it is measured first and then
+// written in place, so that the document is copied once. Nothing when it is too long for a string.
+std::optional<QString> scriptText(const QString &code, const MacroContext &context)
+{
+    const qsizetype longest = ScriptLimits().sourceLength;
+    if (context.document.text.size() > longest)
+        return std::nullopt; // Known without reading it.
+    const ContextDictionary dictionary = context.toDictionary();
+    const qint64 length = contextJsonLength(dictionary) + kBeforeContext.size() +
+                          kAfterContext.size() + code.size() + kAfterCode.size();
+    if (length > longest)
+        return std::nullopt;
+    QString text;
+    text.reserve(static_cast<qsizetype>(length));
+    text += kBeforeContext;
+    appendContextJson(dictionary, text);
+    text += kAfterContext;
+    text += code;
+    text += kAfterCode;
+    return text;
+}
+
+MacroResultError resultError(const ScriptError &error)
+{
+    switch (error.code) {
+    case ScriptError::Code::Exception:
+        return executionException(error.text);
+    case ScriptError::Code::EngineUnavailable:
+        return executionException(u"JSContext の生成に失敗しました"_s);
+    case ScriptError::Code::SourceTooLong:
+        return executionException(u"context の JSON 変換に失敗しました"_s);
+    case ScriptError::Code::ResultTooLarge:
+        return executionException(
+            wording::text(u"macro.error.resultTooLarge"_s, u"マクロの戻り値が大きすぎます"_s));
+    case ScriptError::Code::ResultTooDeep:
+        return executionException(
+            wording::text(u"macro.error.resultTooDeep"_s, u"マクロの戻り値の入れ子が深すぎます"_s));
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace
+
+MacroRuntimeService::MacroRuntimeService()
+    : MacroRuntimeService(
+          [](ScriptRequest request, const ScriptLogSink &log) {
+              return runScript(std::move(request), log);
+          },
+          logToStandardError)
+{
+}
+
+MacroRuntimeService::MacroRuntimeService(ScriptHost host, ScriptLogSink log)
+    : m_host(std::move(host))
+    , m_log(std::move(log))
+{
+}
+
+tl::expected<MacroResult, MacroResultError> MacroRuntimeService::run(
+    const QString &code, const MacroContext &context, const std::optional<QString> &userInput) const
+{
+    std::optional<QString> source = scriptText(code, context);
+    if (!source)
+        return tl::unexpected(resultError({ScriptError::Code::SourceTooLong, {}}));
+    const ScriptOutcome outcome = m_host({std::move(*source), userInput}, m_log);
+    if (!outcome)
+        return tl::unexpected(resultError(outcome.error()));
+    if (outcome->map() == nullptr)
+        return tl::unexpected(MacroResultError{Code::NotAnObject, {}});
+    return parseMacroResult(*outcome, context);
+}
+
+} // namespace penwick

@@ -1,0 +1,368 @@
+#include "macro/engine/MacroRuntimeService.h"
+
+#include "support/CapturedOutput.h"
+#include "wording/WordingLookup.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace penwick {
+
+namespace {
+
+using Code = MacroResultError::Code;
+using Outcome = tl::expected<MacroResult, MacroResultError>;
+
+MacroContext contextOf(const QString &text, qint64 location = 0, qint64 length = 0)
+{
+    EditorSnapshot snapshot;
+    snapshot.text = Text(text);
+    snapshot.selectionLocation = location;
+    snapshot.selectionLength = length;
+    snapshot.now = QDateTime({2024, 2, 29}, {3, 4, 5}, Qt::UTC);
+    snapshot.timeZone = QTimeZone::utc();
+    return buildMacroContext(snapshot, u"id"_s, u"name"_s);
+}
+
+Outcome run(const QString &code,
+            const QString &text = {},
+            const std::optional<QString> &userInput = std::nullopt)
+{
+    return MacroRuntimeService().run(code, contextOf(text), userInput);
+}
+
+Outcome failure(Code code, const QString &detail = {})
+{
+    return tl::unexpected(MacroResultError{code, detail});
+}
+
+// The texts that a script reports through its notifications.
+QStringList messages(const Outcome &outcome)
+{
+    QStringList texts;
+    if (!outcome)
+        return {u"error: "_s + outcome.error().errorDescription()};
+    for (const MacroNotification &notification : outcome->notifications)
+        texts.append(notification.message);
+    return texts;
+}
+
+QString report(const QString &expression)
+{
+    return u"return {notifications: [{message: String("_s + expression + u")}]};"_s;
+}
+
+} // namespace
+
+class MacroRuntimeServiceTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void result_emptyObject_holdsNothing();
+    void result_noObject_fails_data();
+    void result_noObject_fails();
+    void result_badEdit_failsWithItsError();
+    void result_edits_areParsed();
+    void code_thatThrows_failsWithTheEnginesText_data();
+    void code_thatThrows_failsWithTheEnginesText();
+    void code_throwingAValueWithoutText_failsWithWhatIsKnown();
+    void code_endingInALineComment_isClosed();
+    void code_closingTheWrapper_givesWhatTheEngineGives();
+    void userInput_absent_isNotDefined();
+    void userInput_empty_isDefined();
+    void console_twoArguments_logsTheFirst();
+    void console_lines_goToStandardErrorAtOnce();
+    void runs_inARow_shareNothing();
+    void context_document_reachesTheScriptUnchanged_data();
+    void context_document_reachesTheScriptUnchanged();
+    void context_isAPlainObject();
+    void context_changesInTheScript_leaveTheDecisionAlone();
+    void source_isTheWrapperAroundContextAndCode();
+    void host_receivesInputAndLog();
+    void host_errors_becomeExecutionErrors_data();
+    void host_errors_becomeExecutionErrors();
+    void document_tooLongForTheEngine_failsBeforeTheHost();
+};
+
+void MacroRuntimeServiceTest::result_emptyObject_holdsNothing()
+{
+    const Outcome outcome = run(u"return {};"_s);
+    MacroResult empty;
+    empty.schemaVersion = u"1.0"_s;
+    QVERIFY(outcome == empty);
+}
+
+void MacroRuntimeServiceTest::result_noObject_fails_data()
+{
+    QTest::addColumn<QString>("code");
+
+    QTest::newRow("no return") << u"var a = {};"_s;
+    QTest::newRow("no code") << QString();
+    QTest::newRow("null") << u"return null;"_s;
+    QTest::newRow("undefined") << u"return undefined;"_s;
+    QTest::newRow("list") << u"return [];"_s;
+    QTest::newRow("list of edits") << u"return [{type: 'replaceAll', text: ''}];"_s;
+    QTest::newRow("string") << u"return '{}';"_s;
+    QTest::newRow("number") << u"return 1;"_s;
+    QTest::newRow("boolean") << u"return true;"_s;
+    QTest::newRow("date") << u"return new Date();"_s;
+    QTest::newRow("symbol") << u"return Symbol();"_s;
+    QTest::newRow("return on a line of its own") << u"return\n{};"_s;
+}
+
+void MacroRuntimeServiceTest::result_noObject_fails()
+{
+    QFETCH(QString, code);
+    QVERIFY(run(code) == failure(Code::NotAnObject));
+}
+
+void MacroRuntimeServiceTest::result_badEdit_failsWithItsError()
+{
+    QVERIFY(run(u"return {textEdits: [{type: 'bogus'}]};"_s) ==
+            failure(Code::UnknownTextEditType, u"bogus"_s));
+    QVERIFY(run(u"return {textEdits: [{type: 'replaceSelection', text: 'a'}]};"_s) ==
+            failure(Code::NoSelectionForReplaceSelection));
+}
+
+void MacroRuntimeServiceTest::result_edits_areParsed()
+{
+    const Outcome outcome =
+        run(u"return {textEdits: [{type: 'replaceLines', startLine: 0, endLine: 1, lines: ['x']},"
+            "                     {type: 'insertAtCursor', text: context.document.text}],"
+            "         cursor: {offset: 1}, selection: null};"_s,
+            u"日本"_s);
+    MacroResult expected;
+    expected.schemaVersion = u"1.0"_s;
+    expected.textEdits = {ReplaceLines{0, 1, {u"x"_s}}, InsertAtCursor{u"日本"_s}};
+    expected.cursor = MacroCursorResult{1, std::nullopt, std::nullopt};
+    expected.selection = MacroDeselect();
+    QVERIFY(outcome == expected);
+}
+
+void MacroRuntimeServiceTest::code_thatThrows_failsWithTheEnginesText_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<QString>("detail");
+
+    QTest::newRow("error") << u"throw new Error('x');"_s << u"Error: x"_s;
+    QTest::newRow("string") << u"throw 'x';"_s << u"x"_s;
+    QTest::newRow("error after an answer")
+        << u"try { return {}; } finally { throw new RangeError('late'); }"_s
+        << u"RangeError: late"_s;
+    QTest::newRow("syntax") << u"return {;"_s
+                            << u"SyntaxError: Unexpected token ';'. Expected a property name."_s;
+    QTest::newRow("userInput without one")
+        << u"return {a: userInput};"_s << u"ReferenceError: Can't find variable: userInput"_s;
+}
+
+void MacroRuntimeServiceTest::code_thatThrows_failsWithTheEnginesText()
+{
+    QFETCH(QString, code);
+    QFETCH(QString, detail);
+    const Outcome outcome = run(code);
+    QVERIFY(!outcome.has_value());
+    QCOMPARE(outcome.error().detail, detail);
+    QVERIFY(outcome == failure(Code::ExecutionException, detail));
+}
+
+void MacroRuntimeServiceTest::code_throwingAValueWithoutText_failsWithWhatIsKnown()
+{
+    const Outcome symbol = run(u"throw Symbol();"_s);
+    QVERIFY(!symbol.has_value());
+    QCOMPARE(symbol.error().code, Code::ExecutionException);
+    QVERIFY(symbol.error().detail.startsWith(u"TypeError: "_s));
+    QVERIFY(run(u"throw {toString() { throw Symbol(); }};"_s) == failure(Code::NotAnObject));
+}
+
+void MacroRuntimeServiceTest::code_endingInALineComment_isClosed()
+{
+    QVERIFY(run(u"return {}; // done"_s).has_value());
+}
+
+void MacroRuntimeServiceTest::code_closingTheWrapper_givesWhatTheEngineGives()
+{
+    const Outcome outcome = run(u"})(); (function() { return {schemaVersion: 'out'};"_s);
+    QVERIFY(outcome.has_value());
+    QCOMPARE(outcome->schemaVersion, u"out"_s);
+}
+
+void MacroRuntimeServiceTest::userInput_absent_isNotDefined()
+{
+    QCOMPARE(messages(run(report(u"typeof userInput"_s))), QStringList{u"undefined"_s});
+}
+
+void MacroRuntimeServiceTest::userInput_empty_isDefined()
+{
+    const QString code = report(u"typeof userInput + userInput.length"_s);
+    QCOMPARE(messages(run(code, {}, QString())), QStringList{u"string0"_s});
+}
+
+void MacroRuntimeServiceTest::console_twoArguments_logsTheFirst()
+{
+    test::CapturedOutput captured(stderr);
+    const Outcome outcome = run(u"console.log('a', 'b'); console.log('日本'); return {};"_s);
+    const QByteArrayList lines = captured.takeLines();
+    QVERIFY(outcome.has_value());
+    QCOMPARE(lines, (QByteArrayList{"[MacroLog] a", "[MacroLog] 日本"}));
+}
+
+// `take` sees only what has left the process's buffers, also where those are enlarged.
+void MacroRuntimeServiceTest::console_lines_goToStandardErrorAtOnce()
+{
+    static char buffer[4096];
+    std::setvbuf(stderr, buffer, _IOFBF, sizeof buffer);
+    test::CapturedOutput captured(stderr);
+    const Outcome outcome = run(u"console.log('before'); throw 'x';"_s);
+    const QByteArray written = captured.take();
+    std::setvbuf(stderr, nullptr, _IONBF, 0);
+    QVERIFY(!outcome.has_value());
+    QCOMPARE(written, QByteArray("[MacroLog] before\n"));
+}
+
+void MacroRuntimeServiceTest::runs_inARow_shareNothing()
+{
+    const MacroRuntimeService service;
+    const MacroContext context = contextOf({});
+    const Outcome first = service.run(u"leak = 1; return {};"_s, context, std::nullopt);
+    QVERIFY(first.has_value());
+    const Outcome second = service.run(report(u"typeof leak"_s), context, std::nullopt);
+    QCOMPARE(messages(second), QStringList{u"undefined"_s});
+}
+
+void MacroRuntimeServiceTest::context_document_reachesTheScriptUnchanged_data()
+{
+    QTest::addColumn<QString>("text");
+
+    QTest::newRow("quotes") << u"\"a\" 'b' `c` ${d}"_s;
+    QTest::newRow("backslashes") << u"\\ \\\\ \\n \\u0041"_s;
+    QTest::newRow("line separators") << u"a\nb\r\nc\rd\u2028e\u2029f\u0085g\vh\fi"_s;
+    QTest::newRow("closing script tag") << u"</script><!-- --> ]]>"_s;
+    QTest::newRow("end of the wrapper") << u"\"; } })(); /* */ //"_s;
+    QTest::newRow("controls") << u"a"_s + QChar::Null + u"\x01\x1f\x7f\u0080"_s;
+    QTest::newRow("byte order marks and noncharacters") << u"\uFEFFa\uFEFF\uFDD0\uFFFF"_s;
+    QTest::newRow("many planes") << u"日本😀👨‍👩‍👧𠮷"_s;
+    QTest::newRow("larger than a chunk") << u"行 \"\\\n"_s.repeated(50000);
+}
+
+void MacroRuntimeServiceTest::context_document_reachesTheScriptUnchanged()
+{
+    QFETCH(QString, text);
+    const Outcome outcome =
+        run(u"return {notifications: [{message: context.document.text},"
+            "                         {message: String(context.document.text.length)}]};"_s,
+            text);
+    QCOMPARE(messages(outcome), (QStringList{text, QString::number(text.size())}));
+}
+
+void MacroRuntimeServiceTest::context_isAPlainObject()
+{
+    const QString code = report(u"[Object.getPrototypeOf(context) === Object.prototype,"
+                                " Object.keys(context).sort().join(), typeof this.context,"
+                                " context.macro.id, context.capabilities.network].join(' ')"_s);
+    QCOMPARE(messages(run(code)),
+             QStringList{u"true app,capabilities,cursor,dateTime,document,editor,file,macro,"
+                         "schemaVersion,selection undefined id false"_s});
+}
+
+void MacroRuntimeServiceTest::context_changesInTheScript_leaveTheDecisionAlone()
+{
+    QVERIFY(run(u"context.selection.hasSelection = true;"
+                "return {textEdits: [{type: 'replaceSelection', text: ''}]};"_s) ==
+            failure(Code::NoSelectionForReplaceSelection));
+}
+
+void MacroRuntimeServiceTest::source_isTheWrapperAroundContextAndCode()
+{
+    QString source;
+    const MacroRuntimeService service(
+        [&source](const ScriptRequest &request, const ScriptLogSink &) -> ScriptOutcome {
+            source = request.source;
+            return ScriptValue(ScriptValue::Map());
+        },
+        {});
+    QVERIFY(service.run(u"CODE\n\"日本\""_s, contextOf(u"T\n"_s), std::nullopt).has_value());
+    const QString start = u"(function() {\n    var context = {\"schemaVersion\":\"1.0\","_s;
+    const QString end = u"};\n    CODE\n\"日本\"\n})();"_s;
+    QVERIFY(source.startsWith(start));
+    QVERIFY(source.endsWith(end));
+    QVERIFY(source.contains(u"\"text\":\"T\\n\","_s));
+}
+
+void MacroRuntimeServiceTest::host_receivesInputAndLog()
+{
+    std::optional<QString> input;
+    QStringList logged;
+    const MacroRuntimeService service(
+        [&input](const ScriptRequest &request, const ScriptLogSink &log) -> ScriptOutcome {
+            input = request.userInput;
+            log(u"line"_s);
+            return ScriptValue(ScriptValue::Map());
+        },
+        [&logged](const QString &line) { logged.append(line); });
+    QVERIFY(service.run({}, contextOf({}), u"in"_s).has_value());
+    QCOMPARE(input, std::optional(u"in"_s));
+    QCOMPARE(logged, QStringList{u"line"_s});
+    QVERIFY(service.run({}, contextOf({}), std::nullopt).has_value());
+    QVERIFY(!input.has_value());
+}
+
+void MacroRuntimeServiceTest::host_errors_becomeExecutionErrors_data()
+{
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("detail");
+
+    const auto row = [](const char *name, ScriptError::Code code, const QString &detail) {
+        QTest::newRow(name) << static_cast<int>(code) << detail;
+    };
+    row("exception", ScriptError::Code::Exception, u"T"_s);
+    row("engine", ScriptError::Code::EngineUnavailable, u"JSContext の生成に失敗しました"_s);
+    row("source", ScriptError::Code::SourceTooLong, u"context の JSON 変換に失敗しました"_s);
+    row("large", ScriptError::Code::ResultTooLarge, u"マクロの戻り値が大きすぎます"_s);
+    row("deep", ScriptError::Code::ResultTooDeep, u"マクロの戻り値の入れ子が深すぎます"_s);
+}
+
+// The two details about the engine are part of the script interface: no wording changes them.
+void MacroRuntimeServiceTest::host_errors_becomeExecutionErrors()
+{
+    QFETCH(int, code);
+    QFETCH(QString, detail);
+    wording::setActiveValues(
+        QHash<QString, QString>{{u"macro.error.jsContextCreation"_s, u"no"_s},
+                                {u"macro.error.contextConversion"_s, u"no"_s}});
+    const MacroRuntimeService service(
+        [code](const ScriptRequest &, const ScriptLogSink &) -> ScriptOutcome {
+            return tl::unexpected(ScriptError{static_cast<ScriptError::Code>(code), u"T"_s});
+        },
+        {});
+    const Outcome outcome = service.run({}, contextOf({}), std::nullopt);
+    wording::setActiveValues(std::nullopt);
+    QVERIFY(!outcome.has_value());
+    QCOMPARE(outcome.error().detail, detail);
+    QVERIFY(outcome == failure(Code::ExecutionException, detail));
+}
+
+void MacroRuntimeServiceTest::document_tooLongForTheEngine_failsBeforeTheHost()
+{
+    Text text(u"0123456789abcdef"_s.repeated(4096));
+    while (text.size() < (qint64{1} << 31))
+        text = text.appended(text);
+    MacroContext context;
+    context.document.text = text;
+    bool asked = false;
+    const MacroRuntimeService service(
+        [&asked](const ScriptRequest &, const ScriptLogSink &) -> ScriptOutcome {
+            asked = true;
+            return ScriptValue();
+        },
+        {});
+    QVERIFY(service.run({}, context, std::nullopt) ==
+            failure(Code::ExecutionException, u"context の JSON 変換に失敗しました"_s));
+    QVERIFY(!asked);
+}
+
+} // namespace penwick
+
+QTEST_GUILESS_MAIN(penwick::MacroRuntimeServiceTest)
+#include "MacroRuntimeServiceTest.moc"
