@@ -74,29 +74,44 @@ void TextBuilder::sealLongPending()
     }
 }
 
-void TextBuilder::push(char16_t unit)
+void TextBuilder::keepAsciiPart()
 {
-    if (unit >= 0x80) {
-        if (m_pendingIsAscii && m_pending.size() >= kAsciiRunUnits) {
-            // The character that the new one may join stays with it, and CR LF stays whole.
-            std::size_t cut = m_pending.size() - 1;
-            while (cut > 0 && !canCutAt(cut))
-                --cut;
-            if (cut > 0)
-                sealPending(cut);
-        }
+    if (!m_pendingIsAscii || m_pending.size() < kAsciiRunUnits)
+        return;
+    // The character that the next one may join stays with it, and CR LF stays whole.
+    std::size_t cut = m_pending.size() - 1;
+    while (cut > 0 && !canCutAt(cut))
+        --cut;
+    if (cut > 0)
+        sealPending(cut);
+}
+
+void TextBuilder::pushOther(std::u16string_view units)
+{
+    keepAsciiPart();
+    while (!units.empty()) {
+        const std::size_t room = m_sealLimit - m_pending.size();
+        std::size_t length = std::min(units.size(), room);
+        // Half a pair says nothing about boundaries: never look for a cut behind one.
+        if (length < units.size() && QChar::isHighSurrogate(units[length - 1]))
+            ++length;
+        m_pending.append(units.substr(0, length));
+        units.remove_prefix(length);
         m_asciiRun = 0;
         m_pendingIsAscii = false;
-        m_pending.push_back(unit);
-    } else {
-        m_pending.push_back(unit);
-        ++m_asciiRun;
-        const std::size_t start = m_pending.size() - m_asciiRun;
-        if (!m_pendingIsAscii && m_asciiRun >= kAsciiRunUnits && canCutAt(start))
-            sealPending(start);
+        if (m_pending.size() >= m_sealLimit)
+            sealLongPending();
     }
-    // Half a pair says nothing about boundaries yet.
-    if (m_pending.size() >= m_sealLimit && !QChar::isHighSurrogate(unit))
+}
+
+void TextBuilder::pushAscii(char16_t unit)
+{
+    m_pending.push_back(unit);
+    ++m_asciiRun;
+    const std::size_t start = m_pending.size() - m_asciiRun;
+    if (!m_pendingIsAscii && m_asciiRun >= kAsciiRunUnits && canCutAt(start))
+        sealPending(start);
+    if (m_pending.size() >= m_sealLimit)
         sealLongPending();
 }
 
@@ -105,7 +120,7 @@ void TextBuilder::settleHighSurrogate()
     if (m_highSurrogate == 0)
         return;
     m_highSurrogate = 0;
-    push(kReplacement);
+    pushOther({&kReplacement, 1});
 }
 
 void TextBuilder::appendAscii(std::string_view characters)
@@ -130,40 +145,52 @@ void TextBuilder::appendAscii(std::string_view characters)
             sealPending(m_pending.size());
             continue;
         }
-        push(static_cast<char16_t>(static_cast<unsigned char>(characters[i])));
+        pushAscii(static_cast<char16_t>(static_cast<unsigned char>(characters[i])));
         ++i;
     }
 }
 
 void TextBuilder::appendUtf16(std::u16string_view units)
 {
-    for (const char16_t unit : units) {
-        if (QChar::isLowSurrogate(unit)) {
-            if (m_highSurrogate == 0) {
-                push(kReplacement);
-                continue;
-            }
-            push(std::exchange(m_highSurrogate, u'\0'));
-            push(unit);
+    std::size_t i = 0;
+    while (i < units.size()) {
+        const char16_t unit = units[i];
+        if (QChar::isSurrogate(unit)) {
+            appendSurrogate(unit);
+            ++i;
             continue;
         }
         settleHighSurrogate();
-        if (QChar::isHighSurrogate(unit))
-            m_highSurrogate = unit;
-        else
-            push(unit);
+        if (unit < 0x80) {
+            pushAscii(unit);
+            ++i;
+            continue;
+        }
+        std::size_t end = i + 1;
+        while (end < units.size() && units[end] >= 0x80 && !QChar::isSurrogate(units[end]))
+            ++end;
+        pushOther(units.substr(i, end - i));
+        i = end;
     }
 }
 
-void TextBuilder::appendCodePoint(char32_t codePoint)
+void TextBuilder::appendSurrogate(char16_t unit)
+{
+    if (QChar::isHighSurrogate(unit)) {
+        settleHighSurrogate();
+        m_highSurrogate = unit;
+    } else if (m_highSurrogate != 0) {
+        const char16_t pair[] = {std::exchange(m_highSurrogate, u'\0'), unit};
+        pushOther({pair, 2});
+    } else {
+        pushOther({&kReplacement, 1});
+    }
+}
+
+void TextBuilder::appendNonAscii(std::u16string_view units)
 {
     settleHighSurrogate();
-    if (QChar::requiresSurrogates(codePoint)) {
-        push(QChar::highSurrogate(codePoint));
-        push(QChar::lowSurrogate(codePoint));
-    } else {
-        push(static_cast<char16_t>(codePoint));
-    }
+    pushOther(units);
 }
 
 void TextBuilder::appendLeaf(const TextNode &leaf)

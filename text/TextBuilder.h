@@ -18,8 +18,9 @@ public:
     /// Appends UTF-16 code units. A surrogate pair may be divided between two calls; a lone
     /// surrogate becomes U+FFFD.
     void appendUtf16(std::u16string_view units);
-    /// Appends one code point that is not a surrogate.
-    void appendCodePoint(char32_t codePoint);
+    /// Appends UTF-16 code units of 0x80 or more with every surrogate pair whole: the quick way for
+    /// a decoder, which knows that much.
+    void appendNonAscii(std::u16string_view units);
     /// Appends the characters of a leaf.
     void appendLeaf(const TextNode &leaf);
 
@@ -28,7 +29,10 @@ public:
     [[nodiscard]] TextNodePtr finishNode();
 
 private:
-    void push(char16_t unit);
+    void pushAscii(char16_t unit);
+    void pushOther(std::u16string_view units);
+    void keepAsciiPart();
+    void appendSurrogate(char16_t unit);
     void settleHighSurrogate();
     void sealLongPending();
     void sealPending(std::size_t length);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <unicode/utf16.h>
 #include <unicode/utf8.h>
 
 namespace penwick {
@@ -49,32 +50,70 @@ bool isTruncatedSequence(const quint8 *bytes, qsizetype size)
 
 constexpr qsizetype kLongestSequence = 4;
 
+/// The character of a valid sequence of three bytes, which most of Japanese text is made of; 0 for
+/// anything else, which the general decoder then judges.
+char16_t threeByteUnit(const quint8 *bytes, qsizetype size)
+{
+    if (size < 3 || (bytes[0] & 0xF0) != 0xE0 || (bytes[1] & 0xC0) != 0x80 ||
+        (bytes[2] & 0xC0) != 0x80)
+        return 0;
+    const auto unit =
+        static_cast<char16_t>((bytes[0] & 0x0F) << 12 | (bytes[1] & 0x3F) << 6 | (bytes[2] & 0x3F));
+    const bool isValid = unit >= 0x800 && !U16_IS_SURROGATE(unit);
+    return isValid ? unit : u'\0';
+}
+
 } // namespace
 
-qsizetype Utf8Reader::decode(QByteArrayView bytes)
+qsizetype Utf8Reader::decodeNonAscii(QByteArrayView bytes)
 {
+    constexpr qsizetype kRoom = 1024;
+    char16_t units[kRoom + 1];
+    qsizetype length = 0;
     const auto *data = reinterpret_cast<const quint8 *>(bytes.data());
     const qsizetype size = bytes.size();
     qsizetype i = 0;
-    while (i < size) {
-        if (data[i] < 0x80) {
-            const qsizetype length = asciiPrefix(bytes.data() + i, size - i);
-            m_builder.appendAscii({bytes.data() + i, static_cast<std::size_t>(length)});
-            i += length;
+    while (i < size && data[i] >= 0x80 && length < kRoom) {
+        if (const char16_t unit = threeByteUnit(data + i, size - i)) {
+            units[length++] = unit;
+            i += 3;
             continue;
         }
-        const qsizetype start = i;
+        qsizetype next = i;
         UChar32 codePoint = 0;
-        U8_NEXT(data, i, size, codePoint);
+        U8_NEXT(data, next, size, codePoint);
         if (codePoint < 0) {
-            const qsizetype left = size - start;
-            if (left >= kLongestSequence || !isTruncatedSequence(data + start, left))
-                m_errorOffset = m_bytesTaken + start;
-            return start;
+            const qsizetype left = size - i;
+            if (left >= kLongestSequence || !isTruncatedSequence(data + i, left))
+                m_errorOffset = m_bytesTaken + i;
+            break;
         }
-        m_builder.appendCodePoint(static_cast<char32_t>(codePoint));
+        U16_APPEND_UNSAFE(units, length, codePoint);
+        i = next;
     }
-    return size;
+    m_builder.appendNonAscii({units, static_cast<std::size_t>(length)});
+    m_bytesTaken += i;
+    return i;
+}
+
+qsizetype Utf8Reader::decode(QByteArrayView bytes)
+{
+    qsizetype i = 0;
+    while (i < bytes.size() && !m_errorOffset) {
+        const QByteArrayView rest = bytes.sliced(i);
+        const qsizetype ascii = asciiPrefix(rest.data(), rest.size());
+        if (ascii > 0) {
+            m_builder.appendAscii({rest.data(), static_cast<std::size_t>(ascii)});
+            m_bytesTaken += ascii;
+            i += ascii;
+            continue;
+        }
+        const qsizetype taken = decodeNonAscii(rest);
+        if (taken == 0)
+            break;
+        i += taken;
+    }
+    return i;
 }
 
 bool Utf8Reader::append(QByteArrayView block)
@@ -87,11 +126,9 @@ bool Utf8Reader::append(QByteArrayView block)
         const qsizetype taken = decode(m_carry);
         if (m_errorOffset)
             return false;
-        m_bytesTaken += taken;
         m_carry.remove(0, taken);
     }
     const qsizetype taken = decode(block);
-    m_bytesTaken += taken;
     if (m_errorOffset)
         return false;
     m_carry.append(block.sliced(taken));

@@ -27,6 +27,7 @@ private:
     /// Decodes whole sequences of `bytes` and returns how many bytes they took. An incomplete
     /// sequence at the end is left; an invalid one sets `m_errorOffset`.
     qsizetype decode(QByteArrayView bytes);
+    qsizetype decodeNonAscii(QByteArrayView bytes);
 
     TextBuilder m_builder;
     QByteArray m_carry;      // An incomplete sequence from the block before, at most three bytes.
