@@ -54,9 +54,9 @@ public:
         return true;
     }
 
-    bool start_object(std::size_t) { return open(JsonObject{}); }
+    bool start_object(std::size_t) { return open(true); }
 
-    bool start_array(std::size_t) { return open(JsonArray{}); }
+    bool start_array(std::size_t) { return open(false); }
 
     bool end_object() { return close(); }
 
@@ -74,36 +74,37 @@ public:
 private:
     struct Container
     {
-        std::variant<JsonArray, JsonObject> content;
+        bool isObject = false;
+        JsonObject members;
         QString name; ///< Of the member that is being read.
+        JsonArray items;
     };
 
-    bool open(std::variant<JsonArray, JsonObject> content)
+    bool open(bool isObject)
     {
         if (m_open.size() >= JsonText::kMaximumDepth) {
             m_error.kind = JsonError::Kind::TooDeep;
             return false;
         }
-        m_open.push_back({std::move(content), {}});
+        m_open.emplace_back().isObject = isObject;
         return true;
     }
 
     bool close()
     {
-        auto content = std::move(m_open.back().content);
+        Container closed = std::move(m_open.back());
         m_open.pop_back();
-        return std::visit([this](auto &&closed) { return add(std::move(closed)); },
-                          std::move(content));
+        return closed.isObject ? add(std::move(closed.members)) : add(std::move(closed.items));
     }
 
     bool add(JsonValue value)
     {
         if (m_open.empty())
             m_result = std::move(value);
-        else if (auto *array = std::get_if<JsonArray>(&m_open.back().content))
-            array->append(std::move(value));
+        else if (m_open.back().isObject)
+            m_open.back().members.insert(m_open.back().name, std::move(value));
         else
-            std::get<JsonObject>(m_open.back().content).insert(m_open.back().name, value);
+            m_open.back().items.append(std::move(value));
         return true;
     }
 

@@ -154,38 +154,40 @@ void UIWordingProfileManager::applyProfile(const UIWordingProfile &profile)
 
 tl::expected<void, FileError> UIWordingProfileManager::saveProfile(const UIWordingProfile &profile)
 {
-    const UIWordingProfile saved = profile; // It may lie in the list that is about to change.
     ensureProfileDirectory();
-    if (auto written = replaceFile(filePath(saved.id), saved.toJson()); !written)
+    if (auto written = replaceFile(filePath(profile.id), profile.toJson()); !written)
         return written;
+    // Copied, for the profile handed in may lie in the list that is about to change.
+    const auto active = m_activeProfileId == profile.id ? std::optional(profile) : std::nullopt;
     QList<UIWordingProfile> profiles = m_profiles;
-    const auto place = std::find_if(profiles.begin(), profiles.end(), hasId(saved.id));
+    const auto place = std::find_if(profiles.begin(), profiles.end(), hasId(profile.id));
     if (place != profiles.end())
-        *place = saved;
+        *place = profile;
     else
-        profiles.append(saved);
+        profiles.append(profile);
     setProfiles(std::move(profiles));
     sortProfiles();
-    if (m_activeProfileId == saved.id)
-        applyProfile(saved);
+    if (active)
+        applyProfile(*active);
     return {};
 }
 
 tl::expected<void, FileError> UIWordingProfileManager::deleteProfile(const QString &id)
 {
-    const QString deletedId = id; // It may lie in the list that is about to change.
-    if (deletedId == kBuiltInProfileId || deletedId == kBuiltInEnglishProfileId)
+    if (id == kBuiltInProfileId || id == kBuiltInEnglishProfileId)
         return {};
-    if (auto removed = removeFile(filePath(deletedId)); !removed) {
+    if (auto removed = removeFile(filePath(id)); !removed) {
         // No file is nothing to remove: a profile may lie in a file that another id names.
         const auto kind = removed.error().kind;
         if (kind != FileError::Kind::NotFound && kind != FileError::Kind::InvalidPath)
             return removed;
     }
+    // Asked now, for the id handed in may lie in the list that is about to change.
+    const bool wasActive = m_activeProfileId == id;
     QList<UIWordingProfile> profiles = m_profiles;
-    profiles.removeIf(hasId(deletedId));
+    profiles.removeIf(hasId(id));
     setProfiles(std::move(profiles));
-    if (m_activeProfileId == deletedId) {
+    if (wasActive) {
         if (const auto japanese = profileWithId(kBuiltInProfileId))
             applyProfile(*japanese);
     }

@@ -379,6 +379,21 @@ private Q_SLOTS:
         QCOMPARE(wording::text(u"menu.file"_s), u"ファイル"_s);
     }
 
+    void changes_argumentsFromTheOwnList_areSafe()
+    {
+        World world;
+        world.writeFile(userProfile(u"mine"_s));
+        world.defaults.setString(kActiveProfileKey, u"mine"_s);
+        const auto manager = world.start();
+        world.posts = 0;
+        QVERIFY(manager->saveProfile(manager->profiles().constLast()).has_value());
+        QCOMPARE(world.posts, 1);
+        QCOMPARE(wording::text(u"menu.file"_s), u"mine file"_s);
+        QVERIFY(manager->deleteProfile(manager->profiles().constLast().id).has_value());
+        QCOMPARE(world.posts, 2);
+        QCOMPARE(ids(*manager), withBuiltIns({}));
+    }
+
     void delete_builtIn_doesNothing()
     {
         World world;
