@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int kFontSize = 11;
+constexpr qreal kFontSize = 11; // Points.
 constexpr int kHorizontalMargin = 10;
 constexpr int kVerticalMargin = 4;
 constexpr int kDividerHeight = 12;
@@ -34,7 +34,7 @@ StatusBarView::StatusBarView(DocumentState *documentState, QWidget *parent)
     , m_documentState(documentState)
 {
     QFont barFont = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-    barFont.setPixelSize(kFontSize);
+    barFont.setPointSizeF(kFontSize);
     setFont(barFont);
     setBackgroundRole(QPalette::Window);
     setAutoFillBackground(true);

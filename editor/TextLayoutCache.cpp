@@ -10,28 +10,26 @@ namespace penwick {
 namespace {
 
 /// A sign of the same length for what no font draws, or 0 where the character speaks for itself.
-char16_t substituteFor(char16_t unit)
+char16_t substituteFor(char16_t unit, bool hasControlPictures)
 {
     constexpr char16_t kControlPictures = 0x2400;
+    constexpr char16_t kDeletePicture = 0x2421;
+    constexpr char16_t kBox = 0x25AF;
+    constexpr char16_t kObject = 0xFFFC; // The layout engine keeps it for embedded objects.
     if (unit == u'\t')
         return 0;
     if (unit < 0x20)
-        return static_cast<char16_t>(kControlPictures + unit);
+        return hasControlPictures ? static_cast<char16_t>(kControlPictures + unit) : kBox;
     if (unit == 0x7F)
-        return u'\u2421';
-    if (unit > 0x7F && unit < 0xA0)
-        return u'\u2426';
-    // The layout engine keeps this one for embedded objects.
-    if (unit == 0xFFFC)
-        return u'\u25AF';
-    return 0;
+        return hasControlPictures ? kDeletePicture : kBox;
+    return (unit > 0x7F && unit < 0xA0) || unit == kObject ? kBox : u'\0';
 }
 
-QList<QTextLayout::FormatRange> substituteControls(QString &units, const QColor &color)
+QList<QTextLayout::FormatRange> substituteControls(QString &units, const TextLayoutStyle &style)
 {
     QList<QTextLayout::FormatRange> formats;
     for (qsizetype i = 0; i < units.size(); ++i) {
-        const char16_t substitute = substituteFor(units[i].unicode());
+        const char16_t substitute = substituteFor(units[i].unicode(), style.hasControlPictures);
         if (substitute == 0)
             continue;
         units[i] = QChar(substitute);
@@ -42,7 +40,7 @@ QList<QTextLayout::FormatRange> substituteControls(QString &units, const QColor 
         QTextLayout::FormatRange range;
         range.start = static_cast<int>(i);
         range.length = 1;
-        range.format.setForeground(color);
+        range.format.setForeground(style.substitutes);
         formats.append(range);
     }
     return formats;
@@ -68,7 +66,7 @@ SegmentLayout::SegmentLayout(const Text &text,
     : m_segment(segment)
 {
     QString units = text.slice(segment.start, segment.length());
-    QList<QTextLayout::FormatRange> formats = substituteControls(units, style.substitutes);
+    QList<QTextLayout::FormatRange> formats = substituteControls(units, style);
     m_layout.setText(units);
     m_hasRightToLeft = holdsRightToLeft(units);
     m_layout.setFont(style.font);

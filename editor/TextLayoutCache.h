@@ -30,8 +30,9 @@ struct TextLayoutStyle
     qreal width = 0;    ///< Rows wrap here.
     qreal tabWidth = 0; ///< Distance of tab stops.
     qreal rowHeight = 1;
-    qreal ascent = 1;   ///< From a row's top to its baseline.
-    QColor substitutes; ///< Colour of the signs drawn for control characters.
+    qreal ascent = 1;                ///< From a row's top to its baseline.
+    QColor substitutes;              ///< Colour of the signs drawn for control characters.
+    bool hasControlPictures = false; ///< Some font has signs of their own for them.
 };
 
 /// One segment, laid out in rows of equal height. Row numbers are 0-based.

@@ -41,6 +41,7 @@ TextLayoutStyle makeStyle(const QFont &font, const QPalette &palette, qreal widt
     style.rowHeight =
         style.ascent + std::ceil(std::max(metrics.descent(), line.descent()) + metrics.leading());
     style.substitutes = palette.color(QPalette::PlaceholderText);
+    style.hasControlPictures = metrics.inFontUcs4(0x2400);
     return style;
 }
 

@@ -9,7 +9,7 @@ namespace penwick {
 
 namespace {
 
-constexpr int kFontSize = 14;
+constexpr qreal kFontSize = 14; // Points.
 
 QFont editorFont()
 {
@@ -17,7 +17,7 @@ QFont editorFont()
     // Without the first, Japanese may come in Chinese shapes; without the second, emoji in black.
     font.setFamilies(font.families() << QStringLiteral("Noto Sans Mono CJK JP")
                                      << QStringLiteral("Noto Color Emoji"));
-    font.setPixelSize(kFontSize);
+    font.setPointSizeF(kFontSize);
     font.setWeight(QFont::Normal);
     return font;
 }

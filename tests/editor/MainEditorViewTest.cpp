@@ -50,7 +50,7 @@ void MainEditorViewTest::textView_made_hasStateTextFontAndFocus()
     QVERIFY(QTest::qWaitForWindowActive(&view));
     QCOMPARE(view.textView()->string().toString(), u"hello"_s);
     QCOMPARE(view.textView()->textStorage(), document.textStorage());
-    QCOMPARE(view.textView()->font().pixelSize(), 14);
+    QCOMPARE(view.textView()->font().pointSizeF(), 14.0);
     QVERIFY(!document.isEdited());
     QVERIFY(!document.textStorage()->canUndo());
     QTRY_VERIFY(view.textView()->hasFocus());
