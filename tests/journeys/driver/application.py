@@ -1,0 +1,204 @@
+"""One running penwick: its windows and menus as the accessibility bus shows them, and the keyboard
+and mouse in front of it."""
+
+import subprocess
+
+from .waiting import Timeout, until
+
+_MODIFIERS = {"Ctrl": "ctrl", "Shift": "shift", "Alt": "alt", "Meta": "super"}
+
+
+class Application:
+    """Starts `program` with `arguments` in `session`; `environment` adds to that of the session.
+
+    `output` is the file that holds what the program wrote to standard output and error."""
+
+    def __init__(self, session, program, *arguments, environment=None):
+        # Only here: the library connects to the bus that the session has set when it is imported.
+        import gi
+
+        gi.require_version("Atspi", "2.0")
+        from gi.repository import Atspi, GLib
+
+        self._atspi, self._glib = Atspi, GLib
+        Atspi.set_timeout(5000, 15000)
+        self._session = session
+        self.output = session.home / "penwick-output.txt"
+        saved = dict(session.environment)
+        session.environment.update(environment or {})
+        with self.output.open("ab") as log:
+            self.process = session.start(
+                program, *arguments, stdout=log, stderr=subprocess.STDOUT
+            )
+        session.environment = saved
+        self._root = None
+        until(self._find, "the program on the accessibility bus", 60)
+
+    def _find(self):
+        if self.process.poll() is not None:
+            raise Timeout(
+                f"the program ended with status {self.process.returncode}:\n"
+                + self.output.read_text(errors="replace")
+            )
+        desktop = self._atspi.get_desktop(0)
+        desktop.set_cache_mask(self._atspi.Cache.NONE)
+        for index in range(desktop.get_child_count()):
+            child = self._quietly(lambda i=index: desktop.get_child_at_index(i))
+            if child and self._quietly(child.get_process_id) == self.process.pid:
+                # Without a main loop no change event arrives, so nothing may be cached.
+                child.set_cache_mask(self._atspi.Cache.NONE)
+                self._root = child
+                return child
+        return None
+
+    def _quietly(self, question, otherwise=None):
+        """What the bus answers, or `otherwise` where the object went away meanwhile."""
+        try:
+            return question()
+        except self._glib.Error:
+            return otherwise
+
+    # Looking
+
+    def children(self, node):
+        count = self._quietly(node.get_child_count, 0)
+        found = (self._quietly(lambda i=i: node.get_child_at_index(i)) for i in range(count))
+        return [child for child in found if child]
+
+    def name(self, node):
+        return self._quietly(node.get_name, "") or ""
+
+    def role(self, node):
+        return self._quietly(node.get_role_name, "") or ""
+
+    def description(self, node):
+        return self._quietly(node.get_description, "") or ""
+
+    def has_state(self, node, state):
+        """`state` by its lower-case name: "showing", "enabled", "focused", "checked"."""
+        states = self._quietly(node.get_state_set)
+        return bool(states) and states.contains(getattr(self._atspi.StateType, state.upper()))
+
+    def windows(self):
+        """The names of the windows on the screen, dialogs included."""
+        return [self.name(w) for w in self.children(self._root) if self.has_state(w, "showing")]
+
+    def walk(self, node=None):
+        for child in self.children(node or self._root):
+            yield child
+            yield from self.walk(child)
+
+    def find(self, role=None, name=None, within=None, showing=True):
+        """The first node of that role and name, or None. `name` is a text or a predicate."""
+        fits = name if callable(name) else (lambda text: name is None or text == name)
+        for node in self.walk(within):
+            if role is not None and self.role(node) != role:
+                continue
+            if fits(self.name(node)) and (not showing or self.has_state(node, "showing")):
+                return node
+        return None
+
+    def wait_for(self, role=None, name=None, within=None):
+        return until(
+            lambda: self.find(role, name, within),
+            lambda: f"{role or 'a node'} {name!r} in\n{self.tree()}",
+        )
+
+    def text_of(self, node):
+        """The text that `node` holds, up to its first NUL."""
+        text = self._quietly(node.get_text_iface)
+        if not text:
+            return self.name(node)
+        count = self._quietly(lambda: self._atspi.Text.get_character_count(text), 0)
+        return self._quietly(lambda: self._atspi.Text.get_text(text, 0, count), "") or ""
+
+    def tree(self, node=None, depth=0):
+        """What the bus shows, for a failed wait."""
+        lines = []
+        for child in self.children(node or self._root):
+            state = "" if self.has_state(child, "showing") else " (hidden)"
+            lines.append(f"{'  ' * depth}{self.role(child)} {self.name(child)!r}{state}")
+            lines.append(self.tree(child, depth + 1))
+        return "\n".join(line for line in lines if line)
+
+    # Acting
+
+    def press(self, *keys):
+        """Presses keys by their X names, each with its modifiers: press("ctrl+s", "Return")."""
+        self._session.run("xdotool", "key", "--delay", "15", *keys)
+
+    def type(self, text):
+        """Types ASCII text."""
+        self._session.run("xdotool", "type", "--delay", "15", "--", text)
+
+    def click(self, node, button=1):
+        """Clicks on the middle of `node`."""
+        box = node.get_component_iface().get_extents(self._atspi.CoordType.SCREEN)
+        x, y = box.x + box.width // 2, box.y + box.height // 2
+        self._session.run("xdotool", "mousemove", x, y, "click", button)
+
+    def focus_window(self, title):
+        """Brings the window with that exact title to the front, with the keyboard in it."""
+        until(
+            lambda: self._quietly_run("xdotool", "search", "--onlyvisible", "--name", f"^{title}$"),
+            f"the window {title!r}",
+        )
+        self._session.run(
+            "xdotool", "search", "--onlyvisible", "--name", f"^{title}$", "windowactivate", "--sync"
+        )
+
+    def _quietly_run(self, *command):
+        return subprocess.run(
+            command,
+            env=self._session.environment,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.DEVNULL,
+            text=True,
+        ).stdout.strip()
+
+    def menu_bar(self):
+        return self.wait_for("menu bar")
+
+    def menu_item(self, *path):
+        """The item that the titles of `path` lead to, from the menu bar on, open or not."""
+
+        def search():
+            node = self.find("menu bar")
+            for title in path:
+                node = node and self._entry(node, title)
+            return node
+
+        return until(search, lambda: f"the menu item {path} in\n{self.tree()}")
+
+    def _entry(self, menu, title):
+        for child in self.menu_entries(menu):
+            if self.name(child) == title:
+                return child
+        return None
+
+    def menu_entries(self, menu):
+        """The entries of a menu or the menu bar; an entry with a submenu gives that submenu's."""
+        entries = []
+        for child in self.children(menu):
+            # Qt puts the popup itself between an entry and the popup's entries.
+            if self.role(child) in ("popup menu", "menu") and not self.name(child):
+                entries.extend(self.children(child))
+            else:
+                entries.append(child)
+        return entries
+
+    def choose(self, *path):
+        """Opens the menus of `path` and clicks the last item, by mouse."""
+        for depth in range(1, len(path) + 1):
+            node = self.menu_item(*path[:depth])
+            until(lambda n=node: self.has_state(n, "showing"), f"the menu item {path[:depth]}")
+            self.click(node)
+
+    def screenshot(self, path):
+        """Writes what the screen shows now as a PNG file."""
+        self._session.run("import", "-window", "root", path)
+
+    def wait_for_end(self):
+        """Waits until the program has ended by itself, and returns its exit status."""
+        until(lambda: self.process.poll() is not None, "the program to end", 30)
+        return self.process.returncode

@@ -1,0 +1,208 @@
+"""A desktop of its own: X server, window manager, buses, and on request a Japanese input method.
+
+Everything that a program may write goes into one temporary home, so a run neither sees nor touches
+the files of the person who starts it."""
+
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+
+from .waiting import until
+
+# Anthy is the only input method, so opening the input method always means Japanese.
+_FCITX_PROFILE = """\
+[Groups/0]
+Name=Default
+Default Layout=us
+DefaultIM=anthy
+
+[Groups/0/Items/0]
+Name=keyboard-us
+Layout=
+
+[Groups/0/Items/1]
+Name=anthy
+Layout=
+
+[GroupOrder]
+0=Default
+"""
+
+# Nothing here may pop up over the window that a test looks at.
+_FCITX_CONFIG = """\
+[Behavior]
+ActiveByDefault=False
+ShowInputMethodInformation=False
+ShowInputMethodInformationWhenFocusIn=False
+"""
+
+
+class Session:
+    """Use as a context manager. `home` is the temporary home; `environment` is what programs in the
+    session run with."""
+
+    def __init__(self, input_method=False, width=1200, height=800):
+        self._input_method = input_method
+        self._size = f"{width}x{height}x24"
+        self._processes = []
+        self.home = None
+        self.environment = None
+
+    def __enter__(self):
+        self.home = pathlib.Path(tempfile.mkdtemp(prefix="penwick-journey-"))
+        try:
+            self._make_environment()
+            self._start_display()
+            self._start_buses()
+            if self._input_method:
+                self._start_input_method()
+        except BaseException:
+            self.__exit__(None, None, None)
+            raise
+        return self
+
+    def __exit__(self, *_):
+        # All at once: a window manager may end only when its display has gone.
+        for process in reversed(self._processes):
+            process.terminate()
+        for process in reversed(self._processes):
+            try:
+                process.wait(5)
+            except subprocess.TimeoutExpired:
+                process.kill()
+                process.wait()
+        self._processes.clear()
+        shutil.rmtree(self.home, ignore_errors=True)
+
+    def start(self, *command, **options):
+        """Starts a program that ends with the session."""
+        process = subprocess.Popen(
+            [str(word) for word in command], env=self.environment, cwd=self.home, **options
+        )
+        self._processes.append(process)
+        return process
+
+    def run(self, *command):
+        """Runs a program to its end and returns what it wrote to standard output."""
+        return subprocess.run(
+            [str(word) for word in command],
+            env=self.environment,
+            cwd=self.home,
+            check=True,
+            stdout=subprocess.PIPE,
+            text=True,
+        ).stdout
+
+    def open_input_method(self):
+        """From here on, keys go through Japanese input. The focus must be in a text field."""
+        self.run("fcitx5-remote", "-s", "anthy")
+        until(
+            lambda: self.run("fcitx5-remote", "-n").strip() == "anthy",
+            "the input method to switch to Japanese",
+        )
+
+    def close_input_method(self):
+        """From here on, keys are plain keys again."""
+        self.run("fcitx5-remote", "-c")
+
+    def _make_environment(self):
+        folders = {
+            "XDG_CONFIG_HOME": self.home / ".config",
+            "XDG_DATA_HOME": self.home / ".local/share",
+            "XDG_STATE_HOME": self.home / ".local/state",
+            "XDG_CACHE_HOME": self.home / ".cache",
+            "XDG_RUNTIME_DIR": self.home / ".runtime",
+        }
+        for folder in folders.values():
+            folder.mkdir(parents=True, mode=0o700)
+        self.environment = {
+            "HOME": str(self.home),
+            "PATH": os.environ["PATH"],
+            "LANG": "C.UTF-8",
+            "TZ": "Asia/Tokyo",
+            "QT_QPA_PLATFORM": "xcb",
+            "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
+            "QT_IM_MODULE": "fcitx" if self._input_method else "compose",
+            "XMODIFIERS": "@im=fcitx" if self._input_method else "@im=none",
+            **{name: str(folder) for name, folder in folders.items()},
+        }
+        for name in ("ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS"):
+            if name in os.environ:
+                self.environment[name] = os.environ[name]
+
+    def _start_display(self):
+        # The server picks a free display number by itself, so sessions can run side by side.
+        reader, writer = os.pipe()
+        self.start(
+            "Xvfb",
+            "-displayfd",
+            writer,
+            "-screen",
+            "0",
+            self._size,
+            "-nolisten",
+            "tcp",
+            "-noreset",
+            pass_fds=[writer],
+            stderr=subprocess.DEVNULL,
+        )
+        os.close(writer)
+        with os.fdopen(reader) as answer:
+            number = answer.readline().strip()
+        if not number:
+            raise RuntimeError("Xvfb did not start")
+        self.environment["DISPLAY"] = f":{number}"
+        self.start(
+            "openbox", "--sm-disable", stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL
+        )
+        until(
+            lambda: "window id" in self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"),
+            "the window manager",
+        )
+
+    def _start_buses(self):
+        bus = self.start(
+            "dbus-daemon",
+            "--session",
+            "--nofork",
+            "--print-address=1",
+            stdout=subprocess.PIPE,
+            stderr=subprocess.DEVNULL,
+            text=True,
+        )
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
+        self.start(
+            "/usr/libexec/at-spi-bus-launcher",
+            "--launch-immediately",
+            stdout=subprocess.DEVNULL,
+            stderr=subprocess.DEVNULL,
+        )
+        # The accessibility library of this process reads its own environment, once, at first use.
+        for name in ("DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR"):
+            os.environ[name] = self.environment[name]
+
+    def _start_input_method(self):
+        folder = self.home / ".config/fcitx5"
+        (folder / "conf").mkdir(parents=True)
+        (folder / "profile").write_text(_FCITX_PROFILE)
+        (folder / "config").write_text(_FCITX_CONFIG)
+        self.start(
+            "fcitx5",
+            "--disable",
+            "wayland,waylandim,notificationitem,notifications,spell,emoji,kimpanel",
+            stdout=subprocess.DEVNULL,
+            stderr=subprocess.DEVNULL,
+        )
+
+        def answers():
+            probe = subprocess.run(
+                ["fcitx5-remote"],
+                env=self.environment,
+                stdout=subprocess.DEVNULL,
+                stderr=subprocess.DEVNULL,
+            )
+            return probe.returncode == 0
+
+        until(answers, "the input method")
