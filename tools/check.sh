@@ -1,0 +1,72 @@
+#!/usr/bin/env bash
+# Checks the sources without running the program.
+#
+#   tools/check.sh [format] [tidy] [cppcheck] [layers] [wording]     default: all of them
+#   tools/check.sh tests                                             everything: same as ./test
+#
+# tidy reads build/release/compile_commands.json: run ./test or ./run once before.
+set -euo pipefail
+cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
+
+folders=()
+for folder in platform text wording editor macro app; do
+    [[ -d $folder ]] && folders+=("$folder")
+done
+database=build/release/compile_commands.json
+
+# Sources of the given folders that exist, one a line.
+sources() {
+    find "$@" -name '*.h' -o -name '*.cpp' | sort
+}
+
+check_format() {
+    local extra=()
+    [[ -d bench ]] && extra+=(bench)
+    sources "${folders[@]}" tests "${extra[@]}" | xargs clang-format --dry-run -Werror
+}
+
+# The tests are left out: QtTest's macros and data rows break the limits that guard the program.
+check_tidy() {
+    if [[ ! -e $database ]]; then
+        echo "check.sh: there is no $database: run \"cmake --preset release\" first" >&2
+        exit 1
+    fi
+    local pattern
+    pattern="^$PWD/($(IFS='|'; echo "${folders[*]}"))/.*\.cpp$"
+    # The tool writes one line per file and the count of what it suppressed in foreign headers.
+    run-clang-tidy -quiet -p build/release -j "$(nproc)" "$pattern" 2>/dev/null |
+        { grep -v '^clang-tidy-' || true; }
+    [[ ${PIPESTATUS[0]} == 0 ]]
+}
+
+check_cppcheck() {
+    # Foreign headers are not looked for: what matters of Qt is in cppcheck's own description of it.
+    cppcheck -j "$(nproc)" --quiet --error-exitcode=1 --language=c++ --std=c++20 -I . \
+        --enable=warning,performance,portability --library=qt --inline-suppr \
+        -D'Q_DISABLE_COPY_MOVE(name)=' --template='{file}:{line}: {id}: {message}' \
+        "${folders[@]}"
+}
+
+check_layers() {
+    tools/check-layers.py --self-test
+    tools/check-layers.py
+}
+
+check_wording() {
+    tools/check-wording-keys.py --self-test
+    tools/check-wording-keys.py
+}
+
+(($#)) || set -- format layers wording cppcheck tidy
+for check in "$@"; do
+    case $check in
+    format | tidy | cppcheck | layers | wording) ;;
+    tests) exec ./test ;;
+    *)
+        echo "check.sh: unknown check: $check" >&2
+        exit 2
+        ;;
+    esac
+    echo "== $check"
+    "check_$check"
+done
