@@ -5,6 +5,11 @@ target_include_directories(penwick_options INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(penwick_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
     $<$<BOOL:${PENWICK_WARNINGS_AS_ERRORS}>:-Werror>)
+# Where it optimises, g++ 12 takes the moves of a std::variant of Qt's containers for reads of what
+# was never written. clang-tidy's analyzer looks for the real ones.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    target_compile_options(penwick_options INTERFACE -Wno-maybe-uninitialized)
+endif()
 target_compile_definitions(penwick_options INTERFACE
     QT_NO_CAST_FROM_ASCII
     QT_NO_CAST_TO_ASCII
