@@ -2,6 +2,7 @@
 
 #include "platform/AtomicFile.h"
 #include "platform/FileSystem.h"
+#include "text/Utf8.h"
 
 #include <QFileInfo>
 
@@ -60,13 +61,18 @@ tl::expected<void, DocumentError> TextDocument::readFromFile(const QString &abso
 {
     // Taken first: a change during the read then counts as one after it.
     const std::optional<FileStamp> stamp = stampOf(absolutePath);
-    const auto data = readFile(absolutePath);
-    if (!data) {
-        return tl::unexpected(fileSystemError(data.error()));
+    Utf8Reader reader;
+    const auto read =
+        readFileInBlocks(absolutePath, [&](QByteArrayView block) { return reader.append(block); });
+    // The reader stops it at the first invalid byte, which is not the file system's fault.
+    if (!read && read.error().kind != FileError::Kind::Cancelled) {
+        return tl::unexpected(fileSystemError(read.error()));
     }
-    if (auto read = readFromData(*data); !read) {
-        return read;
+    const auto text = reader.finish();
+    if (!text) {
+        return tl::unexpected(kUnsupportedContent);
     }
+    setContentString(*text);
     m_stamp = stamp;
     setFilePath(absolutePath);
     return {};

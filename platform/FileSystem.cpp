@@ -11,6 +11,7 @@
 #include <memory>
 #include <new>
 #include <sys/stat.h>
+#include <utility>
 
 namespace penwick {
 
@@ -45,6 +46,32 @@ tl::expected<QByteArray, FileError> readAll(const FileDescriptor &file, qsizetyp
     return content;
 }
 
+struct OpenFile
+{
+    FileDescriptor descriptor;
+    qsizetype size = 0; // As the system tells it; not to be relied on.
+};
+
+tl::expected<OpenFile, FileError> openRegularFile(const QString &path)
+{
+    const auto name = systemPath(path);
+    if (!name)
+        return tl::unexpected(name.error());
+    // Without O_NONBLOCK, opening a pipe that nobody writes to would never return.
+    FileDescriptor file(uninterrupted(
+        [&] { return ::open(name->constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); }));
+    if (!file.isOpen())
+        return systemError();
+    struct stat status = {};
+    if (::fstat(file.get(), &status) != 0)
+        return systemError();
+    if (S_ISDIR(status.st_mode))
+        return tl::unexpected(FileError::fromErrno(EISDIR));
+    if (!S_ISREG(status.st_mode))
+        return tl::unexpected(FileError{FileError::Kind::NotRegular, 0});
+    return OpenFile{std::move(file), status.st_size};
+}
+
 bool isFolder(const QByteArray &path)
 {
     struct stat status = {};
@@ -62,26 +89,33 @@ tl::expected<QByteArray, FileError> systemPath(const QString &path)
 
 tl::expected<QByteArray, FileError> readFile(const QString &path)
 {
-    const auto name = systemPath(path);
-    if (!name)
-        return tl::unexpected(name.error());
-    // Without O_NONBLOCK, opening a pipe that nobody writes to would never return.
-    const FileDescriptor file(uninterrupted(
-        [&] { return ::open(name->constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); }));
-    if (!file.isOpen())
-        return systemError();
-    struct stat status = {};
-    if (::fstat(file.get(), &status) != 0)
-        return systemError();
-    if (S_ISDIR(status.st_mode))
-        return tl::unexpected(FileError::fromErrno(EISDIR));
-    if (!S_ISREG(status.st_mode))
-        return tl::unexpected(FileError{FileError::Kind::NotRegular, 0});
-    try {
-        return readAll(file, status.st_size);
-    } catch (const std::bad_alloc &) {
-        return tl::unexpected(FileError::fromErrno(ENOMEM));
-    }
+    return openRegularFile(path).and_then(
+        [](const OpenFile &file) -> tl::expected<QByteArray, FileError> {
+            try {
+                return readAll(file.descriptor, file.size);
+            } catch (const std::bad_alloc &) {
+                return tl::unexpected(FileError::fromErrno(ENOMEM));
+            }
+        });
+}
+
+tl::expected<void, FileError> readFileInBlocks(const QString &path, const TakeBytes &take)
+{
+    return openRegularFile(path).and_then(
+        [&take](const OpenFile &file) -> tl::expected<void, FileError> {
+            constexpr size_t kBlockSize = 1 << 18; // Stays in the processor's cache.
+            const auto block = std::make_unique_for_overwrite<char[]>(kBlockSize);
+            while (true) {
+                const auto count = uninterrupted(
+                    [&] { return ::read(file.descriptor.get(), block.get(), kBlockSize); });
+                if (count < 0)
+                    return systemError();
+                if (count == 0)
+                    return {};
+                if (!take(QByteArrayView(block.get(), count)))
+                    return tl::unexpected(FileError{FileError::Kind::Cancelled, 0});
+            }
+        });
 }
 
 tl::expected<void, FileError> removeFile(const QString &path)

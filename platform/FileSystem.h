@@ -3,9 +3,11 @@
 #include "platform/FileError.h"
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <tl/expected.hpp>
 
 namespace penwick {
@@ -16,6 +18,14 @@ namespace penwick {
 
 /// The whole content of a regular file.
 [[nodiscard]] tl::expected<QByteArray, FileError> readFile(const QString &path);
+
+/// Takes the next bytes of a file that is being read; false to stop.
+using TakeBytes = std::function<bool(QByteArrayView)>;
+
+/// Hands the content of a regular file to `take`, in order, in blocks of bounded size, so that a
+/// large file never stands in memory as a whole. Fails with `Cancelled` when `take` stopped it.
+[[nodiscard]] tl::expected<void, FileError> readFileInBlocks(const QString &path,
+                                                             const TakeBytes &take);
 
 /// Removes a file or a symbolic link (not what it points to).
 [[nodiscard]] tl::expected<void, FileError> removeFile(const QString &path);

@@ -34,6 +34,33 @@ private Q_SLOTS:
         QVERIFY(readFile(home.write(u"a"_s, content)).value() == content);
     }
 
+    void readFileInBlocks_largeFile_givesAllOfItInOrder()
+    {
+        const TemporaryHome home;
+        QByteArray content;
+        for (int i = 0; i < 200'000; ++i)
+            content += QByteArray::number(i);
+        QByteArray read;
+        int blocks = 0;
+        QVERIFY(readFileInBlocks(home.write(u"a"_s, content), [&](QByteArrayView block) {
+            read.append(block);
+            return ++blocks > 0;
+        }));
+        QVERIFY(read == content);
+        QVERIFY(blocks > 1);
+    }
+
+    void readFileInBlocks_reader_canStopIt()
+    {
+        const TemporaryHome home;
+        const auto read =
+            readFileInBlocks(home.write(u"a"_s, "abc"), [](QByteArrayView) { return false; });
+        QCOMPARE(read.error().kind, FileError::Kind::Cancelled);
+        QCOMPARE(
+            readFileInBlocks(home.file(u"gone"_s), [](QByteArrayView) { return true; }).error(),
+            (FileError{FileError::Kind::NotFound, ENOENT}));
+    }
+
     void readFile_fileThatHidesItsSize_isReadToItsEnd()
     {
         const auto content = readFile(u"/proc/self/maps"_s);
