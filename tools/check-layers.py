@@ -19,8 +19,9 @@ LAYERS = {
     "wording": {"platform"},
     "editor": {"text", "wording", "platform"},
     "macro_library": {"wording", "platform"},
-    "macro_script": set(),
-    "macro_engine": {"text", "wording", "platform", "macro_script"},
+    "macro_value": set(),
+    "macro_script": {"macro_value"},
+    "macro_engine": {"text", "wording", "platform", "macro_value", "macro_script"},
 }
 # Lowest first. A widget target sees its logic target, what that one sees, and the ones before it.
 _UI = {
