@@ -42,7 +42,7 @@ constexpr char16_t shortEscape(char16_t unit)
 }
 
 // Every unit of a text comes through here: the first 128 are answered by a table.
-constexpr std::array<unsigned char, 128> kAsciiLengths = [] {
+constexpr std::array<unsigned char, 128> kAsciiLengths = []() {
     std::array<unsigned char, 128> lengths{};
     for (std::size_t unit = 0; unit < lengths.size(); ++unit)
         lengths[unit] = static_cast<unsigned char>(escapedLength(static_cast<char16_t>(unit)));
