@@ -1,0 +1,53 @@
+#include "macro/engine/LineEdits.h"
+
+#include <algorithm>
+
+namespace penwick {
+
+namespace {
+
+qint64 lineCountOf(const Text &text)
+{
+    return text.metrics().lineFeeds + 1;
+}
+
+// Where the line's own text ends: before its line feed, or at the end of the text.
+qint64 lineEnd(const Text &text, qint64 line)
+{
+    const bool isLast = line + 1 == lineCountOf(text);
+    return isLast ? text.size() : text.offsetAfterLineFeed(line + 1) - 1;
+}
+
+} // namespace
+
+std::optional<Text> textWithLinesReplaced(const Text &text, const ReplaceLines &edit)
+{
+    const qint64 lineCount = lineCountOf(text);
+    if (edit.startLine < 0 || edit.startLine >= edit.endLine || edit.endLine > lineCount)
+        return std::nullopt;
+    qint64 start = text.offsetAfterLineFeed(edit.startLine);
+    qint64 end = lineEnd(text, edit.endLine - 1);
+    if (edit.lines.isEmpty()) {
+        // No line is left there, so one of the line feeds around it goes too.
+        if (edit.endLine < lineCount)
+            ++end;
+        else if (edit.startLine > 0)
+            --start;
+    }
+    return text.replaced(start, end - start, Text(edit.lines.join(u'\n')));
+}
+
+qint64 offsetForLineColumn(qint64 line, qint64 column, const Text &text)
+{
+    if (line < 0 || line >= lineCountOf(text))
+        return text.metrics().clusters;
+    const qint64 start = text.offsetAfterLineFeed(line);
+    // Each line counts by itself, so a carriage return at its end is a cluster of its own, which it
+    // is not in the text as a whole.
+    const TextMetrics before = text.metricsBefore(start);
+    const Text content = text.mid(start, lineEnd(text, line) - start);
+    return before.clusters + before.crLfPairs +
+           std::clamp<qint64>(column, 0, content.metrics().clusters);
+}
+
+} // namespace penwick
