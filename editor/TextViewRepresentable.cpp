@@ -31,8 +31,11 @@ TextViewRepresentable::TextViewRepresentable(DocumentState *documentState,
     , m_storage(document != nullptr ? document->sharedTextStorage()
                                     : std::make_shared<TextStorage>())
 {
-    makeTextView(documentState->text());
+    makeTextView();
     m_coordinator = new Coordinator(m_textView, documentState, document, this);
+    // After the coordinator has begun to listen: the caret that this places is the first thing the
+    // view reports, and the counters of an opened file come from it.
+    m_textView->setString(documentState->text());
     // Later, because the window that is to take the view does not exist yet.
     QMetaObject::invokeMethod(this, &TextViewRepresentable::focusTextView, Qt::QueuedConnection);
 }
@@ -43,7 +46,7 @@ TextViewRepresentable::~TextViewRepresentable()
     delete m_textView;
 }
 
-void TextViewRepresentable::makeTextView(const Text &text)
+void TextViewRepresentable::makeTextView()
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -53,7 +56,6 @@ void TextViewRepresentable::makeTextView(const Text &text)
     m_textView->setFrameShape(QFrame::NoFrame);
     m_textView->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     m_textView->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
-    m_textView->setString(text);
     layout->addWidget(m_textView);
     setFocusProxy(m_textView);
 }

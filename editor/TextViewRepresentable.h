@@ -28,7 +28,7 @@ public:
     [[nodiscard]] Coordinator *coordinator() const { return m_coordinator; }
 
 private:
-    void makeTextView(const Text &text);
+    void makeTextView();
     void focusTextView();
 
     std::shared_ptr<TextStorage> m_storage;

@@ -18,6 +18,7 @@ class MainEditorViewTest final : public QObject
 private Q_SLOTS:
     void layout_topToBottom_isTextDividerStatusBar();
     void textView_made_hasStateTextFontAndFocus();
+    void openedText_isCountedInALaterTurn();
     void documentGone_beforeTheView_isHarmless();
     void windowClosed_whileUpdatesAreQueued_writesNothing();
     void escape_leftOverByTheText_dismissesTheMessage();
@@ -55,6 +56,22 @@ void MainEditorViewTest::textView_made_hasStateTextFontAndFocus()
     QVERIFY(!document.textStorage()->canUndo());
     QTRY_VERIFY(view.textView()->hasFocus());
     QCOMPARE(view.textView()->width(), 600);
+}
+
+void MainEditorViewTest::openedText_isCountedInALaterTurn()
+{
+    DocumentState state;
+    state.setText(Text(u"日本\r\n語"));
+    TextDocument document;
+    const MainEditorView view(&state, &document);
+    QCOMPARE(state.characterCount(), 0);
+    QCOMPARE(state.cursorColumn(), 1);
+    QCoreApplication::processEvents();
+    QCOMPARE(state.characterCount(), 4);
+    QCOMPARE(state.lineCount(), 3);
+    QCOMPARE(state.cursorLine(), 1);
+    QCOMPARE(state.cursorColumn(), 0);
+    QVERIFY(!document.isEdited());
 }
 
 void MainEditorViewTest::documentGone_beforeTheView_isHarmless()
