@@ -1,5 +1,7 @@
 #include "editor/DocumentState.h"
 
+#include <utility>
+
 namespace penwick {
 
 DocumentState::DocumentState(QObject *parent)
@@ -7,12 +9,11 @@ DocumentState::DocumentState(QObject *parent)
 {
 }
 
-template <typename Value> void DocumentState::assign(Field field, Value &member, const Value &value)
+// By value, because a listener may make the caller's reference stale.
+template <typename Value> void DocumentState::assign(Field field, Value &member, Value value)
 {
-    // A listener of the announcement may hand in a reference to the member's own old value.
-    const Value newValue = value;
     Q_EMIT willChange(field);
-    member = newValue;
+    member = std::move(value);
     Q_EMIT didChange(field);
 }
 

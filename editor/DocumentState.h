@@ -76,7 +76,7 @@ Q_SIGNALS:
     void didChange(penwick::DocumentState::Field field);
 
 private:
-    template <typename Value> void assign(Field field, Value &member, const Value &value);
+    template <typename Value> void assign(Field field, Value &member, Value value);
 
     Text m_text;
     qint64 m_lineCount = 1;
