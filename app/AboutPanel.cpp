@@ -1,0 +1,32 @@
+#include "app/AboutPanel.h"
+
+#include "app/MessageBox.h"
+#include "wording/WordingLookup.h"
+
+#include <QApplication>
+#include <QIcon>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int kIconSize = 64;
+
+} // namespace
+
+void showAboutPanel(QWidget *parent)
+{
+    const QString name = wording::text(u"app.name"_s);
+    MessageBox box(QMessageBox::NoIcon, name, parent);
+    box.setWindowTitle(name + u" について"_s);
+    box.setIconPixmap(QApplication::windowIcon().pixmap(kIconSize));
+    box.setInformativeText(wording::text(u"dialog.aboutVersion"_s, u"バージョン"_s) + u" "_s +
+                           QStringLiteral(PENWICK_VERSION) + u"\n\n"_s +
+                           wording::text(u"app.description"_s));
+    box.addTextButton(wording::text(u"common.ok"_s), QMessageBox::AcceptRole);
+    box.exec();
+}
+
+} // namespace penwick

@@ -1,0 +1,234 @@
+#include "app/AppDelegate.h"
+
+#include "app/AboutPanel.h"
+#include "app/MacroMenu.h"
+#include "app/TestMacros.h"
+#include "macro/library/MacroManager.h"
+#include "platform/NotificationCenter.h"
+#include "wording/UIWordingProfileManager.h"
+
+#include <QApplication>
+#include <QMainWindow>
+#include <QSessionManager>
+#include <QWindow>
+
+#include <utility>
+
+namespace penwick {
+
+AppDelegate::AppDelegate(Clock clock, QObject *parent)
+    : QObject(parent)
+    , m_launcher([this] { return targetEditor(); }, std::move(clock))
+{
+    // A window opened at any later time comes with a bar of its own.
+    connect(&m_documents,
+            &DocumentController::windowMade,
+            this,
+            [this](EditorWindowController *controller) {
+                buildMenuBar(controller->window(), menuHandlers());
+                rebuildMacroMenu(*controller);
+            });
+}
+
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::applicationDidFinishLaunching(const QStringList &files)
+{
+    QApplication::setQuitOnLastWindowClosed(true);
+    // Before the first text is looked up, so that it comes from the remembered profile.
+    static_cast<void>(UIWordingProfileManager::shared());
+    QCoreApplication::installTranslator(&m_translator);
+    if (m_updaterController == nullptr) {
+        m_updaterController = makeStandardUpdaterController();
+    }
+    MacroManager::shared().installBuiltInMacros();
+    buildMenuBars();
+    m_cancellables << connect(&MacroManager::shared(),
+                              &MacroManager::macrosChanged,
+                              this,
+                              &AppDelegate::rebuildMacroMenus,
+                              Qt::QueuedConnection);
+    // A subscriber gets the present list too, in a later turn.
+    QMetaObject::invokeMethod(this, &AppDelegate::rebuildMacroMenus, Qt::QueuedConnection);
+    NotificationCenter::defaultCenter().addObserver(
+        UIWordingProfileDidChange, this, [this] { handleProfileDidChange(); });
+    connect(qApp, &QGuiApplication::commitDataRequest, this, &AppDelegate::commitSession);
+    for (const QString &file : files) {
+        m_documents.openFileOrNew(file);
+    }
+    if (!m_documents.hasDocuments()) {
+        m_documents.newDocument();
+    }
+    connect(qApp, &QGuiApplication::focusWindowChanged, this, [this] {
+        windowDidBecomeMain(QApplication::activeWindow());
+    });
+    windowDidBecomeMain(QApplication::activeWindow());
+}
+
+std::shared_ptr<EditorWindowController> AppDelegate::targetEditor() const
+{
+    auto controller = m_documents.controllerOf(QApplication::activeWindow());
+    return controller != nullptr ? controller : m_lastActiveEditorWindowController;
+}
+
+void AppDelegate::windowDidBecomeMain(QWidget *window)
+{
+    if (auto controller = m_documents.controllerOf(window)) {
+        m_lastActiveEditorWindowController = std::move(controller);
+    }
+}
+
+void AppDelegate::handleProfileDidChange()
+{
+    buildMenuBars();
+}
+
+void AppDelegate::buildMenuBars()
+{
+    for (const auto &controller : m_documents.windowControllers()) {
+        buildMenuBar(controller->window(), menuHandlers());
+    }
+    rebuildMacroMenus();
+}
+
+void AppDelegate::rebuildMacroMenus()
+{
+    for (const auto &controller : m_documents.windowControllers()) {
+        rebuildMacroMenu(*controller);
+    }
+}
+
+void AppDelegate::rebuildMacroMenu(const EditorWindowController &controller)
+{
+    if (QMenu *menu = macroMenu(controller.window())) {
+        penwick::rebuildMacroMenu(menu,
+                                  MacroManager::shared().macros(),
+                                  menuHandlers(),
+                                  [this](const QString &id) { runDynamicMacro(id); });
+    }
+}
+
+MenuHandlers AppDelegate::menuHandlers()
+{
+    return {[this](MenuCommand command) { perform(command); },
+            [this](MenuCommand command) { return isEnabled(command); }};
+}
+
+bool AppDelegate::isEnabled(MenuCommand command) const
+{
+    switch (command) {
+    case MenuCommand::CheckForUpdates:
+        return m_updaterController != nullptr;
+    case MenuCommand::ShowMacroManager:
+    case MenuCommand::ShowProfileManager:
+        return false; // Their windows do not exist yet.
+    default:
+        return true;
+    }
+}
+
+void AppDelegate::perform(MenuCommand command)
+{
+    switch (command) {
+    case MenuCommand::About:
+        showAboutPanel(QApplication::activeWindow());
+        break;
+    case MenuCommand::Quit:
+        terminate();
+        break;
+    case MenuCommand::NewDocument:
+        m_documents.newDocument();
+        break;
+    case MenuCommand::OpenDocument:
+        m_documents.openDocument();
+        break;
+    case MenuCommand::ShowMacroManager:
+        showMacroManager();
+        break;
+    case MenuCommand::ShowProfileManager:
+        showProfileManager();
+        break;
+    case MenuCommand::RunTestMacro:
+        runTestMacro();
+        break;
+    case MenuCommand::RunTestMacroSelection:
+        runTestMacroSelection();
+        break;
+    case MenuCommand::CheckForUpdates:
+        if (m_updaterController != nullptr) {
+            m_updaterController->checkForUpdates();
+        }
+        break;
+    default:
+        performOnDocument(command);
+    }
+}
+
+void AppDelegate::performOnDocument(MenuCommand command)
+{
+    const auto controller = targetEditor();
+    if (controller == nullptr) {
+        return;
+    }
+    switch (command) {
+    case MenuCommand::PerformClose:
+        controller->window()->close();
+        break;
+    case MenuCommand::SaveDocument:
+        m_documents.saveDocument(controller.get());
+        break;
+    case MenuCommand::SaveDocumentAs:
+        m_documents.saveDocumentAs(controller.get());
+        break;
+    default:
+        break;
+    }
+}
+
+void AppDelegate::runDynamicMacro(const QString &id)
+{
+    if (const auto macro = MacroManager::shared().macroWithId(id)) {
+        m_launcher.promptOrRun(*macro);
+    }
+}
+
+void AppDelegate::runTestMacro()
+{
+    const TestMacro macro = replaceAllTestMacro();
+    m_launcher.run(macro.code, macro.id, macro.name, std::nullopt);
+}
+
+void AppDelegate::runTestMacroSelection()
+{
+    const TestMacro macro = replaceSelectionTestMacro();
+    m_launcher.run(macro.code, macro.id, macro.name, std::nullopt);
+}
+
+void AppDelegate::runMacroInActiveEditor(const Macro &macro)
+{
+    m_launcher.runInActiveEditor(macro);
+}
+
+void AppDelegate::terminate()
+{
+    if (m_documents.closeAll()) {
+        QCoreApplication::exit(0);
+    }
+}
+
+void AppDelegate::commitSession(QSessionManager &manager)
+{
+    if (!manager.allowsInteraction()) {
+        return;
+    }
+    if (!m_documents.closeAll()) {
+        manager.cancel();
+    }
+    manager.release();
+}
+
+void AppDelegate::showMacroManager() {}
+
+void AppDelegate::showProfileManager() {}
+
+} // namespace penwick

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "app/DocumentController.h"
+#include "app/MacroLauncher.h"
+#include "app/MenuBar.h"
+#include "app/UpdaterController.h"
+#include "app/WordingTranslator.h"
+#include "platform/Timestamp.h"
+
+#include <QObject>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+
+class QSessionManager;
+
+namespace penwick {
+
+/// What is global to the running application: the start-up, the menu bars, the record of the last
+/// active editor and the way macros reach it. One per process, made after the application object.
+class AppDelegate final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// \param clock gives the time that the date prompt inserts.
+    explicit AppDelegate(Clock clock = systemClock(), QObject *parent = nullptr);
+    ~AppDelegate() override;
+
+    /// The start-up. Opens `files` (a missing one becomes an empty document to be saved there), and
+    /// an untitled document where no document came of it.
+    void applicationDidFinishLaunching(const QStringList &files = {});
+
+    [[nodiscard]] static constexpr bool applicationShouldOpenUntitledFile() { return true; }
+
+    [[nodiscard]] DocumentController &documentController() { return m_documents; }
+
+    /// The editor whose window became active last; it stays when its window is closed. Null until
+    /// the first one.
+    [[nodiscard]] const std::shared_ptr<EditorWindowController> &
+    lastActiveEditorWindowController() const
+    {
+        return m_lastActiveEditorWindowController;
+    }
+
+    /// Where a macro runs: the editor of the active window, else the last active one.
+    [[nodiscard]] std::shared_ptr<EditorWindowController> targetEditor() const;
+
+    /// Runs the stored macro with this id; does nothing when there is none.
+    void runDynamicMacro(const QString &id);
+    void runTestMacro();
+    void runTestMacroSelection();
+    /// For the macro manager's test run. Says so when there is no editor.
+    void runMacroInActiveEditor(const Macro &macro);
+
+    /// Ends the application unless the person says no.
+    void terminate();
+
+private:
+    void handleProfileDidChange();
+    void windowDidBecomeMain(QWidget *window);
+    void commitSession(QSessionManager &manager);
+    void buildMenuBars();
+    void rebuildMacroMenus();
+    void rebuildMacroMenu(const EditorWindowController &controller);
+    [[nodiscard]] MenuHandlers menuHandlers();
+    void perform(MenuCommand command);
+    void performOnDocument(MenuCommand command);
+    [[nodiscard]] bool isEnabled(MenuCommand command) const;
+    void showMacroManager();
+    void showProfileManager();
+
+    WordingTranslator m_translator;
+    DocumentController m_documents;
+    MacroLauncher m_launcher;
+    std::unique_ptr<UpdaterController> m_updaterController;
+    std::shared_ptr<EditorWindowController> m_lastActiveEditorWindowController;
+    QList<QMetaObject::Connection> m_cancellables;
+};
+
+} // namespace penwick

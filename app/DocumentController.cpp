@@ -1,0 +1,384 @@
+#include "app/DocumentController.h"
+
+#include "app/DocumentDialogs.h"
+#include "editor/TextView.h"
+#include "platform/NotificationCenter.h"
+#include "wording/UIWordingProfileManager.h"
+#include "wording/WordingLookup.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDir>
+#include <QFileInfo>
+#include <QInputMethod>
+#include <QMainWindow>
+#include <QStandardPaths>
+
+#include <algorithm>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString startFolder()
+{
+    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    return QFileInfo(documents).isDir() ? documents : QDir::homePath();
+}
+
+/// One name for one file, whatever links lead to it; also for a file that does not exist.
+QString identityOf(const QString &path)
+{
+    const QString canonical = QFileInfo(path).canonicalFilePath();
+    return canonical.isEmpty() ? QDir::cleanPath(QFileInfo(path).absoluteFilePath()) : canonical;
+}
+
+void bringForward(QWidget *window)
+{
+    if (window->isMinimized()) {
+        window->showNormal();
+    }
+    window->show();
+    window->raise();
+    window->activateWindow();
+}
+
+} // namespace
+
+DocumentController::DocumentController(QObject *parent)
+    : QObject(parent)
+    , m_folder(startFolder())
+{
+    NotificationCenter::defaultCenter().addObserver(UIWordingProfileDidChange, this, [this] {
+        for (const auto &entry : m_documents) {
+            updateTitle(entry->controller->window());
+        }
+    });
+}
+
+DocumentController::~DocumentController() = default;
+
+QList<DocumentController::WindowController> DocumentController::windowControllers() const
+{
+    QList<WindowController> controllers;
+    for (const auto &entry : m_documents) {
+        controllers << entry->controller;
+    }
+    return controllers;
+}
+
+DocumentController::WindowController DocumentController::controllerOf(const QWidget *window) const
+{
+    const OpenDocument *entry = find(window);
+    return entry != nullptr ? entry->controller : nullptr;
+}
+
+TextDocument *DocumentController::documentOf(const EditorWindowController *controller) const
+{
+    const OpenDocument *entry = find(controller);
+    return entry != nullptr ? entry->document.get() : nullptr;
+}
+
+const DocumentController::OpenDocument *
+DocumentController::find(const QObject *windowOrController) const
+{
+    if (windowOrController == nullptr) {
+        return nullptr;
+    }
+    for (const auto &entry : m_documents) {
+        if (entry->controller->window() == windowOrController ||
+            entry->controller.get() == windowOrController) {
+            return entry.get();
+        }
+    }
+    return nullptr;
+}
+
+DocumentController::OpenDocument *DocumentController::find(const QObject *windowOrController)
+{
+    return const_cast<OpenDocument *>(std::as_const(*this).find(windowOrController));
+}
+
+DocumentController::OpenDocument *DocumentController::findFile(const QString &path)
+{
+    const QString identity = identityOf(path);
+    for (const auto &entry : m_documents) {
+        const QString &filePath = entry->document->filePath();
+        if (!filePath.isEmpty() && identityOf(filePath) == identity) {
+            return entry.get();
+        }
+    }
+    return nullptr;
+}
+
+/// The untitled window nobody has done anything in, when it is the only one.
+DocumentController::OpenDocument *DocumentController::pristineUntitled()
+{
+    if (m_documents.size() != 1) {
+        return nullptr;
+    }
+    OpenDocument &entry = *m_documents.front();
+    const TextStorage &storage = *entry.document->textStorage();
+    const bool isUntouched = entry.document->filePath().isEmpty() && storage.length() == 0 &&
+                             !storage.isModified() && !storage.canUndo() && !storage.canRedo() &&
+                             !entry.controller->textView()->hasMarkedText();
+    return isUntouched ? &entry : nullptr;
+}
+
+void DocumentController::newDocument()
+{
+    showWindow(makeWindow(std::make_unique<TextDocument>()));
+}
+
+void DocumentController::openDocument()
+{
+    QWidget *parent =
+        find(QApplication::activeWindow()) != nullptr ? QApplication::activeWindow() : nullptr;
+    const QStringList paths = dialogs::askForFilesToOpen(parent, m_folder);
+    for (const QString &path : paths) {
+        m_folder = QFileInfo(path).absolutePath();
+        openFile(path);
+    }
+}
+
+bool DocumentController::openFile(const QString &path)
+{
+    return openDocumentFrom(path, false);
+}
+
+bool DocumentController::openFileOrNew(const QString &path)
+{
+    return openDocumentFrom(path, true);
+}
+
+bool DocumentController::openDocumentFrom(const QString &path, bool mayBeMissing)
+{
+    const QString absolutePath = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+    if (const OpenDocument *open = findFile(absolutePath)) {
+        bringForward(open->controller->window());
+        return true;
+    }
+    auto document = std::make_unique<TextDocument>();
+    if (const auto read = document->readFromFile(absolutePath); !read) {
+        const bool isMissing = read.error().fileErrorKind == FileError::Kind::NotFound;
+        if (!isMissing || !mayBeMissing) {
+            dialogs::showOpenError(QApplication::activeWindow(), absolutePath, read.error());
+            return false;
+        }
+        document->setFilePath(absolutePath);
+    }
+    OpenDocument *pristine = pristineUntitled();
+    if (pristine == nullptr) {
+        showWindow(makeWindow(std::move(document)));
+        return true;
+    }
+    pristine->controller->documentState()->setMacroNotificationMessage(std::nullopt);
+    setDocument(*pristine, std::move(document));
+    showWindow(*pristine);
+    return true;
+}
+
+DocumentController::OpenDocument &
+DocumentController::makeWindow(std::unique_ptr<TextDocument> document)
+{
+    m_documents.push_back(std::make_unique<OpenDocument>());
+    OpenDocument &entry = *m_documents.back();
+    entry.controller = std::make_shared<EditorWindowController>();
+    QMainWindow *window = entry.controller->window();
+    window->setAttribute(Qt::WA_DeleteOnClose, false); // The controller owns it.
+    window->installEventFilter(this);
+    setDocument(entry, std::move(document));
+    Q_EMIT windowMade(entry.controller.get());
+    return entry;
+}
+
+void DocumentController::setDocument(OpenDocument &entry, std::unique_ptr<TextDocument> document)
+{
+    entry.untitledNumber = document->filePath().isEmpty() ? nextUntitledNumber() : 0;
+    // The former document goes last: the view of its text goes with this call.
+    const std::unique_ptr<TextDocument> former = std::move(entry.document);
+    entry.document = std::move(document);
+    entry.controller->setDocument(entry.document.get());
+    QMainWindow *window = entry.controller->window();
+    const auto retitle = [this, window] { updateTitle(window); };
+    connect(entry.document.get(), &TextDocument::filePathChanged, window, retitle);
+    connect(entry.document.get(), &TextDocument::editedChanged, window, retitle);
+    updateTitle(window);
+}
+
+void DocumentController::showWindow(const OpenDocument &entry) const
+{
+    bringForward(entry.controller->window());
+}
+
+bool DocumentController::saveDocument(const EditorWindowController *controller)
+{
+    OpenDocument *entry = find(controller);
+    if (entry == nullptr) {
+        return false;
+    }
+    if (entry->document->filePath().isEmpty()) {
+        return saveDocumentAs(controller);
+    }
+    if (entry->document->fileChangedOnDisk() &&
+        !dialogs::askToOverwriteChangedFile(entry->controller->window(), displayName(*entry))) {
+        return false;
+    }
+    return saveTo(*entry, entry->document->filePath());
+}
+
+bool DocumentController::saveDocumentAs(const EditorWindowController *controller)
+{
+    OpenDocument *entry = find(controller);
+    if (entry == nullptr) {
+        return false;
+    }
+    const QString current = entry->document->filePath();
+    const QString suggestion =
+        current.isEmpty() ? QDir(m_folder).filePath(displayName(*entry) + u".txt"_s) : current;
+    const QString path = dialogs::askForFileToSave(entry->controller->window(), suggestion);
+    if (path.isEmpty()) {
+        return false;
+    }
+    const OpenDocument *holder = findFile(path);
+    if (holder != nullptr && holder != entry) {
+        dialogs::showFileInUse(entry->controller->window(), path);
+        return false;
+    }
+    m_folder = QFileInfo(path).absolutePath();
+    return saveTo(*entry, QDir::cleanPath(path));
+}
+
+bool DocumentController::saveTo(OpenDocument &entry, const QString &path)
+{
+    // What is still being composed belongs to what the person wrote.
+    QGuiApplication::inputMethod()->commit();
+    if (const auto written = entry.document->writeToFile(path); !written) {
+        dialogs::showSaveError(entry.controller->window(), path, written.error());
+        return false;
+    }
+    return true;
+}
+
+bool DocumentController::confirmClose(OpenDocument &entry)
+{
+    QGuiApplication::inputMethod()->commit();
+    if (!entry.document->isEdited()) {
+        return true;
+    }
+    bringForward(entry.controller->window());
+    switch (dialogs::askAboutUnsavedChanges(entry.controller->window(), displayName(entry))) {
+    case dialogs::UnsavedAnswer::Save:
+        return saveDocument(entry.controller.get());
+    case dialogs::UnsavedAnswer::Discard:
+        return true;
+    case dialogs::UnsavedAnswer::Cancel:
+        break;
+    }
+    return false;
+}
+
+bool DocumentController::closeAll()
+{
+    if (m_closingAll) {
+        return false; // The question is on the screen already.
+    }
+    m_closingAll = true;
+    const QList<WindowController> controllers = windowControllers();
+    bool goesOn =
+        std::all_of(controllers.begin(), controllers.end(), [this](const auto &controller) {
+            return confirmClose(*find(controller.get()));
+        });
+    // Other windows first: one that refuses must not leave the editor windows closed.
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget *window : windows) {
+        if (goesOn && window->isVisible() && find(window) == nullptr) {
+            goesOn = window->close();
+        }
+    }
+    for (const WindowController &controller : controllers) {
+        if (goesOn) {
+            controller->window()->close();
+        }
+    }
+    m_closingAll = false;
+    return goesOn;
+}
+
+bool DocumentController::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() != QEvent::Close) {
+        return QObject::eventFilter(watched, event);
+    }
+    OpenDocument *entry = find(watched);
+    if (entry == nullptr) {
+        return false;
+    }
+    if (!m_closingAll && !confirmClose(*entry)) {
+        event->ignore();
+        return true;
+    }
+    forget(watched);
+    return false;
+}
+
+void DocumentController::forget(const QObject *window)
+{
+    const auto entry =
+        std::find_if(m_documents.begin(), m_documents.end(), [window](const auto &e) {
+            return e->controller->window() == window;
+        });
+    if (entry == m_documents.end()) {
+        return;
+    }
+    // Both outlive the close event that is being handled, the window longer than its document.
+    (*entry)->document.release()->deleteLater();
+    QMetaObject::invokeMethod(
+        this,
+        [controller = std::move((*entry)->controller)]() mutable { controller.reset(); },
+        Qt::QueuedConnection);
+    m_documents.erase(entry);
+}
+
+void DocumentController::updateTitle(const QObject *window)
+{
+    const OpenDocument *entry = find(window);
+    if (entry == nullptr) {
+        return;
+    }
+    const QString name = displayName(*entry);
+    QString escaped = name;
+    escaped.replace(u"[*]"_s, u"[*][*]"_s); // Else Qt takes it for the place of the edited mark.
+    QMainWindow *target = entry->controller->window();
+    target->setWindowTitle(escaped + u"[*] — "_s + wording::text(u"app.name"_s));
+    target->setWindowModified(entry->document->isEdited());
+    target->setWindowFilePath(entry->document->filePath());
+    if (TextView *view = entry->controller->textView()) {
+        view->setAccessibleName(name);
+    }
+}
+
+QString DocumentController::displayName(const OpenDocument &entry) const
+{
+    if (!entry.document->filePath().isEmpty()) {
+        return QFileInfo(entry.document->filePath()).fileName();
+    }
+    const QString untitled = wording::text(u"editor.untitled"_s);
+    return entry.untitledNumber > 1 ? untitled + u' ' + QString::number(entry.untitledNumber)
+                                    : untitled;
+}
+
+int DocumentController::nextUntitledNumber() const
+{
+    int number = 1;
+    while (std::any_of(m_documents.begin(), m_documents.end(), [number](const auto &entry) {
+        return entry->untitledNumber == number;
+    })) {
+        ++number;
+    }
+    return number;
+}
+
+} // namespace penwick

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "editor/TextDocument.h"
+#include "macro/engine/EditorWindowController.h"
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace penwick {
+
+/// Owns the open documents and their windows: makes, opens, saves and closes them, and asks before
+/// anything unsaved is lost. It talks to the person through modal dialogs.
+class DocumentController final : public QObject
+{
+    Q_OBJECT
+
+public:
+    using WindowController = std::shared_ptr<EditorWindowController>;
+
+    explicit DocumentController(QObject *parent = nullptr);
+    ~DocumentController() override;
+
+    [[nodiscard]] bool hasDocuments() const { return !m_documents.empty(); }
+
+    /// The controllers of the open windows, oldest first.
+    [[nodiscard]] QList<WindowController> windowControllers() const;
+    /// The controller of an open editor window; null for any other window and for null.
+    [[nodiscard]] WindowController controllerOf(const QWidget *window) const;
+    /// The document of an open window; null when the controller's window has been closed.
+    [[nodiscard]] TextDocument *documentOf(const EditorWindowController *controller) const;
+
+    /// Opens an untitled window.
+    void newDocument();
+    /// Asks for files and opens them.
+    void openDocument();
+    /// Opens one file in a window of its own, or brings the window forward that has it. A single
+    /// untouched untitled window makes room for it. Says so when the file cannot be opened.
+    /// \return false then.
+    bool openFile(const QString &path);
+    /// As above, but a file that does not exist becomes an empty document to be saved there.
+    bool openFileOrNew(const QString &path);
+
+    /// Saves to the document's file, or asks for one. Says so when it fails.
+    /// \return false when the document is still unsaved.
+    bool saveDocument(const EditorWindowController *controller);
+    bool saveDocumentAs(const EditorWindowController *controller);
+
+    /// Asks about the unsaved changes of every window, then closes all windows of the application.
+    /// \return false when the person or a window said no; nothing is closed before all were asked.
+    bool closeAll();
+
+Q_SIGNALS:
+    /// The window is about to be shown for the first time.
+    void windowMade(penwick::EditorWindowController *controller);
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    struct OpenDocument
+    {
+        std::unique_ptr<TextDocument> document;
+        WindowController controller;
+        int untitledNumber = 0; // 0 for a document that was opened from a file.
+    };
+
+    OpenDocument *find(const QObject *windowOrController);
+    [[nodiscard]] const OpenDocument *find(const QObject *windowOrController) const;
+    OpenDocument *findFile(const QString &path);
+    OpenDocument *pristineUntitled();
+    OpenDocument &makeWindow(std::unique_ptr<TextDocument> document);
+    void setDocument(OpenDocument &entry, std::unique_ptr<TextDocument> document);
+    void showWindow(const OpenDocument &entry) const;
+    bool openDocumentFrom(const QString &path, bool mayBeMissing);
+    bool saveTo(OpenDocument &entry, const QString &path);
+    bool confirmClose(OpenDocument &entry);
+    void forget(const QObject *window);
+    void updateTitle(const QObject *window);
+    [[nodiscard]] QString displayName(const OpenDocument &entry) const;
+    [[nodiscard]] int nextUntitledNumber() const;
+
+    std::vector<std::unique_ptr<OpenDocument>> m_documents;
+    QString m_folder; // Where the file dialogs start.
+    bool m_closingAll = false;
+};
+
+} // namespace penwick

@@ -1,0 +1,162 @@
+#include "app/DocumentDialogs.h"
+
+#include "app/MessageBox.h"
+#include "wording/WordingLookup.h"
+
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QPushButton>
+
+namespace penwick::dialogs {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Not `arg`: a profile's text may lack the place, or hold another number.
+QString withName(QString text, const QString &name)
+{
+    return text.replace(u"%1"_s, name);
+}
+
+QString reasonOfFileError(FileError::Kind kind)
+{
+    using Kind = FileError::Kind;
+    switch (kind) {
+    case Kind::NotFound:
+        return wording::text(u"error.reason.notFound"_s,
+                             u"ファイルまたはフォルダが見つかりません。"_s);
+    case Kind::IsFolder:
+        return wording::text(u"error.reason.isFolder"_s, u"フォルダです。"_s);
+    case Kind::NotRegular:
+        return wording::text(u"error.reason.notRegular"_s, u"通常のファイルではありません。"_s);
+    case Kind::PermissionDenied:
+        return wording::text(u"error.reason.permissionDenied"_s, u"アクセス権がありません。"_s);
+    case Kind::NoSpace:
+        return wording::text(u"error.reason.noSpace"_s, u"ディスクの空き容量が足りません。"_s);
+    case Kind::InvalidPath:
+        return wording::text(u"error.reason.invalidPath"_s, u"この名前は使えません。"_s);
+    default:
+        return wording::text(u"error.reason.other"_s, u"入出力エラーが起きました。"_s);
+    }
+}
+
+void showFileError(QWidget *parent, const QString &text, const QString &path, const QString &reason)
+{
+    MessageBox box(QMessageBox::Warning, text, parent);
+    box.setInformativeText(QDir::toNativeSeparators(path) + u"\n"_s + reason);
+    box.addTextButton(wording::text(u"common.ok"_s), QMessageBox::AcceptRole);
+    box.exec();
+}
+
+/// What both file dialogs share. Qt's own dialog, where the platform has none, takes the rest of
+/// its words from the translator.
+void setUpFileDialog(QFileDialog &dialog, const QString &acceptLabel)
+{
+    dialog.setLabelText(QFileDialog::Accept, acceptLabel);
+    dialog.setLabelText(QFileDialog::Reject, wording::text(u"common.cancel"_s));
+    dialog.setOption(QFileDialog::DontResolveSymlinks); // The name shown is the name opened.
+    dialog.setNameFilter(wording::text(u"dialog.allFiles"_s, u"すべてのファイル"_s) + u" (*)"_s);
+}
+
+} // namespace
+
+UnsavedAnswer askAboutUnsavedChanges(QWidget *parent, const QString &name)
+{
+    MessageBox box(
+        QMessageBox::Warning,
+        withName(wording::text(u"dialog.unsavedMessage"_s, u"「%1」への変更を保存しますか？"_s),
+                 name),
+        parent);
+    box.setInformativeText(
+        wording::text(u"dialog.unsavedInformation"_s, u"保存しないと、変更は失われます。"_s));
+    QPushButton *save = box.addTextButton(wording::text(u"common.save"_s), QMessageBox::AcceptRole);
+    QPushButton *discard = box.addTextButton(wording::text(u"dialog.discard"_s, u"保存しない"_s),
+                                             QMessageBox::DestructiveRole);
+    QPushButton *cancel =
+        box.addTextButton(wording::text(u"common.cancel"_s), QMessageBox::RejectRole);
+    box.setDefaultButton(save);
+    box.setEscapeButton(cancel);
+    box.exec();
+    if (box.clickedButton() == save) {
+        return UnsavedAnswer::Save;
+    }
+    return box.clickedButton() == discard ? UnsavedAnswer::Discard : UnsavedAnswer::Cancel;
+}
+
+bool askToOverwriteChangedFile(QWidget *parent, const QString &name)
+{
+    MessageBox box(
+        QMessageBox::Warning,
+        withName(wording::text(u"dialog.changedOnDiskMessage"_s,
+                               u"「%1」は、ほかのプログラムによって変更されています。"_s),
+                 name),
+        parent);
+    box.setInformativeText(wording::text(u"dialog.changedOnDiskInformation"_s,
+                                         u"保存すると、その変更は失われます。"_s));
+    QPushButton *overwrite = box.addTextButton(
+        wording::text(u"dialog.overwrite"_s, u"上書き保存"_s), QMessageBox::DestructiveRole);
+    QPushButton *cancel =
+        box.addTextButton(wording::text(u"common.cancel"_s), QMessageBox::RejectRole);
+    box.setDefaultButton(cancel);
+    box.setEscapeButton(cancel);
+    box.exec();
+    return box.clickedButton() == overwrite;
+}
+
+QStringList askForFilesToOpen(QWidget *parent, const QString &folder)
+{
+    QFileDialog dialog(parent, wording::text(u"dialog.openTitle"_s, u"開く"_s), folder);
+    dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    dialog.setFileMode(QFileDialog::ExistingFiles);
+    setUpFileDialog(dialog, wording::text(u"dialog.open"_s, u"開く"_s));
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles() : QStringList();
+}
+
+QString askForFileToSave(QWidget *parent, const QString &suggestion)
+{
+    const QFileInfo info(suggestion);
+    QFileDialog dialog(
+        parent, wording::text(u"dialog.saveTitle"_s, u"別名で保存"_s), info.absolutePath());
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    setUpFileDialog(dialog, wording::text(u"common.save"_s));
+    dialog.selectFile(info.fileName());
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
+}
+
+void showOpenError(QWidget *parent, const QString &path, const DocumentError &error)
+{
+    showFileError(parent,
+                  wording::text(u"error.fileOpenFailed"_s, u"ファイルを開けませんでした"_s),
+                  path,
+                  reasonOf(error));
+}
+
+void showSaveError(QWidget *parent, const QString &path, const DocumentError &error)
+{
+    showFileError(parent,
+                  wording::text(u"error.fileSaveFailed"_s, u"ファイルを保存できませんでした"_s),
+                  path,
+                  reasonOf(error));
+}
+
+void showFileInUse(QWidget *parent, const QString &path)
+{
+    showFileError(parent,
+                  wording::text(u"error.fileSaveFailed"_s, u"ファイルを保存できませんでした"_s),
+                  path,
+                  wording::text(u"error.reason.openElsewhere"_s,
+                                u"このファイルは別のウインドウで開いています。"_s));
+}
+
+QString reasonOf(const DocumentError &error)
+{
+    if (error.domain == DocumentError::Domain::NSPOSIXErrorDomain) {
+        return reasonOfFileError(error.fileErrorKind);
+    }
+    return wording::text(u"error.reason.notUtf8"_s, u"UTF-8 のテキストではありません。"_s);
+}
+
+} // namespace penwick::dialogs

@@ -1,0 +1,106 @@
+#include "app/MacroLauncher.h"
+
+#include "app/MacroPrompts.h"
+#include "app/MessageBox.h"
+#include "wording/WordingLookup.h"
+
+#include <QApplication>
+#include <QMainWindow>
+
+#include <utility>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+MacroLauncher::MacroLauncher(TargetEditor targetEditor, Clock clock)
+    : m_targetEditor(std::move(targetEditor))
+    , m_clock(std::move(clock))
+{
+}
+
+void MacroLauncher::promptOrRun(const Macro &macro) const
+{
+    if (macro.id == u"default_addLinePrefix"_s) {
+        promptForText(
+            macro,
+            wording::text(u"dialog.prefixMessage"_s, u"行頭に追加する文字列を入力してください："_s),
+            u"- "_s);
+    } else if (macro.id == u"default_addLineSuffix"_s) {
+        promptForText(
+            macro,
+            wording::text(u"dialog.suffixMessage"_s, u"行末に追加する文字列を入力してください："_s),
+            u","_s);
+    } else if (macro.id == u"default_insertDateTime"_s) {
+        promptForDate(macro);
+    } else {
+        run(macro.code, macro.id, macro.name, std::nullopt);
+    }
+}
+
+void MacroLauncher::runInActiveEditor(const Macro &macro) const
+{
+    if (m_targetEditor() != nullptr) {
+        promptOrRun(macro);
+        return;
+    }
+    MessageBox box(
+        QMessageBox::Warning,
+        wording::text(u"macro.manageTestRunNoEditor"_s, u"実行対象のエディタが見つかりません"_s),
+        QApplication::activeWindow());
+    box.addTextButton(wording::text(u"common.ok"_s), QMessageBox::AcceptRole);
+    box.exec();
+}
+
+void MacroLauncher::run(const QString &code,
+                        const QString &id,
+                        const QString &name,
+                        const std::optional<QString> &userInput) const
+{
+    if (const WindowController target = m_targetEditor()) {
+        target->runMacro(code, id, name, userInput);
+    }
+}
+
+void MacroLauncher::promptForText(const Macro &macro,
+                                  const QString &message,
+                                  const QString &initial) const
+{
+    const std::optional<QString> answer = askForText(promptParent(), message, initial);
+    if (!answer) {
+        showInfo(wording::text(u"macro.notification.canceled"_s, u"キャンセルしました"_s));
+    } else if (answer->isEmpty()) {
+        showInfo(wording::text(u"macro.notification.canceledEmpty"_s,
+                               u"文字列が指定されなかったため、実行を中止しました"_s));
+    } else {
+        run(macro.code, macro.id, macro.name, answer);
+    }
+}
+
+void MacroLauncher::promptForDate(const Macro &macro) const
+{
+    const std::optional<QString> date = askForDate(
+        promptParent(),
+        wording::text(u"dialog.dateTimeMessage"_s, u"挿入する日付の形式を選択してください："_s),
+        m_clock);
+    if (date) {
+        run(macro.code, macro.id, macro.name, date);
+    } else {
+        showInfo(wording::text(u"macro.notification.canceled"_s, u"キャンセルしました"_s));
+    }
+}
+
+void MacroLauncher::showInfo(const QString &message) const
+{
+    if (const WindowController target = m_targetEditor()) {
+        target->showMacroMessage(NotificationType::Info, message);
+    }
+}
+
+/// The question stands over the window it was asked from, which need not be an editor.
+QWidget *MacroLauncher::promptParent() const
+{
+    return QApplication::activeWindow();
+}
+
+} // namespace penwick

@@ -1,0 +1,77 @@
+#include "app/MacroMenu.h"
+
+#include "wording/WordingLookup.h"
+
+#include <QAction>
+#include <QMenu>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QAction *addPlainItem(QMenu *menu, const QString &title)
+{
+    QAction *action = menu->addAction(verbatimMenuText(title));
+    action->setMenuRole(QAction::NoRole); // A macro's name may look like "Quit" to Qt.
+    return action;
+}
+
+void addCommandItem(QMenu *menu,
+                    const QString &title,
+                    MenuCommand command,
+                    const MenuHandlers &handlers)
+{
+    QAction *action = addPlainItem(menu, title);
+    action->setEnabled(handlers.isEnabled(command));
+    QObject::connect(
+        action, &QAction::triggered, action, [command, handlers] { handlers.perform(command); });
+}
+
+int addMacroItems(QMenu *menu,
+                  const QList<Macro> &macros,
+                  const std::function<void(const QString &id)> &runMacro)
+{
+    int count = 0;
+    for (const Macro &macro : macros) {
+        if (!macro.isEnabled) {
+            continue;
+        }
+        QAction *action = addPlainItem(menu, macro.name);
+        action->setData(macro.id);
+        QObject::connect(action, &QAction::triggered, action, [action, runMacro] {
+            runMacro(action->data().toString());
+        });
+        ++count;
+    }
+    return count;
+}
+
+} // namespace
+
+void rebuildMacroMenu(QMenu *menu,
+                      const QList<Macro> &macros,
+                      const MenuHandlers &handlers,
+                      const std::function<void(const QString &id)> &runMacro)
+{
+    menu->clear();
+    if (addMacroItems(menu, macros, runMacro) == 0) {
+        addPlainItem(menu, wording::text(u"macro.notification.noMacro"_s))->setEnabled(false);
+    }
+    menu->addSeparator();
+    addCommandItem(menu, wording::text(u"macro.manage"_s), MenuCommand::ShowMacroManager, handlers);
+    menu->addSeparator();
+    addCommandItem(
+        menu,
+        wording::text(u"macro.testRunReplaceAll"_s, u"テストマクロを実行（replaceAll）"_s),
+        MenuCommand::RunTestMacro,
+        handlers);
+    addCommandItem(menu,
+                   wording::text(u"macro.testRunReplaceSelection"_s,
+                                 u"テストマクロを実行（replaceSelection）"_s),
+                   MenuCommand::RunTestMacroSelection,
+                   handlers);
+}
+
+} // namespace penwick

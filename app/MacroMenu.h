@@ -1,0 +1,21 @@
+#pragma once
+
+#include "app/MenuBar.h"
+#include "macro/library/Macro.h"
+
+#include <QList>
+
+#include <functional>
+
+namespace penwick {
+
+/// Refills the macro menu: the enabled macros of `macros` in their order, or a disabled item saying
+/// that there is none, then the manager and the two test macros. Names are shown as they are. A
+/// macro's item carries its id as data.
+/// \param runMacro called with the id of the macro whose item was chosen.
+void rebuildMacroMenu(QMenu *menu,
+                      const QList<Macro> &macros,
+                      const MenuHandlers &handlers,
+                      const std::function<void(const QString &id)> &runMacro);
+
+} // namespace penwick

@@ -1,0 +1,108 @@
+#include "app/MenuBar.h"
+
+#include "app/ResponderActions.h"
+
+#include <QAction>
+#include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
+
+#include <map>
+
+namespace penwick {
+
+namespace {
+
+QAction::MenuRole menuRole(MenuCommand command)
+{
+    switch (command) {
+    case MenuCommand::About:
+        return QAction::AboutRole;
+    case MenuCommand::Quit:
+        return QAction::QuitRole;
+    default:
+        // Without it Qt guesses the role from the text, which a macro's name must not trigger.
+        return QAction::NoRole;
+    }
+}
+
+void addItem(QMenu *menu, const MenuItemRow &row, const MenuHandlers &handlers)
+{
+    if (row.command == MenuCommand::Separator) {
+        menu->addSeparator();
+        return;
+    }
+    QAction *action = menu->addAction(verbatimMenuText(menuTitle(row)));
+    action->setShortcut(keyEquivalent(row));
+    action->setMenuRole(menuRole(row.command));
+    action->setData(QVariant::fromValue(static_cast<int>(row.command)));
+    const MenuCommand command = row.command;
+    if (isResponderCommand(command)) {
+        QObject::connect(
+            action, &QAction::triggered, action, [command] { performResponderCommand(command); });
+    } else {
+        QObject::connect(action, &QAction::triggered, action, [command, handlers] {
+            handlers.perform(command);
+        });
+        action->setEnabled(handlers.isEnabled(command));
+    }
+}
+
+void setEditStates(const QMenu *menu, bool isOpen)
+{
+    for (QAction *action : menu->actions()) {
+        const auto command = static_cast<MenuCommand>(action->data().toInt());
+        if (!action->isSeparator() && isResponderCommand(command)) {
+            action->setEnabled(!isOpen || canPerformResponderCommand(command));
+        }
+    }
+}
+
+/// An open menu shows which edit commands are possible. Closed, all of them are enabled: a disabled
+/// item would swallow its shortcut long after the reason has gone.
+void validateWhileOpen(QMenu *menu)
+{
+    QObject::connect(menu, &QMenu::aboutToShow, menu, [menu] { setEditStates(menu, true); });
+    QObject::connect(menu, &QMenu::aboutToHide, menu, [menu] { setEditStates(menu, false); });
+}
+
+} // namespace
+
+QString macroMenuItemIdentifier()
+{
+    return QStringLiteral("macroMenuItem");
+}
+
+void buildMenuBar(QMainWindow *window, const MenuHandlers &handlers)
+{
+    auto *bar = new QMenuBar;
+    std::map<MenuId, QMenu *> menus;
+    for (const MenuRow &row : menuRows()) {
+        QMenu *menu = bar->addMenu(verbatimMenuText(menuTitle(row)));
+        menus[row.menu] = menu;
+        if (row.menu == MenuId::Macro) {
+            menu->menuAction()->setObjectName(macroMenuItemIdentifier());
+        }
+    }
+    for (const MenuItemRow &row : menuItemRows()) {
+        addItem(menus.at(row.menu), row, handlers);
+    }
+    validateWhileOpen(menus.at(MenuId::Edit));
+    window->setMenuBar(bar); // The window disposes of the old bar.
+}
+
+QMenu *macroMenu(const QMainWindow *window)
+{
+    const auto *bar = qobject_cast<const QMenuBar *>(window->menuWidget());
+    if (bar == nullptr) {
+        return nullptr;
+    }
+    for (QAction *action : bar->actions()) {
+        if (action->objectName() == macroMenuItemIdentifier()) {
+            return action->menu();
+        }
+    }
+    return nullptr;
+}
+
+} // namespace penwick

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QKeySequence>
+#include <QString>
+
+#include <span>
+
+namespace penwick {
+
+/// The menus of the bar, from the leading edge. The macro menu is filled elsewhere.
+enum class MenuId { Application, File, Edit, Macro, Profile, Help };
+
+/// What a menu item does.
+enum class MenuCommand {
+    Separator,
+    About,
+    Quit,
+    NewDocument,
+    OpenDocument,
+    PerformClose,
+    SaveDocument,
+    SaveDocumentAs,
+    Undo,
+    Redo,
+    Cut,
+    Copy,
+    Paste,
+    ShowProfileManager,
+    CheckForUpdates,
+    ShowMacroManager,
+    RunTestMacro,
+    RunTestMacroSelection,
+};
+
+/// One menu of the bar.
+struct MenuRow
+{
+    MenuId menu;
+    QStringView titleKey;
+    QStringView titleDefault; ///< Empty: the lookup has no default.
+};
+
+/// One item of a menu.
+struct MenuItemRow
+{
+    MenuId menu;
+    MenuCommand command;
+    QStringView titleKey = {};
+    QStringView titleDefault = {}; ///< Empty: the lookup has no default.
+    QStringView titleSuffix = {};  ///< Follows the looked-up title.
+    char16_t key = 0;              ///< With the command key; a capital letter with Shift too.
+};
+
+[[nodiscard]] std::span<const MenuRow> menuRows();
+[[nodiscard]] std::span<const MenuItemRow> menuItemRows();
+
+/// The title in the active wording.
+[[nodiscard]] QString menuTitle(const MenuRow &row);
+[[nodiscard]] QString menuTitle(const MenuItemRow &row);
+
+/// Empty where the item has no key.
+[[nodiscard]] QKeySequence keyEquivalent(const MenuItemRow &row);
+
+/// The text of a menu or item that shows `title` as it is: an ampersand would be taken for the mark
+/// of an access key, and a tab for the start of a shortcut.
+[[nodiscard]] QString verbatimMenuText(const QString &title);
+
+} // namespace penwick

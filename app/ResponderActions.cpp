@@ -1,0 +1,124 @@
+#include "app/ResponderActions.h"
+
+#include "editor/TextView.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QLineEdit>
+#include <QMetaMethod>
+#include <QMimeData>
+#include <QWidget>
+
+#include <optional>
+
+namespace penwick {
+
+namespace {
+
+const char *operationName(MenuCommand command)
+{
+    switch (command) {
+    case MenuCommand::Undo:
+        return "undo";
+    case MenuCommand::Redo:
+        return "redo";
+    case MenuCommand::Cut:
+        return "cut";
+    case MenuCommand::Copy:
+        return "copy";
+    case MenuCommand::Paste:
+        return "paste";
+    default:
+        return nullptr;
+    }
+}
+
+struct Responder
+{
+    QWidget *widget;
+    QMetaMethod operation;
+};
+
+std::optional<Responder> findResponder(MenuCommand command)
+{
+    const QByteArray signature = QByteArray(operationName(command)) + "()";
+    for (QWidget *widget = QApplication::focusWidget(); widget != nullptr;
+         widget = widget->parentWidget()) {
+        const int index = widget->metaObject()->indexOfMethod(signature.constData());
+        if (index >= 0) {
+            return Responder{widget, widget->metaObject()->method(index)};
+        }
+        if (widget->isWindow()) {
+            break;
+        }
+    }
+    return std::nullopt;
+}
+
+bool clipboardHasText()
+{
+    const QMimeData *data = QApplication::clipboard()->mimeData();
+    return data != nullptr && data->hasText();
+}
+
+bool canPerform(const TextView &view, MenuCommand command)
+{
+    switch (command) {
+    case MenuCommand::Undo:
+        return view.textStorage()->canUndo();
+    case MenuCommand::Redo:
+        return view.textStorage()->canRedo();
+    case MenuCommand::Cut:
+    case MenuCommand::Copy:
+        return view.selectedRange().length > 0;
+    default:
+        return clipboardHasText();
+    }
+}
+
+bool canPerform(const QLineEdit &field, MenuCommand command)
+{
+    switch (command) {
+    case MenuCommand::Undo:
+        return field.isUndoAvailable();
+    case MenuCommand::Redo:
+        return field.isRedoAvailable();
+    case MenuCommand::Cut:
+        return field.hasSelectedText() && !field.isReadOnly();
+    case MenuCommand::Copy:
+        return field.hasSelectedText();
+    default:
+        return !field.isReadOnly() && clipboardHasText();
+    }
+}
+
+} // namespace
+
+bool isResponderCommand(MenuCommand command)
+{
+    return operationName(command) != nullptr;
+}
+
+void performResponderCommand(MenuCommand command)
+{
+    if (const auto responder = findResponder(command)) {
+        responder->operation.invoke(responder->widget, Qt::DirectConnection);
+    }
+}
+
+bool canPerformResponderCommand(MenuCommand command)
+{
+    const auto responder = findResponder(command);
+    if (!responder) {
+        return false;
+    }
+    if (const auto *view = qobject_cast<const TextView *>(responder->widget)) {
+        return canPerform(*view, command);
+    }
+    if (const auto *field = qobject_cast<const QLineEdit *>(responder->widget)) {
+        return canPerform(*field, command);
+    }
+    return true;
+}
+
+} // namespace penwick

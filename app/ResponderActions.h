@@ -1,0 +1,17 @@
+#pragma once
+
+#include "app/MenuTable.h"
+
+namespace penwick {
+
+/// True for the commands that go to whatever has the keyboard focus: Undo, Redo, Cut, Copy, Paste.
+[[nodiscard]] bool isResponderCommand(MenuCommand command);
+
+/// Calls the operation of the command's name (`undo`, `cut`, ...) on the widget with the keyboard
+/// focus, or on the first of its parents that has one. Nothing happens when none has.
+void performResponderCommand(MenuCommand command);
+
+/// False when the widget that would take the command is known to have no use for it now.
+[[nodiscard]] bool canPerformResponderCommand(MenuCommand command);
+
+} // namespace penwick

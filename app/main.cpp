@@ -1,0 +1,68 @@
+#include "app/AppDelegate.h"
+#include "app/CommandLine.h"
+#include "wording/WordingLookup.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QIcon>
+
+#include <cstdio>
+#include <optional>
+
+namespace {
+
+using penwick::CommandLine;
+using namespace Qt::StringLiterals;
+
+constexpr int kUsageError = 2;
+
+void writeLine(std::FILE *stream, const QString &line)
+{
+    const QByteArray bytes = line.toLocal8Bit() + '\n';
+    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stream);
+}
+
+/// Answers what needs no window, so that it works without a display too.
+std::optional<int> answerWithoutWindow(const CommandLine &commandLine)
+{
+    switch (commandLine.request) {
+    case CommandLine::Request::ShowHelp:
+        writeLine(stdout, CommandLine::helpText());
+        return 0;
+    case CommandLine::Request::ShowVersion:
+        writeLine(stdout, CommandLine::versionText());
+        return 0;
+    case CommandLine::Request::RejectOption:
+        writeLine(stderr,
+                  u"penwick: "_s +
+                      penwick::wording::text(u"cli.unknownOption"_s, u"不明なオプションです"_s) +
+                      u": "_s + commandLine.rejectedOption);
+        return kUsageError;
+    case CommandLine::Request::Run:
+        break;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i) {
+        arguments << QFile::decodeName(argv[i]);
+    }
+    const CommandLine commandLine = CommandLine::parse(arguments);
+    if (const auto status = answerWithoutWindow(commandLine)) {
+        return *status;
+    }
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(u"penwick"_s);
+    QApplication::setApplicationVersion(QStringLiteral(PENWICK_VERSION));
+    QGuiApplication::setDesktopFileName(u"penwick"_s);
+    QApplication::setWindowIcon(QIcon::fromTheme(u"penwick"_s));
+
+    penwick::AppDelegate delegate;
+    delegate.applicationDidFinishLaunching(commandLine.files);
+    return QApplication::exec();
+}

@@ -1,0 +1,420 @@
+#include "app/AppDelegate.h"
+
+#include "editor/TextView.h"
+#include "macro/library/MacroManager.h"
+#include "support/Macros.h"
+#include "support/ModalAnswer.h"
+#include "support/TemporaryHome.h"
+#include "wording/UIWordingProfileManager.h"
+#include "wording/WordingLookup.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTest>
+
+using namespace penwick;
+using namespace Qt::StringLiterals;
+
+/// The whole application but its event loop, over a home folder of its own. The stores are the
+/// process's shared ones, as in the program, so the test functions build on each other's home.
+class AppDelegateTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase();
+    void init();
+    void cleanup();
+    void launch_brokenStores_startsWithBuiltInMacros();
+    void launch_withoutFiles_opensOneUntitledWindow();
+    void launch_withFile_opensNoUntitledWindow();
+    void launch_withMissingFile_opensEmptyDocumentForIt();
+    void launch_withInvalidFile_saysSoAndOpensUntitled();
+    void launch_oneGoodOneBadFile_opensNoUntitledWindow();
+    void profileChange_relabelsEveryBarAndKeepsMacros();
+    void macroListChange_refillsTheMacroMenu();
+    void managerAndUpdateItems_areDisabled();
+    void lastActiveEditor_followsEditorWindowsOnly();
+    void lastActiveEditor_survivesItsWindow();
+    void dynamicMacro_fromTheMenu_editsTheDocument();
+    void dynamicMacro_vanished_doesNothing();
+    void prefixMacro_prompted_usesTheAnswer_data();
+    void prefixMacro_prompted_usesTheAnswer();
+    void datePrompt_cancelled_isNoticed();
+    void datePrompt_answered_insertsTheDate();
+    void prompt_windowActivatedMeanwhile_receivesTheRun();
+    void testMacro_withoutEditor_doesNothing();
+    void testMacros_run_reportTheirSuccess();
+    void managersRun_withoutEditor_warns();
+    void about_chosen_showsNameVersionAndDescription();
+    void quit_withUnsavedWindow_asks();
+
+private:
+    [[nodiscard]] EditorWindowController *controller(int index = 0) const
+    {
+        return m_app->documentController().windowControllers().at(index).get();
+    }
+
+    [[nodiscard]] QMenu *menu(int bar, int index = 0) const
+    {
+        return controller(index)->window()->menuBar()->actions().at(bar)->menu();
+    }
+
+    [[nodiscard]] QAction *macroItem(const QString &id, int index = 0) const;
+    void launch(const QStringList &files = {});
+    void setText(const QString &text, int index = 0) const;
+    [[nodiscard]] QString text(int index = 0) const;
+    [[nodiscard]] QString message(int index = 0) const;
+    void activate(int index) const;
+
+    std::unique_ptr<test::TemporaryHome> m_home;
+    std::unique_ptr<AppDelegate> m_app;
+};
+
+void AppDelegateTest::initTestCase()
+{
+    m_home = std::make_unique<test::TemporaryHome>();
+    // Read once, when the shared stores are made by the first launch.
+    m_home->write(u"data/penwick/macros.json"_s, "[ this is not JSON");
+    m_home->write(u"data/penwick/ui-wording-profiles/broken.json"_s, "{");
+    m_home->write(u"config/penwick/penwick.conf"_s, "activeUIWordingProfileId=gone\n");
+}
+
+void AppDelegateTest::cleanupTestCase()
+{
+    m_home.reset();
+}
+
+void AppDelegateTest::init()
+{
+    const QDateTime now(QDate(2025, 3, 5), QTime(9, 7), Qt::LocalTime);
+    m_app = std::make_unique<AppDelegate>([now] { return now.toUTC(); });
+}
+
+void AppDelegateTest::cleanup()
+{
+    QCoreApplication::processEvents();
+    m_app.reset();
+    auto &profiles = UIWordingProfileManager::shared();
+    profiles.applyProfile(profiles.profiles().first());
+}
+
+void AppDelegateTest::launch(const QStringList &files)
+{
+    m_app->applicationDidFinishLaunching(files);
+    QCoreApplication::processEvents();
+}
+
+QAction *AppDelegateTest::macroItem(const QString &id, int index) const
+{
+    for (QAction *action : macroMenu(controller(index)->window())->actions()) {
+        if (action->data().toString() == id) {
+            return action;
+        }
+    }
+    return nullptr;
+}
+
+void AppDelegateTest::setText(const QString &text, int index) const
+{
+    TextView *view = controller(index)->textView();
+    const Text value(text);
+    const TextRange all{0, view->string().size()};
+    view->shouldChangeText(all, value);
+    view->replaceCharacters(all, value);
+    view->didChangeText();
+    QCoreApplication::processEvents();
+}
+
+QString AppDelegateTest::text(int index) const
+{
+    return controller(index)->textView()->string().toString();
+}
+
+QString AppDelegateTest::message(int index) const
+{
+    QCoreApplication::processEvents();
+    return controller(index)->documentState()->macroNotificationMessage().value_or(QString());
+}
+
+void AppDelegateTest::activate(int index) const
+{
+    QWidget *window = controller(index)->window();
+    window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(window));
+}
+
+void AppDelegateTest::launch_brokenStores_startsWithBuiltInMacros()
+{
+    launch();
+    QCOMPARE(MacroManager::shared().macros().size(), 7);
+    QCOMPARE(UIWordingProfileManager::shared().activeProfileId(), u"default-ja"_s);
+    QVERIFY(m_home->read(u"data/penwick/macros.json"_s).contains("default_trimTrailingSpaces"));
+}
+
+void AppDelegateTest::launch_withoutFiles_opensOneUntitledWindow()
+{
+    launch();
+    QCOMPARE(m_app->documentController().windowControllers().size(), 1);
+    QVERIFY(controller()->window()->isVisible());
+    QCOMPARE(menu(0)->actions().size(), 3);
+    QCOMPARE(macroMenu(controller()->window())->actions().first()->text(), u"行末スペースを削除"_s);
+    QTRY_VERIFY(controller()->textView()->hasFocus());
+}
+
+void AppDelegateTest::launch_withFile_opensNoUntitledWindow()
+{
+    launch({m_home->write(u"a.txt"_s, "A"), m_home->write(u"b.txt"_s, "B")});
+    QCOMPARE(m_app->documentController().windowControllers().size(), 2);
+    QCOMPARE(text(0), u"A"_s);
+    QCOMPARE(text(1), u"B"_s);
+}
+
+void AppDelegateTest::launch_withMissingFile_opensEmptyDocumentForIt()
+{
+    launch({m_home->file(u"missing.txt"_s)});
+    QCOMPARE(m_app->documentController().windowControllers().size(), 1);
+    QCOMPARE(m_app->documentController().documentOf(controller())->filePath(),
+             m_home->file(u"missing.txt"_s));
+}
+
+void AppDelegateTest::launch_withInvalidFile_saysSoAndOpensUntitled()
+{
+    QString message;
+    test::clickInModal(u"OK"_s, &message);
+    launch({m_home->write(u"bad.txt"_s, "\xFF")});
+    QCOMPARE(message, u"ファイルを開けませんでした"_s);
+    QCOMPARE(m_app->documentController().windowControllers().size(), 1);
+    QVERIFY(m_app->documentController().documentOf(controller())->filePath().isEmpty());
+}
+
+void AppDelegateTest::launch_oneGoodOneBadFile_opensNoUntitledWindow()
+{
+    test::clickInModal(u"OK"_s);
+    launch({m_home->write(u"a.txt"_s, "A"), m_home->write(u"bad.txt"_s, "\xFF")});
+    QCOMPARE(m_app->documentController().windowControllers().size(), 1);
+    QCOMPARE(text(), u"A"_s);
+}
+
+void AppDelegateTest::profileChange_relabelsEveryBarAndKeepsMacros()
+{
+    launch({m_home->write(u"a.txt"_s, "A"), m_home->write(u"b.txt"_s, "B")});
+    UIWordingProfile profile;
+    profile.id = u"own"_s;
+    profile.values = {{u"app.name"_s, u"Stift"_s},
+                      {u"menu.file"_s, u"Datei"_s},
+                      {u"macro.manage"_s, u"Makros…"_s}};
+    const qsizetype macroItems = macroMenu(controller()->window())->actions().size();
+    UIWordingProfileManager::shared().applyProfile(profile);
+    for (const int index : {0, 1}) {
+        QCOMPARE(menu(0, index)->actions()[0]->text(), u"Stift について"_s);
+        QCOMPARE(menu(0, index)->actions()[2]->text(), u"Stift を終了"_s);
+        QCOMPARE(menu(1, index)->menuAction()->text(), u"Datei"_s);
+        const QMenu *macros = macroMenu(controller(index)->window());
+        QCOMPARE(macros->actions().size(), macroItems);
+        QCOMPARE(macros->actions().first()->text(), u"行末スペースを削除"_s);
+        QCOMPARE(macros->actions().at(macroItems - 4)->text(), u"Makros…"_s);
+    }
+    QCOMPARE(controller()->window()->windowTitle(), u"a.txt[*] — Stift"_s);
+}
+
+void AppDelegateTest::macroListChange_refillsTheMacroMenu()
+{
+    launch();
+    Macro added = test::sampleMacro(u"added"_s);
+    added.isEnabled = true;
+    added.name = u"R&D"_s;
+    MacroManager::shared().addMacro(added);
+    QVERIFY(macroItem(u"added"_s) == nullptr); // In a later turn.
+    QCoreApplication::processEvents();
+    QVERIFY(macroItem(u"added"_s) != nullptr);
+    QCOMPARE(macroItem(u"added"_s)->text(), u"R&&D"_s);
+    MacroManager::shared().deleteMacro(u"added"_s);
+    QCoreApplication::processEvents();
+    QVERIFY(macroItem(u"added"_s) == nullptr);
+}
+
+void AppDelegateTest::managerAndUpdateItems_areDisabled()
+{
+    launch();
+    QVERIFY(!menu(4)->actions()[0]->isEnabled());
+    QVERIFY(!menu(5)->actions()[0]->isEnabled());
+}
+
+void AppDelegateTest::lastActiveEditor_followsEditorWindowsOnly()
+{
+    launch({m_home->write(u"a.txt"_s, "A"), m_home->write(u"b.txt"_s, "B")});
+    activate(0);
+    QTRY_COMPARE(m_app->lastActiveEditorWindowController().get(), controller(0));
+    activate(1);
+    QTRY_COMPARE(m_app->lastActiveEditorWindowController().get(), controller(1));
+    QWidget manager;
+    manager.show();
+    manager.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&manager));
+    QCOMPARE(m_app->lastActiveEditorWindowController().get(), controller(1));
+    QCOMPARE(m_app->targetEditor().get(), controller(1));
+}
+
+void AppDelegateTest::lastActiveEditor_survivesItsWindow()
+{
+    launch();
+    activate(0);
+    const EditorWindowController *closed = controller();
+    controller()->window()->close();
+    QCoreApplication::processEvents();
+    QVERIFY(!m_app->documentController().hasDocuments());
+    QCOMPARE(m_app->lastActiveEditorWindowController().get(), closed);
+    QVERIFY(!m_app->lastActiveEditorWindowController()->window()->isVisible());
+}
+
+void AppDelegateTest::dynamicMacro_fromTheMenu_editsTheDocument()
+{
+    launch();
+    setText(u"one  \ntwo\t"_s);
+    macroItem(u"default_trimTrailingSpaces"_s)->trigger();
+    QCOMPARE(text(), u"one\ntwo"_s);
+    controller()->textView()->undo();
+    QCOMPARE(text(), u"one  \ntwo\t"_s);
+}
+
+void AppDelegateTest::dynamicMacro_vanished_doesNothing()
+{
+    launch();
+    setText(u"x"_s);
+    m_app->runDynamicMacro(u"no such macro"_s);
+    QCOMPARE(text(), u"x"_s);
+    QCOMPARE(message(), QString());
+}
+
+void AppDelegateTest::prefixMacro_prompted_usesTheAnswer_data()
+{
+    QTest::addColumn<QString>("answer");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("two spaces") << u"  "_s << u"  a\n  b"_s << u""_s;
+    QTest::newRow("ordinary") << u"> "_s << u"> a\n> b"_s << u""_s;
+    QTest::newRow("empty") << u""_s << u"a\nb"_s
+                           << u"文字列が指定されなかったため、実行を中止しました"_s;
+}
+
+void AppDelegateTest::prefixMacro_prompted_usesTheAnswer()
+{
+    QFETCH(QString, answer);
+    QFETCH(QString, text);
+    QFETCH(QString, message);
+    launch();
+    setText(u"a\nb"_s);
+    test::answerModal([answer](QWidget *window) {
+        auto *field = window->findChild<QLineEdit *>();
+        QCOMPARE(field->text(), u"- "_s);
+        field->setText(answer);
+        test::buttonNamed(window, u"OK"_s)->click();
+    });
+    macroItem(u"default_addLinePrefix"_s)->trigger();
+    QCOMPARE(this->text(), text);
+    if (!message.isEmpty()) {
+        QCOMPARE(this->message(), message);
+    }
+}
+
+void AppDelegateTest::datePrompt_cancelled_isNoticed()
+{
+    launch();
+    test::clickInModal(u"キャンセル"_s);
+    macroItem(u"default_insertDateTime"_s)->trigger();
+    QCOMPARE(message(), u"キャンセルしました"_s);
+    QCOMPARE(text(), QString());
+}
+
+void AppDelegateTest::datePrompt_answered_insertsTheDate()
+{
+    launch();
+    test::answerModal([](QWidget *window) {
+        window->findChild<QComboBox *>()->setCurrentIndex(4);
+        test::buttonNamed(window, u"OK"_s)->click();
+    });
+    macroItem(u"default_insertDateTime"_s)->trigger();
+    QCOMPARE(text(), u"2025年3月5日"_s);
+}
+
+void AppDelegateTest::prompt_windowActivatedMeanwhile_receivesTheRun()
+{
+    launch({m_home->write(u"a.txt"_s, "A"), m_home->write(u"b.txt"_s, "B")});
+    activate(0);
+    test::answerModal([this](QWidget *window) {
+        activate(1);
+        test::buttonNamed(window, u"OK"_s)->click();
+    });
+    macroItem(u"default_addLinePrefix"_s)->trigger();
+    QCOMPARE(text(0), u"A"_s);
+    QCOMPARE(text(1), u"- B"_s);
+}
+
+void AppDelegateTest::testMacro_withoutEditor_doesNothing()
+{
+    m_app->runTestMacro();
+    m_app->runTestMacroSelection();
+    m_app->runDynamicMacro(u"default_trimTrailingSpaces"_s);
+    QCoreApplication::processEvents();
+    QVERIFY(QApplication::activeModalWidget() == nullptr);
+    QVERIFY(m_app->lastActiveEditorWindowController() == nullptr);
+}
+
+void AppDelegateTest::testMacros_run_reportTheirSuccess()
+{
+    launch();
+    QList<QAction *> items = macroMenu(controller()->window())->actions();
+    items.last()->trigger();
+    QCOMPARE(message(), u"選択範囲がありません。テキストを選択してから実行してください。"_s);
+    setText(u"abc"_s);
+    controller()->textView()->setSelectedRange({1, 1});
+    items.last()->trigger();
+    QCOMPARE(text(), u"a[選択テスト: b]c"_s);
+    QCOMPARE(message(), u"replaceSelection テスト成功"_s);
+    items.at(items.size() - 2)->trigger();
+    QVERIFY(text().startsWith(u"テストマクロが実行されました！\n現在時刻: "_s));
+    QCOMPARE(message(), u"replaceAll テスト成功"_s);
+}
+
+void AppDelegateTest::managersRun_withoutEditor_warns()
+{
+    QString warning;
+    test::clickInModal(u"OK"_s, &warning);
+    m_app->runMacroInActiveEditor(test::sampleMacro());
+    QCOMPARE(warning, u"実行対象のエディタが見つかりません"_s);
+}
+
+void AppDelegateTest::about_chosen_showsNameVersionAndDescription()
+{
+    launch();
+    test::answerModal([](QWidget *window) {
+        const auto *box = qobject_cast<QMessageBox *>(window);
+        QCOMPARE(box->windowTitle(), u"penwick について"_s);
+        QCOMPARE(box->text(), u"penwick"_s);
+        QVERIFY(box->informativeText().contains(QStringLiteral(PENWICK_VERSION)));
+        QVERIFY(box->informativeText().contains(u"シンプルに書けて"_s));
+        window->close();
+    });
+    menu(0)->actions()[0]->trigger();
+}
+
+void AppDelegateTest::quit_withUnsavedWindow_asks()
+{
+    launch();
+    setText(u"unsaved"_s);
+    test::clickInModal(u"キャンセル"_s);
+    menu(0)->actions()[2]->trigger();
+    QVERIFY(m_app->documentController().hasDocuments());
+    test::clickInModal(u"保存しない"_s);
+    menu(0)->actions()[2]->trigger();
+    QVERIFY(!m_app->documentController().hasDocuments());
+}
+
+QTEST_MAIN(AppDelegateTest)
+#include "AppDelegateTest.moc"

@@ -1,0 +1,133 @@
+#include "app/MacroMenu.h"
+
+#include "support/Macros.h"
+#include "wording/WordingLookup.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QTest>
+
+using namespace penwick;
+using namespace Qt::StringLiterals;
+
+class MacroMenuTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void enabledMacros_areListedInTheirOrder();
+    void everyMacroDisabled_showsNoticeManagerAndTests();
+    void specialCharacters_inNames_areVerbatim();
+    void macroItem_triggered_givesItsId();
+    void fixedItems_triggered_performTheirCommands();
+    void rebuild_removesTheOldItems();
+
+private:
+    void rebuild(const QList<Macro> &macros)
+    {
+        rebuildMacroMenu(&m_menu, macros, m_handlers, [this](const QString &id) { m_ids << id; });
+    }
+
+    [[nodiscard]] QStringList titles() const;
+
+    static Macro macro(const QString &id, const QString &name, bool isEnabled = true);
+
+    QMenu m_menu;
+    QStringList m_ids;
+    QList<MenuCommand> m_performed;
+    MenuHandlers m_handlers;
+};
+
+void MacroMenuTest::init()
+{
+    m_ids.clear();
+    m_performed.clear();
+    m_handlers = {[this](MenuCommand command) { m_performed << command; },
+                  [](MenuCommand) { return true; }};
+}
+
+Macro MacroMenuTest::macro(const QString &id, const QString &name, bool isEnabled)
+{
+    Macro result = test::sampleMacro(id);
+    result.name = name;
+    result.isEnabled = isEnabled;
+    return result;
+}
+
+QStringList MacroMenuTest::titles() const
+{
+    QStringList result;
+    for (const QAction *action : m_menu.actions()) {
+        result << (action->isSeparator() ? u"-"_s : action->text());
+    }
+    return result;
+}
+
+void MacroMenuTest::enabledMacros_areListedInTheirOrder()
+{
+    rebuild({macro(u"2"_s, u"二"_s), macro(u"x"_s, u"隠れ"_s, false), macro(u"1"_s, u"一"_s)});
+    QCOMPARE(titles(),
+             (QStringList{u"二"_s,
+                          u"一"_s,
+                          u"-"_s,
+                          u"マクロ管理…"_s,
+                          u"-"_s,
+                          u"テストマクロを実行（replaceAll）"_s,
+                          u"テストマクロを実行（replaceSelection）"_s}));
+    for (const QAction *action : m_menu.actions()) {
+        QVERIFY(action->shortcut().isEmpty());
+        QCOMPARE(action->menuRole(), action->isSeparator() ? action->menuRole() : QAction::NoRole);
+    }
+}
+
+void MacroMenuTest::everyMacroDisabled_showsNoticeManagerAndTests()
+{
+    rebuild({macro(u"1"_s, u"一"_s, false)});
+    QCOMPARE(titles(),
+             (QStringList{u"マクロがありません"_s,
+                          u"-"_s,
+                          u"マクロ管理…"_s,
+                          u"-"_s,
+                          u"テストマクロを実行（replaceAll）"_s,
+                          u"テストマクロを実行（replaceSelection）"_s}));
+    QVERIFY(!m_menu.actions()[0]->isEnabled());
+    QVERIFY(m_menu.actions()[2]->isEnabled());
+}
+
+void MacroMenuTest::specialCharacters_inNames_areVerbatim()
+{
+    rebuild({macro(u"1"_s, u"A & B && <b>C</b> Quit"_s)});
+    QCOMPARE(m_menu.actions()[0]->text(), u"A && B &&&& <b>C</b> Quit"_s);
+}
+
+void MacroMenuTest::macroItem_triggered_givesItsId()
+{
+    rebuild({macro(u"one"_s, u"同じ名前"_s), macro(u"two"_s, u"同じ名前"_s)});
+    QCOMPARE(m_menu.actions()[1]->data().toString(), u"two"_s);
+    m_menu.actions()[1]->trigger();
+    QCOMPARE(m_ids, QStringList{u"two"_s});
+}
+
+void MacroMenuTest::fixedItems_triggered_performTheirCommands()
+{
+    rebuild({});
+    for (QAction *action : m_menu.actions()) {
+        action->trigger();
+    }
+    QCOMPARE(m_performed,
+             (QList<MenuCommand>{MenuCommand::ShowMacroManager,
+                                 MenuCommand::RunTestMacro,
+                                 MenuCommand::RunTestMacroSelection}));
+}
+
+void MacroMenuTest::rebuild_removesTheOldItems()
+{
+    rebuild({macro(u"1"_s, u"一"_s)});
+    rebuild({macro(u"2"_s, u"二"_s)});
+    QCOMPARE(titles().size(), 6);
+    QCOMPARE(titles().first(), u"二"_s);
+}
+
+QTEST_MAIN(MacroMenuTest)
+#include "MacroMenuTest.moc"

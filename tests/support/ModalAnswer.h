@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QString>
+#include <QTest>
+#include <QWidget>
+
+#include <functional>
+#include <utility>
+
+namespace penwick::test {
+
+/// Calls `answer` with the modal window that the code under test opens next, from within its event
+/// loop. Call it right before. To answer a second window, call it again inside `answer`.
+inline void answerModal(std::function<void(QWidget *)> answer)
+{
+    QMetaObject::invokeMethod(
+        qApp,
+        [answer = std::move(answer)] {
+            QWidget *modal = QApplication::activeModalWidget();
+            if (modal == nullptr) {
+                QFAIL("No modal window is open.");
+            }
+            answer(modal);
+        },
+        Qt::QueuedConnection);
+}
+
+/// The push button of `window` with this text; null when there is none.
+inline QPushButton *buttonNamed(const QWidget *window, const QString &text)
+{
+    for (QPushButton *button : window->findChildren<QPushButton *>()) {
+        if (button->text() == text) {
+            return button;
+        }
+    }
+    return nullptr;
+}
+
+/// Clicks the button with this text in the next modal window, and keeps the window's message.
+inline void clickInModal(const QString &buttonText, QString *message = nullptr)
+{
+    answerModal([buttonText, message](QWidget *window) {
+        if (const auto *box = qobject_cast<QMessageBox *>(window); box != nullptr && message) {
+            *message = box->text();
+        }
+        QPushButton *button = buttonNamed(window, buttonText);
+        if (button == nullptr) {
+            window->close();
+            QFAIL(qPrintable(QStringLiteral("No button ") + buttonText));
+        }
+        button->click();
+    });
+}
+
+} // namespace penwick::test
