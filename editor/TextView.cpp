@@ -179,10 +179,11 @@ void TextView::replaceCharacters(TextRange range, const Text &replacement)
         return offset >= range.end() ? offset + delta : newEnd;
     };
     m_storage->replaceCharacters(range, replacement);
+    // A program's edit does not carry the view away; it shows the caret if it wants to.
     if (isInside)
-        select(newEnd, {newEnd, false});
+        select(newEnd, {newEnd, false}, Scroll::Stay);
     else
-        select(moved(before.location), {moved(before.end()), false});
+        select(moved(before.location), {moved(before.end()), false}, Scroll::Stay);
 }
 
 void TextView::didChangeText()

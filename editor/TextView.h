@@ -48,8 +48,8 @@ public:
 
     /// The three calls of one programmatic edit. `shouldChangeText` always allows it and prepares
     /// undo; `replaceCharacters` changes the storage and moves the selection: a selection that lies
-    /// within the replaced range becomes a caret after the new text, one beyond it moves along;
-    /// `didChangeText` emits `textDidChange`.
+    /// within the replaced range becomes a caret after the new text, one beyond it moves along, and
+    /// the view stays where it is; `didChangeText` emits `textDidChange`.
     bool shouldChangeText(TextRange range, const Text &replacement);
     void replaceCharacters(TextRange range, const Text &replacement);
     void didChangeText();

@@ -28,10 +28,13 @@ void TextViewport::setText(const Text &text)
 
 void TextViewport::textChanged(const Text &text, qint64 offset, qint64 oldLength, qint64 newLength)
 {
+    const qint64 line = m_text.metricsBefore(m_anchor).lineBreaks();
     m_text = text;
     m_cache.textChanged(offset, oldLength, newLength);
-    if (offset < m_anchor)
-        m_anchor = offset + oldLength <= m_anchor ? m_anchor + newLength - oldLength : offset;
+    if (offset + oldLength <= m_anchor && offset < m_anchor)
+        m_anchor += newLength - oldLength;
+    else if (offset < m_anchor) // Replaced under our eyes: the same line is the likeliest place.
+        m_anchor = std::clamp(text.offsetAfterLineBreak(line), offset, offset + newLength);
     setAnchor(rowOfCaret({m_anchor, false}), m_pixel);
     clampToEnd();
 }

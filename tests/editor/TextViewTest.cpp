@@ -92,6 +92,7 @@ private Q_SLOTS:
     void scrollBar_hidesWhenEverythingFits();
     void scrollingToTheEnd_showsTheLastLine();
     void editAboveTheView_keepsWhatIsSeen();
+    void wholeReplacement_keepsTheLineOnTop();
     void hugeLine_isEditedAnywhere();
     void rightToLeftLine_leftMovesForward();
     void wheel_scrollsWithoutMovingTheCaret();
@@ -452,6 +453,20 @@ void TextViewTest::editAboveTheView_keepsWhatIsSeen()
     QVERIFY(!before.isNull());
     f.storage.replaceCharacters({0, 10}, Text(u"three\nmore\nlines\n"));
     f.view.setSelectedRange({2507, 0});
+    QCOMPARE(f.view.inputMethodQuery(Qt::ImCursorRectangle).toRectF(), before);
+}
+
+void TextViewTest::wholeReplacement_keepsTheLineOnTop()
+{
+    Fixture f(u"line  \n"_s.repeated(1000));
+    f.caret(7 * 500);
+    const QRectF before = f.view.inputMethodQuery(Qt::ImCursorRectangle).toRectF();
+    const Text trimmed(u"line\n"_s.repeated(1000));
+    f.view.shouldChangeText({0, f.storage.length()}, trimmed);
+    f.view.replaceCharacters({0, f.storage.length()}, trimmed);
+    f.view.didChangeText();
+    QCOMPARE(f.view.selectedRange(), (TextRange{trimmed.size(), 0}));
+    f.caret(5 * 500);
     QCOMPARE(f.view.inputMethodQuery(Qt::ImCursorRectangle).toRectF(), before);
 }
 
