@@ -25,6 +25,7 @@ LAYERS = {
 }
 # Lowest first. A widget target sees its logic target, what that one sees, and the ones before it.
 _UI = {
+    "platform_ui": "platform",
     "wording_ui": "wording",
     "editor_ui": "editor",
     "macro_library_ui": "macro_library",

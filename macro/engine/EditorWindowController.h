@@ -43,7 +43,7 @@ public:
     void setDocument(TextDocument *document);
 
     /// Null without a document, and once it is gone.
-    [[nodiscard]] TextDocument *document() const { return m_document; }
+    [[nodiscard]] TextDocument *document() const { return m_document.data(); }
 
     /// Owned by this controller, also when it was closed.
     [[nodiscard]] QMainWindow *window() const { return m_window.get(); }

@@ -9,6 +9,7 @@ namespace penwick {
 
 namespace {
 
+// NOLINTNEXTLINE(readability-function-size): the engine fixes the parameters of its callbacks.
 JSValueRef callLog(JSContextRef context,
                    JSObjectRef function,
                    JSObjectRef /*thisObject*/,

@@ -1,0 +1,1 @@
+return { textEdits: [{ type: 'replaceAll', text: context.document.text.toUpperCase() }] };

@@ -1,0 +1,7 @@
+return {
+    textEdits: [
+        { type: 'replaceSelection', text: '' },
+        { type: 'replaceSelection', text: 'never' },
+    ],
+    cursor: { offset: 0 },
+};

@@ -1,0 +1,4 @@
+return {
+    textEdits: [{ type: 'replaceAll', text: '<' + context.document.text + '>' }],
+    selection: { startOffset: 1, endOffset: 999 },
+};
