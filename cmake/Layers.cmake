@@ -17,8 +17,11 @@ target_compile_definitions(penwick_options INTERFACE
     QT_NO_KEYWORDS # GLib's headers, which the script engine's include, use `signals` as a name.
     PENWICK_VERSION="${PROJECT_VERSION}")
 if(PENWICK_SANITIZE)
+    # The script engine's library has no run-time type information. It calls inline functions of the
+    # standard library, finds ours, and those would take its objects for foreign ones.
     target_compile_options(penwick_options INTERFACE
-        -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+        -fsanitize=address,undefined -fno-sanitize=vptr -fno-sanitize-recover=undefined
+        -fno-omit-frame-pointer)
     target_link_options(penwick_options INTERFACE -fsanitize=address,undefined)
 endif()
 

@@ -391,7 +391,5 @@ void ScriptRunnerTest::runs_inARow_shareNothing()
 
 } // namespace penwick
 
-Q_DECLARE_METATYPE(penwick::ScriptValue)
-
 QTEST_APPLESS_MAIN(penwick::ScriptRunnerTest)
 #include "ScriptRunnerTest.moc"
