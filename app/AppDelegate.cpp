@@ -142,12 +142,6 @@ void AppDelegate::perform(MenuCommand command)
     case MenuCommand::OpenDocument:
         m_documents.openDocument();
         break;
-    case MenuCommand::ShowMacroManager:
-        showMacroManager();
-        break;
-    case MenuCommand::ShowProfileManager:
-        showProfileManager();
-        break;
     case MenuCommand::RunTestMacro:
         runTestMacro();
         break;
@@ -226,9 +220,5 @@ void AppDelegate::commitSession(QSessionManager &manager)
     }
     manager.release();
 }
-
-void AppDelegate::showMacroManager() {}
-
-void AppDelegate::showProfileManager() {}
 
 } // namespace penwick

@@ -68,8 +68,6 @@ private:
     void perform(MenuCommand command);
     void performOnDocument(MenuCommand command);
     [[nodiscard]] bool isEnabled(MenuCommand command) const;
-    void showMacroManager();
-    void showProfileManager();
 
     WordingTranslator m_translator;
     DocumentController m_documents;

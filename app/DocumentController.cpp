@@ -134,9 +134,11 @@ void DocumentController::newDocument()
 
 void DocumentController::openDocument()
 {
-    QWidget *parent =
-        find(QApplication::activeWindow()) != nullptr ? QApplication::activeWindow() : nullptr;
-    const QStringList paths = dialogs::askForFilesToOpen(parent, m_folder);
+    const OpenDocument *active = find(QApplication::activeWindow());
+    const QString current = active != nullptr ? active->document->filePath() : QString();
+    const QStringList paths =
+        dialogs::askForFilesToOpen(active != nullptr ? active->controller->window() : nullptr,
+                                   current.isEmpty() ? m_folder : QFileInfo(current).path());
     for (const QString &path : paths) {
         m_folder = QFileInfo(path).absolutePath();
         openFile(path);

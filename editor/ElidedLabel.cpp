@@ -58,8 +58,16 @@ void ElidedLabel::paintEvent(QPaintEvent * /*event*/)
 {
     QPainter painter(this);
     painter.setPen(textColor());
-    painter.drawText(
-        contentsRect(), Qt::AlignVCenter | Qt::AlignLeading | Qt::TextSingleLine, displayedText());
+    // By the baseline: lines of different scripts differ in height, and labels side by side must
+    // not dance.
+    const QFontMetrics metrics = fontMetrics();
+    const QString shown = displayedText();
+    const QRect area = contentsRect();
+    const int left = layoutDirection() == Qt::LeftToRight
+                         ? area.left()
+                         : area.right() + 1 - metrics.horizontalAdvance(shown);
+    const int top = area.top() + (area.height() - metrics.height()) / 2;
+    painter.drawText(left, top + metrics.ascent(), shown);
 }
 
 QColor ElidedLabel::textColor() const
