@@ -2,7 +2,7 @@
 """Fails where the code looks up a wording key that nobody can know of.
 
     check-wording-keys.py [ROOT]      checks the sources under ROOT (default: this repository)
-    check-wording-keys.py --rows      prints the rows of the document as the code has them
+    check-wording-keys.py --update    writes the document's rows as the code has them
     check-wording-keys.py --self-test proves that each kind of fault is found
 
 A key is known when the built-in tables hold it or docs/wording-keys.md lists it. The document in turn
@@ -16,10 +16,10 @@ import tempfile
 FOLDERS = ("platform", "text", "wording", "editor", "macro", "app")
 TABLES = "wording/WordingTables.cpp"
 DOCUMENT = "docs/wording-keys.md"
-PREFIXES = ("app", "common", "menu", "editor", "status", "macro", "profile", "error", "dialog")
+PREFIXES = ("app", "cli", "common", "dialog", "editor", "error", "macro", "menu", "profile", "status")
 
 _TABLE_KEY = re.compile(r'\{\s*u"([\w.]+)"')
-_LITERAL = re.compile(r'u"((?:\\.|[^"\\])*)"(?:_s)?(?:\s*,\s*((?:u"(?:\\.|[^"\\])*"(?:_s)?\s*)+))?')
+_LITERAL = re.compile(r'u"((?:\\.|[^"\\])*)"(?:_s)?(?:\s*,\s*(u"(?:\\.|[^"\\])*"(?:_s)?(?:\s*u?"(?:\\.|[^"\\])*"(?:_s)?)*))?')
 _KEY = re.compile(r"(?:%s)\.[a-z]\w*(?:\.[a-z]\w*)*" % "|".join(PREFIXES))
 # The first argument of a lookup is a key whatever its prefix.
 _LOOKUP = re.compile(r'\btext\(\s*u"([a-z]\w*(?:\.\w+)+)"')
@@ -50,7 +50,9 @@ def _collect(text, place, used):
     for key, following in _LITERAL.findall(text):
         if not _KEY.fullmatch(key) and key not in looked_up:
             continue
-        default = "".join(re.findall(r'u"((?:\\.|[^"\\])*)"', following or ""))
+        default = "".join(re.findall(r'"((?:\\.|[^"\\])*)"', following or ""))
+        # The document shows the first line of a long text.
+        default = re.sub(r"\\n.*", " …", default, flags=re.S)
         if _KEY.fullmatch(default):
             default = ""
         files = used.setdefault(key, {}).setdefault(default, [])
@@ -84,6 +86,16 @@ def faults(root):
     for key in sorted(set(listed) - {key for key, _, _ in needed}):
         found.append(f"{DOCUMENT}: {key} is looked up nowhere, or the built-in tables hold it")
     return found
+
+
+def update(root):
+    document = root / DOCUMENT
+    head, rule, _ = document.read_text().partition("|---|---|---|\n")
+    lines = (
+        f"| `{key}` | {' / '.join(defaults)} | {', '.join(files)} |\n"
+        for key, defaults, files in rows(root)
+    )
+    document.write_text(head + rule + "".join(lines))
 
 
 _GOOD = {
@@ -121,9 +133,8 @@ def main(arguments):
     if arguments == ["--self-test"]:
         self_test()
         return
-    if arguments == ["--rows"]:
-        for key, defaults, files in rows(pathlib.Path(__file__).resolve().parent.parent):
-            print(f"| `{key}` | {' / '.join(defaults)} | {', '.join(files)} |")
+    if arguments == ["--update"]:
+        update(pathlib.Path(__file__).resolve().parent.parent)
         return
     root = pathlib.Path(arguments[0]) if arguments else pathlib.Path(__file__).resolve().parent.parent
     found = faults(root)
