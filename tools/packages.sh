@@ -31,7 +31,6 @@ penwick_display_packages=(
     python3
     python3-pyatspi
     x11-utils
-    xauth
     xdotool
     xvfb
 )
@@ -43,7 +42,6 @@ penwick_test_packages=(
     fcitx5
     fcitx5-anthy
     unicode-data
-    xclip
 )
 
 # penwick_missing_packages NAME... prints those that are not installed, one a line.

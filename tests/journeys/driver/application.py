@@ -1,12 +1,10 @@
 """One running penwick: its windows and menus as the accessibility bus shows them, and the keyboard
 and mouse in front of it."""
 
+import re
 import subprocess
 
 from .waiting import Timeout, until
-
-_MODIFIERS = {"Ctrl": "ctrl", "Shift": "shift", "Alt": "alt", "Meta": "super"}
-
 
 class Application:
     """Starts `program` with `arguments` in `session`; `environment` adds to that of the session.
@@ -138,14 +136,15 @@ class Application:
         self._session.run("xdotool", "mousemove", x, y, "click", button)
 
     def focus_window(self, title):
-        """Brings the window with that exact title to the front, with the keyboard in it."""
-        until(
-            lambda: self._quietly_run("xdotool", "search", "--onlyvisible", "--name", f"^{title}$"),
-            f"the window {title!r}",
-        )
-        self._session.run(
-            "xdotool", "search", "--onlyvisible", "--name", f"^{title}$", "windowactivate", "--sync"
-        )
+        """Brings the window whose title starts so to the front, with the keyboard in it."""
+        search = ("xdotool", "search", "--onlyvisible", "--name", f"^{re.escape(title)}")
+        window = until(lambda: self._quietly_run(*search), f"the window {title!r}").split()[0]
+        self._session.run("xdotool", "windowactivate", "--sync", window)
+
+    def wait_for_window(self, title):
+        """Waits for any visible window, of another program too, whose title holds that text."""
+        search = ("xdotool", "search", "--onlyvisible", "--name", re.escape(title))
+        until(lambda: self._quietly_run(*search), f"the window {title!r}")
 
     def _quietly_run(self, *command):
         return subprocess.run(
@@ -194,9 +193,15 @@ class Application:
             until(lambda n=node: self.has_state(n, "showing"), f"the menu item {path[:depth]}")
             self.click(node)
 
-    def screenshot(self, path):
-        """Writes what the screen shows now as a PNG file."""
-        self._session.run("import", "-window", "root", path)
+    def do_action(self, node):
+        """Does what a click on `node` would do, without touching mouse or focus."""
+        # An action that opens a modal dialog answers only when the dialog is closed.
+        self._quietly(lambda: self._atspi.Action.do_action(node.get_action_iface(), 0))
+
+    def shortcut(self, node):
+        """The keys of a menu item, as "Ctrl+Shift+S"; empty without any."""
+        action = node.get_action_iface()
+        return self._quietly(lambda: self._atspi.Action.get_key_binding(action, 0), "") or ""
 
     def wait_for_end(self):
         """Waits until the program has ended by itself, and returns its exit status."""

@@ -95,13 +95,19 @@ class Session:
             text=True,
         ).stdout
 
+    def screenshot(self, path, window="root"):
+        """Writes what the screen, or one window by its X id, shows now as a PNG file."""
+        self.run("import", "-window", window, path)
+
     def open_input_method(self):
         """From here on, keys go through Japanese input. The focus must be in a text field."""
-        self.run("fcitx5-remote", "-s", "anthy")
-        until(
-            lambda: self.run("fcitx5-remote", "-n").strip() == "anthy",
-            "the input method to switch to Japanese",
-        )
+
+        def switched():
+            # It is switched per text field, so this has no effect until the focus has arrived.
+            self.run("fcitx5-remote", "-s", "anthy")
+            return self.run("fcitx5-remote", "-n").strip() == "anthy"
+
+        until(switched, "the input method to switch to Japanese")
 
     def close_input_method(self):
         """From here on, keys are plain keys again."""

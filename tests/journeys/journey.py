@@ -1,0 +1,108 @@
+"""What the journeys share: each test has a desktop and a home of its own, and sees penwick only from
+outside."""
+
+import os
+import pathlib
+import subprocess
+import sys
+import unittest
+
+from driver import Application, Session, until
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+PROGRAM = os.environ.get("PENWICK_PROGRAM", ROOT / "build/release/bin/penwick")
+# Where a failed journey leaves a picture of its screen.
+PICTURES = pathlib.Path(os.environ.get("PENWICK_PICTURES", ROOT / "build/release/journeys"))
+
+
+class Journey(unittest.TestCase):
+    input_method = False
+
+    def setUp(self):
+        self.session = self.enterContext(Session(input_method=self.input_method))
+        self.files = self.session.home / "files"
+        self.files.mkdir()
+        self.app = None
+
+    def _callTestMethod(self, method):
+        try:
+            method()
+        except BaseException:
+            self._leave_picture()
+            raise
+
+    def _leave_picture(self):
+        try:
+            PICTURES.mkdir(parents=True, exist_ok=True)
+            picture = PICTURES / f"{self.id()}.png"
+            self.session.screenshot(picture)
+            print(f"\nthe screen at the failure: {picture}")
+            if self.app:
+                print(self.app.output.read_text(errors="replace"))
+                print(self.app.tree())
+        except Exception as error:  # The failure itself matters more.
+            print(f"\nno picture of the screen: {error}")
+
+    def start(self, *files, environment=None):
+        """Starts penwick and waits until the keyboard is in its window."""
+        self.app = Application(self.session, PROGRAM, *files, environment=environment)
+        name = files[-1].name if files else "名称未設定"
+        self.wait_for_title(name)
+        self.app.focus_window(name)
+        return self.app
+
+    def write(self, name, content):
+        path = self.files / name
+        path.write_bytes(content if isinstance(content, bytes) else content.encode())
+        return path
+
+    def wait_for_title(self, name):
+        """Waits for the window of the document of that name; a star after it means unsaved."""
+        until(
+            lambda: any(title == f"{name} — penwick" for title in self.app.windows()),
+            lambda: f"the window {name!r} among {self.app.windows()}",
+        )
+
+    def wait_for_status(self, message):
+        self.app.wait_for("label", message)
+
+    def wait_for_content(self, path, content):
+        """Waits until the file holds exactly that: a text or bytes."""
+        wanted = content if isinstance(content, bytes) else content.encode()
+        until(
+            lambda: path.exists() and path.read_bytes() == wanted,
+            lambda: f"{wanted!r} in {path.name}, which holds "
+            f"{path.read_bytes() if path.exists() else 'nothing'!r}",
+        )
+
+    def save(self, path, content):
+        """Saves by the keyboard and waits until the file holds `content` and the star is gone."""
+        self.app.press("ctrl+s")
+        self.wait_for_content(path, content)
+        self.wait_for_title(path.name)
+
+    def answer(self, label, question=None):
+        """Clicks the button of that label in the open dialog, which may have to hold a text."""
+        if question:
+            self.app.wait_for(name=lambda text: question in text)
+        self.app.click(self.app.wait_for("push button", label))
+        until(lambda: not self.app.find("push button", label), f"the end of the dialog ({label})")
+
+
+def main():
+    """Runs the tests of the script, or those that its arguments name.
+
+    Each test runs in a process of its own: the accessibility library knows one bus in its life."""
+    if len(sys.argv) > 1:
+        unittest.main()
+    suite = unittest.defaultTestLoader.loadTestsFromModule(sys.modules["__main__"])
+    tests = [test.id().removeprefix("__main__.") for cases in suite for test in cases]
+    failed = [test for test in tests if not _passes_alone(test)]
+    print(f"{len(tests) - len(failed)} of {len(tests)} passed")
+    sys.exit(bool(failed))
+
+
+def _passes_alone(test):
+    print(f"== {test}", flush=True)
+    command = [sys.executable, "-B", "-W", "ignore::DeprecationWarning", sys.argv[0], test]
+    return subprocess.run(command).returncode == 0

@@ -1,0 +1,90 @@
+#!/usr/bin/python3
+"""Nothing unsaved is lost: closing asks, and a save that fails leaves document and file whole."""
+
+import shutil
+import journey
+from driver import until
+
+QUESTION = "「memo.txt」への変更を保存しますか？"
+
+
+class Unsaved(journey.Journey):
+    def start_with_change(self):
+        path = self.write("memo.txt", "元の文\r\n")
+        app = self.start(path)
+        app.type("x")
+        self.wait_for_title("memo.txt*")
+        return app, path
+
+    def test_close_and_save_writes_the_file(self):
+        app, path = self.start_with_change()
+        app.choose("ファイル", "閉じる")
+        self.answer("保存", QUESTION)
+        self.assertEqual(app.wait_for_end(), 0)
+        self.assertEqual(path.read_bytes(), "x元の文\r\n".encode())
+
+    def test_close_and_discard_leaves_the_file(self):
+        app, path = self.start_with_change()
+        app.press("ctrl+w")
+        self.answer("保存しない", QUESTION)
+        self.assertEqual(app.wait_for_end(), 0)
+        self.assertEqual(path.read_bytes(), "元の文\r\n".encode())
+
+    def test_close_and_cancel_keeps_the_window(self):
+        app, path = self.start_with_change()
+        app.press("ctrl+w")
+        self.answer("キャンセル", QUESTION)
+        self.wait_for_title("memo.txt*")
+        self.assertEqual(path.read_bytes(), "元の文\r\n".encode())
+        app.focus_window("memo.txt")
+        app.type("y")
+        self.save(path, "xy元の文\r\n")
+
+    def test_quit_and_cancel_keeps_the_program(self):
+        app, path = self.start_with_change()
+        app.press("ctrl+q")
+        self.answer("キャンセル", QUESTION)
+        self.wait_for_title("memo.txt*")
+        self.assertIsNone(app.process.poll())
+
+    def test_failed_save_keeps_the_text_and_can_be_repeated(self):
+        app, path = self.start_with_change()
+        hidden = self.session.home / "hidden"
+        shutil.move(self.files, hidden)
+        app.press("ctrl+s")
+        self.answer("OK", "ファイルを保存できませんでした")
+        self.wait_for_title("memo.txt*")
+        self.assertEqual((hidden / "memo.txt").read_bytes(), "元の文\r\n".encode())
+        self.assertEqual([entry.name for entry in hidden.iterdir()], ["memo.txt"])
+
+        shutil.move(hidden, self.files)
+        app.focus_window("memo.txt")
+        self.save(path, "x元の文\r\n")
+
+    def test_save_as_into_a_vanished_folder_leaves_the_old_file(self):
+        app, path = self.start_with_change()
+        app.press("ctrl+shift+s")
+        until(lambda: app.find("dialog"), "the save dialog")
+        app.press("ctrl+a")
+        app.type(str(self.files / "nowhere" / "copy.txt"))
+        app.press("Return")
+        self.answer("OK")
+        until(lambda: app.windows(), "a window")
+        self.assertEqual(path.read_bytes(), "元の文\r\n".encode())
+        self.assertFalse((self.files / "nowhere").exists())
+
+    def test_save_as_writes_a_copy_and_goes_on_with_it(self):
+        app, path = self.start_with_change()
+        app.choose("ファイル", "別名で保存…")
+        until(lambda: app.find("dialog"), "the save dialog")
+        copy = self.files / "copy.txt"
+        app.press("ctrl+a")
+        app.type(str(copy))
+        app.press("Return")
+        self.wait_for_content(copy, "x元の文\r\n")
+        self.wait_for_title("copy.txt")
+        self.assertEqual(path.read_bytes(), "元の文\r\n".encode())
+
+
+if __name__ == "__main__":
+    journey.main()
