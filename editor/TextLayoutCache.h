@@ -1,9 +1,9 @@
 #pragma once
 
+#include "editor/TextLayoutStyle.h"
 #include "editor/TextSegments.h"
 #include "text/Text.h"
 
-#include <QFont>
 #include <QTextLayout>
 
 #include <memory>
@@ -21,18 +21,6 @@ struct TextComposition
     QList<QTextLayout::FormatRange> formats;
 
     [[nodiscard]] bool isActive() const { return !string.isEmpty(); }
-};
-
-/// How text is laid out. Lengths are logical pixels.
-struct TextLayoutStyle
-{
-    QFont font;
-    qreal width = 0;    ///< Rows wrap here.
-    qreal tabWidth = 0; ///< Distance of tab stops.
-    qreal rowHeight = 1;
-    qreal ascent = 1;                ///< From a row's top to its baseline.
-    QColor substitutes;              ///< Colour of the signs drawn for control characters.
-    bool hasControlPictures = false; ///< Some font has signs of their own for them.
 };
 
 /// One segment, laid out in rows of equal height. Row numbers are 0-based.

@@ -1,6 +1,7 @@
 #include "editor/TextView.h"
 
 #include "editor/InputMethod.h"
+#include "editor/TextViewAccessible.h"
 #include "editor/TextViewPainter.h"
 
 #include <QClipboard>
@@ -21,41 +22,8 @@ namespace penwick {
 
 namespace {
 
-constexpr int kTabColumns = 4;
 constexpr int kWheelRows = 3;
 constexpr int kAutoscrollInterval = 30; // Milliseconds.
-
-/// Style of rows that hold Latin and Japanese alike, so that no row is higher than the next.
-TextLayoutStyle makeStyle(const QFont &font, const QPalette &palette, qreal width)
-{
-    QTextLayout probe(QStringLiteral("Ag漢字"), font);
-    probe.beginLayout();
-    QTextLine line = probe.createLine();
-    probe.endLayout();
-    const QFontMetricsF metrics(font);
-    TextLayoutStyle style;
-    style.font = font;
-    style.width = std::max<qreal>(1, width - 2 * TextViewport::kMargin);
-    style.tabWidth = metrics.horizontalAdvance(u'0') * kTabColumns;
-    style.ascent = std::ceil(std::max(metrics.ascent(), line.ascent()));
-    style.rowHeight =
-        style.ascent + std::ceil(std::max(metrics.descent(), line.descent()) + metrics.leading());
-    style.substitutes = palette.color(QPalette::PlaceholderText);
-    style.hasControlPictures = metrics.inFontUcs4(0x2400);
-    return style;
-}
-
-/// True for a key press that enters text, not one that commands.
-bool entersText(const QKeyEvent &event)
-{
-    const Qt::KeyboardModifiers modifiers = event.modifiers();
-    // Control with Alt is how some keyboards reach their third level.
-    const bool isCommand = (modifiers & Qt::ControlModifier) && !(modifiers & Qt::AltModifier);
-    if (event.text().isEmpty() || isCommand)
-        return false;
-    const QChar first = event.text().at(0);
-    return first.isPrint() || first.isHighSurrogate();
-}
 
 } // namespace
 
@@ -63,6 +31,7 @@ TextView::TextView(TextStorage *storage, QWidget *parent)
     : QAbstractScrollArea(parent)
     , m_storage(storage)
 {
+    TextViewAccessible::install();
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_InputMethodEnabled);
@@ -123,8 +92,26 @@ void TextView::select(qint64 anchor, TextCaret caret, Scroll scroll)
     if (scroll == Scroll::ToCaret)
         m_viewport.makeVisible(m_caret);
     caretMoved();
+    TextViewAccessible::announceCaret(this, before);
     if (selectedRange() != before)
         Q_EMIT selectionDidChange();
+}
+
+QRectF TextView::caretRectAt(qint64 offset) const
+{
+    return m_viewport.caretRect({offset, false});
+}
+
+qint64 TextView::offsetAt(QPoint point) const
+{
+    return m_viewport.caretAt(point).offset;
+}
+
+void TextView::scrollTo(qint64 offset)
+{
+    m_viewport.makeVisible({offset, false});
+    updateScrollBars();
+    viewport()->update();
 }
 
 void TextView::caretMoved()
@@ -138,6 +125,7 @@ void TextView::caretMoved()
 
 void TextView::storageChanged(qint64 offset, qint64 oldLength, qint64 newLength)
 {
+    TextViewAccessible::announceChange(this, m_viewport.text(), {offset, oldLength}, newLength);
     m_viewport.textChanged(m_storage->text(), offset, oldLength, newLength);
     m_anchor = std::min(m_anchor, m_storage->length());
     m_caret.offset = std::min(m_caret.offset, m_storage->length());
@@ -291,60 +279,49 @@ void TextView::move(CaretMoveRequest request)
     m_column = column;
 }
 
-bool TextView::handleDeleteKey(const QKeyEvent &event)
+void TextView::perform(EditCommand command)
 {
     using Kind = TextStorage::EditKind;
     const Text &text = m_storage->text();
-    const qint64 offset = m_caret.offset;
-    const bool isBackspace = event.key() == Qt::Key_Backspace &&
-                             !(event.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier));
     const auto target = [&](CaretMove direction) {
         return moveCaret(m_viewport, text, m_caret, direction, 0).offset;
     };
-    if (isBackspace || event.matches(QKeySequence::Backspace))
-        deleteTo(text.previousClusterBoundary(offset), Kind::DeletingBackward);
-    else if (event.matches(QKeySequence::Delete))
-        deleteTo(text.nextClusterBoundary(offset), Kind::DeletingForward);
-    else if (event.matches(QKeySequence::DeleteStartOfWord))
-        deleteTo(target(CaretMove::WordLeft), Kind::Other);
-    else if (event.matches(QKeySequence::DeleteEndOfWord))
-        deleteTo(target(CaretMove::WordRight), Kind::Other);
-    else if (event.matches(QKeySequence::DeleteEndOfLine))
-        deleteTo(target(CaretMove::BlockEnd), Kind::Other);
-    else
-        return false;
-    return true;
-}
-
-bool TextView::handleEditKey(const QKeyEvent &event)
-{
-    if (event.matches(QKeySequence::Undo))
-        undo();
-    else if (event.matches(QKeySequence::Redo))
-        redo();
-    else if (event.matches(QKeySequence::Cut))
-        cut();
-    else if (event.matches(QKeySequence::Copy))
-        copy();
-    else if (event.matches(QKeySequence::Paste))
-        paste();
-    else if (event.matches(QKeySequence::SelectAll))
-        selectAll();
-    else if (event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter)
-        replaceSelection(QStringLiteral("\n"), TextStorage::EditKind::Typing);
-    else if (event.key() == Qt::Key_Tab && event.modifiers() == Qt::NoModifier)
-        replaceSelection(QStringLiteral("\t"), TextStorage::EditKind::Typing);
-    else
-        return handleDeleteKey(event);
-    return true;
+    switch (command) {
+    case EditCommand::Undo:
+        return undo();
+    case EditCommand::Redo:
+        return redo();
+    case EditCommand::Cut:
+        return cut();
+    case EditCommand::Copy:
+        return copy();
+    case EditCommand::Paste:
+        return paste();
+    case EditCommand::SelectAll:
+        return selectAll();
+    case EditCommand::InsertLineFeed:
+        return replaceSelection(QStringLiteral("\n"), Kind::Typing);
+    case EditCommand::InsertTab:
+        return replaceSelection(QStringLiteral("\t"), Kind::Typing);
+    case EditCommand::DeleteBackward:
+        return deleteTo(text.previousClusterBoundary(m_caret.offset), Kind::DeletingBackward);
+    case EditCommand::DeleteForward:
+        return deleteTo(text.nextClusterBoundary(m_caret.offset), Kind::DeletingForward);
+    case EditCommand::DeleteWordBackward:
+        return deleteTo(target(CaretMove::WordLeft), Kind::Other);
+    case EditCommand::DeleteWordForward:
+        return deleteTo(target(CaretMove::WordRight), Kind::Other);
+    case EditCommand::DeleteToLineEnd:
+        return deleteTo(target(CaretMove::BlockEnd), Kind::Other);
+    }
 }
 
 void TextView::keyPressEvent(QKeyEvent *event)
 {
     if (const auto request = caretMoveFor(*event))
         move(*request);
-    else if (handleEditKey(*event))
-        event->accept();
+    else if (const auto command = editCommandFor(*event))
+        perform(*command);
     else if (entersText(*event))
         replaceSelection(event->text(), TextStorage::EditKind::Typing);
     else
@@ -528,7 +505,8 @@ void TextView::changeEvent(QEvent *event)
 void TextView::updateStyle()
 {
     const QSizeF size = viewport()->size();
-    m_viewport.setGeometry(makeStyle(font(), palette(), size.width()), size);
+    const qreal width = size.width() - 2 * TextViewport::kMargin;
+    m_viewport.setGeometry(makeTextLayoutStyle(font(), palette(), width), size);
     updateScrollBars();
     viewport()->update();
 }

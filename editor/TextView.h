@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editor/CaretMover.h"
+#include "editor/EditKeys.h"
 #include "editor/SelectionGesture.h"
 #include "editor/TextStorage.h"
 #include "editor/TextViewport.h"
@@ -42,6 +43,17 @@ public:
     /// Clamped to the text; an end inside a surrogate pair moves to the pair's start. Scrolls the
     /// caret into view. Emits `selectionDidChange` when the range changed.
     void setSelectedRange(TextRange range);
+
+    /// The end of the selection that moves: where the caret is drawn.
+    [[nodiscard]] qint64 caretOffset() const { return m_caret.offset; }
+
+    /// Where a caret at `offset` stands, in logical pixels of the viewport; empty when it is
+    /// scrolled away by more than a viewport.
+    [[nodiscard]] QRectF caretRectAt(qint64 offset) const;
+    /// The offset nearest to a point of the viewport.
+    [[nodiscard]] qint64 offsetAt(QPoint point) const;
+    /// Scrolls as little as shows `offset`.
+    void scrollTo(qint64 offset);
 
     /// True while an input method shows a composition that is not committed yet.
     [[nodiscard]] bool hasMarkedText() const;
@@ -102,8 +114,7 @@ private:
     void replaceSelection(const QString &units, TextStorage::EditKind kind);
     void finishUndo(TextRange selection);
     void deleteTo(qint64 target, TextStorage::EditKind kind);
-    bool handleEditKey(const QKeyEvent &event);
-    bool handleDeleteKey(const QKeyEvent &event);
+    void perform(EditCommand command);
     void move(CaretMoveRequest request);
     void endComposition();
     void showComposition(const TextComposition &composition);

@@ -31,9 +31,13 @@ public:
     void setText(const Text &text);
     /// Told after each edit, with the text it led to.
     void textChanged(const Text &text, qint64 offset, qint64 oldLength, qint64 newLength);
+
+    /// The text laid out: as it was before an edit that `textChanged` was not told of yet.
+    [[nodiscard]] const Text &text() const { return m_text; }
+
     void setComposition(const TextComposition &composition);
 
-    /// The caret's place with regard to `composition` needs it once more for drawing.
+    /// What the input method shows at present.
     [[nodiscard]] const TextComposition &composition() const { return m_composition; }
 
     /// \param size of the viewport, margins included.

@@ -1,0 +1,60 @@
+#include "editor/EditKeys.h"
+
+#include <QKeySequence>
+
+namespace penwick {
+
+namespace {
+
+struct Binding
+{
+    QKeySequence::StandardKey key;
+    EditCommand command;
+};
+
+constexpr Binding kBindings[] = {
+    {QKeySequence::Undo, EditCommand::Undo},
+    {QKeySequence::Redo, EditCommand::Redo},
+    {QKeySequence::Cut, EditCommand::Cut},
+    {QKeySequence::Copy, EditCommand::Copy},
+    {QKeySequence::Paste, EditCommand::Paste},
+    {QKeySequence::SelectAll, EditCommand::SelectAll},
+    {QKeySequence::Backspace, EditCommand::DeleteBackward},
+    {QKeySequence::Delete, EditCommand::DeleteForward},
+    {QKeySequence::DeleteStartOfWord, EditCommand::DeleteWordBackward},
+    {QKeySequence::DeleteEndOfWord, EditCommand::DeleteWordForward},
+    {QKeySequence::DeleteEndOfLine, EditCommand::DeleteToLineEnd},
+};
+
+} // namespace
+
+std::optional<EditCommand> editCommandFor(const QKeyEvent &event)
+{
+    for (const Binding &binding : kBindings) {
+        if (event.matches(binding.key))
+            return binding.command;
+    }
+    const Qt::KeyboardModifiers modifiers = event.modifiers() & ~Qt::KeypadModifier;
+    const bool isPlainOrShifted = (modifiers & ~Qt::ShiftModifier) == 0;
+    // A finger that still rests on Shift means the same keys.
+    if (event.key() == Qt::Key_Backspace && isPlainOrShifted)
+        return EditCommand::DeleteBackward;
+    if ((event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter) && isPlainOrShifted)
+        return EditCommand::InsertLineFeed;
+    if (event.key() == Qt::Key_Tab && modifiers == Qt::NoModifier)
+        return EditCommand::InsertTab;
+    return std::nullopt;
+}
+
+bool entersText(const QKeyEvent &event)
+{
+    const Qt::KeyboardModifiers modifiers = event.modifiers();
+    // Control with Alt is how some keyboards reach their third level.
+    const bool isCommand = (modifiers & Qt::ControlModifier) && !(modifiers & Qt::AltModifier);
+    if (event.text().isEmpty() || isCommand)
+        return false;
+    const QChar first = event.text().at(0);
+    return first.isPrint() || first.isHighSurrogate();
+}
+
+} // namespace penwick
