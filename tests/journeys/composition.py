@@ -45,6 +45,7 @@ class Composition(journey.Journey):
         self.choose_macro("マクロ", "行末スペースを削除")
         self.wait_for_status(REFUSAL)
         self.wait_for_title("memo.txt")
+        self.wait_for_text("memo.txt", before)
         self.assertEqual(path.read_bytes(), before.encode())
 
         app.press("Return")

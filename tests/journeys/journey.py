@@ -63,6 +63,14 @@ class Journey(unittest.TestCase):
             lambda: f"the window {name!r} among {self.app.windows()}",
         )
 
+    def wait_for_text(self, name, content):
+        """Waits until the editor of that name shows that text, as a screen reader has it."""
+        editor = self.app.wait_for("text", name)
+        until(
+            lambda: self.app.text_of(editor) == content,
+            lambda: f"{content!r} in the editor, which shows {self.app.text_of(editor)!r}",
+        )
+
     def wait_for_status(self, message):
         self.app.wait_for("label", message)
 

@@ -23,8 +23,11 @@ class MacroOnCrLf(journey.Journey):
         path = self.write("memo.txt", original)
         app = self.start(path)
 
+        self.wait_for_text("memo.txt", original.decode())
+
         app.choose(*TRIM)
         self.wait_for_status("5件の行末スペースを削除しました")
+        self.wait_for_text("memo.txt", TRIMMED)
         self.wait_for_title("memo.txt*")
         self.save(path, TRIMMED)
 
