@@ -44,6 +44,10 @@ penwick_test_packages=(
     unicode-data
 )
 
+penwick_bench_packages=(
+    libbenchmark-dev
+)
+
 # penwick_missing_packages NAME... prints those that are not installed, one a line.
 penwick_missing_packages() {
     local wanted
