@@ -88,6 +88,7 @@ void buildMenuBar(QMainWindow *window, const MenuHandlers &handlers)
         addItem(menus.at(row.menu), row, handlers);
     }
     validateWhileOpen(menus.at(MenuId::Edit));
+    rememberFocusBefore(bar);
     window->setMenuBar(bar); // The window disposes of the old bar.
 }
 

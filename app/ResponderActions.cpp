@@ -5,8 +5,11 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QMetaMethod>
 #include <QMimeData>
+#include <QPointer>
+#include <QVariant>
 #include <QWidget>
 
 #include <optional>
@@ -14,6 +17,8 @@
 namespace penwick {
 
 namespace {
+
+constexpr char kFormerFocus[] = "formerFocus"; // A property of a menu bar.
 
 const char *operationName(MenuCommand command)
 {
@@ -39,11 +44,18 @@ struct Responder
     QMetaMethod operation;
 };
 
+QWidget *firstResponder()
+{
+    QWidget *focus = QApplication::focusWidget();
+    return qobject_cast<QMenuBar *>(focus) != nullptr
+               ? focus->property(kFormerFocus).value<QPointer<QWidget>>().data()
+               : focus;
+}
+
 std::optional<Responder> findResponder(MenuCommand command)
 {
     const QByteArray signature = QByteArray(operationName(command)) + "()";
-    for (QWidget *widget = QApplication::focusWidget(); widget != nullptr;
-         widget = widget->parentWidget()) {
+    for (QWidget *widget = firstResponder(); widget != nullptr; widget = widget->parentWidget()) {
         const int index = widget->metaObject()->indexOfMethod(signature.constData());
         if (index >= 0) {
             return Responder{widget, widget->metaObject()->method(index)};
@@ -97,6 +109,15 @@ bool canPerform(const QLineEdit &field, MenuCommand command)
 bool isResponderCommand(MenuCommand command)
 {
     return operationName(command) != nullptr;
+}
+
+void rememberFocusBefore(QMenuBar *bar)
+{
+    QObject::connect(qApp, &QApplication::focusChanged, bar, [bar](QWidget *before, QWidget *now) {
+        if (now == bar) {
+            bar->setProperty(kFormerFocus, QVariant::fromValue(QPointer<QWidget>(before)));
+        }
+    });
 }
 
 void performResponderCommand(MenuCommand command)

@@ -1,5 +1,7 @@
 #include "app/MenuBar.h"
 
+#include "editor/TextStorage.h"
+#include "editor/TextView.h"
 #include "wording/UIWordingProfile.h"
 #include "wording/WordingLookup.h"
 
@@ -31,6 +33,7 @@ private Q_SLOTS:
     void shortcut_afterRebuild_performsOnce();
     void editItem_triggered_reachesTheFocusWidget();
     void editMenu_open_showsWhatIsPossible();
+    void editMenu_openedByKeyboard_servesTheWidgetFocusedBefore();
 
 private:
     [[nodiscard]] QStringList items(int menuIndex) const;
@@ -219,6 +222,30 @@ void MenuBarTest::editMenu_open_showsWhatIsPossible()
     QVERIFY(edit->actions()[4]->isEnabled());
     Q_EMIT menu(2)->aboutToHide();
     QVERIFY(edit->actions()[0]->isEnabled());
+}
+
+// Walking through the menu bar takes the focus away from what the commands are for.
+void MenuBarTest::editMenu_openedByKeyboard_servesTheWidgetFocusedBefore()
+{
+    TextStorage storage;
+    auto *view = new TextView(&storage);
+    m_window->setCentralWidget(view);
+    m_window->show();
+    m_window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+    view->setFocus();
+    QTest::keyClicks(view, u"abc"_s);
+    view->setSelectedRange({0, 3});
+    m_window->menuBar()->setFocus(Qt::MenuBarFocusReason);
+    QVERIFY(m_window->menuBar()->hasFocus());
+    Q_EMIT menu(2)->aboutToShow();
+    const QList<QAction *> edit = menu(2)->actions();
+    QVERIFY(edit[0]->isEnabled());  // Undo
+    QVERIFY(!edit[1]->isEnabled()); // Redo
+    QVERIFY(edit[3]->isEnabled());
+    edit[3]->trigger(); // Cut
+    QCOMPARE(view->string().toString(), QString());
+    delete m_window->takeCentralWidget(); // Before its storage.
 }
 
 QTEST_MAIN(MenuBarTest)
