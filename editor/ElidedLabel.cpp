@@ -29,7 +29,7 @@ ElidedLabel::ElidedLabel(QWidget *parent)
 {
     // A message that holds markup is shown as it is, not interpreted.
     setTextFormat(Qt::PlainText);
-    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
 }
 
 void ElidedLabel::setLine(const QString &text)

@@ -38,6 +38,7 @@ StatusBarView::StatusBarView(DocumentState *documentState, QWidget *parent)
     setFont(barFont);
     setBackgroundRole(QPalette::Window);
     setAutoFillBackground(true);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 
     m_countersRow = makeCountersRow();
     m_messageLabel = new StatusMessageLabel(this);
@@ -64,7 +65,7 @@ QWidget *StatusBarView::makeCountersRow()
     const auto addLabel = [row, layout](const QString &objectName) {
         auto *label = new ElidedLabel(row);
         label->setObjectName(objectName);
-        layout->addWidget(label, 0, Qt::AlignVCenter);
+        layout->addWidget(label); // All as high as the row, so that they share one baseline.
         return label;
     };
     m_cursorLabel = addLabel(u"statusCursor"_s);
@@ -77,6 +78,9 @@ QWidget *StatusBarView::makeCountersRow()
     layout->addWidget(divider, 0, Qt::AlignVCenter);
     m_encodingLabel = addLabel(u"statusEncoding"_s);
     m_newlineLabel = addLabel(u"statusNewline"_s);
+    for (ElidedLabel *label : {m_encodingLabel, m_newlineLabel}) {
+        label->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred); // The counters give way.
+    }
     return row;
 }
 

@@ -60,7 +60,7 @@ StatusMessageLabel::StatusMessageLabel(QWidget *parent)
     QAccessible::installFactory(&createInterface);
     // A click leaves the focus in the text; only Tab brings it here.
     setFocusPolicy(Qt::TabFocus);
-    setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
 }
 
 void StatusMessageLabel::mouseReleaseEvent(QMouseEvent *event)

@@ -31,6 +31,9 @@ private Q_SLOTS:
     void message_withMarkup_showsItVerbatim();
     void message_tooLong_isElidedAndLeavesWidthFree();
     void bar_look_followsItsMeasures();
+    void counters_ofDifferentScripts_shareOneBaseline();
+    void bar_narrow_keepsItsItemsApart();
+    void bar_darkPalette_isLegible();
 
 private:
     [[nodiscard]] QLabel *label(const char *name) const
@@ -184,6 +187,66 @@ void StatusBarViewTest::bar_look_followsItsMeasures()
             dividerFound || (frame->frameShape() == QFrame::VLine && frame->height() == 12);
     }
     QVERIFY(dividerFound);
+}
+
+// Each label draws at the same distance from its top, whatever fonts its text takes.
+void StatusBarViewTest::counters_ofDifferentScripts_shareOneBaseline()
+{
+    const QLabel *first = label("statusCursor");
+    for (const char *name :
+         {"statusLineCount", "statusCharacterCount", "statusEncoding", "statusNewline"}) {
+        QCOMPARE(label(name)->y(), first->y());
+        QCOMPARE(label(name)->height(), first->height());
+    }
+}
+
+void StatusBarViewTest::bar_narrow_keepsItsItemsApart()
+{
+    m_state->setCursorLine(9'223'372'036'854'775'807);
+    m_state->setCursorColumn(9'223'372'036'854'775'807);
+    m_state->setLineCount(9'223'372'036'854'775'807);
+    m_state->setCharacterCount(9'223'372'036'854'775'807);
+    m_bar->resize(520, m_bar->height());
+    QCOMPARE(m_bar->width(), 520);
+    QTRY_VERIFY(label("statusNewline")->geometry().right() < 520);
+    int right = 0;
+    for (const char *name : {"statusCursor",
+                             "statusLineCount",
+                             "statusCharacterCount",
+                             "statusEncoding",
+                             "statusNewline"}) {
+        QVERIFY(label(name)->x() > right || right == 0);
+        QVERIFY2(label(name)->width() > 0, name);
+        right = label(name)->geometry().right();
+    }
+}
+
+void StatusBarViewTest::bar_darkPalette_isLegible()
+{
+    const QColor background(30, 30, 30);
+    QPalette dark;
+    dark.setColor(QPalette::Window, background);
+    dark.setColor(QPalette::WindowText, QColor(230, 230, 230));
+    m_bar->setPalette(dark);
+    const auto strongest = [this, background](const QRect &area) {
+        const QImage image = m_bar->grab(area).toImage();
+        int most = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                most = std::max(most, qGray(image.pixel(x, y)) - qGray(background.rgb()));
+            }
+        }
+        return most;
+    };
+    QVERIFY(strongest(label("statusEncoding")->parentWidget()->geometry()) > 150);
+    for (const QFrame *frame : m_bar->findChildren<QFrame *>()) {
+        if (frame->frameShape() == QFrame::VLine) {
+            const QRect place(frame->mapTo(m_bar.get(), QPoint()), frame->size());
+            QVERIFY2(strongest(place) > 20, qPrintable(QString::number(strongest(place))));
+        }
+    }
+    m_state->setMacroNotificationMessage(u"MMMM"_s);
+    QVERIFY(strongest(message()->geometry()) > 100);
 }
 
 QTEST_MAIN(StatusBarViewTest)
