@@ -15,6 +15,7 @@
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <optional>
 
 namespace penwick {
 
@@ -28,18 +29,49 @@ QString startFolder()
     return QFileInfo(documents).isDir() ? documents : QDir::homePath();
 }
 
+QString inCanonicalFolder(const QString &path)
+{
+    const QFileInfo info(path);
+    const QString folder = QFileInfo(info.path()).canonicalFilePath();
+    const QString place =
+        folder.isEmpty() ? info.absoluteFilePath() : folder + u'/' + info.fileName();
+    return QDir::cleanPath(place);
+}
+
 /// One name for one file, whatever links lead to it; also for a file that does not exist.
 QString identityOf(const QString &path)
 {
     const QString canonical = QFileInfo(path).canonicalFilePath();
-    return canonical.isEmpty() ? QDir::cleanPath(QFileInfo(path).absoluteFilePath()) : canonical;
+    return canonical.isEmpty() ? inCanonicalFolder(path) : canonical;
+}
+
+/// The path as the person gave it, made absolute. Behind a link ".." is not the folder that its
+/// name suggests, so there the links have to go.
+QString absolutePathOf(const QString &path)
+{
+    return path.split(u'/').contains(u".."_s) ? inCanonicalFolder(path)
+                                              : QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+}
+
+/// Why the file cannot become a new document, or nothing when it can: it is merely not there yet.
+std::optional<DocumentError> obstacleToNewFile(const QString &path, const DocumentError &readError)
+{
+    if (readError.fileErrorKind != FileError::Kind::NotFound) {
+        return readError;
+    }
+    // What the system calls by bytes that are no text came here as another name, under which
+    // nothing is found. An empty window would pass for that file.
+    if (path.contains(QChar::ReplacementCharacter)) {
+        return DocumentError{
+            DocumentError::Domain::NSPOSIXErrorDomain, 0, FileError::Kind::InvalidPath};
+    }
+    return std::nullopt;
 }
 
 void bringForward(QWidget *window)
 {
-    if (window->isMinimized()) {
-        window->showNormal();
-    }
+    // Not showNormal(), which would take a maximised window's size away.
+    window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
     window->show();
     window->raise();
     window->activateWindow();
@@ -157,16 +189,17 @@ bool DocumentController::openFileOrNew(const QString &path)
 
 bool DocumentController::openDocumentFrom(const QString &path, bool mayBeMissing)
 {
-    const QString absolutePath = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+    const QString absolutePath = absolutePathOf(path);
     if (const OpenDocument *open = findFile(absolutePath)) {
         bringForward(open->controller->window());
         return true;
     }
     auto document = std::make_unique<TextDocument>();
     if (const auto read = document->readFromFile(absolutePath); !read) {
-        const bool isMissing = read.error().fileErrorKind == FileError::Kind::NotFound;
-        if (!isMissing || !mayBeMissing) {
-            dialogs::showOpenError(QApplication::activeWindow(), absolutePath, read.error());
+        const auto obstacle =
+            mayBeMissing ? obstacleToNewFile(absolutePath, read.error()) : read.error();
+        if (obstacle) {
+            dialogs::showOpenError(QApplication::activeWindow(), absolutePath, *obstacle);
             return false;
         }
         document->setFilePath(absolutePath);
@@ -250,7 +283,7 @@ bool DocumentController::saveDocumentAs(const EditorWindowController *controller
         return false;
     }
     m_folder = QFileInfo(path).absolutePath();
-    return saveTo(*entry, QDir::cleanPath(path));
+    return saveTo(*entry, absolutePathOf(path));
 }
 
 bool DocumentController::saveTo(OpenDocument &entry, const QString &path)
@@ -284,8 +317,10 @@ bool DocumentController::confirmClose(OpenDocument &entry)
 
 bool DocumentController::closeAll()
 {
-    if (m_closingAll) {
-        return false; // The question is on the screen already.
+    // A question is on the screen already. The session's end may come in the middle of it, and
+    // would take away the document that it is about.
+    if (m_closingAll || QApplication::activeModalWidget() != nullptr) {
+        return false;
     }
     m_closingAll = true;
     const QList<WindowController> controllers = windowControllers();

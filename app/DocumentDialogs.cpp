@@ -1,10 +1,10 @@
 #include "app/DocumentDialogs.h"
 
+#include "app/FileDialog.h"
 #include "app/MessageBox.h"
 #include "wording/WordingLookup.h"
 
 #include <QDir>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QPushButton>
 
@@ -45,7 +45,7 @@ QString reasonOfFileError(FileError::Kind kind)
 void showFileError(QWidget *parent, const QString &text, const QString &path, const QString &reason)
 {
     MessageBox box(QMessageBox::Warning, text, parent);
-    box.setInformativeText(QDir::toNativeSeparators(path) + u"\n"_s + reason);
+    box.setInformation(QDir::toNativeSeparators(path) + u"\n"_s + reason);
     box.addTextButton(wording::text(u"common.ok"_s), QMessageBox::AcceptRole);
     box.exec();
 }
@@ -69,7 +69,7 @@ UnsavedAnswer askAboutUnsavedChanges(QWidget *parent, const QString &name)
         withName(wording::text(u"dialog.unsavedMessage"_s, u"「%1」への変更を保存しますか？"_s),
                  name),
         parent);
-    box.setInformativeText(
+    box.setInformation(
         wording::text(u"dialog.unsavedInformation"_s, u"保存しないと、変更は失われます。"_s));
     QPushButton *save = box.addTextButton(wording::text(u"common.save"_s), QMessageBox::AcceptRole);
     QPushButton *discard = box.addTextButton(wording::text(u"dialog.discard"_s, u"保存しない"_s),
@@ -93,8 +93,8 @@ bool askToOverwriteChangedFile(QWidget *parent, const QString &name)
                                u"「%1」は、ほかのプログラムによって変更されています。"_s),
                  name),
         parent);
-    box.setInformativeText(wording::text(u"dialog.changedOnDiskInformation"_s,
-                                         u"保存すると、その変更は失われます。"_s));
+    box.setInformation(wording::text(u"dialog.changedOnDiskInformation"_s,
+                                     u"保存すると、その変更は失われます。"_s));
     QPushButton *overwrite = box.addTextButton(
         wording::text(u"dialog.overwrite"_s, u"上書き保存"_s), QMessageBox::DestructiveRole);
     QPushButton *cancel =
@@ -107,23 +107,23 @@ bool askToOverwriteChangedFile(QWidget *parent, const QString &name)
 
 QStringList askForFilesToOpen(QWidget *parent, const QString &folder)
 {
-    QFileDialog dialog(parent, wording::text(u"dialog.openTitle"_s, u"開く"_s), folder);
+    FileDialog dialog(parent, wording::text(u"dialog.openTitle"_s, u"開く"_s), folder);
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
     dialog.setFileMode(QFileDialog::ExistingFiles);
     setUpFileDialog(dialog, wording::text(u"dialog.open"_s, u"開く"_s));
-    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles() : QStringList();
+    return dialog.exec() == QDialog::Accepted ? dialog.chosenPaths() : QStringList();
 }
 
 QString askForFileToSave(QWidget *parent, const QString &suggestion)
 {
     const QFileInfo info(suggestion);
-    QFileDialog dialog(
+    FileDialog dialog(
         parent, wording::text(u"dialog.saveTitle"_s, u"別名で保存"_s), info.absolutePath());
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);
     setUpFileDialog(dialog, wording::text(u"common.save"_s));
     dialog.selectFile(info.fileName());
-    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
+    return dialog.exec() == QDialog::Accepted ? dialog.chosenPaths().value(0) : QString();
 }
 
 void showOpenError(QWidget *parent, const QString &path, const DocumentError &error)

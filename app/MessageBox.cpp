@@ -3,6 +3,7 @@
 #include "app/MenuTable.h"
 #include "wording/WordingLookup.h"
 
+#include <QLabel>
 #include <QPushButton>
 
 namespace penwick {
@@ -15,6 +16,18 @@ MessageBox::MessageBox(Icon icon, const QString &text, QWidget *parent)
     setWindowTitle(wording::text(QStringLiteral("app.name")));
     setText(text);
     setWindowModality(Qt::ApplicationModal);
+}
+
+// The box's text format holds for its first text only: in the second one, a path could bring
+// markup along.
+void MessageBox::setInformation(const QString &text)
+{
+    setInformativeText(QStringLiteral(" "));
+    for (QLabel *label : findChildren<QLabel *>()) {
+        label->setTextFormat(Qt::PlainText);
+        label->setOpenExternalLinks(false);
+    }
+    setInformativeText(text);
 }
 
 QPushButton *MessageBox::addTextButton(const QString &label, ButtonRole role)

@@ -14,6 +14,9 @@ public:
     /// \param text the message, also for the title bar and for assistive technology.
     MessageBox(Icon icon, const QString &text, QWidget *parent);
 
+    /// Shows a second text, smaller, below the first one.
+    void setInformation(const QString &text);
+
     /// \return the button, owned by the box.
     QPushButton *addTextButton(const QString &label, ButtonRole role);
 };

@@ -8,10 +8,13 @@
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QTest>
+#include <QTreeView>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 using namespace penwick;
@@ -35,7 +38,15 @@ private Q_SLOTS:
     void openFile_invalidUtf8_saysSoAndOpensNothing();
     void openFile_missing_saysSo();
     void openFileOrNew_missing_isSavedToThatPath();
+    void openFileOrNew_nameThatIsNoText_saysSo();
+    void openFileOrNew_missingThroughALink_isOneDocument();
+    void openFile_parentBehindALink_isTheSystemsParent();
+    void openFile_notAFile_saysWhy_data();
+    void openFile_notAFile_saysWhy();
+    void openFile_failureOfAFileNamedLikeMarkup_showsItsName();
+    void openFile_openInAMinimisedWindow_bringsItBackAsItWas();
     void openDocument_severalFiles_areAllOpened();
+    void openDocument_columns_fitTheirContents();
     void title_edited_isMarked();
     void title_nameWithPlaceholder_isVerbatim();
     void save_file_writesWhatWasTypedLast();
@@ -44,14 +55,21 @@ private Q_SLOTS:
     void saveAs_existingFile_asksBeforeReplacing();
     void saveAs_fileOfAnotherWindow_isRefused();
     void save_failure_saysSoAndKeepsEverything();
+    void save_fileBecameAFolder_saysSoAndKeepsEverything();
+    void save_throughALink_keepsTheLink();
+    void saveAs_ontoItself_savesInPlace();
+    void saveAs_ontoALink_writesItsTarget();
+    void saveAs_nameWithQuotes_isOneName();
     void save_fileChangedOnDisk_asksFirst();
     void close_unedited_closesAtOnce();
     void close_edited_cancel_staysOpen();
+    void close_edited_namesTheFileVerbatim();
     void close_edited_discard_leavesTheFile();
     void close_edited_save_writesTheFile();
     void close_saveFails_staysOpen();
     void closeAll_cancelAtSecond_closesNothing();
     void closeAll_agreed_closesEveryWindow();
+    void closeAll_whileAQuestionIsOpen_closesNothing();
 
 private:
     [[nodiscard]] QMainWindow *window(int index) const
@@ -68,6 +86,9 @@ private:
     {
         QTest::keyClicks(controller(index)->textView(), text);
     }
+
+    /// Types a path into the next file dialog and accepts it, replacing what is there.
+    static void answerFileDialogReplacing(const QString &path);
 
     /// Types a path into the next file dialog and accepts it.
     static void answerFileDialog(const QString &path);
@@ -96,6 +117,19 @@ void DocumentControllerTest::answerFileDialog(const QString &path)
         auto *dialog = qobject_cast<QFileDialog *>(modal);
         QVERIFY(dialog != nullptr);
         dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(path);
+        QMetaObject::invokeMethod(dialog, "accept");
+    });
+}
+
+void DocumentControllerTest::answerFileDialogReplacing(const QString &path)
+{
+    test::answerModal([path](QWidget *modal) {
+        auto *dialog = qobject_cast<QFileDialog *>(modal);
+        QVERIFY(dialog != nullptr);
+        if (!path.isNull()) {
+            dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(path);
+        }
+        test::clickInModal(u"はい"_s);
         QMetaObject::invokeMethod(dialog, "accept");
     });
 }
@@ -189,6 +223,96 @@ void DocumentControllerTest::openFileOrNew_missing_isSavedToThatPath()
     QCOMPARE(m_home->read(u"new.txt"_s), QByteArray("hi"));
 }
 
+// A name of other bytes than UTF-8 arrives with replacement characters, which lead nowhere.
+void DocumentControllerTest::openFileOrNew_nameThatIsNoText_saysSo()
+{
+    const QByteArray name = QFile::encodeName(m_home->path()) + "/\x93\xFA.txt";
+    const int file = ::open(name.constData(), O_CREAT | O_WRONLY, 0600);
+    QVERIFY(file >= 0);
+    ::close(file);
+    QString message;
+    test::clickInModal(u"OK"_s, &message);
+    QVERIFY(!m_documents->openFileOrNew(QFile::decodeName(name)));
+    QCOMPARE(message, u"ファイルを開けませんでした"_s);
+    QVERIFY(!m_documents->hasDocuments());
+    QCOMPARE(::unlink(name.constData()), 0); // The temporary folder could not remove it.
+}
+
+void DocumentControllerTest::openFileOrNew_missingThroughALink_isOneDocument()
+{
+    QVERIFY(QDir(m_home->path()).mkdir(u"folder"_s));
+    QVERIFY(QFile::link(m_home->file(u"folder"_s), m_home->file(u"link"_s)));
+    QVERIFY(m_documents->openFileOrNew(m_home->file(u"folder/new.txt"_s)));
+    QVERIFY(m_documents->openFileOrNew(m_home->file(u"link/new.txt"_s)));
+    QCOMPARE(m_documents->windowControllers().size(), 1);
+}
+
+void DocumentControllerTest::openFile_parentBehindALink_isTheSystemsParent()
+{
+    m_home->write(u"a.txt"_s, "of the link");
+    m_home->write(u"other/a.txt"_s, "of the folder");
+    QVERIFY(QDir(m_home->path()).mkpath(u"other/folder"_s));
+    QVERIFY(QFile::link(m_home->file(u"other/folder"_s), m_home->file(u"link"_s)));
+    QVERIFY(m_documents->openFile(m_home->file(u"link/../a.txt"_s)));
+    QCOMPARE(controller(0)->textView()->string().toString(), u"of the folder"_s);
+    QVERIFY(m_documents->openFileOrNew(m_home->file(u"no such folder/../a.txt"_s)));
+    QCOMPARE(controller(1)->textView()->string().toString(), u"of the link"_s);
+}
+
+void DocumentControllerTest::openFile_notAFile_saysWhy_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("folder") << u"%1/folder"_s << u"フォルダです。"_s;
+    QTest::newRow("device") << u"/dev/null"_s << u"通常のファイルではありません。"_s;
+    QTest::newRow("link to nothing")
+        << u"%1/link"_s << u"ファイルまたはフォルダが見つかりません。"_s;
+    QTest::newRow("no path") << QString() << u"この名前は使えません。"_s;
+    QTest::newRow("bytes that are no text")
+        << u"%1/bytes"_s << u"UTF-8 のテキストではありません。"_s;
+}
+
+void DocumentControllerTest::openFile_notAFile_saysWhy()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, reason);
+    QVERIFY(QDir(m_home->path()).mkdir(u"folder"_s));
+    QVERIFY(QFile::link(m_home->file(u"nothing"_s), m_home->file(u"link"_s)));
+    m_home->write(u"bytes"_s, "abc\xFF");
+    QString information;
+    test::answerModal([&information](QWidget *modal) {
+        information = qobject_cast<QMessageBox *>(modal)->informativeText();
+        modal->close();
+    });
+    QVERIFY(!m_documents->openFile(path.replace(u"%1"_s, m_home->path())));
+    QVERIFY2(information.endsWith(reason), qPrintable(information));
+    QVERIFY(!m_documents->hasDocuments());
+}
+
+void DocumentControllerTest::openFile_failureOfAFileNamedLikeMarkup_showsItsName()
+{
+    const QString path = m_home->write(u"a <b>%1 &amp;<i>.txt"_s, "\xFF");
+    test::answerModal([path](QWidget *modal) {
+        const auto *label = modal->findChild<QLabel *>(u"qt_msgbox_informativelabel"_s);
+        QVERIFY(label != nullptr);
+        QVERIFY2(label->text().startsWith(path), qPrintable(label->text()));
+        QCOMPARE(label->textFormat(), Qt::PlainText);
+        modal->close();
+    });
+    QVERIFY(!m_documents->openFile(path));
+}
+
+void DocumentControllerTest::openFile_openInAMinimisedWindow_bringsItBackAsItWas()
+{
+    const QString path = m_home->write(u"a.txt"_s, "abc");
+    QVERIFY(m_documents->openFile(path));
+    window(0)->setWindowState(Qt::WindowMaximized | Qt::WindowMinimized);
+    QVERIFY(window(0)->isMinimized());
+    QVERIFY(m_documents->openFile(path));
+    QVERIFY(!window(0)->isMinimized());
+    QVERIFY(window(0)->isMaximized());
+}
+
 void DocumentControllerTest::openDocument_severalFiles_areAllOpened()
 {
     m_home->write(u"a.txt"_s, "A");
@@ -202,6 +326,29 @@ void DocumentControllerTest::openDocument_severalFiles_areAllOpened()
     m_documents->openDocument();
     QCOMPARE(m_documents->windowControllers().size(), 2);
     QCOMPARE(controller(1)->textView()->string().toString(), u"B"_s);
+}
+
+void DocumentControllerTest::openDocument_columns_fitTheirContents()
+{
+    m_home->write(u"large.bin"_s, QByteArray(87190, 'x'));
+    test::answerModal([this](QWidget *modal) {
+        auto *dialog = qobject_cast<QFileDialog *>(modal);
+        dialog->setViewMode(QFileDialog::Detail);
+        dialog->setDirectory(m_home->path());
+        const auto *files = dialog->findChild<QTreeView *>(u"treeView"_s);
+        QVERIFY(files != nullptr);
+        const QModelIndex folder = files->rootIndex();
+        QTRY_VERIFY(files->model()->rowCount(folder) > 0);
+        QTRY_VERIFY(!files->model()->index(0, 1, folder).data().toString().isEmpty());
+        for (const int column : {1, 3}) {
+            const QModelIndex cell = files->model()->index(0, column, folder);
+            const int needed = files->fontMetrics().horizontalAdvance(cell.data().toString());
+            QTRY_VERIFY2(files->columnWidth(column) > needed, qPrintable(cell.data().toString()));
+        }
+        QVERIFY(files->isColumnHidden(2));
+        modal->close();
+    });
+    m_documents->openDocument();
 }
 
 void DocumentControllerTest::title_edited_isMarked()
@@ -308,6 +455,74 @@ void DocumentControllerTest::save_failure_saysSoAndKeepsEverything()
     QCOMPARE(m_documents->documentOf(controller(0))->filePath(), path);
 }
 
+void DocumentControllerTest::save_fileBecameAFolder_saysSoAndKeepsEverything()
+{
+    const QString path = m_home->write(u"a.txt"_s, "abc");
+    m_documents->openFile(path);
+    type(0, u"x"_s);
+    QVERIFY(QFile::remove(path) && QDir().mkdir(path));
+    test::answerModal([](QWidget *modal) {
+        test::clickInModal(u"OK"_s); // The failure's message.
+        test::buttonNamed(modal, u"上書き保存"_s)->click();
+    });
+    QVERIFY(!m_documents->saveDocument(controller(0)));
+    QVERIFY(QFileInfo(path).isDir());
+    QVERIFY(window(0)->isWindowModified());
+    QCOMPARE(controller(0)->textView()->string().toString(), u"xabc"_s);
+    QCOMPARE(QDir(m_home->path()).entryList(QDir::Files | QDir::Hidden), QStringList());
+}
+
+void DocumentControllerTest::save_throughALink_keepsTheLink()
+{
+    m_home->write(u"folder/target.txt"_s, "abc");
+    const QString link = m_home->file(u"link.txt"_s);
+    QVERIFY(QFile::link(u"folder/target.txt"_s, link));
+    m_documents->openFile(link);
+    QCOMPARE(window(0)->windowTitle(), u"link.txt[*] — penwick"_s);
+    type(0, u"x"_s);
+    QVERIFY(QFile::remove(m_home->file(u"folder/target.txt"_s))); // Now it leads nowhere.
+    QVERIFY(m_documents->saveDocument(controller(0)));
+    QVERIFY(QFileInfo(link).isSymLink());
+    QCOMPARE(m_home->read(u"folder/target.txt"_s), QByteArray("xabc"));
+}
+
+void DocumentControllerTest::saveAs_ontoItself_savesInPlace()
+{
+    const QString path = m_home->write(u"a.txt"_s, "abc");
+    m_documents->openFile(path);
+    type(0, u"x"_s);
+    answerFileDialogReplacing({}); // The suggestion is the file itself.
+    QVERIFY(m_documents->saveDocumentAs(controller(0)));
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("xabc"));
+    QVERIFY(!window(0)->isWindowModified());
+    QCOMPARE(m_documents->documentOf(controller(0))->filePath(), path);
+}
+
+void DocumentControllerTest::saveAs_ontoALink_writesItsTarget()
+{
+    m_home->write(u"folder/target.txt"_s, "old");
+    const QString link = m_home->file(u"link.txt"_s);
+    QVERIFY(QFile::link(m_home->file(u"folder/target.txt"_s), link));
+    m_documents->newDocument();
+    type(0, u"new"_s);
+    answerFileDialogReplacing(link);
+    QVERIFY(m_documents->saveDocumentAs(controller(0)));
+    QVERIFY(QFileInfo(link).isSymLink());
+    QCOMPARE(m_home->read(u"folder/target.txt"_s), QByteArray("new"));
+    QCOMPARE(window(0)->windowTitle(), u"link.txt[*] — penwick"_s);
+}
+
+void DocumentControllerTest::saveAs_nameWithQuotes_isOneName()
+{
+    const QString path = m_home->write(u"say \"hi\" & %1.txt"_s, "abc");
+    m_documents->openFile(path);
+    type(0, u"x"_s);
+    answerFileDialogReplacing({});
+    QVERIFY(m_documents->saveDocumentAs(controller(0)));
+    QCOMPARE(m_documents->documentOf(controller(0))->filePath(), path);
+    QCOMPARE(m_home->read(u"say \"hi\" & %1.txt"_s), QByteArray("xabc"));
+}
+
 void DocumentControllerTest::save_fileChangedOnDisk_asksFirst()
 {
     m_documents->openFile(m_home->write(u"a.txt"_s, "abc"));
@@ -341,6 +556,19 @@ void DocumentControllerTest::close_edited_cancel_staysOpen()
     QCOMPARE(message, u"「a.txt」への変更を保存しますか？"_s);
     QVERIFY(window(0)->isVisible());
     test::answerModal([](QWidget *modal) { QTest::keyClick(modal, Qt::Key_Escape); });
+    QVERIFY(!window(0)->close());
+}
+
+void DocumentControllerTest::close_edited_namesTheFileVerbatim()
+{
+    m_documents->openFile(m_home->write(u"<b>%1 & %2\n[*].txt"_s, "abc"));
+    type(0, u"x"_s);
+    test::answerModal([](QWidget *modal) {
+        const auto *box = qobject_cast<QMessageBox *>(modal);
+        QCOMPARE(box->text(), u"「<b>%1 & %2\n[*].txt」への変更を保存しますか？"_s);
+        QCOMPARE(box->textFormat(), Qt::PlainText);
+        modal->close();
+    });
     QVERIFY(!window(0)->close());
 }
 
@@ -403,6 +631,20 @@ void DocumentControllerTest::closeAll_agreed_closesEveryWindow()
     QVERIFY(m_documents->closeAll());
     QVERIFY(!m_documents->hasDocuments());
     QVERIFY(!other.isVisible());
+}
+
+// The session's end does not wait for the answer to a question that is open already.
+void DocumentControllerTest::closeAll_whileAQuestionIsOpen_closesNothing()
+{
+    m_documents->openFile(m_home->write(u"a.txt"_s, "abc"));
+    type(0, u"x"_s);
+    test::answerModal([this](QWidget *modal) {
+        QVERIFY(!m_documents->closeAll());
+        QCOMPARE(QApplication::activeModalWidget(), modal);
+        test::buttonNamed(modal, u"保存"_s)->click();
+    });
+    QVERIFY(window(0)->close());
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("xabc"));
 }
 
 QTEST_MAIN(DocumentControllerTest)
