@@ -30,6 +30,7 @@ QString decoded(const std::string &utf8)
 class TreeBuilder final
 {
 public:
+    // NOLINTBEGIN(readability-identifier-naming): the parser names its events.
     JsonValue takeResult() { return std::move(m_result); }
 
     const JsonError &error() const { return m_error; }
@@ -71,6 +72,8 @@ public:
         return false;
     }
 
+    // NOLINTEND(readability-identifier-naming)
+
 private:
     struct Container
     {
@@ -102,7 +105,7 @@ private:
         if (m_open.empty())
             m_result = std::move(value);
         else if (m_open.back().isObject)
-            m_open.back().members.insert(m_open.back().name, std::move(value));
+            m_open.back().members.insert(m_open.back().name, value);
         else
             m_open.back().items.append(std::move(value));
         return true;

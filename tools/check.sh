@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
 # Checks the sources without running the program.
 #
-#   tools/check.sh [format] [tidy] [cppcheck] [layers] [wording]     default: all of them
-#   tools/check.sh tests                                             everything: same as ./test
+#   tools/check.sh [format] [layers] [wording] [cppcheck] [tidy]     default: all of these
+#   tools/check.sh analyzer      clang's analyzer, path by path: slow, so not part of ./test
+#   tools/check.sh tests         everything, same as ./test
 #
-# tidy reads build/release/compile_commands.json: run ./test or ./run once before.
+# tidy and analyzer read build/release/compile_commands.json: run ./test or ./run once before.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 
@@ -25,18 +26,30 @@ check_format() {
     sources "${folders[@]}" tests "${extra[@]}" | xargs clang-format --dry-run -Werror
 }
 
-# The tests are left out: QtTest's macros and data rows break the limits that guard the program.
-check_tidy() {
+# run_tidy CHECKS runs clang-tidy with .clang-tidy's checks as CHECKS changes them. The tests are left
+# out: QtTest's macros and data rows break the limits that guard the program.
+run_tidy() {
     if [[ ! -e $database ]]; then
         echo "check.sh: there is no $database: run \"cmake --preset release\" first" >&2
         exit 1
     fi
     local pattern
     pattern="^$PWD/($(IFS='|'; echo "${folders[*]}"))/.*\.cpp$"
-    # The tool writes one line per file and the count of what it suppressed in foreign headers.
-    run-clang-tidy -quiet -p build/release -j "$(nproc)" "$pattern" 2>/dev/null |
+    # The compile commands are those of g++, which knows warnings that clang does not. The tool's own
+    # output is one line per file, and on stderr the count of what it left out in foreign headers.
+    run-clang-tidy -quiet -p build/release -j "$(nproc)" -checks="$1" \
+        -extra-arg=-Wno-unknown-warning-option "$pattern" 2>/dev/null |
         { grep -v '^clang-tidy-' || true; }
     [[ ${PIPESTATUS[0]} == 0 ]]
+}
+
+check_tidy() {
+    run_tidy '-clang-analyzer-*'
+}
+
+# Takes as long again as all the other checks, so it is run by hand.
+check_analyzer() {
+    run_tidy '-bugprone-*,-performance-*,-modernize-*,-readability-*'
 }
 
 check_cppcheck() {
@@ -60,7 +73,7 @@ check_wording() {
 (($#)) || set -- format layers wording cppcheck tidy
 for check in "$@"; do
     case $check in
-    format | tidy | cppcheck | layers | wording) ;;
+    format | layers | wording | cppcheck | tidy | analyzer) ;;
     tests) exec ./test ;;
     *)
         echo "check.sh: unknown check: $check" >&2

@@ -83,7 +83,7 @@ penwick_install_packages() {
         as_root=(sudo)
     fi
     echo "penwick: installing with apt: ${missing[*]}"
-    local apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q)
+    local apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -o Dpkg::Use-Pty=0)
     if ! "${apt[@]}" update ||
         ! "${apt[@]}" install --yes --no-install-recommends "${missing[@]}"; then
         echo "penwick: apt could not install: ${missing[*]}" >&2

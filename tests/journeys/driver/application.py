@@ -30,7 +30,7 @@ class Application:
             )
         session.environment = saved
         self._root = None
-        until(self._find, "the program on the accessibility bus", 60)
+        until(self._find, "the program on the accessibility bus")
 
     def _find(self):
         if self.process.poll() is not None:
@@ -205,5 +205,5 @@ class Application:
 
     def wait_for_end(self):
         """Waits until the program has ended by itself, and returns its exit status."""
-        until(lambda: self.process.poll() is not None, "the program to end", 30)
+        until(lambda: self.process.poll() is not None, "the program to end")
         return self.process.returncode

@@ -7,7 +7,7 @@ class Timeout(AssertionError):
     """What was waited for did not come."""
 
 
-def until(condition, what, seconds=20.0):
+def until(condition, what, seconds=60.0):
     """Calls `condition` until its result is true, and returns that result.
 
     Raises `Timeout` with `what`, a text or a callable that gives one, after `seconds`."""
