@@ -113,8 +113,17 @@ private:
             put(ScriptValue::other(), std::move(key));
         else if (m_open.size() == m_limits.depth)
             m_error = Code::ResultTooDeep;
+        else if (isTypedArray(value))
+            put(ScriptValue(ScriptValue::Map()), std::move(key));
         else
             open(object, std::move(key));
+    }
+
+    // The engine makes a name for each of its elements before it says how many there are: for a
+    // large one that takes minutes and more memory than there is, and no result has a use for them.
+    [[nodiscard]] bool isTypedArray(JSValueRef value) const
+    {
+        return JSValueGetTypedArrayType(m_context, value, nullptr) != kJSTypedArrayTypeNone;
     }
 
     void open(JSObjectRef object, QString key)

@@ -22,7 +22,7 @@ struct ScriptLimits
 /// `userInput`; no time limit holds, and scripts run on the calling thread.
 ///
 /// In the value, undefined is dropped from objects and becomes null in lists; a getter that throws
-/// counts as undefined; `toJSON` is not called.
+/// counts as undefined; `toJSON` is not called. Typed arrays are empty objects.
 [[nodiscard]] ScriptOutcome
 runScript(ScriptRequest request, const ScriptLogSink &log, const ScriptLimits &limits = {});
 

@@ -51,6 +51,8 @@ private Q_SLOTS:
     void run_withoutTextView_saysSo();
     void run_scriptError_showsItAndTouchesNothing_data();
     void run_scriptError_showsItAndTouchesNothing();
+    void run_oddScript_touchesNothing_data();
+    void run_oddScript_touchesNothing();
     void run_editThatFails_showsTheErrorAndKeepsTheOthers();
     void run_afterTyping_seesWhatWasTyped();
     void run_withInput_handsItOver();
@@ -362,6 +364,56 @@ void EditorWindowControllerTest::run_scriptError_showsItAndTouchesNothing()
     QCOMPARE(text(), u"abc"_s);
     QCOMPARE(view()->selectedRange(), (TextRange{1, 0}));
     QVERIFY(!m_document->isEdited());
+}
+
+// Whatever a script returns or throws: unless it asks for a valid edit, the text stays as it is.
+void EditorWindowControllerTest::run_oddScript_touchesNothing_data()
+{
+    QTest::addColumn<QString>("code");
+
+    QTest::newRow("proxy that throws") << u"return new Proxy({}, {get() { throw 1; },"
+                                          "ownKeys() { throw 2; }});"_s;
+    QTest::newRow("proxy of a list of edits")
+        << u"return {textEdits: new Proxy([{type: 'replaceAll', text: 'X'}], {})};"_s;
+    QTest::newRow("list with a hole")
+        << u"return {textEdits: [{type: 'replaceAll', text: 'X'}, , ]};"_s;
+    QTest::newRow("endless list") << u"return {textEdits: new Array(4294967295)};"_s;
+    QTest::newRow("date in the edits")
+        << u"return {textEdits: [{type: 'replaceAll', text: 'X'}, new Date()]};"_s;
+    QTest::newRow("cyclic edits") << u"var a = []; a[0] = a; return {textEdits: a};"_s;
+    QTest::newRow("string objects")
+        << u"return {textEdits: [{type: new String('replaceAll'), text: 'X'}]};"_s;
+    QTest::newRow("own key named like the prototype")
+        << uR"(return JSON.parse('{"__proto__":{"textEdits":[{"type":"replaceAll","text":"X"}]}}');)"_s;
+    QTest::newRow("getter that throws")
+        << u"return {get textEdits() { throw new Error('x'); }, toJSON() { return 1; }};"_s;
+    QTest::newRow("promise of a result")
+        << u"return Promise.resolve({textEdits: [{type: 'replaceAll', text: 'X'}]});"_s;
+    QTest::newRow("function") << u"return function() {};"_s;
+    QTest::newRow("symbol thrown") << u"throw Symbol('x');"_s;
+    QTest::newRow("object without prototype thrown") << u"throw Object.create(null);"_s;
+    QTest::newRow("wrapper closed early") << u"})(); throw new Error('x'); (function() {"_s;
+    QTest::newRow("open comment") << u"return {}; /*"_s;
+    QTest::newRow("fraction and infinity")
+        << u"return {textEdits: [{type: 'replaceLines', startLine: 0.5, endLine: Infinity,"
+           "lines: []}]};"_s;
+    QTest::newRow("cursor of any kind without edits")
+        << u"return {cursor: {offset: NaN}, selection: {startOffset: -0, endOffset: 2 ** 53}};"_s;
+    QTest::newRow("nested without end") << u"var o = {}; for (var i = 0; i < 1e5; i++)"
+                                           "o = {a: o}; return o;"_s;
+}
+
+void EditorWindowControllerTest::run_oddScript_touchesNothing()
+{
+    QFETCH(QString, code);
+    open(u"abc"_s, {1, 1});
+    run(code);
+    QCOMPARE(text(), u"abc"_s);
+    QCOMPARE(view()->selectedRange(), (TextRange{1, 1}));
+    QVERIFY(!m_document->isEdited());
+    QVERIFY(!m_document->textStorage()->canUndo());
+    run(u"return {textEdits: [{type: 'replaceSelection', text: 'X'}]};"_s); // It can still run.
+    QCOMPARE(text(), u"aXc"_s);
 }
 
 void EditorWindowControllerTest::run_editThatFails_showsTheErrorAndKeepsTheOthers()

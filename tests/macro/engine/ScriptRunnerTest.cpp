@@ -80,6 +80,7 @@ private Q_SLOTS:
     void log_conversionThatThrows_isAnOrdinaryException();
     void log_asValue_behavesAsAFunction();
     void console_otherFunctions_areMissing();
+    void jobs_ofPromises_neitherFailNorOutliveTheRun();
     void runs_inARow_shareNothing();
 };
 
@@ -113,6 +114,18 @@ void ScriptRunnerTest::value_plainKinds_arrive_data()
     QTest::newRow("function") << u"(function() {})"_s << ScriptValue(Map{});
     QTest::newRow("symbol") << u"Symbol('x')"_s << ScriptValue::other();
     QTest::newRow("big integer") << u"10n"_s << ScriptValue::other();
+    QTest::newRow("array buffer") << u"new ArrayBuffer(8)"_s << ScriptValue(Map{});
+    QTest::newRow("large typed array") << u"new Uint8Array(40000000)"_s << ScriptValue(Map{});
+    QTest::newRow("proxy of a list is an object") << u"new Proxy([], {})"_s << ScriptValue(Map{});
+    QTest::newRow("revoked proxy") << u"var r = Proxy.revocable([], {}); r.revoke(); [r.proxy, 1]"_s
+                                   << ScriptValue(List{ScriptValue(Map{}), one});
+    QTest::newRow("list that shrinks while it is read")
+        << u"var a = [1, 2, 3];"
+           "Object.defineProperty(a, 0, {get() { a.length = 1; return 1; }}); a"_s
+        << ScriptValue(List{one, null, null});
+    QTest::newRow("key named like the prototype")
+        << uR"(JSON.parse('{"__proto__": {"a": 1}, "b": 1}'))"_s
+        << ScriptValue(Map{{u"__proto__"_s, ScriptValue(Map{{u"a"_s, one}})}, {u"b"_s, one}});
     QTest::newRow("date") << u"[new Date(0)]"_s << ScriptValue(List{ScriptValue::other()});
 }
 
@@ -381,6 +394,17 @@ void ScriptRunnerTest::console_otherFunctions_areMissing()
     QVERIFY(run(u"typeof console.error + typeof console.warn"_s).outcome ==
             ScriptValue(u"undefinedundefined"_s));
     QVERIFY(run(u"Object.keys(console).join()"_s).outcome == ScriptValue(u"log"_s));
+}
+
+void ScriptRunnerTest::jobs_ofPromises_neitherFailNorOutliveTheRun()
+{
+    const Ran ran =
+        run(u"Promise.reject(new Error('nobody listens'));"
+            "Promise.resolve().then(() => { console.log('a'); throw new Error('b'); });"
+            "import('somewhere').catch(() => console.log('no module'));"
+            "({get c() { Promise.resolve().then(() => console.log('d')); return 1; }})"_s);
+    QVERIFY(ran.outcome == ScriptValue(ScriptValue::Map{{u"c"_s, ScriptValue(1.0)}}));
+    QCOMPARE(ran.log, (QStringList{u"a"_s, u"no module"_s, u"d"_s}));
 }
 
 void ScriptRunnerTest::runs_inARow_shareNothing()
