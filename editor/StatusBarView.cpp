@@ -9,6 +9,7 @@
 #include <QFontDatabase>
 #include <QFrame>
 #include <QHBoxLayout>
+#include <QPainter>
 
 namespace penwick {
 
@@ -20,6 +21,28 @@ constexpr qreal kFontSize = 11; // Points.
 constexpr int kHorizontalMargin = 10;
 constexpr int kVerticalMargin = 4;
 constexpr int kDividerHeight = 12;
+
+/// A line in a weak shade of the text's colour. The styles draw theirs in the shades of edges,
+/// which in a dark palette hardly differ from the background.
+class Divider final : public QFrame
+{
+public:
+    explicit Divider(QWidget *parent)
+        : QFrame(parent)
+    {
+        setFrameStyle(static_cast<int>(QFrame::VLine) | static_cast<int>(QFrame::Plain));
+        setFixedHeight(kDividerHeight);
+    }
+
+protected:
+    void paintEvent(QPaintEvent * /*event*/) override
+    {
+        constexpr float kAlpha = 0.35F;
+        QColor color = palette().color(QPalette::WindowText);
+        color.setAlphaF(kAlpha);
+        QPainter(this).fillRect(QRect(width() / 2, 0, 1, height()), color);
+    }
+};
 
 /// Digits without grouping in any locale.
 QString number(qint64 value)
@@ -72,10 +95,7 @@ QWidget *StatusBarView::makeCountersRow()
     m_lineCountLabel = addLabel(u"statusLineCount"_s);
     m_characterCountLabel = addLabel(u"statusCharacterCount"_s);
     layout->addStretch();
-    auto *divider = new QFrame(row);
-    divider->setFrameStyle(static_cast<int>(QFrame::VLine) | static_cast<int>(QFrame::Sunken));
-    divider->setFixedHeight(kDividerHeight);
-    layout->addWidget(divider, 0, Qt::AlignVCenter);
+    layout->addWidget(new Divider(row), 0, Qt::AlignVCenter);
     m_encodingLabel = addLabel(u"statusEncoding"_s);
     m_newlineLabel = addLabel(u"statusNewline"_s);
     for (ElidedLabel *label : {m_encodingLabel, m_newlineLabel}) {

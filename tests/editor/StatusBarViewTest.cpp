@@ -227,6 +227,9 @@ void StatusBarViewTest::bar_darkPalette_isLegible()
     QPalette dark;
     dark.setColor(QPalette::Window, background);
     dark.setColor(QPalette::WindowText, QColor(230, 230, 230));
+    for (const auto role : {QPalette::Light, QPalette::Midlight, QPalette::Mid, QPalette::Dark}) {
+        dark.setColor(role, background); // A theme may draw all its edges that faintly.
+    }
     m_bar->setPalette(dark);
     const auto strongest = [this, background](const QRect &area) {
         const QImage image = m_bar->grab(area).toImage();
