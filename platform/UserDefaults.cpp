@@ -61,6 +61,10 @@ bool UserDefaults::remove(const QString &key)
 
 bool UserDefaults::write(const QString &key, const QVariant &value)
 {
+    // The file may have another value by now, from another process.
+    const bool isInStep = sync();
+    if (isInStep && m_settings.contains(key) && m_settings.value(key) == value)
+        return true;
     m_settings.setValue(key, value);
     return sync();
 }

@@ -30,7 +30,7 @@ public:
     [[nodiscard]] QByteArray bytes(const QString &key) const;
 
     /// Each of these returns false when the file could not be written: the new value then holds
-    /// until the process ends.
+    /// until the process ends. A value that is there already leaves the file untouched.
     bool setString(const QString &key, const QString &value);
     bool setBoolean(const QString &key, bool value);
     bool setBytes(const QString &key, const QByteArray &value);

@@ -36,6 +36,22 @@ private Q_SLOTS:
         QVERIFY(file.contains("\nhasInitializedBuiltInMacros=true\n"));
     }
 
+    // Each start applies the remembered profile, which is no reason to write the file again.
+    void set_valueThatIsThere_leavesTheFile()
+    {
+        const TemporaryHome home;
+        const QString path = home.file(u"d.conf"_s);
+        QVERIFY(UserDefaults(path).setString(u"key"_s, u"a, b"_s));
+        const QByteArray withComment = "; by hand\n" + home.read(u"d.conf"_s);
+        home.write(u"d.conf"_s, withComment);
+        UserDefaults defaults(path);
+        QVERIFY(defaults.setString(u"key"_s, u"a, b"_s));
+        QCOMPARE(home.read(u"d.conf"_s), withComment);
+        QVERIFY(UserDefaults(path).setString(u"key"_s, u"from another process"_s));
+        QVERIFY(defaults.setString(u"key"_s, u"a, b"_s));
+        QCOMPARE(UserDefaults(path).string(u"key"_s), std::optional(u"a, b"_s));
+    }
+
     void values_ofEveryKind_comeBackFromTheFile()
     {
         const TemporaryHome home;
