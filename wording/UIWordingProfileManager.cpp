@@ -25,6 +25,13 @@ bool isListedBefore(const UIWordingProfile &a, const UIWordingProfile &b)
     return a.name < b.name;
 }
 
+/// A name that only begins with the dot has no extension.
+bool isProfileFile(const QString &name)
+{
+    constexpr auto kExtension = ".json"_L1;
+    return name.endsWith(kExtension) && name.size() > kExtension.size();
+}
+
 auto hasId(const QString &id)
 {
     return [id](const UIWordingProfile &profile) { return profile.id == id; };
@@ -94,7 +101,7 @@ void UIWordingProfileManager::loadProfiles()
         printLine(u"Error reading contents of ui-wording-profiles directory: "_s +
                   entries.error().description());
     for (const QString &name : entries.value_or(QStringList())) {
-        if (!name.endsWith(u".json"_s))
+        if (!isProfileFile(name))
             continue;
         const QString path = m_profileFolder + u'/' + name;
         auto profile = profileOfFile(path);

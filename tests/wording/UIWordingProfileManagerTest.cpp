@@ -135,7 +135,8 @@ private Q_SLOTS:
     {
         World world;
         const QByteArray good = userProfile(u"x"_s).toJson();
-        for (const auto &name : {u"a.JSON"_s, u"b.Json"_s, u"c.json~"_s, u"json"_s, u"d.txt"_s})
+        for (const auto &name :
+             {u"a.JSON"_s, u"b.Json"_s, u"c.json~"_s, u"json"_s, u".json"_s, u"d.txt"_s})
             world.writeFile(name, good);
         CapturedOutput output;
         const auto manager = world.start();
