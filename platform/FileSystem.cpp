@@ -72,6 +72,22 @@ tl::expected<OpenFile, FileError> openRegularFile(const QString &path)
     return OpenFile{std::move(file), status.st_size};
 }
 
+tl::expected<void, FileError> readBlocks(const FileDescriptor &file, const TakeBytes &take)
+{
+    constexpr size_t kBlockSize = 1 << 18; // Stays in the processor's cache.
+    const auto block = std::make_unique_for_overwrite<char[]>(kBlockSize);
+    while (true) {
+        const auto count =
+            uninterrupted([&] { return ::read(file.get(), block.get(), kBlockSize); });
+        if (count < 0)
+            return systemError();
+        if (count == 0)
+            return {};
+        if (!take(QByteArrayView(block.get(), count)))
+            return tl::unexpected(FileError{FileError::Kind::Cancelled, 0});
+    }
+}
+
 bool isFolder(const QByteArray &path)
 {
     struct stat status = {};
@@ -102,20 +118,7 @@ tl::expected<QByteArray, FileError> readFile(const QString &path)
 tl::expected<void, FileError> readFileInBlocks(const QString &path, const TakeBytes &take)
 {
     return openRegularFile(path).and_then(
-        [&take](const OpenFile &file) -> tl::expected<void, FileError> {
-            constexpr size_t kBlockSize = 1 << 18; // Stays in the processor's cache.
-            const auto block = std::make_unique_for_overwrite<char[]>(kBlockSize);
-            while (true) {
-                const auto count = uninterrupted(
-                    [&] { return ::read(file.descriptor.get(), block.get(), kBlockSize); });
-                if (count < 0)
-                    return systemError();
-                if (count == 0)
-                    return {};
-                if (!take(QByteArrayView(block.get(), count)))
-                    return tl::unexpected(FileError{FileError::Kind::Cancelled, 0});
-            }
-        });
+        [&take](const OpenFile &file) { return readBlocks(file.descriptor, take); });
 }
 
 tl::expected<void, FileError> removeFile(const QString &path)
