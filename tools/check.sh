@@ -35,10 +35,9 @@ run_tidy() {
     fi
     local pattern
     pattern="^$PWD/($(IFS='|'; echo "${folders[*]}"))/.*\.cpp$"
-    # The compile commands are those of g++, which knows warnings that clang does not. The tool's own
-    # output is one line per file, and on stderr the count of what it left out in foreign headers.
-    run-clang-tidy -quiet -p build/release -j "$(nproc)" -checks="$1" \
-        -extra-arg=-Wno-unknown-warning-option "$pattern" 2>/dev/null |
+    # The tool's own output is one line per file, and on stderr the count of what it left out in
+    # foreign headers.
+    run-clang-tidy -quiet -p build/release -j "$(nproc)" -checks="$1" "$pattern" 2>/dev/null |
         { grep -v '^clang-tidy-' || true; }
     [[ ${PIPESTATUS[0]} == 0 ]]
 }
