@@ -23,14 +23,25 @@ bool isLineBreak(char16_t unit)
            unit == u'\u2029';
 }
 
+/// A place to cut a window around `offset`: a cluster boundary, unless the cluster is so long that
+/// it reaches `offset` or makes the window much larger.
+qint64 windowEdge(const Text &text, qint64 nominal, qint64 offset)
+{
+    const qint64 boundary = text.clusterBoundaryAtOrBefore(nominal);
+    const bool isUsable = nominal <= offset ? nominal - boundary <= kReach : boundary > offset;
+    if (isUsable)
+        return boundary;
+    return QChar::isLowSurrogate(text.at(nominal)) ? nominal - 1 : nominal;
+}
+
 /// The word boundaries of a stretch of text, in the text's offsets.
 class Boundaries final
 {
 public:
     Boundaries(const Text &text, qint64 offset)
     {
-        m_start = text.clusterBoundaryAtOrBefore(std::max<qint64>(0, offset - kReach));
-        const qint64 end = text.clusterBoundaryAtOrBefore(std::min(text.size(), offset + kReach));
+        m_start = windowEdge(text, std::max<qint64>(0, offset - kReach), offset);
+        const qint64 end = windowEdge(text, std::min(text.size(), offset + kReach), offset);
         m_units = text.slice(m_start, end - m_start);
         UErrorCode status = U_ZERO_ERROR;
         utext_openUChars(&m_text, QStringView(m_units).utf16(), m_units.size(), &status);
@@ -85,23 +96,34 @@ private:
     UText m_text = UTEXT_INITIALIZER;
 };
 
+/// Words may end inside a cluster (after a mark that is prepended), and a window may too.
+qint64 clusterEndAtOrAfter(const Text &text, qint64 offset)
+{
+    const qint64 boundary = text.clusterBoundaryAtOrBefore(offset);
+    return boundary == offset ? offset : text.nextClusterBoundary(offset);
+}
+
 } // namespace
 
 qint64 nextWordStart(const Text &text, qint64 offset)
 {
+    offset = std::max<qint64>(offset, 0);
     if (offset >= text.size())
         return text.size();
     const Boundaries boundaries(text, offset);
     if (isLineBreak(boundaries.at(offset)))
         return text.nextClusterBoundary(offset);
-    qint64 next = isBlank(boundaries.at(offset)) ? offset : boundaries.following(offset);
+    qint64 next = isBlank(boundaries.at(offset))
+                      ? offset
+                      : clusterEndAtOrAfter(text, boundaries.following(offset));
     while (next < boundaries.end() && isBlank(boundaries.at(next)))
         ++next;
-    return next;
+    return clusterEndAtOrAfter(text, next);
 }
 
 qint64 nextWordEnd(const Text &text, qint64 offset)
 {
+    offset = std::max<qint64>(offset, 0);
     if (offset >= text.size())
         return text.size();
     const Boundaries boundaries(text, offset);
@@ -110,28 +132,30 @@ qint64 nextWordEnd(const Text &text, qint64 offset)
         ++start;
     if (start > offset && start < boundaries.end() && isLineBreak(boundaries.at(start)))
         return start;
-    return start < boundaries.end() ? boundaries.following(start) : start;
+    return clusterEndAtOrAfter(text, boundaries.following(start));
 }
 
 qint64 previousWordStart(const Text &text, qint64 offset)
 {
+    offset = std::min(offset, text.size());
     if (offset <= 0)
         return 0;
     const Boundaries boundaries(text, offset);
-    qint64 end = std::min(offset, text.size());
+    qint64 end = offset;
     if (isLineBreak(boundaries.at(end - 1)))
         return text.previousClusterBoundary(end);
     while (end > boundaries.start() && isBlank(boundaries.at(end - 1)))
         --end;
     if (end == boundaries.start() || isLineBreak(boundaries.at(end - 1)))
-        return end;
-    return boundaries.preceding(end);
+        return text.clusterBoundaryAtOrBefore(end);
+    return text.clusterBoundaryAtOrBefore(boundaries.preceding(end));
 }
 
 std::pair<qint64, qint64> wordAround(const Text &text, qint64 offset)
 {
     if (text.isEmpty())
         return {0, 0};
+    offset = std::clamp<qint64>(offset, 0, text.size());
     const Boundaries boundaries(text, offset);
     // Behind the last character of a line, the word before it is meant.
     const bool atLineEnd = offset >= text.size() || isLineBreak(boundaries.at(offset));
@@ -145,10 +169,11 @@ std::pair<qint64, qint64> wordAround(const Text &text, qint64 offset)
             --start;
         while (end < boundaries.end() && isBlank(boundaries.at(end)))
             ++end;
-        return {start, end};
+        return {start, clusterEndAtOrAfter(text, end)};
     }
     const qint64 start = boundaries.isBoundary(inside) ? inside : boundaries.preceding(inside);
-    return {start, boundaries.following(inside)};
+    return {text.clusterBoundaryAtOrBefore(start),
+            clusterEndAtOrAfter(text, boundaries.following(inside))};
 }
 
 } // namespace penwick::words

@@ -3,6 +3,7 @@
 #include <QTest>
 
 using namespace penwick;
+using namespace Qt::StringLiterals;
 
 class WordBoundariesTest final : public QObject
 {
@@ -15,6 +16,9 @@ private Q_SLOTS:
     void doubleClick_takesWordBlanksOrMark();
     void wordEnd_skipsLeadingBlanks();
     void farIntoALongText_stepsStayBounded();
+    void hugeCluster_isOneWord();
+    void offsetsOutsideTheText_areClamped();
+    void prependedMark_staysWithItsCharacter();
 };
 
 void WordBoundariesTest::forwardSteps_stopAtWordStartsAndLineBreaks()
@@ -72,6 +76,37 @@ void WordBoundariesTest::farIntoALongText_stepsStayBounded()
     QVERIFY(next > 100'000 && next <= 102'000);
     const qint64 previous = words::previousWordStart(text, 100'000);
     QVERIFY(previous < 100'000 && previous >= 98'000);
+}
+
+void WordBoundariesTest::hugeCluster_isOneWord()
+{
+    const qint64 size = 20'001;
+    const Text text{QString(u'e' + QString(size - 1, u'\u0301') + u" x"_s)};
+    for (const qint64 offset : {qint64(0), qint64(1), size / 2, size - 1}) {
+        QCOMPARE(words::wordAround(text, offset), std::pair(qint64(0), size));
+        QCOMPARE(words::nextWordEnd(text, offset), size);
+        QVERIFY(words::nextWordStart(text, offset) >= size);
+        QCOMPARE(words::previousWordStart(text, offset), 0);
+    }
+    QCOMPARE(words::previousWordStart(text, size), 0);
+}
+
+void WordBoundariesTest::offsetsOutsideTheText_areClamped()
+{
+    const Text text(u"one two");
+    QCOMPARE(words::wordAround(text, -1), std::pair(qint64(0), qint64(3)));
+    QCOMPARE(words::wordAround(text, 99), std::pair(qint64(4), qint64(7)));
+    QCOMPARE(words::nextWordStart(text, -5), 4);
+    QCOMPARE(words::nextWordEnd(text, -5), 3);
+    QCOMPARE(words::previousWordStart(text, 99), 4);
+}
+
+void WordBoundariesTest::prependedMark_staysWithItsCharacter()
+{
+    const Text text(u"a \u0600漢 b");
+    QCOMPARE(words::nextWordStart(text, 2), 5);
+    QCOMPARE(words::previousWordStart(text, 4), 2);
+    QCOMPARE(words::wordAround(text, 3), std::pair(qint64(2), qint64(4)));
 }
 
 QTEST_GUILESS_MAIN(WordBoundariesTest)
