@@ -156,8 +156,10 @@ bool isCertainBoundary(char32_t before, char32_t after)
     // After a mark it may matter what the mark stands on (emoji sequences, conjuncts).
     if (extends(b) || extends(a) || a == U_GCB_PREPEND)
         return false;
+    // A syllable takes in vowels and finals; before a consonant or a whole syllable it ends, unless
+    // it is not more than consonants yet.
     if (isHangul(a) && isHangul(b))
-        return false;
+        return a != U_GCB_L && (b == U_GCB_L || b == U_GCB_LV || b == U_GCB_LVT);
     return !(a == U_GCB_REGIONAL_INDICATOR && b == U_GCB_REGIONAL_INDICATOR);
 }
 

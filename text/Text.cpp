@@ -187,6 +187,22 @@ struct Window
     qint64 start = 0;
 };
 
+/// True when a cluster certainly ends before `units[index]`, as far as the window tells: a pair cut
+/// off by its edge tells nothing.
+bool isCertainBoundaryAt(std::u16string_view units, std::size_t index)
+{
+    const char16_t before = units[index - 1];
+    const char16_t after = units[index];
+    if (QChar::isLowSurrogate(after) || (QChar::isLowSurrogate(before) && index < 2) ||
+        (QChar::isHighSurrogate(after) && index + 1 >= units.size()))
+        return false;
+    const char32_t first =
+        QChar::isLowSurrogate(before) ? QChar::surrogateToUcs4(units[index - 2], before) : before;
+    const char32_t second =
+        QChar::isHighSurrogate(after) ? QChar::surrogateToUcs4(after, units[index + 1]) : after;
+    return clusters::isCertainBoundary(first, second);
+}
+
 /// Units looked at around an offset when a cluster boundary is sought; grown when that is too few.
 constexpr qint64 kBoundaryWindow = 128;
 
@@ -200,9 +216,7 @@ Window windowAround(const Text &text, qint64 offset, qint64 reach)
         return window;
     const std::u16string_view units = viewOf(window.units);
     for (std::size_t i = 1; i + 1 < units.size() && qint64(i) < reach; ++i) {
-        if (QChar::isSurrogate(units[i - 1]) || QChar::isSurrogate(units[i]))
-            continue;
-        if (clusters::isCertainBoundary(units[i - 1], units[i])) {
+        if (isCertainBoundaryAt(units, i)) {
             window.units.remove(0, static_cast<qsizetype>(i));
             window.start += static_cast<qint64>(i);
             return window;
@@ -330,6 +344,8 @@ Text Text::mid(qint64 offset, qint64 length) const
 {
     const qint64 start = std::clamp<qint64>(offset, 0, size());
     const qint64 end = std::clamp<qint64>(length, 0, size() - start) + start;
+    if (start == end)
+        return {}; // Also inside a pair: nothing was asked for.
     const auto [head, rest] = TextNode::split(m_root, pairStart(start));
     return Text(TextNode::split(rest, pairEnd(end) - pairStart(start)).first);
 }

@@ -50,6 +50,7 @@ private Q_SLOTS:
     void unicodeBreakTest_countsAndStepsAgree_data();
     void unicodeBreakTest_countsAndStepsAgree();
     void certainBoundaries_areBoundariesInEveryCase();
+    void plainKoreanAndEmoji_haveCertainBoundaries();
 };
 
 void GraphemeClustersTest::unicodeBreakTest_countsAndStepsAgree_data()
@@ -106,6 +107,16 @@ void GraphemeClustersTest::certainBoundaries_areBoundariesInEveryCase()
         }
     }
     QVERIFY(certain > 250);
+}
+
+void GraphemeClustersTest::plainKoreanAndEmoji_haveCertainBoundaries()
+{
+    // Without them a line of nothing else would have to be looked at from its start.
+    QVERIFY(clusters::isCertainBoundary(U'한', U'국'));
+    QVERIFY(clusters::isCertainBoundary(U'가', U'나'));
+    QVERIFY(clusters::isCertainBoundary(U'😀', U'😀'));
+    QVERIFY(!clusters::isCertainBoundary(U'\u1100', U'가'));
+    QVERIFY(!clusters::isCertainBoundary(U'가', U'\u11A8'));
 }
 
 QTEST_GUILESS_MAIN(GraphemeClustersTest)

@@ -2,6 +2,7 @@
 
 #include "support/TextModel.h"
 
+#include <QElapsedTimer>
 #include <QTest>
 
 using namespace penwick;
@@ -16,6 +17,8 @@ private Q_SLOTS:
     void loneSurrogates_becomeReplacementCharacters();
     void insertionInsidePair_goesBeforeThePair();
     void replacingHalfAPair_replacesThePair();
+    void emptyStretchInsidePair_isEmpty();
+    void lineOfEmoji_isSteppedThroughAtAnySize();
     void copies_areTheSameValue();
     void crLf_isOneClusterTwoSeparatorsOneLineBreak();
     void offsetAfterBreaks_countsEachKind();
@@ -55,6 +58,29 @@ void TextTest::replacingHalfAPair_replacesThePair()
 {
     QCOMPARE(Text(u"a😀b").replaced(1, 1, Text(u"x")).toString(), u"axb"_s);
     QCOMPARE(Text(u"a😀b").replaced(2, 1, Text(u"x")).toString(), u"axb"_s);
+}
+
+void TextTest::emptyStretchInsidePair_isEmpty()
+{
+    const Text text(u"a😀b");
+    QCOMPARE(text.mid(2, 0), Text());
+    QCOMPARE(text.mid(2, -1), Text());
+    QCOMPARE(text.mid(2, 1).toString(), u"😀"_s);
+}
+
+void TextTest::lineOfEmoji_isSteppedThroughAtAnySize()
+{
+    const Text text{u"😀"_s.repeated(1'000'000)};
+    QElapsedTimer timer;
+    timer.start();
+    qint64 offset = 1'000'000;
+    for (int i = 0; i < 1000; ++i) {
+        QCOMPARE(text.nextClusterBoundary(offset), offset + 2);
+        QCOMPARE(text.previousClusterBoundary(offset), offset - 2);
+        offset += 2;
+    }
+    // A step that looks at the whole line takes milliseconds, one at a window microseconds.
+    QVERIFY(timer.elapsed() < 1000);
 }
 
 void TextTest::copies_areTheSameValue()
