@@ -28,6 +28,7 @@ private Q_SLOTS:
     void setText_emptiesHistoryAndKeepsEditedState();
     void emptyEdit_registersNothing();
     void halfAPair_isReplacedWhole();
+    void insertionInsidePair_removesNothing();
     void wholeReplacement_undoGivesTheSameValue();
     void changed_tellsWhatWasReplaced();
     void randomEditsUndoRedo_matchModel_data();
@@ -213,6 +214,16 @@ void TextStorageTest::halfAPair_isReplacedWhole()
     QCOMPARE(storage.text().toString(), u"a😀b"_s);
 }
 
+void TextStorageTest::insertionInsidePair_removesNothing()
+{
+    TextStorage storage;
+    storage.setText(Text(u"a😀b"));
+    storage.replaceCharacters({2, 0}, Text(u"x"));
+    QCOMPARE(storage.text().toString(), u"ax😀b"_s);
+    storage.undo();
+    QCOMPARE(storage.text().toString(), u"a😀b"_s);
+}
+
 void TextStorageTest::wholeReplacement_undoGivesTheSameValue()
 {
     TextStorage storage;
@@ -278,8 +289,10 @@ void TextStorageTest::randomEditsUndoRedo_matchModel()
         }
         QCOMPARE(storage.canUndo(), position > 0);
         QCOMPARE(storage.canRedo(), position + 1 < states.size());
-        QCOMPARE(storage.text().metrics(), test::metricsOf(states[position]));
         QCOMPARE(storage.text().toString(), states[position]);
+        // The counters of edited texts have a test of their own; a wrong one would last.
+        if (i % 10 == 0)
+            QCOMPARE(storage.text().metrics(), test::metricsOf(states[position]));
     }
 }
 
