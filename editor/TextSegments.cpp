@@ -23,31 +23,26 @@ qint64 cutAt(const Text &text, qint64 lineStart, qint64 lineEnd, qint64 index)
     if (nominal >= lineEnd)
         return lineEnd;
     const QString before = text.slice(nominal - kBlankReach, kBlankReach);
-    for (qsizetype i = before.size() - 1; i >= 0; --i) {
-        if (before[i] == u' ')
-            return nominal - kBlankReach + i + 1;
-    }
-    const qint64 boundary = text.clusterBoundaryAtOrBefore(nominal);
-    if (nominal - boundary <= kClusterReach)
-        return boundary;
+    const qsizetype blank = before.lastIndexOf(u' ');
+    const qint64 afterBlank = nominal - kBlankReach + blank + 1;
+    // A mark may stand on the blank.
+    if (blank >= 0 && text.clusterBoundaryWithin(afterBlank, kClusterReach) == afterBlank)
+        return afterBlank;
+    if (const auto boundary = text.clusterBoundaryWithin(nominal, kClusterReach))
+        return *boundary;
     return QChar::isLowSurrogate(text.at(nominal)) ? nominal - 1 : nominal;
 }
 
-struct LineBounds
-{
-    qint64 start = 0;
-    qint64 end = 0;
-    qint64 breakLength = 0;
-};
+} // namespace
 
-LineBounds lineAt(const Text &text, qint64 offset)
+TextLineBounds lineAt(const Text &text, qint64 offset)
 {
     // Between CR and LF is inside the line break.
     if (offset > 0 && offset < text.size() && text.at(offset) == u'\n' &&
         text.at(offset - 1) == u'\r')
         --offset;
-    const qint64 breaks = text.metricsBefore(offset).lineBreaks();
-    LineBounds line;
+    const qint64 breaks = text.lineBreaksBefore(offset);
+    TextLineBounds line;
     line.start = text.offsetAfterLineBreak(breaks);
     line.end = text.offsetAfterLineBreak(breaks + 1);
     if (breaks < text.metrics().lineBreaks()) {
@@ -59,12 +54,10 @@ LineBounds lineAt(const Text &text, qint64 offset)
     return line;
 }
 
-} // namespace
-
 TextSegment at(const Text &text, qint64 offset)
 {
     offset = std::clamp<qint64>(offset, 0, text.size());
-    const LineBounds line = lineAt(text, offset);
+    const TextLineBounds line = lineAt(text, offset);
     if (line.end - line.start <= kUnits)
         return {line.start, line.start, line.end, line.breakLength};
     // The line's end belongs to its last segment, also where that one is just full.

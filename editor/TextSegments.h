@@ -21,6 +21,16 @@ struct TextSegment
     bool operator==(const TextSegment &) const = default;
 };
 
+/// A line of a text. Offsets as above.
+struct TextLineBounds
+{
+    qint64 start = 0;
+    qint64 end = 0;         ///< Before the line break.
+    qint64 breakLength = 0; ///< 0 for the last line.
+
+    [[nodiscard]] qint64 nextStart() const { return end + breakLength; }
+};
+
 /// Divides a text into segments. Lines end at every separator of the status bar's set, CR LF being
 /// one end. Nothing is stored: each answer is O(log n).
 namespace segments {
@@ -28,6 +38,8 @@ namespace segments {
 /// A segment holds at most this many units (unless one grapheme cluster is longer).
 constexpr qint64 kUnits = 2048;
 
+/// The line that `offset` stands in; between CR and LF it is the one that they end.
+[[nodiscard]] TextLineBounds lineAt(const Text &text, qint64 offset);
 /// The segment that `offset` stands in. Between two segments of a line it is the second one; at a
 /// line's end it is the line's last one. `offset` may be the text's size.
 [[nodiscard]] TextSegment at(const Text &text, qint64 offset);

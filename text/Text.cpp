@@ -100,17 +100,38 @@ qint64 breaksIn(const TextMetrics &metrics, BreakKind kind)
     return 0;
 }
 
-/// True when a break of this kind ends after the unit at `index` of the leaf.
-bool endsBreak(const TextNode &leaf, qint64 index, BreakKind kind)
+// The units of a leaf as a range of its own type: the scans below run at every caret move.
+
+/// Index just after the `count`th break among `units`; their number where there are fewer.
+template <typename Units> qint64 indexAfterBreak(Units units, qint64 count, BreakKind kind)
 {
-    const char16_t unit = leaf.unitAt(index);
-    if (kind == BreakKind::LineFeed)
-        return unit == u'\n';
-    if (!isSeparator(unit))
-        return false;
-    const bool isFirstOfPair =
-        unit == u'\r' && index + 1 < leaf.size() && leaf.unitAt(index + 1) == u'\n';
-    return kind == BreakKind::Separator || !isFirstOfPair;
+    const auto *const end = units.data() + units.size();
+    for (const auto *unit = units.data(); unit != end; ++unit) {
+        const auto value = static_cast<char16_t>(*unit);
+        const bool isBreak = kind == BreakKind::LineFeed ? value == u'\n' : isSeparator(value);
+        if (!isBreak)
+            continue;
+        const bool isFirstOfPair = value == u'\r' && unit + 1 != end && unit[1] == '\n';
+        if (kind == BreakKind::LineBreak && isFirstOfPair)
+            continue;
+        if (--count == 0)
+            return unit + 1 - units.data();
+    }
+    return static_cast<qint64>(units.size());
+}
+
+/// Line breaks among `units`, as if they stood alone.
+template <typename Units> qint64 lineBreaksAmong(Units units)
+{
+    qint64 breaks = 0;
+    char16_t previous = 0;
+    for (const auto unit : units) {
+        const auto value = static_cast<char16_t>(unit);
+        if (isSeparator(value))
+            breaks += value == u'\n' && previous == u'\r' ? 0 : 1;
+        previous = value;
+    }
+    return breaks;
 }
 
 qint64 offsetAfterBreak(const TextNode *node, qint64 count, BreakKind kind)
@@ -130,11 +151,8 @@ qint64 offsetAfterBreak(const TextNode *node, qint64 count, BreakKind kind)
             node = node->right().data();
         }
     }
-    for (qint64 i = 0; i < node->size(); ++i) {
-        if (endsBreak(*node, i, kind) && --count == 0)
-            return start + i + 1;
-    }
-    return start + node->size();
+    return start + (node->isAscii() ? indexAfterBreak(node->ascii(), count, kind)
+                                    : indexAfterBreak(node->utf16(), count, kind));
 }
 
 bool sameUnits(const TextNode &a, qint64 aStart, const TextNode &b, qint64 bStart, qint64 length)
@@ -206,8 +224,9 @@ bool isCertainBoundaryAt(std::u16string_view units, std::size_t index)
 /// Units looked at around an offset when a cluster boundary is sought; grown when that is too few.
 constexpr qint64 kBoundaryWindow = 128;
 
-/// A stretch around `offset` that begins at a certain cluster boundary.
-Window windowAround(const Text &text, qint64 offset, qint64 reach)
+/// A stretch around `offset` that begins at a certain cluster boundary, if there is one within
+/// `reach` units before it.
+std::optional<Window> windowWithin(const Text &text, qint64 offset, qint64 reach)
 {
     Window window;
     window.start = std::max<qint64>(0, offset - reach);
@@ -222,7 +241,25 @@ Window windowAround(const Text &text, qint64 offset, qint64 reach)
             return window;
         }
     }
-    return reach >= text.size() ? window : windowAround(text, offset, reach * 4);
+    return std::nullopt;
+}
+
+/// The same from as far as it takes: the text's start is a boundary in any case.
+Window windowAround(const Text &text, qint64 offset, qint64 reach)
+{
+    while (true) {
+        if (auto window = windowWithin(text, offset, reach))
+            return *window;
+        reach *= 4;
+    }
+}
+
+qint64 boundaryAtOrBefore(const Window &window, qint64 offset)
+{
+    const std::u16string_view units = viewOf(window.units);
+    if (clusters::isBoundary(units, offset - window.start))
+        return offset;
+    return window.start + clusters::preceding(units, offset - window.start);
 }
 
 } // namespace
@@ -316,6 +353,31 @@ TextMetrics Text::metricsBefore(qint64 offset) const
     if (offset > 0 && QChar::isLowSurrogate(node->unitAt(offset)))
         --offset;
     return before + node->measurePrefix(offset);
+}
+
+qint64 Text::lineBreaksBefore(qint64 offset) const
+{
+    if (!m_root || offset <= 0)
+        return 0;
+    if (offset >= size())
+        return metrics().lineBreaks();
+    qint64 breaks = 0;
+    const TextNode *node = m_root.data();
+    while (!node->isLeaf()) {
+        const TextNode *left = node->left().data();
+        if (offset < left->size()) {
+            node = left;
+        } else {
+            breaks += left->metrics().lineBreaks();
+            offset -= left->size();
+            node = node->right().data();
+        }
+    }
+    if (node->metrics().separators == 0)
+        return breaks;
+    const auto length = static_cast<std::size_t>(offset);
+    return breaks + (node->isAscii() ? lineBreaksAmong(node->ascii().substr(0, length))
+                                     : lineBreaksAmong(node->utf16().substr(0, length)));
 }
 
 char16_t Text::at(qint64 offset) const
@@ -440,11 +502,21 @@ qint64 Text::clusterBoundaryAtOrBefore(qint64 offset) const
     if (offset >= size())
         return size();
     offset = pairStart(offset);
-    const Window window = windowAround(*this, offset, kBoundaryWindow);
-    const std::u16string_view units = viewOf(window.units);
-    if (clusters::isBoundary(units, offset - window.start))
-        return offset;
-    return window.start + clusters::preceding(units, offset - window.start);
+    return boundaryAtOrBefore(windowAround(*this, offset, kBoundaryWindow), offset);
+}
+
+std::optional<qint64> Text::clusterBoundaryWithin(qint64 offset, qint64 reach) const
+{
+    if (offset <= 0)
+        return 0;
+    if (offset >= size())
+        return size();
+    offset = pairStart(offset);
+    for (qint64 distance = std::min(kBoundaryWindow, reach); distance <= reach; distance *= 4) {
+        if (const auto window = windowWithin(*this, offset, distance))
+            return boundaryAtOrBefore(*window, offset);
+    }
+    return std::nullopt;
 }
 
 void Text::forEachChunk(qint64 offset,

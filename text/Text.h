@@ -9,6 +9,7 @@
 #include <QStringView>
 
 #include <functional>
+#include <optional>
 #include <tl/expected.hpp>
 #include <utility>
 
@@ -72,6 +73,9 @@ public:
     /// The metrics of the part before `offset`, as if it stood alone. O(log n).
     [[nodiscard]] TextMetrics metricsBefore(qint64 offset) const;
 
+    /// `metricsBefore(offset).lineBreaks()` at a fraction of the cost: no cluster is counted.
+    [[nodiscard]] qint64 lineBreaksBefore(qint64 offset) const;
+
     /// The code unit at `offset`, which must be less than `size()`. O(log n).
     [[nodiscard]] char16_t at(qint64 offset) const;
     /// A copy of `length` units from `offset` (cut at the end of the text).
@@ -106,6 +110,10 @@ public:
     [[nodiscard]] qint64 nextClusterBoundary(qint64 offset) const;
     /// `offset` itself when it is a cluster boundary, else the one before.
     [[nodiscard]] qint64 clusterBoundaryAtOrBefore(qint64 offset) const;
+
+    /// The same where that can be told from at most `reach` units before `offset`. Inside a cluster
+    /// longer than that it cannot, and looking farther would cost as much as the cluster is long.
+    [[nodiscard]] std::optional<qint64> clusterBoundaryWithin(qint64 offset, qint64 reach) const;
 
     /// Calls `visit` for each stored stretch of [offset, offset + length), in order, until it
     /// returns false.

@@ -27,10 +27,9 @@ bool isLineBreak(char16_t unit)
 /// it reaches `offset` or makes the window much larger.
 qint64 windowEdge(const Text &text, qint64 nominal, qint64 offset)
 {
-    const qint64 boundary = text.clusterBoundaryAtOrBefore(nominal);
-    const bool isUsable = nominal <= offset ? nominal - boundary <= kReach : boundary > offset;
-    if (isUsable)
-        return boundary;
+    const auto boundary = text.clusterBoundaryWithin(nominal, kReach);
+    if (boundary && (nominal <= offset || *boundary > offset))
+        return *boundary;
     return QChar::isLowSurrogate(text.at(nominal)) ? nominal - 1 : nominal;
 }
 

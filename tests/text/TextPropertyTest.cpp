@@ -69,6 +69,7 @@ void TextPropertyTest::randomOffsets_positionsMatchModel()
     for (int i = 0; i < 400; ++i) {
         const qsizetype offset = randomOffset(random, model);
         QCOMPARE(text.metricsBefore(offset), test::metricsOf(model.first(offset)));
+        QCOMPARE(text.lineBreaksBefore(offset), text.metricsBefore(offset).lineBreaks());
         QCOMPARE(text.separatorLineAndColumn(offset), test::separatorLineAndColumn(model, offset));
         const qsizetype lineStart = offset == 0 ? 0 : model.lastIndexOf(u'\n', offset - 1) + 1;
         QCOMPARE(text.lineFeedLineAndColumn(offset).second,
@@ -97,6 +98,8 @@ void TextPropertyTest::clusterSteps_matchIcu()
         QCOMPARE(text.nextClusterBoundary(previous), qint64(next));
         QCOMPARE(text.previousClusterBoundary(next), previous);
         QCOMPARE(text.clusterBoundaryAtOrBefore(next), qint64(next));
+        const auto within = text.clusterBoundaryWithin(next, 32);
+        QVERIFY(!within || *within == next);
         for (qint64 inside = previous + 1; inside < next; ++inside)
             QCOMPARE(text.clusterBoundaryAtOrBefore(inside), previous);
         previous = next;

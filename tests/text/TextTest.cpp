@@ -18,6 +18,7 @@ private Q_SLOTS:
     void insertionInsidePair_goesBeforeThePair();
     void replacingHalfAPair_replacesThePair();
     void emptyStretchInsidePair_isEmpty();
+    void boundaryWithin_isFoundOrNot();
     void lineOfEmoji_isSteppedThroughAtAnySize();
     void copies_areTheSameValue();
     void crLf_isOneClusterTwoSeparatorsOneLineBreak();
@@ -66,6 +67,20 @@ void TextTest::emptyStretchInsidePair_isEmpty()
     QCOMPARE(text.mid(2, 0), Text());
     QCOMPARE(text.mid(2, -1), Text());
     QCOMPARE(text.mid(2, 1).toString(), u"😀"_s);
+}
+
+void TextTest::boundaryWithin_isFoundOrNot()
+{
+    const Text text{QString(u"abc"_s + QString(5000, u'\u0301') + u"def"_s)};
+    QCOMPARE(text.clusterBoundaryWithin(2, 1000), 2);
+    QCOMPARE(text.clusterBoundaryWithin(500, 1000), 2);
+    QCOMPARE(text.clusterBoundaryWithin(4000, 1000), std::nullopt);
+    QCOMPARE(text.clusterBoundaryWithin(5005, 1000), 5005);
+    QCOMPARE(text.clusterBoundaryWithin(9999, 1000), text.size());
+    QCOMPARE(text.lineBreaksBefore(5005), 0);
+    QCOMPARE(Text(u"a\r\nb\n").lineBreaksBefore(2), 1);
+    QCOMPARE(Text(u"a\r\nb\n").lineBreaksBefore(3), 1);
+    QCOMPARE(Text(u"a\r\nb\n").lineBreaksBefore(5), 2);
 }
 
 void TextTest::lineOfEmoji_isSteppedThroughAtAnySize()
