@@ -78,9 +78,8 @@ bool isVertical(CaretMove move)
 
 TextRange lineAround(const Text &text, qint64 offset)
 {
-    const qint64 breaks = text.metricsBefore(offset).lineBreaks();
-    const qint64 start = text.offsetAfterLineBreak(breaks);
-    return {start, text.offsetAfterLineBreak(breaks + 1) - start};
+    const TextLineBounds line = segments::lineAt(text, offset);
+    return {line.start, line.nextStart() - line.start};
 }
 
 TextCaret
@@ -114,13 +113,9 @@ moveCaret(TextViewport &viewport, const Text &text, TextCaret from, CaretMove mo
     case CaretMove::RowEnd:
         return viewport.rowEnd(from);
     case CaretMove::BlockStart:
-        return {lineAround(text, offset).location, false};
-    case CaretMove::BlockEnd: {
-        const qint64 breaks = text.metricsBefore(offset).lineBreaks();
-        const TextRange line = lineAround(text, offset);
-        const bool hasBreak = breaks < text.metrics().lineBreaks();
-        return {hasBreak ? text.previousClusterBoundary(line.end()) : line.end(), false};
-    }
+        return {segments::lineAt(text, offset).start, false};
+    case CaretMove::BlockEnd:
+        return {segments::lineAt(text, offset).end, false};
     case CaretMove::DocumentStart:
         return {0, false};
     case CaretMove::DocumentEnd:

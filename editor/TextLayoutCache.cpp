@@ -75,20 +75,43 @@ SegmentLayout::SegmentLayout(const Text &text,
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     option.setTabStopDistance(style.tabWidth);
     m_layout.setTextOption(option);
+    // Where two segments of a line meet, the second one shows it.
+    const bool isLast = segment.breakLength == 0 && segment.end == text.size();
     if (composition.isActive() && composition.position >= segment.start &&
-        composition.position <= segment.end) {
-        m_compositionIndex = static_cast<int>(composition.position - segment.start);
-        m_compositionLength = static_cast<int>(composition.string.size());
-        m_layout.setPreeditArea(m_compositionIndex, composition.string);
-        for (QTextLayout::FormatRange &range : formats)
-            range.start += range.start >= m_compositionIndex ? m_compositionLength : 0;
-        for (QTextLayout::FormatRange range : composition.formats) {
-            range.start += m_compositionIndex;
-            formats.append(range);
-        }
-    }
+        (composition.position < segment.nextStart() || isLast))
+        insertComposition(composition, formats);
     m_layout.setFormats(formats);
     addRows(style);
+}
+
+void SegmentLayout::insertComposition(const TextComposition &composition,
+                                      QList<QTextLayout::FormatRange> &formats)
+{
+    m_compositionIndex = indexInSegment(composition.position);
+    m_compositionLength = static_cast<int>(composition.string.size());
+    m_layout.setPreeditArea(m_compositionIndex, composition.string);
+    QList<QTextLayout::FormatRange> moved;
+    for (QTextLayout::FormatRange range : std::as_const(formats)) {
+        const int before = std::clamp(m_compositionIndex - range.start, 0, range.length);
+        QTextLayout::FormatRange head = range;
+        head.length = before;
+        if (head.length > 0)
+            moved.append(head);
+        range.start += before + m_compositionLength;
+        range.length -= before;
+        if (range.length > 0)
+            moved.append(range);
+    }
+    for (QTextLayout::FormatRange range : composition.formats) {
+        range.start += m_compositionIndex;
+        moved.append(range);
+    }
+    formats = moved;
+}
+
+int SegmentLayout::indexInSegment(qint64 offset) const
+{
+    return static_cast<int>(std::clamp<qint64>(offset - m_segment.start, 0, m_segment.length()));
 }
 
 void SegmentLayout::addRows(const TextLayoutStyle &style)
@@ -113,15 +136,14 @@ void SegmentLayout::shift(qint64 delta)
 
 int SegmentLayout::layoutIndex(qint64 offset) const
 {
-    const auto index =
-        static_cast<int>(std::clamp<qint64>(offset - m_segment.start, 0, m_segment.length()));
+    const int index = indexInSegment(offset);
     return m_compositionIndex >= 0 && index >= m_compositionIndex ? index + m_compositionLength
                                                                   : index;
 }
 
 int SegmentLayout::caretIndex(qint64 offset, const TextComposition &composition) const
 {
-    if (m_compositionIndex >= 0 && offset - m_segment.start == m_compositionIndex)
+    if (m_compositionIndex >= 0 && indexInSegment(offset) == m_compositionIndex)
         return m_compositionIndex + std::max(0, composition.cursor);
     return layoutIndex(offset);
 }
@@ -135,7 +157,11 @@ qint64 SegmentLayout::textOffset(int layoutIndex) const
 
 int SegmentLayout::rowOf(qint64 offset, bool atRowEnd) const
 {
-    const int index = layoutIndex(offset);
+    return rowOfIndex(layoutIndex(offset), atRowEnd);
+}
+
+int SegmentLayout::rowOfIndex(int index, bool atRowEnd) const
+{
     for (int row = 0; row + 1 < rowCount(); ++row) {
         const QTextLine line = m_layout.lineAt(row);
         const int end = line.textStart() + line.textLength();
@@ -148,6 +174,20 @@ int SegmentLayout::rowOf(qint64 offset, bool atRowEnd) const
 qint64 SegmentLayout::rowStart(int row) const
 {
     return textOffset(m_layout.lineAt(row).textStart());
+}
+
+int SegmentLayout::compositionBefore(int row) const
+{
+    const int index = m_layout.lineAt(row).textStart() - m_compositionIndex;
+    return m_compositionIndex < 0 ? 0 : std::clamp(index, 0, m_compositionLength);
+}
+
+int SegmentLayout::rowStartingAt(qint64 offset, int compositionUnits) const
+{
+    const int index = indexInSegment(offset);
+    if (m_compositionIndex < 0 || index != m_compositionIndex)
+        return rowOf(offset, false);
+    return rowOfIndex(index + std::min(compositionUnits, m_compositionLength), false);
 }
 
 qint64 SegmentLayout::rowEnd(int row) const
@@ -164,6 +204,11 @@ qreal SegmentLayout::xOf(qint64 offset, int row) const
 qint64 SegmentLayout::offsetAt(qreal x, int row) const
 {
     return textOffset(m_layout.lineAt(row).xToCursor(x));
+}
+
+qint64 SegmentLayout::characterAt(qreal x, int row) const
+{
+    return textOffset(m_layout.lineAt(row).xToCursor(x, QTextLine::CursorOnCharacter));
 }
 
 qreal SegmentLayout::rowRight(int row) const
@@ -193,7 +238,7 @@ void TextLayoutCache::forget(qint64 offset)
 {
     std::erase_if(m_entries, [offset](const Entry &entry) {
         const TextSegment &segment = entry.layout->segment();
-        return segment.start <= offset && offset <= segment.end;
+        return segment.start <= offset && offset <= segment.nextStart();
     });
 }
 
@@ -243,8 +288,6 @@ void TextLayoutCache::textChanged(qint64 offset, qint64 oldLength, qint64 newLen
         if (entry.layout->segment().start > oldEnd)
             entry.layout->shift(delta);
     }
-    if (m_composition.position > oldEnd)
-        m_composition.position += delta;
 }
 
 } // namespace penwick

@@ -45,12 +45,19 @@ public:
     /// next one, or with `atRowEnd` the first one.
     [[nodiscard]] int rowOf(qint64 offset, bool atRowEnd) const;
     [[nodiscard]] qint64 rowStart(int row) const;
+    /// Units of an open composition that lie before the row, when the row starts inside or right
+    /// behind it; otherwise without meaning. With `rowStart` it names the row.
+    [[nodiscard]] int compositionBefore(int row) const;
+    /// The row named by what the two above answered.
+    [[nodiscard]] int rowStartingAt(qint64 offset, int compositionUnits) const;
     /// Where the caret stands at the end of the row.
     [[nodiscard]] qint64 rowEnd(int row) const;
     /// The caret's place in a row, from the left edge of the text.
     [[nodiscard]] qreal xOf(qint64 offset, int row) const;
     /// The offset nearest to `x` in a row; may be inside a cluster.
     [[nodiscard]] qint64 offsetAt(qreal x, int row) const;
+    /// The offset of the character that covers `x` in a row; at its end the row's end.
+    [[nodiscard]] qint64 characterAt(qreal x, int row) const;
     /// Where the row's visible text ends.
     [[nodiscard]] qreal rowRight(int row) const;
     /// True when the line's first strong character asks for it.
@@ -66,6 +73,10 @@ public:
 
 private:
     [[nodiscard]] qint64 textOffset(int layoutIndex) const;
+    [[nodiscard]] int indexInSegment(qint64 offset) const;
+    [[nodiscard]] int rowOfIndex(int index, bool atRowEnd) const;
+    void insertComposition(const TextComposition &composition,
+                           QList<QTextLayout::FormatRange> &formats);
     void addRows(const TextLayoutStyle &style);
 
     TextSegment m_segment;

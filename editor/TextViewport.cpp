@@ -28,14 +28,20 @@ void TextViewport::setText(const Text &text)
 
 void TextViewport::textChanged(const Text &text, qint64 offset, qint64 oldLength, qint64 newLength)
 {
-    const qint64 line = m_text.metricsBefore(m_anchor).lineBreaks();
+    const qint64 line = m_text.lineBreaksBefore(m_anchor);
     m_text = text;
     m_cache.textChanged(offset, oldLength, newLength);
+    if (m_composition.isActive()) {
+        qint64 &position = m_composition.position;
+        position = position >= offset + oldLength ? position + newLength - oldLength
+                                                  : std::min(position, offset);
+        m_cache.setComposition(m_composition);
+    }
     if (offset + oldLength <= m_anchor && offset < m_anchor)
         m_anchor += newLength - oldLength;
     else if (offset < m_anchor) // Replaced under our eyes: the same line is the likeliest place.
         m_anchor = std::clamp(text.offsetAfterLineBreak(line), offset, offset + newLength);
-    setAnchor(rowOfCaret({m_anchor, false}), m_pixel);
+    setAnchor(topRow(), m_pixel);
     clampToEnd();
 }
 
@@ -43,7 +49,7 @@ void TextViewport::setComposition(const TextComposition &composition)
 {
     m_composition = composition;
     m_cache.setComposition(composition);
-    setAnchor(rowOfCaret({m_anchor, false}), m_pixel);
+    setAnchor(topRow(), m_pixel);
     clampToEnd();
 }
 
@@ -52,7 +58,7 @@ void TextViewport::setGeometry(const TextLayoutStyle &style, QSizeF size)
     m_size = size;
     m_cache.setStyle(style);
     m_columns = std::max<qreal>(1, style.width * 4 / std::max<qreal>(1, style.tabWidth));
-    setAnchor(rowOfCaret({m_anchor, false}), m_pixel);
+    setAnchor(topRow(), m_pixel);
     clampToEnd();
 }
 
@@ -61,8 +67,16 @@ const SegmentLayout &TextViewport::layoutOf(const TextSegment &segment)
     return m_cache.layout(m_text, segment);
 }
 
+TextViewport::Row TextViewport::topRow()
+{
+    const TextSegment segment = segments::at(m_text, m_anchor);
+    return {segment, layoutOf(segment).rowStartingAt(m_anchor, m_anchorComposition)};
+}
+
 TextViewport::Row TextViewport::rowOfCaret(TextCaret caret)
 {
+    if (m_composition.isActive() && caret.offset == m_composition.position)
+        caret.atRowEnd = false; // The composition stands on the far side of a wrap.
     TextSegment segment = segments::at(m_text, caret.offset);
     const bool startsAtCut = segment.start == caret.offset && segment.start != segment.lineStart;
     if (caret.atRowEnd && startsAtCut)
@@ -121,14 +135,16 @@ int TextViewport::rowsPerPage() const
 
 void TextViewport::setAnchor(const Row &row, qreal pixel)
 {
-    m_anchor = layoutOf(row.segment).rowStart(row.row);
+    const SegmentLayout &layout = layoutOf(row.segment);
+    m_anchor = layout.rowStart(row.row);
+    m_anchorComposition = layout.compositionBefore(row.row);
     m_pixel = std::clamp<qreal>(pixel, 0, style().rowHeight - 1);
 }
 
 void TextViewport::clampToEnd()
 {
     const qreal available = std::max(style().rowHeight, m_size.height() - 2 * kMargin);
-    Row bottom = rowOfCaret({m_anchor, false});
+    Row bottom = topRow();
     qreal below = style().rowHeight - m_pixel;
     while (below < available && stepDown(bottom))
         below += style().rowHeight;
@@ -144,7 +160,7 @@ void TextViewport::clampToEnd()
 
 void TextViewport::forEachVisible(const std::function<void(const SegmentLayout &, qreal)> &visit)
 {
-    const Row top = rowOfCaret({m_anchor, false});
+    const Row top = topRow();
     TextSegment segment = top.segment;
     qreal y = textTop() - top.row * style().rowHeight;
     while (y > 0 && !segments::isFirst(segment)) {
@@ -164,23 +180,37 @@ void TextViewport::forEachVisible(const std::function<void(const SegmentLayout &
 TextCaret TextViewport::caretInRow(const Row &row, qreal x)
 {
     const SegmentLayout &layout = layoutOf(row.segment);
-    const qint64 offset =
-        std::max(row.segment.start, m_text.clusterBoundaryAtOrBefore(layout.offsetAt(x, row.row)));
+    const qint64 offset = m_text.clusterBoundaryAtOrBefore(layout.offsetAt(x, row.row));
     const bool isLastRow = row.row + 1 == layout.rowCount();
     const bool wraps =
         !isLastRow || (row.segment.breakLength == 0 && !segments::isLast(m_text, row.segment));
     return {offset, wraps && offset == layout.rowEnd(row.row)};
 }
 
-TextCaret TextViewport::caretAt(QPointF point)
+TextViewport::Row TextViewport::rowAt(qreal y)
 {
-    Row row = rowOfCaret({m_anchor, false});
-    auto steps = static_cast<int>(std::floor((point.y() - textTop()) / style().rowHeight));
+    Row row = topRow();
+    auto steps = static_cast<int>(std::floor((y - textTop()) / style().rowHeight));
     while (steps > 0 && stepDown(row))
         --steps;
     while (steps < 0 && stepUp(row))
         ++steps;
-    return caretInRow(row, point.x() - kMargin);
+    return row;
+}
+
+TextCaret TextViewport::caretAt(QPointF point)
+{
+    return caretInRow(rowAt(point.y()), point.x() - kMargin);
+}
+
+qint64 TextViewport::characterAt(QPointF point)
+{
+    const Row row = rowAt(point.y());
+    const SegmentLayout &layout = layoutOf(row.segment);
+    qint64 offset = layout.characterAt(point.x() - kMargin, row.row);
+    if (row.row + 1 < layout.rowCount()) // Behind a wrapped row, its last character is nearest.
+        offset = std::min(offset, layout.rowEnd(row.row) - 1);
+    return m_text.clusterBoundaryAtOrBefore(offset);
 }
 
 qreal TextViewport::caretX(TextCaret caret)
@@ -191,7 +221,7 @@ qreal TextViewport::caretX(TextCaret caret)
 
 QRectF TextViewport::caretRect(TextCaret caret)
 {
-    const Row top = rowOfCaret({m_anchor, false});
+    const Row top = topRow();
     Row row = rowOfCaret(caret);
     const SegmentLayout &layout = layoutOf(row.segment);
     const int index = layout.caretIndex(caret.offset, m_composition);
@@ -214,12 +244,19 @@ QRectF TextViewport::caretRect(TextCaret caret)
 TextCaret TextViewport::verticalMove(TextCaret caret, int rows, qreal x, bool &moved)
 {
     Row row = rowOfCaret(caret);
+    const bool isDown = rows > 0;
     moved = false;
     for (; rows > 0 && stepDown(row); --rows)
         moved = true;
     for (; rows < 0 && stepUp(row); ++rows)
         moved = true;
-    return moved ? caretInRow(row, x) : caret;
+    if (!moved)
+        return caret;
+    const TextCaret target = caretInRow(row, x);
+    // A cluster of many rows begins above all of them: the way down leads behind it.
+    if (isDown && (target.offset < caret.offset || target == caret))
+        return {m_text.nextClusterBoundary(caret.offset), false};
+    return target;
 }
 
 TextCaret TextViewport::rowStart(TextCaret caret)
@@ -245,7 +282,7 @@ bool TextViewport::isRightToLeft(qint64 offset)
 
 void TextViewport::scrollByPixels(qreal distance)
 {
-    Row row = rowOfCaret({m_anchor, false});
+    Row row = topRow();
     qreal pixel = m_pixel + distance;
     while (pixel >= style().rowHeight && stepDown(row))
         pixel -= style().rowHeight;
@@ -258,6 +295,7 @@ void TextViewport::scrollByPixels(qreal distance)
 void TextViewport::scrollToStart()
 {
     m_anchor = 0;
+    m_anchorComposition = 0;
     m_pixel = 0;
 }
 
@@ -303,7 +341,7 @@ qint64 TextViewport::offsetOfEstimatedRows(qreal rows) const
 
 bool TextViewport::endIsVisible()
 {
-    Row row = rowOfCaret({m_anchor, false});
+    Row row = topRow();
     qreal bottom = textTop() + style().rowHeight;
     while (bottom <= m_size.height() - kMargin + 1) {
         if (!stepDown(row))

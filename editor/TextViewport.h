@@ -53,6 +53,8 @@ public:
 
     /// The caret nearest to a point, snapped to clusters; points outside give the nearest row.
     [[nodiscard]] TextCaret caretAt(QPointF point);
+    /// The start of the cluster that covers a point, as above.
+    [[nodiscard]] qint64 characterAt(QPointF point);
     /// Where the caret is drawn; empty when it is scrolled away by more than a viewport.
     [[nodiscard]] QRectF caretRect(TextCaret caret);
     [[nodiscard]] qreal caretX(TextCaret caret);
@@ -96,6 +98,8 @@ private:
 
     [[nodiscard]] const SegmentLayout &layoutOf(const TextSegment &segment);
     [[nodiscard]] Row rowOfCaret(TextCaret caret);
+    [[nodiscard]] Row topRow();
+    [[nodiscard]] Row rowAt(qreal y);
     [[nodiscard]] bool stepDown(Row &row);
     [[nodiscard]] bool stepUp(Row &row);
     [[nodiscard]] TextCaret caretInRow(const Row &row, qreal x);
@@ -111,7 +115,9 @@ private:
     TextLayoutCache m_cache;
     TextComposition m_composition;
     QSizeF m_size;
-    qint64 m_anchor = 0;  // Offset of the first unit of the first visible row.
+    qint64 m_anchor = 0; // Offset of the first unit of the first visible row.
+    // Where that row starts inside a composition: units of it that lie above.
+    int m_anchorComposition = 0;
     qreal m_pixel = 0;    // How much of that row is scrolled out.
     qreal m_columns = 80; // Characters of usual width that fit one row.
 };
