@@ -50,11 +50,15 @@ bool entersText(const QKeyEvent &event)
 {
     const Qt::KeyboardModifiers modifiers = event.modifiers();
     // Control with Alt is how some keyboards reach their third level.
-    const bool isCommand = (modifiers & Qt::ControlModifier) && !(modifiers & Qt::AltModifier);
+    const bool isCommand =
+        modifiers.testFlag(Qt::ControlModifier) != modifiers.testFlag(Qt::AltModifier) ||
+        modifiers.testFlag(Qt::MetaModifier);
     if (event.text().isEmpty() || isCommand)
         return false;
     const QChar first = event.text().at(0);
-    return first.isPrint() || first.isHighSurrogate();
+    // Keyboards have keys for the joiners of Persian, and people keys for what is private to them.
+    return first.isPrint() || first.isHighSurrogate() || first.category() == QChar::Other_Format ||
+           first.category() == QChar::Other_PrivateUse;
 }
 
 } // namespace penwick

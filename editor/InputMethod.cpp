@@ -20,11 +20,12 @@ QTextLayout::FormatRange underlined(int start, int length)
     return range;
 }
 
-QTextLayout::FormatRange clauseOf(const QInputMethodEvent::Attribute &attribute)
+/// The attribute's range, cut to a composition of `size` units.
+QTextLayout::FormatRange clauseOf(const QInputMethodEvent::Attribute &attribute, int size)
 {
     QTextLayout::FormatRange range;
-    range.start = attribute.start;
-    range.length = attribute.length;
+    range.start = std::clamp(attribute.start, 0, size);
+    range.length = std::clamp(attribute.length, 0, size - range.start);
     range.format = qvariant_cast<QTextFormat>(attribute.value).toCharFormat();
     const bool isMarked = range.format.background().style() != Qt::NoBrush ||
                           range.format.underlineStyle() != QTextCharFormat::NoUnderline;
@@ -46,18 +47,39 @@ TextComposition compositionOf(const QInputMethodEvent &event, qint64 position)
         if (attribute.type == QInputMethodEvent::Cursor)
             composition.cursor = attribute.length > 0 ? std::clamp(attribute.start, 0, size) : -1;
         else if (attribute.type == QInputMethodEvent::TextFormat && attribute.length > 0)
-            composition.formats.append(clauseOf(attribute));
+            composition.formats.append(clauseOf(attribute, size));
     }
     if (composition.formats.isEmpty() && size > 0)
         composition.formats.append(underlined(0, size));
     return composition;
 }
 
+TextRange
+committedRange(const QInputMethodEvent &event, const Text &text, TextRange selection, qint64 caret)
+{
+    if (event.replacementLength() <= 0 && event.replacementStart() == 0)
+        return selection;
+    const qint64 from = caret + event.replacementStart();
+    qint64 start = std::clamp<qint64>(from, 0, text.size());
+    qint64 end =
+        std::clamp<qint64>(from + std::max(0, event.replacementLength()), start, text.size());
+    const auto isInsidePair = [&text](qint64 offset) {
+        return offset < text.size() && QChar::isLowSurrogate(text.at(offset));
+    };
+    end += end > start && isInsidePair(end) ? 1 : 0;
+    start -= isInsidePair(start) ? 1 : 0;
+    return {start, std::max(start, end) - start};
+}
+
 SurroundingText::SurroundingText(const Text &text, qint64 anchor, qint64 caret)
 {
-    m_start = text.clusterBoundaryAtOrBefore(std::max<qint64>(0, caret - kSurroundingReach));
-    const qint64 end =
-        text.clusterBoundaryAtOrBefore(std::min(text.size(), caret + kSurroundingReach));
+    // Half a cluster at an edge does no harm, half a surrogate pair might.
+    const auto snapped = [&text](qint64 offset) {
+        const bool isInsidePair = offset < text.size() && QChar::isLowSurrogate(text.at(offset));
+        return isInsidePair ? offset - 1 : offset;
+    };
+    m_start = snapped(std::max<qint64>(0, caret - kSurroundingReach));
+    const qint64 end = snapped(std::min(text.size(), caret + kSurroundingReach));
     m_units = text.slice(m_start, end - m_start);
     m_caret = caret;
     m_anchor = std::clamp(anchor, m_start, end);

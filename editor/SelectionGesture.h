@@ -33,6 +33,9 @@ public:
 
     void release() { m_isActive = false; }
 
+    /// What is being selected.
+    [[nodiscard]] Unit unit() const { return m_unit; }
+
     [[nodiscard]] bool isActive() const { return m_isActive; }
 
 private:

@@ -1,35 +1,27 @@
 #include "editor/TextView.h"
 
-#include "editor/InputMethod.h"
 #include "editor/TextViewAccessible.h"
 #include "editor/TextViewPainter.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
-#include <QInputMethod>
 #include <QMimeData>
 #include <QPainter>
 #include <QScrollBar>
 #include <QStyle>
 #include <QStyleHints>
 #include <QTimerEvent>
-#include <QWheelEvent>
 
 #include <algorithm>
 #include <cmath>
 
 namespace penwick {
 
-namespace {
-
-constexpr int kWheelRows = 3;
-constexpr int kAutoscrollInterval = 30; // Milliseconds.
-
-} // namespace
-
 TextView::TextView(TextStorage *storage, QWidget *parent)
     : QAbstractScrollArea(parent)
     , m_storage(storage)
+    , m_mouse(&m_viewport,
+              [this](qint64 anchor, TextCaret caret) { select(anchor, caret, Scroll::Stay); })
 {
     TextViewAccessible::install();
     setFrameShape(QFrame::NoFrame);
@@ -49,7 +41,7 @@ TextView::~TextView() = default;
 
 void TextView::setString(const Text &text)
 {
-    endComposition();
+    discardComposition();
     m_storage->setText(text);
     m_viewport.scrollToStart();
     m_anchor = 0;
@@ -67,6 +59,8 @@ TextRange TextView::selectedRange() const
 
 void TextView::setSelectedRange(TextRange range)
 {
+    if (range != selectedRange() || range.end() != m_caret.offset)
+        commitComposition(); // It stands where the caret does.
     m_storage->breakUndoCoalescing();
     select(range.location, {range.location + std::max<qint64>(0, range.length), false});
 }
@@ -76,18 +70,21 @@ bool TextView::hasMarkedText() const
     return m_viewport.composition().isActive();
 }
 
-void TextView::select(qint64 anchor, TextCaret caret, Scroll scroll)
+qint64 TextView::snapped(qint64 offset) const
 {
     const Text &text = m_storage->text();
-    const auto snapped = [&text](qint64 offset) {
-        offset = std::clamp<qint64>(offset, 0, text.size());
-        const bool isInsidePair =
-            offset > 0 && offset < text.size() && QChar::isLowSurrogate(text.at(offset));
-        return isInsidePair ? offset - 1 : offset;
-    };
+    offset = std::clamp<qint64>(offset, 0, text.size());
+    const bool isInsidePair =
+        offset > 0 && offset < text.size() && QChar::isLowSurrogate(text.at(offset));
+    return isInsidePair ? offset - 1 : offset;
+}
+
+void TextView::select(qint64 anchor, TextCaret caret, Scroll scroll)
+{
     const TextRange before = selectedRange();
     m_anchor = snapped(anchor);
     m_caret = {snapped(caret.offset), caret.atRowEnd};
+    m_column.reset();
     m_storage->setSelectionForUndo(selectedRange());
     if (scroll == Scroll::ToCaret)
         m_viewport.makeVisible(m_caret);
@@ -125,12 +122,19 @@ void TextView::caretMoved()
 
 void TextView::storageChanged(qint64 offset, qint64 oldLength, qint64 newLength)
 {
-    TextViewAccessible::announceChange(this, m_viewport.text(), {offset, oldLength}, newLength);
+    const Text before = m_viewport.text();
     m_viewport.textChanged(m_storage->text(), offset, oldLength, newLength);
-    m_anchor = std::min(m_anchor, m_storage->length());
-    m_caret.offset = std::min(m_caret.offset, m_storage->length());
+    m_anchor = snapped(m_anchor);
+    m_caret = {snapped(m_caret.offset), false};
     m_column.reset();
+    if (hasMarkedText() && m_viewport.composition().position != m_caret.offset) {
+        TextComposition composition = m_viewport.composition();
+        composition.position = m_caret.offset;
+        m_viewport.setComposition(composition);
+    }
     viewport()->update();
+    // Last, because a listener may ask back at once.
+    TextViewAccessible::announceChange(this, before, {offset, oldLength}, newLength);
 }
 
 void TextView::edit(TextRange range, const Text &replacement, TextStorage::EditKind kind)
@@ -150,7 +154,7 @@ bool TextView::shouldChangeText(TextRange range, const Text &replacement)
 {
     Q_UNUSED(range)
     Q_UNUSED(replacement)
-    endComposition();
+    discardComposition();
     m_storage->setSelectionForUndo(selectedRange());
     return true;
 }
@@ -187,20 +191,21 @@ void TextView::finishUndo(TextRange selection)
 
 void TextView::undo()
 {
-    endComposition();
+    discardComposition();
     if (m_storage->canUndo())
         finishUndo(m_storage->undo());
 }
 
 void TextView::redo()
 {
-    endComposition();
+    discardComposition();
     if (m_storage->canRedo())
         finishUndo(m_storage->redo());
 }
 
 void TextView::cut()
 {
+    commitComposition();
     copy();
     deleteSelection();
 }
@@ -217,7 +222,7 @@ void TextView::copy()
 
 void TextView::paste()
 {
-    endComposition();
+    commitComposition();
     const QMimeData *mime = QGuiApplication::clipboard()->mimeData();
     if (mime && mime->hasText() && !mime->text().isEmpty())
         replaceSelection(mime->text(), TextStorage::EditKind::Other);
@@ -225,14 +230,14 @@ void TextView::paste()
 
 void TextView::deleteSelection()
 {
-    endComposition();
+    commitComposition();
     if (selectedRange().length > 0)
         edit(selectedRange(), Text(), TextStorage::EditKind::Other);
 }
 
 void TextView::selectAll()
 {
-    endComposition();
+    commitComposition();
     m_storage->breakUndoCoalescing();
     select(0, {m_storage->length(), false}, Scroll::Stay);
 }
@@ -258,7 +263,6 @@ void TextView::move(CaretMoveRequest request)
         const bool toEnd =
             (request.move == CaretMove::Right) != m_viewport.isRightToLeft(m_caret.offset);
         const qint64 offset = toEnd ? selection.end() : selection.location;
-        m_column.reset();
         select(offset, {offset, false});
         return;
     }
@@ -274,7 +278,7 @@ void TextView::move(CaretMoveRequest request)
         m_viewport.makeVisible(target);
         m_viewport.scrollByPixels(m_viewport.caretRect(target).top() - before);
     }
-    const auto column = m_column;
+    const auto column = m_column; // Selecting forgets it.
     select(request.extends ? m_anchor : target.offset, target);
     m_column = column;
 }
@@ -316,147 +320,11 @@ void TextView::perform(EditCommand command)
     }
 }
 
-void TextView::keyPressEvent(QKeyEvent *event)
-{
-    if (const auto request = caretMoveFor(*event))
-        move(*request);
-    else if (const auto command = editCommandFor(*event))
-        perform(*command);
-    else if (entersText(*event))
-        replaceSelection(event->text(), TextStorage::EditKind::Typing);
-    else
-        event->ignore();
-}
-
-bool TextView::focusNextPrevChild(bool next)
-{
-    // Tab is a character here, not a way out.
-    Q_UNUSED(next)
-    return false;
-}
-
-void TextView::showComposition(const TextComposition &composition)
-{
-    m_viewport.setComposition(composition);
-    m_viewport.makeVisible(m_caret);
-    caretMoved();
-}
-
-void TextView::endComposition()
-{
-    if (!hasMarkedText())
-        return;
-    showComposition({});
-    QGuiApplication::inputMethod()->reset();
-}
-
-void TextView::inputMethodEvent(QInputMethodEvent *event)
-{
-    if (!event->commitString().isEmpty() || event->replacementLength() > 0) {
-        m_viewport.setComposition({});
-        TextRange range = selectedRange();
-        if (event->replacementLength() > 0) {
-            range.location = std::max<qint64>(0, m_caret.offset + event->replacementStart());
-            range.length = event->replacementLength();
-        }
-        const Text committed{QStringView(event->commitString())};
-        edit(range, committed, TextStorage::EditKind::Typing);
-    }
-    showComposition(compositionOf(*event, m_caret.offset));
-    event->accept();
-}
-
-QVariant TextView::inputMethodQuery(Qt::InputMethodQuery query) const
-{
-    switch (query) {
-    case Qt::ImEnabled:
-        return isEnabled();
-    case Qt::ImHints:
-        return static_cast<int>(Qt::ImhMultiLine | Qt::ImhNoAutoUppercase);
-    case Qt::ImFont:
-        return font();
-    case Qt::ImCursorRectangle:
-        return m_viewport.caretRect(m_caret).translated(viewport()->pos());
-    case Qt::ImAnchorRectangle:
-        return m_viewport.caretRect({m_anchor, false}).translated(viewport()->pos());
-    default:
-        break;
-    }
-    const QVariant answer =
-        SurroundingText(m_storage->text(), m_anchor, m_caret.offset).answer(query);
-    return answer.isValid() ? answer : QAbstractScrollArea::inputMethodQuery(query);
-}
-
-void TextView::mousePressEvent(QMouseEvent *event)
-{
-    if (event->button() != Qt::LeftButton) {
-        event->ignore();
-        return;
-    }
-    if (hasMarkedText())
-        QGuiApplication::inputMethod()->commit();
-    m_storage->breakUndoCoalescing();
-    m_column.reset();
-    m_lastMousePosition = event->position();
-    const TextCaret hit = m_viewport.caretAt(event->position());
-    if (event->modifiers() & Qt::ShiftModifier) {
-        m_gesture.pressExtending(m_anchor);
-        select(m_anchor, hit, Scroll::Stay);
-        return;
-    }
-    const auto ends = m_gesture.press(m_storage->text(), hit.offset, event->position());
-    select(ends.anchor, {ends.caret, ends.anchor == ends.caret && hit.atRowEnd}, Scroll::Stay);
-}
-
-void TextView::mouseDoubleClickEvent(QMouseEvent *event)
-{
-    if (event->button() != Qt::LeftButton)
-        return;
-    const TextCaret hit = m_viewport.caretAt(event->position());
-    const auto ends = m_gesture.doublePress(m_storage->text(), hit.offset, event->position());
-    select(ends.anchor, {ends.caret, false}, Scroll::Stay);
-}
-
-void TextView::extendTo(QPointF point)
-{
-    const TextCaret hit = m_viewport.caretAt(point);
-    const auto ends = m_gesture.drag(m_storage->text(), hit.offset);
-    select(ends.anchor, {ends.caret, ends.caret == hit.offset && hit.atRowEnd}, Scroll::Stay);
-}
-
-void TextView::mouseMoveEvent(QMouseEvent *event)
-{
-    if (!m_gesture.isActive() || !(event->buttons() & Qt::LeftButton))
-        return;
-    m_lastMousePosition = event->position();
-    extendTo(m_lastMousePosition);
-    const bool isOutside =
-        m_lastMousePosition.y() < 0 || m_lastMousePosition.y() > viewport()->height();
-    if (isOutside && !m_autoscrollTimer.isActive())
-        m_autoscrollTimer.start(kAutoscrollInterval, this);
-    else if (!isOutside)
-        m_autoscrollTimer.stop();
-}
-
-void TextView::mouseReleaseEvent(QMouseEvent *event)
-{
-    if (event->button() != Qt::LeftButton)
-        return;
-    m_gesture.release();
-    m_autoscrollTimer.stop();
-}
-
 void TextView::timerEvent(QTimerEvent *event)
 {
     if (event->timerId() == m_blinkTimer.timerId()) {
         m_caretIsShown = !m_caretIsShown;
         viewport()->update(m_viewport.caretRect(m_caret).toAlignedRect().adjusted(-2, 0, 3, 0));
-    } else if (event->timerId() == m_autoscrollTimer.timerId()) {
-        const qreal y = m_lastMousePosition.y();
-        // The farther outside, the faster.
-        const qreal distance = y < 0 ? y : std::max<qreal>(0, y - viewport()->height());
-        m_viewport.scrollByPixels(distance / 2);
-        extendTo(m_lastMousePosition);
     } else {
         QAbstractScrollArea::timerEvent(event);
     }
@@ -482,6 +350,9 @@ void TextView::focusInEvent(QFocusEvent *event)
 void TextView::focusOutEvent(QFocusEvent *event)
 {
     QAbstractScrollArea::focusOutEvent(event);
+    // A menu takes the focus for a moment only.
+    if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::MenuBarFocusReason)
+        commitComposition();
     m_blinkTimer.stop();
     m_storage->breakUndoCoalescing();
     viewport()->update();
@@ -526,11 +397,18 @@ void TextView::updateScrollBars()
     if (m_isUpdatingScrollBars)
         return;
     m_isUpdatingScrollBars = true;
-    const TextViewport::ScrollRange range = m_viewport.scrollRange();
-    verticalScrollBar()->setRange(0, range.maximum);
-    verticalScrollBar()->setPageStep(range.pageStep);
-    verticalScrollBar()->setSingleStep(std::max(1, range.pageStep / m_viewport.rowsPerPage()));
-    verticalScrollBar()->setValue(range.value);
+    // A bar that comes or goes changes the width, and with it the rows.
+    constexpr int kPasses = 3;
+    for (int pass = 0; pass < kPasses; ++pass) {
+        const QSize size = viewport()->size();
+        const TextViewport::ScrollRange range = m_viewport.scrollRange();
+        verticalScrollBar()->setRange(0, range.maximum);
+        verticalScrollBar()->setPageStep(range.pageStep);
+        verticalScrollBar()->setSingleStep(std::max(1, range.pageStep / m_viewport.rowsPerPage()));
+        verticalScrollBar()->setValue(range.value);
+        if (viewport()->size() == size)
+            break;
+    }
     horizontalScrollBar()->setRange(0, 0);
     m_isUpdatingScrollBars = false;
 }
@@ -546,21 +424,6 @@ void TextView::scrollContentsBy(int dx, int dy)
     // The bar keeps what the hand gave it: a correction would pull it away from the mouse.
     viewport()->update();
     updateMicroFocus();
-}
-
-void TextView::wheelEvent(QWheelEvent *event)
-{
-    const QPoint pixels = event->pixelDelta();
-    qreal distance = -pixels.y();
-    if (pixels.isNull()) {
-        constexpr qreal kNotch = 120;
-        distance = -event->angleDelta().y() / kNotch * kWheelRows * m_viewport.style().rowHeight;
-    }
-    m_viewport.scrollByPixels(distance);
-    updateScrollBars();
-    viewport()->update();
-    updateMicroFocus();
-    event->accept();
 }
 
 void TextView::paintEvent(QPaintEvent *event)

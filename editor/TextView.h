@@ -2,7 +2,7 @@
 
 #include "editor/CaretMover.h"
 #include "editor/EditKeys.h"
-#include "editor/SelectionGesture.h"
+#include "editor/MouseSelection.h"
 #include "editor/TextStorage.h"
 #include "editor/TextViewport.h"
 #include "text/Text.h"
@@ -108,6 +108,8 @@ private:
     enum class Scroll { ToCaret, Stay };
 
     void storageChanged(qint64 offset, qint64 oldLength, qint64 newLength);
+    /// `offset` clamped to the text, and moved out of a surrogate pair.
+    [[nodiscard]] qint64 snapped(qint64 offset) const;
     void select(qint64 anchor, TextCaret caret, Scroll scroll = Scroll::ToCaret);
     /// An edit that the person made: replaces `range` and puts the caret behind the new text.
     void edit(TextRange range, const Text &replacement, TextStorage::EditKind kind);
@@ -116,9 +118,11 @@ private:
     void deleteTo(qint64 target, TextStorage::EditKind kind);
     void perform(EditCommand command);
     void move(CaretMoveRequest request);
-    void endComposition();
+    /// Ends a composition: what it shows is lost, or becomes text as far as the input method hands
+    /// it over.
+    void discardComposition();
+    void commitComposition();
     void showComposition(const TextComposition &composition);
-    void extendTo(QPointF point);
     void updateStyle();
     void updateScrollBars();
     void restartBlinking();
@@ -129,12 +133,11 @@ private:
     qint64 m_anchor = 0;             // The end of the selection that stays.
     TextCaret m_caret;               // The end that moves.
     std::optional<qreal> m_column;   // x that moves from row to row keep.
-    SelectionGesture m_gesture;
-    QPointF m_lastMousePosition;
+    MouseSelection m_mouse;
     QBasicTimer m_blinkTimer;
-    QBasicTimer m_autoscrollTimer;
     bool m_caretIsShown = true;
     bool m_isUpdatingScrollBars = false;
+    bool m_ignoresCommits = false;
 };
 
 } // namespace penwick

@@ -41,10 +41,14 @@ void TextViewAccessible::announceChange(TextView *view,
 {
     if (!QAccessible::isActive())
         return;
-    QAccessibleTextUpdateEvent updated(view,
-                                       static_cast<int>(range.location),
-                                       before.slice(range.location, range.length),
-                                       view->string().slice(range.location, newLength));
+    // A bus carries no file of any size, and nobody has one read out at once.
+    constexpr qint64 kMostUnits = 1 << 16;
+    const Text &now = view->string();
+    QAccessibleTextUpdateEvent updated(
+        view,
+        static_cast<int>(range.location),
+        before.slice(range.location, std::min(range.length, kMostUnits)),
+        now.slice(range.location, std::min(newLength, kMostUnits)));
     QAccessible::updateAccessibility(&updated);
 }
 
@@ -144,6 +148,7 @@ std::pair<qint64, qint64> TextViewAccessible::around(qint64 offset,
                                                      QAccessible::TextBoundaryType boundary) const
 {
     const Text &text = view()->string();
+    offset = std::clamp<qint64>(offset, 0, text.size());
     switch (boundary) {
     case QAccessible::CharBoundary: {
         const qint64 start = text.clusterBoundaryAtOrBefore(offset);

@@ -1,5 +1,8 @@
 #include "editor/TextView.h"
 
+#include "editor/CaretMover.h"
+#include "support/ShownTextView.h"
+
 #include <QAccessible>
 #include <QClipboard>
 #include <QGuiApplication>
@@ -12,53 +15,7 @@
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
-namespace {
-
-/// A view in a shown window, as a person has it in front of them.
-struct Fixture
-{
-    explicit Fixture(QStringView text = {})
-    {
-        view.resize(600, 400);
-        view.show();
-        view.setString(Text(text));
-        view.setFocus();
-        const bool isActive = QTest::qWaitForWindowActive(&view);
-        Q_ASSERT(isActive);
-        Q_UNUSED(isActive)
-    }
-
-    void caret(qint64 offset) { view.setSelectedRange({offset, 0}); }
-
-    void key(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
-    {
-        QTest::keyClick(&view, key, modifiers);
-    }
-
-    [[nodiscard]] QString text() const { return view.string().toString(); }
-
-    /// Where the caret at `offset` is drawn, in the viewport.
-    QPoint pointOf(qint64 offset)
-    {
-        const TextRange before = view.selectedRange();
-        view.setSelectedRange({offset, 0});
-        const QRectF rect = view.inputMethodQuery(Qt::ImCursorRectangle).toRectF();
-        view.setSelectedRange(before);
-        return rect.center().toPoint();
-    }
-
-    void compose(const QString &preedit, const QString &commit = {})
-    {
-        QInputMethodEvent event(preedit, {});
-        event.setCommitString(commit);
-        QCoreApplication::sendEvent(&view, &event);
-    }
-
-    TextStorage storage;
-    TextView view{&storage};
-};
-
-} // namespace
+using Fixture = test::ShownTextView;
 
 class TextViewTest final : public QObject
 {
@@ -84,9 +41,6 @@ private Q_SLOTS:
     void tripleClick_selectsTheLine();
     void drag_selectsAndScrolls();
     void shiftClick_extends();
-    void composition_staysOutOfTheText();
-    void compositionCommittedOverSelection_isOneUndoStep();
-    void outsideChange_endsTheComposition();
     void replaceCharacters_movesTheSelection_data();
     void replaceCharacters_movesTheSelection();
     void undo_restoresTheSelection();
@@ -98,6 +52,12 @@ private Q_SLOTS:
     void rightToLeftLine_leftMovesForward();
     void wheel_scrollsWithoutMovingTheCaret();
     void assistiveTechnology_readsAndEditsTheText();
+    void upAfterCaretWasPlaced_keepsTheNewColumn();
+    void caretBetweenCrAndLf_belongsToTheLineBefore();
+    void doubleClickOnTheLaterHalf_selectsThatWord();
+    void joinersAndPrivateCharacters_areTyped();
+    void storageEditedBehindTheView_selectionDividesNoPair();
+    void assistiveTechnology_mayAskBeyondTheText();
 };
 
 void TextViewTest::typedKeys_enterTextAndUndoAsARun()
@@ -332,45 +292,6 @@ void TextViewTest::shiftClick_extends()
     QCOMPARE(f.view.selectedRange(), (TextRange{2, 4}));
 }
 
-void TextViewTest::composition_staysOutOfTheText()
-{
-    Fixture f(u"ab");
-    QSignalSpy changes(&f.view, &TextView::textDidChange);
-    f.caret(1);
-    f.compose(u"にほん"_s);
-    QVERIFY(f.view.hasMarkedText());
-    QCOMPARE(f.text(), u"ab"_s);
-    QCOMPARE(changes.count(), 0);
-    QVERIFY(!f.storage.isModified());
-    f.compose({}, u"日本"_s);
-    QVERIFY(!f.view.hasMarkedText());
-    QCOMPARE(f.text(), u"a日本b"_s);
-    QCOMPARE(f.view.selectedRange(), (TextRange{3, 0}));
-}
-
-void TextViewTest::compositionCommittedOverSelection_isOneUndoStep()
-{
-    Fixture f(u"abcd");
-    f.view.setSelectedRange({1, 2});
-    f.compose(u"に"_s);
-    QCOMPARE(f.text(), u"abcd"_s);
-    f.compose({}, u"二"_s);
-    QCOMPARE(f.text(), u"a二d"_s);
-    f.view.undo();
-    QCOMPARE(f.text(), u"abcd"_s);
-    QVERIFY(!f.storage.canUndo());
-}
-
-void TextViewTest::outsideChange_endsTheComposition()
-{
-    Fixture f(u"ab");
-    f.caret(1);
-    f.compose(u"に"_s);
-    f.view.setString(Text(u"other"));
-    QVERIFY(!f.view.hasMarkedText());
-    QCOMPARE(f.text(), u"other"_s);
-}
-
 void TextViewTest::replaceCharacters_movesTheSelection_data()
 {
     QTest::addColumn<TextRange>("selection");
@@ -543,6 +464,80 @@ void TextViewTest::assistiveTechnology_readsAndEditsTheText()
     QCOMPARE(f.text(), u"1 二つ\nthree"_s);
     f.view.undo();
     QCOMPARE(f.text(), u"one 二つ\nthree"_s);
+}
+
+void TextViewTest::upAfterCaretWasPlaced_keepsTheNewColumn()
+{
+    Fixture f(u"aaaaaaaa\naaaaaaaa\naaaaaaaa");
+    f.caret(6);
+    f.key(Qt::Key_Down);
+    f.caret(20);
+    f.key(Qt::Key_Up);
+    QCOMPARE(f.view.selectedRange().location, 11);
+}
+
+void TextViewTest::caretBetweenCrAndLf_belongsToTheLineBefore()
+{
+    Fixture f(u"one\r\ntwo");
+    f.caret(4);
+    f.key(Qt::Key_End, Qt::ShiftModifier);
+    QCOMPARE(f.view.caretOffset(), 3);
+    QCOMPARE(lineAround(f.view.string(), 4), (TextRange{0, 5}));
+    f.caret(4);
+    f.key(Qt::Key_Home);
+    QCOMPARE(f.view.caretOffset(), 0);
+}
+
+void TextViewTest::doubleClickOnTheLaterHalf_selectsThatWord()
+{
+    Fixture f(u"今日は天気");
+    const QPoint left = f.pointOf(1);
+    const QPoint right = f.pointOf(2);
+    QTest::mouseDClick(f.view.viewport(), Qt::LeftButton, {}, (left + right * 3) / 4);
+    QCOMPARE(f.view.selectedRange(), (TextRange{0, 2}));
+}
+
+void TextViewTest::joinersAndPrivateCharacters_areTyped()
+{
+    Fixture f;
+    for (const QString &character : {u"\u200C"_s, u"\uE000"_s, u"x"_s}) {
+        QKeyEvent event(QEvent::KeyPress, 0, Qt::ShiftModifier, character);
+        QCoreApplication::sendEvent(&f.view, &event);
+    }
+    QCOMPARE(f.text(), u"\u200C\uE000x"_s);
+    QKeyEvent withMeta(QEvent::KeyPress, Qt::Key_Y, Qt::MetaModifier, u"y"_s);
+    QCoreApplication::sendEvent(&f.view, &withMeta);
+    QKeyEvent withAlt(QEvent::KeyPress, Qt::Key_Y, Qt::AltModifier, u"y"_s);
+    QCoreApplication::sendEvent(&f.view, &withAlt);
+    QKeyEvent thirdLevel(
+        QEvent::KeyPress, Qt::Key_At, Qt::ControlModifier | Qt::AltModifier, u"@"_s);
+    QCoreApplication::sendEvent(&f.view, &thirdLevel);
+    QCOMPARE(f.text(), u"\u200C\uE000x@"_s);
+}
+
+void TextViewTest::storageEditedBehindTheView_selectionDividesNoPair()
+{
+    Fixture f(u"ab");
+    f.caret(1);
+    f.storage.replaceCharacters({0, 1}, Text(u"😀"));
+    QCOMPARE(f.view.selectedRange(), (TextRange{0, 0}));
+}
+
+void TextViewTest::assistiveTechnology_mayAskBeyondTheText()
+{
+    Fixture f(u"one two");
+    QAccessibleTextInterface *text =
+        QAccessible::queryAccessibleInterface(&f.view)->textInterface();
+    int start = 0;
+    int end = 0;
+    for (const auto boundary :
+         {QAccessible::CharBoundary, QAccessible::WordBoundary, QAccessible::LineBoundary}) {
+        for (const int offset : {-2, -1, 7, 8, 99}) {
+            const QString at = text->textAtOffset(offset, boundary, &start, &end);
+            QCOMPARE(at, f.text().mid(start, end - start));
+            QVERIFY(start >= 0 && end <= 7);
+        }
+    }
 }
 
 QTEST_MAIN(TextViewTest)

@@ -1,0 +1,152 @@
+// What a text view does about keys, input methods and the mouse. What comes out of it, edits and
+// selections, is in TextView.cpp.
+
+#include "editor/InputMethod.h"
+#include "editor/TextView.h"
+
+#include <QGuiApplication>
+#include <QInputMethod>
+#include <QWheelEvent>
+
+namespace penwick {
+
+namespace {
+
+constexpr int kWheelRows = 3;
+
+} // namespace
+
+void TextView::keyPressEvent(QKeyEvent *event)
+{
+    // Keys that reach the text amid a composition are none of it.
+    if (const auto request = caretMoveFor(*event)) {
+        commitComposition();
+        move(*request);
+    } else if (const auto command = editCommandFor(*event)) {
+        if (*command != EditCommand::Undo && *command != EditCommand::Redo)
+            commitComposition();
+        perform(*command);
+    } else if (entersText(*event)) {
+        commitComposition();
+        replaceSelection(event->text(), TextStorage::EditKind::Typing);
+    } else {
+        event->ignore();
+    }
+}
+
+bool TextView::focusNextPrevChild(bool next)
+{
+    // Tab is a character here, not a way out.
+    Q_UNUSED(next)
+    return false;
+}
+
+void TextView::showComposition(const TextComposition &composition)
+{
+    m_viewport.setComposition(composition);
+    m_viewport.makeVisible(m_caret);
+    caretMoved();
+}
+
+void TextView::discardComposition()
+{
+    if (!hasMarkedText())
+        return;
+    showComposition({});
+    // Some input methods hand over on a reset what they were to forget.
+    m_ignoresCommits = true;
+    QGuiApplication::inputMethod()->reset();
+    m_ignoresCommits = false;
+}
+
+void TextView::commitComposition()
+{
+    if (!hasMarkedText())
+        return;
+    QGuiApplication::inputMethod()->commit();
+    // Some input methods hand over on a reset only.
+    if (hasMarkedText())
+        QGuiApplication::inputMethod()->reset();
+    if (hasMarkedText())
+        showComposition({});
+}
+
+void TextView::inputMethodEvent(QInputMethodEvent *event)
+{
+    event->accept();
+    if (m_ignoresCommits)
+        return;
+    if (!event->commitString().isEmpty() || event->replacementLength() > 0) {
+        m_viewport.setComposition({});
+        const TextRange range =
+            committedRange(*event, m_storage->text(), selectedRange(), m_caret.offset);
+        edit(range, Text(QStringView(event->commitString())), TextStorage::EditKind::Typing);
+    }
+    showComposition(compositionOf(*event, m_caret.offset));
+}
+
+QVariant TextView::inputMethodQuery(Qt::InputMethodQuery query) const
+{
+    switch (query) {
+    case Qt::ImEnabled:
+        return isEnabled();
+    case Qt::ImHints:
+        return static_cast<int>(Qt::ImhMultiLine | Qt::ImhNoAutoUppercase);
+    case Qt::ImFont:
+        return font();
+    case Qt::ImCursorRectangle:
+        return m_viewport.caretRect(m_caret).translated(viewport()->pos());
+    case Qt::ImAnchorRectangle:
+        return m_viewport.caretRect({m_anchor, false}).translated(viewport()->pos());
+    default:
+        break;
+    }
+    const QVariant answer =
+        SurroundingText(m_storage->text(), m_anchor, m_caret.offset).answer(query);
+    return answer.isValid() ? answer : QAbstractScrollArea::inputMethodQuery(query);
+}
+
+void TextView::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton) {
+        event->ignore();
+        return;
+    }
+    commitComposition();
+    m_storage->breakUndoCoalescing();
+    m_mouse.press(*event, m_anchor);
+}
+
+void TextView::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton)
+        m_mouse.doublePress(*event);
+}
+
+void TextView::mouseMoveEvent(QMouseEvent *event)
+{
+    m_mouse.move(*event, viewport()->height());
+}
+
+void TextView::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton)
+        m_mouse.release();
+}
+
+void TextView::wheelEvent(QWheelEvent *event)
+{
+    const QPoint pixels = event->pixelDelta();
+    qreal distance = -pixels.y();
+    if (pixels.isNull()) {
+        constexpr qreal kNotch = 120;
+        distance = -event->angleDelta().y() / kNotch * kWheelRows * m_viewport.style().rowHeight;
+    }
+    m_viewport.scrollByPixels(distance);
+    updateScrollBars();
+    viewport()->update();
+    updateMicroFocus();
+    event->accept();
+}
+
+} // namespace penwick

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "editor/TextView.h"
+
+#include <QInputMethodEvent>
+#include <QTest>
+
+namespace penwick::test {
+
+/// A view in a shown window, as a person has it in front of them.
+struct ShownTextView
+{
+    explicit ShownTextView(QStringView text = {})
+    {
+        view.resize(600, 400);
+        view.show();
+        view.setString(Text(text));
+        view.setFocus();
+        const bool isActive = QTest::qWaitForWindowActive(&view);
+        Q_ASSERT(isActive);
+        Q_UNUSED(isActive)
+    }
+
+    void caret(qint64 offset) { view.setSelectedRange({offset, 0}); }
+
+    void key(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
+    {
+        QTest::keyClick(&view, key, modifiers);
+    }
+
+    [[nodiscard]] QString text() const { return view.string().toString(); }
+
+    /// Where the caret at `offset` is drawn, in the viewport.
+    QPoint pointOf(qint64 offset)
+    {
+        const TextRange before = view.selectedRange();
+        view.setSelectedRange({offset, 0});
+        const QRectF rect = view.inputMethodQuery(Qt::ImCursorRectangle).toRectF();
+        view.setSelectedRange(before);
+        return rect.center().toPoint();
+    }
+
+    /// What an input method sends that shows `preedit` after it commits `commit` in place of
+    /// `replacedLength` units that begin `replacedStart` units from the caret.
+    void compose(const QString &preedit,
+                 const QString &commit = {},
+                 int replacedStart = 0,
+                 int replacedLength = 0)
+    {
+        QInputMethodEvent event(preedit, {});
+        event.setCommitString(commit, replacedStart, replacedLength);
+        QCoreApplication::sendEvent(&view, &event);
+    }
+
+    TextStorage storage;
+    TextView view{&storage};
+};
+
+} // namespace penwick::test
