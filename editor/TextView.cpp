@@ -436,8 +436,9 @@ void TextView::paintEvent(QPaintEvent *event)
     const bool isHidden = hasMarkedText() && m_viewport.composition().cursor < 0;
     picture.caretIsShown = hasFocus() && m_caretIsShown && !isHidden;
     picture.caretWidth = style()->pixelMetric(QStyle::PM_TextCursorWidth, nullptr, this);
-    paintTextView(
-        painter, QRectF(event->rect()), QSizeF(viewport()->size()), palette(), m_viewport, picture);
+    picture.size = QSizeF(viewport()->size());
+    picture.palette = palette();
+    paintTextView(painter, QRectF(event->rect()), m_viewport, picture);
 }
 
 } // namespace penwick

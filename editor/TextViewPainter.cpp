@@ -31,70 +31,74 @@ LayoutSelection selectionIn(const SegmentLayout &layout, TextRange selection)
     return result;
 }
 
-/// Fills the selected part of one row over its whole height. Right-to-left stretches divide it into
-/// pieces, so those rows are filled character by character.
-void fillRowSelection(QPainter &painter,
-                      const SegmentLayout &layout,
-                      const QTextLine &line,
-                      const LayoutSelection &selection,
-                      QPointF rowOrigin,
-                      qreal rowHeight,
-                      const QColor &color)
+/// Fills what is selected of one segment, behind its text.
+class SelectionPainter
 {
-    const int lineEnd = line.textStart() + line.textLength();
-    const int start = std::max(selection.start, line.textStart());
-    const int end = std::min(selection.end, lineEnd);
-    const auto fill = [&](int from, int to) {
-        const qreal a = line.cursorToX(from);
-        const qreal b = line.cursorToX(to);
-        painter.fillRect(
-            QRectF(rowOrigin.x() + std::min(a, b), rowOrigin.y(), std::abs(b - a), rowHeight),
-            color);
-    };
-    if (start < end && !layout.hasRightToLeft()) {
-        fill(start, end);
-    } else {
-        for (int i = start; i < end; ++i)
-            fill(i, i + 1);
+public:
+    /// `origin` is the top left of the segment; the selection of a break reaches to `right`.
+    SelectionPainter(QPainter &painter, const QColor &color, QPointF origin, qreal right)
+        : m_painter(painter)
+        , m_color(color)
+        , m_origin(origin)
+        , m_right(right)
+    {
     }
-}
 
-void paintSelection(QPainter &painter,
-                    const SegmentLayout &layout,
-                    const LayoutSelection &selection,
-                    QPointF origin,
-                    const TextLayoutStyle &style,
-                    qreal right,
-                    const QColor &color)
-{
-    for (int row = 0; row < layout.rowCount(); ++row) {
-        const QTextLine line = layout.layout().lineAt(row);
-        const int lineEnd = line.textStart() + line.textLength();
-        if (selection.end < line.textStart() || selection.start > lineEnd)
-            continue;
-        const QPointF rowOrigin(origin.x(), origin.y() + row * style.rowHeight);
-        fillRowSelection(painter, layout, line, selection, rowOrigin, style.rowHeight, color);
-        const bool isLastRow = row + 1 == layout.rowCount();
-        const bool goesOn = isLastRow ? selection.coversBreak
-                                      : selection.end >= lineEnd && selection.start < lineEnd &&
-                                            (selection.end > lineEnd || selection.coversBreak);
-        if (!goesOn)
-            continue;
-        const qreal left = rowOrigin.x() + std::max<qreal>(0, layout.rowRight(row));
-        painter.fillRect(
-            QRectF(left, rowOrigin.y(), std::max<qreal>(0, right - left), style.rowHeight), color);
+    void paint(const SegmentLayout &layout, const LayoutSelection &selection, qreal rowHeight)
+    {
+        for (int row = 0; row < layout.rowCount(); ++row) {
+            m_row = QRectF(m_origin.x(), m_origin.y() + row * rowHeight, 0, rowHeight);
+            const QTextLine line = layout.layout().lineAt(row);
+            const int lineEnd = line.textStart() + line.textLength();
+            if (selection.end < line.textStart() || selection.start > lineEnd)
+                continue;
+            fillText(layout, line, selection);
+            const bool isLastRow = row + 1 == layout.rowCount();
+            const bool goesOn = isLastRow ? selection.coversBreak
+                                          : selection.end >= lineEnd && selection.start < lineEnd &&
+                                                (selection.end > lineEnd || selection.coversBreak);
+            if (goesOn)
+                fill(m_row.x() + std::max<qreal>(0, layout.rowRight(row)), m_right);
+        }
     }
-}
+
+private:
+    void fill(qreal left, qreal right)
+    {
+        if (left < right)
+            m_painter.fillRect(QRectF(left, m_row.y(), right - left, m_row.height()), m_color);
+    }
+
+    /// Right-to-left stretches divide a row into pieces, so those are filled character by
+    /// character.
+    void
+    fillText(const SegmentLayout &layout, const QTextLine &line, const LayoutSelection &selection)
+    {
+        const int start = std::max(selection.start, line.textStart());
+        const int end = std::min(selection.end, line.textStart() + line.textLength());
+        const int step = layout.hasRightToLeft() ? 1 : std::max(1, end - start);
+        for (int i = start; i < end; i += step) {
+            const qreal a = line.cursorToX(i);
+            const qreal b = line.cursorToX(i + step);
+            fill(m_row.x() + std::min(a, b), m_row.x() + std::max(a, b));
+        }
+    }
+
+    QPainter &m_painter;
+    QColor m_color;
+    QPointF m_origin;
+    qreal m_right = 0;
+    QRectF m_row; // Without width.
+};
 
 } // namespace
 
 void paintTextView(QPainter &painter,
                    const QRectF &exposed,
-                   const QSizeF &size,
-                   const QPalette &palette,
                    TextViewport &viewport,
                    const TextViewPicture &picture)
 {
+    const QPalette &palette = picture.palette;
     const auto group = picture.isActive ? QPalette::Active : QPalette::Inactive;
     painter.setPen(palette.color(QPalette::Text));
     viewport.forEachVisible([&](const SegmentLayout &layout, qreal y) {
@@ -102,13 +106,11 @@ void paintTextView(QPainter &painter,
         const LayoutSelection selection = selectionIn(layout, picture.selection);
         QList<QTextLayout::FormatRange> formats;
         if (!selection.isEmpty()) {
-            paintSelection(painter,
-                           layout,
-                           selection,
-                           origin,
-                           viewport.style(),
-                           size.width() - TextViewport::kMargin,
-                           palette.color(group, QPalette::Highlight));
+            SelectionPainter(painter,
+                             palette.color(group, QPalette::Highlight),
+                             origin,
+                             picture.size.width() - TextViewport::kMargin)
+                .paint(layout, selection, viewport.style().rowHeight);
             QTextLayout::FormatRange range;
             range.start = selection.start;
             range.length = selection.end - selection.start;

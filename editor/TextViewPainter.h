@@ -16,13 +16,14 @@ struct TextViewPicture
     bool caretIsShown = false;
     bool isActive = false; ///< Has the keyboard focus: the selection is not dimmed.
     qreal caretWidth = 1;  ///< Logical pixels.
+    QSizeF size;           ///< Of the view's contents, logical pixels.
+    QPalette palette;
 };
 
-/// Draws the visible rows of `viewport` with selection and caret.
+/// Draws the visible rows of `viewport` with selection and caret. What lies outside `exposed` may
+/// be left out.
 void paintTextView(QPainter &painter,
                    const QRectF &exposed,
-                   const QSizeF &size,
-                   const QPalette &palette,
                    TextViewport &viewport,
                    const TextViewPicture &picture);
 

@@ -9,6 +9,8 @@ namespace penwick {
 
 namespace {
 
+constexpr qsizetype kLongestSequence = 4; // Bytes.
+
 /// Length of the ASCII stretch at the start of `bytes`.
 qsizetype asciiPrefix(const char *bytes, qsizetype size)
 {
@@ -26,6 +28,32 @@ qsizetype asciiPrefix(const char *bytes, qsizetype size)
     return i;
 }
 
+/// The code point at `i`, which is moved behind it; negative when it is not valid.
+// NOLINTNEXTLINE(readability-function-size): the branches are the macro's own.
+UChar32 nextCodePoint(const quint8 *bytes, qsizetype &i, qsizetype size)
+{
+    UChar32 codePoint = 0;
+    U8_NEXT(bytes, i, size, codePoint);
+    return codePoint;
+}
+
+void appendCodePoint(char16_t *units, qsizetype &length, UChar32 codePoint)
+{
+    U16_APPEND_UNSAFE(units, length, codePoint);
+}
+
+/// True when the first `size` bytes of `candidate` need some of the others, but not all of them, to
+/// make a valid sequence.
+bool isCompletedBy(const quint8 (&candidate)[kLongestSequence], qsizetype size)
+{
+    for (qsizetype length = size + 1; length <= kLongestSequence; ++length) {
+        qsizetype i = 0;
+        if (nextCodePoint(candidate, i, length) >= 0 && i == length)
+            return true;
+    }
+    return false;
+}
+
 /// True when `bytes` could be the start of a valid sequence that only lacks its end.
 bool isTruncatedSequence(const quint8 *bytes, qsizetype size)
 {
@@ -33,22 +61,13 @@ bool isTruncatedSequence(const quint8 *bytes, qsizetype size)
     constexpr quint8 kLowestTrail = 0x80;
     constexpr quint8 kHighestTrail = 0xBF;
     for (const quint8 second : {kLowestTrail, quint8(0x90), quint8(0xA0), kHighestTrail}) {
-        quint8 candidate[4] = {0, second, kLowestTrail, kLowestTrail};
+        quint8 candidate[kLongestSequence] = {0, second, kLowestTrail, kLowestTrail};
         std::copy(bytes, bytes + size, candidate);
-        for (const qsizetype length : {size + 1, size + 2, size + 3}) {
-            if (length > 4)
-                break;
-            qsizetype i = 0;
-            UChar32 codePoint = 0;
-            U8_NEXT(candidate, i, length, codePoint);
-            if (codePoint >= 0 && i == length)
-                return true;
-        }
+        if (isCompletedBy(candidate, size))
+            return true;
     }
     return false;
 }
-
-constexpr qsizetype kLongestSequence = 4;
 
 /// The character of a valid sequence of three bytes, which most of Japanese text is made of; 0 for
 /// anything else, which the general decoder then judges.
@@ -80,15 +99,14 @@ qsizetype Utf8Reader::decodeNonAscii(QByteArrayView bytes)
             continue;
         }
         qsizetype next = i;
-        UChar32 codePoint = 0;
-        U8_NEXT(data, next, size, codePoint);
+        const UChar32 codePoint = nextCodePoint(data, next, size);
         if (codePoint < 0) {
             const qsizetype left = size - i;
             if (left >= kLongestSequence || !isTruncatedSequence(data + i, left))
                 m_errorOffset = m_bytesTaken + i;
             break;
         }
-        U16_APPEND_UNSAFE(units, length, codePoint);
+        appendCodePoint(units, length, codePoint);
         i = next;
     }
     m_builder.appendNonAscii({units, static_cast<std::size_t>(length)});
