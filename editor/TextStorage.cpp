@@ -62,6 +62,9 @@ bool TextStorage::coalesce(const TextChange &change, EditKind kind)
     if (!step.open || step.kind != kind || kind == EditKind::Other)
         return false;
     TextChange &last = step.changes.back();
+    const bool deletes = kind != EditKind::Typing;
+    if (deletes && !(change.inserted.isEmpty() && last.inserted.isEmpty()))
+        return false;
     switch (kind) {
     case EditKind::Typing:
         if (!change.removed.isEmpty() || change.offset != last.offset + last.inserted.size())
@@ -97,6 +100,9 @@ void TextStorage::record(TextChange change, EditKind kind)
     m_steps.resize(m_position);
     m_awaitsSelection = true;
     if (m_groupingLevel > 0 && m_groupHasStep) {
+        // Saved in the middle of the group: undo and redo pass that state by.
+        if (m_savePosition == static_cast<qint64>(m_position))
+            m_savePosition = -1;
         m_steps.back().changes.push_back(std::move(change));
         return;
     }

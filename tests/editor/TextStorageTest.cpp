@@ -24,7 +24,9 @@ private Q_SLOTS:
     void undo_returnsSelectionBeforeAndRedoAfter();
     void savePoint_isFoundAgainByUndoAndRedo();
     void savePointInsideLostBranch_staysModified();
+    void savePointInsideGroup_isPassedByUndoAndRedo();
     void typingAfterSave_startsNewStep();
+    void deletionsThatInsert_areStepsOfTheirOwn();
     void setText_emptiesHistoryAndKeepsEditedState();
     void emptyEdit_registersNothing();
     void halfAPair_isReplacedWhole();
@@ -166,6 +168,38 @@ void TextStorageTest::savePointInsideLostBranch_staysModified()
     QVERIFY(storage.isModified());
     storage.undo();
     QVERIFY(storage.isModified());
+}
+
+void TextStorageTest::savePointInsideGroup_isPassedByUndoAndRedo()
+{
+    TextStorage storage;
+    storage.beginUndoGrouping();
+    storage.replaceCharacters({0, 0}, Text(u"a"_s));
+    storage.setSavePoint();
+    QVERIFY(!storage.isModified());
+    storage.replaceCharacters({1, 0}, Text(u"b"_s));
+    QVERIFY(storage.isModified());
+    storage.endUndoGrouping();
+    QVERIFY(storage.isModified());
+    storage.undo();
+    QVERIFY(storage.isModified());
+    storage.redo();
+    QVERIFY(storage.isModified());
+}
+
+void TextStorageTest::deletionsThatInsert_areStepsOfTheirOwn()
+{
+    TextStorage storage;
+    storage.setText(Text(u"abcd"_s));
+    storage.replaceCharacters({3, 1}, Text(u"X"_s), Kind::DeletingBackward);
+    storage.replaceCharacters({2, 1}, Text(), Kind::DeletingBackward);
+    storage.replaceCharacters({1, 1}, Text(u"Y"_s), Kind::DeletingBackward);
+    QCOMPARE(storage.text().toString(), u"aYX"_s);
+    storage.undo();
+    QCOMPARE(storage.text().toString(), u"abX"_s);
+    storage.undo();
+    storage.undo();
+    QCOMPARE(storage.text().toString(), u"abcd"_s);
 }
 
 void TextStorageTest::typingAfterSave_startsNewStep()
