@@ -1,9 +1,10 @@
 # One static library per layer, with its links declared in one place.
 
+# g++ does not count a change of sign under -Wconversion, and clang is to agree.
 add_library(penwick_options INTERFACE)
 target_include_directories(penwick_options INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(penwick_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor
     $<$<BOOL:${PENWICK_WARNINGS_AS_ERRORS}>:-Werror>)
 # Where it optimises, g++ 12 takes the moves of a std::variant of Qt's containers for reads of what
 # was never written. clang-tidy's analyzer looks for the real ones.
@@ -16,6 +17,16 @@ target_compile_definitions(penwick_options INTERFACE
     QT_NO_FOREACH
     QT_NO_KEYWORDS # GLib's headers, which the script engine's include, use `signals` as a name.
     PENWICK_VERSION="${PROJECT_VERSION}")
+# Characters in one chunk of a text. Where the texts are short, as those that a fuzzer makes are, small
+# chunks let them have a tree all the same.
+set(PENWICK_LEAF_UNITS 4096 CACHE STRING "UTF-16 code units that one chunk of a text holds at most")
+target_compile_definitions(penwick_options INTERFACE PENWICK_LEAF_UNITS=${PENWICK_LEAF_UNITS})
+if(PENWICK_FUZZ)
+    target_compile_options(penwick_options INTERFACE
+        -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined
+        -fno-omit-frame-pointer)
+    target_link_options(penwick_options INTERFACE -fsanitize=address,undefined)
+endif()
 if(PENWICK_SANITIZE)
     # The script engine's library has no run-time type information. It calls inline functions of the
     # standard library, finds ours, and those would take its objects for foreign ones.

@@ -78,7 +78,8 @@ public:
 
     /// The code unit at `offset`, which must be less than `size()`. O(log n).
     [[nodiscard]] char16_t at(qint64 offset) const;
-    /// A copy of `length` units from `offset` (cut at the end of the text).
+    /// A copy of just the `length` units from `offset` (cut at the end of the text): the one range
+    /// that may begin or end inside a surrogate pair.
     [[nodiscard]] QString slice(qint64 offset, qint64 length) const;
     /// The same stretch as a value that shares storage. O(log n).
     [[nodiscard]] Text mid(qint64 offset, qint64 length) const;

@@ -47,9 +47,9 @@ private:
     char16_t m_highSurrogate = 0; // The first half of a pair whose second half has not come yet.
 
     // Pending text is cut once there is a chunk and some more to choose a boundary from.
-    static constexpr std::size_t kSealUnits = TextNode::kLeafUnits + 256;
+    static constexpr std::size_t kSealUnits = TextNode::kLeafUnits + TextNode::kLeafUnits / 16;
     // An ASCII stretch this long is worth a chunk of its own: it takes half the memory.
-    static constexpr std::size_t kAsciiRunUnits = 1024;
+    static constexpr std::size_t kAsciiRunUnits = TextNode::kLeafUnits / 4;
 };
 
 } // namespace penwick

@@ -23,7 +23,7 @@ class TextNode final : public QSharedData
 {
 public:
     /// Units that a leaf holds at most, unless no certain boundary allows a cut.
-    static constexpr qsizetype kLeafUnits = 4096;
+    static constexpr qsizetype kLeafUnits = PENWICK_LEAF_UNITS;
 
     /// Leaves with a copy of the characters; not empty.
     [[nodiscard]] static TextNodePtr makeAsciiLeaf(std::string_view characters);

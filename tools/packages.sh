@@ -36,11 +36,13 @@ penwick_display_packages=(
 )
 
 penwick_test_packages=(
+    clang
     clang-format
     clang-tidy
     cppcheck
     fcitx5
     fcitx5-anthy
+    libclang-rt-dev
     unicode-data
 )
 
