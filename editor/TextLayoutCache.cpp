@@ -1,5 +1,7 @@
 #include "editor/TextLayoutCache.h"
 
+#include <QGlyphRun>
+#include <QRawFont>
 #include <QTextOption>
 
 #include <algorithm>
@@ -199,6 +201,32 @@ qint64 SegmentLayout::rowEnd(int row) const
 qreal SegmentLayout::xOf(qint64 offset, int row) const
 {
     return m_layout.lineAt(row).cursorToX(layoutIndex(offset));
+}
+
+std::pair<qreal, qreal> SegmentLayout::edgesOf(qint64 start, qint64 end, int row) const
+{
+    const QTextLine line = m_layout.lineAt(row);
+    const int index = layoutIndex(start);
+    const int length = layoutIndex(end) - index;
+    std::pair<qreal, qreal> edges =
+        std::minmax(line.cursorToX(index, QTextLine::Leading),
+                    line.cursorToX(index + length - 1, QTextLine::Trailing));
+    if (!m_hasRightToLeft)
+        return edges;
+    // Where the direction changes the caret stands elsewhere than the character, so ask the glyphs.
+    bool isFirst = true;
+    for (const QGlyphRun &run : line.glyphRuns(index, length)) {
+        const QList<QPointF> positions = run.positions();
+        const QList<QPointF> advances = run.rawFont().advancesForGlyphIndexes(run.glyphIndexes());
+        for (qsizetype i = 0; i < std::min(positions.size(), advances.size()); ++i) {
+            const qreal left = positions[i].x();
+            const qreal right = left + advances[i].x();
+            edges = isFirst ? std::pair(left, right)
+                            : std::pair(std::min(edges.first, left), std::max(edges.second, right));
+            isFirst = false;
+        }
+    }
+    return edges;
 }
 
 qint64 SegmentLayout::offsetAt(qreal x, int row) const

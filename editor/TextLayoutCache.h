@@ -7,6 +7,7 @@
 #include <QTextLayout>
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace penwick {
@@ -54,6 +55,8 @@ public:
     [[nodiscard]] qint64 rowEnd(int row) const;
     /// The caret's place in a row, from the left edge of the text.
     [[nodiscard]] qreal xOf(qint64 offset, int row) const;
+    /// Left and right edge of the cluster from `start` to `end`, which the row shows.
+    [[nodiscard]] std::pair<qreal, qreal> edgesOf(qint64 start, qint64 end, int row) const;
     /// The offset nearest to `x` in a row; may be inside a cluster.
     [[nodiscard]] qint64 offsetAt(qreal x, int row) const;
     /// The offset of the character that covers `x` in a row; at its end the row's end.

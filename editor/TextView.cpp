@@ -99,9 +99,19 @@ QRectF TextView::caretRectAt(qint64 offset) const
     return m_viewport.caretRect({offset, false});
 }
 
+QRectF TextView::characterRectAt(qint64 offset) const
+{
+    return m_viewport.characterRect(string().clusterBoundaryAtOrBefore(snapped(offset)));
+}
+
 qint64 TextView::offsetAt(QPoint point) const
 {
     return m_viewport.caretAt(point).offset;
+}
+
+TextRange TextView::rowAround(qint64 offset) const
+{
+    return m_viewport.rowAround(snapped(offset));
 }
 
 void TextView::scrollTo(qint64 offset)

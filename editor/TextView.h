@@ -50,8 +50,13 @@ public:
     /// Where a caret at `offset` stands, in logical pixels of the viewport; empty when it is
     /// scrolled away by more than a viewport.
     [[nodiscard]] QRectF caretRectAt(qint64 offset) const;
+    /// The same for the cluster that `offset` belongs to, over its whole width.
+    [[nodiscard]] QRectF characterRectAt(qint64 offset) const;
     /// The offset nearest to a point of the viewport.
     [[nodiscard]] qint64 offsetAt(QPoint point) const;
+    /// The row of the laid-out text that shows the character at `offset`, with the line break at
+    /// its end. Rows meet without gaps.
+    [[nodiscard]] TextRange rowAround(qint64 offset) const;
     /// Scrolls as little as shows `offset`.
     void scrollTo(qint64 offset);
 

@@ -4,7 +4,10 @@
 #include "editor/TextView.h"
 #include "text/WordBoundaries.h"
 
+#include <QTextBoundaryFinder>
+
 #include <algorithm>
+#include <limits>
 
 namespace penwick {
 
@@ -16,6 +19,28 @@ QAccessibleInterface *makeInterface(const QString &className, QObject *object)
     if (auto *view = qobject_cast<TextView *>(object))
         return new TextViewAccessible(view);
     return nullptr;
+}
+
+/// Assistive technology counts in `int`. Of a text beyond that it sees the beginning.
+int toInt(qint64 offset)
+{
+    return static_cast<int>(std::clamp<qint64>(offset, 0, std::numeric_limits<int>::max()));
+}
+
+/// The sentence at `offset`, as far as it lies in its paragraph and within a bounded stretch of it.
+std::pair<qint64, qint64> sentenceAround(const Text &text, qint64 offset)
+{
+    constexpr qint64 kReach = 2048;
+    const TextRange line = lineAround(text, offset);
+    const qint64 start = text.clusterBoundaryAtOrBefore(
+        std::max(line.location, std::min(offset, line.end()) - kReach));
+    const QString window = text.slice(start, std::min(line.end() - start, 2 * kReach));
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Sentence, window);
+    finder.setPosition(offset - start);
+    const qsizetype first = finder.isAtBoundary() ? finder.position() : finder.toPreviousBoundary();
+    finder.setPosition(offset - start);
+    const qsizetype last = finder.toNextBoundary();
+    return {start + std::max<qsizetype>(first, 0), start + (last < 0 ? window.size() : last)};
 }
 
 } // namespace
@@ -46,7 +71,7 @@ void TextViewAccessible::announceChange(TextView *view,
     const Text &now = view->string();
     QAccessibleTextUpdateEvent updated(
         view,
-        static_cast<int>(range.location),
+        toInt(range.location),
         before.slice(range.location, std::min(range.length, kMostUnits)),
         now.slice(range.location, std::min(newLength, kMostUnits)));
     QAccessible::updateAccessibility(&updated);
@@ -57,11 +82,10 @@ void TextViewAccessible::announceCaret(TextView *view, TextRange before)
     if (!QAccessible::isActive())
         return;
     const TextRange range = view->selectedRange();
-    QAccessibleTextCursorEvent moved(view, static_cast<int>(view->caretOffset()));
+    QAccessibleTextCursorEvent moved(view, toInt(view->caretOffset()));
     QAccessible::updateAccessibility(&moved);
     if (range != before && (range.length > 0 || before.length > 0)) {
-        QAccessibleTextSelectionEvent selected(
-            view, static_cast<int>(range.location), static_cast<int>(range.end()));
+        QAccessibleTextSelectionEvent selected(view, toInt(range.location), toInt(range.end()));
         QAccessible::updateAccessibility(&selected);
     }
 }
@@ -98,8 +122,8 @@ QString TextViewAccessible::text(QAccessible::Text text) const
 void TextViewAccessible::selection(int selectionIndex, int *startOffset, int *endOffset) const
 {
     const TextRange range = selectionIndex == 0 ? view()->selectedRange() : TextRange{};
-    *startOffset = static_cast<int>(range.location);
-    *endOffset = static_cast<int>(range.end());
+    *startOffset = toInt(range.location);
+    *endOffset = toInt(range.end());
 }
 
 int TextViewAccessible::selectionCount() const
@@ -126,7 +150,7 @@ void TextViewAccessible::setSelection(int selectionIndex, int startOffset, int e
 
 int TextViewAccessible::cursorPosition() const
 {
-    return static_cast<int>(view()->caretOffset());
+    return toInt(view()->caretOffset());
 }
 
 void TextViewAccessible::setCursorPosition(int position)
@@ -141,7 +165,7 @@ QString TextViewAccessible::text(int startOffset, int endOffset) const
 
 int TextViewAccessible::characterCount() const
 {
-    return static_cast<int>(view()->string().size());
+    return toInt(view()->string().size());
 }
 
 std::pair<qint64, qint64> TextViewAccessible::around(qint64 offset,
@@ -154,12 +178,23 @@ std::pair<qint64, qint64> TextViewAccessible::around(qint64 offset,
         const qint64 start = text.clusterBoundaryAtOrBefore(offset);
         return {start, text.nextClusterBoundary(start)};
     }
-    case QAccessible::WordBoundary:
+    case QAccessible::WordBoundary: {
+        // A double click there would take the line's last word.
+        const TextLineBounds line = segments::lineAt(text, offset);
+        if (line.breakLength > 0 && offset >= line.end)
+            return {line.end, line.nextStart()};
         return words::wordAround(text, offset);
+    }
     case QAccessible::NoBoundary:
         return {0, text.size()};
+    case QAccessible::SentenceBoundary:
+        return sentenceAround(text, offset);
+    case QAccessible::LineBoundary: {
+        // What a reader hears as a line is what stands in one row on the screen.
+        const TextRange row = view()->rowAround(offset);
+        return {row.location, row.end()};
+    }
     default: {
-        // Sentences and rows are told as lines: a screen reader asks for them to read on.
         const TextRange line = lineAround(text, offset);
         return {line.location, line.end()};
     }
@@ -168,8 +203,8 @@ std::pair<qint64, qint64> TextViewAccessible::around(qint64 offset,
 
 QString TextViewAccessible::piece(std::pair<qint64, qint64> range, int *start, int *end) const
 {
-    *start = static_cast<int>(range.first);
-    *end = static_cast<int>(range.second);
+    *start = toInt(range.first);
+    *end = toInt(range.second);
     return view()->string().slice(range.first, range.second - range.first);
 }
 
@@ -206,20 +241,16 @@ QString TextViewAccessible::textAtOffset(int offset,
 
 QRect TextViewAccessible::characterRect(int offset) const
 {
-    const TextView *text = view();
-    const QRectF start = text->caretRectAt(offset);
-    const QRectF end = text->caretRectAt(text->string().nextClusterBoundary(offset));
-    QRectF rect = start;
-    // The last character of a row ends on the next one.
-    if (end.top() == start.top() && end.left() > start.left())
-        rect.setRight(end.left());
-    const QRect aligned = rect.toAlignedRect();
-    return {text->viewport()->mapToGlobal(aligned.topLeft()), aligned.size()};
+    const QRectF rect = view()->characterRectAt(offset);
+    if (rect.isEmpty())
+        return {};
+    const QRect aligned = rect.toRect();
+    return {view()->viewport()->mapToGlobal(aligned.topLeft()), aligned.size()};
 }
 
 int TextViewAccessible::offsetAtPoint(const QPoint &point) const
 {
-    return static_cast<int>(view()->offsetAt(view()->viewport()->mapFromGlobal(point)));
+    return toInt(view()->offsetAt(view()->viewport()->mapFromGlobal(point)));
 }
 
 void TextViewAccessible::scrollToSubstring(int startIndex, int endIndex)
@@ -233,7 +264,10 @@ QString TextViewAccessible::attributes(int offset, int *startOffset, int *endOff
     Q_UNUSED(offset)
     *startOffset = 0;
     *endOffset = characterCount();
-    return {};
+    const QFont &font = view()->font();
+    return QStringLiteral("font-family:\"%1\";font-size:%2pt;")
+        .arg(font.family())
+        .arg(font.pointSizeF());
 }
 
 void TextViewAccessible::deleteText(int startOffset, int endOffset)

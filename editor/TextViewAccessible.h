@@ -9,7 +9,8 @@ namespace penwick {
 class TextView;
 
 /// What assistive technology sees of a `TextView`: an editable text of several lines. Offsets are
-/// UTF-16 code units, 0-based. Each answer looks at a bounded stretch of the text, except where the
+/// UTF-16 code units, 0-based. A line is one row as it is seen, a paragraph goes from line break to
+/// line break. Each answer looks at a bounded stretch of the text, except where a paragraph or the
 /// whole text is asked for.
 class TextViewAccessible final : public QAccessibleWidget,
                                  public QAccessibleTextInterface,

@@ -241,6 +241,19 @@ QRectF TextViewport::caretRect(TextCaret caret)
     return {kMargin + x, textTop() + rows * style().rowHeight, 1, style().rowHeight};
 }
 
+QRectF TextViewport::characterRect(qint64 offset)
+{
+    QRectF rect = caretRect({offset, false});
+    const Row row = rowOfCaret({offset, false});
+    if (rect.isEmpty() || offset >= row.segment.end)
+        return rect;
+    const auto [left, right] =
+        layoutOf(row.segment).edgesOf(offset, m_text.nextClusterBoundary(offset), row.row);
+    rect.setLeft(kMargin + left);
+    rect.setRight(kMargin + std::max(right, left + 1));
+    return rect;
+}
+
 TextCaret TextViewport::verticalMove(TextCaret caret, int rows, qreal x, bool &moved)
 {
     Row row = rowOfCaret(caret);
@@ -273,6 +286,19 @@ TextCaret TextViewport::rowEnd(TextCaret caret)
     const bool wraps =
         !isLastRow || (row.segment.breakLength == 0 && !segments::isLast(m_text, row.segment));
     return {layout.rowEnd(row.row), wraps};
+}
+
+TextRange TextViewport::rowAround(qint64 offset)
+{
+    const Row row = rowOfCaret({offset, false});
+    const SegmentLayout &layout = layoutOf(row.segment);
+    const qint64 start = layout.rowStart(row.row);
+    // Rows inside a composition all begin at one offset.
+    for (int next = row.row + 1; next < layout.rowCount(); ++next) {
+        if (layout.rowStart(next) > offset)
+            return {start, layout.rowStart(next) - start};
+    }
+    return {start, row.segment.nextStart() - start};
 }
 
 bool TextViewport::isRightToLeft(qint64 offset)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editor/TextLayoutCache.h"
+#include "editor/TextStorage.h"
 
 #include <QPointF>
 #include <QRectF>
@@ -57,6 +58,8 @@ public:
     [[nodiscard]] qint64 characterAt(QPointF point);
     /// Where the caret is drawn; empty when it is scrolled away by more than a viewport.
     [[nodiscard]] QRectF caretRect(TextCaret caret);
+    /// Where the cluster at `offset` is drawn; a line break has the caret's place. Empty as above.
+    [[nodiscard]] QRectF characterRect(qint64 offset);
     [[nodiscard]] qreal caretX(TextCaret caret);
 
     /// The caret `rows` further down (up when negative) in the column `x`. Stays where the text
@@ -64,6 +67,8 @@ public:
     [[nodiscard]] TextCaret verticalMove(TextCaret caret, int rows, qreal x, bool &moved);
     [[nodiscard]] TextCaret rowStart(TextCaret caret);
     [[nodiscard]] TextCaret rowEnd(TextCaret caret);
+    /// What one row shows, with the line break at its end: the row of the character at `offset`.
+    [[nodiscard]] TextRange rowAround(qint64 offset);
     [[nodiscard]] bool isRightToLeft(qint64 offset);
 
     /// Rows that fit whole, at least 1.

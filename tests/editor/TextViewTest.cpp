@@ -3,7 +3,6 @@
 #include "editor/CaretMover.h"
 #include "support/ShownTextView.h"
 
-#include <QAccessible>
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QInputMethodEvent>
@@ -51,13 +50,11 @@ private Q_SLOTS:
     void hugeLine_isEditedAnywhere();
     void rightToLeftLine_leftMovesForward();
     void wheel_scrollsWithoutMovingTheCaret();
-    void assistiveTechnology_readsAndEditsTheText();
     void upAfterCaretWasPlaced_keepsTheNewColumn();
     void caretBetweenCrAndLf_belongsToTheLineBefore();
     void doubleClickOnTheLaterHalf_selectsThatWord();
     void joinersAndPrivateCharacters_areTyped();
     void storageEditedBehindTheView_selectionDividesNoPair();
-    void assistiveTechnology_mayAskBeyondTheText();
 };
 
 void TextViewTest::typedKeys_enterTextAndUndoAsARun()
@@ -435,37 +432,6 @@ void TextViewTest::wheel_scrollsWithoutMovingTheCaret()
     QCOMPARE(f.view.selectedRange(), (TextRange{3, 0}));
 }
 
-void TextViewTest::assistiveTechnology_readsAndEditsTheText()
-{
-    Fixture f(u"one 二つ\nthree");
-    f.view.setAccessibleName(u"notes.txt"_s);
-    f.view.setSelectedRange({4, 2});
-    QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(&f.view);
-    QVERIFY(accessible != nullptr);
-    QCOMPARE(accessible->role(), QAccessible::EditableText);
-    QCOMPARE(accessible->text(QAccessible::Name), u"notes.txt"_s);
-    QVERIFY(accessible->state().multiLine);
-    QAccessibleTextInterface *text = accessible->textInterface();
-    QVERIFY(text != nullptr);
-    QCOMPARE(text->characterCount(), 12);
-    QCOMPARE(text->text(4, 6), u"二つ"_s);
-    QCOMPARE(text->cursorPosition(), 6);
-    int start = 0;
-    int end = 0;
-    text->selection(0, &start, &end);
-    QCOMPARE(std::pair(start, end), std::pair(4, 6));
-    QCOMPARE(text->textAtOffset(8, QAccessible::LineBoundary, &start, &end), u"three"_s);
-    QCOMPARE(text->textBeforeOffset(8, QAccessible::LineBoundary, &start, &end), u"one 二つ\n"_s);
-    QCOMPARE(text->textAfterOffset(0, QAccessible::CharBoundary, &start, &end), u"n"_s);
-    const QRect rect = text->characterRect(8);
-    QVERIFY(!rect.isEmpty());
-    QCOMPARE(text->offsetAtPoint(rect.center() - QPoint(rect.width() / 4, 0)), 8);
-    accessible->editableTextInterface()->replaceText(0, 3, u"1"_s);
-    QCOMPARE(f.text(), u"1 二つ\nthree"_s);
-    f.view.undo();
-    QCOMPARE(f.text(), u"one 二つ\nthree"_s);
-}
-
 void TextViewTest::upAfterCaretWasPlaced_keepsTheNewColumn()
 {
     Fixture f(u"aaaaaaaa\naaaaaaaa\naaaaaaaa");
@@ -521,23 +487,6 @@ void TextViewTest::storageEditedBehindTheView_selectionDividesNoPair()
     f.caret(1);
     f.storage.replaceCharacters({0, 1}, Text(u"😀"));
     QCOMPARE(f.view.selectedRange(), (TextRange{0, 0}));
-}
-
-void TextViewTest::assistiveTechnology_mayAskBeyondTheText()
-{
-    Fixture f(u"one two");
-    QAccessibleTextInterface *text =
-        QAccessible::queryAccessibleInterface(&f.view)->textInterface();
-    int start = 0;
-    int end = 0;
-    for (const auto boundary :
-         {QAccessible::CharBoundary, QAccessible::WordBoundary, QAccessible::LineBoundary}) {
-        for (const int offset : {-2, -1, 7, 8, 99}) {
-            const QString at = text->textAtOffset(offset, boundary, &start, &end);
-            QCOMPARE(at, f.text().mid(start, end - start));
-            QVERIFY(start >= 0 && end <= 7);
-        }
-    }
 }
 
 QTEST_MAIN(TextViewTest)

@@ -4,7 +4,10 @@ and mouse in front of it."""
 import re
 import subprocess
 
+from .events import Events
+from .text import Text
 from .waiting import Timeout, until
+
 
 class Application:
     """Starts `program` with `arguments` in `session`; `environment` adds to that of the session.
@@ -109,6 +112,22 @@ class Application:
             return self.name(node)
         count = self._quietly(lambda: self._atspi.Text.get_character_count(text), 0)
         return self._quietly(lambda: self._atspi.Text.get_text(text, 0, count), "") or ""
+
+    def text_interface(self, node):
+        """What a screen reader can ask about the text of `node`."""
+        return Text(self._atspi, node)
+
+    def events(self, *types):
+        """Listens to events of those types; use it with `with`."""
+        return Events(self._atspi, self._glib, *types)
+
+    def path_to(self, node):
+        """The nodes from the window down to `node`, which is left out."""
+        path, parent = [], self._quietly(node.get_parent)
+        while parent and self.role(parent) != "application":
+            path.insert(0, parent)
+            parent = self._quietly(parent.get_parent)
+        return path
 
     def tree(self, node=None, depth=0):
         """What the bus shows, for a failed wait."""
