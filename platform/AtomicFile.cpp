@@ -135,14 +135,20 @@ public:
         return {};
     }
 
-    /// Puts the file, safely on the disk, in the place of `path`.
-    tl::expected<void, FileError> moveTo(const QByteArray &path)
+    /// Waits until the content is safe on the disk.
+    tl::expected<void, FileError> settle()
     {
         // File systems that have nothing to synchronise answer EINVAL.
         if (uninterrupted([this] { return ::fsync(m_file.get()); }) != 0 && errno != EINVAL)
             return systemError();
         if (!m_file.close())
             return systemError();
+        return {};
+    }
+
+    /// Puts the file in the place of `path`.
+    tl::expected<void, FileError> moveTo(const QByteArray &path)
+    {
         if (std::rename(m_path.constData(), path.constData()) != 0)
             return systemError();
         m_path.clear();
@@ -221,7 +227,9 @@ tl::expected<void, FileError> fill(TemporaryFile &file, const ProduceBytes &prod
     return {};
 }
 
-tl::expected<void, FileError> replaceResolved(const QByteArray &path, const ProduceBytes &produce)
+tl::expected<void, FileError> replaceResolved(const QByteArray &path,
+                                              const ProduceBytes &produce,
+                                              const std::function<bool()> &isStillWanted)
 {
     const auto old = replaceableFile(path);
     if (!old)
@@ -237,16 +245,23 @@ tl::expected<void, FileError> replaceResolved(const QByteArray &path, const Prod
                 return temporary.adoptAttributes(path, **old);
             return {};
         })
-        .and_then([&] { return temporary.moveTo(path); })
+        .and_then([&] { return temporary.settle(); })
+        .and_then([&]() -> tl::expected<void, FileError> {
+            if (isStillWanted && !isStillWanted())
+                return tl::unexpected(FileError{FileError::Kind::Cancelled, 0});
+            return temporary.moveTo(path);
+        })
         .map([&] { synchroniseFolder(folderOf(path)); });
 }
 
 } // namespace
 
-tl::expected<void, FileError> replaceFile(const QString &path, const ProduceBytes &produce)
+tl::expected<void, FileError> replaceFile(const QString &path,
+                                          const ProduceBytes &produce,
+                                          const std::function<bool()> &isStillWanted)
 {
     return systemPath(path).and_then(withoutLinks).and_then([&](const QByteArray &target) {
-        return replaceResolved(target, produce);
+        return replaceResolved(target, produce, isStillWanted);
     });
 }
 

@@ -25,8 +25,12 @@ using ProduceBytes = std::function<bool(const WriteBytes &write)>;
 /// and extended attributes where the system allows, are those of the old file; a new file gets the
 /// user's defaults. The old file must be writable and so must its folder. Other hard links to the
 /// old file keep the old content. Paths are absolute or relative to the current folder.
-[[nodiscard]] tl::expected<void, FileError> replaceFile(const QString &path,
-                                                        const ProduceBytes &produce);
+/// \param isStillWanted asked once, when the new content is safe on the disk and only the step
+///        itself is left; false gives up as late as that. May be empty.
+[[nodiscard]] tl::expected<void, FileError>
+replaceFile(const QString &path,
+            const ProduceBytes &produce,
+            const std::function<bool()> &isStillWanted = {});
 [[nodiscard]] tl::expected<void, FileError> replaceFile(const QString &path,
                                                         QByteArrayView content);
 

@@ -1,12 +1,11 @@
 #include "platform/AtomicFile.h"
 
+#include "support/FileSizeLimit.h"
 #include "support/TemporaryHome.h"
 
 #include <QTest>
 
 #include <cerrno>
-#include <csignal>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -29,29 +28,6 @@ unsigned modeOf(const QString &path)
 {
     return statusOf(path).st_mode & ALLPERMS;
 }
-
-/// Lets no file grow past `bytes` while it lives, which the system reports as on a full disk.
-class FileSizeLimit final
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        m_formerHandler = std::signal(SIGXFSZ, SIG_IGN);
-        ::getrlimit(RLIMIT_FSIZE, &m_former);
-        const rlimit limit{bytes, m_former.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-
-    ~FileSizeLimit()
-    {
-        ::setrlimit(RLIMIT_FSIZE, &m_former);
-        std::signal(SIGXFSZ, m_formerHandler);
-    }
-
-private:
-    rlimit m_former = {};
-    void (*m_formerHandler)(int) = nullptr;
-};
 
 } // namespace
 
@@ -298,6 +274,21 @@ private Q_SLOTS:
         QCOMPARE(result.error().kind, FileError::Kind::Cancelled);
         QCOMPARE(home.read(u"a"_s), "old"_ba);
         QCOMPARE(entries(home), QStringList{u"a"_s});
+    }
+
+    void replace_unwantedOnceItIsOnTheDisk_keepsTheOldFileAndLeavesNothing()
+    {
+        const TemporaryHome home;
+        const QString path = home.write(u"a"_s, "old");
+        const auto produce = [](const WriteBytes &write) { return write("new"); };
+        int asked = 0;
+        const auto refused = replaceFile(path, produce, [&] { return ++asked < 0; });
+        QCOMPARE(refused.error().kind, FileError::Kind::Cancelled);
+        QCOMPARE(asked, 1);
+        QCOMPARE(home.read(u"a"_s), "old"_ba);
+        QCOMPARE(entries(home), QStringList{u"a"_s});
+        QVERIFY(replaceFile(path, produce, [] { return true; }).has_value());
+        QCOMPARE(home.read(u"a"_s), "new"_ba);
     }
 
     void replace_writeProtectedFileOrFolder_fails()
