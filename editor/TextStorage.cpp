@@ -26,6 +26,7 @@ void TextStorage::setText(const Text &text)
     m_steps.clear();
     m_position = 0;
     m_savePosition = 0;
+    m_savingPosition = -1;
     m_groupHasStep = false;
     m_awaitsSelection = false;
     m_selection = {};
@@ -95,14 +96,18 @@ void TextStorage::record(TextChange change, EditKind kind)
         m_awaitsSelection = true;
         return;
     }
-    if (m_savePosition > static_cast<qint64>(m_position))
-        m_savePosition = -1;
+    for (qint64 *position : {&m_savePosition, &m_savingPosition}) {
+        if (*position > static_cast<qint64>(m_position))
+            *position = -1;
+    }
     m_steps.resize(m_position);
     m_awaitsSelection = true;
     if (m_groupingLevel > 0 && m_groupHasStep) {
         // Saved in the middle of the group: undo and redo pass that state by.
-        if (m_savePosition == static_cast<qint64>(m_position))
-            m_savePosition = -1;
+        for (qint64 *position : {&m_savePosition, &m_savingPosition}) {
+            if (*position == static_cast<qint64>(m_position))
+                *position = -1;
+        }
         m_steps.back().changes.push_back(std::move(change));
         return;
     }
@@ -193,9 +198,23 @@ void TextStorage::setSelectionForUndo(TextRange selection)
 
 void TextStorage::setSavePoint()
 {
+    beginSaving();
+    endSaving(true);
+}
+
+void TextStorage::beginSaving()
+{
     breakUndoCoalescing();
-    m_savePosition = static_cast<qint64>(m_position);
-    m_unsavedOnLoad = false;
+    m_savingPosition = static_cast<qint64>(m_position);
+}
+
+void TextStorage::endSaving(bool succeeded)
+{
+    if (succeeded) {
+        m_savePosition = m_savingPosition;
+        m_unsavedOnLoad = false;
+    }
+    m_savingPosition = -1;
     publishStates();
 }
 

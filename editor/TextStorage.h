@@ -83,6 +83,12 @@ public:
 
     /// The text as it is now is the text on disk.
     void setSavePoint();
+    /// The text as it is now is being written to the disk. Edits may go on meanwhile; undoing them
+    /// leads back to this very state. A second call forgets the first.
+    void beginSaving();
+    /// The writing is over. When it succeeded, the save point is where `beginSaving` was called, or
+    /// out of reach where the edits since then have thrown that state away.
+    void endSaving(bool succeeded);
     /// True when the text differs in history from the one at the last save point.
     [[nodiscard]] bool isModified() const;
 
@@ -109,8 +115,9 @@ private:
 
     Text m_text;
     std::vector<Step> m_steps;
-    std::size_t m_position = 0; // Steps before it are done, those from it on are undone.
-    qint64 m_savePosition = 0;  // -1: the saved state can no longer be reached.
+    std::size_t m_position = 0;   // Steps before it are done, those from it on are undone.
+    qint64 m_savePosition = 0;    // -1: the saved state can no longer be reached.
+    qint64 m_savingPosition = -1; // The same for the state that is being written.
     int m_groupingLevel = 0;
     bool m_groupHasStep = false;
     bool m_awaitsSelection = false; // The last step does not know yet what selection it left.

@@ -25,6 +25,11 @@ private Q_SLOTS:
     void savePoint_isFoundAgainByUndoAndRedo();
     void savePointInsideLostBranch_staysModified();
     void savePointInsideGroup_isPassedByUndoAndRedo();
+    void saving_editedMeanwhile_isModifiedUntilUndone();
+    void saving_stateThrownAwayMeanwhile_staysModified();
+    void saving_replacedMeanwhile_staysModified();
+    void saving_failed_keepsTheFormerSavePoint();
+    void saving_typingGoesOn_isAStepOfItsOwn();
     void typingAfterSave_startsNewStep();
     void deletionsThatInsert_areStepsOfTheirOwn();
     void setText_emptiesHistoryAndKeepsEditedState();
@@ -156,6 +161,69 @@ void TextStorageTest::savePoint_isFoundAgainByUndoAndRedo()
     storage.redo();
     QVERIFY(!storage.isModified());
     QCOMPARE(spy.count(), 4);
+}
+
+void TextStorageTest::saving_editedMeanwhile_isModifiedUntilUndone()
+{
+    TextStorage storage;
+    storage.replaceCharacters({0, 0}, Text(u"a"));
+    storage.beginSaving();
+    storage.replaceCharacters({1, 0}, Text(u"b"));
+    storage.endSaving(true);
+    QVERIFY(storage.isModified());
+    storage.undo();
+    QVERIFY(!storage.isModified());
+    storage.undo();
+    QVERIFY(storage.isModified());
+    storage.redo();
+    QVERIFY(!storage.isModified());
+}
+
+void TextStorageTest::saving_stateThrownAwayMeanwhile_staysModified()
+{
+    TextStorage storage;
+    storage.replaceCharacters({0, 0}, Text(u"a"));
+    storage.beginSaving();
+    storage.undo();
+    storage.replaceCharacters({0, 0}, Text(u"b")); // As far in history as what is being saved.
+    storage.endSaving(true);
+    QVERIFY(storage.isModified());
+    storage.undo();
+    QVERIFY(storage.isModified());
+}
+
+void TextStorageTest::saving_replacedMeanwhile_staysModified()
+{
+    TextStorage storage;
+    storage.beginSaving();
+    storage.setText(Text(u"from outside"));
+    storage.endSaving(true);
+    QVERIFY(storage.isModified());
+    storage.setSavePoint();
+    QVERIFY(!storage.isModified());
+}
+
+void TextStorageTest::saving_failed_keepsTheFormerSavePoint()
+{
+    TextStorage storage;
+    storage.replaceCharacters({0, 0}, Text(u"a"));
+    storage.beginSaving();
+    storage.endSaving(false);
+    QVERIFY(storage.isModified());
+    storage.undo();
+    QVERIFY(!storage.isModified());
+}
+
+void TextStorageTest::saving_typingGoesOn_isAStepOfItsOwn()
+{
+    TextStorage storage;
+    storage.replaceCharacters({0, 0}, Text(u"a"), TextStorage::EditKind::Typing);
+    storage.beginSaving();
+    storage.replaceCharacters({1, 0}, Text(u"b"), TextStorage::EditKind::Typing);
+    storage.endSaving(true);
+    storage.undo();
+    QCOMPARE(storage.text().toString(), u"a"_s);
+    QVERIFY(!storage.isModified());
 }
 
 void TextStorageTest::savePointInsideLostBranch_staysModified()
