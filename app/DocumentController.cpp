@@ -1,6 +1,8 @@
 #include "app/DocumentController.h"
 
 #include "app/DocumentDialogs.h"
+#include "app/DocumentPaths.h"
+#include "editor/LoadingView.h"
 #include "editor/TextView.h"
 #include "platform/NotificationCenter.h"
 #include "wording/UIWordingProfileManager.h"
@@ -12,46 +14,18 @@
 #include <QFileInfo>
 #include <QInputMethod>
 #include <QMainWindow>
-#include <QStandardPaths>
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace penwick {
 
 using namespace Qt::StringLiterals;
+using paths::absolutePathOf;
+using paths::identityOf;
 
 namespace {
-
-QString startFolder()
-{
-    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    return QFileInfo(documents).isDir() ? documents : QDir::homePath();
-}
-
-QString inCanonicalFolder(const QString &path)
-{
-    const QFileInfo info(path);
-    const QString folder = QFileInfo(info.path()).canonicalFilePath();
-    const QString place =
-        folder.isEmpty() ? info.absoluteFilePath() : folder + u'/' + info.fileName();
-    return QDir::cleanPath(place);
-}
-
-/// One name for one file, whatever links lead to it; also for a file that does not exist.
-QString identityOf(const QString &path)
-{
-    const QString canonical = QFileInfo(path).canonicalFilePath();
-    return canonical.isEmpty() ? inCanonicalFolder(path) : canonical;
-}
-
-/// The path as the person gave it, made absolute. Behind a link ".." is not the folder that its
-/// name suggests, so there the links have to go.
-QString absolutePathOf(const QString &path)
-{
-    return path.split(u'/').contains(u".."_s) ? inCanonicalFolder(path)
-                                              : QDir::cleanPath(QFileInfo(path).absoluteFilePath());
-}
 
 /// Why the file cannot become a new document, or nothing when it can: it is merely not there yet.
 std::optional<DocumentError> obstacleToNewFile(const QString &path, const DocumentError &readError)
@@ -68,6 +42,15 @@ std::optional<DocumentError> obstacleToNewFile(const QString &path, const Docume
     return std::nullopt;
 }
 
+/// True for the document's file, and for the one that it is being saved to.
+bool isHeldBy(const TextDocument &document, const QString &identity)
+{
+    const QStringList paths{document.filePath(), document.transferPath()};
+    return std::any_of(paths.begin(), paths.end(), [&identity](const QString &path) {
+        return !path.isEmpty() && identityOf(path) == identity;
+    });
+}
+
 void bringForward(QWidget *window)
 {
     // Not showNormal(), which would take a maximised window's size away.
@@ -81,7 +64,7 @@ void bringForward(QWidget *window)
 
 DocumentController::DocumentController(QObject *parent)
     : QObject(parent)
-    , m_folder(startFolder())
+    , m_folder(paths::startFolder())
 {
     NotificationCenter::defaultCenter().addObserver(UIWordingProfileDidChange, this, [this] {
         for (const auto &entry : m_documents) {
@@ -136,13 +119,11 @@ DocumentController::OpenDocument *DocumentController::find(const QObject *window
 DocumentController::OpenDocument *DocumentController::findFile(const QString &path)
 {
     const QString identity = identityOf(path);
-    for (const auto &entry : m_documents) {
-        const QString &filePath = entry->document->filePath();
-        if (!filePath.isEmpty() && identityOf(filePath) == identity) {
-            return entry.get();
-        }
-    }
-    return nullptr;
+    const auto entry =
+        std::find_if(m_documents.begin(), m_documents.end(), [&identity](const auto &e) {
+            return isHeldBy(*e->document, identity);
+        });
+    return entry != m_documents.end() ? entry->get() : nullptr;
 }
 
 /// The untitled window nobody has done anything in, when it is the only one.
@@ -195,9 +176,9 @@ bool DocumentController::openDocumentFrom(const QString &path, bool mayBeMissing
         return true;
     }
     auto document = std::make_unique<TextDocument>();
-    if (const auto read = document->readFromFile(absolutePath); !read) {
+    if (const auto wasRead = read(*document, absolutePath); !wasRead) {
         const auto obstacle =
-            mayBeMissing ? obstacleToNewFile(absolutePath, read.error()) : read.error();
+            mayBeMissing ? obstacleToNewFile(absolutePath, wasRead.error()) : wasRead.error();
         if (obstacle) {
             dialogs::showOpenError(QApplication::activeWindow(), absolutePath, *obstacle);
             return false;
@@ -213,6 +194,24 @@ bool DocumentController::openDocumentFrom(const QString &path, bool mayBeMissing
     setDocument(*pristine, std::move(document));
     showWindow(*pristine);
     return true;
+}
+
+tl::expected<void, DocumentError> DocumentController::read(TextDocument &document,
+                                                           const QString &path) const
+{
+    const QFileInfo info(path);
+    // What cannot be read at all is told before a window opens for it.
+    if (!info.isFile() || !info.isReadable() || info.size() < m_patience.directBytes) {
+        return document.readFromFile(path);
+    }
+    document.startReading(path);
+    if (m_patience.reading.count() > 0) {
+        if (const auto outcome = document.waitForTransfer(m_patience.reading)) {
+            return *outcome;
+        }
+    }
+    document.setFilePath(path); // The window is the file's from now on.
+    return {};
 }
 
 DocumentController::OpenDocument &
@@ -232,15 +231,77 @@ DocumentController::makeWindow(std::unique_ptr<TextDocument> document)
 void DocumentController::setDocument(OpenDocument &entry, std::unique_ptr<TextDocument> document)
 {
     entry.untitledNumber = document->filePath().isEmpty() ? nextUntitledNumber() : 0;
-    // The former document goes last: the view of its text goes with this call.
-    const std::unique_ptr<TextDocument> former = std::move(entry.document);
-    entry.document = std::move(document);
-    entry.controller->setDocument(entry.document.get());
+    // The former document goes last: the view of its text goes with this call, and its own signal
+    // may be what led here.
+    if (entry.document != nullptr) {
+        entry.document.release()->deleteLater();
+    }
     QMainWindow *window = entry.controller->window();
+    entry.document = std::move(document);
+    entry.saver = std::make_unique<DocumentSaver>(entry.document.get(), window, m_patience);
+    showContent(entry);
     const auto retitle = [this, window] { updateTitle(window); };
     connect(entry.document.get(), &TextDocument::filePathChanged, window, retitle);
     connect(entry.document.get(), &TextDocument::editedChanged, window, retitle);
+    connect(
+        entry.document.get(),
+        &TextDocument::transferEnded,
+        window,
+        [this, window](TextDocument::Transfer transfer, const std::optional<DocumentError> &error) {
+            if (transfer == TextDocument::Transfer::Reading) {
+                readingDidEnd(window, error);
+            }
+        });
     updateTitle(window);
+}
+
+void DocumentController::showContent(OpenDocument &entry)
+{
+    if (!entry.document->isReading()) {
+        entry.controller->setDocument(entry.document.get());
+        return;
+    }
+    entry.controller->setDocument(nullptr); // Whatever works on the text finds none.
+    entry.controller->window()->setCentralWidget(new LoadingView(entry.document.get()));
+}
+
+void DocumentController::readingDidEnd(const QObject *window,
+                                       const std::optional<DocumentError> &error)
+{
+    OpenDocument *entry = find(window);
+    if (entry == nullptr) {
+        return; // Closed meanwhile.
+    }
+    if (!error) {
+        showContent(*entry);
+        updateTitle(window);
+        // A macro that was tried meanwhile left its complaint, perhaps on its way still.
+        DocumentState *state = entry->controller->documentState();
+        QMetaObject::invokeMethod(
+            state,
+            [state] { state->setMacroNotificationMessage(std::nullopt); },
+            Qt::QueuedConnection);
+        return;
+    }
+    if (!error->isCancellation()) {
+        dialogs::showOpenError(entry->controller->window(), entry->document->filePath(), *error);
+    }
+    giveUp(window);
+}
+
+/// Takes a window away whose file could not be read. The last one stays: closing it would end the
+/// application.
+void DocumentController::giveUp(const QObject *window)
+{
+    OpenDocument *entry = find(window);
+    if (entry == nullptr) {
+        return;
+    }
+    if (m_documents.size() == 1) {
+        setDocument(*entry, std::make_unique<TextDocument>());
+    } else {
+        entry->controller->window()->close();
+    }
 }
 
 void DocumentController::showWindow(const OpenDocument &entry) const
@@ -251,8 +312,11 @@ void DocumentController::showWindow(const OpenDocument &entry) const
 bool DocumentController::saveDocument(const EditorWindowController *controller)
 {
     OpenDocument *entry = find(controller);
-    if (entry == nullptr) {
+    if (entry == nullptr || entry->document->isReading()) {
         return false;
+    }
+    if (entry->document->isWriting()) {
+        return entry->saver->save(entry->document->transferPath());
     }
     if (entry->document->filePath().isEmpty()) {
         return saveDocumentAs(controller);
@@ -261,13 +325,14 @@ bool DocumentController::saveDocument(const EditorWindowController *controller)
         !dialogs::askToOverwriteChangedFile(entry->controller->window(), displayName(*entry))) {
         return false;
     }
-    return saveTo(*entry, entry->document->filePath());
+    return entry->saver->save(entry->document->filePath());
 }
 
 bool DocumentController::saveDocumentAs(const EditorWindowController *controller)
 {
     OpenDocument *entry = find(controller);
-    if (entry == nullptr) {
+    if (entry == nullptr || entry->document->isReading() ||
+        !entry->saver->await(displayName(*entry))) {
         return false;
     }
     const QString current = entry->document->filePath();
@@ -283,22 +348,17 @@ bool DocumentController::saveDocumentAs(const EditorWindowController *controller
         return false;
     }
     m_folder = QFileInfo(path).absolutePath();
-    return saveTo(*entry, absolutePathOf(path));
-}
-
-bool DocumentController::saveTo(OpenDocument &entry, const QString &path)
-{
-    // What is still being composed belongs to what the person wrote.
-    QGuiApplication::inputMethod()->commit();
-    if (const auto written = entry.document->writeToFile(path); !written) {
-        dialogs::showSaveError(entry.controller->window(), path, written.error());
-        return false;
-    }
-    return true;
+    return entry->saver->save(absolutePathOf(path));
 }
 
 bool DocumentController::confirmClose(OpenDocument &entry)
 {
+    if (entry.document->isReading()) {
+        return true; // Nothing of it can be lost.
+    }
+    if (!entry.saver->await(displayName(entry))) {
+        return false;
+    }
     QGuiApplication::inputMethod()->commit();
     if (!entry.document->isEdited()) {
         return true;
@@ -306,7 +366,7 @@ bool DocumentController::confirmClose(OpenDocument &entry)
     bringForward(entry.controller->window());
     switch (dialogs::askAboutUnsavedChanges(entry.controller->window(), displayName(entry))) {
     case dialogs::UnsavedAnswer::Save:
-        return saveDocument(entry.controller.get());
+        return saveDocument(entry.controller.get()) && entry.saver->await(displayName(entry));
     case dialogs::UnsavedAnswer::Discard:
         return true;
     case dialogs::UnsavedAnswer::Cancel:
@@ -326,7 +386,9 @@ bool DocumentController::closeAll()
     const QList<WindowController> controllers = windowControllers();
     bool goesOn =
         std::all_of(controllers.begin(), controllers.end(), [this](const auto &controller) {
-            return confirmClose(*find(controller.get()));
+            // One whose file could not be read may have gone during a question about another.
+            OpenDocument *entry = find(controller.get());
+            return entry == nullptr || confirmClose(*entry);
         });
     // Other windows first: one that refuses must not leave the editor windows closed.
     const QWidgetList windows = QApplication::topLevelWidgets();
@@ -370,6 +432,8 @@ void DocumentController::forget(const QObject *window)
     if (entry == m_documents.end()) {
         return;
     }
+    (*entry)->document->cancelTransfer();
+    (*entry)->saver.reset();
     // Both outlive the close event that is being handled, the window longer than its document.
     (*entry)->document.release()->deleteLater();
     QMetaObject::invokeMethod(

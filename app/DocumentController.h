@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/DocumentSaver.h"
 #include "editor/TextDocument.h"
 #include "macro/engine/EditorWindowController.h"
 
@@ -7,12 +8,17 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace penwick {
 
 /// Owns the open documents and their windows: makes, opens, saves and closes them, and asks before
 /// anything unsaved is lost. It talks to the person through modal dialogs.
+///
+/// Large files are read and written on other threads. While one is read its window shows the
+/// progress and has no text: it cannot be edited, saved, or receive a macro. While one is written
+/// everything goes on.
 class DocumentController final : public QObject
 {
     Q_OBJECT
@@ -32,23 +38,30 @@ public:
     /// The document of an open window; null when the controller's window has been closed.
     [[nodiscard]] TextDocument *documentOf(const EditorWindowController *controller) const;
 
+    /// For the documents opened from now on.
+    void setPatience(const TransferPatience &patience) { m_patience = patience; }
+
     /// Opens an untitled window.
     void newDocument();
     /// Asks for files and opens them.
     void openDocument();
     /// Opens one file in a window of its own, or brings the window forward that has it. A single
-    /// untouched untitled window makes room for it. Says so when the file cannot be opened.
-    /// \return false then.
+    /// untouched untitled window makes room for it. Says so when the file cannot be opened, be it
+    /// at once or while it is read; then the window goes, or becomes an untitled one where it is
+    /// the only one.
+    /// \return false when that is known at once.
     bool openFile(const QString &path);
     /// As above, but a file that does not exist becomes an empty document to be saved there.
     bool openFileOrNew(const QString &path);
 
-    /// Saves to the document's file, or asks for one. Says so when it fails.
-    /// \return false when the document is still unsaved.
+    /// Saves to the document's file, or asks for one. Says so when it fails. While a save is under
+    /// way, the next one waits for it.
+    /// \return true when the document is saved or its save is under way.
     bool saveDocument(const EditorWindowController *controller);
     bool saveDocumentAs(const EditorWindowController *controller);
 
-    /// Asks about the unsaved changes of every window, then closes all windows of the application.
+    /// Waits for the saves under way, asks about the unsaved changes of every window, then closes
+    /// all windows of the application.
     /// \return false when the person or a window said no; nothing is closed before all were asked.
     bool closeAll();
 
@@ -64,7 +77,8 @@ private:
     {
         std::unique_ptr<TextDocument> document;
         WindowController controller;
-        int untitledNumber = 0; // 0 for a document that was opened from a file.
+        std::unique_ptr<DocumentSaver> saver; // Goes before the document.
+        int untitledNumber = 0;               // 0 for a document that was opened from a file.
     };
 
     OpenDocument *find(const QObject *windowOrController);
@@ -73,9 +87,13 @@ private:
     OpenDocument *pristineUntitled();
     OpenDocument &makeWindow(std::unique_ptr<TextDocument> document);
     void setDocument(OpenDocument &entry, std::unique_ptr<TextDocument> document);
+    void showContent(OpenDocument &entry);
     void showWindow(const OpenDocument &entry) const;
+    [[nodiscard]] tl::expected<void, DocumentError> read(TextDocument &document,
+                                                         const QString &path) const;
     bool openDocumentFrom(const QString &path, bool mayBeMissing);
-    bool saveTo(OpenDocument &entry, const QString &path);
+    void readingDidEnd(const QObject *window, const std::optional<DocumentError> &error);
+    void giveUp(const QObject *window);
     bool confirmClose(OpenDocument &entry);
     void forget(const QObject *window);
     void updateTitle(const QObject *window);
@@ -83,6 +101,7 @@ private:
     [[nodiscard]] int nextUntitledNumber() const;
 
     std::vector<std::unique_ptr<OpenDocument>> m_documents;
+    TransferPatience m_patience;
     QString m_folder; // Where the file dialogs start.
     bool m_closingAll = false;
 };

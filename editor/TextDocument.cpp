@@ -1,21 +1,11 @@
 #include "editor/TextDocument.h"
 
-#include "platform/AtomicFile.h"
-#include "platform/FileSystem.h"
-#include "text/Utf8.h"
+#include "editor/FileJob.h"
 
-#include <QFileInfo>
+#include <algorithm>
+#include <utility>
 
 namespace penwick {
-
-namespace {
-
-DocumentError fileSystemError(const FileError &error)
-{
-    return {DocumentError::Domain::NSPOSIXErrorDomain, error.errnoValue, error.kind};
-}
-
-} // namespace
 
 TextDocument::TextDocument(QObject *parent)
     : QObject(parent)
@@ -59,38 +49,132 @@ void TextDocument::setFilePath(const QString &absolutePath)
 
 tl::expected<void, DocumentError> TextDocument::readFromFile(const QString &absolutePath)
 {
-    // Taken first: a change during the read then counts as one after it.
-    const std::optional<FileStamp> stamp = stampOf(absolutePath);
-    Utf8Reader reader;
-    const auto read =
-        readFileInBlocks(absolutePath, [&](QByteArrayView block) { return reader.append(block); });
-    // The reader stops it at the first invalid byte, which is not the file system's fault.
-    if (!read && read.error().kind != FileError::Kind::Cancelled) {
-        return tl::unexpected(fileSystemError(read.error()));
-    }
-    const auto text = reader.finish();
-    if (!text) {
-        return tl::unexpected(kUnsupportedContent);
-    }
-    setContentString(*text);
-    m_stamp = stamp;
-    setFilePath(absolutePath);
-    return {};
+    TransferProgress unwatched;
+    return readTextFile(absolutePath, unwatched).map([&](const StoredText &stored) {
+        adoptRead(stored, absolutePath);
+    });
 }
 
 tl::expected<void, DocumentError> TextDocument::writeToFile(const QString &absolutePath)
 {
     Q_EMIT aboutToSave();
-    const Text text = m_contentString;
-    const auto written = replaceFile(
-        absolutePath, [&text](const WriteBytes &write) { return text.forEachUtf8Block(write); });
+    m_storage->beginSaving();
+    TransferProgress unwatched;
+    const auto written = writeTextFile(absolutePath, m_contentString, unwatched);
     if (!written) {
-        return tl::unexpected(fileSystemError(written.error()));
+        m_storage->endSaving(false);
+        return tl::unexpected(written.error());
     }
-    m_stamp = stampOf(absolutePath);
-    setFilePath(absolutePath);
-    m_storage->setSavePoint();
+    adoptWritten(*written, absolutePath);
     return {};
+}
+
+void TextDocument::adoptRead(const StoredText &stored, const QString &absolutePath)
+{
+    setContentString(stored.text);
+    m_stamp = stored.stamp;
+    setFilePath(absolutePath);
+}
+
+void TextDocument::adoptWritten(const StoredText &stored, const QString &absolutePath)
+{
+    m_stamp = stored.stamp;
+    setFilePath(absolutePath);
+    m_storage->endSaving(true);
+}
+
+void TextDocument::startReading(const QString &absolutePath)
+{
+    Q_ASSERT(m_job == nullptr);
+    m_job = std::make_unique<FileJob>([absolutePath](TransferProgress &progress) {
+        return readTextFile(absolutePath, progress);
+    });
+    start(Transfer::Reading, absolutePath);
+}
+
+void TextDocument::startWriting(const QString &absolutePath)
+{
+    Q_ASSERT(m_job == nullptr);
+    Q_EMIT aboutToSave();
+    m_storage->beginSaving();
+    m_job = std::make_unique<FileJob>(
+        [absolutePath, text = m_contentString](TransferProgress &progress) {
+            return writeTextFile(absolutePath, text, progress);
+        });
+    start(Transfer::Writing, absolutePath);
+}
+
+void TextDocument::start(Transfer transfer, const QString &absolutePath)
+{
+    m_transfer = transfer;
+    m_transferPath = absolutePath;
+    connect(m_job.get(), &FileJob::finished, this, [this] {
+        FileJob *job = m_job.release();
+        job->deleteLater(); // It is the one that tells this.
+        finishTransfer(*job);
+    });
+    Q_EMIT transferStarted();
+}
+
+tl::expected<void, DocumentError> TextDocument::finishTransfer(FileJob &job)
+{
+    const Transfer transfer = m_transfer;
+    const auto outcome = adoptOutcome(job);
+    // Last, for whoever hears it may drop the document.
+    Q_EMIT transferEnded(transfer, outcome ? std::nullopt : std::optional(outcome.error()));
+    return outcome;
+}
+
+tl::expected<void, DocumentError> TextDocument::adoptOutcome(FileJob &job)
+{
+    const bool wasCancelled = job.progress().isCancelled();
+    TransferOutcome outcome = job.takeOutcome();
+    const Transfer transfer = std::exchange(m_transfer, Transfer::None);
+    const QString path = std::exchange(m_transferPath, {});
+    if (transfer == Transfer::Reading && outcome && wasCancelled) {
+        outcome = tl::unexpected(DocumentError{
+            DocumentError::Domain::NSPOSIXErrorDomain, 0, FileError::Kind::Cancelled});
+    }
+    if (!outcome) {
+        if (transfer == Transfer::Writing) {
+            m_storage->endSaving(false);
+        }
+        return tl::unexpected(outcome.error());
+    }
+    if (transfer == Transfer::Reading) {
+        adoptRead(*outcome, path);
+    } else {
+        adoptWritten(*outcome, path);
+    }
+    return {};
+}
+
+int TextDocument::transferPercent() const
+{
+    if (m_job == nullptr || m_job->progress().total() <= 0) {
+        return 0;
+    }
+    // What is written has to settle on the disk, and a file can grow while it is read.
+    constexpr qint64 kMost = 99;
+    const TransferProgress &progress = m_job->progress();
+    return static_cast<int>(std::min(kMost, progress.done() * 100 / progress.total()));
+}
+
+void TextDocument::cancelTransfer()
+{
+    if (m_job != nullptr) {
+        m_job->progress().cancel();
+    }
+}
+
+std::optional<tl::expected<void, DocumentError>>
+TextDocument::waitForTransfer(std::chrono::milliseconds time)
+{
+    if (m_job == nullptr || !m_job->waitFor(time)) {
+        return std::nullopt;
+    }
+    const std::unique_ptr<FileJob> job = std::move(m_job);
+    return finishTransfer(*job);
 }
 
 bool TextDocument::fileChangedOnDisk() const
@@ -98,17 +182,8 @@ bool TextDocument::fileChangedOnDisk() const
     if (m_filePath.isEmpty()) {
         return false;
     }
-    const std::optional<FileStamp> present = stampOf(m_filePath);
+    const std::optional<FileStamp> present = FileStamp::of(m_filePath);
     return present.has_value() && present != m_stamp;
-}
-
-std::optional<TextDocument::FileStamp> TextDocument::stampOf(const QString &path)
-{
-    const QFileInfo info(path);
-    if (!info.exists()) {
-        return std::nullopt;
-    }
-    return FileStamp{info.size(), info.lastModified()};
 }
 
 } // namespace penwick

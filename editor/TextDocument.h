@@ -1,39 +1,21 @@
 #pragma once
 
+#include "editor/DocumentError.h"
+#include "editor/TextFile.h"
 #include "editor/TextStorage.h"
-#include "platform/FileError.h"
 #include "text/Text.h"
 
-#include <QDateTime>
 #include <QObject>
 #include <QString>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <tl/expected.hpp>
 
 namespace penwick {
 
-/// Why a document could not be read or written.
-struct DocumentError
-{
-    enum class Domain {
-        NSOSStatusErrorDomain, ///< The content is at fault.
-        NSPOSIXErrorDomain,    ///< The file system is; `code` is an errno value, or 0.
-    };
-
-    Domain domain = Domain::NSOSStatusErrorDomain;
-    int code = 0;
-    /// What kind of failure it was; of meaning in the domain of the file system only.
-    FileError::Kind fileErrorKind = FileError::Kind::Other;
-
-    bool operator==(const DocumentError &) const = default;
-};
-
-/// Bytes that are not UTF-8 cannot be read, and a text without a UTF-8 form cannot be written: the
-/// generic status of an operation that is not implemented.
-inline constexpr DocumentError kUnsupportedContent{DocumentError::Domain::NSOSStatusErrorDomain,
-                                                   -4};
+class FileJob;
 
 /// The document of one editor window: a whole UTF-8 text, where its file is, and the storage that
 /// the window edits, which is its undo manager too. It keeps no encoding and no newline style: what
@@ -91,6 +73,37 @@ public:
     /// failure neither the old file nor the document changes.
     [[nodiscard]] tl::expected<void, DocumentError> writeToFile(const QString &absolutePath);
 
+    enum class Transfer { None, Reading, Writing };
+
+    /// As `readFromFile`, by a transfer that `transferEnded` tells the end of. Only when no other
+    /// is under way.
+    void startReading(const QString &absolutePath);
+
+    /// As `writeToFile`, by a transfer. It writes the text as it is now: what is edited meanwhile
+    /// stays edited. Only when no other is under way.
+    void startWriting(const QString &absolutePath);
+
+    [[nodiscard]] Transfer transfer() const { return m_transfer; }
+
+    [[nodiscard]] bool isReading() const { return m_transfer == Transfer::Reading; }
+
+    [[nodiscard]] bool isWriting() const { return m_transfer == Transfer::Writing; }
+
+    /// Where the transfer under way reads or writes; empty without one.
+    [[nodiscard]] const QString &transferPath() const { return m_transferPath; }
+
+    /// How far the transfer has come: 0 at the start, never past 99 before its end.
+    [[nodiscard]] int transferPercent() const;
+
+    /// Calls the transfer off; it ends soon after, with a cancellation as its error. A write that
+    /// cannot be stopped any more succeeds. Nothing happens without a transfer.
+    void cancelTransfer();
+
+    /// Blocks until the transfer has ended, but no longer than `time`. Emits `transferEnded` for
+    /// one that did and returns its outcome; nothing when it goes on.
+    [[nodiscard]] std::optional<tl::expected<void, DocumentError>>
+    waitForTransfer(std::chrono::milliseconds time);
+
     /// True when the file at `filePath` is not as it was read or written last, judged by its size
     /// and time. False for a document without a file, and for a file that is gone.
     [[nodiscard]] bool fileChangedOnDisk() const;
@@ -101,23 +114,25 @@ Q_SIGNALS:
     void editedChanged(bool edited);
     /// The text is about to be written. Whoever holds edits back hands them over before returning.
     void aboutToSave();
+    void transferStarted();
+    /// The document is as the transfer left it. `error` is empty when it succeeded.
+    void transferEnded(penwick::TextDocument::Transfer transfer,
+                       const std::optional<penwick::DocumentError> &error);
 
 private:
-    /// What tells one state of a file from another without reading it.
-    struct FileStamp
-    {
-        qint64 size = 0;
-        QDateTime lastModified;
-
-        bool operator==(const FileStamp &) const = default;
-    };
-
-    [[nodiscard]] static std::optional<FileStamp> stampOf(const QString &path);
+    void start(Transfer transfer, const QString &absolutePath);
+    tl::expected<void, DocumentError> finishTransfer(FileJob &job);
+    [[nodiscard]] tl::expected<void, DocumentError> adoptOutcome(FileJob &job);
+    void adoptRead(const StoredText &stored, const QString &absolutePath);
+    void adoptWritten(const StoredText &stored, const QString &absolutePath);
 
     Text m_contentString;
     std::shared_ptr<TextStorage> m_storage;
     QString m_filePath;
     std::optional<FileStamp> m_stamp;
+    Transfer m_transfer = Transfer::None;
+    QString m_transferPath;
+    std::unique_ptr<FileJob> m_job; // Last: it ends before anything else goes.
 };
 
 } // namespace penwick

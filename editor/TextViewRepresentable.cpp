@@ -1,6 +1,7 @@
 #include "editor/TextViewRepresentable.h"
 
 #include "editor/TextView.h"
+#include "editor/TransferBar.h"
 
 #include <QFontDatabase>
 #include <QVBoxLayout>
@@ -32,6 +33,7 @@ TextViewRepresentable::TextViewRepresentable(DocumentState *documentState,
                                     : std::make_shared<TextStorage>())
 {
     makeTextView();
+    layout()->addWidget(new TransferBar(document, this));
     m_coordinator = new Coordinator(m_textView, documentState, document, this);
     // After the coordinator has begun to listen: the caret that this places is the first thing the
     // view reports, and the counters of an opened file come from it.

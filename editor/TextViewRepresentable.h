@@ -9,7 +9,8 @@
 namespace penwick {
 
 /// Hosts the text view of an editor window: makes it over the document's storage, gives it its font
-/// and its text, and keeps it in step with the state and the document through a `Coordinator`.
+/// and its text, and keeps it in step with the state and the document through a `Coordinator`. A
+/// save that lasts shows its progress below the text.
 class TextViewRepresentable final : public QWidget
 {
     Q_OBJECT

@@ -1,5 +1,8 @@
 #include "editor/TextDocument.h"
 
+#include "support/FileSizeLimit.h"
+#include "support/HugeText.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -7,7 +10,10 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <chrono>
+
 using namespace penwick;
+using test::hugeText;
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -49,8 +55,20 @@ private Q_SLOTS:
     void read_missingFile_saysNotFound();
     void read_folder_fails();
     void fileChangedOnDisk_afterForeignWrite_isTrue();
+    void reading_onAnotherThread_endsAsReadAtOnce();
+    void reading_invalidLastByte_failsAsAWhole();
+    void reading_cancelled_leavesTheDocument();
+    void reading_documentDies_isCalledOff();
+    void writing_editedMeanwhile_writesTheTextOfItsStart();
+    void writing_cancelled_keepsTheOldFile();
+    void writing_noSpace_keepsTheOldFile();
+    void writing_failure_leavesDocumentAndPath();
+    void waiting_forATransfer_tellsItsEndOnce();
 
 private:
+    /// Waits for the end of the document's transfer, and gives its error.
+    static std::optional<DocumentError> endOf(TextDocument &document);
+
     [[nodiscard]] QString path(const QString &name) const { return m_folder->filePath(name); }
 
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -248,6 +266,160 @@ void TextDocumentTest::fileChangedOnDisk_afterForeignWrite_isTrue()
     QVERIFY(!document.fileChangedOnDisk());
     QVERIFY(QFile::remove(path(u"a.txt"_s)));
     QVERIFY(!document.fileChangedOnDisk());
+}
+
+std::optional<DocumentError> TextDocumentTest::endOf(TextDocument &document)
+{
+    bool hasEnded = false;
+    std::optional<DocumentError> result;
+    const QObject context;
+    connect(&document,
+            &TextDocument::transferEnded,
+            &context,
+            [&](TextDocument::Transfer /*transfer*/, const std::optional<DocumentError> &error) {
+                hasEnded = true;
+                result = error;
+            });
+    [&] { QTRY_VERIFY(hasEnded); }();
+    return result;
+}
+
+void TextDocumentTest::reading_onAnotherThread_endsAsReadAtOnce()
+{
+    QByteArray bytes;
+    while (bytes.size() < 3'000'000) {
+        bytes += "日本語 and ASCII\r\n";
+    }
+    writeBytes(path(u"a.txt"_s), bytes);
+    TextDocument document;
+    const QSignalSpy started(&document, &TextDocument::transferStarted);
+    document.startReading(path(u"a.txt"_s));
+    QCOMPARE(started.count(), 1);
+    QVERIFY(document.isReading());
+    QCOMPARE(document.transferPath(), path(u"a.txt"_s));
+    QVERIFY(document.contentString().isEmpty());
+    QVERIFY(!endOf(document).has_value());
+    QVERIFY(document.transfer() == TextDocument::Transfer::None);
+    QVERIFY(document.contentString().toUtf8() == bytes);
+    QCOMPARE(document.filePath(), path(u"a.txt"_s));
+    QVERIFY(!document.fileChangedOnDisk());
+}
+
+void TextDocumentTest::reading_invalidLastByte_failsAsAWhole()
+{
+    writeBytes(path(u"a.txt"_s), QByteArray(2'000'000, 'x') + '\xFF');
+    TextDocument document;
+    document.setContentString(Text(u"before"));
+    document.startReading(path(u"a.txt"_s));
+    QVERIFY(endOf(document) == kUnsupportedContent);
+    QCOMPARE(document.contentString().toString(), u"before"_s);
+    QVERIFY(document.filePath().isEmpty());
+}
+
+void TextDocumentTest::reading_cancelled_leavesTheDocument()
+{
+    // Whether or not all was read by then: the person does not want it.
+    writeBytes(path(u"a.txt"_s), "short");
+    TextDocument document;
+    document.startReading(path(u"a.txt"_s));
+    document.cancelTransfer();
+    const auto error = endOf(document);
+    QVERIFY(error.has_value() && error->isCancellation());
+    QVERIFY(document.contentString().isEmpty());
+    QVERIFY(document.filePath().isEmpty());
+}
+
+void TextDocumentTest::reading_documentDies_isCalledOff()
+{
+    writeBytes(path(u"a.txt"_s), QByteArray(50'000'000, 'x'));
+    auto document = std::make_unique<TextDocument>();
+    const QSignalSpy ended(document.get(), &TextDocument::transferEnded);
+    document->startReading(path(u"a.txt"_s));
+    document.reset();
+    QCoreApplication::processEvents();
+    QCOMPARE(ended.count(), 0);
+}
+
+void TextDocumentTest::writing_editedMeanwhile_writesTheTextOfItsStart()
+{
+    TextDocument document;
+    TextStorage &storage = *document.textStorage();
+    connect(&storage, &TextStorage::changed, &document, [&] {
+        document.setContentString(storage.text());
+    });
+    storage.replaceCharacters({0, 0}, hugeText(20));
+    document.startWriting(path(u"a.txt"_s));
+    QVERIFY(document.isWriting());
+    storage.replaceCharacters({0, 0}, Text(u"typed meanwhile"));
+    QVERIFY(!endOf(document).has_value());
+    QCOMPARE(QFileInfo(path(u"a.txt"_s)).size(), 20'000'000);
+    QCOMPARE(bytesOf(path(u"a.txt"_s)).first(5), QByteArray("xxxxx"));
+    QVERIFY(document.isEdited());
+    QCOMPARE(document.filePath(), path(u"a.txt"_s));
+    storage.undo();
+    QVERIFY(!document.isEdited());
+    QVERIFY(!document.fileChangedOnDisk());
+}
+
+void TextDocumentTest::writing_cancelled_keepsTheOldFile()
+{
+    writeBytes(path(u"a.txt"_s), "old");
+    TextDocument document;
+    document.textStorage()->replaceCharacters({0, 0}, hugeText(300));
+    document.setContentString(document.textStorage()->text());
+    document.startWriting(path(u"a.txt"_s));
+    document.cancelTransfer();
+    const auto error = endOf(document);
+    QVERIFY(error.has_value() && error->isCancellation());
+    QCOMPARE(bytesOf(path(u"a.txt"_s)), QByteArray("old"));
+    QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden), QStringList{u"a.txt"_s});
+    QVERIFY(document.isEdited());
+    QVERIFY(document.filePath().isEmpty());
+}
+
+void TextDocumentTest::writing_noSpace_keepsTheOldFile()
+{
+    writeBytes(path(u"a.txt"_s), "old");
+    TextDocument document;
+    document.textStorage()->replaceCharacters({0, 0}, hugeText(3));
+    document.setContentString(document.textStorage()->text());
+    std::optional<DocumentError> error;
+    {
+        const test::FileSizeLimit limit(1'000'000);
+        document.startWriting(path(u"a.txt"_s));
+        error = endOf(document);
+    }
+    QVERIFY(error.has_value() && error->fileErrorKind == FileError::Kind::NoSpace);
+    QCOMPARE(bytesOf(path(u"a.txt"_s)), QByteArray("old"));
+    QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden), QStringList{u"a.txt"_s});
+    QVERIFY(document.isEdited());
+}
+
+void TextDocumentTest::writing_failure_leavesDocumentAndPath()
+{
+    TextDocument document;
+    document.textStorage()->replaceCharacters({0, 0}, Text(u"x"));
+    document.startWriting(path(u"gone/a.txt"_s));
+    const auto error = endOf(document);
+    QVERIFY(error.has_value() && error->fileErrorKind == FileError::Kind::NotFound);
+    QVERIFY(document.isEdited());
+    QVERIFY(document.filePath().isEmpty());
+}
+
+void TextDocumentTest::waiting_forATransfer_tellsItsEndOnce()
+{
+    using namespace std::chrono_literals;
+    writeBytes(path(u"a.txt"_s), "abc");
+    TextDocument document;
+    QVERIFY(!document.waitForTransfer(1ms).has_value());
+    const QSignalSpy ended(&document, &TextDocument::transferEnded);
+    document.startReading(path(u"a.txt"_s));
+    const auto outcome = document.waitForTransfer(10s);
+    QVERIFY(outcome.has_value() && outcome->has_value());
+    QCOMPARE(ended.count(), 1);
+    QCOMPARE(document.contentString().toString(), u"abc"_s);
+    QCoreApplication::processEvents();
+    QCOMPARE(ended.count(), 1);
 }
 
 QTEST_GUILESS_MAIN(TextDocumentTest)

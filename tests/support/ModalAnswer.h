@@ -5,6 +5,7 @@
 #include <QPushButton>
 #include <QString>
 #include <QTest>
+#include <QTimer>
 #include <QWidget>
 
 #include <functional>
@@ -54,5 +55,33 @@ inline void clickInModal(const QString &buttonText, QString *message = nullptr)
         button->click();
     });
 }
+
+/// Calls `answer` with every modal window that is seen open while this lives, until it returns
+/// true: that was the one.
+class LaterAnswer final
+{
+public:
+    explicit LaterAnswer(std::function<bool(QWidget *)> answer)
+        : m_answer(std::move(answer))
+    {
+        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] {
+            if (QWidget *modal = QApplication::activeModalWidget()) {
+                m_timer.stop(); // The answer may run an event loop.
+                m_hasAnswered = m_answer(modal);
+                if (!m_hasAnswered) {
+                    m_timer.start(0);
+                }
+            }
+        });
+        m_timer.start(0);
+    }
+
+    [[nodiscard]] bool hasAnswered() const { return m_hasAnswered; }
+
+private:
+    std::function<bool(QWidget *)> m_answer;
+    QTimer m_timer;
+    bool m_hasAnswered = false;
+};
 
 } // namespace penwick::test

@@ -1,0 +1,93 @@
+#include "app/DocumentSaver.h"
+
+#include "app/DocumentDialogs.h"
+#include "app/SavingDialog.h"
+
+#include <QGuiApplication>
+#include <QInputMethod>
+
+#include <utility>
+
+namespace penwick {
+
+DocumentSaver::DocumentSaver(TextDocument *document,
+                             QWidget *window,
+                             const TransferPatience &patience)
+    : m_document(document)
+    , m_window(window)
+    , m_patience(patience)
+{
+    connect(document,
+            &TextDocument::transferEnded,
+            this,
+            [this](TextDocument::Transfer transfer, const std::optional<DocumentError> &error) {
+                if (transfer == TextDocument::Transfer::Writing && !m_isAwaited) {
+                    end(error);
+                }
+            });
+}
+
+bool DocumentSaver::save(const QString &path)
+{
+    // What is still being composed belongs to what the person wrote.
+    QGuiApplication::inputMethod()->commit();
+    if (m_document->isWriting()) {
+        m_savesAgain = true;
+        return true;
+    }
+    return write(path);
+}
+
+bool DocumentSaver::write(const QString &path)
+{
+    m_path = path;
+    if (m_document->contentString().metrics().utf8Bytes >= m_patience.directBytes) {
+        m_document->startWriting(path);
+        return true;
+    }
+    if (const auto written = m_document->writeToFile(path); !written) {
+        dialogs::showSaveError(m_window, path, written.error());
+        return false;
+    }
+    return true;
+}
+
+/// What follows a transfer's end. False when it came to nothing.
+bool DocumentSaver::end(const std::optional<DocumentError> &error)
+{
+    const bool savesAgain = std::exchange(m_savesAgain, false);
+    if (error) {
+        if (!error->isCancellation()) {
+            dialogs::showSaveError(m_window, m_path, *error);
+        }
+        return false;
+    }
+    return !savesAgain || !m_document->isEdited() || write(m_path);
+}
+
+bool DocumentSaver::await(const QString &name)
+{
+    while (m_document->isWriting()) {
+        if (!end(awaitOne(name))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+std::optional<DocumentError> DocumentSaver::awaitOne(const QString &name)
+{
+    std::optional<DocumentError> error;
+    m_isAwaited = true;
+    if (const auto outcome = m_document->waitForTransfer(m_patience.saving)) {
+        error = *outcome ? std::nullopt : std::optional(outcome->error());
+    } else {
+        SavingDialog dialog(m_window, m_document, name);
+        dialog.exec();
+        error = dialog.error();
+    }
+    m_isAwaited = false;
+    return error;
+}
+
+} // namespace penwick

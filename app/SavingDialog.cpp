@@ -1,0 +1,45 @@
+#include "app/SavingDialog.h"
+
+#include "editor/TransferBar.h"
+#include "wording/WordingLookup.h"
+
+#include <QLabel>
+#include <QVBoxLayout>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+SavingDialog::SavingDialog(QWidget *parent, TextDocument *document, const QString &name)
+    : QDialog(parent)
+    , m_document(document)
+{
+    setWindowTitle(wording::text(u"app.name"_s));
+    setWindowModality(Qt::ApplicationModal);
+    // Not `arg`: a profile's text may lack the place, or hold another number.
+    QString message = wording::text(u"dialog.savingMessage"_s, u"「%1」を保存しています。"_s);
+    auto *label = new QLabel(message.replace(u"%1"_s, name), this);
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    auto *bar = new TransferBar(document, this);
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(label);
+    layout->addWidget(bar);
+    bar->showAtOnce();
+    connect(document,
+            &TextDocument::transferEnded,
+            this,
+            [this](TextDocument::Transfer /*transfer*/, const std::optional<DocumentError> &error) {
+                m_error = error;
+                accept();
+            });
+}
+
+void SavingDialog::reject()
+{
+    if (!m_document.isNull()) {
+        m_document->cancelTransfer(); // Its end closes the dialog.
+    }
+}
+
+} // namespace penwick

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "editor/TextDocument.h"
+
+#include <QPointer>
+#include <QTimer>
+#include <QWidget>
+
+class QLabel;
+class QProgressBar;
+class QToolButton;
+
+namespace penwick {
+
+/// A strip that shows how far the document's transfer has come, with a button that calls it off. It
+/// is hidden but for transfers that last, so that quick ones do not flash.
+class TransferBar final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// \param document not owned, held weakly; may be null.
+    explicit TransferBar(TextDocument *document, QWidget *parent = nullptr);
+
+    /// Shows a transfer that is under way from the first moment on.
+    void showAtOnce();
+
+private:
+    void makeContent();
+    void transferDidStart();
+    void appear();
+    void disappear();
+    void refresh();
+
+    QPointer<TextDocument> m_document;
+    QLabel *m_label = nullptr;
+    QProgressBar *m_progress = nullptr;
+    QToolButton *m_cancel = nullptr;
+    QTimer m_appearance;
+    QTimer m_refresh;
+};
+
+} // namespace penwick
