@@ -59,6 +59,56 @@ moveByRows(TextViewport &viewport, const Text &text, TextCaret from, int rows, q
     return {rows < 0 ? 0 : text.size(), false};
 }
 
+/// Of the carets in the row of `from`, the one next to `x` on its right or left; none where `x` is
+/// at the edge.
+std::optional<TextCaret>
+neighbourInRow(TextViewport &viewport, const Text &text, TextCaret from, qreal x, bool toRight)
+{
+    const TextCaret end = viewport.rowEnd(from);
+    const qint64 last = end.atRowEnd ? end.offset - 1 : end.offset; // A wrap belongs to the next.
+    std::optional<TextCaret> best;
+    qreal bestDistance = 0;
+    for (qint64 offset = viewport.rowStart(from).offset; offset <= last;
+         offset = text.nextClusterBoundary(offset)) {
+        const TextCaret caret{offset, false};
+        const qreal distance = (viewport.caretX(caret) - x) * (toRight ? 1 : -1);
+        if (distance > 0 && (!best || distance < bestDistance)) {
+            best = caret;
+            bestDistance = distance;
+        }
+        if (offset == text.size())
+            break;
+    }
+    return best;
+}
+
+/// A step in a line with both directions, where the order of characters is not the one on screen.
+TextCaret visualStep(TextViewport &viewport, const Text &text, TextCaret from, bool toRight)
+{
+    const qreal x = viewport.caretX(from);
+    if (const auto next = neighbourInRow(viewport, text, from, x, toRight))
+        return *next;
+    const bool isForward = toRight != viewport.isRightToLeft(from.offset);
+    TextCaret beyond{text.previousClusterBoundary(viewport.rowStart(from).offset), false};
+    if (isForward) {
+        const TextCaret end = viewport.rowEnd(from);
+        beyond = {end.atRowEnd ? end.offset : text.nextClusterBoundary(end.offset), false};
+    }
+    // In at the other side of the row above or below.
+    constexpr qreal kFar = 1e9;
+    return neighbourInRow(viewport, text, beyond, toRight ? -kFar : kFar, toRight).value_or(beyond);
+}
+
+TextCaret moveByParagraph(const Text &text, qint64 offset, bool down)
+{
+    TextLineBounds line = segments::lineAt(text, offset);
+    if (down && offset >= line.end)
+        line = segments::lineAt(text, line.nextStart());
+    else if (!down && offset <= line.start && offset > 0)
+        line = segments::lineAt(text, offset - 1);
+    return {down ? line.end : line.start, false};
+}
+
 } // namespace
 
 std::optional<CaretMoveRequest> caretMoveFor(const QKeyEvent &event)
@@ -67,6 +117,13 @@ std::optional<CaretMoveRequest> caretMoveFor(const QKeyEvent &event)
         if (event.matches(binding.key))
             return CaretMoveRequest{binding.move, binding.extends};
     }
+    // Paragraph moves have keys on every desktop, but the toolkit has no name for them.
+    const Qt::KeyboardModifiers modifiers = event.modifiers() & ~Qt::KeypadModifier;
+    const bool isUp = event.key() == Qt::Key_Up;
+    if ((isUp || event.key() == Qt::Key_Down) &&
+        (modifiers & ~Qt::ShiftModifier) == Qt::ControlModifier)
+        return CaretMoveRequest{isUp ? CaretMove::ParagraphUp : CaretMove::ParagraphDown,
+                                modifiers.testFlag(Qt::ShiftModifier)};
     return std::nullopt;
 }
 
@@ -74,6 +131,22 @@ bool isVertical(CaretMove move)
 {
     return move == CaretMove::Up || move == CaretMove::Down || move == CaretMove::PageUp ||
            move == CaretMove::PageDown;
+}
+
+qint64 edgeOfSelection(TextViewport &viewport, TextRange selection, bool onRight)
+{
+    const TextCaret start{selection.location, false};
+    const TextCaret end{selection.end(), true};
+    bool endIsOnRight = !viewport.isRightToLeft(selection.end());
+    if (viewport.rowStart(start) == viewport.rowStart(end)) // In one row the screen decides.
+        endIsOnRight = viewport.caretX(end) > viewport.caretX(start);
+    return endIsOnRight == onRight ? selection.end() : selection.location;
+}
+
+qint64 lineEndToDelete(const Text &text, qint64 offset)
+{
+    const TextLineBounds line = segments::lineAt(text, offset);
+    return offset < line.end ? line.end : line.nextStart();
 }
 
 TextRange lineAround(const Text &text, qint64 offset)
@@ -92,6 +165,8 @@ moveCaret(TextViewport &viewport, const Text &text, TextCaret from, CaretMove mo
     switch (move) {
     case CaretMove::Left:
     case CaretMove::Right:
+        if (viewport.hasRightToLeft(offset))
+            return visualStep(viewport, text, from, move == CaretMove::Right);
         if ((move == CaretMove::Left) == leftIsForward)
             return {text.nextClusterBoundary(offset), false};
         return {text.previousClusterBoundary(offset), false};
@@ -116,6 +191,9 @@ moveCaret(TextViewport &viewport, const Text &text, TextCaret from, CaretMove mo
         return {segments::lineAt(text, offset).start, false};
     case CaretMove::BlockEnd:
         return {segments::lineAt(text, offset).end, false};
+    case CaretMove::ParagraphUp:
+    case CaretMove::ParagraphDown:
+        return moveByParagraph(text, offset, move == CaretMove::ParagraphDown);
     case CaretMove::DocumentStart:
         return {0, false};
     case CaretMove::DocumentEnd:

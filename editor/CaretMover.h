@@ -21,6 +21,8 @@ enum class CaretMove {
     RowEnd,
     BlockStart,
     BlockEnd,
+    ParagraphUp,
+    ParagraphDown,
     PageUp,
     PageDown,
     DocumentStart,
@@ -43,6 +45,12 @@ struct CaretMoveRequest
 /// Finds where a move leads. `column` is the x to keep in vertical moves.
 [[nodiscard]] TextCaret
 moveCaret(TextViewport &viewport, const Text &text, TextCaret from, CaretMove move, qreal column);
+
+/// The end of `selection` that is on its right or left side on the screen.
+[[nodiscard]] qint64 edgeOfSelection(TextViewport &viewport, TextRange selection, bool onRight);
+
+/// How far a key deletes that deletes to the end of the line: there it takes the line break.
+[[nodiscard]] qint64 lineEndToDelete(const Text &text, qint64 offset);
 
 /// Start and end of the line that `offset` stands in, its line break included.
 [[nodiscard]] TextRange lineAround(const Text &text, qint64 offset);

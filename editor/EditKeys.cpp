@@ -19,11 +19,13 @@ constexpr Binding kBindings[] = {
     {QKeySequence::Copy, EditCommand::Copy},
     {QKeySequence::Paste, EditCommand::Paste},
     {QKeySequence::SelectAll, EditCommand::SelectAll},
+    {QKeySequence::Deselect, EditCommand::Deselect},
     {QKeySequence::Backspace, EditCommand::DeleteBackward},
     {QKeySequence::Delete, EditCommand::DeleteForward},
     {QKeySequence::DeleteStartOfWord, EditCommand::DeleteWordBackward},
     {QKeySequence::DeleteEndOfWord, EditCommand::DeleteWordForward},
     {QKeySequence::DeleteEndOfLine, EditCommand::DeleteToLineEnd},
+    {QKeySequence::DeleteCompleteLine, EditCommand::DeleteLine},
 };
 
 } // namespace

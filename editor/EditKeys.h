@@ -14,13 +14,15 @@ enum class EditCommand {
     Copy,
     Paste,
     SelectAll,
+    Deselect,
     InsertLineFeed,
     InsertTab,
     DeleteBackward,
     DeleteForward,
     DeleteWordBackward,
     DeleteWordForward,
-    DeleteToLineEnd
+    DeleteToLineEnd,
+    DeleteLine
 };
 
 /// The command of a key press by the platform's bindings, if it has one.

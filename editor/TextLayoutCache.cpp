@@ -1,5 +1,7 @@
 #include "editor/TextLayoutCache.h"
 
+#include "editor/InvisibleMarks.h"
+
 #include <QGlyphRun>
 #include <QRawFont>
 #include <QTextOption>
@@ -11,41 +13,14 @@ namespace penwick {
 
 namespace {
 
-/// A sign of the same length for what no font draws, or 0 where the character speaks for itself.
-char16_t substituteFor(char16_t unit, bool hasControlPictures)
-{
-    constexpr char16_t kControlPictures = 0x2400;
-    constexpr char16_t kDeletePicture = 0x2421;
-    constexpr char16_t kBox = 0x25AF;
-    constexpr char16_t kObject = 0xFFFC; // The layout engine keeps it for embedded objects.
-    if (unit == u'\t')
-        return 0;
-    if (unit < 0x20)
-        return hasControlPictures ? static_cast<char16_t>(kControlPictures + unit) : kBox;
-    if (unit == 0x7F)
-        return hasControlPictures ? kDeletePicture : kBox;
-    return (unit > 0x7F && unit < 0xA0) || unit == kObject ? kBox : u'\0';
-}
+/// Stands in the layout for a character that is shown by a label. Neutral as to direction.
+constexpr QChar kPlaceholder(0x25AF);
 
-QList<QTextLayout::FormatRange> substituteControls(QString &units, const TextLayoutStyle &style)
+/// The break behind `segment` when it is not one that every reader takes for granted.
+char16_t unusualLineEnd(const Text &text, const TextSegment &segment)
 {
-    QList<QTextLayout::FormatRange> formats;
-    for (qsizetype i = 0; i < units.size(); ++i) {
-        const char16_t substitute = substituteFor(units[i].unicode(), style.hasControlPictures);
-        if (substitute == 0)
-            continue;
-        units[i] = QChar(substitute);
-        if (!formats.isEmpty() && formats.last().start + formats.last().length == i) {
-            ++formats.last().length;
-            continue;
-        }
-        QTextLayout::FormatRange range;
-        range.start = static_cast<int>(i);
-        range.length = 1;
-        range.format.setForeground(style.substitutes);
-        formats.append(range);
-    }
-    return formats;
+    const char16_t unit = segment.breakLength == 1 ? text.at(segment.end) : u'\n';
+    return unit == u'\n' ? u'\0' : unit;
 }
 
 bool holdsRightToLeft(const QString &units)
@@ -68,14 +43,16 @@ SegmentLayout::SegmentLayout(const Text &text,
     : m_segment(segment)
 {
     QString units = text.slice(segment.start, segment.length());
-    QList<QTextLayout::FormatRange> formats = substituteControls(units, style);
+    QList<QTextLayout::FormatRange> formats = substituteInvisibles(units, style);
+    m_lineEnd = unusualLineEnd(text, segment);
     m_layout.setText(units);
-    m_hasRightToLeft = holdsRightToLeft(units);
+    m_hasRightToLeft = holdsRightToLeft(units) || holdsRightToLeft(composition.string);
     m_layout.setFont(style.font);
     m_layout.setCacheEnabled(true);
     QTextOption option;
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     option.setTabStopDistance(style.tabWidth);
+    option.setAlignment(isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft);
     m_layout.setTextOption(option);
     // Where two segments of a line meet, the second one shows it.
     const bool isLast = segment.breakLength == 0 && segment.end == text.size();
@@ -84,6 +61,33 @@ SegmentLayout::SegmentLayout(const Text &text,
         insertComposition(composition, formats);
     m_layout.setFormats(formats);
     addRows(style);
+}
+
+QList<QTextLayout::FormatRange> SegmentLayout::substituteInvisibles(QString &units,
+                                                                    const TextLayoutStyle &style)
+{
+    QList<QTextLayout::FormatRange> formats;
+    for (qsizetype i = 0; i < units.size(); ++i) {
+        const char16_t unit = units[i].unicode();
+        const bool hasLabel = !invisible::label(unit).isEmpty();
+        if (hasLabel || invisible::isMarked(unit))
+            m_invisibles.push_back({static_cast<int>(i), unit});
+        if (!hasLabel)
+            continue;
+        units[i] = kPlaceholder;
+        if (!formats.isEmpty() && formats.last().start + formats.last().length == i) {
+            ++formats.last().length;
+            continue;
+        }
+        QTextLayout::FormatRange range;
+        range.start = static_cast<int>(i);
+        range.length = 1;
+        range.format.setForeground(Qt::transparent); // Only its width is wanted.
+        range.format.setFontLetterSpacingType(QFont::AbsoluteSpacing);
+        range.format.setFontLetterSpacing((invisible::kLabelColumns - 1) * style.columnWidth);
+        formats.append(range);
+    }
+    return formats;
 }
 
 void SegmentLayout::insertComposition(const TextComposition &composition,
@@ -104,6 +108,10 @@ void SegmentLayout::insertComposition(const TextComposition &composition,
         if (range.length > 0)
             moved.append(range);
     }
+    for (InvisibleCharacter &character : m_invisibles) {
+        if (character.index >= m_compositionIndex)
+            character.index += m_compositionLength;
+    }
     for (QTextLayout::FormatRange range : composition.formats) {
         range.start += m_compositionIndex;
         moved.append(range);
@@ -118,12 +126,14 @@ int SegmentLayout::indexInSegment(qint64 offset) const
 
 void SegmentLayout::addRows(const TextLayoutStyle &style)
 {
+    const qreal reserved = m_lineEnd != 0 ? invisible::kLabelColumns * style.columnWidth : 0;
+    const qreal left = isRightToLeft() ? reserved : 0;
     m_layout.beginLayout();
     qreal y = 0;
     for (QTextLine line = m_layout.createLine(); line.isValid(); line = m_layout.createLine()) {
-        line.setLineWidth(style.width);
+        line.setLineWidth(std::max<qreal>(1, style.width - reserved));
         // Fallback fonts differ in height: the rows stay even by sharing the baseline.
-        line.setPosition(QPointF(0, y + style.ascent - line.ascent()));
+        line.setPosition(QPointF(left, y + style.ascent - line.ascent()));
         y += style.rowHeight;
     }
     m_layout.endLayout();
@@ -141,6 +151,17 @@ int SegmentLayout::layoutIndex(qint64 offset) const
     const int index = indexInSegment(offset);
     return m_compositionIndex >= 0 && index >= m_compositionIndex ? index + m_compositionLength
                                                                   : index;
+}
+
+bool SegmentLayout::isTab(int layoutIndex) const
+{
+    if (m_compositionIndex >= 0 && layoutIndex >= m_compositionIndex) {
+        layoutIndex -= m_compositionLength;
+        if (layoutIndex < m_compositionIndex)
+            return false;
+    }
+    const QString text = m_layout.text(); // Without the composition.
+    return layoutIndex >= 0 && layoutIndex < text.size() && text.at(layoutIndex) == u'\t';
 }
 
 int SegmentLayout::caretIndex(qint64 offset, const TextComposition &composition) const
@@ -237,11 +258,6 @@ qint64 SegmentLayout::offsetAt(qreal x, int row) const
 qint64 SegmentLayout::characterAt(qreal x, int row) const
 {
     return textOffset(m_layout.lineAt(row).xToCursor(x, QTextLine::CursorOnCharacter));
-}
-
-qreal SegmentLayout::rowRight(int row) const
-{
-    return m_layout.lineAt(row).naturalTextRect().right();
 }
 
 bool SegmentLayout::isRightToLeft() const

@@ -24,6 +24,13 @@ struct TextComposition
     [[nodiscard]] bool isActive() const { return !string.isEmpty(); }
 };
 
+/// A character that no font draws, in a layout.
+struct InvisibleCharacter
+{
+    int index = 0; ///< In the layout, UTF-16 code units, 0-based.
+    char16_t unit = 0;
+};
+
 /// One segment, laid out in rows of equal height. Row numbers are 0-based.
 class SegmentLayout final
 {
@@ -41,6 +48,13 @@ public:
     [[nodiscard]] int rowCount() const { return m_layout.lineCount(); }
 
     [[nodiscard]] const QTextLayout &layout() const { return m_layout; }
+
+    /// What has to be made visible, ascending.
+    [[nodiscard]] const std::vector<InvisibleCharacter> &invisibles() const { return m_invisibles; }
+
+    /// The line break behind the segment where it is one that readers should see: neither a line
+    /// feed nor CR LF. Otherwise 0. The last row has room for its label.
+    [[nodiscard]] char16_t lineEnd() const { return m_lineEnd; }
 
     /// The row that shows the caret at `offset`. Where a row ends and the next begins it is the
     /// next one, or with `atRowEnd` the first one.
@@ -61,8 +75,6 @@ public:
     [[nodiscard]] qint64 offsetAt(qreal x, int row) const;
     /// The offset of the character that covers `x` in a row; at its end the row's end.
     [[nodiscard]] qint64 characterAt(qreal x, int row) const;
-    /// Where the row's visible text ends.
-    [[nodiscard]] qreal rowRight(int row) const;
     /// True when the line's first strong character asks for it.
     [[nodiscard]] bool isRightToLeft() const;
 
@@ -71,19 +83,25 @@ public:
 
     /// Index in `layout()` of an offset of the text: an open composition moves what follows it.
     [[nodiscard]] int layoutIndex(qint64 offset) const;
-    /// The same for the caret, which stands inside an open composition.
+    /// True when a tab of the text stands at an index of `layout()`.
+    [[nodiscard]] bool isTab(int layoutIndex) const;
+    /// As `layoutIndex`, for the caret, which stands inside an open composition.
     [[nodiscard]] int caretIndex(qint64 offset, const TextComposition &composition) const;
 
 private:
     [[nodiscard]] qint64 textOffset(int layoutIndex) const;
     [[nodiscard]] int indexInSegment(qint64 offset) const;
     [[nodiscard]] int rowOfIndex(int index, bool atRowEnd) const;
+    QList<QTextLayout::FormatRange> substituteInvisibles(QString &units,
+                                                         const TextLayoutStyle &style);
     void insertComposition(const TextComposition &composition,
                            QList<QTextLayout::FormatRange> &formats);
     void addRows(const TextLayoutStyle &style);
 
     TextSegment m_segment;
     QTextLayout m_layout;
+    std::vector<InvisibleCharacter> m_invisibles;
+    char16_t m_lineEnd = 0;
     int m_compositionIndex = -1;
     int m_compositionLength = 0;
     bool m_hasRightToLeft = false;

@@ -11,11 +11,10 @@ namespace penwick {
 namespace {
 
 constexpr int kTabColumns = 4;
-constexpr uint kFirstControlPicture = 0x2400;
 
 } // namespace
 
-TextLayoutStyle makeTextLayoutStyle(const QFont &font, const QPalette &palette, qreal width)
+TextLayoutStyle makeTextLayoutStyle(const QFont &font, qreal width)
 {
     QTextLayout probe(QStringLiteral("Ag漢字"), font);
     probe.beginLayout();
@@ -25,12 +24,11 @@ TextLayoutStyle makeTextLayoutStyle(const QFont &font, const QPalette &palette, 
     TextLayoutStyle style;
     style.font = font;
     style.width = std::max<qreal>(1, width);
-    style.tabWidth = metrics.horizontalAdvance(u'0') * kTabColumns;
+    style.columnWidth = metrics.horizontalAdvance(u'0');
+    style.tabWidth = style.columnWidth * kTabColumns;
     style.ascent = std::ceil(std::max(metrics.ascent(), line.ascent()));
     style.rowHeight =
         style.ascent + std::ceil(std::max(metrics.descent(), line.descent()) + metrics.leading());
-    style.substitutes = palette.color(QPalette::PlaceholderText);
-    style.hasControlPictures = metrics.inFontUcs4(kFirstControlPicture);
     return style;
 }
 

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <QColor>
 #include <QFont>
-#include <QPalette>
 
 namespace penwick {
 
@@ -10,16 +8,14 @@ namespace penwick {
 struct TextLayoutStyle
 {
     QFont font;
-    qreal width = 0;    ///< Rows wrap here.
-    qreal tabWidth = 0; ///< Distance of tab stops.
+    qreal width = 0;       ///< Rows wrap here.
+    qreal tabWidth = 0;    ///< Distance of tab stops.
+    qreal columnWidth = 0; ///< Of one ASCII character.
     qreal rowHeight = 1;
-    qreal ascent = 1;                ///< From a row's top to its baseline.
-    QColor substitutes;              ///< Colour of the signs drawn for control characters.
-    bool hasControlPictures = false; ///< Some font has signs of their own for them.
+    qreal ascent = 1; ///< From a row's top to its baseline.
 };
 
 /// The style of rows `width` wide, all of a height that Latin and Japanese characters fit in alike.
-[[nodiscard]] TextLayoutStyle
-makeTextLayoutStyle(const QFont &font, const QPalette &palette, qreal width);
+[[nodiscard]] TextLayoutStyle makeTextLayoutStyle(const QFont &font, qreal width);
 
 } // namespace penwick

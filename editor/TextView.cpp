@@ -270,10 +270,9 @@ void TextView::move(CaretMoveRequest request)
     const TextRange selection = selectedRange();
     const bool isStep = request.move == CaretMove::Left || request.move == CaretMove::Right;
     if (isStep && !request.extends && selection.length > 0) {
-        const bool toEnd =
-            (request.move == CaretMove::Right) != m_viewport.isRightToLeft(m_caret.offset);
-        const qint64 offset = toEnd ? selection.end() : selection.location;
-        select(offset, {offset, false});
+        const qint64 edge =
+            edgeOfSelection(m_viewport, selection, request.move == CaretMove::Right);
+        select(edge, {edge, false});
         return;
     }
     if (!isVertical(request.move))
@@ -325,8 +324,12 @@ void TextView::perform(EditCommand command)
         return deleteTo(target(CaretMove::WordLeft), Kind::Other);
     case EditCommand::DeleteWordForward:
         return deleteTo(target(CaretMove::WordRight), Kind::Other);
+    case EditCommand::Deselect:
+        return select(m_caret.offset, m_caret, Scroll::Stay);
     case EditCommand::DeleteToLineEnd:
-        return deleteTo(target(CaretMove::BlockEnd), Kind::Other);
+        return deleteTo(lineEndToDelete(text, m_caret.offset), Kind::Other);
+    case EditCommand::DeleteLine:
+        return edit(lineAround(text, m_caret.offset), Text(), Kind::Other);
     }
 }
 
@@ -387,7 +390,7 @@ void TextView::updateStyle()
 {
     const QSizeF size = viewport()->size();
     const qreal width = size.width() - 2 * TextViewport::kMargin;
-    m_viewport.setGeometry(makeTextLayoutStyle(font(), palette(), width), size);
+    m_viewport.setGeometry(makeTextLayoutStyle(font(), width), size);
     updateScrollBars();
     viewport()->update();
 }

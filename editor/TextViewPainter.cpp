@@ -1,5 +1,8 @@
 #include "editor/TextViewPainter.h"
 
+#include "editor/InvisibleMarks.h"
+#include "editor/InvisiblePainter.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -58,28 +61,53 @@ public:
                                           : selection.end >= lineEnd && selection.start < lineEnd &&
                                                 (selection.end > lineEnd || selection.coversBreak);
             if (goesOn)
-                fill(m_row.x() + std::max<qreal>(0, layout.rowRight(row)), m_right);
+                fillBehind(layout, row);
         }
     }
 
 private:
+    void fillBehind(const SegmentLayout &layout, int row)
+    {
+        const QRectF text = layout.layout().lineAt(row).naturalTextRect();
+        if (layout.isRightToLeft())
+            fill(m_row.x(), m_row.x() + text.left());
+        else
+            fill(m_row.x() + std::max<qreal>(0, text.right()), m_right);
+    }
+
     void fill(qreal left, qreal right)
     {
         if (left < right)
             m_painter.fillRect(QRectF(left, m_row.y(), right - left, m_row.height()), m_color);
     }
 
-    /// Right-to-left stretches divide a row into pieces, so those are filled character by
-    /// character.
     void
     fillText(const SegmentLayout &layout, const QTextLine &line, const LayoutSelection &selection)
     {
         const int start = std::max(selection.start, line.textStart());
         const int end = std::min(selection.end, line.textStart() + line.textLength());
-        const int step = layout.hasRightToLeft() ? 1 : std::max(1, end - start);
-        for (int i = start; i < end; i += step) {
+        if (start >= end)
+            return;
+        if (layout.hasRightToLeft())
+            fillPieces(layout, line, start, end);
+        else
+            fill(m_row.x() + line.cursorToX(start), m_row.x() + line.cursorToX(end));
+    }
+
+    /// Stretches of another direction divide what is selected of a row into pieces. Carets do not
+    /// tell where those end, because at such a place one caret stands for two.
+    void fillPieces(const SegmentLayout &layout, const QTextLine &line, int start, int end)
+    {
+        const QList<QGlyphRun> runs = line.glyphRuns(start, end - start);
+        for (const QGlyphRun &run : runs) {
+            const QRectF rect = run.boundingRect();
+            fill(m_origin.x() + rect.left(), m_origin.x() + rect.right());
+        }
+        for (int i = start; i < end; ++i) {
+            if (!layout.isTab(i)) // It has no glyph.
+                continue;
             const qreal a = line.cursorToX(i);
-            const qreal b = line.cursorToX(i + step);
+            const qreal b = line.cursorToX(i, QTextLine::Trailing);
             fill(m_row.x() + std::min(a, b), m_row.x() + std::max(a, b));
         }
     }
@@ -91,6 +119,62 @@ private:
     QRectF m_row; // Without width.
 };
 
+/// The colours of a selection. Where the palette makes no difference between a view with the
+/// keyboard focus and one without, the latter gets a paler one.
+struct SelectionColors
+{
+    SelectionColors(const QPalette &palette, bool isActive)
+        : background(
+              palette.color(isActive ? QPalette::Active : QPalette::Inactive, QPalette::Highlight))
+        , text(palette.color(isActive ? QPalette::Active : QPalette::Inactive,
+                             QPalette::HighlightedText))
+    {
+        if (isActive || background != palette.color(QPalette::Active, QPalette::Highlight))
+            return;
+        const QColor base = palette.color(QPalette::Base);
+        const auto mixed = [](int a, int b) { return (a + 2 * b) / 3; };
+        background = QColor(mixed(background.red(), base.red()),
+                            mixed(background.green(), base.green()),
+                            mixed(background.blue(), base.blue()));
+        text = palette.color(QPalette::Text);
+    }
+
+    QColor background;
+    QColor text;
+};
+
+QColor muted(QColor color)
+{
+    constexpr qreal kMuted = 0.6;
+    color.setAlphaF(static_cast<float>(kMuted * color.alphaF()));
+    return color;
+}
+
+/// How the selected part of a segment differs from the rest. What labels stand for is left out, so
+/// that it stays unseen.
+QList<QTextLayout::FormatRange>
+selectedFormats(const SegmentLayout &layout, const LayoutSelection &selection, const QColor &text)
+{
+    QList<QTextLayout::FormatRange> formats;
+    QTextLayout::FormatRange range;
+    range.start = selection.start;
+    range.format.setForeground(text);
+    const auto endAt = [&](int index) {
+        range.length = index - range.start;
+        if (range.length > 0)
+            formats.append(range);
+    };
+    for (const InvisibleCharacter &character : layout.invisibles()) {
+        if (character.index < selection.start || character.index >= selection.end ||
+            invisible::label(character.unit).isEmpty())
+            continue;
+        endAt(character.index);
+        range.start = character.index + 1;
+    }
+    endAt(selection.end);
+    return formats;
+}
+
 } // namespace
 
 void paintTextView(QPainter &painter,
@@ -99,26 +183,23 @@ void paintTextView(QPainter &painter,
                    const TextViewPicture &picture)
 {
     const QPalette &palette = picture.palette;
-    const auto group = picture.isActive ? QPalette::Active : QPalette::Inactive;
+    const SelectionColors colors(palette, picture.isActive);
+    const qreal right = picture.size.width() - TextViewport::kMargin;
+    InvisiblePainter invisibles(
+        painter, viewport.style(), muted(palette.color(QPalette::Text)), muted(colors.text));
     painter.setPen(palette.color(QPalette::Text));
     viewport.forEachVisible([&](const SegmentLayout &layout, qreal y) {
         const QPointF origin(TextViewport::kMargin, y);
         const LayoutSelection selection = selectionIn(layout, picture.selection);
         QList<QTextLayout::FormatRange> formats;
         if (!selection.isEmpty()) {
-            SelectionPainter(painter,
-                             palette.color(group, QPalette::Highlight),
-                             origin,
-                             picture.size.width() - TextViewport::kMargin)
+            SelectionPainter(painter, colors.background, origin, right)
                 .paint(layout, selection, viewport.style().rowHeight);
-            QTextLayout::FormatRange range;
-            range.start = selection.start;
-            range.length = selection.end - selection.start;
-            range.format.setForeground(palette.color(group, QPalette::HighlightedText));
-            if (range.length > 0)
-                formats.append(range);
+            formats = selectedFormats(layout, selection, colors.text);
         }
         layout.layout().draw(&painter, origin, formats, exposed);
+        invisibles.paint(layout,
+                         {origin, selection.start, selection.end, selection.coversBreak, exposed});
     });
     if (!picture.caretIsShown)
         return;

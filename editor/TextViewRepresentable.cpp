@@ -4,6 +4,7 @@
 #include "editor/TransferBar.h"
 
 #include <QFontDatabase>
+#include <QFontInfo>
 #include <QVBoxLayout>
 
 namespace penwick {
@@ -15,9 +16,11 @@ constexpr qreal kFontSize = 14; // Points.
 QFont editorFont()
 {
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    // The name may be an alias, as "monospace", which in a list with others is passed over.
+    const QString family = QFontInfo(font).family();
     // Without the first, Japanese may come in Chinese shapes; without the second, emoji in black.
-    font.setFamilies(font.families() << QStringLiteral("Noto Sans Mono CJK JP")
-                                     << QStringLiteral("Noto Color Emoji"));
+    font.setFamilies(
+        {family, QStringLiteral("Noto Sans Mono CJK JP"), QStringLiteral("Noto Color Emoji")});
     font.setPointSizeF(kFontSize);
     font.setWeight(QFont::Normal);
     return font;

@@ -306,6 +306,11 @@ bool TextViewport::isRightToLeft(qint64 offset)
     return layoutOf(segments::at(m_text, offset)).isRightToLeft();
 }
 
+bool TextViewport::hasRightToLeft(qint64 offset)
+{
+    return layoutOf(segments::at(m_text, offset)).hasRightToLeft();
+}
+
 void TextViewport::scrollByPixels(qreal distance)
 {
     Row row = topRow();

@@ -70,6 +70,8 @@ public:
     /// What one row shows, with the line break at its end: the row of the character at `offset`.
     [[nodiscard]] TextRange rowAround(qint64 offset);
     [[nodiscard]] bool isRightToLeft(qint64 offset);
+    /// True when around `offset` some characters run from right to left.
+    [[nodiscard]] bool hasRightToLeft(qint64 offset);
 
     /// Rows that fit whole, at least 1.
     [[nodiscard]] int rowsPerPage() const;
