@@ -84,7 +84,7 @@ bool canPerform(const TextView &view, MenuCommand command)
     case MenuCommand::Copy:
         return view.selectedRange().length > 0;
     default:
-        return clipboardHasText();
+        return view.canPaste();
     }
 }
 

@@ -19,6 +19,11 @@ MouseSelection::MouseSelection(TextViewport *viewport, Select select)
 {
 }
 
+bool MouseSelection::isThirdPress(const QMouseEvent &event) const
+{
+    return m_gesture.isThirdPress(event.position());
+}
+
 void MouseSelection::press(const QMouseEvent &event, qint64 anchor)
 {
     m_position = event.position();

@@ -22,6 +22,8 @@ public:
     /// \param viewport not owned; must outlive this object.
     MouseSelection(TextViewport *viewport, Select select);
 
+    /// True when a press of the left button would be the third of a triple click.
+    [[nodiscard]] bool isThirdPress(const QMouseEvent &event) const;
     /// The left button went down. \param anchor where a selection that Shift extends begins.
     void press(const QMouseEvent &event, qint64 anchor);
     /// It went down for the second time.

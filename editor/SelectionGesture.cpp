@@ -23,13 +23,17 @@ TextRange SelectionGesture::unitAround(const Text &text, qint64 offset) const
     return {offset, 0};
 }
 
-SelectionGesture::Ends SelectionGesture::press(const Text &text, qint64 offset, QPointF point)
+bool SelectionGesture::isThirdPress(QPointF point) const
 {
     const QStyleHints *hints = QGuiApplication::styleHints();
-    const bool isTriple =
-        m_sinceDoublePress.isValid() &&
-        m_sinceDoublePress.elapsed() < hints->mouseDoubleClickInterval() &&
-        (point - m_doublePressPoint).manhattanLength() < hints->startDragDistance();
+    return m_sinceDoublePress.isValid() &&
+           m_sinceDoublePress.elapsed() < hints->mouseDoubleClickInterval() &&
+           (point - m_doublePressPoint).manhattanLength() < hints->startDragDistance();
+}
+
+SelectionGesture::Ends SelectionGesture::press(const Text &text, qint64 offset, QPointF point)
+{
+    const bool isTriple = isThirdPress(point);
     m_sinceDoublePress.invalidate();
     m_unit = isTriple ? Unit::Line : Unit::Character;
     m_origin = unitAround(text, offset);

@@ -22,7 +22,9 @@ public:
         qint64 caret = 0;
     };
 
-    /// A press at `point`, which hit `offset`. Soon after a double click nearby it selects a line.
+    /// True when a press at `point` comes soon after a double click nearby.
+    [[nodiscard]] bool isThirdPress(QPointF point) const;
+    /// A press at `point`, which hit `offset`. As a third one it selects a line.
     Ends press(const Text &text, qint64 offset, QPointF point);
     /// A press that extends a selection whose other end is `anchor`.
     void pressExtending(qint64 anchor);

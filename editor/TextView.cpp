@@ -3,9 +3,8 @@
 #include "editor/TextViewAccessible.h"
 #include "editor/TextViewPainter.h"
 
-#include <QClipboard>
+#include <QDrag>
 #include <QGuiApplication>
-#include <QMimeData>
 #include <QPainter>
 #include <QScrollBar>
 #include <QStyle>
@@ -22,6 +21,13 @@ TextView::TextView(TextStorage *storage, QWidget *parent)
     , m_storage(storage)
     , m_mouse(&m_viewport,
               [this](qint64 anchor, TextCaret caret) { select(anchor, caret, Scroll::Stay); })
+    , m_dropPlace(&m_viewport,
+                  [this] {
+                      updateScrollBars();
+                      viewport()->update();
+                  })
+    , m_dragRunner(
+          [](QDrag *drag) { return drag->exec(Qt::CopyAction | Qt::MoveAction, Qt::MoveAction); })
 {
     TextViewAccessible::install();
     setFrameShape(QFrame::NoFrame);
@@ -29,6 +35,7 @@ TextView::TextView(TextStorage *storage, QWidget *parent)
     setAttribute(Qt::WA_InputMethodEnabled);
     setAttribute(Qt::WA_KeyCompression, false);
     viewport()->setCursor(Qt::IBeamCursor);
+    viewport()->setAcceptDrops(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     m_viewport.setText(m_storage->text());
@@ -137,11 +144,9 @@ void TextView::storageChanged(qint64 offset, qint64 oldLength, qint64 newLength)
     m_anchor = snapped(m_anchor);
     m_caret = {snapped(m_caret.offset), false};
     m_column.reset();
-    if (hasMarkedText() && m_viewport.composition().position != m_caret.offset) {
-        TextComposition composition = m_viewport.composition();
-        composition.position = m_caret.offset;
-        m_viewport.setComposition(composition);
-    }
+    // The view's own edits end a composition before: this one came from outside, and what is being
+    // composed was meant for the text as it was.
+    discardComposition();
     viewport()->update();
     // Last, because a listener may ask back at once.
     TextViewAccessible::announceChange(this, before, {offset, oldLength}, newLength);
@@ -213,31 +218,6 @@ void TextView::redo()
         finishUndo(m_storage->redo());
 }
 
-void TextView::cut()
-{
-    commitComposition();
-    copy();
-    deleteSelection();
-}
-
-void TextView::copy()
-{
-    const TextRange range = selectedRange();
-    if (range.length == 0)
-        return;
-    auto *mime = new QMimeData; // Owned by the clipboard.
-    mime->setText(m_storage->text().slice(range.location, range.length));
-    QGuiApplication::clipboard()->setMimeData(mime);
-}
-
-void TextView::paste()
-{
-    commitComposition();
-    const QMimeData *mime = QGuiApplication::clipboard()->mimeData();
-    if (mime && mime->hasText() && !mime->text().isEmpty())
-        replaceSelection(mime->text(), TextStorage::EditKind::Other);
-}
-
 void TextView::deleteSelection()
 {
     commitComposition();
@@ -250,6 +230,7 @@ void TextView::selectAll()
     commitComposition();
     m_storage->breakUndoCoalescing();
     select(0, {m_storage->length(), false}, Scroll::Stay);
+    offerPrimarySelection();
 }
 
 void TextView::deleteTo(qint64 target, TextStorage::EditKind kind)
@@ -290,6 +271,8 @@ void TextView::move(CaretMoveRequest request)
     const auto column = m_column; // Selecting forgets it.
     select(request.extends ? m_anchor : target.offset, target);
     m_column = column;
+    if (request.extends)
+        offerPrimarySelection();
 }
 
 void TextView::perform(EditCommand command)
@@ -448,6 +431,10 @@ void TextView::paintEvent(QPaintEvent *event)
     picture.isActive = hasFocus() && isActiveWindow();
     const bool isHidden = hasMarkedText() && m_viewport.composition().cursor < 0;
     picture.caretIsShown = hasFocus() && m_caretIsShown && !isHidden;
+    if (const auto place = m_dropPlace.caret()) { // Where the dragged text would go.
+        picture.caret = *place;
+        picture.caretIsShown = true;
+    }
     picture.caretWidth = style()->pixelMetric(QStyle::PM_TextCursorWidth, nullptr, this);
     picture.size = QSizeF(viewport()->size());
     picture.palette = palette();

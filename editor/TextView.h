@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editor/CaretMover.h"
+#include "editor/DropPlace.h"
 #include "editor/EditKeys.h"
 #include "editor/MouseSelection.h"
 #include "editor/TextStorage.h"
@@ -10,7 +11,11 @@
 #include <QAbstractScrollArea>
 #include <QBasicTimer>
 
+#include <functional>
 #include <optional>
+
+class QDrag;
+class QMimeData;
 
 namespace penwick {
 
@@ -63,6 +68,15 @@ public:
     /// True while an input method shows a composition that is not committed yet.
     [[nodiscard]] bool hasMarkedText() const;
 
+    /// True when the clipboard offers text.
+    [[nodiscard]] bool canPaste() const;
+
+    /// Carries a drag out and returns what became of what was dragged.
+    using DragRunner = std::function<Qt::DropAction(QDrag *drag)>;
+
+    /// By default a drag runs until the person lets go; a test, which has no hand, sets its own.
+    void setDragRunner(DragRunner runner) { m_dragRunner = std::move(runner); }
+
     /// The three calls of one programmatic edit. `shouldChangeText` always allows it and prepares
     /// undo; `replaceCharacters` changes the storage and moves the selection: a selection that lies
     /// within the replaced range becomes a caret after the new text, one beyond it moves along, and
@@ -105,6 +119,11 @@ protected:
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
     void timerEvent(QTimerEvent *event) override;
@@ -128,6 +147,16 @@ private:
     void discardComposition();
     void commitComposition();
     void showComposition(const TextComposition &composition);
+    [[nodiscard]] Text selectedText() const;
+    /// Makes the selection the one that a middle click anywhere pastes.
+    void offerPrimarySelection();
+    void pastePrimarySelection(QPointF point);
+    [[nodiscard]] QPoint contextMenuPosition();
+    [[nodiscard]] bool isInSelection(QPointF point);
+    void startDrag();
+    bool acceptsDrop(QDropEvent *event) const;
+    /// One undo step; `removed` is what a move within the view takes away, of length 0 for none.
+    void insertDropped(const Text &text, qint64 place, TextRange removed);
     void updateStyle();
     void updateScrollBars();
     void restartBlinking();
@@ -139,6 +168,10 @@ private:
     TextCaret m_caret;               // The end that moves.
     std::optional<qreal> m_column;   // x that moves from row to row keep.
     MouseSelection m_mouse;
+    DropPlace m_dropPlace;
+    DragRunner m_dragRunner;
+    std::optional<QPointF> m_dragPress;   // On the selection, which may be about to be dragged.
+    const QMimeData *m_dragged = nullptr; // What is being dragged from here, until it is dropped.
     QBasicTimer m_blinkTimer;
     bool m_caretIsShown = true;
     bool m_isUpdatingScrollBars = false;

@@ -4,8 +4,10 @@
 #include "editor/InputMethod.h"
 #include "editor/TextView.h"
 
+#include <QContextMenuEvent>
 #include <QGuiApplication>
 #include <QInputMethod>
+#include <QStyleHints>
 #include <QWheelEvent>
 
 namespace penwick {
@@ -26,6 +28,9 @@ void TextView::keyPressEvent(QKeyEvent *event)
         if (*command != EditCommand::Undo && *command != EditCommand::Redo)
             commitComposition();
         perform(*command);
+    } else if (event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier) {
+        QContextMenuEvent menu(QContextMenuEvent::Keyboard, {}, {}, event->modifiers());
+        contextMenuEvent(&menu);
     } else if (entersText(*event)) {
         commitComposition();
         replaceSelection(event->text(), TextStorage::EditKind::Typing);
@@ -108,30 +113,53 @@ QVariant TextView::inputMethodQuery(Qt::InputMethodQuery query) const
 
 void TextView::mousePressEvent(QMouseEvent *event)
 {
+    if (event->button() == Qt::MiddleButton)
+        return; // What it pastes it pastes when it comes up.
     if (event->button() != Qt::LeftButton) {
         event->ignore();
         return;
     }
     commitComposition();
     m_storage->breakUndoCoalescing();
-    m_mouse.press(*event, m_anchor);
+    const bool mayDrag = !event->modifiers().testFlag(Qt::ShiftModifier) &&
+                         !m_mouse.isThirdPress(*event) && isInSelection(event->position());
+    if (mayDrag)
+        m_dragPress = event->position();
+    else
+        m_mouse.press(*event, m_anchor);
 }
 
 void TextView::mouseDoubleClickEvent(QMouseEvent *event)
 {
+    m_dragPress.reset();
     if (event->button() == Qt::LeftButton)
         m_mouse.doublePress(*event);
 }
 
 void TextView::mouseMoveEvent(QMouseEvent *event)
 {
-    m_mouse.move(*event, viewport()->height());
+    if (!m_dragPress) {
+        m_mouse.move(*event, viewport()->height());
+        return;
+    }
+    const QPointF way = event->position() - *m_dragPress;
+    if (event->buttons().testFlag(Qt::LeftButton) &&
+        way.manhattanLength() >= QGuiApplication::styleHints()->startDragDistance())
+        startDrag();
 }
 
 void TextView::mouseReleaseEvent(QMouseEvent *event)
 {
-    if (event->button() == Qt::LeftButton)
-        m_mouse.release();
+    if (event->button() == Qt::MiddleButton && viewport()->rect().contains(event->pos()))
+        pastePrimarySelection(event->position());
+    if (event->button() != Qt::LeftButton)
+        return;
+    if (m_dragPress) { // It was a click after all.
+        m_dragPress.reset();
+        m_mouse.press(*event, m_anchor);
+    }
+    m_mouse.release();
+    offerPrimarySelection();
 }
 
 void TextView::wheelEvent(QWheelEvent *event)
