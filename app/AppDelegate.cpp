@@ -18,6 +18,9 @@ namespace penwick {
 
 AppDelegate::AppDelegate(Clock clock, QObject *parent)
     : QObject(parent)
+    , m_fileDrop(
+          [this](const QWidget *window) { return m_documents.controllerOf(window) != nullptr; },
+          [this](const QStringList &paths) { openFiles(paths); })
     , m_launcher([this] { return targetEditor(); }, std::move(clock))
 {
     // A window opened at any later time comes with a bar of its own.
@@ -25,6 +28,7 @@ AppDelegate::AppDelegate(Clock clock, QObject *parent)
             &DocumentController::windowMade,
             this,
             [this](EditorWindowController *controller) {
+                controller->window()->setAcceptDrops(true); // Of files, see FileDrop.
                 buildMenuBar(controller->window(), menuHandlers());
                 rebuildMacroMenu(*controller);
             });
@@ -63,6 +67,13 @@ void AppDelegate::applicationDidFinishLaunching(const QStringList &files)
         windowDidBecomeMain(QApplication::activeWindow());
     });
     windowDidBecomeMain(QApplication::activeWindow());
+}
+
+void AppDelegate::openFiles(const QStringList &paths)
+{
+    for (const QString &path : paths) {
+        m_documents.openFile(path);
+    }
 }
 
 std::shared_ptr<EditorWindowController> AppDelegate::targetEditor() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/DocumentController.h"
+#include "app/FileDrop.h"
 #include "app/MacroLauncher.h"
 #include "app/MenuBar.h"
 #include "app/UpdaterController.h"
@@ -58,6 +59,7 @@ public:
     void terminate();
 
 private:
+    void openFiles(const QStringList &paths);
     void handleProfileDidChange();
     void windowDidBecomeMain(QWidget *window);
     void commitSession(QSessionManager &manager);
@@ -71,6 +73,7 @@ private:
 
     WordingTranslator m_translator;
     DocumentController m_documents;
+    FileDrop m_fileDrop;
     MacroLauncher m_launcher;
     std::unique_ptr<UpdaterController> m_updaterController;
     std::shared_ptr<EditorWindowController> m_lastActiveEditorWindowController;
