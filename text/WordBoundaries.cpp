@@ -11,6 +11,8 @@ namespace {
 
 /// A word longer than this is taken as several: nobody reads it as one.
 constexpr qint64 kReach = 1024;
+/// Enough for a dictionary to divide what stands next to an offset.
+constexpr qint64 kDictionaryReach = 128;
 
 bool isBlank(char16_t unit)
 {
@@ -37,10 +39,10 @@ qint64 windowEdge(const Text &text, qint64 nominal, qint64 offset)
 class Boundaries final
 {
 public:
-    Boundaries(const Text &text, qint64 offset)
+    Boundaries(const Text &text, qint64 offset, qint64 reach = kReach)
     {
-        m_start = windowEdge(text, std::max<qint64>(0, offset - kReach), offset);
-        const qint64 end = windowEdge(text, std::min(text.size(), offset + kReach), offset);
+        m_start = windowEdge(text, std::max<qint64>(0, offset - reach), offset);
+        const qint64 end = windowEdge(text, std::min(text.size(), offset + reach), offset);
         m_units = text.slice(m_start, end - m_start);
         UErrorCode status = U_ZERO_ERROR;
         utext_openUChars(&m_text, QStringView(m_units).utf16(), m_units.size(), &status);
@@ -79,7 +81,8 @@ public:
 private:
     static icu::BreakIterator &iterator()
     {
-        static const std::unique_ptr<icu::BreakIterator> instance = [] {
+        // It remembers the text it was given last, so each thread has its own.
+        thread_local const std::unique_ptr<icu::BreakIterator> instance = [] {
             UErrorCode status = U_ZERO_ERROR;
             std::unique_ptr<icu::BreakIterator> words(
                 icu::BreakIterator::createWordInstance(icu::Locale::getJapanese(), status));
@@ -100,6 +103,32 @@ qint64 clusterEndAtOrAfter(const Text &text, qint64 offset)
 {
     const qint64 boundary = text.clusterBoundaryAtOrBefore(offset);
     return boundary == offset ? offset : text.nextClusterBoundary(offset);
+}
+
+char32_t codePointBefore(const Text &text, qint64 offset)
+{
+    const char16_t unit = text.at(offset - 1);
+    return QChar::isLowSurrogate(unit) ? QChar::surrogateToUcs4(text.at(offset - 2), unit) : unit;
+}
+
+char32_t codePointAfter(const Text &text, qint64 offset)
+{
+    const char16_t unit = text.at(offset);
+    return QChar::isHighSurrogate(unit) ? QChar::surrogateToUcs4(unit, text.at(offset + 1)) : unit;
+}
+
+bool isWordCharacter(char32_t character)
+{
+    return character == U'_' || QChar::isLetterOrNumber(character) || QChar::isMark(character);
+}
+
+/// True for the scripts whose words no blank divides, and for some more that ask for no dictionary.
+bool mayNeedDictionary(char32_t character)
+{
+    return character >= 0x2E80 ||                          // Chinese and Japanese.
+           (character >= 0x0E00 && character <= 0x0EFF) || // Thai and Lao.
+           (character >= 0x1000 && character <= 0x109F) || // Burmese.
+           (character >= 0x1780 && character <= 0x17FF);   // Khmer.
 }
 
 } // namespace
@@ -173,6 +202,19 @@ std::pair<qint64, qint64> wordAround(const Text &text, qint64 offset)
     const qint64 start = boundaries.isBoundary(inside) ? inside : boundaries.preceding(inside);
     return {text.clusterBoundaryAtOrBefore(start),
             clusterEndAtOrAfter(text, boundaries.following(inside))};
+}
+
+bool isWordBoundary(const Text &text, qint64 offset)
+{
+    if (offset <= 0 || offset >= text.size())
+        return true;
+    const char32_t before = codePointBefore(text, offset);
+    const char32_t after = codePointAfter(text, offset);
+    if (!isWordCharacter(before) || !isWordCharacter(after))
+        return true;
+    if (QChar::isMark(after) || (!mayNeedDictionary(before) && !mayNeedDictionary(after)))
+        return false;
+    return Boundaries(text, offset, kDictionaryReach).isBoundary(offset);
 }
 
 } // namespace penwick::words

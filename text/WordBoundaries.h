@@ -19,5 +19,9 @@ namespace penwick::words {
 /// Start and end of what a double click on the character after `offset` selects: a word, a run of
 /// blanks, or one other character.
 [[nodiscard]] std::pair<qint64, qint64> wordAround(const Text &text, qint64 offset);
+/// True where a whole word may begin or end: at the text's ends; next to anything that is no
+/// letter, digit, mark or underscore; between words that the dictionary knows, or where a script
+/// that is written without blanks meets another. Safe to call from several threads at once.
+[[nodiscard]] bool isWordBoundary(const Text &text, qint64 offset);
 
 } // namespace penwick::words
