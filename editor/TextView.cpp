@@ -422,6 +422,29 @@ void TextView::scrollContentsBy(int dx, int dy)
     updateMicroFocus();
 }
 
+void TextView::setMarks(Marks marks)
+{
+    m_marks = std::move(marks);
+    updateMarks();
+}
+
+void TextView::updateMarks()
+{
+    viewport()->update();
+}
+
+TextRange TextView::visibleRange()
+{
+    TextRange range;
+    bool isFirst = true;
+    m_viewport.forEachVisible([&](const SegmentLayout &layout, qreal) {
+        if (std::exchange(isFirst, false))
+            range.location = layout.segment().start;
+        range.length = layout.segment().end - range.location;
+    });
+    return range;
+}
+
 void TextView::paintEvent(QPaintEvent *event)
 {
     QPainter painter(viewport());
@@ -438,6 +461,11 @@ void TextView::paintEvent(QPaintEvent *event)
     picture.caretWidth = style()->pixelMetric(QStyle::PM_TextCursorWidth, nullptr, this);
     picture.size = QSizeF(viewport()->size());
     picture.palette = palette();
+    if (m_marks) {
+        picture.marks = &m_marks(visibleRange());
+        // Among marks, the match that is selected stands out, also while the keyboard is elsewhere.
+        picture.isActive = picture.isActive || (!picture.marks->empty() && isActiveWindow());
+    }
     paintTextView(painter, QRectF(event->rect()), m_viewport, picture);
 }
 

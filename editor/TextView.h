@@ -4,6 +4,7 @@
 #include "editor/DropPlace.h"
 #include "editor/EditKeys.h"
 #include "editor/MouseSelection.h"
+#include "editor/TextFinder.h"
 #include "editor/TextStorage.h"
 #include "editor/TextViewport.h"
 #include "text/Text.h"
@@ -13,6 +14,7 @@
 
 #include <functional>
 #include <optional>
+#include <vector>
 
 class QDrag;
 class QMimeData;
@@ -84,6 +86,15 @@ public:
     bool shouldChangeText(TextRange range, const Text &replacement);
     void replaceCharacters(TextRange range, const Text &replacement);
     void didChangeText();
+
+    /// The places to mark in a stretch of the text, ascending. Asked at each paint, with the
+    /// stretch that can be seen.
+    using Marks = std::function<const std::vector<FindMatch> &(TextRange)>;
+
+    /// \param marks called until another is set; empty for no marks.
+    void setMarks(Marks marks);
+    /// Told when the marks have become others.
+    void updateMarks();
 
 public Q_SLOTS:
     void undo();
@@ -159,6 +170,7 @@ private:
     void insertDropped(const Text &text, qint64 place, TextRange removed);
     void updateStyle();
     void updateScrollBars();
+    [[nodiscard]] TextRange visibleRange();
     void restartBlinking();
     void caretMoved();
 
@@ -173,6 +185,7 @@ private:
     std::optional<QPointF> m_dragPress;   // On the selection, which may be about to be dragged.
     const QMimeData *m_dragged = nullptr; // What is being dragged from here, until it is dropped.
     QBasicTimer m_blinkTimer;
+    Marks m_marks;
     bool m_caretIsShown = true;
     bool m_isUpdatingScrollBars = false;
     bool m_ignoresCommits = false;

@@ -175,6 +175,75 @@ selectedFormats(const SegmentLayout &layout, const LayoutSelection &selection, c
     return formats;
 }
 
+/// Yellow as from a marker pen, in the shade that the text's colour can be read on.
+QColor markColor(const QPalette &palette)
+{
+    const bool isDark = palette.color(QPalette::Base).lightness() < 128;
+    return isDark ? QColor(107, 83, 0) : QColor(255, 225, 120);
+}
+
+/// Marks what was found in one segment, behind selection and text.
+class MarkPainter
+{
+public:
+    MarkPainter(QPainter &painter, const TextViewPicture &picture, qreal rowHeight)
+        : m_painter(painter)
+        , m_marks(*picture.marks)
+        , m_color(markColor(picture.palette))
+        , m_rowHeight(rowHeight)
+    {
+    }
+
+    void paint(const SegmentLayout &layout, QPointF origin)
+    {
+        const TextSegment &segment = layout.segment();
+        auto mark = std::partition_point(m_marks.begin(), m_marks.end(), [&](const FindMatch &m) {
+            return m.end < segment.start;
+        });
+        for (; mark != m_marks.end() && mark->start <= segment.end; ++mark) {
+            const qint64 start = std::max(mark->start, segment.start);
+            const qint64 end = std::min(mark->end, segment.end);
+            // What ends with the line before, or begins with the break after, shows there.
+            if (mark->isEmpty() || start < end || mark->end > segment.end)
+                fill(layout, {start, end}, origin);
+        }
+    }
+
+private:
+    void fill(const SegmentLayout &layout, const FindMatch &part, QPointF origin)
+    {
+        constexpr qreal kThin = 3; // Of what has no width: an empty match, a line break.
+        const int last = layout.rowOf(part.end, !part.isEmpty());
+        for (int row = layout.rowOf(part.start, false); row <= last; ++row) {
+            const QTextLine line = layout.layout().lineAt(row);
+            const int lineEnd = line.textStart() + line.textLength();
+            const int start = std::max(layout.layoutIndex(part.start), line.textStart());
+            const int end = std::min(layout.layoutIndex(part.end), lineEnd);
+            const qreal top = origin.y() + row * m_rowHeight;
+            // Pieces of rows that run from right to left need not be in one place.
+            const int step = layout.hasRightToLeft() ? 1 : std::max(1, end - start);
+            for (int i = start; i < end; i += step)
+                fillBetween(
+                    origin.x() + line.cursorToX(i), origin.x() + line.cursorToX(i + step), top);
+            if (start >= end) {
+                const qreal x = origin.x() + line.cursorToX(start);
+                fillBetween(x, x + kThin, top);
+            }
+        }
+    }
+
+    void fillBetween(qreal a, qreal b, qreal top)
+    {
+        const QRectF area(std::min(a, b), top, std::abs(b - a), m_rowHeight);
+        m_painter.fillRect(area.adjusted(0, 1, 0, -1), m_color);
+    }
+
+    QPainter &m_painter;
+    const std::vector<FindMatch> &m_marks;
+    QColor m_color;
+    qreal m_rowHeight;
+};
+
 } // namespace
 
 void paintTextView(QPainter &painter,
@@ -190,6 +259,8 @@ void paintTextView(QPainter &painter,
     painter.setPen(palette.color(QPalette::Text));
     viewport.forEachVisible([&](const SegmentLayout &layout, qreal y) {
         const QPointF origin(TextViewport::kMargin, y);
+        if (picture.marks != nullptr)
+            MarkPainter(painter, picture, viewport.style().rowHeight).paint(layout, origin);
         const LayoutSelection selection = selectionIn(layout, picture.selection);
         QList<QTextLayout::FormatRange> formats;
         if (!selection.isEmpty()) {

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "editor/TextFinder.h"
 #include "editor/TextStorage.h"
 #include "editor/TextViewport.h"
 
 #include <QPainter>
 #include <QPalette>
+
+#include <vector>
 
 namespace penwick {
 
@@ -18,6 +21,7 @@ struct TextViewPicture
     qreal caretWidth = 1;  ///< Logical pixels.
     QSizeF size;           ///< Of the view's contents, logical pixels.
     QPalette palette;
+    const std::vector<FindMatch> *marks = nullptr; ///< Ascending; drawn behind the selection.
 };
 
 /// Draws the visible rows of `viewport` with selection and caret. What lies outside `exposed` may

@@ -1,10 +1,13 @@
 #include "editor/TextViewRepresentable.h"
 
+#include "editor/FindBar.h"
+#include "editor/FindController.h"
 #include "editor/TextView.h"
 #include "editor/TransferBar.h"
 
 #include <QFontDatabase>
 #include <QFontInfo>
+#include <QKeyEvent>
 #include <QVBoxLayout>
 
 namespace penwick {
@@ -47,6 +50,7 @@ TextViewRepresentable::TextViewRepresentable(DocumentState *documentState,
 
 TextViewRepresentable::~TextViewRepresentable()
 {
+    delete m_findController;
     // The view must go before the storage that it shows; as a child it would go after it.
     delete m_textView;
 }
@@ -61,8 +65,21 @@ void TextViewRepresentable::makeTextView()
     m_textView->setFrameShape(QFrame::NoFrame);
     m_textView->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     m_textView->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
-    layout->addWidget(m_textView);
+    layout->addWidget(m_textView, 1);
+    // Below the text, so that no line moves when the bar opens.
+    m_findBar = new FindBar(this);
+    m_findBar->hide();
+    layout->addWidget(m_findBar);
+    m_findController = new FindController(m_textView, m_findBar, this);
     setFocusProxy(m_textView);
+}
+
+void TextViewRepresentable::keyPressEvent(QKeyEvent *event)
+{
+    // The text has no use for Escape and lets it through.
+    const bool isEscape = event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier;
+    if (!isEscape || !m_findController->close())
+        QWidget::keyPressEvent(event);
 }
 
 void TextViewRepresentable::focusTextView()

@@ -8,9 +8,12 @@
 
 namespace penwick {
 
-/// Hosts the text view of an editor window: makes it over the document's storage, gives it its font
-/// and its text, and keeps it in step with the state and the document through a `Coordinator`. A
-/// save that lasts shows its progress below the text.
+class FindBar;
+class FindController;
+
+/// Hosts the text view of an editor window and the find bar below it: makes it over the document's
+/// storage, gives it its font and its text, and keeps it in step with the state and the document
+/// through a `Coordinator`. A save that lasts shows its progress below the text.
 class TextViewRepresentable final : public QWidget
 {
     Q_OBJECT
@@ -28,12 +31,21 @@ public:
 
     [[nodiscard]] Coordinator *coordinator() const { return m_coordinator; }
 
+    [[nodiscard]] FindBar *findBar() const { return m_findBar; }
+
+    [[nodiscard]] FindController *findController() const { return m_findController; }
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+
 private:
     void makeTextView();
     void focusTextView();
 
     std::shared_ptr<TextStorage> m_storage;
     TextView *m_textView = nullptr;
+    FindBar *m_findBar = nullptr;
+    FindController *m_findController = nullptr;
     Coordinator *m_coordinator = nullptr;
 };
 
