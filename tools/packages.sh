@@ -42,6 +42,7 @@ penwick_test_packages=(
     cppcheck
     fcitx5
     fcitx5-anthy
+    fcitx5-mozc
     libclang-rt-dev
     unicode-data
 )

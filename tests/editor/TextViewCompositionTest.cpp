@@ -19,6 +19,11 @@ private Q_SLOTS:
     void composition_staysOutOfTheText();
     void compositionCommittedOverSelection_isOneUndoStep();
     void outsideChange_endsTheComposition();
+    void storageChangedFromOutside_resetsTheComposition();
+    void undoDuringAComposition_forgetsIt();
+    void clickDuringAComposition_endsIt();
+    void wrappingComposition_keepsTheCursorRectangleAtItsCaret();
+    void clauses_keepTheLooksTheyAreGiven();
     void replacementBeyondTheText_isCutToIt();
     void replacementOfHalfAPair_takesItWhole();
     void deletionAroundTheCaret_needsNoCommit();
@@ -69,6 +74,83 @@ void TextViewCompositionTest::outsideChange_endsTheComposition()
     f.view.setString(Text(u"other"));
     QVERIFY(!f.view.hasMarkedText());
     QCOMPARE(f.text(), u"other"_s);
+}
+
+void TextViewCompositionTest::storageChangedFromOutside_resetsTheComposition()
+{
+    Fixture f(u"abcd");
+    f.caret(2);
+    f.compose(u"に"_s);
+    f.storage.replaceCharacters({0, 1}, Text(u"xyz"));
+    QVERIFY(!f.view.hasMarkedText());
+    QCOMPARE(f.text(), u"xyzbcd"_s);
+}
+
+void TextViewCompositionTest::undoDuringAComposition_forgetsIt()
+{
+    Fixture f;
+    QTest::keyClicks(&f.view, u"ab"_s);
+    f.compose(u"に"_s);
+    f.view.undo();
+    QVERIFY(!f.view.hasMarkedText());
+    QCOMPARE(f.text(), QString());
+    f.view.redo();
+    QCOMPARE(f.text(), u"ab"_s);
+}
+
+void TextViewCompositionTest::clickDuringAComposition_endsIt()
+{
+    Fixture f(u"abcd\nefgh");
+    f.caret(2);
+    f.compose(u"に"_s);
+    QTest::mouseClick(
+        f.view.viewport(), Qt::LeftButton, {}, f.view.caretRectAt(7).center().toPoint());
+    QVERIFY(!f.view.hasMarkedText());
+    QCOMPARE(f.view.selectedRange(), (TextRange{7, 0}));
+}
+
+void TextViewCompositionTest::wrappingComposition_keepsTheCursorRectangleAtItsCaret()
+{
+    Fixture f(u"start ");
+    f.view.resize(200, 300);
+    QCoreApplication::processEvents();
+    f.caret(6);
+    const QString reading = u"にほんごのながいぶんしょう"_s.repeated(4);
+    QRectF last = f.view.inputMethodQuery(Qt::ImCursorRectangle).toRectF();
+    const qreal firstRow = last.top();
+    for (qsizetype length = 1; length <= reading.size(); ++length) {
+        f.compose(reading.first(length));
+        const QRectF now = f.view.inputMethodQuery(Qt::ImCursorRectangle).toRectF();
+        // Each character brings it further along the row, or to the next one.
+        QVERIFY(now.top() > last.top() || (now.top() == last.top() && now.x() > last.x()));
+        QVERIFY(now.right() <= f.view.viewport()->width());
+        last = now;
+    }
+    QVERIFY(last.top() > firstRow);
+}
+
+void TextViewCompositionTest::clauses_keepTheLooksTheyAreGiven()
+{
+    Fixture f;
+    QTextCharFormat marked;
+    marked.setBackground(QColor(255, 0, 0));
+    marked.setForeground(QColor(255, 0, 0)); // One colour all over, so that any pixel tells.
+    const QInputMethodEvent event(
+        u"ああああ"_s,
+        {{QInputMethodEvent::TextFormat, 2, 2, marked}, {QInputMethodEvent::Cursor, 4, 1, {}}});
+    QInputMethodEvent sent(event.preeditString(), event.attributes());
+    QCoreApplication::sendEvent(&f.view, &sent);
+    const QRectF caret = f.view.inputMethodQuery(Qt::ImCursorRectangle).toRectF();
+    const QRectF start = QRectF(TextViewport::kMargin, caret.top(), 1, caret.height());
+    const qreal width = (caret.x() - start.x()) / 4;
+    const QImage image = f.view.viewport()->grab().toImage();
+    const auto pixel = [&](qreal clause) {
+        return image.pixelColor(static_cast<int>(start.x() + clause * width),
+                                static_cast<int>(caret.center().y()));
+    };
+    QCOMPARE(pixel(2.5), QColor(255, 0, 0));
+    QCOMPARE(pixel(3.5), QColor(255, 0, 0));
+    QVERIFY(pixel(1.5) != QColor(255, 0, 0));
 }
 
 void TextViewCompositionTest::replacementBeyondTheText_isCutToIt()

@@ -6,9 +6,7 @@ import journey
 REFUSAL = "日本語入力の変換を確定してからマクロを実行してください"
 
 
-class Composition(journey.Journey):
-    input_method = True
-
+class Composing(journey.Journey):
     def compose(self):
         """Leaves a composition open that shows 日本語."""
         self.session.open_input_method()
@@ -19,10 +17,14 @@ class Composition(journey.Journey):
         self.app.wait_for_window("Fcitx5 Input Window")
         self.app.press("Up")
 
-    def choose_macro(self, *path):
+    def choose_over_the_bus(self, *path):
         """Picks an item over the bus: a click on the menu would end the composition first."""
         item = self.app.menu_item(*path)
         self.app.do_action(item)
+
+
+class Composition(Composing):
+    input_method = "anthy"
 
     def test_conversion_is_committed_as_text(self):
         path = self.write("memo.txt", "始め\r\n")
@@ -42,7 +44,7 @@ class Composition(journey.Journey):
         app.press("ctrl+End")
         self.compose()
 
-        self.choose_macro("マクロ", "行末スペースを削除")
+        self.choose_over_the_bus("マクロ", "行末スペースを削除")
         self.wait_for_status(REFUSAL)
         self.wait_for_title("memo.txt")
         self.wait_for_text("memo.txt", before)
@@ -58,7 +60,7 @@ class Composition(journey.Journey):
         self.wait_for_title("memo.txt*")
         self.save(path, before)
 
-        self.choose_macro("マクロ", "行末スペースを削除")
+        self.choose_over_the_bus("マクロ", "行末スペースを削除")
         self.wait_for_status("1件の行末スペースを削除しました")
         self.save(path, "空白\n")
 
@@ -73,6 +75,50 @@ class Composition(journey.Journey):
         app.type("x")
         self.wait_for_title("memo.txt*")
         self.save(path, "そのままx")
+
+    def test_undo_during_a_composition_forgets_it(self):
+        path = self.write("memo.txt", "")
+        app = self.start(path)
+        app.type("abc")
+        self.wait_for_title("memo.txt*")
+        self.compose()
+        self.choose_over_the_bus("編集", "元に戻す")
+        self.wait_for_text("memo.txt", "")
+        app.press("ctrl+space")
+        app.type("x")
+        # What had been composed comes back by no way.
+        self.wait_for_text("memo.txt", "x")
+
+
+class Mozc(Composing):
+    input_method = "mozc"
+    needs_plain_user = True
+
+    def test_conversion_over_a_selection_is_one_step(self):
+        path = self.write("memo.txt", "始め終わり")
+        app = self.start(path)
+        app.press("ctrl+Home", "shift+Right", "shift+Right")
+        self.compose()
+        app.press("Return")
+        self.wait_for_text("memo.txt", "日本語終わり")
+        self.session.close_input_method()
+        app.press("ctrl+z")
+        self.wait_for_text("memo.txt", "始め終わり")
+        self.wait_for_title("memo.txt")
+
+    def test_click_elsewhere_ends_the_composition(self):
+        far = "\n" * 15  # Below the window of the candidates.
+        path = self.write("memo.txt", f"始め{far}終わり\n")
+        app = self.start(path)
+        app.press("ctrl+Home")
+        self.compose()
+        editor = app.wait_for("text", "memo.txt")
+        box = app.text_interface(editor).character_extents(2 + len(far) + 1)
+        self.session.run("xdotool", "mousemove", box.x + 1, box.y + box.height // 2, "click", 1)
+        self.session.close_input_method()
+        app.type("x")
+        # It is kept where it was begun, and typing goes on where the click was.
+        self.wait_for_text("memo.txt", f"日本語始め{far}終xわり\n")
 
 
 if __name__ == "__main__":

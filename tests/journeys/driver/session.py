@@ -11,19 +11,19 @@ import tempfile
 
 from .waiting import until
 
-# Anthy is the only input method, so opening the input method always means Japanese.
+# One input method only, so opening the input method always means Japanese.
 _FCITX_PROFILE = """\
 [Groups/0]
 Name=Default
 Default Layout=us
-DefaultIM=anthy
+DefaultIM={method}
 
 [Groups/0/Items/0]
 Name=keyboard-us
 Layout=
 
 [Groups/0/Items/1]
-Name=anthy
+Name={method}
 Layout=
 
 [GroupOrder]
@@ -40,10 +40,10 @@ ShowInputMethodInformationWhenFocusIn=False
 
 
 class Session:
-    """Use as a context manager. `home` is the temporary home; `environment` is what programs in the
-    session run with."""
+    """Use as a context manager. `input_method` is "anthy" or "mozc", or None for none. `home` is the
+    temporary home; `environment` is what programs in the session run with."""
 
-    def __init__(self, input_method=False, width=1200, height=800):
+    def __init__(self, input_method=None, width=1200, height=800):
         self._input_method = input_method
         self._size = f"{width}x{height}x24"
         self._processes = []
@@ -104,8 +104,11 @@ class Session:
 
         def switched():
             # It is switched per text field, so this has no effect until the focus has arrived.
-            self.run("fcitx5-remote", "-s", "anthy")
-            return self.run("fcitx5-remote", "-n").strip() == "anthy"
+            try:
+                self.run("fcitx5-remote", "-s", self._input_method)
+                return self.run("fcitx5-remote", "-n").strip() == self._input_method
+            except subprocess.CalledProcessError:
+                return False  # It answers late while it starts a program of its own.
 
         until(switched, "the input method to switch to Japanese")
 
@@ -192,7 +195,7 @@ class Session:
     def _start_input_method(self):
         folder = self.home / ".config/fcitx5"
         (folder / "conf").mkdir(parents=True)
-        (folder / "profile").write_text(_FCITX_PROFILE)
+        (folder / "profile").write_text(_FCITX_PROFILE.format(method=self._input_method))
         (folder / "config").write_text(_FCITX_CONFIG)
         self.start(
             "fcitx5",

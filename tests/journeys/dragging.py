@@ -1,0 +1,122 @@
+#!/usr/bin/python3
+"""Text dragged between two windows with the mouse, and pasted with its middle button."""
+
+import time
+
+import journey
+from driver import until
+
+
+class Dragging(journey.Journey):
+    def start_two(self):
+        """Two windows side by side, so that both can be seen at once."""
+        self.left = self.write("left.txt", "apple banana\n")
+        self.right = self.write("right.txt", "cherry\n")
+        app = self.start(self.left, self.right)
+        self.wait_for_title("left.txt")
+        for name, x in (("left.txt", 0), ("right.txt", 600)):
+            app.focus_window(name)
+            window = self.session.run(
+                "xdotool", "search", "--onlyvisible", "--name", f"^{name}"
+            ).split()[0]
+            self.session.run("xdotool", "windowsize", "--sync", window, 560, 500)
+            self.session.run("xdotool", "windowmove", window, x, 40)
+            editor = self.text(name)
+            until(lambda: abs(editor.window_extents().x - x) < 40, f"{name} at {x}")
+        return app
+
+    def text(self, name):
+        return self.app.text_interface(self.app.wait_for("text", name))
+
+    def point(self, name, offset):
+        """The middle of the character at `offset` of that editor, on the screen."""
+        box = self.text(name).character_extents(offset)
+        return box.x + box.width // 2, box.y + box.height // 2
+
+    def mouse(self, *words):
+        self.session.run("xdotool", *words)
+
+    def pull(self, start, end, key=None):
+        """Pulls from one point to another as a hand does: in steps and not at once, because the
+        toolkit looks where the mouse has come to only when it moves, and asks the window there."""
+        self.mouse("mousemove", *start, "mousedown", 1)
+        if key:
+            self.mouse("keydown", key)
+        steps = 12
+        for step in range(1, steps + 1):
+            x = start[0] + (end[0] - start[0]) * step // steps
+            y = start[1] + (end[1] - start[1]) * step // steps
+            self.mouse("mousemove", x, y)
+            time.sleep(0.04)
+        for wiggle in (1, 0):
+            self.mouse("mousemove", end[0], end[1] + wiggle)
+            time.sleep(0.15)
+
+    def drag(self, start, end, key=None):
+        self.pull(start, end, key)
+        self.mouse("mouseup", 1)
+        if key:
+            self.mouse("keyup", key)
+
+    def select_apple(self, app):
+        app.focus_window("left.txt")
+        app.press("ctrl+Home", *["shift+Right"] * 6)
+
+    def test_text_moves_to_another_window(self):
+        app = self.start_two()
+        self.select_apple(app)
+        self.drag(self.point("left.txt", 2), self.point("right.txt", 0))
+        self.wait_for_text("left.txt", "banana\n")
+        editor = app.wait_for("text", "right.txt")
+        until(
+            lambda: sorted(app.text_of(editor).replace("apple ", "", 1)) == sorted("cherry\n")
+            and "apple " in app.text_of(editor),
+            lambda: f"the text to arrive in {app.text_of(editor)!r}",
+        )
+        # A step of its own in each window.
+        app.focus_window("right.txt")
+        app.press("ctrl+z")
+        self.wait_for_text("right.txt", "cherry\n")
+        self.wait_for_text("left.txt", "banana\n")
+        app.focus_window("left.txt")
+        app.press("ctrl+z")
+        self.wait_for_text("left.txt", "apple banana\n")
+
+    def test_control_copies(self):
+        app = self.start_two()
+        self.select_apple(app)
+        self.drag(self.point("left.txt", 2), self.point("right.txt", 0), key="ctrl")
+        editor = app.wait_for("text", "right.txt")
+        until(
+            lambda: "apple " in app.text_of(editor),
+            lambda: f"the copy to arrive in {app.text_of(editor)!r}",
+        )
+        self.wait_for_text("left.txt", "apple banana\n")
+
+    def test_escape_gives_up(self):
+        app = self.start_two()
+        self.select_apple(app)
+        self.pull(self.point("left.txt", 2), self.point("right.txt", 0))
+        app.press("Escape")
+        self.mouse("mouseup", 1)
+        # Typed afterwards, so it stands behind whatever the drag would still do.
+        app.focus_window("right.txt")
+        app.press("ctrl+End")
+        app.type("!")
+        self.wait_for_text("right.txt", "cherry\n!")
+        self.wait_for_text("left.txt", "apple banana\n")
+
+    def test_middle_click_pastes_what_was_selected(self):
+        app = self.start_two()
+        self.select_apple(app)
+        self.mouse("mousemove", *self.point("right.txt", 0), "click", 2)
+        editor = app.wait_for("text", "right.txt")
+        until(
+            lambda: "apple " in app.text_of(editor),
+            lambda: f"the selection to arrive in {app.text_of(editor)!r}",
+        )
+        self.wait_for_text("left.txt", "apple banana\n")
+
+
+if __name__ == "__main__":
+    journey.main()
