@@ -1,0 +1,62 @@
+#!/usr/bin/python3
+"""Finding and replacing by keyboard: what the bar says, and what is in the file afterwards."""
+
+import journey
+from driver import until
+
+TEXT = "猫 cat\r\nCat 猫\rcategory\u2028終わり"
+
+
+class Find(journey.Journey):
+    def start_with_bar(self, keys="ctrl+f"):
+        path = self.write("memo.txt", TEXT)
+        app = self.start(path)
+        editor = app.wait_for("text", "memo.txt")
+        until(lambda: app.has_state(editor, "focused"), "the keyboard to be in the text")
+        app.press(keys)
+        app.wait_for("text", "検索")
+        return app, path
+
+    def test_steps_go_forward_and_back_and_around(self):
+        app, path = self.start_with_bar()
+        app.type("cat")
+        app.wait_for("label", "1 / 3")
+        app.press("Return")
+        app.wait_for("label", "2 / 3")
+        app.press("shift+Return")
+        app.wait_for("label", "1 / 3")
+        app.press("shift+F3")
+        app.wait_for("label", "↻ 3 / 3")
+        app.press("ctrl+g")
+        app.wait_for("label", "↻ 1 / 3")
+        app.press("Escape")
+        until(lambda: not app.find("text", "検索"), "the bar to close")
+        app.press("F3")
+        app.type("dog")  # In place of the match, because the keyboard is in the text again.
+        self.save(path, TEXT.replace("Cat", "dog"))
+
+    def test_replace_all_is_one_step_and_keeps_every_other_byte(self):
+        app, path = self.start_with_bar("ctrl+h")
+        app.type("cat")
+        app.wait_for("label", "1 / 3")
+        app.press("Tab")
+        app.type("dog")
+        app.click(app.wait_for("push button", "すべて置換"))
+        app.wait_for("label", "3 件を置換しました")
+        app.press("Escape")
+        replaced = TEXT.replace("cat", "dog").replace("Cat", "dog")
+        self.save(path, replaced)
+        app.press("ctrl+z")
+        self.save(path, TEXT)
+
+    def test_a_faulty_expression_is_told_in_the_bar(self):
+        app, _ = self.start_with_bar()
+        app.click(app.wait_for(name="正規表現"))
+        app.type("(cat")
+        app.wait_for("label", lambda text: text.startswith("正規表現の 5 文字目に誤りがあります"))
+        app.type("|end)")
+        app.wait_for("label", "1 / 3")
+
+
+if __name__ == "__main__":
+    journey.main()
