@@ -1,8 +1,12 @@
 #include "bench/Inputs.h"
+#include "editor/FindCount.h"
+#include "editor/FindReplacement.h"
+#include "editor/TextFinder.h"
 #include "editor/TextStorage.h"
 #include "text/GraphemeClusters.h"
 #include "text/Text.h"
 
+#include <algorithm>
 #include <benchmark/benchmark.h>
 
 using namespace penwick;
@@ -89,6 +93,69 @@ void undoWholeReplacement(benchmark::State &state)
     }
 }
 
+/// 100 MB in which the word "針" stands as many times as the argument says.
+Text haystack(qsizetype needles)
+{
+    constexpr qsizetype kSize = 100 * kMegabyte;
+    const QByteArray gap(std::max<qsizetype>(1, kSize / needles - 4), 'x');
+    QByteArray bytes;
+    bytes.reserve(kSize + needles * 4);
+    for (qsizetype i = 0; i < needles; ++i)
+        bytes += gap + "\n針";
+    return *Text::fromUtf8(bytes);
+}
+
+TextFinder finderOf(bool isExpression)
+{
+    return *TextFinder::compile({QStringLiteral("針"), false, false, isExpression});
+}
+
+void countMatches(benchmark::State &state)
+{
+    const Text text = haystack(state.range(1));
+    for (auto _ : state) {
+        FindCount count(finderOf(state.range(0) != 0), text);
+        while (count.countStep()) {
+        }
+        if (count.progress().count != state.range(1))
+            state.SkipWithError("not every match was found");
+    }
+}
+
+void replaceEveryMatch(benchmark::State &state)
+{
+    const Text text = haystack(state.range(1));
+    const TextFinder finder = finderOf(state.range(0) != 0);
+    const FindReplacement replacement(QStringLiteral("needle"), finder);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(replaceAllMatches(finder, replacement, text, 0));
+}
+
+void undoReplaceAll(benchmark::State &state)
+{
+    TextStorage storage;
+    storage.setText(haystack(state.range(1)));
+    const TextFinder finder = finderOf(state.range(0) != 0);
+    const FindReplacement replacement(QStringLiteral("needle"), finder);
+    const ReplaceAllResult result = replaceAllMatches(finder, replacement, storage.text(), 0);
+    storage.replaceCharacters({result.range.start, result.range.end - result.range.start},
+                              result.replacement);
+    for (auto _ : state) {
+        storage.undo();
+        storage.redo();
+    }
+}
+
+void matchNumbers(benchmark::internal::Benchmark *benchmark)
+{
+    benchmark->ArgNames({"expression", "matches"});
+    for (const int isExpression : {0, 1}) {
+        for (const int count : {10'000, 1'000'000})
+            benchmark->Args({isExpression, count});
+    }
+    benchmark->Unit(benchmark::kMillisecond);
+}
+
 void sizes(benchmark::internal::Benchmark *benchmark)
 {
     benchmark->ArgNames({"input", "MB"});
@@ -105,5 +172,8 @@ BENCHMARK(readUtf8)->Apply(sizes);
 BENCHMARK(writeUtf8)->Apply(sizes);
 BENCHMARK(typeInTheMiddle)->Apply(sizes);
 BENCHMARK(undoWholeReplacement)->Apply(sizes);
+BENCHMARK(countMatches)->Apply(matchNumbers);
+BENCHMARK(replaceEveryMatch)->Apply(matchNumbers);
+BENCHMARK(undoReplaceAll)->Apply(matchNumbers);
 
 } // namespace
