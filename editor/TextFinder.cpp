@@ -23,6 +23,12 @@ bool isSeparator(QChar unit)
            code == u'\u2029';
 }
 
+/// False where ignoring case changes nothing, as in most Japanese; it takes several times as long.
+bool hasCase(const QString &string)
+{
+    return string.toCaseFolded() != string || string.toUpper() != string;
+}
+
 bool hasLongLine(QStringView units, qsizetype limit)
 {
     qsizetype length = 0;
@@ -77,9 +83,10 @@ tl::expected<TextFinder, FindPatternError> TextFinder::compile(const FindPattern
         if (auto error = finder.compileExpression(pattern))
             return tl::unexpected(*std::move(error));
     } else {
+        const QString string = Text(pattern.string).toString();
+        const bool matchesCase = pattern.matchesCase || !hasCase(string);
         finder.m_matcher =
-            QStringMatcher(Text(pattern.string).toString(),
-                           pattern.matchesCase ? Qt::CaseSensitive : Qt::CaseInsensitive);
+            QStringMatcher(string, matchesCase ? Qt::CaseSensitive : Qt::CaseInsensitive);
     }
     return finder;
 }
