@@ -1,39 +1,34 @@
-// Measures one thing in a process of its own and prints it as one line of JSON. bench/run calls it
-// for every case and input; see `kUsage`.
+// Measures in a process of its own and prints one line of JSON: the name of each case with its
+// figure, in milliseconds or bytes. bench/run calls it for every input; see `kUsage`.
 
 #include "bench/Inputs.h"
-#include "editor/DocumentState.h"
-#include "editor/MainEditorView.h"
-#include "editor/TextDocument.h"
-#include "editor/TextView.h"
+#include "bench/ShownEditor.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QKeyEvent>
+#include <QPainter>
+#include <QScrollBar>
 
 #include <algorithm>
 #include <cstdio>
-#include <functional>
-#include <optional>
+#include <unistd.h>
 #include <vector>
 
 using namespace penwick;
+using namespace penwick::bench;
+using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr auto kUsage = "usage: penwick_measure make ascii|japanese|oneline MB FILE\n"
-                        "       penwick_measure floor|open|type|undo FILE\n"
+                        "       penwick_measure floor|open|edit FILE\n"
                         "       penwick_measure empty\n";
 
-constexpr int kRuns = 5;
-
-double milliseconds(const QElapsedTimer &timer)
-{
-    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
-}
+constexpr int kTries = 21;
+constexpr qint64 kLargeFile = 500'000'000; // Bytes; what takes seconds is then done only once.
 
 double median(std::vector<double> values)
 {
@@ -44,7 +39,7 @@ double median(std::vector<double> values)
 /// Resident memory of this process in bytes: now, or at its highest.
 double memory(QByteArrayView field)
 {
-    QFile status(QStringLiteral("/proc/self/status"));
+    QFile status(u"/proc/self/status"_s);
     if (!status.open(QIODevice::ReadOnly))
         return 0;
     for (const QByteArray &line : status.readAll().split('\n')) {
@@ -54,190 +49,200 @@ double memory(QByteArrayView field)
     return 0;
 }
 
-void print(const QJsonObject &object)
+int print(const QJsonObject &object)
 {
     std::puts(QJsonDocument(object).toJson(QJsonDocument::Compact).constData());
+    return 0;
 }
 
-/// Waits for the view's first paint.
-class PaintWatch final : public QObject
+/// One screen of plain text drawn by the toolkit, on each update.
+class PlainScreen final : public QWidget
 {
 public:
-    explicit PaintWatch(QWidget *widget) { widget->installEventFilter(this); }
-
-    bool eventFilter(QObject *object, QEvent *event) override
+    PlainScreen()
     {
-        const bool isPaint = event->type() == QEvent::Paint;
-        if (isPaint && !m_isBusy) {
-            m_isBusy = true;
-            // The widget paints when the filter has let the event through; send it here instead,
-            // so that the paint is over when it counts as seen.
-            QCoreApplication::sendEvent(object, event);
-            m_isBusy = false;
-            m_hasPainted = true;
-            return true;
-        }
-        return false;
+        resize(kWindowSize);
+        QFont monospaced(u"monospace"_s);
+        monospaced.setPointSizeF(14);
+        setFont(monospaced);
     }
 
-    [[nodiscard]] bool hasPainted() const { return m_hasPainted; }
-
-    void reset() { m_hasPainted = false; }
-
-private:
-    bool m_isBusy = false;
-    bool m_hasPainted = false;
+protected:
+    void paintEvent(QPaintEvent * /*event*/) override
+    {
+        QPainter painter(this);
+        painter.fillRect(rect(), palette().base());
+        const int height = fontMetrics().height();
+        for (int y = height; y < this->height(); y += height)
+            painter.drawText(0, y, u"The quick brown fox jumps over 日本語の文章 00000000"_s);
+    }
 };
 
-/// A document in a shown window, the way the application shows one.
-class Editor final
+double paintFloor()
 {
-public:
-    void open(const QString &path)
-    {
-        if (!document.readFromFile(path))
-            qFatal("cannot read the input");
-        state.setText(document.contentString());
-        view.emplace(&state, &document);
-        view->resize(900, 650);
-        watch.emplace(view->textView()->viewport());
-        view->show();
-    }
+    PlainScreen screen;
+    PaintWatch watch(&screen);
+    screen.show();
+    pumpUntil([&] { return watch.hasPainted(); });
+    std::vector<double> times;
+    for (int i = 0; i < kTries; ++i)
+        times.push_back(watch.timeToPaint([&] { screen.update(); }));
+    return median(times);
+}
 
-    void pumpUntil(const std::function<bool()> &condition)
-    {
-        while (!condition())
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-
-    void waitUntilShown()
-    {
-        const qint64 clusters = document.contentString().metrics().clusters;
-        pumpUntil([&] { return watch->hasPainted() && state.characterCount() == clusters; });
-    }
-
-    DocumentState state;
-    TextDocument document;
-    std::optional<MainEditorView> view;
-    std::optional<PaintWatch> watch;
-};
-
-/// A plain read and a check of the same bytes: what no editor can be faster than.
+/// The plainest way to do the same: what no editor can be faster than.
 int measureFloor(const QString &path)
 {
-    std::vector<double> times;
-    for (int run = 0; run < kRuns; ++run) {
-        QElapsedTimer timer;
-        timer.start();
-        QFile file(path);
-        if (!file.open(QIODevice::ReadOnly))
-            return 1;
-        const QByteArray bytes = file.readAll();
-        if (!bytes.isValidUtf8())
-            return 1;
-        times.push_back(milliseconds(timer));
-    }
-    print({{QStringLiteral("open"), median(times)}});
-    return 0;
+    QElapsedTimer timer;
+    timer.start();
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return 1;
+    const QByteArray bytes = file.readAll();
+    if (!bytes.isValidUtf8())
+        return 1;
+    const double open = milliseconds(timer);
+    QFile copy(path + u".floor"_s);
+    timer.start();
+    if (!copy.open(QIODevice::WriteOnly | QIODevice::Unbuffered) ||
+        copy.write(bytes) != bytes.size() || ::fsync(copy.handle()) != 0)
+        return 1;
+    const double save = milliseconds(timer);
+    copy.remove();
+    return print({{u"open"_s, open}, {u"save"_s, save}, {u"paint"_s, paintFloor()}});
+}
+
+/// The first window of a process pays for fonts and the like, which is no matter of the text.
+void warmUp()
+{
+    ShownEditor warm;
+    warm.show(Text(u"日本語 text"));
+    warm.waitUntilShown();
 }
 
 int measureOpen(const QString &path)
 {
-    // The first window of a process pays for fonts and the like, which is no matter of the text.
-    {
-        Editor warm;
-        warm.state.setText(Text(u"日本語 text"));
-        warm.view.emplace(&warm.state, &warm.document);
-        warm.view->resize(900, 650);
-        warm.watch.emplace(warm.view->textView()->viewport());
-        warm.view->show();
-        warm.pumpUntil([&] { return warm.watch->hasPainted(); });
-    }
-    Editor editor;
+    warmUp();
+    ShownEditor editor;
     QElapsedTimer timer;
     timer.start();
     editor.open(path);
-    editor.waitUntilShown();
-    print({{QStringLiteral("open"), milliseconds(timer)},
-           {QStringLiteral("memory"), memory("VmRSS:")},
-           {QStringLiteral("peak"), memory("VmHWM:")}});
-    return 0;
+    pumpUntil([&] { return editor.watch->hasPainted(); });
+    const double painted = milliseconds(timer);
+    pumpUntil([&] { return editor.hasCounted(); });
+    const double counted = milliseconds(timer);
+    return print({{u"open to first paint"_s, painted},
+                  {u"open to all counters"_s, counted},
+                  {u"memory, open"_s, memory("VmRSS:")}});
 }
 
 int measureEmpty()
 {
-    Editor editor;
-    editor.state.setText(Text(u"日本語 text"));
-    editor.view.emplace(&editor.state, &editor.document);
-    editor.view->resize(900, 650);
-    editor.watch.emplace(editor.view->textView()->viewport());
-    editor.view->show();
-    editor.pumpUntil([&] { return editor.watch->hasPainted(); });
-    print({{QStringLiteral("memory"), memory("VmRSS:")}});
-    return 0;
+    warmUp();
+    return print({{u"memory"_s, memory("VmRSS:")}});
 }
 
-/// From a key press to the four exact counters, and on to the painted character.
-int measureTyping(const QString &path)
+/// From a key press to the exact counters, and to the painted character.
+void measureTyping(ShownEditor &editor, QJsonObject &result)
 {
-    Editor editor;
-    editor.open(path);
-    editor.waitUntilShown();
-    TextView *view = editor.view->textView();
+    TextView *view = editor.textView();
     const qint64 size = view->string().size();
-    QJsonObject result;
-    const std::pair<QString, qint64> places[] = {{QStringLiteral("start"), 0},
-                                                 {QStringLiteral("middle"), size / 2},
-                                                 {QStringLiteral("end"), size}};
+    const std::pair<QString, qint64> places[] = {
+        {u"start"_s, 0}, {u"middle"_s, size / 2}, {u"end"_s, size}};
     for (const auto &[name, offset] : places) {
         view->setSelectedRange({offset, 0});
         QCoreApplication::processEvents();
         std::vector<double> counted;
         std::vector<double> painted;
-        for (int run = 0; run < 21; ++run) {
+        for (int i = 0; i < kTries; ++i) {
             const qint64 clusters = view->string().metrics().clusters + 1;
-            editor.watch->reset();
-            QElapsedTimer timer;
-            timer.start();
-            QKeyEvent press(QEvent::KeyPress, Qt::Key_X, {}, QStringLiteral("x"));
-            QCoreApplication::sendEvent(view, &press);
-            // Only what is queued, so that no paint comes in between.
-            while (editor.state.characterCount() != clusters)
-                QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
-            counted.push_back(milliseconds(timer));
-            editor.pumpUntil([&] { return editor.watch->hasPainted(); });
-            painted.push_back(milliseconds(timer));
+            painted.push_back(editor.watch->timeToPaint([&] {
+                QElapsedTimer timer;
+                timer.start();
+                QKeyEvent press(QEvent::KeyPress, Qt::Key_X, {}, u"x"_s);
+                QCoreApplication::sendEvent(view, &press);
+                // Only what is queued, so that no paint comes in between.
+                while (editor.state.characterCount() != clusters)
+                    QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
+                counted.push_back(milliseconds(timer));
+            }));
         }
-        result[QStringLiteral("key to counters, ") + name] = median(counted);
-        result[QStringLiteral("key to paint, ") + name] = median(painted);
+        result[u"key to counters, "_s + name] = median(counted);
+        result[u"key to paint, "_s + name] = median(painted);
     }
-    print(result);
-    return 0;
 }
 
-int measureUndo(const QString &path)
+/// A page of rows that were never seen before.
+void measureScrolling(ShownEditor &editor, QJsonObject &result)
 {
-    Editor editor;
-    editor.open(path);
-    editor.waitUntilShown();
-    TextView *view = editor.view->textView();
-    const Text replacement = view->string().appended(Text(u"x"));
+    TextView *view = editor.textView();
+    view->setSelectedRange({view->string().size() / 3, 0});
+    QCoreApplication::processEvents();
+    std::vector<double> painted;
+    for (int i = 0; i < kTries; ++i) {
+        painted.push_back(editor.watch->timeToPaint(
+            [&] { view->verticalScrollBar()->triggerAction(QAbstractSlider::SliderPageStepAdd); }));
+    }
+    result[u"scroll a page"_s] = median(painted);
+}
+
+void replaceAll(TextView *view, const Text &replacement)
+{
+    const TextRange all{0, view->string().size()};
+    view->shouldChangeText(all, replacement);
+    view->replaceCharacters(all, replacement);
+    view->didChangeText();
+}
+
+void measureUndo(ShownEditor &editor, QJsonObject &result)
+{
+    TextView *view = editor.textView();
     std::vector<double> undone;
-    for (int run = 0; run < kRuns; ++run) {
-        const TextRange all{0, view->string().size()};
-        view->shouldChangeText(all, replacement);
-        view->replaceCharacters(all, replacement);
-        view->didChangeText();
-        QCoreApplication::processEvents();
-        const qint64 clusters = replacement.metrics().clusters - 1;
+    for (int i = 0; i < 5; ++i) {
+        const qint64 clusters = view->string().metrics().clusters;
+        replaceAll(view, view->string().appended(Text(u"x")));
+        pumpUntil([&] { return editor.state.characterCount() == clusters + 1; });
         QElapsedTimer timer;
         timer.start();
         view->undo();
-        editor.pumpUntil([&] { return editor.state.characterCount() == clusters; });
+        pumpUntil([&] { return editor.state.characterCount() == clusters; });
         undone.push_back(milliseconds(timer));
     }
-    print({{QStringLiteral("undo of a whole replacement"), median(undone)}});
-    return 0;
+    result[u"undo of a whole replacement"_s] = median(undone);
+}
+
+void measureSaving(ShownEditor &editor, QJsonObject &result)
+{
+    const QString copy = editor.document.filePath() + u".saved"_s;
+    const bool isLarge = editor.document.contentString().metrics().utf8Bytes > kLargeFile;
+    std::vector<double> times;
+    for (int i = 0; i < (isLarge ? 1 : 3); ++i) {
+        QFile::remove(copy);
+        QElapsedTimer timer;
+        timer.start();
+        if (!editor.document.writeToFile(copy))
+            qFatal("cannot save");
+        times.push_back(milliseconds(timer));
+    }
+    QFile::remove(copy);
+    result[u"save with fsync"_s] = median(times);
+}
+
+/// What is done, in this order, in one window with the whole file.
+constexpr void (*kEdits[])(ShownEditor &, QJsonObject &) = {
+    measureTyping, measureScrolling, measureUndo, measureSaving};
+
+int measureEdits(const QString &path)
+{
+    warmUp();
+    ShownEditor editor;
+    editor.open(path);
+    editor.waitUntilShown();
+    QJsonObject result;
+    for (const auto &measure : kEdits)
+        measure(editor, result);
+    result[u"memory, highest of all"_s] = memory("VmHWM:");
+    return print(result);
 }
 
 int makeInput(const QStringList &arguments)
@@ -246,10 +251,9 @@ int makeInput(const QStringList &arguments)
     QFile file(arguments[4]);
     if (!file.open(QIODevice::WriteOnly))
         return 1;
-    const QByteArray bytes = arguments[2] == QLatin1String("ascii") ? bench::asciiLines(size)
-                             : arguments[2] == QLatin1String("japanese")
-                                 ? bench::japaneseProse(size)
-                                 : bench::oneLine(size);
+    const QByteArray bytes = arguments[2] == u"ascii"_s      ? asciiLines(size)
+                             : arguments[2] == u"japanese"_s ? japaneseProse(size)
+                                                             : oneLine(size);
     return file.write(bytes) == bytes.size() ? 0 : 1;
 }
 
@@ -266,19 +270,17 @@ int main(int argc, char **argv)
     const QApplication application(argc, argv);
     const QStringList arguments = QApplication::arguments();
     const QString command = arguments.value(1);
-    if (command == QLatin1String("make") && arguments.size() == 5)
+    if (command == u"make"_s && arguments.size() == 5)
         return makeInput(arguments);
-    if (command == QLatin1String("empty"))
+    if (command == u"empty"_s)
         return measureEmpty();
     if (arguments.size() != 3)
         return usage();
-    if (command == QLatin1String("floor"))
+    if (command == u"floor"_s)
         return measureFloor(arguments[2]);
-    if (command == QLatin1String("open"))
+    if (command == u"open"_s)
         return measureOpen(arguments[2]);
-    if (command == QLatin1String("type"))
-        return measureTyping(arguments[2]);
-    if (command == QLatin1String("undo"))
-        return measureUndo(arguments[2]);
+    if (command == u"edit"_s)
+        return measureEdits(arguments[2]);
     return usage();
 }

@@ -1,0 +1,113 @@
+#pragma once
+
+#include "editor/DocumentState.h"
+#include "editor/MainEditorView.h"
+#include "editor/TextDocument.h"
+#include "editor/TextView.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEvent>
+#include <QWidget>
+
+#include <functional>
+#include <optional>
+
+namespace penwick::bench {
+
+constexpr QSize kWindowSize(900, 650);
+
+inline double milliseconds(const QElapsedTimer &timer)
+{
+    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
+}
+
+inline void pumpUntil(const std::function<bool()> &condition)
+{
+    while (!condition())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+/// Waits for a widget's next paint.
+class PaintWatch final : public QObject
+{
+public:
+    explicit PaintWatch(QWidget *widget) { widget->installEventFilter(this); }
+
+    bool eventFilter(QObject *object, QEvent *event) override
+    {
+        const bool isPaint = event->type() == QEvent::Paint;
+        if (isPaint && !m_isBusy) {
+            m_isBusy = true;
+            // The widget paints when the filter has let the event through; send it here instead,
+            // so that the paint is over when it counts as seen.
+            QCoreApplication::sendEvent(object, event);
+            m_isBusy = false;
+            m_hasPainted = true;
+            return true;
+        }
+        return false;
+    }
+
+    [[nodiscard]] bool hasPainted() const { return m_hasPainted; }
+
+    void reset() { m_hasPainted = false; }
+
+    /// Milliseconds from `change` to the end of the paint that it causes.
+    double timeToPaint(const std::function<void()> &change)
+    {
+        reset();
+        QElapsedTimer timer;
+        timer.start();
+        change();
+        pumpUntil([this] { return hasPainted(); });
+        return milliseconds(timer);
+    }
+
+private:
+    bool m_isBusy = false;
+    bool m_hasPainted = false;
+};
+
+/// A document in a shown window, the way the application shows one.
+class ShownEditor final
+{
+public:
+    /// Reads the file as the application reads large ones, then shows it.
+    void open(const QString &path)
+    {
+        document.startReading(path);
+        pumpUntil([this] { return !document.isReading(); });
+        if (document.filePath().isEmpty())
+            qFatal("cannot read the input");
+        show(document.contentString());
+    }
+
+    void show(const Text &text)
+    {
+        state.setText(text);
+        view.emplace(&state, &document);
+        view->resize(kWindowSize);
+        watch.emplace(view->textView()->viewport());
+        view->show();
+    }
+
+    [[nodiscard]] bool hasCounted() const
+    {
+        return state.characterCount() == state.text().metrics().clusters;
+    }
+
+    void waitUntilShown()
+    {
+        pumpUntil([this] { return watch->hasPainted() && hasCounted(); });
+    }
+
+    [[nodiscard]] TextView *textView() const { return view->textView(); }
+
+    DocumentState state;
+    TextDocument document;
+    std::optional<MainEditorView> view;
+    std::optional<PaintWatch> watch;
+};
+
+} // namespace penwick::bench
