@@ -115,7 +115,6 @@ void TransferBar::makeContent()
     m_progress->setObjectName(u"transferProgress"_s);
     m_cancel = new QToolButton(this);
     m_cancel->setObjectName(u"transferCancel"_s);
-    m_cancel->setAutoRaise(true);
     m_cancel->setFocusPolicy(Qt::TabFocus); // A click leaves the focus in the text.
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins(
@@ -167,6 +166,8 @@ void TransferBar::refresh()
                              ? wording::text(u"status.loading"_s, u"読み込み中"_s)
                              : wording::text(u"status.saving"_s, u"保存中"_s);
     const int percent = m_document->transferPercent();
+    // As wide as it can become, so that the line does not move with the digits.
+    m_label->setMinimumWidth(m_label->fontMetrics().horizontalAdvance(task + u"… 99 %"_s));
     m_label->setText(task + u"… "_s + QString::number(percent) + u" %"_s);
     m_progress->setAccessibleName(task);
     m_progress->setValue(percent);
