@@ -68,11 +68,14 @@ public:
 private:
     void fillBehind(const SegmentLayout &layout, int row)
     {
-        const QRectF text = layout.layout().lineAt(row).naturalTextRect();
+        // Not to where the text's ink ends, which may lean out of its last character, and to the
+        // whole pixel under it: else a gap is left between the two.
+        const QTextLine line = layout.layout().lineAt(row);
+        const qreal left = line.naturalTextRect().left();
         if (layout.isRightToLeft())
-            fill(m_row.x(), m_row.x() + text.left());
+            fill(m_row.x(), m_row.x() + std::ceil(left));
         else
-            fill(m_row.x() + std::max<qreal>(0, text.right()), m_right);
+            fill(m_row.x() + std::floor(left + line.horizontalAdvance()), m_right);
     }
 
     void fill(qreal left, qreal right)

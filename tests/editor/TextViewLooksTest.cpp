@@ -69,6 +69,7 @@ private Q_SLOTS:
     void tabStops_areFourColumnsApart();
     void selectionWithoutFocus_isPaler();
     void selectionInMixedDirections_coversWhatIsSelected();
+    void selectedLineBreak_leavesNoGap();
     void selectedLabels_showNothingElse();
     void rightToLeftLine_standsOnTheRight();
     void darkPalette_isFollowed();
@@ -211,6 +212,25 @@ void TextViewLooksTest::selectionInMixedDirections_coversWhatIsSelected()
     QCOMPARE(image.pixelColor(third), highlight);
     QCOMPARE(image.pixelColor(fourth), baseOf(f));
     QCOMPARE(image.pixelColor(latin), baseOf(f));
+}
+
+void TextViewLooksTest::selectedLineBreak_leavesNoGap()
+{
+    QString lines;
+    for (int length = 0; length < 10; ++length)
+        lines += QString(length, u'.') + u"R\n"_s;
+    Fixture f(lines);
+    f.view.setFont(QFont(u"DejaVu Sans Mono"_s, 14));
+    f.view.setSelectedRange({0, f.storage.length() - 1});
+    f.view.clearFocus();
+    const QImage image = f.view.viewport()->grab().toImage();
+    const auto left = static_cast<int>(TextViewport::kMargin);
+    const QColor highlight = image.pixelColor(left + 1, left + 1);
+    QVERIFY(highlight != baseOf(f));
+    for (qint64 offset = 0; offset < f.storage.length() - 11; ++offset) { // Above the text.
+        const int top = f.view.caretRectAt(offset).toRect().top() + 1;
+        QCOMPARE(inkIn(image, QRect(left, top, image.width() - 2 * left, 2), highlight), 0);
+    }
 }
 
 void TextViewLooksTest::selectedLabels_showNothingElse()
