@@ -3,6 +3,8 @@
 
 #include "bench/Inputs.h"
 #include "bench/ShownEditor.h"
+#include "editor/FindReplacement.h"
+#include "editor/TextFinder.h"
 
 #include <QApplication>
 #include <QFile>
@@ -25,6 +27,7 @@ namespace {
 
 constexpr auto kUsage = "usage: penwick_measure make ascii|japanese|oneline MB FILE\n"
                         "       penwick_measure floor|open|edit FILE\n"
+                        "       penwick_measure replace MATCHES\n"
                         "       penwick_measure empty\n";
 
 constexpr int kTries = 21;
@@ -245,6 +248,44 @@ int measureEdits(const QString &path)
     return print(result);
 }
 
+/// About 100 MB of lines, each of which ends with the word looked for.
+QByteArray haystack(qsizetype matches)
+{
+    constexpr qsizetype kSize = 100'000'000;
+    return (QByteArray(kSize / matches - 4, 'x') + "針\n").repeated(matches);
+}
+
+/// Replacing every match in a window, until all counters tell the new text; and undoing it.
+int measureReplacing(qsizetype matches)
+{
+    warmUp();
+    QByteArray bytes = haystack(matches);
+    ShownEditor editor;
+    editor.show(Text::fromUtf8(bytes).value());
+    editor.waitUntilShown();
+    TextView *view = editor.textView();
+    const TextFinder finder = TextFinder::compile({u"針"_s, false, false, false}).value();
+    const qint64 before = editor.state.characterCount();
+    QElapsedTimer timer;
+    timer.start();
+    const ReplaceAllResult result =
+        replaceAllMatches(finder, FindReplacement(u"needle"_s, finder), view->string(), 0);
+    const TextRange range{result.range.start, result.range.end - result.range.start};
+    view->shouldChangeText(range, result.replacement);
+    view->replaceCharacters(range, result.replacement);
+    view->didChangeText();
+    pumpUntil([&] { return editor.state.characterCount() == before + 5 * matches; });
+    const double replaced = milliseconds(timer);
+    timer.start();
+    view->undo();
+    pumpUntil([&] { return editor.state.characterCount() == before; });
+    const double undone = milliseconds(timer);
+    timer.start();
+    bytes.replace("針", "needle");
+    return print(
+        {{u"replace"_s, replaced}, {u"undo"_s, undone}, {u"floor"_s, milliseconds(timer)}});
+}
+
 int makeInput(const QStringList &arguments)
 {
     const qsizetype size = arguments[3].toLongLong() * 1'000'000;
@@ -276,6 +317,8 @@ int main(int argc, char **argv)
         return measureEmpty();
     if (arguments.size() != 3)
         return usage();
+    if (command == u"replace"_s)
+        return measureReplacing(std::max<qsizetype>(1, arguments[2].toLongLong()));
     if (command == u"floor"_s)
         return measureFloor(arguments[2]);
     if (command == u"open"_s)
