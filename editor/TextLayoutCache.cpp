@@ -34,6 +34,26 @@ bool holdsRightToLeft(const QString &units)
     });
 }
 
+/// U+FE0F asks for the coloured picture of the character before it. The layout engine knows nothing
+/// of that and takes the first font that has the character, which may draw it in black.
+QList<QTextLayout::FormatRange> emojiPresentations(QStringView units, const QString &emojiFamily)
+{
+    constexpr QChar kEmojiPresentation(0xFE0F);
+    constexpr QChar kKeycap(0x20E3);
+    QList<QTextLayout::FormatRange> formats;
+    for (qsizetype i = units.indexOf(kEmojiPresentation); i > 0;
+         i = units.indexOf(kEmojiPresentation, i + 1)) {
+        const bool isPair = i >= 2 && units[i - 1].isLowSurrogate();
+        const bool isKeycap = i + 1 < units.size() && units[i + 1] == kKeycap;
+        QTextLayout::FormatRange range;
+        range.start = static_cast<int>(i - (isPair ? 2 : 1));
+        range.length = static_cast<int>(i + (isKeycap ? 2 : 1)) - range.start;
+        range.format.setFontFamilies(QStringList(emojiFamily));
+        formats.append(range);
+    }
+    return formats;
+}
+
 } // namespace
 
 SegmentLayout::SegmentLayout(const Text &text,
@@ -44,6 +64,8 @@ SegmentLayout::SegmentLayout(const Text &text,
 {
     QString units = text.slice(segment.start, segment.length());
     QList<QTextLayout::FormatRange> formats = substituteInvisibles(units, style);
+    if (!style.emojiFamily.isEmpty())
+        formats += emojiPresentations(units, style.emojiFamily);
     m_lineEnd = unusualLineEnd(text, segment);
     m_layout.setText(units);
     m_hasRightToLeft = holdsRightToLeft(units) || holdsRightToLeft(composition.string);

@@ -23,6 +23,8 @@ TextLayoutStyle makeTextLayoutStyle(const QFont &font, qreal width)
     const QFontMetricsF metrics(font);
     TextLayoutStyle style;
     style.font = font;
+    const QStringList emoji = font.families().filter(QStringLiteral("emoji"), Qt::CaseInsensitive);
+    style.emojiFamily = emoji.value(0);
     style.width = std::max<qreal>(1, width);
     style.columnWidth = metrics.horizontalAdvance(u'0');
     style.tabWidth = style.columnWidth * kTabColumns;

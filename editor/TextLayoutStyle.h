@@ -8,6 +8,7 @@ namespace penwick {
 struct TextLayoutStyle
 {
     QFont font;
+    QString emojiFamily;   ///< The one among the font's families for emoji; empty without one.
     qreal width = 0;       ///< Rows wrap here.
     qreal tabWidth = 0;    ///< Distance of tab stops.
     qreal columnWidth = 0; ///< Of one ASCII character.

@@ -75,6 +75,8 @@ private Q_SLOTS:
     void darkPalette_isFollowed();
     void text_hasAMargin();
     void editorFont_isTheSystemsFixedFontWithFallbacks();
+    void emojiPresentation_isInColour_data();
+    void emojiPresentation_isInColour();
 };
 
 void TextViewLooksTest::invisibleCharacter_canBeSeen_data()
@@ -297,6 +299,36 @@ void TextViewLooksTest::editorFont_isTheSystemsFixedFontWithFallbacks()
     QCOMPARE(QFontInfo(font).family(), QFontInfo(fixed).family());
     QCOMPARE(font.pointSizeF(), 14.0);
     QVERIFY(font.families().size() >= 3);
+}
+
+void TextViewLooksTest::emojiPresentation_isInColour_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("isColoured");
+    QTest::newRow("heart as text") << u"\u2764"_s << false;
+    QTest::newRow("heart as emoji") << u"\u2764\uFE0F"_s << true;
+    QTest::newRow("keycap") << u"1\uFE0F\u20E3"_s << true;
+    QTest::newRow("beyond the first plane") << u"\U0001F336\uFE0F"_s << true;
+    QTest::newRow("behind Japanese") << u"漢字\u2764\uFE0F"_s << true;
+}
+
+void TextViewLooksTest::emojiPresentation_isInColour()
+{
+    QFETCH(QString, text);
+    QFETCH(bool, isColoured);
+    DocumentState state;
+    TextViewRepresentable representable(&state, nullptr);
+    Fixture f;
+    f.view.setFont(representable.textView()->font());
+    f.view.setString(Text(text + u"\n"_s));
+    const QImage image = pictureOf(f);
+    const QRect row = rowOf(f, 0);
+    bool hasColour = false;
+    for (int y = row.top(); y <= row.bottom(); ++y) {
+        for (int x = row.left(); x <= row.right(); ++x)
+            hasColour = hasColour || image.pixelColor(x, y).hsvSaturation() > 60;
+    }
+    QCOMPARE(hasColour, isColoured);
 }
 
 QTEST_MAIN(TextViewLooksTest)
