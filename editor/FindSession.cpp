@@ -130,7 +130,7 @@ void FindSession::askNumber()
         Q_EMIT countDidChange();
     };
     m_numbering.start(
-        [this, counter = m_counter, range, show](const BackgroundTask::IsCancelled &) {
+        [counter = m_counter, range, show](const BackgroundTask::IsCancelled &) {
             const std::optional<qint64> number = counter->numberOf(range);
             return [show, number] { show(number); };
         },
