@@ -4,6 +4,7 @@
 #include "text/WordBoundaries.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
+#include <optional>
 
 using namespace penwick;
 
@@ -68,7 +69,7 @@ private:
 
     void step()
     {
-        switch (m_provider.ConsumeIntegralInRange<int>(0, 9)) {
+        switch (m_provider.ConsumeIntegralInRange<int>(0, 11)) {
         case 0:
         case 1:
         case 2:
@@ -94,11 +95,31 @@ private:
         case 8:
             m_storage.setSavePoint();
             m_saved = m_model;
+            m_saving.reset();
+            break;
+        case 9:
+            m_storage.beginSaving();
+            m_saving = m_model;
+            break;
+        case 10:
+            endSaving();
             break;
         default:
             checkOffset(nextOffset());
             break;
         }
+    }
+
+    /// What was written is what stood there when the saving began, whatever happened since.
+    void endSaving()
+    {
+        const bool succeeded = m_provider.ConsumeBool();
+        if (!m_saving)
+            return;
+        m_storage.endSaving(succeeded);
+        if (succeeded)
+            m_saved = *m_saving;
+        m_saving.reset();
     }
 
     void replace()
@@ -172,6 +193,7 @@ private:
     TextStorage m_storage;
     QString m_model;
     QString m_saved;
+    std::optional<QString> m_saving;
 };
 
 } // namespace
