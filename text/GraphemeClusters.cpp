@@ -37,6 +37,15 @@ bool extends(UGraphemeClusterBreak value)
     return value == U_GCB_EXTEND || value == U_GCB_ZWJ || value == U_GCB_SPACING_MARK;
 }
 
+/// True when a mark in front may join the code point to what the mark stands on: in emoji sequences
+/// behind a joiner, in syllables that a virama links.
+bool mayContinueBehindMark(UGraphemeClusterBreak mark, char32_t codePoint)
+{
+    const auto character = static_cast<UChar32>(codePoint);
+    return (mark == U_GCB_ZWJ && u_hasBinaryProperty(character, UCHAR_EXTENDED_PICTOGRAPHIC)) ||
+           u_getIntPropertyValue(character, UCHAR_INDIC_SYLLABIC_CATEGORY) != U_INSC_OTHER;
+}
+
 /// Code units between any two of which a cluster ends (but for CR LF): whole characters of class
 /// Other or Control. Surrogates are left to the iterator.
 std::unique_ptr<SimpleSet> makeSimpleSet()
@@ -153,9 +162,10 @@ bool isCertainBoundary(char32_t before, char32_t after)
     const UGraphemeClusterBreak b = breakClass(after);
     if (isControl(a) || isControl(b))
         return true;
-    // After a mark it may matter what the mark stands on (emoji sequences, conjuncts).
-    if (extends(b) || extends(a) || a == U_GCB_PREPEND)
+    if (extends(b) || a == U_GCB_PREPEND)
         return false;
+    if (extends(a))
+        return !mayContinueBehindMark(a, after);
     // A syllable takes in vowels and finals; before a consonant or a whole syllable it ends, unless
     // it is not more than consonants yet.
     if (isHangul(a) && isHangul(b))

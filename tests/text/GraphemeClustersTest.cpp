@@ -3,6 +3,7 @@
 #include "text/Text.h"
 
 #include <QFile>
+#include <QRandomGenerator>
 #include <QTest>
 
 using namespace penwick;
@@ -50,7 +51,8 @@ private Q_SLOTS:
     void unicodeBreakTest_countsAndStepsAgree_data();
     void unicodeBreakTest_countsAndStepsAgree();
     void certainBoundaries_areBoundariesInEveryCase();
-    void plainKoreanAndEmoji_haveCertainBoundaries();
+    void certainBoundaries_divideWhatIsCounted();
+    void commonCharacters_haveCertainBoundaries();
 };
 
 void GraphemeClustersTest::unicodeBreakTest_countsAndStepsAgree_data()
@@ -109,7 +111,39 @@ void GraphemeClustersTest::certainBoundaries_areBoundariesInEveryCase()
     QVERIFY(certain > 250);
 }
 
-void GraphemeClustersTest::plainKoreanAndEmoji_haveCertainBoundaries()
+void GraphemeClustersTest::certainBoundaries_divideWhatIsCounted()
+{
+    // Of every class there is, and of the scripts and sequences where more than two characters
+    // decide.
+    const QList<char32_t> alphabet{
+        U'a',          U' ',      U'\n',     U'\r',     U'\u0085',     U'か',         U'\u3099',
+        U'\u0301',     U'\u200D', U'\uFE0F', U'\u2764', U'\U0001F469', U'\U0001F3FD', U'\U0001F1EF',
+        U'\U0001F1F5', U'\u1100', U'\u1161', U'\u11A8', U'가',         U'각',         U'\u0915',
+        U'\u094D',     U'\u0930', U'\u093F', U'\u0903', U'\u0995',     U'\u09CD',     U'\u0D15',
+        U'\u0D4D',     U'\u0600', U'\u0628', U'\u0E01', U'\u0E33',     U'\u20E3',     U'1',
+        U'\u00A9',     U'\u00AD', U'\u200B', U'\u1F1E', U'\U000E0067', U'\U000E007F'};
+    QRandomGenerator random(4);
+    int certain = 0;
+    for (int run = 0; run < 30'000; ++run) {
+        QList<char32_t> points(random.bounded(2, 10));
+        for (char32_t &point : points)
+            point = alphabet[random.bounded(alphabet.size())];
+        for (qsizetype i = 1; i < points.size(); ++i) {
+            if (!clusters::isCertainBoundary(points[i - 1], points[i]))
+                continue;
+            ++certain;
+            const QString before = QString::fromUcs4(points.constData(), i);
+            const QString after = QString::fromUcs4(points.constData() + i, points.size() - i);
+            const QString whole = before + after;
+            QVERIFY2(clusters::isBoundary(viewOf(whole), before.size()), qPrintable(whole));
+            QCOMPARE(clusters::count(viewOf(before)) + clusters::count(viewOf(after)),
+                     clusters::count(viewOf(whole)));
+        }
+    }
+    QVERIFY(certain > 50'000);
+}
+
+void GraphemeClustersTest::commonCharacters_haveCertainBoundaries()
 {
     // Without them a line of nothing else would have to be looked at from its start.
     QVERIFY(clusters::isCertainBoundary(U'한', U'국'));
@@ -117,6 +151,13 @@ void GraphemeClustersTest::plainKoreanAndEmoji_haveCertainBoundaries()
     QVERIFY(clusters::isCertainBoundary(U'😀', U'😀'));
     QVERIFY(!clusters::isCertainBoundary(U'\u1100', U'가'));
     QVERIFY(!clusters::isCertainBoundary(U'가', U'\u11A8'));
+    // Decomposed, as file systems and input methods give them.
+    QVERIFY(clusters::isCertainBoundary(U'\u3099', U'か'));
+    QVERIFY(clusters::isCertainBoundary(U'\u0301', U'e'));
+    QVERIFY(clusters::isCertainBoundary(U'\uFE0F', U'\u2764'));
+    QVERIFY(clusters::isCertainBoundary(U'\U0001F3FD', U'\U0001F469'));
+    QVERIFY(!clusters::isCertainBoundary(U'\u200D', U'\U0001F469'));
+    QVERIFY(!clusters::isCertainBoundary(U'\u094D', U'\u0930'));
 }
 
 QTEST_GUILESS_MAIN(GraphemeClustersTest)
