@@ -41,6 +41,22 @@ TransferOutcome readOnce(const QString &path, TransferProgress &progress)
     return StoredText{*text, stamp};
 }
 
+TransferOutcome writeOnce(const QString &path, const Text &text, TransferProgress &progress)
+{
+    progress.setTotal(text.metrics().utf8Bytes);
+    const auto produce = [&](const WriteBytes &write) {
+        return text.forEachUtf8Block([&](QByteArrayView block) {
+            progress.advance(block.size());
+            return !progress.isCancelled() && write(block);
+        });
+    };
+    const auto written = replaceFile(path, produce, [&] { return !progress.isCancelled(); });
+    if (!written) {
+        return fileSystemError(written.error());
+    }
+    return StoredText{text, FileStamp::of(path)};
+}
+
 } // namespace
 
 std::optional<FileStamp> FileStamp::of(const QString &path)
@@ -63,18 +79,11 @@ TransferOutcome readTextFile(const QString &path, TransferProgress &progress)
 
 TransferOutcome writeTextFile(const QString &path, const Text &text, TransferProgress &progress)
 {
-    progress.setTotal(text.metrics().utf8Bytes);
-    const auto produce = [&](const WriteBytes &write) {
-        return text.forEachUtf8Block([&](QByteArrayView block) {
-            progress.advance(block.size());
-            return !progress.isCancelled() && write(block);
-        });
-    };
-    const auto written = replaceFile(path, produce, [&] { return !progress.isCancelled(); });
-    if (!written) {
-        return fileSystemError(written.error());
+    try {
+        return writeOnce(path, text, progress);
+    } catch (const std::bad_alloc &) {
+        return fileSystemError(FileError::fromErrno(ENOMEM));
     }
-    return StoredText{text, FileStamp::of(path)};
 }
 
 } // namespace penwick

@@ -141,6 +141,10 @@ void TransferBar::transferDidStart()
 void TransferBar::appear()
 {
     m_appearance.stop();
+    // Whoever heard of its end before us may have shown a message that this timer ran out under.
+    if (m_document.isNull() || m_document->transfer() == TextDocument::Transfer::None) {
+        return;
+    }
     m_cancel->setEnabled(true);
     refresh();
     m_refresh.start();

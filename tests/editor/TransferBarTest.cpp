@@ -24,6 +24,7 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void quickTransfer_fromStartToEnd_isNeverShown();
+    void quickTransfer_endedUnderAMessage_isNeverShown();
     void longTransfer_lasting_isShownUntilItsEnd();
     void reading_shown_saysSoWithProgressAndNames();
     void writing_shown_saysSoWithProgressAndNames();
@@ -86,6 +87,24 @@ void TransferBarTest::quickTransfer_fromStartToEnd_isNeverShown()
     for (const QTimer *timer : m_bar->findChildren<QTimer *>()) {
         QVERIFY(!timer->isActive());
     }
+}
+
+void TransferBarTest::quickTransfer_endedUnderAMessage_isNeverShown()
+{
+    TextDocument document;
+    bool wasShown = false;
+    // A message runs an event loop of its own, and hears of the end before the bar does.
+    connect(&document, &TextDocument::transferEnded, this, [&] {
+        QTest::qWait(300);
+        wasShown = m_bar->isVisible();
+    });
+    m_bar = std::make_unique<TransferBar>(&document);
+    const QSignalSpy ended(&document, &TextDocument::transferEnded);
+    document.startReading(path(u"missing.txt"_s));
+    QTRY_COMPARE(ended.count(), 1);
+    QVERIFY(!wasShown);
+    QVERIFY(!m_bar->isVisible());
+    m_bar.reset();
 }
 
 void TransferBarTest::longTransfer_lasting_isShownUntilItsEnd()
