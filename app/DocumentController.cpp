@@ -4,6 +4,7 @@
 #include "app/DocumentPaths.h"
 #include "editor/LoadingView.h"
 #include "editor/TextView.h"
+#include "platform/FreedMemory.h"
 #include "platform/NotificationCenter.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
@@ -14,14 +15,18 @@
 #include <QFileInfo>
 #include <QInputMethod>
 #include <QMainWindow>
+#include <QThreadPool>
+#include <QTimer>
 
 #include <algorithm>
+#include <chrono>
 #include <optional>
 #include <utility>
 
 namespace penwick {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 using paths::absolutePathOf;
 using paths::identityOf;
 
@@ -58,6 +63,17 @@ void bringForward(QWidget *window)
     window->show();
     window->raise();
     window->activateWindow();
+}
+
+/// Units of a text whose memory is worth giving back to the system.
+constexpr qint64 kLargeText = 4'000'000;
+
+/// A moment from now, when what showed the text is gone too; beside the event loop, for it may take
+/// long enough to be felt.
+void giveBackMemoryLater()
+{
+    QTimer::singleShot(
+        500ms, qApp, [] { QThreadPool::globalInstance()->start(giveBackFreedMemory); });
 }
 
 } // namespace
@@ -433,6 +449,9 @@ void DocumentController::forget(const QObject *window)
         return;
     }
     (*entry)->document->cancelTransfer();
+    if ((*entry)->document->contentString().size() > kLargeText) {
+        giveBackMemoryLater();
+    }
     (*entry)->saver.reset();
     // Both outlive the close event that is being handled, the window longer than its document.
     (*entry)->document.release()->deleteLater();
