@@ -27,9 +27,10 @@ bool FindCount::countStep()
             return true;
         });
     const std::scoped_lock lock(m_mutex);
+    m_effort.add(from, step);
     m_progress.count += found;
     m_progress.isComplete = step.isAtEnd;
-    m_progress.isTooComplex = step.isTooComplex;
+    m_progress.isTooComplex = step.isTooComplex || (!step.isAtEnd && m_effort.isTooMuch());
     m_checkpoints.push_back({step.next, m_progress.count});
     return true;
 }
@@ -50,7 +51,8 @@ FindCount::Checkpoint FindCount::checkpointBefore(qint64 offset) const
     return next == m_checkpoints.begin() ? Checkpoint{} : *std::prev(next);
 }
 
-std::optional<qint64> FindCount::numberOf(const FindMatch &range) const
+std::optional<qint64> FindCount::numberOf(const FindMatch &range,
+                                          const FindIsCancelled &isCancelled) const
 {
     {
         const std::scoped_lock lock(m_mutex);
@@ -60,45 +62,48 @@ std::optional<qint64> FindCount::numberOf(const FindMatch &range) const
     const Checkpoint checkpoint = checkpointBefore(range.start);
     qint64 number = checkpoint.count;
     bool isFound = false;
-    TextFinder::Step step;
-    step.next = checkpoint.place;
-    while (!step.isAtEnd && !step.isStopped && !step.isTooComplex) {
-        step = m_finder.step(
-            m_text,
-            step.next,
-            [&](const FindMatch &match, const QRegularExpressionMatch *) {
-                ++number;
-                isFound = match == range;
-                return match.start < range.start;
-            },
-            range.start + 1);
-    }
+    const auto visit = [&](const FindMatch &match, const QRegularExpressionMatch *) {
+        ++number;
+        isFound = match == range;
+        return match.start < range.start;
+    };
+    m_finder.search(m_text, checkpoint.place, visit, range.start + 1, isCancelled);
     return isFound ? number : 0;
 }
 
-std::vector<FindMatch> FindCount::matchesIn(qint64 start, qint64 end, std::size_t limit) const
+FindPlace FindCount::placeBefore(qint64 offset) const
 {
-    std::vector<FindMatch> matches;
-    // A match may begin some way before what it reaches into.
-    const qint64 early = std::max<qint64>(0, start - TextFinder::kBehindUnits);
-    Checkpoint checkpoint = checkpointBefore(early);
-    if (early - checkpoint.place.offset > 2 * TextFinder::kStepUnits)
-        checkpoint.place = {m_text.offsetAfterLineBreak(m_text.lineBreaksBefore(early)), false};
-    if (early - checkpoint.place.offset > 2 * TextFinder::kStepUnits)
-        checkpoint.place = {m_text.clusterBoundaryWithin(early, 64).value_or(early), false};
-    TextFinder::Step step;
-    step.next = checkpoint.place;
-    while (!step.isAtEnd && !step.isStopped && !step.isTooComplex) {
-        step = m_finder.step(
-            m_text,
-            step.next,
-            [&](const FindMatch &match, const QRegularExpressionMatch *) {
-                if (match.end >= start)
-                    matches.push_back(match);
-                return matches.size() < limit;
-            },
-            end + 1);
+    const Checkpoint checkpoint = checkpointBefore(offset);
+    {
+        // A match may be as long as the way from one checkpoint to the next.
+        const std::scoped_lock lock(m_mutex);
+        if (m_progress.isComplete || m_checkpoints.back().place.offset > offset)
+            return checkpoint.place;
     }
+    constexpr qint64 kNear = 2 * TextFinder::kStepUnits;
+    if (offset - checkpoint.place.offset <= kNear)
+        return checkpoint.place;
+    const qint64 line = m_text.offsetAfterLineBreak(m_text.lineBreaksBefore(offset));
+    if (offset - line <= kNear)
+        return {line, false};
+    return {m_text.clusterBoundaryWithin(offset, 64).value_or(offset), false};
+}
+
+std::vector<FindMatch> FindCount::matchesIn(qint64 start,
+                                            qint64 end,
+                                            std::size_t limit,
+                                            const FindIsCancelled &isCancelled) const
+{
+    // A match may begin some way before what it reaches into.
+    constexpr qint64 kReach = 1'024;
+    std::vector<FindMatch> matches;
+    const auto visit = [&](const FindMatch &match, const QRegularExpressionMatch *) {
+        if (match.end >= start)
+            matches.push_back(match);
+        return matches.size() < limit;
+    };
+    const FindPlace from = placeBefore(std::max<qint64>(0, start - kReach));
+    m_finder.search(m_text, from, visit, end + 1, isCancelled);
     return matches;
 }
 

@@ -32,12 +32,15 @@ public:
     /// The number of the match that covers exactly `range`, counted from 1 at the text's start; 0
     /// where the pattern has no such match. Nothing as long as the count has not come so far.
     /// Costs about one step.
-    [[nodiscard]] std::optional<qint64> numberOf(const FindMatch &range) const;
+    [[nodiscard]] std::optional<qint64> numberOf(const FindMatch &range,
+                                                 const FindIsCancelled &isCancelled = {}) const;
 
     /// The matches that overlap or touch [start, end), ascending, at most `limit` of them. Costs
     /// about the steps over that range.
-    [[nodiscard]] std::vector<FindMatch>
-    matchesIn(qint64 start, qint64 end, std::size_t limit) const;
+    [[nodiscard]] std::vector<FindMatch> matchesIn(qint64 start,
+                                                   qint64 end,
+                                                   std::size_t limit,
+                                                   const FindIsCancelled &isCancelled = {}) const;
 
     [[nodiscard]] const Text &text() const { return m_text; }
 
@@ -51,12 +54,16 @@ private:
     };
 
     [[nodiscard]] Checkpoint checkpointBefore(qint64 offset) const;
+    /// Where to begin so that the matches around `offset` are met as from the text's start, as far
+    /// as the count has come; else somewhere near.
+    [[nodiscard]] FindPlace placeBefore(qint64 offset) const;
 
     const TextFinder m_finder;
     const Text m_text;
     mutable std::mutex m_mutex; // For everything below.
     std::vector<Checkpoint> m_checkpoints;
     Progress m_progress;
+    FindEffort m_effort; // Of the counting thread alone.
 };
 
 } // namespace penwick

@@ -161,9 +161,8 @@ ReplaceAllResult replaceAllMatches(const TextFinder &finder,
         replacer.replace(match, replacement.expand(captures));
         return true;
     };
-    TextFinder::Step step;
-    while (!step.isAtEnd && !step.isTooComplex && !(isCancelled && isCancelled()))
-        step = finder.step(text, step.next, visit);
+    constexpr qint64 kNoEnd = std::numeric_limits<qint64>::max();
+    const TextFinder::Step step = finder.search(text, {}, visit, kNoEnd, isCancelled);
     ReplaceAllResult result = replacer.finish();
     result.isTooComplex = step.isTooComplex;
     return result;

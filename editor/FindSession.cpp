@@ -130,8 +130,8 @@ void FindSession::askNumber()
         Q_EMIT countDidChange();
     };
     m_numbering.start(
-        [counter = m_counter, range, show](const BackgroundTask::IsCancelled &) {
-            const std::optional<qint64> number = counter->numberOf(range);
+        [counter = m_counter, range, show](const BackgroundTask::IsCancelled &isCancelled) {
+            const std::optional<qint64> number = counter->numberOf(range, isCancelled);
             return [show, number] { show(number); };
         },
         kMarkPatience);
@@ -242,8 +242,9 @@ const std::vector<FindMatch> &FindSession::marksIn(TextRange range)
         m_counter ? m_counter : std::make_shared<FindCount>(*m_finder, m_storage->text());
     const auto isWithinCall = std::make_shared<bool>(true);
     m_marking.start(
-        [this, counter, range, isWithinCall](const BackgroundTask::IsCancelled &) {
-            const auto marks = counter->matchesIn(range.location, range.end(), kMarkLimit);
+        [this, counter, range, isWithinCall](const BackgroundTask::IsCancelled &isCancelled) {
+            const auto marks =
+                counter->matchesIn(range.location, range.end(), kMarkLimit, isCancelled);
             return [this, range, marks, isWithinCall] {
                 m_marks = marks;
                 m_markedRange = range;
