@@ -1,22 +1,37 @@
 #include "editor/BackgroundTask.h"
 
+#include <QCoreApplication>
 #include <QPromise>
 #include <QSemaphore>
 #include <QThreadPool>
 
+#include <atomic>
 #include <memory>
 
 namespace penwick {
 
 namespace {
 
-/// More threads than processors, so that abandoned work does not keep new work waiting.
+std::atomic<bool> isEnding = false;
+
+/// More threads than processors, so that abandoned work does not keep new work waiting. It is never
+/// destroyed: that would wait for work that may take its time, long after the last window is gone.
+/// Work only uses what it holds itself, so it may be cut off with the process.
 QThreadPool &pool()
 {
-    constexpr int kThreads = 8;
-    static QThreadPool instance;
-    instance.setMaxThreadCount(kThreads);
-    return instance;
+    constexpr int kThreads = 16;
+    static QThreadPool *const instance = [] {
+        auto *made = new QThreadPool;
+        made->setMaxThreadCount(kThreads);
+        qAddPostRoutine([] {
+            // Most work ends at once when told to.
+            constexpr int kPatience = 100; // Milliseconds.
+            isEnding = true;
+            pool().waitForDone(kPatience);
+        });
+        return made;
+    }();
+    return *instance;
 }
 
 struct Run
@@ -46,8 +61,12 @@ void BackgroundTask::start(Work work, int patience)
     const QFuture<Completion> future = run->promise.future();
     m_isRunning = true;
     pool().start([run, work = std::move(work)] {
-        Completion completion = work([run] { return run->promise.isCanceled(); });
-        run->promise.addResult(std::move(completion));
+        try {
+            run->promise.addResult(work([run] { return run->promise.isCanceled() || isEnding; }));
+        } catch (...) {
+            // Memory may run out over a huge text; without a result the work counts as failed, and
+            // the text that is not saved yet lives on.
+        }
         run->promise.finish();
         run->ended.release();
     });
@@ -67,10 +86,14 @@ void BackgroundTask::cancel()
 void BackgroundTask::complete()
 {
     const QFuture<Completion> future = m_watcher.future();
-    if (!m_isRunning || !future.isFinished() || future.isCanceled() || future.resultCount() == 0)
+    if (!m_isRunning || !future.isFinished() || future.isCanceled())
         return;
     m_isRunning = false;
     m_watcher.setFuture({});
+    if (future.resultCount() == 0) {
+        Q_EMIT failed();
+        return;
+    }
     // It may start the next work.
     if (const Completion completion = future.result())
         completion();

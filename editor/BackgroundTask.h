@@ -9,7 +9,8 @@ namespace penwick {
 
 /// One piece of work at a time on a thread of its own pool, and what follows from it on the thread
 /// of this object. Starting another, cancelling and destroying this object abandon the work: it is
-/// told, may take its time to end, and what it came to is dropped.
+/// told, may take its time to end, and what it came to is dropped. The end of the process waits for
+/// work no longer than a moment.
 class BackgroundTask final : public QObject
 {
     Q_OBJECT
@@ -32,6 +33,10 @@ public:
     void cancel();
 
     [[nodiscard]] bool isRunning() const { return m_isRunning; }
+
+Q_SIGNALS:
+    /// The work threw an exception, for want of memory as a rule: there is no completion.
+    void failed();
 
 private:
     void complete();

@@ -17,8 +17,8 @@ constexpr QStringView kLineBreaks = u"(*ANY)";
 /// `(a|b)*` uses it up on a long line. What is more than this is left to the patient one.
 constexpr QStringView kQuickLimits = u"(*LIMIT_MATCH=20000)";
 /// An end for expressions that try more ways through a text than anyone can wait for, and for those
-/// that would need more memory than a text is worth: about a tenth of a second, 96 MB.
-constexpr QStringView kPatientLimits = u"(*NO_JIT)(*LIMIT_MATCH=500000)(*LIMIT_HEAP=98304)";
+/// that would need more memory than a text is worth: about a tenth of a second, 48 MB.
+constexpr QStringView kPatientLimits = u"(*NO_JIT)(*LIMIT_MATCH=2500000)(*LIMIT_HEAP=49152)";
 
 /// PCRE2 looks behind by at most 65,535 characters; and one more, so that the start of what it is
 /// shown is not taken for the start of the text.

@@ -23,6 +23,8 @@ FindSession::FindSession(TextStorage *storage, QObject *parent)
     connect(&m_restartTimer, &QTimer::timeout, this, &FindSession::restartCount);
     connect(&m_progressTimer, &QTimer::timeout, this, &FindSession::showProgress);
     connect(storage, &TextStorage::changed, this, &FindSession::textDidChange);
+    connect(&m_search, &BackgroundTask::failed, this, &FindSession::searchDidFail);
+    connect(&m_counting, &BackgroundTask::failed, this, &FindSession::countDidFail);
 }
 
 void FindSession::abandonAll()
@@ -143,6 +145,25 @@ void FindSession::giveUp()
         return;
     m_error = FindPatternError{FindPatternError::Code::TooComplex, 0, {}};
     Q_EMIT errorDidChange();
+}
+
+void FindSession::searchDidFail()
+{
+    giveUp();
+    Q_EMIT notFound();
+}
+
+void FindSession::countDidFail()
+{
+    m_progressTimer.stop();
+    m_count.isComplete = true;
+    giveUp();
+    Q_EMIT countDidChange();
+}
+
+void FindSession::cancelSearch()
+{
+    m_search.cancel();
 }
 
 void FindSession::report(const FindResult &result)

@@ -57,6 +57,9 @@ public:
 
     [[nodiscard]] bool isSearching() const { return m_search.isRunning(); }
 
+    /// Abandons what is being searched or replaced, without a report.
+    void cancelSearch();
+
     /// Works out what takes the place of `match`; reports through `replacementReady`, or through
     /// `notFound` when the pattern does not match there.
     void replaceMatch(const FindMatch &match, const QString &replacement);
@@ -88,6 +91,8 @@ private:
     void showProgress();
     void askNumber();
     void giveUp();
+    void searchDidFail();
+    void countDidFail();
     void report(const FindResult &result);
 
     QPointer<TextStorage> m_storage;

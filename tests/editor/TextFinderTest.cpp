@@ -2,6 +2,7 @@
 
 #include "editor/FindCount.h"
 #include "editor/FindReplacement.h"
+#include "platform/ThreadTime.h"
 #include "support/Finding.h"
 
 #include <QRandomGenerator>
@@ -59,6 +60,9 @@ private Q_SLOTS:
     void previous_fromPlaces_findsBehindAndWraps();
     void previous_farAway_isFoundBlockByBlock();
     void step_anyText_looksAtBoundedStretch();
+    void step_costlyPattern_takesBoundedTime_data();
+    void step_costlyPattern_takesBoundedTime();
+    void search_runawayExpression_isGivenUp();
     void replacement_groups_areExpanded();
     void replacement_ofPlainPattern_isLiteral();
     void replaceAll_caret_keepsItsPlace();
@@ -233,6 +237,59 @@ void TextFinderTest::step_anyText_looksAtBoundedStretch()
             QCOMPARE(step.next.offset >= text.size(), true);
         }
     }
+}
+
+void TextFinderTest::step_costlyPattern_takesBoundedTime_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<FindPattern>("pattern");
+    const QString prose =
+        u"The quick brown fox jumps over the lazy dog and runs away\n"_s.repeated(20'000);
+    const QString line = QString(prose).replace(u'\n', u' ');
+    const QString letters(2'000'000, u'a');
+    QTest::newRow("alternatives") << prose << expression(u"(.|\\n)*zzz"_s);
+    QTest::newRow("words") << prose << expression(u"(\\w|\\s)+zzz"_s);
+    QTest::newRow("lazy") << prose << expression(u"(?s)The.*?zzz"_s);
+    QTest::newRow("one line") << line << expression(u"x.*y.*z.*!"_s);
+    QTest::newRow("nested") << prose << expression(u"(\\w+\\s*)+;"_s);
+    QTest::newRow("long pattern") << letters << plain(u'b' + QString(20'000, u'a'));
+    QTest::newRow("ignoring case") << letters << plain(u'b' + QString(20'000, u'a'), false);
+    QTest::newRow("words of kana") << QString(1'000'000, u'あ') << word(u"あ"_s);
+}
+
+void TextFinderTest::step_costlyPattern_takesBoundedTime()
+{
+    QFETCH(const QString, text);
+    QFETCH(const FindPattern, pattern);
+    const TextFinder finder = finderOf(pattern);
+    const Text value(text);
+    TextFinder::Step step;
+    for (int i = 0; i < 4 && !step.isAtEnd && !step.isTooComplex; ++i) {
+        const qint64 start = threadTime();
+        step = finder.step(value,
+                           step.next,
+                           [](const FindMatch &, const QRegularExpressionMatch *) { return true; });
+        const qint64 milliseconds = (threadTime() - start) / 1'000'000;
+        // Sanitizers and debugging cost some; it used to be seconds.
+        QVERIFY2(milliseconds < 400, qPrintable(QString::number(milliseconds)));
+    }
+}
+
+void TextFinderTest::search_runawayExpression_isGivenUp()
+{
+    const Text text(u"The quick brown fox jumps over the lazy dog\n"_s.repeated(30'000));
+    const TextFinder finder = finderOf(expression(u"(?s)[a-z].*?zzz"_s));
+    const qint64 start = threadTime();
+    QVERIFY(findNext(finder, text, {}, true).isTooComplex);
+    const qint64 seconds = (threadTime() - start) / 1'000'000'000;
+    QVERIFY2(seconds < 10, qPrintable(QString::number(seconds)));
+    FindCount count(finder, text);
+    while (count.countStep())
+        ;
+    QVERIFY(count.progress().isTooComplex);
+    bool isAsked = false;
+    const auto isCancelled = [&isAsked] { return std::exchange(isAsked, true); };
+    QVERIFY(!findNext(finder, text, {}, true, isCancelled).isTooComplex);
 }
 
 void TextFinderTest::replacement_groups_areExpanded()
