@@ -40,6 +40,18 @@ struct Run
     QSemaphore ended;
 };
 
+void carryOut(const BackgroundTask::Work &work, Run &run)
+{
+    try {
+        run.promise.addResult(work([&run] { return run.promise.isCanceled() || isEnding; }));
+    } catch (...) {
+        // Memory may run out over a huge text; without a result the work counts as failed, and the
+        // text that is not saved yet lives on.
+    }
+    run.promise.finish();
+    run.ended.release();
+}
+
 } // namespace
 
 BackgroundTask::BackgroundTask(QObject *parent)
@@ -60,16 +72,7 @@ void BackgroundTask::start(Work work, int patience)
     run->promise.start();
     const QFuture<Completion> future = run->promise.future();
     m_isRunning = true;
-    pool().start([run, work = std::move(work)] {
-        try {
-            run->promise.addResult(work([run] { return run->promise.isCanceled() || isEnding; }));
-        } catch (...) {
-            // Memory may run out over a huge text; without a result the work counts as failed, and
-            // the text that is not saved yet lives on.
-        }
-        run->promise.finish();
-        run->ended.release();
-    });
+    pool().start([run, work = std::move(work)] { carryOut(work, *run); });
     const bool hasEnded = patience > 0 && run->ended.tryAcquire(1, patience);
     m_watcher.setFuture(future);
     if (hasEnded)

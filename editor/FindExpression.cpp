@@ -22,7 +22,7 @@ constexpr QStringView kPatientLimits = u"(*NO_JIT)(*LIMIT_MATCH=2500000)(*LIMIT_
 
 /// PCRE2 looks behind by at most 65,535 characters; and one more, so that the start of what it is
 /// shown is not taken for the start of the text.
-constexpr qint64 kFarthestBehind = 2 * (65'535 + 1);
+constexpr qint64 kFarthestBehind = qint64{2} * (65'535 + 1);
 
 constexpr qint64 kMillisecond = 1'000'000; // In nanoseconds.
 constexpr qint64 kQuickCall = 1 * kMillisecond;
