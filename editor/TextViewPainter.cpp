@@ -34,14 +34,74 @@ LayoutSelection selectionIn(const SegmentLayout &layout, TextRange selection)
     return result;
 }
 
+/// Fills what a part of a row covers, behind the text.
+class RowFiller
+{
+public:
+    RowFiller(QPainter &painter, const QColor &color)
+        : m_painter(painter)
+        , m_color(color)
+    {
+    }
+
+    void fill(const QRectF &area)
+    {
+        if (area.width() > 0)
+            m_painter.fillRect(area, m_color);
+    }
+
+    /// \param part from index to index of the layout, within the row.
+    /// \param place the row's left edge, top and height.
+    void fillText(const SegmentLayout &layout,
+                  const QTextLine &line,
+                  std::pair<int, int> part,
+                  const QRectF &place)
+    {
+        const auto [start, end] = part;
+        if (start >= end)
+            return;
+        if (layout.hasRightToLeft())
+            fillPieces(layout, line, part, place);
+        else
+            fillBetween(line.cursorToX(start), line.cursorToX(end), place);
+    }
+
+private:
+    void fillBetween(qreal a, qreal b, const QRectF &place)
+    {
+        fill({place.x() + std::min(a, b), place.y(), std::abs(b - a), place.height()});
+    }
+
+    /// Stretches of another direction divide a part of a row into pieces. Carets do not tell where
+    /// those end, because at such a place one caret stands for two.
+    void fillPieces(const SegmentLayout &layout,
+                    const QTextLine &line,
+                    std::pair<int, int> part,
+                    const QRectF &place)
+    {
+        const auto [start, end] = part;
+        const QList<QGlyphRun> runs = line.glyphRuns(start, end - start);
+        for (const QGlyphRun &run : runs) {
+            const QRectF rect = run.boundingRect();
+            fillBetween(rect.left(), rect.right(), place);
+        }
+        for (int i = start; i < end; ++i) {
+            if (layout.isTab(i)) // It has no glyph.
+                fillBetween(line.cursorToX(i), line.cursorToX(i, QTextLine::Trailing), place);
+        }
+    }
+
+    QPainter &m_painter;
+    QColor m_color;
+};
+
 /// Fills what is selected of one segment, behind its text.
 class SelectionPainter
 {
 public:
     /// `origin` is the top left of the segment; the selection of a break reaches to `right`.
     SelectionPainter(QPainter &painter, const QColor &color, QPointF origin, qreal right)
-        : m_painter(painter)
-        , m_color(color)
+        : m_filler(painter, color)
         , m_origin(origin)
         , m_right(right)
     {
@@ -55,7 +115,8 @@ public:
             const int lineEnd = line.textStart() + line.textLength();
             if (selection.end < line.textStart() || selection.start > lineEnd)
                 continue;
-            fillText(layout, line, selection);
+            const int start = std::max(selection.start, line.textStart());
+            m_filler.fillText(layout, line, {start, std::min(selection.end, lineEnd)}, m_row);
             const bool isLastRow = row + 1 == layout.rowCount();
             const bool goesOn = isLastRow ? selection.coversBreak
                                           : selection.end >= lineEnd && selection.start < lineEnd &&
@@ -80,43 +141,10 @@ private:
 
     void fill(qreal left, qreal right)
     {
-        if (left < right)
-            m_painter.fillRect(QRectF(left, m_row.y(), right - left, m_row.height()), m_color);
+        m_filler.fill({left, m_row.y(), right - left, m_row.height()});
     }
 
-    void
-    fillText(const SegmentLayout &layout, const QTextLine &line, const LayoutSelection &selection)
-    {
-        const int start = std::max(selection.start, line.textStart());
-        const int end = std::min(selection.end, line.textStart() + line.textLength());
-        if (start >= end)
-            return;
-        if (layout.hasRightToLeft())
-            fillPieces(layout, line, start, end);
-        else
-            fill(m_row.x() + line.cursorToX(start), m_row.x() + line.cursorToX(end));
-    }
-
-    /// Stretches of another direction divide what is selected of a row into pieces. Carets do not
-    /// tell where those end, because at such a place one caret stands for two.
-    void fillPieces(const SegmentLayout &layout, const QTextLine &line, int start, int end)
-    {
-        const QList<QGlyphRun> runs = line.glyphRuns(start, end - start);
-        for (const QGlyphRun &run : runs) {
-            const QRectF rect = run.boundingRect();
-            fill(m_origin.x() + rect.left(), m_origin.x() + rect.right());
-        }
-        for (int i = start; i < end; ++i) {
-            if (!layout.isTab(i)) // It has no glyph.
-                continue;
-            const qreal a = line.cursorToX(i);
-            const qreal b = line.cursorToX(i, QTextLine::Trailing);
-            fill(m_row.x() + std::min(a, b), m_row.x() + std::max(a, b));
-        }
-    }
-
-    QPainter &m_painter;
-    QColor m_color;
+    RowFiller m_filler;
     QPointF m_origin;
     qreal m_right = 0;
     QRectF m_row; // Without width.
@@ -185,65 +213,79 @@ QColor markColor(const QPalette &palette)
     return isDark ? QColor(107, 83, 0) : QColor(255, 225, 120);
 }
 
-/// Marks what was found in one segment, behind selection and text.
+/// Marks what was found in one segment, behind selection and text. Its cost is bounded by the rows
+/// that are painted, however many marks they hold.
 class MarkPainter
 {
 public:
     MarkPainter(QPainter &painter, const TextViewPicture &picture, qreal rowHeight)
-        : m_painter(painter)
+        : m_filler(painter, markColor(picture.palette))
         , m_marks(*picture.marks)
-        , m_color(markColor(picture.palette))
         , m_rowHeight(rowHeight)
     {
     }
 
-    void paint(const SegmentLayout &layout, QPointF origin)
+    void paint(const SegmentLayout &layout, QPointF origin, const QRectF &exposed)
     {
-        const TextSegment &segment = layout.segment();
-        auto mark = std::partition_point(m_marks.begin(), m_marks.end(), [&](const FindMatch &m) {
-            return m.end < segment.start;
-        });
-        for (; mark != m_marks.end() && mark->start <= segment.end; ++mark) {
-            const qint64 start = std::max(mark->start, segment.start);
-            const qint64 end = std::min(mark->end, segment.end);
-            // What ends with the line before, or begins with the break after, shows there.
-            if (mark->isEmpty() || start < end || mark->end > segment.end)
-                fill(layout, {start, end}, origin);
+        const auto rowAt = [&](qreal y) {
+            const qreal row = std::floor((y - origin.y()) / m_rowHeight);
+            return static_cast<int>(std::clamp<qreal>(row, 0, layout.rowCount() - 1));
+        };
+        const int last = rowAt(exposed.bottom());
+        for (int row = rowAt(exposed.top()); row <= last; ++row) {
+            const qreal top = origin.y() + row * m_rowHeight;
+            paintRow(layout, row, QRectF(origin.x(), top + 1, 0, m_rowHeight - 2));
         }
     }
 
 private:
-    void fill(const SegmentLayout &layout, const FindMatch &part, QPointF origin)
+    void paintRow(const SegmentLayout &layout, int row, const QRectF &place)
     {
-        constexpr qreal kThin = 3; // Of what has no width: an empty match, a line break.
-        const int last = layout.rowOf(part.end, !part.isEmpty());
-        for (int row = layout.rowOf(part.start, false); row <= last; ++row) {
-            const QTextLine line = layout.layout().lineAt(row);
-            const int lineEnd = line.textStart() + line.textLength();
-            const int start = std::max(layout.layoutIndex(part.start), line.textStart());
-            const int end = std::min(layout.layoutIndex(part.end), lineEnd);
-            const qreal top = origin.y() + row * m_rowHeight;
-            // Pieces of rows that run from right to left need not be in one place.
-            const int step = layout.hasRightToLeft() ? 1 : std::max(1, end - start);
-            for (int i = start; i < end; i += step)
-                fillBetween(
-                    origin.x() + line.cursorToX(i), origin.x() + line.cursorToX(i + step), top);
-            if (start >= end) {
-                const qreal x = origin.x() + line.cursorToX(start);
-                fillBetween(x, x + kThin, top);
+        // A row shows no more pieces than that, except of characters without width.
+        constexpr int kPieces = 400;
+        const TextSegment &segment = layout.segment();
+        const QTextLine line = layout.layout().lineAt(row);
+        const int lineEnd = line.textStart() + line.textLength();
+        // Where a row ends and the next begins, it is the next one's.
+        const int lastIndex = row + 1 == layout.rowCount() ? lineEnd : lineEnd - 1;
+        const qint64 rowStart = layout.rowStart(row);
+        const qint64 rowEnd = layout.rowEnd(row);
+        auto mark = std::partition_point(
+            m_marks.begin(), m_marks.end(), [&](const FindMatch &m) { return m.end < rowStart; });
+        std::pair<int, int> piece; // Marks that touch are one.
+        int pieces = 0;
+        for (; mark != m_marks.end() && mark->start <= rowEnd && pieces < kPieces; ++mark) {
+            const int start = layout.layoutIndex(std::max(mark->start, segment.start));
+            const int end = layout.layoutIndex(std::min(mark->end, segment.end));
+            if (start == end) {
+                const bool isHere = start >= line.textStart() && start <= lastIndex;
+                pieces += isHere ? paintThin(*mark, segment, line.cursorToX(start), place) : 0;
+                continue;
             }
+            const std::pair part(std::max(start, line.textStart()), std::min(end, lineEnd));
+            if (part.first != piece.second) {
+                m_filler.fillText(layout, line, piece, place);
+                piece.first = part.first;
+                ++pieces;
+            }
+            piece.second = part.second;
         }
+        m_filler.fillText(layout, line, piece, place);
     }
 
-    void fillBetween(qreal a, qreal b, qreal top)
+    /// Paints what has no width: an empty match, a line break. Returns the number of pieces.
+    int paintThin(const FindMatch &mark, const TextSegment &segment, qreal x, const QRectF &place)
     {
-        const QRectF area(std::min(a, b), top, std::abs(b - a), m_rowHeight);
-        m_painter.fillRect(area.adjusted(0, 1, 0, -1), m_color);
+        constexpr qreal kThin = 3;
+        // What ends with the line before, or begins with the break after, shows there.
+        if (!mark.isEmpty() && mark.end <= segment.end)
+            return 0;
+        m_filler.fill({place.x() + x, place.y(), kThin, place.height()});
+        return 1;
     }
 
-    QPainter &m_painter;
+    RowFiller m_filler;
     const std::vector<FindMatch> &m_marks;
-    QColor m_color;
     qreal m_rowHeight;
 };
 
@@ -262,13 +304,18 @@ void paintTextView(QPainter &painter,
     painter.setPen(palette.color(QPalette::Text));
     viewport.forEachVisible([&](const SegmentLayout &layout, qreal y) {
         const QPointF origin(TextViewport::kMargin, y);
+        const qreal rowHeight = viewport.style().rowHeight;
+        // Ink may reach into the rows around its own.
+        if (y - rowHeight > exposed.bottom() ||
+            y + (layout.rowCount() + 1) * rowHeight < exposed.top())
+            return;
         if (picture.marks != nullptr)
-            MarkPainter(painter, picture, viewport.style().rowHeight).paint(layout, origin);
+            MarkPainter(painter, picture, rowHeight).paint(layout, origin, exposed);
         const LayoutSelection selection = selectionIn(layout, picture.selection);
         QList<QTextLayout::FormatRange> formats;
         if (!selection.isEmpty()) {
             SelectionPainter(painter, colors.background, origin, right)
-                .paint(layout, selection, viewport.style().rowHeight);
+                .paint(layout, selection, rowHeight);
             formats = selectedFormats(layout, selection, colors.text);
         }
         layout.layout().draw(&painter, origin, formats, exposed);
