@@ -171,15 +171,20 @@ ReplaceAllResult replaceAllMatches(const TextFinder &finder,
 std::optional<QString> replacementAt(const TextFinder &finder,
                                      const FindReplacement &replacement,
                                      const Text &text,
-                                     const FindMatch &match)
+                                     const FindMatch &match,
+                                     const FindIsCancelled &isCancelled)
 {
     std::optional<QString> result;
     const auto visit = [&](const FindMatch &found, const QRegularExpressionMatch *captures) {
         if (found == match)
             result = replacement.expand(captures);
-        return false;
+        return !result && found.start <= match.start;
     };
-    (void)finder.step(text, {match.start, false}, visit, match.start + 1);
+    // A match that has moved its start was tried somewhere before, and took its groups from there.
+    const qint64 near = finder.movesStart() ? findBlockStart(text, match.start) : match.start;
+    finder.search(text, {near, false}, visit, match.start + 1, isCancelled);
+    if (!result && finder.movesStart() && near > 0)
+        finder.search(text, {}, visit, match.start + 1, isCancelled);
     return result;
 }
 

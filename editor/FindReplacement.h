@@ -59,6 +59,7 @@ struct ReplaceAllResult
 [[nodiscard]] std::optional<QString> replacementAt(const TextFinder &finder,
                                                    const FindReplacement &replacement,
                                                    const Text &text,
-                                                   const FindMatch &match);
+                                                   const FindMatch &match,
+                                                   const FindIsCancelled &isCancelled = {});
 
 } // namespace penwick

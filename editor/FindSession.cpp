@@ -218,9 +218,9 @@ void FindSession::replaceMatch(const FindMatch &match, const QString &replacemen
     }
     m_search.start(
         [this, finder = *m_finder, text = m_storage->text(), match, replacement](
-            const BackgroundTask::IsCancelled &) -> BackgroundTask::Completion {
-            const auto result =
-                replacementAt(finder, FindReplacement(replacement, finder), text, match);
+            const BackgroundTask::IsCancelled &isCancelled) -> BackgroundTask::Completion {
+            const auto result = replacementAt(
+                finder, FindReplacement(replacement, finder), text, match, isCancelled);
             if (!result)
                 return [this] { Q_EMIT notFound(); };
             return [this, match, result] { Q_EMIT replacementReady(match, *result); };

@@ -224,6 +224,14 @@ bool FindEffort::isTooMuch() const
     return m_effort > kFree + m_units * kPerUnit;
 }
 
+qint64 findBlockStart(const Text &text, qint64 end)
+{
+    const qint64 nominal = std::max<qint64>(0, end - kBlockUnits);
+    const qint64 line = text.offsetAfterLineBreak(text.lineBreaksBefore(nominal));
+    const qint64 start = nominal - line <= kBlockUnits ? line : nominal;
+    return canCutForFinding(text, start) ? start : start - 1;
+}
+
 namespace {
 
 bool isCancelledNow(const FindIsCancelled &isCancelled)
@@ -245,15 +253,6 @@ FindResult firstMatch(const TextFinder &finder,
     };
     result.isTooComplex = finder.search(text, from, visit, kNoEnd, isCancelled).isTooComplex;
     return result;
-}
-
-/// Where to begin so that matches are met as from the text's start: a line's start, if it is near.
-qint64 blockStart(const Text &text, qint64 end)
-{
-    const qint64 nominal = std::max<qint64>(0, end - kBlockUnits);
-    const qint64 line = text.offsetAfterLineBreak(text.lineBreaksBefore(nominal));
-    const qint64 start = nominal - line <= kBlockUnits ? line : nominal;
-    return canCutForFinding(text, start) ? start : start - 1;
 }
 
 /// The last match that starts in [start, end) and ends at or before `bound`.
@@ -283,7 +282,7 @@ FindResult lastMatchBefore(const TextFinder &finder,
 {
     qint64 end = offset;
     while (end > floor && !isCancelledNow(isCancelled)) {
-        const qint64 start = blockStart(text, std::min(end, text.size()));
+        const qint64 start = findBlockStart(text, std::min(end, text.size()));
         const FindResult result = lastMatch(finder, text, {start, end}, offset, isCancelled);
         if (result.match || result.isTooComplex)
             return result;

@@ -133,6 +133,10 @@ struct FindResult
                                       bool wraps,
                                       const FindIsCancelled &isCancelled = {});
 
+/// Where to begin so that the matches before `end` are met as from the text's start: some way
+/// before it, at a line's start if that is near.
+[[nodiscard]] qint64 findBlockStart(const Text &text, qint64 end);
+
 /// The offset of the character after the one at `offset`: a surrogate pair and CR LF are one.
 [[nodiscard]] qint64 findOffsetAfter(const Text &text, qint64 offset);
 
