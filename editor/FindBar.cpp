@@ -47,6 +47,17 @@ void label(QToolButton *button, const QString &face, const QString &meaning)
     button->setAccessibleName(meaning);
 }
 
+/// Desktops set the colours of texts, few that of placeholders: Qt's own is for a light background.
+void makePlaceholderLegible(QLineEdit *field)
+{
+    constexpr float kAlpha = 0.6F;
+    QColor color = field->palette().color(QPalette::Text);
+    color.setAlphaF(kAlpha);
+    QPalette palette;
+    palette.setColor(QPalette::PlaceholderText, color);
+    field->setPalette(palette);
+}
+
 /// `string` as a regular expression that matches nothing else.
 QString escaped(const QString &string)
 {
@@ -335,6 +346,8 @@ void FindBar::updateColors()
     warned.setColor(QPalette::WindowText, warning);
     m_errorLabel->setPalette(warned);
     m_countLabel->setPalette(hasNoMatch() ? warned : own);
+    for (QLineEdit *field : {m_searchField, m_replaceField})
+        makePlaceholderLegible(field);
     m_isUpdatingColors = false;
 }
 
