@@ -4,6 +4,7 @@
 #include "editor/TextView.h"
 
 #include <QApplication>
+#include <QInputMethodEvent>
 #include <QShortcut>
 
 namespace penwick {
@@ -39,6 +40,8 @@ FindController::FindController(TextView *view, FindBar *bar, QWidget *scope)
     connect(&m_session, &FindSession::marksDidChange, m_view, &TextView::updateMarks);
     connect(&m_session, &FindSession::replacementReady, this, &FindController::applyReplacement);
     connect(&m_session, &FindSession::replaceAllReady, this, &FindController::applyReplaceAll);
+    m_view->installEventFilter(this);
+    m_view->viewport()->installEventFilter(this);
     m_view->setMarks([this](TextRange range) -> const std::vector<FindMatch> & {
         return m_session.marksIn(range);
     });
@@ -115,6 +118,8 @@ bool FindController::close()
     if (m_bar->isHidden())
         return false;
     m_queue.clear();
+    m_pending = Pending::Nothing;
+    m_session.cancelSearch();
     m_bar->hide();
     m_bar->showReplacing(false);
     m_session.setCounting(false);
@@ -253,19 +258,27 @@ void FindController::replaceAll()
         return;
     m_queue.clear();
     m_pending = Pending::ReplaceAll;
-    m_session.replaceAll(m_bar->replacement(), m_view->caretOffset());
+    m_caretToKeep = m_view->caretOffset();
+    m_session.replaceAll(m_bar->replacement(), m_caretToKeep);
     if (m_session.isSearching())
         m_bar->showReplacing(true);
 }
 
 void FindController::applyReplaceAll(const ReplaceAllResult &result)
 {
+    if (m_view->caretOffset() != m_caretToKeep) {
+        replaceAll(); // The person has moved on meanwhile.
+        return;
+    }
     m_pending = Pending::Nothing;
     if (result.count > 0) {
         const TextRange range{result.range.start, result.range.end - result.range.start};
         m_view->shouldChangeText(range, result.replacement);
+        // In a group the selection told last is the one that redo restores.
+        m_view->textStorage()->beginUndoGrouping();
         m_view->replaceCharacters(range, result.replacement);
         select({result.caret, 0});
+        m_view->textStorage()->endUndoGrouping();
         m_view->didChangeText();
     }
     m_bar->showReplaced(result.count);
@@ -276,10 +289,33 @@ void FindController::selectionDidChange()
     m_session.setSelection(m_view->selectedRange());
     if (m_isSelecting)
         return;
+    abandonSearch();
     m_origin = m_view->selectedRange();
     m_lastFound = {-1, -1};
     m_isWrapped = false;
     showState();
+}
+
+/// A person who goes on in the text does not want to be carried away by what was still looked for.
+/// Replacing all goes on: it leaves the caret where it is.
+void FindController::abandonSearch()
+{
+    m_queue.clear();
+    if (m_pending == Pending::ReplaceAll)
+        return;
+    m_session.cancelSearch();
+    m_pending = Pending::Nothing;
+}
+
+bool FindController::eventFilter(QObject *object, QEvent *event)
+{
+    const auto *composing = event->type() == QEvent::InputMethod
+                                ? static_cast<const QInputMethodEvent *>(event)
+                                : nullptr;
+    if (event->type() == QEvent::MouseButtonPress ||
+        (composing != nullptr && !composing->preeditString().isEmpty()))
+        abandonSearch();
+    return QObject::eventFilter(object, event);
 }
 
 void FindController::textDidChange()

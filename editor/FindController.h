@@ -39,6 +39,8 @@ public:
 
     [[nodiscard]] FindSession *session() { return &m_session; }
 
+    bool eventFilter(QObject *object, QEvent *event) override;
+
 private:
     enum class Direction { Forward, Backward };
     enum class Pending { Nothing, Typing, Step, Replacement, ReplaceAll };
@@ -58,6 +60,7 @@ private:
     void applyReplacement(const FindMatch &match, const QString &replacement);
     void applyReplaceAll(const ReplaceAllResult &result);
     void select(TextRange range);
+    void abandonSearch();
     void performQueued();
     void textDidChange();
     void showState();
@@ -69,6 +72,7 @@ private:
     std::deque<Direction> m_queue; // Steps asked for while a search still runs.
     TextRange m_origin;            // Where a search while typing begins, and returns to.
     FindMatch m_lastFound;
+    qint64 m_caretToKeep = 0; // Where it stood when replacing all began.
     bool m_isWrapped = false;
     bool m_isSelecting = false;
 };

@@ -1,0 +1,262 @@
+#include "editor/FindController.h"
+
+#include "editor/FindBar.h"
+#include "editor/MainEditorView.h"
+#include "editor/TextView.h"
+#include "editor/TextViewRepresentable.h"
+#include "platform/ThreadTime.h"
+
+#include <QInputMethodEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QTest>
+#include <QToolButton>
+
+using namespace penwick;
+using namespace Qt::StringLiterals;
+
+/// What a person does in the text while it is searched, and what the text shows of it.
+class FindControllerTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void search_clickedMeanwhile_leavesTheCaret();
+    void search_caretMovedMeanwhile_leavesTheCaret();
+    void search_composedMeanwhile_leavesTheCaret();
+    void search_barClosedMeanwhile_leavesTheCaret();
+    void replaceAll_caretMovedMeanwhile_keepsIt();
+    void replaceAll_overLongValues_destroysNothing();
+    void replaceAll_undoneAndRedone_keepsTheCaret();
+    void replace_behindMovedStart_replacesWhatWasFound();
+    void marks_inBothDirections_coverTheirCharactersOnly();
+    void marks_onThousandsOfCombiningMarks_arePaintedSoon();
+    void placeholder_darkPalette_isLegible();
+
+private:
+    void setText(const QString &text);
+    void open(const QString &pattern, bool isExpression = false, bool isWord = false);
+    void startLongSearch();
+    void replaceAllBy(const QString &replacement);
+
+    [[nodiscard]] TextView *view() const { return m_view->textView(); }
+
+    [[nodiscard]] FindController *controller() const
+    {
+        return m_view->textViewRepresentable()->findController();
+    }
+
+    template <typename Child> [[nodiscard]] Child *child(const char *name) const
+    {
+        return m_view->findChild<Child *>(QString::fromLatin1(name));
+    }
+
+    [[nodiscard]] QLineEdit *field() const { return child<QLineEdit>("findField"); }
+
+    [[nodiscard]] bool isSearching() const { return controller()->session()->isSearching(); }
+
+    [[nodiscard]] QString text() const { return view()->string().toString(); }
+
+    std::unique_ptr<DocumentState> m_state;
+    std::unique_ptr<TextDocument> m_document;
+    std::unique_ptr<MainEditorView> m_view;
+};
+
+void FindControllerTest::init()
+{
+    m_state = std::make_unique<DocumentState>();
+    m_document = std::make_unique<TextDocument>();
+    m_view = std::make_unique<MainEditorView>(m_state.get(), m_document.get());
+    m_view->resize(600, 400);
+    m_view->show();
+    m_view->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(m_view.get()));
+    QTRY_VERIFY(view()->hasFocus());
+}
+
+void FindControllerTest::cleanup()
+{
+    m_view.reset();
+    m_document.reset();
+    m_state.reset();
+}
+
+void FindControllerTest::setText(const QString &text)
+{
+    m_document->setContentString(Text(text));
+    m_state->setText(Text(text));
+    QTRY_VERIFY(view()->string() == Text(text));
+}
+
+void FindControllerTest::open(const QString &pattern, bool isExpression, bool isWord)
+{
+    controller()->showReplace();
+    field()->clear();
+    child<QToolButton>("findRegularExpression")->setChecked(isExpression);
+    child<QToolButton>("findWholeWord")->setChecked(isWord);
+    field()->setText(pattern);
+}
+
+/// Which comes to nothing, after seconds.
+void FindControllerTest::startLongSearch()
+{
+    setText(u"The quick brown fox jumps over the lazy dog\n"_s.repeated(20'000));
+    open(u"(?s)[a-z].*?zzz"_s, true);
+    QVERIFY(isSearching());
+}
+
+void FindControllerTest::replaceAllBy(const QString &replacement)
+{
+    child<QLineEdit>("replaceField")->setText(replacement);
+    child<QToolButton>("replaceAll")->click();
+}
+
+void FindControllerTest::search_clickedMeanwhile_leavesTheCaret()
+{
+    startLongSearch();
+    const QPoint start = view()->caretRectAt(0).center().toPoint();
+    QTest::mouseClick(view()->viewport(), Qt::LeftButton, {}, start);
+    QVERIFY(!isSearching());
+    QCOMPARE(view()->selectedRange(), (TextRange{0, 0}));
+}
+
+void FindControllerTest::search_caretMovedMeanwhile_leavesTheCaret()
+{
+    startLongSearch();
+    view()->setFocus();
+    QTest::keyClick(view(), Qt::Key_Right);
+    QVERIFY(!isSearching());
+    QCOMPARE(view()->selectedRange(), (TextRange{1, 0}));
+    startLongSearch();
+    view()->setFocus();
+    QTest::keyClicks(view(), u"x"_s);
+    QVERIFY(!isSearching());
+}
+
+void FindControllerTest::search_composedMeanwhile_leavesTheCaret()
+{
+    startLongSearch();
+    view()->setFocus();
+    QInputMethodEvent composing(u"ねこ"_s, {});
+    QCoreApplication::sendEvent(view(), &composing);
+    QVERIFY(!isSearching());
+    QVERIFY(view()->hasMarkedText());
+}
+
+void FindControllerTest::search_barClosedMeanwhile_leavesTheCaret()
+{
+    startLongSearch();
+    controller()->close();
+    QVERIFY(!isSearching());
+}
+
+void FindControllerTest::replaceAll_caretMovedMeanwhile_keepsIt()
+{
+    setText(u"ab "_s.repeated(1'000'000) + u"end"_s);
+    open(u"b"_s);
+    replaceAllBy(u"cde"_s);
+    QVERIFY(isSearching());
+    view()->setSelectedRange({2'999'997 + 3, 3});
+    QTRY_COMPARE_WITH_TIMEOUT(view()->string().size(), 5'000'003, 60'000);
+    QCOMPARE(view()->selectedRange(), (TextRange{5'000'003, 0}));
+}
+
+void FindControllerTest::replaceAll_overLongValues_destroysNothing()
+{
+    const QString value(20'000, u'A');
+    setText(u"{\"image\": \""_s + value + u"\",\n \"b\": \"c\"}\n"_s);
+    open(u"\"[^\"]*\""_s, true);
+    replaceAllBy(u"S"_s);
+    QTRY_COMPARE(text(), u"{S: S,\n S: S}\n"_s);
+}
+
+void FindControllerTest::replaceAll_undoneAndRedone_keepsTheCaret()
+{
+    setText(u"aa bb aa cc aa"_s);
+    open(u"aa"_s);
+    view()->setSelectedRange({4, 0}); // Within "bb".
+    replaceAllBy(u"xyz"_s);
+    QTRY_COMPARE(text(), u"xyz bb xyz cc xyz"_s);
+    QCOMPARE(view()->selectedRange(), (TextRange{5, 0}));
+    view()->undo();
+    QCOMPARE(view()->selectedRange(), (TextRange{4, 0}));
+    view()->redo();
+    QCOMPARE(text(), u"xyz bb xyz cc xyz"_s);
+    QCOMPARE(view()->selectedRange(), (TextRange{5, 0}));
+}
+
+void FindControllerTest::replace_behindMovedStart_replacesWhatWasFound()
+{
+    setText(u"foobar foobar x"_s);
+    open(u"(f)oo\\Kbar"_s, true);
+    QTRY_COMPARE(view()->selectedRange(), (TextRange{3, 3}));
+    child<QLineEdit>("replaceField")->setText(u"<$1>"_s);
+    child<QToolButton>("replaceOne")->click();
+    QTRY_COMPARE(text(), u"foo<f> foobar x"_s);
+    QTRY_COMPARE(view()->selectedRange(), (TextRange{10, 3}));
+    child<QToolButton>("replaceOne")->click();
+    QTRY_COMPARE(text(), u"foo<f> foo<f> x"_s);
+    field()->setText(u"(?<=> )x"_s);
+    QTRY_COMPARE(view()->selectedRange(), (TextRange{14, 1}));
+    child<QToolButton>("replaceOne")->click();
+    QTRY_COMPARE(text(), u"foo<f> foo<f> <$1>"_s);
+}
+
+void FindControllerTest::marks_inBothDirections_coverTheirCharactersOnly()
+{
+    setText(u"שלום עולם abc שלום\nx"_s);
+    open(u"a"_s);
+    QTRY_COMPARE(view()->selectedRange(), (TextRange{10, 1}));
+    view()->setSelectedRange({19, 0});
+    const auto colorUnder = [this](qint64 offset) {
+        const QRectF rect = view()->characterRectAt(offset);
+        const QImage image = view()->viewport()->grab().toImage();
+        return image.pixelColor(QPoint(qRound(rect.center().x()), qRound(rect.top()) + 2));
+    };
+    const QColor base = colorUnder(19);
+    QTRY_VERIFY(colorUnder(10) != base);
+    for (const qint64 offset : {0, 3, 5, 8, 11, 12, 14, 17})
+        QCOMPARE(colorUnder(offset), base);
+}
+
+void FindControllerTest::marks_onThousandsOfCombiningMarks_arePaintedSoon()
+{
+    setText(u'e' + QString(100'000, QChar(0x0301)));
+    open(u"."_s, true);
+    controller()->session()->setCounting(true);
+    QTRY_COMPARE(controller()->session()->count().total, 100'001);
+    (void)view()->viewport()->grab(); // Asks for the marks, and lays the text out.
+    QTRY_VERIFY(!controller()->session()->marksIn({0, 100'001}).empty());
+    (void)view()->viewport()->grab();
+    const qint64 start = threadTime();
+    (void)view()->viewport()->grab(QRect(0, 0, 8, 20)); // As a blinking caret does.
+    const qint64 milliseconds = (threadTime() - start) / 1'000'000;
+    QVERIFY2(milliseconds < 200, qPrintable(QString::number(milliseconds)));
+}
+
+void FindControllerTest::placeholder_darkPalette_isLegible()
+{
+    // As a dark desktop sets it: nothing is said about placeholders.
+    QPalette dark;
+    for (const auto role : {QPalette::Window, QPalette::Base, QPalette::Button})
+        dark.setColor(role, QColor(27, 30, 32));
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        dark.setColor(role, QColor(239, 240, 241));
+    dark.setColor(QPalette::PlaceholderText, QColor(0, 0, 0, 128));
+    m_view->setPalette(dark);
+    open({});
+    view()->setFocus();
+    const QImage image = field()->grab().toImage();
+    const QRect inside = image.rect().adjusted(5, 5, -30, -5);
+    int lightest = 0;
+    for (int y = inside.top(); y <= inside.bottom(); ++y) {
+        for (int x = inside.left(); x <= inside.right(); ++x)
+            lightest = std::max(lightest, image.pixelColor(x, y).lightness());
+    }
+    QVERIFY2(lightest > 120, qPrintable(QString::number(lightest)));
+}
+
+QTEST_MAIN(FindControllerTest)
+#include "FindControllerTest.moc"
