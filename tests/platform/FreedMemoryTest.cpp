@@ -12,7 +12,7 @@ using namespace penwick;
 namespace {
 
 /// Bytes of the process that are in memory.
-qint64 residentSize()
+[[maybe_unused]] qint64 residentSize()
 {
     QFile file(QStringLiteral("/proc/self/statm"));
     if (!file.open(QIODevice::ReadOnly))
