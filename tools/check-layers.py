@@ -21,7 +21,9 @@ LAYERS = {
     "macro_library": {"wording", "platform"},
     "macro_value": set(),
     "macro_script": {"macro_value"},
-    "macro_engine": {"text", "wording", "platform", "macro_value", "macro_script"},
+    "macro_host": {"macro_value", "platform"},
+    "macro_process": {"macro_value", "platform"},
+    "macro_engine": {"text", "wording", "platform", "macro_value", "macro_process"},
 }
 # Lowest first. A widget target sees its logic target, what that one sees, and the ones before it.
 _UI = {
@@ -50,7 +52,12 @@ QT_MODULES = {
 SEAMS = {
     r"JavaScriptCore/|glib|jsc/": {"macro_script"},
     r"unicode/": {"text"},
-    r"(sys|netinet|arpa)/|(unistd|fcntl|pwd|grp|signal|dirent|poll|dlfcn)\.h$": {"platform"},
+    r"seccomp\.h|linux/landlock\.h": {"macro_host"},
+    r"(sys|netinet|arpa)/|(unistd|fcntl|pwd|grp|sched|signal|spawn|dirent|poll|dlfcn)\.h$": {
+        "platform",
+        "macro_host",
+        "macro_process",
+    },
 }
 
 FOLDERS = ("platform", "text", "wording", "editor", "macro", "app")
@@ -166,7 +173,7 @@ _BAD = [
     ("wording/Key.h", '#include "wording/View.h"', "wording may not see wording_ui"),
     ("wording/Key.h", "#include <QWidget>", "wording may not see QtWidgets"),
     ("wording/Key.h", "#include <QtGui/QFont>", "wording may not see QtGui"),
-    ("wording/Key.h", "#include <unistd.h>", "only platform may see it"),
+    ("wording/Key.h", "#include <unistd.h>", "only macro_host, macro_process, platform may see it"),
     ("wording/View.h", "#include <JavaScriptCore/JavaScript.h>", "only macro_script may see it"),
     ("wording/View.h", '#include "Key.h"', "is no path from the root"),
     ("wording/Lost.h", "", "in no add_layer() call"),

@@ -8,6 +8,7 @@ penwick_build_packages=(
     libgl-dev
     libicu-dev
     libjavascriptcoregtk-4.1-dev
+    libseccomp-dev
     ninja-build
     nlohmann-json3-dev
     pkgconf

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "macro/engine/MacroContext.h"
-#include "macro/engine/ScriptValue.h"
+#include "macro/script/ScriptValue.h"
 
 #include <QList>
 #include <QString>
@@ -103,7 +103,7 @@ struct MacroResultError
         InvalidReplaceLines,
         OutOfRangeOffset, ///< Never raised: offsets out of range are clamped.
         NoSelectionForReplaceSelection,
-        Timeout, ///< Never raised: runs have no time limit.
+        Timeout, ///< The person stopped the run; there is no time limit.
     };
 
     Code code = Code::ExecutionException;

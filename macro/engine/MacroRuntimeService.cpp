@@ -1,7 +1,7 @@
 #include "macro/engine/MacroRuntimeService.h"
 
 #include "macro/engine/ContextJson.h"
-#include "macro/engine/ScriptRunner.h"
+#include "macro/script/ScriptHostPool.h"
 #include "wording/WordingLookup.h"
 
 #include <cstdio>
@@ -63,12 +63,26 @@ MacroResultError resultError(const ScriptError &error)
         return executionException(u"JSContext の生成に失敗しました"_s);
     case ScriptError::Code::SourceTooLong:
         return executionException(u"context の JSON 変換に失敗しました"_s);
+    case ScriptError::Code::ResultTooManyValues:
+        return executionException(wording::text(u"macro.error.resultTooManyValues"_s,
+                                                u"マクロの戻り値の要素が多すぎます"_s));
     case ScriptError::Code::ResultTooLarge:
         return executionException(
             wording::text(u"macro.error.resultTooLarge"_s, u"マクロの戻り値が大きすぎます"_s));
     case ScriptError::Code::ResultTooDeep:
         return executionException(
             wording::text(u"macro.error.resultTooDeep"_s, u"マクロの戻り値の入れ子が深すぎます"_s));
+    case ScriptError::Code::HostUnavailable:
+        return executionException(wording::text(u"macro.error.hostUnavailable"_s,
+                                                u"マクロの実行プログラムを起動できません"_s));
+    case ScriptError::Code::HostDied:
+        return executionException(
+            wording::text(u"macro.error.hostDied"_s, u"マクロの実行が予期せず終了しました"_s));
+    case ScriptError::Code::OutOfMemory:
+        return executionException(
+            wording::text(u"macro.error.outOfMemory"_s, u"メモリが不足しました"_s));
+    case ScriptError::Code::Stopped:
+        return {Code::Timeout, {}};
     }
     Q_UNREACHABLE();
 }
@@ -77,8 +91,8 @@ MacroResultError resultError(const ScriptError &error)
 
 MacroRuntimeService::MacroRuntimeService()
     : MacroRuntimeService(
-          [](ScriptRequest request, const ScriptLogSink &log) {
-              return runScript(std::move(request), log);
+          [](const ScriptRequest &request, const ScriptLogSink &log, ScriptWaiter *waiter) {
+              return ScriptHostPool::shared().run(request, log, waiter);
           },
           logToStandardError)
 {
@@ -90,13 +104,16 @@ MacroRuntimeService::MacroRuntimeService(ScriptHost host, ScriptLogSink log)
 {
 }
 
-tl::expected<MacroResult, MacroResultError> MacroRuntimeService::run(
-    const QString &code, const MacroContext &context, const std::optional<QString> &userInput) const
+tl::expected<MacroResult, MacroResultError>
+MacroRuntimeService::run(const QString &code,
+                         const MacroContext &context,
+                         const std::optional<QString> &userInput,
+                         ScriptWaiter *waiter) const
 {
     std::optional<QString> source = scriptText(code, context);
     if (!source)
         return tl::unexpected(resultError({ScriptError::Code::SourceTooLong, {}}));
-    const ScriptOutcome outcome = m_host({std::move(*source), userInput}, m_log);
+    const ScriptOutcome outcome = m_host({std::move(*source), userInput}, m_log, waiter);
     if (!outcome)
         return tl::unexpected(resultError(outcome.error()));
     if (outcome->map() == nullptr)

@@ -277,7 +277,8 @@ void MacroRuntimeServiceTest::source_isTheWrapperAroundContextAndCode()
 {
     QString source;
     const MacroRuntimeService service(
-        [&source](const ScriptRequest &request, const ScriptLogSink &) -> ScriptOutcome {
+        [&source](
+            const ScriptRequest &request, const ScriptLogSink &, ScriptWaiter *) -> ScriptOutcome {
             source = request.source;
             return ScriptValue(ScriptValue::Map());
         },
@@ -295,7 +296,9 @@ void MacroRuntimeServiceTest::host_receivesInputAndLog()
     std::optional<QString> input;
     QStringList logged;
     const MacroRuntimeService service(
-        [&input](const ScriptRequest &request, const ScriptLogSink &log) -> ScriptOutcome {
+        [&input](const ScriptRequest &request,
+                 const ScriptLogSink &log,
+                 ScriptWaiter *) -> ScriptOutcome {
             input = request.userInput;
             log(u"line"_s);
             return ScriptValue(ScriptValue::Map());
@@ -320,6 +323,10 @@ void MacroRuntimeServiceTest::host_errors_becomeExecutionErrors_data()
     row("engine", ScriptError::Code::EngineUnavailable, u"JSContext の生成に失敗しました"_s);
     row("source", ScriptError::Code::SourceTooLong, u"context の JSON 変換に失敗しました"_s);
     row("large", ScriptError::Code::ResultTooLarge, u"マクロの戻り値が大きすぎます"_s);
+    row("values", ScriptError::Code::ResultTooManyValues, u"マクロの戻り値の要素が多すぎます"_s);
+    row("no host", ScriptError::Code::HostUnavailable, u"マクロの実行プログラムを起動できません"_s);
+    row("host died", ScriptError::Code::HostDied, u"マクロの実行が予期せず終了しました"_s);
+    row("memory", ScriptError::Code::OutOfMemory, u"メモリが不足しました"_s);
     row("deep", ScriptError::Code::ResultTooDeep, u"マクロの戻り値の入れ子が深すぎます"_s);
 }
 
@@ -332,7 +339,7 @@ void MacroRuntimeServiceTest::host_errors_becomeExecutionErrors()
         QHash<QString, QString>{{u"macro.error.jsContextCreation"_s, u"no"_s},
                                 {u"macro.error.contextConversion"_s, u"no"_s}});
     const MacroRuntimeService service(
-        [code](const ScriptRequest &, const ScriptLogSink &) -> ScriptOutcome {
+        [code](const ScriptRequest &, const ScriptLogSink &, ScriptWaiter *) -> ScriptOutcome {
             return tl::unexpected(ScriptError{static_cast<ScriptError::Code>(code), u"T"_s});
         },
         {});
@@ -352,7 +359,7 @@ void MacroRuntimeServiceTest::document_tooLongForTheEngine_failsBeforeTheHost()
     context.document.text = text;
     bool asked = false;
     const MacroRuntimeService service(
-        [&asked](const ScriptRequest &, const ScriptLogSink &) -> ScriptOutcome {
+        [&asked](const ScriptRequest &, const ScriptLogSink &, ScriptWaiter *) -> ScriptOutcome {
             asked = true;
             return ScriptValue();
         },

@@ -1,4 +1,4 @@
-#include "macro/engine/ScriptRunner.h"
+#include "macro/script/ScriptRunner.h"
 
 #include <QStringList>
 #include <QTest>
@@ -234,13 +234,14 @@ void ScriptRunnerTest::value_longerThanLimits_fails_data()
     QTest::addColumn<QString>("source");
     QTest::addColumn<int>("code");
 
+    const int tooMany = static_cast<int>(ScriptError::Code::ResultTooManyValues);
     const int tooLarge = static_cast<int>(ScriptError::Code::ResultTooLarge);
     const int tooDeep = static_cast<int>(ScriptError::Code::ResultTooDeep);
     const int fits = -1;
     QTest::newRow("ten values") << u"[1, 2, 3, 4, 5, 6, 7, 8, 9]"_s << fits;
-    QTest::newRow("eleven values") << u"[1, 2, 3, 4, 5, 6, 7, 8, 9, 10]"_s << tooLarge;
-    QTest::newRow("long empty list") << u"new Array(4000000000)"_s << tooLarge;
-    QTest::newRow("one list three times") << u"var o = [1, 2, 3]; [o, o, o]"_s << tooLarge;
+    QTest::newRow("eleven values") << u"[1, 2, 3, 4, 5, 6, 7, 8, 9, 10]"_s << tooMany;
+    QTest::newRow("long empty list") << u"new Array(4000000000)"_s << tooMany;
+    QTest::newRow("one list three times") << u"var o = [1, 2, 3]; [o, o, o]"_s << tooMany;
     QTest::newRow("a hundred bytes") << u"({k: 'x'.repeat(49)})"_s << fits;
     QTest::newRow("text too long") << u"({k: 'x'.repeat(50)})"_s << tooLarge;
     QTest::newRow("key too long") << u"var o = {}; o['k'.repeat(51)] = 1; o"_s << tooLarge;

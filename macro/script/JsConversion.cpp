@@ -1,6 +1,6 @@
-#include "macro/engine/JsConversion.h"
+#include "macro/script/JsConversion.h"
 
-#include "macro/engine/JsHandles.h"
+#include "macro/script/JsHandles.h"
 
 #include <optional>
 #include <unordered_set>
@@ -77,7 +77,7 @@ private:
     void take(JSValueRef value, QString key)
     {
         if (++m_values > m_limits.values) {
-            m_error = Code::ResultTooLarge;
+            m_error = Code::ResultTooManyValues;
             return;
         }
         switch (JSValueGetType(m_context, value)) {
@@ -141,7 +141,7 @@ private:
             opened.size = JSPropertyNameArrayGetCount(opened.names.get());
         }
         if (opened.size > m_limits.values - m_values) {
-            m_error = Code::ResultTooLarge;
+            m_error = Code::ResultTooManyValues;
             return;
         }
         if (!opened.names)

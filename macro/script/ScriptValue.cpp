@@ -1,4 +1,4 @@
-#include "macro/engine/ScriptValue.h"
+#include "macro/script/ScriptValue.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
-#include "macro/engine/JsHandles.h"
+#include "macro/script/JsHandles.h"
 
-#include "macro/engine/ScriptValue.h"
+#include "macro/script/ScriptValue.h"
 
 #include <utility>
 

@@ -1,7 +1,7 @@
-#include "macro/engine/ScriptRunner.h"
+#include "macro/script/ScriptRunner.h"
 
-#include "macro/engine/JsConversion.h"
-#include "macro/engine/JsHandles.h"
+#include "macro/script/JsConversion.h"
+#include "macro/script/JsHandles.h"
 
 #include <utility>
 

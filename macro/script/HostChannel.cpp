@@ -1,0 +1,60 @@
+#include "macro/script/HostChannel.h"
+
+#include "platform/FileDescriptor.h"
+
+#include <sys/socket.h>
+#include <utility>
+
+namespace penwick {
+
+HostChannel::HostChannel(int descriptor)
+    : m_descriptor(descriptor)
+    , m_sink([this](QByteArrayView bytes) { return send(bytes); })
+{
+}
+
+bool HostChannel::isConnected() const
+{
+    int domain = 0;
+    socklen_t size = sizeof domain;
+    return getsockopt(m_descriptor, SOL_SOCKET, SO_DOMAIN, &domain, &size) == 0 &&
+           domain == AF_UNIX;
+}
+
+std::optional<ScriptRequest> HostChannel::receiveRequest() const
+{
+    constexpr std::size_t kPortion = std::size_t{1} << 18;
+    MessageReader reader(MessageReader::Side::FromEditor);
+    QByteArray portion(kPortion, Qt::Uninitialized);
+    while (true) {
+        auto message = reader.next();
+        if (!message)
+            return std::nullopt;
+        if (*message) {
+            auto request = decodeRequest((*message)->payload);
+            return request ? std::optional(std::move(*request)) : std::nullopt;
+        }
+        const ssize_t size =
+            uninterrupted([&] { return ::read(m_descriptor, portion.data(), kPortion); });
+        if (size <= 0)
+            return std::nullopt;
+        reader.append(QByteArrayView(portion).first(size));
+    }
+}
+
+// With `write`, which the filter of system calls lets through. A reader that is gone ends us with a
+// signal, and that is as well.
+bool HostChannel::send(QByteArrayView bytes) const
+{
+    while (!bytes.isEmpty()) {
+        const ssize_t size = uninterrupted([&] {
+            return ::write(m_descriptor, bytes.data(), static_cast<std::size_t>(bytes.size()));
+        });
+        if (size <= 0)
+            return false;
+        bytes = bytes.sliced(size);
+    }
+    return true;
+}
+
+} // namespace penwick

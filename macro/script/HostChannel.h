@@ -1,0 +1,38 @@
+#pragma once
+
+#include "macro/script/ScriptWire.h"
+
+#include <optional>
+
+namespace penwick {
+
+/// The host's end of its connection to the editor. Calls block.
+class HostChannel final
+{
+public:
+    /// The descriptor under which the host finds its connection when it starts.
+    static constexpr int kDescriptor = 3;
+
+    /// \param descriptor a connected stream socket; not owned.
+    explicit HostChannel(int descriptor = kDescriptor);
+    HostChannel(const HostChannel &) = delete;
+    HostChannel &operator=(const HostChannel &) = delete;
+    ~HostChannel() = default;
+
+    /// Whether the descriptor is a connection at all: it is none when a person starts the host.
+    [[nodiscard]] bool isConnected() const;
+
+    /// Nothing when the editor goes away, or says what no editor says, before the request is here.
+    [[nodiscard]] std::optional<ScriptRequest> receiveRequest() const;
+
+    /// Where the `send` functions of ScriptWire.h put what they have to say.
+    [[nodiscard]] const ByteSink &sink() const { return m_sink; }
+
+private:
+    [[nodiscard]] bool send(QByteArrayView bytes) const;
+
+    int m_descriptor;
+    ByteSink m_sink;
+};
+
+} // namespace penwick

@@ -1,0 +1,174 @@
+#include "macro/script/HostConnection.h"
+
+#include <cerrno>
+#include <poll.h>
+#include <sys/socket.h>
+#include <utility>
+
+namespace penwick {
+
+namespace {
+
+constexpr qsizetype kPortion = qsizetype{1} << 18;
+
+void waitFor(int descriptor, bool forWriting, int milliseconds)
+{
+    pollfd waited{descriptor, POLLIN, 0};
+    if (forWriting)
+        waited.events |= POLLOUT;
+    poll(&waited, 1, milliseconds);
+}
+
+ScriptError::Code resultError(WireError error)
+{
+    switch (error) {
+    case WireError::TooManyValues:
+        return ScriptError::Code::ResultTooManyValues;
+    case WireError::TooManyBytes:
+        return ScriptError::Code::ResultTooLarge;
+    case WireError::TooDeep:
+        return ScriptError::Code::ResultTooDeep;
+    default:
+        return ScriptError::Code::HostDied;
+    }
+}
+
+} // namespace
+
+HostConnection::HostConnection(HostProcess process)
+    : m_process(std::move(process))
+    , m_portion(kPortion, Qt::Uninitialized)
+{
+}
+
+std::optional<HostProtection> HostConnection::protection(int milliseconds)
+{
+    if (!m_protection && !m_broken && m_process.descriptor() >= 0) {
+        waitFor(m_process.descriptor(), false, milliseconds);
+        receive();
+    }
+    return m_protection;
+}
+
+ScriptOutcome
+HostConnection::run(const ScriptRequest &request, const ScriptLogSink &log, ScriptWaiter *waiter)
+{
+    m_log = &log;
+    m_waiter = waiter;
+    // A host that does not take the request has a reason, which is told by how it ends.
+    static_cast<void>(sendRequest(request, [this](QByteArrayView bytes) { return send(bytes); }));
+    while (!isOver()) {
+        wait(false);
+        receive();
+    }
+    m_log = nullptr;
+    m_waiter = nullptr;
+    return m_outcome ? *std::exchange(m_outcome, std::nullopt) : failure();
+}
+
+ScriptOutcome HostConnection::failure()
+{
+    const HostProcess::Ending ending = m_process.end();
+    ScriptError::Code code = ScriptError::Code::HostDied;
+    if (m_stopped)
+        code = ScriptError::Code::Stopped;
+    else if (ending == HostProcess::Ending::OutOfMemory)
+        code = ScriptError::Code::OutOfMemory;
+    return tl::unexpected(ScriptError{code, {}});
+}
+
+// Reads while it cannot write: a host that waits for us to read would never read on. Without the
+// signal that a lost reader causes, and without changing how the whole program takes that signal.
+bool HostConnection::send(QByteArrayView bytes)
+{
+    while (!bytes.isEmpty() && !isOver()) {
+        const ssize_t sent = uninterrupted([&] {
+            return ::send(m_process.descriptor(),
+                          bytes.data(),
+                          static_cast<std::size_t>(bytes.size()),
+                          MSG_NOSIGNAL | MSG_DONTWAIT);
+        });
+        if (sent >= 0) {
+            bytes = bytes.sliced(sent);
+        } else if (errno == EAGAIN) {
+            wait(true);
+            receive();
+        } else {
+            return false;
+        }
+    }
+    return bytes.isEmpty();
+}
+
+void HostConnection::wait(bool forWriting)
+{
+    if (m_waiter == nullptr)
+        waitFor(m_process.descriptor(), forWriting, -1);
+    else if (!m_waiter->wait(m_process.descriptor(), forWriting))
+        m_stopped = true;
+}
+
+void HostConnection::receive()
+{
+    if (isOver())
+        return;
+    const ssize_t size = uninterrupted([this] {
+        return ::recv(m_process.descriptor(),
+                      m_portion.data(),
+                      static_cast<std::size_t>(kPortion),
+                      MSG_DONTWAIT);
+    });
+    if (size > 0) {
+        m_reader.append(QByteArrayView(m_portion).first(size));
+        takeMessages();
+    } else if (size == 0 || errno != EAGAIN) {
+        m_broken = true;
+    }
+}
+
+void HostConnection::takeMessages()
+{
+    while (!isOver()) {
+        const auto message = m_reader.next();
+        if (!message)
+            m_broken = true;
+        else if (*message)
+            take(**message);
+        else
+            return;
+    }
+}
+
+// The greeting comes first and once. What follows belongs to a run.
+void HostConnection::take(const Message &message)
+{
+    const bool isGreeting = message.kind == MessageKind::Ready;
+    if (isGreeting == m_protection.has_value() || (!isGreeting && m_log == nullptr)) {
+        m_broken = true;
+    } else if (isGreeting) {
+        const auto protection = decodeReady(message.payload);
+        m_broken = !protection;
+        if (protection)
+            m_protection = *protection;
+    } else if (message.kind == MessageKind::Log) {
+        const auto line = decodeLog(message.payload);
+        m_broken = !line;
+        if (line && *m_log)
+            (*m_log)(*line);
+    } else {
+        takeOutcome(message);
+    }
+}
+
+void HostConnection::takeOutcome(const Message &message)
+{
+    auto outcome = decodeOutcome(message);
+    if (outcome)
+        m_outcome = std::move(*outcome);
+    else if (resultError(outcome.error()) == ScriptError::Code::HostDied)
+        m_broken = true;
+    else
+        m_outcome = tl::unexpected(ScriptError{resultError(outcome.error()), {}});
+}
+
+} // namespace penwick

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "macro/script/HostProcess.h"
+#include "macro/script/ScriptWire.h"
+
+#include <optional>
+
+namespace penwick {
+
+/// The conversation with one script host, from its greeting to the outcome of its only script.
+class HostConnection final
+{
+public:
+    explicit HostConnection(HostProcess process);
+
+    [[nodiscard]] const HostProcess &process() const { return m_process; }
+
+    /// What the host said about its walls, after waiting for it at most `milliseconds`. Nothing
+    /// where it said nothing yet; after a run, what it had said.
+    [[nodiscard]] std::optional<HostProtection> protection(int milliseconds);
+
+    /// Hands the script over and waits for its outcome. Call it once. Nobody else needs to know of
+    /// the process afterwards: it is gone or about to go.
+    /// \param waiter not owned; null to block.
+    [[nodiscard]] ScriptOutcome
+    run(const ScriptRequest &request, const ScriptLogSink &log, ScriptWaiter *waiter);
+
+private:
+    [[nodiscard]] bool isOver() const { return m_outcome || m_broken || m_stopped; }
+
+    [[nodiscard]] bool send(QByteArrayView bytes);
+    void wait(bool forWriting);
+    void receive();
+    void takeMessages();
+    void take(const Message &message);
+    void takeOutcome(const Message &message);
+    [[nodiscard]] ScriptOutcome failure();
+
+    HostProcess m_process;
+    MessageReader m_reader{MessageReader::Side::FromHost};
+    QByteArray m_portion;
+    const ScriptLogSink *m_log = nullptr;
+    ScriptWaiter *m_waiter = nullptr;
+    std::optional<HostProtection> m_protection;
+    std::optional<ScriptOutcome> m_outcome;
+    bool m_broken = false; // The host is gone, or makes no sense.
+    bool m_stopped = false;
+};
+
+} // namespace penwick

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "platform/FileDescriptor.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <optional>
+
+namespace penwick {
+
+/// A process that runs one script: started, talked to over its descriptor, and ended with this
+/// object at the latest. It ends with the thread that started it, too; so start it from one that
+/// lives as long as the program.
+class HostProcess final
+{
+public:
+    enum class Ending { Unexpected, OutOfMemory };
+
+    struct Settings
+    {
+        QString program;          ///< The executable's path.
+        std::uint64_t memory = 0; ///< Bytes that a script may take.
+        QByteArray timeZone;      ///< Name of the time zone in which scripts see dates.
+
+        bool operator==(const Settings &) const = default;
+    };
+
+    /// Nothing where the system does not start it.
+    [[nodiscard]] static std::optional<HostProcess> start(const Settings &settings);
+
+    HostProcess(HostProcess &&other) noexcept;
+    HostProcess &operator=(HostProcess &&other) noexcept;
+    HostProcess(const HostProcess &) = delete;
+    HostProcess &operator=(const HostProcess &) = delete;
+    /// Kills the process if it is still there, without waiting for its memory to be given back.
+    ~HostProcess();
+
+    /// Our end of the connection; never blocks.
+    [[nodiscard]] int descriptor() const { return m_descriptor.get(); }
+
+    [[nodiscard]] qint64 processId() const { return m_processId; }
+
+    /// Whether the process has neither ended nor been ended.
+    [[nodiscard]] bool isAlive() const;
+
+    /// Ends the process and says what had become of it before. Waits until it is gone.
+    [[nodiscard]] Ending end();
+
+private:
+    HostProcess(qint64 processId, FileDescriptor descriptor);
+
+    qint64 m_processId; // -1 once it was waited for.
+    FileDescriptor m_descriptor;
+};
+
+/// Lets go of processes that were killed before and are gone by now. True when none is left.
+bool reapHostProcesses();
+
+} // namespace penwick

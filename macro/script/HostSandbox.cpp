@@ -1,0 +1,130 @@
+#include "macro/script/HostSandbox.h"
+
+#include "macro/script/SystemCallFilter.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <linux/landlock.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace penwick {
+
+namespace {
+
+// The sanitizers reserve more address space than any limit allows, and ask the system for more than
+// the filter lets through.
+#ifdef PENWICK_HOST_WITHOUT_WALLS
+constexpr bool kWalls = false;
+#else
+constexpr bool kWalls = true;
+#endif
+
+int statmDescriptor = -1;          // Opened while files can be opened.
+std::size_t addressSpaceLimit = 0; // Bytes; 0 while there is none.
+
+/// How many bytes of address space the process has taken. Fit for a signal handler.
+std::size_t takenAddressSpace()
+{
+    std::array<char, 32> text{};
+    if (pread(statmDescriptor, text.data(), text.size() - 1, 0) <= 0)
+        return 0;
+    return std::strtoull(text.data(), nullptr, 10) *
+           static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+// The engine and the allocators crash on purpose where memory ends. They do so on requests of any
+// size, so that some room is always left: within the last eighth it counts as spent.
+bool isMemorySpent()
+{
+    return addressSpaceLimit != 0 &&
+           takenAddressSpace() > addressSpaceLimit - addressSpaceLimit / 8;
+}
+
+extern "C" void handleCrash(int signal)
+{
+    if (isMemorySpent())
+        _exit(kOutOfMemoryStatus);
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+// Set before the engine sets its own for some of these, and called by those for what is not theirs.
+void catchCrashes()
+{
+    static std::array<char, std::size_t{64} * 1024> stack;
+    stack_t alternative{};
+    alternative.ss_sp = stack.data();
+    alternative.ss_size = stack.size();
+    sigaltstack(&alternative, nullptr);
+    struct sigaction action = {};
+    action.sa_handler = handleCrash;
+    action.sa_flags = SA_ONSTACK | static_cast<int>(SA_RESETHAND);
+    for (const int signal : {SIGABRT, SIGILL, SIGTRAP, SIGSEGV, SIGBUS, SIGFPE})
+        sigaction(signal, &action, nullptr);
+}
+
+bool limitMemory(std::size_t memory)
+{
+    const std::size_t taken = takenAddressSpace();
+    if (taken == 0)
+        return false;
+    const rlimit limit{taken + memory, taken + memory};
+    if (setrlimit(RLIMIT_AS, &limit) != 0)
+        return false;
+    addressSpaceLimit = taken + memory;
+    return true;
+}
+
+// No file access is allowed by any rule, so that the set of rules stays empty.
+bool closeFileSystem()
+{
+    const long version =
+        syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION);
+    if (version < 1)
+        return false;
+    landlock_ruleset_attr rules{};
+    rules.handled_access_fs = (LANDLOCK_ACCESS_FS_MAKE_SYM << 1) - 1; // All of the first version.
+    const long descriptor = syscall(SYS_landlock_create_ruleset, &rules, sizeof rules, 0);
+    if (descriptor < 0)
+        return false;
+    const bool closed = syscall(SYS_landlock_restrict_self, descriptor, 0) == 0;
+    ::close(static_cast<int>(descriptor));
+    return closed;
+}
+
+} // namespace
+
+void prepareHostProcess()
+{
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    const rlimit none{0, 0};
+    setrlimit(RLIMIT_CORE, &none);
+    if constexpr (kWalls) {
+        statmDescriptor = open("/proc/self/statm", O_RDONLY | O_CLOEXEC);
+        catchCrashes();
+    }
+}
+
+HostProtection confineProcess(std::size_t memory)
+{
+    HostProtection protection;
+    if constexpr (kWalls) {
+        // A pipe for core files ignores the limit on them.
+        prctl(PR_SET_DUMPABLE, 0);
+        if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0) {
+            protection.fileAccessRules = closeFileSystem();
+            protection.memoryLimit = limitMemory(memory);
+            protection.systemCallFilter = filterSystemCalls();
+        }
+    }
+    return protection;
+}
+
+} // namespace penwick

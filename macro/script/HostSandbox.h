@@ -1,0 +1,21 @@
+#pragma once
+
+#include "macro/script/ScriptWire.h"
+
+namespace penwick {
+
+/// Makes the process end as soon as the thread that started it does, leave no core file, and answer
+/// a crash for want of memory with the exit status `kOutOfMemoryStatus`. Call it first.
+void prepareHostProcess();
+
+/// The exit status of a host that had no memory left.
+constexpr int kOutOfMemoryStatus = 77;
+
+/// Shuts the calling process in, for good: it keeps the descriptors that are open and may compute,
+/// nothing else. Call it when the script engine is up and no other thread runs. What a script may
+/// still do, and why, stands with the table in the source.
+/// \param memory how many bytes the process may take in addition to those that it has.
+/// \return what holds; a wall that this system does not offer is left out.
+[[nodiscard]] HostProtection confineProcess(std::size_t memory);
+
+} // namespace penwick

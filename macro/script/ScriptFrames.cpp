@@ -1,0 +1,227 @@
+#include "macro/script/ScriptFrames.h"
+
+#include "macro/script/ScriptHost.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <utility>
+
+namespace penwick {
+
+namespace {
+
+constexpr qsizetype kBlock = 65536;
+
+enum class TextForm : quint8 { Latin1 = 1, Utf16 = 2 };
+
+bool fitsLatin1(QStringView text)
+{
+    char16_t all = 0; // Without a way out of the loop, so that the compiler takes many at a time.
+    for (const QChar unit : text)
+        all |= unit.unicode();
+    return all < 0x100;
+}
+
+bool mayCome(MessageReader::Side side, MessageKind kind)
+{
+    switch (kind) {
+    case MessageKind::Request:
+        return side == MessageReader::Side::FromEditor;
+    case MessageKind::Ready:
+    case MessageKind::Log:
+    case MessageKind::Value:
+    case MessageKind::Failure:
+        return side == MessageReader::Side::FromHost;
+    }
+    return false;
+}
+
+// Above what a sender that keeps to its own limits can write, so that memory is not taken without
+// end on the word of the other side.
+qsizetype longestMessage(MessageKind kind)
+{
+    constexpr qsizetype kFewParts = 64;
+    constexpr qsizetype kBytesAPart = 16;
+    const ScriptLimits limits;
+    const qsizetype text = limits.sourceLength * qsizetype{sizeof(char16_t)};
+    switch (kind) {
+    case MessageKind::Ready:
+        return kFewParts;
+    case MessageKind::Request:
+        return 2 * text + kFewParts;
+    case MessageKind::Log:
+    case MessageKind::Failure:
+        return text + kFewParts;
+    case MessageKind::Value:
+        return static_cast<qsizetype>(limits.bytes) +
+               static_cast<qsizetype>(limits.values) * kBytesAPart;
+    }
+    return 0;
+}
+
+} // namespace
+
+FrameWriter::FrameWriter(MessageKind kind, const ByteSink &sink)
+    : m_kind(kind)
+    , m_sink(sink)
+    , m_frame(kFrameHeaderSize, '\0')
+{
+}
+
+void FrameWriter::putBytes(const void *data, std::size_t size)
+{
+    const char *from = static_cast<const char *>(data);
+    auto left = static_cast<qsizetype>(size);
+    while (left > 0 && m_good) {
+        const qsizetype room = kFrameHeaderSize + kMaxFramePayload - m_frame.size();
+        const qsizetype portion = std::min(left, room);
+        m_frame.append(from, portion);
+        from += portion;
+        left -= portion;
+        if (portion == room)
+            flush(true);
+    }
+}
+
+void FrameWriter::putText(QStringView text)
+{
+    const bool narrow = fitsLatin1(text);
+    put(narrow ? TextForm::Latin1 : TextForm::Utf16);
+    put(static_cast<quint32>(text.size()));
+    if (!narrow) {
+        putBytes(text.utf16(), static_cast<std::size_t>(text.size()) * sizeof(char16_t));
+        return;
+    }
+    std::array<char, kBlock> block{};
+    for (qsizetype start = 0; start < text.size(); start += kBlock) {
+        const QStringView units = text.sliced(start, std::min(kBlock, text.size() - start));
+        std::transform(units.begin(), units.end(), block.begin(), [](QChar unit) {
+            return static_cast<char>(unit.unicode());
+        });
+        putBytes(block.data(), static_cast<std::size_t>(units.size()));
+    }
+}
+
+void FrameWriter::flush(bool more)
+{
+    const auto length = static_cast<quint32>(m_frame.size() - kFrameHeaderSize);
+    m_frame[0] = static_cast<char>(m_kind);
+    m_frame[1] = more ? 1 : 0;
+    std::memcpy(m_frame.data() + 4, &length, sizeof length);
+    m_good = m_good && m_sink(m_frame);
+    m_frame.truncate(kFrameHeaderSize);
+}
+
+bool FrameWriter::finish()
+{
+    flush(false);
+    return m_good;
+}
+
+tl::expected<std::optional<MessageReader::Header>, WireError> MessageReader::header() const
+{
+    if (m_input.size() - m_taken < kFrameHeaderSize)
+        return std::nullopt;
+    const char *bytes = m_input.constData() + m_taken;
+    const auto kind = static_cast<MessageKind>(bytes[0]);
+    quint32 length = 0;
+    std::memcpy(&length, bytes + 4, sizeof length);
+    if (!mayCome(m_side, kind))
+        return tl::unexpected(WireError::UnknownKind);
+    if ((bytes[1] != 0 && bytes[1] != 1) || bytes[2] != 0 || bytes[3] != 0)
+        return tl::unexpected(WireError::BadHeader);
+    if (length > kMaxFramePayload)
+        return tl::unexpected(WireError::FrameTooLong);
+    return Header{kind, bytes[1] == 1, static_cast<qsizetype>(length)};
+}
+
+tl::expected<void, WireError> MessageReader::take(const Header &header)
+{
+    if (!m_open)
+        m_open = Message{header.kind, {}};
+    if (m_open->kind != header.kind)
+        return tl::unexpected(WireError::MixedMessages);
+    if (header.length > longestMessage(header.kind) - m_open->payload.size())
+        return tl::unexpected(WireError::MessageTooLong);
+    m_open->payload.append(m_input.constData() + m_taken + kFrameHeaderSize, header.length);
+    m_taken += kFrameHeaderSize + header.length;
+    return {};
+}
+
+// Moving what is left to the front costs its length: not done for each of many small frames.
+void MessageReader::dropTaken()
+{
+    if (m_taken == m_input.size())
+        m_input.resize(0);
+    else if (m_taken > kMaxFramePayload)
+        m_input.remove(0, m_taken);
+    else
+        return;
+    m_taken = 0;
+}
+
+tl::expected<std::optional<Message>, WireError> MessageReader::next()
+{
+    while (!m_error) {
+        const auto found = header();
+        if (found && (!*found || m_input.size() - m_taken - kFrameHeaderSize < (*found)->length)) {
+            dropTaken();
+            return std::nullopt;
+        }
+        const auto taken = found ? take(**found) : tl::unexpected(found.error());
+        if (!taken)
+            m_error = taken.error();
+        else if (!(*found)->more)
+            return std::exchange(m_open, std::nullopt);
+    }
+    return tl::unexpected(*m_error);
+}
+
+void PayloadReader::fail(WireError error)
+{
+    if (!m_error)
+        m_error = error;
+    m_rest = {};
+}
+
+void PayloadReader::getBytes(void *data, std::size_t size)
+{
+    if (static_cast<std::size_t>(m_rest.size()) < size)
+        return fail(WireError::Truncated);
+    std::memcpy(data, m_rest.data(), size);
+    m_rest = m_rest.sliced(static_cast<qsizetype>(size));
+}
+
+QString PayloadReader::getText()
+{
+    const auto form = get<TextForm>();
+    const auto length = static_cast<qsizetype>(get<quint32>());
+    if (m_error)
+        return {};
+    if (form != TextForm::Latin1 && form != TextForm::Utf16) {
+        fail(WireError::UnknownTag);
+        return {};
+    }
+    const qsizetype size = length * static_cast<qsizetype>(form);
+    if (size > m_rest.size()) {
+        fail(WireError::Truncated);
+        return {};
+    }
+    const QByteArrayView bytes = m_rest.first(size);
+    m_rest = m_rest.sliced(size);
+    if (form == TextForm::Latin1)
+        return QString::fromLatin1(bytes);
+    QString text(length, Qt::Uninitialized);
+    std::memcpy(text.data(), bytes.data(), static_cast<std::size_t>(size));
+    return text;
+}
+
+std::optional<WireError> PayloadReader::errorAtEnd() const
+{
+    if (!m_error && !m_rest.isEmpty())
+        return WireError::TrailingBytes;
+    return m_error;
+}
+
+} // namespace penwick

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "macro/script/ScriptValue.h"
+
+#include <QString>
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <tl/expected.hpp>
+
+namespace penwick {
+
+/// One script to evaluate. Plain data, so that it can cross a process boundary.
+struct ScriptRequest
+{
+    QString source; ///< A whole program text.
+    /// The global variable `userInput`; without a value there is no such variable.
+    std::optional<QString> userInput;
+
+    bool operator==(const ScriptRequest &) const = default;
+};
+
+/// How large a completion value may grow, summed over the whole tree. Objects reached on several
+/// paths count once per path.
+struct ScriptLimits
+{
+    std::size_t values = std::size_t{1} << 25;
+    std::size_t bytes = std::size_t{1} << 31; ///< Of UTF-16 text, keys included.
+    std::size_t depth = 2000;                 ///< Nested objects and lists; a flat object has 1.
+    /// Of the source, in UTF-16 code units. The engine ends the process above this.
+    qsizetype sourceLength = 2147483647;
+};
+
+/// Why a script gave no value.
+struct ScriptError
+{
+    enum class Code {
+        EngineUnavailable,   ///< The engine could not be set up.
+        SourceTooLong,       ///< The engine cannot hold a source of this length.
+        Exception,           ///< The script threw, or is no valid program; `text` says what.
+        ResultTooManyValues, ///< The completion value has too many parts.
+        ResultTooLarge,      ///< The completion value has too much text.
+        ResultTooDeep,       ///< The completion value is nested too deeply.
+        HostUnavailable,     ///< The process that runs scripts could not be started.
+        HostDied,            ///< That process ended, or answered nonsense, before the script ended.
+        OutOfMemory,         ///< The script took all the memory that it may have.
+        Stopped,             ///< The person stopped the script.
+    };
+
+    Code code = Code::Exception;
+    QString text; ///< The exception's string conversion; empty with every other code.
+
+    bool operator==(const ScriptError &) const = default;
+};
+
+/// Takes the string of each `console.log`, while the script runs. Must not throw.
+using ScriptLogSink = std::function<void(const QString &)>;
+
+/// The script's completion value; null also where that is undefined, or where the script threw a
+/// value that has no string conversion.
+using ScriptOutcome = tl::expected<ScriptValue, ScriptError>;
+
+/// How the calling thread spends its time while a script runs elsewhere.
+class ScriptWaiter
+{
+public:
+    ScriptWaiter() = default;
+    ScriptWaiter(const ScriptWaiter &) = delete;
+    ScriptWaiter &operator=(const ScriptWaiter &) = delete;
+    virtual ~ScriptWaiter() = default;
+
+    /// Called again and again, also while the script keeps its caller busy with lines of its log.
+    /// Returns once `descriptor` can be read from, or written to where `forWriting` is set; or
+    /// earlier, at any time.
+    /// \return false to stop the script.
+    [[nodiscard]] virtual bool wait(int descriptor, bool forWriting) = 0;
+};
+
+/// What evaluates a script, in this process or outside of it. Returns when the script has ended, or
+/// with `Stopped` when the waiter says so; without a waiter (null) the thread blocks meanwhile.
+using ScriptHost =
+    std::function<ScriptOutcome(ScriptRequest, const ScriptLogSink &, ScriptWaiter *)>;
+
+} // namespace penwick

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "macro/script/HostConnection.h"
+
+#include <functional>
+#include <optional>
+
+namespace penwick {
+
+/// Runs each script in a process of its own, and can keep one process ready for the next script.
+/// Use it from the main thread.
+class ScriptHostPool final
+{
+public:
+    /// \param settings asked before each start; without a time zone the process has the system's.
+    explicit ScriptHostPool(std::function<HostProcess::Settings()> settings);
+    ~ScriptHostPool();
+    ScriptHostPool(const ScriptHostPool &) = delete;
+    ScriptHostPool &operator=(const ScriptHostPool &) = delete;
+
+    /// The one of this program: its host stands beside the program's executable, or in the folder
+    /// bin next to the folder that this stands in. Lives until the process ends.
+    [[nodiscard]] static ScriptHostPool &shared();
+
+    /// How much memory a script of the shared pool may take from the next start on, in bytes.
+    void setMemory(std::uint64_t bytes) { m_memory = bytes; }
+
+    /// 4 GiB or half of the machine's memory, whichever is less.
+    [[nodiscard]] static std::uint64_t defaultMemory();
+
+    /// Starts a process ahead unless one is waiting already, and gives back what earlier ones held.
+    /// \return false when there is none.
+    bool prepare();
+
+    /// Ends the process that waits, if one does.
+    void discard();
+
+    /// The process that waits; -1 when there is none.
+    [[nodiscard]] qint64 spareProcessId() const;
+
+    /// Which walls the host has, from the one that waits; starts it if need be. Waits for its
+    /// greeting up to `milliseconds`. Nothing where it does not come.
+    [[nodiscard]] std::optional<HostProtection> protection(int milliseconds);
+
+    /// A `ScriptHost`. Fails with `HostUnavailable` when the process cannot be started.
+    [[nodiscard]] ScriptOutcome
+    run(const ScriptRequest &request, const ScriptLogSink &log, ScriptWaiter *waiter);
+
+private:
+    struct Spare
+    {
+        HostProcess::Settings settings;
+        HostConnection connection;
+    };
+
+    [[nodiscard]] HostProcess::Settings settings() const;
+    [[nodiscard]] bool isSpareFit() const;
+
+    std::function<HostProcess::Settings()> m_settings;
+    std::uint64_t m_memory = defaultMemory();
+    std::optional<Spare> m_spare;
+};
+
+} // namespace penwick

@@ -1,0 +1,71 @@
+#include "macro/script/HostChannel.h"
+#include "macro/script/HostSandbox.h"
+#include "macro/script/ScriptRunner.h"
+#include "wording/WordingLookup.h"
+
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <unistd.h>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int kNotForPeople = 2;
+
+int showHelp()
+{
+    const QString text = penwick::wording::text(
+        u"cli.scriptHostHelp"_s,
+        u"penwick-script-host は、penwick がマクロを実行するときに使う内部プログラムです。\n"
+        "直接起動するためのものではなく、単独では何もしません。"_s);
+    const QByteArray bytes = text.toLocal8Bit() + '\n';
+    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stdout);
+    return 0;
+}
+
+// What the engine loads and reserves when it is first used, it cannot load and reserve later on.
+void bringEngineUp()
+{
+    const auto outcome = penwick::runScript(
+        {u"new Date(0).toLocaleString() + new Intl.NumberFormat().format(1.5) + "
+         "['b', 'a'].sort(new Intl.Collator().compare) + /\\p{L}/u.test('a') + 'a'.normalize()"_s,
+         std::nullopt},
+        {});
+    static_cast<void>(outcome);
+}
+
+int serve(const penwick::HostChannel &channel, std::size_t memory)
+{
+    penwick::prepareHostProcess();
+    std::setlocale(LC_ALL, "");
+    bringEngineUp();
+    if (!penwick::sendReady(penwick::confineProcess(memory), channel.sink()))
+        return EXIT_FAILURE;
+    auto request = channel.receiveRequest();
+    if (!request)
+        return EXIT_SUCCESS; // The editor needs no script to be run any more.
+    const auto outcome = penwick::runScript(std::move(*request), [&channel](const QString &line) {
+        // Where nobody listens any more, there is nobody to run a script for.
+        if (!penwick::sendLog(line, channel.sink()))
+            _exit(EXIT_FAILURE);
+    });
+    return penwick::sendOutcome(outcome, channel.sink()) ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    if (argc == 2 && std::strcmp(argv[1], "--help") == 0)
+        return showHelp();
+    const penwick::HostChannel channel;
+    if (argc != 2 || !channel.isConnected())
+        return kNotForPeople;
+    const int status = serve(channel, std::strtoull(argv[1], nullptr, 10));
+    // Without the destructors of what libraries hold: memory goes back to the system faster.
+    _exit(status);
+}
