@@ -152,6 +152,7 @@ DocumentController::OpenDocument *DocumentController::pristineUntitled()
     const TextStorage &storage = *entry.document->textStorage();
     const bool isUntouched = entry.document->filePath().isEmpty() && storage.length() == 0 &&
                              !storage.isModified() && !storage.canUndo() && !storage.canRedo() &&
+                             !entry.controller->isRunningMacro() &&
                              !entry.controller->textView()->hasMarkedText();
     return isUntouched ? &entry : nullptr;
 }
@@ -367,8 +368,28 @@ bool DocumentController::saveDocumentAs(const EditorWindowController *controller
     return entry->saver->save(absolutePathOf(path));
 }
 
+/// Where a macro runs, shows its notice instead of ending what it works on.
+bool DocumentController::offerToStopAMacro()
+{
+    const auto running =
+        std::find_if(m_documents.begin(), m_documents.end(), [](const auto &entry) {
+            return entry->controller->isRunningMacro();
+        });
+    if (running == m_documents.end()) {
+        return false;
+    }
+    bringForward((*running)->controller->window());
+    (*running)->controller->offerToStopMacro();
+    return true;
+}
+
 bool DocumentController::confirmClose(OpenDocument &entry)
 {
+    if (entry.controller->isRunningMacro()) {
+        bringForward(entry.controller->window());
+        entry.controller->offerToStopMacro();
+        return false;
+    }
     if (entry.document->isReading()) {
         return true; // Nothing of it can be lost.
     }
@@ -395,7 +416,7 @@ bool DocumentController::closeAll()
 {
     // A question is on the screen already. The session's end may come in the middle of it, and
     // would take away the document that it is about.
-    if (m_closingAll || QApplication::activeModalWidget() != nullptr) {
+    if (m_closingAll || offerToStopAMacro() || QApplication::activeModalWidget() != nullptr) {
         return false;
     }
     m_closingAll = true;

@@ -94,6 +94,7 @@ private:
     bool openDocumentFrom(const QString &path, bool mayBeMissing);
     void readingDidEnd(const QObject *window, const std::optional<DocumentError> &error);
     void giveUp(const QObject *window);
+    bool offerToStopAMacro();
     bool confirmClose(OpenDocument &entry);
     void forget(const QObject *window);
     void updateTitle(const QObject *window);

@@ -21,7 +21,11 @@ MacroLauncher::MacroLauncher(TargetEditor targetEditor, Clock clock)
 
 void MacroLauncher::promptOrRun(const Macro &macro) const
 {
-    if (macro.id == u"default_addLinePrefix"_s) {
+    // No question whose answer would be of no use.
+    if (const WindowController target = m_targetEditor();
+        target != nullptr && target->isRunningMacro()) {
+        target->offerToStopMacro();
+    } else if (macro.id == u"default_addLinePrefix"_s) {
         promptForText(
             macro,
             wording::text(u"dialog.prefixMessage"_s, u"行頭に追加する文字列を入力してください："_s),

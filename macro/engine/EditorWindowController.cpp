@@ -3,6 +3,7 @@
 #include "editor/MainEditorView.h"
 #include "editor/TextView.h"
 #include "macro/engine/MacroExecution.h"
+#include "macro/engine/MacroRun.h"
 #include "platform/WindowFrame.h"
 #include "wording/WordingLookup.h"
 
@@ -86,12 +87,31 @@ MacroContext EditorWindowController::buildMacroContext(const QString &macroId,
     return penwick::buildMacroContext(snapshot, macroId, macroName);
 }
 
+bool EditorWindowController::isRunningMacro() const
+{
+    return !m_run.isNull();
+}
+
+void EditorWindowController::offerToStopMacro()
+{
+    if (isRunningMacro())
+        m_run->showNotice();
+}
+
 void EditorWindowController::runMacro(const QString &code,
                                       const QString &macroId,
                                       const QString &macroName,
                                       const std::optional<QString> &userInput)
 {
     TextView *view = textView();
+    if (isRunningMacro())
+        offerToStopMacro();
+    else if (isReady(view))
+        execute(view, code, buildMacroContext(macroId, macroName), userInput);
+}
+
+bool EditorWindowController::isReady(const TextView *view)
+{
     if (view == nullptr) {
         showMacroMessage(
             NotificationType::Error,
@@ -101,9 +121,8 @@ void EditorWindowController::runMacro(const QString &code,
             NotificationType::Warning,
             wording::text(u"macro.warning.imeActive"_s,
                           u"日本語入力の変換を確定してからマクロを実行してください"_s));
-    } else {
-        execute(view, code, buildMacroContext(macroId, macroName), userInput);
     }
+    return view != nullptr && !view->hasMarkedText();
 }
 
 void EditorWindowController::execute(TextView *view,
@@ -111,16 +130,58 @@ void EditorWindowController::execute(TextView *view,
                                      const MacroContext &context,
                                      const std::optional<QString> &userInput)
 {
-    const auto result = m_macroRuntime.run(code, context, userInput);
+    m_run = new MacroRun(
+        m_window.get(), context.macro.name, m_macroRuntime.prepare(code, context, userInput), this);
+    connect(m_run,
+            &MacroRun::ended,
+            this,
+            [this, view = QPointer<TextView>(view), context](const ScriptOutcome &outcome) {
+                m_run = nullptr;
+                finishRun(view, context, outcome);
+            });
+    m_run->waitAWhile();
+}
+
+void EditorWindowController::finishRun(TextView *view,
+                                       const MacroContext &context,
+                                       const ScriptOutcome &outcome)
+{
+    const auto result = MacroRuntimeService::resultOf(outcome, context);
     if (!result) {
         showMacroMessage(NotificationType::Error, result.error().errorDescription());
         return;
     }
+    if (!isAsBefore(view, context, *result))
+        return;
     const auto applied = MacroExecution(view, m_document).applyMacroResult(*result);
     if (!applied)
         showMacroMessage(NotificationType::Error, applied.error().errorDescription());
     else
         showOutcome(*result);
+}
+
+// Whoever edits passes by the notice, but assistive programs, input methods and a replacement that
+// was under way do not. What they did is the person's wish; the edits are about another text.
+bool EditorWindowController::isAsBefore(TextView *view,
+                                        const MacroContext &context,
+                                        const MacroResult &result)
+{
+    if (result.textEdits.isEmpty())
+        return true;
+    if (!isReady(view))
+        return false;
+    if (view->string() != context.document.text) {
+        showMacroMessage(
+            NotificationType::Error,
+            wording::text(u"macro.error.documentChanged"_s,
+                          u"実行中に文書が変更されたため、マクロの結果を適用しませんでした"_s));
+        return false;
+    }
+    const TextRange selection{context.selection.startOffset,
+                              context.selection.endOffset - context.selection.startOffset};
+    if (view->selectedRange() != selection)
+        view->setSelectedRange(selection);
+    return true;
 }
 
 // What the macro has to say takes the place of our own message.

@@ -18,6 +18,7 @@
 
 namespace penwick {
 
+class MacroRun;
 class MainEditorView;
 class TextView;
 
@@ -60,9 +61,14 @@ public:
     [[nodiscard]] MacroContext buildMacroContext(const QString &macroId,
                                                  const QString &macroName) const;
 
-    /// Runs a macro on this window and applies what it asks for, as one undo step. Returns when the
-    /// script has ended; how it went is told by a message in the status bar, a turn later. While an
-    /// input method is composing, nothing is run.
+    /// Runs a macro on this window and applies what it asks for, as one undo step; how it went is
+    /// told by a message in the status bar, a turn later. While an input method is composing,
+    /// nothing is run.
+    ///
+    /// Returns when the script has ended; where that takes a second, before, and a notice over the
+    /// window lets the person stop it. Until it ends, the window is not to be edited, and another
+    /// run on it only shows that notice; other windows are free. Events that are not keys or clicks
+    /// may come in the meantime: the caller keeps this object alive.
     /// \param code the body of a JavaScript function.
     /// \param macroId, macroName what the script finds in `context.macro`.
     /// \param userInput the script's global of that name; without a value there is none.
@@ -70,6 +76,12 @@ public:
                   const QString &macroId,
                   const QString &macroName,
                   const std::optional<QString> &userInput);
+
+    [[nodiscard]] bool isRunningMacro() const;
+
+    /// Shows the notice that lets the person stop the macro that runs, if one does. Who wants to
+    /// close the window meanwhile calls this instead.
+    void offerToStopMacro();
 
     /// Shows the message in the status bar, in a later turn of the event loop; a window that is
     /// gone by then drops it. All types are shown alike.
@@ -81,6 +93,10 @@ private:
                  const QString &code,
                  const MacroContext &context,
                  const std::optional<QString> &userInput);
+    void finishRun(TextView *view, const MacroContext &context, const ScriptOutcome &outcome);
+    [[nodiscard]] bool
+    isAsBefore(TextView *view, const MacroContext &context, const MacroResult &result);
+    [[nodiscard]] bool isReady(const TextView *view);
     void showOutcome(const MacroResult &result);
 
     Clock m_clock;
@@ -89,6 +105,7 @@ private:
     std::unique_ptr<DocumentState> m_documentState; // Outlives the window, which shows it.
     std::unique_ptr<QMainWindow> m_window;
     QPointer<MainEditorView> m_content;
+    QPointer<MacroRun> m_run; // While a macro runs.
 };
 
 /// The first text view in the tree of `view`: itself, else the first in its children, depth first

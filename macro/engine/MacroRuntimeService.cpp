@@ -90,11 +90,7 @@ MacroResultError resultError(const ScriptError &error)
 } // namespace
 
 MacroRuntimeService::MacroRuntimeService()
-    : MacroRuntimeService(
-          [](const ScriptRequest &request, const ScriptLogSink &log, ScriptWaiter *waiter) {
-              return ScriptHostPool::shared().run(request, log, waiter);
-          },
-          logToStandardError)
+    : MacroRuntimeService([] { return ScriptHostPool::shared().start(); }, logToStandardError)
 {
 }
 
@@ -104,16 +100,29 @@ MacroRuntimeService::MacroRuntimeService(ScriptHost host, ScriptLogSink log)
 {
 }
 
-tl::expected<MacroResult, MacroResultError>
-MacroRuntimeService::run(const QString &code,
-                         const MacroContext &context,
-                         const std::optional<QString> &userInput,
-                         ScriptWaiter *waiter) const
+MacroRuntimeService::Outcome MacroRuntimeService::run(const QString &code,
+                                                      const MacroContext &context,
+                                                      const std::optional<QString> &userInput,
+                                                      ScriptWaiter *waiter) const
 {
-    std::optional<QString> source = scriptText(code, context);
-    if (!source)
-        return tl::unexpected(resultError({ScriptError::Code::SourceTooLong, {}}));
-    const ScriptOutcome outcome = m_host({std::move(*source), userInput}, m_log, waiter);
+    return resultOf(prepare(code, context, userInput)(waiter), context);
+}
+
+MacroRuntimeService::Evaluation MacroRuntimeService::prepare(
+    const QString &code, const MacroContext &context, const std::optional<QString> &userInput) const
+{
+    return [job = m_host(), log = m_log, code, context, userInput](
+               ScriptWaiter *waiter) -> ScriptOutcome {
+        std::optional<QString> source = scriptText(code, context);
+        if (!source)
+            return tl::unexpected(ScriptError{ScriptError::Code::SourceTooLong, {}});
+        return job({std::move(*source), userInput}, log, waiter);
+    };
+}
+
+MacroRuntimeService::Outcome MacroRuntimeService::resultOf(const ScriptOutcome &outcome,
+                                                           const MacroContext &context)
+{
     if (!outcome)
         return tl::unexpected(resultError(outcome.error()));
     if (outcome->map() == nullptr)

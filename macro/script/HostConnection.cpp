@@ -11,14 +11,6 @@ namespace {
 
 constexpr qsizetype kPortion = qsizetype{1} << 18;
 
-void waitFor(int descriptor, bool forWriting, int milliseconds)
-{
-    pollfd waited{descriptor, POLLIN, 0};
-    if (forWriting)
-        waited.events |= POLLOUT;
-    poll(&waited, 1, milliseconds);
-}
-
 ScriptError::Code resultError(WireError error)
 {
     switch (error) {
@@ -35,6 +27,14 @@ ScriptError::Code resultError(WireError error)
 
 } // namespace
 
+void waitForHost(int descriptor, bool forWriting, int milliseconds)
+{
+    pollfd waited{descriptor, POLLIN, 0};
+    if (forWriting)
+        waited.events |= POLLOUT;
+    poll(&waited, 1, milliseconds);
+}
+
 HostConnection::HostConnection(HostProcess process)
     : m_process(std::move(process))
     , m_portion(kPortion, Qt::Uninitialized)
@@ -44,19 +44,20 @@ HostConnection::HostConnection(HostProcess process)
 std::optional<HostProtection> HostConnection::protection(int milliseconds)
 {
     if (!m_protection && !m_broken && m_process.descriptor() >= 0) {
-        waitFor(m_process.descriptor(), false, milliseconds);
+        waitForHost(m_process.descriptor(), false, milliseconds);
         receive();
     }
     return m_protection;
 }
 
 ScriptOutcome
-HostConnection::run(const ScriptRequest &request, const ScriptLogSink &log, ScriptWaiter *waiter)
+HostConnection::run(ScriptRequest request, const ScriptLogSink &log, ScriptWaiter *waiter)
 {
     m_log = &log;
     m_waiter = waiter;
     // A host that does not take the request has a reason, which is told by how it ends.
     static_cast<void>(sendRequest(request, [this](QByteArrayView bytes) { return send(bytes); }));
+    request = {}; // It may hold a document of hundreds of megabytes.
     while (!isOver()) {
         wait(false);
         receive();
@@ -103,7 +104,7 @@ bool HostConnection::send(QByteArrayView bytes)
 void HostConnection::wait(bool forWriting)
 {
     if (m_waiter == nullptr)
-        waitFor(m_process.descriptor(), forWriting, -1);
+        waitForHost(m_process.descriptor(), forWriting, -1);
     else if (!m_waiter->wait(m_process.descriptor(), forWriting))
         m_stopped = true;
 }

@@ -23,7 +23,7 @@ public:
     /// the process afterwards: it is gone or about to go.
     /// \param waiter not owned; null to block.
     [[nodiscard]] ScriptOutcome
-    run(const ScriptRequest &request, const ScriptLogSink &log, ScriptWaiter *waiter);
+    run(ScriptRequest request, const ScriptLogSink &log, ScriptWaiter *waiter);
 
 private:
     [[nodiscard]] bool isOver() const { return m_outcome || m_broken || m_stopped; }
@@ -46,5 +46,9 @@ private:
     bool m_broken = false; // The host is gone, or makes no sense.
     bool m_stopped = false;
 };
+
+/// Returns once there is something to read from the descriptor, or room to write where `forWriting`
+/// is set, or its other end is closed; after `milliseconds` at the latest, where these are not -1.
+void waitForHost(int descriptor, bool forWriting, int milliseconds);
 
 } // namespace penwick

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <mutex>
 #include <spawn.h>
 #include <string>
 #include <sys/socket.h>
@@ -108,11 +109,18 @@ private:
     posix_spawnattr_t m_attributes{};
 };
 
-/// Killed, but not yet gone when they were left: giving back gigabytes takes a moment.
-std::vector<pid_t> &endingProcesses()
+/// Killed, but not yet gone when they were left: giving back gigabytes takes a moment. Each was
+/// left by the thread that waited for it.
+struct EndingProcesses
 {
-    static std::vector<pid_t> processes;
-    return processes;
+    std::mutex mutex;
+    std::vector<pid_t> processes;
+};
+
+EndingProcesses &endingProcesses()
+{
+    static EndingProcesses ending;
+    return ending;
 }
 
 bool isGone(pid_t process)
@@ -172,8 +180,11 @@ HostProcess::~HostProcess()
         return;
     const auto process = static_cast<pid_t>(m_processId);
     kill(process, SIGKILL);
-    if (!isGone(process))
-        endingProcesses().push_back(process);
+    if (isGone(process))
+        return;
+    EndingProcesses &ending = endingProcesses();
+    const std::lock_guard lock(ending.mutex);
+    ending.processes.push_back(process);
 }
 
 bool HostProcess::isAlive() const
@@ -205,8 +216,10 @@ HostProcess::Ending HostProcess::end()
 
 bool reapHostProcesses()
 {
-    std::erase_if(endingProcesses(), isGone);
-    return endingProcesses().empty();
+    EndingProcesses &ending = endingProcesses();
+    const std::lock_guard lock(ending.mutex);
+    std::erase_if(ending.processes, isGone);
+    return ending.processes.empty();
 }
 
 } // namespace penwick

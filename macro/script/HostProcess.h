@@ -54,7 +54,8 @@ private:
     FileDescriptor m_descriptor;
 };
 
-/// Lets go of processes that were killed before and are gone by now. True when none is left.
+/// Lets go of processes that were killed before and are gone by now. True when none is left. Safe
+/// from any thread.
 bool reapHostProcesses();
 
 } // namespace penwick

@@ -54,7 +54,8 @@ struct ScriptError
     bool operator==(const ScriptError &) const = default;
 };
 
-/// Takes the string of each `console.log`, while the script runs. Must not throw.
+/// Takes the string of each `console.log`, while the script runs, on the thread that waits for it.
+/// Must not throw.
 using ScriptLogSink = std::function<void(const QString &)>;
 
 /// The script's completion value; null also where that is undefined, or where the script threw a
@@ -77,9 +78,13 @@ public:
     [[nodiscard]] virtual bool wait(int descriptor, bool forWriting) = 0;
 };
 
-/// What evaluates a script, in this process or outside of it. Returns when the script has ended, or
-/// with `Stopped` when the waiter says so; without a waiter (null) the thread blocks meanwhile.
-using ScriptHost =
+/// Evaluates one script, once. May be called, and is best destroyed, on another thread than the one
+/// that made it. Returns when the script has ended, or with `Stopped` when the waiter says so;
+/// without a waiter (null) the thread blocks meanwhile.
+using ScriptJob =
     std::function<ScriptOutcome(ScriptRequest, const ScriptLogSink &, ScriptWaiter *)>;
+
+/// Gets ready for a script, on the main thread.
+using ScriptHost = std::function<ScriptJob()>;
 
 } // namespace penwick

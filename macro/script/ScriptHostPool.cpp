@@ -14,6 +14,9 @@ namespace penwick {
 
 namespace {
 
+// Milliseconds. Long enough to show what a macro did first.
+constexpr int kReplacementDelay = 200;
+
 QString hostProgram()
 {
     const QString name = u"penwick-script-host"_s;
@@ -67,6 +70,19 @@ bool ScriptHostPool::isSpareFit() const
     return m_spare && m_spare->settings == settings() && m_spare->connection.process().isAlive();
 }
 
+void ScriptHostPool::setKeepsSpare(bool keepsSpare)
+{
+    m_replacement.reset();
+    if (!keepsSpare)
+        return;
+    m_replacement = std::make_unique<QTimer>();
+    m_replacement->setSingleShot(true);
+    m_replacement->setInterval(kReplacementDelay);
+    QObject::connect(
+        m_replacement.get(), &QTimer::timeout, m_replacement.get(), [this] { prepare(); });
+    prepare();
+}
+
 bool ScriptHostPool::prepare()
 {
     reapHostProcesses();
@@ -96,14 +112,26 @@ std::optional<HostProtection> ScriptHostPool::protection(int milliseconds)
     return m_spare->connection.protection(milliseconds);
 }
 
-ScriptOutcome
-ScriptHostPool::run(const ScriptRequest &request, const ScriptLogSink &log, ScriptWaiter *waiter)
+ScriptJob ScriptHostPool::start()
 {
-    if (!prepare())
-        return tl::unexpected(ScriptError{ScriptError::Code::HostUnavailable, {}});
-    // Taken out first: while this script runs, a waiter may let another window run one.
-    std::optional<Spare> taken = std::exchange(m_spare, std::nullopt);
-    return taken->connection.run(request, log, waiter);
+    if (!prepare()) {
+        return [](const ScriptRequest &, const ScriptLogSink &, ScriptWaiter *) -> ScriptOutcome {
+            return tl::unexpected(ScriptError{ScriptError::Code::HostUnavailable, {}});
+        };
+    }
+    const auto taken = std::make_shared<HostConnection>(std::move(m_spare->connection));
+    m_spare.reset();
+    if (m_replacement)
+        m_replacement->start();
+    return [taken](ScriptRequest request, const ScriptLogSink &log, ScriptWaiter *waiter) {
+        return taken->run(std::move(request), log, waiter);
+    };
+}
+
+ScriptOutcome
+ScriptHostPool::run(ScriptRequest request, const ScriptLogSink &log, ScriptWaiter *waiter)
+{
+    return start()(std::move(request), log, waiter);
 }
 
 } // namespace penwick

@@ -2,7 +2,10 @@
 
 #include "macro/script/HostConnection.h"
 
+#include <QTimer>
+
 #include <functional>
+#include <memory>
 #include <optional>
 
 namespace penwick {
@@ -28,6 +31,9 @@ public:
     /// 4 GiB or half of the machine's memory, whichever is less.
     [[nodiscard]] static std::uint64_t defaultMemory();
 
+    /// Starts a process now and after each run, in a later turn of the event loop. Off at first.
+    void setKeepsSpare(bool keepsSpare);
+
     /// Starts a process ahead unless one is waiting already, and gives back what earlier ones held.
     /// \return false when there is none.
     bool prepare();
@@ -42,9 +48,13 @@ public:
     /// greeting up to `milliseconds`. Nothing where it does not come.
     [[nodiscard]] std::optional<HostProtection> protection(int milliseconds);
 
-    /// A `ScriptHost`. Fails with `HostUnavailable` when the process cannot be started.
+    /// A `ScriptHost`: takes the process that waits. Its job fails with `HostUnavailable` where
+    /// none can be started.
+    [[nodiscard]] ScriptJob start();
+
+    /// Starts a script and waits for its end.
     [[nodiscard]] ScriptOutcome
-    run(const ScriptRequest &request, const ScriptLogSink &log, ScriptWaiter *waiter);
+    run(ScriptRequest request, const ScriptLogSink &log, ScriptWaiter *waiter);
 
 private:
     struct Spare
@@ -59,6 +69,7 @@ private:
     std::function<HostProcess::Settings()> m_settings;
     std::uint64_t m_memory = defaultMemory();
     std::optional<Spare> m_spare;
+    std::unique_ptr<QTimer> m_replacement; // While a spare is to be kept.
 };
 
 } // namespace penwick

@@ -109,6 +109,8 @@ void EditorWindowControllerTest::open(const QString &text, TextRange selection)
 void EditorWindowControllerTest::run(const QString &code, const std::optional<QString> &userInput)
 {
     m_controller->runMacro(code, u"the id"_s, u"the name"_s, userInput);
+    // Where other tests keep the machine busy, even a short one may take its time.
+    QVERIFY(QTest::qWaitFor([this] { return !m_controller->isRunningMacro(); }, 60000));
 }
 
 void EditorWindowControllerTest::compose(const QString &preedit)

@@ -108,6 +108,7 @@ void MacroCasesTest::run_onBefore_givesAfter()
     QCOMPARE(view->selectedRange(), *selection);
 
     controller.runMacro(readCode(name), u"id"_s, u"name"_s, read(name, u"input.txt"_s));
+    QTRY_VERIFY_WITH_TIMEOUT(!controller.isRunningMacro(), 60000);
     QCoreApplication::processEvents();
     QCOMPARE(view->string().toString(), *after);
     QCOMPARE(document.contentString().toString(), *after);

@@ -32,6 +32,17 @@ Outcome run(const QString &code,
     return MacroRuntimeService().run(code, contextOf(text), userInput);
 }
 
+/// A host that answers every script with what `evaluate` gives.
+ScriptHost
+hostOf(std::function<ScriptOutcome(const ScriptRequest &, const ScriptLogSink &)> evaluate)
+{
+    return [evaluate = std::move(evaluate)] {
+        return [evaluate](const ScriptRequest &request, const ScriptLogSink &log, ScriptWaiter *) {
+            return evaluate(request, log);
+        };
+    };
+}
+
 Outcome failure(Code code, const QString &detail = {})
 {
     return tl::unexpected(MacroResultError{code, detail});
@@ -277,11 +288,10 @@ void MacroRuntimeServiceTest::source_isTheWrapperAroundContextAndCode()
 {
     QString source;
     const MacroRuntimeService service(
-        [&source](
-            const ScriptRequest &request, const ScriptLogSink &, ScriptWaiter *) -> ScriptOutcome {
+        hostOf([&source](const ScriptRequest &request, const ScriptLogSink &) -> ScriptOutcome {
             source = request.source;
             return ScriptValue(ScriptValue::Map());
-        },
+        }),
         {});
     QVERIFY(service.run(u"CODE\n\"日本\""_s, contextOf(u"T\n"_s), std::nullopt).has_value());
     const QString start = u"(function() {\n    var context = {\"schemaVersion\":\"1.0\","_s;
@@ -296,13 +306,11 @@ void MacroRuntimeServiceTest::host_receivesInputAndLog()
     std::optional<QString> input;
     QStringList logged;
     const MacroRuntimeService service(
-        [&input](const ScriptRequest &request,
-                 const ScriptLogSink &log,
-                 ScriptWaiter *) -> ScriptOutcome {
+        hostOf([&input](const ScriptRequest &request, const ScriptLogSink &log) -> ScriptOutcome {
             input = request.userInput;
             log(u"line"_s);
             return ScriptValue(ScriptValue::Map());
-        },
+        }),
         [&logged](const QString &line) { logged.append(line); });
     QVERIFY(service.run({}, contextOf({}), u"in"_s).has_value());
     QCOMPARE(input, std::optional(u"in"_s));
@@ -339,9 +347,9 @@ void MacroRuntimeServiceTest::host_errors_becomeExecutionErrors()
         QHash<QString, QString>{{u"macro.error.jsContextCreation"_s, u"no"_s},
                                 {u"macro.error.contextConversion"_s, u"no"_s}});
     const MacroRuntimeService service(
-        [code](const ScriptRequest &, const ScriptLogSink &, ScriptWaiter *) -> ScriptOutcome {
+        hostOf([code](const ScriptRequest &, const ScriptLogSink &) -> ScriptOutcome {
             return tl::unexpected(ScriptError{static_cast<ScriptError::Code>(code), u"T"_s});
-        },
+        }),
         {});
     const Outcome outcome = service.run({}, contextOf({}), std::nullopt);
     wording::setActiveValues(std::nullopt);
@@ -359,10 +367,10 @@ void MacroRuntimeServiceTest::document_tooLongForTheEngine_failsBeforeTheHost()
     context.document.text = text;
     bool asked = false;
     const MacroRuntimeService service(
-        [&asked](const ScriptRequest &, const ScriptLogSink &, ScriptWaiter *) -> ScriptOutcome {
+        hostOf([&asked](const ScriptRequest &, const ScriptLogSink &) -> ScriptOutcome {
             asked = true;
             return ScriptValue();
-        },
+        }),
         {});
     QVERIFY(service.run({}, context, std::nullopt) ==
             failure(Code::ExecutionException, u"context の JSON 変換に失敗しました"_s));

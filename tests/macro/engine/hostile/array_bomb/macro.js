@@ -1,0 +1,2 @@
+const a = [];
+for (;;) a.push({});

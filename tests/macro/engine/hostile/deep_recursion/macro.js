@@ -1,0 +1,2 @@
+function f() { return f() + 1; }
+return {a: f()};

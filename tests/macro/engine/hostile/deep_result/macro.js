@@ -1,0 +1,3 @@
+let o = {};
+for (let i = 0; i < 100000; i++) o = {o};
+return o;

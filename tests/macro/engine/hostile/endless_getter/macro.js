@@ -1,0 +1,1 @@
+return {get textEdits() { for (;;) ; }};

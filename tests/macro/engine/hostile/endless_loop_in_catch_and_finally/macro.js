@@ -1,0 +1,9 @@
+for (;;) {
+    try {
+        for (;;) ;
+    } catch (e) {
+        for (;;) ;
+    } finally {
+        for (;;) ;
+    }
+}

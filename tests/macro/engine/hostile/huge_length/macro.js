@@ -1,0 +1,3 @@
+const a = [];
+a.length = 4294967295;
+return {textEdits: a};

@@ -1,0 +1,4 @@
+(function again() {
+    Promise.resolve().then(again);
+})();
+return {};

@@ -1,0 +1,4 @@
+return {
+    get textEdits() { throw new Error('no'); },
+    notifications: [{message: 'got here'}],
+};

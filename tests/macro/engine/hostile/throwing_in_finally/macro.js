@@ -1,0 +1,8 @@
+function again() {
+    try {
+        again();
+    } finally {
+        for (;;) ;
+    }
+}
+again();

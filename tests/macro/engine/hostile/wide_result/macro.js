@@ -1,0 +1,1 @@
+return {a: new Array(40000000).fill(0)};

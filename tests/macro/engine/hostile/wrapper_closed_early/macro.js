@@ -1,0 +1,4 @@
+})();
+globalThis.console = null;
+(function() {
+    for (;;) ;

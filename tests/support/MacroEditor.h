@@ -1,0 +1,99 @@
+#pragma once
+
+#include "editor/TextView.h"
+#include "macro/engine/EditorWindowController.h"
+#include "macro/engine/MacroRunNotice.h"
+#include "macro/script/ScriptHostPool.h"
+#include "platform/UserDefaults.h"
+
+#include <QTest>
+#include <QTimer>
+
+#include <atomic>
+
+namespace penwick::test {
+
+/// A window with a text, an edit that can be undone, and a selection.
+struct MacroEditor
+{
+    static constexpr const char *kBefore = "一行目\r\nsecond 😀\n";
+    static constexpr const char *kAfter = "一行!\r\nsecond 😀\n";
+    static constexpr TextRange kSelection{5, 3};
+
+    explicit MacroEditor(const QString &settings)
+        : defaults(settings)
+        , controller(defaults,
+                     systemClock(),
+                     MacroRuntimeService([] { return ScriptHostPool::shared().start(); },
+                                         [this](const QString &) { ++logged; }))
+    {
+        document.setContentString(Text(QString::fromUtf8(kBefore)));
+        controller.setDocument(&document);
+        controller.window()->show();
+        view()->setSelectedRange({2, 1});
+        QTest::keyClicks(view(), QStringLiteral("!"));
+        view()->setSelectedRange(kSelection);
+        QCoreApplication::processEvents();
+    }
+
+    void start(const QString &code, const QString &name = QStringLiteral("name"))
+    {
+        controller.runMacro(code, QStringLiteral("id"), name, std::nullopt);
+    }
+
+    /// Lets events pass until no macro runs. False where it does not end.
+    [[nodiscard]] bool waitForEnd() const
+    {
+        return QTest::qWaitFor([this] { return !controller.isRunningMacro(); }, 60000);
+    }
+
+    [[nodiscard]] bool run(const QString &code, const QString &name = QStringLiteral("name"))
+    {
+        start(code, name);
+        return waitForEnd();
+    }
+
+    [[nodiscard]] TextView *view() const { return controller.textView(); }
+
+    /// Of the document, after everything that is queued.
+    [[nodiscard]] QByteArray bytes() const
+    {
+        QCoreApplication::processEvents();
+        return document.contentString().toUtf8();
+    }
+
+    [[nodiscard]] QString message() const
+    {
+        QCoreApplication::processEvents();
+        return controller.documentState()->macroNotificationMessage().value_or(QString());
+    }
+
+    [[nodiscard]] MacroRunNotice *notice() const
+    {
+        return controller.window()->findChild<MacroRunNotice *>();
+    }
+
+    std::atomic<int> logged = 0; // Lines of the script's log.
+    UserDefaults defaults;
+    TextDocument document;
+    EditorWindowController controller;
+};
+
+/// Stops the runs of a window as a person does: with Escape, once the notice is there.
+class ImpatientPerson final
+{
+public:
+    explicit ImpatientPerson(const MacroEditor &editor)
+    {
+        QObject::connect(&m_timer, &QTimer::timeout, [&editor] {
+            if (MacroRunNotice *notice = editor.notice())
+                QTest::keyClick(notice, Qt::Key_Escape);
+        });
+        m_timer.start(20);
+    }
+
+private:
+    QTimer m_timer;
+};
+
+} // namespace penwick::test
