@@ -2,19 +2,31 @@
 
 #include "app/AboutPanel.h"
 #include "app/MacroMenu.h"
+#include "app/ScriptHostReport.h"
 #include "app/TestMacros.h"
 #include "macro/library/MacroManager.h"
+#include "macro/script/ScriptHostPool.h"
 #include "platform/NotificationCenter.h"
+#include "platform/StandardOutput.h"
 #include "wording/UIWordingProfileManager.h"
 
 #include <QApplication>
 #include <QMainWindow>
 #include <QSessionManager>
+#include <QTimer>
 #include <QWindow>
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace penwick {
+
+namespace {
+
+constexpr int kAfterStartUp = 1000; // Milliseconds.
+
+} // namespace
 
 AppDelegate::AppDelegate(Clock clock, QObject *parent)
     : QObject(parent)
@@ -34,7 +46,11 @@ AppDelegate::AppDelegate(Clock clock, QObject *parent)
             });
 }
 
-AppDelegate::~AppDelegate() = default;
+AppDelegate::~AppDelegate()
+{
+    ScriptHostPool::shared().setKeepsSpare(false);
+    ScriptHostPool::shared().discard();
+}
 
 void AppDelegate::applicationDidFinishLaunching(const QStringList &files)
 {
@@ -67,6 +83,21 @@ void AppDelegate::applicationDidFinishLaunching(const QStringList &files)
         windowDidBecomeMain(QApplication::activeWindow());
     });
     windowDidBecomeMain(QApplication::activeWindow());
+    // Later, so that it takes nothing from the start-up.
+    QTimer::singleShot(kAfterStartUp, this, &AppDelegate::prepareScriptHost);
+}
+
+void AppDelegate::prepareScriptHost()
+{
+    ScriptHostPool &pool = ScriptHostPool::shared();
+    if (const auto memory = scriptMemory(UserDefaults::standard()))
+        pool.setMemory(*memory);
+    pool.setKeepsSpare(true);
+    QTimer::singleShot(kAfterStartUp, this, [] {
+        const QString missing = missingWalls(ScriptHostPool::shared().protection(0));
+        if (!missing.isEmpty())
+            printLine(u"Macros run without: "_s + missing);
+    });
 }
 
 void AppDelegate::openFiles(const QStringList &paths)

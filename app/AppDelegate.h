@@ -63,6 +63,7 @@ private:
     void handleProfileDidChange();
     void windowDidBecomeMain(QWidget *window);
     void commitSession(QSessionManager &manager);
+    void prepareScriptHost();
     void buildMenuBars();
     void rebuildMacroMenus();
     void rebuildMacroMenu(const EditorWindowController &controller);

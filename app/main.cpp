@@ -1,5 +1,7 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
+#include "app/ScriptHostReport.h"
+#include "macro/script/ScriptHostPool.h"
 #include "wording/WordingLookup.h"
 
 #include <QApplication>
@@ -15,6 +17,7 @@ using penwick::CommandLine;
 using namespace Qt::StringLiterals;
 
 constexpr int kUsageError = 2;
+constexpr int kHostStartTime = 5000; // Milliseconds, far more than it takes.
 
 void writeLine(std::FILE *stream, const QString &line)
 {
@@ -31,6 +34,9 @@ std::optional<int> answerWithoutWindow(const CommandLine &commandLine)
         return 0;
     case CommandLine::Request::ShowVersion:
         writeLine(stdout, CommandLine::versionText());
+        writeLine(stdout,
+                  penwick::scriptHostReport(
+                      penwick::ScriptHostPool::shared().protection(kHostStartTime)));
         return 0;
     case CommandLine::Request::RejectOption:
         writeLine(stderr,
