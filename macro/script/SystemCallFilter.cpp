@@ -94,6 +94,17 @@ constexpr int kRefused[] = {
     SCMP_SYS(setpriority),
 };
 
+// Not with the macros of the header, which are no C++.
+scmp_arg_cmp hasBits(unsigned int argument, scmp_datum_t mask, scmp_datum_t bits)
+{
+    return {argument, SCMP_CMP_MASKED_EQ, mask, bits};
+}
+
+scmp_arg_cmp equals(unsigned int argument, scmp_datum_t value)
+{
+    return {argument, SCMP_CMP_EQ, value, 0};
+}
+
 bool allowWhere(scmp_filter_ctx filter, int call, const scmp_arg_cmp &condition)
 {
     return seccomp_rule_add_array(filter, SCMP_ACT_ALLOW, call, 1, &condition) == 0;
@@ -102,7 +113,7 @@ bool allowWhere(scmp_filter_ctx filter, int call, const scmp_arg_cmp &condition)
 // New code cannot come in: the engine reserved the memory for what it compiles when it started.
 bool allowMemoryWithoutCode(scmp_filter_ctx filter)
 {
-    const scmp_arg_cmp notExecutable = SCMP_A2(SCMP_CMP_MASKED_EQ, PROT_EXEC, 0);
+    const scmp_arg_cmp notExecutable = hasBits(2, PROT_EXEC, 0);
     return allowWhere(filter, SCMP_SYS(mmap), notExecutable) &&
            allowWhere(filter, SCMP_SYS(mprotect), notExecutable);
 }
@@ -112,11 +123,10 @@ bool allowMemoryWithoutCode(scmp_filter_ctx filter)
 bool allowThreads(scmp_filter_ctx filter)
 {
     constexpr scmp_datum_t kThread = CLONE_THREAD | CLONE_VM;
-    return allowWhere(filter, SCMP_SYS(clone), SCMP_A0(SCMP_CMP_MASKED_EQ, kThread, kThread)) &&
+    return allowWhere(filter, SCMP_SYS(clone), hasBits(0, kThread, kThread)) &&
            seccomp_rule_add(filter, SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(clone3), 0) == 0 &&
-           allowWhere(filter, SCMP_SYS(prctl), SCMP_A0(SCMP_CMP_EQ, PR_SET_NAME)) &&
-           allowWhere(
-               filter, SCMP_SYS(tgkill), SCMP_A0(SCMP_CMP_EQ, static_cast<scmp_datum_t>(getpid())));
+           allowWhere(filter, SCMP_SYS(prctl), equals(0, PR_SET_NAME)) &&
+           allowWhere(filter, SCMP_SYS(tgkill), equals(0, static_cast<scmp_datum_t>(getpid())));
 }
 
 bool addRules(scmp_filter_ctx filter)
