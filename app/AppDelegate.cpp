@@ -93,11 +93,23 @@ void AppDelegate::prepareScriptHost()
     if (const auto memory = scriptMemory(UserDefaults::standard()))
         pool.setMemory(*memory);
     pool.setKeepsSpare(true);
-    QTimer::singleShot(kAfterStartUp, this, [] {
-        const QString missing = missingWalls(ScriptHostPool::shared().protection(0));
-        if (!missing.isEmpty())
-            printLine(u"Macros run without: "_s + missing);
-    });
+    constexpr int kPatience = 10; // Times a second.
+    QTimer::singleShot(kAfterStartUp, this, [this] { reportMissingWalls(kPatience); });
+}
+
+// The process says what stands when it is up, which a busy machine may keep it from for a while.
+void AppDelegate::reportMissingWalls(int patience)
+{
+    const auto protection = ScriptHostPool::shared().protection(0);
+    if (!protection && patience > 0) {
+        QTimer::singleShot(
+            kAfterStartUp, this, [this, patience] { reportMissingWalls(patience - 1); });
+        return;
+    }
+    const QString missing = missingWalls(protection);
+    if (!missing.isEmpty()) {
+        printLine(u"Macros run without: "_s + missing);
+    }
 }
 
 void AppDelegate::openFiles(const QStringList &paths)

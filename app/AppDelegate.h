@@ -64,6 +64,7 @@ private:
     void windowDidBecomeMain(QWidget *window);
     void commitSession(QSessionManager &manager);
     void prepareScriptHost();
+    void reportMissingWalls(int patience);
     void buildMenuBars();
     void rebuildMacroMenus();
     void rebuildMacroMenu(const EditorWindowController &controller);

@@ -6,9 +6,27 @@
 #include <QDropEvent>
 #include <QWidget>
 
+#include <algorithm>
 #include <utility>
 
 namespace penwick {
+
+namespace {
+
+/// A window behind an open question takes nothing. Other windows do while a macro runs on one: its
+/// notice is modal for that one alone.
+bool isBehindAQuestion(const QWidget *window)
+{
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    return std::any_of(windows.begin(), windows.end(), [window](const QWidget *other) {
+        if (other == window || !other->isVisible() || !other->isModal())
+            return false;
+        return other->windowModality() == Qt::ApplicationModal ||
+               other->parentWidget() == nullptr || other->parentWidget()->window() == window;
+    });
+}
+
+} // namespace
 
 FileDrop::FileDrop(IsTarget isTarget, Open open, QObject *parent)
     : QObject(parent)
@@ -23,10 +41,8 @@ bool FileDrop::eventFilter(QObject *watched, QEvent *event)
     const bool isDrop = event->type() == QEvent::Drop;
     if (!isDrop && event->type() != QEvent::DragEnter && event->type() != QEvent::DragMove)
         return false;
-    // A window behind an open question takes nothing.
     const auto *widget = qobject_cast<const QWidget *>(watched);
-    if (widget == nullptr || QApplication::activeModalWidget() != nullptr ||
-        !m_isTarget(widget->window()))
+    if (widget == nullptr || !m_isTarget(widget->window()) || isBehindAQuestion(widget->window()))
         return false;
     auto *drop = static_cast<QDropEvent *>(event);
     const QStringList paths = localFilesOf(drop->mimeData());

@@ -38,14 +38,17 @@ QString scriptHostReport(const std::optional<HostProtection> &protection)
 
 QString missingWalls(const std::optional<HostProtection> &protection)
 {
+    if (!protection) {
+        return u"the process that runs them"_s;
+    }
     QStringList missing;
-    if (protection && !protection->memoryLimit) {
+    if (!protection->memoryLimit) {
         missing << u"a memory limit"_s;
     }
-    if (protection && !protection->systemCallFilter) {
+    if (!protection->systemCallFilter) {
         missing << u"a filter of system calls (seccomp)"_s;
     }
-    if (protection && !protection->fileAccessRules) {
+    if (!protection->fileAccessRules) {
         missing << u"file access rules (Landlock)"_s;
     }
     return missing.join(u", "_s);

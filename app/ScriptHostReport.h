@@ -14,7 +14,8 @@ namespace penwick {
 /// \param protection nothing when the process does not start.
 [[nodiscard]] QString scriptHostReport(const std::optional<HostProtection> &protection);
 
-/// For the log: the walls that are missing. Empty when none is, or when nothing is known.
+/// For the log: the walls that are missing. Empty when none is. Without a process,
+/// macros do not run at all, and this names it.
 [[nodiscard]] QString missingWalls(const std::optional<HostProtection> &protection);
 
 /// How many bytes a macro may take, by the key `macroMemoryLimitMegabytes` (a whole number of MiB,

@@ -2,6 +2,7 @@
 
 #include "editor/TextView.h"
 
+#include <QDialog>
 #include <QDropEvent>
 #include <QLineEdit>
 #include <QMainWindow>
@@ -31,6 +32,8 @@ private Q_SLOTS:
     void text_droppedOnTheView_isInserted();
     void link_droppedOnTheView_isText();
     void files_onAnotherWindow_areLeftAlone();
+    void files_behindAQuestion_areLeftAlone();
+    void files_besideAnothersQuestion_areOpened();
 
 private:
     /// What a drag does that ends over `target`: true when it was taken. `action` is the one it
@@ -159,6 +162,29 @@ void FileDropTest::link_droppedOnTheView_isText()
     mime.setText(u"https://example.org/"_s);
     QVERIFY(drop(m_window->findChild<TextView *>()->viewport(), mime));
     QCOMPARE(m_storage.text().toString(), u"https://example.org/"_s);
+}
+
+void FileDropTest::files_behindAQuestion_areLeftAlone()
+{
+    for (const Qt::WindowModality modality : {Qt::WindowModal, Qt::ApplicationModal}) {
+        QDialog question(m_window.get());
+        question.setWindowModality(modality);
+        question.show();
+        QVERIFY(!drop(m_window.get(), *files({u"/tmp/a.txt"_s})));
+    }
+    QCoreApplication::processEvents();
+    QVERIFY(m_opened.isEmpty());
+}
+
+void FileDropTest::files_besideAnothersQuestion_areOpened()
+{
+    QWidget other;
+    other.show();
+    QDialog question(&other);
+    question.setWindowModality(Qt::WindowModal);
+    question.show();
+    QVERIFY(drop(m_window.get(), *files({u"/tmp/a.txt"_s})));
+    QTRY_COMPARE(m_opened, QStringList{u"/tmp/a.txt"_s});
 }
 
 void FileDropTest::files_onAnotherWindow_areLeftAlone()

@@ -1,0 +1,73 @@
+#include "app/ScriptHostReport.h"
+
+#include "support/TemporaryHome.h"
+
+#include <QTest>
+
+using namespace penwick;
+using namespace Qt::StringLiterals;
+
+class ScriptHostReportTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void report_namesEachWall();
+    void report_withoutProcess_saysSo();
+    void missing_namesWhatDoesNotStand();
+    void memory_key_isInMegabytes_data();
+    void memory_key_isInMegabytes();
+};
+
+void ScriptHostReportTest::report_namesEachWall()
+{
+    QCOMPARE(scriptHostReport(HostProtection{true, false, true}),
+             u"マクロの隔離:\n"
+             "  別プロセス: あり\n"
+             "  メモリの上限: あり\n"
+             "  システムコールの制限 (seccomp): なし\n"
+             "  ファイルアクセスの規則 (Landlock): あり"_s);
+}
+
+void ScriptHostReportTest::report_withoutProcess_saysSo()
+{
+    QCOMPARE(scriptHostReport(std::nullopt), u"マクロの実行プログラムを起動できません"_s);
+}
+
+void ScriptHostReportTest::missing_namesWhatDoesNotStand()
+{
+    QCOMPARE(missingWalls(HostProtection{true, true, true}), QString());
+    QCOMPARE(missingWalls(std::nullopt), u"the process that runs them"_s);
+    QCOMPARE(missingWalls(HostProtection{false, true, false}),
+             u"a memory limit, file access rules (Landlock)"_s);
+    QCOMPARE(missingWalls(HostProtection{true, false, true}),
+             u"a filter of system calls (seccomp)"_s);
+}
+
+void ScriptHostReportTest::memory_key_isInMegabytes_data()
+{
+    QTest::addColumn<QString>("stored");
+    QTest::addColumn<quint64>("bytes"); // 0: none.
+
+    QTest::newRow("least") << u"64"_s << quint64{64} * 1024 * 1024;
+    QTest::newRow("large") << u"16384"_s << quint64{16} * 1024 * 1024 * 1024;
+    QTest::newRow("too small") << u"63"_s << quint64{0};
+    QTest::newRow("negative") << u"-1"_s << quint64{0};
+    QTest::newRow("beyond any machine") << u"99999999999999999"_s << quint64{0};
+    QTest::newRow("no number") << u"4 GB"_s << quint64{0};
+    QTest::newRow("empty") << QString() << quint64{0};
+}
+
+void ScriptHostReportTest::memory_key_isInMegabytes()
+{
+    QFETCH(QString, stored);
+    QFETCH(quint64, bytes);
+    const test::TemporaryHome home;
+    UserDefaults defaults(home.file(u"settings.ini"_s));
+    QVERIFY(!scriptMemory(defaults).has_value());
+    defaults.setString(u"macroMemoryLimitMegabytes"_s, stored);
+    QCOMPARE(scriptMemory(defaults).value_or(0), bytes);
+}
+
+QTEST_APPLESS_MAIN(ScriptHostReportTest)
+#include "ScriptHostReportTest.moc"
