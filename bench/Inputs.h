@@ -48,4 +48,19 @@ inline QByteArray oneLine(qsizetype size)
     return text;
 }
 
+/// Text of about `size` bytes that every built-in macro finds work in: blanks at line ends, empty
+/// lines, addresses, tags, in Latin and Japanese.
+inline QByteArray macroFodder(qsizetype size)
+{
+    QByteArray text;
+    text.reserve(size + 512);
+    for (int line = 0; text.size() < size; ++line) {
+        text += "The quick brown fox jumps over " + QByteArray::number(line) + "  \n";
+        text += "少年は昨日の続きを書きはじめた。　\n\n";
+        text += "<p class=\"a\">見よ <b>https://example.org/" + QByteArray::number(line);
+        text += "</b>、風が木々の間を渡っていく。</p>\n";
+    }
+    return text;
+}
+
 } // namespace penwick::bench

@@ -1,0 +1,163 @@
+// Measures runs of macros in a process of its own and prints one line of JSON with milliseconds: of
+// penwick, and of the script engine alone in the same run. bench/run calls it; see `kUsage`.
+
+#include "bench/Inputs.h"
+#include "editor/TextDocument.h"
+#include "macro/engine/EditorWindowController.h"
+#include "macro/library/BuiltInMacroProvider.h"
+#include "macro/script/ScriptHostPool.h"
+#include "macro/script/ScriptRunner.h"
+#include "platform/UserDefaults.h"
+
+#include <QApplication>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <vector>
+
+using namespace penwick;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto kUsage = "usage: penwick_measure_macros names\n"
+                        "       penwick_measure_macros empty RUNS\n"
+                        "       penwick_measure_macros builtin NAME MB RUNS\n";
+constexpr int kHostStartTime = 5000; // Milliseconds.
+
+double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+template <typename Work> double milliseconds(Work work)
+{
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+        .count();
+}
+
+int print(const QJsonObject &object)
+{
+    std::puts(QJsonDocument(object).toJson(QJsonDocument::Compact).constData());
+    return 0;
+}
+
+void ignoreLog(const QString & /*line*/) {}
+
+MacroRuntimeService serviceInHost()
+{
+    return {[] { return ScriptHostPool::shared().start(); }, ignoreLog};
+}
+
+MacroRuntimeService serviceHere()
+{
+    return {[] {
+                return [](ScriptRequest request, const ScriptLogSink &log, ScriptWaiter *) {
+                    return runScript(std::move(request), log);
+                };
+            },
+            ignoreLog};
+}
+
+/// A process is ready, as it is for a person who has not run a macro just now.
+bool waitForSpare()
+{
+    return ScriptHostPool::shared().protection(kHostStartTime).has_value();
+}
+
+/// From the command to the end of the run, window and all.
+int measureEmpty(int runs)
+{
+    const QTemporaryDir folder;
+    UserDefaults defaults(folder.filePath(u"settings.ini"_s));
+    TextDocument document;
+    EditorWindowController controller(defaults);
+    controller.setDocument(&document);
+    const auto run = [&controller] {
+        controller.runMacro(u"return {};"_s, u"id"_s, u"name"_s, std::nullopt);
+    };
+    const MacroRuntimeService here = serviceHere();
+    const MacroContext context = controller.buildMacroContext(u"id"_s, u"name"_s);
+    std::vector<double> with;
+    std::vector<double> without;
+    std::vector<double> bare;
+    for (int i = 0; i < runs; ++i) {
+        if (!waitForSpare())
+            return 1;
+        with.push_back(milliseconds(run));
+        ScriptHostPool::shared().discard();
+        without.push_back(milliseconds(run));
+        bare.push_back(milliseconds(
+            [&] { static_cast<void>(here.run(u"return {};"_s, context, std::nullopt)); }));
+    }
+    return print({{u"with a process ahead"_s, median(with)},
+                  {u"without"_s, median(without)},
+                  {u"engine"_s, median(bare)}});
+}
+
+std::optional<BuiltInMacroDefinition> definitionOf(const QString &name)
+{
+    for (const BuiltInMacroDefinition &definition : BuiltInMacroProvider::definitions()) {
+        if (definition.id == name)
+            return definition;
+    }
+    return std::nullopt;
+}
+
+/// From the text to the answer that is ready to be applied, both ways.
+int measureBuiltIn(const BuiltInMacroDefinition &definition, qsizetype size, int runs)
+{
+    EditorSnapshot snapshot;
+    snapshot.text = *Text::fromUtf8(bench::macroFodder(size));
+    snapshot.now = QDateTime({2024, 2, 29}, {3, 4, 5}, Qt::UTC);
+    snapshot.timeZone = QTimeZone::utc();
+    const MacroContext context = buildMacroContext(snapshot, u"id"_s, u"name"_s);
+    const QString code = BuiltInMacroProvider::script(definition.macro);
+    const auto run = [&](const MacroRuntimeService &service) {
+        return milliseconds([&] {
+            const auto result =
+                service.run(code, context, definition.defaultInput.value_or(u"x"_s));
+            if (!result)
+                qFatal("%s", qPrintable(result.error().errorDescription()));
+        });
+    };
+    std::vector<double> host;
+    std::vector<double> bare;
+    for (int i = 0; i < runs; ++i) {
+        if (!waitForSpare())
+            return 1;
+        host.push_back(run(serviceInHost()));
+        bare.push_back(run(serviceHere()));
+    }
+    return print({{u"run"_s, median(host)}, {u"engine"_s, median(bare)}});
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    const QString command = arguments.value(1);
+    if (command == u"names"_s) {
+        for (const BuiltInMacroDefinition &definition : BuiltInMacroProvider::definitions())
+            std::puts(qPrintable(definition.id));
+        return 0;
+    }
+    if (command == u"empty"_s && arguments.size() == 3)
+        return measureEmpty(arguments.at(2).toInt());
+    const auto definition = definitionOf(arguments.value(2));
+    if (command == u"builtin"_s && definition && arguments.size() == 5) {
+        return measureBuiltIn(
+            *definition, arguments.at(3).toLongLong() * 1'000'000, arguments.at(4).toInt());
+    }
+    std::fputs(kUsage, stderr);
+    return 2;
+}
