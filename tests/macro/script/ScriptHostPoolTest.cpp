@@ -342,7 +342,7 @@ void ScriptHostPoolTest::runs_many_leaveNothing()
         pool.discard();
         QTRY_VERIFY(reapHostProcesses());
     };
-    runSome(kRuns / 10); // Until everything that is made once has been made.
+    runSome(20); // Until everything that is made once has been made.
     const qsizetype descriptors = openDescriptors();
     [[maybe_unused]] const qint64 memory = residentMemory();
     runSome(kRuns);
