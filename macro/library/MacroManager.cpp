@@ -1,6 +1,7 @@
 #include "macro/library/MacroManager.h"
 
 #include "macro/library/BuiltInMacroProvider.h"
+#include "macro/library/MacroFile.h"
 #include "macro/library/MacroJson.h"
 #include "platform/ApplicationSupport.h"
 #include "platform/AtomicFile.h"
@@ -24,6 +25,8 @@ auto hasId(const QString &id)
 {
     return [id](const Macro &macro) { return macro.id == id; };
 }
+
+const QString kCopySuffix = u" のコピー"_s;
 
 /// Wrapping round would put new macros before all others, and saving would keep it so for good.
 qint64 checkedSuccessor(qint64 sortOrder)
@@ -151,9 +154,30 @@ void MacroManager::deleteMacro(const QString &id)
 void MacroManager::duplicateMacro(Macro macro)
 {
     macro.id = m_ids();
-    macro.name += u" のコピー"_s;
+    macro.name += kCopySuffix;
     macro.source = u"user"_s;
     appendAndSave(std::move(macro));
+}
+
+tl::expected<QString, JsonRecordError> MacroManager::importMacro(QByteArrayView data)
+{
+    auto macro = MacroFile::read(data);
+    if (!macro)
+        return tl::unexpected(macro.error());
+    const auto isTaken = [this, &macro](auto field) {
+        return std::any_of(m_macros.cbegin(), m_macros.cend(), [&](const Macro &other) {
+            return other.*field == (*macro).*field;
+        });
+    };
+    if (isTaken(&Macro::id))
+        macro->id = m_ids();
+    if (isTaken(&Macro::name))
+        macro->name += kCopySuffix;
+    macro->source = u"imported"_s;
+    macro->isEnabled = true;
+    QString id = macro->id;
+    appendAndSave(*std::move(macro));
+    return id;
 }
 
 void MacroManager::installBuiltInMacros()

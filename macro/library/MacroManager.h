@@ -1,6 +1,7 @@
 #pragma once
 
 #include "macro/library/Macro.h"
+#include "platform/JsonRecord.h"
 #include "platform/Timestamp.h"
 #include "platform/UserDefaults.h"
 #include "platform/Uuid.h"
@@ -11,6 +12,7 @@
 #include <QUrl>
 
 #include <optional>
+#include <tl/expected.hpp>
 
 namespace penwick {
 
@@ -61,6 +63,11 @@ public:
     void deleteMacro(const QString &id);
     /// Appends a copy with an id, times, `sortOrder` and name of its own. It belongs to the user.
     void duplicateMacro(Macro macro);
+    /// Appends the macro of an exported file, enabled, with new times and the next `sortOrder`. An
+    /// id that is taken is replaced by a new one, a name that is taken gets " のコピー" behind it.
+    /// Returns the id. After an error nothing has changed.
+    /// \param data the file's bytes.
+    [[nodiscard]] tl::expected<QString, JsonRecordError> importMacro(QByteArrayView data);
     /// Appends the built-in macros whose ids the list lacks, named by the active wording. Saves
     /// only if there were any.
     void installBuiltInMacros();

@@ -1,8 +1,10 @@
 #include "macro/library/MacroManager.h"
 
 #include "macro/library/BuiltInMacroProvider.h"
+#include "macro/library/MacroFile.h"
 #include "macro/library/MacroJson.h"
 #include "platform/FileSystem.h"
+#include "platform/JsonText.h"
 #include "support/CapturedOutput.h"
 #include "support/FakeClock.h"
 #include "support/FakeIds.h"
@@ -84,6 +86,14 @@ private:
         for (const Macro &macro : manager.macros())
             ids.append(macro.id);
         return ids;
+    }
+
+    static QStringList names(const MacroManager &manager)
+    {
+        QStringList names;
+        for (const Macro &macro : manager.macros())
+            names.append(macro.name);
+        return names;
     }
 
     static QStringList builtInIds()
@@ -313,6 +323,52 @@ private Q_SLOTS:
         manager->deleteMacro(manager->macros().constFirst().id);
         QVERIFY(manager->macros().isEmpty());
         QCOMPARE(world.file(), "[]"_ba);
+    }
+
+    void importMacro_exportedOne_isAppendedAsANewOne()
+    {
+        World world;
+        world.writeFile(QList{sampleMacro(u"B"_s, 41)});
+        const auto manager = world.start();
+        Macro macro = sampleMacro(u"A"_s, 7);
+        macro.source = u"builtin"_s;
+        QCOMPARE(manager->importMacro(MacroFile::write(macro)), u"A"_s);
+        macro.source = u"imported"_s;
+        macro.isEnabled = true;
+        macro.createdAt = kStart;
+        macro.updatedAt = kStart;
+        macro.sortOrder = 42;
+        QCOMPARE(manager->macros().value(1), macro);
+        QCOMPARE(MacroJson::read(world.file()), manager->macros());
+    }
+
+    void importMacro_idAndNameTaken_getsNewOnes()
+    {
+        World world;
+        const auto manager = world.start();
+        const QByteArray file = MacroFile::write(sampleMacro());
+        QCOMPARE(manager->importMacro(file), u"A"_s);
+        QCOMPARE(manager->importMacro(file), FakeIds::id(1));
+        QCOMPARE(manager->importMacro(file), FakeIds::id(2));
+        QCOMPARE(names(*manager),
+                 (QStringList{u"name of A"_s, u"name of A のコピー"_s, u"name of A のコピー"_s}));
+        Macro other = sampleMacro(u"B"_s);
+        other.code = u"// penwick:macro\n// name: name of A\n\nx"_s;
+        QCOMPARE(manager->importMacro(JsonText::write(MacroJson::encode(other))), u"B"_s);
+        QCOMPARE(manager->macros().constLast().name, u"name of A のコピー"_s);
+        QCOMPARE(manager->macros().constLast().code, u"x"_s);
+    }
+
+    void importMacro_otherJson_changesNothing()
+    {
+        World world;
+        world.writeFile(QList{sampleMacro()});
+        const QByteArray before = world.file();
+        const auto manager = world.start();
+        QVERIFY(!manager->importMacro(before));
+        QVERIFY(!manager->importMacro("{}"));
+        QCOMPARE(manager->macros(), QList{sampleMacro()});
+        QCOMPARE(world.file(), before);
     }
 
     void duplicate_macro_isTheUsersOwnCopy()
