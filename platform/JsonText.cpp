@@ -35,6 +35,9 @@ public:
 
     const JsonError &error() const { return m_error; }
 
+    /// Whether there is no result because the parser met a number that no double can hold.
+    bool stoppedAtHugeNumber() const { return m_stoppedAtHugeNumber; }
+
     bool null() { return add(nullptr); }
 
     bool boolean(bool value) { return add(value); }
@@ -66,8 +69,7 @@ public:
     bool parse_error(std::size_t position, const std::string &, const nlohmann::json::exception &e)
     {
         constexpr int kNumberOverflow = 406;
-        m_error.kind =
-            e.id == kNumberOverflow ? JsonError::Kind::NumberOutOfRange : JsonError::Kind::Syntax;
+        m_stoppedAtHugeNumber = e.id == kNumberOverflow;
         m_error.byteOffset = std::max(qint64{0}, static_cast<qint64>(position) - 1);
         return false;
     }
@@ -113,6 +115,7 @@ private:
 
     JsonValue m_result;
     JsonError m_error;
+    bool m_stoppedAtHugeNumber = false;
     std::vector<Container> m_open;
 };
 
@@ -255,6 +258,77 @@ private:
     qsizetype m_depth = 0;
 };
 
+bool parse(QByteArrayView text, TreeBuilder &builder)
+{
+    return nlohmann::json::sax_parse(text.begin(), text.end(), &builder);
+}
+
+bool isHugeNumber(QByteArrayView text)
+{
+    TreeBuilder builder;
+    return !parse(text, builder) && builder.stoppedAtHugeNumber();
+}
+
+/// The offset behind the string that begins at `start`.
+qsizetype endOfString(QByteArrayView text, qsizetype start)
+{
+    qsizetype i = start + 1;
+    while (i < text.size() && text[i] != '"')
+        i += text[i] == '\\' ? 2 : 1;
+    return std::min(i + 1, text.size());
+}
+
+qsizetype endOfDigits(QByteArrayView text, qsizetype start)
+{
+    qsizetype i = start;
+    while (i < text.size() && text[i] >= '0' && text[i] <= '9')
+        ++i;
+    return i;
+}
+
+bool isOneOf(QByteArrayView text, qsizetype at, QByteArrayView bytes)
+{
+    return at < text.size() && bytes.contains(text[at]);
+}
+
+/// The offset behind the longest number that begins at `start`, which is where the parser ends it,
+/// too; `start` itself where none does.
+qsizetype endOfNumber(QByteArrayView text, qsizetype start)
+{
+    const qsizetype first = start + (isOneOf(text, start, "-") ? 1 : 0);
+    qsizetype end = endOfDigits(text, first);
+    if (end == first)
+        return start;
+    if (isOneOf(text, end, "."))
+        end = std::max(end, endOfDigits(text, end + 1));
+    if (isOneOf(text, end, "eE")) {
+        const qsizetype exponent = end + (isOneOf(text, end + 1, "+-") ? 2 : 1);
+        end = std::max(end, endOfDigits(text, exponent));
+    }
+    return end;
+}
+
+/// The text with null, of the same length, for every number that no double can hold: the parser
+/// gives up at those, wherever they stand.
+QByteArray withoutHugeNumbers(QByteArrayView text)
+{
+    QByteArray changed = text.toByteArray();
+    qsizetype i = 0;
+    while (i < text.size()) {
+        const qsizetype start = i;
+        if (text[i] == '"') {
+            i = endOfString(text, i);
+            continue;
+        }
+        i = endOfNumber(text, start);
+        if (i == start)
+            ++i;
+        else if (isHugeNumber(text.sliced(start, i - start)))
+            changed.replace(start, i - start, "null"_ba.leftJustified(i - start));
+    }
+    return changed;
+}
+
 } // namespace
 
 QString JsonError::description() const
@@ -267,8 +341,6 @@ QString JsonError::description() const
         return at(u"The text is not valid UTF-8"_s);
     case Kind::TooDeep:
         return u"The JSON is nested too deeply"_s;
-    case Kind::NumberOutOfRange:
-        return at(u"The JSON holds a number that is too large"_s);
     case Kind::Syntax:
         break;
     }
@@ -281,9 +353,15 @@ tl::expected<JsonValue, JsonError> JsonText::read(QByteArrayView text)
     if (const qsizetype nul = text.indexOf('\0'); nul >= 0)
         return tl::unexpected(JsonError{JsonError::Kind::Syntax, nul});
     TreeBuilder builder;
-    if (nlohmann::json::sax_parse(text.begin(), text.end(), &builder))
+    if (parse(text, builder))
         return builder.takeResult();
     JsonError error = builder.error();
+    if (builder.stoppedAtHugeNumber()) {
+        TreeBuilder second;
+        if (parse(withoutHugeNumbers(text), second))
+            return second.takeResult();
+        error = second.error();
+    }
     if (error.kind == JsonError::Kind::Syntax && !text.isValidUtf8())
         error.kind = JsonError::Kind::InvalidUtf8;
     return tl::unexpected(error);

@@ -14,10 +14,9 @@ namespace penwick {
 struct JsonError
 {
     enum class Kind {
-        Syntax,           ///< Not the grammar of RFC 8259, or an unpaired surrogate escape.
-        InvalidUtf8,      ///< Not valid UTF-8.
-        TooDeep,          ///< Arrays and objects nested deeper than `JsonText::kMaximumDepth`.
-        NumberOutOfRange, ///< A number too large for a `double`.
+        Syntax,      ///< Not the grammar of RFC 8259, or an unpaired surrogate escape.
+        InvalidUtf8, ///< Not valid UTF-8.
+        TooDeep,     ///< Arrays and objects nested deeper than `JsonText::kMaximumDepth`.
     };
 
     Kind kind = Kind::Syntax;
@@ -39,7 +38,8 @@ public:
 
     /// Reads one value and nothing after it, strictly by RFC 8259: valid UTF-8, no comments, no
     /// trailing commas, no unpaired surrogate escapes. Whole numbers of 64 bits are kept exact, all
-    /// others are doubles. Of members with the same name the last one counts. A byte-order mark at
+    /// others are doubles; one that no double can hold is null, since it may stand where nobody
+    /// looks. Of members with the same name the last one counts. A byte-order mark at
     /// the start is skipped, as the RFC allows a reader.
     [[nodiscard]] static tl::expected<JsonValue, JsonError> read(QByteArrayView text);
 

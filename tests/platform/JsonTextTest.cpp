@@ -26,6 +26,13 @@ private Q_SLOTS:
         row("null", "null", nullptr);
         row("true", "true", true);
         row("false in white space", " \t\r\n false \n", false);
+        row("too large", "[-1e400]", JsonArray{nullptr});
+        row("too large in many digits", QByteArray(400, '9'), nullptr);
+        row("too large among others",
+            "{\"a\\\"1e999\":1.5e3, \"b\":[1E+999,\"1e999\\\\\",-0.9e+9999],\"c\":\"1e999\"}",
+            JsonObject{{u"a\"1e999"_s, 1500.0},
+                       {u"b"_s, JsonArray{nullptr, u"1e999\\"_s, nullptr}},
+                       {u"c"_s, u"1e999"_s}});
         row("empty array", "[]", JsonArray{});
         row("empty object", "{}", JsonObject{});
         row("nested", R"([1,{"a":[]}])", JsonArray{1, JsonObject{{u"a"_s, JsonArray{}}}});
@@ -113,7 +120,15 @@ private Q_SLOTS:
         row("encoded surrogate", "\"\xED\xA0\x80\"", Kind::InvalidUtf8);
         row("past U+10FFFF", "\"\xF4\x90\x80\x80\"", Kind::InvalidUtf8);
         row("truncated", "\"\xE6\x97\"", Kind::InvalidUtf8);
-        row("too large", "[1e400]", Kind::NumberOutOfRange);
+        row("too large, and then more", "[1e400,]", Kind::Syntax);
+        row("too large, and a word", "[-1e400, 1e400a]", Kind::Syntax);
+        row("too large, and a point", "[1e400.5]", Kind::Syntax);
+        row("too large, and an exponent", "[1e400e1]", Kind::Syntax);
+        row("too large, with a zero in front", "[01e400]", Kind::Syntax);
+        row("too large, with no digit after the point", "[1e400, 1.]", Kind::Syntax);
+        row("too large, as a name", "{1e400:1}", Kind::Syntax);
+        row("too large, and a stray byte", "[1e400, \"\xFF\"]", Kind::InvalidUtf8);
+        row("too large, and too deep", "[1e400" + QByteArray(513, '['), Kind::Syntax);
         row("too deep", QByteArray(513, '['), Kind::TooDeep);
         row("far too deep", QByteArray(100000, '['), Kind::TooDeep);
         row("too deep in objects", QByteArray(R"({"a":)").repeated(513), Kind::TooDeep);
