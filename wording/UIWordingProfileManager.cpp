@@ -32,6 +32,13 @@ bool isProfileFile(const QString &name)
     return name.endsWith(kExtension) && name.size() > kExtension.size();
 }
 
+/// An id comes from a file that anybody may have written. It must not lead out of the folder, where
+/// the user's macros and more lie.
+bool isFileName(const QString &id)
+{
+    return !id.contains(u'/');
+}
+
 auto hasId(const QString &id)
 {
     return [id](const UIWordingProfile &profile) { return profile.id == id; };
@@ -162,6 +169,8 @@ void UIWordingProfileManager::applyProfile(const UIWordingProfile &profile)
 tl::expected<void, FileError> UIWordingProfileManager::saveProfile(const UIWordingProfile &profile)
 {
     ensureProfileDirectory();
+    if (!isFileName(profile.id))
+        return tl::unexpected(FileError{FileError::Kind::InvalidPath, 0});
     if (auto written = replaceFile(filePath(profile.id), profile.toJson()); !written)
         return written;
     // Copied, for the profile handed in may lie in the list that is about to change.
@@ -183,10 +192,11 @@ tl::expected<void, FileError> UIWordingProfileManager::deleteProfile(const QStri
 {
     if (id == kBuiltInProfileId || id == kBuiltInEnglishProfileId)
         return {};
-    if (auto removed = removeFile(filePath(id)); !removed) {
+    if (isFileName(id)) {
+        auto removed = removeFile(filePath(id));
         // No file is nothing to remove: a profile may lie in a file that another id names.
-        const auto kind = removed.error().kind;
-        if (kind != FileError::Kind::NotFound && kind != FileError::Kind::InvalidPath)
+        if (!removed && removed.error().kind != FileError::Kind::NotFound &&
+            removed.error().kind != FileError::Kind::InvalidPath)
             return removed;
     }
     // Asked now, for the id handed in may lie in the list that is about to change.

@@ -72,7 +72,8 @@ public:
     void applyProfile(const UIWordingProfile &profile);
 
     /// Writes the profile's file and takes it into the list; applies it again if it is the active
-    /// one. After an error nothing has changed.
+    /// one. Fails with `InvalidPath` for an id that names a file in another folder. After an error
+    /// nothing has changed.
     [[nodiscard]] tl::expected<void, FileError> saveProfile(const UIWordingProfile &profile);
 
     /// Removes the profile's file and its entries in the list; if it was active the built-in

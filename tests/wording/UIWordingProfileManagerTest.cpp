@@ -335,6 +335,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("id");
         QTest::newRow("folder in the file's place") << u"folder"_s;
         QTest::newRow("folder that is missing") << u"gone/x"_s;
+        QTest::newRow("file of the folder around it") << u"../macros"_s;
         QTest::newRow("NUL") << u"x"_s + QChar(u'\0') + u"y"_s;
         QTest::newRow("too long") << QString(300, u'x');
     }
@@ -350,6 +351,7 @@ private Q_SLOTS:
         QCOMPARE(spy.count(), 0);
         QCOMPARE(ids(*manager), withBuiltIns({}));
         QCOMPARE(folderEntries(world.folder()).value(), QStringList{u"folder.json"_s});
+        QVERIFY(!QFileInfo::exists(world.home.file(u"data/penwick/macros.json"_s)));
     }
 
     void delete_userProfile_removesFileAndEntries()
@@ -419,6 +421,17 @@ private Q_SLOTS:
         QVERIFY(manager->deleteProfile(u"a"_s).has_value());
         QVERIFY(manager->deleteProfile(u"x"_s + QChar(u'\0') + u"y"_s).has_value());
         QCOMPARE(ids(*manager), withBuiltIns({}));
+    }
+
+    void delete_idThatLeadsOutOfTheFolder_removesTheEntryOnly()
+    {
+        World world;
+        world.home.write(u"data/penwick/macros.json"_s, "[]");
+        world.writeFile(u"strange.json"_s, userProfile(u"../macros"_s).toJson());
+        const auto manager = world.start();
+        QVERIFY(manager->deleteProfile(u"../macros"_s).has_value());
+        QCOMPARE(ids(*manager), withBuiltIns({}));
+        QCOMPARE(world.home.read(u"data/penwick/macros.json"_s), "[]");
     }
 
     void delete_cannotBeRemoved_changesNothing()
