@@ -1,6 +1,6 @@
 #include "app/AboutPanel.h"
 
-#include "app/MessageBox.h"
+#include "controls/MessageBox.h"
 #include "wording/WordingLookup.h"
 
 #include <QApplication>

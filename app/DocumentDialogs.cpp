@@ -1,7 +1,7 @@
 #include "app/DocumentDialogs.h"
 
-#include "app/FileDialog.h"
-#include "app/MessageBox.h"
+#include "controls/FileDialog.h"
+#include "controls/MessageBox.h"
 #include "wording/WordingLookup.h"
 
 #include <QDir>

@@ -1,7 +1,7 @@
 #include "app/MacroLauncher.h"
 
 #include "app/MacroPrompts.h"
-#include "app/MessageBox.h"
+#include "controls/MessageBox.h"
 #include "wording/WordingLookup.h"
 
 #include <QApplication>

@@ -1,5 +1,6 @@
 #include "app/MacroMenu.h"
 
+#include "controls/VerbatimText.h"
 #include "wording/WordingLookup.h"
 
 #include <QAction>
@@ -13,7 +14,7 @@ namespace {
 
 QAction *addPlainItem(QMenu *menu, const QString &title)
 {
-    QAction *action = menu->addAction(verbatimMenuText(title));
+    QAction *action = menu->addAction(verbatimText(title));
     action->setMenuRole(QAction::NoRole); // A macro's name may look like "Quit" to Qt.
     return action;
 }

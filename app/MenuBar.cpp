@@ -1,6 +1,7 @@
 #include "app/MenuBar.h"
 
 #include "app/ResponderActions.h"
+#include "controls/VerbatimText.h"
 
 #include <QAction>
 #include <QMainWindow>
@@ -32,7 +33,7 @@ void addItem(QMenu *menu, const MenuItemRow &row, const MenuHandlers &handlers)
         menu->addSeparator();
         return;
     }
-    QAction *action = menu->addAction(verbatimMenuText(menuTitle(row)));
+    QAction *action = menu->addAction(verbatimText(menuTitle(row)));
     action->setShortcut(keyEquivalent(row));
     action->setMenuRole(menuRole(row.command));
     action->setData(QVariant::fromValue(static_cast<int>(row.command)));
@@ -78,7 +79,7 @@ void buildMenuBar(QMainWindow *window, const MenuHandlers &handlers)
     auto *bar = new QMenuBar;
     std::map<MenuId, QMenu *> menus;
     for (const MenuRow &row : menuRows()) {
-        QMenu *menu = bar->addMenu(verbatimMenuText(menuTitle(row)));
+        QMenu *menu = bar->addMenu(verbatimText(menuTitle(row)));
         menus[row.menu] = menu;
         if (row.menu == MenuId::Macro) {
             menu->menuAction()->setObjectName(macroMenuItemIdentifier());

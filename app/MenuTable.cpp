@@ -81,12 +81,4 @@ QKeySequence keyEquivalent(const MenuItemRow &row)
     return QKeyCombination(modifiers, static_cast<Qt::Key>(code));
 }
 
-QString verbatimMenuText(const QString &title)
-{
-    QString text = title;
-    text.replace(u'&', QStringLiteral("&&"));
-    text.replace(u'\t', u' ');
-    return text;
-}
-
 } // namespace penwick

@@ -61,8 +61,4 @@ struct MenuItemRow
 /// Empty where the item has no key.
 [[nodiscard]] QKeySequence keyEquivalent(const MenuItemRow &row);
 
-/// The text of a menu or item that shows `title` as it is: an ampersand would be taken for the mark
-/// of an access key, and a tab for the start of a shortcut.
-[[nodiscard]] QString verbatimMenuText(const QString &title);
-
 } // namespace penwick

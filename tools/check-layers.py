@@ -28,13 +28,14 @@ LAYERS = {
 # Lowest first. A widget target sees its logic target, what that one sees, and the ones before it.
 _UI = {
     "platform_ui": "platform",
-    "wording_ui": "wording",
+    "controls": "wording",
     "editor_ui": "editor",
     "macro_library_ui": "macro_library",
+    "wording_ui": "wording",
     "macro_engine_ui": "macro_engine",
 }
 for _name, _logic in _UI.items():
-    _lower = [name for name in LAYERS if name.endswith("_ui")]
+    _lower = [name for name in LAYERS if name in _UI]
     LAYERS[_name] = {_logic, *LAYERS[_logic], *_lower, *(_UI[name] for name in _lower)}
 LAYERS["app"] = set(LAYERS)
 
@@ -44,6 +45,7 @@ QT_MODULES = {
     "QtCore": set(LAYERS),
     "QtGui": WIDGET_TARGETS,
     "QtWidgets": WIDGET_TARGETS,
+    "QtSvg": {"controls"},
     "QtNetwork": {"app"},
     "QtPrintSupport": {"app"},
 }
@@ -60,7 +62,7 @@ SEAMS = {
     },
 }
 
-FOLDERS = ("platform", "text", "wording", "editor", "macro", "app")
+FOLDERS = ("platform", "text", "wording", "controls", "editor", "macro", "app")
 _CALL = re.compile(r"add_layer\(\s*(\w+)(.*?)\)", re.S)
 _INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)
 
@@ -95,7 +97,7 @@ def qt_module(header):
     if header.startswith("Qt") and "/" in header:
         return header.split("/")[0]
     for base in pathlib.Path("/usr/include").glob("*/qt6"):
-        for module in ("QtCore", "QtGui", "QtWidgets", "QtNetwork", "QtPrintSupport", "QtTest"):
+        for module in ("QtCore", "QtGui", "QtWidgets", "QtNetwork", "QtPrintSupport", "QtSvg", "QtTest"):
             if (base / module / header).exists():
                 return module
     return "an unknown Qt module" if re.match(r"Q[A-Z]", header) else None

@@ -10,7 +10,7 @@ set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 
 folders=()
-for folder in platform text wording editor macro app; do
+for folder in platform text wording controls editor macro app; do
     [[ -d $folder ]] && folders+=("$folder")
 done
 database=build/release/compile_commands.json

@@ -13,6 +13,7 @@ penwick_build_packages=(
     nlohmann-json3-dev
     pkgconf
     qt6-base-dev
+    qt6-svg-dev
 )
 
 penwick_run_packages=(

@@ -1,6 +1,6 @@
-#include "app/MessageBox.h"
+#include "controls/MessageBox.h"
 
-#include "app/MenuTable.h"
+#include "controls/VerbatimText.h"
 #include "wording/WordingLookup.h"
 
 #include <QLabel>
@@ -32,7 +32,7 @@ void MessageBox::setInformation(const QString &text)
 
 QPushButton *MessageBox::addTextButton(const QString &label, ButtonRole role)
 {
-    return addButton(verbatimMenuText(label), role);
+    return addButton(verbatimText(label), role);
 }
 
 } // namespace penwick

@@ -1,6 +1,6 @@
-#include "app/FileDialog.h"
+#include "controls/FileDialog.h"
 
-#include "app/MessageBox.h"
+#include "controls/MessageBox.h"
 #include "wording/WordingLookup.h"
 
 #include <QHeaderView>

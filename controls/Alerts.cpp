@@ -1,0 +1,40 @@
+#include "controls/Alerts.h"
+
+#include "controls/MessageBox.h"
+#include "wording/WordingLookup.h"
+
+#include <QPushButton>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+void showAlert(QWidget *parent, const QString &message)
+{
+    auto *box = new MessageBox(QMessageBox::Information, message, parent);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowModality(Qt::WindowModal);
+    box->addTextButton(wording::text(u"common.ok"_s), QMessageBox::AcceptRole);
+    box->open();
+}
+
+void confirmDelete(QWidget *parent,
+                   const QString &title,
+                   const QString &message,
+                   const std::function<void()> &onDelete)
+{
+    auto *box = new MessageBox(QMessageBox::Warning, title, parent);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowModality(Qt::WindowModal);
+    box->setInformation(message);
+    QPushButton *remove =
+        box->addTextButton(wording::text(u"common.delete"_s), QMessageBox::DestructiveRole);
+    QPushButton *cancel =
+        box->addTextButton(wording::text(u"common.cancel"_s), QMessageBox::RejectRole);
+    box->setDefaultButton(cancel);
+    box->setEscapeButton(cancel);
+    QObject::connect(remove, &QPushButton::clicked, box, onDelete);
+    box->open();
+}
+
+} // namespace penwick

@@ -1,0 +1,138 @@
+#include "controls/DetailPane.h"
+
+#include "controls/ProminentButton.h"
+#include "controls/SymbolIcon.h"
+#include "controls/VerbatimText.h"
+
+#include <QFrame>
+#include <QLabel>
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+namespace penwick {
+
+namespace {
+
+constexpr int kPaneMargin = 20;
+constexpr int kPaneSpacing = 8;
+constexpr int kGroupMargin = 12;
+constexpr int kRowSpacing = 10;
+constexpr int kButtonSpacing = 8;
+constexpr int kButtonRowMargin = 12;
+
+QLabel *makePlainLabel()
+{
+    auto *label = new QLabel;
+    label->setTextFormat(Qt::PlainText);
+    return label;
+}
+
+void setFontScale(QLabel *label, qreal scale)
+{
+    QFont font = label->font();
+    font.setBold(true);
+    if (font.pointSizeF() > 0)
+        font.setPointSizeF(font.pointSizeF() * scale);
+    label->setFont(font);
+}
+
+} // namespace
+
+QVBoxLayout *makePaneLayout(QWidget *content)
+{
+    auto *layout = new QVBoxLayout(content);
+    layout->setContentsMargins(kPaneMargin, kPaneMargin, kPaneMargin, kPaneMargin);
+    layout->setSpacing(kPaneSpacing);
+    return layout;
+}
+
+QScrollArea *makeScrollArea(QWidget *content)
+{
+    auto *area = new QScrollArea;
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setWidget(content);
+    area->setFocusPolicy(Qt::NoFocus);
+    return area;
+}
+
+QFrame *makeGroup(QLayout *rows)
+{
+    auto *frame = new QFrame;
+    frame->setFrameShape(QFrame::StyledPanel);
+    frame->setBackgroundRole(QPalette::Base);
+    frame->setAutoFillBackground(true);
+    rows->setContentsMargins(kGroupMargin, kGroupMargin, kGroupMargin, kGroupMargin);
+    rows->setSpacing(kRowSpacing);
+    frame->setLayout(rows);
+    return frame;
+}
+
+QFrame *makeDivider()
+{
+    auto *line = new QFrame;
+    line->setFrameShape(QFrame::HLine);
+    line->setForegroundRole(QPalette::Mid);
+    return line;
+}
+
+QLabel *makeTitleLabel()
+{
+    constexpr qreal kScale = 1.4;
+    QLabel *label = makePlainLabel();
+    label->setWordWrap(true);
+    setFontScale(label, kScale);
+    return label;
+}
+
+QLabel *makeSectionLabel()
+{
+    QLabel *label = makePlainLabel();
+    setFontScale(label, 1);
+    label->setContentsMargins(0, kPaneSpacing, 0, 0);
+    return label;
+}
+
+QLabel *makeFieldLabel()
+{
+    QLabel *label = makePlainLabel();
+    label->setAlignment(Qt::AlignRight | Qt::AlignTop);
+    return label;
+}
+
+QPushButton *makeActionButton(const QString &name, const QString &symbol)
+{
+    auto *button = new QPushButton(symbolIcon(symbol), QString());
+    button->setObjectName(name);
+    button->setAutoDefault(true); // Return presses it where it has the focus.
+    return button;
+}
+
+QPushButton *makeProminentButton(const QString &name)
+{
+    auto *button = new ProminentButton;
+    button->setObjectName(name);
+    button->setAutoDefault(true);
+    return button;
+}
+
+void setButtonText(QPushButton *button, const QString &text)
+{
+    button->setText(verbatimText(text));
+    button->setAccessibleName(text);
+}
+
+QHBoxLayout *makeButtonRow(const QList<QPushButton *> &buttons)
+{
+    auto *row = new QHBoxLayout;
+    row->setContentsMargins(kPaneMargin, kButtonRowMargin, kPaneMargin, kButtonRowMargin);
+    row->setSpacing(kButtonSpacing);
+    for (QPushButton *button : buttons) {
+        if (button == buttons.constLast())
+            row->addStretch();
+        row->addWidget(button);
+    }
+    return row;
+}
+
+} // namespace penwick

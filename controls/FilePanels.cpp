@@ -1,0 +1,77 @@
+#include "controls/FilePanels.h"
+
+#include "controls/FileDialog.h"
+#include "wording/WordingLookup.h"
+
+#include <QDir>
+#include <QRegularExpression>
+#include <QStandardPaths>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString &lastFolder()
+{
+    static QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    return folder;
+}
+
+QString startFolder()
+{
+    return QDir(lastFolder()).exists() ? lastFolder() : QDir::homePath();
+}
+
+/// A macro may be called anything: a slash would name a folder, and a dot in front hides the file.
+QString fileName(QString name)
+{
+    static const QRegularExpression unfit(u"[/\\x00-\\x1f\\x7f]"_s);
+    name.replace(unfit, u"-"_s);
+    if (name.startsWith(u'.'))
+        name[0] = u'-';
+    constexpr qsizetype kLongest = 60; // At most four bytes each; a file name has 255.
+    name.truncate(kLongest);
+    return name + u".json"_s;
+}
+
+std::optional<QString> ask(FileDialog &dialog, const QString &acceptLabel)
+{
+    dialog.setWindowModality(Qt::WindowModal);
+    dialog.setOption(QFileDialog::DontUseNativeDialog, false);
+    dialog.setLabelText(QFileDialog::Accept, acceptLabel);
+    dialog.setLabelText(QFileDialog::Reject, wording::text(u"common.cancel"_s));
+    dialog.setNameFilter(wording::text(u"dialog.jsonFiles"_s, u"JSON ファイル"_s) + u" (*.json)"_s);
+    if (dialog.exec() != QDialog::Accepted || dialog.chosenPaths().isEmpty())
+        return std::nullopt;
+    lastFolder() = dialog.directory().absolutePath();
+    return dialog.chosenPaths().constFirst();
+}
+
+std::optional<QString> askToOpen(QWidget *parent, const QString &title)
+{
+    FileDialog dialog(parent, title, startFolder());
+    dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    return ask(dialog, wording::text(u"dialog.open"_s, u"開く"_s));
+}
+
+std::optional<QString> askToSave(QWidget *parent, const QString &title, const QString &name)
+{
+    FileDialog dialog(parent, title, startFolder());
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setDefaultSuffix(u"json"_s);
+    dialog.selectFile(fileName(name));
+    return ask(dialog, wording::text(u"common.save"_s));
+}
+
+} // namespace
+
+FilePanels FilePanels::onScreen()
+{
+    return {askToOpen, askToSave};
+}
+
+} // namespace penwick

@@ -1,0 +1,165 @@
+#include "controls/ListDetailView.h"
+
+#include "controls/SidebarDelegate.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QListView>
+#include <QScopedValueRollback>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QStandardItemModel>
+
+namespace penwick {
+
+namespace {
+
+constexpr int kHeaderMargin = 10;
+
+QStandardItem *makeItem(const ListDetailView::Row &row)
+{
+    auto *item = new QStandardItem(row.name);
+    item->setEditable(false);
+    item->setData(row.id, SidebarDelegate::IdRole);
+    item->setData(row.badge, SidebarDelegate::BadgeRole);
+    item->setData(row.symbol, SidebarDelegate::SymbolRole);
+    item->setToolTip(row.name.toHtmlEscaped());
+    QStringList spoken{row.name};
+    if (!row.badge.isEmpty())
+        spoken += row.badge;
+    if (!row.symbolMeaning.isEmpty())
+        spoken += row.symbolMeaning;
+    item->setAccessibleText(spoken.join(QStringLiteral(", ")));
+    if (row.isOn) {
+        item->setCheckable(true);
+        item->setCheckState(*row.isOn ? Qt::Checked : Qt::Unchecked);
+    }
+    return item;
+}
+
+} // namespace
+
+ListDetailView::ListDetailView(QWidget *detail, ListWidth width, QWidget *parent)
+    : QWidget(parent)
+    , m_header(new QHBoxLayout)
+    , m_list(new QListView)
+    , m_model(new QStandardItemModel(this))
+    , m_detailSide(new QStackedWidget)
+    , m_emptyLabel(new QLabel)
+{
+    makeList();
+    auto *side = new QWidget;
+    side->setMinimumWidth(width.minimum);
+    side->setMaximumWidth(width.maximum);
+    m_header->setContentsMargins(kHeaderMargin, kHeaderMargin, kHeaderMargin, kHeaderMargin);
+    auto *sideLayout = new QVBoxLayout(side);
+    sideLayout->setContentsMargins(0, 0, 0, 0);
+    sideLayout->setSpacing(0);
+    sideLayout->addLayout(m_header);
+    sideLayout->addWidget(m_list);
+
+    m_emptyLabel->setAlignment(Qt::AlignCenter);
+    m_emptyLabel->setTextFormat(Qt::PlainText);
+    m_emptyLabel->setWordWrap(true);
+    m_emptyLabel->setForegroundRole(QPalette::PlaceholderText);
+    m_detailSide->addWidget(m_emptyLabel);
+    m_detailSide->addWidget(detail);
+
+    auto *splitter = new QSplitter;
+    splitter->setChildrenCollapsible(false);
+    splitter->setHandleWidth(1);
+    splitter->addWidget(side);
+    splitter->addWidget(m_detailSide);
+    splitter->setStretchFactor(1, 1);
+    splitter->setSizes({width.ideal, width.ideal});
+    auto *layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(splitter);
+}
+
+void ListDetailView::makeList()
+{
+    m_list->setModel(m_model);
+    m_list->setItemDelegate(new SidebarDelegate(m_list));
+    m_list->setFrameShape(QFrame::NoFrame);
+    m_list->setUniformItemSizes(true);
+    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_list->setTabKeyNavigation(false);
+    m_list->installEventFilter(this);
+    connect(m_list->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+        if (!m_isUpdating)
+            Q_EMIT markedByUser();
+    });
+    connect(m_model, &QStandardItemModel::itemChanged, this, [this](const QStandardItem *item) {
+        if (!m_isUpdating && item->isCheckable())
+            Q_EMIT switchTurned(item->data(SidebarDelegate::IdRole).toString(),
+                                item->checkState() == Qt::Checked);
+    });
+}
+
+void ListDetailView::setRows(const QList<Row> &rows)
+{
+    const QScopedValueRollback updating(m_isUpdating, true);
+    const std::optional<QString> marked = markedId();
+    // In place as far as there are rows, so that the list stays where it was scrolled to.
+    for (int i = 0; i < rows.size(); ++i)
+        m_model->setItem(i, makeItem(rows[i]));
+    m_model->setRowCount(static_cast<int>(rows.size()));
+    mark(marked);
+}
+
+void ListDetailView::setListName(const QString &name)
+{
+    m_list->setAccessibleName(name);
+}
+
+void ListDetailView::setEmptyText(const QString &text)
+{
+    m_emptyLabel->setText(text);
+}
+
+std::optional<QString> ListDetailView::markedId() const
+{
+    const QModelIndexList selected = m_list->selectionModel()->selectedIndexes();
+    if (selected.isEmpty())
+        return std::nullopt;
+    return selected.constFirst().data(SidebarDelegate::IdRole).toString();
+}
+
+void ListDetailView::mark(const std::optional<QString> &id)
+{
+    const QScopedValueRollback updating(m_isUpdating, true);
+    if (id && markedId() == id)
+        return;
+    m_list->selectionModel()->clear();
+    for (int i = 0; id && i < m_model->rowCount(); ++i) {
+        const QModelIndex index = m_model->index(i, 0);
+        if (index.data(SidebarDelegate::IdRole).toString() != *id)
+            continue;
+        m_list->setCurrentIndex(index);
+        m_list->scrollTo(index);
+        return;
+    }
+}
+
+void ListDetailView::setDetailShown(bool isShown)
+{
+    m_detailSide->setCurrentIndex(isShown ? 1 : 0);
+}
+
+bool ListDetailView::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_list && event->type() == QEvent::KeyPress) {
+        const auto *key = static_cast<const QKeyEvent *>(event); // NOLINT: by its type
+        if (key->matches(QKeySequence::Delete) || key->key() == Qt::Key_Backspace) {
+            Q_EMIT deleteRequested();
+            return true;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+} // namespace penwick

@@ -1,0 +1,65 @@
+#include "controls/ManagerWindow.h"
+
+#include "platform/WindowFrame.h"
+
+#include <QCloseEvent>
+#include <QScreen>
+#include <QShortcut>
+
+#include <utility>
+
+namespace penwick {
+
+ManagerWindow::ManagerWindow(QString frameName,
+                             QSize contentSize,
+                             QSize minimumSize,
+                             FirstPlace firstPlace,
+                             UserDefaults &defaults)
+    : m_frameName(std::move(frameName))
+    , m_defaults(defaults)
+{
+    resize(contentSize);
+    setMinimumSize(minimumSize);
+    move(screen()->availableGeometry().topLeft());
+    if (firstPlace == FirstPlace::Center)
+        centerWindow(this);
+    keepFrame();
+    auto *close = new QShortcut(QKeySequence::Close, this);
+    connect(close, &QShortcut::activated, this, &QWidget::close);
+}
+
+void ManagerWindow::keepFrame()
+{
+    if (!setFrameAutosaveName(this, m_frameName, m_defaults))
+        centerWindow(this);
+}
+
+void ManagerWindow::showInFront()
+{
+    // A hidden window gives its name back.
+    if (m_wasHidden)
+        keepFrame();
+    m_wasHidden = false;
+    if (isMinimized())
+        showNormal();
+    show();
+    raise();
+    activateWindow();
+}
+
+void ManagerWindow::setMayClose(std::function<bool()> mayClose)
+{
+    m_mayClose = std::move(mayClose);
+}
+
+void ManagerWindow::closeEvent(QCloseEvent *event)
+{
+    if (m_mayClose && !m_mayClose()) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+    m_wasHidden = true;
+}
+
+} // namespace penwick

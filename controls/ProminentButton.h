@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QPushButton>
+
+namespace penwick {
+
+/// The button that one most likely wants: filled in the palette's highlight colour.
+class ProminentButton final : public QPushButton
+{
+    Q_OBJECT
+
+public:
+    explicit ProminentButton(QWidget *parent = nullptr);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    [[nodiscard]] QColor fillColor() const;
+};
+
+} // namespace penwick

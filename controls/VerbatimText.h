@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QString>
+
+namespace penwick {
+
+/// The text of a menu, an item or a button that shows `title` as it is: an ampersand would be taken
+/// for the mark of an access key, and a tab for the start of a shortcut.
+[[nodiscard]] QString verbatimText(const QString &title);
+
+} // namespace penwick

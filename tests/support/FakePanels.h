@@ -1,0 +1,40 @@
+#pragma once
+
+#include "controls/FilePanels.h"
+
+#include <memory>
+
+namespace penwick::test {
+
+/// Answers the file panels and remembers what they were asked.
+struct FakePanels
+{
+    struct State
+    {
+        std::optional<QString> answer; ///< Nothing: the person cancels.
+        QString title;
+        QString name;
+        int questions = 0;
+    };
+
+    std::shared_ptr<State> state = std::make_shared<State>();
+
+    [[nodiscard]] FilePanels panels() const
+    {
+        FilePanels panels;
+        panels.open = [state = state](QWidget *, const QString &title) {
+            ++state->questions;
+            state->title = title;
+            return state->answer;
+        };
+        panels.save = [state = state](QWidget *, const QString &title, const QString &name) {
+            ++state->questions;
+            state->title = title;
+            state->name = name;
+            return state->answer;
+        };
+        return panels;
+    }
+};
+
+} // namespace penwick::test
