@@ -28,12 +28,14 @@ constexpr int kAfterStartUp = 1000; // Milliseconds.
 
 } // namespace
 
-AppDelegate::AppDelegate(Clock clock, QObject *parent)
+AppDelegate::AppDelegate(Clock clock, FilePanels panels, QObject *parent)
     : QObject(parent)
+    , m_clock(std::move(clock))
+    , m_panels(std::move(panels))
     , m_fileDrop(
           [this](const QWidget *window) { return m_documents.controllerOf(window) != nullptr; },
           [this](const QStringList &paths) { openFiles(paths); })
-    , m_launcher([this] { return targetEditor(); }, std::move(clock))
+    , m_launcher([this] { return targetEditor(); }, m_clock)
 {
     // A window opened at any later time comes with a bar of its own.
     connect(&m_documents,
@@ -174,8 +176,7 @@ bool AppDelegate::isEnabled(MenuCommand command) const
     case MenuCommand::CheckForUpdates:
         return m_updaterController != nullptr;
     case MenuCommand::ShowMacroManager:
-    case MenuCommand::ShowProfileManager:
-        return false; // Their windows do not exist yet.
+        return false; // Its window does not exist yet.
     default:
         return true;
     }
@@ -201,6 +202,9 @@ void AppDelegate::perform(MenuCommand command)
         break;
     case MenuCommand::RunTestMacroSelection:
         runTestMacroSelection();
+        break;
+    case MenuCommand::ShowProfileManager:
+        showProfileManager();
         break;
     case MenuCommand::CheckForUpdates:
         if (m_updaterController != nullptr) {
@@ -255,6 +259,20 @@ void AppDelegate::runTestMacroSelection()
 void AppDelegate::runMacroInActiveEditor(const Macro &macro)
 {
     m_launcher.runInActiveEditor(macro);
+}
+
+void AppDelegate::showProfileManager()
+{
+    if (m_profileManager == nullptr) {
+        m_profileManager = std::make_unique<ProfileManagerWindowController>(
+            ProfileManagerView::Services{UIWordingProfileManager::shared(),
+                                         NotificationCenter::defaultCenter(),
+                                         m_panels,
+                                         m_clock,
+                                         randomIds()},
+            UserDefaults::standard());
+    }
+    m_profileManager->showWindow();
 }
 
 void AppDelegate::terminate()

@@ -6,7 +6,9 @@
 #include "app/MenuBar.h"
 #include "app/UpdaterController.h"
 #include "app/WordingTranslator.h"
+#include "controls/FilePanels.h"
 #include "platform/Timestamp.h"
+#include "wording/ProfileManagerWindowController.h"
 
 #include <QObject>
 #include <QStringList>
@@ -25,8 +27,11 @@ class AppDelegate final : public QObject
     Q_OBJECT
 
 public:
-    /// \param clock gives the time that the date prompt inserts.
-    explicit AppDelegate(Clock clock = systemClock(), QObject *parent = nullptr);
+    /// \param clock gives the time that the date prompt inserts and that changed profiles get.
+    /// \param panels ask for the files of macros and profiles.
+    explicit AppDelegate(Clock clock = systemClock(),
+                         FilePanels panels = FilePanels::onScreen(),
+                         QObject *parent = nullptr);
     ~AppDelegate() override;
 
     /// The start-up. Opens `files` (a missing one becomes an empty document to be saved there), and
@@ -55,6 +60,16 @@ public:
     /// For the macro manager's test run. Says so when there is no editor.
     void runMacroInActiveEditor(const Macro &macro);
 
+    /// Shows the window of all wording profiles, which is made on first use, in front of all
+    /// others.
+    void showProfileManager();
+
+    /// Null before it was shown.
+    [[nodiscard]] ProfileManagerWindowController *profileManagerWindowController() const
+    {
+        return m_profileManager.get();
+    }
+
     /// Ends the application unless the person says no.
     void terminate();
 
@@ -73,11 +88,14 @@ private:
     void performOnDocument(MenuCommand command);
     [[nodiscard]] bool isEnabled(MenuCommand command) const;
 
+    Clock m_clock;
+    FilePanels m_panels;
     WordingTranslator m_translator;
     DocumentController m_documents;
     FileDrop m_fileDrop;
     MacroLauncher m_launcher;
     std::unique_ptr<UpdaterController> m_updaterController;
+    std::unique_ptr<ProfileManagerWindowController> m_profileManager;
     std::shared_ptr<EditorWindowController> m_lastActiveEditorWindowController;
     QList<QMetaObject::Connection> m_cancellables;
 };

@@ -38,7 +38,8 @@ private Q_SLOTS:
     void launch_oneGoodOneBadFile_opensNoUntitledWindow();
     void profileChange_relabelsEveryBarAndKeepsMacros();
     void macroListChange_refillsTheMacroMenu();
-    void managerAndUpdateItems_areDisabled();
+    void updateItem_withoutUpdater_isDisabled();
+    void profileManagerItem_showsOneWindow();
     void lastActiveEditor_followsEditorWindowsOnly();
     void lastActiveEditor_survivesItsWindow();
     void dynamicMacro_fromTheMenu_editsTheDocument();
@@ -239,11 +240,23 @@ void AppDelegateTest::macroListChange_refillsTheMacroMenu()
     QVERIFY(macroItem(u"added"_s) == nullptr);
 }
 
-void AppDelegateTest::managerAndUpdateItems_areDisabled()
+void AppDelegateTest::updateItem_withoutUpdater_isDisabled()
 {
     launch();
-    QVERIFY(!menu(4)->actions()[0]->isEnabled());
     QVERIFY(!menu(5)->actions()[0]->isEnabled());
+}
+
+void AppDelegateTest::profileManagerItem_showsOneWindow()
+{
+    launch();
+    QVERIFY(m_app->profileManagerWindowController() == nullptr);
+    menu(4)->actions()[0]->trigger();
+    QMainWindow *window = m_app->profileManagerWindowController()->window();
+    QVERIFY(window->isVisible());
+    window->close();
+    menu(4)->actions()[0]->trigger();
+    QCOMPARE(m_app->profileManagerWindowController()->window(), window);
+    QVERIFY(QTest::qWaitForWindowActive(window));
 }
 
 void AppDelegateTest::lastActiveEditor_followsEditorWindowsOnly()
@@ -253,10 +266,8 @@ void AppDelegateTest::lastActiveEditor_followsEditorWindowsOnly()
     QTRY_COMPARE(m_app->lastActiveEditorWindowController().get(), controller(0));
     activate(1);
     QTRY_COMPARE(m_app->lastActiveEditorWindowController().get(), controller(1));
-    QWidget manager;
-    manager.show();
-    manager.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&manager));
+    m_app->showProfileManager();
+    QVERIFY(QTest::qWaitForWindowActive(m_app->profileManagerWindowController()->window()));
     QCOMPARE(m_app->lastActiveEditorWindowController().get(), controller(1));
     QCOMPARE(m_app->targetEditor().get(), controller(1));
 }

@@ -1,0 +1,517 @@
+#include "controls/SidebarDelegate.h"
+#include "support/FakeClock.h"
+#include "support/FakeIds.h"
+#include "support/FakePanels.h"
+#include "support/FileSizeLimit.h"
+#include "support/ModalAnswer.h"
+#include "support/TemporaryHome.h"
+#include "wording/ProfileManagerWindowController.h"
+#include "wording/WordingLookup.h"
+
+#include <QAccessible>
+#include <QFileInfo>
+#include <QLabel>
+#include <QListView>
+#include <QMainWindow>
+#include <QTest>
+#include <QToolButton>
+
+using namespace penwick;
+using namespace penwick::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kNow = u"2025-03-01T09:15:00Z"_s; // Of the fake clock.
+const QString kApplied = u"プロファイルを適用しました。一部の表示は再起動後に反映されます。"_s;
+
+UIWordingProfile userProfile(const QString &id, const QString &name)
+{
+    UIWordingProfile profile;
+    profile.id = id;
+    profile.name = name;
+    profile.description = u"説明"_s;
+    profile.locale = u"ja"_s;
+    profile.createdAt = u"2024-05-01T09:30:00Z"_s;
+    profile.updatedAt = u"2024-05-02T09:30:00Z"_s;
+    profile.values = {{u"common.ok"_s, u"よし"_s}, {u"profile.manageWindowTitle"_s, u"文言"_s}};
+    return profile;
+}
+
+} // namespace
+
+/// Through the window's own widgets: rows are clicked, buttons pressed, messages read.
+class ProfileManagerWindowTest final : public QObject
+{
+    Q_OBJECT
+
+private:
+    struct World
+    {
+        TemporaryHome home;
+        UserDefaults defaults{home.file(u"config.conf"_s)};
+        NotificationCenter center;
+        FakeClock time;
+        FakeIds ids;
+        FakePanels panels;
+        std::unique_ptr<UIWordingProfileManager> manager;
+        std::unique_ptr<ProfileManagerWindowController> controller;
+
+        explicit World(const QList<UIWordingProfile> &profiles = {})
+        {
+            for (const UIWordingProfile &profile : profiles)
+                home.write(u"profiles/"_s + profile.id + u".json"_s, profile.toJson());
+            manager = std::make_unique<UIWordingProfileManager>(
+                home.file(u"profiles"_s), defaults, center);
+            makeWindow();
+            controller->showWindow();
+        }
+
+        void makeWindow()
+        {
+            controller = std::make_unique<ProfileManagerWindowController>(
+                ProfileManagerView::Services{
+                    *manager, center, panels.panels(), time.clock(), ids.source()},
+                defaults);
+        }
+
+        [[nodiscard]] QMainWindow *window() const { return controller->window(); }
+
+        [[nodiscard]] QListView *list() const { return window()->findChild<QListView *>(); }
+
+        [[nodiscard]] QVariant data(int row, int role) const
+        {
+            return list()->model()->index(row, 0).data(role);
+        }
+
+        [[nodiscard]] QStringList names() const
+        {
+            QStringList names;
+            for (int row = 0; row < list()->model()->rowCount(); ++row)
+                names.append(data(row, Qt::DisplayRole).toString());
+            return names;
+        }
+
+        [[nodiscard]] bool isMarkedActive(int row) const
+        {
+            return !data(row, SidebarDelegate::SymbolRole).value<QIcon>().isNull();
+        }
+
+        [[nodiscard]] QString selectedName() const
+        {
+            const QModelIndexList rows = list()->selectionModel()->selectedIndexes();
+            return rows.isEmpty() ? QString() : rows.constFirst().data().toString();
+        }
+
+        void clickRow(int row) const
+        {
+            const QRect rect = list()->visualRect(list()->model()->index(row, 0));
+            QTest::mouseClick(list()->viewport(), Qt::LeftButton, {}, rect.center());
+        }
+
+        [[nodiscard]] QPushButton *button(const QString &text) const
+        {
+            QPushButton *button = buttonNamed(window(), text);
+            return button != nullptr && button->isVisible() ? button : nullptr;
+        }
+
+        void click(const QString &text) const { QTest::mouseClick(button(text), Qt::LeftButton); }
+
+        [[nodiscard]] QToolButton *importButton() const
+        {
+            return window()->findChild<QToolButton *>(u"profileImport"_s);
+        }
+
+        void clickImport(const std::optional<QString> &path) const
+        {
+            panels.state->answer = path;
+            QTest::mouseClick(importButton(), Qt::LeftButton);
+        }
+
+        /// Texts that show in the details, top to bottom.
+        [[nodiscard]] QStringList labels() const
+        {
+            QStringList texts;
+            for (const QLabel *label : window()->findChildren<QLabel *>()) {
+                if (label->isVisible())
+                    texts.append(label->text());
+            }
+            return texts;
+        }
+
+        /// Reads the message that shows and closes it by its button.
+        [[nodiscard]] QString takeAlert(const QString &ok = u"OK"_s) const
+        {
+            auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+            if (box == nullptr || box->buttons().size() != 1)
+                return u"no alert"_s;
+            QString text = box->text();
+            QPushButton *button = buttonNamed(box, ok);
+            if (button == nullptr)
+                return u"no such button"_s;
+            button->click();
+            return text;
+        }
+
+        [[nodiscard]] QString fileOf(const QString &id) const
+        {
+            return home.file(u"profiles/"_s + id + u".json"_s);
+        }
+
+        ~World() { wording::setActiveValues(std::nullopt); }
+
+        Q_DISABLE_COPY_MOVE(World)
+    };
+
+private Q_SLOTS:
+
+    void window_made_hasItsTitleAndSizes()
+    {
+        const World world;
+        QCOMPARE(world.window()->windowTitle(), u"UI文言プロファイル管理"_s);
+        QCOMPARE(world.window()->size(), QSize(900, 650));
+        QCOMPARE(world.window()->minimumSize(), QSize(650, 420));
+        QWidget *column = world.list()->parentWidget();
+        QCOMPARE(column->minimumWidth(), 240);
+        QCOMPARE(column->maximumWidth(), 320);
+        QCOMPARE(column->width(), 260);
+    }
+
+    void window_closedAndShownAgain_keepsFrameAndSelection()
+    {
+        World world({userProfile(u"A"_s, u"Mine"_s)});
+        world.clickRow(2);
+        world.window()->resize(700, 500);
+        world.window()->close();
+        QVERIFY(!world.window()->isVisible());
+        world.controller->showWindow();
+        QVERIFY(world.window()->isVisible());
+        QCOMPARE(world.selectedName(), u"Mine"_s);
+        QCOMPARE(world.window()->size(), QSize(700, 500));
+        world.window()->close();
+        world.makeWindow();
+        QCOMPARE(world.window()->size(), QSize(700, 500));
+    }
+
+    void window_closeKey_closes()
+    {
+        const World world;
+        QVERIFY(QTest::qWaitForWindowActive(world.window()));
+        QTest::keySequence(world.window(), QKeySequence::Close);
+        QVERIFY(!world.window()->isVisible());
+    }
+
+    void list_opened_showsBuiltInsFirstWithBadgesAndNoSelection()
+    {
+        const World world({userProfile(u"A"_s, u"Mine"_s)});
+        QCOMPARE(world.names(), (QStringList{u"標準日本語"_s, u"English (Built-in)"_s, u"Mine"_s}));
+        QCOMPARE(world.data(0, SidebarDelegate::BadgeRole).toString(), u"組み込み"_s);
+        QCOMPARE(world.data(1, SidebarDelegate::BadgeRole).toString(), u"組み込み"_s);
+        QCOMPARE(world.data(2, SidebarDelegate::BadgeRole).toString(), QString());
+        QVERIFY(world.isMarkedActive(0));
+        QVERIFY(!world.isMarkedActive(1));
+        QVERIFY(!world.isMarkedActive(2));
+        QCOMPARE(world.selectedName(), QString());
+        QVERIFY(!world.controller->view()->selectedProfileId());
+        QVERIFY(world.labels().contains(u"プロファイルを選択してください"_s));
+    }
+
+    void list_readByAssistiveTechnology_saysBadgeAndMark()
+    {
+        const World world;
+        QCOMPARE(world.data(0, Qt::AccessibleTextRole).toString(),
+                 u"標準日本語, 組み込み, 適用中"_s);
+        QAccessibleInterface *list = QAccessible::queryAccessibleInterface(world.list());
+        QCOMPARE(list->child(1)->text(QAccessible::Name), u"English (Built-in), 組み込み"_s);
+    }
+
+    void detail_userProfile_showsEveryFieldAndDelete()
+    {
+        const World world({userProfile(u"A"_s, u"Mine"_s)});
+        world.clickRow(2);
+        QCOMPARE(world.controller->view()->selectedProfileId(), u"A"_s);
+        const QStringList expected{u"プロファイル名"_s,
+                                   u"Mine"_s,
+                                   u"ID"_s,
+                                   u"A"_s,
+                                   u"説明"_s,
+                                   u"説明"_s,
+                                   u"言語"_s,
+                                   u"ja"_s,
+                                   u"設定キー数"_s,
+                                   u"2"_s,
+                                   u"作成日時"_s,
+                                   u"2024-05-01T09:30:00Z"_s,
+                                   u"更新日時"_s,
+                                   u"2024-05-02T09:30:00Z"_s};
+        const QStringList labels = world.labels();
+        const auto start = labels.indexOf(u"プロファイル名"_s);
+        QCOMPARE(labels.mid(start, expected.size()), expected);
+        QVERIFY(labels.contains(u"基本情報"_s));
+        QVERIFY(world.button(u"削除"_s) != nullptr);
+        QVERIFY(world.button(u"エクスポート"_s) != nullptr);
+        QVERIFY(world.button(u"複製"_s) != nullptr);
+        QVERIFY(world.button(u"このプロファイルを適用"_s) != nullptr);
+        // One row, the prominent one last.
+        QPushButton *last = world.button(u"このプロファイルを適用"_s);
+        for (const auto &text : {u"削除"_s, u"エクスポート"_s, u"複製"_s}) {
+            QCOMPARE(world.button(text)->y(), last->y());
+            QVERIFY(world.button(text)->x() < last->x());
+        }
+    }
+
+    void detail_builtIn_showsNeitherTimesNorDelete()
+    {
+        const World world;
+        for (const int row : {0, 1}) {
+            world.clickRow(row);
+            QVERIFY(world.button(u"削除"_s) == nullptr);
+            QVERIFY(!world.labels().contains(u"作成日時"_s));
+            QVERIFY(!world.labels().contains(u"更新日時"_s));
+        }
+        QVERIFY(world.labels().contains(u"9"_s)); // Texts of the English one.
+    }
+
+    void list_keys_selectAndAskToDelete()
+    {
+        const World world({userProfile(u"A"_s, u"Mine"_s)});
+        QTest::keyClick(world.list(), Qt::Key_Down);
+        QCOMPARE(world.selectedName(), u"標準日本語"_s);
+        QTest::keyClick(world.list(), Qt::Key_End);
+        QCOMPARE(world.selectedName(), u"Mine"_s);
+        QTest::keyClick(world.list(), Qt::Key_Delete);
+        QWidget *question = QApplication::activeModalWidget();
+        QVERIFY(question != nullptr);
+        QTest::keyClick(question, Qt::Key_Escape);
+        QVERIFY(world.manager->profileWithId(u"A"_s));
+        QTest::keyClick(world.list(), Qt::Key_Home);
+        QTest::keyClick(world.list(), Qt::Key_Delete);
+        QVERIFY(QApplication::activeModalWidget() == nullptr);
+    }
+
+    void apply_profile_relabelsMarksAndSaysSo()
+    {
+        const World world({userProfile(u"A"_s, u"Mine"_s)});
+        world.clickRow(2);
+        world.click(u"このプロファイルを適用"_s);
+        QCOMPARE(world.manager->activeProfileId(), u"A"_s);
+        QCOMPARE(world.takeAlert(u"よし"_s), kApplied);
+        QCOMPARE(world.window()->windowTitle(), u"文言"_s);
+        QVERIFY(world.labels().contains(u"文言"_s)); // Above the list.
+        QVERIFY(!world.isMarkedActive(0));
+        QVERIFY(world.isMarkedActive(2));
+        QCOMPARE(world.selectedName(), u"Mine"_s);
+        // Again is harmless.
+        world.click(u"このプロファイルを適用"_s);
+        QCOMPARE(world.takeAlert(u"よし"_s), kApplied);
+    }
+
+    void apply_elsewhere_relabelsEverything()
+    {
+        const World world;
+        world.manager->applyProfile(builtInEnglishProfile());
+        QCOMPARE(world.window()->windowTitle(), u"UI Wording Profile Manager"_s);
+        QVERIFY(world.labels().contains(u"UI Wording Profile Manager"_s));
+        QVERIFY(world.isMarkedActive(1));
+        QVERIFY(!world.isMarkedActive(0));
+    }
+
+    void duplicate_builtIn_selectsTheUsersCopy()
+    {
+        const World world;
+        world.clickRow(0);
+        world.click(u"複製"_s);
+        QVERIFY(QApplication::activeModalWidget() == nullptr);
+        QCOMPARE(world.selectedName(), u"標準日本語 のコピー"_s);
+        const auto copy = world.manager->profileWithId(FakeIds::id(1));
+        QVERIFY(copy.has_value());
+        QVERIFY(!copy->isBuiltIn);
+        QVERIFY(copy->values.isEmpty());
+        QCOMPARE(copy->createdAt, kNow);
+        QVERIFY(QFileInfo::exists(world.fileOf(FakeIds::id(1))));
+        QVERIFY(world.button(u"削除"_s) != nullptr);
+        QCOMPARE(world.manager->activeProfileId(), kBuiltInProfileId);
+    }
+
+    void duplicate_cannotBeSaved_isSilent()
+    {
+        const World world;
+        world.clickRow(0);
+        {
+            const FileSizeLimit full(16);
+            world.click(u"複製"_s);
+        }
+        QVERIFY(QApplication::activeModalWidget() == nullptr);
+        QCOMPARE(world.names().size(), 2);
+        QCOMPARE(world.selectedName(), u"標準日本語"_s);
+    }
+
+    void import_newProfile_isListedSelectedAndNotApplied()
+    {
+        const World world;
+        UIWordingProfile profile = userProfile(u"N"_s, u"New"_s);
+        profile.isBuiltIn = true;
+        world.home.write(u"in.json"_s, profile.toJson());
+        world.clickImport(world.home.file(u"in.json"_s));
+        QCOMPARE(world.takeAlert(), u"プロファイルをインポートしました"_s);
+        QCOMPARE(world.panels.state->title, u"インポート"_s);
+        QCOMPARE(world.selectedName(), u"New"_s);
+        const auto kept = world.manager->profileWithId(u"N"_s);
+        QVERIFY(kept.has_value());
+        QVERIFY(!kept->isBuiltIn);
+        QCOMPARE(kept->createdAt, kNow);
+        QCOMPARE(kept->updatedAt, kNow);
+        QCOMPARE(kept->values, profile.values);
+        QCOMPARE(world.manager->activeProfileId(), kBuiltInProfileId);
+    }
+
+    void import_idAndNameTaken_getNewOnes()
+    {
+        const World world({userProfile(u"A"_s, u"Mine"_s)});
+        world.home.write(u"in.json"_s, userProfile(u"A"_s, u"Mine"_s).toJson());
+        world.clickImport(world.home.file(u"in.json"_s));
+        QCOMPARE(world.takeAlert(), u"プロファイルをインポートしました"_s);
+        QCOMPARE(world.selectedName(), u"Mine のコピー"_s);
+        QCOMPARE(world.controller->view()->selectedProfileId(), FakeIds::id(1));
+    }
+
+    void import_cancelled_doesNothing()
+    {
+        const World world;
+        world.clickImport(std::nullopt);
+        QCOMPARE(world.panels.state->questions, 1);
+        QVERIFY(QApplication::activeModalWidget() == nullptr);
+        QCOMPARE(world.names().size(), 2);
+    }
+
+    void import_badFile_saysWhyAndAddsNothing_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("message");
+        const QString invalid = u"プロファイルJSONの形式が正しくありません"_s;
+        const QByteArray good = userProfile(u"N"_s, u"New"_s).toJson();
+        QTest::newRow("no JSON") << QByteArray("hello") << invalid;
+        QTest::newRow("empty") << QByteArray("") << invalid;
+        QTest::newRow("not UTF-8") << QByteArray("\"\xFF\"") << invalid;
+        QTest::newRow("without values")
+            << QByteArray(good).replace("\"values\"", "\"other\"") << invalid;
+        QTest::newRow("number for a name") << QByteArray(good).replace("\"New\"", "7") << invalid;
+        QTest::newRow("null for a name") << QByteArray(good).replace("\"New\"", "null") << invalid;
+        QTest::newRow("more behind") << good + ",1" << invalid;
+        QTest::newRow("list") << "[" + good + "]" << invalid;
+        QTest::newRow("missing") << QByteArray() << u"ファイルを開けませんでした"_s;
+        QTest::newRow("id leads elsewhere")
+            << userProfile(u"../N"_s, u"New"_s).toJson() << u"ファイルを開けませんでした"_s;
+    }
+
+    void import_badFile_saysWhyAndAddsNothing()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, message);
+        const World world;
+        world.clickRow(1);
+        if (!content.isNull())
+            world.home.write(u"in.json"_s, content);
+        world.clickImport(world.home.file(u"in.json"_s));
+        QCOMPARE(world.takeAlert(), message);
+        QCOMPARE(world.names().size(), 2);
+        QCOMPARE(world.selectedName(), u"English (Built-in)"_s);
+    }
+
+    void import_folder_saysSo()
+    {
+        const World world;
+        world.clickImport(world.home.file(u"profiles"_s));
+        QCOMPARE(world.takeAlert(), u"ファイルを開けませんでした"_s);
+    }
+
+    void export_profile_writesItAsStored()
+    {
+        const World world({userProfile(u"A"_s, u"Mine"_s)});
+        world.clickRow(2);
+        world.panels.state->answer = world.home.file(u"out.json"_s);
+        world.click(u"エクスポート"_s);
+        QCOMPARE(world.takeAlert(), u"エクスポートしました"_s);
+        QCOMPARE(world.panels.state->title, u"エクスポート"_s);
+        QCOMPARE(world.panels.state->name, u"Mine"_s);
+        QCOMPARE(world.home.read(u"out.json"_s), userProfile(u"A"_s, u"Mine"_s).toJson());
+        world.clickRow(0);
+        world.click(u"エクスポート"_s);
+        QCOMPARE(world.takeAlert(), u"エクスポートしました"_s);
+        QCOMPARE(world.home.read(u"out.json"_s), builtInJapaneseProfile().toJson());
+    }
+
+    void export_emptyName_suggestsProfile()
+    {
+        const World world({userProfile(u"A"_s, QString())});
+        world.clickRow(2);
+        world.click(u"エクスポート"_s);
+        QCOMPARE(world.panels.state->name, u"profile"_s);
+        QVERIFY(QApplication::activeModalWidget() == nullptr); // It was cancelled.
+    }
+
+    void export_cannotBeWritten_saysSoAndLeavesTheOldFile()
+    {
+        const World world;
+        world.clickRow(1);
+        world.home.write(u"out.json"_s, "old");
+        world.panels.state->answer = world.home.file(u"out.json"_s);
+        {
+            const FileSizeLimit full(16);
+            world.click(u"エクスポート"_s);
+        }
+        QCOMPARE(world.takeAlert(), u"エクスポートに失敗しました"_s);
+        QCOMPARE(world.home.read(u"out.json"_s), "old");
+        world.panels.state->answer = world.home.file(u"gone/out.json"_s);
+        world.click(u"エクスポート"_s);
+        QCOMPARE(world.takeAlert(), u"エクスポートに失敗しました"_s);
+    }
+
+    void delete_confirmed_removesFileAndSelectsTheActive()
+    {
+        const World world({userProfile(u"A"_s, u"Mine"_s)});
+        world.clickRow(2);
+        world.click(u"このプロファイルを適用"_s);
+        QCOMPARE(world.takeAlert(u"よし"_s), kApplied);
+        QString message;
+        clickInModal(u"削除"_s, &message);
+        world.click(u"削除"_s);
+        QTRY_COMPARE(world.names().size(), 2);
+        QCOMPARE(message, u"プロファイルの削除"_s);
+        QVERIFY(!QFileInfo::exists(world.fileOf(u"A"_s)));
+        QCOMPARE(world.controller->view()->selectedProfileId(), kBuiltInProfileId);
+        QCOMPARE(world.selectedName(), u"標準日本語"_s);
+        QVERIFY(world.isMarkedActive(0));
+        QCOMPARE(world.window()->windowTitle(), u"UI文言プロファイル管理"_s);
+    }
+
+    void delete_asked_explainsAndCanBeCancelled()
+    {
+        const World world({userProfile(u"A"_s, u"Mine"_s)});
+        world.clickRow(2);
+        world.click(u"削除"_s);
+        const auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        QVERIFY(box != nullptr);
+        QCOMPARE(box->informativeText(),
+                 u"本当に削除してもよろしいですか？この操作は元に戻せません。"_s);
+        buttonNamed(box, u"キャンセル"_s)->click();
+        QVERIFY(world.manager->profileWithId(u"A"_s));
+        QCOMPARE(world.selectedName(), u"Mine"_s);
+    }
+
+    void delete_cannotBeRemoved_keepsItSilently()
+    {
+        const World world({userProfile(u"A"_s, u"Mine"_s)});
+        world.clickRow(2);
+        QVERIFY(QFile::remove(world.fileOf(u"A"_s)));
+        QVERIFY(QDir().mkpath(world.fileOf(u"A"_s) + u"/in"_s));
+        clickInModal(u"削除"_s);
+        world.click(u"削除"_s);
+        QCoreApplication::processEvents();
+        QVERIFY(QApplication::activeModalWidget() == nullptr);
+        QCOMPARE(world.selectedName(), u"Mine"_s);
+    }
+};
+
+QTEST_MAIN(ProfileManagerWindowTest)
+#include "ProfileManagerWindowTest.moc"

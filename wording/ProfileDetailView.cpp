@@ -1,0 +1,125 @@
+#include "wording/ProfileDetailView.h"
+
+#include "controls/DetailPane.h"
+#include "wording/WordingLookup.h"
+
+#include <QFrame>
+#include <QGridLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+enum Row { Name, Id, Description, Locale, ValuesCount, CreatedAt, UpdatedAt, RowCount };
+
+/// Can be selected and copied, by keyboard too: an id is nothing to type off.
+QLabel *makeValueLabel()
+{
+    auto *label = new QLabel;
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    return label;
+}
+
+QLabel *labelAt(const QGridLayout *rows, int row, int column)
+{
+    return qobject_cast<QLabel *>(rows->itemAtPosition(row, column)->widget());
+}
+
+} // namespace
+
+ProfileDetailView::ProfileDetailView(QWidget *parent)
+    : QWidget(parent)
+    , m_title(makeTitleLabel())
+    , m_section(makeSectionLabel())
+    , m_rows(new QGridLayout)
+    , m_delete(makeActionButton(u"profileDelete"_s, u"trash"_s))
+    , m_export(makeActionButton(u"profileExport"_s, u"square.and.arrow.up"_s))
+    , m_duplicate(makeActionButton(u"profileDuplicate"_s, u"doc.on.doc"_s))
+    , m_apply(makeProminentButton(u"profileApply"_s))
+{
+    makeRows();
+    auto *content = new QWidget;
+    auto *layout = makePaneLayout(content);
+    layout->addWidget(m_title);
+    layout->addWidget(m_section);
+    layout->addWidget(makeGroup(m_rows));
+    layout->addStretch();
+    auto *all = new QVBoxLayout(this);
+    all->setContentsMargins(0, 0, 0, 0);
+    all->setSpacing(0);
+    all->addWidget(makeScrollArea(content));
+    all->addWidget(makeDivider());
+    all->addLayout(makeButtonRow({m_delete, m_export, m_duplicate, m_apply}));
+    connect(m_delete, &QPushButton::clicked, this, &ProfileDetailView::onDelete);
+    connect(m_export, &QPushButton::clicked, this, &ProfileDetailView::onExport);
+    connect(m_duplicate, &QPushButton::clicked, this, &ProfileDetailView::onDuplicate);
+    connect(m_apply, &QPushButton::clicked, this, &ProfileDetailView::onApply);
+    relabel();
+}
+
+void ProfileDetailView::makeRows()
+{
+    for (int row = 0; row < RowCount; ++row) {
+        QLabel *name = makeFieldLabel();
+        QLabel *value = makeValueLabel();
+        name->setBuddy(value);
+        m_rows->addWidget(name, row, 0, Qt::AlignTop);
+        m_rows->addWidget(value, row, 1);
+    }
+    m_rows->setColumnStretch(1, 1);
+}
+
+void ProfileDetailView::setProfile(const UIWordingProfile &profile)
+{
+    m_profile = profile;
+    showProfile();
+}
+
+void ProfileDetailView::setRow(int row, const QString &label, const QString &value)
+{
+    labelAt(m_rows, row, 0)->setText(label);
+    QLabel *valueLabel = labelAt(m_rows, row, 1);
+    valueLabel->setText(value);
+    valueLabel->setAccessibleName(label + u' ' + value);
+}
+
+void ProfileDetailView::showProfile()
+{
+    m_title->setText(m_profile.name);
+    setRow(Name, wording::text(u"profile.manage.name"_s), m_profile.name);
+    setRow(Id, u"ID"_s, m_profile.id);
+    setRow(Description, wording::text(u"profile.manage.description"_s), m_profile.description);
+    setRow(Locale, wording::text(u"profile.manage.locale"_s), m_profile.locale);
+    setRow(ValuesCount,
+           wording::text(u"profile.manage.valuesCount"_s),
+           QString::number(m_profile.values.size()));
+    setRow(CreatedAt, wording::text(u"profile.manage.createdAt"_s), m_profile.createdAt);
+    setRow(UpdatedAt, wording::text(u"profile.manage.updatedAt"_s), m_profile.updatedAt);
+    const auto showRow = [this](int row, bool isShown) {
+        labelAt(m_rows, row, 0)->setVisible(isShown);
+        labelAt(m_rows, row, 1)->setVisible(isShown);
+    };
+    showRow(CreatedAt, !m_profile.createdAt.isEmpty());
+    showRow(UpdatedAt, !m_profile.updatedAt.isEmpty());
+    m_delete->setVisible(!m_profile.isBuiltIn);
+}
+
+void ProfileDetailView::relabel()
+{
+    m_section->setText(wording::text(u"profile.manage.basicInfo"_s));
+    setButtonText(m_delete, wording::text(u"common.delete"_s));
+    setButtonText(m_export, wording::text(u"common.export"_s));
+    setButtonText(m_duplicate, wording::text(u"common.duplicate"_s));
+    setButtonText(m_apply, wording::text(u"profile.manage.apply"_s, u"このプロファイルを適用"_s));
+    showProfile();
+}
+
+} // namespace penwick

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "wording/UIWordingProfile.h"
+
+#include <QWidget>
+
+class QGridLayout;
+class QLabel;
+class QPushButton;
+
+namespace penwick {
+
+/// What is known about one profile, and the buttons for what can be done with it.
+class ProfileDetailView final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit ProfileDetailView(QWidget *parent = nullptr);
+
+    void setProfile(const UIWordingProfile &profile);
+
+    /// Looks every text up anew.
+    void relabel();
+
+Q_SIGNALS:
+    void onApply();
+    void onDuplicate();
+    void onDelete();
+    void onExport();
+
+private:
+    void makeRows();
+    void setRow(int row, const QString &label, const QString &value);
+    void showProfile();
+
+    UIWordingProfile m_profile;
+    QLabel *m_title;
+    QLabel *m_section;
+    QGridLayout *m_rows;
+    QPushButton *m_delete;
+    QPushButton *m_export;
+    QPushButton *m_duplicate;
+    QPushButton *m_apply;
+};
+
+} // namespace penwick
