@@ -23,14 +23,17 @@ bool hasSeparator(const QString &string)
 
 } // namespace
 
-FindController::FindController(TextView *view, FindBar *bar, QWidget *scope)
+FindController::FindController(TextView *view,
+                               FindBar *bar,
+                               QWidget *scope,
+                               Qt::ShortcutContext context)
     : QObject(scope)
     , m_view(view)
     , m_bar(bar)
     , m_session(view->textStorage())
 {
     connectBar();
-    addShortcuts(scope);
+    addShortcuts(scope, context);
     connect(m_view, &TextView::selectionDidChange, this, &FindController::selectionDidChange);
     connect(m_view->textStorage(), &TextStorage::changed, this, &FindController::textDidChange);
     connect(&m_session, &FindSession::found, this, &FindController::found);
@@ -62,12 +65,13 @@ void FindController::connectBar()
     connect(m_bar, &FindBar::closeRequested, this, &FindController::close);
 }
 
-void FindController::addShortcuts(QWidget *scope)
+void FindController::addShortcuts(QWidget *scope, Qt::ShortcutContext context)
 {
-    const auto add = [this, scope](const QList<QKeySequence> &keys,
-                                   void (FindController::*slot)()) {
+    const auto add = [this, scope, context](const QList<QKeySequence> &keys,
+                                            void (FindController::*slot)()) {
         auto *shortcut = new QShortcut(scope);
         shortcut->setKeys(keys);
+        shortcut->setContext(context);
         connect(shortcut, &QShortcut::activated, this, slot);
     };
     // By name and not by QKeySequence::StandardKey, which has other keys on some desktops.

@@ -19,8 +19,12 @@ class FindController final : public QObject
 
 public:
     /// \param view and \param bar not owned; both must outlive this.
-    /// \param scope a widget that the keys work in the window of.
-    FindController(TextView *view, FindBar *bar, QWidget *scope);
+    /// \param scope the widget that the keys belong to.
+    /// \param context where they work: by default in its whole window.
+    FindController(TextView *view,
+                   FindBar *bar,
+                   QWidget *scope,
+                   Qt::ShortcutContext context = Qt::WindowShortcut);
     ~FindController() override;
 
     /// Opens the bar, with the selection as the pattern if it fits into a field, and puts the
@@ -46,7 +50,7 @@ private:
     enum class Pending { Nothing, Typing, Step, Replacement, ReplaceAll };
 
     void connectBar();
-    void addShortcuts(QWidget *scope);
+    void addShortcuts(QWidget *scope, Qt::ShortcutContext context);
     void takeSelectionAsPattern();
     void open();
     void patternDidChange();

@@ -56,6 +56,7 @@ private Q_SLOTS:
     void bar_darkPalette_isLegible();
     void tab_walksThroughTheBar();
     void closed_whileSearching_isHarmless();
+    void keys_ofAPartOfTheWindow_workInItOnly();
 
 private:
     void setText(const QString &text);
@@ -598,6 +599,26 @@ void FindBarTest::closed_whileSearching_isHarmless()
     m_view.reset();
     QCoreApplication::processEvents();
     QCOMPARE(m_document->contentString().size(), 3'000'000);
+}
+
+void FindBarTest::keys_ofAPartOfTheWindow_workInItOnly()
+{
+    TextStorage storage;
+    QWidget window;
+    QWidget part(&window);
+    QLineEdit field(&window);
+    TextView text(&storage, &part);
+    FindBar bar(&part);
+    bar.hide();
+    FindController controller(&text, &bar, &part, Qt::WidgetWithChildrenShortcut);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    field.setFocus();
+    QTest::keyClick(&field, Qt::Key_F, Qt::ControlModifier);
+    QVERIFY(bar.isHidden());
+    text.setFocus();
+    QTest::keyClick(&text, Qt::Key_F, Qt::ControlModifier);
+    QVERIFY(!bar.isHidden());
 }
 
 QTEST_MAIN(FindBarTest)
