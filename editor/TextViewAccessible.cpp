@@ -27,6 +27,22 @@ int toInt(qint64 offset)
     return static_cast<int>(std::clamp<qint64>(offset, 0, std::numeric_limits<int>::max()));
 }
 
+/// A person knows a view with its frame and its bars as one thing, and its label belongs to that:
+/// the outermost widget that hands its keyboard focus on to `widget`, if there is one.
+QAccessibleInterface *interfaceAround(const QWidget *widget)
+{
+    QWidget *outer = nullptr;
+    const QWidget *inner = widget;
+    for (QWidget *parent = widget->parentWidget(); parent != nullptr && !parent->isWindow();
+         parent = parent->parentWidget()) {
+        if (parent->focusProxy() != inner)
+            continue;
+        outer = parent;
+        inner = parent;
+    }
+    return outer != nullptr ? QAccessible::queryAccessibleInterface(outer) : nullptr;
+}
+
 /// The sentence at `offset`, as far as it lies in its paragraph and within a bounded stretch of it.
 std::pair<qint64, qint64> sentenceAround(const Text &text, qint64 offset)
 {
@@ -116,7 +132,20 @@ QAccessible::State TextViewAccessible::state() const
 QString TextViewAccessible::text(QAccessible::Text text) const
 {
     // The value of a text is told through the text interface, never as one string.
-    return text == QAccessible::Value ? QString() : QAccessibleWidget::text(text);
+    if (text == QAccessible::Value)
+        return {};
+    const QString own = QAccessibleWidget::text(text);
+    QAccessibleInterface *outer = interfaceAround(widget());
+    return own.isEmpty() && outer != nullptr ? outer->text(text) : own;
+}
+
+QList<QPair<QAccessibleInterface *, QAccessible::Relation>>
+TextViewAccessible::relations(QAccessible::Relation match) const
+{
+    auto all = QAccessibleWidget::relations(match);
+    if (QAccessibleInterface *outer = interfaceAround(widget()))
+        all += outer->relations(match & QAccessible::Label);
+    return all;
 }
 
 void TextViewAccessible::selection(int selectionIndex, int *startOffset, int *endOffset) const

@@ -31,6 +31,9 @@ public:
 
     [[nodiscard]] void *interface_cast(QAccessible::InterfaceType type) override;
     [[nodiscard]] QAccessible::State state() const override;
+    /// What labels the view: also what labels a widget that it is the focus proxy of.
+    [[nodiscard]] QList<QPair<QAccessibleInterface *, QAccessible::Relation>>
+    relations(QAccessible::Relation match) const override;
 
     void selection(int selectionIndex, int *startOffset, int *endOffset) const override;
     [[nodiscard]] int selectionCount() const override;
@@ -40,6 +43,7 @@ public:
     [[nodiscard]] int cursorPosition() const override;
     void setCursorPosition(int position) override;
 
+    /// Name and description of the view, or without one, of a widget that it is the focus proxy of.
     [[nodiscard]] QString text(QAccessible::Text text) const override;
     [[nodiscard]] QString text(int startOffset, int endOffset) const override;
     [[nodiscard]] int characterCount() const override;

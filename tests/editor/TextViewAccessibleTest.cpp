@@ -1,6 +1,7 @@
 #include "support/ShownTextView.h"
 
 #include <QAccessible>
+#include <QLabel>
 #include <QTest>
 
 using namespace penwick;
@@ -47,6 +48,8 @@ private Q_SLOTS:
     void characterRects_followEachOtherInBothDirections();
     void characterOffTheScreen_hasNoPlace();
     void scrollToSubstring_showsIt();
+    void label_ofTheWidgetAroundIt_namesTheText();
+    void ownName_comesBeforeTheLabelAround();
 };
 
 void TextViewAccessibleTest::assistiveTechnology_readsAndEditsTheText()
@@ -177,6 +180,53 @@ void TextViewAccessibleTest::scrollToSubstring_showsIt()
     const QRect seen(f.view.viewport()->mapToGlobal(QPoint(0, 0)), f.view.viewport()->size());
     QVERIFY(seen.contains(place));
     QCOMPARE(f.view.selectedRange(), (TextRange{0, 0}));
+}
+
+namespace {
+
+/// A view in a widget that stands for it, with a label beside that.
+struct LabelledView
+{
+    LabelledView()
+    {
+        label.setBuddy(&around);
+        around.setFocusProxy(&inner);
+        inner.setFocusProxy(&view);
+    }
+
+    TextStorage storage;
+    QWidget window;
+    QLabel label{u"Code"_s, &window};
+    QWidget around{&window};
+    QWidget inner{&around};
+    TextView view{&storage, &inner};
+};
+
+} // namespace
+
+void TextViewAccessibleTest::label_ofTheWidgetAroundIt_namesTheText()
+{
+    LabelledView f;
+    f.around.setAccessibleDescription(u"of the macro"_s);
+    QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(&f.view);
+    QCOMPARE(accessible->text(QAccessible::Name), u"Code"_s);
+    QCOMPARE(accessible->text(QAccessible::Description), u"of the macro"_s);
+    const auto relations = accessible->relations(QAccessible::Label);
+    QCOMPARE(relations.size(), 1);
+    QCOMPARE(relations.first().first->object(), &f.label);
+    f.label.setText(u"コード"_s);
+    QCOMPARE(accessible->text(QAccessible::Name), u"コード"_s);
+}
+
+void TextViewAccessibleTest::ownName_comesBeforeTheLabelAround()
+{
+    LabelledView f;
+    f.view.setAccessibleName(u"own"_s);
+    QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(&f.view);
+    QCOMPARE(accessible->text(QAccessible::Name), u"own"_s);
+    f.view.setAccessibleName({});
+    f.inner.setFocusProxy(nullptr);
+    QCOMPARE(accessible->text(QAccessible::Name), QString());
 }
 
 QTEST_MAIN(TextViewAccessibleTest)
