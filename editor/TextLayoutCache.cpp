@@ -54,16 +54,32 @@ QList<QTextLayout::FormatRange> emojiPresentations(QStringView units, const QStr
     return formats;
 }
 
+QList<QTextLayout::FormatRange> colorFormats(const QList<TextColorRange> &colors)
+{
+    QList<QTextLayout::FormatRange> formats;
+    for (const TextColorRange &color : colors) {
+        QTextLayout::FormatRange range;
+        range.start = color.start;
+        range.length = color.length;
+        range.format.setForeground(color.color);
+        formats.append(range);
+    }
+    return formats;
+}
+
 } // namespace
 
 SegmentLayout::SegmentLayout(const Text &text,
                              const TextSegment &segment,
                              const TextLayoutStyle &style,
-                             const TextComposition &composition)
+                             const TextComposition &composition,
+                             const QList<TextColorRange> &colors)
     : m_segment(segment)
 {
     QString units = text.slice(segment.start, segment.length());
-    QList<QTextLayout::FormatRange> formats = substituteInvisibles(units, style);
+    // What stands for an invisible character comes later and so stays unseen.
+    QList<QTextLayout::FormatRange> formats = colorFormats(colors);
+    formats += substituteInvisibles(units, style);
     if (!style.emojiFamily.isEmpty())
         formats += emojiPresentations(units, style.emojiFamily);
     m_lineEnd = unusualLineEnd(text, segment);
@@ -293,6 +309,12 @@ void TextLayoutCache::setStyle(const TextLayoutStyle &style)
     m_entries.clear();
 }
 
+void TextLayoutCache::setDecoration(TextDecoration *decoration)
+{
+    m_decoration = decoration;
+    m_entries.clear();
+}
+
 void TextLayoutCache::setComposition(const TextComposition &composition)
 {
     forget(m_composition.position);
@@ -314,13 +336,18 @@ const SegmentLayout &TextLayoutCache::layout(const Text &text, const TextSegment
         m_entries.begin(), m_entries.end(), segment.start, [](const Entry &entry, qint64 start) {
             return entry.layout->segment().start < start;
         });
-    if (place != m_entries.end() && place->layout->segment() == segment) {
+    const quint64 key = m_decoration != nullptr ? m_decoration->colorKey(segment) : 0;
+    if (place != m_entries.end() && place->layout->segment() == segment && place->colorKey == key) {
         place->lastUse = ++m_clock;
         return *place->layout;
     }
     if (place != m_entries.end() && place->layout->segment().start == segment.start)
         place = m_entries.erase(place);
-    Entry entry{std::make_unique<SegmentLayout>(text, segment, m_style, m_composition), ++m_clock};
+    const QList<TextColorRange> colors =
+        m_decoration != nullptr ? m_decoration->colors(segment) : QList<TextColorRange>();
+    Entry entry{std::make_unique<SegmentLayout>(text, segment, m_style, m_composition, colors),
+                ++m_clock,
+                key};
     const SegmentLayout &result = *entry.layout;
     m_entries.insert(place, std::move(entry));
     if (m_entries.size() > kCapacity)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "editor/TextDecoration.h"
 #include "editor/TextLayoutStyle.h"
 #include "editor/TextSegments.h"
 #include "text/Text.h"
@@ -38,7 +39,8 @@ public:
     SegmentLayout(const Text &text,
                   const TextSegment &segment,
                   const TextLayoutStyle &style,
-                  const TextComposition &composition);
+                  const TextComposition &composition,
+                  const QList<TextColorRange> &colors = {});
 
     [[nodiscard]] const TextSegment &segment() const { return m_segment; }
 
@@ -116,6 +118,11 @@ public:
 
     [[nodiscard]] const TextLayoutStyle &style() const { return m_style; }
 
+    /// \param decoration not owned; asked until another is set, null for none.
+    void setDecoration(TextDecoration *decoration);
+
+    [[nodiscard]] TextDecoration *decoration() const { return m_decoration; }
+
     /// A composition takes part in the layout of the segment it stands in.
     void setComposition(const TextComposition &composition);
 
@@ -135,6 +142,7 @@ private:
     {
         std::unique_ptr<SegmentLayout> layout;
         quint64 lastUse = 0;
+        quint64 colorKey = 0;
     };
 
     void forget(qint64 offset);
@@ -143,6 +151,7 @@ private:
     std::vector<Entry> m_entries; // Ascending by the segment's start.
     TextLayoutStyle m_style;
     TextComposition m_composition;
+    TextDecoration *m_decoration = nullptr;
     quint64 m_clock = 0;
 };
 

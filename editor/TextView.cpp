@@ -1,13 +1,10 @@
 #include "editor/TextView.h"
 
 #include "editor/TextViewAccessible.h"
-#include "editor/TextViewPainter.h"
 
 #include <QDrag>
 #include <QGuiApplication>
-#include <QPainter>
 #include <QScrollBar>
-#include <QStyle>
 #include <QStyleHints>
 #include <QTimerEvent>
 
@@ -140,6 +137,8 @@ void TextView::caretMoved()
 void TextView::storageChanged(qint64 offset, qint64 oldLength, qint64 newLength)
 {
     const Text before = m_viewport.text();
+    if (TextDecoration *decoration = m_viewport.decoration())
+        decoration->textChanged(m_storage->text(), offset, oldLength, newLength);
     m_viewport.textChanged(m_storage->text(), offset, oldLength, newLength);
     m_anchor = snapped(m_anchor);
     m_caret = {snapped(m_caret.offset), false};
@@ -148,6 +147,7 @@ void TextView::storageChanged(qint64 offset, qint64 oldLength, qint64 newLength)
     // composed was meant for the text as it was.
     discardComposition();
     viewport()->update();
+    Q_EMIT visibleTextDidChange();
     // Last, because a listener may ask back at once.
     TextViewAccessible::announceChange(this, before, {offset, oldLength}, newLength);
 }
@@ -371,6 +371,8 @@ void TextView::changeEvent(QEvent *event)
 
 void TextView::updateStyle()
 {
+    if (TextDecoration *decoration = m_viewport.decoration())
+        decoration->paletteChanged(palette());
     const QSizeF size = viewport()->size();
     const qreal width = size.width() - 2 * TextViewport::kMargin;
     m_viewport.setGeometry(makeTextLayoutStyle(font(), width), size);
@@ -407,6 +409,7 @@ void TextView::updateScrollBars()
     }
     horizontalScrollBar()->setRange(0, 0);
     m_isUpdatingScrollBars = false;
+    Q_EMIT visibleTextDidChange();
 }
 
 void TextView::scrollContentsBy(int dx, int dy)
@@ -420,53 +423,7 @@ void TextView::scrollContentsBy(int dx, int dy)
     // The bar keeps what the hand gave it: a correction would pull it away from the mouse.
     viewport()->update();
     updateMicroFocus();
-}
-
-void TextView::setMarks(Marks marks)
-{
-    m_marks = std::move(marks);
-    updateMarks();
-}
-
-void TextView::updateMarks()
-{
-    viewport()->update();
-}
-
-TextRange TextView::visibleRange()
-{
-    TextRange range;
-    bool isFirst = true;
-    m_viewport.forEachVisible([&](const SegmentLayout &layout, qreal) {
-        if (std::exchange(isFirst, false))
-            range.location = layout.segment().start;
-        range.length = layout.segment().end - range.location;
-    });
-    return range;
-}
-
-void TextView::paintEvent(QPaintEvent *event)
-{
-    QPainter painter(viewport());
-    TextViewPicture picture;
-    picture.selection = selectedRange();
-    picture.caret = m_caret;
-    picture.isActive = hasFocus() && isActiveWindow();
-    const bool isHidden = hasMarkedText() && m_viewport.composition().cursor < 0;
-    picture.caretIsShown = hasFocus() && m_caretIsShown && !isHidden;
-    if (const auto place = m_dropPlace.caret()) { // Where the dragged text would go.
-        picture.caret = *place;
-        picture.caretIsShown = true;
-    }
-    picture.caretWidth = style()->pixelMetric(QStyle::PM_TextCursorWidth, nullptr, this);
-    picture.size = QSizeF(viewport()->size());
-    picture.palette = palette();
-    if (m_marks) {
-        picture.marks = &m_marks(visibleRange());
-        // Among marks, the match that is selected stands out, also while the keyboard is elsewhere.
-        picture.isActive = picture.isActive || (!picture.marks->empty() && isActiveWindow());
-    }
-    paintTextView(painter, QRectF(event->rect()), m_viewport, picture);
+    Q_EMIT visibleTextDidChange();
 }
 
 } // namespace penwick

@@ -4,6 +4,7 @@
 #include "editor/DropPlace.h"
 #include "editor/EditKeys.h"
 #include "editor/MouseSelection.h"
+#include "editor/TextDecoration.h"
 #include "editor/TextFinder.h"
 #include "editor/TextStorage.h"
 #include "editor/TextViewport.h"
@@ -96,6 +97,24 @@ public:
     /// Told when the marks have become others.
     void updateMarks();
 
+    /// \param decoration not owned; told and asked until another is set, null for none.
+    void setDecoration(TextDecoration *decoration);
+
+    /// Where a line of the text, which ends with a line feed, begins to be seen.
+    struct VisibleLine
+    {
+        qint64 number = 0; ///< 0-based.
+        qreal top = 0;     ///< Of its first row, logical pixels of the viewport.
+    };
+
+    /// The lines whose first row can be seen, top to bottom.
+    [[nodiscard]] std::vector<VisibleLine> visibleLines() const;
+
+    /// Height of each row, and from its top to its baseline, in logical pixels.
+    [[nodiscard]] qreal rowHeight() const { return m_viewport.style().rowHeight; }
+
+    [[nodiscard]] qreal rowAscent() const { return m_viewport.style().ascent; }
+
 public Q_SLOTS:
     void undo();
     void redo();
@@ -112,6 +131,9 @@ Q_SIGNALS:
     void selectionDidChange();
     /// What the edit actions may do changed: undo, redo, cut, copy, paste.
     void actionStateDidChange();
+    /// What can be seen, or where, may have become other: by an edit, by scrolling, by another size
+    /// or font. Not the moment to ask the view, which may be amid the change.
+    void visibleTextDidChange();
 
 public:
     [[nodiscard]] QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;

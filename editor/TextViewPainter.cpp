@@ -206,6 +206,13 @@ selectedFormats(const SegmentLayout &layout, const LayoutSelection &selection, c
     return formats;
 }
 
+void fillRows(QPainter &painter, const SegmentLayout &layout, const QRectF &row, QColor color)
+{
+    if (color.isValid())
+        painter.fillRect(QRectF(row.x(), row.y(), row.width(), row.height() * layout.rowCount()),
+                         color);
+}
+
 /// Yellow as from a marker pen, in the shade that the text's colour can be read on.
 QColor markColor(const QPalette &palette)
 {
@@ -309,6 +316,11 @@ void paintTextView(QPainter &painter,
         if (y - rowHeight > exposed.bottom() ||
             y + (layout.rowCount() + 1) * rowHeight < exposed.top())
             return;
+        if (const TextDecoration *decoration = viewport.decoration())
+            fillRows(painter,
+                     layout,
+                     QRectF(0, y, picture.size.width(), rowHeight),
+                     decoration->background(layout.segment()));
         if (picture.marks != nullptr)
             MarkPainter(painter, picture, rowHeight).paint(layout, origin, exposed);
         const LayoutSelection selection = selectionIn(layout, picture.selection);

@@ -1,12 +1,11 @@
 #include "editor/TextViewRepresentable.h"
 
+#include "editor/EditorFont.h"
 #include "editor/FindBar.h"
 #include "editor/FindController.h"
 #include "editor/TextView.h"
 #include "editor/TransferBar.h"
 
-#include <QFontDatabase>
-#include <QFontInfo>
 #include <QKeyEvent>
 #include <QVBoxLayout>
 
@@ -15,19 +14,6 @@ namespace penwick {
 namespace {
 
 constexpr qreal kFontSize = 14; // Points.
-
-QFont editorFont()
-{
-    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    // The name may be an alias, as "monospace", which in a list with others is passed over.
-    const QString family = QFontInfo(font).family();
-    // Without the first, Japanese may come in Chinese shapes; without the second, emoji in black.
-    font.setFamilies(
-        {family, QStringLiteral("Noto Sans Mono CJK JP"), QStringLiteral("Noto Color Emoji")});
-    font.setPointSizeF(kFontSize);
-    font.setWeight(QFont::Normal);
-    return font;
-}
 
 } // namespace
 
@@ -61,7 +47,7 @@ void TextViewRepresentable::makeTextView()
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     m_textView = new TextView(m_storage.get(), this);
-    m_textView->setFont(editorFont());
+    m_textView->setFont(editorFont(kFontSize));
     m_textView->setFrameShape(QFrame::NoFrame);
     m_textView->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     m_textView->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);

@@ -46,6 +46,11 @@ public:
 
     [[nodiscard]] const TextLayoutStyle &style() const { return m_cache.style(); }
 
+    /// As `TextLayoutCache::setDecoration`.
+    void setDecoration(TextDecoration *decoration) { m_cache.setDecoration(decoration); }
+
+    [[nodiscard]] TextDecoration *decoration() const { return m_cache.decoration(); }
+
     /// Free space around the text.
     static constexpr qreal kMargin = 6;
 

@@ -1,0 +1,80 @@
+// What a text view shows: marks, the decoration, which lines can be seen, and the painting itself.
+
+#include "editor/TextView.h"
+#include "editor/TextViewPainter.h"
+
+#include <QPainter>
+#include <QStyle>
+
+#include <utility>
+
+namespace penwick {
+
+void TextView::setMarks(Marks marks)
+{
+    m_marks = std::move(marks);
+    updateMarks();
+}
+
+void TextView::updateMarks()
+{
+    viewport()->update();
+}
+
+void TextView::setDecoration(TextDecoration *decoration)
+{
+    m_viewport.setDecoration(decoration);
+    if (decoration != nullptr)
+        decoration->textChanged(string(), 0, 0, string().size());
+    updateStyle();
+}
+
+std::vector<TextView::VisibleLine> TextView::visibleLines() const
+{
+    std::vector<VisibleLine> lines;
+    m_viewport.forEachVisible([&](const SegmentLayout &layout, qreal y) {
+        const qint64 start = layout.segment().start;
+        const bool startsLine = start == 0 || string().at(start - 1) == u'\n';
+        if (startsLine && y + rowHeight() > 0 && y < viewport()->height())
+            lines.push_back({string().metricsBefore(start).lineFeeds, y});
+    });
+    return lines;
+}
+
+TextRange TextView::visibleRange()
+{
+    TextRange range;
+    bool isFirst = true;
+    m_viewport.forEachVisible([&](const SegmentLayout &layout, qreal) {
+        if (std::exchange(isFirst, false))
+            range.location = layout.segment().start;
+        range.length = layout.segment().end - range.location;
+    });
+    return range;
+}
+
+void TextView::paintEvent(QPaintEvent *event)
+{
+    QPainter painter(viewport());
+    TextViewPicture picture;
+    picture.selection = selectedRange();
+    picture.caret = m_caret;
+    picture.isActive = hasFocus() && isActiveWindow();
+    const bool isHidden = hasMarkedText() && m_viewport.composition().cursor < 0;
+    picture.caretIsShown = hasFocus() && m_caretIsShown && !isHidden;
+    if (const auto place = m_dropPlace.caret()) { // Where the dragged text would go.
+        picture.caret = *place;
+        picture.caretIsShown = true;
+    }
+    picture.caretWidth = style()->pixelMetric(QStyle::PM_TextCursorWidth, nullptr, this);
+    picture.size = QSizeF(viewport()->size());
+    picture.palette = palette();
+    if (m_marks) {
+        picture.marks = &m_marks(visibleRange());
+        // Among marks, the match that is selected stands out, also while the keyboard is elsewhere.
+        picture.isActive = picture.isActive || (!picture.marks->empty() && isActiveWindow());
+    }
+    paintTextView(painter, QRectF(event->rect()), m_viewport, picture);
+}
+
+} // namespace penwick
