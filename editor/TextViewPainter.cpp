@@ -213,20 +213,13 @@ void fillRows(QPainter &painter, const SegmentLayout &layout, const QRectF &row,
                          color);
 }
 
-/// Yellow as from a marker pen, in the shade that the text's colour can be read on.
-QColor markColor(const QPalette &palette)
-{
-    const bool isDark = palette.color(QPalette::Base).lightness() < 128;
-    return isDark ? QColor(107, 83, 0) : QColor(255, 225, 120);
-}
-
 /// Marks what was found in one segment, behind selection and text. Its cost is bounded by the rows
 /// that are painted, however many marks they hold.
 class MarkPainter
 {
 public:
     MarkPainter(QPainter &painter, const TextViewPicture &picture, qreal rowHeight)
-        : m_filler(painter, markColor(picture.palette))
+        : m_filler(painter, textMarkColor(picture.palette))
         , m_marks(*picture.marks)
         , m_rowHeight(rowHeight)
     {
@@ -297,6 +290,13 @@ private:
 };
 
 } // namespace
+
+QColor textMarkColor(const QPalette &palette)
+{
+    // Yellow as from a marker pen, in the shade that the text's colour can be read on.
+    const bool isDark = palette.color(QPalette::Base).lightness() < 128;
+    return isDark ? QColor(107, 83, 0) : QColor(255, 225, 120);
+}
 
 void paintTextView(QPainter &painter,
                    const QRectF &exposed,

@@ -24,6 +24,9 @@ struct TextViewPicture
     const std::vector<FindMatch> *marks = nullptr; ///< Ascending; drawn behind the selection.
 };
 
+/// Behind `TextViewPicture::marks`.
+[[nodiscard]] QColor textMarkColor(const QPalette &palette);
+
 /// Draws the visible rows of `viewport` with selection and caret. What lies outside `exposed` may
 /// be left out.
 void paintTextView(QPainter &painter,

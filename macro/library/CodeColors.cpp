@@ -1,0 +1,113 @@
+#include "macro/library/CodeColors.h"
+
+#include "editor/TextViewPainter.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace penwick {
+
+namespace {
+
+constexpr double kReadable = 4.5;
+
+QColor mixed(const QColor &a, const QColor &b, double shareOfB)
+{
+    const auto mix = [shareOfB](int x, int y) {
+        return static_cast<int>(std::lround(x + (y - x) * shareOfB));
+    };
+    return {mix(a.red(), b.red()), mix(a.green(), b.green()), mix(a.blue(), b.blue())};
+}
+
+double luminance(const QColor &color)
+{
+    const auto linear = [](double channel) {
+        return channel <= 0.04045 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
+           0.0722 * linear(color.blueF());
+}
+
+/// Brings colours as near to the text's as they need to be to be read on `backgrounds`.
+class Readable final
+{
+public:
+    Readable(QColor text, QList<QColor> backgrounds)
+        : m_text(std::move(text))
+        , m_backgrounds(std::move(backgrounds))
+    {
+    }
+
+    [[nodiscard]] QColor operator()(const QColor &wish) const
+    {
+        constexpr int kSteps = 20;
+        for (int step = 0; step < kSteps; ++step) {
+            const QColor color = mixed(wish, m_text, static_cast<double>(step) / kSteps);
+            if (isReadable(color))
+                return color;
+        }
+        return m_text;
+    }
+
+private:
+    [[nodiscard]] bool isReadable(const QColor &color) const
+    {
+        return std::all_of(m_backgrounds.begin(), m_backgrounds.end(), [&](const QColor &b) {
+            return contrastRatio(color, b) >= kReadable;
+        });
+    }
+
+    QColor m_text;
+    QList<QColor> m_backgrounds;
+};
+
+} // namespace
+
+CodeColors::CodeColors(const QPalette &palette)
+{
+    const QColor text = palette.color(QPalette::Active, QPalette::Text);
+    const QColor base = palette.color(QPalette::Active, QPalette::Base);
+    const bool isDark = luminance(base) < luminance(text);
+    const QColor red = isDark ? QColor(255, 100, 90) : QColor(200, 20, 30);
+    errorLine = mixed(base, red, isDark ? 0.22 : 0.14);
+    const Readable readable(text, {base, errorLine, textMarkColor(palette)});
+    comment = readable(mixed(base, text, 0.5));
+    string = readable(isDark ? QColor(152, 206, 130) : QColor(20, 105, 45));
+    regularExpression = readable(isDark ? QColor(250, 176, 110) : QColor(160, 68, 0));
+    number = readable(isDark ? QColor(130, 190, 255) : QColor(0, 84, 180));
+    keyword = readable(isDark ? QColor(212, 150, 235) : QColor(135, 20, 150));
+    // Beside the text, where nothing is ever marked.
+    const Readable readableBeside(text, {base});
+    lineNumber = readableBeside(mixed(base, text, 0.4));
+    errorSign = readableBeside(red);
+}
+
+QColor CodeColors::colorOf(JavaScriptToken::Kind kind) const
+{
+    using Kind = JavaScriptToken::Kind;
+    switch (kind) {
+    case Kind::Comment:
+        return comment;
+    case Kind::String:
+        return string;
+    case Kind::RegularExpression:
+        return regularExpression;
+    case Kind::Number:
+    case Kind::Constant:
+        return number;
+    case Kind::Keyword:
+        return keyword;
+    case Kind::Identifier:
+    case Kind::Punctuation:
+        break;
+    }
+    return {};
+}
+
+double contrastRatio(const QColor &a, const QColor &b)
+{
+    const auto [darker, lighter] = std::minmax(luminance(a), luminance(b));
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
+} // namespace penwick

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "editor/TextDecoration.h"
+#include "macro/library/CodeColors.h"
+#include "macro/library/JavaScriptLines.h"
+
+#include <optional>
+
+namespace penwick {
+
+/// Shows a text as JavaScript, and a line of it as one with an error. Positions are in UTF-16 code
+/// units, 0-based.
+class JavaScriptDecoration final : public TextDecoration
+{
+public:
+    JavaScriptDecoration();
+
+    /// Marks the line (they end with line feeds; 0-based, one that the text has). The next edit
+    /// takes the mark away.
+    void setErrorLine(std::optional<qint64> line);
+
+    [[nodiscard]] std::optional<qint64> errorLine() const { return m_errorLine; }
+
+    /// True when the character at `offset` is part of the code itself, not of a comment or a
+    /// string.
+    [[nodiscard]] bool isPunctuation(qint64 offset);
+
+    void textChanged(const Text &text, qint64 offset, qint64 oldLength, qint64 newLength) override;
+    void paletteChanged(const QPalette &palette) override;
+    [[nodiscard]] quint64 colorKey(const TextSegment &segment) override;
+    [[nodiscard]] QList<TextColorRange> colors(const TextSegment &segment) override;
+    [[nodiscard]] QColor background(const TextSegment &segment) const override;
+
+private:
+    [[nodiscard]] QString line(qint64 number) const;
+    [[nodiscard]] QList<JavaScriptToken> tokensOf(qint64 line);
+
+    Text m_text;
+    JavaScriptLines m_lines; // Lines as the view has them: they end at any separator.
+    CodeColors m_colors;
+    std::optional<qint64> m_errorLine;
+    qint64 m_errorStart = 0;
+    qint64 m_errorEnd = 0;
+    quint64 m_edits = 0;
+};
+
+} // namespace penwick
