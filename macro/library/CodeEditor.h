@@ -1,0 +1,81 @@
+#pragma once
+
+#include "editor/TextStorage.h"
+#include "macro/library/CodeIndentation.h"
+#include "macro/library/JavaScriptDecoration.h"
+
+#include <QWidget>
+
+namespace penwick {
+
+class FindBar;
+class FindController;
+class LineNumberGutter;
+class TextView;
+
+/// The field for a macro's code: a text view that shows JavaScript in colours, with line numbers
+/// and the find bar. The keyboard goes to the text; a label whose buddy this widget is names the
+/// text for assistive technology, too.
+///
+/// Enter keeps the indentation, Tab indents, Ctrl+] and Ctrl+[ move the lines of the selection by
+/// one level. As in any form, Shift+Tab leads to the field before; Ctrl+Tab leads to the next one.
+class CodeEditor final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit CodeEditor(QWidget *parent = nullptr);
+    ~CodeEditor() override;
+
+    /// The whole text, as it was set and edited: no line break or blank is made another one.
+    [[nodiscard]] QString text() const;
+    /// Replaces the whole text, forgets the undo history, puts the caret at the start and takes an
+    /// error mark away. Lone surrogates become U+FFFD. Does not emit `textChanged`.
+    void setText(const QString &text);
+
+    /// Marks a line and scrolls to it. Lines end with line feeds; beyond the last one means the
+    /// last, below 1 means none.
+    /// \param line 1-based.
+    void markErrorLine(int line);
+    void clearErrorMark();
+
+    /// The marked line, 1-based; 0 for none. The next edit takes the mark away.
+    [[nodiscard]] int errorLine() const;
+
+    /// For selection, caret and the edit actions.
+    [[nodiscard]] TextView *textView() const { return m_view; }
+
+    [[nodiscard]] FindBar *findBar() const { return m_findBar; }
+
+    [[nodiscard]] QSize sizeHint() const override;
+    bool eventFilter(QObject *object, QEvent *event) override;
+
+public Q_SLOTS:
+    void undo();
+    void redo();
+
+Q_SIGNALS:
+    /// The person changed the text, undo and redo included.
+    void textChanged();
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    void makeTextArea();
+    void relabel();
+    void errorMarkChanged();
+    [[nodiscard]] bool handleKey(const QKeyEvent &event);
+    [[nodiscard]] bool apply(const std::optional<indentation::Edit> &edit);
+
+    TextStorage m_storage;
+    JavaScriptDecoration m_decoration;
+    QWidget *m_area = nullptr; // The framed part, without the find bar.
+    TextView *m_view = nullptr;
+    LineNumberGutter *m_gutter = nullptr;
+    FindBar *m_findBar = nullptr;
+    FindController *m_findController = nullptr;
+};
+
+} // namespace penwick
