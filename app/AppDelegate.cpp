@@ -175,8 +175,6 @@ bool AppDelegate::isEnabled(MenuCommand command) const
     switch (command) {
     case MenuCommand::CheckForUpdates:
         return m_updaterController != nullptr;
-    case MenuCommand::ShowMacroManager:
-        return false; // Its window does not exist yet.
     default:
         return true;
     }
@@ -202,6 +200,9 @@ void AppDelegate::perform(MenuCommand command)
         break;
     case MenuCommand::RunTestMacroSelection:
         runTestMacroSelection();
+        break;
+    case MenuCommand::ShowMacroManager:
+        showMacroManager();
         break;
     case MenuCommand::ShowProfileManager:
         showProfileManager();
@@ -261,6 +262,22 @@ void AppDelegate::runMacroInActiveEditor(const Macro &macro)
     m_launcher.runInActiveEditor(macro);
 }
 
+void AppDelegate::showMacroManager()
+{
+    if (m_macroManager == nullptr) {
+        m_macroManager = std::make_unique<MacroManagerWindowController>(
+            MacroManagerView::Services{
+                MacroManager::shared(),
+                NotificationCenter::defaultCenter(),
+                m_panels,
+
+                randomIds(),
+                [this](const Macro &draft) { runMacroInActiveEditor(draft); }},
+            UserDefaults::standard());
+    }
+    m_macroManager->showWindow();
+}
+
 void AppDelegate::showProfileManager()
 {
     if (m_profileManager == nullptr) {
@@ -275,9 +292,15 @@ void AppDelegate::showProfileManager()
     m_profileManager->showWindow();
 }
 
+/// False when the person wants to stay, with a macro that is being edited or with a document.
+bool AppDelegate::closeAll()
+{
+    return (m_macroManager == nullptr || m_macroManager->mayClose()) && m_documents.closeAll();
+}
+
 void AppDelegate::terminate()
 {
-    if (m_documents.closeAll()) {
+    if (closeAll()) {
         QCoreApplication::exit(0);
     }
 }
@@ -287,7 +310,7 @@ void AppDelegate::commitSession(QSessionManager &manager)
     if (!manager.allowsInteraction()) {
         return;
     }
-    if (!m_documents.closeAll()) {
+    if (!closeAll()) {
         manager.cancel();
     }
     manager.release();

@@ -7,6 +7,7 @@
 #include "app/UpdaterController.h"
 #include "app/WordingTranslator.h"
 #include "controls/FilePanels.h"
+#include "macro/library/MacroManagerWindowController.h"
 #include "platform/Timestamp.h"
 #include "wording/ProfileManagerWindowController.h"
 
@@ -60,9 +61,15 @@ public:
     /// For the macro manager's test run. Says so when there is no editor.
     void runMacroInActiveEditor(const Macro &macro);
 
-    /// Shows the window of all wording profiles, which is made on first use, in front of all
-    /// others.
+    /// Each shows its window, which is made on first use, in front of all others.
+    void showMacroManager();
     void showProfileManager();
+
+    /// Null before it was shown.
+    [[nodiscard]] MacroManagerWindowController *macroManagerWindowController() const
+    {
+        return m_macroManager.get();
+    }
 
     /// Null before it was shown.
     [[nodiscard]] ProfileManagerWindowController *profileManagerWindowController() const
@@ -84,6 +91,7 @@ private:
     void rebuildMacroMenus();
     void rebuildMacroMenu(const EditorWindowController &controller);
     [[nodiscard]] MenuHandlers menuHandlers();
+    [[nodiscard]] bool closeAll();
     void perform(MenuCommand command);
     void performOnDocument(MenuCommand command);
     [[nodiscard]] bool isEnabled(MenuCommand command) const;
@@ -95,6 +103,7 @@ private:
     FileDrop m_fileDrop;
     MacroLauncher m_launcher;
     std::unique_ptr<UpdaterController> m_updaterController;
+    std::unique_ptr<MacroManagerWindowController> m_macroManager;
     std::unique_ptr<ProfileManagerWindowController> m_profileManager;
     std::shared_ptr<EditorWindowController> m_lastActiveEditorWindowController;
     QList<QMetaObject::Connection> m_cancellables;

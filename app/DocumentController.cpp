@@ -2,6 +2,7 @@
 
 #include "app/DocumentDialogs.h"
 #include "app/DocumentPaths.h"
+#include "controls/Alerts.h"
 #include "editor/LoadingView.h"
 #include "editor/TextView.h"
 #include "platform/FreedMemory.h"
@@ -401,12 +402,12 @@ bool DocumentController::confirmClose(OpenDocument &entry)
         return true;
     }
     bringForward(entry.controller->window());
-    switch (dialogs::askAboutUnsavedChanges(entry.controller->window(), displayName(entry))) {
-    case dialogs::UnsavedAnswer::Save:
+    switch (askAboutUnsavedChanges(entry.controller->window(), displayName(entry))) {
+    case UnsavedAnswer::Save:
         return saveDocument(entry.controller.get()) && entry.saver->await(displayName(entry));
-    case dialogs::UnsavedAnswer::Discard:
+    case UnsavedAnswer::Discard:
         return true;
-    case dialogs::UnsavedAnswer::Cancel:
+    case UnsavedAnswer::Cancel:
         break;
     }
     return false;

@@ -13,11 +13,6 @@ namespace penwick {
 /// window they are about and may be null. Their texts come from the wording.
 namespace dialogs {
 
-enum class UnsavedAnswer { Save, Discard, Cancel };
-
-/// What to do with the changes to the document called `name`.
-[[nodiscard]] UnsavedAnswer askAboutUnsavedChanges(QWidget *parent, const QString &name);
-
 /// True when the file, which another program changed meanwhile, is to be overwritten.
 [[nodiscard]] bool askToOverwriteChangedFile(QWidget *parent, const QString &name);
 

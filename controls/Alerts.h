@@ -18,4 +18,9 @@ void confirmDelete(QWidget *parent,
                    const QString &message,
                    const std::function<void()> &onDelete);
 
+enum class UnsavedAnswer { Save, Discard, Cancel };
+
+/// Asks what to do with the changes to what is called `name`. Returns with the answer.
+[[nodiscard]] UnsavedAnswer askAboutUnsavedChanges(QWidget *parent, const QString &name);
+
 } // namespace penwick

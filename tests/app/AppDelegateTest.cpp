@@ -1,9 +1,10 @@
 #include "app/AppDelegate.h"
 
 #include "editor/TextView.h"
+#include "macro/library/CodeEditor.h"
 #include "macro/library/MacroManager.h"
 #include "support/Macros.h"
-#include "support/ModalAnswer.h"
+#include "support/ManagerPage.h"
 #include "support/TemporaryHome.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
@@ -40,6 +41,8 @@ private Q_SLOTS:
     void macroListChange_refillsTheMacroMenu();
     void updateItem_withoutUpdater_isDisabled();
     void profileManagerItem_showsOneWindow();
+    void macroManagerItem_showsOneWindow();
+    void macroManagersTestRun_editsTheLastActiveEditor();
     void lastActiveEditor_followsEditorWindowsOnly();
     void lastActiveEditor_survivesItsWindow();
     void dynamicMacro_fromTheMenu_editsTheDocument();
@@ -53,7 +56,8 @@ private Q_SLOTS:
     void testMacros_run_reportTheirSuccess();
     void managersRun_withoutEditor_warns();
     void about_chosen_showsNameVersionAndDescription();
-    void quit_withUnsavedWindow_asks();
+    // Last, for no event loop runs in a process that was told to quit.
+    void quit_withUnsavedMacroAndWindow_asksForBoth();
 
 private:
     [[nodiscard]] EditorWindowController *controller(int index = 0) const
@@ -259,6 +263,46 @@ void AppDelegateTest::profileManagerItem_showsOneWindow()
     QVERIFY(QTest::qWaitForWindowActive(window));
 }
 
+void AppDelegateTest::macroManagerItem_showsOneWindow()
+{
+    launch();
+    QVERIFY(m_app->macroManagerWindowController() == nullptr);
+    const auto item = [this] {
+        for (QAction *action : macroMenu(controller()->window())->actions()) {
+            if (action->text() == u"マクロ管理…"_s) {
+                return action;
+            }
+        }
+        return static_cast<QAction *>(nullptr);
+    };
+    QVERIFY(item() != nullptr && item()->isEnabled());
+    item()->trigger();
+    QMainWindow *window = m_app->macroManagerWindowController()->window();
+    QVERIFY(QTest::qWaitForWindowActive(window));
+    window->close();
+    item()->trigger();
+    QCOMPARE(m_app->macroManagerWindowController()->window(), window);
+    QVERIFY(window->isVisible());
+    QCOMPARE(m_app->targetEditor().get(), controller());
+}
+
+void AppDelegateTest::macroManagersTestRun_editsTheLastActiveEditor()
+{
+    launch();
+    setText(u"old"_s);
+    m_app->showMacroManager();
+    const test::ManagerPage page(m_app->macroManagerWindowController()->window());
+    QTest::mouseClick(page.tool(u"macroAdd"_s), Qt::LeftButton);
+    auto *code = m_app->macroManagerWindowController()->window()->findChild<CodeEditor *>();
+    code->textView()->selectAll();
+    QTest::keyClicks(code->textView(),
+                     u"return { textEdits: [{ type: 'replaceAll', text: 'new' }] };"_s);
+    page.click(u"テスト実行"_s);
+    QTRY_COMPARE(text(), u"new"_s);
+    test::clickInModal(u"保存しない"_s); // The draft, at the end.
+    QVERIFY(m_app->macroManagerWindowController()->window()->close());
+}
+
 void AppDelegateTest::lastActiveEditor_followsEditorWindowsOnly()
 {
     launch({m_home->write(u"a.txt"_s, "A"), m_home->write(u"b.txt"_s, "B")});
@@ -415,14 +459,21 @@ void AppDelegateTest::about_chosen_showsNameVersionAndDescription()
     menu(0)->actions()[0]->trigger();
 }
 
-void AppDelegateTest::quit_withUnsavedWindow_asks()
+void AppDelegateTest::quit_withUnsavedMacroAndWindow_asksForBoth()
 {
     launch();
     setText(u"unsaved"_s);
+    m_app->showMacroManager();
+    QMainWindow *manager = m_app->macroManagerWindowController()->window();
+    test::ManagerPage(manager).clickRow(0);
+    QTest::keyClicks(manager->findChild<CodeEditor *>()->textView(), u"x"_s);
     test::clickInModal(u"キャンセル"_s);
     menu(0)->actions()[2]->trigger();
     QVERIFY(m_app->documentController().hasDocuments());
-    test::clickInModal(u"保存しない"_s);
+    test::answerModal([](QWidget *question) {
+        test::clickInModal(u"保存しない"_s);
+        test::buttonNamed(question, u"保存しない"_s)->click();
+    });
     menu(0)->actions()[2]->trigger();
     QVERIFY(!m_app->documentController().hasDocuments());
 }

@@ -1,20 +1,15 @@
-#include "controls/SidebarDelegate.h"
 #include "support/FakeClock.h"
 #include "support/FakeIds.h"
 #include "support/FakePanels.h"
 #include "support/FileSizeLimit.h"
-#include "support/ModalAnswer.h"
+#include "support/ManagerPage.h"
 #include "support/TemporaryHome.h"
 #include "wording/ProfileManagerWindowController.h"
 #include "wording/WordingLookup.h"
 
 #include <QAccessible>
 #include <QFileInfo>
-#include <QLabel>
-#include <QListView>
-#include <QMainWindow>
 #include <QTest>
-#include <QToolButton>
 
 using namespace penwick;
 using namespace penwick::test;
@@ -77,80 +72,17 @@ private:
 
         [[nodiscard]] QMainWindow *window() const { return controller->window(); }
 
-        [[nodiscard]] QListView *list() const { return window()->findChild<QListView *>(); }
-
-        [[nodiscard]] QVariant data(int row, int role) const
-        {
-            return list()->model()->index(row, 0).data(role);
-        }
-
-        [[nodiscard]] QStringList names() const
-        {
-            QStringList names;
-            for (int row = 0; row < list()->model()->rowCount(); ++row)
-                names.append(data(row, Qt::DisplayRole).toString());
-            return names;
-        }
+        [[nodiscard]] ManagerPage page() const { return ManagerPage(window()); }
 
         [[nodiscard]] bool isMarkedActive(int row) const
         {
-            return !data(row, SidebarDelegate::SymbolRole).value<QIcon>().isNull();
-        }
-
-        [[nodiscard]] QString selectedName() const
-        {
-            const QModelIndexList rows = list()->selectionModel()->selectedIndexes();
-            return rows.isEmpty() ? QString() : rows.constFirst().data().toString();
-        }
-
-        void clickRow(int row) const
-        {
-            const QRect rect = list()->visualRect(list()->model()->index(row, 0));
-            QTest::mouseClick(list()->viewport(), Qt::LeftButton, {}, rect.center());
-        }
-
-        [[nodiscard]] QPushButton *button(const QString &text) const
-        {
-            QPushButton *button = buttonNamed(window(), text);
-            return button != nullptr && button->isVisible() ? button : nullptr;
-        }
-
-        void click(const QString &text) const { QTest::mouseClick(button(text), Qt::LeftButton); }
-
-        [[nodiscard]] QToolButton *importButton() const
-        {
-            return window()->findChild<QToolButton *>(u"profileImport"_s);
+            return !page().row(row).data(SidebarDelegate::SymbolRole).value<QIcon>().isNull();
         }
 
         void clickImport(const std::optional<QString> &path) const
         {
             panels.state->answer = path;
-            QTest::mouseClick(importButton(), Qt::LeftButton);
-        }
-
-        /// Texts that show in the details, top to bottom.
-        [[nodiscard]] QStringList labels() const
-        {
-            QStringList texts;
-            for (const QLabel *label : window()->findChildren<QLabel *>()) {
-                if (label->isVisible())
-                    texts.append(label->text());
-            }
-            return texts;
-        }
-
-        /// Reads the message that shows and closes it by its button.
-        [[nodiscard]] QString takeAlert(const QString &ok = u"OK"_s) const
-        {
-            auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-            if (box == nullptr || box->buttons().size() != 1)
-                return u"no alert"_s;
-            QString text = box->text();
-            QPushButton *button = buttonNamed(box, ok);
-            if (button == nullptr)
-                return u"no such button"_s;
-            button->click();
-            return text;
+            QTest::mouseClick(page().tool(u"profileImport"_s), Qt::LeftButton);
         }
 
         [[nodiscard]] QString fileOf(const QString &id) const
@@ -171,7 +103,7 @@ private Q_SLOTS:
         QCOMPARE(world.window()->windowTitle(), u"UI文言プロファイル管理"_s);
         QCOMPARE(world.window()->size(), QSize(900, 650));
         QCOMPARE(world.window()->minimumSize(), QSize(650, 420));
-        QWidget *column = world.list()->parentWidget();
+        QWidget *column = world.page().list()->parentWidget();
         QCOMPARE(column->minimumWidth(), 240);
         QCOMPARE(column->maximumWidth(), 320);
         QCOMPARE(column->width(), 260);
@@ -180,13 +112,13 @@ private Q_SLOTS:
     void window_closedAndShownAgain_keepsFrameAndSelection()
     {
         World world({userProfile(u"A"_s, u"Mine"_s)});
-        world.clickRow(2);
+        world.page().clickRow(2);
         world.window()->resize(700, 500);
         world.window()->close();
         QVERIFY(!world.window()->isVisible());
         world.controller->showWindow();
         QVERIFY(world.window()->isVisible());
-        QCOMPARE(world.selectedName(), u"Mine"_s);
+        QCOMPARE(world.page().selectedName(), u"Mine"_s);
         QCOMPARE(world.window()->size(), QSize(700, 500));
         world.window()->close();
         world.makeWindow();
@@ -204,31 +136,32 @@ private Q_SLOTS:
     void list_opened_showsBuiltInsFirstWithBadgesAndNoSelection()
     {
         const World world({userProfile(u"A"_s, u"Mine"_s)});
-        QCOMPARE(world.names(), (QStringList{u"標準日本語"_s, u"English (Built-in)"_s, u"Mine"_s}));
-        QCOMPARE(world.data(0, SidebarDelegate::BadgeRole).toString(), u"組み込み"_s);
-        QCOMPARE(world.data(1, SidebarDelegate::BadgeRole).toString(), u"組み込み"_s);
-        QCOMPARE(world.data(2, SidebarDelegate::BadgeRole).toString(), QString());
+        QCOMPARE(world.page().names(),
+                 (QStringList{u"標準日本語"_s, u"English (Built-in)"_s, u"Mine"_s}));
+        QCOMPARE(world.page().badge(0), u"組み込み"_s);
+        QCOMPARE(world.page().badge(1), u"組み込み"_s);
+        QCOMPARE(world.page().badge(2), QString());
         QVERIFY(world.isMarkedActive(0));
         QVERIFY(!world.isMarkedActive(1));
         QVERIFY(!world.isMarkedActive(2));
-        QCOMPARE(world.selectedName(), QString());
+        QCOMPARE(world.page().selectedName(), QString());
         QVERIFY(!world.controller->view()->selectedProfileId());
-        QVERIFY(world.labels().contains(u"プロファイルを選択してください"_s));
+        QVERIFY(world.page().labels().contains(u"プロファイルを選択してください"_s));
     }
 
     void list_readByAssistiveTechnology_saysBadgeAndMark()
     {
         const World world;
-        QCOMPARE(world.data(0, Qt::AccessibleTextRole).toString(),
+        QCOMPARE(world.page().row(0).data(Qt::AccessibleTextRole).toString(),
                  u"標準日本語, 組み込み, 適用中"_s);
-        QAccessibleInterface *list = QAccessible::queryAccessibleInterface(world.list());
+        QAccessibleInterface *list = QAccessible::queryAccessibleInterface(world.page().list());
         QCOMPARE(list->child(1)->text(QAccessible::Name), u"English (Built-in), 組み込み"_s);
     }
 
     void detail_userProfile_showsEveryFieldAndDelete()
     {
         const World world({userProfile(u"A"_s, u"Mine"_s)});
-        world.clickRow(2);
+        world.page().clickRow(2);
         QCOMPARE(world.controller->view()->selectedProfileId(), u"A"_s);
         const QStringList expected{u"プロファイル名"_s,
                                    u"Mine"_s,
@@ -244,19 +177,19 @@ private Q_SLOTS:
                                    u"2024-05-01T09:30:00Z"_s,
                                    u"更新日時"_s,
                                    u"2024-05-02T09:30:00Z"_s};
-        const QStringList labels = world.labels();
+        const QStringList labels = world.page().labels();
         const auto start = labels.indexOf(u"プロファイル名"_s);
         QCOMPARE(labels.mid(start, expected.size()), expected);
         QVERIFY(labels.contains(u"基本情報"_s));
-        QVERIFY(world.button(u"削除"_s) != nullptr);
-        QVERIFY(world.button(u"エクスポート"_s) != nullptr);
-        QVERIFY(world.button(u"複製"_s) != nullptr);
-        QVERIFY(world.button(u"このプロファイルを適用"_s) != nullptr);
+        QVERIFY(world.page().button(u"削除"_s) != nullptr);
+        QVERIFY(world.page().button(u"エクスポート"_s) != nullptr);
+        QVERIFY(world.page().button(u"複製"_s) != nullptr);
+        QVERIFY(world.page().button(u"このプロファイルを適用"_s) != nullptr);
         // One row, the prominent one last.
-        QPushButton *last = world.button(u"このプロファイルを適用"_s);
+        QPushButton *last = world.page().button(u"このプロファイルを適用"_s);
         for (const auto &text : {u"削除"_s, u"エクスポート"_s, u"複製"_s}) {
-            QCOMPARE(world.button(text)->y(), last->y());
-            QVERIFY(world.button(text)->x() < last->x());
+            QCOMPARE(world.page().button(text)->y(), last->y());
+            QVERIFY(world.page().button(text)->x() < last->x());
         }
     }
 
@@ -264,46 +197,46 @@ private Q_SLOTS:
     {
         const World world;
         for (const int row : {0, 1}) {
-            world.clickRow(row);
-            QVERIFY(world.button(u"削除"_s) == nullptr);
-            QVERIFY(!world.labels().contains(u"作成日時"_s));
-            QVERIFY(!world.labels().contains(u"更新日時"_s));
+            world.page().clickRow(row);
+            QVERIFY(world.page().button(u"削除"_s) == nullptr);
+            QVERIFY(!world.page().labels().contains(u"作成日時"_s));
+            QVERIFY(!world.page().labels().contains(u"更新日時"_s));
         }
-        QVERIFY(world.labels().contains(u"9"_s)); // Texts of the English one.
+        QVERIFY(world.page().labels().contains(u"9"_s)); // Texts of the English one.
     }
 
     void list_keys_selectAndAskToDelete()
     {
         const World world({userProfile(u"A"_s, u"Mine"_s)});
-        QTest::keyClick(world.list(), Qt::Key_Down);
-        QCOMPARE(world.selectedName(), u"標準日本語"_s);
-        QTest::keyClick(world.list(), Qt::Key_End);
-        QCOMPARE(world.selectedName(), u"Mine"_s);
-        QTest::keyClick(world.list(), Qt::Key_Delete);
+        QTest::keyClick(world.page().list(), Qt::Key_Down);
+        QCOMPARE(world.page().selectedName(), u"標準日本語"_s);
+        QTest::keyClick(world.page().list(), Qt::Key_End);
+        QCOMPARE(world.page().selectedName(), u"Mine"_s);
+        QTest::keyClick(world.page().list(), Qt::Key_Delete);
         QWidget *question = QApplication::activeModalWidget();
         QVERIFY(question != nullptr);
         QTest::keyClick(question, Qt::Key_Escape);
         QVERIFY(world.manager->profileWithId(u"A"_s));
-        QTest::keyClick(world.list(), Qt::Key_Home);
-        QTest::keyClick(world.list(), Qt::Key_Delete);
+        QTest::keyClick(world.page().list(), Qt::Key_Home);
+        QTest::keyClick(world.page().list(), Qt::Key_Delete);
         QVERIFY(QApplication::activeModalWidget() == nullptr);
     }
 
     void apply_profile_relabelsMarksAndSaysSo()
     {
         const World world({userProfile(u"A"_s, u"Mine"_s)});
-        world.clickRow(2);
-        world.click(u"このプロファイルを適用"_s);
+        world.page().clickRow(2);
+        world.page().click(u"このプロファイルを適用"_s);
         QCOMPARE(world.manager->activeProfileId(), u"A"_s);
-        QCOMPARE(world.takeAlert(u"よし"_s), kApplied);
+        QCOMPARE(world.page().takeAlert(u"よし"_s), kApplied);
         QCOMPARE(world.window()->windowTitle(), u"文言"_s);
-        QVERIFY(world.labels().contains(u"文言"_s)); // Above the list.
+        QVERIFY(world.page().labels().contains(u"文言"_s)); // Above the list.
         QVERIFY(!world.isMarkedActive(0));
         QVERIFY(world.isMarkedActive(2));
-        QCOMPARE(world.selectedName(), u"Mine"_s);
+        QCOMPARE(world.page().selectedName(), u"Mine"_s);
         // Again is harmless.
-        world.click(u"このプロファイルを適用"_s);
-        QCOMPARE(world.takeAlert(u"よし"_s), kApplied);
+        world.page().click(u"このプロファイルを適用"_s);
+        QCOMPARE(world.page().takeAlert(u"よし"_s), kApplied);
     }
 
     void apply_elsewhere_relabelsEverything()
@@ -311,7 +244,7 @@ private Q_SLOTS:
         const World world;
         world.manager->applyProfile(builtInEnglishProfile());
         QCOMPARE(world.window()->windowTitle(), u"UI Wording Profile Manager"_s);
-        QVERIFY(world.labels().contains(u"UI Wording Profile Manager"_s));
+        QVERIFY(world.page().labels().contains(u"UI Wording Profile Manager"_s));
         QVERIFY(world.isMarkedActive(1));
         QVERIFY(!world.isMarkedActive(0));
     }
@@ -319,31 +252,31 @@ private Q_SLOTS:
     void duplicate_builtIn_selectsTheUsersCopy()
     {
         const World world;
-        world.clickRow(0);
-        world.click(u"複製"_s);
+        world.page().clickRow(0);
+        world.page().click(u"複製"_s);
         QVERIFY(QApplication::activeModalWidget() == nullptr);
-        QCOMPARE(world.selectedName(), u"標準日本語 のコピー"_s);
+        QCOMPARE(world.page().selectedName(), u"標準日本語 のコピー"_s);
         const auto copy = world.manager->profileWithId(FakeIds::id(1));
         QVERIFY(copy.has_value());
         QVERIFY(!copy->isBuiltIn);
         QVERIFY(copy->values.isEmpty());
         QCOMPARE(copy->createdAt, kNow);
         QVERIFY(QFileInfo::exists(world.fileOf(FakeIds::id(1))));
-        QVERIFY(world.button(u"削除"_s) != nullptr);
+        QVERIFY(world.page().button(u"削除"_s) != nullptr);
         QCOMPARE(world.manager->activeProfileId(), kBuiltInProfileId);
     }
 
     void duplicate_cannotBeSaved_isSilent()
     {
         const World world;
-        world.clickRow(0);
+        world.page().clickRow(0);
         {
             const FileSizeLimit full(16);
-            world.click(u"複製"_s);
+            world.page().click(u"複製"_s);
         }
         QVERIFY(QApplication::activeModalWidget() == nullptr);
-        QCOMPARE(world.names().size(), 2);
-        QCOMPARE(world.selectedName(), u"標準日本語"_s);
+        QCOMPARE(world.page().names().size(), 2);
+        QCOMPARE(world.page().selectedName(), u"標準日本語"_s);
     }
 
     void import_newProfile_isListedSelectedAndNotApplied()
@@ -353,9 +286,9 @@ private Q_SLOTS:
         profile.isBuiltIn = true;
         world.home.write(u"in.json"_s, profile.toJson());
         world.clickImport(world.home.file(u"in.json"_s));
-        QCOMPARE(world.takeAlert(), u"プロファイルをインポートしました"_s);
+        QCOMPARE(world.page().takeAlert(), u"プロファイルをインポートしました"_s);
         QCOMPARE(world.panels.state->title, u"インポート"_s);
-        QCOMPARE(world.selectedName(), u"New"_s);
+        QCOMPARE(world.page().selectedName(), u"New"_s);
         const auto kept = world.manager->profileWithId(u"N"_s);
         QVERIFY(kept.has_value());
         QVERIFY(!kept->isBuiltIn);
@@ -370,8 +303,8 @@ private Q_SLOTS:
         const World world({userProfile(u"A"_s, u"Mine"_s)});
         world.home.write(u"in.json"_s, userProfile(u"A"_s, u"Mine"_s).toJson());
         world.clickImport(world.home.file(u"in.json"_s));
-        QCOMPARE(world.takeAlert(), u"プロファイルをインポートしました"_s);
-        QCOMPARE(world.selectedName(), u"Mine のコピー"_s);
+        QCOMPARE(world.page().takeAlert(), u"プロファイルをインポートしました"_s);
+        QCOMPARE(world.page().selectedName(), u"Mine のコピー"_s);
         QCOMPARE(world.controller->view()->selectedProfileId(), FakeIds::id(1));
     }
 
@@ -381,7 +314,7 @@ private Q_SLOTS:
         world.clickImport(std::nullopt);
         QCOMPARE(world.panels.state->questions, 1);
         QVERIFY(QApplication::activeModalWidget() == nullptr);
-        QCOMPARE(world.names().size(), 2);
+        QCOMPARE(world.page().names().size(), 2);
     }
 
     void import_badFile_saysWhyAndAddsNothing_data()
@@ -409,43 +342,43 @@ private Q_SLOTS:
         QFETCH(QByteArray, content);
         QFETCH(QString, message);
         const World world;
-        world.clickRow(1);
+        world.page().clickRow(1);
         if (!content.isNull())
             world.home.write(u"in.json"_s, content);
         world.clickImport(world.home.file(u"in.json"_s));
-        QCOMPARE(world.takeAlert(), message);
-        QCOMPARE(world.names().size(), 2);
-        QCOMPARE(world.selectedName(), u"English (Built-in)"_s);
+        QCOMPARE(world.page().takeAlert(), message);
+        QCOMPARE(world.page().names().size(), 2);
+        QCOMPARE(world.page().selectedName(), u"English (Built-in)"_s);
     }
 
     void import_folder_saysSo()
     {
         const World world;
         world.clickImport(world.home.file(u"profiles"_s));
-        QCOMPARE(world.takeAlert(), u"ファイルを開けませんでした"_s);
+        QCOMPARE(world.page().takeAlert(), u"ファイルを開けませんでした"_s);
     }
 
     void export_profile_writesItAsStored()
     {
         const World world({userProfile(u"A"_s, u"Mine"_s)});
-        world.clickRow(2);
+        world.page().clickRow(2);
         world.panels.state->answer = world.home.file(u"out.json"_s);
-        world.click(u"エクスポート"_s);
-        QCOMPARE(world.takeAlert(), u"エクスポートしました"_s);
+        world.page().click(u"エクスポート"_s);
+        QCOMPARE(world.page().takeAlert(), u"エクスポートしました"_s);
         QCOMPARE(world.panels.state->title, u"エクスポート"_s);
         QCOMPARE(world.panels.state->name, u"Mine"_s);
         QCOMPARE(world.home.read(u"out.json"_s), userProfile(u"A"_s, u"Mine"_s).toJson());
-        world.clickRow(0);
-        world.click(u"エクスポート"_s);
-        QCOMPARE(world.takeAlert(), u"エクスポートしました"_s);
+        world.page().clickRow(0);
+        world.page().click(u"エクスポート"_s);
+        QCOMPARE(world.page().takeAlert(), u"エクスポートしました"_s);
         QCOMPARE(world.home.read(u"out.json"_s), builtInJapaneseProfile().toJson());
     }
 
     void export_emptyName_suggestsProfile()
     {
         const World world({userProfile(u"A"_s, QString())});
-        world.clickRow(2);
-        world.click(u"エクスポート"_s);
+        world.page().clickRow(2);
+        world.page().click(u"エクスポート"_s);
         QCOMPARE(world.panels.state->name, u"profile"_s);
         QVERIFY(QApplication::activeModalWidget() == nullptr); // It was cancelled.
     }
@@ -453,34 +386,34 @@ private Q_SLOTS:
     void export_cannotBeWritten_saysSoAndLeavesTheOldFile()
     {
         const World world;
-        world.clickRow(1);
+        world.page().clickRow(1);
         world.home.write(u"out.json"_s, "old");
         world.panels.state->answer = world.home.file(u"out.json"_s);
         {
             const FileSizeLimit full(16);
-            world.click(u"エクスポート"_s);
+            world.page().click(u"エクスポート"_s);
         }
-        QCOMPARE(world.takeAlert(), u"エクスポートに失敗しました"_s);
+        QCOMPARE(world.page().takeAlert(), u"エクスポートに失敗しました"_s);
         QCOMPARE(world.home.read(u"out.json"_s), "old");
         world.panels.state->answer = world.home.file(u"gone/out.json"_s);
-        world.click(u"エクスポート"_s);
-        QCOMPARE(world.takeAlert(), u"エクスポートに失敗しました"_s);
+        world.page().click(u"エクスポート"_s);
+        QCOMPARE(world.page().takeAlert(), u"エクスポートに失敗しました"_s);
     }
 
     void delete_confirmed_removesFileAndSelectsTheActive()
     {
         const World world({userProfile(u"A"_s, u"Mine"_s)});
-        world.clickRow(2);
-        world.click(u"このプロファイルを適用"_s);
-        QCOMPARE(world.takeAlert(u"よし"_s), kApplied);
+        world.page().clickRow(2);
+        world.page().click(u"このプロファイルを適用"_s);
+        QCOMPARE(world.page().takeAlert(u"よし"_s), kApplied);
         QString message;
         clickInModal(u"削除"_s, &message);
-        world.click(u"削除"_s);
-        QTRY_COMPARE(world.names().size(), 2);
+        world.page().click(u"削除"_s);
+        QTRY_COMPARE(world.page().names().size(), 2);
         QCOMPARE(message, u"プロファイルの削除"_s);
         QVERIFY(!QFileInfo::exists(world.fileOf(u"A"_s)));
         QCOMPARE(world.controller->view()->selectedProfileId(), kBuiltInProfileId);
-        QCOMPARE(world.selectedName(), u"標準日本語"_s);
+        QCOMPARE(world.page().selectedName(), u"標準日本語"_s);
         QVERIFY(world.isMarkedActive(0));
         QCOMPARE(world.window()->windowTitle(), u"UI文言プロファイル管理"_s);
     }
@@ -488,28 +421,28 @@ private Q_SLOTS:
     void delete_asked_explainsAndCanBeCancelled()
     {
         const World world({userProfile(u"A"_s, u"Mine"_s)});
-        world.clickRow(2);
-        world.click(u"削除"_s);
+        world.page().clickRow(2);
+        world.page().click(u"削除"_s);
         const auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
         QVERIFY(box != nullptr);
         QCOMPARE(box->informativeText(),
                  u"本当に削除してもよろしいですか？この操作は元に戻せません。"_s);
         buttonNamed(box, u"キャンセル"_s)->click();
         QVERIFY(world.manager->profileWithId(u"A"_s));
-        QCOMPARE(world.selectedName(), u"Mine"_s);
+        QCOMPARE(world.page().selectedName(), u"Mine"_s);
     }
 
     void delete_cannotBeRemoved_keepsItSilently()
     {
         const World world({userProfile(u"A"_s, u"Mine"_s)});
-        world.clickRow(2);
+        world.page().clickRow(2);
         QVERIFY(QFile::remove(world.fileOf(u"A"_s)));
         QVERIFY(QDir().mkpath(world.fileOf(u"A"_s) + u"/in"_s));
         clickInModal(u"削除"_s);
-        world.click(u"削除"_s);
+        world.page().click(u"削除"_s);
         QCoreApplication::processEvents();
         QVERIFY(QApplication::activeModalWidget() == nullptr);
-        QCOMPARE(world.selectedName(), u"Mine"_s);
+        QCOMPARE(world.page().selectedName(), u"Mine"_s);
     }
 };
 

@@ -1,0 +1,167 @@
+#include "macro/library/MacroDetailView.h"
+
+#include "controls/Alerts.h"
+#include "controls/DetailPane.h"
+#include "macro/library/CodeEditor.h"
+#include "macro/library/MacroFile.h"
+#include "macro/library/MacroSourceBadge.h"
+#include "platform/AtomicFile.h"
+#include "wording/WordingLookup.h"
+
+#include <QFrame>
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QShortcut>
+
+#include <utility>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+MacroDetailView::MacroDetailView(FilePanels panels, QWidget *parent)
+    : QWidget(parent)
+    , m_panels(std::move(panels))
+    , m_title(makeTitleLabel())
+    , m_badge(new MacroSourceBadge)
+    , m_section(makeSectionLabel())
+    , m_codeLabel(makeSectionLabel())
+    , m_code(new CodeEditor)
+    , m_delete(makeActionButton(u"macroDelete"_s, u"trash"_s))
+    , m_testRun(makeActionButton(u"macroTestRun"_s, u"play.fill"_s))
+    , m_export(makeActionButton(u"macroExport"_s, u"square.and.arrow.up"_s))
+    , m_duplicate(makeActionButton(u"macroDuplicate"_s, u"doc.on.doc"_s))
+    , m_save(makeProminentButton(u"macroSave"_s))
+{
+    auto *heading = new QHBoxLayout;
+    heading->addWidget(m_title, 1);
+    heading->addWidget(m_badge, 0, Qt::AlignVCenter);
+    auto *rows = new QGridLayout;
+    makeFields(rows);
+    m_codeLabel->setBuddy(m_code);
+    auto *content = new QWidget;
+    auto *layout = makePaneLayout(content);
+    layout->addLayout(heading);
+    layout->addWidget(m_section);
+    layout->addLayout(rows);
+    layout->addWidget(m_codeLabel);
+    layout->addWidget(m_code, 1);
+    auto *all = new QVBoxLayout(this);
+    all->setContentsMargins(0, 0, 0, 0);
+    all->setSpacing(0);
+    all->addWidget(content, 1);
+    all->addWidget(makeDivider());
+    all->addLayout(makeButtonRow({m_delete, m_testRun, m_export, m_duplicate, m_save}));
+    makeButtons();
+    relabel();
+}
+
+void MacroDetailView::makeFields(QGridLayout *rows)
+{
+    for (int i = 0; i < FieldCount; ++i) {
+        const auto at = static_cast<std::size_t>(i);
+        m_labels[at] = makeFieldLabel();
+        m_labels[at]->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        m_fields[at] = new QLineEdit;
+        m_labels[at]->setBuddy(m_fields[at]);
+        rows->addWidget(m_labels[at], i, 0);
+        rows->addWidget(m_fields[at], i, 1);
+    }
+    m_fields[Name]->setObjectName(u"macroName"_s);
+    m_fields[Description]->setObjectName(u"macroDescription"_s);
+    m_fields[Category]->setObjectName(u"macroCategory"_s);
+    m_fields[HelpUrl]->setObjectName(u"macroHelpURL"_s);
+    connect(m_fields[Name], &QLineEdit::textChanged, this, &MacroDetailView::showTitle);
+}
+
+void MacroDetailView::makeButtons()
+{
+    connect(m_delete, &QPushButton::clicked, this, &MacroDetailView::onDelete);
+    connect(m_duplicate, &QPushButton::clicked, this, &MacroDetailView::onDuplicate);
+    connect(m_export, &QPushButton::clicked, this, &MacroDetailView::exportMacro);
+    connect(m_testRun, &QPushButton::clicked, this, [this] { Q_EMIT onTestRun(draftMacro()); });
+    connect(m_save, &QPushButton::clicked, this, [this] { Q_EMIT onSave(draftMacro()); });
+    auto *save = new QShortcut(QKeySequence::Save, this);
+    save->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(save, &QShortcut::activated, m_save, &QPushButton::click);
+}
+
+void MacroDetailView::setMacro(const Macro &macro)
+{
+    m_macro = macro;
+    m_fields[Name]->setText(macro.name);
+    m_fields[Description]->setText(macro.description);
+    m_fields[Category]->setText(macro.category);
+    m_fields[HelpUrl]->setText(macro.helpURL);
+    for (QLineEdit *field : m_fields)
+        field->setCursorPosition(0); // Of a long text the beginning says what it is.
+    m_code->setText(macro.code);
+    showTitle();
+}
+
+void MacroDetailView::setStoredMacro(const Macro &macro)
+{
+    m_macro = macro;
+    showTitle();
+}
+
+Macro MacroDetailView::draftMacro() const
+{
+    Macro draft = m_macro;
+    draft.name = m_fields[Name]->text();
+    draft.description = m_fields[Description]->text();
+    draft.category = m_fields[Category]->text();
+    draft.helpURL = m_fields[HelpUrl]->text();
+    draft.code = m_code->text();
+    return draft;
+}
+
+bool MacroDetailView::hasUnsavedEdits() const
+{
+    return draftMacro() != m_macro;
+}
+
+void MacroDetailView::showTitle()
+{
+    const QString name = m_fields[Name]->text();
+    m_title->setText(name.isEmpty() ? wording::text(u"macro.manage.newMacro"_s) : name);
+    m_badge->setSource(m_macro.source);
+}
+
+void MacroDetailView::relabel()
+{
+    m_section->setText(wording::text(u"macro.manage.basicInfo"_s));
+    m_labels[Name]->setText(wording::text(u"macro.manage.name"_s));
+    m_labels[Description]->setText(wording::text(u"macro.manage.description"_s));
+    m_labels[Category]->setText(wording::text(u"macro.manage.category"_s));
+    m_labels[HelpUrl]->setText(wording::text(u"macro.manage.helpURL"_s));
+    m_codeLabel->setText(wording::text(u"macro.manage.code"_s));
+    setButtonText(m_delete, wording::text(u"common.delete"_s));
+    setButtonText(m_testRun, wording::text(u"macro.manage.testRun"_s));
+    setButtonText(m_export, wording::text(u"macro.export"_s));
+    setButtonText(m_duplicate, wording::text(u"common.duplicate"_s));
+    setButtonText(m_save, wording::text(u"common.save"_s));
+    for (std::size_t i = 0; i < FieldCount; ++i)
+        m_fields[i]->setAccessibleName(m_labels[i]->text());
+    showTitle();
+}
+
+void MacroDetailView::exportMacro()
+{
+    const Macro draft = draftMacro();
+    const QString name = draft.name.isEmpty()
+                             ? wording::text(u"macro.manageExportDefaultFilename"_s, u"macro"_s)
+                             : draft.name;
+    const auto path = m_panels.save(window(), wording::text(u"macro.export"_s), name);
+    if (!path)
+        return;
+    const bool isWritten = replaceFile(*path, MacroFile::write(draft)).has_value();
+    showAlert(this,
+              isWritten
+                  ? wording::text(u"macro.manageExportSuccess"_s, u"エクスポートしました"_s)
+                  : wording::text(u"macro.manageExportFailed"_s, u"エクスポートに失敗しました"_s));
+}
+
+} // namespace penwick

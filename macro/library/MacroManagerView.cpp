@@ -1,0 +1,229 @@
+#include "macro/library/MacroManagerView.h"
+
+#include "controls/Alerts.h"
+#include "controls/SymbolIcon.h"
+#include "controls/VerbatimText.h"
+#include "macro/library/MacroDetailView.h"
+#include "macro/library/MacroSourceBadge.h"
+#include "platform/FileSystem.h"
+#include "wording/UIWordingProfileManager.h"
+#include "wording/WordingLookup.h"
+
+#include <QHBoxLayout>
+#include <QListView>
+#include <QToolButton>
+
+#include <utility>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr ListDetailView::ListWidth kListWidth{200, 250, 340};
+
+void setText(QToolButton *button, const QString &text)
+{
+    button->setText(verbatimText(text));
+    button->setAccessibleName(text);
+    button->setToolTip(text.toHtmlEscaped());
+}
+
+} // namespace
+
+MacroManagerView::MacroManagerView(Services services, QWidget *parent)
+    : QWidget(parent)
+    , m_services(std::move(services))
+    , m_detail(new MacroDetailView(m_services.panels))
+    , m_split(new ListDetailView(m_detail, kListWidth))
+    , m_add(addHeaderButton(u"macroAdd"_s, u"plus"_s))
+    , m_import(addHeaderButton(u"macroImport"_s, u"square.and.arrow.down"_s))
+{
+    auto *layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_split);
+    m_split->header()->addStretch();
+    connectDetail();
+    connect(m_add, &QToolButton::clicked, this, &MacroManagerView::addMacro);
+    connect(m_import, &QToolButton::clicked, this, &MacroManagerView::importMacro);
+    // Later, for a question must not come up in the middle of a click.
+    connect(m_split,
+            &ListDetailView::markedByUser,
+            this,
+            &MacroManagerView::followMark,
+            Qt::QueuedConnection);
+    connect(m_split, &ListDetailView::switchTurned, this, &MacroManagerView::turnSwitch);
+    connect(m_split, &ListDetailView::deleteRequested, this, &MacroManagerView::askToDelete);
+    connect(
+        &m_services.macroManager, &MacroManager::macrosChanged, this, &MacroManagerView::showList);
+    m_services.center.addObserver(UIWordingProfileDidChange, this, [this] { relabel(); });
+    relabel();
+    select(std::nullopt);
+    m_split->list()->setFocus();
+}
+
+QToolButton *MacroManagerView::addHeaderButton(const QString &name, const QString &symbol)
+{
+    auto *button = new QToolButton;
+    button->setObjectName(name);
+    button->setIcon(symbolIcon(symbol));
+    button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    button->setAutoRaise(true);
+    button->setFocusPolicy(Qt::StrongFocus);
+    m_split->header()->addWidget(button);
+    return button;
+}
+
+void MacroManagerView::connectDetail()
+{
+    MacroManager *manager = &m_services.macroManager;
+    connect(m_detail, &MacroDetailView::onSave, manager, [manager](const Macro &draft) {
+        manager->updateMacro(draft);
+    });
+    connect(m_detail, &MacroDetailView::onDuplicate, this, [this, manager] {
+        if (const auto macro = manager->macroWithId(m_selectedMacroId.value_or(QString())))
+            manager->duplicateMacro(*macro);
+    });
+    connect(m_detail, &MacroDetailView::onDelete, this, &MacroManagerView::askToDelete);
+    connect(m_detail, &MacroDetailView::onTestRun, this, [this](const Macro &draft) {
+        m_services.testRun(draft);
+    });
+}
+
+void MacroManagerView::relabel()
+{
+    setText(m_add, wording::text(u"macro.manageAdd"_s, u"追加"_s));
+    setText(m_import, wording::text(u"macro.import"_s));
+    m_split->setEmptyText(wording::text(u"macro.manage.emptySelection"_s));
+    m_split->setListName(wording::text(u"macro.manageWindowTitle"_s, u"マクロ管理"_s));
+    m_detail->relabel();
+    showList();
+}
+
+void MacroManagerView::showList()
+{
+    QList<ListDetailView::Row> rows;
+    for (const Macro &macro : m_services.macroManager.macros()) {
+        ListDetailView::Row row;
+        row.id = macro.id;
+        row.name = macro.name;
+        row.badge = MacroSourceBadge::sourceLabel(macro.source);
+        row.isOn = macro.isEnabled;
+        rows.append(row);
+    }
+    m_split->setRows(rows);
+    const auto selected =
+        m_services.macroManager.macroWithId(m_selectedMacroId.value_or(QString()));
+    if (m_selectedMacroId && selected)
+        m_detail->setStoredMacro(*selected);
+    m_split->setDetailShown(m_selectedMacroId && selected);
+}
+
+void MacroManagerView::followMark()
+{
+    const std::optional<QString> marked = m_split->markedId();
+    if (marked == m_selectedMacroId)
+        return;
+    if (confirmLeaving())
+        select(marked);
+    else
+        m_split->mark(m_selectedMacroId);
+}
+
+bool MacroManagerView::confirmLeaving()
+{
+    const std::optional<QString> id = m_selectedMacroId;
+    const auto stored = m_services.macroManager.macroWithId(id.value_or(QString()));
+    if (!id || !stored || !m_detail->hasUnsavedEdits())
+        return true;
+    switch (askAboutUnsavedChanges(window(), m_detail->draftMacro().name)) {
+    case UnsavedAnswer::Save:
+        m_services.macroManager.updateMacro(m_detail->draftMacro());
+        return true;
+    case UnsavedAnswer::Discard:
+        m_detail->setMacro(*stored);
+        return true;
+    case UnsavedAnswer::Cancel:
+        break;
+    }
+    return false;
+}
+
+void MacroManagerView::select(const std::optional<QString> &id)
+{
+    m_selectedMacroId = id;
+    m_split->mark(id);
+    const auto macro = m_services.macroManager.macroWithId(id.value_or(QString()));
+    const bool isShown = id && macro;
+    if (isShown)
+        m_detail->setMacro(*macro);
+    m_split->setDetailShown(isShown);
+}
+
+void MacroManagerView::turnSwitch(const QString &id, bool isOn)
+{
+    auto macro = m_services.macroManager.macroWithId(id);
+    if (!macro)
+        return;
+    macro->isEnabled = isOn;
+    m_services.macroManager.updateMacro(*std::move(macro));
+}
+
+void MacroManagerView::addMacro()
+{
+    if (!confirmLeaving())
+        return;
+    Macro macro;
+    macro.id = m_services.ids();
+    macro.name = wording::text(u"macro.manage.newMacro"_s);
+    macro.code = u"return {\n    textEdits: []\n};"_s;
+    macro.isEnabled = true;
+    macro.source = u"user"_s;
+    macro.version = u"1.0.0"_s;
+    macro.category = u"general"_s;
+    m_services.macroManager.addMacro(macro);
+    select(macro.id);
+}
+
+void MacroManagerView::importMacro()
+{
+    if (!confirmLeaving())
+        return;
+    const auto path = m_services.panels.open(window(), wording::text(u"macro.import"_s));
+    if (path)
+        showAlert(this, importFile(*path));
+}
+
+/// Returns what to tell the person.
+QString MacroManagerView::importFile(const QString &path)
+{
+    const auto content = readFile(path);
+    if (!content)
+        return wording::text(u"error.fileOpenFailed"_s);
+    const auto id = m_services.macroManager.importMacro(*content);
+    if (!id)
+        return wording::text(u"error.invalidProfileJson"_s);
+    select(*id);
+    return wording::text(u"macro.manageImportSuccess"_s, u"マクロをインポートしました"_s);
+}
+
+void MacroManagerView::askToDelete()
+{
+    if (!m_selectedMacroId || !m_services.macroManager.macroWithId(*m_selectedMacroId))
+        return;
+    confirmDelete(this,
+                  wording::text(u"macro.manageDeleteConfirmTitle"_s, u"マクロの削除"_s),
+                  wording::text(u"macro.manageDeleteConfirmMessage"_s,
+                                u"本当に削除してもよろしいですか？この操作は元に戻せません。"_s),
+                  [this, id = *m_selectedMacroId] { deleteMacro(id); });
+}
+
+void MacroManagerView::deleteMacro(const QString &id)
+{
+    m_services.macroManager.deleteMacro(id);
+    if (m_selectedMacroId == id)
+        select(std::nullopt);
+}
+
+} // namespace penwick

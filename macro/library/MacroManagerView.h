@@ -1,0 +1,76 @@
+#pragma once
+
+#include "controls/FilePanels.h"
+#include "controls/ListDetailView.h"
+#include "macro/library/MacroManager.h"
+#include "platform/NotificationCenter.h"
+#include "platform/Uuid.h"
+
+#include <QWidget>
+
+#include <functional>
+#include <optional>
+
+class QToolButton;
+
+namespace penwick {
+
+class MacroDetailView;
+
+/// All macros in a list, and the one selected in it to edit, try, duplicate, export or delete.
+/// Macros are added and taken in from the list's side. Every change goes through the store.
+class MacroManagerView final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// What the view works with. The references must outlive it.
+    struct Services
+    {
+        MacroManager &macroManager;
+        NotificationCenter &center;
+        FilePanels panels;
+        IdSource ids;
+        /// Runs a draft in the editor that was active last.
+        std::function<void(const Macro &draft)> testRun;
+    };
+
+    explicit MacroManagerView(Services services, QWidget *parent = nullptr);
+
+    /// Nothing at first.
+    [[nodiscard]] const std::optional<QString> &selectedMacroId() const
+    {
+        return m_selectedMacroId;
+    }
+
+    /// Asks what to do with unsaved edits, if there are any, and does it. False when the person
+    /// wants to go on editing.
+    [[nodiscard]] bool confirmLeaving();
+
+    void addMacro();
+    /// Asks for a file and takes its macro in.
+    void importMacro();
+
+    [[nodiscard]] MacroDetailView *detailView() const { return m_detail; }
+
+private:
+    QToolButton *addHeaderButton(const QString &name, const QString &symbol);
+    void connectDetail();
+    void relabel();
+    void showList();
+    void followMark();
+    void select(const std::optional<QString> &id);
+    void turnSwitch(const QString &id, bool isOn);
+    void askToDelete();
+    void deleteMacro(const QString &id);
+    [[nodiscard]] QString importFile(const QString &path);
+
+    Services m_services;
+    MacroDetailView *m_detail;
+    ListDetailView *m_split;
+    QToolButton *m_add;
+    QToolButton *m_import;
+    std::optional<QString> m_selectedMacroId;
+};
+
+} // namespace penwick

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "controls/ManagerWindow.h"
+#include "macro/library/MacroManagerView.h"
+
+#include <QObject>
+
+namespace penwick {
+
+/// Owns the window in which macros are managed.
+class MacroManagerWindowController final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Makes the window; does not show it.
+    /// \param defaults where its frame is kept; not owned, must outlive this.
+    MacroManagerWindowController(const MacroManagerView::Services &services,
+                                 UserDefaults &defaults,
+                                 QObject *parent = nullptr);
+
+    /// Shows the window and brings it to the front.
+    void showWindow();
+
+    /// False when there are unsaved edits that the person wants to go on with.
+    [[nodiscard]] bool mayClose();
+
+    [[nodiscard]] QMainWindow *window() { return &m_window; }
+
+    [[nodiscard]] MacroManagerView *view() const { return m_view; }
+
+private:
+    void handleProfileDidChange();
+
+    ManagerWindow m_window;
+    MacroManagerView *m_view;
+};
+
+} // namespace penwick

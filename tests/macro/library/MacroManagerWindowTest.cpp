@@ -1,0 +1,521 @@
+#include "editor/TextView.h"
+#include "macro/library/CodeEditor.h"
+#include "macro/library/MacroDetailView.h"
+#include "macro/library/MacroFile.h"
+#include "macro/library/MacroJson.h"
+#include "macro/library/MacroManagerWindowController.h"
+#include "platform/JsonText.h"
+#include "support/FakeClock.h"
+#include "support/FakeIds.h"
+#include "support/FakePanels.h"
+#include "support/FileSizeLimit.h"
+#include "support/Macros.h"
+#include "support/ManagerPage.h"
+#include "support/TemporaryHome.h"
+#include "wording/UIWordingProfileManager.h"
+#include "wording/WordingLookup.h"
+
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QTest>
+
+using namespace penwick;
+using namespace penwick::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kNow = u"2025-03-01T09:15:00Z"_s; // Of the fake clock.
+const QString kTemplate = u"return {\n    textEdits: []\n};"_s;
+
+Macro namedMacro(const QString &id, const QString &name, qint64 sortOrder = 1)
+{
+    Macro macro = sampleMacro(id, sortOrder);
+    macro.name = name;
+    macro.isEnabled = true;
+    return macro;
+}
+
+} // namespace
+
+/// Through the window's own widgets: rows are clicked, fields filled, buttons pressed.
+class MacroManagerWindowTest final : public QObject
+{
+    Q_OBJECT
+
+private:
+    struct World
+    {
+        TemporaryHome home;
+        UserDefaults defaults{home.file(u"config.conf"_s)};
+        NotificationCenter center;
+        FakeClock time;
+        FakeIds ids;
+        FakePanels panels;
+        QList<Macro> testRuns;
+        std::unique_ptr<MacroManager> manager;
+        std::unique_ptr<MacroManagerWindowController> controller;
+
+        explicit World(const QList<Macro> &macros = {namedMacro(u"A"_s, u"Alpha"_s, 1),
+                                                     namedMacro(u"B"_s, u"Beta"_s, 2)})
+        {
+            home.write(u"data/macros.json"_s, MacroJson::write(macros));
+            manager = std::make_unique<MacroManager>(
+                home.file(u"data"_s), defaults, time.clock(), ids.source());
+            controller = std::make_unique<MacroManagerWindowController>(
+                MacroManagerView::Services{*manager,
+                                           center,
+                                           panels.panels(),
+                                           ids.source(),
+                                           [this](const Macro &draft) { testRuns.append(draft); }},
+                defaults);
+            controller->showWindow();
+        }
+
+        ~World() { wording::setActiveValues(std::nullopt); }
+
+        Q_DISABLE_COPY_MOVE(World)
+
+        [[nodiscard]] QMainWindow *window() const { return controller->window(); }
+
+        [[nodiscard]] ManagerPage page() const { return ManagerPage(window()); }
+
+        [[nodiscard]] QLineEdit *field(const QString &name) const
+        {
+            return window()->findChild<QLineEdit *>(name);
+        }
+
+        [[nodiscard]] CodeEditor *code() const { return window()->findChild<CodeEditor *>(); }
+
+        /// Types into a field in place of what it holds.
+        void fill(const QString &name, const QString &text) const
+        {
+            field(name)->selectAll();
+            QTest::keyClicks(field(name), text);
+        }
+
+        [[nodiscard]] QByteArray file() const { return home.read(u"data/macros.json"_s); }
+
+        [[nodiscard]] Macro stored(const QString &id) const
+        {
+            return manager->macroWithId(id).value_or(Macro());
+        }
+
+        void clickTool(const QString &name) const
+        {
+            QTest::mouseClick(page().tool(name), Qt::LeftButton);
+        }
+
+        void import(const std::optional<QString> &path) const
+        {
+            panels.state->answer = path;
+            clickTool(u"macroImport"_s);
+        }
+
+        [[nodiscard]] bool showsDetail() const { return code()->isVisible(); }
+    };
+
+private Q_SLOTS:
+
+    void window_made_hasTitleSizesAndEmptySelection()
+    {
+        const World world;
+        QCOMPARE(world.window()->windowTitle(), u"マクロ管理"_s);
+        QCOMPARE(world.window()->size(), QSize(800, 600));
+        QCOMPARE(world.window()->minimumSize(), QSize(600, 400));
+        QVERIFY(!world.controller->view()->selectedMacroId());
+        QVERIFY(!world.showsDetail());
+        QVERIFY(world.page().labels().contains(u"マクロを選択してください"_s));
+        QCOMPARE(world.page().tool(u"macroAdd"_s)->text(), u"追加"_s);
+        QCOMPARE(world.page().tool(u"macroImport"_s)->text(), u"インポート…"_s);
+    }
+
+    void list_opened_showsNamesSwitchesAndBadges()
+    {
+        Macro off = namedMacro(u"B"_s, u"Beta"_s, 2);
+        off.isEnabled = false;
+        off.source = u"builtin"_s;
+        Macro foreign = namedMacro(u"C"_s, u"Gamma"_s, 3);
+        foreign.source = u"elsewhere"_s;
+        Macro own = namedMacro(u"D"_s, u"Delta"_s, 4);
+        own.source = u"user"_s;
+        const World world({namedMacro(u"A"_s, u"Alpha"_s, 1), off, foreign, own});
+        QCOMPARE(world.page().names(),
+                 (QStringList{u"Alpha"_s, u"Beta"_s, u"Gamma"_s, u"Delta"_s}));
+        QCOMPARE(world.page().badge(0), u"インポート"_s);
+        QCOMPARE(world.page().badge(1), u"組み込み"_s);
+        QCOMPARE(world.page().badge(2), QString());
+        QCOMPARE(world.page().badge(3), u"ユーザー"_s);
+        QCOMPARE(world.page().row(0).data(Qt::CheckStateRole).toInt(), int(Qt::Checked));
+        QCOMPARE(world.page().row(1).data(Qt::CheckStateRole).toInt(), int(Qt::Unchecked));
+    }
+
+    void badge_profileHasAnotherText_showsIt()
+    {
+        World world;
+        wording::setActiveValues(QHash<QString, QString>{{u"macro.sourceImported"_s, u"geholt"_s},
+                                                         {u"macro.manageWindowTitle"_s, u"T"_s},
+                                                         {u"macro.manage.name"_s, u"N"_s}});
+        world.center.post(UIWordingProfileDidChange);
+        QCOMPARE(world.window()->windowTitle(), u"T"_s);
+        QCOMPARE(world.page().badge(0), u"geholt"_s);
+        world.page().clickRow(0);
+        QVERIFY(world.page().labels().contains(u"N"_s));
+    }
+
+    void detail_selected_showsTheMacro()
+    {
+        const World world;
+        world.page().clickRow(1);
+        QCOMPARE(world.controller->view()->selectedMacroId(), u"B"_s);
+        QVERIFY(world.showsDetail());
+        QCOMPARE(world.field(u"macroName"_s)->text(), u"Beta"_s);
+        QCOMPARE(world.field(u"macroDescription"_s)->text(), u"説明 😀"_s);
+        QCOMPARE(world.field(u"macroCategory"_s)->text(), u"text"_s);
+        QCOMPARE(world.field(u"macroHelpURL"_s)->text(), u"https://example.com/help"_s);
+        QCOMPARE(world.code()->text(), sampleMacro().code);
+        for (const auto &label : {u"Beta"_s,
+                                  u"基本情報"_s,
+                                  u"マクロ名"_s,
+                                  u"説明"_s,
+                                  u"カテゴリ"_s,
+                                  u"ヘルプURL"_s,
+                                  u"JavaScript コード"_s})
+            QVERIFY2(world.page().labels().contains(label), qPrintable(label));
+        QPushButton *save = world.page().button(u"保存"_s);
+        int x = -1;
+        for (const auto &text :
+             {u"削除"_s, u"テスト実行"_s, u"エクスポート…"_s, u"複製"_s, u"保存"_s}) {
+            QPushButton *button = world.page().button(text);
+            QVERIFY2(button != nullptr, qPrintable(text));
+            QCOMPARE(button->y(), save->y());
+            QVERIFY(button->x() > x);
+            x = button->x();
+        }
+    }
+
+    void title_nameTyped_followsIt()
+    {
+        const World world;
+        world.page().clickRow(0);
+        world.fill(u"macroName"_s, u"Omega"_s);
+        QVERIFY(world.page().labels().contains(u"Omega"_s));
+        world.field(u"macroName"_s)->clear();
+        QVERIFY(world.page().labels().contains(u"新規マクロ"_s));
+    }
+
+    void edits_notSaved_leaveTheFileUntouched()
+    {
+        const World world;
+        const QByteArray before = world.file();
+        world.page().clickRow(0);
+        world.fill(u"macroName"_s, u"Omega"_s);
+        QTest::keyClicks(world.code()->textView(), u"let x;"_s);
+        QCOMPARE(world.file(), before);
+        QCOMPARE(world.page().names().constFirst(), u"Alpha"_s);
+    }
+
+    void save_pressed_storesTheDraft()
+    {
+        const World world;
+        world.page().clickRow(0);
+        world.fill(u"macroName"_s, u"Omega"_s);
+        world.fill(u"macroDescription"_s, u"d"_s);
+        world.fill(u"macroCategory"_s, u"c"_s);
+        world.fill(u"macroHelpURL"_s, u"h"_s);
+        QTest::keyClicks(world.code()->textView(), u"x"_s);
+        world.page().click(u"保存"_s);
+        Macro expected = namedMacro(u"A"_s, u"Omega"_s, 1);
+        expected.description = u"d"_s;
+        expected.category = u"c"_s;
+        expected.helpURL = u"h"_s;
+        expected.code = u"x"_s + sampleMacro().code;
+        expected.updatedAt = kNow;
+        QCOMPARE(world.stored(u"A"_s), expected);
+        QCOMPARE(MacroJson::read(world.file()).value().constFirst(), expected);
+        QCOMPARE(world.page().names().constFirst(), u"Omega"_s);
+        QCOMPARE(world.page().selectedName(), u"Omega"_s);
+        QVERIFY(!world.controller->view()->detailView()->hasUnsavedEdits());
+        // By its key, too.
+        world.fill(u"macroName"_s, u"Key"_s);
+        QTest::keySequence(world.field(u"macroName"_s), QKeySequence::Save);
+        QCOMPARE(world.stored(u"A"_s).name, u"Key"_s);
+    }
+
+    void add_pressed_makesAndSelectsANewMacro()
+    {
+        const World world;
+        world.clickTool(u"macroAdd"_s);
+        Macro expected;
+        expected.id = FakeIds::id(1);
+        expected.name = u"新規マクロ"_s;
+        expected.code = kTemplate;
+        expected.source = u"user"_s;
+        expected.version = u"1.0.0"_s;
+        expected.createdAt = kNow;
+        expected.updatedAt = kNow;
+        expected.sortOrder = 3;
+        expected.category = u"general"_s;
+        QCOMPARE(expected.code.toUtf8().size(), 29);
+        QCOMPARE(world.stored(expected.id), expected);
+        QCOMPARE(world.page().selectedName(), u"新規マクロ"_s);
+        QCOMPARE(world.code()->text(), kTemplate);
+    }
+
+    void duplicate_withUnsavedEdits_copiesWhatIsStored()
+    {
+        const World world;
+        world.page().clickRow(0);
+        world.fill(u"macroName"_s, u"Omega"_s);
+        world.page().click(u"複製"_s);
+        QCOMPARE(world.page().names(), (QStringList{u"Alpha"_s, u"Beta"_s, u"Alpha のコピー"_s}));
+        QCOMPARE(world.manager->macros().constLast().source, u"user"_s);
+        QCOMPARE(world.field(u"macroName"_s)->text(), u"Omega"_s); // Still being edited.
+    }
+
+    void switch_turned_savesOnlyThatAtOnce()
+    {
+        const World world;
+        world.page().clickRow(0);
+        world.fill(u"macroName"_s, u"Omega"_s);
+        world.page().clickSwitch(0);
+        Macro expected = namedMacro(u"A"_s, u"Alpha"_s, 1);
+        expected.isEnabled = false;
+        expected.updatedAt = kNow;
+        QCOMPARE(world.stored(u"A"_s), expected);
+        QCOMPARE(MacroJson::read(world.file()).value().constFirst(), expected);
+        QCOMPARE(world.field(u"macroName"_s)->text(), u"Omega"_s);
+        // What is saved later does not turn it back.
+        world.page().click(u"保存"_s);
+        QCOMPARE(world.stored(u"A"_s).name, u"Omega"_s);
+        QVERIFY(!world.stored(u"A"_s).isEnabled);
+    }
+
+    void switch_spaceKey_turnsIt()
+    {
+        const World world;
+        world.page().clickRow(1);
+        QTest::keyClick(world.page().list(), Qt::Key_Space);
+        QVERIFY(!world.stored(u"B"_s).isEnabled);
+        QTest::keyClick(world.page().list(), Qt::Key_Space);
+        QVERIFY(world.stored(u"B"_s).isEnabled);
+        QCOMPARE(world.page().selectedName(), u"Beta"_s);
+    }
+
+    void delete_confirmed_leavesNothingSelected()
+    {
+        const World world;
+        world.page().clickRow(0);
+        world.page().click(u"削除"_s);
+        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        QVERIFY(box != nullptr);
+        QCOMPARE(box->text(), u"マクロの削除"_s);
+        QCOMPARE(box->informativeText(),
+                 u"本当に削除してもよろしいですか？この操作は元に戻せません。"_s);
+        buttonNamed(box, u"削除"_s)->click();
+        QCOMPARE(world.page().names(), QStringList{u"Beta"_s});
+        QVERIFY(!world.controller->view()->selectedMacroId());
+        QVERIFY(!world.showsDetail());
+        QVERIFY(world.page().labels().contains(u"マクロを選択してください"_s));
+    }
+
+    void delete_cancelled_keepsIt()
+    {
+        const World world;
+        world.page().clickRow(0);
+        QTest::keyClick(world.page().list(), Qt::Key_Delete);
+        clickInModal(u"キャンセル"_s);
+        QCoreApplication::processEvents();
+        QCOMPARE(world.page().names().size(), 2);
+        QVERIFY(world.showsDetail());
+    }
+
+    void delete_elsewhere_emptiesTheDetails()
+    {
+        const World world;
+        world.page().clickRow(0);
+        world.manager->deleteMacro(u"A"_s);
+        QVERIFY(!world.showsDetail());
+    }
+
+    void testRun_unsavedEdits_runsTheDraft()
+    {
+        const World world;
+        const QByteArray before = world.file();
+        world.page().clickRow(0);
+        QTest::keyClicks(world.code()->textView(), u"x"_s);
+        world.page().click(u"テスト実行"_s);
+        QCOMPARE(world.testRuns.size(), 1);
+        QCOMPARE(world.testRuns.constFirst().id, u"A"_s);
+        QCOMPARE(world.testRuns.constFirst().code, u"x"_s + sampleMacro().code);
+        QCOMPARE(world.file(), before);
+    }
+
+    void otherRow_unsavedEdits_asks_data()
+    {
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<QString>("storedName");
+        QTest::addColumn<QString>("selected");
+        QTest::newRow("save") << u"保存"_s << u"Omega"_s << u"B"_s;
+        QTest::newRow("discard") << u"保存しない"_s << u"Alpha"_s << u"B"_s;
+        QTest::newRow("cancel") << u"キャンセル"_s << u"Alpha"_s << u"A"_s;
+    }
+
+    void otherRow_unsavedEdits_asks()
+    {
+        QFETCH(QString, answer);
+        QFETCH(QString, storedName);
+        QFETCH(QString, selected);
+        const World world;
+        world.page().clickRow(0);
+        world.fill(u"macroName"_s, u"Omega"_s);
+        QString question;
+        LaterAnswer later([&](QWidget *window) {
+            question = qobject_cast<QMessageBox *>(window)->text();
+            buttonNamed(window, answer)->click();
+            return true;
+        });
+        world.page().clickRow(1);
+        QTRY_VERIFY(later.hasAnswered());
+        QCOMPARE(question, u"「Omega」への変更を保存しますか？"_s);
+        QTRY_COMPARE(world.controller->view()->selectedMacroId(), selected);
+        QCOMPARE(world.page().selectedName(), selected == u"B"_s ? u"Beta"_s : storedName);
+        QCOMPARE(world.stored(u"A"_s).name, storedName);
+        if (selected == u"A"_s)
+            QCOMPARE(world.field(u"macroName"_s)->text(), u"Omega"_s);
+    }
+
+    void close_unsavedEdits_asks()
+    {
+        const World world;
+        world.page().clickRow(0);
+        world.fill(u"macroName"_s, u"Omega"_s);
+        clickInModal(u"キャンセル"_s);
+        world.window()->close();
+        QVERIFY(world.window()->isVisible());
+        clickInModal(u"保存しない"_s);
+        world.window()->close();
+        QVERIFY(!world.window()->isVisible());
+        world.controller->showWindow();
+        QCOMPARE(world.field(u"macroName"_s)->text(), u"Alpha"_s);
+    }
+
+    void export_draft_writesItWithItsHeader()
+    {
+        const World world;
+        world.page().clickRow(0);
+        world.fill(u"macroName"_s, u"Omega"_s);
+        world.panels.state->answer = world.home.file(u"out.json"_s);
+        world.page().click(u"エクスポート…"_s);
+        QCOMPARE(world.page().takeAlert(), u"エクスポートしました"_s);
+        QCOMPARE(world.panels.state->title, u"エクスポート…"_s);
+        QCOMPARE(world.panels.state->name, u"Omega"_s);
+        QCOMPARE(world.home.read(u"out.json"_s),
+                 MacroFile::write(namedMacro(u"A"_s, u"Omega"_s, 1)));
+        QCOMPARE(world.stored(u"A"_s).name, u"Alpha"_s);
+    }
+
+    void export_emptyName_suggestsMacro()
+    {
+        const World world({namedMacro(u"A"_s, QString())});
+        world.page().clickRow(0);
+        world.page().click(u"エクスポート…"_s);
+        QCOMPARE(world.panels.state->name, u"macro"_s);
+        QVERIFY(QApplication::activeModalWidget() == nullptr);
+    }
+
+    void export_fullDisk_saysSoAndLeavesTheOldFile()
+    {
+        const World world;
+        world.page().clickRow(0);
+        world.home.write(u"out.json"_s, "old");
+        world.panels.state->answer = world.home.file(u"out.json"_s);
+        {
+            const FileSizeLimit full(16);
+            world.page().click(u"エクスポート…"_s);
+        }
+        QCOMPARE(world.page().takeAlert(), u"エクスポートに失敗しました"_s);
+        QCOMPARE(world.home.read(u"out.json"_s), "old");
+    }
+
+    void import_exported_isSelectedAndSaysSo()
+    {
+        const World world;
+        const QString path =
+            world.home.write(u"in.json"_s, MacroFile::write(namedMacro(u"A"_s, u"Alpha"_s)));
+        world.import(path);
+        QCOMPARE(world.page().takeAlert(), u"マクロをインポートしました"_s);
+        QCOMPARE(world.panels.state->title, u"インポート…"_s);
+        QCOMPARE(world.page().selectedName(), u"Alpha のコピー"_s);
+        const Macro imported = world.manager->macros().constLast();
+        QCOMPARE(imported.id, FakeIds::id(1));
+        QCOMPARE(imported.source, u"imported"_s);
+        QCOMPARE(imported.sortOrder, 3);
+        QCOMPARE(imported.code, sampleMacro().code);
+        QCOMPARE(world.page().badge(2), u"インポート"_s);
+    }
+
+    void import_unreadable_saysWhyAndChangesNothing_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("message");
+        const QString invalid = u"プロファイルJSONの形式が正しくありません"_s;
+        QTest::newRow("list") << MacroJson::write({sampleMacro()}) << invalid;
+        QTest::newRow("no JSON") << QByteArray("return 1;") << invalid;
+        QTest::newRow("not UTF-8") << QByteArray("{\"\xFF\":1}") << invalid;
+        QTest::newRow("key missing")
+            << MacroFile::write(sampleMacro()).replace("helpURL\" :", "help\" :") << invalid;
+        QTest::newRow("gone") << QByteArray() << u"ファイルを開けませんでした"_s;
+    }
+
+    void import_unreadable_saysWhyAndChangesNothing()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, message);
+        const World world;
+        const QByteArray before = world.file();
+        world.page().clickRow(1);
+        if (!content.isNull())
+            world.home.write(u"in.json"_s, content);
+        world.import(world.home.file(u"in.json"_s));
+        QCOMPARE(world.page().takeAlert(), message);
+        QCOMPARE(world.file(), before);
+        QCOMPARE(world.page().selectedName(), u"Beta"_s);
+    }
+
+    void import_folderOrCancelled_changesNothing()
+    {
+        const World world;
+        world.import(world.home.file(u"data"_s));
+        QCOMPARE(world.page().takeAlert(), u"ファイルを開けませんでした"_s);
+        world.import(std::nullopt);
+        QVERIFY(QApplication::activeModalWidget() == nullptr);
+        QCOMPARE(world.page().names().size(), 2);
+    }
+
+    void tabKey_walksFromListThroughFieldsToSave()
+    {
+        const World world;
+        QVERIFY(QTest::qWaitForWindowActive(world.window()));
+        world.page().clickRow(0);
+        world.field(u"macroName"_s)->setFocus();
+        for (const auto &name : {u"macroDescription"_s, u"macroCategory"_s, u"macroHelpURL"_s}) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            QCOMPARE(QApplication::focusWidget()->objectName(), name);
+        }
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QCOMPARE(QApplication::focusWidget(), world.code()->textView());
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab, Qt::ControlModifier);
+        for (const auto &name : {u"macroDelete"_s,
+                                 u"macroTestRun"_s,
+                                 u"macroExport"_s,
+                                 u"macroDuplicate"_s,
+                                 u"macroSave"_s}) {
+            QCOMPARE(QApplication::focusWidget()->objectName(), name);
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+    }
+};
+
+QTEST_MAIN(MacroManagerWindowTest)
+#include "MacroManagerWindowTest.moc"
