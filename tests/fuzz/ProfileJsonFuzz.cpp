@@ -1,0 +1,14 @@
+#include "fuzz/Require.h"
+#include "wording/UIWordingProfile.h"
+
+using namespace penwick;
+
+// What is read once is written and read again as the same.
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size)
+{
+    const auto profile =
+        UIWordingProfile::fromJson(QByteArrayView(data, static_cast<qsizetype>(size)));
+    if (profile)
+        REQUIRE(UIWordingProfile::fromJson(profile->toJson()) == *profile);
+    return 0;
+}
