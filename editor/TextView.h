@@ -100,14 +100,16 @@ public:
     /// \param decoration not owned; told and asked until another is set, null for none.
     void setDecoration(TextDecoration *decoration);
 
-    /// Where a line of the text, which ends with a line feed, begins to be seen.
+    /// Where a line of the text, which ends with a line feed, can be seen. Logical pixels of the
+    /// viewport.
     struct VisibleLine
     {
         qint64 number = 0; ///< 0-based.
-        qreal top = 0;     ///< Of its first row, logical pixels of the viewport.
+        qreal top = 0;     ///< Of its first row; above the viewport when that one is out of sight.
+        qreal bottom = 0;  ///< Of its last row that was laid out.
     };
 
-    /// The lines whose first row can be seen, top to bottom.
+    /// The lines of which a row can be seen, top to bottom.
     [[nodiscard]] std::vector<VisibleLine> visibleLines() const;
 
     /// Height of each row, and from its top to its baseline, in logical pixels.

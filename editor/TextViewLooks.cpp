@@ -35,8 +35,14 @@ std::vector<TextView::VisibleLine> TextView::visibleLines() const
     m_viewport.forEachVisible([&](const SegmentLayout &layout, qreal y) {
         const qint64 start = layout.segment().start;
         const bool startsLine = start == 0 || string().at(start - 1) == u'\n';
-        if (startsLine && y + rowHeight() > 0 && y < viewport()->height())
-            lines.push_back({string().metricsBefore(start).lineFeeds, y});
+        const qreal bottom = y + layout.rowCount() * rowHeight();
+        if (bottom <= 0 || y >= viewport()->height())
+            return;
+        // What a line begins with that is not even laid out is out of sight.
+        if (startsLine || lines.empty())
+            lines.push_back(
+                {string().metricsBefore(start).lineFeeds, startsLine ? y : y - rowHeight(), 0});
+        lines.back().bottom = bottom;
     });
     return lines;
 }

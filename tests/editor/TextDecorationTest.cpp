@@ -119,7 +119,8 @@ private Q_SLOTS:
     void palette_isToldBeforeColorsAreAsked();
     void background_fillsItsRows();
     void noDecoration_restoresPlainText();
-    void visibleLines_areThoseWhoseFirstRowIsSeen();
+    void visibleLines_areThoseThatCanBeSeen();
+    void visibleLines_withStartOutOfSight_areSeen();
     void visibleLines_endWithLineFeedsOnly();
     void visibleTextDidChange_followsEditAndScrolling();
 };
@@ -278,7 +279,7 @@ void TextDecorationTest::noDecoration_restoresPlainText()
     QVERIFY(image.pixelColor(image.width() - 2, 10) != QColor(Qt::cyan));
 }
 
-void TextDecorationTest::visibleLines_areThoseWhoseFirstRowIsSeen()
+void TextDecorationTest::visibleLines_areThoseThatCanBeSeen()
 {
     Fixture f(QString(u"a\n"_s + u"word "_s.repeated(40) + u"\n\nb\n"_s.repeated(100)));
     const auto lines = f.view.visibleLines();
@@ -290,10 +291,26 @@ void TextDecorationTest::visibleLines_areThoseWhoseFirstRowIsSeen()
         QCOMPARE(lines[i].top, f.view.caretRectAt(start).top());
     }
     QVERIFY(f.view.caretRectAt(third).top() > lines[1].top + 1.5 * f.view.rowHeight());
+    for (std::size_t i = 1; i < lines.size(); ++i)
+        QCOMPARE(lines[i - 1].bottom, lines[i].top);
     f.view.scrollTo(f.view.string().size());
     const auto last = f.view.visibleLines().back();
     QCOMPARE(last.number, f.view.string().metrics().lineFeeds);
     QCOMPARE(last.top, f.view.caretRectAt(f.view.string().size()).top());
+}
+
+void TextDecorationTest::visibleLines_withStartOutOfSight_areSeen()
+{
+    // Lines higher than the view; the second of them is laid out in more than one piece.
+    for (const int words : {400, 3'000}) {
+        Fixture f(QString(u"a\n"_s + u"word "_s.repeated(words)));
+        f.view.scrollTo(f.view.string().size());
+        const auto lines = f.view.visibleLines();
+        QCOMPARE(lines.size(), std::size_t(1));
+        QCOMPARE(lines[0].number, 1);
+        QVERIFY(lines[0].top <= -f.view.rowHeight());
+        QCOMPARE(lines[0].bottom, f.view.caretRectAt(f.view.string().size()).bottom());
+    }
 }
 
 void TextDecorationTest::visibleLines_endWithLineFeedsOnly()
