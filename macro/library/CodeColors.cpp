@@ -10,6 +10,7 @@ namespace penwick {
 namespace {
 
 constexpr double kReadable = 4.5;
+constexpr double kDiscernible = 3;
 
 QColor mixed(const QColor &a, const QColor &b, double shareOfB)
 {
@@ -28,38 +29,28 @@ double luminance(const QColor &color)
            0.0722 * linear(color.blueF());
 }
 
-/// Brings colours as near to the text's as they need to be to be read on `backgrounds`.
-class Readable final
+/// A colour behind text, and how much text is to differ from it.
+struct Background
 {
-public:
-    Readable(QColor text, QList<QColor> backgrounds)
-        : m_text(std::move(text))
-        , m_backgrounds(std::move(backgrounds))
-    {
-    }
-
-    [[nodiscard]] QColor operator()(const QColor &wish) const
-    {
-        constexpr int kSteps = 20;
-        for (int step = 0; step < kSteps; ++step) {
-            const QColor color = mixed(wish, m_text, static_cast<double>(step) / kSteps);
-            if (isReadable(color))
-                return color;
-        }
-        return m_text;
-    }
-
-private:
-    [[nodiscard]] bool isReadable(const QColor &color) const
-    {
-        return std::all_of(m_backgrounds.begin(), m_backgrounds.end(), [&](const QColor &b) {
-            return contrastRatio(color, b) >= kReadable;
-        });
-    }
-
-    QColor m_text;
-    QList<QColor> m_backgrounds;
+    QColor color;
+    double contrast = kReadable;
 };
+
+/// Brings a colour as near to the text's as it needs to be to be read on all backgrounds.
+QColor readable(const QColor &wish, const QColor &text, const QList<Background> &backgrounds)
+{
+    constexpr int kSteps = 20;
+    for (int step = 0; step < kSteps; ++step) {
+        const QColor color = mixed(wish, text, static_cast<double>(step) / kSteps);
+        const bool isReadable =
+            std::all_of(backgrounds.begin(), backgrounds.end(), [&](const Background &b) {
+                return contrastRatio(color, b.color) >= b.contrast;
+            });
+        if (isReadable)
+            return color;
+    }
+    return text;
+}
 
 } // namespace
 
@@ -70,16 +61,16 @@ CodeColors::CodeColors(const QPalette &palette)
     const bool isDark = luminance(base) < luminance(text);
     const QColor red = isDark ? QColor(255, 100, 90) : QColor(200, 20, 30);
     errorLine = mixed(base, red, isDark ? 0.22 : 0.14);
-    const Readable readable(text, {base, errorLine, textMarkColor(palette)});
-    comment = readable(mixed(base, text, 0.5));
-    string = readable(isDark ? QColor(152, 206, 130) : QColor(20, 105, 45));
-    regularExpression = readable(isDark ? QColor(250, 176, 110) : QColor(160, 68, 0));
-    number = readable(isDark ? QColor(130, 190, 255) : QColor(0, 84, 180));
-    keyword = readable(isDark ? QColor(212, 150, 235) : QColor(135, 20, 150));
-    // Beside the text, where nothing is ever marked.
-    const Readable readableBeside(text, {base});
-    lineNumber = readableBeside(mixed(base, text, 0.4));
-    errorSign = readableBeside(red);
+    const QList<Background> backgrounds{
+        {base}, {errorLine}, {textMarkColor(palette), kDiscernible}};
+    const auto inText = [&](const QColor &wish) { return readable(wish, text, backgrounds); };
+    comment = inText(mixed(base, text, 0.5));
+    string = inText(isDark ? QColor(152, 206, 130) : QColor(20, 105, 45));
+    regularExpression = inText(isDark ? QColor(250, 176, 110) : QColor(160, 68, 0));
+    number = inText(isDark ? QColor(130, 190, 255) : QColor(0, 84, 180));
+    keyword = inText(isDark ? QColor(212, 150, 235) : QColor(135, 20, 150));
+    lineNumber = readable(mixed(base, text, 0.4), text, {{base}});
+    errorSign = readable(red, text, {{base}});
 }
 
 QColor CodeColors::colorOf(JavaScriptToken::Kind kind) const

@@ -7,9 +7,10 @@
 
 namespace penwick {
 
-/// The colours that code is shown in, made for one palette. Whatever carries meaning is readable on
-/// every background that code can have: plain, marked by the find bar, and in a line with an error.
-/// Where the palette's text colour itself is not, nothing else can be.
+/// The colours that code is shown in, made for one palette. They are readable (4.5, see below),
+/// also in a line with an error. On what the find bar marks they can be made out at least (3.0):
+/// marks pass, and colours that suit them as well would hardly differ from each other. Where the
+/// palette's text colour itself cannot be read, nothing else can be.
 struct CodeColors
 {
     explicit CodeColors(const QPalette &palette);
