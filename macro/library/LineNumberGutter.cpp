@@ -68,17 +68,18 @@ void LineNumberGutter::paintEvent(QPaintEvent *event)
     painter.fillRect(event->rect(), palette().color(QPalette::Base));
     const CodeColors colors(palette());
     const qint64 caretLine = m_view->string().metricsBefore(m_view->caretOffset()).lineFeeds;
-    const QRectF row(0, 0, width() - kPadding, m_view->rowHeight());
+    const QFontMetricsF metrics(font());
     for (const TextView::VisibleLine &line : m_view->visibleLines()) {
         if (line.number == m_errorLine) {
-            painter.fillRect(QRectF(0, line.top, width(), row.height()), colors.errorLine);
+            painter.fillRect(QRectF(0, line.top, width(), line.bottom - line.top),
+                             colors.errorLine);
             paintSign(painter, line.top, colors.errorSign);
         }
         const bool standsOut = line.number == caretLine || line.number == m_errorLine;
         painter.setPen(standsOut ? palette().color(QPalette::Text) : colors.lineNumber);
         const QString number = QString::number(line.number + 1);
-        const qreal advance = QFontMetricsF(font()).horizontalAdvance(number);
-        painter.drawText(QPointF(row.right() - advance, line.top + m_view->rowAscent()), number);
+        const qreal left = width() - kPadding - metrics.horizontalAdvance(number);
+        painter.drawText(QPointF(left, line.top + m_view->rowAscent()), number);
     }
 }
 

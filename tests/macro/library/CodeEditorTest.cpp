@@ -1,89 +1,15 @@
-#include "macro/library/CodeEditor.h"
-
-#include "editor/FindBar.h"
-#include "editor/TextView.h"
-#include "macro/library/LineNumberGutter.h"
+#include "macro/library/CodeForm.h"
 
 #include <QAccessible>
-#include <QImage>
 #include <QInputMethodEvent>
-#include <QLabel>
-#include <QLineEdit>
-#include <QScrollBar>
 #include <QShortcut>
 #include <QSignalSpy>
-#include <QTest>
-#include <QVBoxLayout>
-#include <QWheelEvent>
 
 using namespace penwick;
 using namespace Qt::StringLiterals;
+using Form = test::CodeForm;
 
 namespace {
-
-/// The editor as a field of a form in a shown window.
-struct Form
-{
-    explicit Form(const QString &code = {})
-    {
-        auto *layout = new QVBoxLayout(&window);
-        layout->addWidget(&before);
-        layout->addWidget(&label);
-        layout->addWidget(&editor, 1);
-        layout->addWidget(&after);
-        label.setBuddy(&editor);
-        window.resize(520, 420);
-        editor.setText(code);
-        window.show();
-        editor.setFocus();
-        const bool isActive = QTest::qWaitForWindowActive(&window);
-        Q_ASSERT(isActive);
-        Q_UNUSED(isActive)
-    }
-
-    TextView *view() { return editor.textView(); }
-
-    LineNumberGutter *gutter() { return editor.findChild<LineNumberGutter *>(); }
-
-    void caret(qint64 offset) { view()->setSelectedRange({offset, 0}); }
-
-    void key(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
-    {
-        QTest::keyClick(view(), key, modifiers);
-    }
-
-    void type(const QString &string)
-    {
-        for (const QChar unit : string) {
-            if (unit == u'\n')
-                key(Qt::Key_Return);
-            else
-                QTest::keyClick(view(), unit.toLatin1());
-        }
-    }
-
-    /// The text with `|` for the caret.
-    QString state() { return editor.text().insert(view()->caretOffset(), u'|'); }
-
-    QImage gutterPicture() { return gutter()->grab().toImage(); }
-
-    QWidget window;
-    QLineEdit before{&window};
-    QLabel label{u"&Code"_s, &window};
-    CodeEditor editor{&window};
-    QLineEdit after{&window};
-};
-
-/// Pixels that are not of the background, in the rows from `top` on.
-int inkAt(const QImage &image, qreal top, qreal height, const QColor &background)
-{
-    int count = 0;
-    for (int y = qRound(top); y < qRound(top + height) && y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x)
-            count += image.pixelColor(x, y) != background ? 1 : 0;
-    }
-    return count;
-}
 
 /// True when a pixel of the row at `offset` comes near to `color`.
 bool showsColor(Form &f, qint64 offset, const QColor &color)
@@ -144,11 +70,6 @@ private Q_SLOTS:
     void errorLine_beyondTheText_isTheLast();
     void errorLine_belowOne_isNone();
     void errorLine_byUndo_isGone();
-    void gutter_numbersLinesAndNotRows();
-    void gutter_growsWithTheDigits();
-    void gutter_followsScrolling();
-    void gutter_clicked_selectsTheLine();
-    void gutter_wheel_scrollsTheText();
     void frame_showsTheFocus();
 };
 
@@ -463,75 +384,6 @@ void CodeEditorTest::errorLine_byUndo_isGone()
     f.editor.markErrorLine(2);
     f.editor.setText(u"c"_s);
     QCOMPARE(f.editor.errorLine(), 0);
-}
-
-void CodeEditorTest::gutter_numbersLinesAndNotRows()
-{
-    Form f(QString(u"a\n"_s + u"word "_s.repeated(40) + u"\nb"_s));
-    const QImage image = f.gutterPicture();
-    const QColor base = f.gutter()->palette().color(QPalette::Base);
-    const qreal height = f.view()->rowHeight();
-    const auto lines = f.view()->visibleLines();
-    QCOMPARE(lines.size(), std::size_t(3));
-    for (const auto &line : lines)
-        QVERIFY(inkAt(image, line.top, height, base) > 5);
-    QVERIFY(lines[2].top >= lines[1].top + 2 * height);
-    for (qreal top = lines[1].top + height; top + height <= lines[2].top; top += height)
-        QCOMPARE(inkAt(image, top, height, base), 0);
-    // The gutter is level with the text.
-    QCOMPARE(f.gutter()->mapToGlobal(QPoint(0, 0)).y(),
-             f.view()->viewport()->mapToGlobal(QPoint(0, 0)).y());
-}
-
-void CodeEditorTest::gutter_growsWithTheDigits()
-{
-    Form f(u"\n"_s.repeated(98));
-    const int width = f.gutter()->width();
-    f.type(u"\n"_s); // The hundredth line.
-    QTRY_VERIFY(f.gutter()->width() > width);
-    f.editor.undo();
-    QTRY_COMPARE(f.gutter()->width(), width);
-    f.editor.setText({});
-    QCoreApplication::processEvents();
-    QCOMPARE(f.gutter()->width(), width); // Two digits always fit.
-}
-
-void CodeEditorTest::gutter_followsScrolling()
-{
-    Form f(u"\n"_s.repeated(300));
-    const QImage top = f.gutterPicture();
-    f.view()->verticalScrollBar()->setValue(f.view()->verticalScrollBar()->maximum() / 2);
-    const QImage middle = f.gutterPicture();
-    QVERIFY(middle != top);
-    f.view()->verticalScrollBar()->setValue(0);
-    QCOMPARE(f.gutterPicture(), top);
-}
-
-void CodeEditorTest::gutter_clicked_selectsTheLine()
-{
-    Form f(u"one\ntwo\nthree"_s);
-    f.before.setFocus();
-    const auto lines = f.view()->visibleLines();
-    QTest::mouseClick(f.gutter(), Qt::LeftButton, {}, QPoint(5, qRound(lines[1].top) + 4));
-    QCOMPARE(f.view()->selectedRange(), (TextRange{4, 4}));
-    QVERIFY(f.view()->hasFocus());
-    QTest::mouseClick(f.gutter(), Qt::LeftButton, {}, QPoint(5, qRound(lines[2].top) + 4));
-    QCOMPARE(f.view()->selectedRange(), (TextRange{8, 5}));
-}
-
-void CodeEditorTest::gutter_wheel_scrollsTheText()
-{
-    Form f(u"\n"_s.repeated(300));
-    QWheelEvent event({5, 5},
-                      f.gutter()->mapToGlobal(QPointF(5, 5)),
-                      {},
-                      {0, -240},
-                      Qt::NoButton,
-                      Qt::NoModifier,
-                      Qt::NoScrollPhase,
-                      false);
-    QCoreApplication::sendEvent(f.gutter(), &event);
-    QVERIFY(f.view()->verticalScrollBar()->value() > 0);
 }
 
 void CodeEditorTest::frame_showsTheFocus()
