@@ -2,7 +2,6 @@
 
 #include "controls/ProminentButton.h"
 #include "controls/SymbolIcon.h"
-#include "controls/VerbatimText.h"
 
 #include <QFrame>
 #include <QLabel>
@@ -17,8 +16,6 @@ constexpr int kPaneMargin = 20;
 constexpr int kPaneSpacing = 8;
 constexpr int kGroupMargin = 12;
 constexpr int kRowSpacing = 10;
-constexpr int kButtonSpacing = 8;
-constexpr int kButtonRowMargin = 12;
 
 QLabel *makePlainLabel()
 {
@@ -114,25 +111,6 @@ QPushButton *makeProminentButton(const QString &name)
     button->setObjectName(name);
     button->setAutoDefault(true);
     return button;
-}
-
-void setButtonText(QPushButton *button, const QString &text)
-{
-    button->setText(verbatimText(text));
-    button->setAccessibleName(text);
-}
-
-QHBoxLayout *makeButtonRow(const QList<QPushButton *> &buttons)
-{
-    auto *row = new QHBoxLayout;
-    row->setContentsMargins(kPaneMargin, kButtonRowMargin, kPaneMargin, kButtonRowMargin);
-    row->setSpacing(kButtonSpacing);
-    for (QPushButton *button : buttons) {
-        if (button == buttons.constLast())
-            row->addStretch();
-        row->addWidget(button);
-    }
-    return row;
 }
 
 } // namespace penwick

@@ -1,10 +1,8 @@
 #pragma once
 
-#include <QList>
 #include <QString>
 
 class QFrame;
-class QHBoxLayout;
 class QLabel;
 class QLayout;
 class QPushButton;
@@ -34,9 +32,5 @@ namespace penwick {
 /// \param name of the object. \param symbol as `symbolIcon` takes it.
 [[nodiscard]] QPushButton *makeActionButton(const QString &name, const QString &symbol);
 [[nodiscard]] QPushButton *makeProminentButton(const QString &name);
-/// Shows the text as it is.
-void setButtonText(QPushButton *button, const QString &text);
-/// The buttons in one row, the last one apart from the others at the far end.
-[[nodiscard]] QHBoxLayout *makeButtonRow(const QList<QPushButton *> &buttons);
 
 } // namespace penwick

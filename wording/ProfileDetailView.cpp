@@ -1,5 +1,6 @@
 #include "wording/ProfileDetailView.h"
 
+#include "controls/ButtonRow.h"
 #include "controls/DetailPane.h"
 #include "wording/WordingLookup.h"
 
@@ -44,6 +45,7 @@ ProfileDetailView::ProfileDetailView(QWidget *parent)
     , m_export(makeActionButton(u"profileExport"_s, u"square.and.arrow.up"_s))
     , m_duplicate(makeActionButton(u"profileDuplicate"_s, u"doc.on.doc"_s))
     , m_apply(makeProminentButton(u"profileApply"_s))
+    , m_buttons(new ButtonRow({m_delete, m_export, m_duplicate, m_apply}))
 {
     makeRows();
     auto *content = new QWidget;
@@ -57,7 +59,7 @@ ProfileDetailView::ProfileDetailView(QWidget *parent)
     all->setSpacing(0);
     all->addWidget(makeScrollArea(content));
     all->addWidget(makeDivider());
-    all->addLayout(makeButtonRow({m_delete, m_export, m_duplicate, m_apply}));
+    all->addWidget(m_buttons);
     connect(m_delete, &QPushButton::clicked, this, &ProfileDetailView::onDelete);
     connect(m_export, &QPushButton::clicked, this, &ProfileDetailView::onExport);
     connect(m_duplicate, &QPushButton::clicked, this, &ProfileDetailView::onDuplicate);
@@ -109,16 +111,17 @@ void ProfileDetailView::showProfile()
     };
     showRow(CreatedAt, !m_profile.createdAt.isEmpty());
     showRow(UpdatedAt, !m_profile.updatedAt.isEmpty());
-    m_delete->setVisible(!m_profile.isBuiltIn);
+    m_buttons->setShown(m_delete, !m_profile.isBuiltIn);
 }
 
 void ProfileDetailView::relabel()
 {
     m_section->setText(wording::text(u"profile.manage.basicInfo"_s));
-    setButtonText(m_delete, wording::text(u"common.delete"_s));
-    setButtonText(m_export, wording::text(u"common.export"_s));
-    setButtonText(m_duplicate, wording::text(u"common.duplicate"_s));
-    setButtonText(m_apply, wording::text(u"profile.manage.apply"_s, u"このプロファイルを適用"_s));
+    m_buttons->setText(m_delete, wording::text(u"common.delete"_s));
+    m_buttons->setText(m_export, wording::text(u"common.export"_s));
+    m_buttons->setText(m_duplicate, wording::text(u"common.duplicate"_s));
+    m_buttons->setText(m_apply,
+                       wording::text(u"profile.manage.apply"_s, u"このプロファイルを適用"_s));
     showProfile();
 }
 

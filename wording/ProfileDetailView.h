@@ -10,6 +10,8 @@ class QPushButton;
 
 namespace penwick {
 
+class ButtonRow;
+
 /// What is known about one profile, and the buttons for what can be done with it.
 class ProfileDetailView final : public QWidget
 {
@@ -42,6 +44,7 @@ private:
     QPushButton *m_export;
     QPushButton *m_duplicate;
     QPushButton *m_apply;
+    ButtonRow *m_buttons;
 };
 
 } // namespace penwick

@@ -1,6 +1,7 @@
 #include "macro/library/MacroDetailView.h"
 
 #include "controls/Alerts.h"
+#include "controls/ButtonRow.h"
 #include "controls/DetailPane.h"
 #include "macro/library/CodeEditor.h"
 #include "macro/library/MacroFile.h"
@@ -34,6 +35,7 @@ MacroDetailView::MacroDetailView(FilePanels panels, QWidget *parent)
     , m_export(makeActionButton(u"macroExport"_s, u"square.and.arrow.up"_s))
     , m_duplicate(makeActionButton(u"macroDuplicate"_s, u"doc.on.doc"_s))
     , m_save(makeProminentButton(u"macroSave"_s))
+    , m_buttons(new ButtonRow({m_delete, m_testRun, m_export, m_duplicate, m_save}))
 {
     auto *heading = new QHBoxLayout;
     heading->addWidget(m_title, 1);
@@ -53,7 +55,7 @@ MacroDetailView::MacroDetailView(FilePanels panels, QWidget *parent)
     all->setSpacing(0);
     all->addWidget(content, 1);
     all->addWidget(makeDivider());
-    all->addLayout(makeButtonRow({m_delete, m_testRun, m_export, m_duplicate, m_save}));
+    all->addWidget(m_buttons);
     makeButtons();
     relabel();
 }
@@ -138,11 +140,11 @@ void MacroDetailView::relabel()
     m_labels[Category]->setText(wording::text(u"macro.manage.category"_s));
     m_labels[HelpUrl]->setText(wording::text(u"macro.manage.helpURL"_s));
     m_codeLabel->setText(wording::text(u"macro.manage.code"_s));
-    setButtonText(m_delete, wording::text(u"common.delete"_s));
-    setButtonText(m_testRun, wording::text(u"macro.manage.testRun"_s));
-    setButtonText(m_export, wording::text(u"macro.export"_s));
-    setButtonText(m_duplicate, wording::text(u"common.duplicate"_s));
-    setButtonText(m_save, wording::text(u"common.save"_s));
+    m_buttons->setText(m_delete, wording::text(u"common.delete"_s));
+    m_buttons->setText(m_testRun, wording::text(u"macro.manage.testRun"_s));
+    m_buttons->setText(m_export, wording::text(u"macro.export"_s));
+    m_buttons->setText(m_duplicate, wording::text(u"common.duplicate"_s));
+    m_buttons->setText(m_save, wording::text(u"common.save"_s));
     for (std::size_t i = 0; i < FieldCount; ++i)
         m_fields[i]->setAccessibleName(m_labels[i]->text());
     showTitle();

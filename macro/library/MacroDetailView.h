@@ -14,6 +14,7 @@ class QPushButton;
 
 namespace penwick {
 
+class ButtonRow;
 class CodeEditor;
 class MacroSourceBadge;
 
@@ -68,6 +69,7 @@ private:
     QPushButton *m_export;
     QPushButton *m_duplicate;
     QPushButton *m_save;
+    ButtonRow *m_buttons;
 };
 
 } // namespace penwick

@@ -193,6 +193,29 @@ private Q_SLOTS:
         }
     }
 
+    void detail_smallestWindow_keepsButtonsApart()
+    {
+        const World world({userProfile(u"A"_s, u"Mine"_s)});
+        world.page().clickRow(2);
+        world.window()->resize(world.window()->minimumSize());
+        QCOMPARE(world.window()->width(), 650);
+        QCoreApplication::processEvents(); // Lays the window out.
+        const QPushButton *before = nullptr;
+        for (const auto &name :
+             {u"profileDelete"_s, u"profileExport"_s, u"profileDuplicate"_s, u"profileApply"_s}) {
+            const auto *button = world.window()->findChild<QPushButton *>(name);
+            QVERIFY(button->width() >=
+                    (button->text().isEmpty() ? 32 : button->sizeHint().width()));
+            QVERIFY(!button->accessibleName().isEmpty());
+            QVERIFY(button->text() == button->accessibleName() ||
+                    button->toolTip() == button->accessibleName());
+            QVERIFY(before == nullptr || before->geometry().right() < button->geometry().left());
+            before = button;
+        }
+        world.window()->resize(900, 650);
+        QTRY_VERIFY(world.page().button(u"エクスポート"_s) != nullptr);
+    }
+
     void detail_builtIn_showsNeitherTimesNorDelete()
     {
         const World world;

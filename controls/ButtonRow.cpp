@@ -1,0 +1,99 @@
+#include "controls/ButtonRow.h"
+
+#include "controls/VerbatimText.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QPushButton>
+
+namespace penwick {
+
+namespace {
+
+constexpr int kSpacing = 8;
+constexpr int kSideMargin = 20;
+constexpr int kMargin = 12;
+constexpr int kSymbolWidth = 36;
+
+} // namespace
+
+ButtonRow::ButtonRow(const QList<QPushButton *> &buttons, QWidget *parent)
+    : QWidget(parent)
+    , m_buttons(buttons)
+{
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(kSideMargin, kMargin, kSideMargin, kMargin);
+    row->setSpacing(kSpacing);
+    for (QPushButton *button : m_buttons) {
+        if (button == m_buttons.constLast())
+            row->addStretch();
+        row->addWidget(button);
+    }
+}
+
+void ButtonRow::setText(QPushButton *button, const QString &text)
+{
+    m_texts.insert(button, text);
+    button->setAccessibleName(text);
+    setCompact(m_isCompact);
+    fit();
+}
+
+void ButtonRow::setShown(QPushButton *button, bool isShown)
+{
+    button->setVisible(isShown);
+    fit();
+}
+
+void ButtonRow::setCompact(bool isCompact)
+{
+    m_isCompact = isCompact;
+    for (QPushButton *button : std::as_const(m_buttons)) {
+        const bool hasText = !isCompact || button == m_buttons.constLast();
+        const QString text = m_texts.value(button);
+        button->setText(hasText ? verbatimText(text) : QString());
+        button->setToolTip(hasText ? QString() : text.toHtmlEscaped());
+        button->setMinimumWidth(hasText ? 0 : kSymbolWidth);
+        button->setMaximumWidth(hasText ? QWIDGETSIZE_MAX : kSymbolWidth);
+    }
+}
+
+/// What the row would take if every button showed its text.
+int ButtonRow::widthWithTexts() const
+{
+    int width = 2 * kSideMargin;
+    for (const QPushButton *button : m_buttons) {
+        if (!button->isHidden())
+            width += button->sizeHint().width() + kSpacing;
+    }
+    return width;
+}
+
+void ButtonRow::fit()
+{
+    // Their own hints tell, and those follow what they show.
+    if (m_isCompact)
+        setCompact(false);
+    if (widthWithTexts() > width())
+        setCompact(true);
+}
+
+QSize ButtonRow::minimumSizeHint() const
+{
+    return {0, QWidget::minimumSizeHint().height()};
+}
+
+void ButtonRow::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    fit();
+}
+
+void ButtonRow::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        fit();
+}
+
+} // namespace penwick

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QHash>
+#include <QList>
+#include <QString>
+#include <QWidget>
+
+class QPushButton;
+
+namespace penwick {
+
+/// The buttons below a pane's details in one row, the last one apart from the others at the far
+/// end. Where the row is too narrow the others show their symbols alone, and their texts as tool
+/// tips.
+class ButtonRow final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// \param buttons taken over.
+    explicit ButtonRow(const QList<QPushButton *> &buttons, QWidget *parent = nullptr);
+
+    /// Shows the text as it is.
+    void setText(QPushButton *button, const QString &text);
+
+    void setShown(QPushButton *button, bool isShown);
+
+    [[nodiscard]] QSize minimumSizeHint() const override;
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    void fit();
+    void setCompact(bool isCompact);
+    [[nodiscard]] int widthWithTexts() const;
+
+    QList<QPushButton *> m_buttons;
+    QHash<QPushButton *, QString> m_texts;
+    bool m_isCompact = false;
+};
+
+} // namespace penwick
