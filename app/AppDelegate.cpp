@@ -75,6 +75,13 @@ void AppDelegate::applicationDidFinishLaunching(const QStringList &files)
     NotificationCenter::defaultCenter().addObserver(
         UIWordingProfileDidChange, this, [this] { handleProfileDidChange(); });
     connect(qApp, &QGuiApplication::commitDataRequest, this, &AppDelegate::commitSession);
+    // Whoever comes back to penwick may have edited its files elsewhere.
+    connect(qApp, &QGuiApplication::applicationStateChanged, this, [](Qt::ApplicationState state) {
+        if (state == Qt::ApplicationActive) {
+            MacroManager::shared().takeInChangesFromElsewhere();
+            UIWordingProfileManager::shared().takeInChangesFromElsewhere();
+        }
+    });
     for (const QString &file : files) {
         m_documents.openFileOrNew(file);
     }

@@ -180,6 +180,7 @@ QString ProfileManagerView::importFile(const QString &path)
     if (!profile)
         return wording::text(u"error.invalidProfileJson"_s);
     UIWordingProfileManager &manager = m_services.profileManager;
+    manager.takeInChangesFromElsewhere(); // An id may be taken by now.
     const UIWordingProfile imported =
         importedProfile(*std::move(profile), manager.profiles(), m_services.clock, m_services.ids);
     if (!manager.saveProfile(imported))

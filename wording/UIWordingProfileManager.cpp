@@ -100,8 +100,36 @@ void UIWordingProfileManager::ensureProfileDirectory()
                   created.error().description());
 }
 
+QMap<QString, FileVersion> UIWordingProfileManager::fileVersions() const
+{
+    QMap<QString, FileVersion> versions;
+    for (const QString &name : folderEntries(m_profileFolder).value_or(QStringList())) {
+        const auto version =
+            isProfileFile(name) ? FileVersion::of(m_profileFolder + u'/' + name) : std::nullopt;
+        if (version)
+            versions.insert(name, *version);
+    }
+    return versions;
+}
+
+void UIWordingProfileManager::takeInChangesFromElsewhere()
+{
+    if (fileVersions() == m_fileVersions)
+        return;
+    const QString activeId = m_activeProfileId.value_or(kBuiltInProfileId);
+    const auto before = profileWithId(activeId);
+    loadProfiles();
+    const auto now = profileWithId(activeId);
+    if (!now)
+        restoreActiveProfile();
+    else if (now != before)
+        applyProfile(*now);
+}
+
 void UIWordingProfileManager::loadProfiles()
 {
+    // Taken first: a change during the read then counts as one after it.
+    m_fileVersions = fileVersions();
     QList<UIWordingProfile> profiles{builtInJapaneseProfile(), builtInEnglishProfile()};
     const auto entries = folderEntries(m_profileFolder);
     if (!entries)
@@ -173,6 +201,7 @@ tl::expected<void, FileError> UIWordingProfileManager::saveProfile(const UIWordi
         return tl::unexpected(FileError{FileError::Kind::InvalidPath, 0});
     if (auto written = replaceFile(filePath(profile.id), profile.toJson()); !written)
         return written;
+    m_fileVersions = fileVersions();
     // Copied, for the profile handed in may lie in the list that is about to change.
     const auto active = m_activeProfileId == profile.id ? std::optional(profile) : std::nullopt;
     QList<UIWordingProfile> profiles = m_profiles;
@@ -199,6 +228,7 @@ tl::expected<void, FileError> UIWordingProfileManager::deleteProfile(const QStri
             removed.error().kind != FileError::Kind::InvalidPath)
             return removed;
     }
+    m_fileVersions = fileVersions();
     // Asked now, for the id handed in may lie in the list that is about to change.
     const bool wasActive = m_activeProfileId == id;
     QList<UIWordingProfile> profiles = m_profiles;

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "platform/AtomicFile.h"
+#include "platform/FileVersion.h"
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
 #include "wording/UIWordingProfile.h"
 
 #include <QList>
+#include <QMap>
 #include <QObject>
 #include <QString>
 #include <QUrl>
@@ -61,6 +63,10 @@ public:
     void ensureProfileDirectory();
     /// Reads the list anew: the built-in profiles and every readable file of the folder.
     void loadProfiles();
+    /// As `loadProfiles`, if the folder's files are not those that were last read or written here:
+    /// then another program has changed them. Applies the active profile again if its values have
+    /// changed, and the built-in Japanese one if it is gone.
+    void takeInChangesFromElsewhere();
     /// Puts the list in the order that `profiles` promises. A profile that claims to be built in
     /// but has another id is dropped.
     void sortProfiles();
@@ -87,11 +93,13 @@ Q_SIGNALS:
 
 private:
     [[nodiscard]] QString filePath(const QString &id) const;
+    [[nodiscard]] QMap<QString, FileVersion> fileVersions() const;
     void setProfiles(QList<UIWordingProfile> profiles);
 
     const QString m_profileFolder;
     UserDefaults &m_defaults;
     NotificationCenter &m_center;
+    QMap<QString, FileVersion> m_fileVersions; // By name, last read or written here.
     QList<UIWordingProfile> m_profiles;
     std::optional<QString> m_activeProfileId;
 };

@@ -96,6 +96,8 @@ void MacroManager::loadMacros()
     const auto logFailure = [](const QString &description) {
         printLine(u"Failed to load macros.json: "_s + description);
     };
+    // Taken first: a change during the read then counts as one after it.
+    m_fileVersion = FileVersion::of(macrosFilePath());
     const auto content = readFile(macrosFilePath());
     if (!content) {
         if (content.error().kind != FileError::Kind::NotFound)
@@ -118,6 +120,15 @@ void MacroManager::saveMacros()
     const auto saved = replaceFile(macrosFilePath(), MacroJson::write(m_macros));
     if (!saved)
         printLine(u"Failed to save macros.json: "_s + saved.error().description());
+    m_fileVersion = FileVersion::of(macrosFilePath());
+}
+
+void MacroManager::takeInChangesFromElsewhere()
+{
+    // One that was removed is made anew by the next save; the list is all that is left of it.
+    const auto version = FileVersion::of(macrosFilePath());
+    if (version && version != m_fileVersion)
+        loadMacros();
 }
 
 std::optional<Macro> MacroManager::macroWithId(const QString &id) const
@@ -128,11 +139,13 @@ std::optional<Macro> MacroManager::macroWithId(const QString &id) const
 
 void MacroManager::addMacro(Macro macro)
 {
+    takeInChangesFromElsewhere();
     appendAndSave(std::move(macro));
 }
 
 void MacroManager::updateMacro(Macro macro)
 {
+    takeInChangesFromElsewhere();
     QList<Macro> macros = m_macros;
     const auto place = std::find_if(macros.begin(), macros.end(), hasId(macro.id));
     if (place == macros.end())
@@ -145,14 +158,17 @@ void MacroManager::updateMacro(Macro macro)
 
 void MacroManager::deleteMacro(const QString &id)
 {
+    const auto isMeant = hasId(id); // With a copy, for the id may lie in the list.
+    takeInChangesFromElsewhere();
     QList<Macro> macros = m_macros;
-    macros.removeIf(hasId(id));
+    macros.removeIf(isMeant);
     setMacros(std::move(macros));
     saveMacros();
 }
 
 void MacroManager::duplicateMacro(Macro macro)
 {
+    takeInChangesFromElsewhere();
     macro.id = m_ids();
     macro.name += kCopySuffix;
     macro.source = u"user"_s;
@@ -164,6 +180,7 @@ tl::expected<QString, JsonRecordError> MacroManager::importMacro(QByteArrayView 
     auto macro = MacroFile::read(data);
     if (!macro)
         return tl::unexpected(macro.error());
+    takeInChangesFromElsewhere();
     const auto isTaken = [this, &macro](auto field) {
         return std::any_of(m_macros.cbegin(), m_macros.cend(), [&](const Macro &other) {
             return other.*field == (*macro).*field;

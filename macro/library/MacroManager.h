@@ -1,6 +1,7 @@
 #pragma once
 
 #include "macro/library/Macro.h"
+#include "platform/FileVersion.h"
 #include "platform/JsonRecord.h"
 #include "platform/Timestamp.h"
 #include "platform/UserDefaults.h"
@@ -50,6 +51,10 @@ public:
     void loadMacros();
     /// Writes the whole list to the file. A failure is logged.
     void saveMacros();
+    /// As `loadMacros`, if the file is not the one that was last read or written here: then another
+    /// program has changed it. Every operation that changes the list does this first, so that it
+    /// changes what is there and not what was.
+    void takeInChangesFromElsewhere();
 
     /// The first macro with exactly this id.
     [[nodiscard]] std::optional<Macro> macroWithId(const QString &id) const;
@@ -90,6 +95,7 @@ private:
     const Clock m_clock;
     const IdSource m_ids;
     QList<Macro> m_macros;
+    std::optional<FileVersion> m_fileVersion; // Last read or written here.
 };
 
 } // namespace penwick

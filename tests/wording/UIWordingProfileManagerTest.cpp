@@ -354,6 +354,36 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(world.home.file(u"data/penwick/macros.json"_s)));
     }
 
+    void changesFromElsewhere_takenIn_areListedAndApplied()
+    {
+        World world;
+        world.writeFile(userProfile(u"a"_s));
+        const auto manager = world.start();
+        manager->applyProfile(userProfile(u"a"_s));
+        const int posts = world.posts;
+        QSignalSpy spy(manager.get(), &UIWordingProfileManager::profilesChanged);
+        manager->takeInChangesFromElsewhere();
+        QCOMPARE(spy.count(), 0);
+        UIWordingProfile changed = userProfile(u"a"_s);
+        changed.values = {{u"menu.file"_s, u"changed"_s}};
+        world.writeFile(changed);
+        world.writeFile(userProfile(u"b"_s));
+        manager->takeInChangesFromElsewhere();
+        QCOMPARE(ids(*manager), withBuiltIns({u"a"_s, u"b"_s}));
+        QCOMPARE(wording::text(u"menu.file"_s), u"changed"_s);
+        QCOMPARE(world.posts, posts + 1);
+        QVERIFY(QFile::remove(world.folder() + u"/a.json"_s));
+        manager->takeInChangesFromElsewhere();
+        QCOMPARE(ids(*manager), withBuiltIns({u"b"_s}));
+        QCOMPARE(manager->activeProfileId(), kBuiltInProfileId);
+        // What the manager writes itself is no such change.
+        QVERIFY(manager->saveProfile(userProfile(u"c"_s)).has_value());
+        QVERIFY(manager->deleteProfile(u"b"_s).has_value());
+        spy.clear();
+        manager->takeInChangesFromElsewhere();
+        QCOMPARE(spy.count(), 0);
+    }
+
     void delete_userProfile_removesFileAndEntries()
     {
         World world;

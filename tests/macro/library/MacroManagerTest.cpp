@@ -325,6 +325,53 @@ private Q_SLOTS:
         QCOMPARE(world.file(), "[]"_ba);
     }
 
+    void changes_fileChangedElsewhere_areMadeToWhatIsThere()
+    {
+        World world;
+        const auto manager = world.start();
+        manager->addMacro(sampleMacro(u"A"_s));
+        const auto writeElsewhere = [&](const QString &id) {
+            QList<Macro> macros = MacroJson::read(world.file()).value();
+            macros.append(sampleMacro(id, 90));
+            world.writeFile(macros);
+        };
+        writeElsewhere(u"B"_s);
+        manager->addMacro(sampleMacro(u"C"_s));
+        writeElsewhere(u"D"_s);
+        manager->updateMacro(sampleMacro(u"A"_s));
+        writeElsewhere(u"E"_s);
+        manager->deleteMacro(manager->macros().constFirst().id);
+        writeElsewhere(u"F"_s);
+        manager->duplicateMacro(sampleMacro(u"C"_s));
+        writeElsewhere(u"G"_s);
+        QVERIFY(manager->importMacro(MacroFile::write(sampleMacro(u"H"_s))).has_value());
+        for (const auto &id : {u"B"_s, u"C"_s, u"D"_s, u"E"_s, u"F"_s, u"G"_s, u"H"_s})
+            QVERIFY2(ids(*manager).contains(id), qPrintable(id));
+        QVERIFY(!ids(*manager).contains(u"A"_s));
+        QCOMPARE(MacroJson::read(world.file()), manager->macros());
+    }
+
+    void changesFromElsewhere_unreadableOrRemoved_keepTheList()
+    {
+        World world;
+        const auto manager = world.start();
+        manager->addMacro(sampleMacro(u"A"_s));
+        const QList<Macro> macros = manager->macros();
+        {
+            CapturedOutput output;
+            world.writeFile(QByteArray("half"));
+            manager->takeInChangesFromElsewhere();
+            manager->takeInChangesFromElsewhere();
+            QCOMPARE(output.take().count("Failed to load macros.json: "), 1);
+        }
+        QCOMPARE(manager->macros(), macros);
+        QVERIFY(QFile::remove(world.folder() + u"/macros.json"_s));
+        manager->takeInChangesFromElsewhere();
+        QCOMPARE(manager->macros(), macros);
+        manager->duplicateMacro(sampleMacro(u"A"_s));
+        QCOMPARE(MacroJson::read(world.file()), manager->macros());
+    }
+
     void importMacro_exportedOne_isAppendedAsANewOne()
     {
         World world;

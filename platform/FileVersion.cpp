@@ -1,0 +1,31 @@
+#include "platform/FileVersion.h"
+
+#include "platform/FileSystem.h"
+
+#include <sys/stat.h>
+
+namespace penwick {
+
+std::optional<FileVersion> FileVersion::of(const QString &path)
+{
+    const auto name = systemPath(path);
+
+    struct ::stat status
+    {
+    };
+
+    if (!name || ::stat(name->constData(), &status) != 0)
+        return std::nullopt;
+    constexpr qint64 kNanosecondsPerSecond = 1'000'000'000;
+#ifdef __APPLE__
+    const ::timespec modified = status.st_mtimespec;
+#else
+    const ::timespec modified = status.st_mtim;
+#endif
+    return FileVersion{status.st_dev,
+                       status.st_ino,
+                       status.st_size,
+                       modified.tv_sec * kNanosecondsPerSecond + modified.tv_nsec};
+}
+
+} // namespace penwick

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QString>
+#include <QtGlobal>
+
+#include <optional>
+
+namespace penwick {
+
+/// Tells one state of a file from another without reading it. Replacing a file, as `replaceFile`
+/// does, always makes another one; writing into it does as far as the file system's clock goes.
+struct FileVersion
+{
+    quint64 device = 0;
+    quint64 inode = 0;
+    qint64 size = 0;                ///< Bytes.
+    qint64 modifiedNanoseconds = 0; ///< Since the epoch.
+
+    /// Of the file that `path` leads to; nothing where there is none.
+    [[nodiscard]] static std::optional<FileVersion> of(const QString &path);
+
+    bool operator==(const FileVersion &) const = default;
+};
+
+} // namespace penwick
