@@ -46,6 +46,7 @@ penwick_test_packages=(
     fcitx5-anthy
     fcitx5-mozc
     libclang-rt-dev
+    python3-jsonschema
     unicode-data
 )
 
