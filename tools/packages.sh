@@ -50,6 +50,13 @@ penwick_test_packages=(
     unicode-data
 )
 
+# Installed where there is no npm only: an npm from elsewhere, which comes with its own Node.js, does not
+# go with these.
+penwick_npm_packages=(
+    nodejs
+    npm
+)
+
 penwick_bench_packages=(
     libbenchmark-dev
 )
@@ -94,5 +101,12 @@ penwick_install_packages() {
         ! "${apt[@]}" install --yes --no-install-recommends "${missing[@]}"; then
         echo "penwick: apt could not install: ${missing[*]}" >&2
         exit 1
+    fi
+}
+
+# penwick_install_npm makes sure that there are npm and node.
+penwick_install_npm() {
+    if ! command -v npm >/dev/null || ! command -v node >/dev/null; then
+        penwick_install_packages "${penwick_npm_packages[@]}"
     fi
 }
