@@ -16,11 +16,13 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 COMPILER = ROOT / "build/typescript/node_modules/typescript"
 LOCK = ROOT / "tools/typescript/package-lock.json"
-GUIDES = ()
+GUIDES = ("macros.md", "macros.ja.md")
 
 OPTIONS = {
     "strict": True,
     "noEmit": True,
+    "allowJs": True,
+    "checkJs": True,
     "target": "es2023",
     "lib": ["es2023"],
     "types": [],
@@ -28,7 +30,6 @@ OPTIONS = {
     "noFallthroughCasesInSwitch": True,
     "noImplicitReturns": True,
     "noPropertyAccessFromIndexSignature": True,
-    "noUnusedLocals": False,
     "exactOptionalPropertyTypes": True,
 }
 
@@ -118,6 +119,13 @@ def guide_examples(guide):
         yield settings["name"], code, settings.get("compiles", True)
 
 
+def guide_options(guide):
+    """What the guide tells people to set: the only block of JSON in it."""
+    text = (ROOT / "docs" / guide).read_text(encoding="utf-8")
+    (block,) = re.findall(r"^```json\n(.*?)^```$", text, re.S | re.M)
+    return json.loads(block)["compilerOptions"]
+
+
 def sources(context_json):
     """{file name: (content, what the compiler has to say of it; nothing where it is right)}"""
     files = {"context.ts": (f"const real: MacroContext = {context_json};\n", None)}
@@ -147,7 +155,7 @@ def lacking_contexts(context):
 
 
 def compile_all(command, folder):
-    config = {"compilerOptions": {**OPTIONS, "allowJs": True, "checkJs": True}, "include": ["*"]}
+    config = {"compilerOptions": OPTIONS, "include": ["*"]}
     (folder / "tsconfig.json").write_text(json.dumps(config))
     run = subprocess.run(
         [*command, "--pretty", "false"],
@@ -192,8 +200,11 @@ def main(program, folder):
         elif wanted is not None and (said.count("error TS") != 1 or wanted not in said):
             failures.append(f"{name}: not just wrong by {wanted!r}, but: {said or 'fine'}")
     failures += [f"{name}: {said}" for name, said in messages.items()]
+    for guide in GUIDES:
+        if any(OPTIONS.get(name) != value for name, value in guide_options(guide).items()):
+            failures.append(f"{guide}: other options than those that its macros are compiled with")
     right = [name for name, (_, wanted) in files.items() if wanted is None]
-    for prefix, least in (("built_in_", 6), ("context", 1), ("guide_", 0)):
+    for prefix, least in (("built_in_", 6), ("context", 1), ("guide_", 24)):
         if sum(name.startswith(prefix) for name in right) < least:
             failures.append(f"fewer than {least} files {prefix}*")
     print(f"{len(right)} files compile, {len(files) - len(right)} do not")
