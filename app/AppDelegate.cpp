@@ -45,6 +45,13 @@ AppDelegate::AppDelegate(Clock clock, FilePanels panels, QObject *parent)
                 controller->window()->setAcceptDrops(true); // Of files, see FileDrop.
                 buildMenuBar(controller->window(), menuHandlers());
                 rebuildMacroMenu(*controller);
+                connect(controller,
+                        &EditorWindowController::macroFailedInLine,
+                        this,
+                        [this](const QString &code, int line) {
+                            if (m_macroManager != nullptr)
+                                m_macroManager->view()->markErrorLine(code, line);
+                        });
             });
 }
 

@@ -135,20 +135,23 @@ void EditorWindowController::execute(TextView *view,
     connect(m_run,
             &MacroRun::ended,
             this,
-            [this, view = QPointer<TextView>(view), context](const ScriptOutcome &outcome) {
+            [this, view = QPointer<TextView>(view), code, context](const ScriptOutcome &outcome) {
                 m_run = nullptr;
-                finishRun(view, context, outcome);
+                finishRun(view, code, context, outcome);
             });
     m_run->waitAWhile();
 }
 
 void EditorWindowController::finishRun(TextView *view,
+                                       const QString &code,
                                        const MacroContext &context,
                                        const ScriptOutcome &outcome)
 {
     const auto result = MacroRuntimeService::resultOf(outcome, context);
     if (!result) {
         showMacroMessage(NotificationType::Error, result.error().errorDescription());
+        if (result.error().line > 0)
+            Q_EMIT macroFailedInLine(code, result.error().line);
         return;
     }
     if (!isAsBefore(view, context, *result))

@@ -87,13 +87,21 @@ public:
     /// gone by then drops it. All types are shown alike.
     void showMacroMessage(NotificationType type, const QString &message);
 
+Q_SIGNALS:
+    /// A run of this code failed, and the engine named the place.
+    /// \param line of the code, 1-based.
+    void macroFailedInLine(const QString &code, int line);
+
 private:
     void loadWindow(UserDefaults &defaults);
     void execute(TextView *view,
                  const QString &code,
                  const MacroContext &context,
                  const std::optional<QString> &userInput);
-    void finishRun(TextView *view, const MacroContext &context, const ScriptOutcome &outcome);
+    void finishRun(TextView *view,
+                   const QString &code,
+                   const MacroContext &context,
+                   const ScriptOutcome &outcome);
     [[nodiscard]] bool
     isAsBefore(TextView *view, const MacroContext &context, const MacroResult &result);
     [[nodiscard]] bool isReady(const TextView *view);

@@ -109,6 +109,7 @@ struct MacroResultError
     Code code = Code::ExecutionException;
     /// The type that is not known, or what the exception said; empty with the other codes.
     QString detail;
+    int line = 0; ///< Of the macro's code, 1-based, where the exception tells; otherwise 0.
 
     /// The message for the user, in the active wording.
     [[nodiscard]] QString errorDescription() const;

@@ -4,6 +4,7 @@
 #include "macro/script/ScriptHostPool.h"
 #include "wording/WordingLookup.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <utility>
 
@@ -25,6 +26,15 @@ void logToStandardError(const QString &text)
     const QByteArray line = "[MacroLog] " + text.toUtf8() + '\n';
     std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
     std::fflush(stderr);
+}
+
+/// Of the macro's code, for a line of the whole script; 0 outside.
+int lineOfCode(int line)
+{
+    // The context has no line breaks of its own.
+    const auto linesBefore =
+        static_cast<int>(kBeforeContext.count(u'\n') + kAfterContext.count(u'\n'));
+    return std::max(0, line - linesBefore);
 }
 
 MacroResultError executionException(const QString &detail)
@@ -58,7 +68,7 @@ MacroResultError resultError(const ScriptError &error)
 {
     switch (error.code) {
     case ScriptError::Code::Exception:
-        return executionException(error.text);
+        return {Code::ExecutionException, error.text, lineOfCode(error.line)};
     case ScriptError::Code::EngineUnavailable:
         return executionException(u"JSContext の生成に失敗しました"_s);
     case ScriptError::Code::SourceTooLong:

@@ -3,6 +3,7 @@
 #include "controls/Alerts.h"
 #include "controls/SymbolIcon.h"
 #include "controls/VerbatimText.h"
+#include "macro/library/CodeEditor.h"
 #include "macro/library/MacroDetailView.h"
 #include "macro/library/MacroSourceBadge.h"
 #include "platform/FileSystem.h"
@@ -87,6 +88,7 @@ void MacroManagerView::connectDetail()
     });
     connect(m_detail, &MacroDetailView::onDelete, this, &MacroManagerView::askToDelete);
     connect(m_detail, &MacroDetailView::onTestRun, this, [this](const Macro &draft) {
+        m_detail->codeEditor()->clearErrorMark();
         m_services.testRun(draft);
     });
 }
@@ -206,6 +208,12 @@ QString MacroManagerView::importFile(const QString &path)
         return wording::text(u"error.invalidProfileJson"_s);
     select(*id);
     return wording::text(u"macro.manageImportSuccess"_s, u"マクロをインポートしました"_s);
+}
+
+void MacroManagerView::markErrorLine(const QString &code, int line)
+{
+    if (m_detail->codeEditor()->text() == code)
+        m_detail->codeEditor()->markErrorLine(line);
 }
 
 void MacroManagerView::askToDelete()

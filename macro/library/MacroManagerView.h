@@ -51,6 +51,10 @@ public:
     /// Asks for a file and takes its macro in.
     void importMacro();
 
+    /// Marks a line of the macro that is being edited, if this is its code.
+    /// \param line 1-based.
+    void markErrorLine(const QString &code, int line);
+
     [[nodiscard]] MacroDetailView *detailView() const { return m_detail; }
 
 private:

@@ -50,6 +50,7 @@ struct ScriptError
 
     Code code = Code::Exception;
     QString text; ///< The exception's string conversion; empty with every other code.
+    int line = 0; ///< Of the source, 1-based, where the exception tells; otherwise 0.
 
     bool operator==(const ScriptError &) const = default;
 };

@@ -3,6 +3,7 @@
 #include "macro/script/JsConversion.h"
 #include "macro/script/JsHandles.h"
 
+#include <limits>
 #include <utility>
 
 namespace penwick {
@@ -66,6 +67,19 @@ void installUserInput(JSContextRef context, const QString &userInput)
     setProperty(context, JSContextGetGlobalObject(context), u"userInput", value);
 }
 
+/// The line that the engine writes into each error it makes or sees thrown; 0 without one.
+int lineOf(JSContextRef context, JSValueRef thrown)
+{
+    if (!JSValueIsObject(context, thrown))
+        return 0;
+    JSObjectRef error = JSValueToObject(context, thrown, nullptr);
+    JSValueRef line = JSObjectGetProperty(context, error, toJsString(u"line").get(), nullptr);
+    if (line == nullptr || !JSValueIsNumber(context, line))
+        return 0;
+    const double number = JSValueToNumber(context, line, nullptr);
+    return number >= 1 && number <= std::numeric_limits<int>::max() ? static_cast<int>(number) : 0;
+}
+
 // Some values have no string conversion, such as symbols; what the attempt throws says more to the
 // user than nothing. Where that has none either, the run counts as one that returned nothing.
 ScriptOutcome exceptionOutcome(JSContextRef context, JSValueRef thrown)
@@ -76,7 +90,8 @@ ScriptOutcome exceptionOutcome(JSContextRef context, JSValueRef thrown)
         text = stringConversion(context, second, nullptr);
     if (!text)
         return ScriptValue();
-    return tl::unexpected(ScriptError{ScriptError::Code::Exception, std::move(*text)});
+    return tl::unexpected(
+        ScriptError{ScriptError::Code::Exception, std::move(*text), lineOf(context, thrown)});
 }
 
 } // namespace

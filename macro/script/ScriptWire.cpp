@@ -199,10 +199,11 @@ tl::expected<ScriptOutcome, WireError> decodeFailure(QByteArrayView payload)
     PayloadReader reader(payload);
     const auto code = reader.get<quint8>();
     ScriptError error{static_cast<ScriptError::Code>(code), reader.getText()};
+    error.line = reader.get<qint32>();
     if (const auto wrong = reader.errorAtEnd())
         return tl::unexpected(*wrong);
     // What becomes of the host is not for the host to say.
-    if (code > static_cast<quint8>(ScriptError::Code::ResultTooDeep))
+    if (code > static_cast<quint8>(ScriptError::Code::ResultTooDeep) || error.line < 0)
         return tl::unexpected(WireError::UnknownTag);
     if (!error.text.isValidUtf16())
         return tl::unexpected(WireError::MalformedText);
@@ -283,6 +284,7 @@ bool sendOutcome(const ScriptOutcome &outcome, const ByteSink &sink)
     } else {
         writer.put(static_cast<quint8>(outcome.error().code));
         writer.putText(outcome.error().text);
+        writer.put(static_cast<qint32>(outcome.error().line));
     }
     return writer.finish();
 }

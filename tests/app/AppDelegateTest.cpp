@@ -43,6 +43,8 @@ private Q_SLOTS:
     void profileManagerItem_showsOneWindow();
     void macroManagerItem_showsOneWindow();
     void macroManagersTestRun_editsTheLastActiveEditor();
+    void macroManagersTestRun_failing_marksTheLine_data();
+    void macroManagersTestRun_failing_marksTheLine();
     void lastActiveEditor_followsEditorWindowsOnly();
     void lastActiveEditor_survivesItsWindow();
     void dynamicMacro_fromTheMenu_editsTheDocument();
@@ -457,6 +459,35 @@ void AppDelegateTest::about_chosen_showsNameVersionAndDescription()
         window->close();
     });
     menu(0)->actions()[0]->trigger();
+}
+
+void AppDelegateTest::macroManagersTestRun_failing_marksTheLine_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<int>("line");
+    QTest::newRow("first line") << u"missing();"_s << 1;
+    QTest::newRow("third line") << u"let a;\n\nthrow new Error('x');\n"_s << 3;
+    QTest::newRow("in a function") << u"function f() {\n  null.x;\n}\nf();"_s << 2;
+    QTest::newRow("no program") << u"let a = 1;\nlet = = 2;"_s << 2;
+    QTest::newRow("no error thrown") << u"\n\nthrow 'text';"_s << 0;
+}
+
+void AppDelegateTest::macroManagersTestRun_failing_marksTheLine()
+{
+    QFETCH(QString, code);
+    QFETCH(int, line);
+    launch();
+    setText(u"a\u2028b\nc"_s);
+    m_app->showMacroManager();
+    const test::ManagerPage page(m_app->macroManagerWindowController()->window());
+    QTest::mouseClick(page.tool(u"macroAdd"_s), Qt::LeftButton);
+    auto *editor = m_app->macroManagerWindowController()->window()->findChild<CodeEditor *>();
+    editor->setText(code);
+    page.click(u"テスト実行"_s);
+    QTRY_VERIFY(!message().isEmpty());
+    QTRY_COMPARE(editor->errorLine(), line);
+    test::clickInModal(u"保存しない"_s);
+    QVERIFY(m_app->macroManagerWindowController()->window()->close());
 }
 
 void AppDelegateTest::quit_withUnsavedMacroAndWindow_asksForBoth()

@@ -25,11 +25,6 @@ Ran run(const QString &source,
     return {std::move(outcome), log};
 }
 
-ScriptError exception(const QString &text)
-{
-    return {ScriptError::Code::Exception, text};
-}
-
 ScriptOutcome failure(ScriptError error)
 {
     return tl::unexpected(std::move(error));
@@ -68,6 +63,8 @@ private Q_SLOTS:
     void value_asDeepAsAllowed_canBeCopiedAndDropped();
     void exception_text_isTheEnginesConversion_data();
     void exception_text_isTheEnginesConversion();
+    void exception_line_isTheEnginesOne_data();
+    void exception_line_isTheEnginesOne();
     void exception_withoutAnyText_countsAsNoValue();
     void source_tooLong_fails();
     void source_withNulAndSurrogates_reachesTheScript();
@@ -296,7 +293,7 @@ void ScriptRunnerTest::exception_text_isTheEnginesConversion()
     const Ran ran = run(source);
     QVERIFY(!ran.outcome.has_value());
     QCOMPARE(ran.outcome.error().text, text);
-    QVERIFY(ran.outcome == failure(exception(text)));
+    QCOMPARE(ran.outcome.error().code, ScriptError::Code::Exception);
 }
 
 void ScriptRunnerTest::exception_withoutAnyText_countsAsNoValue()
@@ -378,7 +375,32 @@ void ScriptRunnerTest::log_conversionThatThrows_isAnOrdinaryException()
     const Ran caught = run(u"var r; try { "_s + bad + u"; } catch (e) { r = e.message; } r"_s);
     QVERIFY(caught.outcome == ScriptValue(u"x"_s));
     QVERIFY(caught.log.isEmpty());
-    QVERIFY(run(bad).outcome == failure(exception(u"Error: x"_s)));
+    QCOMPARE(run(bad).outcome.error().text, u"Error: x"_s);
+}
+
+void ScriptRunnerTest::exception_line_isTheEnginesOne_data()
+{
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<int>("line");
+    QTest::newRow("first line") << u"missing()"_s << 1;
+    QTest::newRow("third line") << u"\n\nthrow new Error('x')"_s << 3;
+    QTest::newRow("no program") << u"1;\nlet = = 2;"_s << 2;
+    QTest::newRow("text thrown") << u"\nthrow 'x'"_s << 0;
+    QTest::newRow("nothing thrown") << u"\nthrow null"_s << 0;
+    QTest::newRow("object with a line of its own") << u"throw {line: 7}"_s << 7;
+    QTest::newRow("line that is no number") << u"throw {line: '7'}"_s << 0;
+    QTest::newRow("line out of range") << u"throw {line: 1e10}"_s << 0;
+    QTest::newRow("line below the first") << u"throw {line: -1}"_s << 0;
+    QTest::newRow("line that throws") << u"throw {get line() { throw 1; }}"_s << 0;
+}
+
+void ScriptRunnerTest::exception_line_isTheEnginesOne()
+{
+    QFETCH(QString, source);
+    QFETCH(int, line);
+    const Ran ran = run(source);
+    QVERIFY(!ran.outcome.has_value());
+    QCOMPARE(ran.outcome.error().line, line);
 }
 
 void ScriptRunnerTest::log_asValue_behavesAsAFunction()

@@ -127,7 +127,7 @@ void ScriptWireTest::outcome_anyKind_comesBack_data()
     for (std::size_t i = 0; i < ScriptLimits().depth; ++i)
         deep = ScriptValue(List{deep});
     row("deep", deep);
-    row("exception", tl::unexpected(ScriptError{ScriptError::Code::Exception, u"Error: 日"_s}));
+    row("exception", tl::unexpected(ScriptError{ScriptError::Code::Exception, u"Error: 日"_s, 7}));
     row("too large", tl::unexpected(ScriptError{ScriptError::Code::ResultTooLarge, {}}));
 }
 
