@@ -1,8 +1,7 @@
 #include "editor/FindExpression.h"
 
-#include <QElapsedTimer>
-
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -58,6 +57,19 @@ qint64 offsetBehindSeparators(const Text &text, qint64 offset)
     return text.size();
 }
 
+/// True for an expression that begins with `.*` in such a way that, where it fails at one place of
+/// a line, it fails at all that follow in it. PCRE2 knows of that too, but not from call to call.
+bool beginsWithRestOfLine(QStringView string)
+{
+    const bool isGroup = string.startsWith(u"(.*)");
+    if (!isGroup && !string.startsWith(u".*"))
+        return false;
+    // The group must be there, and nothing may refer to what was taken, or offer another way.
+    static const QRegularExpression kOther(
+        uR"(^\(\.\*\)[?*+{]|\||\\[0-9gkK]|\(\*|\(\?(?![:=!]|<[=!]))"_s);
+    return !kOther.match(string).hasMatch();
+}
+
 } // namespace
 
 tl::expected<FindExpression, FindPatternError> FindExpression::compile(const FindPattern &pattern,
@@ -91,6 +103,7 @@ tl::expected<FindExpression, FindPatternError> FindExpression::compile(const Fin
 /// What is found where there is nothing, in a comment for instance, only costs time.
 void FindExpression::examine(QStringView string)
 {
+    m_beginsWithRestOfLine = beginsWithRestOfLine(string);
     for (qsizetype i = 0; i < string.size(); ++i) {
         const QStringView rest = string.mid(i);
         if (string[i] == u'\\') {
@@ -111,6 +124,7 @@ FindExpressionSearch::FindExpressionSearch(const FindExpression &expression, con
     , m_text(text)
     , m_length(expression.m_sizes.smallest)
 {
+    m_timer.start();
 }
 
 struct FindExpressionSearch::Try
@@ -147,19 +161,13 @@ FindExpressionSearch::Outcome FindExpressionSearch::tryMany(qint64 from)
 {
     if (m_end <= from)
         m_end = endAfter(from, m_length);
-    QElapsedTimer timer;
-    timer.start();
     Try tried = attempt(from, m_end, Places::All);
-    const bool isRest = m_end < findCutAtOrAfter(m_text, from + m_length);
-    if (tried.kind == Try::Kind::NeedsMore && tried.offset == from && isRest) {
-        m_end = endAfter(from, m_length);
+    const bool isHere = tried.kind == Try::Kind::NeedsMore && tried.offset == from;
+    if (isHere && m_end < findCutAtOrAfter(m_text, from + m_length)) {
+        m_end = endAfter(from, m_length); // It was only a rest.
         tried = attempt(from, m_end, Places::All);
     }
-    // One call cannot be interrupted, so its stretch grows only as long as calls are quick.
-    if (timer.nsecsElapsed() < kQuickCall)
-        m_length = std::min(2 * m_length, m_expression.m_sizes.largest);
-    else if (timer.nsecsElapsed() > kSlowCall)
-        m_length = std::max(m_length / 4, m_expression.m_sizes.smallest);
+    adaptLength();
     switch (tried.kind) {
     case Try::Kind::Match:
         return found(tried.match);
@@ -177,6 +185,16 @@ FindExpressionSearch::Outcome FindExpressionSearch::tryMany(qint64 from)
     return tryOne(from);
 }
 
+/// One call cannot be interrupted, so its stretch grows only as long as calls are quick.
+void FindExpressionSearch::adaptLength()
+{
+    const qint64 before = std::exchange(m_elapsed, m_timer.nsecsElapsed());
+    if (m_elapsed - before < kQuickCall)
+        m_length = std::min(2 * m_length, m_expression.m_sizes.largest);
+    else if (m_elapsed - before > kSlowCall)
+        m_length = std::max(m_length / 4, m_expression.m_sizes.smallest);
+}
+
 FindExpressionSearch::Outcome FindExpressionSearch::tryOne(qint64 from)
 {
     constexpr qint64 kGrowth = 4;
@@ -189,11 +207,12 @@ FindExpressionSearch::Outcome FindExpressionSearch::tryOne(qint64 from)
         if (tried.kind == Try::Kind::NeedsMore && bounded < size)
             tried.kind = Try::Kind::Failed;
     }
+    m_elapsed = m_timer.nsecsElapsed();
     if (tried.kind == Try::Kind::Match)
         return found(tried.match);
     if (tried.kind == Try::Kind::Failed)
         return {Outcome::Kind::TooComplex, from, from, {}};
-    return nothingBefore(placeFrom(from + 1));
+    return nothingBefore(placeAfter(from));
 }
 
 FindExpressionSearch::Outcome FindExpressionSearch::tryWhole(qint64 from)
@@ -201,6 +220,7 @@ FindExpressionSearch::Outcome FindExpressionSearch::tryWhole(qint64 from)
     if (m_text.size() > m_expression.m_sizes.whole)
         return {Outcome::Kind::TooComplex, from, from, {}};
     const Try tried = attempt(from, m_text.size(), Places::All);
+    m_elapsed = m_timer.nsecsElapsed();
     if (tried.kind == Try::Kind::Match)
         return found(tried.match);
     if (tried.kind == Try::Kind::Nothing)
@@ -271,6 +291,19 @@ qint64 FindExpressionSearch::placeFrom(qint64 offset) const
     const bool isInCrLf = unit == u'\n' && m_text.at(offset - 1) == u'\r';
     const bool isLeftOut = isInCrLf && !m_expression.m_triesInsideCrLf;
     return QChar::isLowSurrogate(unit) || isLeftOut ? offset + 1 : offset;
+}
+
+/// The next place worth trying after one where nothing matches.
+qint64 FindExpressionSearch::placeAfter(qint64 offset) const
+{
+    if (!m_expression.m_beginsWithRestOfLine)
+        return placeFrom(offset + 1);
+    const auto *separator =
+        std::find_if(m_units.begin() + (offset - m_start), m_units.end(), isSeparator);
+    if (separator != m_units.end())
+        return placeFrom(m_start + std::distance(m_units.begin(), separator) + 1);
+    const bool isLast = m_start + m_units.size() == m_text.size();
+    return isLast ? m_text.size() + 1 : placeFrom(offset + 1);
 }
 
 FindExpressionSearch::Outcome

@@ -3,6 +3,7 @@
 #include "editor/FindPattern.h"
 #include "text/Text.h"
 
+#include <QElapsedTimer>
 #include <QRegularExpression>
 
 #include <tl/expected.hpp>
@@ -46,6 +47,7 @@ private:
     bool m_movesStart = false;
     bool m_triesInsideCrLf = false;
     bool m_seesLineStarts = false;
+    bool m_beginsWithRestOfLine = false;
     bool m_needsWhole = false; // Depends on where a search begins: it has to see all at once.
 };
 
@@ -73,6 +75,9 @@ public:
     /// way.
     [[nodiscard]] Outcome next(qint64 from);
 
+    /// Nanoseconds from when this was made to the latest answer.
+    [[nodiscard]] qint64 elapsed() const { return m_elapsed; }
+
 private:
     enum class Places { All, One };
     struct Try;
@@ -81,14 +86,18 @@ private:
     [[nodiscard]] Outcome tryOne(qint64 from);
     [[nodiscard]] Outcome tryWhole(qint64 from);
     [[nodiscard]] Try attempt(qint64 from, qint64 end, Places places);
+    void adaptLength();
     void show(qint64 from, qint64 end);
     [[nodiscard]] qint64 placeFrom(qint64 offset) const;
+    [[nodiscard]] qint64 placeAfter(qint64 offset) const;
     [[nodiscard]] qint64 endAfter(qint64 from, qint64 length) const;
     [[nodiscard]] Outcome found(const QRegularExpressionMatch &match) const;
     [[nodiscard]] static Outcome nothingBefore(qint64 offset);
 
     const FindExpression &m_expression;
     const Text &m_text;
+    QElapsedTimer m_timer;
+    qint64 m_elapsed = 0;
     QString m_units;           // A stretch of the text,
     qint64 m_start = 0;        // which begins here.
     qint64 m_end = 0;          // Of the stretch whose places are all tried,

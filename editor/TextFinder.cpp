@@ -62,7 +62,6 @@ public:
         , m_core(findCutAtOrAfter(text, from.offset + units))
         , m_place(from)
     {
-        m_timer.start();
     }
 
     [[nodiscard]] const Text &text() const { return m_text; }
@@ -78,8 +77,7 @@ public:
     {
         const bool isLast = m_core == m_text.size() && m_end > m_text.size();
         const bool isWithin = m_place.offset < limit() || (isLast && m_place.offset == m_core);
-        return !m_step.isStopped && !m_step.isTooComplex && isWithin &&
-               m_timer.elapsed() < kStepTime;
+        return !m_step.isStopped && !m_step.isTooComplex && isWithin;
     }
 
     void moveTo(FindPlace place) { m_place = place; }
@@ -110,7 +108,6 @@ private:
     qint64 m_core;
     FindPlace m_place;
     Step m_step;
-    QElapsedTimer m_timer;
 };
 
 TextFinder::Step
@@ -142,7 +139,14 @@ void TextFinder::stepPlain(Stepper &stepper) const
     const qint64 limit = std::min(stepper.limit(), text.size());
     const QString units = text.slice(start, limit - start + length - 1);
     const qint64 stride = std::max<qint64>(kComparedUnits / length, 1);
-    while (stepper.goesOn() && stepper.place().offset < limit) {
+    // Asking the clock takes as long as finding a short pattern.
+    constexpr qsizetype kShort = 64;
+    const unsigned interval = m_wholeWords || length > kShort ? 1 : 16;
+    QElapsedTimer timer;
+    timer.start();
+    for (unsigned i = 1; stepper.goesOn() && stepper.place().offset < limit; ++i) {
+        if (i % interval == 0 && timer.elapsed() >= kStepTime)
+            break;
         const qint64 from = stepper.place().offset;
         const qint64 last = std::min(from + stride, limit); // The last place to try, exclusive.
         const auto part =
@@ -166,7 +170,8 @@ void TextFinder::stepExpression(Stepper &stepper) const
 {
     using Kind = FindExpressionSearch::Outcome::Kind;
     FindExpressionSearch search(*m_expression, stepper.text());
-    while (stepper.goesOn()) {
+    constexpr qint64 kMillisecond = 1'000'000;
+    while (stepper.goesOn() && search.elapsed() < kStepTime * kMillisecond) {
         const FindPlace place = stepper.place();
         const FindExpressionSearch::Outcome outcome = search.next(place.offset);
         const FindMatch match{outcome.start, outcome.end};

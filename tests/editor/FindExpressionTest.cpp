@@ -110,6 +110,7 @@ private Q_SLOTS:
     void expression_randomTexts_isFoundAsInTheWholeText_data();
     void expression_randomTexts_isFoundAsInTheWholeText();
     void expression_random_isFoundAsInTheWholeText();
+    void expression_missingInLongLine_costsNoSquare();
     void expression_needingMoreThanTheMost_isGivenUp();
     void expression_overLongMatches_isReplacedWhole();
     void expression_catastrophic_isGivenUpSoon();
@@ -284,7 +285,15 @@ void FindExpressionTest::expression_randomTexts_isFoundAsInTheWholeText_data()
                                                                         u"\\Ba",
                                                                         u"\\s(?!^[ab])",
                                                                         u"\\n^a",
-                                                                        u"^\\s+"})
+                                                                        u"^\\s+",
+                                                                        u".*b",
+                                                                        u"(.*)b",
+                                                                        u"(.*)?b",
+                                                                        u".*?c$",
+                                                                        u".*+",
+                                                                        u".*b\\K.",
+                                                                        u"(.*)b\\1",
+                                                                        u".*b|c"})
         QTest::newRow(pattern.toUtf8().constData()) << pattern.toString();
 }
 
@@ -322,6 +331,18 @@ void FindExpressionTest::expression_random_isFoundAsInTheWholeText()
         }
     }
     QVERIFY(foundCount > 10'000);
+}
+
+void FindExpressionTest::expression_missingInLongLine_costsNoSquare()
+{
+    const QString line(1'000'000, u'x');
+    for (const QString &pattern : {u".*zzz"_s, u"(.*)zzz.*foo"_s, u"^.*zzz"_s, u"zzz.*"_s}) {
+        const TextFinder finder = finderOf(expression(pattern));
+        const FindResult result =
+            findNext(finder, Text(line + u"\r\n"_s + line + u"\nyzzz foo"_s), {}, false);
+        QVERIFY2(!result.isTooComplex, qPrintable(pattern));
+        QVERIFY(result.match.value_or(FindMatch()).start >= 2'000'003);
+    }
 }
 
 void FindExpressionTest::expression_needingMoreThanTheMost_isGivenUp()
