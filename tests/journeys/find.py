@@ -1,6 +1,8 @@
 #!/usr/bin/python3
 """Finding and replacing by keyboard: what the bar says, and what is in the file afterwards."""
 
+import time
+
 import journey
 from driver import until
 
@@ -56,6 +58,20 @@ class Find(journey.Journey):
         app.wait_for("label", lambda text: text.startswith("正規表現の 5 文字目に誤りがあります"))
         app.type("|end)")
         app.wait_for("label", "1 / 3")
+
+    def test_quitting_does_not_wait_for_a_search(self):
+        path = self.write("prose.txt", "The quick brown fox jumps over the lazy dog\n" * 30_000)
+        app = self.start(path)
+        editor = app.wait_for("text", "prose.txt")
+        until(lambda: app.has_state(editor, "focused"), "the keyboard to be in the text")
+        app.press("ctrl+f")
+        app.click(app.wait_for(name="正規表現"))
+        app.type("(.|\\n)*zzz")  # Tries more ways through the text than anyone can wait for.
+        started = time.monotonic()
+        app.press("ctrl+q")
+        self.assertEqual(app.wait_for_end(), 0)
+        # Without the search it takes a tenth of this.
+        self.assertLess(time.monotonic() - started, 5)
 
 
 if __name__ == "__main__":
