@@ -1,9 +1,9 @@
 #include "wording/ProfileManagerView.h"
 
 #include "controls/Alerts.h"
-#include "controls/DetailPane.h"
 #include "controls/SymbolIcon.h"
 #include "controls/VerbatimText.h"
+#include "editor/ElidedLabel.h"
 #include "macro/library/MacroSourceBadge.h"
 #include "platform/AtomicFile.h"
 #include "wording/ProfileCopies.h"
@@ -11,7 +11,6 @@
 #include "wording/WordingLookup.h"
 
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QListView>
 #include <QToolButton>
 
@@ -38,7 +37,7 @@ ProfileManagerView::ProfileManagerView(Services services, QWidget *parent)
     , m_services(std::move(services))
     , m_detail(new ProfileDetailView)
     , m_split(new ListDetailView(m_detail, kListWidth))
-    , m_title(makeSectionLabel())
+    , m_title(new ElidedLabel)
     , m_import(new QToolButton)
 {
     auto *layout = new QHBoxLayout(this);
@@ -62,8 +61,9 @@ ProfileManagerView::ProfileManagerView(Services services, QWidget *parent)
 
 void ProfileManagerView::makeHeader()
 {
-    m_title->setContentsMargins(0, 0, 0, 0);
-    m_title->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    QFont headline = m_title->font();
+    headline.setBold(true);
+    m_title->setFont(headline);
     m_import->setObjectName(u"profileImport"_s);
     m_import->setIcon(symbolIcon(u"square.and.arrow.down"_s));
     m_import->setAutoRaise(true);
@@ -86,7 +86,8 @@ void ProfileManagerView::relabel()
 {
     const QString title =
         wording::text(u"profile.manageWindowTitle"_s, u"UI文言プロファイル管理"_s);
-    m_title->setText(title);
+    m_title->setLine(title);
+    m_title->setToolTip(title.toHtmlEscaped());
     m_split->setListName(title);
     const QString import = wording::text(u"common.import"_s, u"インポート"_s);
     m_import->setText(verbatimText(import));

@@ -11,11 +11,11 @@
 
 #include <optional>
 
-class QLabel;
 class QToolButton;
 
 namespace penwick {
 
+class ElidedLabel;
 class ProfileDetailView;
 
 /// All wording profiles in a list, and the one selected in it: to apply, duplicate, export or
@@ -65,7 +65,7 @@ private:
     Services m_services;
     ProfileDetailView *m_detail;
     ListDetailView *m_split;
-    QLabel *m_title;
+    ElidedLabel *m_title;
     QToolButton *m_import;
     std::optional<QString> m_selectedProfileId;
 };
