@@ -306,15 +306,9 @@ void AppDelegate::showProfileManager()
     m_profileManager->showWindow();
 }
 
-/// False when the person wants to stay, with a macro that is being edited or with a document.
-bool AppDelegate::closeAll()
-{
-    return (m_macroManager == nullptr || m_macroManager->mayClose()) && m_documents.closeAll();
-}
-
 void AppDelegate::terminate()
 {
-    if (closeAll()) {
+    if (m_documents.closeAll()) {
         QCoreApplication::exit(0);
     }
 }
@@ -324,7 +318,7 @@ void AppDelegate::commitSession(QSessionManager &manager)
     if (!manager.allowsInteraction()) {
         return;
     }
-    if (!closeAll()) {
+    if (!m_documents.closeAll()) {
         manager.cancel();
     }
     manager.release();

@@ -91,7 +91,6 @@ private:
     void rebuildMacroMenus();
     void rebuildMacroMenu(const EditorWindowController &controller);
     [[nodiscard]] MenuHandlers menuHandlers();
-    [[nodiscard]] bool closeAll();
     void perform(MenuCommand command);
     void performOnDocument(MenuCommand command);
     [[nodiscard]] bool isEnabled(MenuCommand command) const;

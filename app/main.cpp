@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QIcon>
 
+#include <csignal>
 #include <cstdio>
 #include <optional>
 
@@ -54,6 +55,8 @@ std::optional<int> answerWithoutWindow(const CommandLine &commandLine)
 
 int main(int argc, char *argv[])
 {
+    // Whoever reads our output may go before us; no document is to be lost for a line of a log.
+    std::signal(SIGPIPE, SIG_IGN);
     QStringList arguments;
     for (int i = 1; i < argc; ++i) {
         arguments << QFile::decodeName(argv[i]);

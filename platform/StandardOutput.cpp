@@ -1,17 +1,83 @@
 #include "platform/StandardOutput.h"
 
 #include <QByteArray>
+#include <QString>
 
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <climits>
 #include <cstdio>
+#include <poll.h>
+#include <unistd.h>
 
 namespace penwick {
 
+namespace {
+
+/// Whether the last attempt found nobody who reads: then nothing waits again until that changes.
+struct Stream
+{
+    int descriptor;
+    std::atomic<bool> isStuck = false;
+};
+
+bool isReady(Stream &stream)
+{
+    constexpr int kPatienceMs = 100;
+    ::pollfd waited{stream.descriptor, POLLOUT, 0};
+    int answer = -1;
+    do {
+        answer = ::poll(&waited, 1, stream.isStuck ? 0 : kPatienceMs);
+    } while (answer < 0 && errno == EINTR);
+    const bool ready = answer == 1 && (waited.revents & POLLOUT) != 0;
+    stream.isStuck = !ready;
+    return ready;
+}
+
+// In portions that a pipe which is ready takes without waiting.
+void write(Stream &stream, QByteArrayView bytes)
+{
+    while (!bytes.isEmpty() && isReady(stream)) {
+        const auto portion = static_cast<std::size_t>(std::min<qsizetype>(bytes.size(), PIPE_BUF));
+        const ::ssize_t written = ::write(stream.descriptor, bytes.data(), portion);
+        if (written < 0 && errno != EINTR)
+            return;
+        bytes = bytes.sliced(std::max<qsizetype>(0, written));
+    }
+}
+
+QString withVisibleControls(QString text)
+{
+    constexpr char16_t kControlPictures = 0x2400;
+    for (QChar &c : text) {
+        if (c == u'\n' || c == u'\t')
+            continue;
+        if (c < u' ')
+            c = QChar(static_cast<char16_t>(kControlPictures + c.unicode()));
+        else if (c >= u'\u007F' && c < u'\u00A0')
+            c = QChar::ReplacementCharacter;
+    }
+    return text;
+}
+
+} // namespace
+
 void printLine(QStringView text)
 {
-    QByteArray line = text.toUtf8();
-    line.replace('\n', ' ').replace('\r', ' ').append('\n');
-    std::fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stdout);
+    static Stream stream{STDOUT_FILENO};
     std::fflush(stdout);
+    QByteArray line = text.toUtf8();
+    write(stream, line.replace('\n', ' ').replace('\r', ' ').append('\n'));
+}
+
+void writeErrorLine(QStringView text)
+{
+    static Stream stream{STDERR_FILENO};
+    const bool isTerminal = ::isatty(stream.descriptor) == 1;
+    const QByteArray line =
+        isTerminal ? withVisibleControls(text.toString()).toUtf8() : text.toUtf8();
+    write(stream, line + '\n');
 }
 
 } // namespace penwick

@@ -8,6 +8,7 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <algorithm>
 #include <new>
 #include <system_error>
 #include <utility>
@@ -86,8 +87,9 @@ void MacroRun::waitAWhile()
     const QPointer<MacroRun> self(this);
     QEventLoop loop;
     m_loop = &loop;
-    QTimer::singleShot(
-        kNotice - static_cast<int>(m_since.elapsed()), &loop, [&loop] { loop.quit(); });
+    // Never negative, which would be never: the machine may have stood still meanwhile.
+    const auto rest = std::max<qint64>(0, kNotice - m_since.elapsed());
+    QTimer::singleShot(static_cast<int>(rest), &loop, [&loop] { loop.quit(); });
     loop.exec(QEventLoop::ExcludeUserInputEvents);
     if (self.isNull())
         return;

@@ -2,10 +2,10 @@
 
 #include "macro/engine/ContextJson.h"
 #include "macro/script/ScriptHostPool.h"
+#include "platform/StandardOutput.h"
 #include "wording/WordingLookup.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -20,12 +20,9 @@ constexpr QStringView kBeforeContext = u"(function() {\n    var context = ";
 constexpr QStringView kAfterContext = u";\n    ";
 constexpr QStringView kAfterCode = u"\n})();";
 
-// One write for the whole line, so that lines of several processes do not mix.
 void logToStandardError(const QString &text)
 {
-    const QByteArray line = "[MacroLog] " + text.toUtf8() + '\n';
-    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
-    std::fflush(stderr);
+    writeErrorLine(u"[MacroLog] "_s + text);
 }
 
 /// Of the macro's code, for a line of the whole script; 0 outside.

@@ -97,8 +97,9 @@ QColor CodeColors::colorOf(JavaScriptToken::Kind kind) const
 
 double contrastRatio(const QColor &a, const QColor &b)
 {
-    const auto [darker, lighter] = std::minmax(luminance(a), luminance(b));
-    return (lighter + 0.05) / (darker + 0.05);
+    const double first = luminance(a);
+    const double second = luminance(b);
+    return (std::max(first, second) + 0.05) / (std::min(first, second) + 0.05);
 }
 
 } // namespace penwick

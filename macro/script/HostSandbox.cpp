@@ -28,6 +28,7 @@ constexpr bool kWalls = true;
 
 int statmDescriptor = -1;          // Opened while files can be opened.
 std::size_t addressSpaceLimit = 0; // Bytes; 0 while there is none.
+std::size_t allowedMemory = 0;     // Bytes of it that are the script's.
 
 /// How many bytes of address space the process has taken. Fit for a signal handler.
 std::size_t takenAddressSpace()
@@ -43,8 +44,7 @@ std::size_t takenAddressSpace()
 // size, so that some room is always left: within the last eighth it counts as spent.
 bool isMemorySpent()
 {
-    return addressSpaceLimit != 0 &&
-           takenAddressSpace() > addressSpaceLimit - addressSpaceLimit / 8;
+    return addressSpaceLimit != 0 && takenAddressSpace() > addressSpaceLimit - allowedMemory / 8;
 }
 
 extern "C" void handleCrash(int signal)
@@ -79,6 +79,7 @@ bool limitMemory(std::size_t memory)
     if (setrlimit(RLIMIT_AS, &limit) != 0)
         return false;
     addressSpaceLimit = taken + memory;
+    allowedMemory = memory;
     return true;
 }
 
@@ -99,10 +100,21 @@ bool closeFileSystem()
     return closed;
 }
 
+// Where the whole machine runs out of memory, a script is to go before any document.
+void offerAsFirstVictim()
+{
+    const int descriptor = open("/proc/self/oom_score_adj", O_WRONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        return;
+    static_cast<void>(!write(descriptor, "1000", 4)); // Without it things are as they were.
+    ::close(descriptor);
+}
+
 } // namespace
 
 void prepareHostProcess()
 {
+    offerAsFirstVictim();
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     const rlimit none{0, 0};
     setrlimit(RLIMIT_CORE, &none);

@@ -16,6 +16,7 @@ namespace {
 
 // Milliseconds. Long enough to show what a macro did first.
 constexpr int kReplacementDelay = 200;
+constexpr int kReapInterval = 1000;
 
 QString hostProgram()
 {
@@ -77,10 +78,23 @@ void ScriptHostPool::setKeepsSpare(bool keepsSpare)
         return;
     m_replacement = std::make_unique<QTimer>();
     m_replacement->setSingleShot(true);
-    m_replacement->setInterval(kReplacementDelay);
     QObject::connect(
-        m_replacement.get(), &QTimer::timeout, m_replacement.get(), [this] { prepare(); });
+        m_replacement.get(), &QTimer::timeout, m_replacement.get(), [this] { tend(); });
     prepare();
+}
+
+void ScriptHostPool::forgetEndedRuns()
+{
+    std::erase_if(m_running, [](const auto &connection) { return connection.expired(); });
+}
+
+// Keeps a spare, and leaves no process that has ended in the system's list.
+void ScriptHostPool::tend()
+{
+    prepare();
+    forgetEndedRuns();
+    if (!m_running.empty() || !reapHostProcesses())
+        m_replacement->start(kReapInterval);
 }
 
 bool ScriptHostPool::prepare()
@@ -121,8 +135,10 @@ ScriptJob ScriptHostPool::start()
     }
     const auto taken = std::make_shared<HostConnection>(std::move(m_spare->connection));
     m_spare.reset();
+    forgetEndedRuns();
+    m_running.push_back(taken);
     if (m_replacement)
-        m_replacement->start();
+        m_replacement->start(kReplacementDelay);
     return [taken](ScriptRequest request, const ScriptLogSink &log, ScriptWaiter *waiter) {
         return taken->run(std::move(request), log, waiter);
     };

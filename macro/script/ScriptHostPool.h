@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace penwick {
 
@@ -65,10 +66,13 @@ private:
 
     [[nodiscard]] HostProcess::Settings settings() const;
     [[nodiscard]] bool isSpareFit() const;
+    void tend();
+    void forgetEndedRuns();
 
     std::function<HostProcess::Settings()> m_settings;
     std::uint64_t m_memory = defaultMemory();
     std::optional<Spare> m_spare;
+    std::vector<std::weak_ptr<HostConnection>> m_running;
     std::unique_ptr<QTimer> m_replacement; // While a spare is to be kept.
 };
 

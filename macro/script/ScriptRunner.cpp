@@ -10,6 +10,8 @@ namespace penwick {
 
 namespace {
 
+constexpr QStringView kSourceUrl = u"penwick:macro";
+
 // NOLINTNEXTLINE(readability-function-size): the engine fixes the parameters of its callbacks.
 JSValueRef callLog(JSContextRef context,
                    JSObjectRef function,
@@ -73,6 +75,11 @@ int lineOf(JSContextRef context, JSValueRef thrown)
     if (!JSValueIsObject(context, thrown))
         return 0;
     JSObjectRef error = JSValueToObject(context, thrown, nullptr);
+    // What the script evaluates in turn has lines of its own.
+    JSValueRef place = JSObjectGetProperty(context, error, toJsString(u"sourceURL").get(), nullptr);
+    if (place == nullptr || !JSValueIsString(context, place) ||
+        stringConversion(context, place, nullptr) != QStringView(kSourceUrl))
+        return 0;
     JSValueRef line = JSObjectGetProperty(context, error, toJsString(u"line").get(), nullptr);
     if (line == nullptr || !JSValueIsNumber(context, line))
         return 0;
@@ -113,9 +120,10 @@ ScriptOutcome runScript(ScriptRequest request, const ScriptLogSink &log, const S
     const JsString source = toJsString(request.source);
     request.source = QString(); // It may hold a document of hundreds of megabytes.
 
+    const JsString url = toJsString(kSourceUrl);
     JSValueRef exception = nullptr;
     JSValueRef value =
-        JSEvaluateScript(context.get(), source.get(), nullptr, nullptr, 1, &exception);
+        JSEvaluateScript(context.get(), source.get(), nullptr, url.get(), 1, &exception);
     if (exception != nullptr)
         return exceptionOutcome(context.get(), exception);
     if (value == nullptr)

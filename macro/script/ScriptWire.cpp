@@ -9,6 +9,8 @@ namespace {
 
 enum class Tag : quint8 { Null, False, True, Number, Text, List, Map, Other };
 
+// Changes with every message's form: after an update the host may be newer than a running editor.
+constexpr quint8 kProtocolVersion = 2;
 constexpr quint8 kMemoryLimit = 1;
 constexpr quint8 kSystemCallFilter = 2;
 constexpr quint8 kFileAccessRules = 4;
@@ -215,6 +217,7 @@ tl::expected<ScriptOutcome, WireError> decodeFailure(QByteArrayView payload)
 bool sendReady(const HostProtection &protection, const ByteSink &sink)
 {
     FrameWriter writer(MessageKind::Ready, sink);
+    writer.put(kProtocolVersion);
     writer.put(static_cast<quint8>((protection.memoryLimit ? kMemoryLimit : 0) |
                                    (protection.systemCallFilter ? kSystemCallFilter : 0) |
                                    (protection.fileAccessRules ? kFileAccessRules : 0)));
@@ -224,10 +227,11 @@ bool sendReady(const HostProtection &protection, const ByteSink &sink)
 tl::expected<HostProtection, WireError> decodeReady(QByteArrayView payload)
 {
     PayloadReader reader(payload);
+    const auto version = reader.get<quint8>();
     const auto bits = reader.get<quint8>();
     if (const auto error = reader.errorAtEnd())
         return tl::unexpected(*error);
-    if (bits > (kMemoryLimit | kSystemCallFilter | kFileAccessRules))
+    if (version != kProtocolVersion || bits > (kMemoryLimit | kSystemCallFilter | kFileAccessRules))
         return tl::unexpected(WireError::UnknownTag);
     return HostProtection{(bits & kMemoryLimit) != 0,
                           (bits & kSystemCallFilter) != 0,

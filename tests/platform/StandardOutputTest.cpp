@@ -4,9 +4,53 @@
 
 #include <QTest>
 
+#include <sys/ioctl.h>
+#include <unistd.h>
+
 using namespace penwick;
 using namespace penwick::test;
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Standard error is a pipe as long as this lives.
+class Redirection final
+{
+public:
+    Redirection()
+    {
+        if (::pipe(m_pipe) != 0)
+            qFatal("There is no pipe.");
+        m_former = ::dup(STDERR_FILENO);
+        ::dup2(m_pipe[1], STDERR_FILENO);
+    }
+
+    ~Redirection()
+    {
+        ::dup2(m_former, STDERR_FILENO);
+        for (const int descriptor : {m_former, m_pipe[0], m_pipe[1]})
+            ::close(descriptor);
+    }
+
+    Q_DISABLE_COPY_MOVE(Redirection)
+
+    /// What has been written so far.
+    [[nodiscard]] QByteArray read() const
+    {
+        int size = 0;
+        ::ioctl(m_pipe[0], FIONREAD, &size);
+        QByteArray bytes(size, Qt::Uninitialized);
+        return ::read(m_pipe[0], bytes.data(), static_cast<std::size_t>(size)) == size
+                   ? bytes
+                   : QByteArray();
+    }
+
+private:
+    int m_pipe[2] = {-1, -1};
+    int m_former = -1;
+};
+
+} // namespace
 
 class StandardOutputTest final : public QObject
 {
@@ -21,6 +65,26 @@ private Q_SLOTS:
         printLine(u"two\nof\r\nthem"_s);
         printLine({});
         QCOMPARE(output.take(), "one: 日本語\ntwo of  them\n\n"_ba);
+    }
+
+    void writeErrorLine_pipe_takesAnyText()
+    {
+        const Redirection redirection;
+        writeErrorLine(u"日本語\x1b[1m\n"_s);
+        QCOMPARE(redirection.read(), "日本語\x1b[1m\n\n"_ba);
+    }
+
+    void writeErrorLine_nobodyReads_goesOn()
+    {
+        const Redirection redirection;
+        const QString line(1000, u'x');
+        for (int i = 0; i < 5000; ++i)
+            writeErrorLine(line);
+        // A pipe holds 64 KB, the lines are eighty times as long.
+        QVERIFY(redirection.read().size() >= 4096);
+        // And once it is read again, lines arrive again.
+        writeErrorLine(u"again"_s);
+        QCOMPARE(redirection.read(), "again\n"_ba);
     }
 };
 

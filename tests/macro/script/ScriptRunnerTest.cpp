@@ -387,11 +387,15 @@ void ScriptRunnerTest::exception_line_isTheEnginesOne_data()
     QTest::newRow("no program") << u"1;\nlet = = 2;"_s << 2;
     QTest::newRow("text thrown") << u"\nthrow 'x'"_s << 0;
     QTest::newRow("nothing thrown") << u"\nthrow null"_s << 0;
-    QTest::newRow("object with a line of its own") << u"throw {line: 7}"_s << 7;
-    QTest::newRow("line that is no number") << u"throw {line: '7'}"_s << 0;
-    QTest::newRow("line out of range") << u"throw {line: 1e10}"_s << 0;
-    QTest::newRow("line below the first") << u"throw {line: -1}"_s << 0;
-    QTest::newRow("line that throws") << u"throw {get line() { throw 1; }}"_s << 0;
+    QTest::newRow("object with a line of its own") << u"throw {line: 7}"_s << 0;
+    QTest::newRow("in an evaluated text") << u"\neval('\\n\\n\\nmissing()')"_s << 0;
+    QTest::newRow("in a function made of text") << u"\nnew Function('\\nmissing()')()"_s << 0;
+    QTest::newRow("line that is no number")
+        << u"throw {sourceURL: 'penwick:macro', line: '7'}"_s << 0;
+    QTest::newRow("line out of range") << u"throw {sourceURL: 'penwick:macro', line: 1e10}"_s << 0;
+    QTest::newRow("line below the first") << u"throw {sourceURL: 'penwick:macro', line: -1}"_s << 0;
+    QTest::newRow("line that throws")
+        << u"throw {sourceURL: 'penwick:macro', get line() { throw 1; }}"_s << 0;
 }
 
 void ScriptRunnerTest::exception_line_isTheEnginesOne()
