@@ -11,7 +11,7 @@ struct HostProtection
     bool memoryLimit = false; ///< It cannot take more memory than it may have.
     bool systemCallFilter =
         false;                    ///< It dies of a system call that running a script does not need.
-    bool fileAccessRules = false; ///< The kernel keeps every file from it, whatever the call.
+    bool fileAccessRules = false; ///< The kernel lets it open, make and remove no file.
 
     bool operator==(const HostProtection &) const = default;
 };
