@@ -52,7 +52,7 @@ void ButtonRow::setCompact(bool isCompact)
         const bool hasText = !isCompact || button == m_buttons.constLast();
         const QString text = m_texts.value(button);
         button->setText(hasText ? verbatimText(text) : QString());
-        button->setToolTip(hasText ? QString() : text.toHtmlEscaped());
+        button->setToolTip(hasText ? QString() : verbatimToolTip(text));
         button->setMinimumWidth(hasText ? 0 : kSymbolWidth);
         button->setMaximumWidth(hasText ? QWIDGETSIZE_MAX : kSymbolWidth);
     }

@@ -33,6 +33,8 @@ QString fileName(QString name)
         name[0] = u'-';
     constexpr qsizetype kLongest = 60; // At most four bytes each; a file name has 255.
     name.truncate(kLongest);
+    if (!name.isEmpty() && name.back().isHighSurrogate())
+        name.chop(1);
     return name + u".json"_s;
 }
 

@@ -1,6 +1,7 @@
 #include "controls/ListDetailView.h"
 
 #include "controls/SidebarDelegate.h"
+#include "controls/VerbatimText.h"
 
 #include <QEvent>
 #include <QHBoxLayout>
@@ -25,7 +26,7 @@ QStandardItem *makeItem(const ListDetailView::Row &row)
     item->setData(row.id, SidebarDelegate::IdRole);
     item->setData(row.badge, SidebarDelegate::BadgeRole);
     item->setData(row.symbol, SidebarDelegate::SymbolRole);
-    item->setToolTip(row.name.toHtmlEscaped());
+    item->setToolTip(verbatimToolTip(row.name));
     QStringList spoken{row.name};
     if (!row.badge.isEmpty())
         spoken += row.badge;
@@ -134,7 +135,7 @@ void ListDetailView::mark(const std::optional<QString> &id)
     const QScopedValueRollback updating(m_isUpdating, true);
     if (id && markedId() == id)
         return;
-    m_list->selectionModel()->clear();
+    m_list->clearSelection(); // The keyboard keeps its place.
     for (int i = 0; id && i < m_model->rowCount(); ++i) {
         const QModelIndex index = m_model->index(i, 0);
         if (index.data(SidebarDelegate::IdRole).toString() != *id)
@@ -150,6 +151,19 @@ void ListDetailView::setDetailShown(bool isShown)
     m_detailSide->setCurrentIndex(isShown ? 1 : 0);
 }
 
+/// Where nothing is selected the keyboard still has a place in the list, which the list would not
+/// select when a key leads to where it is. True when the key has done its work with that.
+bool ListDetailView::selectPlace(int key)
+{
+    const QModelIndex place = m_list->currentIndex();
+    const bool isStep = key == Qt::Key_Up || key == Qt::Key_Down;
+    if (!place.isValid() || markedId() || !(isStep || key == Qt::Key_Home || key == Qt::Key_End))
+        return false;
+    if (isStep || place == m_model->index(key == Qt::Key_Home ? 0 : m_model->rowCount() - 1, 0))
+        m_list->selectionModel()->select(place, QItemSelectionModel::ClearAndSelect);
+    return isStep;
+}
+
 bool ListDetailView::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == m_list && event->type() == QEvent::KeyPress) {
@@ -158,6 +172,8 @@ bool ListDetailView::eventFilter(QObject *watched, QEvent *event)
             Q_EMIT deleteRequested();
             return true;
         }
+        if (selectPlace(key->key()))
+            return true;
     }
     return QWidget::eventFilter(watched, event);
 }

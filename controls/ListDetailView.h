@@ -74,6 +74,7 @@ protected:
 
 private:
     void makeList();
+    bool selectPlace(int key);
 
     QHBoxLayout *m_header;
     QListView *m_list;

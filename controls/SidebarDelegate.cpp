@@ -72,7 +72,8 @@ RowParts partsOf(const QStyleOptionViewItem &option, const QModelIndex &index)
     const QSize badgeExtent = badge.isEmpty() ? QSize() : badgeSize(option.font, badge);
     const int badgeSpace = badge.isEmpty() ? 0 : badgeExtent.width() + kGap;
     const QFontMetrics metrics(headlineFont(option.font));
-    const int wanted = metrics.horizontalAdvance(index.data().toString());
+    // A pixel more, for what is as wide as its place may count as too wide.
+    const int wanted = metrics.horizontalAdvance(index.data().toString()) + 1;
     const int nameWidth = qMax(0, qMin(wanted, right - left - badgeSpace));
     parts.name = QRect(left, row.top(), nameWidth, row.height());
     if (!badge.isEmpty())
@@ -156,6 +157,11 @@ void SidebarDelegate::paint(QPainter *painter,
                    option.font,
                    index.data(BadgeRole).toString(),
                    ink);
+    if (option.state.testFlag(QStyle::State_HasFocus) && !isSelected) {
+        QStyleOptionFocusRect focus;
+        focus.QStyleOption::operator=(option);
+        style->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, painter, row.widget);
+    }
     index.data(SymbolRole).value<QIcon>().paint(painter, mirrored(option, parts.symbol));
 }
 

@@ -1,5 +1,7 @@
 #include "controls/VerbatimText.h"
 
+#include <QTextDocument>
+
 namespace penwick {
 
 QString verbatimText(const QString &title)
@@ -8,6 +10,13 @@ QString verbatimText(const QString &title)
     text.replace(u'&', QStringLiteral("&&"));
     text.replace(u'\t', u' ');
     return text;
+}
+
+QString verbatimToolTip(const QString &text)
+{
+    return Qt::mightBeRichText(text)
+               ? QStringLiteral("<p>") + text.toHtmlEscaped() + QStringLiteral("</p>")
+               : text;
 }
 
 } // namespace penwick

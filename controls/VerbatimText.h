@@ -8,4 +8,7 @@ namespace penwick {
 /// for the mark of an access key, and a tab for the start of a shortcut.
 [[nodiscard]] QString verbatimText(const QString &title);
 
+/// The text of a tool tip that shows `text` as it is, also where it holds markup.
+[[nodiscard]] QString verbatimToolTip(const QString &text);
+
 } // namespace penwick

@@ -87,12 +87,12 @@ void ProfileManagerView::relabel()
     const QString title =
         wording::text(u"profile.manageWindowTitle"_s, u"UI文言プロファイル管理"_s);
     m_title->setLine(title);
-    m_title->setToolTip(title.toHtmlEscaped());
+    m_title->setToolTip(verbatimToolTip(title));
     m_split->setListName(title);
     const QString import = wording::text(u"common.import"_s, u"インポート"_s);
     m_import->setText(verbatimText(import));
     m_import->setAccessibleName(import);
-    m_import->setToolTip(import.toHtmlEscaped());
+    m_import->setToolTip(verbatimToolTip(import));
     m_split->setEmptyText(
         wording::text(u"profile.manage.emptySelection"_s, u"プロファイルを選択してください"_s));
     m_detail->relabel();

@@ -201,7 +201,8 @@ tl::expected<void, FileError> UIWordingProfileManager::saveProfile(const UIWordi
         return tl::unexpected(FileError{FileError::Kind::InvalidPath, 0});
     if (auto written = replaceFile(filePath(profile.id), profile.toJson()); !written)
         return written;
-    m_fileVersions = fileVersions();
+    if (const auto version = FileVersion::of(filePath(profile.id)))
+        m_fileVersions.insert(profile.id + u".json"_s, *version);
     // Copied, for the profile handed in may lie in the list that is about to change.
     const auto active = m_activeProfileId == profile.id ? std::optional(profile) : std::nullopt;
     QList<UIWordingProfile> profiles = m_profiles;
@@ -228,7 +229,7 @@ tl::expected<void, FileError> UIWordingProfileManager::deleteProfile(const QStri
             removed.error().kind != FileError::Kind::InvalidPath)
             return removed;
     }
-    m_fileVersions = fileVersions();
+    m_fileVersions.remove(id + u".json"_s);
     // Asked now, for the id handed in may lie in the list that is about to change.
     const bool wasActive = m_activeProfileId == id;
     QList<UIWordingProfile> profiles = m_profiles;

@@ -11,6 +11,8 @@
 
 #include <QFrame>
 #include <QGridLayout>
+#include <QGuiApplication>
+#include <QInputMethod>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -84,7 +86,10 @@ void MacroDetailView::makeButtons()
     connect(m_duplicate, &QPushButton::clicked, this, &MacroDetailView::onDuplicate);
     connect(m_export, &QPushButton::clicked, this, &MacroDetailView::exportMacro);
     connect(m_testRun, &QPushButton::clicked, this, [this] { Q_EMIT onTestRun(draftMacro()); });
-    connect(m_save, &QPushButton::clicked, this, [this] { Q_EMIT onSave(draftMacro()); });
+    connect(m_save, &QPushButton::clicked, this, [this] {
+        QGuiApplication::inputMethod()->commit(); // What is being composed is meant, too.
+        Q_EMIT onSave(draftMacro());
+    });
     auto *save = new QShortcut(QKeySequence::Save, this);
     save->setContext(Qt::WidgetWithChildrenShortcut);
     connect(save, &QShortcut::activated, m_save, &QPushButton::click);
@@ -105,6 +110,17 @@ void MacroDetailView::setMacro(const Macro &macro)
 
 void MacroDetailView::setStoredMacro(const Macro &macro)
 {
+    const auto follow = [this, &macro](Field field, const QString Macro::*member) {
+        QLineEdit *edit = m_fields[field];
+        if (edit->text() == m_macro.*member && edit->text() != macro.*member)
+            edit->setText(macro.*member);
+    };
+    follow(Name, &Macro::name);
+    follow(Description, &Macro::description);
+    follow(Category, &Macro::category);
+    follow(HelpUrl, &Macro::helpURL);
+    if (macro.code != m_macro.code && m_code->text() == m_macro.code)
+        m_code->setText(macro.code);
     m_macro = macro;
     showTitle();
 }

@@ -29,7 +29,8 @@ public:
 
     /// Shows a macro and forgets what was typed.
     void setMacro(const Macro &macro);
-    /// The macro that is shown has changed in the store. What was typed stays.
+    /// The macro that is shown may have changed in the store. Fields that were typed in stay, the
+    /// others follow.
     void setStoredMacro(const Macro &macro);
 
     /// The macro as it stands here, with what was typed.

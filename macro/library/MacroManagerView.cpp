@@ -10,7 +10,9 @@
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
 
+#include <QGuiApplication>
 #include <QHBoxLayout>
+#include <QInputMethod>
 #include <QListView>
 #include <QToolButton>
 
@@ -28,7 +30,7 @@ void setText(QToolButton *button, const QString &text)
 {
     button->setText(verbatimText(text));
     button->setAccessibleName(text);
-    button->setToolTip(text.toHtmlEscaped());
+    button->setToolTip(verbatimToolTip(text));
 }
 
 } // namespace
@@ -83,6 +85,7 @@ void MacroManagerView::connectDetail()
         manager->updateMacro(draft);
     });
     connect(m_detail, &MacroDetailView::onDuplicate, this, [this, manager] {
+        manager->takeInChangesFromElsewhere();
         if (const auto macro = manager->macroWithId(m_selectedMacroId.value_or(QString())))
             manager->duplicateMacro(*macro);
     });
@@ -135,6 +138,7 @@ void MacroManagerView::followMark()
 
 bool MacroManagerView::confirmLeaving()
 {
+    QGuiApplication::inputMethod()->commit(); // What is being composed is meant, too.
     const std::optional<QString> id = m_selectedMacroId;
     const auto stored = m_services.macroManager.macroWithId(id.value_or(QString()));
     if (!id || !stored || !m_detail->hasUnsavedEdits())
@@ -165,6 +169,8 @@ void MacroManagerView::select(const std::optional<QString> &id)
 
 void MacroManagerView::turnSwitch(const QString &id, bool isOn)
 {
+    // The rest of the macro is to be what it is in the file.
+    m_services.macroManager.takeInChangesFromElsewhere();
     auto macro = m_services.macroManager.macroWithId(id);
     if (!macro)
         return;

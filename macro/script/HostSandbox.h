@@ -13,9 +13,9 @@ constexpr int kOutOfMemoryStatus = 77;
 
 /// Shuts the calling process in, for good: it keeps the descriptors that are open and may compute,
 /// nothing else. Call it when the script engine is up; threads that it has by then are under the
-/// filter alone. What a script may still do, and why, stands with the table in the source. \param
-/// memory how many bytes the process may take in addition to those that it has. \return what holds;
-/// a wall that this system does not offer is left out.
+/// filter alone. What a script may still do, and why, stands with the table in the source.
+/// \param memory how many bytes the process may take in addition to those that it has.
+/// \return what holds; a wall that this system does not offer is left out.
 [[nodiscard]] HostProtection confineProcess(std::size_t memory);
 
 } // namespace penwick

@@ -382,6 +382,11 @@ private Q_SLOTS:
         spy.clear();
         manager->takeInChangesFromElsewhere();
         QCOMPARE(spy.count(), 0);
+        // But it does not hide one.
+        world.writeFile(userProfile(u"d"_s));
+        QVERIFY(manager->saveProfile(userProfile(u"e"_s)).has_value());
+        manager->takeInChangesFromElsewhere();
+        QVERIFY(manager->profileWithId(u"d"_s).has_value());
     }
 
     void delete_userProfile_removesFileAndEntries()

@@ -96,6 +96,17 @@ private:
 
         [[nodiscard]] QByteArray file() const { return home.read(u"data/macros.json"_s); }
 
+        /// Another program gives a macro of the file another code.
+        void writeElsewhere(const QString &id, const QString &code) const
+        {
+            QList<Macro> macros = MacroJson::read(file()).value();
+            for (Macro &macro : macros) {
+                if (macro.id == id)
+                    macro.code = code;
+            }
+            home.write(u"data/macros.json"_s, MacroJson::write(macros));
+        }
+
         [[nodiscard]] Macro stored(const QString &id) const
         {
             return manager->macroWithId(id).value_or(Macro());
@@ -289,6 +300,46 @@ private Q_SLOTS:
         world.page().click(u"保存"_s);
         QCOMPARE(world.stored(u"A"_s).name, u"Omega"_s);
         QVERIFY(!world.stored(u"A"_s).isEnabled);
+    }
+
+    void changedElsewhere_notEdited_isShownAndAsksNothing()
+    {
+        const World world;
+        world.page().clickRow(0);
+        world.fill(u"macroCategory"_s, u"typed"_s);
+        world.writeElsewhere(u"A"_s, u"from elsewhere"_s);
+        world.manager->takeInChangesFromElsewhere();
+        QCOMPARE(world.code()->text(), u"from elsewhere"_s);
+        QCOMPARE(world.field(u"macroCategory"_s)->text(), u"typed"_s);
+        QVERIFY(world.controller->view()->detailView()->hasUnsavedEdits());
+        world.fill(u"macroCategory"_s, u"text"_s);
+        QVERIFY(!world.controller->view()->detailView()->hasUnsavedEdits());
+    }
+
+    void changedElsewhere_switchAndDuplicate_keepTheChange()
+    {
+        const World world;
+        world.page().clickRow(0);
+        world.writeElsewhere(u"A"_s, u"first"_s);
+        world.page().clickSwitch(0);
+        QCOMPARE(world.stored(u"A"_s).code, u"first"_s);
+        QVERIFY(!world.stored(u"A"_s).isEnabled);
+        world.writeElsewhere(u"A"_s, u"second"_s);
+        world.page().click(u"複製"_s);
+        QCOMPARE(world.manager->macros().constLast().code, u"second"_s);
+    }
+
+    void list_nothingSelected_keysKeepTheirPlace()
+    {
+        const World world;
+        world.page().clickRow(1);
+        world.manager->deleteMacro(u"B"_s);
+        world.manager->addMacro(namedMacro(u"C"_s, u"Gamma"_s));
+        QTest::keyClick(world.page().list(), Qt::Key_Home);
+        QCOMPARE(world.page().selectedName(), u"Alpha"_s);
+        QTest::keyClick(world.page().list(), Qt::Key_Space);
+        QTest::keyClick(world.page().list(), Qt::Key_Space);
+        QVERIFY(world.stored(u"A"_s).isEnabled);
     }
 
     void switch_spaceKey_turnsIt()
