@@ -1,6 +1,7 @@
 #include "controls/ListDetailView.h"
 
 #include "controls/SidebarDelegate.h"
+#include "controls/SymbolIcon.h"
 #include "controls/VerbatimText.h"
 
 #include <QEvent>
@@ -9,9 +10,11 @@
 #include <QLabel>
 #include <QListView>
 #include <QScopedValueRollback>
+#include <QShortcut>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QStandardItemModel>
+#include <QToolButton>
 
 namespace penwick {
 
@@ -99,6 +102,30 @@ void ListDetailView::makeList()
             Q_EMIT switchTurned(item->data(SidebarDelegate::IdRole).toString(),
                                 item->checkState() == Qt::Checked);
     });
+}
+
+QToolButton *ListDetailView::addHeaderButton(const QString &name, const QString &symbol)
+{
+    auto *button = new QToolButton;
+    button->setObjectName(name);
+    button->setIcon(symbolIcon(symbol));
+    button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    button->setAutoRaise(true);
+    button->setFocusPolicy(Qt::StrongFocus);
+    for (const auto key : {Qt::Key_Return, Qt::Key_Enter}) {
+        auto *press = new QShortcut(key, button);
+        press->setContext(Qt::WidgetShortcut);
+        connect(press, &QShortcut::activated, button, &QToolButton::click);
+    }
+    m_header->addWidget(button);
+    return button;
+}
+
+void ListDetailView::setHeaderText(QToolButton *button, const QString &text)
+{
+    button->setText(verbatimText(text));
+    button->setAccessibleName(text);
+    button->setToolTip(verbatimToolTip(text));
 }
 
 void ListDetailView::setRows(const QList<Row> &rows)

@@ -13,6 +13,7 @@ class QListView;
 class QSplitter;
 class QStackedWidget;
 class QStandardItemModel;
+class QToolButton;
 
 namespace penwick {
 
@@ -46,6 +47,13 @@ public:
 
     /// Above the list; empty at first.
     [[nodiscard]] QHBoxLayout *header() const { return m_header; }
+
+    /// Adds a button with a symbol and a text to the header. Return presses it, as Space does.
+    /// \param name of the object. \param symbol as `symbolIcon` takes it.
+    /// \return the button, owned by this view.
+    QToolButton *addHeaderButton(const QString &name, const QString &symbol);
+    /// Shows the text as it is, on a button of the header.
+    static void setHeaderText(QToolButton *button, const QString &text);
 
     [[nodiscard]] QListView *list() const { return m_list; }
 

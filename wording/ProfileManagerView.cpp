@@ -38,7 +38,7 @@ ProfileManagerView::ProfileManagerView(Services services, QWidget *parent)
     , m_detail(new ProfileDetailView)
     , m_split(new ListDetailView(m_detail, kListWidth))
     , m_title(new ElidedLabel)
-    , m_import(new QToolButton)
+    , m_import(m_split->addHeaderButton(u"profileImport"_s, u"square.and.arrow.down"_s))
 {
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -64,13 +64,7 @@ void ProfileManagerView::makeHeader()
     QFont headline = m_title->font();
     headline.setBold(true);
     m_title->setFont(headline);
-    m_import->setObjectName(u"profileImport"_s);
-    m_import->setIcon(symbolIcon(u"square.and.arrow.down"_s));
-    m_import->setAutoRaise(true);
-    m_import->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    m_import->setFocusPolicy(Qt::StrongFocus);
-    m_split->header()->addWidget(m_title, 1);
-    m_split->header()->addWidget(m_import);
+    m_split->header()->insertWidget(0, m_title, 1);
     connect(m_import, &QToolButton::clicked, this, &ProfileManagerView::importProfile);
 }
 
@@ -89,10 +83,7 @@ void ProfileManagerView::relabel()
     m_title->setLine(title);
     m_title->setToolTip(verbatimToolTip(title));
     m_split->setListName(title);
-    const QString import = wording::text(u"common.import"_s, u"インポート"_s);
-    m_import->setText(verbatimText(import));
-    m_import->setAccessibleName(import);
-    m_import->setToolTip(verbatimToolTip(import));
+    ListDetailView::setHeaderText(m_import, wording::text(u"common.import"_s, u"インポート"_s));
     m_split->setEmptyText(
         wording::text(u"profile.manage.emptySelection"_s, u"プロファイルを選択してください"_s));
     m_detail->relabel();

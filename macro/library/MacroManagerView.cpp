@@ -1,8 +1,6 @@
 #include "macro/library/MacroManagerView.h"
 
 #include "controls/Alerts.h"
-#include "controls/SymbolIcon.h"
-#include "controls/VerbatimText.h"
 #include "macro/library/CodeEditor.h"
 #include "macro/library/MacroDetailView.h"
 #include "macro/library/MacroSourceBadge.h"
@@ -26,13 +24,6 @@ namespace {
 
 constexpr ListDetailView::ListWidth kListWidth{200, 250, 340};
 
-void setText(QToolButton *button, const QString &text)
-{
-    button->setText(verbatimText(text));
-    button->setAccessibleName(text);
-    button->setToolTip(verbatimToolTip(text));
-}
-
 } // namespace
 
 MacroManagerView::MacroManagerView(Services services, QWidget *parent)
@@ -40,8 +31,8 @@ MacroManagerView::MacroManagerView(Services services, QWidget *parent)
     , m_services(std::move(services))
     , m_detail(new MacroDetailView(m_services.panels))
     , m_split(new ListDetailView(m_detail, kListWidth))
-    , m_add(addHeaderButton(u"macroAdd"_s, u"plus"_s))
-    , m_import(addHeaderButton(u"macroImport"_s, u"square.and.arrow.down"_s))
+    , m_add(m_split->addHeaderButton(u"macroAdd"_s, u"plus"_s))
+    , m_import(m_split->addHeaderButton(u"macroImport"_s, u"square.and.arrow.down"_s))
 {
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -66,18 +57,6 @@ MacroManagerView::MacroManagerView(Services services, QWidget *parent)
     m_split->list()->setFocus();
 }
 
-QToolButton *MacroManagerView::addHeaderButton(const QString &name, const QString &symbol)
-{
-    auto *button = new QToolButton;
-    button->setObjectName(name);
-    button->setIcon(symbolIcon(symbol));
-    button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    button->setAutoRaise(true);
-    button->setFocusPolicy(Qt::StrongFocus);
-    m_split->header()->addWidget(button);
-    return button;
-}
-
 void MacroManagerView::connectDetail()
 {
     MacroManager *manager = &m_services.macroManager;
@@ -98,8 +77,8 @@ void MacroManagerView::connectDetail()
 
 void MacroManagerView::relabel()
 {
-    setText(m_add, wording::text(u"macro.manageAdd"_s, u"追加"_s));
-    setText(m_import, wording::text(u"macro.import"_s));
+    ListDetailView::setHeaderText(m_add, wording::text(u"macro.manageAdd"_s, u"追加"_s));
+    ListDetailView::setHeaderText(m_import, wording::text(u"macro.import"_s));
     m_split->setEmptyText(wording::text(u"macro.manage.emptySelection"_s));
     m_split->setListName(wording::text(u"macro.manageWindowTitle"_s, u"マクロ管理"_s));
     m_detail->relabel();

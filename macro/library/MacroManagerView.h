@@ -58,7 +58,6 @@ public:
     [[nodiscard]] MacroDetailView *detailView() const { return m_detail; }
 
 private:
-    QToolButton *addHeaderButton(const QString &name, const QString &symbol);
     void connectDetail();
     void relabel();
     void showList();

@@ -273,6 +273,15 @@ private Q_SLOTS:
         QCOMPARE(world.code()->text(), kTemplate);
     }
 
+    void add_returnKey_pressesItOnce()
+    {
+        const World world;
+        QVERIFY(QTest::qWaitForWindowActive(world.window()));
+        world.page().tool(u"macroAdd"_s)->setFocus();
+        QTest::keyClick(world.page().tool(u"macroAdd"_s), Qt::Key_Return);
+        QCOMPARE(world.page().names().size(), 3);
+    }
+
     void duplicate_withUnsavedEdits_copiesWhatIsStored()
     {
         const World world;
