@@ -113,6 +113,12 @@ TextDocument *DocumentController::documentOf(const EditorWindowController *contr
     return entry != nullptr ? entry->document.get() : nullptr;
 }
 
+TextDocument *DocumentController::documentOfFile(const QString &path) const
+{
+    const OpenDocument *entry = findFile(absolutePathOf(path));
+    return entry != nullptr ? entry->document.get() : nullptr;
+}
+
 const DocumentController::OpenDocument *
 DocumentController::find(const QObject *windowOrController) const
 {
@@ -134,6 +140,11 @@ DocumentController::OpenDocument *DocumentController::find(const QObject *window
 }
 
 DocumentController::OpenDocument *DocumentController::findFile(const QString &path)
+{
+    return const_cast<OpenDocument *>(std::as_const(*this).findFile(path));
+}
+
+const DocumentController::OpenDocument *DocumentController::findFile(const QString &path) const
 {
     const QString identity = identityOf(path);
     const auto entry =
@@ -158,7 +169,7 @@ DocumentController::OpenDocument *DocumentController::pristineUntitled()
     return isUntouched ? &entry : nullptr;
 }
 
-void DocumentController::newDocument()
+void DocumentController::newDocument(Placement /*placement*/)
 {
     showWindow(makeWindow(std::make_unique<TextDocument>()));
 }
@@ -176,17 +187,19 @@ void DocumentController::openDocument()
     }
 }
 
-bool DocumentController::openFile(const QString &path)
+bool DocumentController::openFile(const QString &path, Placement placement)
 {
-    return openDocumentFrom(path, false);
+    return openDocumentFrom(path, false, placement);
 }
 
-bool DocumentController::openFileOrNew(const QString &path)
+bool DocumentController::openFileOrNew(const QString &path, Placement placement)
 {
-    return openDocumentFrom(path, true);
+    return openDocumentFrom(path, true, placement);
 }
 
-bool DocumentController::openDocumentFrom(const QString &path, bool mayBeMissing)
+bool DocumentController::openDocumentFrom(const QString &path,
+                                          bool mayBeMissing,
+                                          Placement placement)
 {
     const QString absolutePath = absolutePathOf(path);
     if (const OpenDocument *open = findFile(absolutePath)) {
@@ -203,7 +216,7 @@ bool DocumentController::openDocumentFrom(const QString &path, bool mayBeMissing
         }
         document->setFilePath(absolutePath);
     }
-    OpenDocument *pristine = pristineUntitled();
+    OpenDocument *pristine = placement == Placement::Tab ? pristineUntitled() : nullptr;
     if (pristine == nullptr) {
         showWindow(makeWindow(std::move(document)));
         return true;
@@ -252,6 +265,7 @@ void DocumentController::setDocument(OpenDocument &entry, std::unique_ptr<TextDo
     // The former document goes last: the view of its text goes with this call, and its own signal
     // may be what led here.
     if (entry.document != nullptr) {
+        Q_EMIT documentClosed(entry.document.get());
         entry.document.release()->deleteLater();
     }
     QMainWindow *window = entry.controller->window();
@@ -476,12 +490,14 @@ void DocumentController::forget(const QObject *window)
     }
     (*entry)->saver.reset();
     // Both outlive the close event that is being handled, the window longer than its document.
-    (*entry)->document.release()->deleteLater();
+    TextDocument *document = (*entry)->document.release();
+    document->deleteLater();
     QMetaObject::invokeMethod(
         this,
         [controller = std::move((*entry)->controller)]() mutable { controller.reset(); },
         Qt::QueuedConnection);
     m_documents.erase(entry);
+    Q_EMIT documentClosed(document);
 }
 
 void DocumentController::updateTitle(const QObject *window)

@@ -26,6 +26,12 @@ class DocumentController final : public QObject
 public:
     using WindowController = std::shared_ptr<EditorWindowController>;
 
+    /// Where a document goes that is opened.
+    enum class Placement {
+        Tab,       ///< Into the window that was active last.
+        NewWindow, ///< Into a window of its own.
+    };
+
     explicit DocumentController(QObject *parent = nullptr);
     ~DocumentController() override;
 
@@ -37,22 +43,24 @@ public:
     [[nodiscard]] WindowController controllerOf(const QWidget *window) const;
     /// The document of an open window; null when the controller's window has been closed.
     [[nodiscard]] TextDocument *documentOf(const EditorWindowController *controller) const;
+    /// The open document of a file, or the one that is being saved to it; null when there is none.
+    [[nodiscard]] TextDocument *documentOfFile(const QString &path) const;
 
     /// For the documents opened from now on.
     void setPatience(const TransferPatience &patience) { m_patience = patience; }
 
-    /// Opens an untitled window.
-    void newDocument();
+    /// Opens an untitled document.
+    void newDocument(Placement placement = Placement::Tab);
     /// Asks for files and opens them.
     void openDocument();
-    /// Opens one file in a window of its own, or brings the window forward that has it. A single
-    /// untouched untitled window makes room for it. Says so when the file cannot be opened, be it
-    /// at once or while it is read; then the window goes, or becomes an untitled one where it is
+    /// Opens one file, or brings the window forward that has it. A single untouched untitled window
+    /// makes room for it, unless a new one is asked for. Says so when the file cannot be opened, be
+    /// it at once or while it is read; then the window goes, or becomes an untitled one where it is
     /// the only one.
     /// \return false when that is known at once.
-    bool openFile(const QString &path);
+    bool openFile(const QString &path, Placement placement = Placement::Tab);
     /// As above, but a file that does not exist becomes an empty document to be saved there.
-    bool openFileOrNew(const QString &path);
+    bool openFileOrNew(const QString &path, Placement placement = Placement::Tab);
 
     /// Saves to the document's file, or asks for one. Says so when it fails. While a save is under
     /// way, the next one waits for it.
@@ -68,6 +76,9 @@ public:
 Q_SIGNALS:
     /// The window is about to be shown for the first time.
     void windowMade(penwick::EditorWindowController *controller);
+    /// The document is no longer open: it was closed, could not be read, or was untouched and made
+    /// room for another. It is deleted in a later turn of the event loop.
+    void documentClosed(penwick::TextDocument *document);
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -84,6 +95,7 @@ private:
     OpenDocument *find(const QObject *windowOrController);
     [[nodiscard]] const OpenDocument *find(const QObject *windowOrController) const;
     OpenDocument *findFile(const QString &path);
+    [[nodiscard]] const OpenDocument *findFile(const QString &path) const;
     OpenDocument *pristineUntitled();
     OpenDocument &makeWindow(std::unique_ptr<TextDocument> document);
     void setDocument(OpenDocument &entry, std::unique_ptr<TextDocument> document);
@@ -91,7 +103,7 @@ private:
     void showWindow(const OpenDocument &entry) const;
     [[nodiscard]] tl::expected<void, DocumentError> read(TextDocument &document,
                                                          const QString &path) const;
-    bool openDocumentFrom(const QString &path, bool mayBeMissing);
+    bool openDocumentFrom(const QString &path, bool mayBeMissing, Placement placement);
     void readingDidEnd(const QObject *window, const std::optional<DocumentError> &error);
     void giveUp(const QObject *window);
     bool offerToStopAMacro();

@@ -45,6 +45,8 @@ private Q_SLOTS:
     void openFile_notAFile_saysWhy();
     void openFile_failureOfAFileNamedLikeMarkup_showsItsName();
     void openFile_openInAMinimisedWindow_bringsItBackAsItWas();
+    void openFile_inANewWindow_leavesThePristineWindow();
+    void documentClosed_madeRoomOrClosed_isTold();
     void openDocument_severalFiles_areAllOpened();
     void openDocument_columns_fitTheirContents();
     void title_edited_isMarked();
@@ -311,6 +313,33 @@ void DocumentControllerTest::openFile_openInAMinimisedWindow_bringsItBackAsItWas
     QVERIFY(m_documents->openFile(path));
     QVERIFY(!window(0)->isMinimized());
     QVERIFY(window(0)->isMaximized());
+}
+
+void DocumentControllerTest::openFile_inANewWindow_leavesThePristineWindow()
+{
+    const QString path = m_home->write(u"a.txt"_s, "abc");
+    m_documents->newDocument();
+    QVERIFY(m_documents->openFile(path, DocumentController::Placement::NewWindow));
+    QCOMPARE(m_documents->windowControllers().size(), 2);
+    QVERIFY(window(0) != window(1));
+    QCOMPARE(m_documents->documentOfFile(path), m_documents->documentOf(controller(1)));
+    QVERIFY(m_documents->documentOfFile(m_home->file(u"b.txt"_s)) == nullptr);
+}
+
+void DocumentControllerTest::documentClosed_madeRoomOrClosed_isTold()
+{
+    QList<const TextDocument *> closed;
+    connect(m_documents.get(),
+            &DocumentController::documentClosed,
+            this,
+            [&closed](const TextDocument *document) { closed << document; });
+    m_documents->newDocument();
+    const TextDocument *untitled = m_documents->documentOf(controller(0));
+    QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
+    QCOMPARE(closed, QList<const TextDocument *>{untitled});
+    const TextDocument *file = m_documents->documentOf(controller(0));
+    QVERIFY(window(0)->close());
+    QCOMPARE(closed, (QList<const TextDocument *>{untitled, file}));
 }
 
 void DocumentControllerTest::openDocument_severalFiles_areAllOpened()
