@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QFile>
 #include <QIcon>
+#include <QPixmap>
 
 #include <csignal>
 #include <cstdio>
@@ -51,6 +52,17 @@ std::optional<int> answerWithoutWindow(const CommandLine &commandLine)
     return std::nullopt;
 }
 
+/// Not from the icon theme: reading that takes longer than all else of an icon, and where penwick
+/// is installed, desktops take the icon of its desktop entry anyway.
+QIcon windowIcon()
+{
+    QIcon icon;
+    for (const int size : {16, 32, 48, 128}) {
+        icon.addPixmap(QPixmap(u":/penwick/icon/%1.png"_s.arg(size)));
+    }
+    return icon;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -68,8 +80,8 @@ int main(int argc, char *argv[])
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"penwick"_s);
     QApplication::setApplicationVersion(QStringLiteral(PENWICK_VERSION));
-    QGuiApplication::setDesktopFileName(u"penwick"_s);
-    QApplication::setWindowIcon(QIcon::fromTheme(u"penwick"_s));
+    QGuiApplication::setDesktopFileName(QStringLiteral(PENWICK_ID));
+    QApplication::setWindowIcon(windowIcon());
 
     penwick::AppDelegate delegate;
     delegate.applicationDidFinishLaunching(commandLine.files);

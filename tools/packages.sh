@@ -57,6 +57,15 @@ penwick_npm_packages=(
     npm
 )
 
+# What makes the Debian package, and what judges it.
+penwick_package_packages=(
+    appstream
+    desktop-file-utils
+    dpkg-dev
+    lintian
+    man-db
+)
+
 penwick_bench_packages=(
     libbenchmark-dev
 )

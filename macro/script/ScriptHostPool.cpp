@@ -22,9 +22,14 @@ QString hostProgram()
 {
     const QString name = u"penwick-script-host"_s;
     const QDir folder = QFileInfo(QFileInfo(u"/proc/self/exe"_s).symLinkTarget()).dir();
-    if (QFileInfo(folder.filePath(name)).isExecutable())
-        return folder.filePath(name);
-    return QDir::cleanPath(folder.filePath(u"../bin/"_s + name));
+    // Where both were built, where they are installed, and for the tests, which stand elsewhere.
+    QString path = folder.filePath(name);
+    for (const QString &other : {QStringLiteral(PENWICK_HOST_FOLDER), u"../bin"_s}) {
+        if (QFileInfo(path).isExecutable())
+            break;
+        path = QDir::cleanPath(folder.filePath(other + u'/' + name));
+    }
+    return path;
 }
 
 QByteArray timeZoneName()
