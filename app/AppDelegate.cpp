@@ -11,7 +11,6 @@
 #include "wording/UIWordingProfileManager.h"
 
 #include <QApplication>
-#include <QMainWindow>
 #include <QSessionManager>
 #include <QTimer>
 #include <QWindow>
@@ -38,13 +37,11 @@ AppDelegate::AppDelegate(Clock clock, FilePanels panels, QObject *parent)
     , m_launcher([this] { return targetEditor(); }, m_clock)
 {
     // A window opened at any later time comes with a bar of its own.
+    connect(&m_documents, &DocumentController::windowMade, this, &AppDelegate::prepareWindow);
     connect(&m_documents,
-            &DocumentController::windowMade,
+            &DocumentController::controllerMade,
             this,
             [this](EditorWindowController *controller) {
-                controller->window()->setAcceptDrops(true); // Of files, see FileDrop.
-                buildMenuBar(controller->window(), menuHandlers());
-                rebuildMacroMenu(*controller);
                 connect(controller,
                         &EditorWindowController::macroFailedInLine,
                         this,
@@ -148,6 +145,26 @@ void AppDelegate::windowDidBecomeMain(QWidget *window)
     }
 }
 
+void AppDelegate::prepareWindow(EditorWindow *window)
+{
+    buildMenuBar(window, menuHandlers());
+    rebuildMacroMenu(*window);
+    connect(window, &EditorWindow::currentTabChanged, this, [this, window] {
+        currentTabDidChange(window);
+    });
+}
+
+// Who comes to the front of the main window takes its place. A manager in front of both changes
+// nothing about whose window the person comes from.
+void AppDelegate::currentTabDidChange(EditorWindow *window)
+{
+    const bool wasMain = m_lastActiveEditorWindowController != nullptr &&
+                         m_lastActiveEditorWindowController->window() == window;
+    if (wasMain || QApplication::activeWindow() == window) {
+        windowDidBecomeMain(window);
+    }
+}
+
 void AppDelegate::handleProfileDidChange()
 {
     buildMenuBars();
@@ -155,22 +172,22 @@ void AppDelegate::handleProfileDidChange()
 
 void AppDelegate::buildMenuBars()
 {
-    for (const auto &controller : m_documents.windowControllers()) {
-        buildMenuBar(controller->window(), menuHandlers());
+    for (const auto &window : m_documents.windows()) {
+        buildMenuBar(window.get(), menuHandlers());
     }
     rebuildMacroMenus();
 }
 
 void AppDelegate::rebuildMacroMenus()
 {
-    for (const auto &controller : m_documents.windowControllers()) {
-        rebuildMacroMenu(*controller);
+    for (const auto &window : m_documents.windows()) {
+        rebuildMacroMenu(*window);
     }
 }
 
-void AppDelegate::rebuildMacroMenu(const EditorWindowController &controller)
+void AppDelegate::rebuildMacroMenu(const EditorWindow &window)
 {
-    if (QMenu *menu = macroMenu(controller.window())) {
+    if (QMenu *menu = macroMenu(&window)) {
         penwick::rebuildMacroMenu(menu,
                                   MacroManager::shared().macros(),
                                   menuHandlers(),
@@ -239,7 +256,7 @@ void AppDelegate::performOnDocument(MenuCommand command)
     }
     switch (command) {
     case MenuCommand::PerformClose:
-        controller->window()->close();
+        m_documents.closeDocument(controller.get());
         break;
     case MenuCommand::SaveDocument:
         m_documents.saveDocument(controller.get());

@@ -43,15 +43,15 @@ public:
 
     [[nodiscard]] DocumentController &documentController() { return m_documents; }
 
-    /// The editor whose window became active last; it stays when its window is closed. Null until
-    /// the first one.
+    /// The editor that was in front of the active window last; it stays when it is closed. Null
+    /// until the first one.
     [[nodiscard]] const std::shared_ptr<EditorWindowController> &
     lastActiveEditorWindowController() const
     {
         return m_lastActiveEditorWindowController;
     }
 
-    /// Where a macro runs: the editor of the active window, else the last active one.
+    /// Where a macro runs: the editor in front of the active window, else the last active one.
     [[nodiscard]] std::shared_ptr<EditorWindowController> targetEditor() const;
 
     /// Runs the stored macro with this id; does nothing when there is none.
@@ -84,12 +84,14 @@ private:
     void openFiles(const QStringList &paths);
     void handleProfileDidChange();
     void windowDidBecomeMain(QWidget *window);
+    void prepareWindow(EditorWindow *window);
+    void currentTabDidChange(EditorWindow *window);
     void commitSession(QSessionManager &manager);
     void prepareScriptHost();
     void reportMissingWalls(int patience);
     void buildMenuBars();
     void rebuildMacroMenus();
-    void rebuildMacroMenu(const EditorWindowController &controller);
+    void rebuildMacroMenu(const EditorWindow &window);
     [[nodiscard]] MenuHandlers menuHandlers();
     void perform(MenuCommand command);
     void performOnDocument(MenuCommand command);

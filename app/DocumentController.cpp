@@ -2,26 +2,21 @@
 
 #include "app/DocumentDialogs.h"
 #include "app/DocumentPaths.h"
-#include "controls/Alerts.h"
-#include "editor/LoadingView.h"
+#include "app/WindowPlacement.h"
 #include "editor/TextView.h"
 #include "platform/FreedMemory.h"
 #include "platform/NotificationCenter.h"
 #include "wording/UIWordingProfileManager.h"
-#include "wording/WordingLookup.h"
 
 #include <QApplication>
-#include <QCloseEvent>
 #include <QDir>
+#include <QEvent>
 #include <QFileInfo>
-#include <QInputMethod>
-#include <QMainWindow>
 #include <QThreadPool>
 #include <QTimer>
 
 #include <algorithm>
 #include <chrono>
-#include <optional>
 #include <utility>
 
 namespace penwick {
@@ -29,42 +24,8 @@ namespace penwick {
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using paths::absolutePathOf;
-using paths::identityOf;
 
 namespace {
-
-/// Why the file cannot become a new document, or nothing when it can: it is merely not there yet.
-std::optional<DocumentError> obstacleToNewFile(const QString &path, const DocumentError &readError)
-{
-    if (readError.fileErrorKind != FileError::Kind::NotFound) {
-        return readError;
-    }
-    // What the system calls by bytes that are no text came here as another name, under which
-    // nothing is found. An empty window would pass for that file.
-    if (path.contains(QChar::ReplacementCharacter)) {
-        return DocumentError{
-            DocumentError::Domain::NSPOSIXErrorDomain, 0, FileError::Kind::InvalidPath};
-    }
-    return std::nullopt;
-}
-
-/// True for the document's file, and for the one that it is being saved to.
-bool isHeldBy(const TextDocument &document, const QString &identity)
-{
-    const QStringList paths{document.filePath(), document.transferPath()};
-    return std::any_of(paths.begin(), paths.end(), [&identity](const QString &path) {
-        return !path.isEmpty() && identityOf(path) == identity;
-    });
-}
-
-void bringForward(QWidget *window)
-{
-    // Not showNormal(), which would take a maximised window's size away.
-    window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
-    window->show();
-    window->raise();
-    window->activateWindow();
-}
 
 /// Units of a text whose memory is worth giving back to the system.
 constexpr qint64 kLargeText = 4'000'000;
@@ -81,105 +42,83 @@ void giveBackMemoryLater()
 
 DocumentController::DocumentController(QObject *parent)
     : QObject(parent)
+    , m_consent(
+          m_documents,
+          [this](const EditorWindowController *controller) { return saveDocument(controller); })
     , m_folder(paths::startFolder())
 {
     NotificationCenter::defaultCenter().addObserver(UIWordingProfileDidChange, this, [this] {
-        for (const auto &entry : m_documents) {
-            updateTitle(entry->controller->window());
+        for (const auto &controller : m_documents.controllers()) {
+            updateLabel(controller.get());
         }
     });
 }
 
-DocumentController::~DocumentController() = default;
-
-QList<DocumentController::WindowController> DocumentController::windowControllers() const
+DocumentController::~DocumentController()
 {
-    QList<WindowController> controllers;
-    for (const auto &entry : m_documents) {
-        controllers << entry->controller;
+    // The tabs go one by one, which is no longer of interest to anybody.
+    for (const auto &window : m_documents.windows()) {
+        window->disconnect();
     }
-    return controllers;
 }
 
 DocumentController::WindowController DocumentController::controllerOf(const QWidget *window) const
 {
-    const OpenDocument *entry = find(window);
+    const OpenDocument *entry = m_documents.inFrontOf(window);
     return entry != nullptr ? entry->controller : nullptr;
 }
 
 TextDocument *DocumentController::documentOf(const EditorWindowController *controller) const
 {
-    const OpenDocument *entry = find(controller);
+    const OpenDocument *entry = m_documents.find(controller);
     return entry != nullptr ? entry->document.get() : nullptr;
 }
 
 TextDocument *DocumentController::documentOfFile(const QString &path) const
 {
-    const OpenDocument *entry = findFile(absolutePathOf(path));
+    const OpenDocument *entry = m_documents.withFile(absolutePathOf(path));
     return entry != nullptr ? entry->document.get() : nullptr;
 }
 
-const DocumentController::OpenDocument *
-DocumentController::find(const QObject *windowOrController) const
+/// Where a new tab goes; null where it needs a window of its own.
+std::shared_ptr<EditorWindow> DocumentController::currentWindow() const
 {
-    if (windowOrController == nullptr) {
+    const auto windows = m_documents.windows();
+    if (windows.isEmpty()) {
         return nullptr;
     }
-    for (const auto &entry : m_documents) {
-        if (entry->controller->window() == windowOrController ||
-            entry->controller.get() == windowOrController) {
-            return entry.get();
-        }
-    }
-    return nullptr;
-}
-
-DocumentController::OpenDocument *DocumentController::find(const QObject *windowOrController)
-{
-    return const_cast<OpenDocument *>(std::as_const(*this).find(windowOrController));
-}
-
-DocumentController::OpenDocument *DocumentController::findFile(const QString &path)
-{
-    return const_cast<OpenDocument *>(std::as_const(*this).findFile(path));
-}
-
-const DocumentController::OpenDocument *DocumentController::findFile(const QString &path) const
-{
-    const QString identity = identityOf(path);
-    const auto entry =
-        std::find_if(m_documents.begin(), m_documents.end(), [&identity](const auto &e) {
-            return isHeldBy(*e->document, identity);
+    const auto active = std::find_if(windows.begin(), windows.end(), [this](const auto &window) {
+        return window.get() == m_activeWindow;
+    });
+    const auto &window = active != windows.end() ? *active : windows.last();
+    const auto controllers = window->controllers();
+    const bool isHeld =
+        std::any_of(controllers.begin(), controllers.end(), [](const auto *controller) {
+            return controller->isRunningMacro();
         });
-    return entry != m_documents.end() ? entry->get() : nullptr;
+    return isHeld ? nullptr : window;
 }
 
-/// The untitled window nobody has done anything in, when it is the only one.
-DocumentController::OpenDocument *DocumentController::pristineUntitled()
+/// The untitled document nobody has done anything to, when it is alone in the current window.
+OpenDocument *DocumentController::pristineDocument() const
 {
-    if (m_documents.size() != 1) {
-        return nullptr;
-    }
-    OpenDocument &entry = *m_documents.front();
-    const TextStorage &storage = *entry.document->textStorage();
-    const bool isUntouched = entry.document->filePath().isEmpty() && storage.length() == 0 &&
-                             !storage.isModified() && !storage.canUndo() && !storage.canRedo() &&
-                             !entry.controller->isRunningMacro() &&
-                             !entry.controller->textView()->hasMarkedText();
-    return isUntouched ? &entry : nullptr;
+    const auto window = currentWindow();
+    OpenDocument *entry = m_documents.inFrontOf(window.get());
+    return entry != nullptr && window->count() == 1 && entry->isPristine() ? entry : nullptr;
 }
 
-void DocumentController::newDocument(Placement /*placement*/)
+void DocumentController::newDocument(Placement placement)
 {
-    showWindow(makeWindow(std::make_unique<TextDocument>()));
+    bringForward(*addDocument(std::make_unique<TextDocument>(), placement).controller);
 }
 
 void DocumentController::openDocument()
 {
-    const OpenDocument *active = find(QApplication::activeWindow());
+    QWidget *parent = QApplication::activeWindow();
+    const OpenDocument *active = m_documents.inFrontOf(parent);
     const QString current = active != nullptr ? active->document->filePath() : QString();
     const QStringList paths =
-        dialogs::askForFilesToOpen(active != nullptr ? active->controller->window() : nullptr,
+        dialogs::askForFilesToOpen(active != nullptr ? parent : nullptr,
                                    current.isEmpty() ? m_folder : QFileInfo(current).path());
     for (const QString &path : paths) {
         m_folder = QFileInfo(path).absolutePath();
@@ -189,124 +128,117 @@ void DocumentController::openDocument()
 
 bool DocumentController::openFile(const QString &path, Placement placement)
 {
-    return openDocumentFrom(path, false, placement);
+    return openDocumentFrom(path, MissingFile::IsAnError, placement);
 }
 
 bool DocumentController::openFileOrNew(const QString &path, Placement placement)
 {
-    return openDocumentFrom(path, true, placement);
+    return openDocumentFrom(path, MissingFile::IsAnEmptyDocument, placement);
 }
 
 bool DocumentController::openDocumentFrom(const QString &path,
-                                          bool mayBeMissing,
+                                          MissingFile missingFile,
                                           Placement placement)
 {
     const QString absolutePath = absolutePathOf(path);
-    if (const OpenDocument *open = findFile(absolutePath)) {
-        bringForward(open->controller->window());
+    if (const OpenDocument *open = m_documents.withFile(absolutePath)) {
+        bringForward(*open->controller);
         return true;
     }
-    auto document = std::make_unique<TextDocument>();
-    if (const auto wasRead = read(*document, absolutePath); !wasRead) {
-        const auto obstacle =
-            mayBeMissing ? obstacleToNewFile(absolutePath, wasRead.error()) : wasRead.error();
-        if (obstacle) {
-            dialogs::showOpenError(QApplication::activeWindow(), absolutePath, *obstacle);
-            return false;
-        }
-        document->setFilePath(absolutePath);
+    auto document = readDocument(absolutePath, missingFile, m_patience);
+    if (!document) {
+        dialogs::showOpenError(QApplication::activeWindow(), absolutePath, document.error());
+        return false;
     }
-    OpenDocument *pristine = placement == Placement::Tab ? pristineUntitled() : nullptr;
+    OpenDocument *pristine = placement == Placement::Tab ? pristineDocument() : nullptr;
     if (pristine == nullptr) {
-        showWindow(makeWindow(std::move(document)));
+        bringForward(*addDocument(std::move(*document), placement).controller);
         return true;
     }
     pristine->controller->documentState()->setMacroNotificationMessage(std::nullopt);
-    setDocument(*pristine, std::move(document));
-    showWindow(*pristine);
+    setDocument(*pristine, std::move(*document));
+    bringForward(*pristine->controller);
     return true;
 }
 
-tl::expected<void, DocumentError> DocumentController::read(TextDocument &document,
-                                                           const QString &path) const
+std::shared_ptr<EditorWindow> DocumentController::makeWindow()
 {
-    const QFileInfo info(path);
-    // What cannot be read at all is told before a window opens for it.
-    if (!info.isFile() || !info.isReadable() || info.size() < m_patience.directBytes) {
-        return document.readFromFile(path);
-    }
-    document.startReading(path);
-    if (m_patience.reading.count() > 0) {
-        if (const auto outcome = document.waitForTransfer(m_patience.reading)) {
-            return *outcome;
-        }
-    }
-    document.setFilePath(path); // The window is the file's from now on.
-    return {};
+    auto window = std::make_shared<EditorWindow>(&UserDefaults::standard());
+    window->installEventFilter(this);
+    connect(window.get(), &EditorWindow::closeRequested, this, &DocumentController::closeDocument);
+    connect(window.get(),
+            &EditorWindow::closeOthersRequested,
+            this,
+            &DocumentController::closeOtherDocuments);
+    connect(window.get(),
+            &EditorWindow::moveToNewWindowRequested,
+            this,
+            &DocumentController::moveToNewWindow);
+    Q_EMIT windowMade(window.get());
+    return window;
 }
 
-DocumentController::OpenDocument &
-DocumentController::makeWindow(std::unique_ptr<TextDocument> document)
+OpenDocument &DocumentController::addDocument(std::unique_ptr<TextDocument> document,
+                                              Placement placement)
 {
-    m_documents.push_back(std::make_unique<OpenDocument>());
-    OpenDocument &entry = *m_documents.back();
-    entry.controller = std::make_shared<EditorWindowController>();
-    QMainWindow *window = entry.controller->window();
-    window->setAttribute(Qt::WA_DeleteOnClose, false); // The controller owns it.
-    window->installEventFilter(this);
+    std::shared_ptr<EditorWindow> window = placement == Placement::Tab ? currentWindow() : nullptr;
+    if (window == nullptr) {
+        window = makeWindow();
+    }
+    OpenDocument &entry = m_documents.add();
+    entry.controller = std::make_shared<EditorWindowController>(std::move(window));
+    Q_EMIT controllerMade(entry.controller.get());
     setDocument(entry, std::move(document));
-    Q_EMIT windowMade(entry.controller.get());
     return entry;
 }
 
 void DocumentController::setDocument(OpenDocument &entry, std::unique_ptr<TextDocument> document)
 {
-    entry.untitledNumber = document->filePath().isEmpty() ? nextUntitledNumber() : 0;
+    entry.untitledNumber = document->filePath().isEmpty() ? m_documents.nextUntitledNumber() : 0;
     // The former document goes last: the view of its text goes with this call, and its own signal
     // may be what led here.
     if (entry.document != nullptr) {
         Q_EMIT documentClosed(entry.document.get());
         entry.document.release()->deleteLater();
     }
-    QMainWindow *window = entry.controller->window();
+    EditorWindowController *controller = entry.controller.get();
     entry.document = std::move(document);
-    entry.saver = std::make_unique<DocumentSaver>(entry.document.get(), window, m_patience);
+    entry.saver = std::make_unique<DocumentSaver>(entry.document.get(), controller, m_patience);
     showContent(entry);
-    const auto retitle = [this, window] { updateTitle(window); };
-    connect(entry.document.get(), &TextDocument::filePathChanged, window, retitle);
-    connect(entry.document.get(), &TextDocument::editedChanged, window, retitle);
-    connect(
-        entry.document.get(),
-        &TextDocument::transferEnded,
-        window,
-        [this, window](TextDocument::Transfer transfer, const std::optional<DocumentError> &error) {
-            if (transfer == TextDocument::Transfer::Reading) {
-                readingDidEnd(window, error);
-            }
-        });
-    updateTitle(window);
+    const auto relabel = [this, controller] { updateLabel(controller); };
+    connect(entry.document.get(), &TextDocument::filePathChanged, controller, relabel);
+    connect(entry.document.get(), &TextDocument::editedChanged, controller, relabel);
+    connect(entry.document.get(),
+            &TextDocument::transferEnded,
+            controller,
+            [this, controller](TextDocument::Transfer transfer,
+                               const std::optional<DocumentError> &error) {
+                if (transfer == TextDocument::Transfer::Reading) {
+                    readingDidEnd(controller, error);
+                }
+            });
+    updateLabel(controller);
 }
 
 void DocumentController::showContent(OpenDocument &entry)
 {
-    if (!entry.document->isReading()) {
+    if (entry.document->isReading()) {
+        entry.controller->showLoading(entry.document.get());
+    } else {
         entry.controller->setDocument(entry.document.get());
-        return;
     }
-    entry.controller->setDocument(nullptr); // Whatever works on the text finds none.
-    entry.controller->window()->setCentralWidget(new LoadingView(entry.document.get()));
 }
 
-void DocumentController::readingDidEnd(const QObject *window,
+void DocumentController::readingDidEnd(const EditorWindowController *controller,
                                        const std::optional<DocumentError> &error)
 {
-    OpenDocument *entry = find(window);
+    OpenDocument *entry = m_documents.find(controller);
     if (entry == nullptr) {
         return; // Closed meanwhile.
     }
     if (!error) {
         showContent(*entry);
-        updateTitle(window);
+        updateLabel(controller);
         // A macro that was tried meanwhile left its complaint, perhaps on its way still.
         DocumentState *state = entry->controller->documentState();
         QMetaObject::invokeMethod(
@@ -318,32 +250,27 @@ void DocumentController::readingDidEnd(const QObject *window,
     if (!error->isCancellation()) {
         dialogs::showOpenError(entry->controller->window(), entry->document->filePath(), *error);
     }
-    giveUp(window);
+    giveUp(controller);
 }
 
-/// Takes a window away whose file could not be read. The last one stays: closing it would end the
+/// Takes a tab away whose file could not be read. The last one stays: closing it would end the
 /// application.
-void DocumentController::giveUp(const QObject *window)
+void DocumentController::giveUp(const EditorWindowController *controller)
 {
-    OpenDocument *entry = find(window);
+    OpenDocument *entry = m_documents.find(controller);
     if (entry == nullptr) {
         return;
     }
-    if (m_documents.size() == 1) {
+    if (m_documents.controllers().size() == 1) {
         setDocument(*entry, std::make_unique<TextDocument>());
     } else {
-        entry->controller->window()->close();
+        removeAgreed(WindowController(entry->controller)); // The entry goes with it.
     }
-}
-
-void DocumentController::showWindow(const OpenDocument &entry) const
-{
-    bringForward(entry.controller->window());
 }
 
 bool DocumentController::saveDocument(const EditorWindowController *controller)
 {
-    OpenDocument *entry = find(controller);
+    OpenDocument *entry = m_documents.find(controller);
     if (entry == nullptr || entry->document->isReading()) {
         return false;
     }
@@ -354,7 +281,7 @@ bool DocumentController::saveDocument(const EditorWindowController *controller)
         return saveDocumentAs(controller);
     }
     if (entry->document->fileChangedOnDisk() &&
-        !dialogs::askToOverwriteChangedFile(entry->controller->window(), displayName(*entry))) {
+        !dialogs::askToOverwriteChangedFile(entry->controller->window(), entry->displayName())) {
         return false;
     }
     return entry->saver->save(entry->document->filePath());
@@ -362,19 +289,19 @@ bool DocumentController::saveDocument(const EditorWindowController *controller)
 
 bool DocumentController::saveDocumentAs(const EditorWindowController *controller)
 {
-    OpenDocument *entry = find(controller);
+    OpenDocument *entry = m_documents.find(controller);
     if (entry == nullptr || entry->document->isReading() ||
-        !entry->saver->await(displayName(*entry))) {
+        !entry->saver->await(entry->displayName())) {
         return false;
     }
     const QString current = entry->document->filePath();
     const QString suggestion =
-        current.isEmpty() ? QDir(m_folder).filePath(displayName(*entry) + u".txt"_s) : current;
+        current.isEmpty() ? QDir(m_folder).filePath(entry->displayName() + u".txt"_s) : current;
     const QString path = dialogs::askForFileToSave(entry->controller->window(), suggestion);
     if (path.isEmpty()) {
         return false;
     }
-    const OpenDocument *holder = findFile(path);
+    const OpenDocument *holder = m_documents.withFile(path);
     if (holder != nullptr && holder != entry) {
         dialogs::showFileInUse(entry->controller->window(), path);
         return false;
@@ -383,55 +310,82 @@ bool DocumentController::saveDocumentAs(const EditorWindowController *controller
     return entry->saver->save(absolutePathOf(path));
 }
 
-/// Where a macro runs, shows its notice instead of ending what it works on.
-bool DocumentController::offerToStopAMacro()
+void DocumentController::moveToNewWindow(const EditorWindowController *controller,
+                                         const QPoint &position)
 {
-    const auto running =
-        std::find_if(m_documents.begin(), m_documents.end(), [](const auto &entry) {
-            return entry->controller->isRunningMacro();
-        });
-    if (running == m_documents.end()) {
-        return false;
+    const OpenDocument *entry = m_documents.find(controller);
+    if (entry == nullptr || controller->isRunningMacro()) {
+        return;
     }
-    bringForward((*running)->controller->window());
-    (*running)->controller->offerToStopMacro();
+    const auto former = controller->window()->shared_from_this();
+    if (former->count() == 1) {
+        former->move(position);
+        return;
+    }
+    const auto window = makeWindow();
+    const bool isWhole = former->isMaximized() || former->isFullScreen();
+    window->resize(isWhole ? former->normalGeometry().size() : former->size());
+    window->move(onScreen(position, window->size()));
+    window->setTabBarStays(true);
+    entry->controller->moveTo(window);
+    bringForward(*controller);
+}
+
+bool DocumentController::closeDocument(const EditorWindowController *controller)
+{
+    return closeDocuments({controller});
+}
+
+bool DocumentController::closeOtherDocuments(const EditorWindowController *controller)
+{
+    QList<const EditorWindowController *> others;
+    for (const EditorWindowController *other : controller->window()->controllers()) {
+        if (other != controller) {
+            others << other;
+        }
+    }
+    return closeDocuments(others);
+}
+
+bool DocumentController::closeDocuments(const QList<const EditorWindowController *> &controllers)
+{
+    QList<WindowController> agreed;
+    for (const EditorWindowController *controller : controllers) {
+        OpenDocument *entry = m_documents.find(controller);
+        if (entry == nullptr) {
+            continue; // It went during a question about another.
+        }
+        agreed << entry->controller;
+        if (!m_consent.isGivenFor(*entry)) {
+            return false;
+        }
+    }
+    for (const WindowController &controller : agreed) {
+        removeAgreed(controller);
+    }
     return true;
 }
 
-bool DocumentController::confirmClose(OpenDocument &entry)
+/// Closes a document without a question, and its window with the last one.
+void DocumentController::removeAgreed(const WindowController &controller)
 {
-    if (entry.controller->isRunningMacro()) {
-        bringForward(entry.controller->window());
-        entry.controller->offerToStopMacro();
-        return false;
+    if (controller->window()->count() > 1) {
+        forget(controller);
+        // A closed controller goes on showing its text, where only macros find it.
+        controller->moveTo(std::make_shared<EditorWindow>());
+        return;
     }
-    if (entry.document->isReading()) {
-        return true; // Nothing of it can be lost.
-    }
-    if (!entry.saver->await(displayName(entry))) {
-        return false;
-    }
-    QGuiApplication::inputMethod()->commit();
-    if (!entry.document->isEdited()) {
-        return true;
-    }
-    bringForward(entry.controller->window());
-    switch (askAboutUnsavedChanges(entry.controller->window(), displayName(entry))) {
-    case UnsavedAnswer::Save:
-        return saveDocument(entry.controller.get()) && entry.saver->await(displayName(entry));
-    case UnsavedAnswer::Discard:
-        return true;
-    case UnsavedAnswer::Cancel:
-        break;
-    }
-    return false;
+    const bool wasAgreed = std::exchange(m_closeIsAgreed, true);
+    controller->window()->close();
+    m_closeIsAgreed = wasAgreed;
 }
 
 bool DocumentController::closeAll()
 {
     // A question is on the screen already. The session's end may come in the middle of it, and
     // would take away the document that it is about.
-    if (m_closingAll || offerToStopAMacro() || QApplication::activeModalWidget() != nullptr) {
+    if (m_closingAll || m_consent.offersToStopAMacro() ||
+        QApplication::activeModalWidget() != nullptr) {
         return false;
     }
     m_closingAll = true;
@@ -439,104 +393,78 @@ bool DocumentController::closeAll()
     bool goesOn =
         std::all_of(controllers.begin(), controllers.end(), [this](const auto &controller) {
             // One whose file could not be read may have gone during a question about another.
-            OpenDocument *entry = find(controller.get());
-            return entry == nullptr || confirmClose(*entry);
+            OpenDocument *entry = m_documents.find(controller.get());
+            return entry == nullptr || m_consent.isGivenFor(*entry);
         });
     // Other windows first: one that refuses must not leave the editor windows closed.
     const QWidgetList windows = QApplication::topLevelWidgets();
     for (QWidget *window : windows) {
-        if (goesOn && window->isVisible() && find(window) == nullptr) {
+        if (goesOn && window->isVisible() && m_documents.inFrontOf(window) == nullptr) {
             goesOn = window->close();
         }
     }
-    for (const WindowController &controller : controllers) {
-        if (goesOn) {
-            controller->window()->close();
-        }
+    m_closeIsAgreed = goesOn;
+    for (const auto &window :
+         goesOn ? m_documents.windows() : QList<std::shared_ptr<EditorWindow>>()) {
+        window->close();
     }
+    m_closeIsAgreed = false;
     m_closingAll = false;
     return goesOn;
 }
 
 bool DocumentController::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() != QEvent::Close) {
+    auto *window = qobject_cast<EditorWindow *>(watched);
+    if (event->type() == QEvent::WindowActivate) {
+        m_activeWindow = window;
+    }
+    if (event->type() != QEvent::Close || window == nullptr) {
         return QObject::eventFilter(watched, event);
     }
-    OpenDocument *entry = find(watched);
-    if (entry == nullptr) {
-        return false;
-    }
-    if (!m_closingAll && !confirmClose(*entry)) {
+    if (!m_closeIsAgreed && !m_consent.isGivenFor(*window)) {
         event->ignore();
         return true;
     }
-    forget(watched);
+    for (const EditorWindowController *controller : window->controllers()) {
+        if (const OpenDocument *entry = m_documents.find(controller)) {
+            forget(WindowController(entry->controller));
+        }
+    }
     return false;
 }
 
-void DocumentController::forget(const QObject *window)
+void DocumentController::forget(const WindowController &controller)
 {
-    const auto entry =
-        std::find_if(m_documents.begin(), m_documents.end(), [window](const auto &e) {
-            return e->controller->window() == window;
-        });
-    if (entry == m_documents.end()) {
-        return;
-    }
-    (*entry)->document->cancelTransfer();
-    if ((*entry)->document->contentString().size() > kLargeText) {
-        giveBackMemoryLater();
-    }
-    (*entry)->saver.reset();
-    // Both outlive the close event that is being handled, the window longer than its document.
-    TextDocument *document = (*entry)->document.release();
-    document->deleteLater();
-    QMetaObject::invokeMethod(
-        this,
-        [controller = std::move((*entry)->controller)]() mutable { controller.reset(); },
-        Qt::QueuedConnection);
-    m_documents.erase(entry);
-    Q_EMIT documentClosed(document);
-}
-
-void DocumentController::updateTitle(const QObject *window)
-{
-    const OpenDocument *entry = find(window);
+    const std::unique_ptr<OpenDocument> entry = m_documents.take(controller.get());
     if (entry == nullptr) {
         return;
     }
-    const QString name = displayName(*entry);
-    QString escaped = name;
-    escaped.replace(u"[*]"_s, u"[*][*]"_s); // Else Qt takes it for the place of the edited mark.
-    QMainWindow *target = entry->controller->window();
-    target->setWindowTitle(escaped + u"[*] — "_s + wording::text(u"app.name"_s));
-    target->setWindowModified(entry->document->isEdited());
-    target->setWindowFilePath(entry->document->filePath());
-    if (TextView *view = entry->controller->textView()) {
+    entry->document->cancelTransfer();
+    if (entry->document->contentString().size() > kLargeText) {
+        giveBackMemoryLater();
+    }
+    entry->saver.reset();
+    // Both outlive the event that is being handled, the tab longer than its document.
+    TextDocument *document = entry->document.release();
+    document->deleteLater();
+    QMetaObject::invokeMethod(
+        this, [kept = controller]() mutable { kept.reset(); }, Qt::QueuedConnection);
+    Q_EMIT documentClosed(document);
+}
+
+void DocumentController::updateLabel(const EditorWindowController *controller)
+{
+    const OpenDocument *entry = m_documents.find(controller);
+    if (entry == nullptr) {
+        return;
+    }
+    const QString name = entry->displayName();
+    entry->controller->setTabLabel(
+        {name, entry->document->filePath(), entry->document->isEdited()});
+    if (TextView *view = controller->textView()) {
         view->setAccessibleName(name);
     }
-}
-
-QString DocumentController::displayName(const OpenDocument &entry) const
-{
-    if (!entry.document->filePath().isEmpty()) {
-        return QFileInfo(entry.document->filePath()).fileName();
-    }
-    const QString untitled = wording::text(u"editor.untitled"_s);
-    return entry.untitledNumber > 1 ? untitled + u' ' + QString::number(entry.untitledNumber)
-                                    : untitled;
-}
-
-int DocumentController::nextUntitledNumber() const
-{
-    int number = 1;
-    while (std::any_of(m_documents.begin(), m_documents.end(), [number](const auto &entry) {
-        return entry->untitledNumber == number;
-    })) {
-        ++number;
-    }
-    return number;
 }
 
 } // namespace penwick

@@ -1,24 +1,23 @@
 #pragma once
 
-#include "app/DocumentSaver.h"
-#include "editor/TextDocument.h"
-#include "macro/engine/EditorWindowController.h"
+#include "app/CloseConsent.h"
+#include "app/DocumentReading.h"
+#include "app/OpenDocuments.h"
 
 #include <QObject>
+#include <QPointer>
 
-#include <functional>
 #include <memory>
 #include <optional>
-#include <vector>
 
 namespace penwick {
 
-/// Owns the open documents and their windows: makes, opens, saves and closes them, and asks before
-/// anything unsaved is lost. It talks to the person through modal dialogs.
+/// Owns the open documents and, through them, their windows: makes, opens, saves and closes them,
+/// and asks before anything unsaved is lost. It talks to the person through modal dialogs.
 ///
-/// Large files are read and written on other threads. While one is read its window shows the
-/// progress and has no text: it cannot be edited, saved, or receive a macro. While one is written
-/// everything goes on.
+/// Large files are read and written on other threads. While one is read its tab shows the progress
+/// and has no text: it cannot be edited, saved, or receive a macro. While one is written everything
+/// goes on.
 class DocumentController final : public QObject
 {
     Q_OBJECT
@@ -28,20 +27,31 @@ public:
 
     /// Where a document goes that is opened.
     enum class Placement {
-        Tab,       ///< Into the window that was active last.
+        Tab,       ///< Into the window that was active last, unless a macro holds it.
         NewWindow, ///< Into a window of its own.
     };
 
     explicit DocumentController(QObject *parent = nullptr);
     ~DocumentController() override;
 
-    [[nodiscard]] bool hasDocuments() const { return !m_documents.empty(); }
+    [[nodiscard]] bool hasDocuments() const { return !m_documents.isEmpty(); }
 
-    /// The controllers of the open windows, oldest first.
-    [[nodiscard]] QList<WindowController> windowControllers() const;
-    /// The controller of an open editor window; null for any other window and for null.
+    /// The controllers of the open documents, oldest first.
+    [[nodiscard]] QList<WindowController> windowControllers() const
+    {
+        return m_documents.controllers();
+    }
+
+    /// The windows that they stand in, each once.
+    [[nodiscard]] QList<std::shared_ptr<EditorWindow>> windows() const
+    {
+        return m_documents.windows();
+    }
+
+    /// The controller of the document in front of an editor window; null for any other window and
+    /// for null.
     [[nodiscard]] WindowController controllerOf(const QWidget *window) const;
-    /// The document of an open window; null when the controller's window has been closed.
+    /// The open document; null when it has been closed.
     [[nodiscard]] TextDocument *documentOf(const EditorWindowController *controller) const;
     /// The open document of a file, or the one that is being saved to it; null when there is none.
     [[nodiscard]] TextDocument *documentOfFile(const QString &path) const;
@@ -53,10 +63,10 @@ public:
     void newDocument(Placement placement = Placement::Tab);
     /// Asks for files and opens them.
     void openDocument();
-    /// Opens one file, or brings the window forward that has it. A single untouched untitled window
-    /// makes room for it, unless a new one is asked for. Says so when the file cannot be opened, be
-    /// it at once or while it is read; then the window goes, or becomes an untitled one where it is
-    /// the only one.
+    /// Opens one file, or brings the tab forward that has it. An untouched untitled document that
+    /// is alone in its window makes room for it. Says so when the file cannot be opened, be it at
+    /// once or while it is read; then its tab goes, or becomes an untitled one where it is the only
+    /// one.
     /// \return false when that is known at once.
     bool openFile(const QString &path, Placement placement = Placement::Tab);
     /// As above, but a file that does not exist becomes an empty document to be saved there.
@@ -68,14 +78,27 @@ public:
     bool saveDocument(const EditorWindowController *controller);
     bool saveDocumentAs(const EditorWindowController *controller);
 
-    /// Waits for the saves under way, asks about the unsaved changes of every window, then closes
+    /// Closes the document, and with the last one of a window that. Asks before something unsaved
+    /// is lost, and waits for a save under way.
+    /// \return false when the person said no.
+    bool closeDocument(const EditorWindowController *controller);
+    /// Closes all others of its window, after every question has been answered.
+    bool closeOtherDocuments(const EditorWindowController *controller);
+
+    /// Moves the document's tab into a new window. One that is alone in its window moves that.
+    /// \param position of the window's frame, on the screen.
+    void moveToNewWindow(const EditorWindowController *controller, const QPoint &position);
+
+    /// Waits for the saves under way, asks about the unsaved changes of every document, then closes
     /// all windows of the application.
     /// \return false when the person or a window said no; nothing is closed before all were asked.
     bool closeAll();
 
 Q_SIGNALS:
-    /// The window is about to be shown for the first time.
-    void windowMade(penwick::EditorWindowController *controller);
+    /// The window is about to be shown for the first time; it has no document yet.
+    void windowMade(penwick::EditorWindow *window);
+    /// The controller is about to get its first document.
+    void controllerMade(penwick::EditorWindowController *controller);
     /// The document is no longer open: it was closed, could not be read, or was untouched and made
     /// room for another. It is deleted in a later turn of the event loop.
     void documentClosed(penwick::TextDocument *document);
@@ -84,38 +107,27 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    struct OpenDocument
-    {
-        std::unique_ptr<TextDocument> document;
-        WindowController controller;
-        std::unique_ptr<DocumentSaver> saver; // Goes before the document.
-        int untitledNumber = 0;               // 0 for a document that was opened from a file.
-    };
-
-    OpenDocument *find(const QObject *windowOrController);
-    [[nodiscard]] const OpenDocument *find(const QObject *windowOrController) const;
-    OpenDocument *findFile(const QString &path);
-    [[nodiscard]] const OpenDocument *findFile(const QString &path) const;
-    OpenDocument *pristineUntitled();
-    OpenDocument &makeWindow(std::unique_ptr<TextDocument> document);
+    [[nodiscard]] std::shared_ptr<EditorWindow> currentWindow() const;
+    [[nodiscard]] OpenDocument *pristineDocument() const;
+    std::shared_ptr<EditorWindow> makeWindow();
+    OpenDocument &addDocument(std::unique_ptr<TextDocument> document, Placement placement);
     void setDocument(OpenDocument &entry, std::unique_ptr<TextDocument> document);
-    void showContent(OpenDocument &entry);
-    void showWindow(const OpenDocument &entry) const;
-    [[nodiscard]] tl::expected<void, DocumentError> read(TextDocument &document,
-                                                         const QString &path) const;
-    bool openDocumentFrom(const QString &path, bool mayBeMissing, Placement placement);
-    void readingDidEnd(const QObject *window, const std::optional<DocumentError> &error);
-    void giveUp(const QObject *window);
-    bool offerToStopAMacro();
-    bool confirmClose(OpenDocument &entry);
-    void forget(const QObject *window);
-    void updateTitle(const QObject *window);
-    [[nodiscard]] QString displayName(const OpenDocument &entry) const;
-    [[nodiscard]] int nextUntitledNumber() const;
+    static void showContent(OpenDocument &entry);
+    bool openDocumentFrom(const QString &path, MissingFile missingFile, Placement placement);
+    void readingDidEnd(const EditorWindowController *controller,
+                       const std::optional<DocumentError> &error);
+    void giveUp(const EditorWindowController *controller);
+    bool closeDocuments(const QList<const EditorWindowController *> &controllers);
+    void removeAgreed(const WindowController &controller);
+    void forget(const WindowController &controller);
+    void updateLabel(const EditorWindowController *controller);
 
-    std::vector<std::unique_ptr<OpenDocument>> m_documents;
+    OpenDocuments m_documents;
+    CloseConsent m_consent;
+    QPointer<EditorWindow> m_activeWindow; // The one that was so last.
     TransferPatience m_patience;
     QString m_folder; // Where the file dialogs start.
+    bool m_closeIsAgreed = false;
     bool m_closingAll = false;
 };
 

@@ -125,7 +125,7 @@ void showFileInUse(QWidget *parent, const QString &path)
                   wording::text(u"error.fileSaveFailed"_s, u"ファイルを保存できませんでした"_s),
                   path,
                   wording::text(u"error.reason.openElsewhere"_s,
-                                u"このファイルは別のウインドウで開いています。"_s));
+                                u"このファイルは別のタブで開いています。"_s));
 }
 
 QString reasonOf(const DocumentError &error)

@@ -27,7 +27,7 @@ namespace dialogs {
 
 void showOpenError(QWidget *parent, const QString &path, const DocumentError &error);
 void showSaveError(QWidget *parent, const QString &path, const DocumentError &error);
-/// The file cannot be taken as the document's, for another window has it.
+/// The file cannot be taken as the document's, for another tab has it.
 void showFileInUse(QWidget *parent, const QString &path);
 
 /// Why an operation failed, in words for the person.

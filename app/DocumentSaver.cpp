@@ -2,6 +2,7 @@
 
 #include "app/DocumentDialogs.h"
 #include "app/SavingDialog.h"
+#include "macro/engine/EditorWindowController.h"
 
 #include <QGuiApplication>
 #include <QInputMethod>
@@ -11,10 +12,10 @@
 namespace penwick {
 
 DocumentSaver::DocumentSaver(TextDocument *document,
-                             QWidget *window,
+                             const EditorWindowController *controller,
                              const TransferPatience &patience)
     : m_document(document)
-    , m_window(window)
+    , m_controller(controller)
     , m_patience(patience)
 {
     connect(document,
@@ -46,7 +47,7 @@ bool DocumentSaver::write(const QString &path)
         return true;
     }
     if (const auto written = m_document->writeToFile(path); !written) {
-        dialogs::showSaveError(m_window, path, written.error());
+        dialogs::showSaveError(m_controller->window(), path, written.error());
         return false;
     }
     return true;
@@ -58,7 +59,7 @@ bool DocumentSaver::end(const std::optional<DocumentError> &error)
     const bool savesAgain = std::exchange(m_savesAgain, false);
     if (error) {
         if (!error->isCancellation()) {
-            dialogs::showSaveError(m_window, m_path, *error);
+            dialogs::showSaveError(m_controller->window(), m_path, *error);
         }
         return false;
     }
@@ -82,7 +83,7 @@ std::optional<DocumentError> DocumentSaver::awaitOne(const QString &name)
     if (const auto outcome = m_document->waitForTransfer(m_patience.saving)) {
         error = *outcome ? std::nullopt : std::optional(outcome->error());
     } else {
-        SavingDialog dialog(m_window, m_document, name);
+        SavingDialog dialog(m_controller->window(), m_document, name);
         dialog.exec();
         error = dialog.error();
     }

@@ -8,9 +8,9 @@
 #include <chrono>
 #include <optional>
 
-class QWidget;
-
 namespace penwick {
+
+class EditorWindowController;
 
 /// What is read and written at once, and what on another thread.
 struct TransferPatience
@@ -31,8 +31,10 @@ class DocumentSaver final : public QObject
 
 public:
     /// \param document not owned; outlives this.
-    /// \param window the parent of messages; not owned, outlives this.
-    DocumentSaver(TextDocument *document, QWidget *window, const TransferPatience &patience);
+    /// \param controller whose window messages stand over; not owned, outlives this.
+    DocumentSaver(TextDocument *document,
+                  const EditorWindowController *controller,
+                  const TransferPatience &patience);
 
     /// Writes the text to the file. While a save is under way this one waits for it, and goes to
     /// the same file. What an input method is composing is committed first.
@@ -51,7 +53,7 @@ private:
     [[nodiscard]] std::optional<DocumentError> awaitOne(const QString &name);
 
     TextDocument *m_document;
-    QWidget *m_window;
+    const EditorWindowController *m_controller;
     TransferPatience m_patience;
     QString m_path;            // Where it was saved last, or tried to.
     bool m_savesAgain = false; // Asked for while a save was under way.

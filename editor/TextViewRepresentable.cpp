@@ -70,7 +70,8 @@ void TextViewRepresentable::keyPressEvent(QKeyEvent *event)
 
 void TextViewRepresentable::focusTextView()
 {
-    if (!isWindow()) {
+    // A text behind others leaves the keyboard to the one in front.
+    if (!isWindow() && isVisibleTo(window())) {
         m_textView->setFocus();
     }
 }

@@ -1,13 +1,16 @@
 #include "macro/engine/EditorWindowController.h"
 
+#include "editor/LoadingView.h"
 #include "editor/MainEditorView.h"
 #include "editor/TextView.h"
 #include "macro/engine/MacroExecution.h"
 #include "macro/engine/MacroRun.h"
-#include "platform/WindowFrame.h"
 #include "wording/WordingLookup.h"
 
+#include <QGuiApplication>
+#include <QInputMethod>
 #include <QTimeZone>
+#include <QVBoxLayout>
 
 #include <utility>
 
@@ -15,14 +18,18 @@ using namespace Qt::StringLiterals;
 
 namespace penwick {
 
-namespace {
-
-constexpr QSize kContentSize(900, 650);
-constexpr QSize kMinimumSize(520, 360);
-
-} // namespace
-
 EditorWindowController::EditorWindowController(UserDefaults &defaults,
+                                               Clock clock,
+                                               MacroRuntimeService macroRuntime,
+                                               QObject *parent)
+    : EditorWindowController(std::make_shared<EditorWindow>(&defaults),
+                             std::move(clock),
+                             std::move(macroRuntime),
+                             parent)
+{
+}
+
+EditorWindowController::EditorWindowController(std::shared_ptr<EditorWindow> window,
                                                Clock clock,
                                                MacroRuntimeService macroRuntime,
                                                QObject *parent)
@@ -30,31 +37,75 @@ EditorWindowController::EditorWindowController(UserDefaults &defaults,
     , m_clock(std::move(clock))
     , m_macroRuntime(std::move(macroRuntime))
     , m_documentState(std::make_unique<DocumentState>())
-    , m_window(std::make_unique<QMainWindow>())
+    , m_window(std::move(window))
+    , m_page(std::make_unique<QWidget>())
 {
-    loadWindow(defaults);
+    auto *layout = new QVBoxLayout(m_page.get());
+    layout->setContentsMargins(0, 0, 0, 0);
+    const int index = m_window->indexOf(m_window->currentController()) + 1;
+    m_window->insertTab(index, this, m_page.get(), m_label);
 }
 
-EditorWindowController::~EditorWindowController() = default;
-
-void EditorWindowController::loadWindow(UserDefaults &defaults)
+EditorWindowController::~EditorWindowController()
 {
-    m_window->setMinimumSize(kMinimumSize);
-    m_window->resize(kContentSize);
-    if (!setFrameAutosaveName(m_window.get(), u"penwickEditorWindow"_s, defaults))
-        centerWindow(m_window.get());
+    m_window->removeTab(this);
+}
+
+void EditorWindowController::moveTo(const std::shared_ptr<EditorWindow> &window, int index)
+{
+    if (isRunningMacro())
+        return;
+    if (window == m_window)
+        return m_window->moveTab(this, index);
+    QGuiApplication::inputMethod()->commit();
+    const auto former = std::exchange(m_window, window);
+    former->removeTab(this);
+    m_window->insertTab(index, this, m_page.get(), m_label);
+    if (former->count() == 0)
+        former->hide();
+    // It may be what called.
+    QMetaObject::invokeMethod(
+        this, [kept = former]() mutable { kept.reset(); }, Qt::QueuedConnection);
+}
+
+void EditorWindowController::setTabLabel(const TabLabel &label)
+{
+    m_label = label;
+    m_window->setTabLabel(this, label);
 }
 
 void EditorWindowController::setDocument(TextDocument *document)
 {
     m_document = document;
-    // Gone before the new content is made, because both would edit one storage.
-    delete m_window->takeCentralWidget();
+    takeContentAway();
     if (document == nullptr)
         return;
     m_documentState->setText(document->contentString());
     m_content = new MainEditorView(m_documentState.get(), document);
-    m_window->setCentralWidget(m_content);
+    showContent(m_content);
+}
+
+void EditorWindowController::showLoading(TextDocument *document)
+{
+    m_document = nullptr;
+    takeContentAway();
+    showContent(new LoadingView(document));
+}
+
+// Before a new content is made, because both would edit one storage.
+void EditorWindowController::takeContentAway()
+{
+    while (QLayoutItem *item = m_page->layout()->takeAt(0)) {
+        delete item->widget();
+        delete item;
+    }
+}
+
+void EditorWindowController::showContent(QWidget *content)
+{
+    m_page->layout()->addWidget(content);
+    m_page->setFocusProxy(content);
+    m_window->contentDidChange(this);
 }
 
 MainEditorView *EditorWindowController::content() const
@@ -94,8 +145,10 @@ bool EditorWindowController::isRunningMacro() const
 
 void EditorWindowController::offerToStopMacro()
 {
-    if (isRunningMacro())
-        m_run->showNotice();
+    if (!isRunningMacro())
+        return;
+    m_window->setCurrentController(this);
+    m_run->showNotice();
 }
 
 void EditorWindowController::runMacro(const QString &code,

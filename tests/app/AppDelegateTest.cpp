@@ -151,7 +151,8 @@ QString AppDelegateTest::message(int index) const
 
 void AppDelegateTest::activate(int index) const
 {
-    QWidget *window = controller(index)->window();
+    EditorWindow *window = controller(index)->window();
+    window->setCurrentController(controller(index));
     window->activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(window));
 }
@@ -210,7 +211,9 @@ void AppDelegateTest::launch_oneGoodOneBadFile_opensNoUntitledWindow()
 
 void AppDelegateTest::profileChange_relabelsEveryBarAndKeepsMacros()
 {
-    launch({m_home->write(u"a.txt"_s, "A"), m_home->write(u"b.txt"_s, "B")});
+    launch({m_home->write(u"a.txt"_s, "A")});
+    m_app->documentController().openFile(m_home->write(u"b.txt"_s, "B"),
+                                         DocumentController::Placement::NewWindow);
     UIWordingProfile profile;
     profile.id = u"own"_s;
     profile.values = {{u"app.name"_s, u"Stift"_s},

@@ -140,11 +140,10 @@ void DocumentControllerTest::newDocument_titles_areNumbered()
 {
     m_documents->newDocument();
     m_documents->newDocument();
-    QCOMPARE(window(0)->windowTitle(), u"名称未設定[*] — penwick"_s);
     QCOMPARE(window(1)->windowTitle(), u"名称未設定 2[*] — penwick"_s);
     QVERIFY(window(1)->isVisible());
     QCOMPARE(controller(1)->textView()->accessibleName(), u"名称未設定 2"_s);
-    window(0)->close();
+    QVERIFY(m_documents->closeDocument(controller(0)));
     m_documents->newDocument();
     QCOMPARE(window(1)->windowTitle(), u"名称未設定[*] — penwick"_s);
 }
@@ -192,9 +191,11 @@ void DocumentControllerTest::openFile_openAlready_bringsItsWindowForward()
     QVERIFY(QFile::link(path, m_home->file(u"link.txt"_s)));
     QVERIFY(m_documents->openFile(path));
     m_documents->newDocument();
+    m_documents->newDocument(DocumentController::Placement::NewWindow);
     QVERIFY(m_documents->openFile(m_home->file(u"link.txt"_s)));
-    QCOMPARE(m_documents->windowControllers().size(), 2);
+    QCOMPARE(m_documents->windowControllers().size(), 3);
     QTRY_COMPARE(QApplication::activeWindow(), window(0));
+    QVERIFY(controller(0)->isInFront());
 }
 
 void DocumentControllerTest::openFile_invalidUtf8_saysSoAndOpensNothing()

@@ -1,4 +1,5 @@
 #include "app/DocumentController.h"
+#include "editor/LoadingView.h"
 #include "editor/TextView.h"
 #include "support/FileSizeLimit.h"
 #include "support/HugeText.h"
@@ -170,7 +171,7 @@ void DocumentTransfersTest::open_againWhileItIsRead_bringsItsWindowForward()
 {
     const QString path = m_home->write(u"a.txt"_s, "abc");
     QVERIFY(m_documents->openFile(path));
-    m_documents->newDocument();
+    m_documents->newDocument(DocumentController::Placement::NewWindow);
     QVERIFY(m_documents->openFile(path));
     QCOMPARE(m_documents->windowControllers().size(), 2);
     QTRY_COMPARE(QApplication::activeWindow(), window());
@@ -237,7 +238,7 @@ void DocumentTransfersTest::open_invalidBesideAnotherWindow_closesItsWindow()
 void DocumentTransfersTest::open_calledOff_leavesNoMessage()
 {
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
-    QTest::keyClick(window()->centralWidget(), Qt::Key_Escape);
+    QTest::keyClick(window()->findChild<LoadingView *>(), Qt::Key_Escape);
     QTRY_COMPARE(window()->windowTitle(), u"名称未設定[*] — penwick"_s);
     QVERIFY(QApplication::activeModalWidget() == nullptr);
     QVERIFY(document()->filePath().isEmpty());
@@ -249,7 +250,7 @@ void DocumentTransfersTest::open_windowClosedMeanwhile_isCalledOff()
     m_documents->newDocument();
     type(u"x"_s);
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, QByteArray(20'000'000, 'x'))));
-    QVERIFY(window(1)->close());
+    QVERIFY(m_documents->closeDocument(controller(1)));
     QCOMPARE(m_documents->windowControllers().size(), 1);
     QCoreApplication::processEvents();
     QCOMPARE(text(), u"x"_s);

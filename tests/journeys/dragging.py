@@ -13,6 +13,7 @@ class Dragging(journey.Journey):
         self.left = self.write("left.txt", "apple banana\n")
         self.right = self.write("right.txt", "cherry\n")
         app = self.start(self.left, self.right)
+        self.move_to_new_window("right.txt")
         self.wait_for_title("left.txt")
         for name, x in (("left.txt", 0), ("right.txt", 600)):
             app.focus_window(name)

@@ -15,6 +15,10 @@ PROGRAM = os.environ.get("PENWICK_PROGRAM", ROOT / "build/release/bin/penwick")
 PICTURES = pathlib.Path(os.environ.get("PENWICK_PICTURES", ROOT / "build/release/journeys"))
 
 
+# What a screen reader hears after the name of a tab whose document is edited.
+EDITED = "（未保存の変更あり）"
+
+
 class Journey(unittest.TestCase):
     input_method = None
     needs_plain_user = False  # Some programs refuse to run for root, whom containers know only.
@@ -51,6 +55,20 @@ class Journey(unittest.TestCase):
         self.wait_for_title(name)
         self.app.focus_window(name)
         return self.app
+
+    def tab(self, name):
+        """The tab of the document of that name, edited or not."""
+        return self.app.wait_for("page tab", lambda text: text.removesuffix(EDITED) == name)
+
+    def move_to_new_window(self, name):
+        """Takes the tab of that name into a window of its own, by the tab's menu."""
+        count = len(self.app.windows())
+        self.app.click(self.tab(name), button=3)
+        self.app.press("Up", "Return")  # Its last item.
+        until(
+            lambda: len(self.app.windows()) == count + 1,
+            lambda: f"another window among {self.app.windows()}",
+        )
 
     def write(self, name, content):
         path = self.files / name

@@ -120,6 +120,7 @@ class Stopping(journey.Journey):
     def test_another_window_stays_free(self):
         app = self.start_with_macros()
         app.press("ctrl+n")
+        self.move_to_new_window("名称未設定")
         app.wait_for_window("名称未設定")
         app.focus_window("memo.txt")
         self.start_endless(app)

@@ -162,8 +162,7 @@ void EditorWindowControllerTest::document_set_isShown()
     open(u"日本\n"_s);
     QCOMPARE(m_controller->document(), m_document.get());
     QCOMPARE(m_controller->documentState()->text().toString(), u"日本\n"_s);
-    QCOMPARE(m_controller->window()->centralWidget(),
-             static_cast<QWidget *>(m_controller->content()));
+    QVERIFY(m_controller->window()->centralWidget()->isAncestorOf(m_controller->content()));
     QCOMPARE(text(), u"日本\n"_s);
     QVERIFY(!m_document->isEdited());
     m_controller->window()->show();

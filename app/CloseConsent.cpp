@@ -1,0 +1,89 @@
+#include "app/CloseConsent.h"
+
+#include "app/WindowPlacement.h"
+#include "controls/Alerts.h"
+
+#include <QGuiApplication>
+#include <QInputMethod>
+
+#include <utility>
+
+namespace penwick {
+
+CloseConsent::CloseConsent(const OpenDocuments &documents, Save save)
+    : m_documents(documents)
+    , m_save(std::move(save))
+{
+}
+
+bool CloseConsent::offersToStopAMacro() const
+{
+    const OpenDocument *running = m_documents.withRunningMacro();
+    if (running == nullptr) {
+        return false;
+    }
+    bringForward(*running->controller);
+    running->controller->offerToStopMacro();
+    return true;
+}
+
+bool CloseConsent::isGivenFor(OpenDocument &entry) const
+{
+    const EditorWindowController &controller = *entry.controller;
+    if (controller.isRunningMacro()) {
+        bringForward(controller);
+        entry.controller->offerToStopMacro();
+        return false;
+    }
+    if (entry.document->isReading()) {
+        return true; // Nothing of it can be lost.
+    }
+    if (!entry.saver->await(entry.displayName())) {
+        return false;
+    }
+    QGuiApplication::inputMethod()->commit();
+    if (!entry.document->isEdited()) {
+        return true;
+    }
+    bringForward(controller);
+    switch (askAboutUnsavedChanges(controller.window(), entry.displayName())) {
+    case UnsavedAnswer::Save:
+        return m_save(&controller) && entry.saver->await(entry.displayName());
+    case UnsavedAnswer::Discard:
+        return true;
+    case UnsavedAnswer::Cancel:
+        break;
+    }
+    return false;
+}
+
+bool CloseConsent::isGivenFor(const EditorWindow &window) const
+{
+    QList<const EditorWindowController *> asked;
+    while (OpenDocument *entry = nextOf(window, asked)) {
+        asked << entry->controller.get();
+        if (!isGivenFor(*entry)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Searched anew after each question, for one may have come or gone during it.
+OpenDocument *CloseConsent::nextOf(const EditorWindow &window,
+                                   const QList<const EditorWindowController *> &asked) const
+{
+    const auto controllers = window.controllers();
+    for (const bool runsMacro : {true, false}) {
+        for (const EditorWindowController *controller : controllers) {
+            OpenDocument *entry = m_documents.find(controller);
+            if (entry != nullptr && !asked.contains(controller) &&
+                (controller->isRunningMacro() || !runsMacro)) {
+                return entry;
+            }
+        }
+    }
+    return nullptr;
+}
+
+} // namespace penwick

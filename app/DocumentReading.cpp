@@ -1,0 +1,62 @@
+#include "app/DocumentReading.h"
+
+#include <QFileInfo>
+
+#include <optional>
+
+namespace penwick {
+
+namespace {
+
+tl::expected<void, DocumentError>
+read(TextDocument &document, const QString &path, const TransferPatience &patience)
+{
+    const QFileInfo info(path);
+    // What cannot be read at all is told before a window opens for it.
+    if (!info.isFile() || !info.isReadable() || info.size() < patience.directBytes) {
+        return document.readFromFile(path);
+    }
+    document.startReading(path);
+    if (patience.reading.count() > 0) {
+        if (const auto outcome = document.waitForTransfer(patience.reading)) {
+            return *outcome;
+        }
+    }
+    document.setFilePath(path); // The window is the file's from now on.
+    return {};
+}
+
+/// Why the file cannot become a new document, or nothing when it can: it is merely not there yet.
+std::optional<DocumentError> obstacleToNewFile(const QString &path, const DocumentError &readError)
+{
+    if (readError.fileErrorKind != FileError::Kind::NotFound) {
+        return readError;
+    }
+    // What the system calls by bytes that are no text came here as another name, under which
+    // nothing is found. An empty window would pass for that file.
+    if (path.contains(QChar::ReplacementCharacter)) {
+        return DocumentError{
+            DocumentError::Domain::NSPOSIXErrorDomain, 0, FileError::Kind::InvalidPath};
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+tl::expected<std::unique_ptr<TextDocument>, DocumentError>
+readDocument(const QString &path, MissingFile missingFile, const TransferPatience &patience)
+{
+    auto document = std::make_unique<TextDocument>();
+    if (const auto wasRead = read(*document, path, patience); !wasRead) {
+        const auto obstacle = missingFile == MissingFile::IsAnEmptyDocument
+                                  ? obstacleToNewFile(path, wasRead.error())
+                                  : wasRead.error();
+        if (obstacle) {
+            return tl::unexpected(*obstacle);
+        }
+        document->setFilePath(path);
+    }
+    return document;
+}
+
+} // namespace penwick

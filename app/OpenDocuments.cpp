@@ -1,0 +1,133 @@
+#include "app/OpenDocuments.h"
+
+#include "app/DocumentPaths.h"
+#include "editor/TextView.h"
+#include "wording/WordingLookup.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+using paths::identityOf;
+
+namespace {
+
+/// True for the document's file, and for the one that it is being saved to.
+bool isHeldBy(const TextDocument &document, const QString &identity)
+{
+    const QStringList paths{document.filePath(), document.transferPath()};
+    return std::any_of(paths.begin(), paths.end(), [&identity](const QString &path) {
+        return !path.isEmpty() && identityOf(path) == identity;
+    });
+}
+
+template <typename Entries, typename Predicate>
+OpenDocument *first(const Entries &entries, Predicate predicate)
+{
+    const auto found = std::find_if(
+        entries.begin(), entries.end(), [&predicate](const auto &e) { return predicate(*e); });
+    return found != entries.end() ? found->get() : nullptr;
+}
+
+} // namespace
+
+QString OpenDocument::displayName() const
+{
+    if (!document->filePath().isEmpty()) {
+        return QFileInfo(document->filePath()).fileName();
+    }
+    const QString untitled = wording::text(u"editor.untitled"_s);
+    return untitledNumber > 1 ? untitled + u' ' + QString::number(untitledNumber) : untitled;
+}
+
+bool OpenDocument::isPristine() const
+{
+    const TextStorage &storage = *document->textStorage();
+    return document->filePath().isEmpty() && storage.length() == 0 && !storage.isModified() &&
+           !storage.canUndo() && !storage.canRedo() && !controller->isRunningMacro() &&
+           !controller->textView()->hasMarkedText();
+}
+
+QList<std::shared_ptr<EditorWindowController>> OpenDocuments::controllers() const
+{
+    QList<std::shared_ptr<EditorWindowController>> controllers;
+    for (const auto &entry : m_entries) {
+        controllers << entry->controller;
+    }
+    return controllers;
+}
+
+QList<std::shared_ptr<EditorWindow>> OpenDocuments::windows() const
+{
+    QList<std::shared_ptr<EditorWindow>> windows;
+    for (const auto &entry : m_entries) {
+        auto window = entry->controller->window()->shared_from_this();
+        if (!windows.contains(window)) {
+            windows << std::move(window);
+        }
+    }
+    return windows;
+}
+
+OpenDocument *OpenDocuments::find(const EditorWindowController *controller) const
+{
+    return first(m_entries, [controller](const OpenDocument &entry) {
+        return entry.controller.get() == controller;
+    });
+}
+
+OpenDocument *OpenDocuments::inFrontOf(const QWidget *window) const
+{
+    return first(m_entries, [window](const OpenDocument &entry) {
+        return entry.controller->window() == window && entry.controller->isInFront();
+    });
+}
+
+OpenDocument *OpenDocuments::withFile(const QString &path) const
+{
+    const QString identity = identityOf(path);
+    return first(m_entries, [&identity](const OpenDocument &entry) {
+        return isHeldBy(*entry.document, identity);
+    });
+}
+
+OpenDocument *OpenDocuments::withRunningMacro() const
+{
+    return first(m_entries,
+                 [](const OpenDocument &entry) { return entry.controller->isRunningMacro(); });
+}
+
+OpenDocument &OpenDocuments::add()
+{
+    m_entries.push_back(std::make_unique<OpenDocument>());
+    return *m_entries.back();
+}
+
+std::unique_ptr<OpenDocument> OpenDocuments::take(const EditorWindowController *controller)
+{
+    const auto found =
+        std::find_if(m_entries.begin(), m_entries.end(), [controller](const auto &e) {
+            return e->controller.get() == controller;
+        });
+    if (found == m_entries.end()) {
+        return nullptr;
+    }
+    auto entry = std::move(*found);
+    m_entries.erase(found);
+    return entry;
+}
+
+int OpenDocuments::nextUntitledNumber() const
+{
+    int number = 1;
+    while (
+        first(m_entries, [number](const OpenDocument &e) { return e.untitledNumber == number; })) {
+        ++number;
+    }
+    return number;
+}
+
+} // namespace penwick

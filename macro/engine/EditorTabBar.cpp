@@ -1,0 +1,268 @@
+#include "macro/engine/EditorTabBar.h"
+
+#include "controls/VerbatimText.h"
+#include "macro/engine/TabCloseButton.h"
+#include "macro/engine/TabMimeData.h"
+#include "platform/NotificationCenter.h"
+#include "wording/UIWordingProfileManager.h"
+#include "wording/WordingLookup.h"
+
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QDir>
+#include <QDropEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QStyleOptionTab>
+#include <QToolButton>
+
+#include <algorithm>
+#include <utility>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Both in widths of an average character, so that they follow the font and the scale.
+constexpr int kMostWidth = 30;
+constexpr int kLeastWidth = 14;
+
+constexpr int kDropMarkWidth = 3;
+
+constexpr QTabBar::ButtonPosition kButtonSide = QTabBar::RightSide;
+
+TabCloseButton *closeButtonOf(const QTabBar &bar, int index)
+{
+    return qobject_cast<TabCloseButton *>(bar.tabButton(index, kButtonSide));
+}
+
+QString accessibleNameOf(const TabLabel &label)
+{
+    if (!label.isEdited)
+        return label.name;
+    // Not `arg`: a profile's text may lack the place, or hold another number.
+    return wording::text(u"editor.tab.edited"_s, u"%1（未保存の変更あり）"_s)
+        .replace(u"%1"_s, label.name);
+}
+
+} // namespace
+
+EditorTabBar::EditorTabBar(QWidget *parent)
+    : QTabBar(parent)
+{
+    setDocumentMode(true);
+    setMovable(true);
+    setExpanding(false);
+    setUsesScrollButtons(true);
+    setElideMode(Qt::ElideMiddle); // Both ends tell files apart.
+    // A text that is dragged over a tab opens it; tabs are taken by `event`.
+    setChangeCurrentOnDrag(true);
+    NotificationCenter::defaultCenter().addObserver(
+        UIWordingProfileDidChange, this, [this] { relabel(); });
+    relabel();
+}
+
+void EditorTabBar::insert(int index, const TabLabel &label)
+{
+    const int place = insertTab(index, QString());
+    auto *button = new TabCloseButton(this);
+    connect(button, &QAbstractButton::clicked, this, [this, button] {
+        for (int i = 0; i < count(); ++i) {
+            if (closeButtonOf(*this, i) == button)
+                return Q_EMIT closeRequested(i);
+        }
+    });
+    setTabButton(place, kButtonSide, button);
+    setLabel(place, label);
+    relabel();
+}
+
+void EditorTabBar::setLabel(int index, const TabLabel &label)
+{
+    setTabText(index, verbatimText(visibleLine(label.name)));
+    setAccessibleTabName(index, accessibleNameOf(label));
+    const QString path = QDir::toNativeSeparators(label.filePath);
+    setTabToolTip(index, verbatimToolTip(visibleLine(path.isEmpty() ? label.name : path)));
+    closeButtonOf(*this, index)->setEdited(label.isEdited);
+}
+
+void EditorTabBar::relabel()
+{
+    const QString close = wording::text(u"editor.tab.close"_s, u"タブを閉じる"_s);
+    for (int i = 0; i < count(); ++i) {
+        if (TabCloseButton *button = closeButtonOf(*this, i)) {
+            button->setToolTip(verbatimToolTip(close));
+            button->setAccessibleName(close);
+        }
+    }
+    if (auto *left = findChild<QToolButton *>(u"ScrollLeftButton"_s))
+        left->setAccessibleName(
+            wording::text(u"editor.tab.scrollLeft"_s, u"前のタブへスクロール"_s));
+    if (auto *right = findChild<QToolButton *>(u"ScrollRightButton"_s))
+        right->setAccessibleName(
+            wording::text(u"editor.tab.scrollRight"_s, u"次のタブへスクロール"_s));
+}
+
+QPixmap EditorTabBar::picture(int index) const
+{
+    QStyleOptionTab option;
+    initStyleOption(&option, index);
+    option.rect.moveTo(0, 0);
+    option.state |= QStyle::State_Selected;
+    option.rightButtonSize = {};
+    QPixmap pixmap(option.rect.size() * devicePixelRatioF());
+    pixmap.setDevicePixelRatio(devicePixelRatioF());
+    pixmap.fill(palette().color(QPalette::Window));
+    QPainter painter(&pixmap);
+    style()->drawControl(QStyle::CE_TabBarTabLabel, &option, &painter, this);
+    painter.setPen(palette().color(QPalette::Mid));
+    painter.drawRect(option.rect.adjusted(0, 0, -1, -1));
+    return pixmap;
+}
+
+int EditorTabBar::dropIndexAt(const QPoint &position) const
+{
+    int index = 0;
+    while (index < count() && tabRect(index).center().x() < position.x())
+        ++index;
+    return index;
+}
+
+bool EditorTabBar::event(QEvent *event)
+{
+    return dragEvent(event) || QTabBar::event(event);
+}
+
+/// True for what belongs to a tab that is dragged over the bar.
+bool EditorTabBar::dragEvent(QEvent *event)
+{
+    switch (event->type()) {
+    case QEvent::DragLeave:
+        showDropMark(std::nullopt);
+        return false;
+    case QEvent::DragEnter:
+    case QEvent::DragMove:
+    case QEvent::Drop:
+        break;
+    default:
+        return false;
+    }
+    auto *drop = static_cast<QDropEvent *>(event);
+    const TabMimeData *mime = TabMimeData::of(drop->mimeData());
+    if (mime == nullptr)
+        return false;
+    drop->setDropAction(Qt::MoveAction);
+    drop->accept();
+    const int index = dropIndexAt(drop->position().toPoint());
+    const bool isDrop = event->type() == QEvent::Drop;
+    showDropMark(isDrop ? std::nullopt : std::optional(index));
+    if (isDrop)
+        Q_EMIT tabDropped(mime, index);
+    return true;
+}
+
+void EditorTabBar::showDropMark(std::optional<int> index)
+{
+    if (std::exchange(m_dropMark, index) != index)
+        update();
+}
+
+void EditorTabBar::paintEvent(QPaintEvent *event)
+{
+    QTabBar::paintEvent(event);
+    if (!m_dropMark)
+        return;
+    const int last = count() - 1;
+    int x = 0;
+    if (*m_dropMark <= last)
+        x = tabRect(*m_dropMark).left();
+    else if (last >= 0)
+        x = tabRect(last).right();
+    x = std::clamp(x - kDropMarkWidth / 2, 0, width() - kDropMarkWidth);
+    QPainter painter(this);
+    painter.fillRect(x, 0, kDropMarkWidth, height(), palette().color(QPalette::Highlight));
+}
+
+void EditorTabBar::mousePressEvent(QMouseEvent *event)
+{
+    const QPoint position = event->position().toPoint();
+    const int index = tabAt(position);
+    m_middlePressed = event->button() == Qt::MiddleButton ? index : -1;
+    if (event->button() == Qt::MiddleButton)
+        return event->accept();
+    QTabBar::mousePressEvent(event);
+    if (event->button() == Qt::LeftButton && index >= 0) {
+        m_pressedAt = position;
+        m_hotSpot = position - tabRect(index).topLeft();
+    }
+}
+
+void EditorTabBar::mouseMoveEvent(QMouseEvent *event)
+{
+    const QPoint position = event->position().toPoint();
+    const int reach = std::max(QApplication::startDragDistance(), height() / 2);
+    const bool isOutside = !rect().adjusted(-reach, -reach, reach, reach).contains(position);
+    if (!m_pressedAt || !event->buttons().testFlag(Qt::LeftButton) || !isOutside)
+        return QTabBar::mouseMoveEvent(event);
+    endMoving(*event);
+    m_pressedAt.reset();
+    Q_EMIT pulledOut(currentIndex(), m_hotSpot);
+}
+
+/// The bar moves the tab that is pressed until the button is let go, which it will not see.
+void EditorTabBar::endMoving(const QMouseEvent &event)
+{
+    QMouseEvent release(QEvent::MouseButtonRelease,
+                        *m_pressedAt,
+                        event.globalPosition(),
+                        Qt::LeftButton,
+                        Qt::NoButton,
+                        event.modifiers());
+    QTabBar::mouseReleaseEvent(&release);
+}
+
+void EditorTabBar::mouseReleaseEvent(QMouseEvent *event)
+{
+    m_pressedAt.reset();
+    const int middlePressed = std::exchange(m_middlePressed, -1);
+    if (event->button() != Qt::MiddleButton)
+        return QTabBar::mouseReleaseEvent(event);
+    event->accept();
+    if (middlePressed >= 0 && tabAt(event->position().toPoint()) == middlePressed)
+        Q_EMIT closeRequested(middlePressed);
+}
+
+void EditorTabBar::contextMenuEvent(QContextMenuEvent *event)
+{
+    const bool isByKey = event->reason() == QContextMenuEvent::Keyboard;
+    const int index = isByKey ? currentIndex() : tabAt(event->pos());
+    if (index < 0)
+        return QTabBar::contextMenuEvent(event);
+    const QPoint place = isByKey ? mapToGlobal(tabRect(index).bottomLeft()) : event->globalPos();
+    Q_EMIT menuRequested(index, place);
+}
+
+QSize EditorTabBar::tabSizeHint(int index) const
+{
+    QSize size = QTabBar::tabSizeHint(index);
+    size.setWidth(
+        std::clamp(size.width(), characterWidths(kLeastWidth), characterWidths(kMostWidth)));
+    return size;
+}
+
+// Below this the bar scrolls.
+QSize EditorTabBar::minimumTabSizeHint(int index) const
+{
+    QSize size = QTabBar::minimumTabSizeHint(index);
+    size.setWidth(characterWidths(kLeastWidth));
+    return size;
+}
+
+int EditorTabBar::characterWidths(int count) const
+{
+    return fontMetrics().averageCharWidth() * count;
+}
+
+} // namespace penwick

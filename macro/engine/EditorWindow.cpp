@@ -1,0 +1,347 @@
+#include "macro/engine/EditorWindow.h"
+
+#include "controls/VerbatimText.h"
+#include "macro/engine/EditorTabBar.h"
+#include "macro/engine/EditorWindowController.h"
+#include "macro/engine/TabMimeData.h"
+#include "platform/NotificationCenter.h"
+#include "platform/WindowFrame.h"
+#include "wording/UIWordingProfileManager.h"
+#include "wording/WordingLookup.h"
+
+#include <QApplication>
+#include <QDrag>
+#include <QDropEvent>
+#include <QInputMethod>
+#include <QMenu>
+#include <QPointer>
+#include <QShortcut>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace penwick {
+
+namespace {
+
+constexpr QSize kContentSize(900, 650);
+constexpr QSize kMinimumSize(520, 360);
+constexpr QPoint kBeside(40, 40);
+
+bool s_tabIsDragged = false; // There is one mouse.
+
+} // namespace
+
+EditorWindow::EditorWindow(UserDefaults *frames)
+{
+    setMinimumSize(kMinimumSize);
+    resize(kContentSize);
+    setAttribute(Qt::WA_DeleteOnClose, false); // Its controllers own it.
+    setAcceptDrops(true);
+    makeContent();
+    connectTabBar();
+    addShortcuts();
+    NotificationCenter::defaultCenter().addObserver(
+        UIWordingProfileDidChange, this, [this] { updateTitle(); });
+    if (frames != nullptr && !setFrameAutosaveName(this, u"penwickEditorWindow"_s, *frames))
+        centerWindow(this);
+}
+
+EditorWindow::~EditorWindow() = default;
+
+void EditorWindow::makeContent()
+{
+    auto *content = new QWidget(this);
+    m_tabBar = new EditorTabBar(content);
+    m_pages = new QStackedWidget(content);
+    auto *layout = new QVBoxLayout(content);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_tabBar);
+    layout->addWidget(m_pages, 1);
+    setCentralWidget(content);
+    updateTabBar();
+}
+
+void EditorWindow::connectTabBar()
+{
+    connect(m_tabBar, &QTabBar::currentChanged, this, &EditorWindow::currentIndexDidChange);
+    connect(
+        m_tabBar, &QTabBar::tabMoved, this, [this](int from, int to) { m_tabs.move(from, to); });
+    connect(m_tabBar, &EditorTabBar::closeRequested, this, [this](int index) {
+        Q_EMIT closeRequested(m_tabs.at(index).controller);
+    });
+    connect(m_tabBar, &EditorTabBar::pulledOut, this, &EditorWindow::dragTab);
+    connect(m_tabBar, &EditorTabBar::menuRequested, this, &EditorWindow::showTabMenu);
+    connect(m_tabBar, &EditorTabBar::tabDropped, this, [this](const TabMimeData *mime, int index) {
+        mime->dropOn(this, index);
+    });
+}
+
+void EditorWindow::addShortcuts()
+{
+    const auto add = [this](QKeyCombination keys, int step) {
+        auto *shortcut = new QShortcut(QKeySequence(keys), this);
+        connect(shortcut, &QShortcut::activated, this, [this, step] { stepTab(step); });
+    };
+    add(Qt::CTRL | Qt::Key_Tab, 1);
+    add(Qt::CTRL | Qt::Key_PageDown, 1);
+    add(Qt::CTRL | Qt::SHIFT | Qt::Key_Tab, -1);
+    add(Qt::CTRL | Qt::Key_PageUp, -1);
+}
+
+QList<EditorWindowController *> EditorWindow::controllers() const
+{
+    QList<EditorWindowController *> controllers;
+    for (const Tab &tab : m_tabs)
+        controllers << tab.controller;
+    return controllers;
+}
+
+int EditorWindow::indexOf(const EditorWindowController *controller) const
+{
+    const auto tab = std::find_if(m_tabs.begin(), m_tabs.end(), [controller](const Tab &t) {
+        return t.controller == controller;
+    });
+    return tab != m_tabs.end() ? static_cast<int>(tab - m_tabs.begin()) : -1;
+}
+
+void EditorWindow::setCurrentController(const EditorWindowController *controller)
+{
+    if (const int index = indexOf(controller); index >= 0)
+        m_tabBar->setCurrentIndex(index);
+}
+
+void EditorWindow::stepTab(int step)
+{
+    if (count() > 1)
+        m_tabBar->setCurrentIndex((m_tabBar->currentIndex() + step + count()) % count());
+}
+
+void EditorWindow::setTabBarStays(bool stays)
+{
+    m_tabBarStays = stays;
+    updateTabBar();
+}
+
+void EditorWindow::insertTab(int index,
+                             EditorWindowController *controller,
+                             QWidget *page,
+                             const TabLabel &label)
+{
+    const int place = index < 0 ? count() : std::min(index, count());
+    m_tabs.insert(place, {controller, page, label});
+    m_pages->addWidget(page);
+    {
+        const QSignalBlocker noHalfDoneChange(m_tabBar);
+        m_tabBar->insert(place, label);
+    }
+    updateTabBar();
+    currentIndexDidChange();
+}
+
+void EditorWindow::removeTab(const EditorWindowController *controller)
+{
+    const int index = indexOf(controller);
+    if (index < 0)
+        return;
+    QWidget *page = m_tabs.takeAt(index).page;
+    {
+        const QSignalBlocker noHalfDoneChange(m_tabBar);
+        m_tabBar->removeTab(index);
+    }
+    // The next page first: the keyboard passes from one to the other.
+    currentIndexDidChange();
+    m_pages->removeWidget(page);
+    page->setParent(nullptr);
+    updateTabBar();
+}
+
+void EditorWindow::moveTab(const EditorWindowController *controller, int index)
+{
+    const int from = indexOf(controller);
+    if (from >= 0)
+        m_tabBar->moveTab(from, index < 0 ? count() - 1 : std::min(index, count() - 1));
+}
+
+void EditorWindow::setTabLabel(const EditorWindowController *controller, const TabLabel &label)
+{
+    const int index = indexOf(controller);
+    if (index < 0)
+        return;
+    m_tabs[index].label = label;
+    m_tabBar->setLabel(index, label);
+    updateTitle();
+}
+
+void EditorWindow::contentDidChange(const EditorWindowController *controller)
+{
+    const int index = indexOf(controller);
+    if (index >= 0 && controller == m_current && (!focusWidget() || focusWidget() == this))
+        focusPage(m_tabs.at(index).page);
+}
+
+void EditorWindow::currentIndexDidChange()
+{
+    const int index = m_tabBar->currentIndex();
+    EditorWindowController *current = index >= 0 ? m_tabs.at(index).controller : nullptr;
+    if (std::exchange(m_current, current) == current)
+        return;
+    // What is being composed belongs to the text that is left.
+    QGuiApplication::inputMethod()->commit();
+    if (current != nullptr) {
+        QWidget *page = m_tabs.at(index).page;
+        const bool keyboardIsInTheBar = m_tabBar->isAncestorOf(focusWidget()) ||
+                                        (m_tabBar->isVisible() && m_tabBar == focusWidget());
+        m_pages->setCurrentWidget(page);
+        if (!keyboardIsInTheBar)
+            focusPage(page);
+    }
+    updateTitle();
+    Q_EMIT currentTabChanged(current);
+}
+
+/// Puts the keyboard where it was in the page, at first into its content.
+void EditorWindow::focusPage(QWidget *page)
+{
+    QWidget *last = page->focusWidget();
+    if (last != nullptr && last != page && last->isVisibleTo(page))
+        last->setFocus();
+    else
+        page->setFocus();
+}
+
+void EditorWindow::updateTabBar()
+{
+    m_tabBar->setVisible(count() > 1 || m_tabBarStays || s_tabIsDragged);
+}
+
+void EditorWindow::updateTitle()
+{
+    const int index = indexOf(m_current);
+    if (index < 0 || m_tabs.at(index).label.name.isEmpty())
+        return;
+    const TabLabel &label = m_tabs.at(index).label;
+    QString escaped = label.name;
+    escaped.replace(u"[*]"_s, u"[*][*]"_s); // Else Qt takes it for the place of the edited mark.
+    setWindowTitle(escaped + u"[*] — "_s + wording::text(u"app.name"_s));
+    setWindowModified(label.isEdited);
+    setWindowFilePath(label.filePath);
+}
+
+void EditorWindow::setTabIsDragged(bool isDragged)
+{
+    s_tabIsDragged = isDragged;
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget *window : windows) {
+        if (auto *editorWindow = qobject_cast<EditorWindow *>(window))
+            editorWindow->updateTabBar();
+    }
+}
+
+void EditorWindow::dragTab(int index, const QPoint &hotSpot)
+{
+    EditorWindowController *tab = m_tabs.at(index).controller;
+    if (tab->isRunningMacro())
+        return tab->offerToStopMacro();
+    auto *mime = new TabMimeData(tab);
+    auto *drag = new QDrag(m_tabBar);
+    drag->setMimeData(mime);
+    drag->setPixmap(m_tabBar->picture(index));
+    drag->setHotSpot(hotSpot);
+    const QPointer<EditorWindow> self(this);
+    const QPointer<TabMimeData> dropped(mime);
+    setTabIsDragged(true);
+    drag->exec(Qt::MoveAction);
+    setTabIsDragged(false);
+    // Whoever lets the tab go lets the button go; Escape leaves it pressed.
+    const bool isGivenUp = QGuiApplication::mouseButtons().testFlag(Qt::LeftButton);
+    if (!self.isNull() && !dropped.isNull())
+        endDrag(*dropped, hotSpot, isGivenUp);
+}
+
+void EditorWindow::endDrag(const TabMimeData &mime, const QPoint &hotSpot, bool isGivenUp)
+{
+    EditorWindowController *tab = mime.tab();
+    if (tab == nullptr || tab->window() != this || QApplication::activeModalWidget() != nullptr)
+        return;
+    EditorWindow *target = mime.target();
+    if (target == this) {
+        const int from = indexOf(tab);
+        const int before = mime.targetIndex();
+        moveTab(tab, before > from ? before - 1 : before);
+    } else if (target != nullptr) {
+        tab->moveTo(target->shared_from_this(), mime.targetIndex());
+        target->setCurrentController(tab);
+        target->activateWindow();
+    } else if (!isGivenUp) {
+        const QPoint inWindow = m_tabBar->mapTo(this, hotSpot) + (geometry().topLeft() - pos());
+        Q_EMIT moveToNewWindowRequested(tab, QCursor::pos() - inWindow);
+    }
+}
+
+const TabMimeData *EditorWindow::tabFromElsewhere(const QMimeData *mime) const
+{
+    const TabMimeData *tab = TabMimeData::of(mime);
+    return tab != nullptr && indexOf(tab->tab()) < 0 ? tab : nullptr;
+}
+
+void EditorWindow::dragEnterEvent(QDragEnterEvent *event)
+{
+    dragMoveEvent(event);
+}
+
+// A tab of another window is welcome everywhere. One of this window that is let go over its text
+// goes to a window of its own: a maximised window leaves no other place for that.
+void EditorWindow::dragMoveEvent(QDragMoveEvent *event)
+{
+    if (tabFromElsewhere(event->mimeData()) == nullptr)
+        return event->ignore();
+    event->setDropAction(Qt::MoveAction);
+    event->accept();
+}
+
+void EditorWindow::dropEvent(QDropEvent *event)
+{
+    const TabMimeData *tab = tabFromElsewhere(event->mimeData());
+    if (tab == nullptr)
+        return event->ignore();
+    tab->dropOn(this, -1);
+    event->setDropAction(Qt::MoveAction);
+    event->accept();
+}
+
+void EditorWindow::showTabMenu(int index, const QPoint &globalPosition)
+{
+    const QPointer<EditorWindowController> tab(m_tabs.at(index).controller);
+    auto *menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    const auto add = [menu](const QString &title, auto action) {
+        return menu->addAction(verbatimText(title), menu, action);
+    };
+    add(wording::text(u"editor.tab.close"_s, u"タブを閉じる"_s), [this, tab] {
+        if (indexOf(tab) >= 0)
+            Q_EMIT closeRequested(tab);
+    });
+    add(wording::text(u"editor.tab.closeOthers"_s, u"ほかのタブを閉じる"_s), [this, tab] {
+        if (indexOf(tab) >= 0)
+            Q_EMIT closeOthersRequested(tab);
+    })->setEnabled(count() > 1);
+    menu->addSeparator();
+    add(wording::text(u"editor.tab.moveToNewWindow"_s, u"新しいウインドウに移動"_s), [this, tab] {
+        if (indexOf(tab) >= 0)
+            Q_EMIT moveToNewWindowRequested(tab, besideThis());
+    })->setEnabled(count() > 1);
+    menu->popup(globalPosition);
+}
+
+QPoint EditorWindow::besideThis() const
+{
+    return pos() + kBeside;
+}
+
+} // namespace penwick

@@ -1,0 +1,40 @@
+#include "macro/engine/TabMimeData.h"
+
+#include "macro/engine/EditorWindow.h"
+#include "macro/engine/EditorWindowController.h"
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+TabMimeData::TabMimeData(EditorWindowController *tab)
+    : m_tab(tab)
+{
+    // Without any format a drag would not be offered to windows at all.
+    setData(u"application/x-penwick-tab"_s, QByteArray());
+}
+
+TabMimeData::~TabMimeData() = default;
+
+const TabMimeData *TabMimeData::of(const QMimeData *mime)
+{
+    return qobject_cast<const TabMimeData *>(mime);
+}
+
+EditorWindowController *TabMimeData::tab() const
+{
+    return m_tab;
+}
+
+void TabMimeData::dropOn(EditorWindow *window, int index) const
+{
+    m_target = window;
+    m_index = index;
+}
+
+EditorWindow *TabMimeData::target() const
+{
+    return m_target;
+}
+
+} // namespace penwick
