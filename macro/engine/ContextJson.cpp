@@ -124,6 +124,35 @@ struct Writer
     void chunk(const char16_t *units, qsizetype size) { appendEscaped(units, size, out); }
 };
 
+/// Writes into a buffer that is handed on whenever there is enough in it.
+struct PieceWriter
+{
+    const std::function<void(QStringView)> &sink;
+    QString buffer = {};
+
+    void literal(QLatin1StringView ascii)
+    {
+        buffer += ascii;
+        handOn(kPiece);
+    }
+
+    template <typename Unit> void chunk(const Unit *units, qsizetype size)
+    {
+        appendEscaped(units, size, buffer);
+        handOn(kPiece);
+    }
+
+    void handOn(qsizetype least)
+    {
+        if (buffer.size() < least)
+            return;
+        sink(buffer);
+        buffer.resize(0);
+    }
+
+    static constexpr qsizetype kPiece = 32768;
+};
+
 template <typename Sink> void emitDictionary(const ContextDictionary &dictionary, Sink &sink);
 
 template <typename Sink> struct EmitValue
@@ -181,6 +210,14 @@ qint64 contextJsonLength(const ContextDictionary &dictionary)
     Measure measure;
     emitDictionary(dictionary, measure);
     return measure.length;
+}
+
+void writeContextJson(const ContextDictionary &dictionary,
+                      const std::function<void(QStringView)> &sink)
+{
+    PieceWriter writer{sink};
+    emitDictionary(dictionary, writer);
+    writer.handOn(1);
 }
 
 void appendContextJson(const ContextDictionary &dictionary, QString &out)

@@ -3,6 +3,9 @@
 #include "macro/engine/MacroContext.h"
 
 #include <QString>
+#include <QStringView>
+
+#include <functional>
 
 namespace penwick {
 
@@ -15,5 +18,9 @@ namespace penwick {
 /// Texts go from their storage straight into `out`; reserve `contextJsonLength` there before, and
 /// nothing is copied twice.
 void appendContextJson(const ContextDictionary &dictionary, QString &out);
+
+/// Hands the same object to `sink` in pieces, none much longer than a chunk of a text.
+void writeContextJson(const ContextDictionary &dictionary,
+                      const std::function<void(QStringView)> &sink);
 
 } // namespace penwick

@@ -39,26 +39,26 @@ MacroResultError executionException(const QString &detail)
     return {Code::ExecutionException, detail};
 }
 
-// The context of a large document makes up nearly all of the script: it is measured first and then
-// written in place, so that the document is copied once. Nothing when it is too long for a string.
-std::optional<QString> scriptText(const QString &code, const MacroContext &context)
+// The context of a large document makes up nearly all of the script: it is measured first, and
+// written out when whoever runs the script takes it. Nothing when it is too long for a string.
+std::optional<ScriptSource> scriptSource(const QString &code, const MacroContext &context)
 {
     const qsizetype longest = ScriptLimits().sourceLength;
     if (context.document.text.size() > longest)
         return std::nullopt; // Known without reading it.
-    const ContextDictionary dictionary = context.toDictionary();
+    ContextDictionary dictionary = context.toDictionary();
     const qint64 length = contextJsonLength(dictionary) + kBeforeContext.size() +
                           kAfterContext.size() + code.size() + kAfterCode.size();
     if (length > longest)
         return std::nullopt;
-    QString text;
-    text.reserve(static_cast<qsizetype>(length));
-    text += kBeforeContext;
-    appendContextJson(dictionary, text);
-    text += kAfterContext;
-    text += code;
-    text += kAfterCode;
-    return text;
+    return ScriptSource(static_cast<qsizetype>(length),
+                        [dictionary = std::move(dictionary), code](const ScriptSource::Sink &sink) {
+                            sink(kBeforeContext);
+                            writeContextJson(dictionary, sink);
+                            sink(kAfterContext);
+                            sink(code);
+                            sink(kAfterCode);
+                        });
 }
 
 MacroResultError resultError(const ScriptError &error)
@@ -120,7 +120,7 @@ MacroRuntimeService::Evaluation MacroRuntimeService::prepare(
 {
     return [job = m_host(), log = m_log, code, context, userInput](
                ScriptWaiter *waiter) -> ScriptOutcome {
-        std::optional<QString> source = scriptText(code, context);
+        std::optional<ScriptSource> source = scriptSource(code, context);
         if (!source)
             return tl::unexpected(ScriptError{ScriptError::Code::SourceTooLong, {}});
         return job({std::move(*source), userInput}, log, waiter);

@@ -7,8 +7,9 @@
 
 namespace penwick {
 
-HostChannel::HostChannel(int descriptor)
+HostChannel::HostChannel(int sharedDescriptor, int descriptor)
     : m_descriptor(descriptor)
+    , m_shared(sharedDescriptor, SharedTexts::Side::Host)
     , m_sink([this](QByteArrayView bytes) { return send(bytes); })
 {
 }
@@ -31,7 +32,7 @@ std::optional<ScriptRequest> HostChannel::receiveRequest() const
         if (!message)
             return std::nullopt;
         if (*message) {
-            auto request = decodeRequest((*message)->payload);
+            auto request = decodeRequest((*message)->payload, &m_shared);
             return request ? std::optional(std::move(*request)) : std::nullopt;
         }
         const ssize_t size =

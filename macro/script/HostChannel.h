@@ -1,6 +1,7 @@
 #pragma once
 
 #include "macro/script/ScriptWire.h"
+#include "macro/script/SharedTexts.h"
 
 #include <optional>
 
@@ -12,9 +13,9 @@ class HostChannel final
 public:
     /// The descriptor under which the host finds its connection when it starts.
     static constexpr int kDescriptor = 3;
-
     /// \param descriptor a connected stream socket; not owned.
-    explicit HostChannel(int descriptor = kDescriptor);
+    /// \param sharedDescriptor see `SharedTexts`; not owned.
+    explicit HostChannel(int sharedDescriptor, int descriptor = kDescriptor);
     HostChannel(const HostChannel &) = delete;
     HostChannel &operator=(const HostChannel &) = delete;
     ~HostChannel() = default;
@@ -25,6 +26,9 @@ public:
     /// Nothing when the editor goes away, or says what no editor says, before the request is here.
     [[nodiscard]] std::optional<ScriptRequest> receiveRequest() const;
 
+    /// To say how the script ended; must not outlive this.
+    [[nodiscard]] OutcomeSender outcomeSender() { return OutcomeSender(m_sink, &m_shared); }
+
     /// Where the `send` functions of ScriptWire.h put what they have to say.
     [[nodiscard]] const ByteSink &sink() const { return m_sink; }
 
@@ -32,6 +36,7 @@ private:
     [[nodiscard]] bool send(QByteArrayView bytes) const;
 
     int m_descriptor;
+    SharedTexts m_shared;
     ByteSink m_sink;
 };
 

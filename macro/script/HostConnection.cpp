@@ -37,6 +37,7 @@ void waitForHost(int descriptor, bool forWriting, int milliseconds)
 
 HostConnection::HostConnection(HostProcess process)
     : m_process(std::move(process))
+    , m_shared(m_process.sharedDescriptor(), SharedTexts::Side::Editor)
     , m_portion(kPortion, Qt::Uninitialized)
 {
 }
@@ -56,7 +57,8 @@ HostConnection::run(ScriptRequest request, const ScriptLogSink &log, ScriptWaite
     m_log = &log;
     m_waiter = waiter;
     // A host that does not take the request has a reason, which is told by how it ends.
-    static_cast<void>(sendRequest(request, [this](QByteArrayView bytes) { return send(bytes); }));
+    static_cast<void>(sendRequest(
+        request, [this](QByteArrayView bytes) { return send(bytes); }, &m_shared));
     request = {}; // It may hold a document of hundreds of megabytes.
     while (!isOver()) {
         wait(false);
@@ -163,7 +165,7 @@ void HostConnection::take(const Message &message)
 
 void HostConnection::takeOutcome(const Message &message)
 {
-    auto outcome = decodeOutcome(message);
+    auto outcome = decodeOutcome(message, {}, &m_shared);
     if (outcome)
         m_outcome = std::move(*outcome);
     else if (resultError(outcome.error()) == ScriptError::Code::HostDied)

@@ -2,6 +2,7 @@
 
 #include "macro/script/HostProcess.h"
 #include "macro/script/ScriptWire.h"
+#include "macro/script/SharedTexts.h"
 
 #include <optional>
 
@@ -37,6 +38,7 @@ private:
     [[nodiscard]] ScriptOutcome failure();
 
     HostProcess m_process;
+    SharedTexts m_shared;
     MessageReader m_reader{MessageReader::Side::FromHost};
     QByteArray m_portion;
     const ScriptLogSink *m_log = nullptr;

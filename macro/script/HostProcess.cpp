@@ -9,6 +9,7 @@
 #include <mutex>
 #include <spawn.h>
 #include <string>
+#include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <utility>
@@ -18,7 +19,9 @@ namespace penwick {
 
 namespace {
 
+// As in HostChannel.h, which the editor does not link.
 constexpr int kHostDescriptor = 3;
+constexpr int kHostSharedDescriptor = 4;
 constexpr int kOutOfMemoryStatus = 77;
 
 /// What a script can see of the user's surroundings: the language and the time zone of dates and
@@ -61,21 +64,34 @@ std::vector<char *> pointersTo(std::vector<std::string> &texts)
     return pointers;
 }
 
+/// An empty file in memory, which no path leads to. Not open where there is none.
+FileDescriptor makeSharedFile()
+{
+    const FileDescriptor made(memfd_create("penwick-texts", MFD_CLOEXEC));
+    // Out of the way of the descriptors that the new process gets.
+    return FileDescriptor(
+        made.isOpen() ? fcntl(made.get(), F_DUPFD_CLOEXEC, kHostSharedDescriptor + 1) : -1);
+}
+
 /// What the new process starts with: no open file of ours but the connection, no signal of ours
 /// blocked or ignored.
 class SpawnRules final
 {
 public:
-    explicit SpawnRules(int connection)
+    /// \param shared above the descriptors that the new process gets; or -1.
+    SpawnRules(int connection, int shared)
     {
         posix_spawn_file_actions_init(&m_actions);
         posix_spawn_file_actions_adddup2(&m_actions, connection, kHostDescriptor);
+        if (shared >= 0)
+            posix_spawn_file_actions_adddup2(&m_actions, shared, kHostSharedDescriptor);
         posix_spawn_file_actions_addopen(&m_actions, 0, "/dev/null", O_RDONLY, 0);
         posix_spawn_file_actions_addopen(&m_actions, 1, "/dev/null", O_WRONLY, 0);
 #ifndef __SANITIZE_ADDRESS__ // Whose reports are wanted.
         posix_spawn_file_actions_addopen(&m_actions, 2, "/dev/null", O_WRONLY, 0);
 #endif
-        posix_spawn_file_actions_addclosefrom_np(&m_actions, kHostDescriptor + 1);
+        posix_spawn_file_actions_addclosefrom_np(
+            &m_actions, 1 + (shared >= 0 ? kHostSharedDescriptor : kHostDescriptor));
         posix_spawnattr_init(&m_attributes);
         sigset_t signals;
         sigemptyset(&signals);
@@ -140,9 +156,13 @@ std::optional<HostProcess> HostProcess::start(const Settings &settings)
     const FileDescriptor theirs(ends[1]);
     fcntl(ours.get(), F_SETFL, O_NONBLOCK);
 
-    const SpawnRules rules(theirs.get());
+    FileDescriptor shared = makeSharedFile();
+    const SpawnRules rules(theirs.get(), shared.get());
     const QByteArray program = QFile::encodeName(settings.program);
-    std::vector<std::string> arguments{program.toStdString(), std::to_string(settings.memory)};
+    std::vector<std::string> arguments{program.toStdString(),
+                                       std::to_string(settings.memory),
+                                       shared.isOpen() ? std::to_string(kHostSharedDescriptor)
+                                                       : "-1"};
     std::vector<std::string> environment = hostEnvironment(settings.timeZone);
     pid_t process = -1;
     if (posix_spawn(&process,
@@ -152,18 +172,20 @@ std::optional<HostProcess> HostProcess::start(const Settings &settings)
                     pointersTo(arguments).data(),
                     pointersTo(environment).data()) != 0)
         return std::nullopt;
-    return HostProcess(process, std::move(ours));
+    return HostProcess(process, std::move(ours), std::move(shared));
 }
 
-HostProcess::HostProcess(qint64 processId, FileDescriptor descriptor)
+HostProcess::HostProcess(qint64 processId, FileDescriptor descriptor, FileDescriptor shared)
     : m_processId(processId)
     , m_descriptor(std::move(descriptor))
+    , m_shared(std::move(shared))
 {
 }
 
 HostProcess::HostProcess(HostProcess &&other) noexcept
     : m_processId(std::exchange(other.m_processId, -1))
     , m_descriptor(std::move(other.m_descriptor))
+    , m_shared(std::move(other.m_shared))
 {
 }
 
@@ -171,6 +193,7 @@ HostProcess &HostProcess::operator=(HostProcess &&other) noexcept
 {
     std::swap(m_processId, other.m_processId);
     std::swap(m_descriptor, other.m_descriptor);
+    std::swap(m_shared, other.m_shared);
     return *this;
 }
 

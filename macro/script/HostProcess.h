@@ -39,6 +39,9 @@ public:
     /// Our end of the connection; never blocks.
     [[nodiscard]] int descriptor() const { return m_descriptor.get(); }
 
+    /// The file for `SharedTexts`; -1 where the system has none to offer.
+    [[nodiscard]] int sharedDescriptor() const { return m_shared.get(); }
+
     [[nodiscard]] qint64 processId() const { return m_processId; }
 
     /// Whether the process has neither ended nor been ended.
@@ -48,10 +51,11 @@ public:
     [[nodiscard]] Ending end();
 
 private:
-    HostProcess(qint64 processId, FileDescriptor descriptor);
+    HostProcess(qint64 processId, FileDescriptor descriptor, FileDescriptor shared);
 
     qint64 m_processId; // -1 once it was waited for.
     FileDescriptor m_descriptor;
+    FileDescriptor m_shared;
 };
 
 /// Lets go of processes that were killed before and are gone by now. True when none is left. Safe

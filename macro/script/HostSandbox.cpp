@@ -1,5 +1,6 @@
 #include "macro/script/HostSandbox.h"
 
+#include "macro/script/SharedTexts.h"
 #include "macro/script/SystemCallFilter.h"
 
 #include <array>
@@ -83,6 +84,14 @@ bool limitMemory(std::size_t memory)
     return true;
 }
 
+// The memory of the shared texts is a file, which the limit on memory does not count.
+void limitFiles()
+{
+    constexpr rlim_t kRoom = SharedTexts::kHostRoom;
+    const rlimit limit{kRoom, kRoom};
+    setrlimit(RLIMIT_FSIZE, &limit);
+}
+
 // No file access is allowed by any rule, so that the set of rules stays empty.
 bool closeFileSystem()
 {
@@ -132,6 +141,7 @@ HostProtection confineProcess(std::size_t memory)
         prctl(PR_SET_DUMPABLE, 0);
         if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0) {
             protection.fileAccessRules = closeFileSystem();
+            limitFiles();
             protection.memoryLimit = limitMemory(memory);
             protection.systemCallFilter = filterSystemCalls();
         }

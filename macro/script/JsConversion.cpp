@@ -17,12 +17,9 @@ struct OpenObject
 {
     JSObjectRef object;
     JsProtected protection;
-    QString key;   // Under which the finished value goes into the map below this one, if it is one.
     JsNames names; // Null for a list.
     std::size_t size = 0;
     std::size_t next = 0;
-    ScriptValue::List list;
-    ScriptValue::Map map;
 };
 
 /// The objects from the root down to the one in work form a stack of their own, so that the depth
@@ -30,15 +27,16 @@ struct OpenObject
 class Converter final
 {
 public:
-    Converter(JSContextRef context, const ScriptLimits &limits)
+    Converter(JSContextRef context, const ScriptLimits &limits, ScriptValueSink &sink)
         : m_context(context)
         , m_limits(limits)
+        , m_sink(sink)
     {
     }
 
-    ScriptOutcome convert(JSValueRef root)
+    std::optional<ScriptError> convert(JSValueRef root)
     {
-        take(root, {});
+        take(root);
         while (!m_error && !m_open.empty()) {
             OpenObject &object = m_open.back();
             if (object.next == object.size)
@@ -49,8 +47,8 @@ public:
                 takeElement(object);
         }
         if (m_error)
-            return tl::unexpected(ScriptError{*m_error, {}});
-        return std::move(m_root);
+            return ScriptError{*m_error, {}};
+        return std::nullopt;
     }
 
 private:
@@ -61,8 +59,10 @@ private:
         JSValueRef value = JSObjectGetProperty(m_context, object.object, name, &exception);
         if (exception != nullptr || value == nullptr || JSValueIsUndefined(m_context, value))
             return;
-        if (spend(JSStringGetLength(name)))
-            take(value, fromJsString(name));
+        if (!spend(JSStringGetLength(name)))
+            return;
+        m_sink.key(wellFormedView(name));
+        take(value);
     }
 
     void takeElement(OpenObject &object)
@@ -71,10 +71,10 @@ private:
         JSValueRef exception = nullptr;
         JSValueRef value = JSObjectGetPropertyAtIndex(m_context, object.object, index, &exception);
         const bool gone = exception != nullptr || value == nullptr;
-        take(gone ? JSValueMakeNull(m_context) : value, {});
+        take(gone ? JSValueMakeNull(m_context) : value);
     }
 
-    void take(JSValueRef value, QString key)
+    void take(JSValueRef value)
     {
         if (++m_values > m_limits.values) {
             m_error = Code::ResultTooManyValues;
@@ -83,40 +83,40 @@ private:
         switch (JSValueGetType(m_context, value)) {
         case kJSTypeUndefined:
         case kJSTypeNull:
-            return put(ScriptValue(), std::move(key));
+            return m_sink.null();
         case kJSTypeBoolean:
-            return put(ScriptValue(JSValueToBoolean(m_context, value)), std::move(key));
+            return m_sink.boolean(JSValueToBoolean(m_context, value));
         case kJSTypeNumber:
-            return put(ScriptValue(JSValueToNumber(m_context, value, nullptr)), std::move(key));
+            return m_sink.number(JSValueToNumber(m_context, value, nullptr));
         case kJSTypeString:
-            return takeString(value, std::move(key));
+            return takeString(value);
         case kJSTypeObject:
-            return takeObject(value, std::move(key));
+            return takeObject(value);
         default:
-            return put(ScriptValue::other(), std::move(key));
+            return m_sink.other();
         }
     }
 
-    void takeString(JSValueRef value, QString key)
+    void takeString(JSValueRef value)
     {
         const JsString string(JSValueToStringCopy(m_context, value, nullptr));
         if (!string) // Out of memory while the engine joined its pieces.
             m_error = Code::ResultTooLarge;
         else if (spend(JSStringGetLength(string.get())))
-            put(ScriptValue(fromJsString(string.get())), std::move(key));
+            m_sink.text(wellFormedView(string.get()));
     }
 
-    void takeObject(JSValueRef value, QString key)
+    void takeObject(JSValueRef value)
     {
         JSObjectRef object = JSValueToObject(m_context, value, nullptr);
         if (object == nullptr || JSValueIsDate(m_context, value) || m_path.contains(object))
-            put(ScriptValue::other(), std::move(key));
+            m_sink.other();
         else if (m_open.size() == m_limits.depth)
             m_error = Code::ResultTooDeep;
         else if (isTypedArray(value))
-            put(ScriptValue(ScriptValue::Map()), std::move(key));
+            takeEmptyMap();
         else
-            open(object, std::move(key));
+            open(object);
     }
 
     // The engine makes a name for each of its elements before it says how many there are: for a
@@ -126,14 +126,16 @@ private:
         return JSValueGetTypedArrayType(m_context, value, nullptr) != kJSTypedArrayTypeNone;
     }
 
-    void open(JSObjectRef object, QString key)
+    void takeEmptyMap()
     {
-        OpenObject opened{.object = object,
-                          .protection = JsProtected(m_context, object),
-                          .key = std::move(key),
-                          .names = {},
-                          .list = {},
-                          .map = {}};
+        m_sink.beginMap();
+        m_sink.end();
+    }
+
+    void open(JSObjectRef object)
+    {
+        OpenObject opened{
+            .object = object, .protection = JsProtected(m_context, object), .names = {}};
         if (JSValueIsArray(m_context, object)) {
             opened.size = listLength(object);
         } else {
@@ -144,8 +146,10 @@ private:
             m_error = Code::ResultTooManyValues;
             return;
         }
-        if (!opened.names)
-            opened.list.reserve(opened.size);
+        if (opened.names)
+            m_sink.beginMap();
+        else
+            m_sink.beginList();
         m_path.insert(object);
         m_open.push_back(std::move(opened));
     }
@@ -169,21 +173,19 @@ private:
 
     void close()
     {
-        OpenObject done = std::move(m_open.back());
+        m_path.erase(m_open.back().object);
         m_open.pop_back();
-        m_path.erase(done.object);
-        put(done.names ? ScriptValue(std::move(done.map)) : ScriptValue(std::move(done.list)),
-            std::move(done.key));
+        m_sink.end();
     }
 
-    void put(ScriptValue value, QString key)
+    /// Without a copy, where it is well-formed. Valid until the next call.
+    [[nodiscard]] QStringView wellFormedView(JSStringRef string)
     {
-        if (m_open.empty())
-            m_root = std::move(value);
-        else if (m_open.back().names)
-            m_open.back().map.push_back({std::move(key), std::move(value)});
-        else
-            m_open.back().list.push_back(std::move(value));
+        const QStringView units = viewOf(string);
+        if (units.isValidUtf16())
+            return units;
+        m_mended = wellFormed(units);
+        return m_mended;
     }
 
     [[nodiscard]] bool spend(std::size_t units)
@@ -196,19 +198,23 @@ private:
 
     JSContextRef m_context;
     const ScriptLimits &m_limits;
+    ScriptValueSink &m_sink;
+    QString m_mended;
     std::size_t m_values = 0;
     std::size_t m_bytes = 0;
     std::optional<Code> m_error;
     std::vector<OpenObject> m_open;
     std::unordered_set<JSObjectRef> m_path; // The objects of m_open: one met again is a cycle.
-    ScriptValue m_root;
 };
 
 } // namespace
 
-ScriptOutcome convertJsValue(JSContextRef context, JSValueRef value, const ScriptLimits &limits)
+std::optional<ScriptError> convertJsValue(JSContextRef context,
+                                          JSValueRef value,
+                                          const ScriptLimits &limits,
+                                          ScriptValueSink &sink)
 {
-    return Converter(context, limits).convert(value);
+    return Converter(context, limits, sink).convert(value);
 }
 
 } // namespace penwick

@@ -43,6 +43,12 @@ private:
 
 [[nodiscard]] JsString toJsString(QStringView text);
 
+/// \param text must stay until the engine that used the string is gone.
+[[nodiscard]] JsString toJsStringWithoutCopy(QStringView text);
+
+/// The string's units, which live as long as it does.
+[[nodiscard]] QStringView viewOf(JSStringRef string);
+
 /// Lone surrogates become U+FFFD.
 [[nodiscard]] QString fromJsString(JSStringRef string);
 

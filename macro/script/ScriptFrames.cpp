@@ -1,9 +1,9 @@
 #include "macro/script/ScriptFrames.h"
 
 #include "macro/script/ScriptHost.h"
+#include "macro/script/SharedTexts.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <utility>
 
@@ -11,9 +11,7 @@ namespace penwick {
 
 namespace {
 
-constexpr qsizetype kBlock = 65536;
-
-enum class TextForm : quint8 { Latin1 = 1, Utf16 = 2 };
+enum class TextForm : quint8 { None = 0, Latin1 = 1, Utf16 = 2, Shared = 3 };
 
 bool fitsLatin1(QStringView text)
 {
@@ -62,9 +60,10 @@ qsizetype longestMessage(MessageKind kind)
 
 } // namespace
 
-FrameWriter::FrameWriter(MessageKind kind, const ByteSink &sink)
+FrameWriter::FrameWriter(MessageKind kind, const ByteSink &sink, SharedTexts *shared)
     : m_kind(kind)
     , m_sink(sink)
+    , m_shared(shared)
     , m_frame(kFrameHeaderSize, '\0')
 {
 }
@@ -74,18 +73,18 @@ void FrameWriter::putBytes(const void *data, std::size_t size)
     const char *from = static_cast<const char *>(data);
     auto left = static_cast<qsizetype>(size);
     while (left > 0 && m_good) {
-        const qsizetype room = kFrameHeaderSize + kMaxFramePayload - m_frame.size();
-        const qsizetype portion = std::min(left, room);
+        const qsizetype portion = std::min(left, room());
         m_frame.append(from, portion);
         from += portion;
         left -= portion;
-        if (portion == room)
-            flush(true);
+        flushWhereFull();
     }
 }
 
 void FrameWriter::putText(QStringView text)
 {
+    if (const auto place = m_shared != nullptr ? m_shared->put(text) : std::nullopt)
+        return putSharedText(text.size(), *place);
     const bool narrow = fitsLatin1(text);
     put(narrow ? TextForm::Latin1 : TextForm::Utf16);
     put(static_cast<quint32>(text.size()));
@@ -93,14 +92,48 @@ void FrameWriter::putText(QStringView text)
         putBytes(text.utf16(), static_cast<std::size_t>(text.size()) * sizeof(char16_t));
         return;
     }
-    std::array<char, kBlock> block{};
-    for (qsizetype start = 0; start < text.size(); start += kBlock) {
-        const QStringView units = text.sliced(start, std::min(kBlock, text.size() - start));
-        std::transform(units.begin(), units.end(), block.begin(), [](QChar unit) {
-            return static_cast<char>(unit.unicode());
-        });
-        putBytes(block.data(), static_cast<std::size_t>(units.size()));
+    while (!text.isEmpty() && m_good) {
+        const qsizetype portion = std::min(text.size(), room());
+        const qsizetype before = m_frame.size();
+        m_frame.resize(before + portion);
+        std::transform(text.begin(),
+                       text.begin() + portion,
+                       m_frame.begin() + before,
+                       [](QChar unit) { return static_cast<char>(unit.unicode()); });
+        text = text.sliced(portion);
+        flushWhereFull();
     }
+}
+
+void FrameWriter::putSource(const ScriptSource &source)
+{
+    if (const auto place = m_shared != nullptr ? m_shared->putSource(source) : std::nullopt)
+        putSharedText(source.size(), *place);
+    else
+        putText(source.text());
+}
+
+void FrameWriter::putNoText()
+{
+    put(TextForm::None);
+}
+
+void FrameWriter::putSharedText(qsizetype length, quint64 place)
+{
+    put(TextForm::Shared);
+    put(static_cast<quint32>(length));
+    put(place);
+}
+
+qsizetype FrameWriter::room() const
+{
+    return kFrameHeaderSize + kMaxFramePayload - m_frame.size();
+}
+
+void FrameWriter::flushWhereFull()
+{
+    if (room() == 0)
+        flush(true);
 }
 
 void FrameWriter::flush(bool more)
@@ -138,7 +171,9 @@ tl::expected<std::optional<MessageReader::Header>, WireError> MessageReader::hea
 
 tl::expected<void, WireError> MessageReader::take(const Header &header)
 {
-    if (!m_open)
+    const bool isValueGivenUp =
+        m_open && m_open->kind == MessageKind::Value && header.kind == MessageKind::Failure;
+    if (!m_open || isValueGivenUp)
         m_open = Message{header.kind, {}};
     if (m_open->kind != header.kind)
         return tl::unexpected(WireError::MixedMessages);
@@ -195,10 +230,25 @@ void PayloadReader::getBytes(void *data, std::size_t size)
 
 QString PayloadReader::getText()
 {
-    const auto form = get<TextForm>();
+    return getTextOf(get<quint8>());
+}
+
+std::optional<QString> PayloadReader::getTextUnlessNone()
+{
+    const auto form = get<quint8>();
+    if (!m_error && static_cast<TextForm>(form) == TextForm::None)
+        return std::nullopt;
+    return getTextOf(form);
+}
+
+QString PayloadReader::getTextOf(quint8 number)
+{
+    const auto form = static_cast<TextForm>(number);
     const auto length = static_cast<qsizetype>(get<quint32>());
     if (m_error)
         return {};
+    if (form == TextForm::Shared)
+        return getSharedText(length);
     if (form != TextForm::Latin1 && form != TextForm::Utf16) {
         fail(WireError::UnknownTag);
         return {};
@@ -215,6 +265,19 @@ QString PayloadReader::getText()
     QString text(length, Qt::Uninitialized);
     std::memcpy(text.data(), bytes.data(), static_cast<std::size_t>(size));
     return text;
+}
+
+QString PayloadReader::getSharedText(qsizetype length)
+{
+    const auto place = get<quint64>();
+    if (m_error)
+        return {};
+    auto text = m_shared != nullptr ? m_shared->get(place, length) : std::nullopt;
+    if (!text) {
+        fail(WireError::Truncated);
+        return {};
+    }
+    return *std::move(text);
 }
 
 std::optional<WireError> PayloadReader::errorAtEnd() const

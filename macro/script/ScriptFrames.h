@@ -10,6 +10,9 @@
 
 namespace penwick {
 
+class ScriptSource;
+class SharedTexts;
+
 // The form in which editor and script host talk over a stream of bytes. A message is one frame or
 // several, so that neither side has to know the length of a large one ahead. A frame is a header of
 // `kFrameHeaderSize` bytes (kind, whether more of the message follows, two zeros, the length as 32
@@ -21,7 +24,7 @@ enum class MessageKind : quint8 {
     Request = 2, ///< To the host, once.
     Log = 3,     ///< From the host: a line of the script.
     Value = 4,   ///< From the host, last: what the script gave.
-    Failure = 5, ///< From the host, last: why it gave nothing.
+    Failure = 5, ///< From the host, last: why it gave nothing. May come amid a value's frames.
 };
 
 constexpr qsizetype kFrameHeaderSize = 8;
@@ -32,7 +35,7 @@ enum class WireError {
     UnknownKind,    ///< No kind of message, or none that may come from there.
     FrameTooLong,   ///< A frame that announces more than `kMaxFramePayload` bytes.
     BadHeader,      ///< A frame whose other fields hold what no sender writes.
-    MixedMessages,  ///< A message starts before the one before it is complete.
+    MixedMessages,  ///< A message starts before the one before it is complete. A failure may.
     MessageTooLong, ///< All frames of a message together hold too much.
     Truncated,      ///< A part reaches beyond the end of its message.
     TrailingBytes,  ///< A message goes on after its last part.
@@ -58,7 +61,8 @@ class FrameWriter final
 {
 public:
     /// \param sink must outlive this.
-    FrameWriter(MessageKind kind, const ByteSink &sink);
+    /// \param shared takes the long texts, where there is such a thing; must outlive this.
+    FrameWriter(MessageKind kind, const ByteSink &sink, SharedTexts *shared = nullptr);
 
     void putBytes(const void *data, std::size_t size);
 
@@ -66,17 +70,24 @@ public:
     template <typename Number> void put(Number number) { putBytes(&number, sizeof number); }
 
     /// Puts the text's form (one byte a unit where all are below U+0100, else two), its length and
-    /// its units. At most 2^32 - 1 units.
+    /// its units, or the place among the shared texts where they are. At most 2^32 - 1 units.
     void putText(QStringView text);
+    void putSource(const ScriptSource &source);
+    /// Where a text might be, says that there is none.
+    void putNoText();
 
     /// Sends the last frame. False where the sink refused a frame of this message.
     [[nodiscard]] bool finish();
 
 private:
+    void putSharedText(qsizetype length, quint64 place);
+    [[nodiscard]] qsizetype room() const;
+    void flushWhereFull();
     void flush(bool more);
 
     MessageKind m_kind;
     const ByteSink &m_sink;
+    SharedTexts *m_shared;
     QByteArray m_frame; // Starts with room for the header.
     bool m_good = true;
 };
@@ -122,8 +133,10 @@ private:
 class PayloadReader final
 {
 public:
-    explicit PayloadReader(QByteArrayView payload)
+    /// \param shared where the other side may have put texts; must outlive this.
+    explicit PayloadReader(QByteArrayView payload, const SharedTexts *shared = nullptr)
         : m_rest(payload)
+        , m_shared(shared)
     {
     }
 
@@ -137,6 +150,8 @@ public:
 
     /// The counterpart of `FrameWriter::putText`. Empty after an error.
     [[nodiscard]] QString getText();
+    /// As above; nothing for the counterpart of `FrameWriter::putNoText`.
+    [[nodiscard]] std::optional<QString> getTextUnlessNone();
 
     /// Bytes that were not read yet.
     [[nodiscard]] qsizetype remaining() const { return m_rest.size(); }
@@ -151,8 +166,11 @@ public:
 
 private:
     void getBytes(void *data, std::size_t size);
+    [[nodiscard]] QString getTextOf(quint8 number);
+    [[nodiscard]] QString getSharedText(qsizetype length);
 
     QByteArrayView m_rest;
+    const SharedTexts *m_shared;
     std::optional<WireError> m_error;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "macro/script/ScriptSource.h"
 #include "macro/script/ScriptValue.h"
 
 #include <QString>
@@ -14,7 +15,7 @@ namespace penwick {
 /// One script to evaluate. Plain data, so that it can cross a process boundary.
 struct ScriptRequest
 {
-    QString source; ///< A whole program text.
+    ScriptSource source; ///< A whole program text.
     /// The global variable `userInput`; without a value there is no such variable.
     std::optional<QString> userInput;
 
@@ -26,7 +27,7 @@ struct ScriptRequest
 struct ScriptLimits
 {
     std::size_t values = std::size_t{1} << 25;
-    std::size_t bytes = std::size_t{1} << 31; ///< Of UTF-16 text, keys included.
+    std::size_t bytes = std::size_t{1} << 30; ///< Of UTF-16 text, keys included.
     std::size_t depth = 2000;                 ///< Nested objects and lists; a flat object has 1.
     /// Of the source, in UTF-16 code units. The engine ends the process above this.
     qsizetype sourceLength = 2147483647;

@@ -89,46 +89,61 @@ int lineOf(JSContextRef context, JSValueRef thrown)
 
 // Some values have no string conversion, such as symbols; what the attempt throws says more to the
 // user than nothing. Where that has none either, the run counts as one that returned nothing.
-ScriptOutcome exceptionOutcome(JSContextRef context, JSValueRef thrown)
+std::optional<ScriptError>
+takeException(JSContextRef context, JSValueRef thrown, ScriptValueSink &sink)
 {
     JSValueRef second = nullptr;
     std::optional<QString> text = stringConversion(context, thrown, &second);
     if (!text && second != nullptr)
         text = stringConversion(context, second, nullptr);
-    if (!text)
-        return ScriptValue();
-    return tl::unexpected(
-        ScriptError{ScriptError::Code::Exception, std::move(*text), lineOf(context, thrown)});
+    if (text)
+        return ScriptError{ScriptError::Code::Exception, std::move(*text), lineOf(context, thrown)};
+    sink.null();
+    return std::nullopt;
 }
 
 } // namespace
 
-ScriptOutcome runScript(ScriptRequest request, const ScriptLogSink &log, const ScriptLimits &limits)
+void evaluateScript(const ScriptRequest &request,
+                    const ScriptLogSink &log,
+                    const ScriptLimits &limits,
+                    const ScriptOutcomeSink &sink)
 {
     if (request.source.size() > limits.sourceLength)
-        return tl::unexpected(ScriptError{ScriptError::Code::SourceTooLong, {}});
+        return sink.done(ScriptError{ScriptError::Code::SourceTooLong, {}});
 
+    const QString text = request.source.text(); // Lives longer than the engine.
     const JsContextGroup group(JSContextGroupCreate());
     const JsGlobalContext context(group ? JSGlobalContextCreateInGroup(group.get(), nullptr)
                                         : nullptr);
     if (!context)
-        return tl::unexpected(ScriptError{ScriptError::Code::EngineUnavailable, {}});
+        return sink.done(ScriptError{ScriptError::Code::EngineUnavailable, {}});
 
     installConsole(context.get(), log);
     if (request.userInput)
         installUserInput(context.get(), *request.userInput);
-    const JsString source = toJsString(request.source);
-    request.source = QString(); // It may hold a document of hundreds of megabytes.
-
+    const JsString source = toJsStringWithoutCopy(text);
     const JsString url = toJsString(kSourceUrl);
     JSValueRef exception = nullptr;
     JSValueRef value =
         JSEvaluateScript(context.get(), source.get(), nullptr, url.get(), 1, &exception);
     if (exception != nullptr)
-        return exceptionOutcome(context.get(), exception);
+        return sink.done(takeException(context.get(), exception, sink.value));
     if (value == nullptr)
-        return ScriptValue();
-    return convertJsValue(context.get(), value, limits);
+        value = JSValueMakeNull(context.get());
+    sink.done(convertJsValue(context.get(), value, limits, sink.value));
+}
+
+ScriptOutcome
+runScript(const ScriptRequest &request, const ScriptLogSink &log, const ScriptLimits &limits)
+{
+    ScriptValueBuilder builder;
+    std::optional<ScriptError> error;
+    const auto done = [&error](const std::optional<ScriptError> &how) { error = how; };
+    evaluateScript(request, log, limits, {builder, done});
+    if (error)
+        return tl::unexpected(*error);
+    return builder.take();
 }
 
 } // namespace penwick

@@ -1,204 +1,127 @@
 #include "macro/script/ScriptWire.h"
 
 #include <utility>
-#include <vector>
 
 namespace penwick {
 
 namespace {
 
-enum class Tag : quint8 { Null, False, True, Number, Text, List, Map, Other };
+// A list ends with a tag, a map with no text where a key would be.
+enum class Tag : quint8 { Null, False, True, Number, Text, List, Map, Other, End };
 
 // Changes with every message's form: after an update the host may be newer than a running editor.
-constexpr quint8 kProtocolVersion = 2;
+constexpr quint8 kProtocolVersion = 4;
 constexpr quint8 kMemoryLimit = 1;
 constexpr quint8 kSystemCallFilter = 2;
 constexpr quint8 kFileAccessRules = 4;
 
-/// A list or map whose parts are being sent or read. The open ones form a stack of their own, so
-/// that the depth of a value never becomes the depth of our calls.
-struct SentContainer
-{
-    const ScriptValue::List *list;
-    const ScriptValue::Map *map;
-    std::size_t next = 0;
-
-    [[nodiscard]] std::size_t size() const { return list != nullptr ? list->size() : map->size(); }
-};
-
-class ValueSender final
-{
-public:
-    explicit ValueSender(FrameWriter &writer)
-        : m_writer(writer)
-    {
-    }
-
-    void send(const ScriptValue &root)
-    {
-        sendOne(root);
-        while (!m_open.empty()) {
-            SentContainer &container = m_open.back();
-            if (container.next == container.size()) {
-                m_open.pop_back();
-            } else if (container.list != nullptr) {
-                sendOne((*container.list)[container.next++]);
-            } else {
-                const ScriptMember &member = (*container.map)[container.next++];
-                m_writer.putText(member.key);
-                sendOne(member.value);
-            }
-        }
-    }
-
-private:
-    void sendOne(const ScriptValue &value)
-    {
-        if (const bool *boolean = value.boolean()) {
-            m_writer.put(*boolean ? Tag::True : Tag::False);
-        } else if (const double *number = value.number()) {
-            m_writer.put(Tag::Number);
-            m_writer.put(*number);
-        } else if (const QString *text = value.string()) {
-            m_writer.put(Tag::Text);
-            m_writer.putText(*text);
-        } else if (value.list() != nullptr || value.map() != nullptr) {
-            m_writer.put(value.list() != nullptr ? Tag::List : Tag::Map);
-            m_open.push_back({value.list(), value.map()});
-            m_writer.put(static_cast<quint32>(m_open.back().size()));
-        } else {
-            m_writer.put(value.isOther() ? Tag::Other : Tag::Null);
-        }
-    }
-
-    FrameWriter &m_writer;
-    std::vector<SentContainer> m_open;
-};
-
-struct ReadContainer
-{
-    bool isMap = false;
-    quint32 missing = 0;
-    QString key; // Under which it goes into the map around it, if it is one.
-    ScriptValue::List list;
-    ScriptValue::Map map;
-};
-
 class ValueReader final
 {
 public:
-    ValueReader(QByteArrayView payload, const ScriptLimits &limits)
-        : m_reader(payload)
+    ValueReader(QByteArrayView payload, const ScriptLimits &limits, const SharedTexts *shared)
+        : m_reader(payload, shared)
         , m_limits(limits)
     {
     }
 
     tl::expected<ScriptValue, WireError> read()
     {
-        readOne({});
-        while (!m_open.empty() && !m_reader.error()) {
-            ReadContainer &container = m_open.back();
-            if (container.missing == 0) {
-                close();
-                continue;
-            }
-            --container.missing;
-            QString key = container.isMap ? readText() : QString();
-            readOne(std::move(key));
+        readValue(m_reader.get<Tag>());
+        while (m_builder.depth() > 0 && !m_reader.error()) {
+            if (m_builder.isInMap())
+                readMember();
+            else
+                readElement();
         }
         if (const auto error = m_reader.errorAtEnd())
             return tl::unexpected(*error);
-        return std::move(m_root);
+        return m_builder.take();
     }
 
 private:
-    void readOne(QString key)
+    void readElement()
     {
         const auto tag = m_reader.get<Tag>();
+        if (tag == Tag::End)
+            m_builder.end();
+        else
+            readValue(tag);
+    }
+
+    void readMember()
+    {
+        std::optional<QString> key = m_reader.getTextUnlessNone();
+        if (!key)
+            return m_builder.end();
+        check(*key);
+        m_builder.ownKey(std::move(*key));
+        readValue(m_reader.get<Tag>());
+    }
+
+    void readValue(Tag tag)
+    {
+        if (++m_values > m_limits.values)
+            m_reader.fail(WireError::TooManyValues);
         if (m_reader.error())
             return;
         switch (tag) {
         case Tag::Null:
-            return put(ScriptValue(), std::move(key));
+            return m_builder.null();
         case Tag::False:
         case Tag::True:
-            return put(ScriptValue(tag == Tag::True), std::move(key));
+            return m_builder.boolean(tag == Tag::True);
         case Tag::Number:
-            return put(ScriptValue(m_reader.get<double>()), std::move(key));
+            return m_builder.number(m_reader.get<double>());
         case Tag::Text:
-            return put(ScriptValue(readText()), std::move(key));
+            return readText();
         case Tag::List:
         case Tag::Map:
-            return open(tag == Tag::Map, std::move(key));
+            return begin(tag);
         case Tag::Other:
-            return put(ScriptValue::other(), std::move(key));
+            return m_builder.other();
+        case Tag::End:
+            break;
         }
         m_reader.fail(WireError::UnknownTag);
     }
 
-    QString readText()
+    void readText()
     {
         QString text = m_reader.getText();
+        check(text);
+        m_builder.ownText(std::move(text));
+    }
+
+    void check(const QString &text)
+    {
         m_bytes += static_cast<std::size_t>(text.size()) * sizeof(char16_t);
         if (m_bytes > m_limits.bytes)
             m_reader.fail(WireError::TooManyBytes);
         else if (!text.isValidUtf16())
             m_reader.fail(WireError::MalformedText);
-        return text;
     }
 
-    // No room is made on the word of a count alone: each part takes at least a byte, and what is
-    // announced counts as if it were here, or each level of a nest could announce all that is
-    // allowed.
-    void open(bool isMap, QString key)
+    void begin(Tag tag)
     {
-        const auto count = m_reader.get<quint32>();
-        if (m_reader.error())
-            return;
-        if (m_open.size() == m_limits.depth)
-            return m_reader.fail(WireError::TooDeep);
-        if (count > m_limits.values - m_values)
-            return m_reader.fail(WireError::TooManyValues);
-        if (count > static_cast<quint64>(m_reader.remaining()))
-            return m_reader.fail(WireError::Truncated);
-        m_values += count;
-        ReadContainer container{isMap, count, std::move(key), {}, {}};
-        if (isMap)
-            container.map.reserve(count);
+        if (m_builder.depth() == m_limits.depth)
+            m_reader.fail(WireError::TooDeep);
+        else if (tag == Tag::Map)
+            m_builder.beginMap();
         else
-            container.list.reserve(count);
-        m_open.push_back(std::move(container));
-    }
-
-    void close()
-    {
-        ReadContainer done = std::move(m_open.back());
-        m_open.pop_back();
-        put(done.isMap ? ScriptValue(std::move(done.map)) : ScriptValue(std::move(done.list)),
-            std::move(done.key));
-    }
-
-    void put(ScriptValue value, QString key)
-    {
-        if (m_open.empty())
-            m_root = std::move(value);
-        else if (m_open.back().isMap)
-            m_open.back().map.push_back({std::move(key), std::move(value)});
-        else
-            m_open.back().list.push_back(std::move(value));
+            m_builder.beginList();
     }
 
     PayloadReader m_reader;
     const ScriptLimits &m_limits;
-    std::size_t m_values = 1; // The root, and what the open containers announced.
+    std::size_t m_values = 0;
     std::size_t m_bytes = 0;
-    std::vector<ReadContainer> m_open;
-    ScriptValue m_root;
+    ScriptValueBuilder m_builder;
 };
 
-tl::expected<ScriptOutcome, WireError> decodeFailure(QByteArrayView payload)
+tl::expected<ScriptOutcome, WireError> decodeFailure(QByteArrayView payload,
+                                                     const SharedTexts *shared)
 {
-    PayloadReader reader(payload);
+    PayloadReader reader(payload, shared);
     const auto code = reader.get<quint8>();
     ScriptError error{static_cast<ScriptError::Code>(code), reader.getText()};
     error.line = reader.get<qint32>();
@@ -238,18 +161,19 @@ tl::expected<HostProtection, WireError> decodeReady(QByteArrayView payload)
                           (bits & kFileAccessRules) != 0};
 }
 
-bool sendRequest(const ScriptRequest &request, const ByteSink &sink)
+bool sendRequest(const ScriptRequest &request, const ByteSink &sink, SharedTexts *shared)
 {
-    FrameWriter writer(MessageKind::Request, sink);
+    FrameWriter writer(MessageKind::Request, sink, shared);
     writer.put(static_cast<quint8>(request.userInput.has_value() ? 1 : 0));
     writer.putText(request.userInput.value_or(QString()));
-    writer.putText(request.source);
+    writer.putSource(request.source);
     return writer.finish();
 }
 
-tl::expected<ScriptRequest, WireError> decodeRequest(QByteArrayView payload)
+tl::expected<ScriptRequest, WireError> decodeRequest(QByteArrayView payload,
+                                                     const SharedTexts *shared)
 {
-    PayloadReader reader(payload);
+    PayloadReader reader(payload, shared);
     const auto hasInput = reader.get<quint8>();
     QString input = reader.getText();
     ScriptRequest request{reader.getText(), std::nullopt};
@@ -280,25 +204,95 @@ tl::expected<QString, WireError> decodeLog(QByteArrayView payload)
     return line;
 }
 
-bool sendOutcome(const ScriptOutcome &outcome, const ByteSink &sink)
+OutcomeSender::OutcomeSender(const ByteSink &sink, SharedTexts *shared)
+    : m_sink(sink)
+    , m_shared(shared)
+    , m_writer(MessageKind::Value, sink, shared)
 {
-    FrameWriter writer(outcome ? MessageKind::Value : MessageKind::Failure, sink);
-    if (outcome) {
-        ValueSender(writer).send(*outcome);
-    } else {
-        writer.put(static_cast<quint8>(outcome.error().code));
-        writer.putText(outcome.error().text);
-        writer.put(static_cast<qint32>(outcome.error().line));
-    }
+}
+
+void OutcomeSender::null()
+{
+    m_writer.put(Tag::Null);
+}
+
+void OutcomeSender::other()
+{
+    m_writer.put(Tag::Other);
+}
+
+void OutcomeSender::boolean(bool value)
+{
+    m_writer.put(value ? Tag::True : Tag::False);
+}
+
+void OutcomeSender::number(double value)
+{
+    m_writer.put(Tag::Number);
+    m_writer.put(value);
+}
+
+void OutcomeSender::text(QStringView value)
+{
+    m_writer.put(Tag::Text);
+    m_writer.putText(value);
+}
+
+void OutcomeSender::beginList()
+{
+    m_writer.put(Tag::List);
+    m_isMap.push_back(false);
+}
+
+void OutcomeSender::beginMap()
+{
+    m_writer.put(Tag::Map);
+    m_isMap.push_back(true);
+}
+
+void OutcomeSender::key(QStringView key)
+{
+    m_writer.putText(key);
+}
+
+void OutcomeSender::end()
+{
+    if (m_isMap.back())
+        m_writer.putNoText();
+    else
+        m_writer.put(Tag::End);
+    m_isMap.pop_back();
+}
+
+bool OutcomeSender::finish()
+{
+    return m_writer.finish();
+}
+
+bool OutcomeSender::fail(const ScriptError &error)
+{
+    FrameWriter writer(MessageKind::Failure, m_sink, m_shared);
+    writer.put(static_cast<quint8>(error.code));
+    writer.putText(error.text);
+    writer.put(static_cast<qint32>(error.line));
     return writer.finish();
 }
 
-tl::expected<ScriptOutcome, WireError> decodeOutcome(const Message &message,
-                                                     const ScriptLimits &limits)
+bool sendOutcome(const ScriptOutcome &outcome, const ByteSink &sink, SharedTexts *shared)
+{
+    OutcomeSender sender(sink, shared);
+    if (!outcome)
+        return sender.fail(outcome.error());
+    describe(*outcome, sender);
+    return sender.finish();
+}
+
+tl::expected<ScriptOutcome, WireError>
+decodeOutcome(const Message &message, const ScriptLimits &limits, const SharedTexts *shared)
 {
     if (message.kind == MessageKind::Failure)
-        return decodeFailure(message.payload);
-    auto value = ValueReader(message.payload, limits).read();
+        return decodeFailure(message.payload, shared);
+    auto value = ValueReader(message.payload, limits, shared).read();
     if (!value)
         return tl::unexpected(value.error());
     return ScriptOutcome(std::move(*value));

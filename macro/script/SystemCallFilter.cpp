@@ -57,6 +57,7 @@ constexpr int kAllowed[] = {
     SCMP_SYS(poll),
     SCMP_SYS(ppoll),
     SCMP_SYS(pread64),
+    SCMP_SYS(pwrite64),
     SCMP_SYS(read),
     SCMP_SYS(readv),
     SCMP_SYS(write),

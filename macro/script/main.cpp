@@ -38,22 +38,28 @@ void bringEngineUp()
     static_cast<void>(outcome);
 }
 
-int serve(const penwick::HostChannel &channel, std::size_t memory)
+int serve(penwick::HostChannel &channel, std::size_t memory)
 {
     penwick::prepareHostProcess();
     std::setlocale(LC_ALL, "");
     bringEngineUp();
     if (!penwick::sendReady(penwick::confineProcess(memory), channel.sink()))
         return EXIT_FAILURE;
-    auto request = channel.receiveRequest();
+    const auto request = channel.receiveRequest();
     if (!request)
         return EXIT_SUCCESS; // The editor needs no script to be run any more.
-    const auto outcome = penwick::runScript(std::move(*request), [&channel](const QString &line) {
+    const auto log = [&channel](const QString &line) {
         // Where nobody listens any more, there is nobody to run a script for.
         if (!penwick::sendLog(line, channel.sink()))
             _exit(EXIT_FAILURE);
-    });
-    return penwick::sendOutcome(outcome, channel.sink()) ? EXIT_SUCCESS : EXIT_FAILURE;
+    };
+    penwick::OutcomeSender sender = channel.outcomeSender();
+    const auto end = [&sender](const std::optional<penwick::ScriptError> &error) {
+        // Without taking the engine apart: memory goes back to the system faster.
+        _exit((error ? sender.fail(*error) : sender.finish()) ? EXIT_SUCCESS : EXIT_FAILURE);
+    };
+    penwick::evaluateScript(*request, log, {}, {sender, end});
+    return EXIT_FAILURE;
 }
 
 } // namespace
@@ -62,8 +68,10 @@ int main(int argc, char *argv[])
 {
     if (argc == 2 && std::strcmp(argv[1], "--help") == 0)
         return showHelp();
-    const penwick::HostChannel channel;
-    if (argc != 2 || !channel.isConnected())
+    if (argc != 3)
+        return kNotForPeople;
+    penwick::HostChannel channel(std::atoi(argv[2]));
+    if (!channel.isConnected())
         return kNotForPeople;
     const int status = serve(channel, std::strtoull(argv[1], nullptr, 10));
     // Without the destructors of what libraries hold: memory goes back to the system faster.

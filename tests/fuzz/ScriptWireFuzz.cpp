@@ -1,9 +1,11 @@
 #include "fuzz/Require.h"
 #include "macro/script/ScriptWire.h"
+#include "macro/script/SharedTexts.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <optional>
+#include <sys/mman.h>
 #include <vector>
 
 using namespace penwick;
@@ -75,6 +77,18 @@ struct Extent
     }
 };
 
+/// What a host may have left for the editor: more than the limits allow.
+const SharedTexts &sharedTexts()
+{
+    static const int file = memfd_create("fuzz", MFD_CLOEXEC);
+    static const SharedTexts editor = [] {
+        SharedTexts host(file, SharedTexts::Side::Host);
+        REQUIRE(host.put(QString(SharedTexts::kLeastLength, u'x')) == quint64{0});
+        return SharedTexts(file, SharedTexts::Side::Editor);
+    }();
+    return editor;
+}
+
 /// The form in which this side would send what the message says; nothing where it makes no sense.
 std::optional<QByteArray> sentAgain(const Message &message)
 {
@@ -99,7 +113,7 @@ std::optional<QByteArray> sentAgain(const Message &message)
         break;
     case MessageKind::Value:
     case MessageKind::Failure:
-        if (const auto outcome = decodeOutcome(message, kLimits)) {
+        if (const auto outcome = decodeOutcome(message, kLimits, &sharedTexts())) {
             Extent extent;
             if (*outcome)
                 extent.add(**outcome, 1);

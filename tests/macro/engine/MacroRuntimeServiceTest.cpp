@@ -289,7 +289,7 @@ void MacroRuntimeServiceTest::source_isTheWrapperAroundContextAndCode()
     QString source;
     const MacroRuntimeService service(
         hostOf([&source](const ScriptRequest &request, const ScriptLogSink &) -> ScriptOutcome {
-            source = request.source;
+            source = request.source.text();
             return ScriptValue(ScriptValue::Map());
         }),
         {});

@@ -1,5 +1,7 @@
 #include "macro/script/HostSandbox.h"
 
+#include "macro/script/SharedTexts.h"
+
 #include <QTest>
 
 #include <array>
@@ -61,6 +63,7 @@ private Q_SLOTS:
     void work_ofAScript_isAllowed();
     void memory_beyondTheLimit_isRefused();
     void memory_spent_endsWithItsStatus();
+    void sharedFile_beyondTheRoomInIt_cannotBeFilled();
 };
 
 void HostSandboxTest::initTestCase()
@@ -195,6 +198,25 @@ void HostSandboxTest::memory_spent_endsWithItsStatus()
     });
     QVERIFY(WIFSIGNALED(aborted));
     QCOMPARE(WTERMSIG(aborted), SIGABRT);
+}
+
+// Memory in a file is not counted as the process's own.
+void HostSandboxTest::sharedFile_beyondTheRoomInIt_cannotBeFilled()
+{
+    const int file = memfd_create("test", MFD_CLOEXEC);
+    QVERIFY(file >= 0);
+    const int within = statusOf(
+        [file] { return pwrite(file, "12345678", 8, SharedTexts::kHostRoom - 4) == 4 ? 7 : 1; });
+    QVERIFY(WIFEXITED(within));
+    QCOMPARE(WEXITSTATUS(within), 7);
+    const int beyond =
+        statusOf([file] { return static_cast<int>(pwrite(file, "1", 1, SharedTexts::kHostRoom)); });
+    QVERIFY(WIFSIGNALED(beyond));
+    QCOMPARE(WTERMSIG(beyond), SIGXFSZ);
+    const int longer = statusOf([file] { return ftruncate(file, SharedTexts::kHostRoom + 1); });
+    QVERIFY(WIFSIGNALED(longer));
+    QCOMPARE(WTERMSIG(longer), SIGSYS);
+    close(file);
 }
 
 } // namespace penwick

@@ -97,6 +97,7 @@ private Q_SLOTS:
     void payload_broken_isAnError();
     void value_beyondItsLimits_saysWhich();
     void failure_thatIsNotTheHostsToSay_isAnError();
+    void failure_amidAValue_isTheOutcome();
 };
 
 void ScriptWireTest::outcome_anyKind_comesBack_data()
@@ -219,6 +220,8 @@ void ScriptWireTest::frames_broken_areErrors()
     longest[4] = 1; // 1 MiB and a byte.
     QCOMPARE(errorOf(longest), WireError::FrameTooLong);
     QCOMPARE(errorOf(frame(kLog, "a", 1) + frame(4, "b")), WireError::MixedMessages);
+    QCOMPARE(errorOf(frame(kLog, "a", 1) + frame(5, "b")), WireError::MixedMessages);
+    QCOMPARE(errorOf(frame(5, "a", 1) + frame(4, "b")), WireError::MixedMessages);
     QCOMPARE(errorOf(frame(1, QByteArray(65, 'x'))), WireError::MessageTooLong);
     QCOMPARE(errorOf(frame(1, QByteArray(64, 'x'), 1) + frame(1, "x")), WireError::MessageTooLong);
 }
@@ -243,14 +246,20 @@ void ScriptWireTest::payload_broken_isAnError_data()
         QTest::newRow(name) << payload << static_cast<int>(error);
     };
     row("empty", {}, WireError::Truncated);
-    row("unknown tag", "\x08", WireError::UnknownTag);
+    row("unknown tag", "\x09", WireError::UnknownTag);
     row("negative tag", "\xff", WireError::UnknownTag);
-    row("unknown form of text", QByteArray("\x04\x03\0\0\0\0", 6), WireError::UnknownTag);
+    row("end of nothing", "\x08", WireError::UnknownTag);
+    row("unknown form of text", QByteArray("\x04\x04\0\0\0\0", 6), WireError::UnknownTag);
+    row("no text for a value", QByteArray("\x04\0\0\0\0\0", 6), WireError::UnknownTag);
     row("text of four gigabytes", "\x04\x02\xff\xff\xff\xff", WireError::Truncated);
+    row("shared text where nothing is shared",
+        QByteArray("\x04\x03\0\0\x01\0\0\0\0\0\0\0\0\0", 14),
+        WireError::Truncated);
     row("lone surrogate", QByteArray("\x04\x02\x01\0\0\0\x00\xd8", 8), WireError::MalformedText);
-    row("list of more than there is", QByteArray("\x05\x09\0\0\0\0", 6), WireError::Truncated);
-    row("list of four billion", "\x05\xff\xff\xff\xff", WireError::TooManyValues);
-    row("map without its key", QByteArray("\x06\x01\0\0\0\0\0\0\0\0", 10), WireError::UnknownTag);
+    row("list without its end", QByteArray("\x05\0", 2), WireError::Truncated);
+    row("map without its end", QByteArray("\x06\x01\0\0\0\0\0", 7), WireError::Truncated);
+    row("map ended like a list", QByteArray("\x06\x08", 2), WireError::Truncated);
+    row("map without a value", QByteArray("\x06\x01\0\0\0\0\x08", 7), WireError::UnknownTag);
 }
 
 void ScriptWireTest::payload_broken_isAnError()
@@ -290,6 +299,23 @@ void ScriptWireTest::failure_thatIsNotTheHostsToSay_isAnError()
         const auto decoded = decodeOutcome({MessageKind::Failure, bytes.mid(kFrameHeaderSize)});
         QVERIFY(!decoded.has_value());
         QCOMPARE(decoded.error(), WireError::UnknownTag);
+    }
+}
+
+void ScriptWireTest::failure_amidAValue_isTheOutcome()
+{
+    const ScriptError error{ScriptError::Code::ResultTooLarge, {}};
+    for (const qsizetype length : {qsizetype{3}, 2 * kMaxFramePayload}) {
+        const QByteArray bytes = bytesOf([&](const ByteSink &sink) {
+            OutcomeSender sender(sink);
+            sender.beginList();
+            sender.text(QString(length, u'x'));
+            return sender.fail(error);
+        });
+        const auto message = messageOf(bytes, MessageReader::Side::FromHost, 65537);
+        QVERIFY(message.has_value());
+        const auto outcome = decodeOutcome(*message);
+        QVERIFY(outcome && *outcome == ScriptOutcome(tl::unexpect, error));
     }
 }
 

@@ -1,0 +1,152 @@
+#include "macro/script/SharedTexts.h"
+
+#include <algorithm>
+#include <sys/mman.h>
+#include <unistd.h>
+#include <utility>
+
+namespace penwick {
+
+namespace {
+
+// Texts start where memory can be mapped, on every size of page there is.
+constexpr qint64 kAlignment = qint64{1} << 16;
+constexpr qint64 kUnit = sizeof(char16_t);
+
+// The host's part comes first, so that a limit on the size of files holds it in its own.
+constexpr qint64 kEditorStart = SharedTexts::kHostRoom;
+constexpr qint64 kEditorEnd = kEditorStart + (qint64{1} << 34);
+
+constexpr qint64 startOf(SharedTexts::Side side)
+{
+    return side == SharedTexts::Side::Host ? 0 : kEditorStart;
+}
+
+constexpr qint64 endOf(SharedTexts::Side side)
+{
+    return side == SharedTexts::Side::Host ? SharedTexts::kHostRoom : kEditorEnd;
+}
+
+constexpr SharedTexts::Side otherThan(SharedTexts::Side side)
+{
+    return side == SharedTexts::Side::Host ? SharedTexts::Side::Editor : SharedTexts::Side::Host;
+}
+
+bool writeAll(int descriptor, const char *bytes, qint64 size, qint64 at)
+{
+    while (size > 0) {
+        const ssize_t written = pwrite(descriptor, bytes, static_cast<std::size_t>(size), at);
+        if (written <= 0)
+            return false;
+        bytes += written;
+        at += written;
+        size -= written;
+    }
+    return true;
+}
+
+bool readAll(int descriptor, char *bytes, qint64 size, qint64 at)
+{
+    while (size > 0) {
+        const ssize_t taken = pread(descriptor, bytes, static_cast<std::size_t>(size), at);
+        if (taken <= 0)
+            return false;
+        bytes += taken;
+        at += taken;
+        size -= taken;
+    }
+    return true;
+}
+
+// Not by asking for its status, which the host's filter of system calls refuses. Nobody reads or
+// writes where the file's position is.
+qint64 sizeOf(int descriptor)
+{
+    return std::max<qint64>(0, lseek(descriptor, 0, SEEK_END));
+}
+
+std::optional<QString> copied(int descriptor, qint64 start, qsizetype length)
+{
+    QString text(length, Qt::Uninitialized);
+    if (!readAll(descriptor, reinterpret_cast<char *>(text.data()), length * kUnit, start))
+        return std::nullopt;
+    return text;
+}
+
+std::optional<QString> mapped(int descriptor, qint64 start, qsizetype length)
+{
+    void *memory = mmap(nullptr,
+                        static_cast<std::size_t>(length * kUnit),
+                        PROT_READ,
+                        MAP_PRIVATE | MAP_POPULATE,
+                        descriptor,
+                        start);
+    if (memory == MAP_FAILED)
+        return std::nullopt;
+    return QString::fromRawData(static_cast<const QChar *>(memory), length);
+}
+
+} // namespace
+
+SharedTexts::SharedTexts(int descriptor, Side side)
+    : m_descriptor(descriptor)
+    , m_side(side)
+    , m_end(startOf(side))
+{
+}
+
+bool SharedTexts::hasRoomFor(qsizetype length) const
+{
+    return m_descriptor >= 0 && length >= kLeastLength && length <= (endOf(m_side) - m_end) / kUnit;
+}
+
+bool SharedTexts::write(QStringView text, qint64 at) const
+{
+    return writeAll(
+        m_descriptor, reinterpret_cast<const char *>(text.utf16()), text.size() * kUnit, at);
+}
+
+// What was written up to `end` is a text.
+std::optional<quint64> SharedTexts::keep(qint64 end)
+{
+    const qint64 next = (end + kAlignment - 1) / kAlignment * kAlignment;
+    return static_cast<quint64>(std::exchange(m_end, std::min(next, endOf(m_side))));
+}
+
+std::optional<quint64> SharedTexts::put(QStringView text)
+{
+    if (!hasRoomFor(text.size()) || !write(text, m_end))
+        return std::nullopt;
+    return keep(m_end + text.size() * kUnit);
+}
+
+std::optional<quint64> SharedTexts::putSource(const ScriptSource &source)
+{
+    if (!hasRoomFor(source.size()))
+        return std::nullopt;
+    qint64 end = m_end;
+    bool isWritten = true;
+    source.write([&](QStringView piece) {
+        isWritten = isWritten && write(piece, end);
+        end += piece.size() * kUnit;
+    });
+    if (!isWritten || end - m_end != source.size() * kUnit)
+        return std::nullopt;
+    return keep(end);
+}
+
+std::optional<QString> SharedTexts::get(quint64 start, qsizetype length) const
+{
+    const Side writer = otherThan(m_side);
+    const qint64 end = m_descriptor < 0 ? 0 : std::min(sizeOf(m_descriptor), endOf(writer));
+    if (start % kAlignment != 0 || start < static_cast<quint64>(startOf(writer)) ||
+        start > static_cast<quint64>(end))
+        return std::nullopt;
+    const auto from = static_cast<qint64>(start);
+    if (length < kLeastLength || length > (end - from) / kUnit)
+        return std::nullopt;
+    return m_side == Side::Host ? mapped(m_descriptor, from, length)
+                                : copied(m_descriptor, from, length);
+}
+
+} // namespace penwick

@@ -1,0 +1,217 @@
+#include "macro/script/SharedTexts.h"
+
+#include "macro/script/ScriptWire.h"
+#include "platform/FileDescriptor.h"
+
+#include <QTest>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+
+using namespace Qt::StringLiterals;
+
+namespace penwick {
+
+namespace {
+
+using Side = SharedTexts::Side;
+
+QString longText(QChar unit = u'日')
+{
+    return QString(SharedTexts::kLeastLength + 1000, unit);
+}
+
+/// A file in memory with both sides' views of it.
+struct Shared
+{
+    FileDescriptor file{memfd_create("test", MFD_CLOEXEC)};
+    SharedTexts editor{file.get(), Side::Editor};
+    SharedTexts host{file.get(), Side::Host};
+};
+
+/// The payload of the only frame that `send` makes.
+template <typename Send> QByteArray payloadOf(Send send)
+{
+    QByteArray bytes;
+    const ByteSink sink = [&bytes](QByteArrayView more) {
+        bytes.append(more);
+        return true;
+    };
+    return send(sink) ? bytes.mid(kFrameHeaderSize) : QByteArray();
+}
+
+} // namespace
+
+class SharedTextsTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void text_leftByEitherSide_isFoundByTheOther();
+    void text_short_staysInTheMessage();
+    void source_inPieces_isFoundWhole();
+    void source_ofAnotherLength_isNotLeft();
+    void file_missing_leavesAllInTheMessage();
+    void file_thatCannotBeWritten_leavesAllInTheMessage();
+    void place_nobodyWrote_isNotFound_data();
+    void place_nobodyWrote_isNotFound();
+    void message_withLongTexts_isShort();
+    void message_namingAPlaceThatIsNone_isAnError();
+    void host_cannotLeaveMoreThanItsRoom();
+};
+
+void SharedTextsTest::text_leftByEitherSide_isFoundByTheOther()
+{
+    Shared shared;
+    const QString first = longText(u'a') + u"\0\xd800"_s;
+    const QString second = longText(u'本').repeated(3);
+    for (const auto &[from, to] :
+         {std::pair(&shared.editor, &shared.host), std::pair(&shared.host, &shared.editor)}) {
+        const auto firstPlace = from->put(first);
+        const auto secondPlace = from->put(second);
+        QVERIFY(firstPlace && secondPlace);
+        QCOMPARE(to->get(*firstPlace, first.size()), std::optional(first));
+        QCOMPARE(to->get(*secondPlace, second.size()), std::optional(second));
+        // Nobody finds what it left itself.
+        QVERIFY(!from->get(*firstPlace, first.size()));
+    }
+}
+
+void SharedTextsTest::text_short_staysInTheMessage()
+{
+    Shared shared;
+    QVERIFY(!shared.editor.put(QString(SharedTexts::kLeastLength - 1, u'x')));
+    QVERIFY(!shared.editor.put(QString()));
+}
+
+void SharedTextsTest::source_inPieces_isFoundWhole()
+{
+    Shared shared;
+    const QString piece = longText();
+    const ScriptSource source(piece.size() * 5, [&piece](const ScriptSource::Sink &sink) {
+        for (int i = 0; i < 5; ++i)
+            sink(piece);
+    });
+    const auto place = shared.editor.putSource(source);
+    QVERIFY(place.has_value());
+    QCOMPARE(shared.host.get(*place, source.size()), std::optional(piece.repeated(5)));
+    QCOMPARE(source.text(), piece.repeated(5));
+}
+
+void SharedTextsTest::source_ofAnotherLength_isNotLeft()
+{
+    Shared shared;
+    const ScriptSource source(SharedTexts::kLeastLength + 1,
+                              [](const ScriptSource::Sink &sink) { sink(longText()); });
+    QVERIFY(!shared.editor.putSource(source));
+}
+
+void SharedTextsTest::file_missing_leavesAllInTheMessage()
+{
+    SharedTexts none(-1, Side::Editor);
+    QVERIFY(!none.put(longText()));
+    QVERIFY(!none.putSource(longText()));
+    QVERIFY(!none.get(0, SharedTexts::kLeastLength));
+    const ScriptRequest request{longText(), longText(u'x')};
+    const QByteArray payload =
+        payloadOf([&](const ByteSink &sink) { return sendRequest(request, sink, &none); });
+    QVERIFY(decodeRequest(payload, &none) == request);
+}
+
+void SharedTextsTest::file_thatCannotBeWritten_leavesAllInTheMessage()
+{
+    const Shared shared;
+    QCOMPARE(fcntl(shared.file.get(), F_GETFL) & O_ACCMODE, O_RDWR);
+    const FileDescriptor readOnly(
+        open(qPrintable(u"/proc/self/fd/%1"_s.arg(shared.file.get())), O_RDONLY | O_CLOEXEC));
+    QVERIFY(readOnly.isOpen());
+    SharedTexts editor(readOnly.get(), Side::Editor);
+    const ScriptRequest request{longText(), std::nullopt};
+    const QByteArray payload =
+        payloadOf([&](const ByteSink &sink) { return sendRequest(request, sink, &editor); });
+    QVERIFY(decodeRequest(payload, &shared.host) == request);
+}
+
+void SharedTextsTest::place_nobodyWrote_isNotFound_data()
+{
+    QTest::addColumn<quint64>("place");
+    QTest::addColumn<qint64>("length");
+
+    const qint64 length = longText().size();
+    QTest::newRow("beyond the end") << quint64{65536} * 1000 << length;
+    QTest::newRow("too long") << quint64{0} << length * 2;
+    QTest::newRow("far too long") << quint64{0} << qint64{0xffffffff};
+    QTest::newRow("too short") << quint64{0} << qint64{1};
+    QTest::newRow("negative") << quint64{0} << qint64{-1};
+    QTest::newRow("between places") << quint64{2} << length - 1;
+    QTest::newRow("the other part") << quint64{SharedTexts::kHostRoom} << length;
+    QTest::newRow("the largest number") << ~quint64{0} << length;
+    QTest::newRow("the largest place") << (~quint64{0} & ~quint64{65535}) << length;
+}
+
+void SharedTextsTest::place_nobodyWrote_isNotFound()
+{
+    QFETCH(quint64, place);
+    QFETCH(qint64, length);
+    Shared shared;
+    QCOMPARE(shared.host.put(longText()), std::optional<quint64>(0));
+    QVERIFY(shared.editor.get(0, longText().size()).has_value());
+    QVERIFY(!shared.editor.get(place, length));
+}
+
+void SharedTextsTest::message_withLongTexts_isShort()
+{
+    Shared shared;
+    const ScriptRequest request{longText(), longText(u'x')};
+    const QByteArray sent =
+        payloadOf([&](const ByteSink &sink) { return sendRequest(request, sink, &shared.editor); });
+    QVERIFY(sent.size() < 100);
+    QVERIFY(decodeRequest(sent, &shared.host) == request);
+
+    const ScriptOutcome outcome(
+        ScriptValue(ScriptValue::Map{{longText(), ScriptValue(longText())}}));
+    const QByteArray answered =
+        payloadOf([&](const ByteSink &sink) { return sendOutcome(outcome, sink, &shared.host); });
+    QVERIFY(answered.size() < 100);
+    const auto decoded = decodeOutcome({MessageKind::Value, answered}, {}, &shared.editor);
+    QVERIFY(decoded && *decoded == outcome);
+    // The limits hold for what is there, too.
+    ScriptLimits limits;
+    limits.bytes = 1000;
+    const auto refused = decodeOutcome({MessageKind::Value, answered}, limits, &shared.editor);
+    QVERIFY(!refused && refused.error() == WireError::TooManyBytes);
+}
+
+void SharedTextsTest::message_namingAPlaceThatIsNone_isAnError()
+{
+    Shared shared;
+    const QByteArray answered = payloadOf([&](const ByteSink &sink) {
+        return sendOutcome(ScriptValue(longText()), sink, &shared.host);
+    });
+    const SharedTexts other(-1, Side::Editor);
+    for (const SharedTexts *texts : {static_cast<const SharedTexts *>(nullptr), &other}) {
+        const auto decoded = decodeOutcome({MessageKind::Value, answered}, {}, texts);
+        QVERIFY(!decoded && decoded.error() == WireError::Truncated);
+    }
+    // Lone surrogates are none of a well-behaved host's.
+    const QByteArray broken = payloadOf([&](const ByteSink &sink) {
+        return sendOutcome(ScriptValue(longText() + QChar(0xd800)), sink, &shared.host);
+    });
+    const auto decoded = decodeOutcome({MessageKind::Value, broken}, {}, &shared.editor);
+    QVERIFY(!decoded && decoded.error() == WireError::MalformedText);
+}
+
+void SharedTextsTest::host_cannotLeaveMoreThanItsRoom()
+{
+    Shared shared;
+    // As large as the room, without being there.
+    const ScriptSource large(SharedTexts::kHostRoom / 2 + 1,
+                             [](const ScriptSource::Sink &) { qFatal("Nobody asks for it."); });
+    QVERIFY(!shared.host.putSource(large));
+    QVERIFY(shared.host.put(longText()).has_value()); // What fits still goes.
+}
+
+} // namespace penwick
+
+QTEST_APPLESS_MAIN(penwick::SharedTextsTest)
+#include "SharedTextsTest.moc"
