@@ -1,3 +1,4 @@
+#include "macro/script/EngineMemory.h"
 #include "macro/script/HostChannel.h"
 #include "macro/script/HostSandbox.h"
 #include "macro/script/ScriptRunner.h"
@@ -45,6 +46,7 @@ int serve(penwick::HostChannel &channel, std::size_t memory)
     bringEngineUp();
     if (!penwick::sendReady(penwick::confineProcess(memory), channel.sink()))
         return EXIT_FAILURE;
+    penwick::takeLargePages();
     const auto request = channel.receiveRequest();
     if (!request)
         return EXIT_SUCCESS; // The editor needs no script to be run any more.
