@@ -147,6 +147,20 @@ void ScriptHostPoolTest::script_anywhere_givesTheSame_data()
                                " 'ä'.localeCompare('z'), ['い', 'ア', 'あ'].sort((a, b) =>"
                                " a.localeCompare(b, 'ja')).join(),"
                                " new Intl.PluralRules('ar').select(3)]"_s;
+    // Each first of all in its process: nothing of it was brought up before the walls.
+    for (const char *const first :
+         {"new Intl.NumberFormat('de').format(1234.5)",
+          "['い', 'ア', 'あ'].sort(new Intl.Collator('ja').compare)",
+          "new Intl.DateTimeFormat('ja', {dateStyle: 'full', timeZone: 'America/Lima'}).format(0)",
+          "new Intl.ListFormat('ja').format(['a', 'b', 'c'])",
+          "new Intl.RelativeTimeFormat('ja').format(-3, 'day')",
+          "new Intl.DisplayNames('ja', {type: 'region'}).of('FR')",
+          "[...new Intl.Segmenter('ja', {granularity: 'word'}).segment('今日は晴れ')].length",
+          "'か\\u3099'.normalize('NFC').length",
+          "new Date(2024, 0, 1).toLocaleDateString('ja-JP-u-ca-japanese', {era: 'long'})",
+          "'İ'.toLocaleLowerCase('tr') + 'ǆ'.toUpperCase()",
+          "'a'.localeCompare('b')"})
+        QTest::newRow(first) << QString::fromUtf8(first);
     QTest::newRow("regular expressions")
         << u"['日本語 text'.replace(/\\p{Script=Han}+/gu, '*'), 'aXbX'.replace(/x/gi, '-'),"
            " /(?<=a)b/.test('ab')]"_s;
