@@ -37,6 +37,8 @@ QString reasonOfFileError(FileError::Kind kind)
         return wording::text(u"error.reason.noSpace"_s, u"ディスクの空き容量が足りません。"_s);
     case Kind::InvalidPath:
         return wording::text(u"error.reason.invalidPath"_s, u"この名前は使えません。"_s);
+    case Kind::Locked:
+        return wording::text(u"error.reason.locked"_s, u"ほかの penwick が書き込み中です。"_s);
     default:
         return wording::text(u"error.reason.other"_s, u"入出力エラーが起きました。"_s);
     }

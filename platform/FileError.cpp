@@ -25,6 +25,8 @@ FileError::Kind kindOf(int errnoValue)
     case EDQUOT:
     case EFBIG:
         return FileError::Kind::NoSpace;
+    case EWOULDBLOCK:
+        return FileError::Kind::Locked;
     case ENAMETOOLONG:
     case ELOOP:
         return FileError::Kind::InvalidPath;
@@ -42,6 +44,8 @@ FileError FileError::fromErrno(int errnoValue)
 
 QString FileError::description() const
 {
+    if (kind == Kind::Locked)
+        return u"Locked by another process"_s; // The system's words would be of no help.
     if (errnoValue != 0)
         return QString::fromStdString(std::generic_category().message(errnoValue));
     switch (kind) {

@@ -15,6 +15,7 @@ struct FileError
         NoSpace,          ///< The disk or the quota is full, or the file would grow too large.
         InvalidPath,      ///< No file can have this name: empty, too long, NUL, a ring of links.
         Cancelled,        ///< The producer stopped the writing.
+        Locked,           ///< Another process is at it, and did not finish in time.
         Other,
     };
 

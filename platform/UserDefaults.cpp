@@ -1,11 +1,15 @@
 #include "platform/UserDefaults.h"
 
 #include "platform/ApplicationSupport.h"
+#include "platform/FileSystem.h"
+
+#include <QFileInfo>
 
 namespace penwick {
 
 UserDefaults::UserDefaults(const QString &filePath)
     : m_settings(filePath, QSettings::IniFormat)
+    , m_lock(QFileInfo(filePath).path())
 {
 }
 
@@ -18,24 +22,29 @@ UserDefaults &UserDefaults::standard()
 
 bool UserDefaults::contains(const QString &key) const
 {
-    return m_settings.contains(key);
+    return value(key).isValid();
 }
 
 std::optional<QString> UserDefaults::string(const QString &key) const
 {
-    if (!m_settings.contains(key))
-        return std::nullopt;
-    return m_settings.value(key).toString();
+    const QVariant found = value(key);
+    return found.isValid() ? std::optional(found.toString()) : std::nullopt;
 }
 
 bool UserDefaults::boolean(const QString &key) const
 {
-    return m_settings.value(key).toBool();
+    return value(key).toBool();
 }
 
 QByteArray UserDefaults::bytes(const QString &key) const
 {
-    return m_settings.value(key).toByteArray();
+    return value(key).toByteArray();
+}
+
+QVariant UserDefaults::value(const QString &key) const
+{
+    const auto kept = m_kept.constFind(key);
+    return kept != m_kept.cend() ? *kept : m_settings.value(key);
 }
 
 bool UserDefaults::setString(const QString &key, const QString &value)
@@ -55,17 +64,35 @@ bool UserDefaults::setBytes(const QString &key, const QByteArray &value)
 
 bool UserDefaults::remove(const QString &key)
 {
-    m_settings.remove(key);
-    return sync();
+    return write(key, {});
+}
+
+/// The settings have a lock of their own, but would wait half a minute for a process that hangs.
+tl::expected<StoreLock::Holder, FileError> UserDefaults::lock()
+{
+    auto lock = m_lock.take();
+    if (!lock && lock.error().kind == FileError::Kind::NotFound &&
+        createFolder(QFileInfo(m_settings.fileName()).path()))
+        return m_lock.take();
+    return lock;
 }
 
 bool UserDefaults::write(const QString &key, const QVariant &value)
 {
+    const auto held = lock();
+    if (!held && held.error().kind == FileError::Kind::Locked) {
+        m_kept.insert(key, value);
+        return false;
+    }
+    m_kept.remove(key);
     // The file may have another value by now, from another process.
     const bool isInStep = sync();
-    if (isInStep && m_settings.contains(key) && m_settings.value(key) == value)
+    if (isInStep && m_settings.value(key) == value)
         return true;
-    m_settings.setValue(key, value);
+    if (value.isValid())
+        m_settings.setValue(key, value);
+    else
+        m_settings.remove(key);
     return sync();
 }
 

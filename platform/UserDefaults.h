@@ -1,8 +1,12 @@
 #pragma once
 
+#include "platform/StoreLock.h"
+
 #include <QByteArray>
+#include <QHash>
 #include <QSettings>
 #include <QString>
+#include <QVariant>
 
 #include <optional>
 
@@ -37,10 +41,14 @@ public:
     bool remove(const QString &key);
 
 private:
+    [[nodiscard]] QVariant value(const QString &key) const;
+    [[nodiscard]] tl::expected<StoreLock::Holder, FileError> lock();
     bool write(const QString &key, const QVariant &value);
     bool sync();
 
     QSettings m_settings;
+    StoreLock m_lock;
+    QHash<QString, QVariant> m_kept; // What could not be stored; an invalid value for none.
 };
 
 } // namespace penwick

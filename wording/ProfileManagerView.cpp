@@ -172,7 +172,9 @@ QString ProfileManagerView::importFile(const QString &path)
     if (!profile)
         return wording::text(u"error.invalidProfileJson"_s);
     UIWordingProfileManager &manager = m_services.profileManager;
-    manager.takeInChangesFromElsewhere(); // An id may be taken by now.
+    const auto lock = manager.beginChange(); // An id may be taken by now.
+    if (!lock)
+        return failure();
     const UIWordingProfile imported =
         importedProfile(*std::move(profile), manager.profiles(), m_services.clock, m_services.ids);
     if (!manager.saveProfile(imported))

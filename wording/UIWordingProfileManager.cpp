@@ -64,6 +64,7 @@ UIWordingProfileManager::UIWordingProfileManager(QString profileFolder,
     , m_profileFolder(std::move(profileFolder))
     , m_defaults(defaults)
     , m_center(center)
+    , m_lock(m_profileFolder)
 {
     ensureProfileDirectory();
     loadProfiles();
@@ -194,11 +195,22 @@ void UIWordingProfileManager::applyProfile(const UIWordingProfile &profile)
     m_center.post(UIWordingProfileDidChange);
 }
 
+tl::expected<StoreLock::Holder, FileError> UIWordingProfileManager::beginChange()
+{
+    ensureProfileDirectory();
+    auto lock = m_lock.take();
+    takeInChangesFromElsewhere();
+    return lock;
+}
+
 tl::expected<void, FileError> UIWordingProfileManager::saveProfile(const UIWordingProfile &profile)
 {
     ensureProfileDirectory();
     if (!isFileName(profile.id))
         return tl::unexpected(FileError{FileError::Kind::InvalidPath, 0});
+    const auto lock = m_lock.take();
+    if (!lock)
+        return tl::unexpected(lock.error());
     if (auto written = replaceFile(filePath(profile.id), profile.toJson()); !written)
         return written;
     if (const auto version = FileVersion::of(filePath(profile.id)))
@@ -222,6 +234,10 @@ tl::expected<void, FileError> UIWordingProfileManager::deleteProfile(const QStri
 {
     if (id == kBuiltInProfileId || id == kBuiltInEnglishProfileId)
         return {};
+    const auto lock = m_lock.take();
+    // Where the folder is gone so is the file.
+    if (!lock && lock.error().kind != FileError::Kind::NotFound)
+        return tl::unexpected(lock.error());
     if (isFileName(id)) {
         auto removed = removeFile(filePath(id));
         // No file is nothing to remove: a profile may lie in a file that another id names.

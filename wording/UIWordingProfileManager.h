@@ -3,6 +3,7 @@
 #include "platform/AtomicFile.h"
 #include "platform/FileVersion.h"
 #include "platform/NotificationCenter.h"
+#include "platform/StoreLock.h"
 #include "platform/UserDefaults.h"
 #include "wording/UIWordingProfile.h"
 
@@ -77,6 +78,10 @@ public:
     /// `UIWordingProfileDidChange`.
     void applyProfile(const UIWordingProfile &profile);
 
+    /// Keeps other processes of penwick from the folder's files while what it gives lives, and
+    /// takes in what they did to them. For whoever reads the list in order to change it.
+    [[nodiscard]] tl::expected<StoreLock::Holder, FileError> beginChange();
+
     /// Writes the profile's file and takes it into the list; applies it again if it is the active
     /// one. Fails with `InvalidPath` for an id that names a file in another folder. After an error
     /// nothing has changed.
@@ -99,6 +104,7 @@ private:
     const QString m_profileFolder;
     UserDefaults &m_defaults;
     NotificationCenter &m_center;
+    StoreLock m_lock;
     QMap<QString, FileVersion> m_fileVersions; // By name, last read or written here.
     QList<UIWordingProfile> m_profiles;
     std::optional<QString> m_activeProfileId;

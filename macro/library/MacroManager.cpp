@@ -36,6 +36,23 @@ qint64 checkedSuccessor(qint64 sortOrder)
     return sortOrder + 1;
 }
 
+QSet<QString> idsOf(const QList<Macro> &macros)
+{
+    QSet<QString> ids;
+    for (const Macro &macro : macros)
+        ids.insert(macro.id);
+    return ids;
+}
+
+bool lacksBuiltIn(const QList<Macro> &macros)
+{
+    const QSet<QString> presentIds = idsOf(macros);
+    const auto &definitions = BuiltInMacroProvider::definitions();
+    return std::any_of(definitions.begin(), definitions.end(), [&](const auto &definition) {
+        return !presentIds.contains(definition.id);
+    });
+}
+
 Macro installedMacro(const BuiltInMacroDefinition &definition)
 {
     Macro macro;
@@ -59,6 +76,7 @@ MacroManager::MacroManager(
     , m_defaults(defaults)
     , m_clock(std::move(clock))
     , m_ids(std::move(ids))
+    , m_lock(m_supportFolder)
 {
     ensureSupportDirectory();
     loadMacros();
@@ -117,10 +135,28 @@ void MacroManager::loadMacros()
 
 void MacroManager::saveMacros()
 {
-    const auto saved = replaceFile(macrosFilePath(), MacroJson::write(m_macros));
+    save(m_lock.take());
+}
+
+void MacroManager::save(const Lock &lock)
+{
+    tl::expected<void, FileError> saved;
+    if (lock)
+        saved = replaceFile(macrosFilePath(), MacroJson::write(m_macros));
+    else
+        saved = tl::unexpected(lock.error());
     if (!saved)
         printLine(u"Failed to save macros.json: "_s + saved.error().description());
-    m_fileVersion = FileVersion::of(macrosFilePath());
+    // Without the lock the file may be another's by now, which is to be read yet.
+    if (lock)
+        m_fileVersion = FileVersion::of(macrosFilePath());
+}
+
+MacroManager::Lock MacroManager::beginChange()
+{
+    Lock lock = m_lock.take();
+    takeInChangesFromElsewhere();
+    return lock;
 }
 
 void MacroManager::takeInChangesFromElsewhere()
@@ -139,40 +175,38 @@ std::optional<Macro> MacroManager::macroWithId(const QString &id) const
 
 void MacroManager::addMacro(Macro macro)
 {
-    takeInChangesFromElsewhere();
-    appendAndSave(std::move(macro));
+    const Lock lock = beginChange();
+    appendAndSave(lock, std::move(macro));
 }
 
 void MacroManager::updateMacro(Macro macro)
 {
-    takeInChangesFromElsewhere();
+    const Lock lock = beginChange();
     QList<Macro> macros = m_macros;
     const auto place = std::find_if(macros.begin(), macros.end(), hasId(macro.id));
     if (place == macros.end())
         return;
     macro.updatedAt = nowTimestamp(m_clock);
     *place = std::move(macro);
-    setMacros(std::move(macros));
-    saveMacros();
+    changeAndSave(lock, std::move(macros));
 }
 
 void MacroManager::deleteMacro(const QString &id)
 {
     const auto isMeant = hasId(id); // With a copy, for the id may lie in the list.
-    takeInChangesFromElsewhere();
+    const Lock lock = beginChange();
     QList<Macro> macros = m_macros;
     macros.removeIf(isMeant);
-    setMacros(std::move(macros));
-    saveMacros();
+    changeAndSave(lock, std::move(macros));
 }
 
 void MacroManager::duplicateMacro(Macro macro)
 {
-    takeInChangesFromElsewhere();
+    const Lock lock = beginChange();
     macro.id = m_ids();
     macro.name += kCopySuffix;
     macro.source = u"user"_s;
-    appendAndSave(std::move(macro));
+    appendAndSave(lock, std::move(macro));
 }
 
 tl::expected<QString, JsonRecordError> MacroManager::importMacro(QByteArrayView data)
@@ -180,7 +214,7 @@ tl::expected<QString, JsonRecordError> MacroManager::importMacro(QByteArrayView 
     auto macro = MacroFile::read(data);
     if (!macro)
         return tl::unexpected(macro.error());
-    takeInChangesFromElsewhere();
+    const Lock lock = beginChange();
     const auto isTaken = [this, &macro](auto field) {
         return std::any_of(m_macros.cbegin(), m_macros.cend(), [&](const Macro &other) {
             return other.*field == (*macro).*field;
@@ -193,15 +227,16 @@ tl::expected<QString, JsonRecordError> MacroManager::importMacro(QByteArrayView 
     macro->source = u"imported"_s;
     macro->isEnabled = true;
     QString id = macro->id;
-    appendAndSave(*std::move(macro));
+    appendAndSave(lock, *std::move(macro));
     return id;
 }
 
 void MacroManager::installBuiltInMacros()
 {
-    QSet<QString> presentIds;
-    for (const Macro &macro : std::as_const(m_macros))
-        presentIds.insert(macro.id);
+    if (!lacksBuiltIn(m_macros))
+        return; // As on nearly every start, which then need not wait for anybody.
+    const Lock lock = beginChange();
+    const QSet<QString> presentIds = idsOf(m_macros);
     qint64 sortOrder = nextSortOrder();
     const QString now = nowTimestamp(m_clock);
     QList<Macro> macros = m_macros;
@@ -217,8 +252,7 @@ void MacroManager::installBuiltInMacros()
     }
     if (macros.size() == m_macros.size())
         return;
-    setMacros(std::move(macros));
-    saveMacros();
+    changeAndSave(lock, std::move(macros));
     m_defaults.setBoolean(u"hasInitializedBuiltInMacros"_s, true);
 }
 
@@ -238,15 +272,20 @@ void MacroManager::setMacros(QList<Macro> macros)
     Q_EMIT macrosChanged();
 }
 
-void MacroManager::appendAndSave(Macro macro)
+void MacroManager::changeAndSave(const Lock &lock, QList<Macro> macros)
+{
+    setMacros(std::move(macros));
+    save(lock);
+}
+
+void MacroManager::appendAndSave(const Lock &lock, Macro macro)
 {
     macro.createdAt = nowTimestamp(m_clock);
     macro.updatedAt = macro.createdAt;
     macro.sortOrder = nextSortOrder();
     QList<Macro> macros = m_macros;
     macros.append(std::move(macro));
-    setMacros(std::move(macros));
-    saveMacros();
+    changeAndSave(lock, std::move(macros));
 }
 
 QString MacroManager::macrosFilePath() const

@@ -3,6 +3,7 @@
 #include "macro/library/Macro.h"
 #include "platform/FileVersion.h"
 #include "platform/JsonRecord.h"
+#include "platform/StoreLock.h"
 #include "platform/Timestamp.h"
 #include "platform/UserDefaults.h"
 #include "platform/Uuid.h"
@@ -20,6 +21,10 @@ namespace penwick {
 /// Owns every macro that the user has, as one ordered list that `macros.json` mirrors: each
 /// operation that changes the list saves the whole file before it returns. Use it from the main
 /// thread. File failures are written to standard output; the list keeps the change.
+///
+/// Several processes may have the same file. Each change reads what another one wrote, changes that
+/// and writes it while the others wait. A change for which the file cannot be had in time (see
+/// `StoreLock`) is a file failure.
 class MacroManager final : public QObject
 {
     Q_OBJECT
@@ -87,7 +92,13 @@ private:
     /// The largest `sortOrder` plus 1, and 1 for the empty list. Ends the process past 64 bits.
     [[nodiscard]] qint64 nextSortOrder() const;
     void setMacros(QList<Macro> macros);
-    void appendAndSave(Macro macro);
+    using Lock = tl::expected<StoreLock::Holder, FileError>;
+    /// Keeps other processes from the file, and takes in what they did to it.
+    [[nodiscard]] Lock beginChange();
+    /// \param lock what `beginChange` gave.
+    void changeAndSave(const Lock &lock, QList<Macro> macros);
+    void save(const Lock &lock);
+    void appendAndSave(const Lock &lock, Macro macro);
     [[nodiscard]] QString macrosFilePath() const;
 
     const QString m_supportFolder;
@@ -95,6 +106,7 @@ private:
     const Clock m_clock;
     const IdSource m_ids;
     QList<Macro> m_macros;
+    StoreLock m_lock;
     std::optional<FileVersion> m_fileVersion; // Last read or written here.
 };
 

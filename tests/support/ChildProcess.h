@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QProcess>
+#include <QStringList>
+
+#include <csignal>
+#include <functional>
+#include <memory>
+
+namespace penwick::test {
+
+/// The test's own program as another process that does something else: `arguments` tell its main()
+/// what. It is killed with the object.
+class ChildProcess final
+{
+public:
+    explicit ChildProcess(const QStringList &arguments)
+    {
+        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_process.start(QCoreApplication::applicationFilePath(), arguments);
+    }
+
+    ChildProcess(const ChildProcess &) = delete;
+    ChildProcess &operator=(const ChildProcess &) = delete;
+
+    ~ChildProcess() { kill(); }
+
+    /// Waits for the next line that the process writes; empty when none comes.
+    QByteArray readLine()
+    {
+        while (!m_process.canReadLine()) {
+            if (!m_process.waitForReadyRead(kPatience))
+                return {};
+        }
+        return m_process.readLine().trimmed();
+    }
+
+    /// Waits for the end; true when the process ended with status 0.
+    bool succeeds()
+    {
+        return (m_process.state() == QProcess::NotRunning ||
+                m_process.waitForFinished(kPatience)) &&
+               m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
+    }
+
+    void sendSignal(int signal) { ::kill(static_cast<pid_t>(m_process.processId()), signal); }
+
+    void kill()
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+
+private:
+    static constexpr int kPatience = 60'000; // Milliseconds.
+
+    QProcess m_process;
+};
+
+} // namespace penwick::test
