@@ -24,6 +24,7 @@ namespace penwick {
 namespace {
 
 constexpr int kAfterStartUp = 1000; // Milliseconds.
+constexpr int kAwaitedRequest = 30'000;
 
 } // namespace
 
@@ -31,6 +32,11 @@ AppDelegate::AppDelegate(Clock clock, FilePanels panels, QObject *parent)
     : QObject(parent)
     , m_clock(std::move(clock))
     , m_panels(std::move(panels))
+    , m_requests(&m_documents,
+                 [this]() -> QWidget * {
+                     const auto editor = targetEditor();
+                     return editor != nullptr ? editor->window() : nullptr;
+                 })
     , m_fileDrop(
           [this](const QWidget *window) { return m_documents.controllerOf(window) != nullptr; },
           [this](const QStringList &paths) { openFiles(paths); })
@@ -58,7 +64,7 @@ AppDelegate::~AppDelegate()
     ScriptHostPool::shared().discard();
 }
 
-void AppDelegate::applicationDidFinishLaunching(const QStringList &files)
+void AppDelegate::applicationDidFinishLaunching(const std::optional<OpenRequest> &request)
 {
     QApplication::setQuitOnLastWindowClosed(true);
     // Before the first text is looked up, so that it comes from the remembered profile.
@@ -86,11 +92,10 @@ void AppDelegate::applicationDidFinishLaunching(const QStringList &files)
             UIWordingProfileManager::shared().takeInChangesFromElsewhere();
         }
     });
-    for (const QString &file : files) {
-        m_documents.openFileOrNew(file);
-    }
-    if (!m_documents.hasDocuments()) {
-        m_documents.newDocument();
+    if (request) {
+        openFirst(*request);
+    } else {
+        QTimer::singleShot(kAwaitedRequest, this, &AppDelegate::endWithoutDocuments);
     }
     connect(qApp, &QGuiApplication::focusWindowChanged, this, [this] {
         windowDidBecomeMain(QApplication::activeWindow());
@@ -98,6 +103,23 @@ void AppDelegate::applicationDidFinishLaunching(const QStringList &files)
     windowDidBecomeMain(QApplication::activeWindow());
     // Later, so that it takes nothing from the start-up.
     QTimer::singleShot(kAfterStartUp, this, &AppDelegate::prepareScriptHost);
+}
+
+void AppDelegate::openFirst(const OpenRequest &request)
+{
+    if (!request.items.isEmpty()) {
+        m_requests.open(request);
+    }
+    if (!m_documents.hasDocuments()) {
+        m_documents.newDocument();
+    }
+}
+
+void AppDelegate::endWithoutDocuments()
+{
+    if (!m_documents.hasDocuments()) {
+        terminate();
+    }
 }
 
 void AppDelegate::prepareScriptHost()
@@ -325,7 +347,7 @@ void AppDelegate::showProfileManager()
 
 void AppDelegate::terminate()
 {
-    if (m_documents.closeAll()) {
+    if (m_documents.closeAll() && m_requests.finish()) {
         QCoreApplication::exit(0);
     }
 }

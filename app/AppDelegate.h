@@ -4,6 +4,7 @@
 #include "app/FileDrop.h"
 #include "app/MacroLauncher.h"
 #include "app/MenuBar.h"
+#include "app/OpenRequests.h"
 #include "app/UpdaterController.h"
 #include "app/WordingTranslator.h"
 #include "controls/FilePanels.h"
@@ -35,9 +36,14 @@ public:
                          QObject *parent = nullptr);
     ~AppDelegate() override;
 
-    /// The start-up. Opens `files` (a missing one becomes an empty document to be saved there), and
-    /// an untitled document where no document came of it.
-    void applicationDidFinishLaunching(const QStringList &files = {});
+    /// Before the start-up: other processes may hand over what they were started for.
+    void listenAt(InstancePlace place) { m_requests.listenAt(std::move(place)); }
+
+    /// The start-up. Opens what the process was started for (a missing file becomes an empty
+    /// document to be saved there), and an untitled document where no document came of it.
+    /// \param request nothing when another process is about to hand it over; should none do so, the
+    ///        application ends.
+    void applicationDidFinishLaunching(const std::optional<OpenRequest> &request = OpenRequest());
 
     [[nodiscard]] static constexpr bool applicationShouldOpenUntitledFile() { return true; }
 
@@ -81,6 +87,8 @@ public:
     void terminate();
 
 private:
+    void openFirst(const OpenRequest &request);
+    void endWithoutDocuments();
     void openFiles(const QStringList &paths);
     void handleProfileDidChange();
     void windowDidBecomeMain(QWidget *window);
@@ -101,6 +109,7 @@ private:
     FilePanels m_panels;
     WordingTranslator m_translator;
     DocumentController m_documents;
+    OpenRequests m_requests;
     FileDrop m_fileDrop;
     MacroLauncher m_launcher;
     std::unique_ptr<UpdaterController> m_updaterController;

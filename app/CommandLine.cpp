@@ -2,119 +2,211 @@
 
 #include "wording/WordingLookup.h"
 
+#include <QFile>
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
 namespace penwick {
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
+using Fault = CommandLine::Fault;
+using Request = CommandLine::Request;
+
 /// Options that the toolkit takes out of the arguments by itself, when it starts.
-bool isToolkitOption(const QString &name)
+bool isToolkitOption(QByteArrayView name)
 {
-    static const QStringList kNames{u"-platform"_s,
-                                    u"-platformpluginpath"_s,
-                                    u"-platformtheme"_s,
-                                    u"-plugin"_s,
-                                    u"-qwindowgeometry"_s,
-                                    u"-qwindowicon"_s,
-                                    u"-qwindowtitle"_s,
-                                    u"-session"_s,
-                                    u"-display"_s,
-                                    u"-style"_s,
-                                    u"-stylesheet"_s};
-    return kNames.contains(name);
+    static constexpr QByteArrayView kNames[] = {"-platform",
+                                                "-platformpluginpath",
+                                                "-platformtheme",
+                                                "-plugin",
+                                                "-qwindowgeometry",
+                                                "-qwindowicon",
+                                                "-qwindowtitle",
+                                                "-session",
+                                                "-display",
+                                                "-style",
+                                                "-stylesheet"};
+    return std::find(std::begin(kNames), std::end(kNames), name) != std::end(kNames);
 }
 
-bool isToolkitSwitch(const QString &name)
+bool isToolkitSwitch(QByteArrayView name)
 {
-    static const QStringList kNames{u"-reverse"_s, u"-widgetcount"_s, u"-nograb"_s, u"-dograb"_s};
-    return kNames.contains(name);
+    static constexpr QByteArrayView kNames[] = {"-reverse", "-widgetcount", "-nograb", "-dograb"};
+    return std::find(std::begin(kNames), std::end(kNames), name) != std::end(kNames);
 }
 
-enum class Kind { File, Help, Version, ToolkitOptionWithValue, ToolkitOption, Unknown };
-
-Kind kindOf(const QString &argument)
+/// A whole number without a sign; one that is too large is the largest.
+std::optional<qint64> numberOf(QByteArrayView digits)
 {
-    if (!argument.startsWith(u'-') || argument == u"-"_s) {
-        return Kind::File;
-    }
-    if (argument == u"--help"_s || argument == u"-h"_s) {
-        return Kind::Help;
-    }
-    if (argument == u"--version"_s || argument == u"-v"_s) {
-        return Kind::Version;
-    }
-    // `--style` and `-style` are the same to the toolkit.
-    const QString option = argument.startsWith(u"--"_s) ? argument.mid(1) : argument;
-    if (isToolkitOption(option)) {
-        return Kind::ToolkitOptionWithValue;
-    }
-    const bool isToolkits = isToolkitSwitch(option) || isToolkitOption(option.section(u'=', 0, 0));
-    return isToolkits ? Kind::ToolkitOption : Kind::Unknown;
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    if (digits.isEmpty() || !std::all_of(digits.begin(), digits.end(), isDigit))
+        return std::nullopt;
+    bool fits = false;
+    const qint64 number = digits.toByteArray().toLongLong(&fits);
+    return fits ? number : std::numeric_limits<qint64>::max();
 }
 
-bool isQuestion(CommandLine::Request request)
+/// `+LINE` or `+LINE:COLUMN`; anything else that begins with a plus is a file's name.
+std::optional<TextPlace> placeOf(QByteArrayView argument)
 {
-    return request == CommandLine::Request::ShowHelp ||
-           request == CommandLine::Request::ShowVersion;
+    if (!argument.startsWith('+'))
+        return std::nullopt;
+    const QByteArrayView numbers = argument.sliced(1);
+    const qsizetype colon = numbers.indexOf(':');
+    const auto line = numberOf(colon < 0 ? numbers : numbers.first(colon));
+    const auto column = colon < 0 ? std::optional<qint64>(1) : numberOf(numbers.sliced(colon + 1));
+    if (!line || !column)
+        return std::nullopt;
+    return TextPlace{std::max<qint64>(1, *line), std::max<qint64>(1, *column)};
 }
+
+bool isQuestion(Request request)
+{
+    return request == Request::ShowHelp || request == Request::ShowVersion;
+}
+
+/// Takes the arguments one by one.
+class Parser final
+{
+public:
+    explicit Parser(const QByteArrayList &arguments)
+        : m_arguments(arguments)
+    {
+    }
+
+    CommandLine parse()
+    {
+        for (; m_index < m_arguments.size(); ++m_index)
+            take(m_arguments.at(m_index));
+        if (m_place)
+            reject(Fault::PlaceWithoutFile, m_placeArgument);
+        return std::move(m_result);
+    }
+
+private:
+    void take(const QByteArray &argument)
+    {
+        const auto place = placeOf(argument);
+        if (m_onlyFiles)
+            takeFile(argument, false);
+        else if (argument == "--")
+            m_onlyFiles = true;
+        else if (place)
+            takePlace(argument, *place);
+        else if (!argument.startsWith('-') || argument == "-")
+            takeFile(argument, argument == "-");
+        else if (!takeOption(argument) && !takeToolkitOption(argument))
+            reject(Fault::UnknownOption, argument);
+    }
+
+    void takePlace(const QByteArray &argument, const TextPlace &place)
+    {
+        if (m_place)
+            reject(Fault::PlaceWithoutFile, m_placeArgument);
+        m_place = place;
+        m_placeArgument = argument;
+    }
+
+    void takeFile(const QByteArray &name, bool isStandardInput)
+    {
+        if (isStandardInput && std::exchange(m_hasStandardInput, true))
+            reject(Fault::StandardInputTwice, name);
+        m_result.files.append({name, isStandardInput, std::exchange(m_place, std::nullopt)});
+    }
+
+    bool takeOption(const QByteArray &argument)
+    {
+        if (argument == "--help" || argument == "-h")
+            ask(Request::ShowHelp);
+        else if (argument == "--version" || argument == "-v")
+            ask(Request::ShowVersion);
+        else if (argument == "--new-window")
+            m_result.newWindow = true;
+        else if (argument == "--wait")
+            m_result.wait = true;
+        else
+            return false;
+        return true;
+    }
+
+    bool takeToolkitOption(const QByteArray &argument)
+    {
+        // `--style` and `-style` are the same to the toolkit.
+        const QByteArray option = argument.startsWith("--") ? argument.mid(1) : argument;
+        const qsizetype sign = option.indexOf('=');
+        const QByteArray name = sign < 0 ? option : option.first(sign);
+        if (!isToolkitOption(name))
+            return isToolkitSwitch(option);
+        if (sign < 0)
+            ++m_index;
+        if (name == "-platform")
+            m_result.platform = sign < 0 ? m_arguments.value(m_index) : option.mid(sign + 1);
+        return true;
+    }
+
+    void ask(Request request)
+    {
+        if (!isQuestion(m_result.request))
+            m_result.request = request;
+    }
+
+    void reject(Fault fault, const QByteArray &argument)
+    {
+        if (m_result.request != Request::Run)
+            return;
+        m_result.request = Request::Reject;
+        m_result.fault = fault;
+        m_result.rejectedArgument = argument;
+    }
+
+    const QByteArrayList &m_arguments;
+    qsizetype m_index = 0;
+    CommandLine m_result;
+    std::optional<TextPlace> m_place; // For the next file.
+    QByteArray m_placeArgument;
+    bool m_hasStandardInput = false;
+    bool m_onlyFiles = false;
+};
 
 } // namespace
 
-/// Takes the argument at `index` and moves `index` to the last one that belongs to it.
-void CommandLine::take(const QStringList &arguments, qsizetype &index)
+CommandLine CommandLine::parse(const QByteArrayList &arguments)
 {
-    const QString &argument = arguments.at(index);
-    switch (kindOf(argument)) {
-    case Kind::File:
-        files << argument;
-        break;
-    case Kind::Help:
-        request = isQuestion(request) ? request : Request::ShowHelp;
-        break;
-    case Kind::Version:
-        request = isQuestion(request) ? request : Request::ShowVersion;
-        break;
-    case Kind::ToolkitOptionWithValue:
-        ++index;
-        break;
-    case Kind::ToolkitOption:
-        break;
-    case Kind::Unknown:
-        if (request == Request::Run) {
-            request = Request::RejectOption;
-            rejectedOption = argument;
-        }
-    }
-}
-
-CommandLine CommandLine::parse(const QStringList &arguments)
-{
-    const qsizetype dashes = arguments.indexOf(u"--"_s);
-    const qsizetype end = dashes < 0 ? arguments.size() : dashes;
-    CommandLine result;
-    for (qsizetype i = 0; i < end; ++i) {
-        result.take(arguments, i);
-    }
-    if (dashes >= 0) {
-        result.files += arguments.mid(dashes + 1);
-    }
-    return result;
+    return Parser(arguments).parse();
 }
 
 QString CommandLine::helpText()
 {
     const QStringList lines{
-        wording::text(u"cli.usage"_s, u"使い方: penwick [オプション] [ファイル...]"_s),
+        wording::text(u"cli.usage"_s, u"使い方: penwick [オプション] [[+行[:桁]] ファイル...]"_s),
         QString(),
         wording::text(u"cli.files"_s,
                       u"ファイルを開きます。まだ無いファイルは、保存したときに作られます。"_s),
+        wording::text(
+            u"cli.oneInstance"_s,
+            u"penwick が同じ画面ですでに動いていれば、そこで開いて、すぐに終わります。"_s),
         QString(),
         wording::text(u"cli.options"_s, u"オプション:"_s),
-        u"  -h, --help     "_s + wording::text(u"cli.help"_s, u"この説明を表示して終わります"_s),
-        u"  -v, --version  "_s +
+        u"  -h, --help        "_s + wording::text(u"cli.help"_s, u"この説明を表示して終わります"_s),
+        u"  -v, --version     "_s +
             wording::text(u"cli.version"_s, u"バージョンを表示して終わります"_s),
-        u"  --             "_s +
+        u"      --new-window  "_s +
+            wording::text(u"cli.newWindow"_s, u"タブにせず、それぞれ新しいウインドウで開きます"_s),
+        u"      --wait        "_s +
+            wording::text(u"cli.wait"_s, u"開いたものがすべて閉じられるまで待ちます"_s),
+        u"  +LINE[:COLUMN]    "_s +
+            wording::text(
+                u"cli.place"_s,
+                u"次のファイルの、その行 (と桁) にカーソルを置きます。どちらも 1 から数えます"_s),
+        u"  -                 "_s +
+            wording::text(u"cli.standardInput"_s,
+                          u"標準入力 (UTF-8) を名称未設定のテキストとして開きます"_s),
+        u"  --                "_s +
             wording::text(u"cli.endOfOptions"_s, u"以降をすべてファイル名とみなします"_s)};
     return lines.join(u'\n');
 }
@@ -122,6 +214,22 @@ QString CommandLine::helpText()
 QString CommandLine::versionText()
 {
     return u"penwick "_s + QStringLiteral(PENWICK_VERSION);
+}
+
+QString CommandLine::faultText() const
+{
+    const auto what = [this] {
+        switch (fault) {
+        case Fault::PlaceWithoutFile:
+            return wording::text(u"cli.placeWithoutFile"_s, u"後にファイル名がありません"_s);
+        case Fault::StandardInputTwice:
+            return wording::text(u"cli.standardInputTwice"_s, u"標準入力は一度しか使えません"_s);
+        case Fault::UnknownOption:
+            break;
+        }
+        return wording::text(u"cli.unknownOption"_s, u"不明なオプションです"_s);
+    };
+    return u"penwick: "_s + what() + u": "_s + QFile::decodeName(rejectedArgument);
 }
 
 } // namespace penwick

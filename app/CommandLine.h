@@ -1,33 +1,57 @@
 #pragma once
 
+#include "app/OpenRequest.h"
+
+#include <QByteArray>
+#include <QByteArrayList>
 #include <QString>
-#include <QStringList>
+
+#include <optional>
 
 namespace penwick {
 
-/// What the person asked for on the command line.
+/// What the person asked for on the command line. Arguments are the bytes that the system gave, for
+/// a file's name need be no text.
 struct CommandLine
 {
-    enum class Request { Run, ShowHelp, ShowVersion, RejectOption };
+    enum class Request { Run, ShowHelp, ShowVersion, Reject };
+
+    enum class Fault {
+        UnknownOption,
+        PlaceWithoutFile,   ///< A `+LINE` that no file follows.
+        StandardInputTwice, ///< There is only one.
+    };
+
+    struct File
+    {
+        QByteArray name; ///< As given, relative to the current folder.
+        bool isStandardInput = false;
+        std::optional<TextPlace> place;
+
+        bool operator==(const File &) const = default;
+    };
 
     Request request = Request::Run;
-    QStringList files;      ///< As given, relative to the current folder.
-    QString rejectedOption; ///< The option that penwick does not know.
+    QList<File> files;
+    bool newWindow = false;
+    bool wait = false;
+    QByteArray platform; ///< The window system that the toolkit is told to use; empty for any.
+    Fault fault = Fault::UnknownOption; ///< Of `Reject`, with the argument at fault.
+    QByteArray rejectedArgument;
 
     /// \param arguments without the program's name. Options of the toolkit (`-platform x`,
     ///        `-style=x`, ...) are passed over; what follows `--` is a file. The first request for
     ///        help or the version wins over all else.
-    [[nodiscard]] static CommandLine parse(const QStringList &arguments);
+    [[nodiscard]] static CommandLine parse(const QByteArrayList &arguments);
 
     /// The answer to `--help`.
     [[nodiscard]] static QString helpText();
     /// The answer to `--version`.
     [[nodiscard]] static QString versionText();
+    /// What is wrong, in a line for standard error.
+    [[nodiscard]] QString faultText() const;
 
     bool operator==(const CommandLine &) const = default;
-
-private:
-    void take(const QStringList &arguments, qsizetype &index);
 };
 
 } // namespace penwick

@@ -112,6 +112,16 @@ void DocumentController::newDocument(Placement placement)
     bringForward(*addDocument(std::make_unique<TextDocument>(), placement).controller);
 }
 
+TextDocument *DocumentController::newDocument(const Text &text, Placement placement)
+{
+    auto document = std::make_unique<TextDocument>();
+    TextDocument *made = document.get();
+    made->setContentString(text);
+    made->textStorage()->replaceCharacters({}, text); // For the edited state, which stays.
+    showDocument(std::move(document), placement);
+    return made;
+}
+
 void DocumentController::openDocument()
 {
     QWidget *parent = QApplication::activeWindow();
@@ -150,15 +160,21 @@ bool DocumentController::openDocumentFrom(const QString &path,
         dialogs::showOpenError(QApplication::activeWindow(), absolutePath, document.error());
         return false;
     }
+    showDocument(*std::move(document), placement);
+    return true;
+}
+
+/// An untouched untitled document makes room for it.
+void DocumentController::showDocument(std::unique_ptr<TextDocument> document, Placement placement)
+{
     OpenDocument *pristine = placement == Placement::Tab ? pristineDocument() : nullptr;
     if (pristine == nullptr) {
-        bringForward(*addDocument(std::move(*document), placement).controller);
-        return true;
+        bringForward(*addDocument(std::move(document), placement).controller);
+        return;
     }
     pristine->controller->documentState()->setMacroNotificationMessage(std::nullopt);
-    setDocument(*pristine, std::move(*document));
+    setDocument(*pristine, std::move(document));
     bringForward(*pristine->controller);
-    return true;
 }
 
 std::shared_ptr<EditorWindow> DocumentController::makeWindow()

@@ -61,6 +61,9 @@ public:
 
     /// Opens an untitled document.
     void newDocument(Placement placement = Placement::Tab);
+    /// Opens an untitled document that holds the text and is unsaved, unless the text is empty.
+    /// Room is made for it as for a file. \return owned by this.
+    TextDocument *newDocument(const Text &text, Placement placement);
     /// Asks for files and opens them.
     void openDocument();
     /// Opens one file, or brings the tab forward that has it. An untouched untitled document that
@@ -113,6 +116,7 @@ private:
     OpenDocument &addDocument(std::unique_ptr<TextDocument> document, Placement placement);
     void setDocument(OpenDocument &entry, std::unique_ptr<TextDocument> document);
     static void showContent(OpenDocument &entry);
+    void showDocument(std::unique_ptr<TextDocument> document, Placement placement);
     bool openDocumentFrom(const QString &path, MissingFile missingFile, Placement placement);
     void readingDidEnd(const EditorWindowController *controller,
                        const std::optional<DocumentError> &error);

@@ -1,6 +1,7 @@
 #include "app/WindowPlacement.h"
 
 #include "macro/engine/EditorWindowController.h"
+#include "platform/WindowActivation.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -13,11 +14,7 @@ void bringForward(const EditorWindowController &controller)
 {
     EditorWindow *window = controller.window();
     window->setCurrentController(&controller);
-    // Not showNormal(), which would take a maximised window's size away.
-    window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
-    window->show();
-    window->raise();
-    window->activateWindow();
+    bringForward(window);
 }
 
 QPoint onScreen(const QPoint &position, const QSize &size)

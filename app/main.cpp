@@ -1,17 +1,20 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
 #include "app/ScriptHostReport.h"
+#include "app/StartUp.h"
 #include "macro/script/ScriptHostPool.h"
-#include "wording/WordingLookup.h"
+#include "platform/BackgroundProcess.h"
+#include "platform/StandardOutput.h"
 
 #include <QApplication>
-#include <QFile>
 #include <QIcon>
 #include <QPixmap>
 
 #include <csignal>
 #include <cstdio>
 #include <optional>
+#include <utility>
+#include <variant>
 
 namespace {
 
@@ -21,10 +24,10 @@ using namespace Qt::StringLiterals;
 constexpr int kUsageError = 2;
 constexpr int kHostStartTime = 5000; // Milliseconds, far more than it takes.
 
-void writeLine(std::FILE *stream, const QString &line)
+void writeLine(const QString &line)
 {
     const QByteArray bytes = line.toLocal8Bit() + '\n';
-    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stream);
+    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stdout);
 }
 
 /// Answers what needs no window, so that it works without a display too.
@@ -32,19 +35,15 @@ std::optional<int> answerWithoutWindow(const CommandLine &commandLine)
 {
     switch (commandLine.request) {
     case CommandLine::Request::ShowHelp:
-        writeLine(stdout, CommandLine::helpText());
+        writeLine(CommandLine::helpText());
         return 0;
     case CommandLine::Request::ShowVersion:
-        writeLine(stdout, CommandLine::versionText());
-        writeLine(stdout,
-                  penwick::scriptHostReport(
-                      penwick::ScriptHostPool::shared().protection(kHostStartTime)));
+        writeLine(CommandLine::versionText());
+        writeLine(penwick::scriptHostReport(
+            penwick::ScriptHostPool::shared().protection(kHostStartTime)));
         return 0;
-    case CommandLine::Request::RejectOption:
-        writeLine(stderr,
-                  u"penwick: "_s +
-                      penwick::wording::text(u"cli.unknownOption"_s, u"不明なオプションです"_s) +
-                      u": "_s + commandLine.rejectedOption);
+    case CommandLine::Request::Reject:
+        penwick::writeErrorLine(commandLine.faultText());
         return kUsageError;
     case CommandLine::Request::Run:
         break;
@@ -69,14 +68,20 @@ int main(int argc, char *argv[])
 {
     // Whoever reads our output may go before us; no document is to be lost for a line of a log.
     std::signal(SIGPIPE, SIG_IGN);
-    QStringList arguments;
+    QByteArrayList arguments;
     for (int i = 1; i < argc; ++i) {
-        arguments << QFile::decodeName(argv[i]);
+        arguments << QByteArray(argv[i]);
     }
     const CommandLine commandLine = CommandLine::parse(arguments);
     if (const auto status = answerWithoutWindow(commandLine)) {
         return *status;
     }
+    // Before the toolkit comes up, so that handing over to a running penwick costs next to nothing.
+    auto start = penwick::startUp(commandLine);
+    if (const auto *status = std::get_if<int>(&start)) {
+        return *status;
+    }
+    auto &editor = *std::get_if<penwick::EditorStart>(&start);
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"penwick"_s);
     QApplication::setApplicationVersion(QStringLiteral(PENWICK_VERSION));
@@ -84,6 +89,12 @@ int main(int argc, char *argv[])
     QApplication::setWindowIcon(windowIcon());
 
     penwick::AppDelegate delegate;
-    delegate.applicationDidFinishLaunching(commandLine.files);
+    if (editor.isInBackground) {
+        penwick::leaveStandardStreams();
+    }
+    if (editor.place) {
+        delegate.listenAt(*std::move(editor.place));
+    }
+    delegate.applicationDidFinishLaunching(editor.request);
     return QApplication::exec();
 }

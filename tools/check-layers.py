@@ -37,6 +37,7 @@ _UI = {
 for _name, _logic in _UI.items():
     _lower = [name for name in LAYERS if name in _UI]
     LAYERS[_name] = {_logic, *LAYERS[_logic], *_lower, *(_UI[name] for name in _lower)}
+LAYERS["app_logic"] = {"text", "wording", "platform"}
 LAYERS["app"] = set(LAYERS)
 
 # Qt module -> the targets that may include its headers. Logic is built and tested without a GUI.

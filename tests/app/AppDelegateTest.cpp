@@ -113,7 +113,10 @@ void AppDelegateTest::cleanup()
 
 void AppDelegateTest::launch(const QStringList &files)
 {
-    m_app->applicationDidFinishLaunching(files);
+    OpenRequest request;
+    for (const QString &file : files)
+        request.items.append({QFile::encodeName(file), std::nullopt, std::nullopt});
+    m_app->applicationDidFinishLaunching(request);
     QCoreApplication::processEvents();
 }
 

@@ -1,0 +1,105 @@
+#include "app/HandOver.h"
+
+#include <QDeadlineTimer>
+
+namespace penwick {
+
+namespace {
+
+using Kind = HandOverError::Kind;
+
+/// Writes all of it; `Stalled` when the other side takes nothing for too long.
+class Writer final
+{
+public:
+    Writer(const LocalSocket &stream, std::chrono::milliseconds patience)
+        : m_stream(stream)
+        , m_patience(patience)
+    {
+    }
+
+    bool write(QByteArrayView bytes)
+    {
+        while (!bytes.isEmpty()) {
+            const auto count = m_stream.write(bytes);
+            if (!count)
+                return false;
+            bytes = bytes.sliced(*count);
+            if (*count == 0 && !m_stream.waitForWriting(QDeadlineTimer(m_patience))) {
+                m_stalled = true;
+                return false;
+            }
+        }
+        return true;
+    }
+
+    [[nodiscard]] bool hasStalled() const { return m_stalled; }
+
+private:
+    const LocalSocket &m_stream;
+    std::chrono::milliseconds m_patience;
+    bool m_stalled = false;
+};
+
+/// Waits for answers one by one.
+class Listener final
+{
+public:
+    explicit Listener(const LocalSocket &stream)
+        : m_stream(stream)
+    {
+    }
+
+    /// `ended` is the error when the other side goes without an answer.
+    tl::expected<Reply, HandOverError> next(const QDeadlineTimer &deadline, Kind ended)
+    {
+        while (true) {
+            const auto reply = m_replies.next();
+            if (!reply)
+                return tl::unexpected(HandOverError{Kind::Refused, reply.error()});
+            if (*reply)
+                return **reply;
+            if (!m_stream.waitForReading(deadline))
+                return tl::unexpected(HandOverError{Kind::NoAnswer});
+            char bytes[256];
+            const auto count = m_stream.read(bytes, sizeof bytes);
+            if (!count)
+                return tl::unexpected(HandOverError{ended});
+            m_replies.append(QByteArrayView(bytes, *count));
+        }
+    }
+
+private:
+    const LocalSocket &m_stream;
+    ReplyReader m_replies;
+};
+
+} // namespace
+
+tl::expected<void, HandOverError>
+handOver(const OpenRequest &request, const LocalSocket &stream, std::chrono::milliseconds patience)
+{
+    Writer writer(stream, patience);
+    // One that does not take all of it may have said why.
+    if (!sendRequest(request, [&writer](QByteArrayView bytes) { return writer.write(bytes); }) &&
+        writer.hasStalled())
+        return tl::unexpected(HandOverError{Kind::NoAnswer});
+    Listener listener(stream);
+    const auto answer = listener.next(QDeadlineTimer(patience), Kind::NotTaken);
+    if (!answer)
+        return tl::unexpected(answer.error());
+    if (answer->kind == Reply::Kind::Refused)
+        return tl::unexpected(HandOverError{Kind::Refused, answer->refusal});
+    if (!request.wait)
+        return {};
+    const auto last = listener.next(QDeadlineTimer(QDeadlineTimer::Forever), Kind::Abandoned);
+    if (!last)
+        return tl::unexpected(last.error());
+    if (last->kind != Reply::Kind::Closed)
+        return tl::unexpected(HandOverError{Kind::Refused, Refusal::Malformed});
+    if (!last->openedAll)
+        return tl::unexpected(HandOverError{Kind::NotAllOpened});
+    return {};
+}
+
+} // namespace penwick

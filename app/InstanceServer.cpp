@@ -1,0 +1,151 @@
+#include "app/InstanceServer.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace penwick {
+
+namespace {
+
+// Decoding this much takes less than a millisecond, so the person at the keyboard feels nothing.
+constexpr std::size_t kPiece = std::size_t{1} << 18;
+
+// More at the same moment than anybody starts; each holds little until its bytes have come.
+constexpr std::size_t kMaxArriving = 256;
+
+} // namespace
+
+InstanceClient::InstanceClient(LocalSocket stream,
+                               std::chrono::milliseconds patience,
+                               QObject *parent)
+    : QObject(parent)
+    , m_stream(std::move(stream))
+    , m_notifier(m_stream.descriptor(), QSocketNotifier::Read)
+{
+    connect(&m_notifier, &QSocketNotifier::activated, this, &InstanceClient::readSome);
+    m_timer.setSingleShot(true);
+    m_timer.setInterval(patience);
+    connect(&m_timer, &QTimer::timeout, this, &InstanceClient::end);
+    m_timer.start();
+}
+
+void InstanceClient::readSome()
+{
+    static thread_local std::array<char, kPiece> bytes;
+    const auto count = m_stream.read(bytes.data(), bytes.size());
+    if (!count) {
+        end();
+        return;
+    }
+    if (m_complete || *count == 0) {
+        // Nothing is left to be said, so what comes is not listened to.
+        return;
+    }
+    m_timer.start();
+    takeIn(QByteArrayView(bytes.data(), *count));
+}
+
+void InstanceClient::takeIn(QByteArrayView bytes)
+{
+    const auto complete = m_reader.append(bytes);
+    if (!complete) {
+        answer({.kind = Reply::Kind::Refused, .refusal = complete.error()});
+        end();
+        return;
+    }
+    if (!*complete)
+        return;
+    m_complete = true;
+    m_timer.stop();
+    const OpenRequest request = m_reader.take();
+    m_waits = request.wait;
+    Q_EMIT requested(request);
+}
+
+void InstanceClient::taken()
+{
+    answer({.kind = Reply::Kind::Taken});
+    if (!m_waits)
+        end();
+}
+
+void InstanceClient::closed(bool openedAll)
+{
+    answer({.kind = Reply::Kind::Closed, .openedAll = openedAll});
+    end();
+}
+
+// A few bytes in all, so there is always room for them, unless the other side is gone.
+void InstanceClient::answer(const Reply &reply)
+{
+    if (!m_ended)
+        static_cast<void>(m_stream.write(encoded(reply)));
+}
+
+void InstanceClient::end()
+{
+    if (std::exchange(m_ended, true))
+        return;
+    m_timer.stop();
+    m_notifier.setEnabled(false);
+    deleteLater();
+    Q_EMIT ended();
+}
+
+InstanceServer::InstanceServer(InstancePlace place,
+                               std::chrono::milliseconds patience,
+                               QObject *parent)
+    : QObject(parent)
+    , m_place(std::move(place))
+    , m_patience(patience)
+    , m_notifier(std::make_unique<QSocketNotifier>(m_place->listening().descriptor(),
+                                                   QSocketNotifier::Read))
+{
+    connect(m_notifier.get(), &QSocketNotifier::activated, this, &InstanceServer::acceptAll);
+}
+
+InstanceServer::~InstanceServer()
+{
+    leave();
+}
+
+void InstanceServer::leave()
+{
+    if (!m_place)
+        return;
+    m_notifier.reset();
+    InstancePlace::leave(*std::exchange(m_place, std::nullopt));
+    for (InstanceClient *client : std::exchange(m_arriving, {}))
+        delete client;
+}
+
+void InstanceServer::acceptAll()
+{
+    while (m_arriving.size() < kMaxArriving) {
+        auto stream = m_place->listening().accept();
+        if (!stream)
+            return;
+        adopt(*std::move(stream));
+    }
+}
+
+void InstanceServer::adopt(LocalSocket stream)
+{
+    auto *client = new InstanceClient(std::move(stream), m_patience, this);
+    m_arriving.push_back(client);
+    const auto forget = [this, client] {
+        m_arriving.erase(std::remove(m_arriving.begin(), m_arriving.end(), client),
+                         m_arriving.end());
+    };
+    connect(client, &InstanceClient::ended, this, forget);
+    connect(client,
+            &InstanceClient::requested,
+            this,
+            [this, client, forget](const OpenRequest &request) {
+                forget();
+                Q_EMIT requested(client, request);
+            });
+}
+
+} // namespace penwick

@@ -1,0 +1,275 @@
+#include "app/OpenRequestWire.h"
+
+#include <QtEndian>
+
+#include <algorithm>
+#include <utility>
+
+namespace penwick {
+
+namespace {
+
+constexpr qsizetype kHeaderSize = 8;
+constexpr quint16 kVersion = 1;
+constexpr QByteArrayView kMagic = "penwick!";
+constexpr quint16 kNewWindow = 1;
+constexpr quint16 kWait = 2;
+constexpr qsizetype kMaxToken = 4096;
+
+enum Kind : quint8 {
+    Greeting = 1,
+    ActivationToken = 2,
+    StartupId = 3,
+    File = 4,
+    TextBegin = 5,
+    TextBytes = 6,
+    TextEnd = 7,
+    Done = 8,
+};
+
+template <typename Number> void put(QByteArray &bytes, Number number)
+{
+    char raw[sizeof number];
+    qToLittleEndian(number, raw);
+    bytes.append(raw, sizeof raw);
+}
+
+template <typename Number> Number numberAt(QByteArrayView bytes, qsizetype offset)
+{
+    return qFromLittleEndian<Number>(bytes.data() + offset);
+}
+
+QByteArray frame(quint8 kind, QByteArrayView payload)
+{
+    QByteArray bytes;
+    bytes.reserve(kHeaderSize + payload.size());
+    bytes.append(static_cast<char>(kind)).append(3, '\0');
+    put(bytes, static_cast<quint32>(payload.size()));
+    bytes.append(payload.data(), payload.size());
+    return bytes;
+}
+
+// A place is always there, with zeros for none, so that what follows has a fixed start.
+constexpr qsizetype kPlaceSize = 2 * sizeof(qint64);
+
+QByteArray encodedPlace(const std::optional<TextPlace> &place)
+{
+    QByteArray bytes;
+    put(bytes, place ? place->line : qint64{0});
+    put(bytes, place ? place->column : qint64{0});
+    return bytes;
+}
+
+tl::expected<std::optional<TextPlace>, Refusal> decodedPlace(QByteArrayView payload)
+{
+    if (payload.size() < kPlaceSize)
+        return tl::unexpected(Refusal::Malformed);
+    const TextPlace place{numberAt<qint64>(payload, 0), numberAt<qint64>(payload, sizeof(qint64))};
+    if (place == TextPlace{0, 0})
+        return std::nullopt;
+    if (place.line < 1 || place.column < 1)
+        return tl::unexpected(Refusal::Malformed);
+    return place;
+}
+
+bool sendText(const OpenRequest::Item &item, const ByteSink &sink)
+{
+    if (!sink(frame(TextBegin, encodedPlace(item.place))))
+        return false;
+    const bool sent = item.text->forEachUtf8Block([&sink](QByteArrayView block) {
+        for (qsizetype i = 0; i < block.size(); i += kMaxPayload) {
+            const auto size = std::min(kMaxPayload, block.size() - i);
+            if (!sink(frame(TextBytes, block.sliced(i, size))))
+                return false;
+        }
+        return true;
+    });
+    return sent && sink(frame(TextEnd, {}));
+}
+
+bool sendItem(const OpenRequest::Item &item, const ByteSink &sink)
+{
+    if (item.text)
+        return sendText(item, sink);
+    // A path that is too long for the system anyway: whoever opens it says so.
+    const auto path =
+        QByteArrayView(item.path).first(std::min(item.path.size(), kMaxPayload - kPlaceSize));
+    return sink(frame(File, encodedPlace(item.place).append(path.data(), path.size())));
+}
+
+} // namespace
+
+bool sendRequest(const OpenRequest &request, const ByteSink &sink)
+{
+    QByteArray greeting = kMagic.toByteArray();
+    put(greeting, kVersion);
+    put(greeting,
+        static_cast<quint16>((request.newWindow ? kNewWindow : 0) | (request.wait ? kWait : 0)));
+    return sink(frame(Greeting, greeting)) &&
+           sink(frame(ActivationToken, request.activationToken.left(kMaxToken))) &&
+           sink(frame(StartupId, request.startupId.left(kMaxToken))) &&
+           std::all_of(request.items.cbegin(),
+                       request.items.cend(),
+                       [&sink](const auto &item) { return sendItem(item, sink); }) &&
+           sink(frame(Done, {}));
+}
+
+QByteArray encoded(const Reply &reply)
+{
+    const quint8 detail = reply.kind == Reply::Kind::Refused
+                              ? static_cast<quint8>(reply.refusal)
+                              : static_cast<quint8>(reply.openedAll ? 1 : 0);
+    return frame(static_cast<quint8>(reply.kind), QByteArray(1, static_cast<char>(detail)));
+}
+
+void FrameCutter::append(QByteArrayView bytes)
+{
+    m_input.remove(0, std::exchange(m_taken, 0));
+    m_input.append(bytes.data(), bytes.size());
+}
+
+tl::expected<std::optional<FrameCutter::Frame>, Refusal> FrameCutter::next()
+{
+    const QByteArrayView rest = QByteArrayView(m_input).sliced(m_taken);
+    if (rest.size() < kHeaderSize)
+        return std::nullopt;
+    const auto length = numberAt<quint32>(rest, 4);
+    if (rest[1] != 0 || rest[2] != 0 || rest[3] != 0)
+        return tl::unexpected(Refusal::Malformed);
+    if (length > kMaxPayload)
+        return tl::unexpected(Refusal::TooLarge);
+    if (rest.size() < kHeaderSize + static_cast<qsizetype>(length))
+        return std::nullopt;
+    m_taken += kHeaderSize + static_cast<qsizetype>(length);
+    return Frame{static_cast<quint8>(rest[0]), rest.sliced(kHeaderSize, length)};
+}
+
+tl::expected<bool, Refusal> RequestReader::append(QByteArrayView bytes)
+{
+    m_frames.append(bytes);
+    while (true) {
+        const auto frame = m_frames.next();
+        if (!frame)
+            return tl::unexpected(frame.error());
+        if (!*frame)
+            return m_complete;
+        if (const auto taken = takeFrame(**frame); !taken)
+            return tl::unexpected(taken.error());
+    }
+}
+
+RequestReader::Step RequestReader::takeFrame(const FrameCutter::Frame &frame)
+{
+    if (!m_greeted)
+        return takeGreeting(frame);
+    const bool belongsToText = frame.kind == TextBytes || frame.kind == TextEnd;
+    if (m_complete || belongsToText != m_text.has_value())
+        return tl::unexpected(Refusal::Malformed);
+    switch (frame.kind) {
+    case ActivationToken:
+        m_request.activationToken =
+            frame.payload.first(std::min(frame.payload.size(), kMaxToken)).toByteArray();
+        return {};
+    case StartupId:
+        m_request.startupId =
+            frame.payload.first(std::min(frame.payload.size(), kMaxToken)).toByteArray();
+        return {};
+    case File:
+        return takeFile(frame.payload);
+    case TextBegin:
+        return beginText(frame.payload);
+    case TextBytes:
+        return takeTextBytes(frame.payload);
+    case TextEnd:
+        return endText();
+    case Done:
+        m_complete = true;
+        return {};
+    default:
+        return tl::unexpected(Refusal::Malformed);
+    }
+}
+
+RequestReader::Step RequestReader::takeGreeting(const FrameCutter::Frame &frame)
+{
+    const qsizetype size = kMagic.size() + 2 * qsizetype{sizeof(quint16)};
+    if (frame.kind != Greeting || frame.payload.size() < size ||
+        frame.payload.first(kMagic.size()) != kMagic)
+        return tl::unexpected(Refusal::Malformed);
+    if (numberAt<quint16>(frame.payload, kMagic.size()) != kVersion)
+        return tl::unexpected(Refusal::OtherVersion);
+    const auto flags = numberAt<quint16>(frame.payload, kMagic.size() + sizeof(quint16));
+    m_request.newWindow = (flags & kNewWindow) != 0;
+    m_request.wait = (flags & kWait) != 0;
+    m_greeted = true;
+    return {};
+}
+
+RequestReader::Step RequestReader::takeFile(QByteArrayView payload)
+{
+    const auto place = decodedPlace(payload);
+    if (!place)
+        return tl::unexpected(place.error());
+    const QByteArrayView path = payload.sliced(kPlaceSize);
+    if (!path.startsWith('/') || path.contains('\0'))
+        return tl::unexpected(Refusal::Malformed);
+    if (m_request.items.size() == kMaxItems)
+        return tl::unexpected(Refusal::TooLarge);
+    m_request.items.append({path.toByteArray(), std::nullopt, *place});
+    return {};
+}
+
+RequestReader::Step RequestReader::beginText(QByteArrayView payload)
+{
+    const auto place = decodedPlace(payload);
+    if (!place)
+        return tl::unexpected(place.error());
+    if (m_request.items.size() == kMaxItems)
+        return tl::unexpected(Refusal::TooLarge);
+    m_request.items.append({{}, Text(), *place});
+    m_text.emplace();
+    return {};
+}
+
+RequestReader::Step RequestReader::takeTextBytes(QByteArrayView payload)
+{
+    m_textBytes += payload.size();
+    if (m_textBytes > kMaxTextBytes)
+        return tl::unexpected(Refusal::TooLarge);
+    if (!m_text->append(payload))
+        return tl::unexpected(Refusal::NotUtf8);
+    return {};
+}
+
+RequestReader::Step RequestReader::endText()
+{
+    auto text = m_text->finish();
+    m_text.reset();
+    if (!text)
+        return tl::unexpected(Refusal::NotUtf8);
+    m_request.items.last().text = *std::move(text);
+    return {};
+}
+
+tl::expected<std::optional<Reply>, Refusal> ReplyReader::next()
+{
+    const auto frame = m_frames.next();
+    if (!frame)
+        return tl::unexpected(frame.error());
+    if (!*frame)
+        return std::nullopt;
+    if ((*frame)->payload.isEmpty())
+        return tl::unexpected(Refusal::Malformed);
+    const auto detail = static_cast<quint8>((*frame)->payload[0]);
+    switch (static_cast<Reply::Kind>((*frame)->kind)) {
+    case Reply::Kind::Taken:
+        return Reply{.kind = Reply::Kind::Taken};
+    case Reply::Kind::Refused:
+        return Reply{.kind = Reply::Kind::Refused, .refusal = static_cast<Refusal>(detail)};
+    case Reply::Kind::Closed:
+        return Reply{.kind = Reply::Kind::Closed, .openedAll = detail != 0};
+    }
+    return tl::unexpected(Refusal::Malformed);
+}
+
+} // namespace penwick

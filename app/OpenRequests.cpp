@@ -1,0 +1,206 @@
+#include "app/OpenRequests.h"
+
+#include "editor/TextView.h"
+#include "platform/WindowActivation.h"
+
+#include <QApplication>
+#include <QFile>
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace penwick {
+
+using namespace std::chrono_literals;
+
+namespace {
+
+using Placement = DocumentController::Placement;
+
+Placement placementOf(const OpenRequest &request)
+{
+    return request.newWindow ? Placement::NewWindow : Placement::Tab;
+}
+
+DocumentController::WindowController controllerOf(const DocumentController &documents,
+                                                  const TextDocument *document)
+{
+    const auto controllers = documents.windowControllers();
+    const auto found =
+        std::find_if(controllers.begin(), controllers.end(), [&](const auto &controller) {
+            return documents.documentOf(controller.get()) == document;
+        });
+    return found != controllers.end() ? *found : nullptr;
+}
+
+} // namespace
+
+OpenRequests::OpenRequests(DocumentController *documents, FrontWindow frontWindow)
+    : m_documents(documents)
+    , m_frontWindow(std::move(frontWindow))
+{
+    constexpr auto kLookAgain = 50ms; // While a question is on the screen.
+    m_timer.setInterval(kLookAgain);
+    connect(&m_timer, &QTimer::timeout, this, &OpenRequests::openWaiting);
+    connect(documents, &DocumentController::documentClosed, this, &OpenRequests::forget);
+}
+
+OpenRequests::~OpenRequests() = default;
+
+void OpenRequests::listenAt(InstancePlace place)
+{
+    m_server = std::make_unique<InstanceServer>(std::move(place));
+    connect(m_server.get(), &InstanceServer::requested, this, &OpenRequests::take);
+    // The process ends soon after the last window; who asks from now on is to ask the next one.
+    connect(qApp, &QGuiApplication::lastWindowClosed, m_server.get(), [this] {
+        if (m_waiting.empty())
+            m_server->leave();
+    });
+}
+
+bool OpenRequests::finish()
+{
+    if (!m_waiting.empty()) {
+        openWaiting();
+        return false;
+    }
+    if (m_server != nullptr)
+        m_server->leave();
+    return true;
+}
+
+void OpenRequests::open(const OpenRequest &request)
+{
+    carryOut({nullptr, request});
+}
+
+void OpenRequests::take(InstanceClient *client, const OpenRequest &request)
+{
+    // Before anything is opened: a question may come of that.
+    client->taken();
+    m_waiting.push_back({client, request});
+    openWaiting();
+    QWidget *question = QApplication::activeModalWidget();
+    if (m_waiting.empty() || question == nullptr)
+        return;
+    allowActivation(request.activationToken, request.startupId);
+    bringForward(question);
+    if (m_stay == nullptr)
+        m_stay = std::make_unique<QEventLoopLocker>();
+    m_timer.start();
+}
+
+void OpenRequests::openWaiting()
+{
+    if (m_isOpening)
+        return;
+    m_isOpening = true;
+    while (!m_waiting.empty() && QApplication::activeModalWidget() == nullptr) {
+        const Waiting next = std::move(m_waiting.front());
+        m_waiting.pop_front();
+        carryOut(next);
+    }
+    m_isOpening = false;
+    if (m_waiting.empty()) {
+        m_timer.stop();
+        m_stay.reset();
+    }
+}
+
+void OpenRequests::carryOut(const Waiting &waiting)
+{
+    const OpenRequest &request = waiting.request;
+    allowActivation(request.activationToken, request.startupId);
+    Watch watch{waiting.client, {}, true};
+    for (const OpenRequest::Item &item : request.items) {
+        const TextDocument *document = openItem(item, placementOf(request));
+        if (document != nullptr)
+            watch.open.insert(document);
+        else
+            watch.openedAll = false;
+    }
+    if (request.items.isEmpty())
+        comeForward(request, watch);
+    if (!request.wait)
+        return;
+    m_watches.push_back(std::move(watch));
+    tellWhoIsDone();
+}
+
+const TextDocument *OpenRequests::openItem(const OpenRequest::Item &item, Placement placement)
+{
+    TextDocument *document = nullptr;
+    if (item.text) {
+        document = m_documents->newDocument(*item.text, placement);
+    } else {
+        const QString path = QFile::decodeName(item.path);
+        if (m_documents->openFileOrNew(path, placement))
+            document = m_documents->documentOfFile(path);
+    }
+    if (document == nullptr)
+        return nullptr;
+    if (document->isReading())
+        followReading(document, item.place);
+    else if (item.place)
+        showPlace(document, *item.place);
+    return document;
+}
+
+void OpenRequests::comeForward(const OpenRequest &request, Watch &watch)
+{
+    QWidget *window = m_frontWindow();
+    if (window == nullptr || request.newWindow || request.wait) {
+        watch.open.insert(m_documents->newDocument(Text(), placementOf(request)));
+        return;
+    }
+    bringForward(window);
+}
+
+void OpenRequests::followReading(TextDocument *document, const std::optional<TextPlace> &place)
+{
+    m_reading.insert(document);
+    connect(
+        document,
+        &TextDocument::transferEnded,
+        this,
+        [this, document, place](TextDocument::Transfer, const std::optional<DocumentError> &error) {
+            if (error || !m_reading.remove(document))
+                return;
+            if (place)
+                showPlace(document, *place);
+        });
+}
+
+/// A turn later, when the text stands in its window.
+void OpenRequests::showPlace(TextDocument *document, const TextPlace &place)
+{
+    QTimer::singleShot(0, document, [this, document, place] {
+        const auto controller = controllerOf(*m_documents, document);
+        TextView *view = controller != nullptr ? controller->textView() : nullptr;
+        if (view != nullptr)
+            view->setSelectedRange({offsetOf(place, view->string()), 0});
+    });
+}
+
+void OpenRequests::forget(const TextDocument *document)
+{
+    const bool wasRead = !m_reading.remove(document);
+    for (Watch &watch : m_watches) {
+        if (watch.open.remove(document))
+            watch.openedAll = watch.openedAll && wasRead;
+    }
+    tellWhoIsDone();
+}
+
+void OpenRequests::tellWhoIsDone()
+{
+    const auto isDone = [](const Watch &watch) { return watch.open.isEmpty(); };
+    for (const Watch &watch : m_watches) {
+        if (isDone(watch) && watch.client != nullptr)
+            watch.client->closed(watch.openedAll);
+    }
+    m_watches.erase(std::remove_if(m_watches.begin(), m_watches.end(), isDone), m_watches.end());
+}
+
+} // namespace penwick

@@ -1,0 +1,187 @@
+#include "app/StartUp.h"
+
+#include "app/HandOver.h"
+#include "platform/BackgroundProcess.h"
+#include "platform/StandardInput.h"
+#include "platform/StandardOutput.h"
+#include "text/Utf8.h"
+#include "wording/WordingLookup.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+
+#include <chrono>
+#include <utility>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int kFailure = 1;
+
+// Together with what comes before and after, no start takes five seconds to say that it failed.
+constexpr std::chrono::milliseconds kPatience = 4s;
+// For a process that was started for this one and has to come up first.
+constexpr std::chrono::milliseconds kPatienceWithOwn = 30s;
+
+int fail(const QString &message)
+{
+    writeErrorLine(u"penwick: "_s + message);
+    return kFailure;
+}
+
+/// Status of a failed read is told at once.
+tl::expected<Text, int> textOfStandardInput()
+{
+    Utf8Reader reader;
+    qint64 size = 0;
+    bool isTooLarge = false;
+    const auto read = readStandardInput([&](QByteArrayView block) {
+        size += block.size();
+        isTooLarge = size > kMaxTextBytes;
+        return !isTooLarge && reader.append(block);
+    });
+    if (isTooLarge)
+        return tl::unexpected(
+            fail(wording::text(u"cli.inputTooLarge"_s, u"標準入力が大きすぎます"_s)));
+    if (!read && read.error().kind != FileError::Kind::Cancelled)
+        return tl::unexpected(
+            fail(wording::text(u"cli.inputUnreadable"_s, u"標準入力を読み込めません"_s) + u": "_s +
+                 read.error().description()));
+    auto text = reader.finish();
+    if (!text)
+        return tl::unexpected(fail(
+            wording::text(u"cli.inputNotUtf8"_s, u"標準入力が UTF-8 のテキストではありません"_s)));
+    return *std::move(text);
+}
+
+/// Bytes are kept as they are: they are the file's name, whatever they mean.
+QByteArray absolutePath(const QByteArray &name)
+{
+    return name.startsWith('/') ? name : QFile::encodeName(QDir::currentPath()) + '/' + name;
+}
+
+tl::expected<OpenRequest, int> requestOf(const CommandLine &commandLine)
+{
+    OpenRequest request;
+    request.newWindow = commandLine.newWindow;
+    request.wait = commandLine.wait;
+    request.activationToken = qgetenv("XDG_ACTIVATION_TOKEN");
+    request.startupId = qgetenv("DESKTOP_STARTUP_ID");
+    for (const CommandLine::File &file : commandLine.files) {
+        OpenRequest::Item item;
+        item.place = file.place;
+        if (file.isStandardInput) {
+            auto text = textOfStandardInput();
+            if (!text)
+                return tl::unexpected(text.error());
+            item.text = *std::move(text);
+        } else {
+            item.path = absolutePath(file.name);
+        }
+        request.items.append(std::move(item));
+    }
+    return request;
+}
+
+QString textOf(const HandOverError &error)
+{
+    switch (error.kind) {
+    case HandOverError::Kind::Abandoned:
+        return wording::text(u"cli.abandoned"_s, u"penwick が、待っている間に終了しました"_s);
+    case HandOverError::Kind::NotAllOpened:
+        return wording::text(u"cli.notAllOpened"_s, u"開けないファイルがありました"_s);
+    case HandOverError::Kind::Refused:
+        if (error.refusal == Refusal::OtherVersion)
+            return wording::text(
+                u"cli.otherVersion"_s,
+                u"動いている penwick とバージョンが違います。いちど終了させてください"_s);
+        return wording::text(u"cli.refused"_s, u"動いている penwick が受け付けません"_s);
+    default:
+        return wording::text(u"cli.noAnswer"_s, u"動いている penwick が応答しません"_s);
+    }
+}
+
+int statusOf(const tl::expected<void, HandOverError> &outcome)
+{
+    return outcome ? 0 : fail(textOf(outcome.error()));
+}
+
+/// The caller of a waiting process goes on when its documents are closed, but the editor, in which
+/// there may be others by then, does not end with them. So the editor is a process of its own.
+std::variant<EditorStart, int> startInBackground(OpenRequest request, InstancePlace place)
+{
+    const InstanceAddress address = place.address();
+    switch (forkIntoBackground()) {
+    case Fork::Child:
+        return EditorStart{std::nullopt, std::move(place), true};
+    case Fork::Failed:
+        return EditorStart{std::move(request), std::move(place), false};
+    case Fork::Parent:
+        break;
+    }
+    {
+        // The child's alone from now on: where that one fails, nobody listens any more.
+        const InstancePlace given = std::move(place);
+    }
+    const auto stream = LocalSocket::connectTo(address.socket);
+    if (!stream)
+        return fail(textOf({HandOverError::Kind::NoAnswer}));
+    auto outcome = handOver(request, *stream, kPatienceWithOwn);
+    if (!outcome && outcome.error().kind == HandOverError::Kind::NotTaken)
+        return kFailure; // It has said why.
+    return statusOf(outcome);
+}
+
+EditorStart startAlone(OpenRequest request)
+{
+    writeErrorLine(
+        u"penwick: "_s +
+        wording::text(u"cli.alone"_s, u"ほかの penwick と連携できないため、単独で起動します"_s));
+    return {std::move(request), std::nullopt, false};
+}
+
+using Start = std::variant<EditorStart, int>;
+
+/// Nothing when the running process ended before it took the request, and there is time to look for
+/// another.
+std::optional<Start> meet(OpenRequest &request, Arrival arrival, const QDeadlineTimer &deadline)
+{
+    if (auto *place = std::get_if<InstancePlace>(&arrival)) {
+        if (request.wait)
+            return startInBackground(std::move(request), std::move(*place));
+        return EditorStart{std::move(request), std::move(*place), false};
+    }
+    const auto outcome = handOver(request, *std::get_if<LocalSocket>(&arrival), kPatience);
+    if (!outcome && outcome.error().kind == HandOverError::Kind::NotTaken && !deadline.hasExpired())
+        return std::nullopt;
+    return statusOf(outcome);
+}
+
+} // namespace
+
+std::variant<EditorStart, int> startUp(const CommandLine &commandLine)
+{
+    auto request = requestOf(commandLine);
+    if (!request)
+        return request.error();
+    const auto address = InstanceAddress::ofThisDisplay(commandLine.platform);
+    if (!address)
+        return startAlone(*std::move(request));
+    const QDeadlineTimer deadline(kPatience);
+    while (true) {
+        auto arrival = arriveAt(*address, deadline);
+        if (!arrival && arrival.error() == ArrivalError::NoAnswer)
+            return fail(textOf({HandOverError::Kind::NoAnswer}));
+        if (!arrival)
+            return startAlone(*std::move(request));
+        if (auto start = meet(*request, *std::move(arrival), deadline))
+            return *std::move(start);
+    }
+}
+
+} // namespace penwick

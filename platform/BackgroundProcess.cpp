@@ -1,0 +1,34 @@
+#include "platform/BackgroundProcess.h"
+
+#include "platform/FileDescriptor.h"
+
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace penwick {
+
+Fork forkIntoBackground()
+{
+    std::fflush(nullptr); // What waits to be written is not to be written twice.
+    const pid_t child = ::fork();
+    if (child < 0)
+        return Fork::Failed;
+    if (child > 0)
+        return Fork::Parent;
+    ::setsid();
+    return Fork::Child;
+}
+
+void leaveStandardStreams()
+{
+    std::fflush(nullptr);
+    const FileDescriptor nothing(
+        uninterrupted([] { return ::open("/dev/null", O_RDWR | O_CLOEXEC); }));
+    if (!nothing.isOpen())
+        return;
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        static_cast<void>(uninterrupted([&] { return ::dup2(nothing.get(), stream); }));
+}
+
+} // namespace penwick

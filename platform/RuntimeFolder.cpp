@@ -1,0 +1,42 @@
+#include "platform/RuntimeFolder.h"
+
+#include <QFile>
+
+#include <cerrno>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// By what stands there itself: a link to the user's folder is another's to turn.
+bool isOwnPrivateFolder(const QByteArray &path)
+{
+    struct ::stat status
+    {
+    };
+
+    constexpr mode_t kOthers = S_IRWXG | S_IRWXO;
+    return ::lstat(path.constData(), &status) == 0 && S_ISDIR(status.st_mode) &&
+           status.st_uid == ::geteuid() && (status.st_mode & kOthers) == 0;
+}
+
+} // namespace
+
+tl::expected<QString, FileError> privateRuntimeFolder()
+{
+    const QByteArray given = qgetenv("XDG_RUNTIME_DIR");
+    if (given.startsWith('/') && isOwnPrivateFolder(given))
+        return QFile::decodeName(given);
+    const QByteArray own = "/tmp/penwick-" + QByteArray::number(::geteuid());
+    if (::mkdir(own.constData(), S_IRWXU) != 0 && errno != EEXIST)
+        return tl::unexpected(FileError::fromErrno(errno));
+    if (!isOwnPrivateFolder(own))
+        return tl::unexpected(FileError::fromErrno(EACCES));
+    return QFile::decodeName(own);
+}
+
+} // namespace penwick
