@@ -63,11 +63,12 @@ void InstanceClient::takeIn(QByteArrayView bytes)
     Q_EMIT requested(request);
 }
 
-void InstanceClient::taken()
+bool InstanceClient::taken()
 {
-    answer({.kind = Reply::Kind::Taken});
+    const bool isHeard = answer({.kind = Reply::Kind::Taken});
     if (!m_waits)
         end();
+    return isHeard;
 }
 
 void InstanceClient::closed(bool openedAll)
@@ -77,10 +78,9 @@ void InstanceClient::closed(bool openedAll)
 }
 
 // A few bytes in all, so there is always room for them, unless the other side is gone.
-void InstanceClient::answer(const Reply &reply)
+bool InstanceClient::answer(const Reply &reply)
 {
-    if (!m_ended)
-        static_cast<void>(m_stream.write(encoded(reply)));
+    return !m_ended && m_stream.write(encoded(reply)).has_value();
 }
 
 void InstanceClient::end()

@@ -27,7 +27,8 @@ public:
     InstanceClient(LocalSocket stream, std::chrono::milliseconds patience, QObject *parent);
 
     /// Says that the request will be opened. One that does not wait is over then.
-    void taken();
+    /// \return false when whoever asked is gone, and expects nothing any more.
+    bool taken();
     /// Says that all of it is closed. Nothing of the client is used after that.
     void closed(bool openedAll);
 
@@ -39,7 +40,7 @@ Q_SIGNALS:
 private:
     void readSome();
     void takeIn(QByteArrayView bytes);
-    void answer(const Reply &reply);
+    bool answer(const Reply &reply);
     void end();
 
     LocalSocket m_stream;

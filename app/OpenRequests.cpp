@@ -78,17 +78,19 @@ void OpenRequests::open(const OpenRequest &request)
 void OpenRequests::take(InstanceClient *client, const OpenRequest &request)
 {
     // Before anything is opened: a question may come of that.
-    client->taken();
+    if (!client->taken())
+        return; // It gave up meanwhile, and has said so.
     m_waiting.push_back({client, request});
-    openWaiting();
-    QWidget *question = QApplication::activeModalWidget();
-    if (m_waiting.empty() || question == nullptr)
-        return;
-    allowActivation(request.activationToken, request.startupId);
-    bringForward(question);
     if (m_stay == nullptr)
         m_stay = std::make_unique<QEventLoopLocker>();
     m_timer.start();
+    if (QWidget *question = QApplication::activeModalWidget()) {
+        allowActivation(request.activationToken, request.startupId);
+        bringForward(question);
+        return;
+    }
+    // In a turn of its own: a question there runs the event loop, in which the client may go.
+    QMetaObject::invokeMethod(this, &OpenRequests::openWaiting, Qt::QueuedConnection);
 }
 
 void OpenRequests::openWaiting()

@@ -15,6 +15,27 @@ class Application:
     `output` is the file that holds what the program wrote to standard output and error."""
 
     def __init__(self, session, program, *arguments, environment=None):
+        self._connect(session)
+        saved = dict(session.environment)
+        session.environment.update(environment or {})
+        with self.output.open("ab") as log:
+            self.process = session.start(
+                program, *arguments, stdout=log, stderr=subprocess.STDOUT
+            )
+        session.environment = saved
+        self._pid = self.process.pid
+        until(self._find, "the program on the accessibility bus")
+
+    @classmethod
+    def running(cls, session, pid):
+        """The penwick that another program started, by its process id. It has no `process`."""
+        app = cls.__new__(cls)
+        app._connect(session)
+        app._pid = pid
+        until(app._find, "the program on the accessibility bus")
+        return app
+
+    def _connect(self, session):
         # Only here: the library connects to the bus that the session has set when it is imported.
         import gi
 
@@ -25,18 +46,11 @@ class Application:
         Atspi.set_timeout(5000, 15000)
         self._session = session
         self.output = session.home / "penwick-output.txt"
-        saved = dict(session.environment)
-        session.environment.update(environment or {})
-        with self.output.open("ab") as log:
-            self.process = session.start(
-                program, *arguments, stdout=log, stderr=subprocess.STDOUT
-            )
-        session.environment = saved
+        self.process = None
         self._root = None
-        until(self._find, "the program on the accessibility bus")
 
     def _find(self):
-        if self.process.poll() is not None:
+        if self.process and self.process.poll() is not None:
             raise Timeout(
                 f"the program ended with status {self.process.returncode}:\n"
                 + self.output.read_text(errors="replace")
@@ -45,7 +59,7 @@ class Application:
         desktop.set_cache_mask(self._atspi.Cache.NONE)
         for index in range(desktop.get_child_count()):
             child = self._quietly(lambda i=index: desktop.get_child_at_index(i))
-            if child and self._quietly(child.get_process_id) == self.process.pid:
+            if child and self._quietly(child.get_process_id) == self._pid:
                 # Without a main loop no change event arrives, so nothing may be cached.
                 child.set_cache_mask(self._atspi.Cache.NONE)
                 self._root = child
