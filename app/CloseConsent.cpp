@@ -69,21 +69,19 @@ bool CloseConsent::isGivenFor(const EditorWindow &window) const
     return true;
 }
 
-/// Searched anew after each question, for one may have come or gone during it.
+/// Searched anew after each question, for one may have come or gone during it. A macro that runs
+/// comes first: while it does nothing can be closed.
 OpenDocument *CloseConsent::nextOf(const EditorWindow &window,
                                    const QList<const EditorWindowController *> &asked) const
 {
-    const auto controllers = window.controllers();
-    for (const bool runsMacro : {true, false}) {
-        for (const EditorWindowController *controller : controllers) {
-            OpenDocument *entry = m_documents.find(controller);
-            if (entry != nullptr && !asked.contains(controller) &&
-                (controller->isRunningMacro() || !runsMacro)) {
-                return entry;
-            }
+    OpenDocument *next = nullptr;
+    for (const EditorWindowController *controller : window.controllers()) {
+        OpenDocument *entry = asked.contains(controller) ? nullptr : m_documents.find(controller);
+        if (entry != nullptr && (next == nullptr || controller->isRunningMacro())) {
+            next = entry;
         }
     }
-    return nullptr;
+    return next;
 }
 
 } // namespace penwick

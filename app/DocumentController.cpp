@@ -341,7 +341,7 @@ void DocumentController::moveToNewWindow(const EditorWindowController *controlle
     const auto window = makeWindow();
     const bool isWhole = former->isMaximized() || former->isFullScreen();
     window->resize(isWhole ? former->normalGeometry().size() : former->size());
-    window->move(onScreen(position, window->size()));
+    window->move(onScreen(position, isWhole ? window->size() : former->frameGeometry().size()));
     window->setTabBarStays(true);
     entry->controller->moveTo(window);
     bringForward(*controller);

@@ -59,6 +59,7 @@ EditorTabBar::EditorTabBar(QWidget *parent)
     setElideMode(Qt::ElideMiddle); // Both ends tell files apart.
     // A text that is dragged over a tab opens it; tabs are taken by `event`.
     setChangeCurrentOnDrag(true);
+    setAcceptDrops(true);
     NotificationCenter::defaultCenter().addObserver(
         UIWordingProfileDidChange, this, [this] { relabel(); });
     relabel();
@@ -195,6 +196,7 @@ void EditorTabBar::mousePressEvent(QMouseEvent *event)
     QTabBar::mousePressEvent(event);
     if (event->button() == Qt::LeftButton && index >= 0) {
         m_pressedAt = position;
+        m_pressedIndex = index;
         m_hotSpot = position - tabRect(index).topLeft();
     }
 }
@@ -207,6 +209,8 @@ void EditorTabBar::mouseMoveEvent(QMouseEvent *event)
     if (!m_pressedAt || !event->buttons().testFlag(Qt::LeftButton) || !isOutside)
         return QTabBar::mouseMoveEvent(event);
     endMoving(*event);
+    // On its way out it may have changed places with others.
+    moveTab(currentIndex(), m_pressedIndex);
     m_pressedAt.reset();
     Q_EMIT pulledOut(currentIndex(), m_hotSpot);
 }

@@ -59,6 +59,7 @@ private:
     [[nodiscard]] int characterWidths(int count) const;
 
     std::optional<QPoint> m_pressedAt; // Where the left button went down on a tab.
+    int m_pressedIndex = -1;
     QPoint m_hotSpot;
     int m_middlePressed = -1;
     std::optional<int> m_dropMark;

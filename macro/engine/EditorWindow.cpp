@@ -13,10 +13,12 @@
 #include <QDrag>
 #include <QDropEvent>
 #include <QInputMethod>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QPointer>
 #include <QShortcut>
 #include <QStackedWidget>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -32,7 +34,35 @@ constexpr QSize kContentSize(900, 650);
 constexpr QSize kMinimumSize(520, 360);
 constexpr QPoint kBeside(40, 40);
 
-bool s_tabIsDragged = false; // There is one mouse.
+// There is one mouse.
+bool &tabIsDragged()
+{
+    static bool isDragged = false;
+    return isDragged;
+}
+
+/// Tells whether Escape ended a drag, which the toolkit does not.
+class EscapeWatch final : public QObject
+{
+public:
+    EscapeWatch()
+    {
+        // Once the drag runs: who filters last sees events first, and the drag lets none through.
+        QTimer::singleShot(0, this, [this] { qApp->installEventFilter(this); });
+    }
+
+    [[nodiscard]] bool wasPressed() const { return m_wasPressed; }
+
+    bool eventFilter(QObject * /*watched*/, QEvent *event) override
+    {
+        if (event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride)
+            m_wasPressed |= static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape;
+        return false;
+    }
+
+private:
+    bool m_wasPressed = false;
+};
 
 } // namespace
 
@@ -217,7 +247,7 @@ void EditorWindow::focusPage(QWidget *page)
 
 void EditorWindow::updateTabBar()
 {
-    m_tabBar->setVisible(count() > 1 || m_tabBarStays || s_tabIsDragged);
+    m_tabBar->setVisible(count() > 1 || m_tabBarStays || tabIsDragged());
 }
 
 void EditorWindow::updateTitle()
@@ -235,7 +265,7 @@ void EditorWindow::updateTitle()
 
 void EditorWindow::setTabIsDragged(bool isDragged)
 {
-    s_tabIsDragged = isDragged;
+    tabIsDragged() = isDragged;
     const QWidgetList windows = QApplication::topLevelWidgets();
     for (QWidget *window : windows) {
         if (auto *editorWindow = qobject_cast<EditorWindow *>(window))
@@ -255,13 +285,12 @@ void EditorWindow::dragTab(int index, const QPoint &hotSpot)
     drag->setHotSpot(hotSpot);
     const QPointer<EditorWindow> self(this);
     const QPointer<TabMimeData> dropped(mime);
+    EscapeWatch escape;
     setTabIsDragged(true);
     drag->exec(Qt::MoveAction);
     setTabIsDragged(false);
-    // Whoever lets the tab go lets the button go; Escape leaves it pressed.
-    const bool isGivenUp = QGuiApplication::mouseButtons().testFlag(Qt::LeftButton);
     if (!self.isNull() && !dropped.isNull())
-        endDrag(*dropped, hotSpot, isGivenUp);
+        endDrag(*dropped, hotSpot, escape.wasPressed());
 }
 
 void EditorWindow::endDrag(const TabMimeData &mime, const QPoint &hotSpot, bool isGivenUp)

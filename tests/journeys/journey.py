@@ -63,12 +63,20 @@ class Journey(unittest.TestCase):
     def move_to_new_window(self, name):
         """Takes the tab of that name into a window of its own, by the tab's menu."""
         count = len(self.app.windows())
+        on_screen = self.app.windows_on_screen()
         self.app.click(self.tab(name), button=3)
+        until(lambda: self.app.windows_on_screen() - on_screen, "the tab's menu")
         self.app.press("Up", "Return")  # Its last item.
         until(
             lambda: len(self.app.windows()) == count + 1,
             lambda: f"another window among {self.app.windows()}",
         )
+        self.wait_for_keyboard(name)
+
+    def wait_for_keyboard(self, name):
+        """Waits until the keyboard is in the editor of that name."""
+        editor = self.app.wait_for("text", name)
+        until(lambda: self.app.has_state(editor, "focused"), f"the keyboard in {name}")
 
     def write(self, name, content):
         path = self.files / name

@@ -179,6 +179,11 @@ class Application:
         search = ("xdotool", "search", "--onlyvisible", "--name", re.escape(title))
         until(lambda: self._quietly_run(*search), f"the window {title!r}")
 
+    def windows_on_screen(self):
+        """The numbers of penwick's windows there, menus that are open by themselves included."""
+        search = ("xdotool", "search", "--onlyvisible", "--class", "penwick")
+        return set(self._quietly_run(*search).split())
+
     def _quietly_run(self, *command):
         return subprocess.run(
             command,
