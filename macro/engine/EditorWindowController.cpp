@@ -58,8 +58,8 @@ void EditorWindowController::moveTo(const std::shared_ptr<EditorWindow> &window,
     if (window == m_window)
         return m_window->moveTab(this, index);
     QGuiApplication::inputMethod()->commit();
+    m_window->removeTab(this);
     const auto former = std::exchange(m_window, window);
-    former->removeTab(this);
     m_window->insertTab(index, this, m_page.get(), m_label);
     if (former->count() == 0)
         former->hide();

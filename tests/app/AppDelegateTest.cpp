@@ -46,7 +46,12 @@ private Q_SLOTS:
     void macroManagersTestRun_failing_marksTheLine_data();
     void macroManagersTestRun_failing_marksTheLine();
     void lastActiveEditor_followsEditorWindowsOnly();
+    void lastActiveEditor_followsTheTabInFront();
+    void lastActiveEditor_tabChangedBehindAManager_followsIt();
+    void lastActiveEditor_survivesItsTab();
     void lastActiveEditor_survivesItsWindow();
+    void menus_actOnTheTabInFront();
+    void menus_ofAWindowPulledOut_areThere();
     void dynamicMacro_fromTheMenu_editsTheDocument();
     void dynamicMacro_vanished_doesNothing();
     void prefixMacro_prompted_usesTheAnswer_data();
@@ -322,6 +327,91 @@ void AppDelegateTest::lastActiveEditor_followsEditorWindowsOnly()
     QVERIFY(QTest::qWaitForWindowActive(m_app->profileManagerWindowController()->window()));
     QCOMPARE(m_app->lastActiveEditorWindowController().get(), controller(1));
     QCOMPARE(m_app->targetEditor().get(), controller(1));
+}
+
+void AppDelegateTest::lastActiveEditor_followsTheTabInFront()
+{
+    launch({m_home->write(u"a.txt"_s, "A"), m_home->write(u"b.txt"_s, "B")});
+    activate(1);
+    QTRY_COMPARE(m_app->lastActiveEditorWindowController().get(), controller(1));
+    controller()->window()->stepTab(1);
+    QCOMPARE(m_app->lastActiveEditorWindowController().get(), controller(0));
+    QCOMPARE(m_app->targetEditor().get(), controller(0));
+    // Of another window, which nobody is in.
+    m_app->documentController().newDocument(DocumentController::Placement::NewWindow);
+    QTRY_COMPARE(m_app->lastActiveEditorWindowController().get(), controller(2));
+    controller()->window()->stepTab(1);
+    QCOMPARE(m_app->lastActiveEditorWindowController().get(), controller(2));
+}
+
+// As from an assistive program.
+void AppDelegateTest::lastActiveEditor_tabChangedBehindAManager_followsIt()
+{
+    launch({m_home->write(u"a.txt"_s, "A  "), m_home->write(u"b.txt"_s, "B  ")});
+    activate(1);
+    m_app->showProfileManager();
+    QVERIFY(QTest::qWaitForWindowActive(m_app->profileManagerWindowController()->window()));
+    controller()->window()->setCurrentController(controller(0));
+    QCOMPARE(m_app->targetEditor().get(), controller(0));
+    m_app->runDynamicMacro(u"default_trimTrailingSpaces"_s);
+    QTRY_COMPARE(text(0), u"A"_s);
+    QCOMPARE(text(1), u"B  "_s);
+    m_app->profileManagerWindowController()->window()->close();
+}
+
+void AppDelegateTest::lastActiveEditor_survivesItsTab()
+{
+    launch({m_home->write(u"a.txt"_s, "A"), m_home->write(u"b.txt"_s, "B")});
+    activate(1);
+    m_app->showProfileManager();
+    QVERIFY(QTest::qWaitForWindowActive(m_app->profileManagerWindowController()->window()));
+    const auto closed = m_app->documentController().windowControllers().at(1);
+    // The tab that takes its place in front takes it as the target too.
+    m_app->documentController().closeDocument(closed.get());
+    QCOMPARE(m_app->targetEditor().get(), controller(0));
+    m_app->profileManagerWindowController()->window()->close();
+    QVERIFY(closed->textView() != nullptr);
+}
+
+void AppDelegateTest::menus_actOnTheTabInFront()
+{
+    launch({m_home->write(u"a.txt"_s, "A"), m_home->write(u"b.txt"_s, "B")});
+    activate(1);
+    setText(u"B2"_s, 1);
+    setText(u"A2"_s, 0);
+    activate(0);
+    const auto item = [this](int index) { return menu(1)->actions().at(index); };
+    QTRY_VERIFY(controller(0)->textView()->hasFocus());
+    menu(2)->actions().at(0)->trigger(); // Undo.
+    QCOMPARE(text(0), u"A"_s);
+    QCOMPARE(text(1), u"B2"_s);
+    menu(2)->actions().at(1)->trigger(); // Redo.
+    item(4)->trigger();                  // Save.
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("A2"));
+    QCOMPARE(m_home->read(u"b.txt"_s), QByteArray("B"));
+    item(3)->trigger(); // Close: the tab alone.
+    QCOMPARE(m_app->documentController().windowControllers().size(), 1);
+    QCOMPARE(text(0), u"B2"_s);
+    QVERIFY(controller()->window()->isVisible());
+    test::clickInModal(u"保存しない"_s);
+    item(3)->trigger();
+    QVERIFY(!m_app->documentController().hasDocuments());
+}
+
+void AppDelegateTest::menus_ofAWindowPulledOut_areThere()
+{
+    launch({m_home->write(u"a.txt"_s, "A"), m_home->write(u"b.txt"_s, "B")});
+    m_app->documentController().moveToNewWindow(controller(1), {0, 0});
+    QCOMPARE(menu(1, 1)->actions().size(), menu(1, 0)->actions().size());
+    QVERIFY(macroItem(u"default_trimTrailingSpaces"_s, 1) != nullptr);
+    UIWordingProfile profile;
+    profile.id = u"own"_s;
+    profile.values = {{u"app.name"_s, u"Stift"_s}, {u"menu.file"_s, u"Datei"_s}};
+    UIWordingProfileManager::shared().applyProfile(profile);
+    for (const int index : {0, 1}) {
+        QCOMPARE(menu(1, index)->menuAction()->text(), u"Datei"_s);
+        QVERIFY(controller(index)->window()->windowTitle().endsWith(u"Stift"_s));
+    }
 }
 
 void AppDelegateTest::lastActiveEditor_survivesItsWindow()

@@ -1,6 +1,7 @@
 #include "app/DocumentController.h"
 #include "app/MacroLauncher.h"
 #include "editor/TextView.h"
+#include "macro/engine/EditorTabBar.h"
 #include "macro/engine/MacroRunNotice.h"
 #include "macro/script/ScriptHostPool.h"
 #include "support/Macros.h"
@@ -26,6 +27,10 @@ private Q_SLOTS:
     void quit_showsTheNoticeAndClosesNothing();
     void open_file_leavesTheWindowOfTheMacroAlone();
     void macroWithAPrompt_onTheSameWindow_asksNothing();
+    void open_another_goesToAWindowThatIsFree();
+    void move_ofItsTab_isRefused();
+    void close_ofTheWindowFromAnotherTab_showsTheMacrosTab();
+    void edits_ofAMacroBehind_reachItsText();
     void documents_goneMeanwhile_endTheMacro();
 
 private:
@@ -112,6 +117,61 @@ void RunningMacroTest::macroWithAPrompt_onTheSameWindow_asksNothing()
     launcher.promptOrRun(macro); // A prompt would not return.
     QVERIFY(controller(0)->isRunningMacro());
     QVERIFY(notice(0)->isVisible());
+}
+
+// The notice holds the whole window, and whoever opens a file wants to read it.
+void RunningMacroTest::open_another_goesToAWindowThatIsFree()
+{
+    m_documents->newDocument();
+    runEndless(0);
+    QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
+    QVERIFY(controller(2)->window() != controller(0)->window());
+    QCOMPARE(controller(1)->window(), controller(0)->window());
+}
+
+void RunningMacroTest::move_ofItsTab_isRefused()
+{
+    m_documents->newDocument();
+    m_documents->newDocument(DocumentController::Placement::NewWindow);
+    runEndless(0);
+    EditorWindow *window = controller(0)->window();
+    m_documents->moveToNewWindow(controller(0).get(), {0, 0});
+    controller(0)->moveTo(controller(2)->window()->shared_from_this());
+    QCOMPARE(controller(0)->window(), window);
+    QCOMPARE(notice(0)->parentWidget(), window);
+}
+
+void RunningMacroTest::close_ofTheWindowFromAnotherTab_showsTheMacrosTab()
+{
+    m_documents->newDocument();
+    QTest::keyClicks(controller(1)->textView(), u"unsaved"_s);
+    runEndless(0);
+    controller(0)->window()->setCurrentController(controller(1).get());
+    QVERIFY(!controller(0)->window()->close()); // A question about the text would not return.
+    QVERIFY(controller(0)->isInFront());
+    QVERIFY(notice(0)->isVisible());
+    QVERIFY(!m_documents->closeOtherDocuments(controller(1).get()));
+    QVERIFY(!m_documents->closeDocument(controller(0).get()));
+    QVERIFY(controller(0)->isRunningMacro());
+    QCOMPARE(m_documents->windowControllers().size(), qsizetype{2});
+}
+
+void RunningMacroTest::edits_ofAMacroBehind_reachItsText()
+{
+    m_documents->newDocument();
+    controller(0)->runMacro(u"const end = Date.now() + 1500; while (Date.now() < end) ;"
+                            u"return {textEdits: [{type: 'replaceAll', text: 'new'}]};"_s,
+                            u"id"_s,
+                            u"name"_s,
+                            std::nullopt);
+    QVERIFY(controller(0)->isRunningMacro());
+    controller(0)->window()->setCurrentController(controller(1).get());
+    QTRY_VERIFY_WITH_TIMEOUT(!controller(0)->isRunningMacro(), 60000);
+    QCOMPARE(controller(0)->textView()->string().toString(), u"new"_s);
+    QVERIFY(controller(1)->textView()->string().isEmpty());
+    QVERIFY(controller(1)->isInFront());
+    const EditorTabBar *bar = controller(0)->window()->tabBar();
+    QTRY_COMPARE(bar->accessibleTabName(0), u"名称未設定（未保存の変更あり）"_s);
 }
 
 void RunningMacroTest::documents_goneMeanwhile_endTheMacro()

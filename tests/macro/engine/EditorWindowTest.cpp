@@ -1,0 +1,581 @@
+#include "macro/engine/EditorWindow.h"
+
+#include "editor/FindController.h"
+#include "editor/MainEditorView.h"
+#include "editor/TextView.h"
+#include "editor/TextViewRepresentable.h"
+#include "macro/engine/EditorTabBar.h"
+#include "macro/engine/EditorWindowController.h"
+#include "macro/engine/TabCloseButton.h"
+#include "macro/engine/TabMimeData.h"
+#include "support/TemporaryHome.h"
+
+#include <QDropEvent>
+#include <QInputMethodEvent>
+#include <QLineEdit>
+#include <QScrollBar>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace penwick {
+
+/// Windows with tabs, and what moves between them.
+class EditorWindowTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void tabBar_shows_fromTheSecondTabOn();
+    void tabBar_thatStays_showsWithOneTab();
+    void keys_stepThroughTheTabs_goRound();
+    void tab_added_comesBehindTheOneInFront();
+    void switching_keepsCaretScrollAndUndo();
+    void switching_focusStaysWithTheTab();
+    void switching_whileComposing_commitsIntoTheTextThatIsLeft();
+    void content_ofATabBehind_leavesTheKeyboardAlone();
+    void reordering_showsTheSamePages();
+    void label_isShownVerbatimOnTabAndTitle();
+    void label_withControlCharacters_isOneHarmlessLine();
+    void label_edited_isMarkedAndSpoken();
+    void names_long_areElidedAndTabsStayReadable();
+    void middleClick_onATab_asksToCloseIt();
+    void middleClick_releasedElsewhere_doesNothing();
+    void closeButton_clicked_asksToCloseItsTab();
+    void controller_gone_leavesTheOthers();
+    void moveTo_anotherWindow_keepsEverything();
+    void moveTo_fromTheLastTab_takesTheWindowAway();
+    void moveTo_whileComposing_commitsFirst();
+    void moveTo_itsOwnWindow_reorders();
+    void pulledOut_givesTheOrderBack();
+    void drop_onTheBar_namesThePlace();
+    void drop_elsewhereInAnotherWindow_goesBehindAll();
+    void drop_ofItsOwnTabBesideTheBar_isNotTaken();
+    void drop_ofSomethingElse_isNotTaken();
+
+private:
+    struct Editor
+    {
+        explicit Editor(std::shared_ptr<EditorWindow> window, const QString &text)
+            : controller(std::make_unique<EditorWindowController>(std::move(window)))
+        {
+            document.setContentString(Text(text));
+            controller->setDocument(&document);
+            controller->setTabLabel({text.left(5), {}, false});
+        }
+
+        [[nodiscard]] TextView *view() const { return controller->textView(); }
+
+        TextDocument document;
+        std::unique_ptr<EditorWindowController> controller;
+    };
+
+    using Controllers = QList<EditorWindowController *>;
+
+    /// What the person wants closed from now on.
+    [[nodiscard]] std::shared_ptr<Controllers> closeRequests() const
+    {
+        auto requests = std::make_shared<Controllers>();
+        connect(m_window.get(),
+                &EditorWindow::closeRequested,
+                m_window.get(),
+                [requests](EditorWindowController *controller) { *requests << controller; });
+        return requests;
+    }
+
+    Editor &add(const QString &text) { return add(m_window, text); }
+
+    Editor &add(const std::shared_ptr<EditorWindow> &window, const QString &text)
+    {
+        m_editors.push_back(std::make_unique<Editor>(window, text));
+        return *m_editors.back();
+    }
+
+    [[nodiscard]] QStringList order() const
+    {
+        QStringList names;
+        for (const EditorWindowController *controller : m_window->controllers())
+            names << controller->document()->contentString().toString();
+        return names;
+    }
+
+    void show() const
+    {
+        m_window->show();
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+    }
+
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers) const
+    {
+        QTest::keyClick(m_window->windowHandle(), key, modifiers);
+    }
+
+    [[nodiscard]] QPoint middleOf(int index) const
+    {
+        return m_window->tabBar()->tabRect(index).center();
+    }
+
+    test::TemporaryHome m_home;
+    std::unique_ptr<UserDefaults> m_defaults;
+    std::shared_ptr<EditorWindow> m_window;
+    std::vector<std::unique_ptr<Editor>> m_editors;
+};
+
+void EditorWindowTest::init()
+{
+    m_defaults = std::make_unique<UserDefaults>(m_home.file(u"settings.ini"_s));
+    m_window = std::make_shared<EditorWindow>(m_defaults.get());
+}
+
+void EditorWindowTest::cleanup()
+{
+    m_editors.clear();
+    m_window.reset();
+}
+
+void EditorWindowTest::tabBar_shows_fromTheSecondTabOn()
+{
+    add(u"one"_s);
+    show();
+    QVERIFY(!m_window->tabBar()->isVisible());
+    add(u"two"_s);
+    QVERIFY(m_window->tabBar()->isVisible());
+    QCOMPARE(m_window->tabBar()->count(), 2);
+    m_editors.pop_back();
+    QVERIFY(!m_window->tabBar()->isVisible());
+    QVERIFY(m_editors.front()->view()->isVisible());
+}
+
+void EditorWindowTest::tabBar_thatStays_showsWithOneTab()
+{
+    add(u"one"_s);
+    m_window->setTabBarStays(true);
+    show();
+    QVERIFY(m_window->tabBar()->isVisible());
+}
+
+void EditorWindowTest::keys_stepThroughTheTabs_goRound()
+{
+    for (const QString &text : {u"one"_s, u"two"_s, u"three"_s})
+        m_window->setCurrentController(add(text).controller.get());
+    show();
+    const auto front = [this] {
+        return m_window->currentController()->textView()->string().toString();
+    };
+    QCOMPARE(front(), u"three"_s);
+    press(Qt::Key_Tab, Qt::ControlModifier);
+    QCOMPARE(front(), u"one"_s);
+    press(Qt::Key_PageDown, Qt::ControlModifier);
+    QCOMPARE(front(), u"two"_s);
+    press(Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier);
+    QCOMPARE(front(), u"one"_s);
+    press(Qt::Key_PageUp, Qt::ControlModifier);
+    QCOMPARE(front(), u"three"_s);
+    QCOMPARE(order(), (QStringList{u"one"_s, u"two"_s, u"three"_s}));
+}
+
+void EditorWindowTest::tab_added_comesBehindTheOneInFront()
+{
+    const Editor &one = add(u"one"_s);
+    m_window->setCurrentController(add(u"two"_s).controller.get());
+    m_window->setCurrentController(one.controller.get());
+    add(u"three"_s);
+    QCOMPARE(order(), (QStringList{u"one"_s, u"three"_s, u"two"_s}));
+    QCOMPARE(m_window->currentController(), one.controller.get());
+}
+
+void EditorWindowTest::switching_keepsCaretScrollAndUndo()
+{
+    const Editor &one = add(u"line\n"_s.repeated(1000));
+    const Editor &two = add(u"two"_s);
+    show();
+    QTest::keyClicks(one.view(), u"!"_s);
+    one.view()->setSelectedRange({2000, 3});
+    one.view()->verticalScrollBar()->setValue(300);
+    const int scrolled = one.view()->verticalScrollBar()->value();
+    QVERIFY(scrolled > 0);
+    const TextView *view = one.view();
+    m_window->setCurrentController(two.controller.get());
+    QVERIFY(!one.view()->isVisible() && two.view()->isVisible());
+    two.view()->undo(); // Nothing of the other's.
+    m_window->setCurrentController(one.controller.get());
+    QCOMPARE(one.view(), view); // The same, so nothing is laid out anew.
+    QCOMPARE(one.view()->selectedRange(), (TextRange{2000, 3}));
+    QCOMPARE(one.view()->verticalScrollBar()->value(), scrolled);
+    QVERIFY(one.view()->string().toString().startsWith(u'!'));
+    one.view()->undo();
+    QCOMPARE(one.view()->string().size(), 5000);
+}
+
+void EditorWindowTest::switching_focusStaysWithTheTab()
+{
+    const Editor &one = add(u"one"_s);
+    const Editor &two = add(u"two"_s);
+    show();
+    one.controller->content()->textViewRepresentable()->findController()->showFind();
+    const QWidget *field = QApplication::focusWidget();
+    QVERIFY(qobject_cast<const QLineEdit *>(field) != nullptr);
+    m_window->setCurrentController(two.controller.get());
+    QCOMPARE(QApplication::focusWidget(), two.view());
+    m_window->setCurrentController(one.controller.get());
+    QCOMPARE(QApplication::focusWidget(), field);
+    QVERIFY(field->isVisible());
+    // Whoever walks through the bar by keyboard stays there.
+    m_window->tabBar()->setFocus();
+    QTest::keyClick(m_window->tabBar(), Qt::Key_Right);
+    QCOMPARE(m_window->currentController(), two.controller.get());
+    QVERIFY(m_window->tabBar()->hasFocus());
+}
+
+void EditorWindowTest::switching_whileComposing_commitsIntoTheTextThatIsLeft()
+{
+    const Editor &one = add(u"one"_s);
+    const Editor &two = add(u"two"_s);
+    show();
+    QInputMethodEvent compose(u"か"_s, {});
+    QCoreApplication::sendEvent(one.view(), &compose);
+    QVERIFY(one.view()->hasMarkedText());
+    m_window->setCurrentController(two.controller.get());
+    // The platform's input method would commit; without one the composition must not wander.
+    QVERIFY(!two.view()->hasMarkedText());
+    QCOMPARE(two.view()->string().toString(), u"two"_s);
+}
+
+void EditorWindowTest::content_ofATabBehind_leavesTheKeyboardAlone()
+{
+    const Editor &one = add(u"one"_s);
+    Editor &two = add(u"two"_s);
+    show();
+    QTRY_COMPARE(QApplication::focusWidget(), one.view());
+    two.controller->showLoading(&two.document);
+    QCoreApplication::processEvents();
+    QCOMPARE(QApplication::focusWidget(), one.view());
+    two.controller->setDocument(&two.document);
+    QCoreApplication::processEvents();
+    QCOMPARE(QApplication::focusWidget(), one.view());
+    m_window->setCurrentController(two.controller.get());
+    QCOMPARE(QApplication::focusWidget(), two.view());
+}
+
+void EditorWindowTest::reordering_showsTheSamePages()
+{
+    add(u"one"_s);
+    const Editor &two = add(u"two"_s);
+    add(u"three"_s);
+    show();
+    m_window->setCurrentController(two.controller.get());
+    QSignalSpy changed(m_window.get(), &EditorWindow::currentTabChanged);
+    const QStringList before = order();
+    m_window->tabBar()->moveTab(0, 2);
+    QCOMPARE(order(), (QStringList{before[1], before[2], before[0]}));
+    QVERIFY(two.controller->isInFront() && two.view()->isVisible());
+    QVERIFY(changed.isEmpty());
+    for (int i = 0; i < 3; ++i) {
+        m_window->tabBar()->setCurrentIndex(i);
+        QCOMPARE(m_window->currentController(), m_window->controllers().at(i));
+        QVERIFY(m_window->currentController()->textView()->isVisible());
+        QCOMPARE(m_window->tabBar()->tabText(i), order().at(i));
+    }
+}
+
+void EditorWindowTest::label_isShownVerbatimOnTabAndTitle()
+{
+    const Editor &one = add(u"one"_s);
+    one.controller->setTabLabel({u"R&D [*] <b>x</b>.txt"_s, u"/tmp/R&D [*] <b>x</b>.txt"_s, false});
+    const EditorTabBar *bar = m_window->tabBar();
+    QCOMPARE(bar->tabText(0), u"R&&D [*] <b>x</b>.txt"_s); // Shown with one.
+    QCOMPARE(bar->accessibleTabName(0), u"R&D [*] <b>x</b>.txt"_s);
+    QVERIFY(bar->tabToolTip(0).contains(u"/tmp/R&amp;D [*] &lt;b&gt;x&lt;/b&gt;.txt"_s));
+    QCOMPARE(m_window->windowTitle(), u"R&D [*][*] <b>x</b>.txt[*] — penwick"_s);
+    QCOMPARE(m_window->windowFilePath(), u"/tmp/R&D [*] <b>x</b>.txt"_s);
+    one.controller->setTabLabel({u"plain"_s, {}, false});
+    QCOMPARE(bar->tabToolTip(0), u"plain"_s);
+}
+
+void EditorWindowTest::label_withControlCharacters_isOneHarmlessLine()
+{
+    const Editor &one = add(u"one"_s);
+    one.controller->setTabLabel({u"a\nb\u202Etxt.\u2028c\td"_s, u"/tmp/a\nb"_s, false});
+    QCOMPARE(m_window->tabBar()->tabText(0), u"a\uFFFDb\uFFFDtxt.\uFFFDc\uFFFDd"_s);
+    QCOMPARE(m_window->tabBar()->tabToolTip(0), u"/tmp/a\uFFFDb"_s);
+}
+
+void EditorWindowTest::label_edited_isMarkedAndSpoken()
+{
+    const Editor &one = add(u"one"_s);
+    const Editor &two = add(u"two"_s);
+    const auto button = [this](int index) {
+        return qobject_cast<TabCloseButton *>(
+            m_window->tabBar()->tabButton(index, QTabBar::RightSide));
+    };
+    const int width = m_window->tabBar()->tabRect(1).width();
+    two.controller->setTabLabel({u"two"_s, {}, true});
+    QVERIFY(button(1)->isEdited() && !button(0)->isEdited());
+    QCOMPARE(m_window->tabBar()->accessibleTabName(1), u"two（未保存の変更あり）"_s);
+    QCOMPARE(m_window->tabBar()->tabRect(1).width(), width); // No tab moves at the first key.
+    QVERIFY(one.controller->isInFront() && !m_window->isWindowModified());
+    m_window->setCurrentController(two.controller.get());
+    QVERIFY(m_window->isWindowModified());
+}
+
+void EditorWindowTest::names_long_areElidedAndTabsStayReadable()
+{
+    const Editor &one = add(u"one"_s);
+    one.controller->setTabLabel({u"name"_s.repeated(50), {}, false});
+    for (int i = 0; i < 30; ++i)
+        add(u"file %1"_s.arg(i));
+    m_window->resize(m_window->minimumSize());
+    show();
+    const EditorTabBar *bar = m_window->tabBar();
+    QCOMPARE(m_window->width(), 520);
+    const int em = bar->fontMetrics().averageCharWidth();
+    for (int i = 0; i < bar->count(); ++i) {
+        QVERIFY(bar->tabRect(i).width() <= 40 * em);
+        QVERIFY(bar->tabRect(i).width() >= 10 * em);
+    }
+    for (const int index : {30, 0, 17}) {
+        m_window->setCurrentController(m_window->controllers().at(index));
+        QTRY_VERIFY(bar->rect().contains(bar->tabRect(index).center()));
+    }
+}
+
+void EditorWindowTest::middleClick_onATab_asksToCloseIt()
+{
+    add(u"one"_s);
+    const Editor &two = add(u"two"_s);
+    show();
+    const auto requests = closeRequests();
+    QTest::mouseClick(m_window->tabBar(), Qt::MiddleButton, {}, middleOf(1));
+    QCOMPARE(*requests, Controllers{two.controller.get()});
+    QVERIFY(!two.controller->isInFront());
+}
+
+void EditorWindowTest::middleClick_releasedElsewhere_doesNothing()
+{
+    add(u"one"_s);
+    add(u"two"_s);
+    show();
+    const auto requests = closeRequests();
+    QTest::mousePress(m_window->tabBar(), Qt::MiddleButton, {}, middleOf(1));
+    QTest::mouseRelease(m_window->tabBar(), Qt::MiddleButton, {}, middleOf(0));
+    QTest::mouseClick(m_window->tabBar(),
+                      Qt::MiddleButton,
+                      {},
+                      {m_window->tabBar()->width() - 2, middleOf(0).y()});
+    QVERIFY(requests->isEmpty());
+}
+
+void EditorWindowTest::closeButton_clicked_asksToCloseItsTab()
+{
+    add(u"one"_s);
+    const Editor &two = add(u"two"_s);
+    show();
+    m_window->tabBar()->moveTab(1, 0);
+    const auto requests = closeRequests();
+    QWidget *button = m_window->tabBar()->tabButton(0, QTabBar::RightSide);
+    QVERIFY(button->isVisible());
+    QTest::mouseClick(button, Qt::LeftButton);
+    QCOMPARE(*requests, Controllers{two.controller.get()});
+}
+
+void EditorWindowTest::controller_gone_leavesTheOthers()
+{
+    const Editor &one = add(u"one"_s);
+    m_window->setCurrentController(add(u"two"_s).controller.get());
+    show();
+    QSignalSpy changed(m_window.get(), &EditorWindow::currentTabChanged);
+    m_editors.pop_back();
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(m_window->currentController(), one.controller.get());
+    QCOMPARE(QApplication::focusWidget(), one.view());
+    QCOMPARE(m_window->windowTitle(), u"one[*] — penwick"_s);
+}
+
+void EditorWindowTest::moveTo_anotherWindow_keepsEverything()
+{
+    const Editor &one = add(u"line\n"_s.repeated(1000));
+    const Editor &two = add(u"two"_s);
+    show();
+    QTest::keyClicks(one.view(), u"!"_s);
+    one.view()->setSelectedRange({2000, 3});
+    one.controller->content()->textViewRepresentable()->findController()->showFind();
+    one.view()->verticalScrollBar()->setValue(300);
+    const int scrolled = one.view()->verticalScrollBar()->value();
+    const TextView *view = one.view();
+
+    const auto other = std::make_shared<EditorWindow>(m_defaults.get());
+    const Editor &three = add(other, u"three"_s);
+    other->show();
+    one.controller->moveTo(other, 0);
+    QCOMPARE(one.controller->window(), other.get());
+    QCOMPARE(other->controllers(), (Controllers{one.controller.get(), three.controller.get()}));
+    QCOMPARE(m_window->controllers(), Controllers{two.controller.get()});
+    QVERIFY(two.view()->isVisible());
+    QCOMPARE(m_window->windowTitle(), u"two[*] — penwick"_s);
+
+    other->setCurrentController(one.controller.get());
+    QVERIFY(one.view()->isVisible());
+    QCOMPARE(one.view(), view);
+    QCOMPARE(one.view()->selectedRange(), (TextRange{2000, 3}));
+    QCOMPARE(one.view()->verticalScrollBar()->value(), scrolled);
+    QVERIFY(one.controller->content()->findChild<QLineEdit *>()->isVisible());
+    QCOMPARE(other->windowTitle(), u"line\n[*] — penwick"_s);
+    one.view()->undo();
+    QCOMPARE(one.view()->string().size(), 5000);
+    m_editors.clear();
+}
+
+void EditorWindowTest::moveTo_fromTheLastTab_takesTheWindowAway()
+{
+    const Editor &one = add(u"one"_s);
+    show();
+    const std::weak_ptr<EditorWindow> former = m_window;
+    const auto other = std::make_shared<EditorWindow>(m_defaults.get());
+    m_window.reset();
+    one.controller->moveTo(other);
+    QVERIFY(!former.expired() && !former.lock()->isVisible()); // It may be what called.
+    QCoreApplication::processEvents();
+    QVERIFY(former.expired());
+    QCOMPARE(other->count(), 1);
+    m_editors.clear();
+}
+
+void EditorWindowTest::moveTo_whileComposing_commitsFirst()
+{
+    const Editor &one = add(u"one"_s);
+    add(u"two"_s);
+    show();
+    QInputMethodEvent compose(u"か"_s, {});
+    QCoreApplication::sendEvent(one.view(), &compose);
+    const auto other = std::make_shared<EditorWindow>(m_defaults.get());
+    one.controller->moveTo(other);
+    QInputMethodEvent commit;
+    commit.setCommitString(u"蚊"_s);
+    QCoreApplication::sendEvent(one.view(), &commit);
+    QCOMPARE(one.view()->string().toString(), u"蚊one"_s);
+    m_editors.clear();
+}
+
+void EditorWindowTest::moveTo_itsOwnWindow_reorders()
+{
+    const Editor &one = add(u"one"_s);
+    m_window->setCurrentController(one.controller.get());
+    const Editor &two = add(u"two"_s);
+    two.controller->moveTo(m_window, 0);
+    QCOMPARE(order(), (QStringList{u"two"_s, u"one"_s}));
+    two.controller->moveTo(m_window);
+    QCOMPARE(order(), (QStringList{u"one"_s, u"two"_s}));
+    QVERIFY(one.controller->isInFront());
+}
+
+void EditorWindowTest::pulledOut_givesTheOrderBack()
+{
+    EditorTabBar bar;
+    for (const QString &name : {u"one"_s, u"two"_s, u"three"_s})
+        bar.insert(bar.count(), {name, {}, false});
+    bar.resize(600, bar.sizeHint().height());
+    bar.show();
+    QSignalSpy pulled(&bar, &EditorTabBar::pulledOut);
+    const QPoint start = bar.tabRect(0).center();
+    QTest::mousePress(&bar, Qt::LeftButton, {}, start);
+    const auto move = [&bar](const QPoint &to) {
+        QMouseEvent event(QEvent::MouseMove,
+                          to,
+                          bar.mapToGlobal(to),
+                          Qt::NoButton,
+                          Qt::LeftButton,
+                          Qt::NoModifier);
+        QCoreApplication::sendEvent(&bar, &event);
+    };
+    move(start + QPoint(30, 0));
+    move(bar.tabRect(1).center() + QPoint(30, 0));
+    QVERIFY(bar.tabText(0) != u"one"_s); // Live, within the bar.
+    QVERIFY(pulled.isEmpty());
+    move(start + QPoint(60, 200));
+    QCOMPARE(pulled.size(), 1);
+    QCOMPARE(pulled[0][0].toInt(), 0);
+    QCOMPARE(pulled[0][1].toPoint(), start - bar.tabRect(0).topLeft());
+    QCOMPARE(bar.tabText(0), u"one"_s);
+    QVERIFY(!bar.picture(0).isNull());
+    move(start + QPoint(60, 300));
+    QCOMPARE(pulled.size(), 1);
+}
+
+void EditorWindowTest::drop_onTheBar_namesThePlace()
+{
+    add(u"one"_s);
+    add(u"two"_s);
+    show();
+    const auto other = std::make_shared<EditorWindow>(m_defaults.get());
+    const Editor &three = add(other, u"three"_s);
+    EditorTabBar *bar = m_window->tabBar();
+    for (int place = 0; place <= 2; ++place) {
+        const TabMimeData mime(three.controller.get());
+        const QPoint position =
+            place < 2 ? middleOf(place) - QPoint(5, 0) : middleOf(1) + QPoint(5, 0);
+        QDragEnterEvent enter(position, Qt::MoveAction, &mime, Qt::LeftButton, {});
+        QVERIFY(QCoreApplication::sendEvent(bar, &enter) && enter.isAccepted());
+        QDropEvent drop(position, Qt::MoveAction, &mime, Qt::LeftButton, {});
+        QVERIFY(QCoreApplication::sendEvent(bar, &drop) && drop.isAccepted());
+        QCOMPARE(mime.target(), m_window.get());
+        QCOMPARE(mime.targetIndex(), place);
+        QCOMPARE(three.controller->window(), other.get()); // It moves when the drag is over.
+    }
+    m_editors.clear();
+}
+
+void EditorWindowTest::drop_elsewhereInAnotherWindow_goesBehindAll()
+{
+    add(u"one"_s);
+    show();
+    const auto other = std::make_shared<EditorWindow>(m_defaults.get());
+    const TabMimeData mime(add(other, u"three"_s).controller.get());
+    QDragEnterEvent enter({200, 300}, Qt::MoveAction, &mime, Qt::LeftButton, {});
+    QVERIFY(QCoreApplication::sendEvent(m_window.get(), &enter) && enter.isAccepted());
+    QDropEvent drop({200, 300}, Qt::MoveAction, &mime, Qt::LeftButton, {});
+    QVERIFY(QCoreApplication::sendEvent(m_window.get(), &drop) && drop.isAccepted());
+    QCOMPARE(mime.target(), m_window.get());
+    QCOMPARE(mime.targetIndex(), -1);
+    m_editors.clear();
+}
+
+// It is pulled out instead, which a maximised window leaves no other place for.
+void EditorWindowTest::drop_ofItsOwnTabBesideTheBar_isNotTaken()
+{
+    const TabMimeData mime(add(u"one"_s).controller.get());
+    add(u"two"_s);
+    show();
+    QDragEnterEvent enter({200, 300}, Qt::MoveAction, &mime, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(m_window.get(), &enter);
+    QVERIFY(!enter.isAccepted());
+    QDropEvent drop({200, 300}, Qt::MoveAction, &mime, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(m_window.get(), &drop);
+    QVERIFY(mime.target() == nullptr);
+}
+
+// Also what another process calls a tab.
+void EditorWindowTest::drop_ofSomethingElse_isNotTaken()
+{
+    add(u"one"_s);
+    add(u"two"_s);
+    show();
+    QMimeData mime;
+    mime.setData(u"application/x-penwick-tab"_s, "x");
+    QDragEnterEvent enter({200, 300}, Qt::MoveAction, &mime, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(m_window.get(), &enter);
+    QVERIFY(!enter.isAccepted());
+    QDropEvent drop(middleOf(0), Qt::MoveAction, &mime, Qt::LeftButton, {});
+    drop.ignore();
+    QCoreApplication::sendEvent(m_window->tabBar(), &drop);
+    QCOMPARE(order(), (QStringList{u"one"_s, u"two"_s}));
+}
+
+} // namespace penwick
+
+QTEST_MAIN(penwick::EditorWindowTest)
+#include "EditorWindowTest.moc"
