@@ -26,8 +26,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 // Both in widths of an average character, so that they follow the font and the scale.
-constexpr int kMostWidth = 30;
-constexpr int kLeastWidth = 14;
+constexpr int kMostWidth = 36;
+constexpr int kLeastWidth = 22;
 
 constexpr int kDropMarkWidth = 3;
 
