@@ -30,6 +30,7 @@ constexpr int kMostWidth = 36;
 constexpr int kLeastWidth = 22;
 
 constexpr int kDropMarkWidth = 3;
+constexpr int kFrontLineHeight = 2;
 
 constexpr QTabBar::ButtonPosition kButtonSide = QTabBar::RightSide;
 
@@ -173,17 +174,29 @@ void EditorTabBar::showDropMark(std::optional<int> index)
 void EditorTabBar::paintEvent(QPaintEvent *event)
 {
     QTabBar::paintEvent(event);
-    if (!m_dropMark)
-        return;
+    QPainter painter(this);
+    const QColor accent = palette().color(QPalette::Highlight);
+    // Styles tell the tab in front from the others by so little that a dark desktop swallows it.
+    // One that is being moved hangs on the mouse.
+    if (!m_pressedAt && count() > 1) {
+        QRect line = tabRect(currentIndex());
+        line.setHeight(kFrontLineHeight);
+        painter.fillRect(line, accent);
+    }
+    if (m_dropMark)
+        painter.fillRect(dropMarkRect(*m_dropMark), accent);
+}
+
+QRect EditorTabBar::dropMarkRect(int index) const
+{
     const int last = count() - 1;
     int x = 0;
-    if (*m_dropMark <= last)
-        x = tabRect(*m_dropMark).left();
+    if (index <= last)
+        x = tabRect(index).left();
     else if (last >= 0)
         x = tabRect(last).right();
-    x = std::clamp(x - kDropMarkWidth / 2, 0, width() - kDropMarkWidth);
-    QPainter painter(this);
-    painter.fillRect(x, 0, kDropMarkWidth, height(), palette().color(QPalette::Highlight));
+    x = std::clamp(x - kDropMarkWidth / 2, 0, std::max(0, width() - kDropMarkWidth));
+    return {x, 0, kDropMarkWidth, height()};
 }
 
 void EditorTabBar::mousePressEvent(QMouseEvent *event)
@@ -195,6 +208,7 @@ void EditorTabBar::mousePressEvent(QMouseEvent *event)
         return event->accept();
     QTabBar::mousePressEvent(event);
     if (event->button() == Qt::LeftButton && index >= 0) {
+        update();
         m_pressedAt = position;
         m_pressedIndex = index;
         m_hotSpot = position - tabRect(index).topLeft();
@@ -212,6 +226,7 @@ void EditorTabBar::mouseMoveEvent(QMouseEvent *event)
     // On its way out it may have changed places with others.
     moveTab(currentIndex(), m_pressedIndex);
     m_pressedAt.reset();
+    update();
     Q_EMIT pulledOut(currentIndex(), m_hotSpot);
 }
 
@@ -230,6 +245,7 @@ void EditorTabBar::endMoving(const QMouseEvent &event)
 void EditorTabBar::mouseReleaseEvent(QMouseEvent *event)
 {
     m_pressedAt.reset();
+    update();
     const int middlePressed = std::exchange(m_middlePressed, -1);
     if (event->button() != Qt::MiddleButton)
         return QTabBar::mouseReleaseEvent(event);

@@ -53,6 +53,7 @@ protected:
 
 private:
     bool dragEvent(QEvent *event);
+    [[nodiscard]] QRect dropMarkRect(int index) const;
     void showDropMark(std::optional<int> index);
     void endMoving(const QMouseEvent &event);
     void relabel();
