@@ -101,6 +101,7 @@ void OpenRequests::openWaiting()
     while (!m_waiting.empty() && QApplication::activeModalWidget() == nullptr) {
         const Waiting next = std::move(m_waiting.front());
         m_waiting.pop_front();
+        allowActivation(next.request.activationToken, next.request.startupId);
         carryOut(next);
     }
     m_isOpening = false;
@@ -113,7 +114,6 @@ void OpenRequests::openWaiting()
 void OpenRequests::carryOut(const Waiting &waiting)
 {
     const OpenRequest &request = waiting.request;
-    allowActivation(request.activationToken, request.startupId);
     Watch watch{waiting.client, {}, true};
     for (const OpenRequest::Item &item : request.items) {
         const TextDocument *document = openItem(item, placementOf(request));

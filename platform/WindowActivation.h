@@ -11,7 +11,8 @@ namespace penwick {
 void bringForward(QWidget *window);
 
 /// What another process got from the window system when the person started it, so that the next
-/// window that comes forward may take the keyboard. Both may be empty.
+/// window that comes forward may take the keyboard. Tells a launcher that its start is over. Both
+/// may be empty.
 void allowActivation(const QByteArray &activationToken, const QByteArray &startupId);
 
 } // namespace penwick

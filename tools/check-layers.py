@@ -55,6 +55,7 @@ QT_MODULES = {
 SEAMS = {
     r"JavaScriptCore/|glib|jsc/": {"macro_script"},
     r"unicode/": {"text"},
+    r"xcb/": {"platform_ui"},
     r"seccomp\.h|linux/landlock\.h": {"macro_host"},
     r"(sys|netinet|arpa)/|(unistd|fcntl|pwd|grp|sched|signal|spawn|dirent|poll|dlfcn)\.h$": {
         "platform",

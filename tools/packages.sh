@@ -9,6 +9,7 @@ penwick_build_packages=(
     libicu-dev
     libjavascriptcoregtk-4.1-dev
     libseccomp-dev
+    libxcb1-dev
     ninja-build
     nlohmann-json3-dev
     pkgconf

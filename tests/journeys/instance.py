@@ -98,6 +98,29 @@ class Instance(journey.Journey):
         self.assertEqual(len(app.windows()), 1)
         self.assertEqual(self.tabs(), [])
 
+    def test_launcher_learns_that_the_start_is_over(self):
+        app = self.start(self.write("first.txt", ""))
+        log = self.session.home / "events.txt"
+        with log.open("wb") as output:
+            self.session.start("stdbuf", "-oL", "xev", "-root", "-event", "property", stdout=output)
+
+        def is_listening():
+            self.session.run("xprop", "-root", "-f", "_TEST", "8s", "-set", "_TEST", "x")
+            return b"_TEST" in log.read_bytes()
+
+        until(is_listening, "the listener")
+        self.session.environment["DESKTOP_STARTUP_ID"] = "launcher-1_TIME12345"
+        self.hand_over(self.write("second.txt", ""))
+        self.wait_for_title("second.txt")
+        until(lambda: b"_NET_STARTUP_INFO_BEGIN" in log.read_bytes(), "the message")
+        window = self.session.run("xdotool", "getactivewindow").strip()
+        until(
+            lambda: "12345" in self.session.run("xprop", "-id", window, "_NET_WM_USER_TIME"),
+            "the time of the start",
+        )
+        app.type("x")
+        self.wait_for_title("second.txt*")
+
     def test_folder_is_told_in_the_first(self):
         app = self.start(self.write("first.txt", ""))
         self.hand_over(self.files)
