@@ -5,6 +5,7 @@
 #include "macro/script/ScriptHostPool.h"
 #include "platform/BackgroundProcess.h"
 #include "platform/StandardOutput.h"
+#include "platform/SystemFonts.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -56,7 +57,7 @@ std::optional<int> answerWithoutWindow(const CommandLine &commandLine)
 QIcon windowIcon()
 {
     QIcon icon;
-    for (const int size : {16, 32, 48, 128}) {
+    for (const int size : {16, 32, 64}) {
         icon.addPixmap(QPixmap(u":/penwick/icon/%1.png"_s.arg(size)));
     }
     return icon;
@@ -82,11 +83,13 @@ int main(int argc, char *argv[])
         return *status;
     }
     auto &editor = *std::get_if<penwick::EditorStart>(&start);
+    std::optional<penwick::FontPreparation> fonts(std::in_place);
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"penwick"_s);
     QApplication::setApplicationVersion(QStringLiteral(PENWICK_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral(PENWICK_ID));
     QApplication::setWindowIcon(windowIcon());
+    fonts.reset(); // From here on texts are measured.
 
     penwick::AppDelegate delegate;
     if (editor.isInBackground) {

@@ -77,6 +77,16 @@ FindBar::FindBar(QWidget *parent)
 {
     setBackgroundRole(QPalette::Window);
     setAutoFillBackground(true);
+    NotificationCenter::defaultCenter().addObserver(UIWordingProfileDidChange, this, [this] {
+        if (isMade())
+            relabel();
+    });
+}
+
+void FindBar::make()
+{
+    if (isMade())
+        return;
     auto *layout = new QGridLayout(this);
     layout->setContentsMargins(kMargin, kSpacing + 1, kMargin, kSpacing);
     layout->setSpacing(kSpacing);
@@ -95,10 +105,15 @@ FindBar::FindBar(QWidget *parent)
     setReplaceIsShown(false);
     setTabOrders();
     setFocusProxy(m_searchField);
-    NotificationCenter::defaultCenter().addObserver(
-        UIWordingProfileDidChange, this, [this] { relabel(); });
     relabel();
     updateColors();
+}
+
+void FindBar::setVisible(bool isVisible)
+{
+    if (isVisible)
+        make();
+    QWidget::setVisible(isVisible);
 }
 
 QToolButton *FindBar::addButton(QWidget *row, const char *name)
@@ -182,6 +197,8 @@ void FindBar::setTabOrders()
 
 FindPattern FindBar::pattern() const
 {
+    if (!isMade())
+        return {};
     return {m_searchField->text(),
             m_case->isChecked(),
             m_words->isChecked(),
@@ -190,34 +207,37 @@ FindPattern FindBar::pattern() const
 
 QString FindBar::replacement() const
 {
-    return m_replaceField->text();
+    return isMade() ? m_replaceField->text() : QString();
 }
 
 bool FindBar::wraps() const
 {
-    return m_wrap->isChecked();
+    return !isMade() || m_wrap->isChecked();
 }
 
 void FindBar::setPatternText(const QString &string)
 {
+    make();
     m_searchField->setText(m_expression->isChecked() ? escaped(string) : string);
 }
 
 void FindBar::focusSearchField()
 {
+    make();
     m_searchField->setFocus(Qt::ShortcutFocusReason);
     m_searchField->selectAll();
 }
 
 void FindBar::setReplaceIsShown(bool isShown)
 {
+    make();
     m_replaceField->setVisible(isShown);
     m_replaceRow->setVisible(isShown);
 }
 
 bool FindBar::replaceIsShown() const
 {
-    return !m_replaceRow->isHidden();
+    return isMade() && !m_replaceRow->isHidden();
 }
 
 void FindBar::showCount(const FindSession::Count &count, bool isWrapped)
@@ -256,6 +276,8 @@ bool FindBar::hasNoMatch() const
 
 void FindBar::showCountText()
 {
+    if (!isMade())
+        return;
     m_countLabel->setText(countText());
     m_countLabel->setToolTip(countToolTip());
     m_countLabel->setAccessibleDescription(m_countLabel->toolTip());
@@ -271,6 +293,8 @@ void FindBar::showError(const std::optional<FindPatternError> &error)
 
 void FindBar::showErrorText()
 {
+    if (!isMade())
+        return;
     using Code = FindPatternError::Code;
     const bool isShown = m_error && m_error->code != Code::Empty;
     if (isShown && m_error->code == Code::TooComplex) {
@@ -286,6 +310,7 @@ void FindBar::showErrorText()
 
 void FindBar::showReplaced(qint64 count)
 {
+    make();
     m_isReplacing = false;
     m_replaced = count;
     m_replacedLabel->setLine(
@@ -296,6 +321,8 @@ void FindBar::showReplacing(bool isReplacing)
 {
     m_isReplacing = isReplacing;
     m_replaced.reset();
+    if (!isMade())
+        return;
     m_replacedLabel->setLine(
         isReplacing ? wording::text(u"editor.find.replacing"_s, u"置換しています…"_s) : QString());
 }
@@ -354,7 +381,7 @@ void FindBar::updateColors()
 void FindBar::changeEvent(QEvent *event)
 {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange && m_errorLabel != nullptr)
+    if (event->type() == QEvent::PaletteChange && isMade())
         updateColors();
 }
 

@@ -18,6 +18,9 @@ class ElidedLabel;
 /// The bar below the text to find and replace with: fields, switches and buttons. It shows what it
 /// is told and reports what is asked of it; it searches nothing itself. Its texts come from the
 /// wording lookup and follow a change of the wording at once.
+///
+/// Its fields and buttons are made when it is first shown or filled in, for most windows never need
+/// them. Until then its pattern and replacement are empty, and a search wraps around.
 class FindBar final : public QWidget
 {
     Q_OBJECT
@@ -49,6 +52,7 @@ public:
     /// Shows that matches are being replaced, or with false, nothing about replacing.
     void showReplacing(bool isReplacing);
 
+    void setVisible(bool isVisible) override;
     bool eventFilter(QObject *object, QEvent *event) override;
 
 Q_SIGNALS:
@@ -65,6 +69,10 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    void make();
+
+    [[nodiscard]] bool isMade() const { return m_searchRow != nullptr; }
+
     void makeSearchRow();
     void makeReplaceRow();
     void setTabOrders();

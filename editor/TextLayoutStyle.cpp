@@ -16,7 +16,9 @@ constexpr int kTabColumns = 4;
 
 TextLayoutStyle makeTextLayoutStyle(const QFont &font, qreal width)
 {
-    QTextLayout probe(QStringLiteral("Ag漢字"), font);
+    // The full stop comes from the font of Japanese, as ideographs do, but belongs to no script of
+    // its own: those would have the font looked up once more, also for texts that hold none.
+    QTextLayout probe(QStringLiteral("Ag。"), font);
     probe.beginLayout();
     QTextLine line = probe.createLine();
     probe.endLayout();

@@ -14,6 +14,11 @@
 namespace penwick {
 
 TextView::TextView(TextStorage *storage, QWidget *parent)
+    : TextView(storage, QFont(), parent)
+{
+}
+
+TextView::TextView(TextStorage *storage, const QFont &font, QWidget *parent)
     : QAbstractScrollArea(parent)
     , m_storage(storage)
     , m_mouse(&m_viewport,
@@ -38,6 +43,7 @@ TextView::TextView(TextStorage *storage, QWidget *parent)
     m_viewport.setText(m_storage->text());
     connect(m_storage, &TextStorage::changed, this, &TextView::storageChanged);
     connect(m_storage, &TextStorage::undoStateChanged, this, &TextView::actionStateDidChange);
+    setFont(font);
     updateStyle();
 }
 

@@ -35,6 +35,8 @@ class TextView final : public QAbstractScrollArea
 public:
     /// \param storage not owned; must outlive the view.
     explicit TextView(TextStorage *storage, QWidget *parent = nullptr);
+    /// \param font given here, it is the only one that is ever loaded and measured for the view.
+    TextView(TextStorage *storage, const QFont &font, QWidget *parent = nullptr);
     ~TextView() override;
 
     [[nodiscard]] TextStorage *textStorage() const { return m_storage; }

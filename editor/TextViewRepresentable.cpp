@@ -46,8 +46,7 @@ void TextViewRepresentable::makeTextView()
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    m_textView = new TextView(m_storage.get(), this);
-    m_textView->setFont(editorFont(kFontSize));
+    m_textView = new TextView(m_storage.get(), editorFont(kFontSize), this);
     m_textView->setFrameShape(QFrame::NoFrame);
     m_textView->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     m_textView->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);

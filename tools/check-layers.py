@@ -56,6 +56,7 @@ SEAMS = {
     r"JavaScriptCore/|glib|jsc/": {"macro_script"},
     r"unicode/": {"text"},
     r"xcb/": {"platform_ui"},
+    r"fontconfig/": {"platform_ui"},
     r"seccomp\.h|linux/landlock\.h": {"macro_host"},
     r"(sys|netinet|arpa)/|(unistd|fcntl|pwd|grp|sched|signal|spawn|dirent|poll|dlfcn)\.h$": {
         "platform",

@@ -5,6 +5,7 @@ penwick_build_packages=(
     cmake
     g++
     libexpected-dev
+    libfontconfig-dev
     libgl-dev
     libicu-dev
     libjavascriptcoregtk-4.1-dev

@@ -98,8 +98,7 @@ void CodeEditor::makeTextArea()
     auto *layout = new QHBoxLayout(m_area);
     layout->setContentsMargins(kFrame, kFrame, kFrame, kFrame);
     layout->setSpacing(0);
-    m_view = new TextView(&m_storage, m_area);
-    m_view->setFont(editorFont(kFontSize));
+    m_view = new TextView(&m_storage, editorFont(kFontSize), m_area);
     m_view->setDecoration(&m_decoration);
     m_view->installEventFilter(this);
     m_gutter = new LineNumberGutter(m_view, m_area);

@@ -1,0 +1,78 @@
+"""Starts penwick and a minimal window in turns, on one display, and times both to a quiet window."""
+
+import contextlib
+import json
+import os
+import pathlib
+import select
+import statistics
+import subprocess
+import tempfile
+import time
+
+RUNS = 25
+OWN_MACROS = 20  # Beside the built-in ones.
+OWN_PROFILES = 3
+
+
+@contextlib.contextmanager
+def display():
+    """A display without a screen of its own; its name."""
+    reading, writing = os.pipe()
+    server = subprocess.Popen(
+        ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x900x24", "-nolisten", "tcp"],
+        pass_fds=[writing], stderr=subprocess.DEVNULL)
+    os.close(writing)
+    try:
+        yield ":" + os.fdopen(reading).readline().strip()
+    finally:
+        server.terminate()
+        server.wait()
+
+
+def start(program, probe, environment):
+    """One start: {"start": ms to the quiet window, "work": ms of the main thread's processor time}."""
+    reading, writing = os.pipe()
+    told = dict(environment, LD_PRELOAD=str(probe), PENWICK_STARTED=str(time.monotonic_ns()))
+    process = os.posix_spawn(program, [str(program)], told,
+                             file_actions=[(os.POSIX_SPAWN_DUP2, writing, 1)])
+    os.close(writing)
+    with os.fdopen(reading) as output:
+        if not select.select([output], [], [], 60)[0]:
+            os.kill(process, 9)
+        lines = output.read().splitlines()
+    os.waitpid(process, 0)
+    # penwick may write lines of its own before.
+    return json.loads(next(line for line in lines if line.startswith("{")))
+
+
+def fill(data):
+    """Macros and profiles as somebody has who uses them; `data` is the folder of a first start."""
+    store = data / "macros.json"
+    macros = json.loads(store.read_text(encoding="utf-8"))
+    own = [dict(macros[i % len(macros)], id=f"OWN-{i}", name=f"自分のマクロ {i}", source="user")
+           for i in range(OWN_MACROS)]
+    store.write_text(json.dumps(macros + own, ensure_ascii=False, indent=2), encoding="utf-8")
+    for i in range(OWN_PROFILES):
+        identity = f"OWN-{i}"
+        stamp = "2026-01-01T00:00:00Z"
+        profile = {"id": identity, "name": f"自分の文言 {i}", "description": "", "locale": "ja",
+                   "isBuiltIn": False, "createdAt": stamp, "updatedAt": stamp,
+                   "values": {"menu.file": "書類", "menu.edit": "編集"}}
+        (data / "ui-wording-profiles" / f"{identity}.json").write_text(
+            json.dumps(profile, ensure_ascii=False), encoding="utf-8")
+
+
+def measure(folder):
+    """(penwick, minimal window): medians of each figure of `start`; programs are in `folder`."""
+    programs = [folder / name for name in ("penwick", "penwick_minimal_window")]
+    probe = folder / "libpenwick_quiet_probe.so"
+    with tempfile.TemporaryDirectory(prefix="penwick-bench-") as home, display() as name:
+        environment = {"PATH": os.environ["PATH"], "HOME": home, "XDG_RUNTIME_DIR": home,
+                       "LC_ALL": "C.UTF-8", "DISPLAY": name}
+        for program in programs:  # The first ones read the files of the system from the disk.
+            start(program, probe, environment)
+        fill(pathlib.Path(home) / ".local/share/penwick")
+        runs = [[start(program, probe, environment) for program in programs] for _ in range(RUNS)]
+    return [{figure: statistics.median(run[i][figure] for run in runs) for figure in runs[0][i]}
+            for i in range(len(programs))]
