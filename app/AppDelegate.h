@@ -8,6 +8,7 @@
 #include "app/UpdaterController.h"
 #include "app/WordingTranslator.h"
 #include "controls/FilePanels.h"
+#include "controls/FocusRing.h"
 #include "macro/library/MacroManagerWindowController.h"
 #include "platform/Timestamp.h"
 #include "wording/ProfileManagerWindowController.h"
@@ -111,6 +112,7 @@ private:
     DocumentController m_documents;
     OpenRequests m_requests;
     FileDrop m_fileDrop;
+    DefaultButtonFocus m_defaultButtonFocus;
     MacroLauncher m_launcher;
     std::unique_ptr<UpdaterController> m_updaterController;
     std::unique_ptr<MacroManagerWindowController> m_macroManager;

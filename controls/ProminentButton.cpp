@@ -1,5 +1,7 @@
 #include "controls/ProminentButton.h"
 
+#include "controls/FocusRing.h"
+
 #include <QPainter>
 #include <QStyleOptionButton>
 
@@ -29,7 +31,6 @@ void ProminentButton::paintEvent(QPaintEvent *event)
         return;
     }
     constexpr qreal kRadius = 3;
-    constexpr qreal kRingInset = 2.5;
     const QColor ink = palette().color(QPalette::Active, QPalette::HighlightedText);
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
@@ -37,12 +38,8 @@ void ProminentButton::paintEvent(QPaintEvent *event)
     painter.setBrush(fillColor());
     const QRectF frame = QRectF(rect()).adjusted(0, 1, 0, -1);
     painter.drawRoundedRect(frame, kRadius, kRadius);
-    if (hasFocus()) {
-        painter.setPen(ink);
-        painter.setBrush(Qt::NoBrush);
-        painter.drawRoundedRect(
-            frame.adjusted(kRingInset, kRingInset, -kRingInset, -kRingInset), 2, 2);
-    }
+    if (hasFocus())
+        paintFocusRing(&painter, frame.toRect(), ink);
     painter.setPen(ink);
     painter.drawText(rect(), Qt::AlignCenter | Qt::TextShowMnemonic, text());
 }

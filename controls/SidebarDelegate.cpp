@@ -1,5 +1,7 @@
 #include "controls/SidebarDelegate.h"
 
+#include "controls/FocusRing.h"
+
 #include <QApplication>
 #include <QIcon>
 #include <QKeyEvent>
@@ -157,11 +159,10 @@ void SidebarDelegate::paint(QPainter *painter,
                    option.font,
                    index.data(BadgeRole).toString(),
                    ink);
-    if (option.state.testFlag(QStyle::State_HasFocus) && !isSelected) {
-        QStyleOptionFocusRect focus;
-        focus.QStyleOption::operator=(option);
-        style->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, painter, row.widget);
-    }
+    // The list itself shows nowhere else that it has the keyboard.
+    if (option.state.testFlag(QStyle::State_HasFocus) &&
+        option.state.testFlag(QStyle::State_KeyboardFocusChange))
+        paintFocusRing(painter, option.rect, ink);
     index.data(SymbolRole).value<QIcon>().paint(painter, mirrored(option, parts.symbol));
 }
 

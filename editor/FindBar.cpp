@@ -48,10 +48,11 @@ void label(QToolButton *button, const QString &face, const QString &meaning)
 }
 
 /// Desktops set the colours of texts, few that of placeholders: Qt's own is for a light background.
-void makePlaceholderLegible(QLineEdit *field)
+/// \param color of the texts. Not the field's, which while a palette changes may still be the old
+/// one.
+void makePlaceholderLegible(QLineEdit *field, QColor color)
 {
     constexpr float kAlpha = 0.6F;
-    QColor color = field->palette().color(QPalette::Text);
     color.setAlphaF(kAlpha);
     QPalette palette;
     palette.setColor(QPalette::PlaceholderText, color);
@@ -374,7 +375,7 @@ void FindBar::updateColors()
     m_errorLabel->setPalette(warned);
     m_countLabel->setPalette(hasNoMatch() ? warned : own);
     for (QLineEdit *field : {m_searchField, m_replaceField})
-        makePlaceholderLegible(field);
+        makePlaceholderLegible(field, own.color(QPalette::Text));
     m_isUpdatingColors = false;
 }
 

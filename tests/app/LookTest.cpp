@@ -1,0 +1,339 @@
+#include "app/MenuBar.h"
+#include "app/PromptDialog.h"
+#include "controls/FocusRing.h"
+#include "controls/MessageBox.h"
+#include "editor/TextView.h"
+#include "macro/engine/EditorWindow.h"
+#include "macro/engine/EditorWindowController.h"
+#include "macro/library/MacroJson.h"
+#include "macro/library/MacroManagerWindowController.h"
+#include "support/FakeClock.h"
+#include "support/FakeIds.h"
+#include "support/FakePanels.h"
+#include "support/Macros.h"
+#include "support/ManagerPage.h"
+#include "support/TemporaryHome.h"
+#include "wording/ProfileManagerWindowController.h"
+
+#include <QAbstractButton>
+#include <QLineEdit>
+#include <QStyle>
+#include <QStyleFactory>
+#include <QTest>
+
+using namespace penwick;
+using namespace penwick::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// One window of the program, as a person has it before them.
+class Scene
+{
+public:
+    Scene() = default;
+    virtual ~Scene() = default;
+    Q_DISABLE_COPY_MOVE(Scene)
+
+    [[nodiscard]] virtual QWidget *window() const = 0;
+};
+
+class EditorScene final : public Scene
+{
+public:
+    EditorScene()
+    {
+        m_document.setContentString(Text(u"一行目\nsecond line\n"_s));
+        m_front.setDocument(&m_document);
+        m_back.setDocument(&m_other);
+        buildMenuBar(m_front.window(), {[](MenuCommand) {}, [](MenuCommand) { return true; }});
+        m_front.window()->resize(700, 420);
+        m_front.window()->show();
+        static_cast<void>(QTest::qWaitForWindowActive(m_front.window()));
+        m_front.textView()->setFocus();
+        QTest::keyClick(m_front.textView(), Qt::Key_H, Qt::ControlModifier);
+        auto *field = m_front.window()->findChild<QLineEdit *>(u"findField"_s);
+        QTest::keyClicks(field, u"line"_s);
+    }
+
+    [[nodiscard]] QWidget *window() const override { return m_front.window(); }
+
+private:
+    TemporaryHome m_home;
+    UserDefaults m_defaults{m_home.file(u"config.conf"_s)};
+    TextDocument m_document;
+    TextDocument m_other;
+    EditorWindowController m_front{m_defaults};
+    EditorWindowController m_back{m_front.window()->shared_from_this()};
+};
+
+class MacrosScene final : public Scene
+{
+public:
+    MacrosScene()
+    {
+        Macro builtIn = sampleMacro(u"A"_s, 1);
+        builtIn.source = u"builtin"_s;
+        builtIn.isEnabled = true;
+        m_home.write(u"data/macros.json"_s,
+                     MacroJson::write({builtIn, sampleMacro(u"B"_s, 2), sampleMacro(u"C"_s, 3)}));
+        m_manager = std::make_unique<MacroManager>(
+            m_home.file(u"data"_s), m_defaults, m_time.clock(), m_ids.source());
+        m_controller = std::make_unique<MacroManagerWindowController>(
+            MacroManagerView::Services{
+                *m_manager, m_center, m_panels.panels(), m_ids.source(), [](const Macro &) {}},
+            m_defaults);
+        m_controller->showWindow();
+        ManagerPage(m_controller->window()).clickRow(1);
+    }
+
+    [[nodiscard]] QWidget *window() const override { return m_controller->window(); }
+
+private:
+    TemporaryHome m_home;
+    UserDefaults m_defaults{m_home.file(u"config.conf"_s)};
+    NotificationCenter m_center;
+    FakeClock m_time;
+    FakeIds m_ids;
+    FakePanels m_panels;
+    std::unique_ptr<MacroManager> m_manager;
+    std::unique_ptr<MacroManagerWindowController> m_controller;
+};
+
+class ProfilesScene final : public Scene
+{
+public:
+    ProfilesScene()
+    {
+        m_manager = std::make_unique<UIWordingProfileManager>(
+            m_home.file(u"profiles"_s), m_defaults, m_center);
+        m_controller = std::make_unique<ProfileManagerWindowController>(
+            ProfileManagerView::Services{
+                *m_manager, m_center, m_panels.panels(), m_time.clock(), m_ids.source()},
+            m_defaults);
+        m_controller->showWindow();
+        ManagerPage(m_controller->window()).clickRow(0);
+    }
+
+    [[nodiscard]] QWidget *window() const override { return m_controller->window(); }
+
+private:
+    TemporaryHome m_home;
+    UserDefaults m_defaults{m_home.file(u"config.conf"_s)};
+    NotificationCenter m_center;
+    FakeClock m_time;
+    FakeIds m_ids;
+    FakePanels m_panels;
+    std::unique_ptr<UIWordingProfileManager> m_manager;
+    std::unique_ptr<ProfileManagerWindowController> m_controller;
+};
+
+class PromptScene final : public Scene
+{
+public:
+    PromptScene() { m_dialog.show(); }
+
+    [[nodiscard]] QWidget *window() const override { return &m_dialog; }
+
+private:
+    mutable PromptDialog m_dialog{u"何を？"_s, new QLineEdit(u"> "_s), nullptr};
+};
+
+class MessageScene final : public Scene
+{
+public:
+    MessageScene()
+    {
+        m_box.addTextButton(u"保存"_s, QMessageBox::AcceptRole);
+        m_box.addTextButton(u"キャンセル"_s, QMessageBox::RejectRole);
+        m_box.show();
+    }
+
+    [[nodiscard]] QWidget *window() const override { return &m_box; }
+
+private:
+    mutable MessageBox m_box{QMessageBox::Warning, u"保存しますか？"_s, nullptr};
+};
+
+std::unique_ptr<Scene> makeScene(const QString &name)
+{
+    if (name == u"editor"_s)
+        return std::make_unique<EditorScene>();
+    if (name == u"macros"_s)
+        return std::make_unique<MacrosScene>();
+    if (name == u"profiles"_s)
+        return std::make_unique<ProfilesScene>();
+    if (name == u"message"_s)
+        return std::make_unique<MessageScene>();
+    return std::make_unique<PromptScene>();
+}
+
+void nameScenes()
+{
+    QTest::addColumn<QString>("scene");
+    for (const char *name : {"editor", "macros", "profiles", "prompt", "message"})
+        QTest::newRow(name) << QString::fromLatin1(name);
+}
+
+QPalette lightPalette()
+{
+    return QApplication::style()->standardPalette();
+}
+
+QPalette darkPalette()
+{
+    QPalette palette(QColor(49, 54, 59), QColor(49, 54, 59));
+    for (const auto role :
+         {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::BrightText})
+        palette.setColor(role, QColor(239, 240, 241));
+    palette.setColor(QPalette::Base, QColor(35, 38, 41));
+    palette.setColor(QPalette::AlternateBase, QColor(45, 48, 51));
+    palette.setColor(QPalette::Highlight, QColor(61, 174, 233));
+    palette.setColor(QPalette::HighlightedText, QColor(20, 20, 20));
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, QColor(140, 140, 140));
+    return palette;
+}
+
+/// As it is once everything that waits to be done is done, and nothing fades in or out any more.
+QImage pictureOf(const Scene &scene)
+{
+    constexpr int kBetween = 40; // Milliseconds.
+    constexpr int kMost = 50;
+    QImage picture = scene.window()->grab().toImage();
+    for (int i = 0; i < kMost; ++i) {
+        QTest::qWait(kBetween);
+        const QImage next = scene.window()->grab().toImage();
+        if (next == picture)
+            break;
+        picture = next;
+    }
+    return picture;
+}
+
+QRect frameIn(const QWidget *widget, const QWidget *window)
+{
+    constexpr int kAround = 4; // A style may draw the focus around the widget.
+    const QRect own(widget->mapTo(window, QPoint()), widget->size());
+    return own.adjusted(-kAround, -kAround, kAround, kAround).intersected(window->rect());
+}
+
+/// Everything in `window` that Tab reaches.
+QWidgetList tabStops(QWidget *window)
+{
+    QWidgetList stops;
+    for (QWidget *widget = window->nextInFocusChain(); widget != window;
+         widget = widget->nextInFocusChain()) {
+        const bool takesTab = (widget->focusPolicy() & Qt::TabFocus) != 0;
+        if (takesTab && widget->isVisibleTo(window) && widget->isEnabled() &&
+            widget->focusProxy() == nullptr && widget->window() == window)
+            stops.append(widget);
+    }
+    return stops;
+}
+
+QString describe(const QWidget *widget)
+{
+    const auto *button = qobject_cast<const QAbstractButton *>(widget);
+    return QString::fromLatin1(widget->metaObject()->className()) + u' ' + widget->objectName() +
+           u' ' + (button != nullptr ? button->text() : QString());
+}
+
+} // namespace
+
+/// How the windows look as a whole.
+class LookTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanup();
+
+    void palette_switchedWhileRunning_looksAsIfStartedWithIt_data() { nameScenes(); }
+
+    void palette_switchedWhileRunning_looksAsIfStartedWithIt();
+    void focus_anywhere_isVisible_data();
+    void focus_anywhere_isVisible();
+
+private:
+    std::unique_ptr<DefaultButtonFocus> m_defaultButtonFocus;
+};
+
+void LookTest::initTestCase()
+{
+    QApplication::setStyle(QStyleFactory::create(u"Fusion"_s));
+    m_defaultButtonFocus = std::make_unique<DefaultButtonFocus>();
+    QApplication::setCursorFlashTime(0); // Carets do not come and go between two pictures.
+}
+
+void LookTest::cleanup()
+{
+    QApplication::setPalette(lightPalette());
+}
+
+void LookTest::palette_switchedWhileRunning_looksAsIfStartedWithIt()
+{
+    QFETCH(const QString, scene);
+    QApplication::setPalette(lightPalette());
+    const auto switched = makeScene(scene);
+    QVERIFY(QTest::qWaitForWindowActive(switched->window()));
+    const QImage light = pictureOf(*switched);
+    QApplication::setPalette(darkPalette());
+    const QImage dark = pictureOf(*switched);
+    QApplication::setPalette(lightPalette());
+    const QImage back = pictureOf(*switched);
+    switched->window()->hide();
+
+    QApplication::setPalette(darkPalette());
+    const auto started = makeScene(scene);
+    QVERIFY(QTest::qWaitForWindowActive(started->window()));
+    const QImage expected = pictureOf(*started);
+    const bool isEqual = dark == expected;
+    if (!isEqual) {
+        dark.save(u"look-%1-switched.png"_s.arg(scene));
+        expected.save(u"look-%1-started.png"_s.arg(scene));
+    }
+    QVERIFY(isEqual);
+    QVERIFY(dark != light);
+    QVERIFY(back == light);
+}
+
+void LookTest::focus_anywhere_isVisible_data()
+{
+    QTest::addColumn<QString>("scene");
+    QTest::addColumn<bool>("isDark");
+    for (const char *name : {"editor", "macros", "profiles", "prompt", "message"}) {
+        for (const bool isDark : {false, true})
+            QTest::addRow("%s, %s", name, isDark ? "dark" : "light")
+                << QString::fromLatin1(name) << isDark;
+    }
+}
+
+void LookTest::focus_anywhere_isVisible()
+{
+    QFETCH(const QString, scene);
+    QFETCH(const bool, isDark);
+    QApplication::setPalette(isDark ? darkPalette() : lightPalette());
+    const auto shown = makeScene(scene);
+    QWidget *window = shown->window();
+    QVERIFY(QTest::qWaitForWindowActive(window));
+    const QWidgetList stops = tabStops(window);
+    QVERIFY(!stops.isEmpty());
+    window->setAttribute(Qt::WA_KeyboardFocusChange); // As the Tab key does.
+    QStringList unseen;
+    for (QWidget *stop : stops) {
+        stop->setFocus(Qt::TabFocusReason);
+        const QImage with = pictureOf(*shown);
+        stop->clearFocus();
+        const QImage without = pictureOf(*shown);
+        const QRect frame = frameIn(stop, window);
+        if (with.copy(frame) == without.copy(frame))
+            unseen.append(describe(stop));
+    }
+    QVERIFY2(unseen.isEmpty(), qPrintable(unseen.join(u", "_s)));
+}
+
+QTEST_MAIN(LookTest)
+
+#include "LookTest.moc"
