@@ -44,6 +44,7 @@ function(add_layer name)
     cmake_parse_arguments(PARSE_ARGV 1 LAYER "" "" "SOURCES;LINKS")
     add_library(${name} STATIC ${LAYER_SOURCES})
     target_link_libraries(${name} PUBLIC penwick_options ${LAYER_LINKS})
+    penwick_use_pch(${name})
 endfunction()
 
 # add_layer_test(SOURCE LINKS target...)
@@ -55,6 +56,12 @@ function(add_layer_test source)
     cmake_path(GET source STEM name)
     add_executable(${name} ${source})
     target_link_libraries(${name} PRIVATE ${TEST_LINKS} test_support Qt6::Test)
+    if(PENWICK_SANITIZE)
+        # It is the program that has to be quick enough; to optimise QtTest's macros with all their
+        # checks takes half of the build.
+        target_compile_options(${name} PRIVATE -O0)
+    endif()
+    penwick_use_pch(${name})
     target_compile_definitions(${name} PRIVATE
         PENWICK_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}")
     set_target_properties(${name} PROPERTIES
