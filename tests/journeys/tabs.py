@@ -102,6 +102,16 @@ class Tabs(journey.Journey):
         self.in_front("one.txt")
         self.wait_for_text("one.txt", "text of one\n")
 
+    def test_an_assistive_program_sees_and_switches_tabs(self):
+        app = self.start_three()
+        bar = app.wait_for("page tab list")
+        self.assertEqual(app.name(bar), "three.txt")
+        app.do_action(self.tab("one.txt"))
+        self.in_front("one.txt")
+        until(lambda: app.name(bar) == "one.txt", "the name of the tab in front")
+        # Texts behind are not in the way of what is read out.
+        self.assertIsNone(app.find("text", "three.txt"))
+
     def test_the_mouse_reorders_and_the_middle_button_closes(self):
         app = self.start_three()
         start, end = self.middle("three.txt"), self.middle("one.txt")

@@ -8,11 +8,16 @@
 #include "macro/engine/EditorWindowController.h"
 #include "macro/engine/TabCloseButton.h"
 #include "macro/engine/TabMimeData.h"
+#include "platform/NotificationCenter.h"
 #include "support/TemporaryHome.h"
+#include "wording/UIWordingProfileManager.h"
+#include "wording/WordingLookup.h"
 
+#include <QContextMenuEvent>
 #include <QDropEvent>
 #include <QInputMethodEvent>
 #include <QLineEdit>
+#include <QMenu>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
@@ -36,7 +41,7 @@ private Q_SLOTS:
     void tab_added_comesBehindTheOneInFront();
     void switching_keepsCaretScrollAndUndo();
     void switching_focusStaysWithTheTab();
-    void switching_whileComposing_commitsIntoTheTextThatIsLeft();
+    void switching_whileComposing_leavesTheOtherTextAlone();
     void content_ofATabBehind_leavesTheKeyboardAlone();
     void reordering_showsTheSamePages();
     void label_isShownVerbatimOnTabAndTitle();
@@ -46,6 +51,9 @@ private Q_SLOTS:
     void middleClick_onATab_asksToCloseIt();
     void middleClick_releasedElsewhere_doesNothing();
     void closeButton_clicked_asksToCloseItsTab();
+    void tabMenu_ofATab_asksForWhatItSays();
+    void tabMenu_ofTheOnlyTab_offersToCloseIt();
+    void buttons_afterAWordingChange_speakIt();
     void controller_gone_leavesTheOthers();
     void moveTo_anotherWindow_keepsEverything();
     void moveTo_fromTheLastTab_takesTheWindowAway();
@@ -113,6 +121,15 @@ private:
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers) const
     {
         QTest::keyClick(m_window->windowHandle(), key, modifiers);
+    }
+
+    [[nodiscard]] QMenu *openTabMenu(int index) const
+    {
+        const QPoint place = middleOf(index);
+        QContextMenuEvent event(
+            QContextMenuEvent::Mouse, place, m_window->tabBar()->mapToGlobal(place));
+        QCoreApplication::sendEvent(m_window->tabBar(), &event);
+        return m_window->findChild<QMenu *>();
     }
 
     [[nodiscard]] QPoint middleOf(int index) const
@@ -232,7 +249,7 @@ void EditorWindowTest::switching_focusStaysWithTheTab()
     QVERIFY(m_window->tabBar()->hasFocus());
 }
 
-void EditorWindowTest::switching_whileComposing_commitsIntoTheTextThatIsLeft()
+void EditorWindowTest::switching_whileComposing_leavesTheOtherTextAlone()
 {
     const Editor &one = add(u"one"_s);
     const Editor &two = add(u"two"_s);
@@ -241,7 +258,6 @@ void EditorWindowTest::switching_whileComposing_commitsIntoTheTextThatIsLeft()
     QCoreApplication::sendEvent(one.view(), &compose);
     QVERIFY(one.view()->hasMarkedText());
     m_window->setCurrentController(two.controller.get());
-    // The platform's input method would commit; without one the composition must not wander.
     QVERIFY(!two.view()->hasMarkedText());
     QCOMPARE(two.view()->string().toString(), u"two"_s);
 }
@@ -381,6 +397,55 @@ void EditorWindowTest::closeButton_clicked_asksToCloseItsTab()
     QVERIFY(button->isVisible());
     QTest::mouseClick(button, Qt::LeftButton);
     QCOMPARE(*requests, Controllers{two.controller.get()});
+}
+
+void EditorWindowTest::tabMenu_ofATab_asksForWhatItSays()
+{
+    add(u"one"_s);
+    const Editor &two = add(u"two"_s);
+    show();
+    Controllers asked;
+    const auto note = [&asked](EditorWindowController *controller) { asked << controller; };
+    connect(m_window.get(), &EditorWindow::closeRequested, this, note);
+    connect(m_window.get(), &EditorWindow::closeOthersRequested, this, note);
+    connect(m_window.get(), &EditorWindow::moveToNewWindowRequested, this, note);
+    const QStringList titles{
+        u"タブを閉じる"_s, u"ほかのタブを閉じる"_s, u""_s, u"新しいウインドウに移動"_s};
+    for (const int item : {0, 1, 3}) {
+        const QMenu *menu = openTabMenu(1);
+        QVERIFY(menu != nullptr);
+        QCOMPARE(menu->actions().size(), titles.size());
+        QCOMPARE(menu->actions().at(item)->text(), titles.at(item));
+        menu->actions().at(item)->trigger();
+        QVERIFY(asked == Controllers{two.controller.get()});
+        asked.clear();
+        delete menu;
+    }
+    QVERIFY(!two.controller->isInFront());
+}
+
+void EditorWindowTest::tabMenu_ofTheOnlyTab_offersToCloseIt()
+{
+    add(u"one"_s);
+    m_window->setTabBarStays(true);
+    show();
+    const QMenu *menu = openTabMenu(0);
+    QVERIFY(menu->actions().at(0)->isEnabled());
+    QVERIFY(!menu->actions().at(1)->isEnabled());
+    QVERIFY(!menu->actions().at(3)->isEnabled());
+}
+
+void EditorWindowTest::buttons_afterAWordingChange_speakIt()
+{
+    add(u"one"_s);
+    const QWidget *button = m_window->tabBar()->tabButton(0, QTabBar::RightSide);
+    QCOMPARE(button->accessibleName(), u"タブを閉じる"_s);
+    wording::setActiveValues(QHash<QString, QString>{{u"editor.tab.close"_s, u"Close <Tab>"_s},
+                                                     {u"app.name"_s, u"Pen"_s}});
+    NotificationCenter::defaultCenter().post(UIWordingProfileDidChange);
+    QCOMPARE(button->accessibleName(), u"Close <Tab>"_s);
+    QCOMPARE(m_window->windowTitle(), u"one[*] — Pen"_s);
+    wording::setActiveValues(std::nullopt);
 }
 
 void EditorWindowTest::controller_gone_leavesTheOthers()
