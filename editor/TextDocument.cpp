@@ -60,7 +60,8 @@ tl::expected<void, DocumentError> TextDocument::writeToFile(const QString &absol
     Q_EMIT aboutToSave();
     m_storage->beginSaving();
     TransferProgress unwatched;
-    const auto written = writeTextFile(absolutePath, m_contentString, unwatched);
+    const auto written =
+        writeTextFile(absolutePath, m_contentString, unwatched, replaceableAt(absolutePath));
     if (!written) {
         m_storage->endSaving(false);
         return tl::unexpected(written.error());
@@ -72,15 +73,30 @@ tl::expected<void, DocumentError> TextDocument::writeToFile(const QString &absol
 void TextDocument::adoptRead(const StoredText &stored, const QString &absolutePath)
 {
     setContentString(stored.text);
-    m_stamp = stored.stamp;
+    m_version = stored.version;
+    m_savedText = stored.text;
     setFilePath(absolutePath);
 }
 
 void TextDocument::adoptWritten(const StoredText &stored, const QString &absolutePath)
 {
-    m_stamp = stored.stamp;
+    m_version = stored.version;
+    m_savedText = stored.text;
     setFilePath(absolutePath);
     m_storage->endSaving(true);
+}
+
+/// Another file than the document's own was agreed on when its name was chosen.
+Replaceable TextDocument::replaceableAt(const QString &absolutePath) const
+{
+    return {absolutePath != m_filePath, m_version};
+}
+
+void TextDocument::adoptFileText(const StoredText &stored)
+{
+    m_version = stored.version;
+    m_savedText = stored.text;
+    m_storage->setSavePoint();
 }
 
 void TextDocument::startReading(const QString &absolutePath)
@@ -98,8 +114,9 @@ void TextDocument::startWriting(const QString &absolutePath)
     Q_EMIT aboutToSave();
     m_storage->beginSaving();
     m_job = std::make_unique<FileJob>(
-        [absolutePath, text = m_contentString](TransferProgress &progress) {
-            return writeTextFile(absolutePath, text, progress);
+        [absolutePath, text = m_contentString, replaceable = replaceableAt(absolutePath)](
+            TransferProgress &progress) {
+            return writeTextFile(absolutePath, text, progress, replaceable);
         });
     start(Transfer::Writing, absolutePath);
 }
@@ -182,8 +199,8 @@ bool TextDocument::fileChangedOnDisk() const
     if (m_filePath.isEmpty()) {
         return false;
     }
-    const std::optional<FileStamp> present = FileStamp::of(m_filePath);
-    return present.has_value() && present != m_stamp;
+    const std::optional<FileVersion> present = FileVersion::of(m_filePath);
+    return present.has_value() && present != m_version;
 }
 
 } // namespace penwick

@@ -68,9 +68,10 @@ public:
     /// Reads the file and takes its path. On failure nothing changes.
     [[nodiscard]] tl::expected<void, DocumentError> readFromFile(const QString &absolutePath);
 
-    /// Replaces the file by `contentString` in one step, takes its path, and marks the text as
-    /// saved. What the window has not handed over yet is asked for first (`aboutToSave`). On
-    /// failure neither the old file nor the document changes.
+    /// Replaces the file by `contentString`, takes its path, and marks the text as saved. What the
+    /// window has not handed over yet is asked for first (`aboutToSave`). On failure neither the
+    /// old file nor the document changes. Where the document's own file is no longer the one that
+    /// it knows (`fileVersion`), that is a failure of the kind `FileError::Kind::Changed`.
     [[nodiscard]] tl::expected<void, DocumentError> writeToFile(const QString &absolutePath);
 
     enum class Transfer { None, Reading, Writing };
@@ -104,8 +105,22 @@ public:
     [[nodiscard]] std::optional<tl::expected<void, DocumentError>>
     waitForTransfer(std::chrono::milliseconds time);
 
-    /// True when the file at `filePath` is not as it was read or written last, judged by its size
-    /// and time. False for a document without a file, and for a file that is gone.
+    /// The state of the file that the document may replace without a word: the one it was read
+    /// from or written to last, unless another was accepted since. Nothing without a file.
+    [[nodiscard]] const std::optional<FileVersion> &fileVersion() const { return m_version; }
+
+    /// The file is in another state now, and the person agreed, or has no reason not to, that this
+    /// text replaces it.
+    void acceptFileVersion(const std::optional<FileVersion> &version) { m_version = version; }
+
+    /// What the file held when it was read or written last.
+    [[nodiscard]] const Text &savedText() const { return m_savedText; }
+
+    /// The storage holds what stands in the file now: the text counts as saved.
+    void adoptFileText(const StoredText &stored);
+
+    /// True when the file at `filePath` is not as the document knows it, judged by its size and
+    /// time. False for a document without a file, and for a file that is gone.
     [[nodiscard]] bool fileChangedOnDisk() const;
 
 Q_SIGNALS:
@@ -124,12 +139,14 @@ private:
     tl::expected<void, DocumentError> finishTransfer(FileJob &job);
     [[nodiscard]] tl::expected<void, DocumentError> adoptOutcome(FileJob &job);
     void adoptRead(const StoredText &stored, const QString &absolutePath);
+    [[nodiscard]] Replaceable replaceableAt(const QString &absolutePath) const;
     void adoptWritten(const StoredText &stored, const QString &absolutePath);
 
     Text m_contentString;
     std::shared_ptr<TextStorage> m_storage;
     QString m_filePath;
-    std::optional<FileStamp> m_stamp;
+    std::optional<FileVersion> m_version;
+    Text m_savedText;
     Transfer m_transfer = Transfer::None;
     QString m_transferPath;
     std::unique_ptr<FileJob> m_job; // Last: it ends before anything else goes.

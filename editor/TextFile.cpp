@@ -4,8 +4,6 @@
 #include "platform/FileSystem.h"
 #include "text/Utf8.h"
 
-#include <QFileInfo>
-
 #include <cerrno>
 #include <new>
 
@@ -22,8 +20,8 @@ tl::unexpected<DocumentError> fileSystemError(const FileError &error)
 TransferOutcome readOnce(const QString &path, TransferProgress &progress)
 {
     // Taken first: a change during the read then counts as one after it.
-    const std::optional<FileStamp> stamp = FileStamp::of(path);
-    progress.setTotal(stamp ? stamp->size : 0);
+    const std::optional<FileVersion> version = FileVersion::of(path);
+    progress.setTotal(version ? version->size : 0);
     Utf8Reader reader;
     const auto read = readFileInBlocks(path, [&](QByteArrayView block) {
         progress.advance(block.size());
@@ -38,10 +36,13 @@ TransferOutcome readOnce(const QString &path, TransferProgress &progress)
     if (!text) {
         return tl::unexpected(kUnsupportedContent);
     }
-    return StoredText{*text, stamp};
+    return StoredText{*text, version};
 }
 
-TransferOutcome writeOnce(const QString &path, const Text &text, TransferProgress &progress)
+TransferOutcome writeOnce(const QString &path,
+                          const Text &text,
+                          TransferProgress &progress,
+                          const Replaceable &replaceable)
 {
     progress.setTotal(text.metrics().utf8Bytes);
     const auto produce = [&](const WriteBytes &write) {
@@ -50,22 +51,29 @@ TransferOutcome writeOnce(const QString &path, const Text &text, TransferProgres
             return !progress.isCancelled() && write(block);
         });
     };
-    const auto written = replaceFile(path, produce, [&] { return !progress.isCancelled(); });
+    // Now, before anything is written for nothing, and again when nothing else is left to do.
+    bool isReplaceable = replaceable.fits(path);
+    const auto isStillWanted = [&] {
+        isReplaceable = replaceable.fits(path);
+        return isReplaceable && !progress.isCancelled();
+    };
+    const auto written = isReplaceable ? replaceFile(path, produce, isStillWanted)
+                                       : tl::unexpected(FileError{FileError::Kind::Changed, 0});
+    if (!isReplaceable) {
+        return fileSystemError(FileError{FileError::Kind::Changed, 0});
+    }
     if (!written) {
         return fileSystemError(written.error());
     }
-    return StoredText{text, FileStamp::of(path)};
+    return StoredText{text, *written};
 }
 
 } // namespace
 
-std::optional<FileStamp> FileStamp::of(const QString &path)
+bool Replaceable::fits(const QString &path) const
 {
-    const QFileInfo info(path);
-    if (!info.exists()) {
-        return std::nullopt;
-    }
-    return FileStamp{info.size(), info.lastModified()};
+    const std::optional<FileVersion> present = FileVersion::of(path);
+    return anyState || !present || present == state;
 }
 
 TransferOutcome readTextFile(const QString &path, TransferProgress &progress)
@@ -77,10 +85,13 @@ TransferOutcome readTextFile(const QString &path, TransferProgress &progress)
     }
 }
 
-TransferOutcome writeTextFile(const QString &path, const Text &text, TransferProgress &progress)
+TransferOutcome writeTextFile(const QString &path,
+                              const Text &text,
+                              TransferProgress &progress,
+                              const Replaceable &replaceable)
 {
     try {
-        return writeOnce(path, text, progress);
+        return writeOnce(path, text, progress, replaceable);
     } catch (const std::bad_alloc &) {
         return fileSystemError(FileError::fromErrno(ENOMEM));
     }

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "editor/DocumentError.h"
+#include "platform/FileVersion.h"
 #include "text/Text.h"
 
-#include <QDateTime>
 #include <QString>
 
 #include <atomic>
@@ -11,18 +11,6 @@
 #include <tl/expected.hpp>
 
 namespace penwick {
-
-/// What tells one state of a file from another without reading it.
-struct FileStamp
-{
-    qint64 size = 0; ///< Bytes.
-    QDateTime lastModified;
-
-    /// The stamp of the file as it is now; nothing when there is no file.
-    [[nodiscard]] static std::optional<FileStamp> of(const QString &path);
-
-    bool operator==(const FileStamp &) const = default;
-};
 
 /// How far a load or a save has come, and the wish to end it early. The one thing that the working
 /// and the watching thread share: every operation may be called from both.
@@ -53,7 +41,7 @@ private:
 struct StoredText
 {
     Text text;
-    std::optional<FileStamp> stamp;
+    std::optional<FileVersion> version;
 };
 
 /// What reading or writing a file came to.
@@ -63,10 +51,24 @@ using TransferOutcome = tl::expected<StoredText, DocumentError>;
 /// content. Needs memory for the text and one block. Safe to call from any thread.
 [[nodiscard]] TransferOutcome readTextFile(const QString &path, TransferProgress &progress);
 
-/// Replaces the file by the text in one step and waits until it is safe on the disk. After a
-/// failure, or when it was called off, the old file is untouched. Needs memory for one block. Safe
-/// to call from any thread.
-[[nodiscard]] TransferOutcome
-writeTextFile(const QString &path, const Text &text, TransferProgress &progress);
+/// What may be replaced without a word: a file in any state, or in the one that is known. Where
+/// there is no file, nothing is lost.
+struct Replaceable
+{
+    bool anyState = true;
+    std::optional<FileVersion> state; ///< Of meaning where not any will do.
+
+    /// True when that can be said of what stands at `path` now.
+    [[nodiscard]] bool fits(const QString &path) const;
+};
+
+/// Replaces the file by the text and waits until it is safe on the disk, as `replaceFile` does.
+/// After a failure, or when it was called off, the old file is untouched; so it is where the file
+/// was not `replaceable` at the last moment, which fails with `FileError::Kind::Changed`. Needs
+/// memory for one block. Safe to call from any thread.
+[[nodiscard]] TransferOutcome writeTextFile(const QString &path,
+                                            const Text &text,
+                                            TransferProgress &progress,
+                                            const Replaceable &replaceable = {});
 
 } // namespace penwick

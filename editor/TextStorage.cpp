@@ -218,6 +218,13 @@ void TextStorage::endSaving(bool succeeded)
     publishStates();
 }
 
+void TextStorage::forgetSavePoint()
+{
+    breakUndoCoalescing();
+    m_savePosition = -1;
+    publishStates();
+}
+
 bool TextStorage::isModified() const
 {
     return m_unsavedOnLoad || m_savePosition != static_cast<qint64>(m_position);

@@ -89,6 +89,9 @@ public:
     /// The writing is over. When it succeeded, the save point is where `beginSaving` was called, or
     /// out of reach where the edits since then have thrown that state away.
     void endSaving(bool succeeded);
+    /// The text as it is now, and as it was at any time before, is not what stands on the disk. A
+    /// writing that is under way still leads to a save point.
+    void forgetSavePoint();
     /// True when the text differs in history from the one at the last save point.
     [[nodiscard]] bool isModified() const;
 

@@ -1,17 +1,17 @@
 #include "platform/AtomicFile.h"
 
+#include "platform/FileAttributes.h"
 #include "platform/FileDescriptor.h"
+#include "platform/FileInPlace.h"
+#include "platform/FileWriter.h"
+#include "platform/TemporaryFile.h"
 
 #include <QByteArray>
-#include <QRandomGenerator>
 
 #include <climits>
-#include <cstdio>
 #include <fcntl.h>
-#include <linux/limits.h>
 #include <optional>
 #include <sys/stat.h>
-#include <sys/xattr.h>
 
 namespace penwick {
 
@@ -20,12 +20,6 @@ namespace {
 tl::unexpected<FileError> systemError()
 {
     return tl::unexpected(FileError::fromErrno(errno));
-}
-
-QByteArray folderOf(const QByteArray &path)
-{
-    const qsizetype slash = path.lastIndexOf('/');
-    return slash < 0 ? QByteArray("./") : path.left(slash + 1);
 }
 
 /// Follows the path while it names a symbolic link. Unlike realpath() it also answers for a link
@@ -64,142 +58,6 @@ tl::expected<std::optional<struct stat>, FileError> replaceableFile(const QByteA
     return status;
 }
 
-/// The new content while it is being written, next to the file that it will replace. Unless it is
-/// moved there it disappears with this object.
-class TemporaryFile final
-{
-public:
-    TemporaryFile() = default;
-    TemporaryFile(const TemporaryFile &) = delete;
-    TemporaryFile &operator=(const TemporaryFile &) = delete;
-
-    ~TemporaryFile()
-    {
-        if (!m_path.isEmpty())
-            ::unlink(m_path.constData());
-    }
-
-    /// \param mode as for open(): the user's mask is taken off.
-    tl::expected<void, FileError> create(const QByteArray &folder, mode_t mode)
-    {
-        constexpr int kAttempts = 100;
-        for (int attempt = 0; attempt < kAttempts; ++attempt) {
-            const quint64 random = QRandomGenerator::system()->generate64();
-            const QByteArray path = folder + ".penwick-" + QByteArray::number(random, 16) + ".tmp";
-            m_file = FileDescriptor(uninterrupted([&] {
-                return ::open(path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-            }));
-            if (m_file.isOpen()) {
-                m_path = path;
-                return {};
-            }
-            if (errno != EEXIST)
-                break;
-        }
-        return systemError();
-    }
-
-    /// False, with `errno` set, on failure. Small pieces are gathered.
-    bool write(QByteArrayView bytes)
-    {
-        constexpr qsizetype kBufferSize = 1 << 18;
-        if (m_buffer.size() + bytes.size() <= kBufferSize) {
-            m_buffer.append(bytes.data(), bytes.size());
-            return true;
-        }
-        return flush() && writeThrough(bytes);
-    }
-
-    bool flush()
-    {
-        const bool isWritten = writeThrough(m_buffer);
-        m_buffer.resize(0);
-        return isWritten;
-    }
-
-    /// Gives the temporary file what belongs to the old file besides its content.
-    tl::expected<void, FileError> adoptAttributes(const QByteArray &oldPath, const struct stat &old)
-    {
-        mode_t mode = old.st_mode & ALLPERMS;
-        const bool keepsGroup = ::fchown(m_file.get(), uid_t(-1), old.st_gid) == 0;
-        const bool keepsOwner = ::fchown(m_file.get(), old.st_uid, gid_t(-1)) == 0;
-        // What the old group was allowed is not for the members of another one.
-        if (!keepsGroup)
-            mode = (mode & ~mode_t{S_IRWXG}) | (mode & ((mode & S_IRWXO) << 3));
-        if (!keepsGroup || !keepsOwner)
-            mode &= ~mode_t{S_ISUID | S_ISGID};
-        if (::fchmod(m_file.get(), mode) != 0)
-            return systemError();
-        if (keepsGroup && keepsOwner)
-            copyExtendedAttributes(oldPath);
-        return {};
-    }
-
-    /// Waits until the content is safe on the disk.
-    tl::expected<void, FileError> settle()
-    {
-        // File systems that have nothing to synchronise answer EINVAL.
-        if (uninterrupted([this] { return ::fsync(m_file.get()); }) != 0 && errno != EINVAL)
-            return systemError();
-        if (!m_file.close())
-            return systemError();
-        return {};
-    }
-
-    /// Puts the file in the place of `path`.
-    tl::expected<void, FileError> moveTo(const QByteArray &path)
-    {
-        if (std::rename(m_path.constData(), path.constData()) != 0)
-            return systemError();
-        m_path.clear();
-        return {};
-    }
-
-private:
-    bool writeThrough(QByteArrayView bytes)
-    {
-        while (!bytes.isEmpty()) {
-            const auto count = uninterrupted([&] {
-                return ::write(m_file.get(), bytes.data(), static_cast<size_t>(bytes.size()));
-            });
-            if (count < 0)
-                return false;
-            bytes = bytes.sliced(count);
-        }
-        return true;
-    }
-
-    /// Access control lists, labels and the like, as far as the file system and our rights go.
-    void copyExtendedAttributes(const QByteArray &oldPath)
-    {
-        QByteArray names(XATTR_LIST_MAX, Qt::Uninitialized);
-        const ssize_t length =
-            ::listxattr(oldPath.constData(), names.data(), static_cast<size_t>(names.size()));
-        if (length <= 0)
-            return;
-        names.truncate(length);
-        QByteArray value(XATTR_SIZE_MAX, Qt::Uninitialized);
-        for (const QByteArray &name : names.split('\0')) {
-            if (name.isEmpty())
-                continue;
-            const ssize_t size = ::getxattr(oldPath.constData(),
-                                            name.constData(),
-                                            value.data(),
-                                            static_cast<size_t>(value.size()));
-            if (size >= 0)
-                ::fsetxattr(m_file.get(),
-                            name.constData(),
-                            value.constData(),
-                            static_cast<size_t>(size),
-                            0);
-        }
-    }
-
-    QByteArray m_path; ///< Empty when there is nothing to remove.
-    FileDescriptor m_file;
-    QByteArray m_buffer;
-};
-
 /// Without this a crash of the system could bring the old file back. The new content is in place
 /// already, so a failure is nothing to tell.
 void synchroniseFolder(const QByteArray &folder)
@@ -210,55 +68,103 @@ void synchroniseFolder(const QByteArray &folder)
         ::fsync(descriptor.get());
 }
 
-tl::expected<void, FileError> fill(TemporaryFile &file, const ProduceBytes &produce)
+/// How far an attempt to put a new file in the old one's place came.
+struct Attempt
 {
-    int problem = 0;
-    const bool isComplete = produce([&](QByteArrayView bytes) {
-        if (problem == 0 && !file.write(bytes))
-            problem = errno;
-        return problem == 0;
-    });
-    if (problem == 0 && isComplete && !file.flush())
-        problem = errno;
-    if (problem != 0)
-        return tl::unexpected(FileError::fromErrno(problem));
-    if (!isComplete)
-        return tl::unexpected(FileError{FileError::Kind::Cancelled, 0});
-    return {};
+    enum class Next { Nothing, WithAName, InPlace };
+
+    tl::expected<FileVersion, FileError> outcome;
+    Next next = Next::Nothing; // What may succeed where this did not.
+};
+
+Attempt failed(const FileError &error, Attempt::Next next = Attempt::Next::Nothing)
+{
+    return {tl::unexpected(error), next};
 }
 
-tl::expected<void, FileError> replaceResolved(const QByteArray &path,
-                                              const ProduceBytes &produce,
-                                              const std::function<bool()> &isStillWanted)
+/// Where the folder takes no new file, or the old one must not go from it, that is about the folder
+/// and not about the file. A file that something is mounted on cannot be replaced either.
+Attempt::Next nextAfter(const FileError &error, const std::optional<struct stat> &old)
+{
+    const bool isAboutTheFolder = error.errnoValue == EACCES || error.errnoValue == EPERM ||
+                                  error.errnoValue == EBUSY || error.errnoValue == EXDEV;
+    return old && isAboutTheFolder ? Attempt::Next::InPlace : Attempt::Next::Nothing;
+}
+
+/// What a save is about.
+struct Request
+{
+    QByteArray path; // Without links.
+    const ProduceBytes &produce;
+    const std::function<bool()> &isStillWanted;
+    std::optional<struct stat> old;
+};
+
+Attempt putInPlace(TemporaryFile &file, const Request &request)
+{
+    const auto version = FileVersion::of(file.descriptor());
+    if (!version)
+        return failed(FileError::fromErrno(errno));
+    // Another way to name it may do; a name that it has from the start always does.
+    if (const auto named = file.takeName(); !named)
+        return failed(named.error(), Attempt::Next::WithAName);
+    if (request.isStillWanted && !request.isStillWanted())
+        return failed({FileError::Kind::Cancelled, 0});
+    if (const auto moved = file.replaceTarget(); !moved)
+        return failed(moved.error(), nextAfter(moved.error(), request.old));
+    return {*version};
+}
+
+Attempt replaceByNew(const Request &request, TemporaryFile::Name name)
+{
+    // Nobody else may read the new content before it has the old file's permissions.
+    const mode_t mode =
+        request.old ? S_IRUSR | S_IWUSR : S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
+    TemporaryFile file(request.path);
+    if (const auto created = file.create(mode, name); !created)
+        return failed(created.error(), nextAfter(created.error(), request.old));
+    // First, for it tells whether this way can be taken at all.
+    if (request.old && !copyAttributes(request.path, *request.old, file.descriptor()))
+        return failed(FileError::fromErrno(EPERM), Attempt::Next::InPlace);
+    if (const auto filled = fill(file.descriptor(), request.produce); !filled)
+        return failed(filled.error());
+    // Writing takes these away.
+    constexpr mode_t kPrivileges = S_ISUID | S_ISGID;
+    const bool hasPrivileges = request.old && (request.old->st_mode & kPrivileges) != 0;
+    if (hasPrivileges && ::fchmod(file.descriptor(), request.old->st_mode & ALLPERMS) != 0)
+        return failed(FileError::fromErrno(errno));
+    if (!synchronise(file.descriptor()))
+        return failed(FileError::fromErrno(errno));
+    return putInPlace(file, request);
+}
+
+tl::expected<FileVersion, FileError> replaceResolved(const QByteArray &path,
+                                                     const ProduceBytes &produce,
+                                                     const std::function<bool()> &isStillWanted)
 {
     const auto old = replaceableFile(path);
     if (!old)
         return tl::unexpected(old.error());
-    // Nobody else may read the new content before it has the old file's permissions.
-    const mode_t mode =
-        *old ? S_IRUSR | S_IWUSR : S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
-    TemporaryFile temporary;
-    return temporary.create(folderOf(path), mode)
-        .and_then([&] { return fill(temporary, produce); })
-        .and_then([&]() -> tl::expected<void, FileError> {
-            if (*old)
-                return temporary.adoptAttributes(path, **old);
-            return {};
-        })
-        .and_then([&] { return temporary.settle(); })
-        .and_then([&]() -> tl::expected<void, FileError> {
-            if (isStillWanted && !isStillWanted())
-                return tl::unexpected(FileError{FileError::Kind::Cancelled, 0});
-            return temporary.moveTo(path);
-        })
-        .map([&] { synchroniseFolder(folderOf(path)); });
+    TemporaryFile::removeLeftovers(path);
+    const Request request{path, produce, isStillWanted, *old};
+    // A new file would take one of the names only, and leave the others with the old text.
+    const bool hasOtherNames = *old && (*old)->st_nlink > 1;
+    Attempt attempt = hasOtherNames ? failed({}, Attempt::Next::InPlace)
+                                    : replaceByNew(request, TemporaryFile::Name::None);
+    if (attempt.next == Attempt::Next::WithAName)
+        attempt = replaceByNew(request, TemporaryFile::Name::FromTheStart);
+    if (attempt.next == Attempt::Next::InPlace)
+        return overwriteFile(path, produce, isStillWanted);
+    if (attempt.outcome)
+        synchroniseFolder(folderOf(path));
+    return attempt.outcome;
 }
 
 } // namespace
 
-tl::expected<void, FileError> replaceFile(const QString &path,
-                                          const ProduceBytes &produce,
-                                          const std::function<bool()> &isStillWanted)
+tl::expected<FileVersion, FileError> replaceFile(const QString &path,
+                                                 const ProduceBytes &produce,
+                                                 const std::function<bool()> &isStillWanted)
 {
     return systemPath(path).and_then(withoutLinks).and_then([&](const QByteArray &target) {
         return replaceResolved(target, produce, isStillWanted);
@@ -267,7 +173,8 @@ tl::expected<void, FileError> replaceFile(const QString &path,
 
 tl::expected<void, FileError> replaceFile(const QString &path, QByteArrayView content)
 {
-    return replaceFile(path, [content](const WriteBytes &write) { return write(content); });
+    return replaceFile(path, [content](const WriteBytes &write) { return write(content); }, {})
+        .map([](const FileVersion & /*version*/) {});
 }
 
 } // namespace penwick

@@ -2,6 +2,7 @@
 
 #include "platform/FileError.h"
 #include "platform/FileSystem.h" // IWYU pragma: export
+#include "platform/FileVersion.h"
 
 #include <QByteArrayView>
 #include <QString>
@@ -15,22 +16,23 @@ namespace penwick {
 using WriteBytes = std::function<bool(QByteArrayView)>;
 
 /// Hands the new content of a file to `write`, in order, in pieces of any size. Returns false to
-/// give up; must return false once `write` did.
+/// give up; must return false once `write` did. It may be called a second time, from the start.
 using ProduceBytes = std::function<bool(const WriteBytes &write)>;
 
-/// Replaces the file's content in one step: a reader, a crash or a full disk meets the old content
-/// or the new, never half. After any failure the old file is untouched and nothing is left behind.
+/// Replaces the file's content: by a new file that takes its place in one step, so that a reader, a
+/// crash or a full disk meets the old content or the new, never half. After any failure the file
+/// holds the old content and nothing is left behind.
 ///
-/// A symbolic link stays one and the file it points to is replaced. Permissions, and owner, group
-/// and extended attributes where the system allows, are those of the old file; a new file gets the
-/// user's defaults. The old file must be writable and so must its folder. Other hard links to the
-/// old file keep the old content. Paths are absolute or relative to the current folder.
-/// \param isStillWanted asked once, when the new content is safe on the disk and only the step
-///        itself is left; false gives up as late as that. May be empty.
-[[nodiscard]] tl::expected<void, FileError>
-replaceFile(const QString &path,
-            const ProduceBytes &produce,
-            const std::function<bool()> &isStillWanted = {});
+/// Where a new file cannot have all that belongs to the old one (its other hard links, its owner,
+/// group, access control lists and extended attributes), or the folder takes none, the content is
+/// written in place, as `overwriteFile` tells. A symbolic link stays one, and the file it points to
+/// is replaced. A new file gets the user's defaults. The old file must be writable. Paths are
+/// absolute or relative to the current folder.
+/// \param isStillWanted asked once, as late as something can be kept from happening; false gives
+///        up. May be empty.
+/// \return the file as it was when its last byte was written.
+[[nodiscard]] tl::expected<FileVersion, FileError> replaceFile(
+    const QString &path, const ProduceBytes &produce, const std::function<bool()> &isStillWanted);
 [[nodiscard]] tl::expected<void, FileError> replaceFile(const QString &path,
                                                         QByteArrayView content);
 

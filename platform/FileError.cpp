@@ -46,6 +46,8 @@ QString FileError::description() const
 {
     if (kind == Kind::Locked)
         return u"Locked by another process"_s; // The system's words would be of no help.
+    if (kind == Kind::Damaged)
+        return u"File half written, a copy of the old content was kept"_s;
     if (errnoValue != 0)
         return QString::fromStdString(std::generic_category().message(errnoValue));
     switch (kind) {
@@ -53,6 +55,8 @@ QString FileError::description() const
         return u"Not a regular file"_s;
     case Kind::InvalidPath:
         return u"Invalid file name"_s;
+    case Kind::Changed:
+        return u"Changed by another program"_s;
     case Kind::Cancelled:
         return u"Cancelled"_s;
     default:

@@ -16,6 +16,8 @@ struct FileError
         InvalidPath,      ///< No file can have this name: empty, too long, NUL, a ring of links.
         Cancelled,        ///< The producer stopped the writing.
         Locked,           ///< Another process is at it, and did not finish in time.
+        Changed,          ///< Somebody else changed the file meanwhile.
+        Damaged,          ///< The file is half written; a copy of the old content was kept.
         Other,
     };
 

@@ -6,16 +6,10 @@
 
 namespace penwick {
 
-std::optional<FileVersion> FileVersion::of(const QString &path)
+namespace {
+
+FileVersion versionOf(const struct stat &status)
 {
-    const auto name = systemPath(path);
-
-    struct ::stat status
-    {
-    };
-
-    if (!name || ::stat(name->constData(), &status) != 0)
-        return std::nullopt;
     constexpr qint64 kNanosecondsPerSecond = 1'000'000'000;
 #ifdef __APPLE__
     const ::timespec modified = status.st_mtimespec;
@@ -26,6 +20,25 @@ std::optional<FileVersion> FileVersion::of(const QString &path)
                        status.st_ino,
                        status.st_size,
                        modified.tv_sec * kNanosecondsPerSecond + modified.tv_nsec};
+}
+
+} // namespace
+
+std::optional<FileVersion> FileVersion::of(const QString &path)
+{
+    const auto name = systemPath(path);
+    struct stat status = {};
+    if (!name || ::stat(name->constData(), &status) != 0)
+        return std::nullopt;
+    return versionOf(status);
+}
+
+std::optional<FileVersion> FileVersion::of(int descriptor)
+{
+    struct stat status = {};
+    if (::fstat(descriptor, &status) != 0)
+        return std::nullopt;
+    return versionOf(status);
 }
 
 } // namespace penwick

@@ -19,6 +19,9 @@ struct FileVersion
     /// Of the file that `path` leads to; nothing where there is none.
     [[nodiscard]] static std::optional<FileVersion> of(const QString &path);
 
+    /// Of an open file; nothing where the system fails.
+    [[nodiscard]] static std::optional<FileVersion> of(int descriptor);
+
     bool operator==(const FileVersion &) const = default;
 };
 

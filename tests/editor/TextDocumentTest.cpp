@@ -262,6 +262,10 @@ void TextDocumentTest::fileChangedOnDisk_afterForeignWrite_isTrue()
     QVERIFY(!document.fileChangedOnDisk());
     writeBytes(path(u"a.txt"_s), "one, two");
     QVERIFY(document.fileChangedOnDisk());
+    const auto refused = document.writeToFile(path(u"a.txt"_s));
+    QCOMPARE(refused.error().fileErrorKind, FileError::Kind::Changed);
+    QCOMPARE(bytesOf(path(u"a.txt"_s)), QByteArray("one, two"));
+    document.acceptFileVersion(FileVersion::of(path(u"a.txt"_s)));
     QVERIFY(document.writeToFile(path(u"a.txt"_s)).has_value());
     QVERIFY(!document.fileChangedOnDisk());
     QVERIFY(QFile::remove(path(u"a.txt"_s)));

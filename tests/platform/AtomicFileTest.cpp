@@ -1,11 +1,14 @@
 #include "platform/AtomicFile.h"
 
+#include "platform/TemporaryFile.h"
 #include "support/FileSizeLimit.h"
 #include "support/TemporaryHome.h"
 
 #include <QTest>
 
+#include <array>
 #include <cerrno>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -31,11 +34,59 @@ unsigned modeOf(const QString &path)
 
 } // namespace
 
+namespace {
+
+constexpr uid_t kNobody = 65534;
+
+/// Does the work as a user who owns nothing here.
+template <typename Work> auto asNobody(Work work)
+{
+    if (::setegid(kNobody) != 0 || ::seteuid(kNobody) != 0)
+        qFatal("No other user can be taken on.");
+    auto result = work();
+    if (::seteuid(0) != 0 || ::setegid(0) != 0)
+        qFatal("The user cannot be taken back.");
+    return result;
+}
+
+/// As the kernel has it: one more user who may read.
+QByteArray accessList(quint32 user)
+{
+    struct Entry
+    {
+        quint16 tag;
+        quint16 permissions;
+        quint32 id;
+    };
+
+    constexpr quint32 kNoId = 0xFFFFFFFF;
+    const std::array<Entry, 5> entries{
+        {{1, 6, kNoId}, {2, 4, user}, {4, 0, kNoId}, {0x10, 4, kNoId}, {0x20, 0, kNoId}}};
+    constexpr quint32 kVersion = 2;
+    return QByteArray(reinterpret_cast<const char *>(&kVersion), sizeof kVersion) +
+           QByteArray(reinterpret_cast<const char *>(entries.data()), sizeof entries);
+}
+
+} // namespace
+
 class AtomicFileTest final : public QObject
 {
     Q_OBJECT
 
 private:
+    static tl::expected<FileVersion, FileError>
+    replaceFile(const QString &path,
+                const ProduceBytes &produce,
+                const std::function<bool()> &isStillWanted = {})
+    {
+        return penwick::replaceFile(path, produce, isStillWanted);
+    }
+
+    static tl::expected<void, FileError> replaceFile(const QString &path, QByteArrayView content)
+    {
+        return penwick::replaceFile(path, content);
+    }
+
     QStringList entries(const TemporaryHome &home, const QString &folder = {})
     {
         return folderEntries(home.file(folder)).value();
@@ -300,7 +351,6 @@ private Q_SLOTS:
         const QByteArray folder = QFile::encodeName(home.path());
         QCOMPARE(::chmod(QFile::encodeName(path).constData(), 0444), 0);
         QCOMPARE(::chmod(folder.constData(), 0777), 0);
-        constexpr uid_t kNobody = 65534;
         QCOMPARE(::seteuid(kNobody), 0);
         const auto onFile = replaceFile(path, "new");
         const auto elsewhere = replaceFile(home.file(u"free"_s), "new");
@@ -316,7 +366,7 @@ private Q_SLOTS:
         QCOMPARE(entries(home), (QStringList{u"free"_s, u"protected"_s}));
     }
 
-    void replace_ownerCannotBeKept_grantsNobodyMore()
+    void replace_ownerCannotBeKept_writesInPlace()
     {
         if (::geteuid() != 0)
             QSKIP("Only root can make files of other users.");
@@ -324,17 +374,193 @@ private Q_SLOTS:
         const QString path = home.write(u"shared"_s, "old");
         const QByteArray name = QFile::encodeName(path);
         QCOMPARE(::chown(name.constData(), 1234, 5678), 0);
-        QCOMPARE(::chmod(name.constData(), 04672), 0);
+        QCOMPARE(::chmod(name.constData(), 0646), 0);
         QCOMPARE(::chmod(QFile::encodeName(home.path()).constData(), 0777), 0);
-        constexpr uid_t kNobody = 65534;
-        QCOMPARE(::setegid(kNobody), 0);
-        QCOMPARE(::seteuid(kNobody), 0);
-        const auto result = replaceFile(path, "new");
-        QCOMPARE(::seteuid(0), 0);
-        QCOMPARE(::setegid(0), 0);
+        const struct stat before = statusOf(path);
+        const auto result = asNobody([&] { return replaceFile(path, "new"); });
         QVERIFY(result.has_value());
-        // The group was allowed everything; the new group gets only what others have.
-        QCOMPARE(modeOf(path), 0622U);
+        const struct stat after = statusOf(path);
+        QCOMPARE(home.read(u"shared"_s), "new"_ba);
+        QCOMPARE(after.st_ino, before.st_ino);
+        QCOMPARE(after.st_uid, uid_t{1234});
+        QCOMPARE(after.st_gid, gid_t{5678});
+        QCOMPARE(modeOf(path), 0646U);
+        QCOMPARE(entries(home), QStringList{u"shared"_s});
+    }
+
+    void replace_folderTakesNoFiles_writesInPlace()
+    {
+        if (::geteuid() != 0)
+            QSKIP("Only root can take on another user to be refused as.");
+        const TemporaryHome home;
+        const QString path = home.write(u"folder/mine"_s, "old");
+        QCOMPARE(::chown(QFile::encodeName(path).constData(), kNobody, kNobody), 0);
+        QCOMPARE(::chmod(QFile::encodeName(home.path()).constData(), 0777), 0);
+        const auto result = asNobody([&] { return replaceFile(path, "new and longer"); });
+        QVERIFY(result.has_value());
+        QCOMPARE(home.read(u"folder/mine"_s), "new and longer"_ba);
+        QVERIFY(asNobody([&] { return replaceFile(path, "n"); }).has_value());
+        QCOMPARE(home.read(u"folder/mine"_s), "n"_ba);
+        QCOMPARE(entries(home, u"folder"_s), QStringList{u"mine"_s});
+        QVERIFY(!QFileInfo::exists(home.dataFolder() + u"/penwick/interrupted-saves"_s));
+    }
+
+    void replace_nowhereForASafeCopy_failsAndTouchesNothing()
+    {
+        if (::geteuid() != 0)
+            QSKIP("Only root can take on another user to be refused as.");
+        const TemporaryHome home;
+        const QString path = home.write(u"folder/mine"_s, "old");
+        QCOMPARE(::chown(QFile::encodeName(path).constData(), kNobody, kNobody), 0);
+        QCOMPARE(::chmod(QFile::encodeName(home.path()).constData(), 0755), 0);
+        const auto result = asNobody([&] { return replaceFile(path, "new"); });
+        QCOMPARE(result.error(), (FileError{FileError::Kind::PermissionDenied, EACCES}));
+        QCOMPARE(home.read(u"folder/mine"_s), "old"_ba);
+    }
+
+    void replace_otherHardLinks_keepHoldingTheSame()
+    {
+        const TemporaryHome home;
+        const QString path = home.write(u"one"_s, "the old content");
+        QCOMPARE(::link(QFile::encodeName(path).constData(),
+                        QFile::encodeName(home.file(u"other"_s)).constData()),
+                 0);
+        QVERIFY(replaceFile(path, "new").has_value());
+        QCOMPARE(home.read(u"one"_s), "new"_ba);
+        QCOMPARE(home.read(u"other"_s), "new"_ba);
+        QCOMPARE(statusOf(path).st_nlink, nlink_t{2});
+        QCOMPARE(entries(home), (QStringList{u"one"_s, u"other"_s}));
+    }
+
+    void replace_hardLinkAndFullDisk_holdsTheOldContentAgain()
+    {
+        const TemporaryHome home;
+        const QByteArray old(6000, 'o');
+        const QString path = home.write(u"one"_s, old);
+        QCOMPARE(::link(QFile::encodeName(path).constData(),
+                        QFile::encodeName(home.file(u"other"_s)).constData()),
+                 0);
+        tl::expected<void, FileError> result;
+        {
+            const FileSizeLimit limit(8192);
+            result = replaceFile(path, QByteArray(3000000, 'x'));
+        }
+        QCOMPARE(result.error(), (FileError{FileError::Kind::NoSpace, EFBIG}));
+        QCOMPARE(home.read(u"other"_s), old);
+        QCOMPARE(entries(home), (QStringList{u"one"_s, u"other"_s}));
+    }
+
+    void replace_accessControlList_isKept()
+    {
+        const TemporaryHome home;
+        const QString path = home.write(u"old.txt"_s, "old");
+        const QByteArray list = accessList(1234);
+        if (::setxattr(QFile::encodeName(path).constData(),
+                       "system.posix_acl_access",
+                       list.constData(),
+                       static_cast<size_t>(list.size()),
+                       0) != 0)
+            QSKIP("This file system has no access control lists.");
+        const struct stat before = statusOf(path);
+        QVERIFY(replaceFile(path, "new").has_value());
+        QVERIFY(statusOf(path).st_ino != before.st_ino);
+        QCOMPARE(modeOf(path), before.st_mode & ALLPERMS);
+        QByteArray kept(100, '\0');
+        kept.truncate(::getxattr(QFile::encodeName(path).constData(),
+                                 "system.posix_acl_access",
+                                 kept.data(),
+                                 static_cast<size_t>(kept.size())));
+        QCOMPARE(kept, list);
+    }
+
+    void replace_folderWithADefaultList_addsNoRights()
+    {
+        const TemporaryHome home;
+        const QString path = home.write(u"folder/old.txt"_s, "old");
+        const QByteArray list = accessList(1234);
+        if (::setxattr(QFile::encodeName(home.file(u"folder"_s)).constData(),
+                       "system.posix_acl_default",
+                       list.constData(),
+                       static_cast<size_t>(list.size()),
+                       0) != 0)
+            QSKIP("This file system has no access control lists.");
+        QCOMPARE(::chmod(QFile::encodeName(path).constData(), 0640), 0);
+        QVERIFY(replaceFile(path, "new").has_value());
+        QCOMPARE(modeOf(path), 0640U);
+        char value[100];
+        QCOMPARE(::getxattr(QFile::encodeName(path).constData(),
+                            "system.posix_acl_access",
+                            value,
+                            sizeof value),
+                 ssize_t{-1});
+    }
+
+    void replace_setUserId_isKept()
+    {
+        const TemporaryHome home;
+        const QString path = home.write(u"tool"_s, "old");
+        QCOMPARE(::chmod(QFile::encodeName(path).constData(), 06755), 0);
+        QVERIFY(replaceFile(path, "new").has_value());
+        QCOMPARE(modeOf(path), 06755U);
+    }
+
+    void replace_fileThatSomethingIsMountedOn_writesInPlace()
+    {
+        const TemporaryHome home;
+        const QByteArray outside = QFile::encodeName(home.write(u"outside"_s, "old"));
+        const QByteArray inside = QFile::encodeName(home.write(u"folder/inside"_s, "hidden"));
+        if (::mount(outside.constData(), inside.constData(), nullptr, MS_BIND, nullptr) != 0)
+            QSKIP("Only root can mount.");
+        const auto result = replaceFile(home.file(u"folder/inside"_s), "new");
+        const QByteArray seen = home.read(u"folder/inside"_s);
+        QCOMPARE(::umount(inside.constData()), 0);
+        QVERIFY(result.has_value());
+        QCOMPARE(seen, "new"_ba);
+        QCOMPARE(home.read(u"outside"_s), "new"_ba);
+        QCOMPARE(home.read(u"folder/inside"_s), "hidden"_ba);
+        QCOMPARE(entries(home, u"folder"_s), QStringList{u"inside"_s});
+    }
+
+    void replace_fileOfOthersInAStickyFolder_writesInPlace()
+    {
+        if (::geteuid() != 0)
+            QSKIP("Only root can make files of other users.");
+        const TemporaryHome home;
+        const QString path = home.write(u"folder/theirs"_s, "old");
+        QCOMPARE(::chmod(QFile::encodeName(path).constData(), 0666), 0);
+        QCOMPARE(::chown(QFile::encodeName(path).constData(), 1234, kNobody), 0);
+        QCOMPARE(::chmod(QFile::encodeName(home.file(u"folder"_s)).constData(), 01777), 0);
+        QCOMPARE(::chmod(QFile::encodeName(home.path()).constData(), 0755), 0);
+        const auto result = asNobody([&] { return replaceFile(path, "new"); });
+        QVERIFY(result.has_value());
+        QCOMPARE(home.read(u"folder/theirs"_s), "new"_ba);
+        QCOMPARE(statusOf(path).st_uid, uid_t{1234});
+        QCOMPARE(entries(home, u"folder"_s), QStringList{u"theirs"_s});
+    }
+
+    void replace_whileAnotherProcessSaves_leavesItsFileAlone()
+    {
+        const TemporaryHome home;
+        const QString path = home.write(u"a"_s, "old");
+        TemporaryFile theirs(QFile::encodeName(path));
+        QVERIFY(theirs.create(0600, TemporaryFile::Name::FromTheStart).has_value());
+        QVERIFY(replaceFile(path, "ours").has_value());
+        QCOMPARE(entries(home).size(), 2);
+        QCOMPARE(home.read(u"a"_s), "ours"_ba);
+        QVERIFY(theirs.replaceTarget().has_value());
+        QCOMPARE(entries(home), QStringList{u"a"_s});
+    }
+
+    void version_afterReplacing_isThatOfTheFile()
+    {
+        const TemporaryHome home;
+        const QString path = home.file(u"a"_s);
+        for (const char *content : {"new", "newer"}) {
+            const auto version = replaceFile(
+                path, [content](const WriteBytes &write) { return write(QByteArray(content)); });
+            QVERIFY(version.has_value());
+            QVERIFY(FileVersion::of(path) == *version);
+        }
     }
 };
 

@@ -1,0 +1,84 @@
+#include "editor/FileCheck.h"
+
+#include <chrono>
+#include <mutex>
+#include <system_error>
+#include <thread>
+
+namespace penwick {
+
+using namespace std::chrono_literals;
+
+FileFinding
+lookAtFile(const QString &path, const std::optional<FileVersion> &known, TransferProgress &progress)
+{
+    // Whoever writes a file bit by bit is given some time to get it done.
+    constexpr int kAttempts = 10;
+    constexpr auto kPause = 50ms;
+    FileFinding finding;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        finding = {};
+        finding.stored.version = FileVersion::of(path);
+        if (finding.stored.version == known) {
+            return finding;
+        }
+        auto read = readTextFile(path, progress);
+        if (read) {
+            finding.kind = FileFinding::Kind::Text;
+            finding.stored = std::move(*read);
+        } else if (read.error().fileErrorKind == FileError::Kind::NotFound) {
+            finding.kind = FileFinding::Kind::Missing;
+        } else {
+            finding.kind = FileFinding::Kind::Unreadable;
+            finding.error = read.error();
+        }
+        if (progress.isCancelled() || FileVersion::of(path) == finding.stored.version) {
+            break;
+        }
+        std::this_thread::sleep_for(kPause);
+    }
+    return finding;
+}
+
+/// What both threads know.
+struct FileCheck::Shared
+{
+    std::mutex mutex; // Held while the owner is told, so that it is not gone by then.
+    FileCheck *owner = nullptr;
+    TransferProgress progress;
+};
+
+FileCheck::FileCheck(const QString &path, const std::optional<FileVersion> &known, QObject *parent)
+    : QObject(parent)
+    , m_shared(std::make_shared<Shared>())
+{
+    m_shared->owner = this;
+    const auto run = [shared = m_shared, path, known] {
+        const FileFinding finding = lookAtFile(path, known, shared->progress);
+        const std::lock_guard lock(shared->mutex);
+        FileCheck *owner = shared->owner;
+        if (owner != nullptr) {
+            QMetaObject::invokeMethod(
+                owner, [owner, finding] { Q_EMIT owner->finished(finding); }, Qt::QueuedConnection);
+        }
+    };
+    try {
+        std::thread(run).detach();
+    } catch (const std::system_error &) {
+        run();
+    }
+}
+
+FileCheck::~FileCheck()
+{
+    m_shared->progress.cancel();
+    const std::lock_guard lock(m_shared->mutex);
+    m_shared->owner = nullptr;
+}
+
+const TransferProgress &FileCheck::progress() const
+{
+    return m_shared->progress;
+}
+
+} // namespace penwick

@@ -1,0 +1,77 @@
+#include "platform/FileAttributes.h"
+
+#include <QByteArrayList>
+
+#include <cerrno>
+#include <linux/limits.h>
+#include <optional>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+namespace penwick {
+
+namespace {
+
+/// Where the folder gives its files a list of its own by default, the new file has one although the
+/// old has none.
+constexpr auto kAccessList = "system.posix_acl_access";
+
+bool isWithoutAttributes(int errnoValue)
+{
+    return errnoValue == ENOTSUP || errnoValue == ENOSYS;
+}
+
+/// Nothing when they cannot be told.
+std::optional<QByteArrayList> attributeNames(const QByteArray &path)
+{
+    QByteArray names(XATTR_LIST_MAX, Qt::Uninitialized);
+    const ssize_t length =
+        ::listxattr(path.constData(), names.data(), static_cast<size_t>(names.size()));
+    if (length < 0)
+        return isWithoutAttributes(errno) ? std::optional(QByteArrayList()) : std::nullopt;
+    names.truncate(length);
+    QByteArrayList result = names.split('\0');
+    result.removeAll(QByteArray());
+    return result;
+}
+
+bool copyAttribute(const QByteArray &oldPath, const QByteArray &name, int descriptor)
+{
+    QByteArray value(XATTR_SIZE_MAX, Qt::Uninitialized);
+    const ssize_t size = ::getxattr(
+        oldPath.constData(), name.constData(), value.data(), static_cast<size_t>(value.size()));
+    return size >= 0 &&
+           ::fsetxattr(
+               descriptor, name.constData(), value.constData(), static_cast<size_t>(size), 0) == 0;
+}
+
+bool copyExtendedAttributes(const QByteArray &oldPath, int descriptor)
+{
+    const auto names = attributeNames(oldPath);
+    if (!names)
+        return false;
+    for (const QByteArray &name : *names) {
+        if (!copyAttribute(oldPath, name, descriptor))
+            return false;
+    }
+    return names->contains(kAccessList) || ::fremovexattr(descriptor, kAccessList) == 0 ||
+           errno == ENODATA || isWithoutAttributes(errno);
+}
+
+} // namespace
+
+bool copyAttributes(const QByteArray &oldPath, const struct stat &old, int descriptor)
+{
+    struct stat present = {};
+    if (::fstat(descriptor, &present) != 0)
+        return false;
+    const bool isOfOther = present.st_uid != old.st_uid || present.st_gid != old.st_gid;
+    if (isOfOther && ::fchown(descriptor, old.st_uid, old.st_gid) != 0)
+        return false;
+    // The permissions last: a list of access rights that is taken away or set changes them.
+    return copyExtendedAttributes(oldPath, descriptor) &&
+           ::fchmod(descriptor, old.st_mode & ALLPERMS) == 0;
+}
+
+} // namespace penwick

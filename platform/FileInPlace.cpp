@@ -1,0 +1,76 @@
+#include "platform/FileInPlace.h"
+
+#include "platform/FileWriter.h"
+#include "platform/SafeCopy.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace penwick {
+
+namespace {
+
+tl::unexpected<FileError> systemError()
+{
+    return tl::unexpected(FileError::fromErrno(errno));
+}
+
+tl::expected<FileVersion, FileError> write(int file, const ProduceBytes &produce)
+{
+    if (::lseek(file, 0, SEEK_SET) != 0)
+        return systemError();
+    if (const auto filled = fill(file, produce); !filled)
+        return tl::unexpected(filled.error());
+    const off_t size = ::lseek(file, 0, SEEK_CUR);
+    if (size < 0 || uninterrupted([&] { return ::ftruncate(file, size); }) != 0)
+        return systemError();
+    if (!synchronise(file))
+        return systemError();
+    const auto version = FileVersion::of(file);
+    if (!version)
+        return systemError();
+    return *version;
+}
+
+} // namespace
+
+tl::expected<void, FileError> fill(int descriptor, const ProduceBytes &produce)
+{
+    int problem = 0;
+    FileWriter writer(descriptor);
+    const bool isComplete = produce([&](QByteArrayView bytes) {
+        if (problem == 0 && !writer.write(bytes))
+            problem = errno;
+        return problem == 0;
+    });
+    if (problem == 0 && isComplete && !writer.flush())
+        problem = errno;
+    if (problem != 0)
+        return tl::unexpected(FileError::fromErrno(problem));
+    if (!isComplete)
+        return tl::unexpected(FileError{FileError::Kind::Cancelled, 0});
+    return {};
+}
+
+tl::expected<FileVersion, FileError> overwriteFile(const QByteArray &path,
+                                                   const ProduceBytes &produce,
+                                                   const std::function<bool()> &isStillWanted)
+{
+    const FileDescriptor file(uninterrupted(
+        [&] { return ::open(path.constData(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC); }));
+    if (!file.isOpen())
+        return systemError();
+    SafeCopy copy(path);
+    if (const auto made = copy.make(file.get()); !made)
+        return tl::unexpected(made.error());
+    if (isStillWanted && !isStillWanted())
+        return tl::unexpected(FileError{FileError::Kind::Cancelled, 0});
+    auto written = write(file.get(), produce);
+    if (!written && !copy.writeBack(file.get())) {
+        copy.keep();
+        return tl::unexpected(FileError{FileError::Kind::Damaged, written.error().errnoValue});
+    }
+    return written;
+}
+
+} // namespace penwick

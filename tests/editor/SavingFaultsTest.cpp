@@ -1,0 +1,384 @@
+#include "editor/TextDocument.h"
+#include "platform/FileSystem.h"
+#include "platform/SafeCopy.h"
+#include "support/InterceptedProcess.h"
+#include "support/TemporaryHome.h"
+
+#include <QDirIterator>
+#include <QRandomGenerator>
+#include <QTest>
+
+#include <chrono>
+#include <grp.h>
+#include <sys/stat.h>
+#include <thread>
+
+using namespace penwick;
+using namespace penwick::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr uid_t kNobody = 65534;
+
+/// Which way a save takes.
+enum class Way {
+    NewFile,      ///< Nothing stands there yet.
+    WithoutAName, ///< By a new file that has no name until it takes the old one's place.
+    WithAName,    ///< By one that has a name: the file system knows no other.
+    LateName,     ///< The same, which shows only when it is to get its name.
+    ThroughALink, ///< Through a symbolic link.
+    HardLinks,    ///< In place: the file has two names.
+    MountPoint,   ///< In place: nothing can take the file's place.
+    LockedFolder, ///< In place: the folder takes no file. The copy lies elsewhere.
+    ForeignOwner, ///< In place: a new file would belong to somebody else.
+};
+
+struct Outcome
+{
+    static constexpr int kFailed = 1;
+    static constexpr int kEdited = 2;
+    static constexpr int kDamaged = 4;
+};
+
+/// A file to save, and what the system is like around it.
+class Case final
+{
+public:
+    Case(Way way, const QByteArray &old)
+        : m_way(way)
+    {
+        ::chmod(QFile::encodeName(m_home.path()).constData(), 0777);
+        m_home.write(u"folder/file"_s, old);
+        const QByteArray file = QFile::encodeName(this->file());
+        const QByteArray folder = QFile::encodeName(m_home.file(u"folder"_s));
+        switch (way) {
+        case Way::NewFile:
+            QFile::remove(this->file());
+            break;
+        case Way::ThroughALink:
+            QFile::link(this->file(), m_home.file(u"link"_s));
+            break;
+        case Way::HardLinks:
+            check(::link(file.constData(), (folder + "/other").constData()));
+            break;
+        case Way::LockedFolder:
+            check(::chown(file.constData(), kNobody, kNobody));
+            break;
+        case Way::ForeignOwner:
+            check(::chmod(folder.constData(), 0777));
+            check(::chmod(file.constData(), 0666));
+            break;
+        default:
+            break;
+        }
+    }
+
+    [[nodiscard]] QString file() const { return m_home.file(u"folder/file"_s); }
+
+    [[nodiscard]] QByteArray content() const { return m_home.read(u"folder/file"_s); }
+
+    [[nodiscard]] bool isInPlace() const { return m_way >= Way::HardLinks; }
+
+    [[nodiscard]] static bool needsRoot(Way way) { return way >= Way::LockedFolder; }
+
+    /// Opens the file, edits it and saves it. Gives bits of `Outcome`.
+    [[nodiscard]] std::function<int()> saving(const QByteArray &content) const
+    {
+        const QString path =
+            m_way == Way::ThroughALink ? m_home.file(u"link"_s) : m_home.file(u"folder/file"_s);
+        const bool isNobody = needsRoot(m_way);
+        return [path, isNobody, text = *Text::fromUtf8(content)] {
+            if (isNobody && (::setgroups(0, nullptr) != 0 || ::setegid(kNobody) != 0 ||
+                             ::seteuid(kNobody) != 0))
+                return 255;
+            return save(path, text);
+        };
+    }
+
+    /// What the system answers without any fault; 0 to do as it likes.
+    [[nodiscard]] int answerTo(const SystemCall &call) const
+    {
+        const auto flags = call.arguments[2];
+        const bool isRename =
+#ifdef SYS_rename
+            call.number == SYS_rename ||
+#endif
+            call.number == SYS_renameat || (call.number == SYS_renameat2 && call.arguments[4] == 0);
+        switch (m_way) {
+        case Way::WithAName:
+            return call.number == SYS_openat && (flags & O_TMPFILE) == O_TMPFILE ? EOPNOTSUPP : 0;
+        case Way::LateName:
+            return call.number == SYS_linkat ? EPERM : 0;
+        case Way::MountPoint:
+            return isRename ? EBUSY : 0;
+        default:
+            return 0;
+        }
+    }
+
+    /// Everything that stands in the home, without folders.
+    [[nodiscard]] QStringList files() const
+    {
+        QStringList found;
+        QDirIterator all(
+            m_home.path(), QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
+        while (all.hasNext())
+            found << all.next();
+        found.sort();
+        return found;
+    }
+
+private:
+    static void check(int answer)
+    {
+        if (answer != 0)
+            qFatal("A file could not be prepared.");
+    }
+
+    static int save(const QString &path, const Text &text)
+    {
+        TextDocument document;
+        if (QFileInfo::exists(path)) {
+            if (!document.readFromFile(path))
+                return 254;
+            document.textStorage()->setText(document.contentString());
+        } else {
+            document.setFilePath(path);
+        }
+        document.textStorage()->replaceCharacters({0, document.textStorage()->length()}, text);
+        document.setContentString(text);
+        const auto saved = document.writeToFile(path);
+        const bool isDamaged = !saved && saved.error().fileErrorKind == FileError::Kind::Damaged;
+        return (saved ? 0 : Outcome::kFailed) | (document.isEdited() ? Outcome::kEdited : 0) |
+               (isDamaged ? Outcome::kDamaged : 0);
+    }
+
+    TemporaryHome m_home;
+    Way m_way;
+};
+
+QByteArray bytes(char letter, int count)
+{
+    return QByteArray(count, letter);
+}
+
+} // namespace
+
+/// Whatever fails while a file is saved, or ends the process: the file holds the old text or the
+/// new.
+class SavingFaultsTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+
+    void eachCall_failing_leavesTheOldTextOrTheNew_data() { addWays(); }
+
+    void eachCall_failing_leavesTheOldTextOrTheNew();
+
+    void eachCall_killedBefore_leavesTheOldTextOrTheNew_data() { addWays(); }
+
+    void eachCall_killedBefore_leavesTheOldTextOrTheNew();
+
+    void randomMoment_killed_leavesTheOldTextOrTheNew_data();
+
+    void randomMoment_killed_leavesTheOldTextOrTheNew();
+
+private:
+    static void addWays();
+    static void checkAfterKill(const Case &saved, const QStringList &files);
+
+    const QByteArray m_old = bytes('o', 300'000);
+    const QByteArray m_new = bytes('n', 270'000);
+};
+
+void SavingFaultsTest::init()
+{
+    // Thousands of saves need no disk; those at random moments do.
+    const bool isEnumerating = QByteArray(QTest::currentTestFunction()).startsWith("eachCall");
+    if (isEnumerating && QFileInfo(u"/dev/shm"_s).isWritable())
+        qputenv("TMPDIR", "/dev/shm");
+}
+
+void SavingFaultsTest::addWays()
+{
+    QTest::addColumn<Way>("way");
+    QTest::newRow("a new file") << Way::NewFile;
+    QTest::newRow("by a file without a name") << Way::WithoutAName;
+    QTest::newRow("by a file with a name") << Way::WithAName;
+    QTest::newRow("by a file that cannot get a name") << Way::LateName;
+    QTest::newRow("through a symbolic link") << Way::ThroughALink;
+    QTest::newRow("in place, hard links") << Way::HardLinks;
+    QTest::newRow("in place, mount point") << Way::MountPoint;
+    if (::geteuid() == 0) {
+        QTest::newRow("in place, locked folder") << Way::LockedFolder;
+        QTest::newRow("in place, foreign owner") << Way::ForeignOwner;
+    }
+}
+
+void SavingFaultsTest::eachCall_failing_leavesTheOldTextOrTheNew()
+{
+    QFETCH(Way, way);
+    int calls = 0;
+    {
+        const Case undisturbed(way, m_old);
+        const auto end =
+            InterceptedProcess::run(undisturbed.saving(m_new), [&](const SystemCall &call) {
+                ++calls;
+                return undisturbed.answerTo(call);
+            });
+        QCOMPARE(end.status, 0);
+        QVERIFY(undisturbed.content() == m_new);
+    }
+    QVERIFY(calls > 10);
+    int failures = 0;
+    for (const int fault : {ENOSPC, EIO, EACCES, EINTR, EROFS}) {
+        for (int failing = 0; failing < calls; ++failing) {
+            const Case saved(way, m_old);
+            const QStringList before = saved.files();
+            int count = 0;
+            int number = 0;
+            const auto end =
+                InterceptedProcess::run(saved.saving(m_new), [&](const SystemCall &call) {
+                    if (count++ != failing)
+                        return saved.answerTo(call);
+                    number = call.number;
+                    return fault;
+                });
+            const auto where = QStringLiteral("call %1 (%2) failing with %3, outcome %4")
+                                   .arg(failing)
+                                   .arg(number)
+                                   .arg(fault)
+                                   .arg(end.status)
+                                   .toUtf8();
+            if (end.status == 254)
+                continue; // It could not even be opened.
+            const bool hasFailed = (end.status & Outcome::kFailed) != 0;
+            failures += hasFailed ? 1 : 0;
+            const QByteArray content = saved.content();
+            const QByteArray &former = way == Way::NewFile ? QByteArray() : m_old;
+            QVERIFY2(content == (hasFailed ? former : m_new), where);
+            QVERIFY2(((end.status & Outcome::kEdited) != 0) == hasFailed, where);
+            QVERIFY2((end.status & Outcome::kDamaged) == 0, where);
+            // The next save takes away what this one could not.
+            QCOMPARE(InterceptedProcess::runFreely(saved.saving(m_old)).status, 0);
+            QVERIFY2(saved.content() == m_old, where);
+            QStringList after = saved.files();
+            if (way == Way::NewFile)
+                after.removeAll(saved.file());
+            QVERIFY2(after == before, where + after.join(u' ').toUtf8());
+        }
+    }
+    QVERIFY(failures > 20);
+}
+
+/// \param files what stood there before.
+void SavingFaultsTest::checkAfterKill(const Case &saved, const QStringList &files)
+{
+    QStringList left = saved.files();
+    for (const QString &file : files)
+        left.removeAll(file);
+    left.removeAll(saved.file());
+    if (!saved.isInPlace()) {
+        QVERIFY2(left.isEmpty(), left.join(u' ').toUtf8());
+        return;
+    }
+    // A copy of the text before is nobody's to remove but the person's, and nothing else is left.
+    for (const QString &copy : left)
+        QVERIFY2(copy.endsWith(u".bak"_s), copy.toUtf8());
+}
+
+void SavingFaultsTest::eachCall_killedBefore_leavesTheOldTextOrTheNew()
+{
+    QFETCH(Way, way);
+    bool isKilled = true;
+    for (int fatal = 0; isKilled; ++fatal) {
+        const Case saved(way, m_old);
+        const QStringList before = saved.files();
+        int count = 0;
+        const auto end = InterceptedProcess::run(saved.saving(m_new), [&](const SystemCall &call) {
+            return count++ == fatal ? InterceptedProcess::kKill : saved.answerTo(call);
+        });
+        isKilled = end.wasKilled;
+        const QByteArray content = saved.content();
+        bool isWhole = content == m_old || content == m_new;
+        isWhole = isWhole || (way == Way::NewFile && content.isNull());
+        if (saved.isInPlace() && !isWhole) {
+            const QStringList copies = SafeCopy::left(saved.file());
+            QCOMPARE(copies.size(), 1);
+            isWhole = readFile(copies.first()) == m_old;
+        }
+        QVERIFY2(isWhole, QByteArray::number(fatal));
+        QCOMPARE(InterceptedProcess::runFreely(saved.saving("next")).status, 0);
+        QCOMPARE(saved.content(), QByteArray("next"));
+        checkAfterKill(saved, before);
+        if (QTest::currentTestFailed())
+            QFAIL(QByteArray::number(fatal));
+    }
+}
+
+void SavingFaultsTest::randomMoment_killed_leavesTheOldTextOrTheNew_data()
+{
+    // The others need a system that is made to answer as theirs would.
+    QTest::addColumn<Way>("way");
+    QTest::newRow("a new file") << Way::NewFile;
+    QTest::newRow("by a file without a name") << Way::WithoutAName;
+    QTest::newRow("in place, hard links") << Way::HardLinks;
+}
+
+void SavingFaultsTest::randomMoment_killed_leavesTheOldTextOrTheNew()
+{
+    QFETCH(Way, way);
+    using Clock = std::chrono::steady_clock;
+    const QByteArray old = bytes('o', 9'000'000);
+    const QByteArray fresh = bytes('n', 8'000'000);
+    auto usual = std::chrono::microseconds::max();
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        const Case undisturbed(way, old);
+        const auto start = Clock::now();
+        QCOMPARE(InterceptedProcess::runFreely(undisturbed.saving(fresh)).status, 0);
+        const auto time = Clock::now() - start;
+        usual = std::min(usual, std::chrono::duration_cast<std::chrono::microseconds>(time));
+    }
+    const quint32 seed = QRandomGenerator::global()->generate();
+    qInfo("Seed %u, a save takes about %lld microseconds",
+          seed,
+          static_cast<long long>(usual.count()));
+    QRandomGenerator random(seed);
+    constexpr int kKills = 200;
+    int struck = 0;
+    const Case saved(way, old);
+    for (int kill = 0; kill < kKills; ++kill) {
+        if (way == Way::NewFile)
+            QFile::remove(saved.file());
+        else
+            QCOMPARE(InterceptedProcess::runFreely(saved.saving(old)).status, 0);
+        const auto moment =
+            std::chrono::microseconds(random.bounded(static_cast<qint64>(usual.count())));
+        const auto end = InterceptedProcess::runFreely(saved.saving(fresh), [&](pid_t child) {
+            std::this_thread::sleep_for(moment);
+            ::kill(child, SIGKILL);
+        });
+        struck += end.wasKilled ? 1 : 0;
+        const QByteArray content = saved.content();
+        bool isWhole = content == old || content == fresh;
+        isWhole = isWhole || (way == Way::NewFile && content.isNull());
+        for (const QString &copy : SafeCopy::left(saved.file())) {
+            isWhole = isWhole || readFile(copy) == old;
+            QFile::remove(copy); // As the person would, who has seen it.
+        }
+        QVERIFY2(isWhole, QByteArray::number(kill));
+    }
+    QVERIFY2(struck > kKills / 10, QByteArray::number(struck));
+    QCOMPARE(InterceptedProcess::runFreely(saved.saving("next")).status, 0);
+    QStringList expected{saved.file()};
+    if (way == Way::HardLinks)
+        expected << saved.file().replace(u"folder/file"_s, u"folder/other"_s);
+    QStringList left = saved.files();
+    left.removeIf([](const QString &path) { return path.endsWith(u"/link"_s); });
+    QCOMPARE(left, expected);
+}
+
+QTEST_APPLESS_MAIN(SavingFaultsTest)
+#include "SavingFaultsTest.moc"
