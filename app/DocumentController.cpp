@@ -190,6 +190,8 @@ std::shared_ptr<EditorWindow> DocumentController::makeWindow()
             &EditorWindow::moveToNewWindowRequested,
             this,
             &DocumentController::moveToNewWindow);
+    connect(
+        window.get(), &EditorWindow::currentTabChanged, this, &DocumentController::checkFileOnDisk);
     Q_EMIT windowMade(window.get());
     return window;
 }
@@ -220,6 +222,8 @@ void DocumentController::setDocument(OpenDocument &entry, std::unique_ptr<TextDo
     EditorWindowController *controller = entry.controller.get();
     entry.document = std::move(document);
     entry.saver = std::make_unique<DocumentSaver>(entry.document.get(), controller, m_patience);
+    entry.saver->setSaveElsewhere([this, controller] { return saveDocumentAs(controller); });
+    entry.outsideChanges = std::make_unique<OutsideChanges>(entry.document.get(), controller);
     showContent(entry);
     const auto relabel = [this, controller] { updateLabel(controller); };
     connect(entry.document.get(), &TextDocument::filePathChanged, controller, relabel);
@@ -296,10 +300,6 @@ bool DocumentController::saveDocument(const EditorWindowController *controller)
     if (entry->document->filePath().isEmpty()) {
         return saveDocumentAs(controller);
     }
-    if (entry->document->fileChangedOnDisk() &&
-        !dialogs::askToOverwriteChangedFile(entry->controller->window(), entry->displayName())) {
-        return false;
-    }
     return entry->saver->save(entry->document->filePath());
 }
 
@@ -323,6 +323,9 @@ bool DocumentController::saveDocumentAs(const EditorWindowController *controller
         return false;
     }
     m_folder = QFileInfo(path).absolutePath();
+    if (absolutePathOf(path) == entry->document->filePath()) {
+        entry->document->acceptFileVersion(FileVersion::of(path)); // To be replaced, as agreed.
+    }
     return entry->saver->save(absolutePathOf(path));
 }
 
@@ -434,6 +437,7 @@ bool DocumentController::eventFilter(QObject *watched, QEvent *event)
     auto *window = qobject_cast<EditorWindow *>(watched);
     if (event->type() == QEvent::WindowActivate) {
         m_activeWindow = window;
+        checkFileOnDisk(window != nullptr ? window->currentController() : nullptr);
     }
     if (event->type() != QEvent::Close || window == nullptr) {
         return QObject::eventFilter(watched, event);
@@ -450,6 +454,13 @@ bool DocumentController::eventFilter(QObject *watched, QEvent *event)
     return false;
 }
 
+void DocumentController::checkFileOnDisk(const EditorWindowController *controller)
+{
+    if (const OpenDocument *entry = m_documents.find(controller)) {
+        entry->outsideChanges->check();
+    }
+}
+
 void DocumentController::forget(const WindowController &controller)
 {
     const std::unique_ptr<OpenDocument> entry = m_documents.take(controller.get());
@@ -461,6 +472,7 @@ void DocumentController::forget(const WindowController &controller)
         giveBackMemoryLater();
     }
     entry->saver.reset();
+    entry->outsideChanges.reset();
     // Both outlive the event that is being handled, the tab longer than its document.
     TextDocument *document = entry->document.release();
     document->deleteLater();

@@ -97,6 +97,10 @@ public:
     /// \return false when the person or a window said no; nothing is closed before all were asked.
     bool closeAll();
 
+    /// Looks for what other programs did to the document's file, as happens by itself when its text
+    /// comes forward.
+    void checkFileOnDisk(const EditorWindowController *controller);
+
 Q_SIGNALS:
     /// The window is about to be shown for the first time; it has no document yet.
     void windowMade(penwick::EditorWindow *window);

@@ -2,6 +2,7 @@
 
 #include "controls/FileDialog.h"
 #include "controls/MessageBox.h"
+#include "platform/SafeCopy.h"
 #include "wording/WordingLookup.h"
 
 #include <QDir>
@@ -35,6 +36,12 @@ QString reasonOfFileError(FileError::Kind kind)
         return wording::text(u"error.reason.permissionDenied"_s, u"アクセス権がありません。"_s);
     case Kind::NoSpace:
         return wording::text(u"error.reason.noSpace"_s, u"ディスクの空き容量が足りません。"_s);
+    case Kind::Changed:
+        return wording::text(u"error.reason.changedMeanwhile"_s,
+                             u"ほかのプログラムによって変更されています。"_s);
+    case Kind::Damaged:
+        return wording::text(u"error.reason.damaged"_s,
+                             u"ファイルは途中まで書き換えられ、元に戻せませんでした。"_s);
     case Kind::InvalidPath:
         return wording::text(u"error.reason.invalidPath"_s, u"この名前は使えません。"_s);
     case Kind::Locked:
@@ -50,6 +57,15 @@ void showFileError(QWidget *parent, const QString &text, const QString &path, co
     box.setInformation(QDir::toNativeSeparators(path) + u"\n"_s + reason);
     box.addTextButton(wording::text(u"common.ok"_s), QMessageBox::AcceptRole);
     box.exec();
+}
+
+/// Where the text from before an unfinished save is.
+QString placeOf(const QStringList &copies)
+{
+    return wording::text(
+               u"dialog.interruptedSaveInformation"_s,
+               u"保存前の内容は次のファイルにあります。不要になったら削除してください。"_s) +
+           u"\n"_s + QDir::toNativeSeparators(copies.join(u'\n'));
 }
 
 /// What both file dialogs share. Qt's own dialog, where the platform has none, takes the rest of
@@ -82,6 +98,77 @@ bool askToOverwriteChangedFile(QWidget *parent, const QString &name)
     box.setEscapeButton(cancel);
     box.exec();
     return box.clickedButton() == overwrite;
+}
+
+QMessageBox *askAboutOutsideChange(QWidget *parent,
+                                   const QString &name,
+                                   const std::function<void(OutsideAnswer)> &answered)
+{
+    auto *box = new MessageBox(
+        QMessageBox::Question,
+        withName(wording::text(u"dialog.changedOnDiskMessage"_s,
+                               u"「%1」は、ほかのプログラムによって変更されています。"_s),
+                 name),
+        parent);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowModality(Qt::WindowModal);
+    box->setInformation(wording::text(u"dialog.outsideChangeInformation"_s,
+                                      u"この文書には保存していない編集があります。ファイルの内容を"
+                                      "読み込んでも、取り消しで元に戻せます。"_s));
+    const QPushButton *keep = box->addTextButton(
+        wording::text(u"dialog.keepMine"_s, u"自分の編集を残す"_s), QMessageBox::AcceptRole);
+    const QPushButton *load =
+        box->addTextButton(wording::text(u"dialog.loadTheirs"_s, u"ファイルの内容を読み込む"_s),
+                           QMessageBox::DestructiveRole);
+    QPushButton *later = box->addTextButton(
+        wording::text(u"dialog.decideLater"_s, u"あとで決める"_s), QMessageBox::RejectRole);
+    box->setDefaultButton(later);
+    box->setEscapeButton(later);
+    QObject::connect(box, &QDialog::finished, box, [box, keep, load, answered] {
+        if (box->clickedButton() == keep) {
+            answered(OutsideAnswer::KeepMine);
+        } else if (box->clickedButton() == load) {
+            answered(OutsideAnswer::LoadTheirs);
+        } else {
+            answered(OutsideAnswer::Later);
+        }
+    });
+    box->open();
+    return box;
+}
+
+bool offerToSaveElsewhere(QWidget *parent, const QString &path, const DocumentError &error)
+{
+    MessageBox box(QMessageBox::Warning,
+                   wording::text(u"error.fileReadOnly"_s, u"このファイルには書き込めません"_s),
+                   parent);
+    box.setInformation(QDir::toNativeSeparators(path) + u"\n"_s + reasonOf(error));
+    QPushButton *elsewhere = box.addTextButton(
+        wording::text(u"dialog.saveElsewhere"_s, u"別名で保存…"_s), QMessageBox::AcceptRole);
+    QPushButton *cancel =
+        box.addTextButton(wording::text(u"common.cancel"_s), QMessageBox::RejectRole);
+    box.setDefaultButton(elsewhere);
+    box.setEscapeButton(cancel);
+    box.exec();
+    return box.clickedButton() == elsewhere;
+}
+
+void showInterruptedSave(QWidget *parent, const QString &path, const QStringList &copies)
+{
+    if (copies.isEmpty()) {
+        return;
+    }
+    auto *box =
+        new MessageBox(QMessageBox::Warning,
+                       withName(wording::text(u"dialog.interruptedSaveMessage"_s,
+                                              u"「%1」の前回の保存は、途中で中断されました。"_s),
+                                QFileInfo(path).fileName()),
+                       parent);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowModality(Qt::WindowModal);
+    box->setInformation(placeOf(copies));
+    box->addTextButton(wording::text(u"common.ok"_s), QMessageBox::AcceptRole);
+    box->open();
 }
 
 QStringList askForFilesToOpen(QWidget *parent, const QString &folder)
@@ -118,7 +205,9 @@ void showSaveError(QWidget *parent, const QString &path, const DocumentError &er
     showFileError(parent,
                   wording::text(u"error.fileSaveFailed"_s, u"ファイルを保存できませんでした"_s),
                   path,
-                  reasonOf(error));
+                  error.fileErrorKind == FileError::Kind::Damaged
+                      ? reasonOf(error) + u"\n"_s + placeOf(SafeCopy::left(path))
+                      : reasonOf(error));
 }
 
 void showFileInUse(QWidget *parent, const QString &path)

@@ -5,6 +5,9 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
+class QMessageBox;
 class QWidget;
 
 namespace penwick {
@@ -24,6 +27,23 @@ namespace dialogs {
 /// was agreed to.
 /// \param suggestion absolute path, its file need not exist.
 [[nodiscard]] QString askForFileToSave(QWidget *parent, const QString &suggestion);
+
+enum class OutsideAnswer { KeepMine, LoadTheirs, Later };
+
+/// Asks what is to become of a text with edits whose file another program changed, and calls
+/// `answered` then. Returns at once; only `parent` is held up.
+/// \return the question, owned by `parent`; it goes when it was answered.
+QMessageBox *askAboutOutsideChange(QWidget *parent,
+                                   const QString &name,
+                                   const std::function<void(OutsideAnswer)> &answered);
+
+/// Says that the file could not be saved for want of rights. True when it is to be saved elsewhere.
+[[nodiscard]] bool
+offerToSaveElsewhere(QWidget *parent, const QString &path, const DocumentError &error);
+
+/// Says that an earlier save of the file was cut short, and where its text before that is. Returns
+/// at once; does nothing without copies.
+void showInterruptedSave(QWidget *parent, const QString &path, const QStringList &copies);
 
 void showOpenError(QWidget *parent, const QString &path, const DocumentError &error);
 void showSaveError(QWidget *parent, const QString &path, const DocumentError &error);

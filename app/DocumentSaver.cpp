@@ -4,6 +4,7 @@
 #include "app/SavingDialog.h"
 #include "macro/engine/EditorWindowController.h"
 
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QInputMethod>
 
@@ -47,10 +48,49 @@ bool DocumentSaver::write(const QString &path)
         return true;
     }
     if (const auto written = m_document->writeToFile(path); !written) {
-        dialogs::showSaveError(m_controller->window(), path, written.error());
-        return false;
+        return recover(written.error());
     }
     return true;
+}
+
+/// What can be done about a save that failed. True when that led to one.
+bool DocumentSaver::recover(const DocumentError &error)
+{
+    switch (error.fileErrorKind) {
+    case FileError::Kind::Changed: {
+        // The very state that is asked about: one that comes during the question is another.
+        const std::optional<FileVersion> version = FileVersion::of(m_path);
+        if (!mayReplace(version)) {
+            return false;
+        }
+        m_document->acceptFileVersion(version);
+        return write(m_path);
+    }
+    case FileError::Kind::PermissionDenied:
+        if (m_saveElsewhere) {
+            return dialogs::offerToSaveElsewhere(m_controller->window(), m_path, error) &&
+                   m_saveElsewhere();
+        }
+        [[fallthrough]];
+    default:
+        dialogs::showSaveError(m_controller->window(), m_path, error);
+        return false;
+    }
+}
+
+bool DocumentSaver::mayReplace(const std::optional<FileVersion> &version) const
+{
+    // A file that was only touched holds what is known of it. A large one is not read for that.
+    constexpr qint64 kQuicklyRead = 20'000'000;
+    const Text &known = m_document->savedText();
+    if (version && version->size == known.metrics().utf8Bytes && version->size < kQuicklyRead) {
+        TransferProgress unwatched;
+        const TransferOutcome present = readTextFile(m_path, unwatched);
+        if (present && present->version == version && present->text == known) {
+            return true;
+        }
+    }
+    return dialogs::askToOverwriteChangedFile(m_controller->window(), QFileInfo(m_path).fileName());
 }
 
 /// What follows a transfer's end. False when it came to nothing.
@@ -58,10 +98,7 @@ bool DocumentSaver::end(const std::optional<DocumentError> &error)
 {
     const bool savesAgain = std::exchange(m_savesAgain, false);
     if (error) {
-        if (!error->isCancellation()) {
-            dialogs::showSaveError(m_controller->window(), m_path, *error);
-        }
-        return false;
+        return !error->isCancellation() && recover(*error);
     }
     return !savesAgain || !m_document->isEdited() || write(m_path);
 }

@@ -6,7 +6,9 @@
 #include <QString>
 
 #include <chrono>
+#include <functional>
 #include <optional>
+#include <utility>
 
 namespace penwick {
 
@@ -24,7 +26,8 @@ struct TransferPatience
 };
 
 /// The saves of one document, one after another: small ones at once, large ones by a transfer while
-/// the person goes on. It says so when one fails.
+/// the person goes on. It says so when one fails. Where another program changed the file it asks
+/// first, and where the file cannot be written it offers to save elsewhere.
 class DocumentSaver final : public QObject
 {
     Q_OBJECT
@@ -35,6 +38,15 @@ public:
     DocumentSaver(TextDocument *document,
                   const EditorWindowController *controller,
                   const TransferPatience &patience);
+
+    /// Asks where else to save, and saves there.
+    using SaveElsewhere = std::function<bool()>;
+
+    /// \param saveElsewhere called when the person agreed; true when that is done or under way.
+    void setSaveElsewhere(SaveElsewhere saveElsewhere)
+    {
+        m_saveElsewhere = std::move(saveElsewhere);
+    }
 
     /// Writes the text to the file. While a save is under way this one waits for it, and goes to
     /// the same file. What an input method is composing is committed first.
@@ -49,6 +61,8 @@ public:
 
 private:
     bool write(const QString &path);
+    [[nodiscard]] bool recover(const DocumentError &error);
+    [[nodiscard]] bool mayReplace(const std::optional<FileVersion> &version) const;
     bool end(const std::optional<DocumentError> &error);
     [[nodiscard]] std::optional<DocumentError> awaitOne(const QString &name);
 
@@ -58,6 +72,7 @@ private:
     QString m_path;            // Where it was saved last, or tried to.
     bool m_savesAgain = false; // Asked for while a save was under way.
     bool m_isAwaited = false;
+    SaveElsewhere m_saveElsewhere;
 };
 
 } // namespace penwick

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/DocumentSaver.h"
+#include "app/OutsideChanges.h"
 #include "editor/TextDocument.h"
 #include "macro/engine/EditorWindowController.h"
 
@@ -17,7 +18,8 @@ struct OpenDocument
     std::unique_ptr<TextDocument> document;
     std::shared_ptr<EditorWindowController> controller;
     std::unique_ptr<DocumentSaver> saver; // Goes before the document.
-    int untitledNumber = 0;               // 0 for a document that was opened from a file.
+    std::unique_ptr<OutsideChanges> outsideChanges;
+    int untitledNumber = 0; // 0 for a document that was opened from a file.
 
     /// How the person knows it.
     [[nodiscard]] QString displayName() const;

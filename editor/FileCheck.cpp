@@ -1,5 +1,7 @@
 #include "editor/FileCheck.h"
 
+#include "platform/SafeCopy.h"
+
 #include <chrono>
 #include <mutex>
 #include <system_error>
@@ -54,7 +56,8 @@ FileCheck::FileCheck(const QString &path, const std::optional<FileVersion> &know
 {
     m_shared->owner = this;
     const auto run = [shared = m_shared, path, known] {
-        const FileFinding finding = lookAtFile(path, known, shared->progress);
+        FileFinding finding = lookAtFile(path, known, shared->progress);
+        finding.copies = SafeCopy::left(path);
         const std::lock_guard lock(shared->mutex);
         FileCheck *owner = shared->owner;
         if (owner != nullptr) {

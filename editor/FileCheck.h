@@ -3,6 +3,7 @@
 #include "editor/TextFile.h"
 
 #include <QObject>
+#include <QStringList>
 
 #include <memory>
 
@@ -21,6 +22,7 @@ struct FileFinding
     Kind kind = Kind::Same;
     StoredText stored;   ///< The version for each kind, the text for `Text` only.
     DocumentError error; ///< For `Unreadable`.
+    QStringList copies;  ///< What `SafeCopy::left` tells of the file.
 };
 
 /// Looks at the file; reads it where it is in another state than `known`. Safe to call from any

@@ -13,6 +13,22 @@
 
 namespace penwick {
 
+namespace {
+
+/// The place in another text that has the same line and column, or the nearest to it.
+qint64 sameLineAndColumn(const Text &from, qint64 offset, const Text &to)
+{
+    const qint64 line = from.lineBreaksBefore(offset);
+    const qint64 column = offset - from.offsetAfterLineBreak(line);
+    const qint64 start = to.offsetAfterLineBreak(line);
+    const bool isLastLine = to.lineBreaksBefore(to.size()) <= line;
+    const qint64 end =
+        isLastLine ? to.size() : to.previousClusterBoundary(to.offsetAfterLineBreak(line + 1));
+    return to.clusterBoundaryAtOrBefore(std::min(start + column, end));
+}
+
+} // namespace
+
 TextView::TextView(TextStorage *storage, QWidget *parent)
     : TextView(storage, QFont(), parent)
 {
@@ -202,6 +218,24 @@ void TextView::replaceCharacters(TextRange range, const Text &replacement)
 void TextView::didChangeText()
 {
     Q_EMIT textDidChange();
+}
+
+void TextView::takeIn(TextRange range, const Text &replacement)
+{
+    shouldChangeText(range, replacement);
+    const Text before = string();
+    const qint64 anchor = m_anchor;
+    const qint64 caret = m_caret.offset;
+    m_storage->replaceCharacters(range, replacement);
+    const auto kept = [&](qint64 offset) {
+        if (offset <= range.location)
+            return offset;
+        if (offset >= range.end())
+            return offset + replacement.size() - range.length;
+        return sameLineAndColumn(before, offset, string());
+    };
+    select(kept(anchor), {kept(caret), false}, Scroll::Stay);
+    didChangeText();
 }
 
 void TextView::finishUndo(TextRange selection)

@@ -90,6 +90,10 @@ public:
     void replaceCharacters(TextRange range, const Text &replacement);
     void didChangeText();
 
+    /// As these three at once, for a change that came from elsewhere. Where caret and selection lie
+    /// within the replaced range, they keep their line and column as far as there are such ones.
+    void takeIn(TextRange range, const Text &replacement);
+
     /// The places to mark in a stretch of the text, ascending. Asked at each paint, with the
     /// stretch that can be seen.
     using Marks = std::function<const std::vector<FindMatch> &(TextRange)>;

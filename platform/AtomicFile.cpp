@@ -4,6 +4,7 @@
 #include "platform/FileDescriptor.h"
 #include "platform/FileInPlace.h"
 #include "platform/FileWriter.h"
+#include "platform/SafeCopy.h"
 #include "platform/TemporaryFile.h"
 
 #include <QByteArray>
@@ -146,6 +147,7 @@ tl::expected<FileVersion, FileError> replaceResolved(const QByteArray &path,
     if (!old)
         return tl::unexpected(old.error());
     TemporaryFile::removeLeftovers(path);
+    SafeCopy::removeDispensable(path);
     const Request request{path, produce, isStillWanted, *old};
     // A new file would take one of the names only, and leave the others with the old text.
     const bool hasOtherNames = *old && (*old)->st_nlink > 1;

@@ -28,7 +28,7 @@ std::optional<FileVersion> FileVersion::of(const QString &path)
 {
     const auto name = systemPath(path);
     struct stat status = {};
-    if (!name || ::stat(name->constData(), &status) != 0)
+    if (!name || ::stat(name->constData(), &status) != 0 || !S_ISREG(status.st_mode))
         return std::nullopt;
     return versionOf(status);
 }

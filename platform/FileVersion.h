@@ -16,7 +16,8 @@ struct FileVersion
     qint64 size = 0;                ///< Bytes.
     qint64 modifiedNanoseconds = 0; ///< Since the epoch.
 
-    /// Of the file that `path` leads to; nothing where there is none.
+    /// Of the file that `path` leads to; nothing where there is none, or
+    /// something else than a file.
     [[nodiscard]] static std::optional<FileVersion> of(const QString &path);
 
     /// Of an open file; nothing where the system fails.

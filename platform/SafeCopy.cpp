@@ -128,6 +128,20 @@ void forEachAbandoned(const QByteArray &original,
     }
 }
 
+/// Calls `visit` for what processes that are gone left of this file: for the copies that nobody
+/// needs, or for the others. Nobody else takes them meanwhile.
+void forEachDispensable(const QByteArray &original,
+                        bool isDispensed,
+                        const std::function<void(const QByteArray &)> &visit)
+{
+    forEachAbandoned(original, [&](const QByteArray &path, int copy) {
+        const FileDescriptor file(uninterrupted(
+            [&] { return ::open(original.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); }));
+        if (isDispensable(copy, file.get()) == isDispensed)
+            visit(path);
+    });
+}
+
 /// One name, however the person came to the file.
 QByteArray canonical(const QByteArray &path)
 {
@@ -160,12 +174,14 @@ SafeCopy::~SafeCopy()
     ::rmdir(folderForOthers().constData()); // Nobody is to wonder about an empty folder.
 }
 
+void SafeCopy::removeDispensable(const QByteArray &file)
+{
+    forEachDispensable(
+        canonical(file), true, [](const QByteArray &path) { ::unlink(path.constData()); });
+}
+
 tl::expected<void, FileError> SafeCopy::make(int file)
 {
-    forEachAbandoned(m_original, [file](const QByteArray &path, int copy) {
-        if (isDispensable(copy, file))
-            ::unlink(path.constData());
-    });
     auto made = makeIn(folderOf(m_original), file);
     if (!made && made.error().kind == FileError::Kind::PermissionDenied) {
         const QByteArray folder = folderForOthers();
@@ -203,8 +219,10 @@ tl::expected<void, FileError> SafeCopy::makeIn(const QByteArray &folder, int fil
             break;
     }
     // Only now would it be found again after the power failed.
-    if (result && !synchroniseFolder(folder))
-        return systemError();
+    if (result && !synchroniseFolder(folder)) {
+        result = systemError();
+        ::unlink(std::exchange(m_path, {}).constData());
+    }
     return result;
 }
 
@@ -222,12 +240,8 @@ QStringList SafeCopy::left(const QString &file)
     const auto original = systemPath(file).map(canonical);
     if (!original)
         return paths;
-    forEachAbandoned(*original, [&](const QByteArray &path, int copy) {
-        const FileDescriptor present(uninterrupted(
-            [&] { return ::open(original->constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); }));
-        if (!present.isOpen() || !isDispensable(copy, present.get()))
-            paths << QFile::decodeName(path);
-    });
+    forEachDispensable(
+        *original, false, [&](const QByteArray &path) { paths << QFile::decodeName(path); });
     return paths;
 }
 

@@ -25,8 +25,7 @@ public:
     SafeCopy &operator=(const SafeCopy &) = delete;
     ~SafeCopy();
 
-    /// Copies what stands in `file` and waits until the copy is safe. First removes copies that an
-    /// earlier process left and that hold nothing but what the file holds.
+    /// Copies what stands in `file` and waits until the copy is safe.
     [[nodiscard]] tl::expected<void, FileError> make(int file);
 
     /// Makes the bytes of `file` those of the copy again. False where that failed.
@@ -34,6 +33,10 @@ public:
 
     /// From now on the copy stays: it holds what stands nowhere else.
     void keep() { m_path.clear(); }
+
+    /// Removes those copies of the file that processes which are gone left, and that hold nothing
+    /// but what it holds, or have done their work.
+    static void removeDispensable(const QByteArray &file);
 
     /// Absolute paths of the copies that processes which are gone left of this file, and that hold
     /// something else than it does: somebody was kept from finishing a save in place.

@@ -172,6 +172,9 @@ class SavingFaultsTest final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init();
+
+    void cleanup() { qunsetenv("TMPDIR"); }
 
     void eachCall_failing_leavesTheOldTextOrTheNew_data() { addWays(); }
 
@@ -331,8 +334,8 @@ void SavingFaultsTest::randomMoment_killed_leavesTheOldTextOrTheNew()
 {
     QFETCH(Way, way);
     using Clock = std::chrono::steady_clock;
-    const QByteArray old = bytes('o', 9'000'000);
-    const QByteArray fresh = bytes('n', 8'000'000);
+    const QByteArray old = bytes('o', 2'000'000);
+    const QByteArray fresh = bytes('n', 1'500'000);
     auto usual = std::chrono::microseconds::max();
     for (int attempt = 0; attempt < 3; ++attempt) {
         const Case undisturbed(way, old);

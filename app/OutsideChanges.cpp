@@ -1,0 +1,170 @@
+#include "app/OutsideChanges.h"
+
+#include "app/DocumentDialogs.h"
+#include "editor/TextDifference.h"
+#include "editor/TextView.h"
+#include "wording/WordingLookup.h"
+
+#include <QApplication>
+#include <QFileInfo>
+
+#include <chrono>
+#include <utility>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto kRetryInterval = 200ms;
+
+} // namespace
+
+OutsideChanges::OutsideChanges(TextDocument *document, EditorWindowController *controller)
+    : m_document(document)
+    , m_controller(controller)
+    , m_retry(this)
+{
+    m_retry.setSingleShot(true);
+    m_retry.setInterval(kRetryInterval);
+    connect(&m_retry, &QTimer::timeout, this, &OutsideChanges::settle);
+}
+
+OutsideChanges::~OutsideChanges()
+{
+    delete m_question;
+}
+
+void OutsideChanges::check()
+{
+    const bool isBusy = m_check != nullptr || m_finding || !m_question.isNull();
+    if (isBusy || m_document->filePath().isEmpty() ||
+        m_document->transfer() != TextDocument::Transfer::None) {
+        return;
+    }
+    m_base = m_document->fileVersion();
+    if (m_told && m_told->base != m_base) {
+        m_told.reset();
+    }
+    m_check = std::make_unique<FileCheck>(
+        m_document->filePath(), m_told ? m_told->state : m_base, nullptr);
+    connect(m_check.get(),
+            &FileCheck::finished,
+            this,
+            [this, path = m_document->filePath()](const FileFinding &finding) {
+                m_check.release()->deleteLater(); // It is the one that tells this.
+                if (path == m_document->filePath()) {
+                    take(finding);
+                }
+            });
+}
+
+void OutsideChanges::take(const FileFinding &finding)
+{
+    // Not over another question: whoever comes back to the window hears of it then.
+    if (finding.copies != m_copies && QApplication::activeModalWidget() == nullptr) {
+        m_copies = finding.copies;
+        dialogs::showInterruptedSave(m_controller->window(), m_document->filePath(), m_copies);
+    }
+    if (finding.kind != FileFinding::Kind::Same) {
+        m_finding = finding;
+        settle();
+    }
+}
+
+/// What is being composed was meant for the text as it is, and a question that comes over another
+/// one is answered by mistake.
+bool OutsideChanges::hasToWait() const
+{
+    const TextView *view = m_controller->textView();
+    return view == nullptr || view->hasMarkedText() || view->textStorage()->isGrouping() ||
+           QApplication::activeModalWidget() != nullptr || QApplication::activePopupWidget();
+}
+
+void OutsideChanges::settle()
+{
+    if (m_document->transfer() != TextDocument::Transfer::None ||
+        m_document->fileVersion() != m_base) {
+        m_finding.reset(); // A save came first, and has looked at the file itself.
+        return;
+    }
+    if (!m_controller->isInFront()) {
+        m_finding.reset(); // Coming forward again, it looks again.
+        return;
+    }
+    if (hasToWait()) {
+        m_retry.start();
+        return;
+    }
+    const FileFinding finding = *std::exchange(m_finding, std::nullopt);
+    switch (finding.kind) {
+    case FileFinding::Kind::Same:
+        break;
+    case FileFinding::Kind::Text:
+        takeText(finding.stored);
+        break;
+    case FileFinding::Kind::Missing:
+        keepOnly(wording::text(u"status.fileDeleted"_s,
+                               u"ファイルが削除または移動されました。保存すると再び作られます"_s),
+                 finding);
+        break;
+    case FileFinding::Kind::Unreadable:
+        keepOnly(wording::text(u"status.fileUnreadable"_s,
+                               u"ファイルが読めなくなりました。文書はそのまま残しています"_s),
+                 finding);
+        break;
+    }
+}
+
+void OutsideChanges::takeText(const StoredText &stored)
+{
+    if (stored.text == m_controller->textView()->string()) {
+        m_document->adoptFileText(stored);
+    } else if (!m_document->isEdited()) {
+        load(stored);
+    } else if (stored.text == m_document->savedText()) {
+        m_document->acceptFileVersion(stored.version); // Touched, or changed and changed back.
+    } else {
+        ask(stored);
+    }
+}
+
+void OutsideChanges::load(const StoredText &stored)
+{
+    TextView *view = m_controller->textView();
+    const TextDifference difference = differenceBetween(view->string(), stored.text);
+    view->takeIn(difference.range, difference.replacement);
+    m_document->adoptFileText(stored);
+    m_controller->showMacroMessage(
+        NotificationType::Info,
+        wording::text(u"status.reloaded"_s, u"ほかのプログラムによる変更を読み込みました"_s));
+}
+
+void OutsideChanges::ask(const StoredText &stored)
+{
+    m_told = Told{stored.version, m_base};
+    m_question = dialogs::askAboutOutsideChange(
+        m_controller->window(),
+        QFileInfo(m_document->filePath()).fileName(),
+        [this, stored](dialogs::OutsideAnswer answer) {
+            // Nothing can have been saved: the question lies over the window.
+            if (answer == dialogs::OutsideAnswer::LoadTheirs && m_controller->textView()) {
+                load(stored);
+            } else if (answer == dialogs::OutsideAnswer::KeepMine) {
+                m_document->acceptFileVersion(stored.version);
+                // No undo leads to what stands in the file now.
+                m_document->textStorage()->forgetSavePoint();
+            }
+        });
+}
+
+void OutsideChanges::keepOnly(const QString &message, const FileFinding &finding)
+{
+    m_told = Told{finding.stored.version, m_base};
+    m_document->textStorage()->forgetSavePoint();
+    m_controller->showMacroMessage(NotificationType::Warning, message);
+}
+
+} // namespace penwick

@@ -1,0 +1,487 @@
+#include "app/OutsideChanges.h"
+
+#include "app/DocumentController.h"
+#include "editor/TextView.h"
+#include "platform/TemporaryFile.h"
+#include "support/ModalAnswer.h"
+#include "support/TemporaryHome.h"
+
+#include <QFileDialog>
+#include <QInputMethodEvent>
+#include <QLineEdit>
+#include <QScrollBar>
+#include <QTest>
+
+#include <cstdio>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace penwick;
+using namespace Qt::StringLiterals;
+
+/// What other programs do to a file that is open here, through real files and windows.
+class OutsideChangesTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void change_uneditedText_followsTheFileAsOneStep();
+    void change_largeFile_isReadWhileTheWindowGoesOn();
+    void change_manyLines_keepsCaretAndScrolling();
+    void change_fileReplaced_isNoticedWhenTheWindowComesForward();
+    void change_editedText_keepMine_asksOncePerChange();
+    void change_editedText_loadTheirs_isOneStepBack();
+    void change_editedText_later_asksWhenSaving();
+    void change_duringTheQuestion_asksAgain();
+    void change_touchedOnly_asksNothing();
+    void change_sameEditElsewhere_countsAsSaved();
+    void change_duringAComposition_waitsForItsEnd();
+    void change_windowClosedMeanwhile_isForgotten();
+    void change_betweenCheckAndSave_asks();
+    void deleted_text_staysAndIsUnsaved();
+    void deleted_andRestored_isSavedAgain();
+    void deleted_save_writesItAgain();
+    void unreadable_text_staysAndIsUnsaved();
+    void keepMine_undoToTheOldText_staysUnsaved();
+    void readOnlyFile_save_offersAnotherPlace();
+    void readOnlyFile_closeAndSaveElsewhere_closes();
+    void interruptedSave_open_saysWhereTheTextIs();
+
+private:
+    [[nodiscard]] EditorWindowController *controller() const
+    {
+        return m_documents->windowControllers().first().get();
+    }
+
+    [[nodiscard]] TextDocument *document() const { return m_documents->documentOf(controller()); }
+
+    [[nodiscard]] TextView *view() const { return controller()->textView(); }
+
+    [[nodiscard]] QString text() const { return view()->string().toString(); }
+
+    [[nodiscard]] std::optional<QString> message() const
+    {
+        return controller()->documentState()->macroNotificationMessage();
+    }
+
+    void open(const QByteArray &content)
+    {
+        m_path = m_home->write(u"a.txt"_s, content);
+        QVERIFY(m_documents->openFile(m_path));
+        QTRY_VERIFY(view() != nullptr);
+    }
+
+    void type(const QString &text) const { QTest::keyClicks(view(), text); }
+
+    void check() const { m_documents->checkFileOnDisk(controller()); }
+
+    /// As another program does that writes into the file.
+    void change(const QByteArray &content) const { m_home->write(u"a.txt"_s, content); }
+
+    std::unique_ptr<test::TemporaryHome> m_home;
+    std::unique_ptr<DocumentController> m_documents;
+    QString m_path;
+};
+
+void OutsideChangesTest::init()
+{
+    m_home = std::make_unique<test::TemporaryHome>();
+    m_documents = std::make_unique<DocumentController>();
+}
+
+void OutsideChangesTest::cleanup()
+{
+    QCoreApplication::processEvents();
+    m_documents.reset();
+    m_home.reset();
+}
+
+void OutsideChangesTest::change_uneditedText_followsTheFileAsOneStep()
+{
+    open("one\r\ntwo\nthree");
+    change("one\r\nTWO and more\nthree");
+    check();
+    QTRY_COMPARE(text(), u"one\r\nTWO and more\nthree"_s);
+    QVERIFY(!document()->isEdited());
+    QTRY_COMPARE(message(), u"ほかのプログラムによる変更を読み込みました"_s);
+    QTRY_COMPARE(document()->contentString().toString(), text());
+    view()->undo();
+    QCOMPARE(text(), u"one\r\ntwo\nthree"_s);
+    QVERIFY(document()->isEdited());
+    QVERIFY(!document()->textStorage()->canUndo());
+    view()->redo();
+    QVERIFY(!document()->isEdited());
+    // The older text was asked for: saving it is no accident.
+    view()->undo();
+    QVERIFY(m_documents->saveDocument(controller()));
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("one\r\ntwo\nthree"));
+}
+
+void OutsideChangesTest::change_largeFile_isReadWhileTheWindowGoesOn()
+{
+    open("small");
+    QByteArray large(30'000'000, 'x');
+    large[20'000'000] = '\n';
+    change(large);
+    check();
+    QCOMPARE(text(), u"small"_s); // Nobody waited for it.
+    QTRY_COMPARE_WITH_TIMEOUT(view()->string().size(), qint64{30'000'000}, 20000);
+    QVERIFY(!document()->isEdited());
+}
+
+void OutsideChangesTest::change_manyLines_keepsCaretAndScrolling()
+{
+    QByteArray lines;
+    for (int i = 0; i < 1000; ++i) {
+        lines += "line " + QByteArray::number(i) + '\n';
+    }
+    open(lines);
+    const qint64 caret = view()->string().offsetAfterLineBreak(500) + 3;
+    view()->setSelectedRange({caret, 2});
+    view()->scrollTo(view()->string().offsetAfterLineBreak(490));
+    QVERIFY(!view()->visibleLines().empty());
+    const qint64 top = view()->visibleLines().front().number;
+    QVERIFY(top > 400);
+    // The first and the last line differ, so the replaced range is everything.
+    change("First" + lines.mid(4).chopped(4) + "end\n");
+    check();
+    QTRY_VERIFY(text().startsWith(u"First"_s));
+    QCOMPARE(view()->visibleLines().front().number, top);
+    const qint64 start = view()->string().offsetAfterLineBreak(500);
+    QCOMPARE(view()->selectedRange(), (TextRange{start + 3, 2}));
+}
+
+void OutsideChangesTest::change_fileReplaced_isNoticedWhenTheWindowComesForward()
+{
+    open("mine");
+    m_home->write(u"b.txt"_s, "theirs");
+    QCOMPARE(std::rename(qPrintable(m_home->file(u"b.txt"_s)), qPrintable(m_path)), 0);
+    QEvent activation(QEvent::WindowActivate);
+    QCoreApplication::sendEvent(controller()->window(), &activation);
+    QTRY_COMPARE(text(), u"theirs"_s);
+}
+
+void OutsideChangesTest::change_editedText_keepMine_asksOncePerChange()
+{
+    open("old");
+    type(u"x"_s);
+    change("theirs");
+    QString question;
+    {
+        const test::LaterAnswer answer([&](QWidget *modal) {
+            question = qobject_cast<QMessageBox *>(modal)->text();
+            test::buttonNamed(modal, u"自分の編集を残す"_s)->click();
+            return true;
+        });
+        check();
+        QTRY_VERIFY(answer.hasAnswered());
+    }
+    QCOMPARE(question, u"「a.txt」は、ほかのプログラムによって変更されています。"_s);
+    QCOMPARE(text(), u"xold"_s);
+    QVERIFY(document()->isEdited());
+    check();
+    QTest::qWait(300);
+    QVERIFY(QApplication::activeModalWidget() == nullptr);
+    // What was agreed to is agreed to.
+    QVERIFY(m_documents->saveDocument(controller()));
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("xold"));
+    // Another change is another question.
+    type(u"y"_s);
+    change("theirs again");
+    test::clickInModal(u"キャンセル"_s);
+    QVERIFY(!m_documents->saveDocument(controller()));
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("theirs again"));
+}
+
+void OutsideChangesTest::change_editedText_loadTheirs_isOneStepBack()
+{
+    open("old");
+    type(u"x"_s);
+    change("theirs");
+    const test::LaterAnswer answer([&](QWidget *modal) {
+        test::buttonNamed(modal, u"ファイルの内容を読み込む"_s)->click();
+        return true;
+    });
+    check();
+    QTRY_COMPARE(text(), u"theirs"_s);
+    QVERIFY(!document()->isEdited());
+    view()->undo();
+    QCOMPARE(text(), u"xold"_s);
+    QVERIFY(document()->isEdited());
+}
+
+void OutsideChangesTest::change_editedText_later_asksWhenSaving()
+{
+    open("old");
+    type(u"x"_s);
+    change("theirs");
+    {
+        const test::LaterAnswer answer([&](QWidget *modal) {
+            QTest::keyClick(modal, Qt::Key_Escape);
+            return true;
+        });
+        check();
+        QTRY_VERIFY(answer.hasAnswered());
+    }
+    check();
+    QTest::qWait(300);
+    QVERIFY(QApplication::activeModalWidget() == nullptr);
+    test::clickInModal(u"キャンセル"_s);
+    QVERIFY(!m_documents->saveDocument(controller()));
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("theirs"));
+    test::clickInModal(u"上書き保存"_s);
+    QVERIFY(m_documents->saveDocument(controller()));
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("xold"));
+}
+
+void OutsideChangesTest::change_duringTheQuestion_asksAgain()
+{
+    open("old");
+    type(u"x"_s);
+    change("theirs");
+    test::answerModal([&](QWidget *modal) {
+        change("theirs, and more of it");
+        test::clickInModal(u"キャンセル"_s);
+        test::buttonNamed(modal, u"上書き保存"_s)->click();
+    });
+    QVERIFY(!m_documents->saveDocument(controller()));
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("theirs, and more of it"));
+}
+
+void OutsideChangesTest::change_touchedOnly_asksNothing()
+{
+    open("old");
+    type(u"x"_s);
+    change("old");
+    QVERIFY(document()->fileChangedOnDisk());
+    check();
+    QTRY_VERIFY(!document()->fileChangedOnDisk());
+    QVERIFY(document()->isEdited());
+    change("old"); // Nobody looked before saving.
+    QVERIFY(m_documents->saveDocument(controller()));
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("xold"));
+    QVERIFY(!message());
+}
+
+void OutsideChangesTest::change_sameEditElsewhere_countsAsSaved()
+{
+    open("old");
+    type(u"x"_s);
+    change("xold");
+    check();
+    QTRY_VERIFY(!document()->isEdited());
+    QCOMPARE(text(), u"xold"_s);
+}
+
+void OutsideChangesTest::change_duringAComposition_waitsForItsEnd()
+{
+    open("old");
+    QInputMethodEvent composing(u"にほん"_s, {});
+    QCoreApplication::sendEvent(view(), &composing);
+    QVERIFY(view()->hasMarkedText());
+    change("theirs");
+    check();
+    QTest::qWait(500);
+    QVERIFY(view()->hasMarkedText());
+    QCOMPARE(text(), u"old"_s);
+    QInputMethodEvent over;
+    QCoreApplication::sendEvent(view(), &over);
+    QTRY_COMPARE(text(), u"theirs"_s);
+}
+
+void OutsideChangesTest::change_windowClosedMeanwhile_isForgotten()
+{
+    open("old");
+    change(QByteArray(5'000'000, 'x'));
+    check();
+    QVERIFY(controller()->window()->close());
+    QVERIFY(!m_documents->hasDocuments());
+    QTest::qWait(100);
+}
+
+void OutsideChangesTest::change_betweenCheckAndSave_asks()
+{
+    // Large enough for a transfer: the change comes while the new file is being written.
+    m_documents->setPatience({.directBytes = 1,
+                              .reading = std::chrono::milliseconds(0),
+                              .saving = std::chrono::milliseconds(0)});
+    open("old");
+    const TextRange all{0, view()->string().size()};
+    const Text text(QString(50'000'000, u'x'));
+    view()->shouldChangeText(all, text);
+    view()->replaceCharacters(all, text);
+    view()->didChangeText();
+    QVERIFY(m_documents->saveDocument(controller()));
+    QTRY_VERIFY(document()->transferPercent() > 0);
+    change("theirs");
+    const test::LaterAnswer answer([&](QWidget *modal) {
+        test::buttonNamed(modal, u"キャンセル"_s)->click();
+        return true;
+    });
+    QTRY_VERIFY(answer.hasAnswered());
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("theirs"));
+    QVERIFY(document()->isEdited());
+}
+
+void OutsideChangesTest::deleted_text_staysAndIsUnsaved()
+{
+    open("old");
+    QVERIFY(QFile::remove(m_path));
+    check();
+    QTRY_COMPARE(message(), u"ファイルが削除または移動されました。保存すると再び作られます"_s);
+    QVERIFY(document()->isEdited());
+    QVERIFY(controller()->window()->isWindowModified());
+    QCOMPARE(text(), u"old"_s);
+    // Told once.
+    controller()->documentState()->setMacroNotificationMessage(std::nullopt);
+    check();
+    QTest::qWait(300);
+    QVERIFY(!message());
+}
+
+void OutsideChangesTest::deleted_andRestored_isSavedAgain()
+{
+    open("old");
+    const QString away = m_home->file(u"away.txt"_s);
+    QVERIFY(QFile::rename(m_path, away));
+    check();
+    QTRY_VERIFY(document()->isEdited());
+    QVERIFY(QFile::rename(away, m_path));
+    check();
+    QTRY_VERIFY(!document()->isEdited());
+}
+
+void OutsideChangesTest::deleted_save_writesItAgain()
+{
+    open("old");
+    QVERIFY(QFile::remove(m_path));
+    check();
+    QTRY_VERIFY(document()->isEdited());
+    QVERIFY(m_documents->saveDocument(controller()));
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("old"));
+    QVERIFY(!document()->isEdited());
+}
+
+void OutsideChangesTest::unreadable_text_staysAndIsUnsaved()
+{
+    open("old");
+    change("\xFF\xFE no text");
+    check();
+    QTRY_COMPARE(message(), u"ファイルが読めなくなりました。文書はそのまま残しています"_s);
+    QVERIFY(document()->isEdited());
+    QCOMPARE(text(), u"old"_s);
+    // Told once, but never written over in silence.
+    controller()->documentState()->setMacroNotificationMessage(std::nullopt);
+    check();
+    QTest::qWait(300);
+    QVERIFY(!message());
+    test::clickInModal(u"キャンセル"_s);
+    QVERIFY(!m_documents->saveDocument(controller()));
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("\xFF\xFE no text"));
+}
+
+void OutsideChangesTest::keepMine_undoToTheOldText_staysUnsaved()
+{
+    open("old");
+    type(u"x"_s);
+    change("theirs");
+    const test::LaterAnswer answer([&](QWidget *modal) {
+        test::buttonNamed(modal, u"自分の編集を残す"_s)->click();
+        return true;
+    });
+    check();
+    QTRY_VERIFY(answer.hasAnswered());
+    view()->undo();
+    QCOMPARE(text(), u"old"_s);
+    QVERIFY(document()->isEdited());
+}
+
+void OutsideChangesTest::readOnlyFile_save_offersAnotherPlace()
+{
+    open("old");
+    type(u"x"_s);
+    QVERIFY(QFile::setPermissions(m_path, QFile::ReadOwner));
+    const bool isRoot = ::geteuid() == 0;
+    const QString other = m_home->file(u"other.txt"_s);
+    QCOMPARE(::chmod(qPrintable(m_home->path()), 0777), 0);
+    if (isRoot && ::seteuid(65534) != 0) {
+        QFAIL("No other user can be taken on.");
+    }
+    QString told;
+    test::answerModal([&](QWidget *modal) {
+        told = qobject_cast<QMessageBox *>(modal)->text();
+        test::answerModal([&](QWidget *files) {
+            files->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(other);
+            QMetaObject::invokeMethod(files, "accept");
+        });
+        test::buttonNamed(modal, u"別名で保存…"_s)->click();
+    });
+    const bool isSaved = m_documents->saveDocument(controller());
+    if (isRoot && ::seteuid(0) != 0) {
+        QFAIL("The user cannot be taken back.");
+    }
+    QVERIFY(isSaved);
+    QCOMPARE(told, u"このファイルには書き込めません"_s);
+    QCOMPARE(m_home->read(u"other.txt"_s), QByteArray("xold"));
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("old"));
+    QCOMPARE(document()->filePath(), other);
+    QVERIFY(!document()->isEdited());
+}
+
+void OutsideChangesTest::readOnlyFile_closeAndSaveElsewhere_closes()
+{
+    open("old");
+    type(u"x"_s);
+    QVERIFY(QFile::setPermissions(m_path, QFile::ReadOwner));
+    QCOMPARE(::chmod(qPrintable(m_home->path()), 0777), 0);
+    const bool isRoot = ::geteuid() == 0;
+    if (isRoot && ::seteuid(65534) != 0) {
+        QFAIL("No other user can be taken on.");
+    }
+    const QString other = m_home->file(u"other.txt"_s);
+    test::answerModal([&](QWidget *question) {
+        test::answerModal([&](QWidget *modal) {
+            test::answerModal([&](QWidget *files) {
+                files->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(other);
+                QMetaObject::invokeMethod(files, "accept");
+            });
+            test::buttonNamed(modal, u"別名で保存…"_s)->click();
+        });
+        test::buttonNamed(question, u"保存"_s)->click();
+    });
+    const bool isClosed = controller()->window()->close();
+    if (isRoot && ::seteuid(0) != 0) {
+        QFAIL("The user cannot be taken back.");
+    }
+    QVERIFY(isClosed);
+    QCOMPARE(m_home->read(u"other.txt"_s), QByteArray("xold"));
+}
+
+void OutsideChangesTest::interruptedSave_open_saysWhereTheTextIs()
+{
+    m_path = m_home->write(u"a.txt"_s, "half wri");
+    // The name that a copy of this file gets.
+    const QByteArray path = QFile::encodeName(QFileInfo(m_path).canonicalFilePath());
+    const QString copy =
+        m_home->write(QFile::decodeName("a.txt.penwick-" + digestOf(path, 4) + "-0.bak"), "whole");
+    QString message;
+    QString information;
+    const test::LaterAnswer answer([&](QWidget *modal) {
+        const auto *box = qobject_cast<QMessageBox *>(modal);
+        message = box->text();
+        information = box->informativeText();
+        test::buttonNamed(modal, u"OK"_s)->click();
+        return true;
+    });
+    QVERIFY(m_documents->openFile(m_path));
+    check();
+    QTRY_VERIFY(answer.hasAnswered());
+    QCOMPARE(message, u"「a.txt」の前回の保存は、途中で中断されました。"_s);
+    QVERIFY2(information.contains(copy), qPrintable(information));
+    QCOMPARE(text(), u"half wri"_s);
+}
+
+QTEST_MAIN(OutsideChangesTest)
+#include "OutsideChangesTest.moc"
