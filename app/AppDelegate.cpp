@@ -84,6 +84,8 @@ void AppDelegate::applicationDidFinishLaunching(const std::optional<OpenRequest>
     QMetaObject::invokeMethod(this, &AppDelegate::rebuildMacroMenus, Qt::QueuedConnection);
     NotificationCenter::defaultCenter().addObserver(
         UIWordingProfileDidChange, this, [this] { handleProfileDidChange(); });
+    connect(&m_signals, &TerminationSignals::received, this, &AppDelegate::quitOnSignal);
+    m_rescue.emplace(&m_documents);
     connect(qApp, &QGuiApplication::commitDataRequest, this, &AppDelegate::commitSession);
     // Whoever comes back to penwick may have edited its files elsewhere.
     connect(qApp, &QGuiApplication::applicationStateChanged, this, [](Qt::ApplicationState state) {
@@ -350,6 +352,23 @@ void AppDelegate::terminate()
     if (m_documents.closeAll() && m_requests.finish()) {
         QCoreApplication::exit(0);
     }
+}
+
+/// As when the person quits. Whoever insists, while the question about it or another one is open,
+/// is not kept waiting for its answer.
+void AppDelegate::quitOnSignal(int signalNumber)
+{
+    QWidget *dialog = QApplication::activeModalWidget();
+    const bool insists = m_isQuittingOnSignal || (dialog != nullptr && dialog == m_signalledDialog);
+    if (insists) {
+        constexpr int kEndedBySignal = 128; // As shells have it.
+        QCoreApplication::exit(kEndedBySignal + signalNumber);
+        return;
+    }
+    m_isQuittingOnSignal = true;
+    terminate();
+    m_isQuittingOnSignal = false;
+    m_signalledDialog = QApplication::activeModalWidget();
 }
 
 void AppDelegate::commitSession(QSessionManager &manager)

@@ -5,19 +5,23 @@
 #include "app/MacroLauncher.h"
 #include "app/MenuBar.h"
 #include "app/OpenRequests.h"
+#include "app/UnsavedTextRescue.h"
 #include "app/UpdaterController.h"
 #include "app/WordingTranslator.h"
 #include "controls/FilePanels.h"
 #include "controls/FocusRing.h"
 #include "macro/library/MacroManagerWindowController.h"
+#include "platform/TerminationSignals.h"
 #include "platform/Timestamp.h"
 #include "wording/ProfileManagerWindowController.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QStringList>
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 class QSessionManager;
 
@@ -95,6 +99,7 @@ private:
     void windowDidBecomeMain(QWidget *window);
     void prepareWindow(EditorWindow *window);
     void currentTabDidChange(EditorWindow *window);
+    void quitOnSignal(int signalNumber);
     void commitSession(QSessionManager &manager);
     void prepareScriptHost();
     void reportMissingWalls(int patience);
@@ -114,6 +119,10 @@ private:
     FileDrop m_fileDrop;
     DefaultButtonFocus m_defaultButtonFocus;
     MacroLauncher m_launcher;
+    TerminationSignals m_signals;
+    std::optional<UnsavedTextRescue> m_rescue;
+    bool m_isQuittingOnSignal = false;
+    QPointer<QWidget> m_signalledDialog; // What a signal to quit found open.
     std::unique_ptr<UpdaterController> m_updaterController;
     std::unique_ptr<MacroManagerWindowController> m_macroManager;
     std::unique_ptr<ProfileManagerWindowController> m_profileManager;

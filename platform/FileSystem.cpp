@@ -151,6 +151,11 @@ tl::expected<void, FileError> createFolder(const QString &path)
     return {};
 }
 
+void makeNewFilesPrivate()
+{
+    ::umask(S_IRWXG | S_IRWXO);
+}
+
 tl::expected<QStringList, FileError> folderEntries(const QString &path)
 {
     const auto name = systemPath(path);

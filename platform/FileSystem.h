@@ -33,6 +33,9 @@ using TakeBytes = std::function<bool(QByteArrayView)>;
 /// Creates a folder and the folders on the way to it. A folder that exists is success.
 [[nodiscard]] tl::expected<void, FileError> createFolder(const QString &path);
 
+/// From now on, files that this process makes can be read and written by their owner only.
+void makeNewFilesPrivate();
+
 /// Names of everything in a folder, hidden ones too, in ascending byte order.
 [[nodiscard]] tl::expected<QStringList, FileError> folderEntries(const QString &path);
 

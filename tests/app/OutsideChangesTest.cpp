@@ -398,32 +398,55 @@ void OutsideChangesTest::keepMine_undoToTheOldText_staysUnsaved()
     QVERIFY(document()->isEdited());
 }
 
+/// Does the work as somebody who may not write into others' files.
+template <typename Work> bool asNobody(Work work)
+{
+    const bool isRoot = ::geteuid() == 0;
+    if (isRoot && ::seteuid(65534) != 0) {
+        return false;
+    }
+    const bool done = work();
+    return (!isRoot || ::seteuid(0) == 0) && done;
+}
+
+/// Answers what comes up by the button of each label, and the file dialog by a path.
+std::function<bool(QWidget *)>
+answering(const QStringList &labels, const QString &path, QStringList &messages)
+{
+    return [labels, path, &messages](QWidget *modal) {
+        if (const auto *box = qobject_cast<QMessageBox *>(modal)) {
+            for (const QString &label : labels) {
+                if (QPushButton *button = test::buttonNamed(modal, label)) {
+                    messages << box->text();
+                    button->click();
+                    return false; // There is more to come.
+                }
+            }
+        }
+        if (auto *dialog = qobject_cast<QFileDialog *>(modal)) {
+            // The dialog asks the system as the user who started the process.
+            if (::getuid() == 0 && ::seteuid(0) != 0) {
+                return true;
+            }
+            dialog->selectFile(path);
+            QMetaObject::invokeMethod(dialog, "accept");
+            return true;
+        }
+        return false;
+    };
+}
+
 void OutsideChangesTest::readOnlyFile_save_offersAnotherPlace()
 {
     open("old");
     type(u"x"_s);
-    QVERIFY(QFile::setPermissions(m_path, QFile::ReadOwner));
-    const bool isRoot = ::geteuid() == 0;
-    const QString other = m_home->file(u"other.txt"_s);
+    QCOMPARE(::chmod(qPrintable(m_path), 0444), 0);
     QCOMPARE(::chmod(qPrintable(m_home->path()), 0777), 0);
-    if (isRoot && ::seteuid(65534) != 0) {
-        QFAIL("No other user can be taken on.");
-    }
-    QString told;
-    test::answerModal([&](QWidget *modal) {
-        told = qobject_cast<QMessageBox *>(modal)->text();
-        test::answerModal([&](QWidget *files) {
-            files->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(other);
-            QMetaObject::invokeMethod(files, "accept");
-        });
-        test::buttonNamed(modal, u"別名で保存…"_s)->click();
-    });
-    const bool isSaved = m_documents->saveDocument(controller());
-    if (isRoot && ::seteuid(0) != 0) {
-        QFAIL("The user cannot be taken back.");
-    }
-    QVERIFY(isSaved);
-    QCOMPARE(told, u"このファイルには書き込めません"_s);
+    const QString other = m_home->file(u"other.txt"_s);
+    QStringList told;
+    const test::LaterAnswer answer(answering({u"別名で保存…"_s}, other, told));
+    QVERIFY(asNobody([&] { return m_documents->saveDocument(controller()); }));
+    QCOMPARE(told, QStringList{u"このファイルには書き込めません"_s});
     QCOMPARE(m_home->read(u"other.txt"_s), QByteArray("xold"));
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("old"));
     QCOMPARE(document()->filePath(), other);
@@ -434,28 +457,13 @@ void OutsideChangesTest::readOnlyFile_closeAndSaveElsewhere_closes()
 {
     open("old");
     type(u"x"_s);
-    QVERIFY(QFile::setPermissions(m_path, QFile::ReadOwner));
+    QCOMPARE(::chmod(qPrintable(m_path), 0444), 0);
     QCOMPARE(::chmod(qPrintable(m_home->path()), 0777), 0);
-    const bool isRoot = ::geteuid() == 0;
-    if (isRoot && ::seteuid(65534) != 0) {
-        QFAIL("No other user can be taken on.");
-    }
     const QString other = m_home->file(u"other.txt"_s);
-    test::answerModal([&](QWidget *question) {
-        test::answerModal([&](QWidget *modal) {
-            test::answerModal([&](QWidget *files) {
-                files->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(other);
-                QMetaObject::invokeMethod(files, "accept");
-            });
-            test::buttonNamed(modal, u"別名で保存…"_s)->click();
-        });
-        test::buttonNamed(question, u"保存"_s)->click();
-    });
-    const bool isClosed = controller()->window()->close();
-    if (isRoot && ::seteuid(0) != 0) {
-        QFAIL("The user cannot be taken back.");
-    }
-    QVERIFY(isClosed);
+    QStringList told;
+    const test::LaterAnswer answer(answering({u"別名で保存…"_s, u"保存"_s}, other, told));
+    QVERIFY(asNobody([&] { return m_documents->closeDocument(controller()); }));
+    QCOMPARE(told.size(), 2);
     QCOMPARE(m_home->read(u"other.txt"_s), QByteArray("xold"));
 }
 

@@ -29,6 +29,7 @@ private Q_SLOTS:
     void saving_stateThrownAwayMeanwhile_staysModified();
     void saving_replacedMeanwhile_staysModified();
     void saving_failed_keepsTheFormerSavePoint();
+    void forgetSavePoint_everyState_isModifiedUntilSaved();
     void saving_typingGoesOn_isAStepOfItsOwn();
     void typingAfterSave_startsNewStep();
     void deletionsThatInsert_areStepsOfTheirOwn();
@@ -198,6 +199,24 @@ void TextStorageTest::saving_replacedMeanwhile_staysModified()
     storage.beginSaving();
     storage.setText(Text(u"from outside"));
     storage.endSaving(true);
+    QVERIFY(storage.isModified());
+    storage.setSavePoint();
+    QVERIFY(!storage.isModified());
+}
+
+void TextStorageTest::forgetSavePoint_everyState_isModifiedUntilSaved()
+{
+    TextStorage storage;
+    storage.setText(Text(u"a"));
+    storage.replaceCharacters({0, 0}, Text(u"b"));
+    storage.setSavePoint();
+    const QSignalSpy modified(&storage, &TextStorage::modifiedChanged);
+    storage.forgetSavePoint();
+    QVERIFY(storage.isModified());
+    QCOMPARE(modified.count(), 1);
+    storage.undo();
+    QVERIFY(storage.isModified());
+    storage.redo();
     QVERIFY(storage.isModified());
     storage.setSavePoint();
     QVERIFY(!storage.isModified());

@@ -47,6 +47,7 @@ class Session:
         self._input_method = input_method
         self._size = f"{width}x{height}x24"
         self._processes = []
+        self._display = None
         self.home = None
         self.environment = None
 
@@ -83,6 +84,11 @@ class Session:
         )
         self._processes.append(process)
         return process
+
+    def lose_display(self):
+        """Ends the X server under the programs that are connected to it, as when it crashes."""
+        self._display.kill()
+        self._display.wait()
 
     def run(self, *command):
         """Runs a program to its end and returns what it wrote to standard output."""
@@ -144,7 +150,7 @@ class Session:
     def _start_display(self):
         # The server picks a free display number by itself, so sessions can run side by side.
         reader, writer = os.pipe()
-        self.start(
+        self._display = self.start(
             "Xvfb",
             "-displayfd",
             writer,

@@ -1,0 +1,80 @@
+#include "platform/TerminationSignals.h"
+
+#include <QSocketNotifier>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace penwick {
+
+namespace {
+
+constexpr std::array kSignals{SIGTERM, SIGHUP, SIGINT};
+
+/// Written to by the handler, which may do hardly anything else: one byte for each signal.
+std::array<int, 2> g_pipe{-1, -1};
+
+void pass(int signalNumber)
+{
+    const int problem = errno;
+    const char byte = static_cast<char>(signalNumber);
+    // Where the pipe is full, there is enough to tell already.
+    [[maybe_unused]] const auto written = ::write(g_pipe[1], &byte, 1);
+    errno = problem;
+}
+
+void setHandlers(void (*handler)(int))
+{
+    for (const int number : kSignals) {
+        struct sigaction action = {};
+        ::sigaction(number, nullptr, &action);
+        // nohup and shells without job control have them ignored, and mean it.
+        if (action.sa_handler == SIG_IGN) {
+            continue;
+        }
+        action = {};
+        action.sa_handler = handler;
+        action.sa_flags = SA_RESTART;
+        ::sigaction(number, &action, nullptr);
+    }
+}
+
+} // namespace
+
+TerminationSignals::TerminationSignals(QObject *parent)
+    : QObject(parent)
+{
+    Q_ASSERT(g_pipe[0] < 0);
+    if (::pipe2(g_pipe.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
+        return; // Then they end the process at once, as everywhere.
+    }
+    auto *notifier = new QSocketNotifier(g_pipe[0], QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, &TerminationSignals::takeNext);
+    setHandlers(pass);
+}
+
+TerminationSignals::~TerminationSignals()
+{
+    if (g_pipe[0] < 0) {
+        return;
+    }
+    setHandlers(SIG_DFL);
+    ::close(g_pipe[0]);
+    ::close(g_pipe[1]);
+    g_pipe = {-1, -1};
+}
+
+void TerminationSignals::takeNext()
+{
+    char byte = 0;
+    while (::read(g_pipe[0], &byte, 1) == 1) {
+        // Later, for whoever hears of it may ask, and stay in an event loop until that is answered.
+        QMetaObject::invokeMethod(
+            this, [this, byte] { Q_EMIT received(byte); }, Qt::QueuedConnection);
+    }
+}
+
+} // namespace penwick

@@ -1,0 +1,120 @@
+#include "app/UnsavedTextRescue.h"
+
+#include "app/DocumentController.h"
+#include "editor/TextView.h"
+#include "platform/TerminationSignals.h"
+#include "support/TemporaryHome.h"
+
+#include <QDir>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <chrono>
+#include <csignal>
+#include <sys/stat.h>
+
+using namespace penwick;
+using namespace Qt::StringLiterals;
+
+/// The ends of the process that nobody planned.
+class UnsavedTextRescueTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+
+    void init() { m_mask = ::umask(022); }
+
+    void cleanup() { ::umask(m_mask); }
+
+    void place_namesThatAreTaken_isTheNextFree()
+    {
+        const test::TemporaryHome home;
+        const QString file = home.file(u"a.txt"_s);
+        QCOMPARE(placeForUnsavedText(file, home.path()), home.file(u"a.txt.unsaved"_s));
+        QCOMPARE(placeForUnsavedText({}, home.path()), home.file(u"untitled.txt.unsaved"_s));
+        home.write(u"a.txt.unsaved"_s, "");
+        QVERIFY(QFile::link(u"nowhere"_s, home.file(u"a.txt.unsaved-2"_s)));
+        QCOMPARE(placeForUnsavedText(file, home.path()), home.file(u"a.txt.unsaved-3"_s));
+    }
+
+    void run_documents_keepsWhatIsUnsavedOnly()
+    {
+        const test::TemporaryHome home;
+        DocumentController documents;
+        documents.openFile(home.write(u"same.txt"_s, "same"));
+        documents.openFile(home.write(u"edited.txt"_s, "old"));
+        const auto edited = documents.windowControllers().last();
+        QTest::keyClicks(edited->textView(), u"x"_s);
+        UnsavedTextRescue rescue(&documents);
+        rescue.run();
+        QCOMPARE(home.read(u"edited.txt.unsaved"_s), QByteArray("xold"));
+        QCOMPARE(home.read(u"edited.txt"_s), QByteArray("old"));
+        QCOMPARE(QDir(home.path()).entryList(QDir::Files | QDir::Hidden),
+                 (QStringList{u"edited.txt"_s, u"edited.txt.unsaved"_s, u"same.txt"_s}));
+        struct stat status = {};
+        QCOMPARE(::stat(qPrintable(home.file(u"edited.txt.unsaved"_s)), &status), 0);
+        QCOMPARE(status.st_mode & ALLPERMS, 0600U);
+    }
+
+    void run_saveUnderWay_finishesIt()
+    {
+        const test::TemporaryHome home;
+        DocumentController documents;
+        documents.setPatience({.directBytes = 1,
+                               .reading = std::chrono::milliseconds(5000),
+                               .saving = std::chrono::milliseconds(0)});
+        documents.openFile(home.write(u"a.txt"_s, QByteArray(20'000'000, 'x')));
+        const auto controller = documents.windowControllers().last();
+        QTest::keyClicks(controller->textView(), u"y"_s);
+        QVERIFY(documents.saveDocument(controller.get()));
+        QVERIFY(documents.documentOf(controller.get())->isWriting());
+        UnsavedTextRescue rescue(&documents);
+        rescue.run();
+        QCOMPARE(home.read(u"a.txt"_s).size(), 20'000'001);
+        QCOMPARE(QDir(home.path()).entryList(QDir::Files | QDir::Hidden), QStringList{u"a.txt"_s});
+    }
+
+    void run_folderIsGone_usesTheHomeFolder()
+    {
+        const test::TemporaryHome home;
+        DocumentController documents;
+        documents.openFile(home.write(u"folder/a.txt"_s, "old"));
+        const auto controller = documents.windowControllers().last();
+        QTest::keyClicks(controller->textView(), u"x"_s);
+        QVERIFY(QDir(home.file(u"folder"_s)).removeRecursively());
+        UnsavedTextRescue rescue(&documents);
+        rescue.run();
+        QCOMPARE(home.read(u"untitled.txt.unsaved"_s), QByteArray("xold"));
+    }
+
+    void signals_raised_areToldInAnEvent()
+    {
+        TerminationSignals signals;
+        const QSignalSpy spy(&signals, &TerminationSignals::received);
+        ::raise(SIGTERM);
+        ::raise(SIGHUP);
+        QCOMPARE(spy.count(), 0);
+        QTRY_COMPARE(spy.count(), 2);
+        QCOMPARE(spy.at(0).at(0).toInt(), SIGTERM);
+        QCOMPARE(spy.at(1).at(0).toInt(), SIGHUP);
+    }
+
+    void signals_ignoredBefore_stayIgnored()
+    {
+        ::signal(SIGHUP, SIG_IGN);
+        TerminationSignals signals;
+        const QSignalSpy spy(&signals, &TerminationSignals::received);
+        ::raise(SIGHUP);
+        ::raise(SIGTERM);
+        QTRY_COMPARE(spy.count(), 1);
+        QCOMPARE(spy.at(0).at(0).toInt(), SIGTERM);
+        ::signal(SIGHUP, SIG_DFL);
+    }
+
+private:
+    mode_t m_mask = 0;
+};
+
+QTEST_MAIN(UnsavedTextRescueTest)
+#include "UnsavedTextRescueTest.moc"
