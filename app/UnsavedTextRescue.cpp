@@ -19,11 +19,11 @@ using namespace std::chrono_literals;
 
 namespace {
 
-UnsavedTextRescue *g_current = nullptr;
+UnsavedTextRescue *currentRescue = nullptr;
 
 void runCurrent()
 {
-    if (UnsavedTextRescue *current = std::exchange(g_current, nullptr)) {
+    if (UnsavedTextRescue *current = std::exchange(currentRescue, nullptr)) {
         current->run();
     }
 }
@@ -50,14 +50,14 @@ QString placeForUnsavedText(const QString &filePath, const QString &home)
 UnsavedTextRescue::UnsavedTextRescue(DocumentController *documents)
     : m_documents(documents)
 {
-    g_current = this;
+    currentRescue = this;
     static const bool kIsRegistered = std::atexit(runCurrent) == 0;
     static_cast<void>(kIsRegistered);
 }
 
 UnsavedTextRescue::~UnsavedTextRescue()
 {
-    g_current = nullptr;
+    currentRescue = nullptr;
 }
 
 void UnsavedTextRescue::run()
