@@ -16,6 +16,7 @@
 #include "wording/ProfileManagerWindowController.h"
 
 #include <QAbstractButton>
+#include <QLabel>
 #include <QLineEdit>
 #include <QStyle>
 #include <QStyleFactory>
@@ -211,11 +212,15 @@ QImage pictureOf(const Scene &scene)
     return picture;
 }
 
-QRect frameIn(const QWidget *widget, const QWidget *window)
+/// The part of a picture of the window that the widget and a frame around it take.
+QImage partOf(const QImage &picture, const QWidget *widget)
 {
     constexpr int kAround = 4; // A style may draw the focus around the widget.
-    const QRect own(widget->mapTo(window, QPoint()), widget->size());
-    return own.adjusted(-kAround, -kAround, kAround, kAround).intersected(window->rect());
+    const QRectF own(widget->mapTo(widget->window(), QPoint()), widget->size());
+    const QRectF frame = own.adjusted(-kAround, -kAround, kAround, kAround);
+    const qreal scale = picture.devicePixelRatio();
+    const QRectF pixels(frame.topLeft() * scale, frame.size() * scale);
+    return picture.copy(pixels.toAlignedRect().intersected(picture.rect()));
 }
 
 /// Everything in `window` that Tab reaches.
@@ -255,6 +260,10 @@ private Q_SLOTS:
     void palette_switchedWhileRunning_looksAsIfStartedWithIt();
     void focus_anywhere_isVisible_data();
     void focus_anywhere_isVisible();
+
+    void texts_ofButtonsAndLabels_areWhole_data() { nameScenes(); }
+
+    void texts_ofButtonsAndLabels_areWhole();
 
 private:
     std::unique_ptr<DefaultButtonFocus> m_defaultButtonFocus;
@@ -327,11 +336,34 @@ void LookTest::focus_anywhere_isVisible()
         const QImage with = pictureOf(*shown);
         stop->clearFocus();
         const QImage without = pictureOf(*shown);
-        const QRect frame = frameIn(stop, window);
-        if (with.copy(frame) == without.copy(frame))
+        if (partOf(with, stop) == partOf(without, stop))
             unseen.append(describe(stop));
     }
     QVERIFY2(unseen.isEmpty(), qPrintable(unseen.join(u", "_s)));
+}
+
+/// Also run at other scales, see CMakeLists.txt.
+void LookTest::texts_ofButtonsAndLabels_areWhole()
+{
+    QFETCH(const QString, scene);
+    QApplication::setPalette(lightPalette());
+    const auto shown = makeScene(scene);
+    QVERIFY(QTest::qWaitForWindowActive(shown->window()));
+    int count = 0;
+    QStringList clipped;
+    for (const QWidget *widget : shown->window()->findChildren<QWidget *>()) {
+        const auto *button = qobject_cast<const QAbstractButton *>(widget);
+        const bool hasText = (button != nullptr && !button->text().isEmpty()) ||
+                             qobject_cast<const QLabel *>(widget) != nullptr;
+        if (!hasText || !widget->isVisible())
+            continue;
+        ++count;
+        const QSize least = widget->minimumSizeHint();
+        if (widget->width() < least.width() || widget->height() < least.height())
+            clipped.append(describe(widget));
+    }
+    QVERIFY(count > 1);
+    QVERIFY2(clipped.isEmpty(), qPrintable(clipped.join(u", "_s)));
 }
 
 QTEST_MAIN(LookTest)
