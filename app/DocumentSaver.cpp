@@ -56,26 +56,21 @@ bool DocumentSaver::write(const QString &path)
 /// What can be done about a save that failed. True when that led to one.
 bool DocumentSaver::recover(const DocumentError &error)
 {
-    switch (error.fileErrorKind) {
-    case FileError::Kind::Changed: {
-        // The very state that is asked about: one that comes during the question is another.
-        const std::optional<FileVersion> version = FileVersion::of(m_path);
-        if (!mayReplace(version)) {
-            return false;
-        }
-        m_document->acceptFileVersion(version);
-        return write(m_path);
+    if (error.fileErrorKind == FileError::Kind::PermissionDenied && m_saveElsewhere) {
+        return dialogs::offerToSaveElsewhere(m_controller->window(), m_path, error) &&
+               m_saveElsewhere();
     }
-    case FileError::Kind::PermissionDenied:
-        if (m_saveElsewhere) {
-            return dialogs::offerToSaveElsewhere(m_controller->window(), m_path, error) &&
-                   m_saveElsewhere();
-        }
-        [[fallthrough]];
-    default:
+    if (error.fileErrorKind != FileError::Kind::Changed) {
         dialogs::showSaveError(m_controller->window(), m_path, error);
         return false;
     }
+    // The very state that is asked about: one that comes during the question is another.
+    const std::optional<FileVersion> version = FileVersion::of(m_path);
+    if (!mayReplace(version)) {
+        return false;
+    }
+    m_document->acceptFileVersion(version);
+    return write(m_path);
 }
 
 bool DocumentSaver::mayReplace(const std::optional<FileVersion> &version) const

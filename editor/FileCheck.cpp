@@ -9,14 +9,12 @@
 
 namespace penwick {
 
-using namespace std::chrono_literals;
-
 FileFinding
 lookAtFile(const QString &path, const std::optional<FileVersion> &known, TransferProgress &progress)
 {
     // Whoever writes a file bit by bit is given some time to get it done.
     constexpr int kAttempts = 10;
-    constexpr auto kPause = 50ms;
+    constexpr std::chrono::milliseconds kPause{50};
     FileFinding finding;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         finding = {};
@@ -48,6 +46,18 @@ struct FileCheck::Shared
     std::mutex mutex; // Held while the owner is told, so that it is not gone by then.
     FileCheck *owner = nullptr;
     TransferProgress progress;
+
+    void tell(const FileFinding &finding)
+    {
+        const std::lock_guard lock(mutex);
+        if (owner == nullptr) {
+            return;
+        }
+        QMetaObject::invokeMethod(
+            owner,
+            [told = owner, finding] { Q_EMIT told->finished(finding); },
+            Qt::QueuedConnection);
+    }
 };
 
 FileCheck::FileCheck(const QString &path, const std::optional<FileVersion> &known, QObject *parent)
@@ -58,12 +68,7 @@ FileCheck::FileCheck(const QString &path, const std::optional<FileVersion> &know
     const auto run = [shared = m_shared, path, known] {
         FileFinding finding = lookAtFile(path, known, shared->progress);
         finding.copies = SafeCopy::left(path);
-        const std::lock_guard lock(shared->mutex);
-        FileCheck *owner = shared->owner;
-        if (owner != nullptr) {
-            QMetaObject::invokeMethod(
-                owner, [owner, finding] { Q_EMIT owner->finished(finding); }, Qt::QueuedConnection);
-        }
+        shared->tell(finding);
     };
     try {
         std::thread(run).detach();
