@@ -20,6 +20,15 @@ Fork forkIntoBackground()
     return Fork::Child;
 }
 
+void fillStandardStreams()
+{
+    // In this order, for the system gives the lowest number that is free.
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(stream, F_GETFD) < 0)
+            static_cast<void>(uninterrupted([] { return ::open("/dev/null", O_WRONLY); }));
+    }
+}
+
 void leaveStandardStreams()
 {
     std::fflush(nullptr);

@@ -9,6 +9,11 @@ enum class Fork { Parent, Child, Failed };
 /// process has one thread and no window.
 [[nodiscard]] Fork forkIntoBackground();
 
+/// Opens those standard streams that whoever started the program closed, to nothing: reading fails,
+/// and what is written is gone. Else the next file or socket that is opened would pass for such a
+/// stream, and take in its lines. For the very start of the program.
+void fillStandardStreams();
+
 /// Lets go of the standard streams, so that nobody waits for what comes from them.
 void leaveStandardStreams();
 

@@ -223,6 +223,21 @@ class Instance(journey.Journey):
         self.assertEqual(waiting.returncode, 0)
         self.wait_for_title("other.txt")
 
+    def test_closed_standard_streams_leave_the_place_taken(self):
+        closed = ("sh", "-c", 'exec "$0" "$@" <&- >&- 2>&-', journey.PROGRAM)
+        for number, options in enumerate(((), ("--wait",))):
+            with self.subTest(options=options):
+                first = self.write(f"first{number}.txt", "")
+                process = self.session.start(*closed, *options, first)
+                app = self.find_editor()
+                self.wait_for_title(first.name)
+                self.hand_over(self.write(f"second{number}.txt", ""))
+                self.wait_for_title(f"second{number}.txt")
+                app.focus_window(f"second{number}.txt")
+                app.press("ctrl+q")
+                self.assertEqual(process.wait(20), 0)
+                until(lambda: not self.editor_pids(), "the end")
+
     def test_git_commit_waits_for_its_message(self):
         def git(*arguments):
             names = ["-c", "user.name=p", "-c", "user.email=p@localhost"]
