@@ -69,6 +69,8 @@ int main(int argc, char *argv[])
 {
     // Whoever reads our output may go before us; no document is to be lost for a line of a log.
     std::signal(SIGPIPE, SIG_IGN);
+    // Nor for a limit on the size of files, which is then an error like that of a full disk.
+    std::signal(SIGXFSZ, SIG_IGN);
     penwick::fillStandardStreams();
     QByteArrayList arguments;
     for (int i = 1; i < argc; ++i) {

@@ -5,6 +5,7 @@
 #include "wording/WordingLookup.h"
 
 #include <clocale>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -40,6 +41,8 @@ void bringEngineUp()
 
 int serve(penwick::HostChannel &channel, std::size_t memory)
 {
+    // A text too long for a limit that the user has set is then sent through the connection.
+    std::signal(SIGXFSZ, SIG_IGN);
     penwick::prepareHostProcess();
     std::setlocale(LC_ALL, "");
     bringEngineUp();

@@ -3,7 +3,7 @@
 
 import shutil
 import journey
-from driver import until
+from driver import Application, until
 
 QUESTION = "「memo.txt」への変更を保存しますか？"
 
@@ -60,6 +60,22 @@ class Unsaved(journey.Journey):
         shutil.move(hidden, self.files)
         app.focus_window("memo.txt")
         self.save(path, "x元の文\r\n")
+
+    def test_limit_on_the_size_of_files_costs_no_text(self):
+        content = "行です。 \n" * 100_000
+        path = self.write("memo.txt", content)
+        limited = ("sh", "-c", 'ulimit -f 100; exec "$0" "$@"', journey.PROGRAM)
+        app = self.app = Application(self.session, *limited, path)
+        self.wait_for_title("memo.txt")
+        app.focus_window("memo.txt")
+        # A macro's long texts go through a file in memory, for which the limit holds as well.
+        app.choose("マクロ", "行末スペースを削除")
+        self.wait_for_status("100000件の行末スペースを削除しました")
+        self.wait_for_title("memo.txt*")
+        app.press("ctrl+s")
+        self.answer("OK", "ファイルを保存できませんでした")
+        self.wait_for_title("memo.txt*")
+        self.assertEqual(path.read_text(), content)
 
     def test_save_as_into_a_vanished_folder_leaves_the_old_file(self):
         app, path = self.start_with_change()
