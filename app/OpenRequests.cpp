@@ -114,19 +114,21 @@ void OpenRequests::openWaiting()
 void OpenRequests::carryOut(const Waiting &waiting)
 {
     const OpenRequest &request = waiting.request;
-    Watch watch{waiting.client, {}, true};
+    // What is opened first may be closed again before the last is open.
+    m_beginning = Watch{waiting.client, {}, true};
     for (const OpenRequest::Item &item : request.items) {
         const TextDocument *document = openItem(item, placementOf(request));
         if (document != nullptr)
-            watch.open.insert(document);
+            m_beginning->open.insert(document);
         else
-            watch.openedAll = false;
+            m_beginning->openedAll = false;
     }
     if (request.items.isEmpty())
-        comeForward(request, watch);
+        comeForward(request);
+    auto watch = std::exchange(m_beginning, std::nullopt);
     if (!request.wait)
         return;
-    m_watches.push_back(std::move(watch));
+    m_watches.push_back(*std::move(watch));
     tellWhoIsDone();
 }
 
@@ -149,11 +151,11 @@ const TextDocument *OpenRequests::openItem(const OpenRequest::Item &item, Placem
     return document;
 }
 
-void OpenRequests::comeForward(const OpenRequest &request, Watch &watch)
+void OpenRequests::comeForward(const OpenRequest &request)
 {
     QWidget *window = m_frontWindow();
     if (window == nullptr || request.newWindow || request.wait) {
-        watch.open.insert(m_documents->newDocument(Text(), placementOf(request)));
+        m_beginning->open.insert(m_documents->newDocument(Text(), placementOf(request)));
         return;
     }
     bringForward(window);
@@ -188,10 +190,13 @@ void OpenRequests::showPlace(TextDocument *document, const TextPlace &place)
 void OpenRequests::forget(const TextDocument *document)
 {
     const bool wasRead = !m_reading.remove(document);
-    for (Watch &watch : m_watches) {
+    const auto forgetIn = [&](Watch &watch) {
         if (watch.open.remove(document))
             watch.openedAll = watch.openedAll && wasRead;
-    }
+    };
+    std::for_each(m_watches.begin(), m_watches.end(), forgetIn);
+    if (m_beginning)
+        forgetIn(*m_beginning);
     tellWhoIsDone();
 }
 

@@ -64,7 +64,7 @@ private:
     void carryOut(const Waiting &waiting);
     const TextDocument *openItem(const OpenRequest::Item &item,
                                  DocumentController::Placement placement);
-    void comeForward(const OpenRequest &request, Watch &watch);
+    void comeForward(const OpenRequest &request);
     void followReading(TextDocument *document, const std::optional<TextPlace> &place);
     void showPlace(TextDocument *document, const TextPlace &place);
     void forget(const TextDocument *document);
@@ -77,6 +77,7 @@ private:
     std::unique_ptr<QEventLoopLocker> m_stay; // While requests wait.
     bool m_isOpening = false;
     std::vector<Watch> m_watches;
+    std::optional<Watch> m_beginning;     // Not all of its documents are opened yet.
     QSet<const TextDocument *> m_reading; // Opened, but the text has not come yet.
     QTimer m_timer;
 };

@@ -196,6 +196,21 @@ private Q_SLOTS:
         QVERIFY(outcome.get());
     }
 
+    void wait_textThatMakesRoomForTheNextFile_endsWithThatFile()
+    {
+        World world;
+        const QString file = world.home.write(u"a.txt"_s, "a");
+        OpenRequest request;
+        request.wait = true;
+        request.items = {{{}, Text(), std::nullopt}, itemOf(file)};
+        auto outcome = world.handOver(request);
+        QTRY_VERIFY(world.controllerOf(file) != nullptr);
+        QCOMPARE(world.documents.windowControllers().size(), 1);
+        QVERIFY(world.documents.closeDocument(world.controllerOf(file)));
+        QTRY_VERIFY(World::isOver(outcome));
+        QVERIFY(outcome.get());
+    }
+
     void wait_fileThatCannotBeOpened_failsAtOnce()
     {
         World world;
