@@ -144,8 +144,11 @@ private:
             return isToolkitSwitch(option);
         if (sign < 0)
             ++m_index;
+        const QByteArray value = sign < 0 ? m_arguments.value(m_index) : option.mid(sign + 1);
         if (name == "-platform")
-            m_result.platform = sign < 0 ? m_arguments.value(m_index) : option.mid(sign + 1);
+            m_result.platform = value;
+        else if (option == "-display") // It knows no other form of this one.
+            m_result.display = value;
         return true;
     }
 

@@ -36,6 +36,7 @@ struct CommandLine
     bool newWindow = false;
     bool wait = false;
     QByteArray platform; ///< The window system that the toolkit is told to use; empty for any.
+    QByteArray display;  ///< The display that it is told to use; empty for that of the environment.
     Fault fault = Fault::UnknownOption; ///< Of `Reject`, with the argument at fault.
     QByteArray rejectedArgument;
 

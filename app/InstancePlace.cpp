@@ -20,9 +20,9 @@ using namespace std::chrono_literals;
 namespace {
 
 /// Names a display as all its programs see it.
-QByteArray displayKey(const QByteArray &platform)
+QByteArray displayKey(const QByteArray &platform, const QByteArray &askedDisplay)
 {
-    QByteArray display = qgetenv("DISPLAY");
+    QByteArray display = askedDisplay.isEmpty() ? qgetenv("DISPLAY") : askedDisplay;
     // ":0.1" is another screen of the display ":0".
     const qsizetype colon = display.lastIndexOf(':');
     const qsizetype dot = display.indexOf('.', colon + 1);
@@ -75,12 +75,14 @@ std::optional<tl::expected<Arrival, ArrivalError>> look(const InstanceAddress &a
 
 } // namespace
 
-tl::expected<InstanceAddress, FileError> InstanceAddress::ofThisDisplay(const QByteArray &platform)
+tl::expected<InstanceAddress, FileError> InstanceAddress::ofThisDisplay(const QByteArray &platform,
+                                                                        const QByteArray &display)
 {
     return privateRuntimeFolder().map([&](const QString &folder) {
         constexpr qsizetype kDigits = 16; // A socket's path has to be short.
         const QByteArray hash =
-            QCryptographicHash::hash(displayKey(platform), QCryptographicHash::Sha256).toHex();
+            QCryptographicHash::hash(displayKey(platform, display), QCryptographicHash::Sha256)
+                .toHex();
         const QString name = folder + u"/penwick-"_s + QString::fromLatin1(hash.first(kDigits));
         return InstanceAddress{name + u".sock"_s, name + u".lock"_s};
     });

@@ -21,8 +21,9 @@ struct InstanceAddress
     QString lock;
 
     /// \param platform the window system asked for on the command line; may be empty.
+    /// \param display the same for the display.
     [[nodiscard]] static tl::expected<InstanceAddress, FileError>
-    ofThisDisplay(const QByteArray &platform);
+    ofThisDisplay(const QByteArray &platform, const QByteArray &display = {});
 
     bool operator==(const InstanceAddress &) const = default;
 };

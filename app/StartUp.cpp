@@ -169,7 +169,7 @@ std::variant<EditorStart, int> startUp(const CommandLine &commandLine)
     auto request = requestOf(commandLine);
     if (!request)
         return request.error();
-    const auto address = InstanceAddress::ofThisDisplay(commandLine.platform);
+    const auto address = InstanceAddress::ofThisDisplay(commandLine.platform, commandLine.display);
     if (!address)
         return startAlone(*std::move(request));
     const QDeadlineTimer deadline(kPatience);

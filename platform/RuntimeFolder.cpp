@@ -29,8 +29,12 @@ bool isOwnPrivateFolder(const QByteArray &path)
 tl::expected<QString, FileError> privateRuntimeFolder()
 {
     const QByteArray given = qgetenv("XDG_RUNTIME_DIR");
-    if (given.startsWith('/') && isOwnPrivateFolder(given))
-        return QFile::decodeName(given);
+    if (given.startsWith('/')) {
+        // The toolkit makes a missing one, after which the next process would look there.
+        static_cast<void>(::mkdir(given.constData(), S_IRWXU));
+        if (isOwnPrivateFolder(given))
+            return QFile::decodeName(given);
+    }
     const QByteArray own = "/tmp/penwick-" + QByteArray::number(::geteuid());
     if (::mkdir(own.constData(), S_IRWXU) != 0 && errno != EEXIST)
         return tl::unexpected(FileError::fromErrno(errno));

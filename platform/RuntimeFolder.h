@@ -9,7 +9,7 @@
 namespace penwick {
 
 /// A folder for sockets and locks that live as long as the user's session, which nobody else can
-/// look into: $XDG_RUNTIME_DIR, else one below /tmp that is made where it is missing. Fails with
+/// look into: $XDG_RUNTIME_DIR, else one below /tmp; made where it is missing. Fails with
 /// `PermissionDenied` where neither belongs to the user alone.
 [[nodiscard]] tl::expected<QString, FileError> privateRuntimeFolder();
 

@@ -61,6 +61,7 @@ private Q_SLOTS:
     void parse_openingOptions_areTaken();
     void parse_platform_isKnown_data();
     void parse_platform_isKnown();
+    void parse_display_isKnown();
     void helpText_namesEveryOption();
     void faultText_isOneLineWithTheArgument();
     void versionText_namesProgramAndVersion();
@@ -151,6 +152,14 @@ void CommandLineTest::parse_platform_isKnown()
     const CommandLine parsed = CommandLine::parse(arguments);
     QCOMPARE(parsed.platform, "offscreen");
     QCOMPARE(parsed.files, {file("a")});
+}
+
+void CommandLineTest::parse_display_isKnown()
+{
+    const CommandLine parsed = CommandLine::parse({"-display", ":7", "a"});
+    QCOMPARE(parsed.display, ":7");
+    QCOMPARE(parsed.files, {file("a")});
+    QCOMPARE(CommandLine::parse({"a"}).display, QByteArray());
 }
 
 void CommandLineTest::helpText_namesEveryOption()

@@ -236,11 +236,16 @@ private Q_SLOTS:
         QCOMPARE(at(":0", "xcb"), first);
         QVERIFY(at(":1") != first);
         QVERIFY(at(":0", "offscreen") != first);
+        qputenv("DISPLAY", ":2");
+        QCOMPARE(*InstanceAddress::ofThisDisplay({}, ":0"), first);
         // A folder that others may look into is not used.
         QVERIFY(QFile::setPermissions(home.file(u"run"_s),
                                       QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner |
                                           QFile::ReadOther | QFile::ExeOther));
         QVERIFY(!at(":0").socket.startsWith(home.path()));
+        // One that is missing is made, as the toolkit makes it, which comes up later.
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(home.file(u"missing"_s)));
+        QVERIFY(at(":0").socket.startsWith(home.file(u"missing/penwick-"_s)));
         qputenv("XDG_RUNTIME_DIR", "relative");
         QVERIFY(at(":0").socket.startsWith(u'/'));
         qputenv("XDG_RUNTIME_DIR", former.toUtf8());
