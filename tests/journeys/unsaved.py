@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """Nothing unsaved is lost: closing asks, and a save that fails leaves document and file whole."""
 
+import os
 import shutil
 import journey
 from driver import Application, until
@@ -62,15 +63,17 @@ class Unsaved(journey.Journey):
         self.save(path, "x元の文\r\n")
 
     def test_limit_on_the_size_of_files_costs_no_text(self):
-        content = "行です。 \n" * 100_000
+        content = "<p>行です。\n" * 100_000
         path = self.write("memo.txt", content)
-        limited = ("sh", "-c", 'ulimit -f 100; exec "$0" "$@"', journey.PROGRAM)
-        app = self.app = Application(self.session, *limited, path)
+        limited = ("sh", "-c", 'ulimit -f 100; exec "$0" "$@"', journey.PROGRAM, path)
+        if os.geteuid() == 0:  # Who may lift any limit, as the script host would.
+            limited = ("setpriv", "--bounding-set", "-sys_resource", *limited)
+        app = self.app = Application(self.session, *limited)
         self.wait_for_title("memo.txt")
         app.focus_window("memo.txt")
         # A macro's long texts go through a file in memory, for which the limit holds as well.
-        app.choose("マクロ", "行末スペースを削除")
-        self.wait_for_status("100000件の行末スペースを削除しました")
+        app.choose("マクロ", "HTMLタグを除去")
+        self.wait_for_status("HTMLタグを除去しました")
         self.wait_for_title("memo.txt*")
         app.press("ctrl+s")
         self.answer("OK", "ファイルを保存できませんでした")
