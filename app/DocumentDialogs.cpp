@@ -2,6 +2,7 @@
 
 #include "controls/FileDialog.h"
 #include "controls/MessageBox.h"
+#include "controls/VerbatimText.h"
 #include "platform/SafeCopy.h"
 #include "wording/WordingLookup.h"
 
@@ -18,7 +19,7 @@ namespace {
 /// Not `arg`: a profile's text may lack the place, or hold another number.
 QString withName(QString text, const QString &name)
 {
-    return text.replace(u"%1"_s, name);
+    return text.replace(u"%1"_s, visibleLine(name));
 }
 
 QString reasonOfFileError(FileError::Kind kind)
@@ -54,7 +55,7 @@ QString reasonOfFileError(FileError::Kind kind)
 void showFileError(QWidget *parent, const QString &text, const QString &path, const QString &reason)
 {
     MessageBox box(QMessageBox::Warning, text, parent);
-    box.setInformation(QDir::toNativeSeparators(path) + u"\n"_s + reason);
+    box.setInformation(visibleLine(QDir::toNativeSeparators(path)) + u"\n"_s + reason);
     box.addTextButton(wording::text(u"common.ok"_s), QMessageBox::AcceptRole);
     box.exec();
 }
@@ -142,7 +143,7 @@ bool offerToSaveElsewhere(QWidget *parent, const QString &path, const DocumentEr
     MessageBox box(QMessageBox::Warning,
                    wording::text(u"error.fileReadOnly"_s, u"このファイルには書き込めません"_s),
                    parent);
-    box.setInformation(QDir::toNativeSeparators(path) + u"\n"_s + reasonOf(error));
+    box.setInformation(visibleLine(QDir::toNativeSeparators(path)) + u"\n"_s + reasonOf(error));
     QPushButton *elsewhere = box.addTextButton(
         wording::text(u"dialog.saveElsewhere"_s, u"別名で保存…"_s), QMessageBox::AcceptRole);
     QPushButton *cancel =

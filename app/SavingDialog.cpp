@@ -1,5 +1,6 @@
 #include "app/SavingDialog.h"
 
+#include "controls/VerbatimText.h"
 #include "editor/TransferBar.h"
 #include "wording/WordingLookup.h"
 
@@ -18,7 +19,7 @@ SavingDialog::SavingDialog(QWidget *parent, TextDocument *document, const QStrin
     setWindowModality(Qt::ApplicationModal);
     // Not `arg`: a profile's text may lack the place, or hold another number.
     QString message = wording::text(u"dialog.savingMessage"_s, u"「%1」を保存しています。"_s);
-    auto *label = new QLabel(message.replace(u"%1"_s, name), this);
+    auto *label = new QLabel(message.replace(u"%1"_s, visibleLine(name)), this);
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     auto *bar = new TransferBar(document, this);

@@ -1,6 +1,7 @@
 #include "controls/Alerts.h"
 
 #include "controls/MessageBox.h"
+#include "controls/VerbatimText.h"
 #include "wording/WordingLookup.h"
 
 #include <QPushButton>
@@ -41,7 +42,7 @@ UnsavedAnswer askAboutUnsavedChanges(QWidget *parent, const QString &name)
 {
     MessageBox box(QMessageBox::Warning,
                    wording::text(u"dialog.unsavedMessage"_s, u"「%1」への変更を保存しますか？"_s)
-                       .replace(u"%1"_s, name),
+                       .replace(u"%1"_s, visibleLine(name)),
                    parent);
     box.setInformation(
         wording::text(u"dialog.unsavedInformation"_s, u"保存しないと、変更は失われます。"_s));

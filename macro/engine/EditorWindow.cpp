@@ -256,7 +256,7 @@ void EditorWindow::updateTitle()
     if (index < 0 || m_tabs.at(index).label.name.isEmpty())
         return;
     const TabLabel &label = m_tabs.at(index).label;
-    QString escaped = label.name;
+    QString escaped = visibleLine(label.name);
     escaped.replace(u"[*]"_s, u"[*][*]"_s); // Else Qt takes it for the place of the edited mark.
     setWindowTitle(escaped + u"[*] — "_s + wording::text(u"app.name"_s));
     setWindowModified(label.isEdited);

@@ -592,7 +592,7 @@ void DocumentControllerTest::close_edited_namesTheFileVerbatim()
     type(0, u"x"_s);
     test::answerModal([](QWidget *modal) {
         const auto *box = qobject_cast<QMessageBox *>(modal);
-        QCOMPARE(box->text(), u"「<b>%1 & %2\n[*].txt」への変更を保存しますか？"_s);
+        QCOMPARE(box->text(), u"「<b>%1 & %2\uFFFD[*].txt」への変更を保存しますか？"_s);
         QCOMPARE(box->textFormat(), Qt::PlainText);
         modal->close();
     });

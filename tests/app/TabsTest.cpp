@@ -33,6 +33,7 @@ private Q_SLOTS:
     void closeTab_unedited_leavesTheOthers();
     void closeTab_edited_asksAboutItAlone_data();
     void closeTab_edited_asksAboutItAlone();
+    void closeTab_namedToMislead_asksOnOneLine();
     void closeTab_last_closesTheWindowOnly();
     void closeTab_byTheMiddleButton_asksToo();
     void closeTab_heldElsewhere_keepsItsText();
@@ -248,6 +249,16 @@ void TabsTest::closeTab_edited_asksAboutItAlone()
     QCOMPARE(window->currentController()->document()->isEdited(), true);
     QCOMPARE(window->windowTitle(), closes ? u"b.txt[*] — penwick"_s : u"a.txt[*] — penwick"_s);
     QTEST(m_home->read(u"a.txt"_s), "file");
+}
+
+void TabsTest::closeTab_namedToMislead_asksOnOneLine()
+{
+    open({u"a\u202Etxt\n.exe"_s, u"b.txt"_s});
+    type(0, u"x"_s);
+    QString message;
+    test::clickInModal(u"キャンセル"_s, &message);
+    QVERIFY(!m_documents->closeDocument(controller(0).get()));
+    QCOMPARE(message, u"「a\uFFFDtxt\uFFFD.exe」への変更を保存しますか？"_s);
 }
 
 void TabsTest::closeTab_last_closesTheWindowOnly()

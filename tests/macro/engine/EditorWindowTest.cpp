@@ -319,6 +319,7 @@ void EditorWindowTest::label_withControlCharacters_isOneHarmlessLine()
     one.controller->setTabLabel({u"a\nb\u202Etxt.\u2028c\td"_s, u"/tmp/a\nb"_s, false});
     QCOMPARE(m_window->tabBar()->tabText(0), u"a\uFFFDb\uFFFDtxt.\uFFFDc\uFFFDd"_s);
     QCOMPARE(m_window->tabBar()->tabToolTip(0), u"/tmp/a\uFFFDb"_s);
+    QCOMPARE(m_window->windowTitle(), u"a\uFFFDb\uFFFDtxt.\uFFFDc\uFFFDd[*] — penwick"_s);
 }
 
 void EditorWindowTest::label_edited_isMarkedAndSpoken()
@@ -489,7 +490,7 @@ void EditorWindowTest::moveTo_anotherWindow_keepsEverything()
     QCOMPARE(one.view()->selectedRange(), (TextRange{2000, 3}));
     QCOMPARE(one.view()->verticalScrollBar()->value(), scrolled);
     QVERIFY(one.controller->content()->findChild<QLineEdit *>()->isVisible());
-    QCOMPARE(other->windowTitle(), u"line\n[*] — penwick"_s);
+    QCOMPARE(other->windowTitle(), u"line\uFFFD[*] — penwick"_s);
     one.view()->undo();
     QCOMPARE(one.view()->string().size(), 5000);
     m_editors.clear();
