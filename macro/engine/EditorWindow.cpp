@@ -34,6 +34,10 @@ constexpr QSize kContentSize(900, 650);
 constexpr QSize kMinimumSize(520, 360);
 constexpr QPoint kBeside(40, 40);
 
+constexpr char kFormerFocus[] = "formerFocus"; // A property of a page that changes windows.
+
+using Focus = QPointer<QWidget>;
+
 // There is one mouse.
 bool &tabIsDragged()
 {
@@ -180,6 +184,8 @@ void EditorWindow::removeTab(const EditorWindowController *controller)
     if (index < 0)
         return;
     QWidget *page = m_tabs.takeAt(index).page;
+    // Without a window it forgets.
+    page->setProperty(kFormerFocus, QVariant::fromValue(Focus(page->focusWidget())));
     {
         const QSignalBlocker noHalfDoneChange(m_tabBar);
         m_tabBar->removeTab(index);
@@ -238,7 +244,9 @@ void EditorWindow::currentIndexDidChange()
 /// Puts the keyboard where it was in the page, at first into its content.
 void EditorWindow::focusPage(QWidget *page)
 {
-    QWidget *last = page->focusWidget();
+    const auto former = page->property(kFormerFocus).value<Focus>();
+    page->setProperty(kFormerFocus, {});
+    QWidget *last = former.isNull() ? page->focusWidget() : former.data();
     if (last != nullptr && last != page && last->isVisibleTo(page))
         last->setFocus();
     else

@@ -56,6 +56,7 @@ private Q_SLOTS:
     void buttons_afterAWordingChange_speakIt();
     void controller_gone_leavesTheOthers();
     void moveTo_anotherWindow_keepsEverything();
+    void moveTo_withTheKeyboardInTheFindBar_keepsItThere();
     void moveTo_fromTheLastTab_takesTheWindowAway();
     void moveTo_whileComposing_commitsFirst();
     void moveTo_itsOwnWindow_reorders();
@@ -494,6 +495,29 @@ void EditorWindowTest::moveTo_anotherWindow_keepsEverything()
     one.view()->undo();
     QCOMPARE(one.view()->string().size(), 5000);
     m_editors.clear();
+}
+
+void EditorWindowTest::moveTo_withTheKeyboardInTheFindBar_keepsItThere()
+{
+    const Editor &one = add(u"one"_s);
+    add(u"two"_s);
+    show();
+    m_window->setCurrentController(one.controller.get());
+    one.controller->content()->textViewRepresentable()->findController()->showFind();
+    const QWidget *field = QApplication::focusWidget();
+    QVERIFY(qobject_cast<const QLineEdit *>(field) != nullptr);
+    const auto moveTo = [&one](const std::shared_ptr<EditorWindow> &window) {
+        one.controller->moveTo(window);
+        window->setCurrentController(one.controller.get());
+        window->show();
+        window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(window.get()));
+    };
+    // What is typed on would replace the found text that is selected.
+    moveTo(std::make_shared<EditorWindow>(m_defaults.get()));
+    QTRY_COMPARE(QApplication::focusWidget(), field);
+    moveTo(m_window);
+    QTRY_COMPARE(QApplication::focusWidget(), field);
 }
 
 void EditorWindowTest::moveTo_fromTheLastTab_takesTheWindowAway()
