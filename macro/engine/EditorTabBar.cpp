@@ -211,6 +211,7 @@ void EditorTabBar::mousePressEvent(QMouseEvent *event)
         update();
         m_pressedAt = position;
         m_pressedIndex = index;
+        m_pressedTab = tabButton(index, kButtonSide);
         m_hotSpot = position - tabRect(index).topLeft();
     }
 }
@@ -220,7 +221,10 @@ void EditorTabBar::mouseMoveEvent(QMouseEvent *event)
     const QPoint position = event->position().toPoint();
     const int reach = std::max(QApplication::startDragDistance(), height() / 2);
     const bool isOutside = !rect().adjusted(-reach, -reach, reach, reach).contains(position);
-    if (!m_pressedAt || !event->buttons().testFlag(Qt::LeftButton) || !isOutside)
+    // Keys may have brought another to the front since.
+    const bool isInFront = tabButton(currentIndex(), kButtonSide) == m_pressedTab;
+    const bool isPulled = event->buttons().testFlag(Qt::LeftButton) && isOutside && isInFront;
+    if (!m_pressedAt || !isPulled)
         return QTabBar::mouseMoveEvent(event);
     endMoving(*event);
     // On its way out it may have changed places with others.

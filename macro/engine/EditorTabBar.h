@@ -3,6 +3,7 @@
 #include "macro/engine/TabLabel.h"
 
 #include <QPixmap>
+#include <QPointer>
 #include <QTabBar>
 
 #include <optional>
@@ -61,6 +62,7 @@ private:
 
     std::optional<QPoint> m_pressedAt; // Where the left button went down on a tab.
     int m_pressedIndex = -1;
+    QPointer<QWidget> m_pressedTab; // Its button, for the index changes.
     QPoint m_hotSpot;
     int m_middlePressed = -1;
     std::optional<int> m_dropMark;

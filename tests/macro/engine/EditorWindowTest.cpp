@@ -61,6 +61,7 @@ private Q_SLOTS:
     void moveTo_whileComposing_commitsFirst();
     void moveTo_itsOwnWindow_reorders();
     void pulledOut_givesTheOrderBack();
+    void pulledOut_afterAnotherCameForward_doesNothing();
     void drop_onTheBar_namesThePlace();
     void drop_elsewhereInAnotherWindow_goesBehindAll();
     void drop_ofItsOwnTabBesideTheBar_isNotTaken();
@@ -594,6 +595,35 @@ void EditorWindowTest::pulledOut_givesTheOrderBack()
     QVERIFY(!bar.picture(0).isNull());
     move(start + QPoint(60, 300));
     QCOMPARE(pulled.size(), 1);
+}
+
+void EditorWindowTest::pulledOut_afterAnotherCameForward_doesNothing()
+{
+    EditorTabBar bar;
+    for (const QString &name : {u"one"_s, u"two"_s, u"three"_s})
+        bar.insert(bar.count(), {name, {}, false});
+    bar.resize(600, bar.sizeHint().height());
+    bar.show();
+    QSignalSpy pulled(&bar, &EditorTabBar::pulledOut);
+    const auto pull = [&bar](const QPoint &to) {
+        QMouseEvent event(QEvent::MouseMove,
+                          to,
+                          bar.mapToGlobal(to),
+                          Qt::NoButton,
+                          Qt::LeftButton,
+                          Qt::NoModifier);
+        QCoreApplication::sendEvent(&bar, &event);
+    };
+    const QPoint first = bar.tabRect(0).center();
+    QTest::mousePress(&bar, Qt::LeftButton, {}, first);
+    bar.setCurrentIndex(1);
+    pull(first + QPoint(60, 200));
+    QTest::mouseRelease(&bar, Qt::LeftButton, {}, first);
+    QTest::mousePress(&bar, Qt::LeftButton, {}, first);
+    bar.removeTab(0);
+    pull(first + QPoint(60, 200));
+    QVERIFY(pulled.isEmpty());
+    QCOMPARE(bar.count(), 2);
 }
 
 void EditorWindowTest::drop_onTheBar_namesThePlace()
