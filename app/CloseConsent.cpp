@@ -2,9 +2,11 @@
 
 #include "app/WindowPlacement.h"
 #include "controls/Alerts.h"
+#include "platform/WindowActivation.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QInputMethod>
+#include <QWidget>
 
 #include <utility>
 
@@ -24,6 +26,16 @@ bool CloseConsent::offersToStopAMacro() const
     }
     bringForward(*running->controller);
     running->controller->offerToStopMacro();
+    return true;
+}
+
+bool CloseConsent::showsOpenQuestion()
+{
+    QWidget *question = QApplication::activeModalWidget();
+    if (question == nullptr) {
+        return false;
+    }
+    bringForward(question);
     return true;
 }
 

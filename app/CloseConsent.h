@@ -27,6 +27,10 @@ public:
     /// does.
     [[nodiscard]] bool offersToStopAMacro() const;
 
+    /// Brings a question that waits already, on whichever window, before the person. False where
+    /// none does.
+    [[nodiscard]] static bool showsOpenQuestion();
+
 private:
     [[nodiscard]] OpenDocument *nextOf(const EditorWindow &window,
                                        const QList<const EditorWindowController *> &asked) const;

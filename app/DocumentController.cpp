@@ -403,8 +403,7 @@ bool DocumentController::closeAll()
 {
     // A question is on the screen already. The session's end may come in the middle of it, and
     // would take away the document that it is about.
-    if (m_closingAll || m_consent.offersToStopAMacro() ||
-        QApplication::activeModalWidget() != nullptr) {
+    if (m_closingAll || m_consent.offersToStopAMacro() || m_consent.showsOpenQuestion()) {
         return false;
     }
     m_closingAll = true;

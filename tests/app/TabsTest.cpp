@@ -6,6 +6,7 @@
 #include "support/ModalAnswer.h"
 #include "support/TemporaryHome.h"
 
+#include <QDialog>
 #include <QScrollBar>
 #include <QTest>
 
@@ -47,6 +48,7 @@ private Q_SLOTS:
     void closeWindow_fileOpenedDuringTheQuestion_isAskedAboutToo();
     void closeWindow_one_leavesTheOtherWindow();
     void quit_withTabsInTwoWindows_asksForAllFirst();
+    void quit_withAQuestionOnAnotherWindow_showsIt();
     void moveToNewWindow_keepsTextUndoAndPlace();
     void moveToNewWindow_alone_movesTheWindow();
     void moveToNewWindow_ofAMaximisedWindow_hasItsOrdinarySize();
@@ -445,6 +447,20 @@ void TabsTest::quit_withTabsInTwoWindows_asksForAllFirst()
     });
     QVERIFY(m_documents->closeAll());
     QVERIFY(!m_documents->hasDocuments());
+}
+
+void TabsTest::quit_withAQuestionOnAnotherWindow_showsIt()
+{
+    open(u"a.txt"_s);
+    open(u"b.txt"_s, kNewWindow);
+    QDialog question(window(0));
+    question.setWindowModality(Qt::WindowModal);
+    question.open();
+    window(1)->activateWindow();
+    QTRY_COMPARE(QApplication::activeWindow(), window(1));
+    QVERIFY(!m_documents->closeAll());
+    QTRY_COMPARE(QApplication::activeWindow(), &question);
+    QCOMPARE(m_documents->windowControllers().size(), 2);
 }
 
 void TabsTest::moveToNewWindow_keepsTextUndoAndPlace()
