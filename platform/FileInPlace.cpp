@@ -32,6 +32,15 @@ tl::expected<FileVersion, FileError> write(int file, const ProduceBytes &produce
     return *version;
 }
 
+/// False where something else stands there by now, or nothing. True also when that cannot be told.
+bool stillLeadsTo(const QByteArray &path, const struct stat &file)
+{
+    struct stat present = {};
+    if (::lstat(path.constData(), &present) != 0)
+        return errno != ENOENT && errno != ENOTDIR;
+    return present.st_dev == file.st_dev && present.st_ino == file.st_ino;
+}
+
 } // namespace
 
 tl::expected<void, FileError> fill(int descriptor, const ProduceBytes &produce)
@@ -60,12 +69,18 @@ tl::expected<FileVersion, FileError> overwriteFile(const QByteArray &path,
         [&] { return ::open(path.constData(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC); }));
     if (!file.isOpen())
         return systemError();
+    struct stat status = {};
+    if (::lstat(path.constData(), &status) != 0)
+        return systemError();
     SafeCopy copy(path);
     if (const auto made = copy.make(file.get()); !made)
         return tl::unexpected(made.error());
     if (isStillWanted && !isStillWanted())
         return tl::unexpected(FileError{FileError::Kind::Cancelled, 0});
     auto written = write(file.get(), produce);
+    // Another program may have moved or removed it: nobody would find the new content.
+    if (written && !stillLeadsTo(path, status))
+        written = tl::unexpected(FileError{FileError::Kind::Changed, 0});
     if (!written && !copy.writeBack(file.get())) {
         copy.keep();
         return tl::unexpected(FileError{FileError::Kind::Damaged, written.error().errnoValue});

@@ -9,7 +9,8 @@ namespace penwick {
 /// Writes the new content into the file itself, so that its other names, its owner and all that
 /// belongs to it stay. A copy of the old content is safe on the disk before the first byte is
 /// touched; after a failure the file holds it again. Where even that fails, the copy stays, and the
-/// error is of the kind `Damaged`.
+/// error is of the kind `Damaged`. Where the file no longer stands at `path` in the end, that is a
+/// failure of the kind `Changed`.
 /// \param path absolute, without links, of a regular file.
 /// \param isStillWanted as for `replaceFile`: asked once, before the first byte is touched.
 [[nodiscard]] tl::expected<FileVersion, FileError>

@@ -450,6 +450,36 @@ private Q_SLOTS:
         QCOMPARE(entries(home), (QStringList{u"one"_s, u"other"_s}));
     }
 
+    void replace_hardLinkGoesMeanwhile_failsAndHoldsTheOldContentAgain_data()
+    {
+        QTest::addColumn<bool>("isReplaced");
+        QTest::newRow("removed") << false;
+        QTest::newRow("replaced") << true;
+    }
+
+    void replace_hardLinkGoesMeanwhile_failsAndHoldsTheOldContentAgain()
+    {
+        QFETCH(bool, isReplaced);
+        const TemporaryHome home;
+        const QString path = home.write(u"one"_s, "old");
+        const QString other = home.file(u"other"_s);
+        QCOMPARE(::link(QFile::encodeName(path).constData(), QFile::encodeName(other).constData()),
+                 0);
+        const auto result = replaceFile(path, [&](const WriteBytes &write) {
+            if (!QFile::remove(path))
+                return false;
+            if (isReplaced)
+                home.write(u"one"_s, "theirs");
+            return write("the new content");
+        });
+        QVERIFY(!result);
+        QCOMPARE(result.error().kind, FileError::Kind::Changed);
+        QCOMPARE(home.read(u"other"_s), "old"_ba);
+        QCOMPARE(QFileInfo::exists(path), isReplaced);
+        if (isReplaced)
+            QCOMPARE(home.read(u"one"_s), "theirs"_ba);
+    }
+
     void replace_accessControlList_isKept()
     {
         const TemporaryHome home;
