@@ -3,13 +3,17 @@
 #include "app/DocumentController.h"
 #include "platform/FileSystem.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QThread>
 
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
+#include <thread>
 #include <utility>
 
 namespace penwick {
@@ -26,6 +30,25 @@ void runCurrent()
     if (UnsavedTextRescue *current = std::exchange(currentRescue, nullptr)) {
         current->run();
     }
+}
+
+QtMessageHandler formerHandler = nullptr;
+
+/// The toolkit ends a process that has lost its Wayland compositor without running what `atexit`
+/// holds. All that comes before is this message, from whichever thread notices first.
+void watchForALostDisplay(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    formerHandler(type, context, message);
+    if (!message.startsWith(u"The Wayland connection"_s)) {
+        return;
+    }
+    if (QThread::currentThread() == QCoreApplication::instance()->thread()) {
+        runCurrent();
+        std::_Exit(EXIT_FAILURE);
+    }
+    // The main thread is about to notice too, and is given the time for all it has to write.
+    constexpr auto kPatience = 30s;
+    std::this_thread::sleep_for(kPatience);
 }
 
 bool isTaken(const QString &path)
@@ -47,17 +70,41 @@ QString placeForUnsavedText(const QString &filePath, const QString &home)
     return place;
 }
 
+namespace {
+
+/// Another process may be ending for the same reason, and take the very name.
+std::optional<QString> writeToFreePlace(const QString &filePath, const Text &text)
+{
+    constexpr int kAttempts = 10;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        const QString place = placeForUnsavedText(filePath, QDir::homePath());
+        TransferProgress unwatched;
+        const auto written = writeTextFile(place, text, unwatched, {false, std::nullopt});
+        if (written) {
+            return place;
+        }
+        if (written.error().fileErrorKind != FileError::Kind::Changed) {
+            break;
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
 UnsavedTextRescue::UnsavedTextRescue(DocumentController *documents)
     : m_documents(documents)
 {
     currentRescue = this;
     static const bool kIsRegistered = std::atexit(runCurrent) == 0;
     static_cast<void>(kIsRegistered);
+    formerHandler = qInstallMessageHandler(watchForALostDisplay);
 }
 
 UnsavedTextRescue::~UnsavedTextRescue()
 {
     currentRescue = nullptr;
+    qInstallMessageHandler(formerHandler);
 }
 
 void UnsavedTextRescue::run()
@@ -80,13 +127,10 @@ void UnsavedTextRescue::rescue(const TextDocument &document)
 {
     // The document's own string may lack what was typed last.
     const Text &text = document.textStorage()->text();
-    const QString home = QDir::homePath();
     for (const QString &file : {document.filePath(), QString()}) {
-        const QString place = placeForUnsavedText(file, home);
-        TransferProgress unwatched;
-        if (writeTextFile(place, text, unwatched)) {
+        if (const auto place = writeToFreePlace(file, text)) {
             std::fprintf(
-                stderr, "penwick: unsaved text is in %s\n", QFile::encodeName(place).constData());
+                stderr, "penwick: unsaved text is in %s\n", QFile::encodeName(*place).constData());
             return;
         }
     }

@@ -11,7 +11,10 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace penwick;
 using namespace Qt::StringLiterals;
@@ -86,6 +89,27 @@ private Q_SLOTS:
         UnsavedTextRescue rescue(&documents);
         rescue.run();
         QCOMPARE(home.read(u"untitled.txt.unsaved"_s), QByteArray("xold"));
+    }
+
+    void waylandCompositor_goes_keepsWhatIsUnsaved()
+    {
+        const test::TemporaryHome home;
+        DocumentController documents;
+        documents.openFile(home.write(u"a.txt"_s, "old"));
+        QTest::keyClicks(documents.windowControllers().last()->textView(), u"x"_s);
+        const UnsavedTextRescue rescue(&documents);
+        const pid_t process = ::fork();
+        if (process == 0) {
+            // As the toolkit does it.
+            qWarning("The Wayland connection broke. Did the Wayland compositor die?");
+            ::_exit(EXIT_SUCCESS);
+        }
+        int status = 0;
+        QCOMPARE(::waitpid(process, &status, 0), process);
+        QVERIFY(WIFEXITED(status));
+        QCOMPARE(WEXITSTATUS(status), EXIT_FAILURE);
+        QCOMPARE(home.read(u"a.txt.unsaved"_s), QByteArray("xold"));
+        QCOMPARE(home.read(u"a.txt"_s), QByteArray("old"));
     }
 
     void signals_raised_areToldInAnEvent()
