@@ -69,7 +69,11 @@ bool DocumentSaver::recover(const DocumentError &error)
     if (!mayReplace(version)) {
         return false;
     }
-    m_document->acceptFileVersion(version);
+    if (m_path == m_document->filePath()) {
+        m_document->acceptFileVersion(version);
+        // Should the save fail, no undo leads to what stands in the file.
+        m_document->textStorage()->forgetSavePoint();
+    }
     return write(m_path);
 }
 

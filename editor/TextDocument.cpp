@@ -86,10 +86,10 @@ void TextDocument::adoptWritten(const StoredText &stored, const QString &absolut
     m_storage->endSaving(true);
 }
 
-/// Another file than the document's own was agreed on when its name was chosen.
+/// Another file than the document's own was agreed on when its name was chosen, as it was then.
 Replaceable TextDocument::replaceableAt(const QString &absolutePath) const
 {
-    return {absolutePath != m_filePath, m_version};
+    return {false, absolutePath == m_filePath ? m_version : FileVersion::of(absolutePath)};
 }
 
 void TextDocument::adoptFileText(const StoredText &stored)

@@ -71,7 +71,8 @@ public:
     /// Replaces the file by `contentString`, takes its path, and marks the text as saved. What the
     /// window has not handed over yet is asked for first (`aboutToSave`). On failure neither the
     /// old file nor the document changes. Where the document's own file is no longer the one that
-    /// it knows (`fileVersion`), that is a failure of the kind `FileError::Kind::Changed`.
+    /// it knows (`fileVersion`), or another file changes while this goes on, that is a failure of
+    /// the kind `FileError::Kind::Changed`.
     [[nodiscard]] tl::expected<void, DocumentError> writeToFile(const QString &absolutePath);
 
     enum class Transfer { None, Reading, Writing };

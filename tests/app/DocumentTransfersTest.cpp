@@ -44,6 +44,7 @@ private Q_SLOTS:
     void save_calledOff_keepsTheOldFile();
     void save_noSpace_saysSoAndKeepsEverything();
     void saveAs_whileItIsWritten_holdsItsName();
+    void saveAs_nameTakenMeanwhile_asks();
     void saveAs_duringASave_waitsForIt();
     void close_whileSaving_waitsForTheFile();
     void close_whileSavingThenCalledOff_staysOpen();
@@ -391,6 +392,28 @@ void DocumentTransfersTest::saveAs_whileItIsWritten_holdsItsName()
     QCOMPARE(m_documents->windowControllers().size(), 1);
     QTRY_COMPARE(window()->windowTitle(), u"new.txt[*] — penwick"_s);
     QCOMPARE(QFileInfo(path).size(), 10'000'000);
+}
+
+void DocumentTransfersTest::saveAs_nameTakenMeanwhile_asks()
+{
+    m_documents->newDocument();
+    replaceText(test::hugeText(50));
+    const QString path = m_home->file(u"new.txt"_s);
+    test::answerModal([path](QWidget *modal) {
+        modal->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(path);
+        QMetaObject::invokeMethod(modal, "accept");
+    });
+    QVERIFY(m_documents->saveDocumentAs(controller()));
+    QVERIFY(document()->isWriting());
+    m_home->write(u"new.txt"_s, "theirs");
+    const test::LaterAnswer answer([](QWidget *modal) {
+        test::buttonNamed(modal, u"キャンセル"_s)->click();
+        return true;
+    });
+    QTRY_VERIFY(answer.hasAnswered());
+    QCOMPARE(m_home->read(u"new.txt"_s), QByteArray("theirs"));
+    QCOMPARE(document()->filePath(), QString());
+    QVERIFY(document()->isEdited());
 }
 
 void DocumentTransfersTest::saveAs_duringASave_waitsForIt()

@@ -3,6 +3,7 @@
 #include "app/DocumentController.h"
 #include "editor/TextView.h"
 #include "platform/TemporaryFile.h"
+#include "support/FileSizeLimit.h"
 #include "support/ModalAnswer.h"
 #include "support/TemporaryHome.h"
 
@@ -35,6 +36,7 @@ private Q_SLOTS:
     void change_editedText_loadTheirs_isOneStepBack();
     void change_editedText_later_asksWhenSaving();
     void change_duringTheQuestion_asksAgain();
+    void change_agreedSaveFails_undoToTheOldText_staysUnsaved();
     void change_touchedOnly_asksNothing();
     void change_sameEditElsewhere_countsAsSaved();
     void change_duringAComposition_waitsForItsEnd();
@@ -248,6 +250,25 @@ void OutsideChangesTest::change_duringTheQuestion_asksAgain()
     });
     QVERIFY(!m_documents->saveDocument(controller()));
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("theirs, and more of it"));
+}
+
+void OutsideChangesTest::change_agreedSaveFails_undoToTheOldText_staysUnsaved()
+{
+    open("old");
+    type(u"x"_s);
+    change("theirs");
+    test::answerModal([](QWidget *modal) {
+        test::answerModal([](QWidget *failure) { failure->close(); });
+        test::buttonNamed(modal, u"上書き保存"_s)->click();
+    });
+    {
+        const test::FileSizeLimit limit(1);
+        QVERIFY(!m_documents->saveDocument(controller()));
+    }
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("theirs"));
+    view()->undo();
+    QCOMPARE(text(), u"old"_s);
+    QVERIFY(document()->isEdited());
 }
 
 void OutsideChangesTest::change_touchedOnly_asksNothing()
