@@ -1,6 +1,7 @@
 #include "app/OpenRequests.h"
 
 #include "editor/TextView.h"
+#include "macro/engine/MacroRunNotice.h"
 #include "platform/WindowActivation.h"
 
 #include <QApplication>
@@ -32,6 +33,18 @@ DocumentController::WindowController controllerOf(const DocumentController &docu
             return documents.documentOf(controller.get()) == document;
         });
     return found != controllers.end() ? *found : nullptr;
+}
+
+/// The question that nothing is to be opened behind; null without one. The notice of a macro is
+/// none: it holds its own window alone, and may stand for as long as nobody looks.
+QWidget *openQuestion()
+{
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    const auto found = std::find_if(windows.begin(), windows.end(), [](const QWidget *window) {
+        return window->isVisible() && window->isModal() &&
+               qobject_cast<const MacroRunNotice *>(window) == nullptr;
+    });
+    return found != windows.end() ? *found : nullptr;
 }
 
 } // namespace
@@ -84,7 +97,7 @@ void OpenRequests::take(InstanceClient *client, const OpenRequest &request)
     if (m_stay == nullptr)
         m_stay = std::make_unique<QEventLoopLocker>();
     m_timer.start();
-    if (QWidget *question = QApplication::activeModalWidget()) {
+    if (QWidget *question = openQuestion()) {
         allowActivation(request.activationToken, request.startupId);
         bringForward(question);
         return;
@@ -98,7 +111,7 @@ void OpenRequests::openWaiting()
     if (m_isOpening)
         return;
     m_isOpening = true;
-    while (!m_waiting.empty() && QApplication::activeModalWidget() == nullptr) {
+    while (!m_waiting.empty() && openQuestion() == nullptr) {
         const Waiting next = std::move(m_waiting.front());
         m_waiting.pop_front();
         allowActivation(next.request.activationToken, next.request.startupId);

@@ -3,6 +3,7 @@
 #include "app/HandOver.h"
 #include "editor/TextView.h"
 #include "macro/engine/EditorWindowController.h"
+#include "macro/engine/MacroRunNotice.h"
 #include "support/ModalAnswer.h"
 #include "support/TemporaryHome.h"
 
@@ -237,6 +238,24 @@ private Q_SLOTS:
         QTRY_VERIFY(World::isOver(outcome));
         QVERIFY(answer.hasAnswered());
         QVERIFY(outcome.get().error().kind == HandOverError::Kind::NotAllOpened);
+    }
+
+    // A macro may run for as long as nobody stops it, and holds one window alone.
+    void macro_thatDoesNotEnd_letsNobodyWait()
+    {
+        World world;
+        const QString path = world.home.write(u"a.txt"_s, "a\n");
+        world.documents.newDocument();
+        const auto busy = world.documents.windowControllers().front();
+        busy->runMacro(u"while (true) ;"_s, u"id"_s, u"name"_s, std::nullopt);
+        QVERIFY(busy->isRunningMacro());
+        QVERIFY(qobject_cast<MacroRunNotice *>(QApplication::activeModalWidget()) != nullptr);
+
+        OpenRequest request;
+        request.items = {itemOf(path)};
+        QVERIFY(world.isTaken(request));
+        QTRY_VERIFY(world.documents.documentOfFile(path) != nullptr);
+        QVERIFY(busy->isRunningMacro());
     }
 
     void question_onTheScreen_letsRequestsWait()
