@@ -91,16 +91,8 @@ TemporaryFile::~TemporaryFile()
 
 tl::expected<void, FileError> TemporaryFile::create(mode_t mode, Name name)
 {
-    if (name == Name::None) {
-        m_file = FileDescriptor(uninterrupted([&] {
-            return ::open(folderOf(m_target).constData(), O_RDWR | O_TMPFILE | O_CLOEXEC, mode);
-        }));
-        if (m_file.isOpen()) {
-            // Nobody else can hold it. Where there are no locks, nobody removes it either.
-            uninterrupted([&] { return ::flock(m_file.get(), LOCK_EX | LOCK_NB); });
-            return {};
-        }
-    }
+    if (name == Name::None && createUnnamed(mode))
+        return {};
     // Whatever kept a file without a name from being made: it decides that can tell.
     for (int slot = 0; slot < kSlots; ++slot) {
         if (createNamed(mode, slot))
@@ -109,6 +101,18 @@ tl::expected<void, FileError> TemporaryFile::create(mode_t mode, Name name)
             break;
     }
     return systemError();
+}
+
+bool TemporaryFile::createUnnamed(mode_t mode)
+{
+    m_file = FileDescriptor(uninterrupted([&] {
+        return ::open(folderOf(m_target).constData(), O_RDWR | O_TMPFILE | O_CLOEXEC, mode);
+    }));
+    if (!m_file.isOpen())
+        return false;
+    // Nobody else can hold it. Where there are no locks, nobody removes it either.
+    uninterrupted([&] { return ::flock(m_file.get(), LOCK_EX | LOCK_NB); });
+    return true;
 }
 
 /// False, with `errno` set, on failure: EEXIST when another name may do.

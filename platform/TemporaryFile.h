@@ -54,6 +54,7 @@ public:
     static void removeLeftovers(const QByteArray &target);
 
 private:
+    [[nodiscard]] bool createUnnamed(mode_t mode);
     [[nodiscard]] bool createNamed(mode_t mode, int slot);
 
     QByteArray m_target;
