@@ -5,12 +5,12 @@
 #include "editor/TextMimeData.h"
 #include "editor/TextView.h"
 #include "editor/TextViewMenu.h"
+#include "platform/ContextMenu.h"
 
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QDrag>
 #include <QGuiApplication>
-#include <QMenu>
 #include <QPointer>
 
 #include <utility>
@@ -84,9 +84,7 @@ void TextView::contextMenuEvent(QContextMenuEvent *event)
     } else {
         position = contextMenuPosition();
     }
-    QMenu *menu = makeTextViewMenu(this);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->popup(position);
+    popUpContextMenu(makeTextViewMenu(this), position);
     event->accept();
 }
 

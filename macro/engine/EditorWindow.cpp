@@ -4,6 +4,7 @@
 #include "macro/engine/EditorTabBar.h"
 #include "macro/engine/EditorWindowController.h"
 #include "macro/engine/TabMimeData.h"
+#include "platform/ContextMenu.h"
 #include "platform/NotificationCenter.h"
 #include "platform/WindowFrame.h"
 #include "wording/UIWordingProfileManager.h"
@@ -356,7 +357,6 @@ void EditorWindow::showTabMenu(int index, const QPoint &globalPosition)
 {
     const QPointer<EditorWindowController> tab(m_tabs.at(index).controller);
     auto *menu = new QMenu(this);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
     const auto add = [menu](const QString &title, auto action) {
         return menu->addAction(verbatimText(title), menu, action);
     };
@@ -373,7 +373,7 @@ void EditorWindow::showTabMenu(int index, const QPoint &globalPosition)
         if (indexOf(tab) >= 0)
             Q_EMIT moveToNewWindowRequested(tab, besideThis());
     })->setEnabled(count() > 1);
-    menu->popup(globalPosition);
+    popUpContextMenu(menu, globalPosition);
 }
 
 QPoint EditorWindow::besideThis() const

@@ -1,0 +1,103 @@
+#include "platform/ContextMenu.h"
+
+#include <QMenu>
+#include <QPointer>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace penwick {
+
+namespace {
+
+// The screen of the offscreen platform measures 800 by 800.
+constexpr QPoint kPlace(200, 100);
+
+/// The button at the corner of the menu, where the mouse is when it opens.
+void mouse(QMenu *menu, QEvent::Type type)
+{
+    const bool isRelease = type == QEvent::MouseButtonRelease;
+    QMouseEvent event(type,
+                      QPointF(0, 0),
+                      QPointF(kPlace),
+                      Qt::RightButton,
+                      isRelease ? Qt::NoButton : Qt::RightButton,
+                      Qt::NoModifier);
+    QApplication::sendEvent(menu, &event);
+}
+
+} // namespace
+
+class ContextMenuTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void popUp_showsTheMenuThere();
+    void restOfADoubleClick_leavesTheMenuOpen();
+    void click_onAnItem_choosesIt();
+    void doubleClick_afterAPressOfItsOwn_reachesTheMenu();
+    void close_deletesTheMenu();
+
+private:
+    QPointer<QMenu> m_menu;
+    QAction *m_item = nullptr;
+};
+
+void ContextMenuTest::init()
+{
+    m_menu = new QMenu;
+    m_item = m_menu->addAction(u"閉じる"_s);
+    popUpContextMenu(m_menu, kPlace);
+    QVERIFY(QTest::qWaitForWindowExposed(m_menu));
+}
+
+void ContextMenuTest::cleanup()
+{
+    delete m_menu;
+}
+
+void ContextMenuTest::popUp_showsTheMenuThere()
+{
+    QVERIFY(m_menu->isVisible());
+    QCOMPARE(m_menu->pos(), kPlace);
+}
+
+void ContextMenuTest::restOfADoubleClick_leavesTheMenuOpen()
+{
+    mouse(m_menu, QEvent::MouseButtonDblClick);
+    mouse(m_menu, QEvent::MouseButtonRelease);
+    QVERIFY(m_menu->isVisible());
+}
+
+void ContextMenuTest::click_onAnItem_choosesIt()
+{
+    mouse(m_menu, QEvent::MouseButtonRelease); // Of the click that opened it.
+    int chosen = 0;
+    connect(m_item, &QAction::triggered, m_menu, [&chosen] { ++chosen; });
+    QTest::mouseClick(m_menu, Qt::LeftButton, {}, m_menu->actionGeometry(m_item).center());
+    QCOMPARE(chosen, 1);
+    QTRY_VERIFY(!m_menu);
+}
+
+void ContextMenuTest::doubleClick_afterAPressOfItsOwn_reachesTheMenu()
+{
+    mouse(m_menu, QEvent::MouseButtonPress);
+    mouse(m_menu, QEvent::MouseButtonDblClick);
+    mouse(m_menu, QEvent::MouseButtonRelease);
+    QVERIFY(!m_menu->isVisible()); // As any click beside the items closes it.
+}
+
+void ContextMenuTest::close_deletesTheMenu()
+{
+    m_menu->close();
+    QTRY_VERIFY(!m_menu);
+}
+
+} // namespace penwick
+
+QTEST_MAIN(penwick::ContextMenuTest)
+#include "ContextMenuTest.moc"
