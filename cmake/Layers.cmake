@@ -44,24 +44,27 @@ function(add_layer name)
     cmake_parse_arguments(PARSE_ARGV 1 LAYER "" "" "SOURCES;LINKS")
     add_library(${name} STATIC ${LAYER_SOURCES})
     target_link_libraries(${name} PUBLIC penwick_options ${LAYER_LINKS})
-    penwick_use_pch(${name})
+    if(PENWICK_PRECOMPILED_HEADERS STREQUAL "ALL")
+        penwick_use_pch(${name})
+    endif()
 endfunction()
 
 # add_layer_test(SOURCE LINKS target...)
 #
 # Builds SOURCE, a QtTest executable named after its file, and registers it with ctest. It runs on
-# the offscreen platform unless the test sets another one.
+# the offscreen platform unless the test sets another one. Where a build is to be quick, which the
+# shared headers say, the test itself is not optimised; the layers that it links are as ever.
 function(add_layer_test source)
     cmake_parse_arguments(PARSE_ARGV 1 TEST "" "" "LINKS")
     cmake_path(GET source STEM name)
     add_executable(${name} ${source})
     target_link_libraries(${name} PRIVATE ${TEST_LINKS} test_support Qt6::Test)
-    if(PENWICK_SANITIZE)
-        # It is the program that has to be quick enough; to optimise QtTest's macros with all their
-        # checks takes half of the build.
+    if(NOT PENWICK_PRECOMPILED_HEADERS STREQUAL "NONE")
+        # It is the program that has to be quick; to optimise QtTest's macros takes as long as all the
+        # rest of a test, and with the sanitizers' checks twice as long.
         target_compile_options(${name} PRIVATE -O0)
+        penwick_use_pch(${name})
     endif()
-    penwick_use_pch(${name})
     target_compile_definitions(${name} PRIVATE
         PENWICK_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}")
     set_target_properties(${name} PROPERTIES

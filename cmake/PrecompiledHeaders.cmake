@@ -1,6 +1,6 @@
 # Lets a build parse the headers of Qt once instead of once per file; most files take longer for those
-# than for themselves. Not for the release build: that one shows that each file includes what it
-# needs, and clang-tidy reads how it is compiled.
+# than for themselves. In the release build only for the tests: that one shows that each file of
+# penwick includes what it needs, and clang-tidy reads how those are compiled.
 
 set(penwick_pch_core
     <QByteArray> <QDateTime> <QDir> <QFile> <QFileInfo> <QHash> <QJsonDocument> <QJsonObject> <QList>
@@ -45,9 +45,6 @@ endfunction()
 
 # Call it when all links of the target are known.
 function(penwick_use_pch target)
-    if(NOT PENWICK_PRECOMPILED_HEADERS)
-        return()
-    endif()
     penwick_pch_kind(kind ${target})
     if(NOT TARGET penwick_pch_${kind})
         penwick_make_pch(${kind})
