@@ -4,6 +4,7 @@
 #include "macro/engine/EditorTabBar.h"
 #include "macro/engine/EditorWindowController.h"
 #include "macro/engine/TabMimeData.h"
+#include "macro/engine/TabNames.h"
 #include "platform/ContextMenu.h"
 #include "platform/NotificationCenter.h"
 #include "platform/WindowFrame.h"
@@ -169,12 +170,13 @@ void EditorWindow::insertTab(int index,
                              const TabLabel &label)
 {
     const int place = index < 0 ? count() : std::min(index, count());
-    m_tabs.insert(place, {controller, page, label});
+    m_tabs.insert(place, {controller, page, label, label});
     m_pages->addWidget(page);
     {
         const QSignalBlocker noHalfDoneChange(m_tabBar);
         m_tabBar->insert(place, label);
     }
+    nameTabs();
     updateTabBar();
     currentIndexDidChange();
 }
@@ -191,6 +193,7 @@ void EditorWindow::removeTab(const EditorWindowController *controller)
         const QSignalBlocker noHalfDoneChange(m_tabBar);
         m_tabBar->removeTab(index);
     }
+    nameTabs();
     // The next page first: the keyboard passes from one to the other.
     currentIndexDidChange();
     m_pages->removeWidget(page);
@@ -211,8 +214,22 @@ void EditorWindow::setTabLabel(const EditorWindowController *controller, const T
     if (index < 0)
         return;
     m_tabs[index].label = label;
-    m_tabBar->setLabel(index, label);
+    nameTabs();
     updateTitle();
+}
+
+/// What one tab is called depends on the others.
+void EditorWindow::nameTabs()
+{
+    QList<TabLabel> labels;
+    for (const Tab &tab : m_tabs)
+        labels << tab.label;
+    const QStringList names = tabNames(labels);
+    for (int i = 0; i < count(); ++i) {
+        labels[i].name = names.at(i);
+        if (std::exchange(m_tabs[i].shown, labels.at(i)) != labels.at(i))
+            m_tabBar->setLabel(i, labels.at(i));
+    }
 }
 
 void EditorWindow::contentDidChange(const EditorWindowController *controller)

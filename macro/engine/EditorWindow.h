@@ -90,6 +90,7 @@ private:
         EditorWindowController *controller;
         QWidget *page;
         TabLabel label;
+        TabLabel shown; ///< With the name that tells it apart.
     };
 
     void makeContent();
@@ -97,6 +98,7 @@ private:
     void addShortcuts();
     void currentIndexDidChange();
     void focusPage(QWidget *page);
+    void nameTabs();
     void updateTabBar();
     void updateTitle();
     void dragTab(int index, const QPoint &hotSpot);

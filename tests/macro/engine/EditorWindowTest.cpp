@@ -47,6 +47,7 @@ private Q_SLOTS:
     void label_isShownVerbatimOnTabAndTitle();
     void label_withControlCharacters_isOneHarmlessLine();
     void label_edited_isMarkedAndSpoken();
+    void labels_alike_areToldApartWhileTheyAre();
     void names_long_areElidedAndTabsStayReadable();
     void middleClick_onATab_asksToCloseIt();
     void middleClick_releasedElsewhere_doesNothing();
@@ -340,6 +341,30 @@ void EditorWindowTest::label_edited_isMarkedAndSpoken()
     QVERIFY(one.controller->isInFront() && !m_window->isWindowModified());
     m_window->setCurrentController(two.controller.get());
     QVERIFY(m_window->isWindowModified());
+}
+
+void EditorWindowTest::labels_alike_areToldApartWhileTheyAre()
+{
+    const Editor &one = add(u"one"_s);
+    const TabLabel label{u"a.txt"_s, u"/p/&one/a.txt"_s, false};
+    one.controller->setTabLabel(label);
+    const EditorTabBar *bar = m_window->tabBar();
+    QCOMPARE(bar->tabText(0), u"a.txt"_s);
+    add(u"two"_s).controller->setTabLabel({u"a.txt"_s, u"/p/two/a.txt"_s, true});
+    QCOMPARE(bar->tabText(0), u"a.txt — &&one"_s);
+    QCOMPARE(bar->tabText(1), u"a.txt — two"_s);
+    QCOMPARE(bar->accessibleTabName(1), u"a.txt — two（未保存の変更あり）"_s);
+    QCOMPARE(m_window->windowTitle(), u"a.txt[*] — penwick"_s);
+
+    const auto other = std::make_shared<EditorWindow>();
+    m_editors.back()->controller->moveTo(other, -1);
+    QCOMPARE(bar->tabText(0), u"a.txt"_s);
+    QCOMPARE(other->tabBar()->tabText(0), u"a.txt"_s);
+    m_editors.back()->controller->moveTo(m_window, 0);
+    QCOMPARE(bar->tabText(0), u"a.txt — two"_s);
+    m_editors.back()->controller->setTabLabel({u"b.txt"_s, u"/p/two/b.txt"_s, false});
+    QCOMPARE(bar->tabText(0), u"b.txt"_s);
+    QCOMPARE(bar->tabText(1), u"a.txt"_s);
 }
 
 void EditorWindowTest::names_long_areElidedAndTabsStayReadable()
