@@ -140,6 +140,37 @@ private:
         return m_window->tabBar()->tabRect(index).center();
     }
 
+    /// Tabs named "one", "two" and "three".
+    static void showThreeTabs(EditorTabBar &bar)
+    {
+        for (const QString &name : {u"one"_s, u"two"_s, u"three"_s})
+            bar.insert(bar.count(), {name, {}, false});
+        bar.resize(600, bar.sizeHint().height());
+        bar.show();
+    }
+
+    /// Moves the pointer, whose left button is down, to a place in or beside the bar.
+    static void dragTo(EditorTabBar &bar, const QPoint &place)
+    {
+        QMouseEvent event(QEvent::MouseMove,
+                          place,
+                          bar.mapToGlobal(place),
+                          Qt::NoButton,
+                          Qt::LeftButton,
+                          Qt::NoModifier);
+        QCoreApplication::sendEvent(&bar, &event);
+    }
+
+    /// Whether `receiver` accepts the event: QDragEnterEvent or QDropEvent.
+    template <typename Event>
+    static bool accepts(QWidget *receiver, const QPoint &place, const QMimeData &mime)
+    {
+        Event event(place, Qt::MoveAction, &mime, Qt::LeftButton, {});
+        event.ignore();
+        QCoreApplication::sendEvent(receiver, &event);
+        return event.isAccepted();
+    }
+
     test::TemporaryHome m_home;
     std::unique_ptr<UserDefaults> m_defaults;
     std::shared_ptr<EditorWindow> m_window;
@@ -592,61 +623,37 @@ void EditorWindowTest::moveTo_itsOwnWindow_reorders()
 void EditorWindowTest::pulledOut_givesTheOrderBack()
 {
     EditorTabBar bar;
-    for (const QString &name : {u"one"_s, u"two"_s, u"three"_s})
-        bar.insert(bar.count(), {name, {}, false});
-    bar.resize(600, bar.sizeHint().height());
-    bar.show();
+    showThreeTabs(bar);
     QSignalSpy pulled(&bar, &EditorTabBar::pulledOut);
     const QPoint start = bar.tabRect(0).center();
     QTest::mousePress(&bar, Qt::LeftButton, {}, start);
-    const auto move = [&bar](const QPoint &to) {
-        QMouseEvent event(QEvent::MouseMove,
-                          to,
-                          bar.mapToGlobal(to),
-                          Qt::NoButton,
-                          Qt::LeftButton,
-                          Qt::NoModifier);
-        QCoreApplication::sendEvent(&bar, &event);
-    };
-    move(start + QPoint(30, 0));
-    move(bar.tabRect(1).center() + QPoint(30, 0));
+    dragTo(bar, start + QPoint(30, 0));
+    dragTo(bar, bar.tabRect(1).center() + QPoint(30, 0));
     QVERIFY(bar.tabText(0) != u"one"_s); // Live, within the bar.
     QVERIFY(pulled.isEmpty());
-    move(start + QPoint(60, 200));
+    dragTo(bar, start + QPoint(60, 200));
     QCOMPARE(pulled.size(), 1);
     QCOMPARE(pulled[0][0].toInt(), 0);
     QCOMPARE(pulled[0][1].toPoint(), start - bar.tabRect(0).topLeft());
     QCOMPARE(bar.tabText(0), u"one"_s);
     QVERIFY(!bar.picture(0).isNull());
-    move(start + QPoint(60, 300));
+    dragTo(bar, start + QPoint(60, 300));
     QCOMPARE(pulled.size(), 1);
 }
 
 void EditorWindowTest::pulledOut_afterAnotherCameForward_doesNothing()
 {
     EditorTabBar bar;
-    for (const QString &name : {u"one"_s, u"two"_s, u"three"_s})
-        bar.insert(bar.count(), {name, {}, false});
-    bar.resize(600, bar.sizeHint().height());
-    bar.show();
+    showThreeTabs(bar);
     QSignalSpy pulled(&bar, &EditorTabBar::pulledOut);
-    const auto pull = [&bar](const QPoint &to) {
-        QMouseEvent event(QEvent::MouseMove,
-                          to,
-                          bar.mapToGlobal(to),
-                          Qt::NoButton,
-                          Qt::LeftButton,
-                          Qt::NoModifier);
-        QCoreApplication::sendEvent(&bar, &event);
-    };
     const QPoint first = bar.tabRect(0).center();
     QTest::mousePress(&bar, Qt::LeftButton, {}, first);
     bar.setCurrentIndex(1);
-    pull(first + QPoint(60, 200));
+    dragTo(bar, first + QPoint(60, 200));
     QTest::mouseRelease(&bar, Qt::LeftButton, {}, first);
     QTest::mousePress(&bar, Qt::LeftButton, {}, first);
     bar.removeTab(0);
-    pull(first + QPoint(60, 200));
+    dragTo(bar, first + QPoint(60, 200));
     QVERIFY(pulled.isEmpty());
     QCOMPARE(bar.count(), 2);
 }
@@ -663,10 +670,8 @@ void EditorWindowTest::drop_onTheBar_namesThePlace()
         const TabMimeData mime(three.controller.get());
         const QPoint position =
             place < 2 ? middleOf(place) - QPoint(5, 0) : middleOf(1) + QPoint(5, 0);
-        QDragEnterEvent enter(position, Qt::MoveAction, &mime, Qt::LeftButton, {});
-        QVERIFY(QCoreApplication::sendEvent(bar, &enter) && enter.isAccepted());
-        QDropEvent drop(position, Qt::MoveAction, &mime, Qt::LeftButton, {});
-        QVERIFY(QCoreApplication::sendEvent(bar, &drop) && drop.isAccepted());
+        QVERIFY(accepts<QDragEnterEvent>(bar, position, mime));
+        QVERIFY(accepts<QDropEvent>(bar, position, mime));
         QCOMPARE(mime.target(), m_window.get());
         QCOMPARE(mime.targetIndex(), place);
         QCOMPARE(three.controller->window(), other.get()); // It moves when the drag is over.
@@ -680,10 +685,8 @@ void EditorWindowTest::drop_elsewhereInAnotherWindow_goesBehindAll()
     show();
     const auto other = std::make_shared<EditorWindow>(m_defaults.get());
     const TabMimeData mime(add(other, u"three"_s).controller.get());
-    QDragEnterEvent enter({200, 300}, Qt::MoveAction, &mime, Qt::LeftButton, {});
-    QVERIFY(QCoreApplication::sendEvent(m_window.get(), &enter) && enter.isAccepted());
-    QDropEvent drop({200, 300}, Qt::MoveAction, &mime, Qt::LeftButton, {});
-    QVERIFY(QCoreApplication::sendEvent(m_window.get(), &drop) && drop.isAccepted());
+    QVERIFY(accepts<QDragEnterEvent>(m_window.get(), {200, 300}, mime));
+    QVERIFY(accepts<QDropEvent>(m_window.get(), {200, 300}, mime));
     QCOMPARE(mime.target(), m_window.get());
     QCOMPARE(mime.targetIndex(), -1);
     m_editors.clear();
@@ -695,11 +698,8 @@ void EditorWindowTest::drop_ofItsOwnTabBesideTheBar_isNotTaken()
     const TabMimeData mime(add(u"one"_s).controller.get());
     add(u"two"_s);
     show();
-    QDragEnterEvent enter({200, 300}, Qt::MoveAction, &mime, Qt::LeftButton, {});
-    QCoreApplication::sendEvent(m_window.get(), &enter);
-    QVERIFY(!enter.isAccepted());
-    QDropEvent drop({200, 300}, Qt::MoveAction, &mime, Qt::LeftButton, {});
-    QCoreApplication::sendEvent(m_window.get(), &drop);
+    QVERIFY(!accepts<QDragEnterEvent>(m_window.get(), {200, 300}, mime));
+    accepts<QDropEvent>(m_window.get(), {200, 300}, mime);
     QVERIFY(mime.target() == nullptr);
 }
 
@@ -711,12 +711,8 @@ void EditorWindowTest::drop_ofSomethingElse_isNotTaken()
     show();
     QMimeData mime;
     mime.setData(u"application/x-penwick-tab"_s, "x");
-    QDragEnterEvent enter({200, 300}, Qt::MoveAction, &mime, Qt::LeftButton, {});
-    QCoreApplication::sendEvent(m_window.get(), &enter);
-    QVERIFY(!enter.isAccepted());
-    QDropEvent drop(middleOf(0), Qt::MoveAction, &mime, Qt::LeftButton, {});
-    drop.ignore();
-    QCoreApplication::sendEvent(m_window->tabBar(), &drop);
+    QVERIFY(!accepts<QDragEnterEvent>(m_window.get(), {200, 300}, mime));
+    accepts<QDropEvent>(m_window->tabBar(), middleOf(0), mime);
     QCOMPARE(order(), (QStringList{u"one"_s, u"two"_s}));
 }
 
