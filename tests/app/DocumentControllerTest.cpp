@@ -1,16 +1,14 @@
 #include "app/DocumentController.h"
 
+#include "app/DocumentsTestBase.h"
 #include "app/WordingTranslator.h"
-#include "editor/TextView.h"
 #include "support/ModalAnswer.h"
-#include "support/TemporaryHome.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMainWindow>
 #include <QTest>
 #include <QTreeView>
 
@@ -20,7 +18,7 @@
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
-class DocumentControllerTest final : public QObject
+class DocumentControllerTest final : public QObject, private test::DocumentsTestBase
 {
     Q_OBJECT
 
@@ -28,8 +26,10 @@ private Q_SLOTS:
 
     void initTestCase() { QCoreApplication::installTranslator(&m_translator); }
 
-    void init();
-    void cleanup();
+    void init() { begin(); }
+
+    void cleanup() { end(); }
+
     void newDocument_titles_areNumbered();
     void openFile_text_isShownTitledAndNamed();
     void openFile_pristineWindow_isReused();
@@ -74,54 +74,11 @@ private Q_SLOTS:
     void closeAll_whileAQuestionIsOpen_closesNothing();
 
 private:
-    [[nodiscard]] QMainWindow *window(int index) const
-    {
-        return m_documents->windowControllers().at(index)->window();
-    }
-
-    [[nodiscard]] EditorWindowController *controller(int index) const
-    {
-        return m_documents->windowControllers().at(index).get();
-    }
-
-    void type(int index, const QString &text) const
-    {
-        QTest::keyClicks(controller(index)->textView(), text);
-    }
-
     /// Types a path into the next file dialog and accepts it, replacing what is there.
     static void answerFileDialogReplacing(const QString &path);
 
-    /// Types a path into the next file dialog and accepts it.
-    static void answerFileDialog(const QString &path);
-
-    std::unique_ptr<test::TemporaryHome> m_home;
-    std::unique_ptr<DocumentController> m_documents;
     WordingTranslator m_translator;
 };
-
-void DocumentControllerTest::init()
-{
-    m_home = std::make_unique<test::TemporaryHome>();
-    m_documents = std::make_unique<DocumentController>();
-}
-
-void DocumentControllerTest::cleanup()
-{
-    QCoreApplication::processEvents();
-    m_documents.reset();
-    m_home.reset();
-}
-
-void DocumentControllerTest::answerFileDialog(const QString &path)
-{
-    test::answerModal([path](QWidget *modal) {
-        auto *dialog = qobject_cast<QFileDialog *>(modal);
-        QVERIFY(dialog != nullptr);
-        dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(path);
-        QMetaObject::invokeMethod(dialog, "accept");
-    });
-}
 
 void DocumentControllerTest::answerFileDialogReplacing(const QString &path)
 {
@@ -142,7 +99,7 @@ void DocumentControllerTest::newDocument_titles_areNumbered()
     m_documents->newDocument();
     QCOMPARE(window(1)->windowTitle(), u"名称未設定 2[*] — penwick"_s);
     QVERIFY(window(1)->isVisible());
-    QCOMPARE(controller(1)->textView()->accessibleName(), u"名称未設定 2"_s);
+    QCOMPARE(view(1)->accessibleName(), u"名称未設定 2"_s);
     QVERIFY(m_documents->closeDocument(controller(0)));
     m_documents->newDocument();
     QCOMPARE(window(1)->windowTitle(), u"名称未設定[*] — penwick"_s);
@@ -152,12 +109,12 @@ void DocumentControllerTest::openFile_text_isShownTitledAndNamed()
 {
     const QString path = m_home->write(u"メモ.txt"_s, "一\r\n二");
     QVERIFY(m_documents->openFile(path));
-    QCOMPARE(controller(0)->textView()->string().toString(), u"一\r\n二"_s);
+    QCOMPARE(text(0), u"一\r\n二"_s);
     QCOMPARE(controller(0)->documentState()->text().toString(), u"一\r\n二"_s);
     QCOMPARE(window(0)->windowTitle(), u"メモ.txt[*] — penwick"_s);
-    QCOMPARE(controller(0)->textView()->accessibleName(), u"メモ.txt"_s);
+    QCOMPARE(view(0)->accessibleName(), u"メモ.txt"_s);
     QVERIFY(!window(0)->isWindowModified());
-    QCOMPARE(m_documents->documentOf(controller(0))->filePath(), path);
+    QCOMPARE(document(0)->filePath(), path);
 }
 
 void DocumentControllerTest::openFile_pristineWindow_isReused()
@@ -167,10 +124,10 @@ void DocumentControllerTest::openFile_pristineWindow_isReused()
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
     QCOMPARE(m_documents->windowControllers().size(), 1);
     QCOMPARE(window(0), before);
-    QCOMPARE(controller(0)->textView()->string().toString(), u"abc"_s);
+    QCOMPARE(text(0), u"abc"_s);
     QCOMPARE(window(0)->windowTitle(), u"a.txt[*] — penwick"_s);
     // The window is a full one: what is typed and saved goes to the file.
-    type(0, u"x"_s);
+    type(u"x"_s);
     QVERIFY(window(0)->isWindowModified());
     QVERIFY(m_documents->saveDocument(controller(0)));
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("xabc"));
@@ -179,8 +136,8 @@ void DocumentControllerTest::openFile_pristineWindow_isReused()
 void DocumentControllerTest::openFile_editedUntitled_keepsItsWindow()
 {
     m_documents->newDocument();
-    type(0, u"x"_s);
-    controller(0)->textView()->undo(); // Unedited again, yet there is something to redo.
+    type(u"x"_s);
+    view(0)->undo(); // Unedited again, yet there is something to redo.
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
     QCOMPARE(m_documents->windowControllers().size(), 2);
 }
@@ -221,7 +178,7 @@ void DocumentControllerTest::openFileOrNew_missing_isSavedToThatPath()
     QVERIFY(m_documents->openFileOrNew(m_home->file(u"new.txt"_s)));
     QCOMPARE(window(0)->windowTitle(), u"new.txt[*] — penwick"_s);
     QVERIFY(!QFile::exists(m_home->file(u"new.txt"_s)));
-    type(0, u"hi"_s);
+    type(u"hi"_s);
     QVERIFY(m_documents->saveDocument(controller(0)));
     QCOMPARE(m_home->read(u"new.txt"_s), QByteArray("hi"));
 }
@@ -257,9 +214,9 @@ void DocumentControllerTest::openFile_parentBehindALink_isTheSystemsParent()
     QVERIFY(QDir(m_home->path()).mkpath(u"other/folder"_s));
     QVERIFY(QFile::link(m_home->file(u"other/folder"_s), m_home->file(u"link"_s)));
     QVERIFY(m_documents->openFile(m_home->file(u"link/../a.txt"_s)));
-    QCOMPARE(controller(0)->textView()->string().toString(), u"of the folder"_s);
+    QCOMPARE(text(0), u"of the folder"_s);
     QVERIFY(m_documents->openFileOrNew(m_home->file(u"no such folder/../a.txt"_s)));
-    QCOMPARE(controller(1)->textView()->string().toString(), u"of the link"_s);
+    QCOMPARE(text(1), u"of the link"_s);
 }
 
 void DocumentControllerTest::openFile_notAFile_saysWhy_data()
@@ -323,7 +280,7 @@ void DocumentControllerTest::openFile_inANewWindow_leavesThePristineWindow()
     QVERIFY(m_documents->openFile(path, DocumentController::Placement::NewWindow));
     QCOMPARE(m_documents->windowControllers().size(), 2);
     QVERIFY(window(0) != window(1));
-    QCOMPARE(m_documents->documentOfFile(path), m_documents->documentOf(controller(1)));
+    QCOMPARE(m_documents->documentOfFile(path), document(1));
     QVERIFY(m_documents->documentOfFile(m_home->file(u"b.txt"_s)) == nullptr);
 }
 
@@ -335,10 +292,10 @@ void DocumentControllerTest::documentClosed_madeRoomOrClosed_isTold()
             this,
             [&closed](const TextDocument *document) { closed << document; });
     m_documents->newDocument();
-    const TextDocument *untitled = m_documents->documentOf(controller(0));
+    const TextDocument *untitled = document(0);
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
     QCOMPARE(closed, QList<const TextDocument *>{untitled});
-    const TextDocument *file = m_documents->documentOf(controller(0));
+    const TextDocument *file = document(0);
     QVERIFY(window(0)->close());
     QCOMPARE(closed, (QList<const TextDocument *>{untitled, file}));
 }
@@ -350,12 +307,11 @@ void DocumentControllerTest::openDocument_severalFiles_areAllOpened()
     test::answerModal([this](QWidget *modal) {
         auto *dialog = qobject_cast<QFileDialog *>(modal);
         dialog->setDirectory(m_home->path());
-        dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(u"\"a.txt\" \"b.txt\""_s);
-        QMetaObject::invokeMethod(dialog, "accept");
+        test::acceptFileName(dialog, u"\"a.txt\" \"b.txt\""_s);
     });
     m_documents->openDocument();
     QCOMPARE(m_documents->windowControllers().size(), 2);
-    QCOMPARE(controller(1)->textView()->string().toString(), u"B"_s);
+    QCOMPARE(text(1), u"B"_s);
 }
 
 void DocumentControllerTest::openDocument_columns_fitTheirContents()
@@ -384,9 +340,9 @@ void DocumentControllerTest::openDocument_columns_fitTheirContents()
 void DocumentControllerTest::title_edited_isMarked()
 {
     m_documents->openFile(m_home->write(u"a.txt"_s, "abc"));
-    type(0, u"x"_s);
+    type(u"x"_s);
     QVERIFY(window(0)->isWindowModified());
-    controller(0)->textView()->undo();
+    view(0)->undo();
     QVERIFY(!window(0)->isWindowModified());
 }
 
@@ -399,7 +355,7 @@ void DocumentControllerTest::title_nameWithPlaceholder_isVerbatim()
 void DocumentControllerTest::save_file_writesWhatWasTypedLast()
 {
     m_documents->openFile(m_home->write(u"a.txt"_s, "abc\r\n"));
-    type(0, u"x"_s);
+    type(u"x"_s);
     QVERIFY(m_documents->saveDocument(controller(0))); // In the same turn as the key.
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("xabc\r\n"));
     QVERIFY(!window(0)->isWindowModified());
@@ -408,7 +364,7 @@ void DocumentControllerTest::save_file_writesWhatWasTypedLast()
 void DocumentControllerTest::save_untitled_asksForName()
 {
     m_documents->newDocument();
-    type(0, u"hello"_s);
+    type(u"hello"_s);
     test::answerModal([this](QWidget *modal) {
         auto *dialog = qobject_cast<QFileDialog *>(modal);
         QVERIFY(dialog != nullptr);
@@ -427,7 +383,7 @@ void DocumentControllerTest::save_untitled_asksForName()
 void DocumentControllerTest::save_untitledCancelled_writesNothing()
 {
     m_documents->newDocument();
-    type(0, u"hello"_s);
+    type(u"hello"_s);
     test::answerModal([](QWidget *modal) { modal->close(); });
     QVERIFY(!m_documents->saveDocument(controller(0)));
     QVERIFY(window(0)->isWindowModified());
@@ -437,7 +393,7 @@ void DocumentControllerTest::saveAs_existingFile_asksBeforeReplacing()
 {
     const QString path = m_home->write(u"old.txt"_s, "old");
     m_documents->newDocument();
-    type(0, u"new"_s);
+    type(u"new"_s);
     test::answerModal([path](QWidget *modal) {
         auto *dialog = qobject_cast<QFileDialog *>(modal);
         dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(path);
@@ -458,12 +414,11 @@ void DocumentControllerTest::saveAs_fileOfAnotherWindow_isRefused()
     const QString path = m_home->write(u"a.txt"_s, "abc");
     m_documents->openFile(path);
     m_documents->newDocument();
-    type(1, u"x"_s);
+    type(u"x"_s, 1);
     test::answerModal([path](QWidget *modal) {
         auto *dialog = qobject_cast<QFileDialog *>(modal);
-        dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(path);
         test::clickInModal(u"はい"_s);
-        QMetaObject::invokeMethod(dialog, "accept");
+        test::acceptFileName(dialog, path);
         test::clickInModal(u"OK"_s); // The refusal.
     });
     QVERIFY(!m_documents->saveDocumentAs(controller(1)));
@@ -474,28 +429,28 @@ void DocumentControllerTest::save_failure_saysSoAndKeepsEverything()
 {
     const QString path = m_home->write(u"folder/a.txt"_s, "abc");
     m_documents->openFile(path);
-    type(0, u"x"_s);
+    type(u"x"_s);
     QVERIFY(QDir(m_home->file(u"folder"_s)).removeRecursively());
     QString message;
     test::clickInModal(u"OK"_s, &message);
     QVERIFY(!m_documents->saveDocument(controller(0)));
     QCOMPARE(message, u"ファイルを保存できませんでした"_s);
     QVERIFY(window(0)->isWindowModified());
-    QCOMPARE(controller(0)->textView()->string().toString(), u"xabc"_s);
-    QCOMPARE(m_documents->documentOf(controller(0))->filePath(), path);
+    QCOMPARE(text(0), u"xabc"_s);
+    QCOMPARE(document(0)->filePath(), path);
 }
 
 void DocumentControllerTest::save_fileBecameAFolder_saysSoAndKeepsEverything()
 {
     const QString path = m_home->write(u"a.txt"_s, "abc");
     m_documents->openFile(path);
-    type(0, u"x"_s);
+    type(u"x"_s);
     QVERIFY(QFile::remove(path) && QDir().mkdir(path));
     test::clickInModal(u"OK"_s); // Nothing that could be overwritten is there.
     QVERIFY(!m_documents->saveDocument(controller(0)));
     QVERIFY(QFileInfo(path).isDir());
     QVERIFY(window(0)->isWindowModified());
-    QCOMPARE(controller(0)->textView()->string().toString(), u"xabc"_s);
+    QCOMPARE(text(0), u"xabc"_s);
     QCOMPARE(QDir(m_home->path()).entryList(QDir::Files | QDir::Hidden), QStringList());
 }
 
@@ -506,7 +461,7 @@ void DocumentControllerTest::save_throughALink_keepsTheLink()
     QVERIFY(QFile::link(u"folder/target.txt"_s, link));
     m_documents->openFile(link);
     QCOMPARE(window(0)->windowTitle(), u"link.txt[*] — penwick"_s);
-    type(0, u"x"_s);
+    type(u"x"_s);
     QVERIFY(QFile::remove(m_home->file(u"folder/target.txt"_s))); // Now it leads nowhere.
     QVERIFY(m_documents->saveDocument(controller(0)));
     QVERIFY(QFileInfo(link).isSymLink());
@@ -517,12 +472,12 @@ void DocumentControllerTest::saveAs_ontoItself_savesInPlace()
 {
     const QString path = m_home->write(u"a.txt"_s, "abc");
     m_documents->openFile(path);
-    type(0, u"x"_s);
+    type(u"x"_s);
     answerFileDialogReplacing({}); // The suggestion is the file itself.
     QVERIFY(m_documents->saveDocumentAs(controller(0)));
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("xabc"));
     QVERIFY(!window(0)->isWindowModified());
-    QCOMPARE(m_documents->documentOf(controller(0))->filePath(), path);
+    QCOMPARE(document(0)->filePath(), path);
 }
 
 void DocumentControllerTest::saveAs_ontoALink_writesItsTarget()
@@ -531,7 +486,7 @@ void DocumentControllerTest::saveAs_ontoALink_writesItsTarget()
     const QString link = m_home->file(u"link.txt"_s);
     QVERIFY(QFile::link(m_home->file(u"folder/target.txt"_s), link));
     m_documents->newDocument();
-    type(0, u"new"_s);
+    type(u"new"_s);
     answerFileDialogReplacing(link);
     QVERIFY(m_documents->saveDocumentAs(controller(0)));
     QVERIFY(QFileInfo(link).isSymLink());
@@ -543,17 +498,17 @@ void DocumentControllerTest::saveAs_nameWithQuotes_isOneName()
 {
     const QString path = m_home->write(u"say \"hi\" & %1.txt"_s, "abc");
     m_documents->openFile(path);
-    type(0, u"x"_s);
+    type(u"x"_s);
     answerFileDialogReplacing({});
     QVERIFY(m_documents->saveDocumentAs(controller(0)));
-    QCOMPARE(m_documents->documentOf(controller(0))->filePath(), path);
+    QCOMPARE(document(0)->filePath(), path);
     QCOMPARE(m_home->read(u"say \"hi\" & %1.txt"_s), QByteArray("xabc"));
 }
 
 void DocumentControllerTest::save_fileChangedOnDisk_asksFirst()
 {
     m_documents->openFile(m_home->write(u"a.txt"_s, "abc"));
-    type(0, u"x"_s);
+    type(u"x"_s);
     m_home->write(u"a.txt"_s, "by somebody else");
     test::clickInModal(u"キャンセル"_s);
     QVERIFY(!m_documents->saveDocument(controller(0)));
@@ -576,7 +531,7 @@ void DocumentControllerTest::close_unedited_closesAtOnce()
 void DocumentControllerTest::close_edited_cancel_staysOpen()
 {
     m_documents->openFile(m_home->write(u"a.txt"_s, "abc"));
-    type(0, u"x"_s);
+    type(u"x"_s);
     QString message;
     test::clickInModal(u"キャンセル"_s, &message);
     QVERIFY(!window(0)->close());
@@ -589,7 +544,7 @@ void DocumentControllerTest::close_edited_cancel_staysOpen()
 void DocumentControllerTest::close_edited_namesTheFileVerbatim()
 {
     m_documents->openFile(m_home->write(u"<b>%1 & %2\n[*].txt"_s, "abc"));
-    type(0, u"x"_s);
+    type(u"x"_s);
     test::answerModal([](QWidget *modal) {
         const auto *box = qobject_cast<QMessageBox *>(modal);
         QCOMPARE(box->text(), u"「<b>%1 & %2\uFFFD[*].txt」への変更を保存しますか？"_s);
@@ -602,7 +557,7 @@ void DocumentControllerTest::close_edited_namesTheFileVerbatim()
 void DocumentControllerTest::close_edited_discard_leavesTheFile()
 {
     m_documents->openFile(m_home->write(u"a.txt"_s, "abc"));
-    type(0, u"x"_s);
+    type(u"x"_s);
     test::clickInModal(u"保存しない"_s);
     QVERIFY(window(0)->close());
     QVERIFY(!m_documents->hasDocuments());
@@ -612,7 +567,7 @@ void DocumentControllerTest::close_edited_discard_leavesTheFile()
 void DocumentControllerTest::close_edited_save_writesTheFile()
 {
     m_documents->openFile(m_home->write(u"a.txt"_s, "abc"));
-    type(0, u"x"_s);
+    type(u"x"_s);
     test::clickInModal(u"保存"_s);
     QVERIFY(window(0)->close());
     QVERIFY(!m_documents->hasDocuments());
@@ -622,35 +577,35 @@ void DocumentControllerTest::close_edited_save_writesTheFile()
 void DocumentControllerTest::close_saveFails_staysOpen()
 {
     m_documents->openFile(m_home->write(u"folder/a.txt"_s, "abc"));
-    type(0, u"x"_s);
+    type(u"x"_s);
     QVERIFY(QDir(m_home->file(u"folder"_s)).removeRecursively());
     test::answerModal([](QWidget *modal) {
         test::clickInModal(u"OK"_s); // The failure's message comes next.
         test::buttonNamed(modal, u"保存"_s)->click();
     });
     QVERIFY(!window(0)->close());
-    QCOMPARE(controller(0)->textView()->string().toString(), u"xabc"_s);
+    QCOMPARE(text(0), u"xabc"_s);
 }
 
 void DocumentControllerTest::closeAll_cancelAtSecond_closesNothing()
 {
     m_documents->newDocument();
-    type(0, u"one"_s);
+    type(u"one"_s);
     m_documents->newDocument();
-    type(1, u"two"_s);
+    type(u"two"_s, 1);
     test::answerModal([](QWidget *modal) {
         test::clickInModal(u"キャンセル"_s);
         test::buttonNamed(modal, u"保存しない"_s)->click();
     });
     QVERIFY(!m_documents->closeAll());
     QCOMPARE(m_documents->windowControllers().size(), 2);
-    QCOMPARE(controller(0)->textView()->string().toString(), u"one"_s);
+    QCOMPARE(text(0), u"one"_s);
 }
 
 void DocumentControllerTest::closeAll_agreed_closesEveryWindow()
 {
     m_documents->newDocument();
-    type(0, u"one"_s);
+    type(u"one"_s);
     m_documents->openFile(m_home->write(u"a.txt"_s, "abc"));
     QWidget other;
     other.show();
@@ -664,7 +619,7 @@ void DocumentControllerTest::closeAll_agreed_closesEveryWindow()
 void DocumentControllerTest::closeAll_whileAQuestionIsOpen_closesNothing()
 {
     m_documents->openFile(m_home->write(u"a.txt"_s, "abc"));
-    type(0, u"x"_s);
+    type(u"x"_s);
     test::answerModal([this](QWidget *modal) {
         QVERIFY(!m_documents->closeAll());
         QCOMPARE(QApplication::activeModalWidget(), modal);

@@ -1,15 +1,12 @@
-#include "app/DocumentController.h"
+#include "app/DocumentsTestBase.h"
 #include "editor/LoadingView.h"
-#include "editor/TextView.h"
 #include "support/FileSizeLimit.h"
 #include "support/HugeText.h"
 #include "support/ModalAnswer.h"
-#include "support/TemporaryHome.h"
 
 #include <QDir>
 #include <QFileDialog>
 #include <QLabel>
-#include <QLineEdit>
 #include <QMainWindow>
 #include <QTest>
 #include <QToolButton>
@@ -19,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 /// Opening and saving on other threads. Every file counts as large here. The end of a transfer is
 /// told by the event loop, so until a test lets that run the transfer is under way.
-class DocumentTransfersTest final : public QObject
+class DocumentTransfersTest final : public QObject, private test::DocumentsTestBase
 {
     Q_OBJECT
 
@@ -53,28 +50,6 @@ private Q_SLOTS:
     void closeAll_whileSaving_waitsForTheFile();
 
 private:
-    [[nodiscard]] EditorWindowController *controller(int index = 0) const
-    {
-        return m_documents->windowControllers().at(index).get();
-    }
-
-    [[nodiscard]] QMainWindow *window(int index = 0) const { return controller(index)->window(); }
-
-    [[nodiscard]] TextDocument *document(int index = 0) const
-    {
-        return m_documents->documentOf(controller(index));
-    }
-
-    void type(const QString &text, int index = 0) const
-    {
-        QTest::keyClicks(controller(index)->textView(), text);
-    }
-
-    [[nodiscard]] QString text(int index = 0) const
-    {
-        return controller(index)->textView()->string().toString();
-    }
-
     /// Opens a file and waits until its text is there.
     void openAndWait(const QString &path) const;
     /// Opens "a.txt", edits it, and starts a save that lasts longer than any test: to be called
@@ -82,31 +57,24 @@ private:
     void startLongSave() const;
     /// The same with one that ends in good time.
     void startSave() const;
-    void replaceText(const Text &text) const;
 
     /// What stands in the folder of the files; a half-written one would be among them.
     [[nodiscard]] QStringList files() const
     {
         return QDir(m_home->path()).entryList(QDir::Files | QDir::Hidden);
     }
-
-    std::unique_ptr<test::TemporaryHome> m_home;
-    std::unique_ptr<DocumentController> m_documents;
 };
 
 void DocumentTransfersTest::init()
 {
     using namespace std::chrono_literals;
-    m_home = std::make_unique<test::TemporaryHome>();
-    m_documents = std::make_unique<DocumentController>();
+    begin();
     m_documents->setPatience({.directBytes = 1, .reading = 0ms, .saving = 0ms});
 }
 
 void DocumentTransfersTest::cleanup()
 {
-    QCoreApplication::processEvents();
-    m_documents.reset();
-    m_home.reset();
+    end();
 }
 
 void DocumentTransfersTest::openAndWait(const QString &path) const
@@ -114,15 +82,6 @@ void DocumentTransfersTest::openAndWait(const QString &path) const
     QVERIFY(m_documents->openFile(path));
     QTRY_VERIFY(
         !document(static_cast<int>(m_documents->windowControllers().size()) - 1)->isReading());
-}
-
-void DocumentTransfersTest::replaceText(const Text &text) const
-{
-    TextView *view = controller()->textView();
-    const TextRange all{0, view->string().size()};
-    view->shouldChangeText(all, text);
-    view->replaceCharacters(all, text);
-    view->didChangeText();
 }
 
 void DocumentTransfersTest::startLongSave() const
@@ -147,15 +106,15 @@ void DocumentTransfersTest::open_large_showsItsWindowFirstAndItsTextLater()
     QVERIFY(m_documents->openFile(path));
     QVERIFY(window()->isVisible());
     QCOMPARE(window()->windowTitle(), u"大きい.txt[*] — penwick"_s);
-    QVERIFY(controller()->textView() == nullptr);
+    QVERIFY(view() == nullptr);
     QVERIFY(document()->isReading());
-    QTRY_VERIFY(controller()->textView() != nullptr);
+    QTRY_VERIFY(view() != nullptr);
     QCOMPARE(text(), u"一\r\n二"_s);
     QCOMPARE(window()->windowTitle(), u"大きい.txt[*] — penwick"_s);
-    QCOMPARE(controller()->textView()->accessibleName(), u"大きい.txt"_s);
+    QCOMPARE(view()->accessibleName(), u"大きい.txt"_s);
     QVERIFY(!window()->isWindowModified());
     QTRY_COMPARE(controller()->documentState()->characterCount(), 3);
-    QTRY_VERIFY(controller()->textView()->hasFocus());
+    QTRY_VERIFY(view()->hasFocus());
     type(u"x"_s);
     QVERIFY(window()->isWindowModified());
 }
@@ -186,7 +145,7 @@ void DocumentTransfersTest::open_severalAtOnce_areAllRead()
     }
     QCOMPARE(m_documents->windowControllers().size(), 5);
     for (int i = 0; i < 5; ++i) {
-        QTRY_VERIFY(controller(i)->textView() != nullptr);
+        QTRY_VERIFY(view(i) != nullptr);
         QCOMPARE(text(i), QString::number(i));
     }
 }
@@ -198,7 +157,7 @@ void DocumentTransfersTest::open_intoThePristineWindow_takesItsPlace()
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
     QCOMPARE(m_documents->windowControllers().size(), 1);
     QCOMPARE(window(), before);
-    QTRY_VERIFY(controller()->textView() != nullptr);
+    QTRY_VERIFY(view() != nullptr);
     QCOMPARE(text(), u"abc"_s);
     QCoreApplication::processEvents();
 }
@@ -217,7 +176,7 @@ void DocumentTransfersTest::open_invalidAtTheEnd_saysSoAndLeavesAnUntitledWindow
     QTRY_COMPARE(window()->windowTitle(), u"名称未設定[*] — penwick"_s);
     QCOMPARE(message, u"ファイルを開けませんでした"_s);
     QVERIFY2(information.endsWith(u"UTF-8 のテキストではありません。"_s), qPrintable(information));
-    QVERIFY(controller()->textView() != nullptr);
+    QVERIFY(view() != nullptr);
     type(u"x"_s);
     QCOMPARE(text(), u"x"_s);
 }
@@ -263,7 +222,7 @@ void DocumentTransfersTest::open_whileItIsRead_refusesSavesAndMacros()
     QVERIFY(!m_documents->saveDocument(controller()));
     QVERIFY(!m_documents->saveDocumentAs(controller()));
     controller()->runMacro(u"return { textEdits: [] };"_s, u"id"_s, u"name"_s, std::nullopt);
-    QTRY_VERIFY(controller()->textView() != nullptr);
+    QTRY_VERIFY(view() != nullptr);
     QCoreApplication::processEvents();
     QVERIFY(!controller()->documentState()->macroNotificationMessage().has_value());
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("abc"));
@@ -315,7 +274,7 @@ void DocumentTransfersTest::save_typingGoesOn_leavesThatUnsaved()
     QTRY_VERIFY(!document()->isWriting());
     QVERIFY(m_home->read(u"a.txt"_s) == QByteArray(30'000'000, 'x'));
     QVERIFY(window()->isWindowModified());
-    controller()->textView()->undo();
+    view()->undo();
     QVERIFY(!window()->isWindowModified());
 }
 
@@ -350,7 +309,7 @@ void DocumentTransfersTest::save_calledOff_keepsTheOldFile()
     QVERIFY(window()->isWindowModified());
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("old"));
     QCOMPARE(files(), QStringList{u"a.txt"_s});
-    QTRY_VERIFY(controller()->textView()->hasFocus());
+    QTRY_VERIFY(view()->hasFocus());
 }
 
 void DocumentTransfersTest::save_noSpace_saysSoAndKeepsEverything()
@@ -381,10 +340,7 @@ void DocumentTransfersTest::saveAs_whileItIsWritten_holdsItsName()
     m_documents->newDocument();
     replaceText(test::hugeText(10));
     const QString path = m_home->file(u"new.txt"_s);
-    test::answerModal([path](QWidget *modal) {
-        modal->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(path);
-        QMetaObject::invokeMethod(modal, "accept");
-    });
+    test::answerModal([path](QWidget *modal) { test::acceptFileName(modal, path); });
     QVERIFY(m_documents->saveDocumentAs(controller()));
     QVERIFY(document()->isWriting());
     QCOMPARE(window()->windowTitle(), u"名称未設定[*] — penwick"_s);
@@ -399,17 +355,11 @@ void DocumentTransfersTest::saveAs_nameTakenMeanwhile_asks()
     m_documents->newDocument();
     replaceText(test::hugeText(50));
     const QString path = m_home->file(u"new.txt"_s);
-    test::answerModal([path](QWidget *modal) {
-        modal->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(path);
-        QMetaObject::invokeMethod(modal, "accept");
-    });
+    test::answerModal([path](QWidget *modal) { test::acceptFileName(modal, path); });
     QVERIFY(m_documents->saveDocumentAs(controller()));
     QVERIFY(document()->isWriting());
     m_home->write(u"new.txt"_s, "theirs");
-    const test::LaterAnswer answer([](QWidget *modal) {
-        test::buttonNamed(modal, u"キャンセル"_s)->click();
-        return true;
-    });
+    const test::LaterAnswer answer(test::clicking(u"キャンセル"_s));
     QTRY_VERIFY(answer.hasAnswered());
     QCOMPARE(m_home->read(u"new.txt"_s), QByteArray("theirs"));
     QCOMPARE(document()->filePath(), QString());
@@ -494,10 +444,7 @@ void DocumentTransfersTest::close_editedAndSaved_closesOnceItIsWritten()
 {
     openAndWait(m_home->write(u"a.txt"_s, "old"));
     replaceText(test::hugeText(30));
-    const test::LaterAnswer answer([](QWidget *modal) {
-        test::buttonNamed(modal, u"保存"_s)->click();
-        return true;
-    });
+    const test::LaterAnswer answer(test::clicking(u"保存"_s));
     QVERIFY(window()->close());
     QVERIFY(!m_documents->hasDocuments());
     QVERIFY(m_home->read(u"a.txt"_s) == QByteArray(30'000'000, 'x'));

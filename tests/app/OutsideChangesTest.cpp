@@ -1,16 +1,12 @@
 #include "app/OutsideChanges.h"
 
-#include "app/DocumentController.h"
-#include "editor/TextView.h"
+#include "app/DocumentsTestBase.h"
 #include "platform/TemporaryFile.h"
 #include "support/FileSizeLimit.h"
 #include "support/ModalAnswer.h"
-#include "support/TemporaryHome.h"
 
 #include <QFileDialog>
 #include <QInputMethodEvent>
-#include <QLineEdit>
-#include <QScrollBar>
 #include <QTest>
 
 #include <cstdio>
@@ -21,13 +17,16 @@ using namespace penwick;
 using namespace Qt::StringLiterals;
 
 /// What other programs do to a file that is open here, through real files and windows.
-class OutsideChangesTest final : public QObject
+class OutsideChangesTest final : public QObject, private test::DocumentsTestBase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+
+    void init() { begin(); }
+
+    void cleanup() { end(); }
+
     void change_uneditedText_followsTheFileAsOneStep();
     void change_largeFile_isReadWhileTheWindowGoesOn();
     void change_manyLines_keepsCaretAndScrolling();
@@ -52,17 +51,6 @@ private Q_SLOTS:
     void interruptedSave_open_saysWhereTheTextIs();
 
 private:
-    [[nodiscard]] EditorWindowController *controller() const
-    {
-        return m_documents->windowControllers().first().get();
-    }
-
-    [[nodiscard]] TextDocument *document() const { return m_documents->documentOf(controller()); }
-
-    [[nodiscard]] TextView *view() const { return controller()->textView(); }
-
-    [[nodiscard]] QString text() const { return view()->string().toString(); }
-
     [[nodiscard]] std::optional<QString> message() const
     {
         return controller()->documentState()->macroNotificationMessage();
@@ -75,30 +63,13 @@ private:
         QTRY_VERIFY(view() != nullptr);
     }
 
-    void type(const QString &text) const { QTest::keyClicks(view(), text); }
-
     void check() const { m_documents->checkFileOnDisk(controller()); }
 
     /// As another program does that writes into the file.
     void change(const QByteArray &content) const { m_home->write(u"a.txt"_s, content); }
 
-    std::unique_ptr<test::TemporaryHome> m_home;
-    std::unique_ptr<DocumentController> m_documents;
     QString m_path;
 };
-
-void OutsideChangesTest::init()
-{
-    m_home = std::make_unique<test::TemporaryHome>();
-    m_documents = std::make_unique<DocumentController>();
-}
-
-void OutsideChangesTest::cleanup()
-{
-    QCoreApplication::processEvents();
-    m_documents.reset();
-    m_home.reset();
-}
 
 void OutsideChangesTest::change_uneditedText_followsTheFileAsOneStep()
 {
@@ -161,7 +132,7 @@ void OutsideChangesTest::change_fileReplaced_isNoticedWhenTheWindowComesForward(
     m_home->write(u"b.txt"_s, "theirs");
     QCOMPARE(std::rename(qPrintable(m_home->file(u"b.txt"_s)), qPrintable(m_path)), 0);
     QEvent activation(QEvent::WindowActivate);
-    QCoreApplication::sendEvent(controller()->window(), &activation);
+    QCoreApplication::sendEvent(window(), &activation);
     QTRY_COMPARE(text(), u"theirs"_s);
 }
 
@@ -202,10 +173,7 @@ void OutsideChangesTest::change_editedText_loadTheirs_isOneStepBack()
     open("old");
     type(u"x"_s);
     change("theirs");
-    const test::LaterAnswer answer([&](QWidget *modal) {
-        test::buttonNamed(modal, u"ファイルの内容を読み込む"_s)->click();
-        return true;
-    });
+    const test::LaterAnswer answer(test::clicking(u"ファイルの内容を読み込む"_s));
     check();
     QTRY_COMPARE(text(), u"theirs"_s);
     QVERIFY(!document()->isEdited());
@@ -317,7 +285,7 @@ void OutsideChangesTest::change_windowClosedMeanwhile_isForgotten()
     open("old");
     change(QByteArray(5'000'000, 'x'));
     check();
-    QVERIFY(controller()->window()->close());
+    QVERIFY(window()->close());
     QVERIFY(!m_documents->hasDocuments());
     QTest::qWait(100);
 }
@@ -329,18 +297,11 @@ void OutsideChangesTest::change_betweenCheckAndSave_asks()
                               .reading = std::chrono::milliseconds(0),
                               .saving = std::chrono::milliseconds(0)});
     open("old");
-    const TextRange all{0, view()->string().size()};
-    const Text text(QString(50'000'000, u'x'));
-    view()->shouldChangeText(all, text);
-    view()->replaceCharacters(all, text);
-    view()->didChangeText();
+    replaceText(Text(QString(50'000'000, u'x')));
     QVERIFY(m_documents->saveDocument(controller()));
     QTRY_VERIFY(document()->transferPercent() > 0);
     change("theirs");
-    const test::LaterAnswer answer([&](QWidget *modal) {
-        test::buttonNamed(modal, u"キャンセル"_s)->click();
-        return true;
-    });
+    const test::LaterAnswer answer(test::clicking(u"キャンセル"_s));
     QTRY_VERIFY(answer.hasAnswered());
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("theirs"));
     QVERIFY(document()->isEdited());
@@ -353,7 +314,7 @@ void OutsideChangesTest::deleted_text_staysAndIsUnsaved()
     check();
     QTRY_COMPARE(message(), u"ファイルが削除または移動されました。保存すると再び作られます"_s);
     QVERIFY(document()->isEdited());
-    QVERIFY(controller()->window()->isWindowModified());
+    QVERIFY(window()->isWindowModified());
     QCOMPARE(text(), u"old"_s);
     // Told once.
     controller()->documentState()->setMacroNotificationMessage(std::nullopt);
@@ -408,10 +369,7 @@ void OutsideChangesTest::keepMine_undoToTheOldText_staysUnsaved()
     open("old");
     type(u"x"_s);
     change("theirs");
-    const test::LaterAnswer answer([&](QWidget *modal) {
-        test::buttonNamed(modal, u"自分の編集を残す"_s)->click();
-        return true;
-    });
+    const test::LaterAnswer answer(test::clicking(u"自分の編集を残す"_s));
     check();
     QTRY_VERIFY(answer.hasAnswered());
     view()->undo();

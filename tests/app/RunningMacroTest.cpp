@@ -1,21 +1,18 @@
-#include "app/DocumentController.h"
+#include "app/DocumentsTestBase.h"
 #include "app/MacroLauncher.h"
-#include "editor/TextView.h"
 #include "macro/engine/EditorTabBar.h"
 #include "macro/engine/MacroRunNotice.h"
 #include "macro/script/ScriptHostPool.h"
 #include "support/Macros.h"
-#include "support/TemporaryHome.h"
 
 #include <QFile>
-#include <QMainWindow>
 #include <QTest>
 
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
 /// What the program does while a macro runs on one of its windows.
-class RunningMacroTest final : public QObject
+class RunningMacroTest final : public QObject, private test::DocumentsTestBase
 {
     Q_OBJECT
 
@@ -34,14 +31,9 @@ private Q_SLOTS:
     void documents_goneMeanwhile_endTheMacro();
 
 private:
-    [[nodiscard]] std::shared_ptr<EditorWindowController> controller(int index) const
-    {
-        return m_documents->windowControllers().at(index);
-    }
-
     [[nodiscard]] MacroRunNotice *notice(int index) const
     {
-        return controller(index)->window()->findChild<MacroRunNotice *>();
+        return window(index)->findChild<MacroRunNotice *>();
     }
 
     /// Starts a macro that never ends, and returns once its notice is there.
@@ -51,50 +43,45 @@ private:
         QVERIFY(controller(index)->isRunningMacro());
         QVERIFY(notice(index) != nullptr);
     }
-
-    std::unique_ptr<test::TemporaryHome> m_home;
-    std::unique_ptr<DocumentController> m_documents;
 };
 
 void RunningMacroTest::init()
 {
-    m_home = std::make_unique<test::TemporaryHome>();
-    m_documents = std::make_unique<DocumentController>();
+    begin();
     m_documents->newDocument();
 }
 
 void RunningMacroTest::cleanup()
 {
-    m_documents.reset();
-    m_home.reset();
+    end();
 }
 
 void RunningMacroTest::close_showsTheNoticeAndStaysOpen()
 {
     runEndless(0);
-    QVERIFY(!controller(0)->window()->close());
+    QVERIFY(!window(0)->close());
     QVERIFY(notice(0)->isVisible());
     QVERIFY(controller(0)->isRunningMacro());
-    QVERIFY(controller(0)->window()->isVisible());
+    QVERIFY(window(0)->isVisible());
 }
 
 void RunningMacroTest::close_afterStopping_closes()
 {
     runEndless(0);
     notice(0)->reject();
-    QVERIFY(controller(0)->window()->close());
+    QVERIFY(window(0)->close());
     QVERIFY(m_documents->windowControllers().isEmpty());
 }
 
 void RunningMacroTest::quit_showsTheNoticeAndClosesNothing()
 {
     m_documents->newDocument();
-    QTest::keyClicks(controller(1)->textView(), u"unsaved"_s);
+    type(u"unsaved"_s, 1);
     runEndless(0);
-    controller(1)->window()->activateWindow();
+    window(1)->activateWindow();
     QVERIFY(!m_documents->closeAll());
     QCOMPARE(m_documents->windowControllers().size(), qsizetype{2});
-    QVERIFY(controller(0)->window()->isVisible() && controller(1)->window()->isVisible());
+    QVERIFY(window(0)->isVisible() && window(1)->isVisible());
     QVERIFY(notice(0)->isVisible());
     QVERIFY(controller(0)->isRunningMacro());
 }
@@ -105,13 +92,14 @@ void RunningMacroTest::open_file_leavesTheWindowOfTheMacroAlone()
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
     QCOMPARE(m_documents->windowControllers().size(), qsizetype{2});
     QVERIFY(controller(0)->isRunningMacro());
-    QCOMPARE(controller(1)->textView()->string().toString(), u"abc"_s);
+    QCOMPARE(text(1), u"abc"_s);
 }
 
 void RunningMacroTest::macroWithAPrompt_onTheSameWindow_asksNothing()
 {
     runEndless(0);
-    const MacroLauncher launcher([this] { return controller(0); }, systemClock());
+    const MacroLauncher launcher([this] { return m_documents->windowControllers().first(); },
+                                 systemClock());
     Macro macro = test::sampleMacro();
     macro.id = u"default_addLinePrefix"_s;
     launcher.promptOrRun(macro); // A prompt would not return.
@@ -125,8 +113,8 @@ void RunningMacroTest::open_another_goesToAWindowThatIsFree()
     m_documents->newDocument();
     runEndless(0);
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
-    QVERIFY(controller(2)->window() != controller(0)->window());
-    QCOMPARE(controller(1)->window(), controller(0)->window());
+    QVERIFY(window(2) != window(0));
+    QCOMPARE(window(1), window(0));
 }
 
 void RunningMacroTest::move_ofItsTab_isRefused()
@@ -134,24 +122,24 @@ void RunningMacroTest::move_ofItsTab_isRefused()
     m_documents->newDocument();
     m_documents->newDocument(DocumentController::Placement::NewWindow);
     runEndless(0);
-    EditorWindow *window = controller(0)->window();
-    m_documents->moveToNewWindow(controller(0).get(), {0, 0});
-    controller(0)->moveTo(controller(2)->window()->shared_from_this());
-    QCOMPARE(controller(0)->window(), window);
-    QCOMPARE(notice(0)->parentWidget(), window);
+    EditorWindow *before = window(0);
+    m_documents->moveToNewWindow(controller(0), {0, 0});
+    controller(0)->moveTo(window(2)->shared_from_this());
+    QCOMPARE(window(0), before);
+    QCOMPARE(notice(0)->parentWidget(), before);
 }
 
 void RunningMacroTest::close_ofTheWindowFromAnotherTab_showsTheMacrosTab()
 {
     m_documents->newDocument();
-    QTest::keyClicks(controller(1)->textView(), u"unsaved"_s);
+    type(u"unsaved"_s, 1);
     runEndless(0);
-    controller(0)->window()->setCurrentController(controller(1).get());
-    QVERIFY(!controller(0)->window()->close()); // A question about the text would not return.
+    window(0)->setCurrentController(controller(1));
+    QVERIFY(!window(0)->close()); // A question about the text would not return.
     QVERIFY(controller(0)->isInFront());
     QVERIFY(notice(0)->isVisible());
-    QVERIFY(!m_documents->closeOtherDocuments(controller(1).get()));
-    QVERIFY(!m_documents->closeDocument(controller(0).get()));
+    QVERIFY(!m_documents->closeOtherDocuments(controller(1)));
+    QVERIFY(!m_documents->closeDocument(controller(0)));
     QVERIFY(controller(0)->isRunningMacro());
     QCOMPARE(m_documents->windowControllers().size(), qsizetype{2});
 }
@@ -165,12 +153,12 @@ void RunningMacroTest::edits_ofAMacroBehind_reachItsText()
                             u"name"_s,
                             std::nullopt);
     QVERIFY(controller(0)->isRunningMacro());
-    controller(0)->window()->setCurrentController(controller(1).get());
+    window(0)->setCurrentController(controller(1));
     QTRY_VERIFY_WITH_TIMEOUT(!controller(0)->isRunningMacro(), 60000);
-    QCOMPARE(controller(0)->textView()->string().toString(), u"new"_s);
-    QVERIFY(controller(1)->textView()->string().isEmpty());
+    QCOMPARE(text(0), u"new"_s);
+    QVERIFY(view(1)->string().isEmpty());
     QVERIFY(controller(1)->isInFront());
-    const EditorTabBar *bar = controller(0)->window()->tabBar();
+    const EditorTabBar *bar = window(0)->tabBar();
     QTRY_COMPARE(bar->accessibleTabName(0), u"名称未設定（未保存の変更あり）"_s);
 }
 

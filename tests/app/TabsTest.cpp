@@ -1,10 +1,8 @@
-#include "app/DocumentController.h"
+#include "app/DocumentsTestBase.h"
 #include "editor/MainEditorView.h"
 #include "editor/StatusMessageLabel.h"
-#include "editor/TextView.h"
 #include "macro/engine/EditorTabBar.h"
 #include "support/ModalAnswer.h"
-#include "support/TemporaryHome.h"
 
 #include <QDialog>
 #include <QScrollBar>
@@ -16,13 +14,16 @@ using namespace penwick;
 using namespace Qt::StringLiterals;
 
 /// Documents in the tabs of windows: where they open, how they close, and where they move.
-class TabsTest final : public QObject
+class TabsTest final : public QObject, private test::DocumentsTestBase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+
+    void init() { begin(); }
+
+    void cleanup() { end(); }
+
     void open_severalFiles_becomeTabsInOrder();
     void open_inANewWindow_leavesTheOthers();
     void open_afterwards_goesToTheWindowActiveLast();
@@ -56,23 +57,6 @@ private Q_SLOTS:
     void failure_ofATabThatIsRead_leavesTheOthers();
 
 private:
-    [[nodiscard]] std::shared_ptr<EditorWindowController> controller(int index) const
-    {
-        return m_documents->windowControllers().at(index);
-    }
-
-    [[nodiscard]] EditorWindow *window(int index) const { return controller(index)->window(); }
-
-    [[nodiscard]] QString text(int index) const
-    {
-        return controller(index)->textView()->string().toString();
-    }
-
-    void type(int index, const QString &text) const
-    {
-        QTest::keyClicks(controller(index)->textView(), text);
-    }
-
     void open(const QString &name, DocumentController::Placement placement = {}) const
     {
         QVERIFY(m_documents->openFile(m_home->write(name, name.toUtf8()), placement));
@@ -87,28 +71,12 @@ private:
     void middleClick(int index) const
     {
         EditorTabBar *bar = window(index)->tabBar();
-        const int tab = window(index)->indexOf(controller(index).get());
+        const int tab = window(index)->indexOf(controller(index));
         QTest::mouseClick(bar, Qt::MiddleButton, {}, bar->tabRect(tab).center());
     }
 
     static constexpr auto kNewWindow = DocumentController::Placement::NewWindow;
-
-    std::unique_ptr<test::TemporaryHome> m_home;
-    std::unique_ptr<DocumentController> m_documents;
 };
-
-void TabsTest::init()
-{
-    m_home = std::make_unique<test::TemporaryHome>();
-    m_documents = std::make_unique<DocumentController>();
-}
-
-void TabsTest::cleanup()
-{
-    QCoreApplication::processEvents();
-    m_documents.reset();
-    m_home.reset();
-}
 
 void TabsTest::open_severalFiles_becomeTabsInOrder()
 {
@@ -122,7 +90,7 @@ void TabsTest::open_severalFiles_becomeTabsInOrder()
     QCOMPARE(bar->tabToolTip(1), m_home->file(u"b.txt"_s));
     QVERIFY(controller(2)->isInFront());
     QCOMPARE(window(0)->windowTitle(), u"c.txt[*] — penwick"_s);
-    QTRY_VERIFY(controller(2)->textView()->hasFocus());
+    QTRY_VERIFY(view(2)->hasFocus());
 }
 
 void TabsTest::open_inANewWindow_leavesTheOthers()
@@ -180,7 +148,7 @@ void TabsTest::open_fileOfATabBehind_bringsThatForward()
     QVERIFY(m_documents->openFile(m_home->file(u"a.txt"_s)));
     QVERIFY(controller(0)->isInFront());
     QCOMPARE(window(0)->count(), 2);
-    QTRY_COMPARE(QApplication::focusWidget(), controller(0)->textView());
+    QTRY_COMPARE(QApplication::focusWidget(), view(0));
 }
 
 void TabsTest::new_document_isATabInFront()
@@ -202,9 +170,9 @@ void TabsTest::statusBar_ofEachTab_showsItsOwn()
         return label->isVisible() ? label->text() : QString();
     };
     QTRY_COMPARE(shown(1), QString());
-    window(0)->setCurrentController(controller(0).get());
+    window(0)->setCurrentController(controller(0));
     QTRY_COMPARE(shown(0), u"about a"_s);
-    type(0, u"xy"_s);
+    type(u"xy"_s);
     QTRY_COMPARE(controller(0)->documentState()->characterCount(), 7);
     QCOMPARE(controller(1)->documentState()->characterCount(), 5);
 }
@@ -213,16 +181,16 @@ void TabsTest::closeTab_unedited_leavesTheOthers()
 {
     open({u"a.txt"_s, u"b.txt"_s, u"c.txt"_s});
     EditorWindow *window = this->window(0);
-    QVERIFY(m_documents->closeDocument(controller(1).get()));
+    QVERIFY(m_documents->closeDocument(controller(1)));
     QCOMPARE(m_documents->windowControllers().size(), 2);
     QCOMPARE(window->count(), 2);
     QVERIFY(window->isVisible());
     QVERIFY(controller(1)->isInFront());
-    QVERIFY(m_documents->closeDocument(controller(1).get()));
+    QVERIFY(m_documents->closeDocument(controller(1)));
     QVERIFY(controller(0)->isInFront());
     QCOMPARE(window->windowTitle(), u"a.txt[*] — penwick"_s);
     QVERIFY(!window->tabBar()->isVisible());
-    QTRY_COMPARE(QApplication::focusWidget(), controller(0)->textView());
+    QTRY_COMPARE(QApplication::focusWidget(), view(0));
 }
 
 void TabsTest::closeTab_edited_asksAboutItAlone_data()
@@ -240,12 +208,12 @@ void TabsTest::closeTab_edited_asksAboutItAlone()
     QFETCH(QString, answer);
     QFETCH(bool, closes);
     open({u"a.txt"_s, u"b.txt"_s});
-    type(0, u"x"_s);
-    type(1, u"y"_s); // Not asked about.
+    type(u"x"_s);
+    type(u"y"_s, 1); // Not asked about.
     EditorWindow *window = this->window(0);
     QString message;
     test::clickInModal(answer, &message);
-    QCOMPARE(m_documents->closeDocument(controller(0).get()), closes);
+    QCOMPARE(m_documents->closeDocument(controller(0)), closes);
     QCOMPARE(message, u"「a.txt」への変更を保存しますか？"_s);
     QCOMPARE(window->count(), closes ? 1 : 2);
     QCOMPARE(window->currentController()->document()->isEdited(), true);
@@ -256,10 +224,10 @@ void TabsTest::closeTab_edited_asksAboutItAlone()
 void TabsTest::closeTab_namedToMislead_asksOnOneLine()
 {
     open({u"a\u202Etxt\n.exe"_s, u"b.txt"_s});
-    type(0, u"x"_s);
+    type(u"x"_s);
     QString message;
     test::clickInModal(u"キャンセル"_s, &message);
-    QVERIFY(!m_documents->closeDocument(controller(0).get()));
+    QVERIFY(!m_documents->closeDocument(controller(0)));
     QCOMPARE(message, u"「a\uFFFDtxt\uFFFD.exe」への変更を保存しますか？"_s);
 }
 
@@ -268,8 +236,8 @@ void TabsTest::closeTab_last_closesTheWindowOnly()
     open(u"a.txt"_s);
     open(u"b.txt"_s, kNewWindow);
     const EditorWindow *first = window(0);
-    const auto kept = controller(0);
-    QVERIFY(m_documents->closeDocument(controller(0).get()));
+    const auto kept = m_documents->windowControllers().at(0);
+    QVERIFY(m_documents->closeDocument(controller(0)));
     QVERIFY(!first->isVisible());
     QCOMPARE(m_documents->windows().size(), 1);
     QVERIFY(window(0)->isVisible());
@@ -279,7 +247,7 @@ void TabsTest::closeTab_last_closesTheWindowOnly()
 void TabsTest::closeTab_byTheMiddleButton_asksToo()
 {
     open({u"a.txt"_s, u"b.txt"_s, u"c.txt"_s});
-    type(0, u"x"_s);
+    type(u"x"_s);
     middleClick(1);
     QCOMPARE(m_documents->windowControllers().size(), 2);
     QVERIFY(controller(1)->isInFront());
@@ -297,7 +265,7 @@ void TabsTest::closeTab_heldElsewhere_keepsItsText()
 {
     open({u"a.txt"_s, u"b.txt"_s});
     const EditorWindow *window = this->window(0);
-    const auto kept = controller(1);
+    const auto kept = m_documents->windowControllers().at(1);
     QVERIFY(m_documents->closeDocument(kept.get()));
     QCoreApplication::processEvents();
     QVERIFY(kept->window() != nullptr && kept->window() != window);
@@ -313,7 +281,7 @@ void TabsTest::closeTab_whileItIsRead_closesItOnly()
     open(u"a.txt"_s);
     m_documents->setPatience({.directBytes = 1, .reading = 0ms, .saving = 0ms});
     QVERIFY(m_documents->openFile(m_home->write(u"b.txt"_s, QByteArray(20'000'000, 'x'))));
-    QVERIFY(m_documents->documentOf(controller(1).get())->isReading());
+    QVERIFY(document(1)->isReading());
     QCOMPARE(window(1), window(0));
     middleClick(1);
     QCOMPARE(m_documents->windowControllers().size(), 1);
@@ -323,8 +291,8 @@ void TabsTest::closeTab_whileItIsRead_closesItOnly()
 void TabsTest::closeOthers_agreed_leavesOne()
 {
     open({u"a.txt"_s, u"b.txt"_s, u"c.txt"_s});
-    type(2, u"x"_s);
-    const auto kept = controller(1);
+    type(u"x"_s, 2);
+    const auto kept = m_documents->windowControllers().at(1);
     test::clickInModal(u"保存しない"_s);
     QVERIFY(m_documents->closeOtherDocuments(kept.get()));
     QCOMPARE(m_documents->windowControllers(), QList{kept});
@@ -334,17 +302,17 @@ void TabsTest::closeOthers_agreed_leavesOne()
 void TabsTest::closeOthers_cancelled_leavesAll()
 {
     open({u"a.txt"_s, u"b.txt"_s, u"c.txt"_s});
-    type(2, u"x"_s);
+    type(u"x"_s, 2);
     test::clickInModal(u"キャンセル"_s);
-    QVERIFY(!m_documents->closeOtherDocuments(controller(1).get()));
+    QVERIFY(!m_documents->closeOtherDocuments(controller(1)));
     QCOMPARE(window(0)->count(), 3);
 }
 
 void TabsTest::closeWindow_asksAboutEachInFront()
 {
     open({u"a.txt"_s, u"b.txt"_s, u"c.txt"_s});
-    type(0, u"x"_s);
-    type(2, u"y"_s);
+    type(u"x"_s);
+    type(u"y"_s, 2);
     QStringList titles;
     EditorWindow *window = this->window(0);
     const auto answer = [&titles, window](QWidget *modal) {
@@ -363,8 +331,8 @@ void TabsTest::closeWindow_asksAboutEachInFront()
 void TabsTest::closeWindow_cancelAtTheSecond_leavesAll()
 {
     open({u"a.txt"_s, u"b.txt"_s, u"c.txt"_s});
-    type(0, u"x"_s);
-    type(2, u"y"_s);
+    type(u"x"_s);
+    type(u"y"_s, 2);
     test::answerModal([](QWidget *modal) {
         test::clickInModal(u"キャンセル"_s);
         test::buttonNamed(modal, u"保存しない"_s)->click();
@@ -372,15 +340,15 @@ void TabsTest::closeWindow_cancelAtTheSecond_leavesAll()
     QVERIFY(!window(0)->close());
     QCOMPARE(window(0)->count(), 3);
     QCOMPARE(text(0), u"xa.txt"_s);
-    QVERIFY(m_documents->documentOf(controller(0).get())->isEdited());
+    QVERIFY(document(0)->isEdited());
     QVERIFY(window(0)->isVisible() && controller(2)->isInFront());
 }
 
 void TabsTest::closeWindow_savesWhatWasAskedFor()
 {
     open({u"a.txt"_s, u"b.txt"_s});
-    type(0, u"x"_s);
-    type(1, u"y"_s);
+    type(u"x"_s);
+    type(u"y"_s, 1);
     test::answerModal([](QWidget *modal) {
         test::clickInModal(u"保存しない"_s);
         test::buttonNamed(modal, u"保存"_s)->click();
@@ -396,7 +364,7 @@ void TabsTest::closeWindow_whileATabIsRead_closes()
     open(u"a.txt"_s);
     m_documents->setPatience({.directBytes = 1, .reading = 0ms, .saving = 0ms});
     QVERIFY(m_documents->openFile(m_home->write(u"b.txt"_s, QByteArray(20'000'000, 'x'))));
-    type(0, u"x"_s);
+    type(u"x"_s);
     test::clickInModal(u"保存しない"_s);
     QVERIFY(window(0)->close());
     QVERIFY(!m_documents->hasDocuments());
@@ -406,11 +374,11 @@ void TabsTest::closeWindow_whileATabIsRead_closes()
 void TabsTest::closeWindow_fileOpenedDuringTheQuestion_isAskedAboutToo()
 {
     open(u"a.txt"_s);
-    type(0, u"x"_s);
+    type(u"x"_s);
     test::answerModal([this](QWidget *modal) {
         open(u"b.txt"_s);
         QCOMPARE(window(1), window(0));
-        type(1, u"y"_s);
+        type(u"y"_s, 1);
         test::clickInModal(u"キャンセル"_s);
         test::buttonNamed(modal, u"保存しない"_s)->click();
     });
@@ -423,7 +391,7 @@ void TabsTest::closeWindow_one_leavesTheOtherWindow()
 {
     open({u"a.txt"_s, u"b.txt"_s});
     open(u"c.txt"_s, kNewWindow);
-    type(2, u"x"_s);
+    type(u"x"_s, 2);
     QVERIFY(window(0)->close());
     QCOMPARE(m_documents->windowControllers().size(), 1);
     QCOMPARE(text(0), u"xc.txt"_s);
@@ -433,8 +401,8 @@ void TabsTest::quit_withTabsInTwoWindows_asksForAllFirst()
 {
     open({u"a.txt"_s, u"b.txt"_s});
     open(u"c.txt"_s, kNewWindow);
-    type(0, u"x"_s);
-    type(2, u"y"_s);
+    type(u"x"_s);
+    type(u"y"_s, 2);
     test::answerModal([](QWidget *modal) {
         test::clickInModal(u"キャンセル"_s);
         test::buttonNamed(modal, u"保存しない"_s)->click();
@@ -467,17 +435,17 @@ void TabsTest::moveToNewWindow_keepsTextUndoAndPlace()
 {
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, QByteArray("line\n").repeated(1000))));
     open(u"b.txt"_s);
-    type(0, u"x"_s);
+    type(u"x"_s);
     EditorWindow *former = window(0);
-    former->setCurrentController(controller(0).get());
-    controller(0)->textView()->setSelectedRange({500, 10});
-    controller(0)->textView()->verticalScrollBar()->setValue(200);
+    former->setCurrentController(controller(0));
+    view(0)->setSelectedRange({500, 10});
+    view(0)->verticalScrollBar()->setValue(200);
     QList<EditorWindow *> made;
     connect(m_documents.get(),
             &DocumentController::windowMade,
             this,
             [&made](EditorWindow *window) { made << window; });
-    m_documents->moveToNewWindow(controller(0).get(), {100, 50});
+    m_documents->moveToNewWindow(controller(0), {100, 50});
     QCOMPARE(made, QList{window(0)});
     QVERIFY(window(0) != former && window(0)->isVisible());
     QCOMPARE(window(0)->size(), former->size());
@@ -485,14 +453,14 @@ void TabsTest::moveToNewWindow_keepsTextUndoAndPlace()
     QVERIFY(!former->tabBar()->isVisible());
     QCOMPARE(window(0)->windowTitle(), u"a.txt[*] — penwick"_s);
     QVERIFY(window(0)->isWindowModified() && !former->isWindowModified());
-    QCOMPARE(controller(0)->textView()->selectedRange(), (TextRange{500, 10}));
-    QCOMPARE(controller(0)->textView()->verticalScrollBar()->value(), 200);
+    QCOMPARE(view(0)->selectedRange(), (TextRange{500, 10}));
+    QCOMPARE(view(0)->verticalScrollBar()->value(), 200);
     QTRY_COMPARE(QApplication::activeWindow(), window(0));
-    QTRY_VERIFY(controller(0)->textView()->hasFocus());
-    controller(0)->textView()->undo();
+    QTRY_VERIFY(view(0)->hasFocus());
+    view(0)->undo();
     QVERIFY(!window(0)->isWindowModified());
     // What asks about it stands over its new window.
-    type(0, u"y"_s);
+    type(u"y"_s);
     test::answerModal([this](QWidget *modal) {
         QCOMPARE(modal->parentWidget(), window(0));
         modal->close();
@@ -505,7 +473,7 @@ void TabsTest::moveToNewWindow_alone_movesTheWindow()
 {
     open(u"a.txt"_s);
     const EditorWindow *former = window(0);
-    m_documents->moveToNewWindow(controller(0).get(), {30, 40});
+    m_documents->moveToNewWindow(controller(0), {30, 40});
     QCOMPARE(window(0), former);
     QCOMPARE(former->pos(), QPoint(30, 40));
 }
@@ -516,7 +484,7 @@ void TabsTest::moveToNewWindow_ofAMaximisedWindow_hasItsOrdinarySize()
     window(0)->resize(640, 480);
     QCoreApplication::processEvents();
     window(0)->showMaximized();
-    m_documents->moveToNewWindow(controller(1).get(), {5000, 5000});
+    m_documents->moveToNewWindow(controller(1), {5000, 5000});
     QCOMPARE(window(1)->size(), QSize(640, 480));
     QVERIFY(!window(1)->isMaximized());
     QVERIFY(window(1)->screen()->availableGeometry().contains(window(1)->pos()));
@@ -525,14 +493,14 @@ void TabsTest::moveToNewWindow_ofAMaximisedWindow_hasItsOrdinarySize()
 void TabsTest::moveBack_closesTheEmptyWindowSilently()
 {
     open({u"a.txt"_s, u"b.txt"_s});
-    type(1, u"x"_s);
-    m_documents->moveToNewWindow(controller(1).get(), {0, 0});
+    type(u"x"_s, 1);
+    m_documents->moveToNewWindow(controller(1), {0, 0});
     const std::weak_ptr<EditorWindow> torn = window(1)->shared_from_this();
     controller(1)->moveTo(window(0)->shared_from_this(), 0);
     QCoreApplication::processEvents();
     QVERIFY(torn.expired());
     QCOMPARE(window(0)->count(), 2);
-    QCOMPARE(window(0)->indexOf(controller(1).get()), 0);
+    QCOMPARE(window(0)->indexOf(controller(1)), 0);
     QCOMPARE(m_documents->windows().size(), 1);
     open(u"c.txt"_s); // Where to, though the window active last is gone.
     QCOMPARE(window(0)->count(), 3);
@@ -544,7 +512,7 @@ void TabsTest::failure_ofATabThatIsRead_leavesTheOthers()
     open(u"a.txt"_s);
     m_documents->setPatience({.directBytes = 1, .reading = 0ms, .saving = 0ms});
     QVERIFY(m_documents->openFile(m_home->write(u"bad.txt"_s, "abc\xFF")));
-    window(0)->setCurrentController(controller(0).get());
+    window(0)->setCurrentController(controller(0));
     const test::LaterAnswer answer([](QWidget *modal) { return modal->close(); });
     QTRY_COMPARE(m_documents->windowControllers().size(), 1);
     QVERIFY(answer.hasAnswered());

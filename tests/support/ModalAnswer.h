@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QApplication>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QString>
@@ -56,6 +57,13 @@ inline void clickInModal(const QString &buttonText, QString *message = nullptr)
     });
 }
 
+/// Types a path into the name field of a file dialog, and accepts the dialog.
+inline void acceptFileName(QWidget *dialog, const QString &path)
+{
+    dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->setText(path);
+    QMetaObject::invokeMethod(dialog, "accept");
+}
+
 /// Calls `answer` with every modal window that is seen open while this lives, until it returns
 /// true: that was the one.
 class LaterAnswer final
@@ -83,5 +91,16 @@ private:
     QTimer m_timer;
     bool m_hasAnswered = false;
 };
+
+/// What a LaterAnswer does that clicks the button with this text in the first window that has one.
+inline std::function<bool(QWidget *)> clicking(const QString &buttonText)
+{
+    return [buttonText](QWidget *window) {
+        QPushButton *button = buttonNamed(window, buttonText);
+        if (button != nullptr)
+            button->click();
+        return button != nullptr;
+    };
+}
 
 } // namespace penwick::test
