@@ -1,29 +1,24 @@
 #include "editor/FindBar.h"
 
-#include "editor/FindController.h"
-#include "editor/MainEditorView.h"
-#include "editor/TextView.h"
-#include "editor/TextViewRepresentable.h"
+#include "editor/FindTestBase.h"
 #include "platform/NotificationCenter.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
 
-#include <QInputMethodEvent>
-#include <QLabel>
-#include <QLineEdit>
 #include <QTest>
-#include <QToolButton>
 
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
-/// The bar in a shown editor, driven by the keys of a person.
-class FindBarTest final : public QObject
+/// The bar in a shown editor, how it opens, looks and replaces, driven by the keys of a person.
+class FindBarTest final : public QObject, private test::FindTestBase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
+
+    void init() { begin(); }
+
     void cleanup();
     void ctrlF_opensTheBarAndEscapeReturns();
     void ctrlF_takesTheSelectionAsPattern();
@@ -31,123 +26,21 @@ private Q_SLOTS:
     void ctrlF_asExpression_escapesTheSelection();
     void ctrlH_showsTheReplaceRow();
     void escape_inTheText_closesTheBarBeforeTheMessage();
-    void typing_findsFromTheCaret();
-    void typing_withoutMatch_returnsToTheCaret();
-    void returnKeys_stepBothWaysAndWrap();
-    void wrap_off_staysAtTheEnd();
-    void keys_ofTheText_findNextAndPrevious();
-    void f3_withBarClosed_repeatsTheSearch();
-    void f3_manyAtOnce_takesEveryStep();
-    void emptyMatches_areSteppedThrough();
-    void switches_changeWhatMatches();
-    void count_showsNumberAndTotal();
-    void count_followsEdits();
-    void count_ofLongText_comesInSlices();
-    void error_isShownInTheBar();
-    void expression_catastrophic_keepsTheWindowAlive();
-    void inputMethod_searchesForCommittedText();
     void replace_replacesTheMatchAndFindsTheNext();
     void replaceAll_isOneUndoStep();
     void replaceAll_manyMatches_isOneUndoStep();
     void replaceAll_editedMeanwhile_isDropped();
     void wording_changed_relabels();
-    void marks_visibleMatches_areDrawn();
     void bar_narrow_keepsItsParts();
     void bar_darkPalette_isLegible();
     void tab_walksThroughTheBar();
-    void closed_whileSearching_isHarmless();
     void keys_ofAPartOfTheWindow_workInItOnly();
-
-private:
-    void setText(const QString &text);
-    void setText(const Text &text);
-    void key(Qt::Key key, Qt::KeyboardModifiers modifiers = {});
-    void open(const QString &pattern, Qt::Key key = Qt::Key_F);
-
-    [[nodiscard]] TextView *view() const { return m_view->textView(); }
-
-    [[nodiscard]] FindBar *bar() const { return m_view->textViewRepresentable()->findBar(); }
-
-    [[nodiscard]] QString selected() const;
-
-    [[nodiscard]] QString text() const { return view()->string().toString(); }
-
-    [[nodiscard]] qint64 selectionStart() const { return view()->selectedRange().location; }
-
-    [[nodiscard]] QLineEdit *field(const char *name = "findField") const
-    {
-        return bar()->findChild<QLineEdit *>(QString::fromLatin1(name));
-    }
-
-    [[nodiscard]] QLabel *label(const char *name) const
-    {
-        return bar()->findChild<QLabel *>(QString::fromLatin1(name));
-    }
-
-    [[nodiscard]] QToolButton *button(const char *name) const
-    {
-        return bar()->findChild<QToolButton *>(QString::fromLatin1(name));
-    }
-
-    [[nodiscard]] QString count() const { return label("findCount")->text(); }
-
-    void click(const char *name) { QTest::mouseClick(button(name), Qt::LeftButton); }
-
-    std::unique_ptr<DocumentState> m_state;
-    std::unique_ptr<TextDocument> m_document;
-    std::unique_ptr<MainEditorView> m_view;
 };
-
-void FindBarTest::init()
-{
-    m_state = std::make_unique<DocumentState>();
-    m_document = std::make_unique<TextDocument>();
-    m_view = std::make_unique<MainEditorView>(m_state.get(), m_document.get());
-    m_view->resize(600, 400);
-    m_view->show();
-    m_view->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(m_view.get()));
-    QTRY_VERIFY(view()->hasFocus());
-}
 
 void FindBarTest::cleanup()
 {
-    m_view.reset();
-    m_document.reset();
-    m_state.reset();
+    end();
     wording::setActiveValues(std::nullopt);
-}
-
-void FindBarTest::setText(const QString &text)
-{
-    setText(Text(text));
-}
-
-void FindBarTest::setText(const Text &text)
-{
-    m_document->setContentString(text);
-    m_state->setText(text);
-    QTRY_VERIFY(view()->string() == text);
-}
-
-/// To whatever has the keyboard.
-void FindBarTest::key(Qt::Key key, Qt::KeyboardModifiers modifiers)
-{
-    QTest::keyClick(m_view->window()->windowHandle(), key, modifiers);
-}
-
-void FindBarTest::open(const QString &pattern, Qt::Key opening)
-{
-    key(opening, Qt::ControlModifier);
-    QTRY_VERIFY(field()->hasFocus());
-    field()->clear();
-    QTest::keyClicks(field(), pattern);
-}
-
-QString FindBarTest::selected() const
-{
-    const TextRange range = view()->selectedRange();
-    return view()->string().slice(range.location, range.length);
 }
 
 void FindBarTest::ctrlF_opensTheBarAndEscapeReturns()
@@ -220,218 +113,6 @@ void FindBarTest::escape_inTheText_closesTheBarBeforeTheMessage()
     QVERIFY(m_state->macroNotificationMessage().has_value());
     key(Qt::Key_Escape);
     QVERIFY(!m_state->macroNotificationMessage().has_value());
-}
-
-void FindBarTest::typing_findsFromTheCaret()
-{
-    setText(u"cat car cat car"_s);
-    view()->setSelectedRange({3, 0});
-    open(u"c"_s);
-    QTRY_COMPARE(view()->selectedRange(), (TextRange{4, 1}));
-    QTest::keyClicks(field(), u"at"_s);
-    QTRY_COMPARE(view()->selectedRange(), (TextRange{8, 3}));
-    QTest::keyClick(field(), Qt::Key_Backspace);
-    QTRY_COMPARE(view()->selectedRange(), (TextRange{4, 2}));
-}
-
-void FindBarTest::typing_withoutMatch_returnsToTheCaret()
-{
-    setText(u"cat car"_s);
-    view()->setSelectedRange({2, 0});
-    open(u"c"_s);
-    QTRY_COMPARE(selected(), u"c"_s);
-    QTest::keyClicks(field(), u"x"_s);
-    QTRY_COMPARE(count(), u"0 / 0"_s);
-    QTRY_COMPARE(view()->selectedRange(), (TextRange{2, 0}));
-}
-
-void FindBarTest::returnKeys_stepBothWaysAndWrap()
-{
-    setText(u"a1 a2 a3"_s);
-    open(u"a"_s);
-    QTRY_COMPARE(selectionStart(), 0);
-    key(Qt::Key_Return);
-    QTRY_COMPARE(selectionStart(), 3);
-    key(Qt::Key_Enter, Qt::KeypadModifier);
-    QTRY_COMPARE(selectionStart(), 6);
-    key(Qt::Key_Return);
-    QTRY_COMPARE(selectionStart(), 0);
-    QTRY_VERIFY(count().startsWith(u'↻'));
-    key(Qt::Key_Return, Qt::ShiftModifier);
-    QTRY_COMPARE(selectionStart(), 6);
-    key(Qt::Key_Return, Qt::ShiftModifier);
-    QTRY_COMPARE(selectionStart(), 3);
-    QTRY_COMPARE(count(), u"2 / 3"_s);
-    QVERIFY(field()->hasFocus());
-}
-
-void FindBarTest::wrap_off_staysAtTheEnd()
-{
-    setText(u"a1 a2"_s);
-    open(u"a"_s);
-    click("findWrapAround");
-    key(Qt::Key_Return);
-    QTRY_COMPARE(selectionStart(), 3);
-    key(Qt::Key_Return);
-    QTRY_VERIFY(!m_view->textViewRepresentable()->findController()->session()->isSearching());
-    QCOMPARE(view()->selectedRange(), (TextRange{3, 1}));
-}
-
-void FindBarTest::keys_ofTheText_findNextAndPrevious()
-{
-    setText(u"a1 a2 a3"_s);
-    open(u"a"_s);
-    QTRY_COMPARE(selected(), u"a"_s);
-    view()->setFocus();
-    key(Qt::Key_F3);
-    QTRY_COMPARE(selectionStart(), 3);
-    key(Qt::Key_G, Qt::ControlModifier);
-    QTRY_COMPARE(selectionStart(), 6);
-    key(Qt::Key_F3, Qt::ShiftModifier);
-    QTRY_COMPARE(selectionStart(), 3);
-    key(Qt::Key_G, Qt::ControlModifier | Qt::ShiftModifier);
-    QTRY_COMPARE(selectionStart(), 0);
-    QVERIFY(view()->hasFocus());
-}
-
-void FindBarTest::f3_withBarClosed_repeatsTheSearch()
-{
-    setText(u"a1 a2 a3"_s);
-    key(Qt::Key_F3);
-    QVERIFY(bar()->isVisible()); // There is nothing to repeat.
-    open(u"a"_s);
-    QTRY_COMPARE(selected(), u"a"_s);
-    key(Qt::Key_Escape);
-    key(Qt::Key_F3);
-    QTRY_COMPARE(selectionStart(), 3);
-    QVERIFY(!bar()->isVisible());
-}
-
-void FindBarTest::f3_manyAtOnce_takesEveryStep()
-{
-    const QString gap(300'000, u'x');
-    setText(u"a"_s + gap + u"a"_s + gap + u"a"_s + gap + u"a"_s);
-    open(u"a"_s);
-    for (int i = 0; i < 3; ++i)
-        key(Qt::Key_F3);
-    QTRY_COMPARE(selectionStart(), 3 * 300'001);
-}
-
-void FindBarTest::emptyMatches_areSteppedThrough()
-{
-    setText(u"a\nb\nc"_s);
-    open({});
-    click("findRegularExpression");
-    QTest::keyClicks(field(), u"^"_s);
-    QTRY_COMPARE(count(), u"1 / 3"_s);
-    key(Qt::Key_Return);
-    QTRY_COMPARE(view()->selectedRange(), (TextRange{2, 0}));
-    key(Qt::Key_Return);
-    QTRY_COMPARE(view()->selectedRange(), (TextRange{4, 0}));
-    QTRY_COMPARE(count(), u"3 / 3"_s);
-    key(Qt::Key_Return);
-    QTRY_COMPARE(view()->selectedRange(), (TextRange{0, 0}));
-    key(Qt::Key_Return, Qt::ShiftModifier);
-    QTRY_COMPARE(view()->selectedRange(), (TextRange{4, 0}));
-}
-
-void FindBarTest::switches_changeWhatMatches()
-{
-    setText(u"Cat cat category c.t"_s);
-    open(u"cat"_s);
-    QTRY_COMPARE(count(), u"1 / 3"_s);
-    click("findMatchCase");
-    QTRY_COMPARE(count(), u"1 / 2"_s);
-    click("findWholeWord");
-    QTRY_COMPARE(count(), u"1 / 1"_s);
-    field()->setText(u"c.t"_s);
-    QTRY_COMPARE(selectionStart(), 17);
-    click("findRegularExpression");
-    QTRY_COMPARE(count(), u"1 / 2"_s);
-    QVERIFY(field()->hasFocus());
-}
-
-void FindBarTest::count_showsNumberAndTotal()
-{
-    setText(u"aXaXa"_s);
-    open(u""_s);
-    QVERIFY(count().isEmpty());
-    open(u"a"_s);
-    QTRY_COMPARE(count(), u"1 / 3"_s);
-    view()->setSelectedRange({1, 0});
-    QTRY_COMPARE(count(), u"– / 3"_s);
-    view()->setSelectedRange({4, 1});
-    QTRY_COMPARE(count(), u"3 / 3"_s);
-    field()->clear();
-    QVERIFY(count().isEmpty());
-}
-
-void FindBarTest::count_followsEdits()
-{
-    setText(u"a a"_s);
-    open(u"a"_s);
-    QTRY_COMPARE(count(), u"1 / 2"_s);
-    view()->setSelectedRange({3, 0});
-    QTest::keyClicks(view(), u"aa"_s);
-    QTRY_COMPARE(count(), u"– / 4"_s);
-    view()->undo();
-    QTRY_COMPARE(count(), u"– / 2"_s);
-}
-
-void FindBarTest::count_ofLongText_comesInSlices()
-{
-    setText(Text(QString(6'000'000, u'a')));
-    key(Qt::Key_F, Qt::ControlModifier);
-    QTest::keyClicks(field(), u"aa"_s);
-    // It has not waited for ten million matches: a part of them is shown.
-    QVERIFY2(!count().endsWith(u" / 3000000"_s), qPrintable(count()));
-    QTRY_COMPARE_WITH_TIMEOUT(count(), u"1 / 3000000"_s, 60'000);
-    key(Qt::Key_Return, Qt::ShiftModifier);
-    QTRY_COMPARE(selectionStart(), 5'999'998);
-    QTRY_COMPARE(count(), u"↻ 3000000 / 3000000"_s);
-}
-
-void FindBarTest::error_isShownInTheBar()
-{
-    setText(u"a(b"_s);
-    open(u"a("_s);
-    QTRY_COMPARE(count(), u"1 / 1"_s);
-    QVERIFY(!label("findError")->isVisible());
-    click("findRegularExpression");
-    QVERIFY(label("findError")->isVisible());
-    QVERIFY(label("findError")->text().startsWith(u"正規表現の 3 文字目に誤りがあります: "_s));
-    QVERIFY(count().isEmpty());
-    key(Qt::Key_Return); // Nothing to be found, and nothing breaks.
-    QTest::keyClicks(field(), u")"_s);
-    QVERIFY(!label("findError")->isVisible());
-    QTRY_COMPARE(count(), u"1 / 1"_s);
-}
-
-void FindBarTest::expression_catastrophic_keepsTheWindowAlive()
-{
-    setText(QString(50'000, u'a') + u"!b"_s);
-    open({});
-    click("findRegularExpression");
-    QTest::keyClicks(field(), u"(a+)+[^ab!]"_s);
-    QTRY_COMPARE(label("findError")->text(), u"正規表現が複雑すぎるため、検索を中止しました"_s);
-    field()->setText(u"!b"_s);
-    QTRY_COMPARE(count(), u"1 / 1"_s);
-    QVERIFY(!label("findError")->isVisible());
-}
-
-void FindBarTest::inputMethod_searchesForCommittedText()
-{
-    setText(u"吾輩は猫である"_s);
-    open({});
-    QInputMethodEvent composing(u"ねこ"_s, {});
-    QCoreApplication::sendEvent(field(), &composing);
-    QVERIFY(count().isEmpty());
-    QCOMPARE(view()->selectedRange(), (TextRange{0, 0}));
-    QInputMethodEvent committing;
-    committing.setCommitString(u"猫"_s);
-    QCoreApplication::sendEvent(field(), &committing);
-    QTRY_COMPARE(view()->selectedRange(), (TextRange{3, 1}));
-    QTRY_COMPARE(count(), u"1 / 1"_s);
 }
 
 void FindBarTest::replace_replacesTheMatchAndFindsTheNext()
@@ -532,26 +213,6 @@ void FindBarTest::wording_changed_relabels()
     QVERIFY(label("findError")->text().startsWith(u"At 2: "_s));
 }
 
-void FindBarTest::marks_visibleMatches_areDrawn()
-{
-    setText(u"xx cat xx\ncat"_s);
-    view()->setSelectedRange({8, 0});
-    const auto colorAt = [this](qint64 offset) {
-        const QPoint place = view()->caretRectAt(offset).topLeft().toPoint() + QPoint(3, 3);
-        return view()->viewport()->grab().toImage().pixelColor(place);
-    };
-    const QColor plain = colorAt(3);
-    QCOMPARE(plain, colorAt(0));
-    open(u"cat"_s);
-    QTRY_COMPARE(selectionStart(), 10);
-    QTRY_VERIFY(colorAt(3) != plain);
-    QVERIFY(colorAt(10) != plain);
-    QVERIFY(colorAt(10) != colorAt(3)); // Selected, not only marked.
-    QCOMPARE(colorAt(0), plain);
-    key(Qt::Key_Escape);
-    QTRY_COMPARE(colorAt(3), plain);
-}
-
 void FindBarTest::bar_narrow_keepsItsParts()
 {
     open(u"x"_s, Qt::Key_H);
@@ -591,15 +252,6 @@ void FindBarTest::tab_walksThroughTheBar()
     QVERIFY(button("findClose")->hasFocus());
     key(Qt::Key_Escape);
     QVERIFY(view()->hasFocus());
-}
-
-void FindBarTest::closed_whileSearching_isHarmless()
-{
-    setText(Text(QString(3'000'000, u'a')));
-    open(u"ab"_s, Qt::Key_H);
-    m_view.reset();
-    QCoreApplication::processEvents();
-    QCOMPARE(m_document->contentString().size(), 3'000'000);
 }
 
 void FindBarTest::keys_ofAPartOfTheWindow_workInItOnly()

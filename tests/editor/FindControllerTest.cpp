@@ -1,28 +1,25 @@
 #include "editor/FindController.h"
 
-#include "editor/FindBar.h"
-#include "editor/MainEditorView.h"
-#include "editor/TextView.h"
-#include "editor/TextViewRepresentable.h"
+#include "editor/FindTestBase.h"
 #include "platform/ThreadTime.h"
 
 #include <QInputMethodEvent>
-#include <QLabel>
-#include <QLineEdit>
 #include <QTest>
-#include <QToolButton>
 
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
 /// What a person does in the text while it is searched, and what the text shows of it.
-class FindControllerTest final : public QObject
+class FindControllerTest final : public QObject, private test::FindTestBase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+
+    void init() { begin(); }
+
+    void cleanup() { end(); }
+
     void search_clickedMeanwhile_leavesTheCaret();
     void search_caretMovedMeanwhile_leavesTheCaret();
     void search_composedMeanwhile_leavesTheCaret();
@@ -36,66 +33,18 @@ private Q_SLOTS:
     void placeholder_darkPalette_isLegible();
 
 private:
-    void setText(const QString &text);
-    void open(const QString &pattern, bool isExpression = false, bool isWord = false);
+    void searchFor(const QString &pattern, bool isExpression = false);
     void startLongSearch();
     void replaceAllBy(const QString &replacement);
 
-    [[nodiscard]] TextView *view() const { return m_view->textView(); }
-
-    [[nodiscard]] FindController *controller() const
-    {
-        return m_view->textViewRepresentable()->findController();
-    }
-
-    template <typename Child> [[nodiscard]] Child *child(const char *name) const
-    {
-        return m_view->findChild<Child *>(QString::fromLatin1(name));
-    }
-
-    [[nodiscard]] QLineEdit *field() const { return child<QLineEdit>("findField"); }
-
     [[nodiscard]] bool isSearching() const { return controller()->session()->isSearching(); }
-
-    [[nodiscard]] QString text() const { return view()->string().toString(); }
-
-    std::unique_ptr<DocumentState> m_state;
-    std::unique_ptr<TextDocument> m_document;
-    std::unique_ptr<MainEditorView> m_view;
 };
 
-void FindControllerTest::init()
-{
-    m_state = std::make_unique<DocumentState>();
-    m_document = std::make_unique<TextDocument>();
-    m_view = std::make_unique<MainEditorView>(m_state.get(), m_document.get());
-    m_view->resize(600, 400);
-    m_view->show();
-    m_view->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(m_view.get()));
-    QTRY_VERIFY(view()->hasFocus());
-}
-
-void FindControllerTest::cleanup()
-{
-    m_view.reset();
-    m_document.reset();
-    m_state.reset();
-}
-
-void FindControllerTest::setText(const QString &text)
-{
-    m_document->setContentString(Text(text));
-    m_state->setText(Text(text));
-    QTRY_VERIFY(view()->string() == Text(text));
-}
-
-void FindControllerTest::open(const QString &pattern, bool isExpression, bool isWord)
+void FindControllerTest::searchFor(const QString &pattern, bool isExpression)
 {
     controller()->showReplace();
     field()->clear();
-    child<QToolButton>("findRegularExpression")->setChecked(isExpression);
-    child<QToolButton>("findWholeWord")->setChecked(isWord);
+    button("findRegularExpression")->setChecked(isExpression);
     field()->setText(pattern);
 }
 
@@ -103,14 +52,14 @@ void FindControllerTest::open(const QString &pattern, bool isExpression, bool is
 void FindControllerTest::startLongSearch()
 {
     setText(u"The quick brown fox jumps over the lazy dog\n"_s.repeated(20'000));
-    open(u"(?s)[a-z].*?zzz"_s, true);
+    searchFor(u"(?s)[a-z].*?zzz"_s, true);
     QVERIFY(isSearching());
 }
 
 void FindControllerTest::replaceAllBy(const QString &replacement)
 {
-    child<QLineEdit>("replaceField")->setText(replacement);
-    child<QToolButton>("replaceAll")->click();
+    field("replaceField")->setText(replacement);
+    button("replaceAll")->click();
 }
 
 void FindControllerTest::search_clickedMeanwhile_leavesTheCaret()
@@ -155,7 +104,7 @@ void FindControllerTest::search_barClosedMeanwhile_leavesTheCaret()
 void FindControllerTest::replaceAll_caretMovedMeanwhile_keepsIt()
 {
     setText(u"ab "_s.repeated(1'000'000) + u"end"_s);
-    open(u"b"_s);
+    searchFor(u"b"_s);
     replaceAllBy(u"cde"_s);
     QVERIFY(isSearching());
     view()->setSelectedRange({2'999'997 + 3, 3});
@@ -167,7 +116,7 @@ void FindControllerTest::replaceAll_overLongValues_destroysNothing()
 {
     const QString value(20'000, u'A');
     setText(u"{\"image\": \""_s + value + u"\",\n \"b\": \"c\"}\n"_s);
-    open(u"\"[^\"]*\""_s, true);
+    searchFor(u"\"[^\"]*\""_s, true);
     replaceAllBy(u"S"_s);
     QTRY_COMPARE(text(), u"{S: S,\n S: S}\n"_s);
 }
@@ -175,7 +124,7 @@ void FindControllerTest::replaceAll_overLongValues_destroysNothing()
 void FindControllerTest::replaceAll_undoneAndRedone_keepsTheCaret()
 {
     setText(u"aa bb aa cc aa"_s);
-    open(u"aa"_s);
+    searchFor(u"aa"_s);
     view()->setSelectedRange({4, 0}); // Within "bb".
     replaceAllBy(u"xyz"_s);
     QTRY_COMPARE(text(), u"xyz bb xyz cc xyz"_s);
@@ -190,24 +139,24 @@ void FindControllerTest::replaceAll_undoneAndRedone_keepsTheCaret()
 void FindControllerTest::replace_behindMovedStart_replacesWhatWasFound()
 {
     setText(u"foobar foobar x"_s);
-    open(u"(f)oo\\Kbar"_s, true);
+    searchFor(u"(f)oo\\Kbar"_s, true);
     QTRY_COMPARE(view()->selectedRange(), (TextRange{3, 3}));
-    child<QLineEdit>("replaceField")->setText(u"<$1>"_s);
-    child<QToolButton>("replaceOne")->click();
+    field("replaceField")->setText(u"<$1>"_s);
+    button("replaceOne")->click();
     QTRY_COMPARE(text(), u"foo<f> foobar x"_s);
     QTRY_COMPARE(view()->selectedRange(), (TextRange{10, 3}));
-    child<QToolButton>("replaceOne")->click();
+    button("replaceOne")->click();
     QTRY_COMPARE(text(), u"foo<f> foo<f> x"_s);
     field()->setText(u"(?<=> )x"_s);
     QTRY_COMPARE(view()->selectedRange(), (TextRange{14, 1}));
-    child<QToolButton>("replaceOne")->click();
+    button("replaceOne")->click();
     QTRY_COMPARE(text(), u"foo<f> foo<f> <$1>"_s);
 }
 
 void FindControllerTest::marks_inBothDirections_coverTheirCharactersOnly()
 {
     setText(u"שלום עולם abc שלום\nx"_s);
-    open(u"a"_s);
+    searchFor(u"a"_s);
     QTRY_COMPARE(view()->selectedRange(), (TextRange{10, 1}));
     view()->setSelectedRange({19, 0});
     const auto colorUnder = [this](qint64 offset) {
@@ -224,7 +173,7 @@ void FindControllerTest::marks_inBothDirections_coverTheirCharactersOnly()
 void FindControllerTest::marks_onThousandsOfCombiningMarks_arePaintedSoon()
 {
     setText(u'e' + QString(100'000, QChar(0x0301)));
-    open(u"."_s, true);
+    searchFor(u"."_s, true);
     controller()->session()->setCounting(true);
     QTRY_COMPARE(controller()->session()->count().total, 100'001);
     (void)view()->viewport()->grab(); // Asks for the marks, and lays the text out.
@@ -246,7 +195,7 @@ void FindControllerTest::placeholder_darkPalette_isLegible()
         dark.setColor(role, QColor(239, 240, 241));
     dark.setColor(QPalette::PlaceholderText, QColor(0, 0, 0, 128));
     m_view->setPalette(dark);
-    open({});
+    searchFor({});
     view()->setFocus();
     const QImage image = field()->grab().toImage();
     const QRect inside = image.rect().adjusted(5, 5, -30, -5);
