@@ -178,14 +178,14 @@ class Tabs(journey.Journey):
         self.in_front("three.txt")
         for node in (self.tab("two.txt"), app.wait_for("text", "three.txt")):
             on_screen = app.windows_on_screen()
-            app.click(node, button=3)
-            until(lambda: app.windows_on_screen() - on_screen, "the menu")
             # So quick that the toolkit takes the second click for half of a double one.
-            self.mouse("key", "Escape", "click", 3)
-            time.sleep(0.5)  # What would close the menu again comes right behind the click.
-            self.assertTrue(app.windows_on_screen() - on_screen, app.name(node))
-            app.press("Escape")
-            until(lambda: app.windows_on_screen() == on_screen, "no menu")
+            for _ in range(2):
+                app.click(node, button=3)
+                until(lambda: app.windows_on_screen() - on_screen, "the menu")
+                time.sleep(0.1)  # What would close the menu again comes right behind the click.
+                self.assertTrue(app.windows_on_screen() - on_screen, app.name(node))
+                app.press("Escape")
+                until(lambda: app.windows_on_screen() == on_screen, "no menu")
 
     def test_closing_the_window_asks_before_anything_goes(self):
         app = self.start_three()
