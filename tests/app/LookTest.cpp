@@ -5,15 +5,9 @@
 #include "editor/TextView.h"
 #include "macro/engine/EditorWindow.h"
 #include "macro/engine/EditorWindowController.h"
-#include "macro/library/MacroJson.h"
-#include "macro/library/MacroManagerWindowController.h"
-#include "support/FakeClock.h"
-#include "support/FakeIds.h"
-#include "support/FakePanels.h"
 #include "support/Macros.h"
-#include "support/ManagerPage.h"
-#include "support/TemporaryHome.h"
-#include "wording/ProfileManagerWindowController.h"
+#include "support/ShownMacroManager.h"
+#include "support/ShownProfileManager.h"
 
 #include <QAbstractButton>
 #include <QLabel>
@@ -68,65 +62,34 @@ private:
     EditorWindowController m_back{m_front.window()->shared_from_this()};
 };
 
+QList<Macro> macrosOfEachKind()
+{
+    Macro builtIn = sampleMacro(u"A"_s, 1);
+    builtIn.source = u"builtin"_s;
+    builtIn.isEnabled = true;
+    return {builtIn, sampleMacro(u"B"_s, 2), sampleMacro(u"C"_s, 3)};
+}
+
 class MacrosScene final : public Scene
 {
 public:
-    MacrosScene()
-    {
-        Macro builtIn = sampleMacro(u"A"_s, 1);
-        builtIn.source = u"builtin"_s;
-        builtIn.isEnabled = true;
-        m_home.write(u"data/macros.json"_s,
-                     MacroJson::write({builtIn, sampleMacro(u"B"_s, 2), sampleMacro(u"C"_s, 3)}));
-        m_manager = std::make_unique<MacroManager>(
-            m_home.file(u"data"_s), m_defaults, m_time.clock(), m_ids.source());
-        m_controller = std::make_unique<MacroManagerWindowController>(
-            MacroManagerView::Services{
-                *m_manager, m_center, m_panels.panels(), m_ids.source(), [](const Macro &) {}},
-            m_defaults);
-        m_controller->showWindow();
-        ManagerPage(m_controller->window()).clickRow(1);
-    }
+    MacrosScene() { m_manager.page().clickRow(1); }
 
-    [[nodiscard]] QWidget *window() const override { return m_controller->window(); }
+    [[nodiscard]] QWidget *window() const override { return m_manager.window(); }
 
 private:
-    TemporaryHome m_home;
-    UserDefaults m_defaults{m_home.file(u"config.conf"_s)};
-    NotificationCenter m_center;
-    FakeClock m_time;
-    FakeIds m_ids;
-    FakePanels m_panels;
-    std::unique_ptr<MacroManager> m_manager;
-    std::unique_ptr<MacroManagerWindowController> m_controller;
+    ShownMacroManager m_manager{macrosOfEachKind()};
 };
 
 class ProfilesScene final : public Scene
 {
 public:
-    ProfilesScene()
-    {
-        m_manager = std::make_unique<UIWordingProfileManager>(
-            m_home.file(u"profiles"_s), m_defaults, m_center);
-        m_controller = std::make_unique<ProfileManagerWindowController>(
-            ProfileManagerView::Services{
-                *m_manager, m_center, m_panels.panels(), m_time.clock(), m_ids.source()},
-            m_defaults);
-        m_controller->showWindow();
-        ManagerPage(m_controller->window()).clickRow(0);
-    }
+    ProfilesScene() { m_manager.page().clickRow(0); }
 
-    [[nodiscard]] QWidget *window() const override { return m_controller->window(); }
+    [[nodiscard]] QWidget *window() const override { return m_manager.window(); }
 
 private:
-    TemporaryHome m_home;
-    UserDefaults m_defaults{m_home.file(u"config.conf"_s)};
-    NotificationCenter m_center;
-    FakeClock m_time;
-    FakeIds m_ids;
-    FakePanels m_panels;
-    std::unique_ptr<UIWordingProfileManager> m_manager;
-    std::unique_ptr<ProfileManagerWindowController> m_controller;
+    ShownProfileManager m_manager;
 };
 
 class PromptScene final : public Scene

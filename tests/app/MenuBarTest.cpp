@@ -43,7 +43,11 @@ private:
         return m_window->menuBar()->actions()[index]->menu();
     }
 
+    /// Shows the window with a field in it that holds "abc" and has the keyboard.
+    void showField();
+
     std::unique_ptr<QMainWindow> m_window;
+    QLineEdit *m_field = nullptr; // Of the window.
     QList<MenuCommand> m_performed;
     MenuHandlers m_handlers;
 };
@@ -61,6 +65,16 @@ void MenuBarTest::cleanup()
 {
     m_window.reset();
     wording::setActiveValues(std::nullopt);
+}
+
+void MenuBarTest::showField()
+{
+    m_field = new QLineEdit(u"abc"_s);
+    m_window->setCentralWidget(m_field);
+    m_window->show();
+    m_window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+    m_field->setFocus();
 }
 
 /// Each item as its text and its key.
@@ -189,35 +203,25 @@ void MenuBarTest::shortcut_afterRebuild_performsOnce()
 
 void MenuBarTest::editItem_triggered_reachesTheFocusWidget()
 {
-    auto *field = new QLineEdit(u"abc"_s);
-    m_window->setCentralWidget(field);
-    m_window->show();
-    m_window->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
-    field->setFocus();
-    field->selectAll();
+    showField();
+    m_field->selectAll();
     menu(2)->actions()[3]->trigger(); // Cut
-    QCOMPARE(field->text(), QString());
+    QCOMPARE(m_field->text(), QString());
     menu(2)->actions()[5]->trigger(); // Paste
-    QCOMPARE(field->text(), u"abc"_s);
+    QCOMPARE(m_field->text(), u"abc"_s);
     menu(2)->actions()[0]->trigger(); // Undo
-    QCOMPARE(field->text(), QString());
+    QCOMPARE(m_field->text(), QString());
     QVERIFY(m_performed.isEmpty());
 }
 
 void MenuBarTest::editMenu_open_showsWhatIsPossible()
 {
-    auto *field = new QLineEdit(u"abc"_s);
-    m_window->setCentralWidget(field);
-    m_window->show();
-    m_window->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
-    field->setFocus();
+    showField();
     const QMenu *edit = menu(2);
     Q_EMIT menu(2)->aboutToShow();
     QVERIFY(!edit->actions()[0]->isEnabled()); // Undo
     QVERIFY(!edit->actions()[4]->isEnabled()); // Copy
-    field->selectAll();
+    m_field->selectAll();
     Q_EMIT menu(2)->aboutToShow();
     QVERIFY(edit->actions()[4]->isEnabled());
     Q_EMIT menu(2)->aboutToHide();

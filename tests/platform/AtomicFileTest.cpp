@@ -2,6 +2,7 @@
 
 #include "platform/TemporaryFile.h"
 #include "support/FileSizeLimit.h"
+#include "support/Nobody.h"
 #include "support/TemporaryHome.h"
 
 #include <QTest>
@@ -35,19 +36,6 @@ unsigned modeOf(const QString &path)
 } // namespace
 
 namespace {
-
-constexpr uid_t kNobody = 65534;
-
-/// Does the work as a user who owns nothing here.
-template <typename Work> auto asNobody(Work work)
-{
-    if (::setegid(kNobody) != 0 || ::seteuid(kNobody) != 0)
-        qFatal("No other user can be taken on.");
-    auto result = work();
-    if (::seteuid(0) != 0 || ::setegid(0) != 0)
-        qFatal("The user cannot be taken back.");
-    return result;
-}
 
 /// As the kernel has it: one more user who may read.
 QByteArray accessList(quint32 user)
@@ -351,14 +339,10 @@ private Q_SLOTS:
         const QByteArray folder = QFile::encodeName(home.path());
         QCOMPARE(::chmod(QFile::encodeName(path).constData(), 0444), 0);
         QCOMPARE(::chmod(folder.constData(), 0777), 0);
-        QCOMPARE(::seteuid(kNobody), 0);
-        const auto onFile = replaceFile(path, "new");
-        const auto elsewhere = replaceFile(home.file(u"free"_s), "new");
-        QCOMPARE(::seteuid(0), 0);
+        const auto onFile = asNobody([&] { return replaceFile(path, "new"); });
+        const auto elsewhere = asNobody([&] { return replaceFile(home.file(u"free"_s), "new"); });
         QCOMPARE(::chmod(folder.constData(), 0755), 0);
-        QCOMPARE(::seteuid(kNobody), 0);
-        const auto inFolder = replaceFile(home.file(u"more"_s), "new");
-        QCOMPARE(::seteuid(0), 0);
+        const auto inFolder = asNobody([&] { return replaceFile(home.file(u"more"_s), "new"); });
         QCOMPARE(onFile.error(), (FileError{FileError::Kind::PermissionDenied, EACCES}));
         QVERIFY(elsewhere.has_value());
         QCOMPARE(inFolder.error(), (FileError{FileError::Kind::PermissionDenied, EACCES}));

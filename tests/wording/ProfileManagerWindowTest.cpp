@@ -1,10 +1,5 @@
-#include "support/FakeClock.h"
-#include "support/FakeIds.h"
-#include "support/FakePanels.h"
 #include "support/FileSizeLimit.h"
-#include "support/ManagerPage.h"
-#include "support/TemporaryHome.h"
-#include "wording/ProfileManagerWindowController.h"
+#include "support/ShownProfileManager.h"
 #include "wording/WordingLookup.h"
 
 #include <QAccessible>
@@ -41,38 +36,9 @@ class ProfileManagerWindowTest final : public QObject
     Q_OBJECT
 
 private:
-    struct World
+    struct World : ShownProfileManager
     {
-        TemporaryHome home;
-        UserDefaults defaults{home.file(u"config.conf"_s)};
-        NotificationCenter center;
-        FakeClock time;
-        FakeIds ids;
-        FakePanels panels;
-        std::unique_ptr<UIWordingProfileManager> manager;
-        std::unique_ptr<ProfileManagerWindowController> controller;
-
-        explicit World(const QList<UIWordingProfile> &profiles = {})
-        {
-            for (const UIWordingProfile &profile : profiles)
-                home.write(u"profiles/"_s + profile.id + u".json"_s, profile.toJson());
-            manager = std::make_unique<UIWordingProfileManager>(
-                home.file(u"profiles"_s), defaults, center);
-            makeWindow();
-            controller->showWindow();
-        }
-
-        void makeWindow()
-        {
-            controller = std::make_unique<ProfileManagerWindowController>(
-                ProfileManagerView::Services{
-                    *manager, center, panels.panels(), time.clock(), ids.source()},
-                defaults);
-        }
-
-        [[nodiscard]] QMainWindow *window() const { return controller->window(); }
-
-        [[nodiscard]] ManagerPage page() const { return ManagerPage(window()); }
+        using ShownProfileManager::ShownProfileManager;
 
         [[nodiscard]] bool isMarkedActive(int row) const
         {

@@ -2,16 +2,10 @@
 #include "macro/library/CodeEditor.h"
 #include "macro/library/MacroDetailView.h"
 #include "macro/library/MacroFile.h"
-#include "macro/library/MacroJson.h"
-#include "macro/library/MacroManagerWindowController.h"
 #include "platform/JsonText.h"
-#include "support/FakeClock.h"
-#include "support/FakeIds.h"
-#include "support/FakePanels.h"
 #include "support/FileSizeLimit.h"
 #include "support/Macros.h"
-#include "support/ManagerPage.h"
-#include "support/TemporaryHome.h"
+#include "support/ShownMacroManager.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
 
@@ -44,41 +38,17 @@ class MacroManagerWindowTest final : public QObject
     Q_OBJECT
 
 private:
-    struct World
+    struct World : ShownMacroManager
     {
-        TemporaryHome home;
-        UserDefaults defaults{home.file(u"config.conf"_s)};
-        NotificationCenter center;
-        FakeClock time;
-        FakeIds ids;
-        FakePanels panels;
-        QList<Macro> testRuns;
-        std::unique_ptr<MacroManager> manager;
-        std::unique_ptr<MacroManagerWindowController> controller;
-
         explicit World(const QList<Macro> &macros = {namedMacro(u"A"_s, u"Alpha"_s, 1),
                                                      namedMacro(u"B"_s, u"Beta"_s, 2)})
+            : ShownMacroManager(macros)
         {
-            home.write(u"data/macros.json"_s, MacroJson::write(macros));
-            manager = std::make_unique<MacroManager>(
-                home.file(u"data"_s), defaults, time.clock(), ids.source());
-            controller = std::make_unique<MacroManagerWindowController>(
-                MacroManagerView::Services{*manager,
-                                           center,
-                                           panels.panels(),
-                                           ids.source(),
-                                           [this](const Macro &draft) { testRuns.append(draft); }},
-                defaults);
-            controller->showWindow();
         }
 
         ~World() { wording::setActiveValues(std::nullopt); }
 
         Q_DISABLE_COPY_MOVE(World)
-
-        [[nodiscard]] QMainWindow *window() const { return controller->window(); }
-
-        [[nodiscard]] ManagerPage page() const { return ManagerPage(window()); }
 
         [[nodiscard]] QLineEdit *field(const QString &name) const
         {

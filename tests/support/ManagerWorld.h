@@ -1,0 +1,23 @@
+#pragma once
+
+#include "platform/NotificationCenter.h"
+#include "platform/UserDefaults.h"
+#include "support/FakeClock.h"
+#include "support/FakeIds.h"
+#include "support/FakePanels.h"
+#include "support/TemporaryHome.h"
+
+namespace penwick::test {
+
+/// What a manager and its window are made of, all of it the test's own.
+struct ManagerWorld
+{
+    TemporaryHome home;
+    UserDefaults defaults{home.file(QStringLiteral("config.conf"))};
+    NotificationCenter center;
+    FakeClock time;
+    FakeIds ids;
+    FakePanels panels;
+};
+
+} // namespace penwick::test

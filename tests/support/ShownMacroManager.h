@@ -1,0 +1,39 @@
+#pragma once
+
+#include "macro/library/MacroJson.h"
+#include "macro/library/MacroManagerWindowController.h"
+#include "support/ManagerPage.h"
+#include "support/ManagerWorld.h"
+
+#include <memory>
+
+namespace penwick::test {
+
+/// The macro manager with these macros, in its window.
+struct ShownMacroManager : ManagerWorld
+{
+    explicit ShownMacroManager(const QList<Macro> &macros)
+    {
+        home.write(QStringLiteral("data/macros.json"), MacroJson::write(macros));
+        manager = std::make_unique<MacroManager>(
+            home.file(QStringLiteral("data")), defaults, time.clock(), ids.source());
+        controller = std::make_unique<MacroManagerWindowController>(
+            MacroManagerView::Services{*manager,
+                                       center,
+                                       panels.panels(),
+                                       ids.source(),
+                                       [this](const Macro &draft) { testRuns.append(draft); }},
+            defaults);
+        controller->showWindow();
+    }
+
+    [[nodiscard]] QMainWindow *window() const { return controller->window(); }
+
+    [[nodiscard]] ManagerPage page() const { return ManagerPage(window()); }
+
+    QList<Macro> testRuns; ///< What was asked to be tried out.
+    std::unique_ptr<MacroManager> manager;
+    std::unique_ptr<MacroManagerWindowController> controller;
+};
+
+} // namespace penwick::test

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "support/ManagerPage.h"
+#include "support/ManagerWorld.h"
+#include "wording/ProfileManagerWindowController.h"
+
+#include <memory>
+
+namespace penwick::test {
+
+/// The manager of the wording profiles with these of the person's own, in its window.
+struct ShownProfileManager : ManagerWorld
+{
+    explicit ShownProfileManager(const QList<UIWordingProfile> &profiles = {})
+    {
+        for (const UIWordingProfile &profile : profiles)
+            home.write(QStringLiteral("profiles/%1.json").arg(profile.id), profile.toJson());
+        manager = std::make_unique<UIWordingProfileManager>(
+            home.file(QStringLiteral("profiles")), defaults, center);
+        makeWindow();
+        controller->showWindow();
+    }
+
+    /// A new window in place of the one before, not shown yet.
+    void makeWindow()
+    {
+        controller = std::make_unique<ProfileManagerWindowController>(
+            ProfileManagerView::Services{
+                *manager, center, panels.panels(), time.clock(), ids.source()},
+            defaults);
+    }
+
+    [[nodiscard]] QMainWindow *window() const { return controller->window(); }
+
+    [[nodiscard]] ManagerPage page() const { return ManagerPage(window()); }
+
+    std::unique_ptr<UIWordingProfileManager> manager;
+    std::unique_ptr<ProfileManagerWindowController> controller;
+};
+
+} // namespace penwick::test
