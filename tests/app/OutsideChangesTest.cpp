@@ -5,13 +5,10 @@
 #include "support/FileSizeLimit.h"
 #include "support/ModalAnswer.h"
 
-#include <QFileDialog>
 #include <QInputMethodEvent>
 #include <QTest>
 
 #include <cstdio>
-#include <sys/stat.h>
-#include <unistd.h>
 
 using namespace penwick;
 using namespace Qt::StringLiterals;
@@ -46,8 +43,6 @@ private Q_SLOTS:
     void deleted_save_writesItAgain();
     void unreadable_text_staysAndIsUnsaved();
     void keepMine_undoToTheOldText_staysUnsaved();
-    void readOnlyFile_save_offersAnotherPlace();
-    void readOnlyFile_closeAndSaveElsewhere_closes();
     void interruptedSave_open_saysWhereTheTextIs();
 
 private:
@@ -375,75 +370,6 @@ void OutsideChangesTest::keepMine_undoToTheOldText_staysUnsaved()
     view()->undo();
     QCOMPARE(text(), u"old"_s);
     QVERIFY(document()->isEdited());
-}
-
-/// Does the work as somebody who may not write into others' files.
-template <typename Work> bool asNobody(Work work)
-{
-    const bool isRoot = ::geteuid() == 0;
-    if (isRoot && ::seteuid(65534) != 0) {
-        return false;
-    }
-    const bool done = work();
-    return (!isRoot || ::seteuid(0) == 0) && done;
-}
-
-/// Answers what comes up by the button of each label, and the file dialog by a path.
-std::function<bool(QWidget *)>
-answering(const QStringList &labels, const QString &path, QStringList &messages)
-{
-    return [labels, path, &messages](QWidget *modal) {
-        if (const auto *box = qobject_cast<QMessageBox *>(modal)) {
-            for (const QString &label : labels) {
-                if (QPushButton *button = test::buttonNamed(modal, label)) {
-                    messages << box->text();
-                    button->click();
-                    return false; // There is more to come.
-                }
-            }
-        }
-        if (auto *dialog = qobject_cast<QFileDialog *>(modal)) {
-            // The dialog asks the system as the user who started the process.
-            if (::getuid() == 0 && ::seteuid(0) != 0) {
-                return true;
-            }
-            dialog->selectFile(path);
-            QMetaObject::invokeMethod(dialog, "accept");
-            return true;
-        }
-        return false;
-    };
-}
-
-void OutsideChangesTest::readOnlyFile_save_offersAnotherPlace()
-{
-    open("old");
-    type(u"x"_s);
-    QCOMPARE(::chmod(qPrintable(m_path), 0444), 0);
-    QCOMPARE(::chmod(qPrintable(m_home->path()), 0777), 0);
-    const QString other = m_home->file(u"other.txt"_s);
-    QStringList told;
-    const test::LaterAnswer answer(answering({u"別名で保存…"_s}, other, told));
-    QVERIFY(asNobody([&] { return m_documents->saveDocument(controller()); }));
-    QCOMPARE(told, QStringList{u"このファイルには書き込めません"_s});
-    QCOMPARE(m_home->read(u"other.txt"_s), QByteArray("xold"));
-    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("old"));
-    QCOMPARE(document()->filePath(), other);
-    QVERIFY(!document()->isEdited());
-}
-
-void OutsideChangesTest::readOnlyFile_closeAndSaveElsewhere_closes()
-{
-    open("old");
-    type(u"x"_s);
-    QCOMPARE(::chmod(qPrintable(m_path), 0444), 0);
-    QCOMPARE(::chmod(qPrintable(m_home->path()), 0777), 0);
-    const QString other = m_home->file(u"other.txt"_s);
-    QStringList told;
-    const test::LaterAnswer answer(answering({u"別名で保存…"_s, u"保存"_s}, other, told));
-    QVERIFY(asNobody([&] { return m_documents->closeDocument(controller()); }));
-    QCOMPARE(told.size(), 2);
-    QCOMPARE(m_home->read(u"other.txt"_s), QByteArray("xold"));
 }
 
 void OutsideChangesTest::interruptedSave_open_saysWhereTheTextIs()

@@ -1,0 +1,212 @@
+#include "app/DocumentsTestBase.h"
+#include "editor/LoadingView.h"
+#include "support/ModalAnswer.h"
+
+#include <QMainWindow>
+#include <QTest>
+
+using namespace penwick;
+using namespace Qt::StringLiterals;
+
+/// Opening on another thread. Every file counts as large here. The end of a transfer is told by the
+/// event loop, so until a test lets that run the transfer is under way.
+class LargeFileOpeningTest final : public QObject, private test::DocumentsTestBase
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void cleanup() { end(); }
+
+    void open_large_showsItsWindowFirstAndItsTextLater();
+    void open_largeButQuick_isThereAtOnce();
+    void open_againWhileItIsRead_bringsItsWindowForward();
+    void open_severalAtOnce_areAllRead();
+    void open_intoThePristineWindow_takesItsPlace();
+    void open_invalidAtTheEnd_saysSoAndLeavesAnUntitledWindow();
+    void open_invalidBesideAnotherWindow_closesItsWindow();
+    void open_calledOff_leavesNoMessage();
+    void open_windowClosedMeanwhile_isCalledOff();
+    void open_whileItIsRead_refusesSavesAndMacros();
+    void open_controllerDies_isCalledOff();
+    void closeAll_whileFilesAreRead_closesThem();
+    void closeAll_fileFailsDuringTheQuestion_goesOn();
+};
+
+void LargeFileOpeningTest::init()
+{
+    using namespace std::chrono_literals;
+    begin();
+    m_documents->setPatience({.directBytes = 1, .reading = 0ms, .saving = 0ms});
+}
+
+void LargeFileOpeningTest::open_large_showsItsWindowFirstAndItsTextLater()
+{
+    const QString path = m_home->write(u"大きい.txt"_s, "一\r\n二");
+    QVERIFY(m_documents->openFile(path));
+    QVERIFY(window()->isVisible());
+    QCOMPARE(window()->windowTitle(), u"大きい.txt[*] — penwick"_s);
+    QVERIFY(view() == nullptr);
+    QVERIFY(document()->isReading());
+    QTRY_VERIFY(view() != nullptr);
+    QCOMPARE(text(), u"一\r\n二"_s);
+    QCOMPARE(window()->windowTitle(), u"大きい.txt[*] — penwick"_s);
+    QCOMPARE(view()->accessibleName(), u"大きい.txt"_s);
+    QVERIFY(!window()->isWindowModified());
+    QTRY_COMPARE(controller()->documentState()->characterCount(), 3);
+    QTRY_VERIFY(view()->hasFocus());
+    type(u"x"_s);
+    QVERIFY(window()->isWindowModified());
+}
+
+void LargeFileOpeningTest::open_largeButQuick_isThereAtOnce()
+{
+    using namespace std::chrono_literals;
+    m_documents->setPatience({.directBytes = 1, .reading = 10s, .saving = 0ms});
+    QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
+    QCOMPARE(text(), u"abc"_s);
+}
+
+void LargeFileOpeningTest::open_againWhileItIsRead_bringsItsWindowForward()
+{
+    const QString path = m_home->write(u"a.txt"_s, "abc");
+    QVERIFY(m_documents->openFile(path));
+    m_documents->newDocument(DocumentController::Placement::NewWindow);
+    QVERIFY(m_documents->openFile(path));
+    QCOMPARE(m_documents->windowControllers().size(), 2);
+    QTRY_COMPARE(QApplication::activeWindow(), window());
+}
+
+void LargeFileOpeningTest::open_severalAtOnce_areAllRead()
+{
+    for (int i = 0; i < 5; ++i) {
+        const QString name = QString::number(i);
+        QVERIFY(m_documents->openFileOrNew(m_home->write(name, name.toUtf8())));
+    }
+    QCOMPARE(m_documents->windowControllers().size(), 5);
+    for (int i = 0; i < 5; ++i) {
+        QTRY_VERIFY(view(i) != nullptr);
+        QCOMPARE(text(i), QString::number(i));
+    }
+}
+
+void LargeFileOpeningTest::open_intoThePristineWindow_takesItsPlace()
+{
+    m_documents->newDocument();
+    const QMainWindow *before = window();
+    QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
+    QCOMPARE(m_documents->windowControllers().size(), 1);
+    QCOMPARE(window(), before);
+    QTRY_VERIFY(view() != nullptr);
+    QCOMPARE(text(), u"abc"_s);
+    QCoreApplication::processEvents();
+}
+
+void LargeFileOpeningTest::open_invalidAtTheEnd_saysSoAndLeavesAnUntitledWindow()
+{
+    QVERIFY(
+        m_documents->openFile(m_home->write(u"a.txt"_s, QByteArray(1'000'000, 'x') + "\xE3\x81")));
+    QString message;
+    QString information;
+    const test::LaterAnswer answer([&](QWidget *modal) {
+        message = qobject_cast<QMessageBox *>(modal)->text();
+        information = qobject_cast<QMessageBox *>(modal)->informativeText();
+        return modal->close();
+    });
+    QTRY_COMPARE(window()->windowTitle(), u"名称未設定[*] — penwick"_s);
+    QCOMPARE(message, u"ファイルを開けませんでした"_s);
+    QVERIFY2(information.endsWith(u"UTF-8 のテキストではありません。"_s), qPrintable(information));
+    QVERIFY(view() != nullptr);
+    type(u"x"_s);
+    QCOMPARE(text(), u"x"_s);
+}
+
+void LargeFileOpeningTest::open_invalidBesideAnotherWindow_closesItsWindow()
+{
+    m_documents->newDocument();
+    type(u"x"_s);
+    QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc\xFF")));
+    QCOMPARE(m_documents->windowControllers().size(), 2);
+    const auto failing = m_documents->windowControllers().at(1);
+    const test::LaterAnswer answer([](QWidget *modal) { return modal->close(); });
+    QTRY_COMPARE(m_documents->windowControllers().size(), 1);
+    QVERIFY(answer.hasAnswered());
+    QVERIFY(!failing->window()->isVisible());
+    QCOMPARE(text(), u"x"_s);
+}
+
+void LargeFileOpeningTest::open_calledOff_leavesNoMessage()
+{
+    QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
+    QTest::keyClick(window()->findChild<LoadingView *>(), Qt::Key_Escape);
+    QTRY_COMPARE(window()->windowTitle(), u"名称未設定[*] — penwick"_s);
+    QVERIFY(QApplication::activeModalWidget() == nullptr);
+    QVERIFY(document()->filePath().isEmpty());
+    QCOMPARE(text(), QString());
+}
+
+void LargeFileOpeningTest::open_windowClosedMeanwhile_isCalledOff()
+{
+    m_documents->newDocument();
+    type(u"x"_s);
+    QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, QByteArray(20'000'000, 'x'))));
+    QVERIFY(m_documents->closeDocument(controller(1)));
+    QCOMPARE(m_documents->windowControllers().size(), 1);
+    QCoreApplication::processEvents();
+    QCOMPARE(text(), u"x"_s);
+}
+
+void LargeFileOpeningTest::open_whileItIsRead_refusesSavesAndMacros()
+{
+    QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
+    QVERIFY(!m_documents->saveDocument(controller()));
+    QVERIFY(!m_documents->saveDocumentAs(controller()));
+    controller()->runMacro(u"return { textEdits: [] };"_s, u"id"_s, u"name"_s, std::nullopt);
+    QTRY_VERIFY(view() != nullptr);
+    QCoreApplication::processEvents();
+    QVERIFY(!controller()->documentState()->macroNotificationMessage().has_value());
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("abc"));
+    QCOMPARE(text(), u"abc"_s);
+}
+
+void LargeFileOpeningTest::open_controllerDies_isCalledOff()
+{
+    QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, QByteArray(20'000'000, 'x'))));
+    m_documents.reset();
+    QCoreApplication::processEvents();
+    QVERIFY(QApplication::topLevelWidgets().isEmpty());
+}
+
+void LargeFileOpeningTest::closeAll_whileFilesAreRead_closesThem()
+{
+    QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, QByteArray(20'000'000, 'x'))));
+    QVERIFY(m_documents->openFile(m_home->write(u"b.txt"_s, "bad\xFF")));
+    QVERIFY(m_documents->closeAll());
+    QVERIFY(!m_documents->hasDocuments());
+    QCoreApplication::processEvents();
+}
+
+void LargeFileOpeningTest::closeAll_fileFailsDuringTheQuestion_goesOn()
+{
+    m_documents->newDocument();
+    type(u"x"_s);
+    QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "bad\xFF")));
+    // The failure is told on top of the question; with it goes its window.
+    const test::LaterAnswer answer([this](QWidget *modal) {
+        if (qobject_cast<QMessageBox *>(modal)->text() == u"ファイルを開けませんでした"_s) {
+            modal->close();
+            return false;
+        }
+        if (m_documents->windowControllers().size() == 1) {
+            test::buttonNamed(modal, u"保存しない"_s)->click();
+            return true;
+        }
+        return false;
+    });
+    QVERIFY(m_documents->closeAll());
+    QVERIFY(!m_documents->hasDocuments());
+}
+
+QTEST_MAIN(LargeFileOpeningTest)
+#include "LargeFileOpeningTest.moc"

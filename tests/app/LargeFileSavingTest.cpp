@@ -1,0 +1,277 @@
+#include "app/DocumentsTestBase.h"
+#include "support/FileSizeLimit.h"
+#include "support/HugeText.h"
+#include "support/ModalAnswer.h"
+
+#include <QDir>
+#include <QFileDialog>
+#include <QLabel>
+#include <QTest>
+#include <QToolButton>
+
+using namespace penwick;
+using namespace Qt::StringLiterals;
+
+/// Saving on another thread. Every file counts as large here. The end of a transfer is told by the
+/// event loop, so until a test lets that run the transfer is under way.
+class LargeFileSavingTest final : public QObject, private test::DocumentsTestBase
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void cleanup() { end(); }
+
+    void save_typingGoesOn_leavesThatUnsaved();
+    void save_askedForTwice_writesTwice();
+    void save_calledOff_keepsTheOldFile();
+    void save_noSpace_saysSoAndKeepsEverything();
+    void saveAs_whileItIsWritten_holdsItsName();
+    void saveAs_nameTakenMeanwhile_asks();
+    void saveAs_duringASave_waitsForIt();
+    void close_whileSaving_waitsForTheFile();
+    void close_whileSavingThenCalledOff_staysOpen();
+    void close_saveFails_saysSoOnceAndStaysOpen();
+    void close_editedAndSaved_closesOnceItIsWritten();
+    void closeAll_whileSaving_waitsForTheFile();
+
+private:
+    /// Opens a file and waits until its text is there.
+    void openAndWait(const QString &path) const;
+    /// Opens "a.txt", edits it, and starts a save that lasts longer than any test: to be called
+    /// off.
+    void startLongSave() const;
+    /// The same with one that ends in good time.
+    void startSave() const;
+
+    /// What stands in the folder of the files; a half-written one would be among them.
+    [[nodiscard]] QStringList files() const
+    {
+        return QDir(m_home->path()).entryList(QDir::Files | QDir::Hidden);
+    }
+};
+
+void LargeFileSavingTest::init()
+{
+    using namespace std::chrono_literals;
+    begin();
+    m_documents->setPatience({.directBytes = 1, .reading = 0ms, .saving = 0ms});
+}
+
+void LargeFileSavingTest::openAndWait(const QString &path) const
+{
+    QVERIFY(m_documents->openFile(path));
+    QTRY_VERIFY(
+        !document(static_cast<int>(m_documents->windowControllers().size()) - 1)->isReading());
+}
+
+void LargeFileSavingTest::startLongSave() const
+{
+    openAndWait(m_home->write(u"a.txt"_s, "old"));
+    replaceText(test::hugeText(3000));
+    QVERIFY(m_documents->saveDocument(controller()));
+    QVERIFY(document()->isWriting());
+}
+
+void LargeFileSavingTest::startSave() const
+{
+    openAndWait(m_home->write(u"a.txt"_s, "old"));
+    replaceText(test::hugeText(30));
+    QVERIFY(m_documents->saveDocument(controller()));
+    QVERIFY(document()->isWriting());
+}
+
+void LargeFileSavingTest::save_typingGoesOn_leavesThatUnsaved()
+{
+    startSave();
+    type(u"y"_s);
+    QTRY_VERIFY(!document()->isWriting());
+    QVERIFY(m_home->read(u"a.txt"_s) == QByteArray(30'000'000, 'x'));
+    QVERIFY(window()->isWindowModified());
+    view()->undo();
+    QVERIFY(!window()->isWindowModified());
+}
+
+void LargeFileSavingTest::save_askedForTwice_writesTwice()
+{
+    startSave();
+    type(u"y"_s);
+    QVERIFY(m_documents->saveDocument(controller()));
+    QTRY_VERIFY(!document()->isEdited());
+    QVERIFY(!document()->isWriting());
+    QCOMPARE(QFileInfo(m_home->file(u"a.txt"_s)).size(), 30'000'001);
+    // Nothing was typed between these two: the second finds nothing to do.
+    type(u"z"_s);
+    QVERIFY(m_documents->saveDocument(controller()));
+    QVERIFY(m_documents->saveDocument(controller()));
+    QTRY_VERIFY(!document()->isEdited());
+    QVERIFY(!document()->isWriting());
+}
+
+void LargeFileSavingTest::save_calledOff_keepsTheOldFile()
+{
+    startLongSave();
+    auto *button = window()->findChild<QToolButton *>(u"transferCancel"_s);
+    QVERIFY(button != nullptr);
+    QTRY_VERIFY(button->isVisible());
+    type(u"y"_s);
+    QVERIFY(m_documents->saveDocument(controller())); // Called off with the one before it.
+    QTest::mouseClick(button, Qt::LeftButton);
+    QTRY_VERIFY(!document()->isWriting());
+    QVERIFY(!button->isVisible());
+    QVERIFY(QApplication::activeModalWidget() == nullptr);
+    QVERIFY(window()->isWindowModified());
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("old"));
+    QCOMPARE(files(), QStringList{u"a.txt"_s});
+    QTRY_VERIFY(view()->hasFocus());
+}
+
+void LargeFileSavingTest::save_noSpace_saysSoAndKeepsEverything()
+{
+    openAndWait(m_home->write(u"a.txt"_s, "old"));
+    replaceText(test::hugeText(3));
+    QString message;
+    QString information;
+    {
+        const test::FileSizeLimit limit(1'000'000);
+        QVERIFY(m_documents->saveDocument(controller()));
+        const test::LaterAnswer answer([&](QWidget *modal) {
+            message = qobject_cast<QMessageBox *>(modal)->text();
+            information = qobject_cast<QMessageBox *>(modal)->informativeText();
+            return modal->close();
+        });
+        QTRY_VERIFY(!message.isEmpty());
+    }
+    QCOMPARE(message, u"ファイルを保存できませんでした"_s);
+    QVERIFY2(information.endsWith(u"ディスクの空き容量が足りません。"_s), qPrintable(information));
+    QVERIFY(window()->isWindowModified());
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("old"));
+    QCOMPARE(files(), QStringList{u"a.txt"_s});
+}
+
+void LargeFileSavingTest::saveAs_whileItIsWritten_holdsItsName()
+{
+    m_documents->newDocument();
+    replaceText(test::hugeText(10));
+    const QString path = m_home->file(u"new.txt"_s);
+    test::answerModal([path](QWidget *modal) { test::acceptFileName(modal, path); });
+    QVERIFY(m_documents->saveDocumentAs(controller()));
+    QVERIFY(document()->isWriting());
+    QCOMPARE(window()->windowTitle(), u"名称未設定[*] — penwick"_s);
+    QVERIFY(m_documents->openFileOrNew(path));
+    QCOMPARE(m_documents->windowControllers().size(), 1);
+    QTRY_COMPARE(window()->windowTitle(), u"new.txt[*] — penwick"_s);
+    QCOMPARE(QFileInfo(path).size(), 10'000'000);
+}
+
+void LargeFileSavingTest::saveAs_nameTakenMeanwhile_asks()
+{
+    m_documents->newDocument();
+    replaceText(test::hugeText(50));
+    const QString path = m_home->file(u"new.txt"_s);
+    test::answerModal([path](QWidget *modal) { test::acceptFileName(modal, path); });
+    QVERIFY(m_documents->saveDocumentAs(controller()));
+    QVERIFY(document()->isWriting());
+    m_home->write(u"new.txt"_s, "theirs");
+    const test::LaterAnswer answer(test::clicking(u"キャンセル"_s));
+    QTRY_VERIFY(answer.hasAnswered());
+    QCOMPARE(m_home->read(u"new.txt"_s), QByteArray("theirs"));
+    QCOMPARE(document()->filePath(), QString());
+    QVERIFY(document()->isEdited());
+}
+
+void LargeFileSavingTest::saveAs_duringASave_waitsForIt()
+{
+    startSave();
+    const QString path = m_home->file(u"copy.txt"_s);
+    const test::LaterAnswer answer([&](QWidget *modal) {
+        auto *dialog = qobject_cast<QFileDialog *>(modal);
+        if (dialog == nullptr) {
+            return false; // The wait for the first save.
+        }
+        [&] { QVERIFY(!document()->isWriting()); }();
+        dialog->selectFile(path); // The field alone would not outdo the selected file.
+        return QMetaObject::invokeMethod(dialog, "accept");
+    });
+    QVERIFY(m_documents->saveDocumentAs(controller()));
+    QVERIFY(answer.hasAnswered());
+    QTRY_VERIFY(!document()->isWriting());
+    QCOMPARE(document()->filePath(), path);
+    QCOMPARE(QFileInfo(m_home->file(u"a.txt"_s)).size(), 30'000'000);
+    QCOMPARE(QFileInfo(path).size(), 30'000'000);
+}
+
+void LargeFileSavingTest::close_whileSaving_waitsForTheFile()
+{
+    startSave();
+    QString message;
+    const test::LaterAnswer answer([&](QWidget *modal) {
+        message = modal->findChild<QLabel *>()->text();
+        return true;
+    });
+    QVERIFY(window()->close());
+    QVERIFY(!m_documents->hasDocuments());
+    QCOMPARE(message, u"「a.txt」を保存しています。"_s);
+    QCOMPARE(QFileInfo(m_home->file(u"a.txt"_s)).size(), 30'000'000);
+}
+
+void LargeFileSavingTest::close_whileSavingThenCalledOff_staysOpen()
+{
+    startLongSave();
+    const test::LaterAnswer answer([](QWidget *modal) {
+        QTest::keyClick(modal, Qt::Key_Escape);
+        return true;
+    });
+    QVERIFY(!window()->close());
+    QVERIFY(window()->isVisible());
+    QVERIFY(!document()->isWriting());
+    QVERIFY(window()->isWindowModified());
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("old"));
+    QCOMPARE(files(), QStringList{u"a.txt"_s});
+}
+
+void LargeFileSavingTest::close_saveFails_saysSoOnceAndStaysOpen()
+{
+    startSave();
+    type(u"y"_s);
+    QVERIFY(m_documents->saveDocument(controller()));
+    // The second of the two saves meets a folder in the place of its file.
+    connect(document(), &TextDocument::transferEnded, this, [this] {
+        QFile::remove(m_home->file(u"a.txt"_s));
+        QDir().mkdir(m_home->file(u"a.txt"_s));
+    });
+    QStringList messages;
+    const test::LaterAnswer answer([&](QWidget *modal) {
+        if (const auto *box = qobject_cast<QMessageBox *>(modal)) {
+            messages << box->text();
+            modal->close();
+        }
+        return false;
+    });
+    QVERIFY(!window()->close());
+    QCOMPARE(messages, QStringList{u"ファイルを保存できませんでした"_s});
+    QVERIFY(window()->isVisible());
+    QVERIFY(window()->isWindowModified());
+}
+
+void LargeFileSavingTest::close_editedAndSaved_closesOnceItIsWritten()
+{
+    openAndWait(m_home->write(u"a.txt"_s, "old"));
+    replaceText(test::hugeText(30));
+    const test::LaterAnswer answer(test::clicking(u"保存"_s));
+    QVERIFY(window()->close());
+    QVERIFY(!m_documents->hasDocuments());
+    QVERIFY(m_home->read(u"a.txt"_s) == QByteArray(30'000'000, 'x'));
+}
+
+void LargeFileSavingTest::closeAll_whileSaving_waitsForTheFile()
+{
+    startSave();
+    QVERIFY(m_documents->closeAll());
+    QVERIFY(!m_documents->hasDocuments());
+    QCOMPARE(QFileInfo(m_home->file(u"a.txt"_s)).size(), 30'000'000);
+}
+
+QTEST_MAIN(LargeFileSavingTest)
+#include "LargeFileSavingTest.moc"

@@ -1,0 +1,102 @@
+#include "app/DocumentsTestBase.h"
+#include "support/ModalAnswer.h"
+#include "support/Nobody.h"
+
+#include <QFileDialog>
+#include <QTest>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace penwick;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Answers what comes up by the button of each label, and the file dialog by a path.
+std::function<bool(QWidget *)>
+answering(const QStringList &labels, const QString &path, QStringList &messages)
+{
+    return [labels, path, &messages](QWidget *modal) {
+        if (const auto *box = qobject_cast<QMessageBox *>(modal)) {
+            for (const QString &label : labels) {
+                if (QPushButton *button = test::buttonNamed(modal, label)) {
+                    messages << box->text();
+                    button->click();
+                    return false; // There is more to come.
+                }
+            }
+        }
+        if (auto *dialog = qobject_cast<QFileDialog *>(modal)) {
+            // The dialog asks the system as the user who started the process.
+            if (::getuid() == 0 && ::seteuid(0) != 0) {
+                return true;
+            }
+            dialog->selectFile(path);
+            QMetaObject::invokeMethod(dialog, "accept");
+            return true;
+        }
+        return false;
+    };
+}
+
+} // namespace
+
+/// Saving texts whose files the person may only read, through real files and windows.
+class ReadOnlyFilesTest final : public QObject, private test::DocumentsTestBase
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+
+    void init() { begin(); }
+
+    void cleanup() { end(); }
+
+    void readOnlyFile_save_offersAnotherPlace();
+    void readOnlyFile_closeAndSaveElsewhere_closes();
+
+private:
+    void open(const QByteArray &content)
+    {
+        m_path = m_home->write(u"a.txt"_s, content);
+        QVERIFY(m_documents->openFile(m_path));
+        QTRY_VERIFY(view() != nullptr);
+    }
+
+    QString m_path;
+};
+
+void ReadOnlyFilesTest::readOnlyFile_save_offersAnotherPlace()
+{
+    open("old");
+    type(u"x"_s);
+    QCOMPARE(::chmod(qPrintable(m_path), 0444), 0);
+    QCOMPARE(::chmod(qPrintable(m_home->path()), 0777), 0);
+    const QString other = m_home->file(u"other.txt"_s);
+    QStringList told;
+    const test::LaterAnswer answer(answering({u"別名で保存…"_s}, other, told));
+    QVERIFY(test::asNobody([&] { return m_documents->saveDocument(controller()); }));
+    QCOMPARE(told, QStringList{u"このファイルには書き込めません"_s});
+    QCOMPARE(m_home->read(u"other.txt"_s), QByteArray("xold"));
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("old"));
+    QCOMPARE(document()->filePath(), other);
+    QVERIFY(!document()->isEdited());
+}
+
+void ReadOnlyFilesTest::readOnlyFile_closeAndSaveElsewhere_closes()
+{
+    open("old");
+    type(u"x"_s);
+    QCOMPARE(::chmod(qPrintable(m_path), 0444), 0);
+    QCOMPARE(::chmod(qPrintable(m_home->path()), 0777), 0);
+    const QString other = m_home->file(u"other.txt"_s);
+    QStringList told;
+    const test::LaterAnswer answer(answering({u"別名で保存…"_s, u"保存"_s}, other, told));
+    QVERIFY(test::asNobody([&] { return m_documents->closeDocument(controller()); }));
+    QCOMPARE(told.size(), 2);
+    QCOMPARE(m_home->read(u"other.txt"_s), QByteArray("xold"));
+}
+
+QTEST_MAIN(ReadOnlyFilesTest)
+#include "ReadOnlyFilesTest.moc"
