@@ -1,16 +1,9 @@
 #include "editor/TextView.h"
-#include "macro/library/CodeEditor.h"
 #include "macro/library/MacroDetailView.h"
-#include "macro/library/MacroFile.h"
-#include "platform/JsonText.h"
-#include "support/FileSizeLimit.h"
-#include "support/Macros.h"
-#include "support/ShownMacroManager.h"
+#include "macro/library/MacroManagerScene.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
 
-#include <QFileInfo>
-#include <QLineEdit>
 #include <QTest>
 
 using namespace penwick;
@@ -22,14 +15,6 @@ namespace {
 const QString kNow = u"2025-03-01T09:15:00Z"_s; // Of the fake clock.
 const QString kTemplate = u"return {\n    textEdits: []\n};"_s;
 
-Macro namedMacro(const QString &id, const QString &name, qint64 sortOrder = 1)
-{
-    Macro macro = sampleMacro(id, sortOrder);
-    macro.name = name;
-    macro.isEnabled = true;
-    return macro;
-}
-
 } // namespace
 
 /// Through the window's own widgets: rows are clicked, fields filled, buttons pressed.
@@ -37,70 +22,11 @@ class MacroManagerWindowTest final : public QObject
 {
     Q_OBJECT
 
-private:
-    struct World : ShownMacroManager
-    {
-        explicit World(const QList<Macro> &macros = {namedMacro(u"A"_s, u"Alpha"_s, 1),
-                                                     namedMacro(u"B"_s, u"Beta"_s, 2)})
-            : ShownMacroManager(macros)
-        {
-        }
-
-        ~World() { wording::setActiveValues(std::nullopt); }
-
-        Q_DISABLE_COPY_MOVE(World)
-
-        [[nodiscard]] QLineEdit *field(const QString &name) const
-        {
-            return window()->findChild<QLineEdit *>(name);
-        }
-
-        [[nodiscard]] CodeEditor *code() const { return window()->findChild<CodeEditor *>(); }
-
-        /// Types into a field in place of what it holds.
-        void fill(const QString &name, const QString &text) const
-        {
-            field(name)->selectAll();
-            QTest::keyClicks(field(name), text);
-        }
-
-        [[nodiscard]] QByteArray file() const { return home.read(u"data/macros.json"_s); }
-
-        /// Another program gives a macro of the file another code.
-        void writeElsewhere(const QString &id, const QString &code) const
-        {
-            QList<Macro> macros = MacroJson::read(file()).value();
-            for (Macro &macro : macros) {
-                if (macro.id == id)
-                    macro.code = code;
-            }
-            home.write(u"data/macros.json"_s, MacroJson::write(macros));
-        }
-
-        [[nodiscard]] Macro stored(const QString &id) const
-        {
-            return manager->macroWithId(id).value_or(Macro());
-        }
-
-        void clickTool(const QString &name) const
-        {
-            QTest::mouseClick(page().tool(name), Qt::LeftButton);
-        }
-
-        void import(const std::optional<QString> &path) const
-        {
-            panels.state->answer = path;
-            clickTool(u"macroImport"_s);
-        }
-
-        [[nodiscard]] bool showsDetail() const { return code()->isVisible(); }
-    };
-
 private Q_SLOTS:
 
     void window_made_hasTitleSizesAndEmptySelection()
     {
-        const World world;
+        const MacroManagerScene world;
         QCOMPARE(world.window()->windowTitle(), u"マクロ管理"_s);
         QCOMPARE(world.window()->size(), QSize(800, 600));
         QCOMPARE(world.window()->minimumSize(), QSize(600, 400));
@@ -120,7 +46,7 @@ private Q_SLOTS:
         foreign.source = u"elsewhere"_s;
         Macro own = namedMacro(u"D"_s, u"Delta"_s, 4);
         own.source = u"user"_s;
-        const World world({namedMacro(u"A"_s, u"Alpha"_s, 1), off, foreign, own});
+        const MacroManagerScene world({namedMacro(u"A"_s, u"Alpha"_s, 1), off, foreign, own});
         QCOMPARE(world.page().names(),
                  (QStringList{u"Alpha"_s, u"Beta"_s, u"Gamma"_s, u"Delta"_s}));
         QCOMPARE(world.page().badge(0), u"インポート"_s);
@@ -133,7 +59,7 @@ private Q_SLOTS:
 
     void badge_profileHasAnotherText_showsIt()
     {
-        World world;
+        MacroManagerScene world;
         wording::setActiveValues(QHash<QString, QString>{{u"macro.sourceImported"_s, u"geholt"_s},
                                                          {u"macro.manageWindowTitle"_s, u"T"_s},
                                                          {u"macro.manage.name"_s, u"N"_s}});
@@ -146,7 +72,7 @@ private Q_SLOTS:
 
     void detail_selected_showsTheMacro()
     {
-        const World world;
+        const MacroManagerScene world;
         world.page().clickRow(1);
         QCOMPARE(world.controller->view()->selectedMacroId(), u"B"_s);
         QVERIFY(world.showsDetail());
@@ -177,7 +103,7 @@ private Q_SLOTS:
 
     void title_nameTyped_followsIt()
     {
-        const World world;
+        const MacroManagerScene world;
         world.page().clickRow(0);
         world.fill(u"macroName"_s, u"Omega"_s);
         QVERIFY(world.page().labels().contains(u"Omega"_s));
@@ -187,7 +113,7 @@ private Q_SLOTS:
 
     void edits_notSaved_leaveTheFileUntouched()
     {
-        const World world;
+        const MacroManagerScene world;
         const QByteArray before = world.file();
         world.page().clickRow(0);
         world.fill(u"macroName"_s, u"Omega"_s);
@@ -198,7 +124,7 @@ private Q_SLOTS:
 
     void save_pressed_storesTheDraft()
     {
-        const World world;
+        const MacroManagerScene world;
         world.page().clickRow(0);
         world.fill(u"macroName"_s, u"Omega"_s);
         world.fill(u"macroDescription"_s, u"d"_s);
@@ -225,7 +151,7 @@ private Q_SLOTS:
 
     void add_pressed_makesAndSelectsANewMacro()
     {
-        const World world;
+        const MacroManagerScene world;
         world.clickTool(u"macroAdd"_s);
         Macro expected;
         expected.id = FakeIds::id(1);
@@ -245,7 +171,7 @@ private Q_SLOTS:
 
     void add_returnKey_pressesItOnce()
     {
-        const World world;
+        const MacroManagerScene world;
         QVERIFY(QTest::qWaitForWindowActive(world.window()));
         world.page().tool(u"macroAdd"_s)->setFocus();
         QTest::keyClick(world.page().tool(u"macroAdd"_s), Qt::Key_Return);
@@ -254,7 +180,7 @@ private Q_SLOTS:
 
     void duplicate_withUnsavedEdits_copiesWhatIsStored()
     {
-        const World world;
+        const MacroManagerScene world;
         world.page().clickRow(0);
         world.fill(u"macroName"_s, u"Omega"_s);
         world.page().click(u"複製"_s);
@@ -265,7 +191,7 @@ private Q_SLOTS:
 
     void switch_turned_savesOnlyThatAtOnce()
     {
-        const World world;
+        const MacroManagerScene world;
         world.page().clickRow(0);
         world.fill(u"macroName"_s, u"Omega"_s);
         world.page().clickSwitch(0);
@@ -283,7 +209,7 @@ private Q_SLOTS:
 
     void changedElsewhere_notEdited_isShownAndAsksNothing()
     {
-        const World world;
+        const MacroManagerScene world;
         world.page().clickRow(0);
         world.fill(u"macroCategory"_s, u"typed"_s);
         world.writeElsewhere(u"A"_s, u"from elsewhere"_s);
@@ -297,7 +223,7 @@ private Q_SLOTS:
 
     void changedElsewhere_switchAndDuplicate_keepTheChange()
     {
-        const World world;
+        const MacroManagerScene world;
         world.page().clickRow(0);
         world.writeElsewhere(u"A"_s, u"first"_s);
         world.page().clickSwitch(0);
@@ -310,7 +236,7 @@ private Q_SLOTS:
 
     void list_nothingSelected_keysKeepTheirPlace()
     {
-        const World world;
+        const MacroManagerScene world;
         world.page().clickRow(1);
         world.manager->deleteMacro(u"B"_s);
         world.manager->addMacro(namedMacro(u"C"_s, u"Gamma"_s));
@@ -323,7 +249,7 @@ private Q_SLOTS:
 
     void switch_spaceKey_turnsIt()
     {
-        const World world;
+        const MacroManagerScene world;
         world.page().clickRow(1);
         QTest::keyClick(world.page().list(), Qt::Key_Space);
         QVERIFY(!world.stored(u"B"_s).isEnabled);
@@ -334,7 +260,7 @@ private Q_SLOTS:
 
     void delete_confirmed_leavesNothingSelected()
     {
-        const World world;
+        const MacroManagerScene world;
         world.page().clickRow(0);
         world.page().click(u"削除"_s);
         auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
@@ -351,7 +277,7 @@ private Q_SLOTS:
 
     void delete_cancelled_keepsIt()
     {
-        const World world;
+        const MacroManagerScene world;
         world.page().clickRow(0);
         QTest::keyClick(world.page().list(), Qt::Key_Delete);
         clickInModal(u"キャンセル"_s);
@@ -362,7 +288,7 @@ private Q_SLOTS:
 
     void delete_elsewhere_emptiesTheDetails()
     {
-        const World world;
+        const MacroManagerScene world;
         world.page().clickRow(0);
         world.manager->deleteMacro(u"A"_s);
         QVERIFY(!world.showsDetail());
@@ -370,7 +296,7 @@ private Q_SLOTS:
 
     void testRun_unsavedEdits_runsTheDraft()
     {
-        const World world;
+        const MacroManagerScene world;
         const QByteArray before = world.file();
         world.page().clickRow(0);
         QTest::keyClicks(world.code()->textView(), u"x"_s);
@@ -396,7 +322,7 @@ private Q_SLOTS:
         QFETCH(QString, answer);
         QFETCH(QString, storedName);
         QFETCH(QString, selected);
-        const World world;
+        const MacroManagerScene world;
         world.page().clickRow(0);
         world.fill(u"macroName"_s, u"Omega"_s);
         QString question;
@@ -417,7 +343,7 @@ private Q_SLOTS:
 
     void close_unsavedEdits_asks()
     {
-        const World world;
+        const MacroManagerScene world;
         world.page().clickRow(0);
         world.fill(u"macroName"_s, u"Omega"_s);
         clickInModal(u"キャンセル"_s);
@@ -430,102 +356,9 @@ private Q_SLOTS:
         QCOMPARE(world.field(u"macroName"_s)->text(), u"Alpha"_s);
     }
 
-    void export_draft_writesItWithItsHeader()
-    {
-        const World world;
-        world.page().clickRow(0);
-        world.fill(u"macroName"_s, u"Omega"_s);
-        world.panels.state->answer = world.home.file(u"out.json"_s);
-        world.page().click(u"エクスポート…"_s);
-        QCOMPARE(world.page().takeAlert(), u"エクスポートしました"_s);
-        QCOMPARE(world.panels.state->title, u"エクスポート…"_s);
-        QCOMPARE(world.panels.state->name, u"Omega"_s);
-        QCOMPARE(world.home.read(u"out.json"_s),
-                 MacroFile::write(namedMacro(u"A"_s, u"Omega"_s, 1)));
-        QCOMPARE(world.stored(u"A"_s).name, u"Alpha"_s);
-    }
-
-    void export_emptyName_suggestsMacro()
-    {
-        const World world({namedMacro(u"A"_s, QString())});
-        world.page().clickRow(0);
-        world.page().click(u"エクスポート…"_s);
-        QCOMPARE(world.panels.state->name, u"macro"_s);
-        QVERIFY(QApplication::activeModalWidget() == nullptr);
-    }
-
-    void export_fullDisk_saysSoAndLeavesTheOldFile()
-    {
-        const World world;
-        world.page().clickRow(0);
-        world.home.write(u"out.json"_s, "old");
-        world.panels.state->answer = world.home.file(u"out.json"_s);
-        {
-            const FileSizeLimit full(16);
-            world.page().click(u"エクスポート…"_s);
-        }
-        QCOMPARE(world.page().takeAlert(), u"エクスポートに失敗しました"_s);
-        QCOMPARE(world.home.read(u"out.json"_s), "old");
-    }
-
-    void import_exported_isSelectedAndSaysSo()
-    {
-        const World world;
-        const QString path =
-            world.home.write(u"in.json"_s, MacroFile::write(namedMacro(u"A"_s, u"Alpha"_s)));
-        world.import(path);
-        QCOMPARE(world.page().takeAlert(), u"マクロをインポートしました"_s);
-        QCOMPARE(world.panels.state->title, u"インポート…"_s);
-        QCOMPARE(world.page().selectedName(), u"Alpha のコピー"_s);
-        const Macro imported = world.manager->macros().constLast();
-        QCOMPARE(imported.id, FakeIds::id(1));
-        QCOMPARE(imported.source, u"imported"_s);
-        QCOMPARE(imported.sortOrder, 3);
-        QCOMPARE(imported.code, sampleMacro().code);
-        QCOMPARE(world.page().badge(2), u"インポート"_s);
-    }
-
-    void import_unreadable_saysWhyAndChangesNothing_data()
-    {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QString>("message");
-        const QString invalid = u"プロファイルJSONの形式が正しくありません"_s;
-        QTest::newRow("list") << MacroJson::write({sampleMacro()}) << invalid;
-        QTest::newRow("no JSON") << QByteArray("return 1;") << invalid;
-        QTest::newRow("not UTF-8") << QByteArray("{\"\xFF\":1}") << invalid;
-        QTest::newRow("key missing")
-            << MacroFile::write(sampleMacro()).replace("helpURL\" :", "help\" :") << invalid;
-        QTest::newRow("gone") << QByteArray() << u"ファイルを開けませんでした"_s;
-    }
-
-    void import_unreadable_saysWhyAndChangesNothing()
-    {
-        QFETCH(QByteArray, content);
-        QFETCH(QString, message);
-        const World world;
-        const QByteArray before = world.file();
-        world.page().clickRow(1);
-        if (!content.isNull())
-            world.home.write(u"in.json"_s, content);
-        world.import(world.home.file(u"in.json"_s));
-        QCOMPARE(world.page().takeAlert(), message);
-        QCOMPARE(world.file(), before);
-        QCOMPARE(world.page().selectedName(), u"Beta"_s);
-    }
-
-    void import_folderOrCancelled_changesNothing()
-    {
-        const World world;
-        world.import(world.home.file(u"data"_s));
-        QCOMPARE(world.page().takeAlert(), u"ファイルを開けませんでした"_s);
-        world.import(std::nullopt);
-        QVERIFY(QApplication::activeModalWidget() == nullptr);
-        QCOMPARE(world.page().names().size(), 2);
-    }
-
     void tabKey_walksFromListThroughFieldsToSave()
     {
-        const World world;
+        const MacroManagerScene world;
         QVERIFY(QTest::qWaitForWindowActive(world.window()));
         world.page().clickRow(0);
         world.field(u"macroName"_s)->setFocus();
