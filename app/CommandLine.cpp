@@ -140,16 +140,27 @@ private:
         const QByteArray option = argument.startsWith("--") ? argument.mid(1) : argument;
         const qsizetype sign = option.indexOf('=');
         const QByteArray name = sign < 0 ? option : option.first(sign);
-        if (!isToolkitOption(name))
-            return isToolkitSwitch(option);
-        if (sign < 0)
-            ++m_index;
-        const QByteArray value = sign < 0 ? m_arguments.value(m_index) : option.mid(sign + 1);
+        const bool takesValue = isToolkitOption(name);
+        if (!takesValue && !isToolkitSwitch(option))
+            return false;
+        m_result.toolkitArguments << argument;
+        if (!takesValue)
+            return true;
+        const QByteArray value = sign < 0 ? takeToolkitValue() : option.mid(sign + 1);
         if (name == "-platform")
             m_result.platform = value;
         else if (option == "-display") // It knows no other form of this one.
             m_result.display = value;
         return true;
+    }
+
+    /// The argument after the present one; empty where none is left.
+    QByteArray takeToolkitValue()
+    {
+        if (m_index + 1 >= m_arguments.size())
+            return {};
+        m_result.toolkitArguments << m_arguments.at(++m_index);
+        return m_result.toolkitArguments.last();
     }
 
     void ask(Request request)

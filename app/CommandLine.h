@@ -37,11 +37,14 @@ struct CommandLine
     bool wait = false;
     QByteArray platform; ///< The window system that the toolkit is told to use; empty for any.
     QByteArray display;  ///< The display that it is told to use; empty for that of the environment.
+    /// What is the toolkit's, in its order: it is to see nothing else, for it would take a file's
+    /// name that looks like an option for one.
+    QByteArrayList toolkitArguments;
     Fault fault = Fault::UnknownOption; ///< Of `Reject`, with the argument at fault.
     QByteArray rejectedArgument;
 
     /// \param arguments without the program's name. Options of the toolkit (`-platform x`,
-    ///        `-style=x`, ...) are passed over; what follows `--` is a file. The first request for
+    ///        `-style=x`, ...) are told apart; what follows `--` is a file. The first request for
     ///        help or the version wins over all else.
     [[nodiscard]] static CommandLine parse(const QByteArrayList &arguments);
 

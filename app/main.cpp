@@ -16,6 +16,7 @@
 #include <optional>
 #include <utility>
 #include <variant>
+#include <vector>
 
 namespace {
 
@@ -52,6 +53,26 @@ std::optional<int> answerWithoutWindow(const CommandLine &commandLine)
     return std::nullopt;
 }
 
+/// What of the command line the toolkit sees, in the form in which it takes it. It keeps pointers
+/// to this for as long as it is up.
+struct ToolkitArguments
+{
+    ToolkitArguments(char *program, const QByteArrayList &arguments)
+        : bytes(arguments)
+    {
+        pointers.push_back(program);
+        for (QByteArray &argument : bytes) {
+            pointers.push_back(argument.data());
+        }
+        count = static_cast<int>(pointers.size());
+        pointers.push_back(nullptr);
+    }
+
+    QByteArrayList bytes;
+    std::vector<char *> pointers;
+    int count = 0;
+};
+
 /// Not from the icon theme: reading that takes longer than all else of an icon, and where penwick
 /// is installed, desktops take the icon of its desktop entry anyway.
 QIcon windowIcon()
@@ -87,7 +108,8 @@ int main(int argc, char *argv[])
     }
     auto &editor = *std::get_if<penwick::EditorStart>(&start);
     std::optional<penwick::FontPreparation> fonts(std::in_place);
-    QApplication application(argc, argv);
+    ToolkitArguments toolkit(argv[0], commandLine.toolkitArguments);
+    QApplication application(toolkit.count, toolkit.pointers.data());
     QApplication::setApplicationName(u"penwick"_s);
     QApplication::setApplicationVersion(QStringLiteral(PENWICK_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral(PENWICK_ID));

@@ -30,6 +30,13 @@ CommandLine run(const QList<CommandLine::File> &files)
     return expected;
 }
 
+CommandLine passing(const QByteArrayList &toolkitArguments, const QList<CommandLine::File> &files)
+{
+    CommandLine expected = run(files);
+    expected.toolkitArguments = toolkitArguments;
+    return expected;
+}
+
 CommandLine answer(Request request, const QList<CommandLine::File> &files = {})
 {
     CommandLine expected = run(files);
@@ -115,10 +122,32 @@ void CommandLineTest::parse_arguments_givesRequestAndFiles_data()
     row("standard input twice",
         {"-", "-"},
         rejected(Fault::StandardInputTwice, "-", {kStandardInput, kStandardInput}));
-    row("toolkit option with sign", {"--style=fusion", "a"}, run({file("a")}));
-    row("toolkit option with value", {"-style", "fusion", "a"}, run({file("a")}));
-    row("toolkit option without its value", {"a", "-style"}, run({file("a")}));
-    row("toolkit switch", {"-reverse", "a"}, run({file("a")}));
+    row("toolkit option with sign",
+        {"--style=fusion", "a"},
+        passing({"--style=fusion"}, {file("a")}));
+    row("toolkit option with value",
+        {"-style", "fusion", "a"},
+        passing({"-style", "fusion"}, {file("a")}));
+    row("toolkit option without its value", {"a", "-style"}, passing({"-style"}, {file("a")}));
+    row("toolkit switch", {"-reverse", "a"}, passing({"-reverse"}, {file("a")}));
+    row("toolkit option whose value is two dashes",
+        {"-style", "--", "a"},
+        passing({"-style", "--"}, {file("a")}));
+    row("toolkit options around others",
+        {"--wait", "-style", "fusion", "+2", "a", "-reverse", "--", "-style"},
+        [] {
+            CommandLine expected =
+                passing({"-style", "fusion", "-reverse"}, {fileAt("a", 2), file("-style")});
+            expected.wait = true;
+            return expected;
+        }());
+    row("toolkit options after two dashes",
+        {"--", "-style", "-platform", "-geometry", "--display", "-reverse"},
+        run({file("-style"),
+             file("-platform"),
+             file("-geometry"),
+             file("--display"),
+             file("-reverse")}));
 }
 
 void CommandLineTest::parse_arguments_givesRequestAndFiles()

@@ -86,6 +86,18 @@ class Instance(journey.Journey):
         self.wait_for_title("名 前.txt")
         self.wait_for_text("名 前.txt", "内容\n")
 
+    def test_names_after_two_dashes_are_files_whatever_they_look_like(self):
+        names = ["-style", "-platform", "-geometry", "-display", "--version", "-reverse", "-"]
+        for name in names:
+            self.write(name, name)
+        process = self.launch("-style", "fusion", "--", *names, cwd=self.files)
+        app = self.find_editor()
+        until(lambda: len(self.tabs()) == len(names), lambda: f"{names}, not {self.tabs()}")
+        self.assertEqual(sorted(self.tabs()), sorted(names))
+        app.focus_window(names[-1])
+        self.wait_for_text("-", "-")
+        self.assertIsNone(process.poll())
+
     def test_new_window_is_a_window_of_its_own(self):
         app = self.start(self.write("first.txt", ""))
         self.hand_over("--new-window", self.write("second.txt", ""))

@@ -79,8 +79,9 @@ class Session:
 
     def start(self, *command, **options):
         """Starts a program that ends with the session."""
+        options = {"cwd": self.home, **options}
         process = subprocess.Popen(
-            [str(word) for word in command], env=self.environment, cwd=self.home, **options
+            [str(word) for word in command], env=self.environment, **options
         )
         self._processes.append(process)
         return process
