@@ -2,13 +2,13 @@
 
 #include "app/HandOver.h"
 #include "platform/BackgroundProcess.h"
+#include "platform/FileSystem.h"
 #include "platform/StandardInput.h"
 #include "platform/StandardOutput.h"
 #include "text/Utf8.h"
 #include "wording/WordingLookup.h"
 
 #include <QDeadlineTimer>
-#include <QDir>
 #include <QFile>
 
 #include <chrono>
@@ -59,10 +59,18 @@ tl::expected<Text, int> textOfStandardInput()
     return *std::move(text);
 }
 
-/// Bytes are kept as they are: they are the file's name, whatever they mean.
-QByteArray absolutePath(const QByteArray &name)
+/// Bytes are kept as they are: they are the file's name, whatever they mean. A name that leads
+/// nowhere is told at once.
+tl::expected<QByteArray, int> absolutePath(const QByteArray &name)
 {
-    return name.startsWith('/') ? name : QFile::encodeName(QDir::currentPath()) + '/' + name;
+    if (name.startsWith('/'))
+        return name;
+    const auto folder = currentFolder();
+    if (!folder)
+        return tl::unexpected(
+            fail(wording::text(u"cli.noCurrentFolder"_s, u"現在のフォルダが見つかりません"_s) +
+                 u": "_s + QFile::decodeName(name)));
+    return *folder + '/' + name;
 }
 
 tl::expected<OpenRequest, int> requestOf(const CommandLine &commandLine)
@@ -81,7 +89,10 @@ tl::expected<OpenRequest, int> requestOf(const CommandLine &commandLine)
                 return tl::unexpected(text.error());
             item.text = *std::move(text);
         } else {
-            item.path = absolutePath(file.name);
+            auto path = absolutePath(file.name);
+            if (!path)
+                return tl::unexpected(path.error());
+            item.path = *std::move(path);
         }
         request.items.append(std::move(item));
     }

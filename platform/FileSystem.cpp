@@ -6,11 +6,14 @@
 #include <QFile>
 
 #include <algorithm>
+#include <climits>
+#include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
 #include <new>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <utility>
 
 namespace penwick {
@@ -101,6 +104,21 @@ tl::expected<QByteArray, FileError> systemPath(const QString &path)
     if (path.isEmpty() || path.contains(QChar(u'\0')))
         return tl::unexpected(FileError{FileError::Kind::InvalidPath, 0});
     return QFile::encodeName(path);
+}
+
+tl::expected<QByteArray, FileError> currentFolder()
+{
+    QByteArray path(PATH_MAX, Qt::Uninitialized);
+    while (::getcwd(path.data(), static_cast<size_t>(path.size())) == nullptr) {
+        if (errno != ERANGE)
+            return systemError();
+        path.resize(path.size() * 2);
+    }
+    path.truncate(static_cast<qsizetype>(std::strlen(path.constData())));
+    // Some systems tell a folder out of reach by a word in front of its path.
+    if (!path.startsWith('/'))
+        return tl::unexpected(FileError::fromErrno(ENOENT));
+    return path;
 }
 
 tl::expected<QByteArray, FileError> readFile(const QString &path)

@@ -16,6 +16,10 @@ namespace penwick {
 /// for one with a NUL, which the system would cut short there.
 [[nodiscard]] tl::expected<QByteArray, FileError> systemPath(const QString &path);
 
+/// The absolute path of the current folder, in the bytes by which the system knows it. Fails with
+/// `NotFound` where it was removed: relative names lead nowhere then.
+[[nodiscard]] tl::expected<QByteArray, FileError> currentFolder();
+
 /// The whole content of a regular file.
 [[nodiscard]] tl::expected<QByteArray, FileError> readFile(const QString &path);
 

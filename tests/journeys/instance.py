@@ -322,6 +322,23 @@ class Instance(journey.Journey):
             self.assertEqual(bool(answer), status == 0)
             self.assertEqual(said.count(b"\n"), 1 if status else 0)
 
+    def test_names_in_a_folder_that_was_removed_are_refused(self):
+        first = self.write("first.txt", "一\n")
+        app = self.start(first)
+        gone = self.files / "gone"
+        in_gone = ("sh", "-c", 'mkdir "$0" && cd "$0" && rmdir "$0" && exec "$@"', gone)
+        process = self.session.start(
+            *in_gone, journey.PROGRAM, "second.txt", stderr=subprocess.PIPE
+        )
+        self.assertEqual(process.wait(20), 1)
+        self.assertEqual(process.stderr.read().count(b"\n"), 1)
+        self.assertEqual(app.windows(), ["first.txt — penwick"])
+        # What is named in full is found all the same.
+        second = self.write("second.txt", "二\n")
+        process = self.session.start(*in_gone, journey.PROGRAM, second)
+        self.assertEqual(process.wait(20), 0)
+        self.wait_for_title("second.txt")
+
 
 if __name__ == "__main__":
     journey.main()

@@ -1,5 +1,6 @@
 #include "platform/FileSystem.h"
 
+#include "support/CurrentFolder.h"
 #include "support/Nobody.h"
 #include "support/TemporaryHome.h"
 
@@ -18,6 +19,34 @@ class FileSystemTest final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+
+    void currentFolder_nameOfAnyBytes_isKept()
+    {
+        const TemporaryHome home;
+        const CurrentFolder current(QFile::encodeName(home.path()) + "/a\xff");
+        QCOMPARE(currentFolder().value(), QFile::encodeName(home.path()) + "/a\xff");
+    }
+
+    void currentFolder_longPath_isWhole()
+    {
+        const TemporaryHome home;
+        const CurrentFolder current(QFile::encodeName(home.path()));
+        QByteArray path = QFile::encodeName(home.path());
+        const QByteArray name(200, 'x');
+        for (int i = 0; i < 5; ++i) {
+            QVERIFY(::mkdir(name.constData(), S_IRWXU) == 0 && ::chdir(name.constData()) == 0);
+            path += '/' + name;
+        }
+        QCOMPARE(currentFolder().value(), path);
+    }
+
+    void currentFolder_thatWasRemoved_isNotFound()
+    {
+        const TemporaryHome home;
+        const CurrentFolder current(QFile::encodeName(home.file(u"gone"_s)));
+        QVERIFY(QDir().rmdir(home.file(u"gone"_s)));
+        QCOMPARE(currentFolder().error().kind, FileError::Kind::NotFound);
+    }
 
     void readFile_anyBytes_givesThemAll_data()
     {

@@ -1,0 +1,85 @@
+#include "app/StartUp.h"
+
+#include "support/CapturedOutput.h"
+#include "support/CurrentFolder.h"
+#include "support/TemporaryHome.h"
+
+#include <QTest>
+
+using namespace penwick;
+using namespace penwick::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A home whose runtime folder nobody else knows, so that no running penwick is met.
+class Home final
+{
+public:
+    Home()
+        : m_former(qgetenv("XDG_RUNTIME_DIR"))
+    {
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(home.file(u"run"_s)));
+    }
+
+    ~Home() { qputenv("XDG_RUNTIME_DIR", m_former); }
+
+    Q_DISABLE_COPY_MOVE(Home)
+
+    TemporaryHome home;
+
+private:
+    QByteArray m_former;
+};
+
+} // namespace
+
+class StartUpTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+
+    void relativeName_isTakenFromTheCurrentFolder()
+    {
+        const Home place;
+        const QByteArray folder = QFile::encodeName(place.home.path()) + "/a\xff";
+        const CurrentFolder current(folder);
+        const auto start = startUp(CommandLine::parse({"+3:4", "b\xfe", "/c"}));
+        const auto *editor = std::get_if<EditorStart>(&start);
+        QVERIFY(editor != nullptr && editor->place && editor->request);
+        QCOMPARE(editor->request->items.size(), 2);
+        QCOMPARE(editor->request->items.at(0).path, folder + "/b\xfe");
+        QVERIFY((editor->request->items.at(0).place == TextPlace{3, 4}));
+        QCOMPARE(editor->request->items.at(1).path, "/c"_ba);
+    }
+
+    void relativeName_inAFolderThatWasRemoved_isRefused()
+    {
+        const Home place;
+        const CurrentFolder current(QFile::encodeName(place.home.file(u"gone"_s)));
+        QVERIFY(QDir().rmdir(place.home.file(u"gone"_s)));
+        CapturedOutput said(stderr);
+        const auto start = startUp(CommandLine::parse({"/a", "--new-window", "b.txt"}));
+        const auto lines = said.takeLines();
+        const auto *status = std::get_if<int>(&start);
+        QVERIFY(status != nullptr);
+        QCOMPARE(*status, 1);
+        QCOMPARE(lines.size(), 1);
+        QVERIFY(lines.first().startsWith("penwick: ") && lines.first().endsWith(": b.txt"));
+    }
+
+    void absoluteName_inAFolderThatWasRemoved_isOpened()
+    {
+        const Home place;
+        const CurrentFolder current(QFile::encodeName(place.home.file(u"gone"_s)));
+        QVERIFY(QDir().rmdir(place.home.file(u"gone"_s)));
+        const auto start = startUp(CommandLine::parse({"/a"}));
+        const auto *editor = std::get_if<EditorStart>(&start);
+        QVERIFY(editor != nullptr && editor->place && editor->request);
+        QCOMPARE(editor->request->items.first().path, "/a"_ba);
+    }
+};
+
+QTEST_GUILESS_MAIN(StartUpTest)
+#include "StartUpTest.moc"
