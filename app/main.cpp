@@ -6,13 +6,14 @@
 #include "platform/BackgroundProcess.h"
 #include "platform/StandardOutput.h"
 #include "platform/SystemFonts.h"
+#include "wording/WordingLookup.h"
 
 #include <QApplication>
 #include <QIcon>
 #include <QPixmap>
 
+#include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <optional>
 #include <utility>
 #include <variant>
@@ -23,13 +24,24 @@ namespace {
 using penwick::CommandLine;
 using namespace Qt::StringLiterals;
 
+constexpr int kFailure = 1;
 constexpr int kUsageError = 2;
 constexpr int kHostStartTime = 5000; // Milliseconds, far more than it takes.
 
-void writeLine(const QString &line)
+int answer(const QString &text)
 {
-    const QByteArray bytes = line.toLocal8Bit() + '\n';
-    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stdout);
+    const auto written = penwick::writeAnswer(text.toLocal8Bit() + '\n');
+    if (written) {
+        return 0;
+    }
+    // Whoever reads no further has seen enough.
+    if (written.error().errnoValue != EPIPE) {
+        penwick::writeErrorLine(
+            u"penwick: "_s +
+            penwick::wording::text(u"cli.outputUnwritable"_s, u"標準出力に書き込めません"_s) +
+            u": "_s + written.error().description());
+    }
+    return kFailure;
 }
 
 /// Answers what needs no window, so that it works without a display too.
@@ -37,13 +49,11 @@ std::optional<int> answerWithoutWindow(const CommandLine &commandLine)
 {
     switch (commandLine.request) {
     case CommandLine::Request::ShowHelp:
-        writeLine(CommandLine::helpText());
-        return 0;
+        return answer(CommandLine::helpText());
     case CommandLine::Request::ShowVersion:
-        writeLine(CommandLine::versionText());
-        writeLine(penwick::scriptHostReport(
-            penwick::ScriptHostPool::shared().protection(kHostStartTime)));
-        return 0;
+        return answer(CommandLine::versionText() + u'\n' +
+                      penwick::scriptHostReport(
+                          penwick::ScriptHostPool::shared().protection(kHostStartTime)));
     case CommandLine::Request::Reject:
         penwick::writeErrorLine(commandLine.faultText());
         return kUsageError;

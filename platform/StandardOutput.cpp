@@ -1,5 +1,7 @@
 #include "platform/StandardOutput.h"
 
+#include "platform/FileDescriptor.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -47,6 +49,19 @@ void write(Stream &stream, QByteArrayView bytes)
     }
 }
 
+/// How much standard output took; 0 where it had no room and may have some now.
+::ssize_t writeSome(QByteArrayView bytes)
+{
+    const auto written = uninterrupted([&] {
+        return ::write(STDOUT_FILENO, bytes.data(), static_cast<std::size_t>(bytes.size()));
+    });
+    if (written >= 0 || (errno != EAGAIN && errno != EWOULDBLOCK))
+        return written;
+    ::pollfd waited{STDOUT_FILENO, POLLOUT, 0};
+    static_cast<void>(uninterrupted([&] { return ::poll(&waited, 1, -1); }));
+    return 0;
+}
+
 QString withVisibleControls(QString text)
 {
     constexpr char16_t kControlPictures = 0x2400;
@@ -62,6 +77,18 @@ QString withVisibleControls(QString text)
 }
 
 } // namespace
+
+tl::expected<void, FileError> writeAnswer(QByteArrayView bytes)
+{
+    std::fflush(stdout);
+    while (!bytes.isEmpty()) {
+        const auto written = writeSome(bytes);
+        if (written < 0)
+            return tl::unexpected(FileError::fromErrno(errno));
+        bytes = bytes.sliced(written);
+    }
+    return {};
+}
 
 void printLine(QStringView text)
 {

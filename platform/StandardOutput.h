@@ -1,10 +1,19 @@
 #pragma once
 
+#include "platform/FileError.h"
+
+#include <QByteArrayView>
 #include <QStringView>
+
+#include <tl/expected.hpp>
 
 namespace penwick {
 
-// Neither of these waits long for whoever reads: what is not taken within a moment is dropped.
+/// Writes all of `bytes` to standard output and waits for whoever reads them. For an answer that
+/// somebody asked for, which must not be missing in silence.
+[[nodiscard]] tl::expected<void, FileError> writeAnswer(QByteArrayView bytes);
+
+// Neither of the others waits long for whoever reads: what is not taken within a moment is dropped.
 // Both may be called on any thread.
 
 /// Writes `text` as one line of UTF-8 to standard output. Line breaks inside the text become

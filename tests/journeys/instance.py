@@ -322,6 +322,13 @@ class Instance(journey.Journey):
             self.assertEqual(bool(answer), status == 0)
             self.assertEqual(said.count(b"\n"), 1 if status else 0)
 
+    def test_answer_that_cannot_be_written_is_told(self):
+        self.session.environment.pop("DISPLAY")
+        for argument in ("--help", "--version"):
+            with open("/dev/full", "wb") as full:
+                said = self.hand_over(argument, status=1, stdout=full)
+            self.assertEqual(said.count("\n"), 1)
+
     def test_names_in_a_folder_that_was_removed_are_refused(self):
         first = self.write("first.txt", "一\n")
         app = self.start(first)

@@ -4,6 +4,8 @@
 
 #include <QTest>
 
+#include <cstdio>
+#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -57,6 +59,32 @@ class StandardOutputTest final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+
+    void writeAnswer_longText_isWhole()
+    {
+        const QByteArray text(300'000, 'x');
+        CapturedOutput output;
+        const auto written = writeAnswer(text);
+        const QByteArray taken = output.take();
+        QVERIFY(written);
+        QVERIFY(taken == text);
+    }
+
+    void writeAnswer_fullDisk_isTold()
+    {
+        const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
+        if (full < 0)
+            QSKIP("This system has no file that is always full.");
+        std::fflush(stdout);
+        const int former = ::dup(STDOUT_FILENO);
+        ::dup2(full, STDOUT_FILENO);
+        const auto written = writeAnswer("answer\n");
+        ::dup2(former, STDOUT_FILENO);
+        ::close(former);
+        ::close(full);
+        QVERIFY(!written);
+        QCOMPARE(written.error().kind, FileError::Kind::NoSpace);
+    }
 
     void printLine_anyText_isOneFlushedLine()
     {
