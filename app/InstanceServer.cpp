@@ -14,6 +14,9 @@ constexpr std::size_t kPiece = std::size_t{1} << 18;
 // More at the same moment than anybody starts; each holds little until its bytes have come.
 constexpr std::size_t kMaxArriving = 256;
 
+// While no file can be opened; less than anybody who waits would give up after.
+constexpr std::chrono::milliseconds kPause{200};
+
 } // namespace
 
 InstanceClient::InstanceClient(LocalSocket stream,
@@ -103,6 +106,9 @@ InstanceServer::InstanceServer(InstancePlace place,
                                                    QSocketNotifier::Read))
 {
     connect(m_notifier.get(), &QSocketNotifier::activated, this, &InstanceServer::acceptAll);
+    m_pause.setSingleShot(true);
+    m_pause.setInterval(kPause);
+    connect(&m_pause, &QTimer::timeout, this, [this] { setAccepting(true); });
 }
 
 InstanceServer::~InstanceServer()
@@ -122,12 +128,26 @@ void InstanceServer::leave()
 
 void InstanceServer::acceptAll()
 {
+    using Error = LocalSocket::Error;
     while (m_arriving.size() < kMaxArriving) {
         auto stream = m_place->listening().accept();
-        if (!stream)
+        if (stream) {
+            adopt(*std::move(stream));
+        } else if (stream.error() == Error::NobodyWaits) {
             return;
-        adopt(*std::move(stream));
+        } else if (stream.error() == Error::System) {
+            m_pause.start();
+            break;
+        }
     }
+    // Whoever waits would wake the event loop in each turn.
+    setAccepting(false);
+}
+
+void InstanceServer::setAccepting(bool accepts)
+{
+    if (m_notifier)
+        m_notifier->setEnabled(accepts);
 }
 
 void InstanceServer::adopt(LocalSocket stream)
@@ -137,6 +157,7 @@ void InstanceServer::adopt(LocalSocket stream)
     const auto forget = [this, client] {
         m_arriving.erase(std::remove(m_arriving.begin(), m_arriving.end(), client),
                          m_arriving.end());
+        setAccepting(true);
     };
     connect(client, &InstanceClient::ended, this, forget);
     connect(client,

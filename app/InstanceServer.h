@@ -76,11 +76,13 @@ Q_SIGNALS:
 
 private:
     void acceptAll();
+    void setAccepting(bool accepts);
     void adopt(LocalSocket stream);
 
     std::optional<InstancePlace> m_place;
     std::chrono::milliseconds m_patience;
     std::unique_ptr<QSocketNotifier> m_notifier;
+    QTimer m_pause;                           // Until the next try, after one that failed.
     std::vector<InstanceClient *> m_arriving; // Whose requests were not taken yet.
 };
 

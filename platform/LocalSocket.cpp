@@ -108,6 +108,13 @@ Error errorOfConnecting(int errnoValue)
     }
 }
 
+Error errorOfAccepting(int errnoValue)
+{
+    if (errnoValue == EAGAIN || errnoValue == EWOULDBLOCK)
+        return Error::NobodyWaits;
+    return errnoValue == ECONNABORTED ? Error::Closed : Error::System;
+}
+
 tl::expected<qsizetype, Error> transferred(ssize_t count)
 {
     if (count >= 0)
@@ -155,11 +162,15 @@ tl::expected<LocalSocket, Error> LocalSocket::connectTo(const QString &path)
     return LocalSocket(*std::move(made));
 }
 
-std::optional<LocalSocket> LocalSocket::accept() const
+tl::expected<LocalSocket, Error> LocalSocket::accept() const
 {
     FileDescriptor stream(uninterrupted([&] { return acceptOne(m_descriptor.get()); }));
-    if (!stream.isOpen() || !setUp(stream) || peerOf(stream) != ::geteuid())
-        return std::nullopt;
+    if (!stream.isOpen())
+        return tl::unexpected(errorOfAccepting(errno));
+    if (!setUp(stream))
+        return tl::unexpected(Error::System);
+    if (peerOf(stream) != ::geteuid())
+        return tl::unexpected(Error::Stranger);
     return LocalSocket(std::move(stream));
 }
 

@@ -20,6 +20,7 @@ class LocalSocket final
 {
 public:
     enum class Error {
+        NobodyWaits,   ///< Nobody else has come.
         NobodyListens, ///< Nothing stands there, or what a process that is gone left behind.
         Busy,          ///< Somebody listens, but too many wait to be heard.
         PathTooLong,   ///< The system allows about a hundred bytes.
@@ -33,8 +34,10 @@ public:
     [[nodiscard]] static tl::expected<LocalSocket, Error> listenAt(const QString &path);
     [[nodiscard]] static tl::expected<LocalSocket, Error> connectTo(const QString &path);
 
-    /// The next stream that waits at this place; nothing where none does, and for a stranger's.
-    [[nodiscard]] std::optional<LocalSocket> accept() const;
+    /// The next stream that waits at this place. Fails with `NobodyWaits` once there is none;
+    /// `Stranger` and `Closed` are about one that did, and is gone. After `System`, which comes
+    /// where the process has too many files open, whoever waits goes on waiting.
+    [[nodiscard]] tl::expected<LocalSocket, Error> accept() const;
 
     /// Bytes that have come, at most `size`; 0 where none have yet.
     [[nodiscard]] tl::expected<qsizetype, Error> read(char *data, qsizetype size) const;

@@ -3,13 +3,16 @@
 #include "app/InstanceServer.h"
 #include "platform/FileLock.h"
 #include "platform/RuntimeFolder.h"
+#include "support/DescriptorLimit.h"
 #include "support/TemporaryHome.h"
 
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 
 #include <atomic>
 #include <future>
@@ -19,6 +22,7 @@
 using namespace penwick;
 using namespace std::chrono_literals;
 using namespace Qt::StringLiterals;
+using test::DescriptorLimit;
 using test::TemporaryHome;
 
 using Kind = HandOverError::Kind;
@@ -83,6 +87,31 @@ struct Running
     InstanceServer server;
     QList<OpenRequest> requests;
     QList<InstanceClient *> clients;
+};
+
+/// Counts how often sockets wake the event loop.
+class Wakings final : public QObject
+{
+public:
+    Wakings() { QCoreApplication::instance()->installEventFilter(this); }
+
+    [[nodiscard]] int during(std::chrono::milliseconds time)
+    {
+        m_count = 0;
+        QEventLoop loop;
+        QTimer::singleShot(time, &loop, &QEventLoop::quit);
+        loop.exec();
+        return m_count;
+    }
+
+private:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        m_count += event->type() == QEvent::SockAct ? 1 : 0;
+        return false;
+    }
+
+    int m_count = 0;
 };
 
 /// Writes raw bytes to the socket and reads until the other side ends the stream.
@@ -363,6 +392,62 @@ private Q_SLOTS:
             QVERIFY2(reply && *reply, bytes.constData());
             QVERIFY((*reply)->kind == Reply::Kind::Refused);
         }
+    }
+
+    void server_withoutDescriptors_restsAndServesLater()
+    {
+        const TemporaryHome home;
+        Running running(addressIn(home));
+        const auto stream = LocalSocket::connectTo(addressIn(home).socket);
+        QVERIFY(stream);
+        Wakings wakings;
+        {
+            const DescriptorLimit limit;
+            const int count = wakings.during(300ms);
+            QVERIFY2(count > 0 && count < 10, QByteArray::number(count).constData());
+        }
+        auto outcome = std::async(std::launch::async, [&stream] {
+            return handOver(requestOf("/a"), *stream, kPatience);
+        });
+        QTRY_VERIFY(isOver(outcome));
+        QVERIFY(outcome.get());
+    }
+
+    void server_withoutDescriptors_canLeave()
+    {
+        const TemporaryHome home;
+        Running running(addressIn(home));
+        const auto stream = LocalSocket::connectTo(addressIn(home).socket);
+        QVERIFY(stream);
+        Wakings wakings;
+        const DescriptorLimit limit;
+        QVERIFY(wakings.during(50ms) > 0);
+        running.server.leave();
+        QCOMPARE(wakings.during(300ms), 0);
+    }
+
+    void server_moreThanItHears_restsUntilOneGoes()
+    {
+        const TemporaryHome home;
+        Running running(addressIn(home), 60s);
+        constexpr std::size_t kMost = 256;
+        std::vector<LocalSocket> silent;
+        while (silent.size() < kMost + 1) {
+            auto stream = LocalSocket::connectTo(addressIn(home).socket);
+            if (stream)
+                silent.push_back(*std::move(stream));
+            else
+                QTest::qWait(1); // Too many wait.
+        }
+        Wakings wakings;
+        QVERIFY(wakings.during(100ms) < 10);
+        QCOMPARE(wakings.during(200ms), 0);
+        auto outcome = std::async(std::launch::async, [&silent] {
+            return handOver(requestOf("/a"), silent.back(), kPatience);
+        });
+        silent.erase(silent.begin());
+        QTRY_VERIFY(isOver(outcome));
+        QVERIFY(outcome.get());
     }
 
     void server_whoSaysNothing_isDropped()
