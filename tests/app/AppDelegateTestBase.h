@@ -1,0 +1,106 @@
+#pragma once
+
+#include "app/AppDelegate.h"
+#include "app/MenuBar.h"
+#include "editor/TextView.h"
+#include "support/TemporaryHome.h"
+#include "wording/UIWordingProfileManager.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTest>
+
+#include <memory>
+
+namespace penwick::test {
+
+/// What the tests of the whole application share: all of it but its event loop, over a home folder
+/// of their own. A test object derives from it, and calls begin() and end() in init() and
+/// cleanup(). The stores are the process's shared ones, as in the program, so its test functions
+/// build on each other's home. An `index` counts the tabs of all windows from 0, oldest first.
+class AppDelegateTestBase
+{
+protected:
+    void begin()
+    {
+        const QDateTime now(QDate(2025, 3, 5), QTime(9, 7), Qt::LocalTime);
+        m_app = std::make_unique<AppDelegate>([now] { return now.toUTC(); });
+    }
+
+    void end()
+    {
+        QCoreApplication::processEvents();
+        m_app.reset();
+        auto &profiles = UIWordingProfileManager::shared();
+        profiles.applyProfile(profiles.profiles().first());
+    }
+
+    /// As the program starts that is given these files.
+    void launch(const QStringList &files = {})
+    {
+        OpenRequest request;
+        for (const QString &file : files)
+            request.items.append({QFile::encodeName(file), std::nullopt, std::nullopt});
+        m_app->applicationDidFinishLaunching(request);
+        QCoreApplication::processEvents();
+    }
+
+    [[nodiscard]] EditorWindowController *controller(int index = 0) const
+    {
+        return m_app->documentController().windowControllers().at(index).get();
+    }
+
+    [[nodiscard]] QMenu *menu(int bar, int index = 0) const
+    {
+        return controller(index)->window()->menuBar()->actions().at(bar)->menu();
+    }
+
+    /// The item of a macro in the menu of a window; null when there is none.
+    [[nodiscard]] QAction *macroItem(const QString &id, int index = 0) const
+    {
+        for (QAction *action : macroMenu(controller(index)->window())->actions()) {
+            if (action->data().toString() == id) {
+                return action;
+            }
+        }
+        return nullptr;
+    }
+
+    /// As one edit.
+    void setText(const QString &text, int index = 0) const
+    {
+        TextView *view = controller(index)->textView();
+        const Text value(text);
+        const TextRange all{0, view->string().size()};
+        view->shouldChangeText(all, value);
+        view->replaceCharacters(all, value);
+        view->didChangeText();
+        QCoreApplication::processEvents();
+    }
+
+    [[nodiscard]] QString text(int index = 0) const
+    {
+        return controller(index)->textView()->string().toString();
+    }
+
+    /// In the status bar, after everything that is queued.
+    [[nodiscard]] QString message(int index = 0) const
+    {
+        QCoreApplication::processEvents();
+        return controller(index)->documentState()->macroNotificationMessage().value_or(QString());
+    }
+
+    void activate(int index) const
+    {
+        EditorWindow *window = controller(index)->window();
+        window->setCurrentController(controller(index));
+        window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(window));
+    }
+
+    TemporaryHome m_home;
+    std::unique_ptr<AppDelegate> m_app;
+};
+
+} // namespace penwick::test

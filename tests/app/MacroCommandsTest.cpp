@@ -1,0 +1,203 @@
+#include "app/AppDelegateTestBase.h"
+#include "macro/library/CodeEditor.h"
+#include "support/Macros.h"
+#include "support/ManagerPage.h"
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QTest>
+
+using namespace penwick;
+using namespace Qt::StringLiterals;
+
+/// Macros that are run from the menus and from the manager, in the whole application.
+class MacroCommandsTest final : public QObject, private test::AppDelegateTestBase
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+
+    void init() { begin(); }
+
+    void cleanup() { end(); }
+
+    void macroManagersTestRun_editsTheLastActiveEditor();
+    void macroManagersTestRun_failing_marksTheLine_data();
+    void macroManagersTestRun_failing_marksTheLine();
+    void dynamicMacro_fromTheMenu_editsTheDocument();
+    void dynamicMacro_vanished_doesNothing();
+    void prefixMacro_prompted_usesTheAnswer_data();
+    void prefixMacro_prompted_usesTheAnswer();
+    void datePrompt_cancelled_isNoticed();
+    void datePrompt_answered_insertsTheDate();
+    void prompt_windowActivatedMeanwhile_receivesTheRun();
+    void testMacro_withoutEditor_doesNothing();
+    void testMacros_run_reportTheirSuccess();
+    void managersRun_withoutEditor_warns();
+};
+
+void MacroCommandsTest::macroManagersTestRun_editsTheLastActiveEditor()
+{
+    launch();
+    setText(u"old"_s);
+    m_app->showMacroManager();
+    const test::ManagerPage page(m_app->macroManagerWindowController()->window());
+    QTest::mouseClick(page.tool(u"macroAdd"_s), Qt::LeftButton);
+    auto *code = m_app->macroManagerWindowController()->window()->findChild<CodeEditor *>();
+    code->textView()->selectAll();
+    QTest::keyClicks(code->textView(),
+                     u"return { textEdits: [{ type: 'replaceAll', text: 'new' }] };"_s);
+    page.click(u"テスト実行"_s);
+    QTRY_COMPARE(text(), u"new"_s);
+    test::clickInModal(u"保存しない"_s); // The draft, at the end.
+    QVERIFY(m_app->macroManagerWindowController()->window()->close());
+}
+
+void MacroCommandsTest::dynamicMacro_fromTheMenu_editsTheDocument()
+{
+    launch();
+    setText(u"one  \ntwo\t"_s);
+    macroItem(u"default_trimTrailingSpaces"_s)->trigger();
+    QCOMPARE(text(), u"one\ntwo"_s);
+    controller()->textView()->undo();
+    QCOMPARE(text(), u"one  \ntwo\t"_s);
+}
+
+void MacroCommandsTest::dynamicMacro_vanished_doesNothing()
+{
+    launch();
+    setText(u"x"_s);
+    m_app->runDynamicMacro(u"no such macro"_s);
+    QCOMPARE(text(), u"x"_s);
+    QCOMPARE(message(), QString());
+}
+
+void MacroCommandsTest::prefixMacro_prompted_usesTheAnswer_data()
+{
+    QTest::addColumn<QString>("answer");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("two spaces") << u"  "_s << u"  a\n  b"_s << u""_s;
+    QTest::newRow("ordinary") << u"> "_s << u"> a\n> b"_s << u""_s;
+    QTest::newRow("empty") << u""_s << u"a\nb"_s
+                           << u"文字列が指定されなかったため、実行を中止しました"_s;
+}
+
+void MacroCommandsTest::prefixMacro_prompted_usesTheAnswer()
+{
+    QFETCH(QString, answer);
+    QFETCH(QString, text);
+    QFETCH(QString, message);
+    launch();
+    setText(u"a\nb"_s);
+    test::answerModal([answer](QWidget *window) {
+        auto *field = window->findChild<QLineEdit *>();
+        QCOMPARE(field->text(), u"- "_s);
+        field->setText(answer);
+        test::buttonNamed(window, u"OK"_s)->click();
+    });
+    macroItem(u"default_addLinePrefix"_s)->trigger();
+    QCOMPARE(this->text(), text);
+    if (!message.isEmpty()) {
+        QCOMPARE(this->message(), message);
+    }
+}
+
+void MacroCommandsTest::datePrompt_cancelled_isNoticed()
+{
+    launch();
+    test::clickInModal(u"キャンセル"_s);
+    macroItem(u"default_insertDateTime"_s)->trigger();
+    QCOMPARE(message(), u"キャンセルしました"_s);
+    QCOMPARE(text(), QString());
+}
+
+void MacroCommandsTest::datePrompt_answered_insertsTheDate()
+{
+    launch();
+    test::answerModal([](QWidget *window) {
+        window->findChild<QComboBox *>()->setCurrentIndex(4);
+        test::buttonNamed(window, u"OK"_s)->click();
+    });
+    macroItem(u"default_insertDateTime"_s)->trigger();
+    QCOMPARE(text(), u"2025年3月5日"_s);
+}
+
+void MacroCommandsTest::prompt_windowActivatedMeanwhile_receivesTheRun()
+{
+    launch({m_home.write(u"a.txt"_s, "A"), m_home.write(u"b.txt"_s, "B")});
+    activate(0);
+    test::answerModal([this](QWidget *window) {
+        activate(1);
+        test::buttonNamed(window, u"OK"_s)->click();
+    });
+    macroItem(u"default_addLinePrefix"_s)->trigger();
+    QCOMPARE(text(0), u"A"_s);
+    QCOMPARE(text(1), u"- B"_s);
+}
+
+void MacroCommandsTest::testMacro_withoutEditor_doesNothing()
+{
+    m_app->runTestMacro();
+    m_app->runTestMacroSelection();
+    m_app->runDynamicMacro(u"default_trimTrailingSpaces"_s);
+    QCoreApplication::processEvents();
+    QVERIFY(QApplication::activeModalWidget() == nullptr);
+    QVERIFY(m_app->lastActiveEditorWindowController() == nullptr);
+}
+
+void MacroCommandsTest::testMacros_run_reportTheirSuccess()
+{
+    launch();
+    QList<QAction *> items = macroMenu(controller()->window())->actions();
+    items.last()->trigger();
+    QCOMPARE(message(), u"選択範囲がありません。テキストを選択してから実行してください。"_s);
+    setText(u"abc"_s);
+    controller()->textView()->setSelectedRange({1, 1});
+    items.last()->trigger();
+    QCOMPARE(text(), u"a[選択テスト: b]c"_s);
+    QCOMPARE(message(), u"replaceSelection テスト成功"_s);
+    items.at(items.size() - 2)->trigger();
+    QVERIFY(text().startsWith(u"テストマクロが実行されました！\n現在時刻: "_s));
+    QCOMPARE(message(), u"replaceAll テスト成功"_s);
+}
+
+void MacroCommandsTest::managersRun_withoutEditor_warns()
+{
+    QString warning;
+    test::clickInModal(u"OK"_s, &warning);
+    m_app->runMacroInActiveEditor(test::sampleMacro());
+    QCOMPARE(warning, u"実行対象のエディタが見つかりません"_s);
+}
+
+void MacroCommandsTest::macroManagersTestRun_failing_marksTheLine_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<int>("line");
+    QTest::newRow("first line") << u"missing();"_s << 1;
+    QTest::newRow("third line") << u"let a;\n\nthrow new Error('x');\n"_s << 3;
+    QTest::newRow("in a function") << u"function f() {\n  null.x;\n}\nf();"_s << 2;
+    QTest::newRow("no program") << u"let a = 1;\nlet = = 2;"_s << 2;
+    QTest::newRow("no error thrown") << u"\n\nthrow 'text';"_s << 0;
+}
+
+void MacroCommandsTest::macroManagersTestRun_failing_marksTheLine()
+{
+    QFETCH(QString, code);
+    QFETCH(int, line);
+    launch();
+    setText(u"a\u2028b\nc"_s);
+    m_app->showMacroManager();
+    const test::ManagerPage page(m_app->macroManagerWindowController()->window());
+    QTest::mouseClick(page.tool(u"macroAdd"_s), Qt::LeftButton);
+    auto *editor = m_app->macroManagerWindowController()->window()->findChild<CodeEditor *>();
+    editor->setText(code);
+    page.click(u"テスト実行"_s);
+    QTRY_VERIFY(!message().isEmpty());
+    QTRY_COMPARE(editor->errorLine(), line);
+    test::clickInModal(u"保存しない"_s);
+    QVERIFY(m_app->macroManagerWindowController()->window()->close());
+}
+
+QTEST_MAIN(MacroCommandsTest)
+#include "MacroCommandsTest.moc"
