@@ -4,6 +4,7 @@
 #include "app/MenuBar.h"
 #include "editor/TextView.h"
 #include "support/TemporaryHome.h"
+#include "support/WholeText.h"
 #include "wording/UIWordingProfileManager.h"
 
 #include <QAction>
@@ -67,15 +68,10 @@ protected:
         return nullptr;
     }
 
-    /// As one edit.
+    /// As one edit, with everything that follows from it.
     void setText(const QString &text, int index = 0) const
     {
-        TextView *view = controller(index)->textView();
-        const Text value(text);
-        const TextRange all{0, view->string().size()};
-        view->shouldChangeText(all, value);
-        view->replaceCharacters(all, value);
-        view->didChangeText();
+        replaceWholeText(controller(index)->textView(), Text(text));
         QCoreApplication::processEvents();
     }
 

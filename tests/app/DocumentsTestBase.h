@@ -5,6 +5,7 @@
 #include "macro/engine/EditorWindow.h"
 #include "macro/engine/EditorWindowController.h"
 #include "support/TemporaryHome.h"
+#include "support/WholeText.h"
 
 #include <QCoreApplication>
 #include <QTest>
@@ -52,13 +53,7 @@ protected:
     void type(const QString &text, int index = 0) const { QTest::keyClicks(view(index), text); }
 
     /// Replaces the whole text as one edit.
-    void replaceText(const Text &text) const
-    {
-        const TextRange all{0, view()->string().size()};
-        view()->shouldChangeText(all, text);
-        view()->replaceCharacters(all, text);
-        view()->didChangeText();
-    }
+    void replaceText(const Text &text) const { replaceWholeText(view(), text); }
 
     std::unique_ptr<TemporaryHome> m_home;
     std::unique_ptr<DocumentController> m_documents;

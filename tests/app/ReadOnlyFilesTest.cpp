@@ -57,22 +57,21 @@ private Q_SLOTS:
     void readOnlyFile_closeAndSaveElsewhere_closes();
 
 private:
-    void open(const QByteArray &content)
+    /// Opens a file that holds "old", types an "x" before that, and takes the right to write away.
+    void editReadOnlyFile()
     {
-        m_path = m_home->write(u"a.txt"_s, content);
-        QVERIFY(m_documents->openFile(m_path));
+        const QString path = m_home->write(u"a.txt"_s, "old");
+        QVERIFY(m_documents->openFile(path));
         QTRY_VERIFY(view() != nullptr);
+        type(u"x"_s);
+        QCOMPARE(::chmod(qPrintable(path), 0444), 0);
+        QCOMPARE(::chmod(qPrintable(m_home->path()), 0777), 0);
     }
-
-    QString m_path;
 };
 
 void ReadOnlyFilesTest::readOnlyFile_save_offersAnotherPlace()
 {
-    open("old");
-    type(u"x"_s);
-    QCOMPARE(::chmod(qPrintable(m_path), 0444), 0);
-    QCOMPARE(::chmod(qPrintable(m_home->path()), 0777), 0);
+    editReadOnlyFile();
     const QString other = m_home->file(u"other.txt"_s);
     QStringList told;
     const test::LaterAnswer answer(answering({u"別名で保存…"_s}, other, told));
@@ -86,10 +85,7 @@ void ReadOnlyFilesTest::readOnlyFile_save_offersAnotherPlace()
 
 void ReadOnlyFilesTest::readOnlyFile_closeAndSaveElsewhere_closes()
 {
-    open("old");
-    type(u"x"_s);
-    QCOMPARE(::chmod(qPrintable(m_path), 0444), 0);
-    QCOMPARE(::chmod(qPrintable(m_home->path()), 0777), 0);
+    editReadOnlyFile();
     const QString other = m_home->file(u"other.txt"_s);
     QStringList told;
     const test::LaterAnswer answer(answering({u"別名で保存…"_s, u"保存"_s}, other, told));

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "editor/TextView.h"
+
+namespace penwick::test {
+
+/// Replaces all that the view shows as one edit, as a macro does.
+inline void replaceWholeText(TextView *view, const Text &text)
+{
+    const TextRange all{0, view->string().size()};
+    view->shouldChangeText(all, text);
+    view->replaceCharacters(all, text);
+    view->didChangeText();
+}
+
+} // namespace penwick::test
