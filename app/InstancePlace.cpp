@@ -39,6 +39,14 @@ QByteArray displayKey(const QByteArray &platform, const QByteArray &askedDisplay
            qgetenv("XDG_RUNTIME_DIR");
 }
 
+/// Whether the open file is what stands there, and was not removed since it was opened.
+bool standsAt(const QString &path, const FileDescriptor &file)
+{
+    const auto open = FileVersion::of(file.get());
+    const auto standing = FileVersion::ofEntry(path);
+    return open && standing && open->isOfSameFileAs(*standing);
+}
+
 /// The lock, when it was free.
 tl::expected<FileDescriptor, FileError> takeLock(const QString &path)
 {
@@ -47,6 +55,9 @@ tl::expected<FileDescriptor, FileError> takeLock(const QString &path)
         return file;
     if (const auto locked = lockExclusively(*file); !locked)
         return tl::unexpected(locked.error());
+    // The lock on a file that is gone binds nobody: the next one makes another.
+    if (!standsAt(path, *file))
+        return tl::unexpected(FileError{FileError::Kind::Changed});
     return file;
 }
 
@@ -63,7 +74,8 @@ std::optional<tl::expected<Arrival, ArrivalError>> look(const InstanceAddress &a
     auto lock = takeLock(address.lock);
     if (!lock) {
         // Somebody else is about to listen, or about to end.
-        if (lock.error().kind == FileError::Kind::Locked)
+        if (lock.error().kind == FileError::Kind::Locked ||
+            lock.error().kind == FileError::Kind::Changed)
             return std::nullopt;
         return tl::unexpected(ArrivalError::Unusable);
     }
@@ -88,10 +100,60 @@ tl::expected<InstanceAddress, FileError> InstanceAddress::ofThisDisplay(const QB
     });
 }
 
+QString InstanceAddress::folder() const
+{
+    return socket.left(socket.lastIndexOf(u'/'));
+}
+
+InstancePlace::InstancePlace(InstanceAddress address, FileDescriptor lock, LocalSocket listening)
+    : m_address(std::move(address))
+    , m_lock(std::move(lock))
+    , m_listening(std::move(listening))
+    , m_socket(FileVersion::ofEntry(m_address.socket))
+{
+}
+
+bool InstancePlace::holdsLock() const
+{
+    return standsAt(m_address.lock, m_lock);
+}
+
+bool InstancePlace::ownsSocket() const
+{
+    return m_socket && FileVersion::ofEntry(m_address.socket) == m_socket;
+}
+
+bool InstancePlace::stands() const
+{
+    return holdsLock() && ownsSocket();
+}
+
+bool InstancePlace::renew()
+{
+    if (!makePrivateFolder(m_address.folder()))
+        return false;
+    // First, for whoever has it listens, and nobody else.
+    if (!holdsLock()) {
+        auto lock = takeLock(m_address.lock);
+        if (!lock)
+            return false;
+        m_lock = *std::move(lock);
+    }
+    if (!ownsSocket()) {
+        auto listening = LocalSocket::listenAt(m_address.socket);
+        if (!listening)
+            return false;
+        m_listening = *std::move(listening);
+        m_socket = FileVersion::ofEntry(m_address.socket);
+    }
+    return true;
+}
+
 void InstancePlace::leave(InstancePlace place)
 {
     // While the lock is held, so that it is nobody else's.
-    static_cast<void>(removeFile(place.m_address.socket));
+    if (place.stands())
+        static_cast<void>(removeFile(place.m_address.socket));
 }
 
 tl::expected<Arrival, ArrivalError> arriveAt(const InstanceAddress &address,

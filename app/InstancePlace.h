@@ -2,11 +2,13 @@
 
 #include "platform/FileDescriptor.h"
 #include "platform/FileError.h"
+#include "platform/FileVersion.h"
 #include "platform/LocalSocket.h"
 
 #include <QByteArray>
 #include <QString>
 
+#include <optional>
 #include <tl/expected.hpp>
 #include <variant>
 
@@ -25,24 +27,35 @@ struct InstanceAddress
     [[nodiscard]] static tl::expected<InstanceAddress, FileError>
     ofThisDisplay(const QByteArray &platform, const QByteArray &display = {});
 
+    /// The folder of both.
+    [[nodiscard]] QString folder() const;
+
     bool operator==(const InstanceAddress &) const = default;
 };
 
 /// The place of the one running process: a socket that it listens at, and a lock that says so until
 /// the process ends, in whatever way. Not usable once moved from.
+///
+/// Programs that clean up may take away both files. The place is that of whoever holds the lock on
+/// the file that stands there now: one that has lost it gives way, and one that still has it may
+/// take the socket's place over whatever stands there.
 class InstancePlace final
 {
 public:
-    InstancePlace(InstanceAddress address, FileDescriptor lock, LocalSocket listening)
-        : m_address(std::move(address))
-        , m_lock(std::move(lock))
-        , m_listening(std::move(listening))
-    {
-    }
+    /// \param listening at the address's socket; only this process listens there.
+    InstancePlace(InstanceAddress address, FileDescriptor lock, LocalSocket listening);
 
     [[nodiscard]] const InstanceAddress &address() const { return m_address; }
 
     [[nodiscard]] const LocalSocket &listening() const { return m_listening; }
+
+    /// Whether whoever arrives meets this process: its own lock and its own socket stand there.
+    [[nodiscard]] bool stands() const;
+
+    /// Puts up again what was taken away; the folder, too. `listening` may be another afterwards.
+    /// \return false where another process has the place by now, or the system fails. As long as
+    ///         nothing stands in the way, it may be tried again.
+    [[nodiscard]] bool renew();
 
     /// Gives the place up for the next process. Whoever has been waiting at the socket meets its
     /// end. Destroying the object instead, as one that has forked does, leaves the place to the
@@ -50,9 +63,13 @@ public:
     static void leave(InstancePlace place);
 
 private:
+    [[nodiscard]] bool holdsLock() const;
+    [[nodiscard]] bool ownsSocket() const;
+
     InstanceAddress m_address;
     FileDescriptor m_lock;
     LocalSocket m_listening;
+    std::optional<FileVersion> m_socket; // What this process put there.
 };
 
 /// What somebody meets who arrives at an address: the free place, which is theirs from then on, or

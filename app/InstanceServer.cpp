@@ -17,6 +17,11 @@ constexpr std::size_t kMaxArriving = 256;
 // While no file can be opened; less than anybody who waits would give up after.
 constexpr std::chrono::milliseconds kPause{200};
 
+// Whoever cleans up takes one file after the other, and a start waits for longer than this.
+constexpr std::chrono::milliseconds kSettling{100};
+// Between tries to get the place back. There is no hurry: another process has it.
+constexpr std::chrono::milliseconds kLongestWait{60'000};
+
 } // namespace
 
 InstanceClient::InstanceClient(LocalSocket stream,
@@ -102,13 +107,20 @@ InstanceServer::InstanceServer(InstancePlace place,
     : QObject(parent)
     , m_place(std::move(place))
     , m_patience(patience)
-    , m_notifier(std::make_unique<QSocketNotifier>(m_place->listening().descriptor(),
-                                                   QSocketNotifier::Read))
+    , m_untilNextLook(kSettling)
 {
-    connect(m_notifier.get(), &QSocketNotifier::activated, this, &InstanceServer::acceptAll);
+    listen();
     m_pause.setSingleShot(true);
     m_pause.setInterval(kPause);
     connect(&m_pause, &QTimer::timeout, this, [this] { setAccepting(true); });
+    m_lookTimer.setSingleShot(true);
+    connect(&m_lookTimer, &QTimer::timeout, this, &InstanceServer::lookAfterPlace);
+    connect(&m_watcher,
+            &QFileSystemWatcher::directoryChanged,
+            this,
+            &InstanceServer::lookAfterPlaceSoon);
+    // Later, so that it takes nothing from the start-up.
+    lookAfterPlaceSoon();
 }
 
 InstanceServer::~InstanceServer()
@@ -121,9 +133,54 @@ void InstanceServer::leave()
     if (!m_place)
         return;
     m_notifier.reset();
+    m_lookTimer.stop();
     InstancePlace::leave(*std::exchange(m_place, std::nullopt));
     for (InstanceClient *client : std::exchange(m_arriving, {}))
         delete client;
+}
+
+void InstanceServer::listen()
+{
+    m_notifier =
+        std::make_unique<QSocketNotifier>(m_place->listening().descriptor(), QSocketNotifier::Read);
+    connect(m_notifier.get(), &QSocketNotifier::activated, this, &InstanceServer::acceptAll);
+}
+
+void InstanceServer::watch()
+{
+    // Anew, for the folder of that name may be another one by now.
+    const QString folder = m_place->address().folder();
+    m_watcher.removePath(folder);
+    m_watcher.addPath(folder);
+}
+
+void InstanceServer::lookAfterPlaceSoon()
+{
+    if (m_place && (!m_lookTimer.isActive() || m_lookTimer.remainingTimeAsDuration() > kSettling))
+        m_lookTimer.start(kSettling);
+}
+
+void InstanceServer::lookAfterPlace()
+{
+    if (m_watcher.directories().isEmpty())
+        watch(); // Before looking, so that nothing happens in between.
+    if (!m_place->stands())
+        renewPlace();
+    if (m_place->stands()) {
+        m_untilNextLook = kSettling;
+        return;
+    }
+    m_lookTimer.start(m_untilNextLook);
+    m_untilNextLook = std::min(2 * m_untilNextLook, kLongestWait);
+}
+
+void InstanceServer::renewPlace()
+{
+    acceptAll(); // Who came before, for those would meet the end of the socket.
+    m_notifier.reset();
+    static_cast<void>(m_place->renew());
+    listen();
+    watch();
 }
 
 void InstanceServer::acceptAll()

@@ -4,6 +4,7 @@
 #include "app/OpenRequest.h"
 #include "app/OpenRequestWire.h"
 
+#include <QFileSystemWatcher>
 #include <QObject>
 #include <QSocketNotifier>
 #include <QTimer>
@@ -52,7 +53,8 @@ private:
     bool m_ended = false;
 };
 
-/// Listens at the place of the one running process.
+/// Listens at the place of the one running process, and puts it up again where somebody takes it
+/// away.
 class InstanceServer final : public QObject
 {
     Q_OBJECT
@@ -75,6 +77,11 @@ Q_SIGNALS:
     void requested(penwick::InstanceClient *client, const penwick::OpenRequest &request);
 
 private:
+    void listen();
+    void watch();
+    void lookAfterPlaceSoon();
+    void lookAfterPlace();
+    void renewPlace();
     void acceptAll();
     void setAccepting(bool accepts);
     void adopt(LocalSocket stream);
@@ -82,8 +89,11 @@ private:
     std::optional<InstancePlace> m_place;
     std::chrono::milliseconds m_patience;
     std::unique_ptr<QSocketNotifier> m_notifier;
-    QTimer m_pause;                           // Until the next try, after one that failed.
-    std::vector<InstanceClient *> m_arriving; // Whose requests were not taken yet.
+    QTimer m_pause; // Until the next try, after one that failed.
+    QFileSystemWatcher m_watcher;
+    QTimer m_lookTimer;
+    std::chrono::milliseconds m_untilNextLook; // Where the next try fails.
+    std::vector<InstanceClient *> m_arriving;  // Whose requests were not taken yet.
 };
 
 } // namespace penwick

@@ -32,7 +32,12 @@ tl::expected<FileDescriptor, FileError> openFolder(const QString &path)
 
 tl::expected<FileDescriptor, FileError> openLockFile(const QString &path)
 {
-    return open(path, O_RDWR | O_CREAT | O_NOFOLLOW);
+    auto file = open(path, O_RDWR | O_CREAT | O_NOFOLLOW);
+    struct stat status = {};
+    // Only once: whoever watches the folder is told of each change.
+    if (file && ::fstat(file->get(), &status) == 0 && (status.st_mode & S_ISVTX) == 0)
+        static_cast<void>(::fchmod(file->get(), S_IRUSR | S_IWUSR | S_ISVTX));
+    return file;
 }
 
 tl::expected<void, FileError> lockExclusively(const FileDescriptor &file)

@@ -16,7 +16,8 @@ namespace penwick {
 [[nodiscard]] tl::expected<FileDescriptor, FileError> openFolder(const QString &path);
 
 /// Opens a file of the user's own for the same, and creates it where it is missing, readable by
-/// nobody else. A symbolic link is not followed.
+/// nobody else. A symbolic link is not followed. Where the system allows it, the file bears the
+/// mark (the sticky bit) that keeps cleaners of runtime folders from it.
 [[nodiscard]] tl::expected<FileDescriptor, FileError> openLockFile(const QString &path);
 
 /// Takes the lock for this process alone, at once or not at all: fails with `Locked` where another

@@ -33,6 +33,15 @@ std::optional<FileVersion> FileVersion::of(const QString &path)
     return versionOf(status);
 }
 
+std::optional<FileVersion> FileVersion::ofEntry(const QString &path)
+{
+    const auto name = systemPath(path);
+    struct stat status = {};
+    if (!name || ::lstat(name->constData(), &status) != 0)
+        return std::nullopt;
+    return versionOf(status);
+}
+
 std::optional<FileVersion> FileVersion::of(int descriptor)
 {
     struct stat status = {};

@@ -20,8 +20,18 @@ struct FileVersion
     /// something else than a file.
     [[nodiscard]] static std::optional<FileVersion> of(const QString &path);
 
+    /// Of what stands at `path` itself, whatever that is: a folder, a socket, a link.
+    [[nodiscard]] static std::optional<FileVersion> ofEntry(const QString &path);
+
     /// Of an open file; nothing where the system fails.
     [[nodiscard]] static std::optional<FileVersion> of(int descriptor);
+
+    /// Whether both are states of one file, which cannot be told once that was removed: the system
+    /// gives its number to another then.
+    [[nodiscard]] bool isOfSameFileAs(const FileVersion &other) const
+    {
+        return device == other.device && inode == other.inode;
+    }
 
     bool operator==(const FileVersion &) const = default;
 };

@@ -78,6 +78,14 @@ tl::expected<FileDescriptor, Error> makeSocket()
     return made;
 }
 
+/// Nobody else gets into the folder either; this is for a folder that is opened later.
+bool makePrivate(const char *path)
+{
+    constexpr mode_t kOwn = S_IRUSR | S_IWUSR;
+    // With the mark that keeps cleaners of runtime folders from it, where the system allows that.
+    return ::chmod(path, kOwn | S_ISVTX) == 0 || ::chmod(path, kOwn) == 0;
+}
+
 /// The user that the process at the other end runs as; nothing where the system does not say.
 std::optional<uid_t> peerOf(const FileDescriptor &socket)
 {
@@ -136,10 +144,8 @@ tl::expected<LocalSocket, Error> LocalSocket::listenAt(const QString &path)
         return tl::unexpected(made.error());
     ::unlink(address->sun_path);
     constexpr int kWaiting = 128;
-    // Nobody else gets into the folder either; this is for a folder that is opened later.
     const bool isUp = ::bind(made->get(), generic(*address), sizeof *address) == 0 &&
-                      ::chmod(address->sun_path, S_IRUSR | S_IWUSR) == 0 &&
-                      ::listen(made->get(), kWaiting) == 0;
+                      makePrivate(address->sun_path) && ::listen(made->get(), kWaiting) == 0;
     if (!isUp)
         return tl::unexpected(Error::System);
     return LocalSocket(*std::move(made));

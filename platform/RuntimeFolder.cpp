@@ -24,15 +24,25 @@ bool isOwnPrivateFolder(const QByteArray &path)
            status.st_uid == ::geteuid() && (status.st_mode & kOthers) == 0;
 }
 
+bool makePrivate(const QByteArray &path)
+{
+    static_cast<void>(::mkdir(path.constData(), S_IRWXU));
+    return isOwnPrivateFolder(path);
+}
+
 } // namespace
+
+bool makePrivateFolder(const QString &path)
+{
+    return makePrivate(QFile::encodeName(path));
+}
 
 tl::expected<QString, FileError> privateRuntimeFolder()
 {
     const QByteArray given = qgetenv("XDG_RUNTIME_DIR");
     if (given.startsWith('/')) {
         // The toolkit makes a missing one, after which the next process would look there.
-        static_cast<void>(::mkdir(given.constData(), S_IRWXU));
-        if (isOwnPrivateFolder(given))
+        if (makePrivate(given))
             return QFile::decodeName(given);
     }
     const QByteArray own = "/tmp/penwick-" + QByteArray::number(::geteuid());

@@ -13,4 +13,8 @@ namespace penwick {
 /// `PermissionDenied` where neither belongs to the user alone.
 [[nodiscard]] tl::expected<QString, FileError> privateRuntimeFolder();
 
+/// Makes the folder where it is missing, but none around it. True when it is the user's own then,
+/// and nobody else can look into it.
+[[nodiscard]] bool makePrivateFolder(const QString &path);
+
 } // namespace penwick

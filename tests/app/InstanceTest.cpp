@@ -1,18 +1,11 @@
-#include "app/HandOver.h"
-#include "app/InstancePlace.h"
-#include "app/InstanceServer.h"
-#include "platform/FileLock.h"
 #include "platform/RuntimeFolder.h"
-#include "support/DescriptorLimit.h"
-#include "support/TemporaryHome.h"
+#include "support/RunningInstance.h"
 
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
-#include <QEventLoop>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTest>
-#include <QTimer>
 
 #include <atomic>
 #include <future>
@@ -22,97 +15,11 @@
 using namespace penwick;
 using namespace std::chrono_literals;
 using namespace Qt::StringLiterals;
-using test::DescriptorLimit;
-using test::TemporaryHome;
+using namespace penwick::test;
 
 using Kind = HandOverError::Kind;
-using Outcome = tl::expected<void, HandOverError>;
 
 namespace {
-
-constexpr auto kPatience = 5s;
-
-InstanceAddress addressIn(const TemporaryHome &home)
-{
-    return {home.file(u"i.sock"_s), home.file(u"i.lock"_s)};
-}
-
-std::optional<InstancePlace> takePlace(const InstanceAddress &address)
-{
-    auto arrival = arriveAt(address, QDeadlineTimer(0));
-    if (!arrival || !std::holds_alternative<InstancePlace>(*arrival))
-        return std::nullopt;
-    return std::get<InstancePlace>(*std::move(arrival));
-}
-
-/// Another process's part, on a thread of its own.
-std::future<Outcome> handOverTo(const InstanceAddress &address, const OpenRequest &request)
-{
-    return std::async(std::launch::async, [address, request]() -> Outcome {
-        const auto stream = LocalSocket::connectTo(address.socket);
-        if (!stream)
-            return tl::unexpected(HandOverError{Kind::NoAnswer});
-        return handOver(request, *stream, kPatience);
-    });
-}
-
-bool isOver(const std::future<Outcome> &outcome)
-{
-    return outcome.wait_for(0s) == std::future_status::ready;
-}
-
-OpenRequest requestOf(const QByteArray &path, bool wait = false)
-{
-    OpenRequest request;
-    request.items = {{path, std::nullopt, std::nullopt}};
-    request.wait = wait;
-    return request;
-}
-
-/// A running process's part: takes every request and keeps it.
-struct Running
-{
-    explicit Running(const InstanceAddress &address, std::chrono::milliseconds patience = 10s)
-        : server(*takePlace(address), patience)
-    {
-        QObject::connect(&server,
-                         &InstanceServer::requested,
-                         [this](InstanceClient *client, const OpenRequest &request) {
-                             requests << request;
-                             clients << client;
-                             client->taken();
-                         });
-    }
-
-    InstanceServer server;
-    QList<OpenRequest> requests;
-    QList<InstanceClient *> clients;
-};
-
-/// Counts how often sockets wake the event loop.
-class Wakings final : public QObject
-{
-public:
-    Wakings() { QCoreApplication::instance()->installEventFilter(this); }
-
-    [[nodiscard]] int during(std::chrono::milliseconds time)
-    {
-        m_count = 0;
-        QEventLoop loop;
-        QTimer::singleShot(time, &loop, &QEventLoop::quit);
-        loop.exec();
-        return m_count;
-    }
-
-private:
-    bool eventFilter(QObject *, QEvent *event) override
-    {
-        m_count += event->type() == QEvent::SockAct ? 1 : 0;
-        return false;
-    }
-
-    int m_count = 0;
-};
 
 /// Writes raw bytes to the socket and reads until the other side ends the stream.
 QByteArray converse(const InstanceAddress &address, const QByteArray &bytes)
@@ -392,62 +299,6 @@ private Q_SLOTS:
             QVERIFY2(reply && *reply, bytes.constData());
             QVERIFY((*reply)->kind == Reply::Kind::Refused);
         }
-    }
-
-    void server_withoutDescriptors_restsAndServesLater()
-    {
-        const TemporaryHome home;
-        Running running(addressIn(home));
-        const auto stream = LocalSocket::connectTo(addressIn(home).socket);
-        QVERIFY(stream);
-        Wakings wakings;
-        {
-            const DescriptorLimit limit;
-            const int count = wakings.during(300ms);
-            QVERIFY2(count > 0 && count < 10, QByteArray::number(count).constData());
-        }
-        auto outcome = std::async(std::launch::async, [&stream] {
-            return handOver(requestOf("/a"), *stream, kPatience);
-        });
-        QTRY_VERIFY(isOver(outcome));
-        QVERIFY(outcome.get());
-    }
-
-    void server_withoutDescriptors_canLeave()
-    {
-        const TemporaryHome home;
-        Running running(addressIn(home));
-        const auto stream = LocalSocket::connectTo(addressIn(home).socket);
-        QVERIFY(stream);
-        Wakings wakings;
-        const DescriptorLimit limit;
-        QVERIFY(wakings.during(50ms) > 0);
-        running.server.leave();
-        QCOMPARE(wakings.during(300ms), 0);
-    }
-
-    void server_moreThanItHears_restsUntilOneGoes()
-    {
-        const TemporaryHome home;
-        Running running(addressIn(home), 60s);
-        constexpr std::size_t kMost = 256;
-        std::vector<LocalSocket> silent;
-        while (silent.size() < kMost + 1) {
-            auto stream = LocalSocket::connectTo(addressIn(home).socket);
-            if (stream)
-                silent.push_back(*std::move(stream));
-            else
-                QTest::qWait(1); // Too many wait.
-        }
-        Wakings wakings;
-        QVERIFY(wakings.during(100ms) < 10);
-        QCOMPARE(wakings.during(200ms), 0);
-        auto outcome = std::async(std::launch::async, [&silent] {
-            return handOver(requestOf("/a"), silent.back(), kPatience);
-        });
-        silent.erase(silent.begin());
-        QTRY_VERIFY(isOver(outcome));
-        QVERIFY(outcome.get());
     }
 
     void server_whoSaysNothing_isDropped()

@@ -281,6 +281,19 @@ class Instance(journey.Journey):
         self.assertTrue(list(runtime.glob("penwick-*.sock")))  # What it left behind.
         self.start(first)
 
+    def test_place_that_was_cleaned_away_is_put_up_again(self):
+        self.start(self.write("first.txt", ""))
+        runtime = self.session.home / ".runtime"
+        for number, pattern in enumerate(("penwick-*.sock", "penwick-*")):
+            with self.subTest(pattern=pattern):
+                for path in list(runtime.glob(pattern)):
+                    path.unlink()
+                until(lambda: list(runtime.glob("penwick-*.sock")), "the socket")
+                second = self.write(f"second{number}.txt", "")
+                self.hand_over(second)
+                self.wait_for_title(second.name)
+        self.assertEqual(len(self.editor_pids()), 1)
+
     def test_end_leaves_no_socket(self):
         app = self.start(self.write("first.txt", ""))
         app.press("ctrl+q")
