@@ -26,29 +26,30 @@ check_format() {
     sources "${folders[@]}" tests "${extra[@]}" | xargs clang-format --dry-run -Werror
 }
 
-# run_tidy CHECKS runs clang-tidy with .clang-tidy's checks as CHECKS changes them. The tests are left
-# out: QtTest's macros and data rows break the limits that guard the program.
-run_tidy() {
+need_database() {
     if [[ ! -e $database ]]; then
         echo "check.sh: there is no $database: run \"cmake --preset release\" first" >&2
         exit 1
     fi
-    local pattern
-    pattern="^$PWD/($(IFS='|'; echo "${folders[*]}"))/.*\.cpp$"
-    # The tool's own output is one line per file, and on stderr the count of what it left out in
-    # foreign headers.
-    run-clang-tidy -quiet -p build/release -j "$(nproc)" -checks="$1" "$pattern" 2>/dev/null |
-        { grep -v '^clang-tidy-' || true; }
-    [[ ${PIPESTATUS[0]} == 0 ]]
 }
 
 check_tidy() {
-    run_tidy '-clang-analyzer-*'
+    need_database
+    tools/check-tidy.py --self-test
+    tools/check-tidy.py build/release
 }
 
 # Takes as long again as all the other checks, so it is run by hand.
 check_analyzer() {
-    run_tidy '-bugprone-*,-performance-*,-modernize-*,-readability-*'
+    need_database
+    local pattern
+    pattern="^$PWD/($(IFS='|'; echo "${folders[*]}"))/.*\.cpp$"
+    # The tool's own output is one line per file, and on stderr the count of what it left out in
+    # foreign headers.
+    run-clang-tidy -quiet -p build/release -j "$(nproc)" \
+        -checks='-bugprone-*,-performance-*,-modernize-*,-readability-*' "$pattern" 2>/dev/null |
+        { grep -v '^clang-tidy-' || true; }
+    [[ ${PIPESTATUS[0]} == 0 ]]
 }
 
 check_cppcheck() {

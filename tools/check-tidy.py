@@ -1,0 +1,177 @@
+#!/usr/bin/env python3
+"""Runs clang-tidy over the program's sources, several of them at a time.
+
+    check-tidy.py BUILD         checks what BUILD/compile_commands.json compiles
+    check-tidy.py --self-test   proves that faults are found, in whichever file of a group they are
+
+Nearly all the time that clang-tidy needs for a file goes into the headers of Qt: it walks through all
+they declare. Sources that are compiled alike are therefore included into one file, as many as share no
+name in their unnamed namespaces, and that file is checked. Where a group has a fault, each file of it
+is checked by itself: that is the verdict, so that a clash between two files is never taken for one.
+
+The tests are left out: QtTest's macros and data rows break the limits that guard the program."""
+
+import concurrent.futures
+import itertools
+import json
+import os
+import pathlib
+import re
+import shlex
+import subprocess
+import sys
+import tempfile
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+FOLDERS = ("platform", "text", "wording", "controls", "editor", "macro", "app")
+GROUP = 8  # With more, one group takes so long that other processors wait for it at the end.
+
+# The analyzer takes as long again as all the rest: `check.sh analyzer`.
+CHECKS = "-clang-analyzer-*"
+GROUP_CHECKS = CHECKS + ",-bugprone-suspicious-include"  # A group is nothing but such includes.
+GROUP_FILTER = rf"/({'|'.join(FOLDERS)})/[^.]*\.(h|cpp)$"
+
+_UNNAMED = re.compile(r"^namespace \{\n(.*?)^\} // namespace$", re.S | re.M)
+_TYPE = re.compile(r"(?:template.*>\s*)?(?:class|struct|enum class|enum|using) (\w+)")
+_OTHER = re.compile(r".*?\b(\w+)(?:\(|\[|\{| = )")
+
+
+def unnamed_names(text):
+    """What the unnamed namespaces of a source declare, as far as its layout shows."""
+    names = set()
+    for body in _UNNAMED.findall(text):
+        for line in body.splitlines():
+            if re.match(r"\w", line):
+                found = _TYPE.match(line) or _OTHER.match(line)
+                names |= {found.group(1)} if found else set()
+    return names
+
+
+def without_files(command):
+    """The words of a compile command that say how, not what."""
+    words = shlex.split(command)
+    words = words[next(i for i, word in enumerate(words) if re.search(r"(\+\+|cc)(-\d+)?$", word)) :]
+    return tuple(words[: words.index("-o")])
+
+
+def groups(entries):
+    """[(command, folder, [source...])] for entries of a compilation database."""
+    bins = {}
+    for entry in entries:
+        names = unnamed_names(pathlib.Path(entry["file"]).read_text())
+        alike = bins.setdefault((without_files(entry["command"]), entry["directory"]), [])
+        for files, taken in alike:
+            if len(files) < GROUP and not taken & names:
+                files.append(entry["file"])
+                taken |= names
+                break
+        else:
+            alike.append(([entry["file"]], names))
+    return [(*key, files) for key, alike in bins.items() for files, _ in alike]
+
+
+def tidy(database, file, *options):
+    """What clang-tidy says of `file`; None if it has nothing to complain of."""
+    done = subprocess.run(
+        ["clang-tidy", "-quiet", "-p", database, *options, file],
+        stdout=subprocess.PIPE,
+        stderr=subprocess.PIPE,
+        text=True,
+    )
+    return None if done.returncode == 0 else done.stdout or done.stderr
+
+
+def write_groups(folder, entries):
+    """Writes each group as a source into `folder`, with a database, and returns
+    [(that source, [its files])], the longest first."""
+    folder.mkdir(parents=True, exist_ok=True)
+    made, database = [], []
+    for number, (command, directory, files) in enumerate(groups(entries)):
+        source = str(folder / f"group{number}.cpp")
+        pathlib.Path(source).write_text("".join(f'#include "{file}"\n' for file in files))
+        words = [*command, "-c", source]
+        database.append({"directory": directory, "arguments": words, "file": source})
+        made.append((source, files))
+    (folder / "compile_commands.json").write_text(json.dumps(database))
+    return sorted(made, key=lambda group: -len(group[1]))
+
+
+def faults(build, entries, config=ROOT / ".clang-tidy"):
+    """The complaints about the sources of `entries`, one text for each source that has some."""
+    folder = build / "tidy"
+    made = write_groups(folder, entries)
+    rules = f"--config-file={config}"
+    workers = os.cpu_count() or 1
+    with concurrent.futures.ThreadPoolExecutor(workers) as pool:
+        filters = (rules, f"--checks={GROUP_CHECKS}", f"--header-filter={GROUP_FILTER}")
+        said = pool.map(lambda group: tidy(folder, group[0], *filters), made)
+        doubtful = [files for (_, files), words in zip(made, said) if words]
+        single = pool.map(
+            lambda file: tidy(build, file, rules, f"--checks={CHECKS}"),
+            itertools.chain.from_iterable(doubtful),
+        )
+        return [words for words in single if words]
+
+
+def entries_of(build, root):
+    """What the build compiles of the program, without what it made itself and without tests."""
+    wanted = re.compile(rf"{re.escape(str(root))}/({'|'.join(FOLDERS)})/.*\.cpp$")
+    entries = json.loads((build / "compile_commands.json").read_text())
+    return [entry for entry in entries if wanted.match(entry["file"])]
+
+
+_GOOD = "namespace {\n\nint twice(int a)\n{\n    return 2 * a;\n}\n\n} // namespace\n\n"
+_SOURCES = {
+    "text/One.cpp": _GOOD + "int one()\n{\n    return twice(1);\n}\n",
+    # The same name again, and once more where the layout hides it from the groups.
+    "text/Two.cpp": _GOOD + "int two()\n{\n    return twice(2);\n}\n",
+    "text/Three.cpp": "namespace\n{\nint twice(int a)\n{\n    return a;\n}\n} // namespace\n\n"
+    "int three()\n{\n    return twice(3);\n}\n",
+    "text/Four.cpp": "int four()\n{\n    return 4;\n}\n",
+}
+# Added to a source -> the check that must complain.
+_BAD = [
+    ("text/One.cpp", "int *none()\n{\n    return 0;\n}\n", "modernize-use-nullptr"),
+    ("text/Two.cpp", "int Wrong()\n{\n    return 0;\n}\n", "readability-identifier-naming"),
+    ("text/Four.cpp", "int same(int a)\n{\n    if (a > 1);\n    return a;\n}\n", "bugprone-suspicious-semicolon"),
+]
+
+
+def self_test():
+    def complaints(change):
+        with tempfile.TemporaryDirectory() as name:
+            root = pathlib.Path(name).resolve()
+            entries = []
+            for place, text in _SOURCES.items():
+                file = root / place
+                file.parent.mkdir(parents=True, exist_ok=True)
+                file.write_text(text + change.get(place, ""))
+                command = f"c++ -std=c++20 -I{root} -o {file}.o -c {file}"
+                entries.append({"directory": str(root), "command": command, "file": str(file)})
+            (root / "compile_commands.json").write_text(json.dumps(entries))
+            return faults(root, entries_of(root, root))
+
+    if complaints({}):
+        sys.exit(f"sources in order are refused: {complaints({})}")
+    for place, text, expected in _BAD:
+        found = complaints({place: text})
+        if len(found) != 1 or expected not in found[0] or place not in found[0]:
+            sys.exit(f"{place} with {text!r}: expected one complaint by {expected}, got {found}")
+    print(f"{len(_BAD)} faults found as they should be")
+
+
+def main(arguments):
+    if arguments == ["--self-test"]:
+        self_test()
+        return
+    build = pathlib.Path(arguments[0]).resolve()
+    entries = entries_of(build, ROOT)
+    if not entries:
+        sys.exit(f"{build} compiles no source of penwick")
+    found = faults(build, entries)
+    print("\n".join(found) or f"{len(entries)} sources are tidy")
+    sys.exit(bool(found))
+
+
+if __name__ == "__main__":
+    main(sys.argv[1:])
