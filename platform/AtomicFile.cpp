@@ -84,11 +84,13 @@ Attempt failed(const FileError &error, Attempt::Next next = Attempt::Next::Nothi
 }
 
 /// Where the folder takes no new file, or the old one must not go from it, that is about the folder
-/// and not about the file. A file that something is mounted on cannot be replaced either.
+/// and not about the file, which is writable. A file that something is mounted on cannot be
+/// replaced either.
 Attempt::Next nextAfter(const FileError &error, const std::optional<struct stat> &old)
 {
     const bool isAboutTheFolder = error.errnoValue == EACCES || error.errnoValue == EPERM ||
-                                  error.errnoValue == EBUSY || error.errnoValue == EXDEV;
+                                  error.errnoValue == EBUSY || error.errnoValue == EXDEV ||
+                                  error.errnoValue == EROFS;
     return old && isAboutTheFolder ? Attempt::Next::InPlace : Attempt::Next::Nothing;
 }
 

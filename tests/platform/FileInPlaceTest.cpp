@@ -155,6 +155,31 @@ private Q_SLOTS:
         QCOMPARE(entriesOf(home.file(u"folder"_s)), QStringList{u"inside"_s});
     }
 
+    void replace_fileThatIsMountedInAFolderThatIsReadOnly_writesInPlace()
+    {
+        const TemporaryHome home;
+        const QByteArray outside = QFile::encodeName(home.write(u"outside"_s, "old"));
+        const QByteArray inside = QFile::encodeName(home.write(u"folder/inside"_s, "hidden"));
+        const QByteArray folder = QFile::encodeName(home.file(u"folder"_s));
+        const auto mountAt = [](const QByteArray &from, const QByteArray &at, unsigned long flags) {
+            return ::mount(from.constData(), at.constData(), nullptr, MS_BIND | flags, nullptr) ==
+                   0;
+        };
+        if (!mountAt(folder, folder, 0))
+            QSKIP("Only root can mount.");
+        // As containers give single files to what runs in them.
+        const bool isReadOnly = mountAt(folder, folder, MS_REMOUNT | MS_RDONLY);
+        const bool isMounted = mountAt(outside, inside, 0);
+        const auto result = replaceFile(home.file(u"folder/inside"_s), "new");
+        const QByteArray seen = home.read(u"folder/inside"_s);
+        QVERIFY(!isMounted || ::umount(inside.constData()) == 0);
+        QCOMPARE(::umount(folder.constData()), 0);
+        QVERIFY(isReadOnly && isMounted);
+        QVERIFY(result.has_value());
+        QCOMPARE(seen, "new"_ba);
+        QCOMPARE(home.read(u"outside"_s), "new"_ba);
+    }
+
     void replace_fileOfOthersInAStickyFolder_writesInPlace()
     {
         if (::geteuid() != 0)
