@@ -67,6 +67,12 @@ function(add_layer_test source)
     endif()
     target_compile_definitions(${name} PRIVATE
         PENWICK_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}")
+    # What CMake does about moc by itself costs each test as much as it takes to link.
+    set_target_properties(${name} PROPERTIES AUTOMOC OFF)
+    set(moc ${CMAKE_CURRENT_BINARY_DIR}/${name}_moc/${name}.moc)
+    qt6_generate_moc(${source} ${moc} TARGET ${name})
+    set_source_files_properties(${source} PROPERTIES OBJECT_DEPENDS ${moc})
+    target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${name}_moc)
     set_target_properties(${name} PROPERTIES
         RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
     add_test(NAME ${name} COMMAND ${name})
