@@ -78,7 +78,9 @@ def tidy(database, file, *options):
         stderr=subprocess.PIPE,
         text=True,
     )
-    return None if done.returncode == 0 else done.stdout or done.stderr
+    if done.returncode == 0:
+        return None
+    return done.stdout or done.stderr or f"{file}: clang-tidy ended with status {done.returncode}"
 
 
 def write_groups(folder, entries):
@@ -157,7 +159,17 @@ def self_test():
         found = complaints({place: text})
         if len(found) != 1 or expected not in found[0] or place not in found[0]:
             sys.exit(f"{place} with {text!r}: expected one complaint by {expected}, got {found}")
-    print(f"{len(_BAD)} faults found as they should be")
+    with tempfile.TemporaryDirectory() as name:
+        # As where memory runs out.
+        killed = pathlib.Path(name) / "clang-tidy"
+        killed.write_text("#!/bin/sh\nkill -9 $$\n")
+        killed.chmod(0o700)
+        path = os.environ["PATH"]
+        os.environ["PATH"] = f"{name}:{path}"
+        if len(complaints({})) != len(_SOURCES):
+            sys.exit("a clang-tidy that is killed counts as content")
+        os.environ["PATH"] = path
+    print(f"{len(_BAD) + 1} faults found as they should be")
 
 
 def main(arguments):
