@@ -49,6 +49,7 @@ private Q_SLOTS:
     void label_edited_isMarkedAndSpoken();
     void labels_alike_areToldApartWhileTheyAre();
     void names_long_areElidedAndTabsStayReadable();
+    void names_alikeAndLong_keepWhatTellsThemApart();
     void middleClick_onATab_asksToCloseIt();
     void middleClick_releasedElsewhere_doesNothing();
     void closeButton_clicked_asksToCloseItsTab();
@@ -312,6 +313,20 @@ void EditorWindowTest::names_long_areElidedAndTabsStayReadable()
         m_window->setCurrentController(m_window->controllers().at(index));
         QTRY_VERIFY(bar->rect().contains(bar->tabRect(index).center()));
     }
+}
+
+void EditorWindowTest::names_alikeAndLong_keepWhatTellsThemApart()
+{
+    for (const QString &folder : {u"one"_s, u"two"_s}) {
+        const QString path =
+            u"/home/project/"_s + folder + u"/src/main/resources/application.yml"_s;
+        add(folder).controller->setTabLabel({u"application.yml"_s, path, false});
+    }
+    const EditorTabBar *bar = m_window->tabBar();
+    QCOMPARE(bar->tabText(0), u"application.yml — one/…"_s);
+    show();
+    // Nothing of it is left out.
+    QVERIFY(bar->tabRect(0).width() > bar->fontMetrics().horizontalAdvance(bar->tabText(0)));
 }
 
 void EditorWindowTest::middleClick_onATab_asksToCloseIt()

@@ -46,10 +46,13 @@ void TabNamesTest::names_thatAreAlike_getTheFolder_data()
         {u"a.txt — 今日"_s, u"b.txt"_s, u"a.txt — 昨日"_s});
     row("folders of the same name",
         {u"/p/one/src/a.c"_s, u"/p/two/src/a.c"_s, u"/p/lib/a.c"_s},
-        {u"a.c — one/src"_s, u"a.c — two/src"_s, u"a.c — lib"_s});
+        {u"a.c — one/…"_s, u"a.c — two/…"_s, u"a.c — lib"_s});
     row("one folder is the end of the other",
         {u"/src/a.c"_s, u"/p/src/a.c"_s},
-        {u"a.c — src"_s, u"a.c — p/src"_s});
+        {u"a.c — src"_s, u"a.c — p/…"_s});
+    row("the same folder further out",
+        {u"/one/src/a.c"_s, u"/one/two/src/a.c"_s, u"/z/two/src/a.c"_s},
+        {u"a.c — /one/src"_s, u"a.c — /one/two/src"_s, u"a.c — z/…"_s});
     row("in no folder", {u"/a.c"_s, u"/p/a.c"_s}, {u"a.c — /"_s, u"a.c — p"_s});
 }
 
@@ -71,7 +74,7 @@ void TabNamesTest::document_withoutAFile_keepsItsName()
 void TabNamesTest::file_thatIsThereTwice_keepsOneName()
 {
     QCOMPARE(tabNames({file(u"/p/q/a.c"_s), file(u"/p/q/a.c"_s)}),
-             (QStringList{u"a.c — p/q"_s, u"a.c — p/q"_s}));
+             (QStringList{u"a.c — /p/q"_s, u"a.c — /p/q"_s}));
 }
 
 } // namespace penwick
