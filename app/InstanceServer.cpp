@@ -19,6 +19,8 @@ constexpr std::chrono::milliseconds kPause{200};
 
 // Whoever cleans up takes one file after the other, and a start waits for longer than this.
 constexpr std::chrono::milliseconds kSettling{100};
+// A process that has just started has other things to do, and whoever arrives waits for longer.
+constexpr std::chrono::milliseconds kFirstLook{1'000};
 // Between tries to get the place back. There is no hurry: another process has it.
 constexpr std::chrono::milliseconds kLongestWait{60'000};
 
@@ -119,8 +121,7 @@ InstanceServer::InstanceServer(InstancePlace place,
             &QFileSystemWatcher::directoryChanged,
             this,
             &InstanceServer::lookAfterPlaceSoon);
-    // Later, so that it takes nothing from the start-up.
-    lookAfterPlaceSoon();
+    m_lookTimer.start(kFirstLook);
 }
 
 InstanceServer::~InstanceServer()

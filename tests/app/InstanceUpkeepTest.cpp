@@ -22,6 +22,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+// A process that has just started does not look after its place yet, milliseconds.
+constexpr int kUntilItWatches = 1200;
+
 /// Counts how often sockets wake the event loop.
 class Wakings final : public QObject
 {
@@ -87,7 +90,7 @@ private Q_SLOTS:
         const TemporaryHome home;
         const InstanceAddress address = addressIn(home);
         Running running(address);
-        QTest::qWait(200); // Its watch has begun.
+        QTest::qWait(kUntilItWatches);
         QVERIFY(QFile::remove(address.lock));
         QVERIFY(running.isMetAt(address));
         QTRY_VERIFY(isLocked(address));
@@ -117,7 +120,7 @@ private Q_SLOTS:
         QVERIFY(makePrivateFolder(folder));
         const InstanceAddress address{folder + u"/i.sock"_s, folder + u"/i.lock"_s};
         Running running(address);
-        QTest::qWait(200);
+        QTest::qWait(kUntilItWatches);
         QVERIFY(QDir(folder).removeRecursively() && QDir().mkdir(folder));
         QVERIFY(QFile::setPermissions(folder, QFile::Permissions(0x7777)));
         QTest::qWait(300);
@@ -129,7 +132,7 @@ private Q_SLOTS:
         const TemporaryHome home;
         const InstanceAddress address = addressIn(home);
         Running first(address);
-        QTest::qWait(200);
+        QTest::qWait(kUntilItWatches);
         QVERIFY(QFile::remove(address.socket) && QFile::remove(address.lock));
         Running second(address); // As one that comes before the first has noticed.
         QTest::qWait(500);
