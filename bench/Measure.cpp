@@ -3,16 +3,22 @@
 
 #include "bench/Inputs.h"
 #include "bench/ShownEditor.h"
+#include "editor/FindBar.h"
+#include "editor/FindController.h"
 #include "editor/FindReplacement.h"
+#include "editor/FindSession.h"
 #include "editor/TextFinder.h"
+#include "editor/TextViewRepresentable.h"
 
 #include <QApplication>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QPainter>
 #include <QScrollBar>
+#include <QToolButton>
 
 #include <algorithm>
 #include <cstdio>
@@ -27,7 +33,7 @@ namespace {
 
 constexpr auto kUsage = "usage: penwick_measure make ascii|japanese|oneline MB FILE\n"
                         "       penwick_measure floor|open|edit FILE\n"
-                        "       penwick_measure replace MATCHES\n"
+                        "       penwick_measure replace|marks MATCHES\n"
                         "       penwick_measure empty\n";
 
 constexpr int kTries = 21;
@@ -286,6 +292,30 @@ int measureReplacing(qsizetype matches)
         {{u"replace"_s, replaced}, {u"undo"_s, undone}, {u"floor"_s, milliseconds(timer)}});
 }
 
+/// Painting the place of a blinking caret, in one character of as many combining marks that are all
+/// marked as matches.
+int measureMarks(qsizetype matches)
+{
+    warmUp();
+    ShownEditor editor;
+    editor.show(Text(u'e' + QString(matches - 1, QChar(0x0301))));
+    editor.waitUntilShown();
+    FindController *find = editor.view->textViewRepresentable()->findController();
+    find->showFind();
+    FindBar *bar = editor.view->textViewRepresentable()->findBar();
+    bar->findChild<QToolButton *>(u"findRegularExpression"_s)->setChecked(true);
+    bar->findChild<QLineEdit *>(u"findField"_s)->setText(u"."_s);
+    FindSession *session = find->session();
+    pumpUntil([&] {
+        return session->count().total == matches && !session->marksIn({0, matches}).empty();
+    });
+    QWidget *viewport = editor.textView()->viewport();
+    std::vector<double> painted;
+    for (int i = 0; i < kTries; ++i)
+        painted.push_back(editor.watch->timeToPaint([&] { viewport->update(0, 0, 8, 20); }));
+    return print({{u"paint of a caret"_s, median(painted)}});
+}
+
 int makeInput(const QStringList &arguments)
 {
     const qsizetype size = arguments[3].toLongLong() * 1'000'000;
@@ -319,6 +349,8 @@ int main(int argc, char **argv)
         return usage();
     if (command == u"replace"_s)
         return measureReplacing(std::max<qsizetype>(1, arguments[2].toLongLong()));
+    if (command == u"marks"_s)
+        return measureMarks(std::max<qsizetype>(1, arguments[2].toLongLong()));
     if (command == u"floor"_s)
         return measureFloor(arguments[2]);
     if (command == u"open"_s)

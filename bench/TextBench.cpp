@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
+#include <chrono>
 
 using namespace penwick;
 
@@ -146,6 +147,52 @@ void undoReplaceAll(benchmark::State &state)
     }
 }
 
+/// Patterns that would hold up whoever waits for one step of the search, were it not cut short. The
+/// counter tells how long the longest step took.
+void costlySteps(benchmark::State &state, const QString &text, const FindPattern &pattern)
+{
+    const Text value(text);
+    const TextFinder finder = *TextFinder::compile(pattern);
+    double longest = 0;
+    TextFinder::Step step;
+    for (auto _ : state) {
+        if (step.isAtEnd || step.isTooComplex)
+            step = {};
+        const auto start = std::chrono::steady_clock::now();
+        step = finder.step(value,
+                           step.next,
+                           [](const FindMatch &, const QRegularExpressionMatch *) { return true; });
+        const std::chrono::duration<double, std::milli> taken =
+            std::chrono::steady_clock::now() - start;
+        longest = std::max(longest, taken.count());
+    }
+    state.counters["longest_ms"] = longest;
+}
+
+FindPattern patternOf(const char16_t *string)
+{
+    return {QString::fromUtf16(string), true, false, true};
+}
+
+const QString kProse =
+    QStringLiteral("The quick brown fox jumps over the lazy dog and runs away\n").repeated(20'000);
+const QString kLine = QString(kProse).replace(u'\n', u' ');
+const QString kLetters(2'000'000, u'a');
+const QString kLongWord = u'b' + QString(20'000, u'a');
+
+/// A step from one character to the next in a line that is all one piece.
+void stepThroughEmoji(benchmark::State &state)
+{
+    const Text text(QStringLiteral("😀").repeated(1'000'000));
+    qint64 offset = 0;
+    for (auto _ : state) {
+        offset = text.nextClusterBoundary(offset);
+        benchmark::DoNotOptimize(text.previousClusterBoundary(offset));
+        if (offset == text.size())
+            offset = 0;
+    }
+}
+
 void matchNumbers(benchmark::internal::Benchmark *benchmark)
 {
     benchmark->ArgNames({"expression", "matches"});
@@ -175,5 +222,25 @@ BENCHMARK(undoWholeReplacement)->Apply(sizes);
 BENCHMARK(countMatches)->Apply(matchNumbers);
 BENCHMARK(replaceEveryMatch)->Apply(matchNumbers);
 BENCHMARK(undoReplaceAll)->Apply(matchNumbers);
+BENCHMARK_CAPTURE(costlySteps, alternatives, kProse, patternOf(u"(.|\\n)*zzz"))
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(costlySteps, words, kProse, patternOf(u"(\\w|\\s)+zzz"))
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(costlySteps, lazy, kProse, patternOf(u"(?s)The.*?zzz"))
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(costlySteps, oneLine, kLine, patternOf(u"x.*y.*z.*!"))
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(costlySteps, nested, kProse, patternOf(u"(\\w+\\s*)+;"))
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(costlySteps, longWord, kLetters, FindPattern{kLongWord, true, false, false})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(costlySteps, ignoringCase, kLetters, FindPattern{kLongWord, false, false, false})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(costlySteps,
+                  wordsOfKana,
+                  QString(1'000'000, u'あ'),
+                  FindPattern{QStringLiteral("あ"), true, true, false})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(stepThroughEmoji);
 
 } // namespace

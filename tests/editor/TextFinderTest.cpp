@@ -2,7 +2,6 @@
 
 #include "editor/FindCount.h"
 #include "editor/FindReplacement.h"
-#include "platform/ThreadTime.h"
 #include "support/Finding.h"
 
 #include <QRandomGenerator>
@@ -60,8 +59,8 @@ private Q_SLOTS:
     void previous_fromPlaces_findsBehindAndWraps();
     void previous_farAway_isFoundBlockByBlock();
     void step_anyText_looksAtBoundedStretch();
-    void step_costlyPattern_takesBoundedTime_data();
-    void step_costlyPattern_takesBoundedTime();
+    void step_costlyPattern_isCutShort_data();
+    void step_costlyPattern_isCutShort();
     void search_runawayExpression_isGivenUp();
     void replacement_groups_areExpanded();
     void replacement_ofPlainPattern_isLiteral();
@@ -239,7 +238,7 @@ void TextFinderTest::step_anyText_looksAtBoundedStretch()
     }
 }
 
-void TextFinderTest::step_costlyPattern_takesBoundedTime_data()
+void TextFinderTest::step_costlyPattern_isCutShort_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<FindPattern>("pattern");
@@ -257,7 +256,8 @@ void TextFinderTest::step_costlyPattern_takesBoundedTime_data()
     QTest::newRow("words of kana") << QString(1'000'000, u'あ') << word(u"あ"_s);
 }
 
-void TextFinderTest::step_costlyPattern_takesBoundedTime()
+/// How long the steps take is measured by the benchmark `costlySteps`.
+void TextFinderTest::step_costlyPattern_isCutShort()
 {
     QFETCH(const QString, text);
     QFETCH(const FindPattern, pattern);
@@ -265,13 +265,13 @@ void TextFinderTest::step_costlyPattern_takesBoundedTime()
     const Text value(text);
     TextFinder::Step step;
     for (int i = 0; i < 4 && !step.isAtEnd && !step.isTooComplex; ++i) {
-        const qint64 start = threadTime();
+        const qint64 before = step.next.offset;
         step = finder.step(value,
                            step.next,
                            [](const FindMatch &, const QRegularExpressionMatch *) { return true; });
-        const qint64 milliseconds = (threadTime() - start) / 1'000'000;
-        // Sanitizers and debugging cost some; it used to be seconds.
-        QVERIFY2(milliseconds < 400, qPrintable(QString::number(milliseconds)));
+        const qint64 way = step.next.offset - before;
+        QVERIFY2(way < TextFinder::kStepUnits / 4, qPrintable(QString::number(way)));
+        QVERIFY(way > 0 || step.isTooComplex);
     }
 }
 
@@ -279,10 +279,7 @@ void TextFinderTest::search_runawayExpression_isGivenUp()
 {
     const Text text(u"The quick brown fox jumps over the lazy dog\n"_s.repeated(30'000));
     const TextFinder finder = finderOf(expression(u"(?s)[a-z].*?zzz"_s));
-    const qint64 start = threadTime();
     QVERIFY(findNext(finder, text, {}, true).isTooComplex);
-    const qint64 seconds = (threadTime() - start) / 1'000'000'000;
-    QVERIFY2(seconds < 10, qPrintable(QString::number(seconds)));
     FindCount count(finder, text);
     while (count.countStep())
         ;

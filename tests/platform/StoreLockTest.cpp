@@ -90,7 +90,7 @@ private Q_SLOTS:
         QElapsedTimer timer;
         timer.start();
         QCOMPARE(lock.take(100ms).error().kind, FileError::Kind::Locked);
-        QVERIFY(timer.elapsed() >= 100 && timer.elapsed() < 2000);
+        QVERIFY(timer.elapsed() >= 100);
         QVERIFY(!FileError(lock.take(0ms).error()).description().isEmpty());
     }
 
@@ -124,10 +124,7 @@ private Q_SLOTS:
         ChildProcess child({u"hold"_s, home.file(u"config"_s)});
         QCOMPARE(child.readLine(), "held");
         UserDefaults defaults(path);
-        QElapsedTimer timer;
-        timer.start();
         QVERIFY(!defaults.setString(u"key"_s, u"new"_s));
-        QVERIFY(timer.elapsed() < 2 * StoreLock::kPatience.count());
         QCOMPARE(defaults.string(u"key"_s), u"new"_s);
         QCOMPARE(home.read(u"config/d.conf"_s), "[General]\nkey=old\n");
         child.kill();
