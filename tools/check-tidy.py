@@ -2,6 +2,8 @@
 """Runs clang-tidy over the program's sources, several of them at a time.
 
     check-tidy.py BUILD         checks what BUILD/compile_commands.json compiles
+    check-tidy.py --analyzer BUILD
+                                lets clang's analyzer check it, path by path
     check-tidy.py --self-test   proves that faults are found, in whichever file of a group they are
 
 Nearly all the time that clang-tidy needs for a file goes into the headers of Qt: it walks through all
@@ -26,8 +28,9 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 FOLDERS = ("platform", "text", "wording", "controls", "editor", "macro", "app")
 GROUP = 8  # With more, one group takes so long that other processors wait for it at the end.
 
-# The analyzer takes as long again as all the rest: `check.sh analyzer`.
 CHECKS = "-clang-analyzer-*"
+# It takes as long again as all the rest, so it is run by hand.
+ANALYZER_CHECKS = "-bugprone-*,-performance-*,-modernize-*,-readability-*"
 GROUP_CHECKS = CHECKS + ",-bugprone-suspicious-include"  # A group is nothing but such includes.
 GROUP_FILTER = rf"/({'|'.join(FOLDERS)})/[^.]*\.(h|cpp)$"
 
@@ -51,7 +54,12 @@ def without_files(command):
     """The words of a compile command that say how, not what."""
     words = shlex.split(command)
     words = words[next(i for i, word in enumerate(words) if re.search(r"(\+\+|cc)(-\d+)?$", word)) :]
-    return tuple(words[: words.index("-o")])
+    words = words[: words.index("-o")]
+    # What another compiler has parsed ahead.
+    while "-include" in words:
+        at = words.index("-include")
+        del words[at : at + 2]
+    return tuple(word for word in words if word != "-Winvalid-pch")
 
 
 def groups(entries):
@@ -84,10 +92,18 @@ def tidy(database, file, *options):
 
 
 def write_groups(folder, entries):
-    """Writes each group as a source into `folder`, with a database, and returns
-    [(that source, [its files])], the longest first."""
+    """Writes each group as a source into `folder`, with a database of groups and single sources, and
+    returns [(that source, [its files])], the longest first."""
     folder.mkdir(parents=True, exist_ok=True)
-    made, database = [], []
+    made = []
+    database = [
+        {
+            "directory": entry["directory"],
+            "arguments": [*without_files(entry["command"]), "-c", entry["file"]],
+            "file": entry["file"],
+        }
+        for entry in entries
+    ]
     for number, (command, directory, files) in enumerate(groups(entries)):
         source = str(folder / f"group{number}.cpp")
         pathlib.Path(source).write_text("".join(f'#include "{file}"\n' for file in files))
@@ -109,10 +125,20 @@ def faults(build, entries, config=ROOT / ".clang-tidy"):
         said = pool.map(lambda group: tidy(folder, group[0], *filters), made)
         doubtful = [files for (_, files), words in zip(made, said) if words]
         single = pool.map(
-            lambda file: tidy(build, file, rules, f"--checks={CHECKS}"),
+            lambda file: tidy(folder, file, rules, f"--checks={CHECKS}"),
             itertools.chain.from_iterable(doubtful),
         )
         return [words for words in single if words]
+
+
+def analyzer_faults(build, entries):
+    """As `faults`, of the analyzer."""
+    folder = build / "tidy"
+    write_groups(folder, entries)
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count() or 1) as pool:
+        files = [entry["file"] for entry in entries]
+        said = pool.map(lambda file: tidy(folder, file, f"--checks={ANALYZER_CHECKS}"), files)
+        return [words for words in said if words]
 
 
 def entries_of(build, root):
@@ -148,7 +174,8 @@ def self_test():
                 file = root / place
                 file.parent.mkdir(parents=True, exist_ok=True)
                 file.write_text(text + change.get(place, ""))
-                command = f"c++ -std=c++20 -I{root} -o {file}.o -c {file}"
+                ahead = f"-Winvalid-pch -include {root}/of-another-compiler.hxx"
+                command = f"c++ -std=c++20 -I{root} {ahead} -o {file}.o -c {file}"
                 entries.append({"directory": str(root), "command": command, "file": str(file)})
             (root / "compile_commands.json").write_text(json.dumps(entries))
             return faults(root, entries_of(root, root))
@@ -176,11 +203,12 @@ def main(arguments):
     if arguments == ["--self-test"]:
         self_test()
         return
-    build = pathlib.Path(arguments[0]).resolve()
+    finder = analyzer_faults if arguments[0] == "--analyzer" else faults
+    build = pathlib.Path(arguments[-1]).resolve()
     entries = entries_of(build, ROOT)
     if not entries:
         sys.exit(f"{build} compiles no source of penwick")
-    found = faults(build, entries)
+    found = finder(build, entries)
     print("\n".join(found) or f"{len(entries)} sources are tidy")
     sys.exit(bool(found))
 

@@ -42,14 +42,7 @@ check_tidy() {
 # Takes as long again as all the other checks, so it is run by hand.
 check_analyzer() {
     need_database
-    local pattern
-    pattern="^$PWD/($(IFS='|'; echo "${folders[*]}"))/.*\.cpp$"
-    # The tool's own output is one line per file, and on stderr the count of what it left out in
-    # foreign headers.
-    run-clang-tidy -quiet -p build/release -j "$(nproc)" \
-        -checks='-bugprone-*,-performance-*,-modernize-*,-readability-*' "$pattern" 2>/dev/null |
-        { grep -v '^clang-tidy-' || true; }
-    [[ ${PIPESTATUS[0]} == 0 ]]
+    tools/check-tidy.py --analyzer build/release
 }
 
 check_cppcheck() {
