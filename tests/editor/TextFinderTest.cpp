@@ -270,7 +270,7 @@ void TextFinderTest::step_costlyPattern_isCutShort()
                            step.next,
                            [](const FindMatch &, const QRegularExpressionMatch *) { return true; });
         const qint64 way = step.next.offset - before;
-        QVERIFY2(way < TextFinder::kStepUnits / 4, qPrintable(QString::number(way)));
+        QVERIFY2(way < TextFinder::kStepUnits / 2, qPrintable(QString::number(way)));
         QVERIFY(way > 0 || step.isTooComplex);
     }
 }
