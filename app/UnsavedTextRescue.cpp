@@ -73,11 +73,12 @@ QString placeForUnsavedText(const QString &filePath, const QString &home)
 namespace {
 
 /// Another process may be ending for the same reason, and take the very name.
-std::optional<QString> writeToFreePlace(const QString &filePath, const Text &text)
+std::optional<QString>
+writeToFreePlace(const QString &filePath, const QString &home, const Text &text)
 {
     constexpr int kAttempts = 10;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        const QString place = placeForUnsavedText(filePath, QDir::homePath());
+        const QString place = placeForUnsavedText(filePath, home);
         TransferProgress unwatched;
         const auto written = writeTextFile(place, text, unwatched, {false, std::nullopt});
         if (written) {
@@ -127,8 +128,11 @@ void UnsavedTextRescue::rescue(const TextDocument &document)
 {
     // The document's own string may lack what was typed last.
     const Text &text = document.textStorage()->text();
-    for (const QString &file : {document.filePath(), QString()}) {
-        if (const auto place = writeToFreePlace(file, text)) {
+    // Where even the home folder is full or gone, there may be room elsewhere.
+    const std::pair<QString, QString> places[] = {
+        {document.filePath(), QDir::homePath()}, {{}, QDir::homePath()}, {{}, QDir::tempPath()}};
+    for (const auto &[file, home] : places) {
+        if (const auto place = writeToFreePlace(file, home, text)) {
             std::fprintf(
                 stderr, "penwick: unsaved text is in %s\n", QFile::encodeName(*place).constData());
             return;

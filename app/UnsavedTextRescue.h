@@ -10,7 +10,8 @@ class TextDocument;
 /// What there is to do when the process is made to exit in the middle of things, as it is when the
 /// display goes: nobody can be asked any more. Saves under way are finished; a text with unsaved
 /// edits is written to a new file of the person's, never over another one, and is said so on
-/// standard error. penwick itself keeps no record of these files.
+/// standard error: beside its own file, else into the home folder, else into the one for temporary
+/// files. penwick itself keeps no record of these files.
 class UnsavedTextRescue final
 {
 public:

@@ -7,6 +7,7 @@
 
 #include <QDir>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <chrono>
@@ -89,6 +90,24 @@ private Q_SLOTS:
         UnsavedTextRescue rescue(&documents);
         rescue.run();
         QCOMPARE(home.read(u"untitled.txt.unsaved"_s), QByteArray("xold"));
+    }
+
+    void run_homeIsGone_usesTheTemporaryFolder()
+    {
+        const test::TemporaryHome home;
+        const QTemporaryDir temporary;
+        DocumentController documents;
+        documents.newDocument();
+        QTest::keyClicks(documents.windowControllers().last()->textView(), u"x"_s);
+        qputenv("HOME", home.file(u"missing"_s).toUtf8());
+        const QByteArray before = qgetenv("TMPDIR");
+        qputenv("TMPDIR", temporary.path().toUtf8());
+        UnsavedTextRescue rescue(&documents);
+        rescue.run();
+        before.isNull() ? qunsetenv("TMPDIR") : qputenv("TMPDIR", before);
+        QFile kept(temporary.filePath(u"untitled.txt.unsaved"_s));
+        QVERIFY(kept.open(QIODevice::ReadOnly));
+        QCOMPARE(kept.readAll(), QByteArray("x"));
     }
 
     void waylandCompositor_goes_keepsWhatIsUnsaved()
