@@ -1,5 +1,6 @@
 #pragma once
 
+#include "macro/script/HostContract.h"
 #include "macro/script/ScriptWire.h"
 #include "macro/script/SharedTexts.h"
 
@@ -11,11 +12,9 @@ namespace penwick {
 class HostChannel final
 {
 public:
-    /// The descriptor under which the host finds its connection when it starts.
-    static constexpr int kDescriptor = 3;
     /// \param descriptor a connected stream socket; not owned.
     /// \param sharedDescriptor see `SharedTexts`; not owned.
-    explicit HostChannel(int sharedDescriptor, int descriptor = kDescriptor);
+    explicit HostChannel(int sharedDescriptor, int descriptor = kHostConnection);
     HostChannel(const HostChannel &) = delete;
     HostChannel &operator=(const HostChannel &) = delete;
     ~HostChannel() = default;

@@ -1,5 +1,7 @@
 #include "macro/script/HostConnection.h"
 
+#include <QDeadlineTimer>
+
 #include <cerrno>
 #include <poll.h>
 #include <sys/socket.h>
@@ -44,9 +46,12 @@ HostConnection::HostConnection(HostProcess process)
 
 std::optional<HostProtection> HostConnection::protection(int milliseconds)
 {
-    if (!m_protection && !m_broken && m_process.descriptor() >= 0) {
-        waitForHost(m_process.descriptor(), false, milliseconds);
+    const QDeadlineTimer deadline(milliseconds);
+    while (!m_protection && !m_broken && m_process.descriptor() >= 0) {
+        waitForHost(m_process.descriptor(), false, static_cast<int>(deadline.remainingTime()));
         receive();
+        if (deadline.hasExpired())
+            break;
     }
     return m_protection;
 }
@@ -71,13 +76,16 @@ HostConnection::run(ScriptRequest request, const ScriptLogSink &log, ScriptWaite
 
 ScriptOutcome HostConnection::failure()
 {
-    const HostProcess::Ending ending = m_process.end();
-    ScriptError::Code code = ScriptError::Code::HostDied;
+    HostEnding ending = m_process.end();
     if (m_stopped)
-        code = ScriptError::Code::Stopped;
-    else if (ending == HostProcess::Ending::OutOfMemory)
-        code = ScriptError::Code::OutOfMemory;
-    return tl::unexpected(ScriptError{code, {}});
+        return tl::unexpected(ScriptError{ScriptError::Code::Stopped, {}});
+    const bool isSpent = ending.cause == HostEnding::Cause::OutOfMemory;
+    if (m_garbled)
+        ending.cause = HostEnding::Cause::Garbled;
+    ending.engine = m_engine;
+    ScriptError error{isSpent ? ScriptError::Code::OutOfMemory : ScriptError::Code::HostDied, {}};
+    error.ending = std::move(ending);
+    return tl::unexpected(std::move(error));
 }
 
 // Reads while it cannot write: a host that waits for us to read would never read on. Without the
@@ -134,28 +142,25 @@ void HostConnection::takeMessages()
     while (!isOver()) {
         const auto message = m_reader.next();
         if (!message)
-            m_broken = true;
+            m_garbled = true;
         else if (*message)
             take(**message);
         else
             return;
+        m_broken = m_broken || m_garbled;
     }
 }
 
 // The greeting comes first and once. What follows belongs to a run.
 void HostConnection::take(const Message &message)
 {
-    const bool isGreeting = message.kind == MessageKind::Ready;
-    if (isGreeting == m_protection.has_value() || (!isGreeting && m_log == nullptr)) {
-        m_broken = true;
-    } else if (isGreeting) {
-        const auto protection = decodeReady(message.payload);
-        m_broken = !protection;
-        if (protection)
-            m_protection = *protection;
+    if (!m_protection) {
+        takeGreeting(message);
+    } else if (m_log == nullptr) {
+        m_garbled = true;
     } else if (message.kind == MessageKind::Log) {
         const auto line = decodeLog(message.payload);
-        m_broken = !line;
+        m_garbled = !line;
         if (line && *m_log)
             (*m_log)(*line);
     } else {
@@ -163,13 +168,32 @@ void HostConnection::take(const Message &message)
     }
 }
 
+void HostConnection::takeGreeting(const Message &message)
+{
+    if (message.kind == MessageKind::Engine && m_engine.isEmpty()) {
+        m_engine = decodeEngine(message.payload).value_or(QString());
+        m_garbled = m_engine.isEmpty();
+    } else if (const auto protection = decodeReady(message.payload);
+               message.kind == MessageKind::Ready && protection) {
+        m_protection = *protection;
+    } else {
+        m_garbled = true;
+    }
+}
+
 void HostConnection::takeOutcome(const Message &message)
 {
+    const bool isOutcome =
+        message.kind == MessageKind::Value || message.kind == MessageKind::Failure;
+    if (!isOutcome) {
+        m_garbled = true;
+        return;
+    }
     auto outcome = decodeOutcome(message, {}, &m_shared);
     if (outcome)
         m_outcome = std::move(*outcome);
     else if (resultError(outcome.error()) == ScriptError::Code::HostDied)
-        m_broken = true;
+        m_garbled = true;
     else
         m_outcome = tl::unexpected(ScriptError{resultError(outcome.error()), {}});
 }

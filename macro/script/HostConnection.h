@@ -20,6 +20,12 @@ public:
     /// where it said nothing yet; after a run, what it had said.
     [[nodiscard]] std::optional<HostProtection> protection(int milliseconds);
 
+    /// Name and version of the host's script engine; empty as long as it has not said so.
+    [[nodiscard]] const QString &engine() const { return m_engine; }
+
+    /// The system calls that the sandbox has denied the host so far.
+    [[nodiscard]] QList<DeniedCall> deniedCalls() { return m_process.deniedCalls(); }
+
     /// Hands the script over and waits for its outcome. Call it once. Nobody else needs to know of
     /// the process afterwards: it is gone or about to go.
     /// \param waiter not owned; null to block.
@@ -34,6 +40,7 @@ private:
     void receive();
     void takeMessages();
     void take(const Message &message);
+    void takeGreeting(const Message &message);
     void takeOutcome(const Message &message);
     [[nodiscard]] ScriptOutcome failure();
 
@@ -43,9 +50,11 @@ private:
     QByteArray m_portion;
     const ScriptLogSink *m_log = nullptr;
     ScriptWaiter *m_waiter = nullptr;
+    QString m_engine;
     std::optional<HostProtection> m_protection;
     std::optional<ScriptOutcome> m_outcome;
-    bool m_broken = false; // The host is gone, or makes no sense.
+    bool m_broken = false;  // The host is gone, or makes no sense.
+    bool m_garbled = false; // It makes no sense.
     bool m_stopped = false;
 };
 

@@ -2,6 +2,7 @@
 
 #include <QFile>
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <cstdlib>
@@ -18,11 +19,6 @@
 namespace penwick {
 
 namespace {
-
-// As in HostChannel.h, which the editor does not link.
-constexpr int kHostDescriptor = 3;
-constexpr int kHostSharedDescriptor = 4;
-constexpr int kOutOfMemoryStatus = 77;
 
 /// What a script can see of the user's surroundings: the language and the time zone of dates and
 /// numbers, nothing else.
@@ -64,34 +60,47 @@ std::vector<char *> pointersTo(std::vector<std::string> &texts)
     return pointers;
 }
 
+/// The same open file under a number that the new process does not use. Not open where there is
+/// none.
+FileDescriptor outOfTheWay(const FileDescriptor &file)
+{
+    return FileDescriptor(file.isOpen() ? fcntl(file.get(), F_DUPFD_CLOEXEC, kHostSharedTexts + 1)
+                                        : -1);
+}
+
 /// An empty file in memory, which no path leads to. Not open where there is none.
 FileDescriptor makeSharedFile()
 {
-    const FileDescriptor made(memfd_create("penwick-texts", MFD_CLOEXEC));
-    // Out of the way of the descriptors that the new process gets.
-    return FileDescriptor(
-        made.isOpen() ? fcntl(made.get(), F_DUPFD_CLOEXEC, kHostSharedDescriptor + 1) : -1);
+    return outOfTheWay(FileDescriptor(memfd_create("penwick-texts", MFD_CLOEXEC)));
 }
 
-/// What the new process starts with: no open file of ours but the connection, no signal of ours
+/// What a new process gets of us, none of it in the way of the others.
+struct HostEnds
+{
+    FileDescriptor connection{};
+    FileDescriptor deniedCalls{};
+    int shared = -1; ///< Not owned; -1 for none.
+};
+
+/// What the new process starts with: no open file of ours but those meant for it, no signal of ours
 /// blocked or ignored.
 class SpawnRules final
 {
 public:
-    /// \param shared above the descriptors that the new process gets; or -1.
-    SpawnRules(int connection, int shared)
+    explicit SpawnRules(const HostEnds &ends)
     {
         posix_spawn_file_actions_init(&m_actions);
-        posix_spawn_file_actions_adddup2(&m_actions, connection, kHostDescriptor);
-        if (shared >= 0)
-            posix_spawn_file_actions_adddup2(&m_actions, shared, kHostSharedDescriptor);
+        posix_spawn_file_actions_adddup2(&m_actions, ends.connection.get(), kHostConnection);
+        posix_spawn_file_actions_adddup2(&m_actions, ends.deniedCalls.get(), kHostDeniedCalls);
+        if (ends.shared >= 0)
+            posix_spawn_file_actions_adddup2(&m_actions, ends.shared, kHostSharedTexts);
         posix_spawn_file_actions_addopen(&m_actions, 0, "/dev/null", O_RDONLY, 0);
         posix_spawn_file_actions_addopen(&m_actions, 1, "/dev/null", O_WRONLY, 0);
 #ifndef __SANITIZE_ADDRESS__ // Whose reports are wanted.
         posix_spawn_file_actions_addopen(&m_actions, 2, "/dev/null", O_WRONLY, 0);
 #endif
         posix_spawn_file_actions_addclosefrom_np(
-            &m_actions, 1 + (shared >= 0 ? kHostSharedDescriptor : kHostDescriptor));
+            &m_actions, ends.shared >= 0 ? kHostSharedTexts + 1 : kHostSharedTexts);
         posix_spawnattr_init(&m_attributes);
         sigset_t signals;
         sigemptyset(&signals);
@@ -144,56 +153,89 @@ bool isGone(pid_t process)
     return uninterrupted([process] { return waitpid(process, nullptr, WNOHANG); }) != 0;
 }
 
+/// -1 where the system does not start it.
+pid_t spawn(const HostProcess::Settings &settings, const HostEnds &ends)
+{
+    const SpawnRules rules(ends);
+    const QByteArray program = QFile::encodeName(settings.program);
+    std::vector<std::string> arguments{program.toStdString(),
+                                       std::to_string(settings.memory),
+                                       std::to_string(ends.shared >= 0 ? kHostSharedTexts : -1),
+                                       settings.reportsRefusedCalls ? "report" : "silent"};
+    std::vector<std::string> environment = hostEnvironment(settings.timeZone);
+    pid_t process = -1;
+    const int error = posix_spawn(&process,
+                                  program.constData(),
+                                  rules.actions(),
+                                  rules.attributes(),
+                                  pointersTo(arguments).data(),
+                                  pointersTo(environment).data());
+    return error == 0 ? process : -1;
+}
+
+HostEnding endingOf(int status)
+{
+    HostEnding ending;
+    if (WIFSIGNALED(status)) {
+        ending.cause = HostEnding::Cause::Signal;
+        ending.number = WTERMSIG(status);
+    } else if (WIFEXITED(status) && WEXITSTATUS(status) == kOutOfMemoryStatus) {
+        ending.cause = HostEnding::Cause::OutOfMemory;
+    } else {
+        ending.cause = HostEnding::Cause::Ended;
+        ending.number = WEXITSTATUS(status);
+    }
+    return ending;
+}
+
 } // namespace
 
 // Spawning does not copy the page tables of an editor that holds large documents, as forking would.
 std::optional<HostProcess> HostProcess::start(const Settings &settings)
 {
-    std::array<int, 2> ends{};
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0)
+    std::array<int, 2> sockets{};
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets.data()) != 0)
         return std::nullopt;
-    FileDescriptor ours(ends[0]);
-    const FileDescriptor theirs(ends[1]);
-    fcntl(ours.get(), F_SETFL, O_NONBLOCK);
+    Ends ours;
+    ours.connection = FileDescriptor(sockets[0]);
+    HostEnds theirs;
+    theirs.connection = outOfTheWay(FileDescriptor(sockets[1]));
+    fcntl(ours.connection.get(), F_SETFL, O_NONBLOCK);
 
-    FileDescriptor shared = makeSharedFile();
-    const SpawnRules rules(theirs.get(), shared.get());
-    const QByteArray program = QFile::encodeName(settings.program);
-    std::vector<std::string> arguments{program.toStdString(),
-                                       std::to_string(settings.memory),
-                                       shared.isOpen() ? std::to_string(kHostSharedDescriptor)
-                                                       : "-1"};
-    std::vector<std::string> environment = hostEnvironment(settings.timeZone);
-    pid_t process = -1;
-    if (posix_spawn(&process,
-                    program.constData(),
-                    rules.actions(),
-                    rules.attributes(),
-                    pointersTo(arguments).data(),
-                    pointersTo(environment).data()) != 0)
+    std::array<int, 2> pipes{};
+    if (pipe2(pipes.data(), O_CLOEXEC | O_NONBLOCK) != 0)
         return std::nullopt;
-    return HostProcess(process, std::move(ours), std::move(shared));
+    ours.deniedCalls = FileDescriptor(pipes[0]);
+    theirs.deniedCalls = outOfTheWay(FileDescriptor(pipes[1]));
+
+    ours.shared = makeSharedFile();
+    theirs.shared = ours.shared.get();
+    if (!theirs.connection.isOpen() || !theirs.deniedCalls.isOpen())
+        return std::nullopt;
+    const pid_t process = spawn(settings, theirs);
+    if (process < 0)
+        return std::nullopt;
+    return HostProcess(process, std::move(ours));
 }
 
-HostProcess::HostProcess(qint64 processId, FileDescriptor descriptor, FileDescriptor shared)
+HostProcess::HostProcess(qint64 processId, Ends ends)
     : m_processId(processId)
-    , m_descriptor(std::move(descriptor))
-    , m_shared(std::move(shared))
+    , m_ends(std::move(ends))
 {
 }
 
 HostProcess::HostProcess(HostProcess &&other) noexcept
     : m_processId(std::exchange(other.m_processId, -1))
-    , m_descriptor(std::move(other.m_descriptor))
-    , m_shared(std::move(other.m_shared))
+    , m_ends(std::move(other.m_ends))
+    , m_deniedCalls(std::move(other.m_deniedCalls))
 {
 }
 
 HostProcess &HostProcess::operator=(HostProcess &&other) noexcept
 {
     std::swap(m_processId, other.m_processId);
-    std::swap(m_descriptor, other.m_descriptor);
-    std::swap(m_shared, other.m_shared);
+    std::swap(m_ends, other.m_ends);
+    std::swap(m_deniedCalls, other.m_deniedCalls);
     return *this;
 }
 
@@ -222,19 +264,36 @@ bool HostProcess::isAlive() const
            information.si_pid == 0;
 }
 
-HostProcess::Ending HostProcess::end()
+// Whatever the host writes here is shown to people and does nothing else.
+const QList<DeniedCall> &HostProcess::deniedCalls()
+{
+    constexpr qsizetype kMost = 1024; // More than there are calls.
+    DeniedCall call;
+    while (m_deniedCalls.size() < kMost &&
+           uninterrupted([&] { return read(m_ends.deniedCalls.get(), &call, sizeof call); }) ==
+               ssize_t{sizeof call})
+        m_deniedCalls.append(call);
+    return m_deniedCalls;
+}
+
+HostEnding HostProcess::end()
 {
     if (m_processId < 0)
-        return Ending::Unexpected;
+        return {};
     const auto process = static_cast<pid_t>(std::exchange(m_processId, -1));
     int status = 0;
     // An end that is under way already keeps its own cause.
     kill(process, SIGKILL);
-    const pid_t ended = uninterrupted([&] { return waitpid(process, &status, 0); });
-    m_descriptor.close();
-    const bool spent =
-        ended == process && WIFEXITED(status) && WEXITSTATUS(status) == kOutOfMemoryStatus;
-    return spent ? Ending::OutOfMemory : Ending::Unexpected;
+    uninterrupted([&] { return waitpid(process, &status, 0); });
+    HostEnding ending = endingOf(status);
+    ending.deniedCalls = deniedCalls();
+    const bool isKilled = std::any_of(ending.deniedCalls.cbegin(),
+                                      ending.deniedCalls.cend(),
+                                      [](const DeniedCall &call) { return call.isKilled != 0; });
+    if (isKilled && ending.cause == HostEnding::Cause::Signal && ending.number == SIGSYS)
+        ending.cause = HostEnding::Cause::DeniedCall;
+    m_ends = Ends();
+    return ending;
 }
 
 bool reapHostProcesses()

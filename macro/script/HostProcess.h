@@ -1,5 +1,6 @@
 #pragma once
 
+#include "macro/script/ScriptHost.h"
 #include "platform/FileDescriptor.h"
 
 #include <QString>
@@ -15,13 +16,14 @@ namespace penwick {
 class HostProcess final
 {
 public:
-    enum class Ending { Unexpected, OutOfMemory };
-
     struct Settings
     {
         QString program;          ///< The executable's path.
         std::uint64_t memory = 0; ///< Bytes that a script may take.
         QByteArray timeZone;      ///< Name of the time zone in which scripts see dates.
+        /// Whether the host reports system calls that it is refused; see `DeniedCallHandler.h` for
+        /// what that may cost. Those that end it are reported in any case.
+        bool reportsRefusedCalls = true;
 
         bool operator==(const Settings &) const = default;
     };
@@ -37,25 +39,37 @@ public:
     ~HostProcess();
 
     /// Our end of the connection; never blocks.
-    [[nodiscard]] int descriptor() const { return m_descriptor.get(); }
+    [[nodiscard]] int descriptor() const { return m_ends.connection.get(); }
 
     /// The file for `SharedTexts`; -1 where the system has none to offer.
-    [[nodiscard]] int sharedDescriptor() const { return m_shared.get(); }
+    [[nodiscard]] int sharedDescriptor() const { return m_ends.shared.get(); }
 
     [[nodiscard]] qint64 processId() const { return m_processId; }
 
     /// Whether the process has neither ended nor been ended.
     [[nodiscard]] bool isAlive() const;
 
+    /// Which system calls the sandbox has denied the process so far, each once.
+    [[nodiscard]] const QList<DeniedCall> &deniedCalls();
+
     /// Ends the process and says what had become of it before. Waits until it is gone.
-    [[nodiscard]] Ending end();
+    /// \return all but the engine, which the process alone knows.
+    [[nodiscard]] HostEnding end();
 
 private:
-    HostProcess(qint64 processId, FileDescriptor descriptor, FileDescriptor shared);
+    /// Our ends of what the process and we share.
+    struct Ends
+    {
+        FileDescriptor connection{};
+        FileDescriptor deniedCalls{};
+        FileDescriptor shared{};
+    };
+
+    HostProcess(qint64 processId, Ends ends);
 
     qint64 m_processId; // -1 once it was waited for.
-    FileDescriptor m_descriptor;
-    FileDescriptor m_shared;
+    Ends m_ends;
+    QList<DeniedCall> m_deniedCalls; // What was read of them.
 };
 
 /// Lets go of processes that were killed before and are gone by now. True when none is left. Safe

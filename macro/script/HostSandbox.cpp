@@ -1,7 +1,8 @@
 #include "macro/script/HostSandbox.h"
 
+#include "macro/script/DeniedCallHandler.h"
+#include "macro/script/HostContract.h"
 #include "macro/script/SharedTexts.h"
-#include "macro/script/SystemCallFilter.h"
 
 #include <array>
 #include <cerrno>
@@ -121,7 +122,7 @@ void offerAsFirstVictim()
 
 } // namespace
 
-void prepareHostProcess()
+void prepareHostProcess(int deniedCalls)
 {
     offerAsFirstVictim();
     prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -130,10 +131,11 @@ void prepareHostProcess()
     if constexpr (kWalls) {
         statmDescriptor = open("/proc/self/statm", O_RDONLY | O_CLOEXEC);
         catchCrashes();
+        answerDeniedCalls(deniedCalls);
     }
 }
 
-HostProtection confineProcess(std::size_t memory)
+HostProtection confineProcess(std::size_t memory, RefusedCalls refused)
 {
     HostProtection protection;
     if constexpr (kWalls) {
@@ -143,7 +145,7 @@ HostProtection confineProcess(std::size_t memory)
             protection.fileAccessRules = closeFileSystem();
             limitFiles();
             protection.memoryLimit = limitMemory(memory);
-            protection.systemCallFilter = filterSystemCalls();
+            protection.systemCallFilter = filterSystemCalls(refused);
         }
     }
     return protection;

@@ -26,6 +26,7 @@ bool mayCome(MessageReader::Side side, MessageKind kind)
     switch (kind) {
     case MessageKind::Request:
         return side == MessageReader::Side::FromEditor;
+    case MessageKind::Engine:
     case MessageKind::Ready:
     case MessageKind::Log:
     case MessageKind::Value:
@@ -40,10 +41,13 @@ bool mayCome(MessageReader::Side side, MessageKind kind)
 qsizetype longestMessage(MessageKind kind)
 {
     constexpr qsizetype kFewParts = 64;
+    constexpr qsizetype kName = 1024;
     constexpr qsizetype kBytesAPart = 16;
     const ScriptLimits limits;
     const qsizetype text = limits.sourceLength * qsizetype{sizeof(char16_t)};
     switch (kind) {
+    case MessageKind::Engine:
+        return kName;
     case MessageKind::Ready:
         return kFewParts;
     case MessageKind::Request:

@@ -20,6 +20,7 @@ class SharedTexts;
 // both sides share.
 
 enum class MessageKind : quint8 {
+    Engine = 6,  ///< From the host, first and once: which script engine it has.
     Ready = 1,   ///< From the host, once: it waits for the request.
     Request = 2, ///< To the host, once.
     Log = 3,     ///< From the host: a line of the script.

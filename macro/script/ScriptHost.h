@@ -1,8 +1,10 @@
 #pragma once
 
+#include "macro/script/HostContract.h"
 #include "macro/script/ScriptSource.h"
 #include "macro/script/ScriptValue.h"
 
+#include <QList>
 #include <QString>
 
 #include <cstddef>
@@ -33,6 +35,26 @@ struct ScriptLimits
     qsizetype sourceLength = 2147483647;
 };
 
+/// How the process that runs a script came to its end.
+struct HostEnding
+{
+    enum class Cause {
+        Ended,       ///< With exit status `number`.
+        Signal,      ///< By signal `number`.
+        DeniedCall,  ///< By a system call that the sandbox kills for, the one of `deniedCalls` that
+                     ///< says so.
+        OutOfMemory, ///< It had taken all the memory that it may have.
+        Garbled,     ///< It was ended for sending what no host sends.
+    };
+
+    Cause cause = Cause::Garbled;
+    int number = 0;
+    QList<DeniedCall> deniedCalls; ///< In the order in which each was first made.
+    QString engine;                ///< Name and version of the script engine; empty where unknown.
+
+    bool operator==(const HostEnding &) const = default;
+};
+
 /// Why a script gave no value.
 struct ScriptError
 {
@@ -44,14 +66,15 @@ struct ScriptError
         ResultTooLarge,      ///< The completion value has too much text.
         ResultTooDeep,       ///< The completion value is nested too deeply.
         HostUnavailable,     ///< The process that runs scripts could not be started.
-        HostDied,            ///< That process ended, or answered nonsense, before the script ended.
+        HostDied,            ///< That process ended before the script did; `ending` says how.
         OutOfMemory,         ///< The script took all the memory that it may have.
         Stopped,             ///< The person stopped the script.
     };
 
     Code code = Code::Exception;
-    QString text; ///< The exception's string conversion; empty with every other code.
-    int line = 0; ///< Of the source, 1-based, where the exception tells; otherwise 0.
+    QString text;           ///< The exception's string conversion; empty with every other code.
+    int line = 0;           ///< Of the source, 1-based, where the exception tells; otherwise 0.
+    HostEnding ending = {}; ///< With `HostDied` and `OutOfMemory`.
 
     bool operator==(const ScriptError &) const = default;
 };

@@ -6,6 +6,13 @@
 #include <limits>
 #include <utility>
 
+#if __has_include(<jsc/jsc.h>)
+#define PENWICK_WEBKITGTK
+#include <jsc/jsc.h>
+#endif
+
+using namespace Qt::StringLiterals;
+
 namespace penwick {
 
 namespace {
@@ -132,6 +139,17 @@ void evaluateScript(const ScriptRequest &request,
     if (value == nullptr)
         value = JSValueMakeNull(context.get());
     sink.done(convertJsValue(context.get(), value, limits, sink.value));
+}
+
+QString engineName()
+{
+#ifdef PENWICK_WEBKITGTK
+    return u"WebKitGTK %1.%2.%3"_s.arg(jsc_get_major_version())
+        .arg(jsc_get_minor_version())
+        .arg(jsc_get_micro_version());
+#else
+    return u"JavaScriptCore"_s;
+#endif
 }
 
 ScriptOutcome

@@ -17,6 +17,9 @@ namespace penwick {
 [[nodiscard]] ScriptOutcome
 runScript(const ScriptRequest &request, const ScriptLogSink &log, const ScriptLimits &limits = {});
 
+/// Name and version of the engine that scripts run in, for people: "WebKitGTK 2.50.6".
+[[nodiscard]] QString engineName();
+
 /// Takes how a script ended while its engine is still there.
 struct ScriptOutcomeSink
 {

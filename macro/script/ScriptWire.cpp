@@ -10,7 +10,7 @@ namespace {
 enum class Tag : quint8 { Null, False, True, Number, Text, List, Map, Other, End };
 
 // Changes with every message's form: after an update the host may be newer than a running editor.
-constexpr quint8 kProtocolVersion = 4;
+constexpr quint8 kProtocolVersion = 5;
 constexpr quint8 kMemoryLimit = 1;
 constexpr quint8 kSystemCallFilter = 2;
 constexpr quint8 kFileAccessRules = 4;
@@ -135,7 +135,35 @@ tl::expected<ScriptOutcome, WireError> decodeFailure(QByteArrayView payload,
     return ScriptOutcome(tl::unexpect, std::move(error));
 }
 
+bool sendText(MessageKind kind, QStringView text, const ByteSink &sink)
+{
+    FrameWriter writer(kind, sink);
+    writer.putText(text);
+    return writer.finish();
+}
+
+tl::expected<QString, WireError> decodeText(QByteArrayView payload)
+{
+    PayloadReader reader(payload);
+    QString text = reader.getText();
+    if (const auto error = reader.errorAtEnd())
+        return tl::unexpected(*error);
+    if (!text.isValidUtf16())
+        return tl::unexpected(WireError::MalformedText);
+    return text;
+}
+
 } // namespace
+
+bool sendEngine(QStringView name, const ByteSink &sink)
+{
+    return sendText(MessageKind::Engine, name, sink);
+}
+
+tl::expected<QString, WireError> decodeEngine(QByteArrayView payload)
+{
+    return decodeText(payload);
+}
 
 bool sendReady(const HostProtection &protection, const ByteSink &sink)
 {
@@ -188,20 +216,12 @@ tl::expected<ScriptRequest, WireError> decodeRequest(QByteArrayView payload,
 
 bool sendLog(QStringView line, const ByteSink &sink)
 {
-    FrameWriter writer(MessageKind::Log, sink);
-    writer.putText(line);
-    return writer.finish();
+    return sendText(MessageKind::Log, line, sink);
 }
 
 tl::expected<QString, WireError> decodeLog(QByteArrayView payload)
 {
-    PayloadReader reader(payload);
-    QString line = reader.getText();
-    if (const auto error = reader.errorAtEnd())
-        return tl::unexpected(*error);
-    if (!line.isValidUtf16())
-        return tl::unexpected(WireError::MalformedText);
-    return line;
+    return decodeText(payload);
 }
 
 OutcomeSender::OutcomeSender(const ByteSink &sink, SharedTexts *shared)

@@ -11,10 +11,9 @@ namespace penwick {
 /// Which walls stand around the script host.
 struct HostProtection
 {
-    bool memoryLimit = false; ///< It cannot take more memory than it may have.
-    bool systemCallFilter =
-        false;                    ///< It dies of a system call that running a script does not need.
-    bool fileAccessRules = false; ///< The kernel lets it open, make and remove no file.
+    bool memoryLimit = false;      ///< It cannot take more memory than it may have.
+    bool systemCallFilter = false; ///< It makes no system call that reaches out of the process.
+    bool fileAccessRules = false;  ///< The kernel lets it open, make and remove no file.
 
     bool operator==(const HostProtection &) const = default;
 };
@@ -22,6 +21,10 @@ struct HostProtection
 // Each `send` gives false where the sink refused. Each `decode` takes a message's payload, believes
 // none of it, and fails with what is wrong. `shared` takes and gives long texts, where it is not
 // null.
+
+/// \param name of the script engine and its version, at most some hundred units.
+[[nodiscard]] bool sendEngine(QStringView name, const ByteSink &sink);
+[[nodiscard]] tl::expected<QString, WireError> decodeEngine(QByteArrayView payload);
 
 [[nodiscard]] bool sendReady(const HostProtection &protection, const ByteSink &sink);
 [[nodiscard]] tl::expected<HostProtection, WireError> decodeReady(QByteArrayView payload);

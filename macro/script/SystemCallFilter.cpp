@@ -1,16 +1,19 @@
 #include "macro/script/SystemCallFilter.h"
 
-#include <cerrno>
+#include "macro/script/SystemCallTable.h"
+
 #include <memory>
-#include <sched.h>
 #include <seccomp.h>
-#include <sys/mman.h>
-#include <sys/prctl.h>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace penwick {
 
 namespace {
+
+using Kind = SystemCallDecision::Kind;
+using Test = ArgumentCondition::Test;
 
 struct ReleaseFilter
 {
@@ -19,140 +22,165 @@ struct ReleaseFilter
 
 using Filter = std::unique_ptr<void, ReleaseFilter>;
 
-// Computing, and talking over descriptors that are open already. Nothing here makes a new one that
-// leads out of the process.
-constexpr int kAllowed[] = {
-    // Memory.
-    SCMP_SYS(brk),
-    SCMP_SYS(madvise),
-    SCMP_SYS(mremap),
-    SCMP_SYS(munmap),
-    // Threads of the engine: its compilers and its collector.
-    SCMP_SYS(exit),
-    SCMP_SYS(exit_group),
-    SCMP_SYS(futex),
-    SCMP_SYS(membarrier),
-    SCMP_SYS(rseq),
-    SCMP_SYS(sched_getaffinity),
-    SCMP_SYS(sched_yield),
-    SCMP_SYS(set_robust_list),
-    // Clocks.
-    SCMP_SYS(clock_getres),
-    SCMP_SYS(clock_gettime),
-    SCMP_SYS(clock_nanosleep),
-    SCMP_SYS(gettimeofday),
-    SCMP_SYS(nanosleep),
-    SCMP_SYS(time),
-    // Signals to itself; the collector stops threads with them.
-    SCMP_SYS(restart_syscall),
-    SCMP_SYS(rt_sigaction),
-    SCMP_SYS(rt_sigprocmask),
-    SCMP_SYS(rt_sigreturn),
-    SCMP_SYS(rt_sigsuspend),
-    SCMP_SYS(sigaltstack),
-    // Descriptors that are open: the connection, the engine's own statm and eventfd.
-    SCMP_SYS(close),
-    SCMP_SYS(fstat),
-    SCMP_SYS(lseek),
-    SCMP_SYS(poll),
-    SCMP_SYS(ppoll),
-    SCMP_SYS(pread64),
-    SCMP_SYS(pwrite64),
-    SCMP_SYS(read),
-    SCMP_SYS(readv),
-    SCMP_SYS(write),
-    SCMP_SYS(writev),
-    // What the process knows of itself anyway.
-    SCMP_SYS(getpid),
-    SCMP_SYS(getrandom),
-    SCMP_SYS(getrusage),
-    SCMP_SYS(gettid),
-    SCMP_SYS(sysinfo),
-    SCMP_SYS(uname),
+std::uint32_t silentAction(const SystemCallDecision &decision)
+{
+    switch (decision.kind) {
+    case Kind::Allow:
+        return SCMP_ACT_ALLOW;
+    case Kind::Refuse:
+        return SCMP_ACT_ERRNO(static_cast<std::uint32_t>(decision.error));
+    case Kind::Kill:
+        break;
+    }
+    return SCMP_ACT_TRAP; // The handler kills, once it has reported the call.
+}
+
+std::uint32_t actionFor(const SystemCallDecision &decision, RefusedCalls refused)
+{
+    if (decision.kind == Kind::Refuse && refused == RefusedCalls::Reported)
+        return SCMP_ACT_TRAP;
+    return silentAction(decision);
+}
+
+scmp_arg_cmp comparison(const ArgumentCondition &condition)
+{
+    switch (condition.test) {
+    case Test::Equal:
+        return {condition.argument, SCMP_CMP_EQ, condition.value, 0};
+    case Test::NotEqual:
+        return {condition.argument, SCMP_CMP_NE, condition.value, 0};
+    case Test::BitsEqual:
+        break;
+    }
+    return {condition.argument, SCMP_CMP_MASKED_EQ, condition.mask, condition.value};
+}
+
+/// Conditions of which one holds just where the given one does not. The library has no "else".
+std::vector<ArgumentCondition> complement(const ArgumentCondition &condition)
+{
+    const unsigned argument = condition.argument;
+    switch (condition.test) {
+    case Test::Equal:
+        return {{argument, Test::NotEqual, condition.value}};
+    case Test::NotEqual:
+        return {{argument, Test::Equal, condition.value}};
+    case Test::BitsEqual:
+        break;
+    }
+    std::vector<ArgumentCondition> others;
+    std::uint64_t bits = condition.mask;
+    do { // Every subset of the mask's bits, from the largest to none.
+        bits = (bits - 1) & condition.mask;
+        if (bits != condition.value)
+            others.push_back({argument, Test::BitsEqual, bits, condition.mask});
+    } while (bits != condition.mask);
+    return others;
+}
+
+/// Adds rules to one filter and remembers whether all of them could be added.
+class Rules final
+{
+public:
+    Rules(scmp_filter_ctx filter, RefusedCalls refused)
+        : m_filter(filter)
+        , m_refused(refused)
+    {
+    }
+
+    void add(const char *name, const SystemCallDecision &decision)
+    {
+        addAction(name, actionFor(decision, m_refused), {});
+    }
+
+    void add(const ConditionalSystemCall &row)
+    {
+        std::vector conditions{comparison(row.condition)};
+        if (row.alsoRequired)
+            conditions.push_back(comparison(*row.alsoRequired));
+        addAction(row.name, SCMP_ACT_ALLOW, conditions);
+        if (row.otherwise.kind != Kind::Kill)
+            return;
+        for (const ArgumentCondition &other : complement(row.condition))
+            addAction(row.name, actionFor(row.otherwise, m_refused), {{comparison(other)}});
+    }
+
+    void
+    addAction(const char *name, std::uint32_t action, const std::vector<scmp_arg_cmp> &conditions)
+    {
+        // What this release of the library does not know gets the answer of the unknown; what gets
+        // that answer needs no rule.
+        const int number = seccomp_syscall_resolve_name(name);
+        if (number == __NR_SCMP_ERROR || action == actionFor(kUnknownSystemCall, m_refused))
+            return;
+        m_good = m_good && seccomp_rule_add_array(m_filter,
+                                                  action,
+                                                  number,
+                                                  static_cast<unsigned>(conditions.size()),
+                                                  conditions.data()) == 0;
+    }
+
+    [[nodiscard]] bool areGood() const { return m_good; }
+
+private:
+    scmp_filter_ctx m_filter;
+    RefusedCalls m_refused;
+    bool m_good = true;
 };
 
-// Dates look for time zone files and go on without them; other libraries look for their settings.
-constexpr int kRefused[] = {
-    SCMP_SYS(access),
-    SCMP_SYS(faccessat),
-    SCMP_SYS(faccessat2),
-    SCMP_SYS(getcwd),
-    SCMP_SYS(lstat),
-    SCMP_SYS(newfstatat),
-    SCMP_SYS(open),
-    SCMP_SYS(openat),
-    SCMP_SYS(openat2),
-    SCMP_SYS(readlink),
-    SCMP_SYS(readlinkat),
-    SCMP_SYS(stat),
-    SCMP_SYS(statfs),
-    SCMP_SYS(statx),
-    // The priority of its threads.
-    SCMP_SYS(sched_setparam),
-    SCMP_SYS(sched_setscheduler),
-    SCMP_SYS(sched_getparam),
-    SCMP_SYS(sched_getscheduler),
-    SCMP_SYS(setpriority),
-};
-
-// Not with the macros of the header, which are no C++.
-scmp_arg_cmp hasBits(unsigned int argument, scmp_datum_t mask, scmp_datum_t bits)
+// With the C library's own answer where signals are blocked: it starts a thread so, and a trap
+// would end the process then.
+void addThreadRule(Rules &rules)
 {
-    return {argument, SCMP_CMP_MASKED_EQ, mask, bits};
+    rules.addAction("clone3", SCMP_ACT_ERRNO(ENOSYS), {});
 }
 
-scmp_arg_cmp equals(unsigned int argument, scmp_datum_t value)
+bool addRules(scmp_filter_ctx filter, RefusedCalls refused, std::int32_t process)
 {
-    return {argument, SCMP_CMP_EQ, value, 0};
-}
-
-bool allowWhere(scmp_filter_ctx filter, int call, const scmp_arg_cmp &condition)
-{
-    return seccomp_rule_add_array(filter, SCMP_ACT_ALLOW, call, 1, &condition) == 0;
-}
-
-// New code cannot come in: the engine reserved the memory for what it compiles when it started.
-bool allowMemoryWithoutCode(scmp_filter_ctx filter)
-{
-    const scmp_arg_cmp notExecutable = hasBits(2, PROT_EXEC, 0);
-    return allowWhere(filter, SCMP_SYS(mmap), notExecutable) &&
-           allowWhere(filter, SCMP_SYS(mprotect), notExecutable);
-}
-
-// A thread, but no process. The newer call hides its flags behind a pointer that no filter follows;
-// told that it does not exist, the C library takes the older one.
-bool allowThreads(scmp_filter_ctx filter)
-{
-    constexpr scmp_datum_t kThread = CLONE_THREAD | CLONE_VM;
-    return allowWhere(filter, SCMP_SYS(clone), hasBits(0, kThread, kThread)) &&
-           seccomp_rule_add(filter, SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(clone3), 0) == 0 &&
-           allowWhere(filter, SCMP_SYS(prctl), equals(0, PR_SET_NAME)) &&
-           allowWhere(filter, SCMP_SYS(tgkill), equals(0, static_cast<scmp_datum_t>(getpid())));
-}
-
-bool addRules(scmp_filter_ctx filter)
-{
-    for (const int call : kAllowed) {
-        if (seccomp_rule_add(filter, SCMP_ACT_ALLOW, call, 0) != 0)
-            return false;
+    Rules rules(filter, refused);
+    addThreadRule(rules);
+    for (const SystemCallGroup &group : systemCallGroups()) {
+        for (const char *name : group.names)
+            rules.add(name, group.decision);
     }
-    for (const int call : kRefused) {
-        if (seccomp_rule_add(filter, SCMP_ACT_ERRNO(EACCES), call, 0) != 0)
-            return false;
-    }
-    return allowMemoryWithoutCode(filter) && allowThreads(filter);
+    for (const ConditionalSystemCall &row : conditionalSystemCalls(process))
+        rules.add(row);
+    return rules.areGood();
+}
+
+bool selectArchitecture(scmp_filter_ctx filter, std::uint32_t architecture)
+{
+    return architecture == seccomp_arch_native() ||
+           (seccomp_arch_add(filter, architecture) == 0 &&
+            seccomp_arch_remove(filter, seccomp_arch_native()) == 0);
+}
+
+Filter makeFilter(RefusedCalls refused, std::uint32_t architecture, std::int32_t process)
+{
+    Filter filter(seccomp_init(actionFor(kUnknownSystemCall, refused)));
+    if (!filter || !selectArchitecture(filter.get(), architecture))
+        return {};
+    // A call of another world than this machine's 64-bit one is an escape.
+    seccomp_attr_set(filter.get(), SCMP_FLTATR_ACT_BADARCH, SCMP_ACT_TRAP);
+    // Threads that the engine started meanwhile are shut in as well.
+    seccomp_attr_set(filter.get(), SCMP_FLTATR_CTL_TSYNC, 1);
+    return addRules(filter.get(), refused, process) ? std::move(filter) : Filter();
 }
 
 } // namespace
 
-bool filterSystemCalls()
+bool filterSystemCalls(RefusedCalls refused)
 {
-    const Filter filter(seccomp_init(SCMP_ACT_KILL_PROCESS));
-    if (!filter)
-        return false;
-    // Threads that the engine started meanwhile are shut in as well.
-    seccomp_attr_set(filter.get(), SCMP_FLTATR_CTL_TSYNC, 1);
-    return addRules(filter.get()) && seccomp_load(filter.get()) == 0;
+    const Filter filter = makeFilter(refused, seccomp_arch_native(), getpid());
+    return filter && seccomp_load(filter.get()) == 0;
+}
+
+bool writeSystemCallFilter(RefusedCalls refused,
+                           std::uint32_t architecture,
+                           std::int32_t process,
+                           int descriptor)
+{
+    const Filter filter = makeFilter(refused, architecture, process);
+    return filter && seccomp_export_bpf(filter.get(), descriptor) == 0;
 }
 
 } // namespace penwick

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <pthread.h>
 #include <unistd.h>
 #include <utility>
 
@@ -39,14 +40,28 @@ void bringEngineUp()
     static_cast<void>(outcome);
 }
 
-int serve(penwick::HostChannel &channel, std::size_t memory)
+// Where the C library starts threads with calls that the sandbox answers by ending the process, it
+// is to end now, before it was trusted with a script.
+void startThread()
+{
+    pthread_t thread{};
+    const auto work = [](void *) -> void * { return nullptr; };
+    if (pthread_create(&thread, nullptr, work, nullptr) == 0)
+        pthread_join(thread, nullptr);
+}
+
+int serve(penwick::HostChannel &channel, std::size_t memory, penwick::RefusedCalls refused)
 {
     // A text too long for a limit that the user has set is then sent through the connection.
     std::signal(SIGXFSZ, SIG_IGN);
-    penwick::prepareHostProcess();
+    penwick::prepareHostProcess(penwick::kHostDeniedCalls);
     std::setlocale(LC_ALL, "");
+    if (!penwick::sendEngine(penwick::engineName(), channel.sink()))
+        return EXIT_FAILURE;
     bringEngineUp();
-    if (!penwick::sendReady(penwick::confineProcess(memory), channel.sink()))
+    const penwick::HostProtection protection = penwick::confineProcess(memory, refused);
+    startThread();
+    if (!penwick::sendReady(protection, channel.sink()))
         return EXIT_FAILURE;
     penwick::takeLargePages();
     const auto request = channel.receiveRequest();
@@ -72,12 +87,14 @@ int main(int argc, char *argv[])
 {
     if (argc == 2 && std::strcmp(argv[1], "--help") == 0)
         return showHelp();
-    if (argc != 3)
+    if (argc != 4)
         return kNotForPeople;
     penwick::HostChannel channel(std::atoi(argv[2]));
     if (!channel.isConnected())
         return kNotForPeople;
-    const int status = serve(channel, std::strtoull(argv[1], nullptr, 10));
+    const auto refused = std::strcmp(argv[3], "silent") == 0 ? penwick::RefusedCalls::Silent
+                                                             : penwick::RefusedCalls::Reported;
+    const int status = serve(channel, std::strtoull(argv[1], nullptr, 10), refused);
     // Without the destructors of what libraries hold: memory goes back to the system faster.
     _exit(status);
 }

@@ -99,6 +99,10 @@ std::optional<QByteArray> sentAgain(const Message &message)
     };
     bool isSent = false;
     switch (message.kind) {
+    case MessageKind::Engine:
+        if (const auto name = decodeEngine(message.payload))
+            isSent = sendEngine(*name, sink);
+        break;
     case MessageKind::Ready:
         if (const auto ready = decodeReady(message.payload))
             isSent = sendReady(*ready, sink);

@@ -89,7 +89,7 @@ private Q_SLOTS:
     void request_anyText_comesBack_data();
     void request_anyText_comesBack();
     void request_narrowText_takesOneByteAUnit();
-    void ready_andLog_comeBack();
+    void greeting_andLog_comeBack();
     void sink_refusing_isReported();
     void frames_broken_areErrors();
     void payload_cutAnywhere_isAnError();
@@ -184,7 +184,7 @@ void ScriptWireTest::request_narrowText_takesOneByteAUnit()
     QCOMPARE(sizeOf(u"行"_s.repeated(1000)), empty + 2000);
 }
 
-void ScriptWireTest::ready_andLog_comeBack()
+void ScriptWireTest::greeting_andLog_comeBack()
 {
     for (int bits = 0; bits < 8; ++bits) {
         const HostProtection protection{(bits & 1) != 0, (bits & 2) != 0, (bits & 4) != 0};
@@ -194,6 +194,10 @@ void ScriptWireTest::ready_andLog_comeBack()
     }
     const QByteArray bytes = bytesOf([](const ByteSink &sink) { return sendLog(u"日", sink); });
     QVERIFY(decodeLog(bytes.mid(kFrameHeaderSize)) == u"日"_s);
+    const QByteArray engine =
+        bytesOf([](const ByteSink &sink) { return sendEngine(u"Engine 1.2", sink); });
+    QVERIFY(decodeEngine(engine.mid(kFrameHeaderSize)) == u"Engine 1.2"_s);
+    QVERIFY(!decodeEngine("x").has_value());
 }
 
 void ScriptWireTest::sink_refusing_isReported()
@@ -208,7 +212,7 @@ void ScriptWireTest::frames_broken_areErrors()
 {
     constexpr int kLog = 3;
     QCOMPARE(errorOf(frame(0, {})), WireError::UnknownKind);
-    QCOMPARE(errorOf(frame(6, {})), WireError::UnknownKind);
+    QCOMPARE(errorOf(frame(7, {})), WireError::UnknownKind);
     QCOMPARE(errorOf(frame(255, {})), WireError::UnknownKind);
     QCOMPARE(errorOf(frame(2, {})), WireError::UnknownKind); // What only the editor sends.
     QCOMPARE(errorOf(frame(kLog, {}, 2)), WireError::BadHeader);

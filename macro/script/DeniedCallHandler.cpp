@@ -1,0 +1,126 @@
+#include "macro/script/DeniedCallHandler.h"
+
+#include "macro/script/HostContract.h"
+#include "macro/script/SystemCallTable.h"
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <seccomp.h>
+#include <sys/syscall.h>
+#include <sys/ucontext.h>
+#include <unistd.h>
+
+namespace penwick {
+
+namespace {
+
+using Kind = SystemCallDecision::Kind;
+
+// Above the largest number that any table holds; what is beyond is unknown.
+constexpr std::size_t kNumbers = 1024;
+// From here on x86-64 counts the calls of programs with 32-bit pointers.
+constexpr int kForeignNumbers = 0x40000000;
+
+/// What the handler knows. It can neither allocate nor look anything up by name.
+struct Answers
+{
+    std::array<SystemCallDecision, kNumbers> decisions{};
+    std::array<std::atomic<bool>, kNumbers> isReported{};
+    std::atomic<bool> isUnknownReported = false;
+    std::uint32_t architecture = 0;
+    int descriptor = -1;
+};
+
+Answers answers;
+
+bool isInTable(int number)
+{
+    return number >= 0 && static_cast<std::size_t>(number) < kNumbers;
+}
+
+void decide(const char *name, const SystemCallDecision &decision)
+{
+    const int number = seccomp_syscall_resolve_name(name);
+    if (isInTable(number))
+        answers.decisions[static_cast<std::size_t>(number)] = decision;
+}
+
+void fillAnswers(int descriptor)
+{
+    answers.descriptor = descriptor;
+    answers.architecture = seccomp_arch_native();
+    answers.decisions.fill(kUnknownSystemCall);
+    for (const SystemCallGroup &group : systemCallGroups()) {
+        for (const char *name : group.names)
+            decide(name, group.decision);
+    }
+    for (const ConditionalSystemCall &row : conditionalSystemCalls(getpid()))
+        decide(row.name, row.otherwise);
+}
+
+void report(const DeniedCall &call)
+{
+    std::atomic<bool> &isReported = isInTable(call.number)
+                                        ? answers.isReported[static_cast<std::size_t>(call.number)]
+                                        : answers.isUnknownReported;
+    if (!isReported.exchange(true))
+        static_cast<void>(!write(answers.descriptor, &call, sizeof call));
+}
+
+void setResult(ucontext_t &context, long result)
+{
+#if defined(__x86_64__)
+    context.uc_mcontext.gregs[REG_RAX] = result;
+#elif defined(__aarch64__)
+    context.uc_mcontext.regs[0] = static_cast<unsigned long long>(result);
+#else
+#error "Say which register holds the result of a system call."
+#endif
+}
+
+SystemCallDecision decisionOn(int number, bool isForeign)
+{
+    if (isForeign)
+        return {Kind::Kill, 0};
+    return isInTable(number) ? answers.decisions[static_cast<std::size_t>(number)]
+                             : kUnknownSystemCall;
+}
+
+// SIGSYS is blocked while it is handled, and there a trap ends the process.
+void endBySignal()
+{
+    syscall(SYS_execve, nullptr, nullptr, nullptr);
+}
+
+extern "C" void handleDeniedCall(int /*signal*/, siginfo_t *information, void *context)
+{
+    const int savedError = errno;
+    constexpr int kTrapped = 1; // SYS_SECCOMP; the C library does not name it.
+    if (information->si_code != kTrapped)
+        endBySignal(); // It came from elsewhere.
+    const int number = information->si_syscall;
+    const bool isForeign =
+        information->si_arch != answers.architecture || number >= kForeignNumbers;
+    const SystemCallDecision decision = decisionOn(number, isForeign);
+    const bool isKilled = decision.kind != Kind::Refuse;
+    report({number, isKilled, isForeign, 0});
+    if (isKilled)
+        endBySignal();
+    setResult(*static_cast<ucontext_t *>(context), -decision.error);
+    errno = savedError;
+}
+
+} // namespace
+
+void answerDeniedCalls(int descriptor)
+{
+    fillAnswers(descriptor);
+    struct sigaction action = {};
+    action.sa_sigaction = handleDeniedCall;
+    action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_RESTART;
+    sigaction(SIGSYS, &action, nullptr);
+}
+
+} // namespace penwick
