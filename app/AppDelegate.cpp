@@ -4,6 +4,7 @@
 #include "app/MacroMenu.h"
 #include "app/ScriptHostReport.h"
 #include "app/TestMacros.h"
+#include "macro/engine/HostEndingText.h"
 #include "macro/library/MacroManager.h"
 #include "macro/script/ScriptHostPool.h"
 #include "platform/NotificationCenter.h"
@@ -130,23 +131,36 @@ void AppDelegate::prepareScriptHost()
     if (const auto memory = scriptMemory(UserDefaults::standard()))
         pool.setMemory(*memory);
     pool.setKeepsSpare(true);
-    constexpr int kPatience = 10; // Times a second.
-    QTimer::singleShot(kAfterStartUp, this, [this] { reportMissingWalls(kPatience); });
+    QTimer::singleShot(kAfterStartUp, this, &AppDelegate::tryEngine);
 }
 
-// The process says what stands when it is up, which a busy machine may keep it from for a while.
-void AppDelegate::reportMissingWalls(int patience)
+// An update of the engine or of the kernel can make every macro fail; better told now than when a
+// macro is needed.
+void AppDelegate::tryEngine()
 {
-    const auto protection = ScriptHostPool::shared().protection(0);
-    if (!protection && patience > 0) {
-        QTimer::singleShot(
-            kAfterStartUp, this, [this, patience] { reportMissingWalls(patience - 1); });
-        return;
-    }
-    const QString missing = missingWalls(protection);
+    m_engineCheck = std::make_unique<EngineCheck>(ScriptHostPool::shared());
+    connect(m_engineCheck.get(), &EngineCheck::ended, this, [this] {
+        reportTrial(m_engineCheck->trial());
+        m_engineCheck.release()->deleteLater(); // It is what called.
+    });
+}
+
+void AppDelegate::reportTrial(const EngineTrial &trial)
+{
+    const QString missing = missingWalls(trial.protection);
     if (!missing.isEmpty()) {
         printLine(u"Macros run without: "_s + missing);
     }
+    if (trial.error && trial.error->code == ScriptError::Code::HostDied) {
+        writeErrorLine(u"penwick: "_s + hostEndingLogLine(trial.error->ending));
+    }
+#ifndef __SANITIZE_ADDRESS__ // Such a build has no walls on purpose.
+    const QString warning = engineWarning(trial);
+    const auto editor = targetEditor();
+    if (!warning.isEmpty() && editor != nullptr) {
+        editor->showMacroMessage(NotificationType::Warning, warning);
+    }
+#endif
 }
 
 void AppDelegate::openFiles(const QStringList &paths)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/DocumentController.h"
+#include "app/EngineCheck.h"
 #include "app/FileDrop.h"
 #include "app/MacroLauncher.h"
 #include "app/MenuBar.h"
@@ -102,7 +103,8 @@ private:
     void quitOnSignal(int signalNumber);
     void commitSession(QSessionManager &manager);
     void prepareScriptHost();
-    void reportMissingWalls(int patience);
+    void tryEngine();
+    void reportTrial(const EngineTrial &trial);
     void buildMenuBars();
     void rebuildMacroMenus();
     void rebuildMacroMenu(const EditorWindow &window);
@@ -121,6 +123,7 @@ private:
     MacroLauncher m_launcher;
     TerminationSignals m_signals;
     std::optional<UnsavedTextRescue> m_rescue;
+    std::unique_ptr<EngineCheck> m_engineCheck; // While it goes on.
     bool m_isQuittingOnSignal = false;
     QPointer<QWidget> m_signalledDialog; // What a signal to quit found open.
     std::unique_ptr<UpdaterController> m_updaterController;

@@ -1,5 +1,6 @@
 #include "app/ScriptHostReport.h"
 
+#include "macro/engine/HostEndingText.h"
 #include "wording/WordingLookup.h"
 
 #include <QStringList>
@@ -17,23 +18,79 @@ QString wallLine(const QString &wall, bool stands)
                    : wording::text(u"cli.wallMissing"_s, u"なし"_s));
 }
 
+QStringList causes(const ScriptError &error)
+{
+    switch (error.code) {
+    case ScriptError::Code::HostDied:
+        return hostEndingDetails(error.ending);
+    case ScriptError::Code::HostUnavailable:
+        return {wording::text(u"macro.error.hostUnavailable"_s,
+                              u"マクロの実行プログラムを起動できません"_s)};
+    case ScriptError::Code::OutOfMemory:
+        return {wording::text(u"macro.error.outOfMemory"_s, u"メモリが不足しました"_s)};
+    case ScriptError::Code::Stopped:
+        return {wording::text(u"macro.trial.endless"_s, u"応答がありません"_s)};
+    default:
+        return {error.text};
+    }
+}
+
+/// Why the trial did not pass, and where known at which step and with which engine; empty where it
+/// did.
+QStringList failureDetails(const EngineTrial &trial)
+{
+    QStringList details = trial.error ? causes(*trial.error) : trial.failures;
+    if (trial.error && !trial.step.isEmpty()) {
+        details.prepend(trial.step);
+    }
+    if (!details.isEmpty() && !trial.engine.isEmpty() && !details.contains(trial.engine)) {
+        details.append(trial.engine);
+    }
+    return details;
+}
+
+QStringList wallLines(const HostProtection &protection)
+{
+    return {wording::text(u"cli.walls"_s, u"マクロの隔離:"_s),
+            wallLine(wording::text(u"cli.wallProcess"_s, u"別プロセス"_s), true),
+            wallLine(wording::text(u"cli.wallMemory"_s, u"メモリの上限"_s), protection.memoryLimit),
+            wallLine(wording::text(u"cli.wallSystemCalls"_s, u"システムコールの制限 (seccomp)"_s),
+                     protection.systemCallFilter),
+            wallLine(wording::text(u"cli.wallFiles"_s, u"ファイルアクセスの規則 (Landlock)"_s),
+                     protection.fileAccessRules)};
+}
+
+QStringList engineLines(const EngineTrial &trial)
+{
+    const QString engine = wording::text(u"cli.engine"_s, u"マクロの実行エンジン"_s);
+    const QString check = wording::text(u"cli.engineTrial"_s, u"動作確認"_s);
+    const QStringList failures = failureDetails(trial);
+    const QString outcome = failures.isEmpty()
+                                ? wording::text(u"cli.engineTrialPassed"_s, u"合格"_s)
+                                : failures.join(u"、"_s);
+    QStringList lines;
+    if (!trial.engine.isEmpty()) {
+        lines << engine + u": "_s + trial.engine;
+    }
+    lines << u"  "_s + check + u": "_s + outcome;
+    const QString refused = deniedCallNames(trial.deniedCalls, false);
+    if (!refused.isEmpty()) {
+        lines << u"  "_s +
+                     wording::text(u"macro.ending.refusedCalls"_s, u"拒否されたシステムコール"_s) +
+                     u": "_s + refused;
+    }
+    return lines;
+}
+
 } // namespace
 
-QString scriptHostReport(const std::optional<HostProtection> &protection)
+QString scriptHostReport(const EngineTrial &trial)
 {
-    if (!protection) {
-        return wording::text(u"macro.error.hostUnavailable"_s,
-                             u"マクロの実行プログラムを起動できません"_s);
+    QStringList lines;
+    if (trial.protection) {
+        lines = wallLines(*trial.protection);
     }
-    const QStringList lines{
-        wording::text(u"cli.walls"_s, u"マクロの隔離:"_s),
-        wallLine(wording::text(u"cli.wallProcess"_s, u"別プロセス"_s), true),
-        wallLine(wording::text(u"cli.wallMemory"_s, u"メモリの上限"_s), protection->memoryLimit),
-        wallLine(wording::text(u"cli.wallSystemCalls"_s, u"システムコールの制限 (seccomp)"_s),
-                 protection->systemCallFilter),
-        wallLine(wording::text(u"cli.wallFiles"_s, u"ファイルアクセスの規則 (Landlock)"_s),
-                 protection->fileAccessRules)};
-    return lines.join(u'\n');
+    return (lines + engineLines(trial)).join(u'\n');
 }
 
 QString missingWalls(const std::optional<HostProtection> &protection)
@@ -52,6 +109,21 @@ QString missingWalls(const std::optional<HostProtection> &protection)
         missing << u"file access rules (Landlock)"_s;
     }
     return missing.join(u", "_s);
+}
+
+QString engineWarning(const EngineTrial &trial)
+{
+    const QStringList failures = failureDetails(trial);
+    if (!failures.isEmpty()) {
+        return reportableFailure(
+            wording::text(u"macro.trial.failed"_s, u"マクロの実行エンジンが正しく動作しません"_s),
+            failures);
+    }
+    if (trial.protection && !trial.protection->systemCallFilter) {
+        return wording::text(u"macro.trial.noFilter"_s,
+                             u"このシステムでは、マクロのシステムコールを制限できません"_s);
+    }
+    return {};
 }
 
 std::optional<std::uint64_t> scriptMemory(const UserDefaults &defaults)

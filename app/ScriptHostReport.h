@@ -1,6 +1,6 @@
 #pragma once
 
-#include "macro/script/ScriptWire.h"
+#include "macro/script/EngineTrial.h"
 #include "platform/UserDefaults.h"
 
 #include <QString>
@@ -10,13 +10,17 @@
 
 namespace penwick {
 
-/// For people: which walls stand around the process that macros run in, a line each.
-/// \param protection nothing when the process does not start.
-[[nodiscard]] QString scriptHostReport(const std::optional<HostProtection> &protection);
+/// For people: which walls stand around the process that macros run in, and what came of trying its
+/// engine, a line each.
+[[nodiscard]] QString scriptHostReport(const EngineTrial &trial);
 
-/// For the log: the walls that are missing. Empty when none is. Without a process,
-/// macros do not run at all, and this names it.
+/// For the log: the walls that are missing. Empty when none is. Without a process, macros do not
+/// run at all, and this names it.
 [[nodiscard]] QString missingWalls(const std::optional<HostProtection> &protection);
+
+/// For the user: what macros will fail of, or run without, and what to do about it. Empty where the
+/// trial passed and the system calls are filtered.
+[[nodiscard]] QString engineWarning(const EngineTrial &trial);
 
 /// How many bytes a macro may take, by the key `macroMemoryLimitMegabytes` (a whole number of MiB,
 /// at least 64). Nothing where it is not stored, or senseless.

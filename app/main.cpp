@@ -1,8 +1,10 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
+#include "app/EngineCheck.h"
 #include "app/ScriptHostReport.h"
 #include "app/StartUp.h"
 #include "macro/script/ScriptHostPool.h"
+#include "macro/script/StoppableWaiter.h"
 #include "platform/BackgroundProcess.h"
 #include "platform/StandardOutput.h"
 #include "platform/SystemFonts.h"
@@ -26,7 +28,6 @@ using namespace Qt::StringLiterals;
 
 constexpr int kFailure = 1;
 constexpr int kUsageError = 2;
-constexpr int kHostStartTime = 5000; // Milliseconds, far more than it takes.
 
 int answer(const QString &text)
 {
@@ -44,6 +45,12 @@ int answer(const QString &text)
     return kFailure;
 }
 
+penwick::EngineTrial triedEngine()
+{
+    penwick::StoppableWaiter waiter{QDeadlineTimer(penwick::EngineCheck::kLongest)};
+    return penwick::ScriptHostPool::shared().startTrial()(&waiter);
+}
+
 /// Answers what needs no window, so that it works without a display too.
 std::optional<int> answerWithoutWindow(const CommandLine &commandLine)
 {
@@ -52,8 +59,7 @@ std::optional<int> answerWithoutWindow(const CommandLine &commandLine)
         return answer(CommandLine::helpText());
     case CommandLine::Request::ShowVersion:
         return answer(CommandLine::versionText() + u'\n' +
-                      penwick::scriptHostReport(
-                          penwick::ScriptHostPool::shared().protection(kHostStartTime)));
+                      penwick::scriptHostReport(triedEngine()));
     case CommandLine::Request::Reject:
         penwick::writeErrorLine(commandLine.faultText());
         return kUsageError;

@@ -1,6 +1,7 @@
 #include "macro/engine/MacroRuntimeService.h"
 
 #include "macro/engine/ContextJson.h"
+#include "macro/engine/HostEndingText.h"
 #include "macro/script/ScriptHostPool.h"
 #include "platform/StandardOutput.h"
 #include "wording/WordingLookup.h"
@@ -83,8 +84,7 @@ MacroResultError resultError(const ScriptError &error)
         return executionException(wording::text(u"macro.error.hostUnavailable"_s,
                                                 u"マクロの実行プログラムを起動できません"_s));
     case ScriptError::Code::HostDied:
-        return executionException(
-            wording::text(u"macro.error.hostDied"_s, u"マクロの実行が予期せず終了しました"_s));
+        return executionException(hostEndingText(error.ending));
     case ScriptError::Code::OutOfMemory:
         return executionException(
             wording::text(u"macro.error.outOfMemory"_s, u"メモリが不足しました"_s));
@@ -123,7 +123,10 @@ MacroRuntimeService::Evaluation MacroRuntimeService::prepare(
         std::optional<ScriptSource> source = scriptSource(code, context);
         if (!source)
             return tl::unexpected(ScriptError{ScriptError::Code::SourceTooLong, {}});
-        return job({std::move(*source), userInput}, log, waiter);
+        ScriptOutcome outcome = job({std::move(*source), userInput}, log, waiter);
+        if (!outcome && outcome.error().code == ScriptError::Code::HostDied)
+            writeErrorLine(u"penwick: "_s + hostEndingLogLine(outcome.error().ending));
+        return outcome;
     };
 }
 

@@ -74,17 +74,23 @@ HostConnection::run(ScriptRequest request, const ScriptLogSink &log, ScriptWaite
     return m_outcome ? *std::exchange(m_outcome, std::nullopt) : failure();
 }
 
-ScriptOutcome HostConnection::failure()
+HostEnding HostConnection::end()
 {
     HostEnding ending = m_process.end();
-    if (m_stopped)
-        return tl::unexpected(ScriptError{ScriptError::Code::Stopped, {}});
-    const bool isSpent = ending.cause == HostEnding::Cause::OutOfMemory;
     if (m_garbled)
         ending.cause = HostEnding::Cause::Garbled;
     ending.engine = m_engine;
-    ScriptError error{isSpent ? ScriptError::Code::OutOfMemory : ScriptError::Code::HostDied, {}};
-    error.ending = std::move(ending);
+    return ending;
+}
+
+ScriptOutcome HostConnection::failure()
+{
+    ScriptError error{ScriptError::Code::HostDied, {}};
+    error.ending = end();
+    if (m_stopped)
+        error = {ScriptError::Code::Stopped, {}};
+    else if (error.ending.cause == HostEnding::Cause::OutOfMemory)
+        error.code = ScriptError::Code::OutOfMemory;
     return tl::unexpected(std::move(error));
 }
 

@@ -26,6 +26,9 @@ public:
     /// The system calls that the sandbox has denied the host so far.
     [[nodiscard]] QList<DeniedCall> deniedCalls() { return m_process.deniedCalls(); }
 
+    /// Ends the host, and says how it had ended before where it had.
+    [[nodiscard]] HostEnding end();
+
     /// Hands the script over and waits for its outcome. Call it once. Nobody else needs to know of
     /// the process afterwards: it is gone or about to go.
     /// \param waiter not owned; null to block.

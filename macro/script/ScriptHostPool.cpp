@@ -5,6 +5,8 @@
 #include <QTimeZone>
 
 #include <algorithm>
+#include <csignal>
+#include <sys/resource.h>
 #include <unistd.h>
 #include <utility>
 
@@ -60,20 +62,22 @@ std::uint64_t ScriptHostPool::defaultMemory()
     return std::min(kMost, pages * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE)) / 2);
 }
 
-HostProcess::Settings ScriptHostPool::settings() const
+HostProcess::Settings ScriptHostPool::nextSettings() const
 {
     HostProcess::Settings settings = m_settings();
     if (settings.memory == 0)
         settings.memory = m_memory;
     if (settings.timeZone.isEmpty())
         settings.timeZone = timeZoneName();
+    settings.reportsRefusedCalls = !m_experience->trapsAreFatal;
     return settings;
 }
 
 // It may have been killed meanwhile, or know a time zone that is the system's no more.
 bool ScriptHostPool::isSpareFit() const
 {
-    return m_spare && m_spare->settings == settings() && m_spare->connection.process().isAlive();
+    return m_spare && m_spare->settings == nextSettings() &&
+           m_spare->connection.process().isAlive();
 }
 
 void ScriptHostPool::setKeepsSpare(bool keepsSpare)
@@ -107,11 +111,26 @@ bool ScriptHostPool::prepare()
     reapHostProcesses();
     if (isSpareFit())
         return true;
-    m_spare.reset();
-    const HostProcess::Settings wanted = settings();
+    endSpare();
+    const HostProcess::Settings wanted = nextSettings();
     if (auto process = HostProcess::start(wanted))
         m_spare.emplace(Spare{wanted, HostConnection(std::move(*process))});
     return m_spare.has_value();
+}
+
+// A host that ended by the signal of denied calls and reported none was not asked by whom it could
+// answer: a thread that has all signals blocked. From then on the kernel answers.
+void ScriptHostPool::learn(const HostEnding &ending, Experience &experience)
+{
+    if (ending.cause == HostEnding::Cause::Signal && ending.number == SIGSYS)
+        experience.trapsAreFatal = true;
+}
+
+void ScriptHostPool::endSpare()
+{
+    if (m_spare && !m_spare->connection.process().isAlive())
+        learn(m_spare->connection.end(), *m_experience);
+    m_spare.reset();
 }
 
 void ScriptHostPool::discard()
@@ -144,8 +163,34 @@ ScriptJob ScriptHostPool::start()
     m_running.push_back(taken);
     if (m_replacement)
         m_replacement->start(kReplacementDelay);
-    return [taken](ScriptRequest request, const ScriptLogSink &log, ScriptWaiter *waiter) {
-        return taken->run(std::move(request), log, waiter);
+    return [taken, experience = m_experience](
+               ScriptRequest request, const ScriptLogSink &log, ScriptWaiter *waiter) {
+        ScriptOutcome outcome = taken->run(std::move(request), log, waiter);
+        if (!outcome)
+            learn(outcome.error().ending, *experience);
+        return outcome;
+    };
+}
+
+std::function<EngineTrial(ScriptWaiter *)> ScriptHostPool::startTrial()
+{
+    const HostProcess::Settings wanted = nextSettings();
+    auto process = HostProcess::start(wanted);
+    if (!process) {
+        return [](ScriptWaiter *) {
+            EngineTrial trial;
+            trial.error = ScriptError{ScriptError::Code::HostUnavailable, {}};
+            return trial;
+        };
+    }
+    constexpr int kLeastPressing = 19;
+    setpriority(PRIO_PROCESS, static_cast<id_t>(process->processId()), kLeastPressing);
+    const auto host = std::make_shared<HostConnection>(std::move(*process));
+    return [host, zone = wanted.timeZone, experience = m_experience](ScriptWaiter *waiter) {
+        EngineTrial trial = tryEngine(*host, zone, waiter);
+        if (trial.error)
+            learn(trial.error->ending, *experience);
+        return trial;
     };
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "macro/script/EngineTrial.h"
 #include "macro/script/HostConnection.h"
 
 #include <QTimer>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -49,6 +51,14 @@ public:
     /// greeting up to `milliseconds`. Nothing where it does not come.
     [[nodiscard]] std::optional<HostProtection> protection(int milliseconds);
 
+    /// What the next process is started with.
+    [[nodiscard]] HostProcess::Settings nextSettings() const;
+
+    /// Starts a process of its own for a trial of the engine, one that leaves the processors to all
+    /// others. The job makes the trial: on any thread, once. Its error is `HostUnavailable` where
+    /// no process can be started.
+    [[nodiscard]] std::function<EngineTrial(ScriptWaiter *)> startTrial();
+
     /// A `ScriptHost`: takes the process that waits. Its job fails with `HostUnavailable` where
     /// none can be started.
     [[nodiscard]] ScriptJob start();
@@ -64,8 +74,15 @@ private:
         HostConnection connection;
     };
 
-    [[nodiscard]] HostProcess::Settings settings() const;
+    /// What the runs, on their threads, find out for later starts.
+    struct Experience
+    {
+        std::atomic<bool> trapsAreFatal = false;
+    };
+
     [[nodiscard]] bool isSpareFit() const;
+    void endSpare();
+    static void learn(const HostEnding &ending, Experience &experience);
     void tend();
     void forgetEndedRuns();
 
@@ -74,6 +91,7 @@ private:
     std::optional<Spare> m_spare;
     std::vector<std::weak_ptr<HostConnection>> m_running;
     std::unique_ptr<QTimer> m_replacement; // While a spare is to be kept.
+    std::shared_ptr<Experience> m_experience = std::make_shared<Experience>();
 };
 
 } // namespace penwick

@@ -7,20 +7,23 @@
 
 namespace penwick {
 
-StoppableWaiter::StoppableWaiter()
-    : m_wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+StoppableWaiter::StoppableWaiter(QDeadlineTimer deadline)
+    : m_deadline(deadline)
+    , m_wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
 }
 
 bool StoppableWaiter::wait(int descriptor, bool forWriting)
 {
-    constexpr int kLookAgain = 20; // Milliseconds, where the system has no descriptor left for us.
+    // Milliseconds, where the system has no descriptor left for us.
+    constexpr qint64 kLookAgain = 20;
+    const qint64 rest = m_deadline.remainingTime(); // -1 where there is no deadline.
     std::array<pollfd, 2> waited{{{descriptor, POLLIN, 0}, {m_wakeUp.get(), POLLIN, 0}}};
     if (forWriting)
         waited[0].events |= POLLOUT;
     if (!m_isStopped)
-        poll(waited.data(), waited.size(), m_wakeUp.isOpen() ? -1 : kLookAgain);
-    return !m_isStopped;
+        poll(waited.data(), waited.size(), static_cast<int>(m_wakeUp.isOpen() ? rest : kLookAgain));
+    return !m_isStopped && !m_deadline.hasExpired();
 }
 
 void StoppableWaiter::stop()

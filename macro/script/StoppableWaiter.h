@@ -3,6 +3,8 @@
 #include "macro/script/ScriptHost.h"
 #include "platform/FileDescriptor.h"
 
+#include <QDeadlineTimer>
+
 #include <atomic>
 
 namespace penwick {
@@ -12,7 +14,8 @@ namespace penwick {
 class StoppableWaiter final : public ScriptWaiter
 {
 public:
-    StoppableWaiter();
+    /// \param deadline stops the script, too.
+    explicit StoppableWaiter(QDeadlineTimer deadline = QDeadlineTimer(QDeadlineTimer::Forever));
 
     [[nodiscard]] bool wait(int descriptor, bool forWriting) override;
 
@@ -20,6 +23,7 @@ public:
     void stop();
 
 private:
+    QDeadlineTimer m_deadline;
     std::atomic<bool> m_isStopped = false;
     FileDescriptor m_wakeUp;
 };

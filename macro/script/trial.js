@@ -133,15 +133,16 @@
         return true;
     });
 
-    // Waits by the clock, and starts the engine's timer thread where it has one.
-    if (typeof SharedArrayBuffer === 'function')
-        step('timers', function () {
-            const cell = new Int32Array(new SharedArrayBuffer(4));
-            const waited = Atomics.wait(cell, 0, 0, 5);
-            if (typeof Atomics.waitAsync === 'function')
-                Atomics.waitAsync(cell, 0, 0, 1);
-            return waited === 'timed-out';
-        });
+    // Waits by the clock, and starts the engine's timers where it has some of its own.
+    step('timers', function () {
+        const buffer = typeof SharedArrayBuffer === 'function'
+            ? new SharedArrayBuffer(8)
+            : new WebAssembly.Memory({ initial: 1, maximum: 1, shared: true }).buffer;
+        const cells = new Int32Array(buffer);
+        if (typeof Atomics.waitAsync === 'function')
+            Atomics.waitAsync(cells, 1, 0, 1);
+        return Atomics.wait(cells, 0, 0, 5) === 'timed-out';
+    });
 
     return { failures: failures };
 })();

@@ -12,26 +12,61 @@ class ScriptHostReportTest final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void report_namesEachWall();
+    void report_namesWallsAndEngine();
     void report_withoutProcess_saysSo();
+    void warning_tellsWhatMacrosFailOf();
     void missing_namesWhatDoesNotStand();
     void memory_key_isInMegabytes_data();
     void memory_key_isInMegabytes();
 };
 
-void ScriptHostReportTest::report_namesEachWall()
+void ScriptHostReportTest::report_namesWallsAndEngine()
 {
-    QCOMPARE(scriptHostReport(HostProtection{true, false, true}),
-             u"マクロの隔離:\n"
-             "  別プロセス: あり\n"
-             "  メモリの上限: あり\n"
-             "  システムコールの制限 (seccomp): なし\n"
-             "  ファイルアクセスの規則 (Landlock): あり"_s);
+    EngineTrial trial;
+    trial.engine = u"Engine 1.2"_s;
+    trial.protection = HostProtection{true, false, true};
+    const QString walls = u"マクロの隔離:\n"
+                          "  別プロセス: あり\n"
+                          "  メモリの上限: あり\n"
+                          "  システムコールの制限 (seccomp): なし\n"
+                          "  ファイルアクセスの規則 (Landlock): あり\n"
+                          "マクロの実行エンジン: Engine 1.2\n"_s;
+    QCOMPARE(scriptHostReport(trial), walls + u"  動作確認: 合格"_s);
+    trial.deniedCalls = {DeniedCall{4000, 0, 0, 0}};
+    QCOMPARE(scriptHostReport(trial),
+             walls + u"  動作確認: 合格\n  拒否されたシステムコール: 4000"_s);
+    trial.deniedCalls.clear();
+    trial.failures = QStringList{u"dates: wrong"_s, u"text: wrong"_s};
+    QCOMPARE(scriptHostReport(trial),
+             walls + u"  動作確認: dates: wrong、text: wrong、Engine 1.2"_s);
 }
 
 void ScriptHostReportTest::report_withoutProcess_saysSo()
 {
-    QCOMPARE(scriptHostReport(std::nullopt), u"マクロの実行プログラムを起動できません"_s);
+    EngineTrial trial;
+    trial.error = ScriptError{ScriptError::Code::HostUnavailable, {}};
+    QCOMPARE(scriptHostReport(trial), u"  動作確認: マクロの実行プログラムを起動できません"_s);
+}
+
+void ScriptHostReportTest::warning_tellsWhatMacrosFailOf()
+{
+    EngineTrial trial;
+    trial.engine = u"Engine 1.2"_s;
+    trial.protection = HostProtection{true, true, true};
+    QCOMPARE(engineWarning(trial), QString());
+    trial.protection->systemCallFilter = false;
+    QCOMPARE(engineWarning(trial), u"このシステムでは、マクロのシステムコールを制限できません"_s);
+    trial.step = u"dates"_s;
+    trial.error = ScriptError{ScriptError::Code::HostDied, {}};
+    trial.error->ending = {
+        HostEnding::Cause::DeniedCall, 0, {DeniedCall{4000, 1, 0, 0}}, u"Engine 1.2"_s};
+    QCOMPARE(engineWarning(trial),
+             u"マクロの実行エンジンが正しく動作しません（dates、"
+             "許可されていないシステムコール: 4000、Engine 1.2）。開発元に報告してください"_s);
+    trial.error = ScriptError{ScriptError::Code::Stopped, {}};
+    QCOMPARE(engineWarning(trial),
+             u"マクロの実行エンジンが正しく動作しません（dates、応答がありません、Engine 1.2）。"
+             "開発元に報告してください"_s);
 }
 
 void ScriptHostReportTest::missing_namesWhatDoesNotStand()

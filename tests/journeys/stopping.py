@@ -148,9 +148,8 @@ class Stopping(journey.Journey):
         self.start_endless(app)
         for process in self.own_hosts():
             os.kill(process, signal.SIGKILL)
-        self.wait_for_status(
-            "マクロの実行中にエラーが発生しました: マクロの実行が予期せず終了しました"
-        )
+        told = "マクロの実行中にエラーが発生しました: 実行が異常終了しました（シグナル: SIGKILL、"
+        self.wait_for_status(lambda text: text.startswith(told) and text.endswith("報告してください"))
         self.wait_for_text("memo.txt", "x元の文\r\n")
 
 

@@ -333,7 +333,10 @@ void MacroRuntimeServiceTest::host_errors_becomeExecutionErrors_data()
     row("large", ScriptError::Code::ResultTooLarge, u"マクロの戻り値が大きすぎます"_s);
     row("values", ScriptError::Code::ResultTooManyValues, u"マクロの戻り値の要素が多すぎます"_s);
     row("no host", ScriptError::Code::HostUnavailable, u"マクロの実行プログラムを起動できません"_s);
-    row("host died", ScriptError::Code::HostDied, u"マクロの実行が予期せず終了しました"_s);
+    row("host died",
+        ScriptError::Code::HostDied,
+        u"実行が異常終了しました（応答を解釈できません）。"
+        "開発元に報告してください"_s);
     row("memory", ScriptError::Code::OutOfMemory, u"メモリが不足しました"_s);
     row("deep", ScriptError::Code::ResultTooDeep, u"マクロの戻り値の入れ子が深すぎます"_s);
 }

@@ -1,0 +1,114 @@
+#include "macro/engine/HostEndingText.h"
+
+#include "macro/script/SystemCallName.h"
+#include "wording/WordingLookup.h"
+
+#include <csignal>
+#include <cstring>
+
+using namespace Qt::StringLiterals;
+
+namespace penwick {
+
+namespace {
+
+/// How each cause is named: for the user, or for the log.
+struct Words
+{
+    QString deniedCall;
+    QString signal;
+    QString exitStatus;
+    QString garbled;
+    QString refusedCalls;
+};
+
+Words userWords()
+{
+    return {wording::text(u"macro.ending.deniedCall"_s, u"許可されていないシステムコール"_s),
+            wording::text(u"macro.ending.signal"_s, u"シグナル"_s),
+            wording::text(u"macro.ending.exitStatus"_s, u"終了ステータス"_s),
+            wording::text(u"macro.ending.garbled"_s, u"応答を解釈できません"_s),
+            wording::text(u"macro.ending.refusedCalls"_s, u"拒否されたシステムコール"_s)};
+}
+
+Words logWords()
+{
+    return {u"denied system call"_s,
+            u"signal"_s,
+            u"exit status"_s,
+            u"its answer makes no sense"_s,
+            u"refused system calls"_s};
+}
+
+QString signalName(int signal)
+{
+#ifdef __GLIBC__
+    if (const char *name = sigabbrev_np(signal))
+        return u"SIG"_s + QString::fromLatin1(name);
+#endif
+    return QString::number(signal);
+}
+
+QString cause(const HostEnding &ending, const Words &words)
+{
+    switch (ending.cause) {
+    case HostEnding::Cause::Ended:
+        return words.exitStatus + u": "_s + QString::number(ending.number);
+    case HostEnding::Cause::Signal:
+        return words.signal + u": "_s + signalName(ending.number);
+    case HostEnding::Cause::DeniedCall:
+        return words.deniedCall + u": "_s + deniedCallNames(ending.deniedCalls, true);
+    case HostEnding::Cause::Garbled:
+    case HostEnding::Cause::OutOfMemory:
+        break;
+    }
+    return words.garbled;
+}
+
+/// The engine comes last, where it is known.
+QStringList details(const HostEnding &ending, const Words &words)
+{
+    QStringList details{cause(ending, words)};
+    const QString refused = deniedCallNames(ending.deniedCalls, false);
+    if (!refused.isEmpty())
+        details << words.refusedCalls + u": "_s + refused;
+    if (!ending.engine.isEmpty())
+        details << ending.engine;
+    return details;
+}
+
+} // namespace
+
+QString deniedCallNames(const QList<DeniedCall> &calls, bool isKilled)
+{
+    QStringList names;
+    for (const DeniedCall &call : calls) {
+        if ((call.isKilled != 0) == isKilled)
+            names << systemCallName(call);
+    }
+    return names.join(u", "_s);
+}
+
+QString reportableFailure(const QString &what, const QStringList &details)
+{
+    return what + u"（"_s + details.join(u"、"_s) + u"）。"_s +
+           wording::text(u"macro.ending.advice"_s, u"開発元に報告してください"_s);
+}
+
+QStringList hostEndingDetails(const HostEnding &ending)
+{
+    return details(ending, userWords());
+}
+
+QString hostEndingText(const HostEnding &ending)
+{
+    return reportableFailure(wording::text(u"macro.error.hostDied"_s, u"実行が異常終了しました"_s),
+                             hostEndingDetails(ending));
+}
+
+QString hostEndingLogLine(const HostEnding &ending)
+{
+    return u"The process that runs macros ended: "_s + details(ending, logWords()).join(u"; "_s);
+}
+
+} // namespace penwick

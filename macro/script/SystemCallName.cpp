@@ -1,0 +1,39 @@
+#include "macro/script/SystemCallName.h"
+
+#include <QLibrary>
+
+#include <cstdint>
+#include <cstdlib>
+
+using namespace Qt::StringLiterals;
+
+namespace penwick {
+
+namespace {
+
+QString nameOf(int number)
+{
+    // Loaded when it is needed, for something that should never happen: linked, it would take its
+    // time at each start of the editor.
+    static QLibrary library(u"seccomp"_s, 2);
+    using Resolve = char *(*)(std::uint32_t, int);
+    constexpr std::uint32_t kNative = 0; // SCMP_ARCH_NATIVE
+    const auto resolve =
+        reinterpret_cast<Resolve>(library.resolve("seccomp_syscall_resolve_num_arch"));
+    char *const name = resolve != nullptr ? resolve(kNative, number) : nullptr;
+    const QString copy = QString::fromLatin1(name);
+    std::free(name);
+    return copy;
+}
+
+} // namespace
+
+QString systemCallName(const DeniedCall &call)
+{
+    if (call.isForeign != 0)
+        return u"32-bit %1"_s.arg(call.number);
+    const QString name = nameOf(call.number);
+    return name.isEmpty() ? QString::number(call.number) : u"%1 (%2)"_s.arg(name).arg(call.number);
+}
+
+} // namespace penwick

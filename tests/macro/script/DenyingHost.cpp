@@ -1,0 +1,60 @@
+#include "macro/script/HostChannel.h"
+#include "macro/script/HostSandbox.h"
+
+#include <QStringList>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <unistd.h>
+
+// Stands in for the script host where a test needs one whose engine makes calls that the real one
+// does not. Its script is a command: "call NUMBER", "call NUMBER abort", "blocked NUMBER", "exit
+// STATUS". The value of a script is the errno value that the call ended with, 0 where it succeeded.
+
+namespace {
+
+using namespace penwick;
+
+int callOf(long number)
+{
+    errno = 0;
+    return syscall(number) == -1 ? errno : 0;
+}
+
+int perform(const QStringList &words)
+{
+    const long number = words.value(1).toLong();
+    if (words.value(0) == QLatin1String("exit"))
+        _exit(static_cast<int>(number));
+    if (words.value(0) == QLatin1String("blocked")) {
+        sigset_t all;
+        sigfillset(&all);
+        sigprocmask(SIG_BLOCK, &all, nullptr);
+    }
+    const int error = callOf(number);
+    if (words.value(2) == QLatin1String("abort"))
+        std::abort();
+    return error;
+}
+
+} // namespace
+
+int main(int /*count*/, char *arguments[])
+{
+    HostChannel channel(std::atoi(arguments[2]));
+    prepareHostProcess(kHostDeniedCalls);
+    const RefusedCalls refused =
+        std::strcmp(arguments[3], "silent") == 0 ? RefusedCalls::Silent : RefusedCalls::Reported;
+    if (!sendEngine(u"Denying 1.0", channel.sink()) ||
+        !sendReady(confineProcess(std::strtoull(arguments[1], nullptr, 10), refused),
+                   channel.sink()))
+        return EXIT_FAILURE;
+    const auto request = channel.receiveRequest();
+    if (!request)
+        return EXIT_SUCCESS;
+    const int error = perform(request->source.text().split(u' '));
+    return sendOutcome(ScriptValue(static_cast<double>(error)), channel.sink()) ? EXIT_SUCCESS
+                                                                                : EXIT_FAILURE;
+}

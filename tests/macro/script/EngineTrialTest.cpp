@@ -1,0 +1,186 @@
+#include "macro/script/EngineTrial.h"
+
+#include "macro/script/ScriptHostPool.h"
+#include "macro/script/ScriptRunner.h"
+#include "macro/script/StoppableWaiter.h"
+
+#include <QFile>
+#include <QTest>
+
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+
+namespace penwick {
+
+namespace {
+
+/// Ends a process as soon as the trial has begun a step.
+class Killer final : public ScriptWaiter
+{
+public:
+    explicit Killer(std::function<void()> kill)
+        : m_kill(std::move(kill))
+    {
+    }
+
+    bool wait(int descriptor, bool forWriting) override
+    {
+        waitForHost(descriptor, forWriting, -1);
+        if (++m_count == 2)
+            m_kill();
+        return true;
+    }
+
+private:
+    std::function<void()> m_kill;
+    int m_count = 0;
+};
+
+/// What the trial's script says to an engine in this process.
+QStringList failuresWith(const QString &userInput, QStringList &steps)
+{
+    QFile file(u":/penwick/trial.js"_s);
+    if (!file.open(QIODevice::ReadOnly))
+        return {u"no script"_s};
+    const ScriptOutcome outcome = runScript({QString::fromUtf8(file.readAll()), userInput},
+                                            [&steps](const QString &step) { steps << step; });
+    QStringList failures;
+    if (!outcome)
+        return {outcome.error().text};
+    for (const ScriptValue &failure : *outcome->member(u"failures")->list())
+        failures << *failure.string();
+    return failures;
+}
+
+} // namespace
+
+class EngineTrialTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void trial_onThisSystem_passes();
+    void trial_inOtherZones_passes_data();
+    void trial_inOtherZones_passes();
+    void script_wrongZone_fails();
+    void script_steps_coverWhatMacrosUse();
+    void host_thatEnds_isTold();
+    void host_thatIsKilled_namesTheStep();
+    void host_missing_isUnavailable();
+    void deadline_passed_stopsTheTrial();
+};
+
+void EngineTrialTest::trial_onThisSystem_passes()
+{
+    const EngineTrial trial = ScriptHostPool::shared().startTrial()(nullptr);
+    QCOMPARE(trial.failures, QStringList());
+    QVERIFY(!trial.error.has_value());
+    QVERIFY(trial.isPassed());
+    QCOMPARE(trial.engine, engineName());
+    QVERIFY(trial.protection.has_value());
+    for (const DeniedCall &call : trial.deniedCalls)
+        QCOMPARE(int{call.isKilled}, 0);
+}
+
+void EngineTrialTest::trial_inOtherZones_passes_data()
+{
+    QTest::addColumn<QByteArray>("zone");
+
+    for (const char *zone : {"Asia/Tokyo", "America/New_York", "Asia/Kolkata", "UTC"})
+        QTest::newRow(zone) << QByteArray(zone);
+}
+
+void EngineTrialTest::trial_inOtherZones_passes()
+{
+    QFETCH(QByteArray, zone);
+    auto settings = ScriptHostPool::shared().nextSettings();
+    settings.timeZone = zone;
+    ScriptHostPool pool([settings] { return settings; });
+    const EngineTrial trial = pool.startTrial()(nullptr);
+    QCOMPARE(trial.failures, QStringList());
+    QVERIFY(trial.isPassed());
+}
+
+void EngineTrialTest::script_wrongZone_fails()
+{
+    QStringList steps;
+    const QStringList failures = failuresWith(u"1,2"_s, steps);
+    QCOMPARE(failures.size(), qsizetype{1});
+    QVERIFY2(failures.first().startsWith(u"dates: time zone: "), qPrintable(failures.first()));
+}
+
+void EngineTrialTest::script_steps_coverWhatMacrosUse()
+{
+    QStringList steps;
+    failuresWith(u"0,0"_s, steps);
+    for (const char *step : {"regular expressions",
+                             "regular expressions, interpreted",
+                             "collection of garbage",
+                             "dates",
+                             "Intl.Collator",
+                             "Intl.DateTimeFormat",
+                             "Intl.DisplayNames",
+                             "Intl.ListFormat",
+                             "Intl.Locale",
+                             "Intl.NumberFormat",
+                             "Intl.PluralRules",
+                             "Intl.RelativeTimeFormat",
+                             "Intl.Segmenter",
+                             "text",
+                             "promises",
+                             "typed arrays",
+                             "WebAssembly",
+                             "compiled code",
+                             "timers"})
+        QVERIFY2(steps.contains(QString::fromLatin1(step)), step);
+}
+
+void EngineTrialTest::host_thatEnds_isTold()
+{
+    ScriptHostPool pool([] { return HostProcess::Settings{u"/bin/false"_s, 0, {}}; });
+    const EngineTrial trial = pool.startTrial()(nullptr);
+    QVERIFY(!trial.isPassed());
+    QVERIFY(trial.error.has_value());
+    QCOMPARE(trial.error->code, ScriptError::Code::HostDied);
+    QCOMPARE(trial.error->ending.cause, HostEnding::Cause::Ended);
+    QCOMPARE(trial.error->ending.number, 1);
+    QVERIFY(trial.engine.isEmpty() && !trial.protection);
+}
+
+void EngineTrialTest::host_thatIsKilled_namesTheStep()
+{
+    auto process = HostProcess::start(ScriptHostPool::shared().nextSettings());
+    QVERIFY(process.has_value());
+    const auto id = static_cast<pid_t>(process->processId());
+    HostConnection host(std::move(*process));
+    QVERIFY(host.protection(60000).has_value());
+    Killer killer([id] { ::kill(id, SIGKILL); });
+    const EngineTrial trial = tryEngine(host, "UTC", &killer);
+    QVERIFY(trial.error.has_value());
+    QCOMPARE(trial.error->ending.cause, HostEnding::Cause::Signal);
+    QCOMPARE(trial.error->ending.number, SIGKILL);
+    QVERIFY(!trial.step.isEmpty());
+    QCOMPARE(trial.engine, engineName());
+}
+
+void EngineTrialTest::host_missing_isUnavailable()
+{
+    ScriptHostPool pool([] { return HostProcess::Settings{u"/nowhere/host"_s, 0, {}}; });
+    const EngineTrial trial = pool.startTrial()(nullptr);
+    QVERIFY(trial.error.has_value());
+    QCOMPARE(trial.error->code, ScriptError::Code::HostUnavailable);
+}
+
+void EngineTrialTest::deadline_passed_stopsTheTrial()
+{
+    StoppableWaiter waiter{QDeadlineTimer(0)};
+    const EngineTrial trial = ScriptHostPool::shared().startTrial()(&waiter);
+    QVERIFY(trial.error.has_value());
+    QCOMPARE(trial.error->code, ScriptError::Code::Stopped);
+}
+
+} // namespace penwick
+
+QTEST_GUILESS_MAIN(penwick::EngineTrialTest)
+#include "EngineTrialTest.moc"
