@@ -3,10 +3,13 @@
 #include "macro/script/HostContract.h"
 #include "macro/script/SystemCallTable.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
+#include <dirent.h>
 #include <seccomp.h>
 #include <sys/syscall.h>
 #include <sys/ucontext.h>
@@ -20,6 +23,8 @@ using Kind = SystemCallDecision::Kind;
 
 // Above the largest number that any table holds; what is beyond is unknown.
 constexpr std::size_t kNumbers = 1024;
+// More than an engine starts as it comes up; those beyond are not pardoned.
+constexpr std::size_t kThreads = 64;
 // From here on x86-64 counts the calls of programs with 32-bit pointers.
 constexpr int kForeignNumbers = 0x40000000;
 
@@ -29,11 +34,13 @@ struct Answers
     std::array<SystemCallDecision, kNumbers> decisions{};
     std::array<std::atomic<bool>, kNumbers> isReported{};
     std::atomic<bool> isUnknownReported = false;
+    std::array<pid_t, kThreads> pardoned{}; // 0 from the end of the list on.
     std::uint32_t architecture = 0;
     int descriptor = -1;
 };
 
 Answers answers;
+DIR *runningThreads = nullptr; // Opened while files can be opened.
 
 bool isInTable(int number)
 {
@@ -80,12 +87,22 @@ void setResult(ucontext_t &context, long result)
 #endif
 }
 
+bool isPardoned()
+{
+    const auto thread = static_cast<pid_t>(syscall(SYS_gettid));
+    return std::find(answers.pardoned.begin(), answers.pardoned.end(), thread) !=
+           answers.pardoned.end();
+}
+
 SystemCallDecision decisionOn(int number, bool isForeign)
 {
     if (isForeign)
         return {Kind::Kill, 0};
-    return isInTable(number) ? answers.decisions[static_cast<std::size_t>(number)]
-                             : kUnknownSystemCall;
+    const SystemCallDecision decision = isInTable(number)
+                                            ? answers.decisions[static_cast<std::size_t>(number)]
+                                            : kUnknownSystemCall;
+    const bool isKilled = decision.kind != Kind::Refuse;
+    return isKilled && isPardoned() ? SystemCallDecision{Kind::Refuse, EACCES} : decision;
 }
 
 // SIGSYS is blocked while it is handled, and there a trap ends the process.
@@ -117,10 +134,27 @@ extern "C" void handleDeniedCall(int /*signal*/, siginfo_t *information, void *c
 void answerDeniedCalls(int descriptor)
 {
     fillAnswers(descriptor);
+    runningThreads = opendir("/proc/self/task");
     struct sigaction action = {};
     action.sa_sigaction = handleDeniedCall;
     action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_RESTART;
     sigaction(SIGSYS, &action, nullptr);
+}
+
+void pardonOtherThreads()
+{
+    if (runningThreads == nullptr)
+        return;
+    rewinddir(runningThreads);
+    auto place = answers.pardoned.begin();
+    while (const dirent *entry = readdir(runningThreads)) {
+        const auto thread = static_cast<pid_t>(std::strtol(entry->d_name, nullptr, 10));
+        const bool isOther = thread > 0 && thread != gettid(); // "." and ".." are no threads.
+        if (isOther && place != answers.pardoned.end())
+            *place++ = thread;
+    }
+    closedir(runningThreads);
+    runningThreads = nullptr;
 }
 
 } // namespace penwick

@@ -13,4 +13,9 @@ namespace penwick {
 /// writing, must not block; not owned.
 void answerDeniedCalls(int descriptor);
 
+/// From now on calls that would end the process fail with EACCES where one of the threads that run
+/// now makes them, other than the calling one. Libraries start threads as they come up, to reach
+/// desktop services for instance, and one that is late must not end a script that does no harm.
+void pardonOtherThreads();
+
 } // namespace penwick

@@ -132,6 +132,8 @@ void prepareHostProcess(int deniedCalls)
         statmDescriptor = open("/proc/self/statm", O_RDONLY | O_CLOEXEC);
         catchCrashes();
         answerDeniedCalls(deniedCalls);
+        if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0)
+            refuseEscapes();
     }
 }
 

@@ -6,8 +6,8 @@
 namespace penwick {
 
 /// Makes the process end as soon as the thread that started it does, leave no core file, answer a
-/// crash for want of memory with the exit status `kOutOfMemoryStatus`, and report the system calls
-/// that the sandbox will deny. Call it first.
+/// crash for want of memory with the exit status `kOutOfMemoryStatus`, report the system calls that
+/// the sandbox will deny, and open no way out meanwhile. Call it first.
 /// \param deniedCalls the descriptor for `answerDeniedCalls`; not owned.
 void prepareHostProcess(int deniedCalls);
 

@@ -1,5 +1,6 @@
 #include "macro/script/SystemCallFilter.h"
 
+#include "macro/script/DeniedCallHandler.h"
 #include "macro/script/SystemCallTable.h"
 
 #include <memory>
@@ -168,9 +169,27 @@ Filter makeFilter(RefusedCalls refused, std::uint32_t architecture, std::int32_t
 
 } // namespace
 
+bool refuseEscapes()
+{
+    const Filter filter(seccomp_init(SCMP_ACT_ALLOW));
+    bool isGood = filter != nullptr;
+    for (const SystemCallGroup &group : systemCallGroups()) {
+        if (group.decision.kind != Kind::Kill)
+            continue;
+        for (const char *name : group.names) {
+            const int number = seccomp_syscall_resolve_name(name);
+            isGood =
+                isGood && (number == __NR_SCMP_ERROR ||
+                           seccomp_rule_add(filter.get(), SCMP_ACT_ERRNO(EACCES), number, 0) == 0);
+        }
+    }
+    return isGood && seccomp_load(filter.get()) == 0;
+}
+
 bool filterSystemCalls(RefusedCalls refused)
 {
     const Filter filter = makeFilter(refused, seccomp_arch_native(), getpid());
+    pardonOtherThreads();
     return filter && seccomp_load(filter.get()) == 0;
 }
 

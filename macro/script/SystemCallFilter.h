@@ -10,6 +10,13 @@ enum class RefusedCalls : std::uint8_t {
     Reported, ///< `answerDeniedCalls` answers and reports them; see there for when that fails.
 };
 
+/// From now on calls that no argument makes harmless and that `filterSystemCalls` kills for fail
+/// with EACCES. For the time in which the script engine comes up: what it opens then, to a desktop
+/// service for instance, would stay open. Call it while the process has one thread. Must not gain
+/// privileges any more (PR_SET_NO_NEW_PRIVS). \return false where the system has no such filter;
+/// then nothing is changed.
+bool refuseEscapes();
+
 /// From now on the decisions of SystemCallTable.h hold for all threads of the process. Killed calls
 /// raise SIGSYS, so call `answerDeniedCalls` before. Must not gain privileges any more
 /// (PR_SET_NO_NEW_PRIVS).
