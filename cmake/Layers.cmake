@@ -6,6 +6,9 @@ target_include_directories(penwick_options INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(penwick_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor
     $<$<BOOL:${PENWICK_WARNINGS_AS_ERRORS}>:-Werror>)
+# Defines _REENTRANT. pkg-config asks for it on behalf of the script engine on some systems only, and
+# headers that were parsed ahead fit only where the same macros are defined; so all are compiled with it.
+target_compile_options(penwick_options INTERFACE -pthread)
 # Where it optimises, g++ 12 takes the moves of a std::variant of Qt's containers for reads of what
 # was never written. clang-tidy's analyzer looks for the real ones.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
