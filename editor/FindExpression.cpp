@@ -1,5 +1,7 @@
 #include "editor/FindExpression.h"
 
+#include "editor/MatchView.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -67,7 +69,7 @@ bool beginsWithRestOfLine(QStringView string)
     // The group must be there, and nothing may refer to what was taken, or offer another way.
     static const QRegularExpression kOther(
         uR"(^\(\.\*\)[?*+{]|\||\\[0-9gkK]|\(\*|\(\?(?![:=!]|<[=!]))"_s);
-    return !kOther.match(string).hasMatch();
+    return !matchView(kOther, string).hasMatch();
 }
 
 } // namespace
@@ -245,9 +247,9 @@ FindExpressionSearch::Try FindExpressionSearch::attempt(qint64 from, qint64 end,
     if (places == Places::One)
         options |= QRegularExpression::AnchorAtOffsetMatchOption;
     Try result;
-    result.match = m_expression.m_quick.match(units, at, type, options);
+    result.match = matchView(m_expression.m_quick, units, at, type, options);
     if (!result.match.isValid() && (places == Places::One || m_expression.m_needsWhole))
-        result.match = m_expression.m_patient.match(units, at, type, options);
+        result.match = matchView(m_expression.m_patient, units, at, type, options);
     result.offset = from;
     if (!result.match.isValid())
         return result;
