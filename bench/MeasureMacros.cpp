@@ -116,7 +116,7 @@ int measureBuiltIn(const BuiltInMacroDefinition &definition, qsizetype size, int
 {
     EditorSnapshot snapshot;
     snapshot.text = *Text::fromUtf8(bench::macroFodder(size));
-    snapshot.now = QDateTime({2024, 2, 29}, {3, 4, 5}, Qt::UTC);
+    snapshot.now = QDateTime::fromString(u"2024-02-29T03:04:05Z"_s, Qt::ISODate);
     snapshot.timeZone = QTimeZone::utc();
     const MacroContext context = buildMacroContext(snapshot, u"id"_s, u"name"_s);
     const QString code = BuiltInMacroProvider::script(definition.macro);

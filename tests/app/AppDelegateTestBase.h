@@ -25,7 +25,7 @@ class AppDelegateTestBase
 protected:
     void begin()
     {
-        const QDateTime now(QDate(2025, 3, 5), QTime(9, 7), Qt::LocalTime);
+        const QDateTime now(QDate(2025, 3, 5), QTime(9, 7)); // In local time.
         m_app = std::make_unique<AppDelegate>([now] { return now.toUTC(); });
     }
 

@@ -136,7 +136,7 @@ void MacroPromptsTest::datePrompt_shown_offersThePatterns()
 
 void MacroPromptsTest::datePrompt_answered_formatsTheClocksTime()
 {
-    const QDateTime now(QDate(2025, 3, 5), QTime(9, 7), Qt::LocalTime);
+    const QDateTime now(QDate(2025, 3, 5), QTime(9, 7)); // In local time.
     test::answerModal([](QWidget *window) {
         window->findChild<QComboBox *>()->setCurrentIndex(3);
         test::buttonNamed(window, u"OK"_s)->click();

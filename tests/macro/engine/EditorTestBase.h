@@ -31,7 +31,10 @@ protected:
         wording::setActiveValues(std::nullopt);
     }
 
-    [[nodiscard]] static QDateTime now() { return QDateTime({2024, 2, 29}, {3, 4, 5}, Qt::UTC); }
+    [[nodiscard]] static QDateTime now()
+    {
+        return QDateTime::fromString(QStringLiteral("2024-02-29T03:04:05Z"), Qt::ISODate);
+    }
 
     /// For a window that takes the frame saved last.
     [[nodiscard]] std::unique_ptr<EditorWindowController> makeController()

@@ -19,7 +19,7 @@ EditorSnapshot snapshotOf(const QString &text, qint64 location = 0, qint64 lengt
     snapshot.text = Text(text);
     snapshot.selectionLocation = location;
     snapshot.selectionLength = length;
-    snapshot.now = QDateTime({2024, 2, 29}, {3, 4, 5, 999}, Qt::UTC);
+    snapshot.now = QDateTime::fromString(u"2024-02-29T03:04:05.999Z"_s, Qt::ISODateWithMs);
     snapshot.timeZone = QTimeZone("Asia/Tokyo");
     return snapshot;
 }

@@ -20,7 +20,7 @@ MacroContext contextOf(const QString &text, qint64 location = 0, qint64 length =
     snapshot.text = Text(text);
     snapshot.selectionLocation = location;
     snapshot.selectionLength = length;
-    snapshot.now = QDateTime({2024, 2, 29}, {3, 4, 5}, Qt::UTC);
+    snapshot.now = QDateTime::fromString(u"2024-02-29T03:04:05Z"_s, Qt::ISODate);
     snapshot.timeZone = QTimeZone::utc();
     return buildMacroContext(snapshot, u"id"_s, u"name"_s);
 }
