@@ -52,9 +52,9 @@ bool FileDrop::eventFilter(QObject *watched, QEvent *event)
     const bool canCopy = drop->possibleActions().testFlag(Qt::CopyAction);
     drop->setDropAction(canCopy ? Qt::CopyAction : Qt::LinkAction);
     drop->accept();
+    const auto open = [this, paths] { m_open(paths); };
     if (isDrop)
-        QMetaObject::invokeMethod(
-            this, [this, paths] { m_open(paths); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, open, Qt::QueuedConnection);
     return true;
 }
 

@@ -169,8 +169,8 @@ private:
 
     void writeData(const JsonArray &array)
     {
-        writeItems(
-            '[', array, [this](const JsonValue &item) { write(item); }, ']');
+        const auto writeItem = [this](const JsonValue &item) { write(item); };
+        writeItems('[', array, writeItem, ']');
     }
 
     void writeData(const JsonObject &object)

@@ -15,10 +15,7 @@ namespace {
 // By what stands there itself: a link to the user's folder is another's to turn.
 bool isOwnPrivateFolder(const QByteArray &path)
 {
-    struct ::stat status
-    {
-    };
-
+    struct stat status = {};
     constexpr mode_t kOthers = S_IRWXG | S_IRWXO;
     return ::lstat(path.constData(), &status) == 0 && S_ISDIR(status.st_mode) &&
            status.st_uid == ::geteuid() && (status.st_mode & kOthers) == 0;
