@@ -46,7 +46,7 @@ public:
         bool isComplete = false; ///< Else there may be more.
     };
 
-    [[nodiscard]] Count count() const { return m_count; }
+    [[nodiscard]] const Count &count() const { return m_count; }
 
     /// Tells what is selected, for `Count::number`.
     void setSelection(TextRange selection);

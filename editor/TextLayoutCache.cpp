@@ -345,11 +345,9 @@ const SegmentLayout &TextLayoutCache::layout(const Text &text, const TextSegment
         place = m_entries.erase(place);
     const QList<TextColorRange> colors =
         m_decoration != nullptr ? m_decoration->colors(segment) : QList<TextColorRange>();
-    Entry entry{std::make_unique<SegmentLayout>(text, segment, m_style, m_composition, colors),
-                ++m_clock,
-                key};
-    const SegmentLayout &result = *entry.layout;
-    m_entries.insert(place, std::move(entry));
+    auto layout = std::make_unique<SegmentLayout>(text, segment, m_style, m_composition, colors);
+    const SegmentLayout &result = *layout;
+    m_entries.insert(place, {std::move(layout), ++m_clock, key});
     if (m_entries.size() > kCapacity)
         dropOldest();
     return result;

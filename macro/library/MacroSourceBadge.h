@@ -15,12 +15,11 @@ public:
     /// In the active wording; empty for a source that is none of ours.
     [[nodiscard]] static QString sourceLabel(const QString &source);
 
-    /// \param source of a macro: `builtin`, `user`, `imported`, or anything else. Looks the label
-    /// up
-    ///        anew.
+    /// Looks the label up anew.
+    /// \param source of a macro: `builtin`, `user`, `imported`, or anything else.
     void setSource(const QString &source);
 
-    [[nodiscard]] QString label() const { return m_label; }
+    [[nodiscard]] const QString &label() const { return m_label; }
 
     [[nodiscard]] QSize sizeHint() const override;
 
