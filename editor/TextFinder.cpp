@@ -6,6 +6,7 @@
 #include <QElapsedTimer>
 
 #include <algorithm>
+#include <utility>
 
 namespace penwick {
 
@@ -20,6 +21,28 @@ constexpr qint64 kBlockUnits = 32'768;
 bool hasCase(const QString &string)
 {
     return string.toCaseFolded() != string || string.toUpper() != string;
+}
+
+/// Folds case character by character, so that all keep their places. Done here because the matcher
+/// of Qt 6.8, told to ignore case, finds no pattern with a character beyond U+FFFF.
+QString simplyFolded(QString string)
+{
+    QChar *units = string.data();
+    for (qsizetype i = 0; i < string.size(); ++i) {
+        const bool isPair =
+            units[i].isHighSurrogate() && i + 1 < string.size() && units[i + 1].isLowSurrogate();
+        if (!isPair) {
+            units[i] = units[i].toCaseFolded();
+            continue;
+        }
+        const char32_t folded = QChar::toCaseFolded(QChar::surrogateToUcs4(units[i], units[i + 1]));
+        if (QChar::requiresSurrogates(folded)) {
+            units[i] = QChar::highSurrogate(folded);
+            units[i + 1] = QChar::lowSurrogate(folded);
+        }
+        ++i;
+    }
+    return string;
 }
 
 /// True for an empty match that only tells again where the match before it ended.
@@ -44,9 +67,8 @@ tl::expected<TextFinder, FindPatternError> TextFinder::compile(const FindPattern
         finder.m_expression = *std::move(expression);
     } else {
         const QString string = Text(pattern.string).toString();
-        const bool matchesCase = pattern.matchesCase || !hasCase(string);
-        finder.m_matcher =
-            QStringMatcher(string, matchesCase ? Qt::CaseSensitive : Qt::CaseInsensitive);
+        finder.m_ignoresCase = !pattern.matchesCase && hasCase(string);
+        finder.m_matcher = QStringMatcher(finder.comparable(string));
     }
     return finder;
 }
@@ -131,13 +153,18 @@ bool TextFinder::isAccepted(const Text &text, const FindMatch &match) const
            (words::isWordBoundary(text, match.start) && words::isWordBoundary(text, match.end));
 }
 
+QString TextFinder::comparable(QString units) const
+{
+    return m_ignoresCase ? simplyFolded(std::move(units)) : units;
+}
+
 void TextFinder::stepPlain(Stepper &stepper) const
 {
     const Text &text = stepper.text();
     const qsizetype length = m_matcher.pattern().size();
     const qint64 start = stepper.place().offset;
     const qint64 limit = std::min(stepper.limit(), text.size());
-    const QString units = text.slice(start, limit - start + length - 1);
+    const QString units = comparable(text.slice(start, limit - start + length - 1));
     const qint64 stride = std::max<qint64>(kComparedUnits / length, 1);
     // Asking the clock takes as long as finding a short pattern.
     constexpr qsizetype kShort = 64;

@@ -87,12 +87,14 @@ private:
     class Stepper;
 
     TextFinder() = default;
+    [[nodiscard]] QString comparable(QString units) const;
     void stepPlain(Stepper &stepper) const;
     void stepExpression(Stepper &stepper) const;
     [[nodiscard]] bool isAccepted(const Text &text, const FindMatch &match) const;
 
-    QStringMatcher m_matcher;
+    QStringMatcher m_matcher; // Of a folded pattern in a folded text where case is ignored.
     std::optional<FindExpression> m_expression;
+    bool m_ignoresCase = false;
     bool m_wholeWords = false;
 };
 
