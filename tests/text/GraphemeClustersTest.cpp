@@ -61,13 +61,18 @@ void GraphemeClustersTest::unicodeBreakTest_countsAndStepsAgree_data()
     QFile file(QString::fromLatin1(kBreakTestFile));
     QVERIFY2(file.open(QIODevice::ReadOnly), "the package unicode-data is needed");
     int cases = 0;
+    int announced = 0; // The file ends with the number of its cases; each version has more of them.
     while (!file.atEnd()) {
-        const QString line = QString::fromUtf8(file.readLine()).section(u'#', 0, 0).trimmed();
+        const QString whole = QString::fromUtf8(file.readLine());
+        if (whole.startsWith(u"# Lines:"))
+            announced = whole.section(u':', 1).trimmed().toInt();
+        const QString line = whole.section(u'#', 0, 0).trimmed();
         if (line.isEmpty())
             continue;
         QTest::addRow("case %d", ++cases) << line;
     }
-    QCOMPARE(cases, 602);
+    QVERIFY(cases >= 602);
+    QCOMPARE(cases, announced);
 }
 
 void GraphemeClustersTest::unicodeBreakTest_countsAndStepsAgree()
