@@ -56,9 +56,10 @@ DocumentController::DocumentController(QObject *parent)
 
 DocumentController::~DocumentController()
 {
-    // The tabs go one by one, which is no longer of interest to anybody.
+    // The tabs go one by one, which is no longer of interest to anybody. Nothing else is
+    // disconnected: the toolkit has to learn when a window is gone.
     for (const auto &window : m_documents.windows()) {
-        window->disconnect();
+        disconnect(window.get(), &EditorWindow::currentTabChanged, nullptr, nullptr);
     }
 }
 

@@ -4,6 +4,7 @@
 #include "app/WordingTranslator.h"
 #include "support/ModalAnswer.h"
 
+#include <QAccessible>
 #include <QDir>
 #include <QTest>
 
@@ -36,6 +37,7 @@ private Q_SLOTS:
     void closeAll_cancelAtSecond_closesNothing();
     void closeAll_agreed_closesEveryWindow();
     void closeAll_whileAQuestionIsOpen_closesNothing();
+    void end_ofTheController_tellsTheToolkitOfEachWindow();
 
 private:
     WordingTranslator m_translator;
@@ -193,6 +195,16 @@ void DocumentControllerTest::closeAll_whileAQuestionIsOpen_closesNothing()
     });
     QVERIFY(window(0)->close());
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("xabc"));
+}
+
+void DocumentControllerTest::end_ofTheController_tellsTheToolkitOfEachWindow()
+{
+    m_documents->newDocument();
+    const QPointer<QWidget> shown = window(0);
+    const auto id = QAccessible::uniqueId(QAccessible::queryAccessibleInterface(shown));
+    m_documents.reset();
+    QVERIFY(!shown);
+    QVERIFY(QAccessible::accessibleInterface(id) == nullptr);
 }
 
 QTEST_MAIN(DocumentControllerTest)
