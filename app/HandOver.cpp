@@ -57,8 +57,8 @@ public:
             const auto reply = m_replies.next();
             if (!reply)
                 return tl::unexpected(HandOverError{Kind::Refused, reply.error()});
-            if (*reply)
-                return **reply;
+            if (const std::optional<Reply> &answer = *reply)
+                return *answer;
             if (!m_stream.waitForReading(deadline))
                 return tl::unexpected(HandOverError{Kind::NoAnswer});
             char bytes[256];

@@ -136,10 +136,12 @@ void OpenRequests::carryOut(const Waiting &waiting)
         else
             m_beginning->openedAll = false;
     }
-    if (request.items.isEmpty())
-        comeForward(request);
+    if (request.items.isEmpty()) {
+        if (const TextDocument *untitled = comeForward(request))
+            m_beginning->open.insert(untitled);
+    }
     auto watch = std::exchange(m_beginning, std::nullopt);
-    if (!request.wait)
+    if (!watch || !request.wait)
         return;
     m_watches.push_back(*std::move(watch));
     tellWhoIsDone();
@@ -164,14 +166,13 @@ const TextDocument *OpenRequests::openItem(const OpenRequest::Item &item, Placem
     return document;
 }
 
-void OpenRequests::comeForward(const OpenRequest &request)
+const TextDocument *OpenRequests::comeForward(const OpenRequest &request)
 {
     QWidget *window = m_frontWindow();
-    if (window == nullptr || request.newWindow || request.wait) {
-        m_beginning->open.insert(m_documents->newDocument(Text(), placementOf(request)));
-        return;
-    }
+    if (window == nullptr || request.newWindow || request.wait)
+        return m_documents->newDocument(Text(), placementOf(request));
     bringForward(window);
+    return nullptr;
 }
 
 void OpenRequests::followReading(TextDocument *document, const std::optional<TextPlace> &place)

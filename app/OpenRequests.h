@@ -64,7 +64,8 @@ private:
     void carryOut(const Waiting &waiting);
     const TextDocument *openItem(const OpenRequest::Item &item,
                                  DocumentController::Placement placement);
-    void comeForward(const OpenRequest &request);
+    /// \return the untitled document that it takes where no window can come forward; else null.
+    const TextDocument *comeForward(const OpenRequest &request);
     void followReading(TextDocument *document, const std::optional<TextPlace> &place);
     void showPlace(TextDocument *document, const TextPlace &place);
     void forget(const TextDocument *document);

@@ -98,22 +98,24 @@ void OutsideChanges::settle()
         m_retry.start();
         return;
     }
-    const FileFinding finding = *std::exchange(m_finding, std::nullopt);
-    switch (finding.kind) {
+    const auto finding = std::exchange(m_finding, std::nullopt);
+    if (!finding)
+        return;
+    switch (finding->kind) {
     case FileFinding::Kind::Same:
         break;
     case FileFinding::Kind::Text:
-        takeText(finding.stored);
+        takeText(finding->stored);
         break;
     case FileFinding::Kind::Missing:
         keepOnly(wording::text(u"status.fileDeleted"_s,
                                u"ファイルが削除または移動されました。保存すると再び作られます"_s),
-                 finding);
+                 *finding);
         break;
     case FileFinding::Kind::Unreadable:
         keepOnly(wording::text(u"status.fileUnreadable"_s,
                                u"ファイルが読めなくなりました。文書はそのまま残しています"_s),
-                 finding);
+                 *finding);
         break;
     }
 }

@@ -78,7 +78,7 @@ writeToFreePlace(const QString &filePath, const QString &home, const Text &text)
 {
     constexpr int kAttempts = 10;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        const QString place = placeForUnsavedText(filePath, home);
+        QString place = placeForUnsavedText(filePath, home);
         TransferProgress unwatched;
         const auto written = writeTextFile(place, text, unwatched, {false, std::nullopt});
         if (written) {

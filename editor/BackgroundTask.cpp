@@ -7,6 +7,8 @@
 
 #include <atomic>
 #include <memory>
+#include <optional>
+#include <utility>
 
 namespace penwick {
 
@@ -40,14 +42,22 @@ struct Run
     QSemaphore ended;
 };
 
-void carryOut(const BackgroundTask::Work &work, Run &run)
+/// Nothing where the work fails: memory may run out over a huge text, and the text that is not
+/// saved yet has to live on.
+std::optional<BackgroundTask::Completion>
+outcomeOf(const BackgroundTask::Work &work, const QPromise<BackgroundTask::Completion> &promise)
 {
     try {
-        run.promise.addResult(work([&run] { return run.promise.isCanceled() || isEnding; }));
+        return work([&promise] { return promise.isCanceled() || isEnding; });
     } catch (...) {
-        // Memory may run out over a huge text; without a result the work counts as failed, and the
-        // text that is not saved yet lives on.
+        return std::nullopt;
     }
+}
+
+void carryOut(const BackgroundTask::Work &work, Run &run)
+{
+    if (auto outcome = outcomeOf(work, run.promise))
+        run.promise.addResult(*std::move(outcome));
     run.promise.finish();
     run.ended.release();
 }

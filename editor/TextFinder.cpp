@@ -213,7 +213,7 @@ void TextFinder::stepExpression(Stepper &stepper) const
         } else {
             // An empty match would be found again and again; but one that has moved its start may
             // be followed by another.
-            if (match.isEmpty() && !m_expression->movesStart())
+            if (match.isEmpty() && !movesStart())
                 stepper.skip(match.start);
             else
                 stepper.moveTo({match.end, true});

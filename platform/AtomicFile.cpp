@@ -152,7 +152,7 @@ tl::expected<FileVersion, FileError> replaceResolved(const QByteArray &path,
     SafeCopy::removeDispensable(path);
     const Request request{path, produce, isStillWanted, *old};
     // A new file would take one of the names only, and leave the others with the old text.
-    const bool hasOtherNames = *old && (*old)->st_nlink > 1;
+    const bool hasOtherNames = request.old && request.old->st_nlink > 1;
     Attempt attempt = hasOtherNames ? failed({}, Attempt::Next::InPlace)
                                     : replaceByNew(request, TemporaryFile::Name::None);
     if (attempt.next == Attempt::Next::WithAName)

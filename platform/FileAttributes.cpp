@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <linux/limits.h>
 #include <optional>
-#include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 

@@ -2,7 +2,7 @@
 
 #include <QByteArray>
 
-struct stat;
+#include <sys/stat.h>
 
 namespace penwick {
 

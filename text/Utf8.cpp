@@ -33,7 +33,7 @@ qsizetype asciiPrefix(const char *bytes, qsizetype size)
 UChar32 nextCodePoint(const quint8 *bytes, qsizetype &i, qsizetype size)
 {
     UChar32 codePoint = 0;
-    U8_NEXT(bytes, i, size, codePoint);
+    U8_NEXT(bytes, i, size, codePoint); // NOLINT(bugprone-inc-dec-in-conditions): its own, too.
     return codePoint;
 }
 

@@ -42,8 +42,8 @@ tl::expected<UIWordingProfile, JsonRecordError> UIWordingProfile::fromJson(QByte
     profile.createdAt = reader.text(u"createdAt"_s);
     profile.updatedAt = reader.text(u"updatedAt"_s);
     profile.values = reader.texts(u"values"_s);
-    if (reader.error())
-        return tl::unexpected(*reader.error());
+    if (const auto &error = reader.error())
+        return tl::unexpected(*error);
     return profile;
 }
 

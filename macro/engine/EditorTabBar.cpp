@@ -226,7 +226,7 @@ void EditorTabBar::mouseMoveEvent(QMouseEvent *event)
     const bool isPulled = event->buttons().testFlag(Qt::LeftButton) && isOutside && isInFront;
     if (!m_pressedAt || !isPulled)
         return QTabBar::mouseMoveEvent(event);
-    endMoving(*event);
+    endMoving(*event, *m_pressedAt);
     // On its way out it may have changed places with others.
     moveTab(currentIndex(), m_pressedIndex);
     m_pressedAt.reset();
@@ -235,10 +235,10 @@ void EditorTabBar::mouseMoveEvent(QMouseEvent *event)
 }
 
 /// The bar moves the tab that is pressed until the button is let go, which it will not see.
-void EditorTabBar::endMoving(const QMouseEvent &event)
+void EditorTabBar::endMoving(const QMouseEvent &event, const QPoint &pressedAt)
 {
     QMouseEvent release(QEvent::MouseButtonRelease,
-                        *m_pressedAt,
+                        pressedAt,
                         event.globalPosition(),
                         Qt::LeftButton,
                         Qt::NoButton,

@@ -56,7 +56,7 @@ private:
     bool dragEvent(QEvent *event);
     [[nodiscard]] QRect dropMarkRect(int index) const;
     void showDropMark(std::optional<int> index);
-    void endMoving(const QMouseEvent &event);
+    void endMoving(const QMouseEvent &event, const QPoint &pressedAt);
     void relabel();
     [[nodiscard]] int characterWidths(int count) const;
 

@@ -374,7 +374,7 @@ void EditorWindow::showTabMenu(int index, const QPoint &globalPosition)
 {
     const QPointer<EditorWindowController> tab(m_tabs.at(index).controller);
     auto *menu = new QMenu(this);
-    const auto add = [menu](const QString &title, auto action) {
+    const auto add = [menu](const QString &title, const auto &action) {
         return menu->addAction(verbatimText(title), menu, action);
     };
     add(wording::text(u"editor.tab.close"_s, u"タブを閉じる"_s), [this, tab] {

@@ -42,8 +42,8 @@ tl::expected<Macro, JsonRecordError> MacroJson::decode(const JsonValue &value)
     macro.sortOrder = reader.integer(u"sortOrder"_s);
     macro.category = reader.text(u"category"_s);
     macro.helpURL = reader.text(u"helpURL"_s);
-    if (reader.error())
-        return tl::unexpected(*reader.error());
+    if (const auto &error = reader.error())
+        return tl::unexpected(*error);
     return macro;
 }
 
