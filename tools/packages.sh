@@ -1,4 +1,5 @@
-# The Debian 12 packages that penwick needs, each named once; docs/dependencies.md says what for.
+# The packages of Debian 12 and 13 that penwick needs, each named once; docs/dependencies.md says what for.
+# `a|b` means alternatives: the one that is installed, otherwise the first that apt can install.
 # Sourced by `run`, `test` and the tools: needs bash.
 
 penwick_build_packages=(
@@ -72,15 +73,53 @@ penwick_bench_packages=(
     libbenchmark-dev
 )
 
-# penwick_missing_packages NAME... prints those that are not installed, one a line.
+# penwick_missing_packages NAME... prints those that are not installed, one a line. A name without an
+# architecture (`libicu-dev:arm64`) means this system's.
 penwick_missing_packages() {
-    local wanted
-    wanted=$(printf '%s\n' "$@" | sort -u)
+    local wanted name status package architecture native
+    local -A present=()
+    native=$(dpkg --print-architecture)
     # A package that dpkg does not know at all is an error line on stderr: it is missing, too.
-    comm -23 <(echo "$wanted") <(
-        dpkg-query --show --showformat='${db:Status-Abbrev}${Package}\n' "$@" 2>/dev/null |
-            sed -n 's/^.i[^a-z]*//p' | sort -u
+    while read -r status package architecture; do
+        [[ $status == ?i* ]] || continue
+        present[$package:$architecture]=1
+        [[ $architecture != "$native" && $architecture != all ]] || present[$package]=1
+    done < <(
+        dpkg-query --show --showformat='${db:Status-Abbrev} ${Package} ${Architecture}\n' \
+            ${*//|/ } 2>/dev/null
     )
+    for wanted in "$@"; do
+        for name in ${wanted//|/ }; do
+            [[ ! ${present[$name]:-} ]] || continue 2
+        done
+        echo "$wanted"
+    done | sort -u
+}
+
+# penwick_chosen_packages NAME... prints the package to install for each name, one a line: of alternatives the
+# first that apt has a candidate for, or the first of all if it has none, so that apt reports the error.
+penwick_chosen_packages() {
+    local wanted name chosen
+    for wanted in "$@"; do
+        chosen=${wanted%%|*}
+        if [[ $wanted == *'|'* ]]; then
+            for name in ${wanted//|/ }; do
+                [[ $(LC_ALL=C apt-cache policy "$name") =~ Candidate:\ [^\(] ]] || continue
+                chosen=$name
+                break
+            done
+        fi
+        echo "$chosen"
+    done
+}
+
+# penwick_apt_get ARGUMENT... runs apt-get as root. It never asks: configuration files that the user changed
+# are kept.
+penwick_apt_get() {
+    local as_root=()
+    ((EUID == 0)) || as_root=(sudo)
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -o Dpkg::Use-Pty=0 \
+        -o Dpkg::Options::=--force-confdef -o Dpkg::Options::=--force-confold "$@"
 }
 
 # penwick_install_packages NAME... installs what is missing and says so. Exits with status 1 and one
@@ -97,19 +136,20 @@ penwick_install_packages() {
     mapfile -t missing < <(penwick_missing_packages "$@")
     ((${#missing[@]})) || return 0
 
-    local as_root=()
-    if ((EUID != 0)); then
-        if ! command -v sudo >/dev/null; then
-            echo "penwick: packages are missing and there is no sudo; as root, run:" \
-                "apt-get install --no-install-recommends ${missing[*]}" >&2
-            exit 1
-        fi
-        as_root=(sudo)
+    if ((EUID != 0)) && ! command -v sudo >/dev/null; then
+        mapfile -t missing < <(penwick_chosen_packages "${missing[@]}")
+        echo "penwick: packages are missing and there is no sudo; as root, run:" \
+            "apt-get install --no-install-recommends ${missing[*]}" >&2
+        exit 1
     fi
+    # The alternatives are chosen after the update: a fresh system has no package lists.
+    if ! penwick_apt_get update; then
+        echo "penwick: apt could not update its package lists; missing packages: ${missing[*]}" >&2
+        exit 1
+    fi
+    mapfile -t missing < <(penwick_chosen_packages "${missing[@]}")
     echo "penwick: installing with apt: ${missing[*]}"
-    local apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -o Dpkg::Use-Pty=0)
-    if ! "${apt[@]}" update ||
-        ! "${apt[@]}" install --yes --no-install-recommends "${missing[@]}"; then
+    if ! penwick_apt_get install --yes --no-install-recommends "${missing[@]}"; then
         echo "penwick: apt could not install: ${missing[*]}" >&2
         exit 1
     fi
