@@ -73,6 +73,28 @@ penwick_bench_packages=(
     libbenchmark-dev
 )
 
+# Cross-compilation for arm64: compiler, libraries, this system's own qt6-base-dev for moc and rcc, and an
+# emulator for the tests.
+penwick_arm64_packages=(
+    cmake
+    crossbuild-essential-arm64
+    libexpected-dev
+    libfontconfig-dev:arm64
+    libgl-dev:arm64
+    libicu-dev:arm64
+    libjavascriptcoregtk-4.1-dev:arm64
+    libseccomp-dev:arm64
+    libxcb1-dev:arm64
+    ninja-build
+    nlohmann-json3-dev
+    pkgconf
+    "qemu-user-static|qemu-user"
+    qt6-base-dev
+    qt6-base-dev:arm64
+    qt6-svg-dev:arm64
+    unicode-data
+)
+
 # penwick_missing_packages NAME... prints those that are not installed, one a line. A name without an
 # architecture (`libicu-dev:arm64`) means this system's.
 penwick_missing_packages() {
@@ -113,12 +135,16 @@ penwick_chosen_packages() {
     done
 }
 
+penwick_as_root() {
+    local as_root=()
+    ((EUID == 0)) || as_root=(sudo)
+    "${as_root[@]}" "$@"
+}
+
 # penwick_apt_get ARGUMENT... runs apt-get as root. It never asks: configuration files that the user changed
 # are kept.
 penwick_apt_get() {
-    local as_root=()
-    ((EUID == 0)) || as_root=(sudo)
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -o Dpkg::Use-Pty=0 \
+    penwick_as_root env DEBIAN_FRONTEND=noninteractive apt-get -q -o Dpkg::Use-Pty=0 \
         -o Dpkg::Options::=--force-confdef -o Dpkg::Options::=--force-confold "$@"
 }
 
