@@ -95,6 +95,12 @@ penwick_arm64_packages=(
     unicode-data
 )
 
+# For tools/in-release.
+penwick_release_packages=(
+    git
+    mmdebstrap
+)
+
 # penwick_missing_packages NAME... prints those that are not installed, one a line. A name without an
 # architecture (`libicu-dev:arm64`) means this system's.
 penwick_missing_packages() {
