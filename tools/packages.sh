@@ -9,7 +9,7 @@ penwick_build_packages=(
     libfontconfig-dev
     libgl-dev
     libicu-dev
-    libjavascriptcoregtk-4.1-dev
+    "libjavascriptcoregtk-4.1-dev|libjavascriptcoregtk-6.0-dev"
     libseccomp-dev
     libxcb1-dev
     ninja-build
