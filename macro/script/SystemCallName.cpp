@@ -21,7 +21,7 @@ QString nameOf(int number)
     const auto resolve =
         reinterpret_cast<Resolve>(library.resolve("seccomp_syscall_resolve_num_arch"));
     char *const name = resolve != nullptr ? resolve(kNative, number) : nullptr;
-    const QString copy = QString::fromLatin1(name);
+    QString copy = QString::fromLatin1(name);
     std::free(name);
     return copy;
 }
