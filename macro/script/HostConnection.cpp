@@ -62,8 +62,8 @@ HostConnection::run(ScriptRequest request, const ScriptLogSink &log, ScriptWaite
     m_log = &log;
     m_waiter = waiter;
     // A host that does not take the request has a reason, which is told by how it ends.
-    static_cast<void>(sendRequest(
-        request, [this](QByteArrayView bytes) { return send(bytes); }, &m_shared));
+    const auto sink = [this](QByteArrayView bytes) { return send(bytes); };
+    static_cast<void>(sendRequest(request, sink, &m_shared));
     request = {}; // It may hold a document of hundreds of megabytes.
     while (!isOver()) {
         wait(false);

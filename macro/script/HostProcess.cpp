@@ -82,6 +82,12 @@ struct HostEnds
     int shared = -1; ///< Not owned; -1 for none.
 };
 
+#ifdef __SANITIZE_ADDRESS__ // Whose reports are wanted.
+constexpr bool kReportsErrors = true;
+#else
+constexpr bool kReportsErrors = false;
+#endif
+
 /// What the new process starts with: no open file of ours but those meant for it, no signal of ours
 /// blocked or ignored.
 class SpawnRules final
@@ -96,9 +102,8 @@ public:
             posix_spawn_file_actions_adddup2(&m_actions, ends.shared, kHostSharedTexts);
         posix_spawn_file_actions_addopen(&m_actions, 0, "/dev/null", O_RDONLY, 0);
         posix_spawn_file_actions_addopen(&m_actions, 1, "/dev/null", O_WRONLY, 0);
-#ifndef __SANITIZE_ADDRESS__ // Whose reports are wanted.
-        posix_spawn_file_actions_addopen(&m_actions, 2, "/dev/null", O_WRONLY, 0);
-#endif
+        if (!kReportsErrors)
+            posix_spawn_file_actions_addopen(&m_actions, 2, "/dev/null", O_WRONLY, 0);
         posix_spawn_file_actions_addclosefrom_np(
             &m_actions, ends.shared >= 0 ? kHostSharedTexts + 1 : kHostSharedTexts);
         posix_spawnattr_init(&m_attributes);
@@ -119,15 +124,9 @@ public:
         posix_spawn_file_actions_destroy(&m_actions);
     }
 
-    [[nodiscard]] const posix_spawn_file_actions_t *actions() const
-    {
-        return &m_actions;
-    }
+    [[nodiscard]] const posix_spawn_file_actions_t *actions() const { return &m_actions; }
 
-    [[nodiscard]] const posix_spawnattr_t *attributes() const
-    {
-        return &m_attributes;
-    }
+    [[nodiscard]] const posix_spawnattr_t *attributes() const { return &m_attributes; }
 
 private:
     posix_spawn_file_actions_t m_actions{};

@@ -351,8 +351,8 @@ void HostSandboxTest::work_ofAScript_isAllowed()
         void *memory =
             mmap(nullptr, 1 << 20, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         pthread_t thread{};
-        const bool started = pthread_create(
-                                 &thread, nullptr, [](void *data) { return data; }, memory) == 0;
+        const auto identity = [](void *data) { return data; };
+        const bool started = pthread_create(&thread, nullptr, identity, memory) == 0;
         void *result = nullptr;
         const bool joined = started && pthread_join(thread, &result) == 0;
         const bool clock = ::time(nullptr) > 0 && usleep(10) == 0;

@@ -20,8 +20,8 @@ Ran run(const QString &source,
         const ScriptLimits &limits = {})
 {
     QStringList log;
-    ScriptOutcome outcome = runScript(
-        {source, userInput}, [&log](const QString &line) { log.append(line); }, limits);
+    const auto sink = [&log](const QString &line) { log.append(line); };
+    ScriptOutcome outcome = runScript({source, userInput}, sink, limits);
     return {std::move(outcome), log};
 }
 

@@ -174,10 +174,10 @@ void ScriptWireTest::request_anyText_comesBack()
 void ScriptWireTest::request_narrowText_takesOneByteAUnit()
 {
     const auto sizeOf = [](const QString &source) {
-        return bytesOf([&](const ByteSink &sink) {
-                   return sendRequest({source, std::nullopt}, sink);
-               })
-            .size();
+        const auto send = [&source](const ByteSink &sink) {
+            return sendRequest({source, std::nullopt}, sink);
+        };
+        return bytesOf(send).size();
     };
     const qsizetype empty = sizeOf({});
     QCOMPARE(sizeOf(u"x"_s.repeated(1000)), empty + 1000);
