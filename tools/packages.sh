@@ -97,6 +97,7 @@ penwick_arm64_packages=(
 
 # For tools/in-release.
 penwick_release_packages=(
+    ca-certificates
     git
     mmdebstrap
 )
