@@ -82,7 +82,7 @@ penwick_arm64_packages=(
     libfontconfig-dev:arm64
     libgl-dev:arm64
     libicu-dev:arm64
-    libjavascriptcoregtk-4.1-dev:arm64
+    "libjavascriptcoregtk-4.1-dev:arm64|libjavascriptcoregtk-6.0-dev:arm64"
     libseccomp-dev:arm64
     libxcb1-dev:arm64
     ninja-build
