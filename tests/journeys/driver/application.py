@@ -84,7 +84,8 @@ class Application:
         return self._quietly(node.get_name, "") or ""
 
     def role(self, node):
-        return self._quietly(node.get_role_name, "") or ""
+        name = self._quietly(node.get_role_name, "") or ""
+        return "push button" if name == "button" else name  # The name in newer releases of AT-SPI.
 
     def description(self, node):
         return self._quietly(node.get_description, "") or ""
