@@ -2,7 +2,7 @@
 // denies it something shows here, before a macro of the user's meets it.
 //
 // userInput: minutes that local time is behind UTC on 2024-01-15 and 2024-07-15 at 12:00 UTC, as
-// "january,july", or nothing where the caller cannot tell.
+// "january,july", or nothing where the caller cannot tell. A global onlyStep names the one step to make.
 //
 // Logs the name of each step as it begins. The completion value lists the steps that gave something
 // wrong or threw: "name: what happened".
@@ -12,6 +12,8 @@
     const failures = [];
 
     function step(name, work) {
+        if (typeof onlyStep === 'string' && name !== onlyStep)
+            return;
         console.log(name);
         try {
             const result = work();
