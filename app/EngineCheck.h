@@ -18,7 +18,7 @@ class EngineCheck final : public QObject
 public:
     /// How long a trial may take, in milliseconds. A machine under load takes many times as long as
     /// an idle one.
-    static constexpr int kLongest = 60'000;
+    static constexpr int kLongest = 120'000;
 
     /// \param pool starts the trial's process now; not used afterwards.
     explicit EngineCheck(ScriptHostPool &pool, QObject *parent = nullptr);

@@ -1,6 +1,5 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
-#include "app/EngineCheck.h"
 #include "app/ScriptHostReport.h"
 #include "app/StartUp.h"
 #include "macro/script/ScriptHostPool.h"
@@ -47,7 +46,8 @@ int answer(const QString &text)
 
 penwick::EngineTrial triedEngine()
 {
-    penwick::StoppableWaiter waiter{QDeadlineTimer(penwick::EngineCheck::kLongest)};
+    constexpr int kLongest = 30'000; // Milliseconds; somebody waits for the answer.
+    penwick::StoppableWaiter waiter{QDeadlineTimer(kLongest)};
     return penwick::ScriptHostPool::shared().startTrial()(&waiter);
 }
 

@@ -263,10 +263,10 @@ bool HostProcess::isAlive() const
            information.si_pid == 0;
 }
 
-// Whatever the host writes here is shown to people and does nothing else.
+// Whatever the host writes here is shown to the user and does nothing else.
 const QList<DeniedCall> &HostProcess::deniedCalls()
 {
-    constexpr qsizetype kMost = 1024; // More than there are calls.
+    constexpr qsizetype kMost = 64; // A host that reports more is not to be believed.
     DeniedCall call;
     while (m_deniedCalls.size() < kMost &&
            uninterrupted([&] { return read(m_ends.deniedCalls.get(), &call, sizeof call); }) ==

@@ -56,7 +56,8 @@ scmp_arg_cmp comparison(const ArgumentCondition &condition)
     return {condition.argument, SCMP_CMP_MASKED_EQ, condition.mask, condition.value};
 }
 
-/// Conditions of which one holds just where the given one does not. The library has no "else".
+/// Conditions of which at least one holds just where the given one does not. The library has no
+/// "else".
 std::vector<ArgumentCondition> complement(const ArgumentCondition &condition)
 {
     const unsigned argument = condition.argument;
@@ -69,12 +70,10 @@ std::vector<ArgumentCondition> complement(const ArgumentCondition &condition)
         break;
     }
     std::vector<ArgumentCondition> others;
-    std::uint64_t bits = condition.mask;
-    do { // Every subset of the mask's bits, from the largest to none.
-        bits = (bits - 1) & condition.mask;
-        if (bits != condition.value)
-            others.push_back({argument, Test::BitsEqual, bits, condition.mask});
-    } while (bits != condition.mask);
+    for (std::uint64_t bit = 1; bit != 0; bit <<= 1) {
+        if ((condition.mask & bit) != 0)
+            others.push_back({argument, Test::BitsEqual, ~condition.value & bit, bit});
+    }
     return others;
 }
 

@@ -11,15 +11,20 @@ namespace penwick {
 
 namespace {
 
+using Resolve = char *(*)(std::uint32_t architecture, int number);
+
+// Loaded when it is needed, for something that should never happen: linked, the library would take
+// its time at each start of the editor.
+Resolve loadResolver()
+{
+    QLibrary library(u"seccomp"_s, 2);
+    return reinterpret_cast<Resolve>(library.resolve("seccomp_syscall_resolve_num_arch"));
+}
+
 QString nameOf(int number)
 {
-    // Loaded when it is needed, for something that should never happen: linked, it would take its
-    // time at each start of the editor.
-    static QLibrary library(u"seccomp"_s, 2);
-    using Resolve = char *(*)(std::uint32_t, int);
+    static const Resolve resolve = loadResolver();
     constexpr std::uint32_t kNative = 0; // SCMP_ARCH_NATIVE
-    const auto resolve =
-        reinterpret_cast<Resolve>(library.resolve("seccomp_syscall_resolve_num_arch"));
     char *const name = resolve != nullptr ? resolve(kNative, number) : nullptr;
     QString copy = QString::fromLatin1(name);
     std::free(name);

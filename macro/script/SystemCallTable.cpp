@@ -171,6 +171,8 @@ constexpr ArgumentCondition hasBits(unsigned argument, std::uint64_t mask, std::
 }
 
 constexpr std::uint64_t kThread = CLONE_THREAD | CLONE_VM;
+constexpr std::uint64_t kNamespaces = CLONE_NEWCGROUP | CLONE_NEWIPC | CLONE_NEWNET | CLONE_NEWNS |
+                                      CLONE_NEWPID | CLONE_NEWUSER | CLONE_NEWUTS;
 
 } // namespace
 
@@ -184,9 +186,10 @@ std::vector<ConditionalSystemCall> conditionalSystemCalls(std::int32_t process)
     const ArgumentCondition isOwn{
         0, ArgumentCondition::Test::Equal, static_cast<std::uint64_t>(process)};
     return {
-        // A thread, but no process. The newer call, clone3, hides its flags behind a pointer, which
-        // no filter follows; the C library takes this one where that does not exist.
-        {"clone", hasBits(0, kThread, kThread), kKill},
+        // A thread, but no process and no namespace. The newer call, clone3, hides its flags behind
+        // a
+        // pointer, which no filter follows; the C library takes this one where that does not exist.
+        {"clone", hasBits(0, kThread | kNamespaces, kThread), kKill},
         // No new code comes in: the engine reserves the memory for what it compiles as it starts.
         {"mmap", hasBits(2, PROT_EXEC, 0), kKill},
         {"mprotect", hasBits(2, PROT_EXEC, 0), kKill},

@@ -328,6 +328,8 @@ void SystemCallFilterTest::filter_arguments_decide_data()
     row("process", "clone", {17}, 'k');
     row("process that shares memory", "clone", {0x100 | 17}, 'k');
     row("thread without memory", "clone", {0x10000}, 'k');
+    row("thread in a network of its own", "clone", {kThreadFlags | 0x40000000}, 'k');
+    row("thread among mounts of its own", "clone", {kThreadFlags | 0x20000}, 'k');
     row("data", "mmap", {0, 4096, 3}, 'a');
     row("code", "mmap", {0, 4096, 5}, 'k');
     row("data protected", "mprotect", {0, 4096, 1}, 'a');
