@@ -4,7 +4,6 @@
 #include "app/MacroMenu.h"
 #include "app/ScriptHostReport.h"
 #include "app/TestMacros.h"
-#include "macro/engine/HostEndingText.h"
 #include "macro/library/MacroManager.h"
 #include "macro/script/ScriptHostPool.h"
 #include "platform/NotificationCenter.h"
@@ -151,8 +150,9 @@ void AppDelegate::reportTrial(const EngineTrial &trial)
     if (!missing.isEmpty()) {
         printLine(u"Macros run without: "_s + missing);
     }
-    if (trial.error && trial.error->code == ScriptError::Code::HostDied) {
-        writeErrorLine(u"penwick: "_s + hostEndingLogLine(trial.error->ending));
+    const QString failure = engineLogLine(trial);
+    if (!failure.isEmpty()) {
+        writeErrorLine(u"penwick: "_s + failure);
     }
 #ifndef __SANITIZE_ADDRESS__ // Such a build has no walls on purpose.
     const QString warning = engineWarning(trial);

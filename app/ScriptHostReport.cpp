@@ -30,22 +30,36 @@ QStringList causes(const ScriptError &error)
         return {wording::text(u"macro.error.outOfMemory"_s, u"メモリが不足しました"_s)};
     case ScriptError::Code::Stopped:
         return {wording::text(u"macro.trial.endless"_s, u"応答がありません"_s)};
-    default:
+    case ScriptError::Code::Exception:
         return {error.text};
+    default:
+        return {wording::text(u"macro.trial.noEngine"_s, u"エンジンを準備できません"_s)};
     }
 }
 
-/// Why the trial did not pass, and where known at which step and with which engine; empty where it
+QString refusedCalls(const EngineTrial &trial)
+{
+    const QString names = deniedCallNames(trial.deniedCalls, false);
+    return names.isEmpty()
+               ? QString()
+               : wording::text(u"macro.ending.refusedCalls"_s, u"拒否されたシステムコール"_s) +
+                     u": "_s + names;
+}
+
+/// Why the trial did not pass: at which step, the cause, refused calls, the engine. Empty where it
 /// did.
 QStringList failureDetails(const EngineTrial &trial)
 {
-    QStringList details = trial.error ? causes(*trial.error) : trial.failures;
-    if (trial.error && !trial.step.isEmpty()) {
-        details.prepend(trial.step);
+    if (trial.isPassed()) {
+        return {};
     }
-    if (!details.isEmpty() && !trial.engine.isEmpty() && !details.contains(trial.engine)) {
-        details.append(trial.engine);
+    QStringList details = trial.failures;
+    if (trial.error) {
+        details = QStringList{trial.step} + causes(*trial.error);
     }
+    details << refusedCalls(trial) << trial.engine;
+    details.removeAll(QString());
+    details.removeDuplicates(); // The end of a host names some of it, too.
     return details;
 }
 
@@ -73,11 +87,9 @@ QStringList engineLines(const EngineTrial &trial)
         lines << engine + u": "_s + trial.engine;
     }
     lines << u"  "_s + check + u": "_s + outcome;
-    const QString refused = deniedCallNames(trial.deniedCalls, false);
-    if (!refused.isEmpty()) {
-        lines << u"  "_s +
-                     wording::text(u"macro.ending.refusedCalls"_s, u"拒否されたシステムコール"_s) +
-                     u": "_s + refused;
+    const QString refused = refusedCalls(trial);
+    if (failures.isEmpty() && !refused.isEmpty()) {
+        lines << u"  "_s + refused;
     }
     return lines;
 }
@@ -124,6 +136,23 @@ QString engineWarning(const EngineTrial &trial)
                              u"このシステムでは、マクロのシステムコールを制限できません"_s);
     }
     return {};
+}
+
+QString engineLogLine(const EngineTrial &trial)
+{
+    if (trial.isPassed()) {
+        return {};
+    }
+    QStringList details = trial.failures;
+    if (trial.error && trial.error->code == ScriptError::Code::HostDied) {
+        details << trial.step << hostEndingLogLine(trial.error->ending);
+    } else if (trial.error) {
+        details << trial.step << trial.error->text
+                << u"error %1"_s.arg(static_cast<int>(trial.error->code));
+    }
+    details << deniedCallNames(trial.deniedCalls, false) << trial.engine;
+    details.removeAll(QString());
+    return u"The script engine fails its trial: "_s + details.join(u"; "_s);
 }
 
 std::optional<std::uint64_t> scriptMemory(const UserDefaults &defaults)

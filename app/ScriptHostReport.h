@@ -22,6 +22,9 @@ namespace penwick {
 /// trial passed and the system calls are filtered.
 [[nodiscard]] QString engineWarning(const EngineTrial &trial);
 
+/// For the log: why the trial did not pass, in English. Empty where it did.
+[[nodiscard]] QString engineLogLine(const EngineTrial &trial);
+
 /// How many bytes a macro may take, by the key `macroMemoryLimitMegabytes` (a whole number of MiB,
 /// at least 64). Nothing where it is not stored, or senseless.
 [[nodiscard]] std::optional<std::uint64_t> scriptMemory(const UserDefaults &defaults);

@@ -20,6 +20,7 @@ struct Words
     QString exitStatus;
     QString garbled;
     QString refusedCalls;
+    QString killedForMemory;
 };
 
 Words userWords()
@@ -28,7 +29,8 @@ Words userWords()
             wording::text(u"macro.ending.signal"_s, u"シグナル"_s),
             wording::text(u"macro.ending.exitStatus"_s, u"終了ステータス"_s),
             wording::text(u"macro.ending.garbled"_s, u"応答を解釈できません"_s),
-            wording::text(u"macro.ending.refusedCalls"_s, u"拒否されたシステムコール"_s)};
+            wording::text(u"macro.ending.refusedCalls"_s, u"拒否されたシステムコール"_s),
+            wording::text(u"macro.ending.killedForMemory"_s, u"メモリ不足の可能性"_s)};
 }
 
 Words logWords()
@@ -37,7 +39,8 @@ Words logWords()
             u"signal"_s,
             u"exit status"_s,
             u"its answer makes no sense"_s,
-            u"refused system calls"_s};
+            u"refused system calls"_s,
+            u"perhaps for want of memory"_s};
 }
 
 QString signalName(int signal)
@@ -69,6 +72,9 @@ QString cause(const HostEnding &ending, const Words &words)
 QStringList details(const HostEnding &ending, const Words &words)
 {
     QStringList details{cause(ending, words)};
+    // Where the whole machine runs out of memory, the kernel ends a script's process first.
+    if (ending.cause == HostEnding::Cause::Signal && ending.number == SIGKILL)
+        details << words.killedForMemory;
     const QString refused = deniedCallNames(ending.deniedCalls, false);
     if (!refused.isEmpty())
         details << words.refusedCalls + u": "_s + refused;

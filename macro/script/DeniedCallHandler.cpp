@@ -25,8 +25,6 @@ using Kind = SystemCallDecision::Kind;
 constexpr std::size_t kNumbers = 1024;
 // More than an engine starts as it comes up; those beyond are not pardoned.
 constexpr std::size_t kThreads = 64;
-// From here on x86-64 counts the calls of programs with 32-bit pointers.
-constexpr int kForeignNumbers = 0x40000000;
 
 /// What the handler knows. It can neither allocate nor look anything up by name.
 struct Answers
@@ -72,7 +70,8 @@ void report(const DeniedCall &call)
     std::atomic<bool> &isReported = isInTable(call.number)
                                         ? answers.isReported[static_cast<std::size_t>(call.number)]
                                         : answers.isUnknownReported;
-    if (!isReported.exchange(true))
+    // The call that ends the process is reported though another thread was refused it before.
+    if (!isReported.exchange(true) || call.isKilled != 0)
         static_cast<void>(!write(answers.descriptor, &call, sizeof call));
 }
 
@@ -103,10 +102,28 @@ SystemCallDecision decisionOn(int number, bool isForeign)
     return isKilled && isPardoned() ? SystemCallDecision{Kind::Refuse, EACCES} : decision;
 }
 
-// SIGSYS is blocked while it is handled, and there a trap ends the process.
-void endBySignal()
+// SIGSYS is blocked while it is handled, and there a trap ends the process. Before the filter
+// stands nothing traps, and the signal itself has to do it.
+[[noreturn]] void endBySignal()
 {
     syscall(SYS_execve, nullptr, nullptr, nullptr);
+    std::signal(SIGSYS, SIG_DFL);
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGSYS);
+    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    std::raise(SIGSYS);
+    _exit(EXIT_FAILURE);
+}
+
+bool isOfForeignTable(const siginfo_t &information)
+{
+#ifdef __x86_64__ // Which counts the calls of programs with 32-bit pointers from here on.
+    constexpr int kForeignNumbers = 0x40000000;
+    if (information.si_syscall >= kForeignNumbers)
+        return true;
+#endif
+    return information.si_arch != answers.architecture;
 }
 
 extern "C" void handleDeniedCall(int /*signal*/, siginfo_t *information, void *context)
@@ -116,8 +133,7 @@ extern "C" void handleDeniedCall(int /*signal*/, siginfo_t *information, void *c
     if (information->si_code != kTrapped)
         endBySignal(); // It came from elsewhere.
     const int number = information->si_syscall;
-    const bool isForeign =
-        information->si_arch != answers.architecture || number >= kForeignNumbers;
+    const bool isForeign = isOfForeignTable(*information);
     const SystemCallDecision decision = decisionOn(number, isForeign);
     const bool isKilled = decision.kind != Kind::Refuse;
     report({number, isKilled, isForeign, 0});

@@ -87,10 +87,14 @@ ScriptOutcome HostConnection::failure()
 {
     ScriptError error{ScriptError::Code::HostDied, {}};
     error.ending = end();
-    if (m_stopped)
+    if (m_stopped) {
+        // That it ended by our signal tells nothing, but what it was denied before may.
+        const QList<DeniedCall> denied = error.ending.deniedCalls;
         error = {ScriptError::Code::Stopped, {}};
-    else if (error.ending.cause == HostEnding::Cause::OutOfMemory)
+        error.ending.deniedCalls = denied;
+    } else if (error.ending.cause == HostEnding::Cause::OutOfMemory) {
         error.code = ScriptError::Code::OutOfMemory;
+    }
     return tl::unexpected(std::move(error));
 }
 

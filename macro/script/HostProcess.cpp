@@ -263,15 +263,19 @@ bool HostProcess::isAlive() const
            information.si_pid == 0;
 }
 
-// Whatever the host writes here is shown to the user and does nothing else.
+// Whatever the host writes here is shown to the user and does nothing else. The call that ended it
+// comes last.
 const QList<DeniedCall> &HostProcess::deniedCalls()
 {
     constexpr qsizetype kMost = 64; // A host that reports more is not to be believed.
     DeniedCall call;
-    while (m_deniedCalls.size() < kMost &&
-           uninterrupted([&] { return read(m_ends.deniedCalls.get(), &call, sizeof call); }) ==
-               ssize_t{sizeof call})
-        m_deniedCalls.append(call);
+    while (uninterrupted([&] { return read(m_ends.deniedCalls.get(), &call, sizeof call); }) ==
+           ssize_t{sizeof call}) {
+        if (m_deniedCalls.size() < kMost)
+            m_deniedCalls.append(call);
+        else if (call.isKilled != 0)
+            m_deniedCalls.last() = call;
+    }
     return m_deniedCalls;
 }
 

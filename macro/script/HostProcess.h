@@ -49,7 +49,8 @@ public:
     /// Whether the process has neither ended nor been ended.
     [[nodiscard]] bool isAlive() const;
 
-    /// Which system calls the sandbox has denied the process so far, each once.
+    /// Which system calls the sandbox has denied the process so far, as the process says: at
+    /// most 64.
     [[nodiscard]] const QList<DeniedCall> &deniedCalls();
 
     /// Ends the process and says what had become of it before. Waits until it is gone.

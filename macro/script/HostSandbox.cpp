@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <linux/capability.h>
 #include <linux/landlock.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
@@ -85,12 +86,25 @@ bool limitMemory(std::size_t memory)
     return true;
 }
 
-// The memory of the shared texts is a file, which the limit on memory does not count.
+// The memory of the shared texts is a file, and that of pipes is the kernel's; the limit on memory
+// counts neither.
 void limitFiles()
 {
     constexpr rlim_t kRoom = SharedTexts::kHostRoom;
-    const rlimit limit{kRoom, kRoom};
-    setrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit room{kRoom, kRoom};
+    setrlimit(RLIMIT_FSIZE, &room);
+    constexpr rlim_t kDescriptors = 256; // The engine has about ten.
+    const rlimit descriptors{kDescriptors, kDescriptors};
+    setrlimit(RLIMIT_NOFILE, &descriptors);
+}
+
+// Root's process could reach others by calls that do no harm without privileges, as by moving pages
+// of memory that they share.
+void dropCapabilities()
+{
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    const std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> none{};
+    syscall(SYS_capset, &header, none.data());
 }
 
 // No file access is allowed by any rule, so that the set of rules stays empty.
@@ -131,6 +145,7 @@ void prepareHostProcess(int deniedCalls)
     if constexpr (kWalls) {
         statmDescriptor = open("/proc/self/statm", O_RDONLY | O_CLOEXEC);
         catchCrashes();
+        dropCapabilities();
         answerDeniedCalls(deniedCalls);
         if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0)
             refuseEscapes();

@@ -7,7 +7,8 @@ namespace penwick {
 
 /// Makes the process end as soon as the thread that started it does, leave no core file, answer a
 /// crash for want of memory with the exit status `kOutOfMemoryStatus`, report the system calls that
-/// the sandbox will deny, and open no way out meanwhile. Call it first.
+/// the sandbox will deny, have no privileges, and open no way out meanwhile. Call it first, while
+/// there is one thread.
 /// \param deniedCalls the descriptor for `answerDeniedCalls`; not owned.
 void prepareHostProcess(int deniedCalls);
 

@@ -74,7 +74,7 @@ struct ScriptError
     Code code = Code::Exception;
     QString text;           ///< The exception's string conversion; empty with every other code.
     int line = 0;           ///< Of the source, 1-based, where the exception tells; otherwise 0.
-    HostEnding ending = {}; ///< With `HostDied` and `OutOfMemory`.
+    HostEnding ending = {}; ///< With `HostDied` and `OutOfMemory`; with `Stopped` its denied calls.
 
     bool operator==(const ScriptError &) const = default;
 };

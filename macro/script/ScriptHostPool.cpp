@@ -118,8 +118,8 @@ bool ScriptHostPool::prepare()
     return m_spare.has_value();
 }
 
-// A host that ended by the signal of denied calls and reported none was not asked by whom it could
-// answer: a thread that has all signals blocked. From then on the kernel answers.
+// A host that ends by the signal of denied calls without a report made the call on a thread that
+// had all signals blocked; its handler never ran. From then on the kernel answers refused calls.
 void ScriptHostPool::learn(const HostEnding &ending, Experience &experience)
 {
     if (ending.cause == HostEnding::Cause::Signal && ending.number == SIGSYS)
@@ -174,7 +174,10 @@ ScriptJob ScriptHostPool::start()
 
 std::function<EngineTrial(ScriptWaiter *)> ScriptHostPool::startTrial()
 {
-    const HostProcess::Settings wanted = nextSettings();
+    HostProcess::Settings wanted = nextSettings();
+    // A small limit of the user's makes some steps fail, and nothing is wrong then.
+    constexpr std::uint64_t kEnough = std::uint64_t{1} << 30;
+    wanted.memory = std::max(wanted.memory, kEnough);
     auto process = HostProcess::start(wanted);
     if (!process) {
         return [](ScriptWaiter *) {
@@ -190,6 +193,7 @@ std::function<EngineTrial(ScriptWaiter *)> ScriptHostPool::startTrial()
         EngineTrial trial = tryEngine(*host, zone, waiter);
         if (trial.error)
             learn(trial.error->ending, *experience);
+        static_cast<void>(host->end()); // Waits for it, so that nobody else has to.
         return trial;
     };
 }

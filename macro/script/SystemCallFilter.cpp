@@ -43,38 +43,46 @@ std::uint32_t actionFor(const SystemCallDecision &decision, RefusedCalls refused
     return silentAction(decision);
 }
 
-scmp_arg_cmp comparison(const ArgumentCondition &condition)
+scmp_arg_cmp equalBits(unsigned argument, std::uint64_t mask, std::uint64_t value)
 {
-    switch (condition.test) {
-    case Test::Equal:
-        return {condition.argument, SCMP_CMP_EQ, condition.value, 0};
-    case Test::NotEqual:
-        return {condition.argument, SCMP_CMP_NE, condition.value, 0};
-    case Test::BitsEqual:
-        break;
-    }
-    return {condition.argument, SCMP_CMP_MASKED_EQ, condition.mask, condition.value};
+    return {argument, SCMP_CMP_MASKED_EQ, mask, value & mask};
 }
 
-/// Conditions of which at least one holds just where the given one does not. The library has no
-/// "else".
-std::vector<ArgumentCondition> complement(const ArgumentCondition &condition)
+// The library has neither "or" nor "else": a condition becomes rules of which one holds.
+std::vector<scmp_arg_cmp> differingBits(const ArgumentCondition &condition)
 {
-    const unsigned argument = condition.argument;
-    switch (condition.test) {
-    case Test::Equal:
-        return {{argument, Test::NotEqual, condition.value}};
-    case Test::NotEqual:
-        return {{argument, Test::Equal, condition.value}};
-    case Test::BitsEqual:
-        break;
-    }
-    std::vector<ArgumentCondition> others;
+    std::vector<scmp_arg_cmp> rules;
     for (std::uint64_t bit = 1; bit != 0; bit <<= 1) {
         if ((condition.mask & bit) != 0)
-            others.push_back({argument, Test::BitsEqual, ~condition.value & bit, bit});
+            rules.push_back(equalBits(condition.argument, bit, ~condition.value));
     }
-    return others;
+    return rules;
+}
+
+std::vector<scmp_arg_cmp> rulesWhere(const ArgumentCondition &condition)
+{
+    switch (condition.test) {
+    case Test::Equal:
+        return {{condition.argument, SCMP_CMP_EQ, condition.value, 0}};
+    case Test::BitsEqual:
+        return {equalBits(condition.argument, condition.mask, condition.value)};
+    case Test::BitsDiffer:
+        break;
+    }
+    return differingBits(condition);
+}
+
+std::vector<scmp_arg_cmp> rulesWhereNot(const ArgumentCondition &condition)
+{
+    switch (condition.test) {
+    case Test::Equal:
+        return {{condition.argument, SCMP_CMP_NE, condition.value, 0}};
+    case Test::BitsEqual:
+        return differingBits(condition);
+    case Test::BitsDiffer:
+        break;
+    }
+    return {equalBits(condition.argument, condition.mask, condition.value)};
 }
 
 /// Adds rules to one filter and remembers whether all of them could be added.
@@ -87,21 +95,25 @@ public:
     {
     }
 
-    void add(const char *name, const SystemCallDecision &decision)
+    void add(const SystemCallGroup &group)
     {
-        addAction(name, actionFor(decision, m_refused), {});
+        const RefusedCalls refused = group.isReported ? m_refused : RefusedCalls::Silent;
+        for (const char *name : group.names)
+            addAction(name, actionFor(group.decision, refused), {});
     }
 
     void add(const ConditionalSystemCall &row)
     {
-        std::vector conditions{comparison(row.condition)};
-        if (row.alsoRequired)
-            conditions.push_back(comparison(*row.alsoRequired));
-        addAction(row.name, SCMP_ACT_ALLOW, conditions);
+        for (const scmp_arg_cmp &rule : rulesWhere(row.condition)) {
+            std::vector conditions{rule};
+            if (row.alsoRequired)
+                conditions.push_back(rulesWhere(*row.alsoRequired).front());
+            addAction(row.name, SCMP_ACT_ALLOW, conditions);
+        }
         if (row.otherwise.kind != Kind::Kill)
             return;
-        for (const ArgumentCondition &other : complement(row.condition))
-            addAction(row.name, actionFor(row.otherwise, m_refused), {{comparison(other)}});
+        for (const scmp_arg_cmp &rule : rulesWhereNot(row.condition))
+            addAction(row.name, actionFor(row.otherwise, m_refused), {rule});
     }
 
     void
@@ -127,21 +139,11 @@ private:
     bool m_good = true;
 };
 
-// With the C library's own answer where signals are blocked: it starts a thread so, and a trap
-// would end the process then.
-void addThreadRule(Rules &rules)
-{
-    rules.addAction("clone3", SCMP_ACT_ERRNO(ENOSYS), {});
-}
-
 bool addRules(scmp_filter_ctx filter, RefusedCalls refused, std::int32_t process)
 {
     Rules rules(filter, refused);
-    addThreadRule(rules);
-    for (const SystemCallGroup &group : systemCallGroups()) {
-        for (const char *name : group.names)
-            rules.add(name, group.decision);
-    }
+    for (const SystemCallGroup &group : systemCallGroups())
+        rules.add(group);
     for (const ConditionalSystemCall &row : conditionalSystemCalls(process))
         rules.add(row);
     return rules.areGood();

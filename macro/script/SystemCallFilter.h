@@ -10,11 +10,11 @@ enum class RefusedCalls : std::uint8_t {
     Reported, ///< `answerDeniedCalls` answers and reports them; see there for when that fails.
 };
 
-/// From now on calls that no argument makes harmless and that `filterSystemCalls` kills for fail
-/// with EACCES. For the time in which the script engine comes up: what it opens then, to a desktop
+/// From now on the calls in the groups that `filterSystemCalls` kills for fail with EACCES. Meant
+/// for the time in which the script engine comes up: a connection that it opens then, to a desktop
 /// service for instance, would stay open. Call it while the process has one thread. Must not gain
-/// privileges any more (PR_SET_NO_NEW_PRIVS). \return false where the system has no such filter;
-/// then nothing is changed.
+/// privileges any more (PR_SET_NO_NEW_PRIVS).
+/// \return false where the system has no such filter; then nothing is changed.
 bool refuseEscapes();
 
 /// From now on the decisions of SystemCallTable.h hold for all threads of the process. Killed calls

@@ -64,8 +64,9 @@ constexpr const char *kOpenDescriptors[] = {
     "sync_file_range", "write", "writev",
 };
 
-// What a process may know of itself and of the machine without reading a file. Waiting is for
-// children, and there are none.
+// What a process may know of itself and of the machine without reading a file. Some answer about
+// other processes as well, of which they tell no more than group, session and priority. Waiting is
+// for children, and there are none.
 constexpr const char *kOwnState[] = {
     "getegid", "geteuid", "getgid", "getgroups", "getpgid", "getpgrp", "getpid", "getppid",
     "getrandom", "getresgid", "getresuid", "getrlimit", "getrusage", "getsid", "getuid", "sysinfo",
@@ -88,24 +89,28 @@ constexpr const char *kFiles[] = {
     "unlink", "unlinkat", "ustat", "utime", "utimensat", "utimes",
 };
 
-// Priority, identity, limits and the state of the machine. The kernel gives most users the same
-// answer; here root gets it, too. Another identity would also undo that the process ends with its
-// parent.
+// Priority. The engine asks for some at each start and goes on without.
+constexpr const char *kPriority[] = {
+    "ioprio_set", "sched_setaffinity", "sched_setattr", "sched_setparam", "sched_setscheduler",
+    "setpriority",
+};
+
+// Identity, limits and the state of the machine. The kernel gives most users the same answer; here
+// root gets it, too. Another identity would also undo that the process ends with its parent.
 constexpr const char *kPrivileges[] = {
     "acct", "adjtimex", "capget", "capset", "chroot", "clock_adjtime", "clock_settime",
-    "fanotify_init", "fanotify_mark", "ioperm", "iopl", "ioprio_get", "ioprio_set",
+    "fanotify_init", "fanotify_mark", "ioperm", "iopl", "ioprio_get",
     "kexec_file_load", "kexec_load", "migrate_pages", "move_pages", "nfsservctl", "quotactl",
-    "quotactl_fd", "reboot", "sched_setaffinity", "sched_setattr", "sched_setparam",
-    "sched_setscheduler", "setdomainname", "setfsgid", "setfsuid", "setgid", "setgroups",
-    "sethostname", "setpgid", "setpriority", "setregid", "setresgid", "setresuid", "setreuid",
+    "quotactl_fd", "reboot", "setdomainname", "setfsgid", "setfsuid", "setgid", "setgroups",
+    "sethostname", "setpgid", "setregid", "setresgid", "setresuid", "setreuid",
     "setrlimit", "setsid", "settimeofday", "setuid", "swapoff", "swapon", "syslog", "vhangup",
 };
 
 // What a library can do without on an older kernel, or what the kernel itself no longer has. A file
 // in memory would not be counted by the limit on memory, queues and shared memory reach other
-// processes, and the rest is more kernel than a script needs.
+// processes, and no script needs the rest of the kernel.
 constexpr const char *kAsOnOlderKernels[] = {
-    "_sysctl", "afs_syscall", "cachestat", "clone3", "epoll_ctl_old", "epoll_wait_old",
+    "_sysctl", "afs_syscall", "cachestat", "epoll_ctl_old", "epoll_wait_old",
     "get_kernel_syms", "get_robust_list", "get_thread_area", "getpmsg", "io_cancel", "io_destroy",
     "io_getevents", "io_pgetevents", "io_setup", "io_submit", "landlock_add_rule",
     "landlock_create_ruleset", "landlock_restrict_self", "listns", "lookup_dcookie",
@@ -116,6 +121,10 @@ constexpr const char *kAsOnOlderKernels[] = {
     "sendfile", "set_thread_area", "shmat", "shmctl", "shmdt", "shmget", "splice", "tee", "tuxcall",
     "uprobe", "uretprobe", "uselib", "vmsplice", "vserver",
 };
+
+// The C library tries it for each thread, with all signals blocked: a trap would end the process
+// there. It goes on with clone.
+constexpr const char *kThreadStart[] = {"clone3"};
 
 // Conversations with anything outside.
 constexpr const char *kSockets[] = {
@@ -151,8 +160,10 @@ constexpr SystemCallGroup kGroups[] = {
     {kAllow, kOpenDescriptors},
     {kAllow, kOwnState},
     {refuse(EACCES), kFiles},
+    {refuse(EPERM), kPriority, false},
     {refuse(EPERM), kPrivileges},
     {refuse(ENOSYS), kAsOnOlderKernels},
+    {refuse(ENOSYS), kThreadStart, false},
     {kKill, kSockets},
     {kKill, kProcesses},
     {kKill, kKernel},
@@ -170,6 +181,7 @@ constexpr ArgumentCondition hasBits(unsigned argument, std::uint64_t mask, std::
     return {argument, ArgumentCondition::Test::BitsEqual, bits, mask};
 }
 
+constexpr std::uint64_t kSignalNumbers = 0x7f; // The bits that those of signals have.
 constexpr std::uint64_t kThread = CLONE_THREAD | CLONE_VM;
 constexpr std::uint64_t kNamespaces = CLONE_NEWCGROUP | CLONE_NEWIPC | CLONE_NEWNET | CLONE_NEWNS |
                                       CLONE_NEWPID | CLONE_NEWUSER | CLONE_NEWUTS;
@@ -186,9 +198,8 @@ std::vector<ConditionalSystemCall> conditionalSystemCalls(std::int32_t process)
     const ArgumentCondition isOwn{
         0, ArgumentCondition::Test::Equal, static_cast<std::uint64_t>(process)};
     return {
-        // A thread, but no process and no namespace. The newer call, clone3, hides its flags behind
-        // a
-        // pointer, which no filter follows; the C library takes this one where that does not exist.
+        // A thread, but no process and no namespace. The flags of the newer call, clone3, stand
+        // behind a pointer, which no filter follows; the C library takes this one without it.
         {"clone", hasBits(0, kThread | kNamespaces, kThread), kKill},
         // No new code comes in: the engine reserves the memory for what it compiles as it starts.
         {"mmap", hasBits(2, PROT_EXEC, 0), kKill},
@@ -202,7 +213,7 @@ std::vector<ConditionalSystemCall> conditionalSystemCalls(std::int32_t process)
         {"rt_sigqueueinfo", isOwn, kKill},
         {"rt_tgsigqueueinfo", isOwn, kKill},
         // The handler of this one reports which call was denied.
-        {"rt_sigaction", {0, ArgumentCondition::Test::NotEqual, SIGSYS}},
+        {"rt_sigaction", {0, ArgumentCondition::Test::BitsDiffer, SIGSYS, kSignalNumbers}},
         // Names of threads and of memory, and how exact timers are.
         {"prctl", isInt(0, PR_SET_NAME)},
         {"prctl", isInt(0, PR_GET_NAME)},

@@ -33,19 +33,23 @@ struct SystemCallGroup
 {
     SystemCallDecision decision;
     std::span<const char *const> names; ///< As the kernel names them.
+    /// Whether a refused call is worth a report, and can be reported where it is made.
+    bool isReported = true;
 };
 
 /// A condition on one argument of a call.
 struct ArgumentCondition
 {
-    enum class Test : std::uint8_t { Equal, NotEqual, BitsEqual };
+    enum class Test : std::uint8_t {
+        Equal,      ///< The whole argument equals `value`.
+        BitsEqual,  ///< Those of `mask` equal those of `value`.
+        BitsDiffer, ///< At least one bit of `mask` differs from that of `value`.
+    };
 
     unsigned argument = 0; ///< From 0.
     Test test = Test::Equal;
     std::uint64_t value = 0;
-    std::uint64_t mask = ~std::uint64_t{0}; ///< The bits that count for `BitsEqual`.
-
-    bool operator==(const ArgumentCondition &) const = default;
+    std::uint64_t mask = ~std::uint64_t{0}; ///< Of no meaning for `Equal`.
 };
 
 /// A call that is allowed with some arguments only.
@@ -53,8 +57,8 @@ struct ConditionalSystemCall
 {
     const char *name;
     ArgumentCondition condition;
-    SystemCallDecision otherwise = kUnknownSystemCall; ///< `Kill` or `kUnknownSystemCall`.
-    std::optional<ArgumentCondition> alsoRequired = {};
+    SystemCallDecision otherwise = kUnknownSystemCall;  ///< `Kill` or `kUnknownSystemCall`.
+    std::optional<ArgumentCondition> alsoRequired = {}; ///< Not of the kind `BitsDiffer`.
 };
 
 /// Every call in the kernel's tables for x86-64 and arm64 is in exactly one of the groups or among

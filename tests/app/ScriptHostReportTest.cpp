@@ -54,6 +54,7 @@ void ScriptHostReportTest::warning_tellsWhatMacrosFailOf()
     trial.engine = u"Engine 1.2"_s;
     trial.protection = HostProtection{true, true, true};
     QCOMPARE(engineWarning(trial), QString());
+    QCOMPARE(engineLogLine(trial), QString());
     trial.protection->systemCallFilter = false;
     QCOMPARE(engineWarning(trial), u"このシステムでは、マクロのシステムコールを制限できません"_s);
     trial.step = u"dates"_s;
@@ -63,10 +64,22 @@ void ScriptHostReportTest::warning_tellsWhatMacrosFailOf()
     QCOMPARE(engineWarning(trial),
              u"マクロの実行エンジンが正しく動作しません（dates、"
              "許可されていないシステムコール: 4000、Engine 1.2）。開発元に報告してください"_s);
+    QVERIFY(engineLogLine(trial).startsWith(u"The script engine fails its trial: dates; "));
     trial.error = ScriptError{ScriptError::Code::Stopped, {}};
     QCOMPARE(engineWarning(trial),
              u"マクロの実行エンジンが正しく動作しません（dates、応答がありません、Engine 1.2）。"
              "開発元に報告してください"_s);
+    trial.deniedCalls = {DeniedCall{4000, 0, 0, 0}};
+    QCOMPARE(engineWarning(trial),
+             u"マクロの実行エンジンが正しく動作しません（dates、応答がありません、"
+             "拒否されたシステムコール: 4000、Engine 1.2）。開発元に報告してください"_s);
+    trial.error.reset();
+    trial.failures = QStringList{u"dates: wrong"_s};
+    QCOMPARE(engineWarning(trial),
+             u"マクロの実行エンジンが正しく動作しません（dates: wrong、"
+             "拒否されたシステムコール: 4000、Engine 1.2）。開発元に報告してください"_s);
+    QCOMPARE(engineLogLine(trial),
+             u"The script engine fails its trial: dates: wrong; 4000; Engine 1.2"_s);
 }
 
 void ScriptHostReportTest::missing_namesWhatDoesNotStand()

@@ -41,6 +41,9 @@ void HostEndingTextTest::ending_anyCause_isNamed_data()
         << u"denied system call: %1; refused system calls: 4000, %2"_s.arg(socket, open);
     QTest::newRow("signal") << HostEnding{Cause::Signal, SIGSEGV, {}, u"E 1"_s}
                             << u"シグナル: SIGSEGV、E 1"_s << u"signal: SIGSEGV; E 1"_s;
+    QTest::newRow("killed") << HostEnding{Cause::Signal, SIGKILL, {}, {}}
+                            << u"シグナル: SIGKILL、メモリ不足の可能性"_s
+                            << u"signal: SIGKILL; perhaps for want of memory"_s;
     QTest::newRow("signal after a refused call")
         << HostEnding{Cause::Signal, SIGTRAP, {refused}, u"E 1"_s}
         << u"シグナル: SIGTRAP、拒否されたシステムコール: %1、E 1"_s.arg(open)

@@ -113,6 +113,7 @@ private Q_SLOTS:
     void waiter_stops_endsTheScript();
     void memory_exhausted_isReported();
     void program_runByHand_doesNothing();
+    void trial_ended_leavesNoProcess();
     void runs_many_leaveNothing();
 };
 
@@ -354,6 +355,15 @@ void ScriptHostPoolTest::program_runByHand_doesNothing()
     QVERIFY(help.waitForFinished());
     QCOMPARE(help.exitCode(), 0);
     QVERIFY(help.readAllStandardOutput().contains("penwick"));
+}
+
+void ScriptHostPoolTest::trial_ended_leavesNoProcess()
+{
+    ScriptHostPool &pool = ScriptHostPool::shared();
+    pool.discard();
+    QTRY_VERIFY(reapHostProcesses());
+    QVERIFY(pool.startTrial()(nullptr).isPassed());
+    QCOMPARE(childProcesses(), QByteArray());
 }
 
 void ScriptHostPoolTest::runs_many_leaveNothing()
