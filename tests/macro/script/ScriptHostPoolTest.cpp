@@ -289,9 +289,13 @@ void ScriptHostPoolTest::host_killed_isReported()
         QVERIFY(!outcome.has_value());
         QCOMPARE(outcome.error().code, ScriptError::Code::HostDied);
         const HostEnding &ending = outcome.error().ending;
+        QVERIFY(!ending.engine.isEmpty());
+#ifdef __SANITIZE_ADDRESS__ // Which reports this one and then exits.
+        if (signal == SIGSEGV)
+            continue;
+#endif
         QCOMPARE(ending.cause, HostEnding::Cause::Signal);
         QCOMPARE(ending.number, signal);
-        QVERIFY(!ending.engine.isEmpty());
     }
 }
 
