@@ -7,8 +7,6 @@
 
 #include <atomic>
 #include <memory>
-#include <optional>
-#include <utility>
 
 namespace penwick {
 
@@ -42,22 +40,20 @@ struct Run
     QSemaphore ended;
 };
 
-/// Nothing where the work fails: memory may run out over a huge text, and the text that is not
-/// saved yet has to live on.
-std::optional<BackgroundTask::Completion>
-outcomeOf(const BackgroundTask::Work &work, const QPromise<BackgroundTask::Completion> &promise)
+/// False where the work fails: memory may run out over a huge text, and the text that is not saved
+/// yet has to live on.
+bool addOutcome(const BackgroundTask::Work &work, QPromise<BackgroundTask::Completion> &promise)
 {
     try {
-        return work([&promise] { return promise.isCanceled() || isEnding; });
+        return promise.addResult(work([&promise] { return promise.isCanceled() || isEnding; }));
     } catch (...) {
-        return std::nullopt;
+        return false;
     }
 }
 
 void carryOut(const BackgroundTask::Work &work, Run &run)
 {
-    if (auto outcome = outcomeOf(work, run.promise))
-        run.promise.addResult(*std::move(outcome));
+    static_cast<void>(addOutcome(work, run.promise)); // Without a result the work counts as failed.
     run.promise.finish();
     run.ended.release();
 }
