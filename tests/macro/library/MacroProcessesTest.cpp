@@ -9,7 +9,9 @@
 #include <QSet>
 #include <QTest>
 
+#include <chrono>
 #include <cstdio>
+#include <thread>
 #include <unistd.h>
 
 using namespace penwick;
@@ -68,6 +70,19 @@ int hold(const QString &folder)
         ::pause();
 }
 
+/// Takes the lock again as soon as it has released it.
+int hog(const QString &folder)
+{
+    StoreLock lock(folder);
+    std::puts("begun");
+    std::fflush(stdout);
+    while (true) {
+        constexpr std::chrono::milliseconds kTimeOfASave{20};
+        const auto held = lock.take();
+        std::this_thread::sleep_for(kTimeOfASave);
+    }
+}
+
 int runChild(const QStringList &arguments)
 {
     const QString &task = arguments.at(1);
@@ -75,7 +90,7 @@ int runChild(const QStringList &arguments)
         return change(arguments.at(2), arguments.at(3));
     if (task == u"profiles"_s)
         return addProfiles(arguments.at(2), arguments.at(3));
-    return hold(arguments.at(2));
+    return task == u"hog"_s ? hog(arguments.at(2)) : hold(arguments.at(2));
 }
 
 } // namespace
@@ -129,6 +144,18 @@ private Q_SLOTS:
         QCOMPARE(QDir(folder).entryList(QDir::Files).size(), 2 * kRounds);
     }
 
+    void take_whileAnotherProcessSavesWithoutAPause_succeeds()
+    {
+        const TemporaryHome home;
+        const QString folder = home.file(u"data/penwick"_s);
+        QVERIFY(QDir().mkpath(folder));
+        ChildProcess child({u"hog"_s, folder});
+        QCOMPARE(child.readLine(), "begun");
+        StoreLock lock(folder);
+        for (int i = 0; i < 10; ++i)
+            QVERIFY(lock.take());
+    }
+
     void change_heldUpByAHungProcess_isLoggedAndLeavesTheFile()
     {
         const TemporaryHome home;
@@ -173,7 +200,7 @@ int main(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
-    if (QStringList{u"change"_s, u"profiles"_s, u"hold"_s}.contains(arguments.value(1)))
+    if (QStringList{u"change"_s, u"profiles"_s, u"hog"_s, u"hold"_s}.contains(arguments.value(1)))
         return runChild(arguments);
     MacroProcessesTest test;
     return QTest::qExec(&test, argc, argv);
