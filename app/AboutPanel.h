@@ -4,7 +4,8 @@ class QWidget;
 
 namespace penwick {
 
-/// Shows the application's name, version and description until it is closed.
+/// Shows a modal dialog with the application's name, version and description, and returns when it
+/// is closed.
 /// \param parent may be null.
 void showAboutPanel(QWidget *parent);
 

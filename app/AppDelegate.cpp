@@ -23,8 +23,8 @@ namespace penwick {
 
 namespace {
 
-constexpr int kAfterStartUp = 1000; // Milliseconds.
-constexpr int kAwaitedRequest = 30'000;
+constexpr int kScriptHostDelay = 1000; // Milliseconds.
+constexpr int kRequestTimeout = 30'000;
 
 } // namespace
 
@@ -42,7 +42,7 @@ AppDelegate::AppDelegate(Clock clock, FilePanels panels, QObject *parent)
           [this](const QStringList &paths) { openFiles(paths); })
     , m_launcher([this] { return targetEditor(); }, m_clock)
 {
-    // A window opened at any later time comes with a bar of its own.
+    // A window that is opened later gets a menu bar of its own.
     connect(&m_documents, &DocumentController::windowMade, this, &AppDelegate::prepareWindow);
     connect(&m_documents,
             &DocumentController::controllerMade,
@@ -67,7 +67,8 @@ AppDelegate::~AppDelegate()
 void AppDelegate::applicationDidFinishLaunching(const std::optional<OpenRequest> &request)
 {
     QApplication::setQuitOnLastWindowClosed(true);
-    // Before the first text is looked up, so that it comes from the remembered profile.
+    // Read the profile before the first text is looked up, so that it comes from the active
+    // profile.
     static_cast<void>(UIWordingProfileManager::shared());
     QCoreApplication::installTranslator(&m_translator);
     if (m_updaterController == nullptr) {
@@ -80,14 +81,14 @@ void AppDelegate::applicationDidFinishLaunching(const std::optional<OpenRequest>
                               this,
                               &AppDelegate::rebuildMacroMenus,
                               Qt::QueuedConnection);
-    // A subscriber gets the present list too, in a later turn.
+    // Fill the menus from the present list as well, in a later turn of the event loop.
     QMetaObject::invokeMethod(this, &AppDelegate::rebuildMacroMenus, Qt::QueuedConnection);
     NotificationCenter::defaultCenter().addObserver(
         UIWordingProfileDidChange, this, [this] { handleProfileDidChange(); });
     connect(&m_signals, &TerminationSignals::received, this, &AppDelegate::quitOnSignal);
     m_rescue.emplace(&m_documents);
     connect(qApp, &QGuiApplication::commitDataRequest, this, &AppDelegate::commitSession);
-    // Whoever comes back to penwick may have edited its files elsewhere.
+    // The user may have edited penwick's files elsewhere before returning to it.
     connect(qApp, &QGuiApplication::applicationStateChanged, this, [](Qt::ApplicationState state) {
         if (state == Qt::ApplicationActive) {
             MacroManager::shared().takeInChangesFromElsewhere();
@@ -97,14 +98,14 @@ void AppDelegate::applicationDidFinishLaunching(const std::optional<OpenRequest>
     if (request) {
         openFirst(*request);
     } else {
-        QTimer::singleShot(kAwaitedRequest, this, &AppDelegate::endWithoutDocuments);
+        QTimer::singleShot(kRequestTimeout, this, &AppDelegate::endWithoutDocuments);
     }
     connect(qApp, &QGuiApplication::focusWindowChanged, this, [this] {
         windowDidBecomeMain(QApplication::activeWindow());
     });
     windowDidBecomeMain(QApplication::activeWindow());
-    // Later, so that it takes nothing from the start-up.
-    QTimer::singleShot(kAfterStartUp, this, &AppDelegate::prepareScriptHost);
+    // Start the script host later, so that it does not slow the start-up down.
+    QTimer::singleShot(kScriptHostDelay, this, &AppDelegate::prepareScriptHost);
 }
 
 void AppDelegate::openFirst(const OpenRequest &request)
@@ -130,17 +131,17 @@ void AppDelegate::prepareScriptHost()
     if (const auto memory = scriptMemory(UserDefaults::standard()))
         pool.setMemory(*memory);
     pool.setKeepsSpare(true);
-    QTimer::singleShot(kAfterStartUp, this, &AppDelegate::tryEngine);
+    QTimer::singleShot(kScriptHostDelay, this, &AppDelegate::tryEngine);
 }
 
-// An update of the engine or of the kernel can make every macro fail; better told now than when a
-// macro is needed.
+// An update of the engine or of the kernel can make every macro fail. The trial reports that before
+// a macro is needed.
 void AppDelegate::tryEngine()
 {
     m_engineCheck = std::make_unique<EngineCheck>(ScriptHostPool::shared());
     connect(m_engineCheck.get(), &EngineCheck::ended, this, [this] {
         reportTrial(m_engineCheck->trial());
-        m_engineCheck.release()->deleteLater(); // It is what called.
+        m_engineCheck.release()->deleteLater(); // The sender of this signal must outlive the call.
     });
 }
 
@@ -154,7 +155,7 @@ void AppDelegate::reportTrial(const EngineTrial &trial)
     if (!failure.isEmpty()) {
         writeErrorLine(u"penwick: "_s + failure);
     }
-#ifndef __SANITIZE_ADDRESS__ // Such a build has no walls on purpose.
+#ifndef __SANITIZE_ADDRESS__ // A build with sanitizers has no sandbox.
     const QString warning = engineWarning(trial);
     const auto editor = targetEditor();
     if (!warning.isEmpty() && editor != nullptr) {
@@ -192,8 +193,8 @@ void AppDelegate::prepareWindow(EditorWindow *window)
     });
 }
 
-// Who comes to the front of the main window takes its place. A manager in front of both changes
-// nothing about whose window the person comes from.
+// A tab that comes to the front of the main window becomes the target of macros. A manager window
+// in front of all does not change which editor window is the main one.
 void AppDelegate::currentTabDidChange(EditorWindow *window)
 {
     const bool wasMain = m_lastActiveEditorWindowController != nullptr &&
@@ -368,15 +369,16 @@ void AppDelegate::terminate()
     }
 }
 
-/// As when the person quits. Whoever insists, while the question about it or another one is open,
-/// is not kept waiting for its answer.
+/// Quits as the Quit command does. A second signal ends the process at once while the question of
+/// the first one, or a dialog that the first one found open, is still waiting for an answer.
 void AppDelegate::quitOnSignal(int signalNumber)
 {
     QWidget *dialog = QApplication::activeModalWidget();
-    const bool insists = m_isQuittingOnSignal || (dialog != nullptr && dialog == m_signalledDialog);
-    if (insists) {
-        constexpr int kEndedBySignal = 128; // As shells have it.
-        QCoreApplication::exit(kEndedBySignal + signalNumber);
+    const bool isRepeated =
+        m_isQuittingOnSignal || (dialog != nullptr && dialog == m_signalledDialog);
+    if (isRepeated) {
+        constexpr int kSignalStatusBase = 128; // As in shells: 128 + the signal number.
+        QCoreApplication::exit(kSignalStatusBase + signalNumber);
         return;
     }
     m_isQuittingOnSignal = true;

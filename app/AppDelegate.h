@@ -28,68 +28,71 @@ class QSessionManager;
 
 namespace penwick {
 
-/// What is global to the running application: the start-up, the menu bars, the record of the last
-/// active editor and the way macros reach it. One per process, made after the application object.
+/// The state that is global to the running application: the start-up, the menu bars, the last
+/// active editor and the launch of macros. One per process, made after the application object.
 class AppDelegate final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// \param clock gives the time that the date prompt inserts and that changed profiles get.
+    /// \param clock gives the time that the date prompt inserts and the time stamps of changed
+    ///        profiles.
     /// \param panels ask for the files of macros and profiles.
     explicit AppDelegate(Clock clock = systemClock(),
                          FilePanels panels = FilePanels::onScreen(),
                          QObject *parent = nullptr);
     ~AppDelegate() override;
 
-    /// Before the start-up: other processes may hand over what they were started for.
+    /// Lets other processes hand their requests over to this one. Call it before
+    /// `applicationDidFinishLaunching`.
     void listenAt(InstancePlace place) { m_requests.listenAt(std::move(place)); }
 
-    /// The start-up. Opens what the process was started for (a missing file becomes an empty
-    /// document to be saved there), and an untitled document where no document came of it.
-    /// \param request nothing when another process is about to hand it over; should none do so, the
-    ///        application ends.
+    /// Starts the application up. Opens what the process was started for (a missing file becomes an
+    /// empty document that is saved there), and an untitled document if no document is open then.
+    /// \param request no value when another process is about to hand one over; if none arrives in
+    ///        time, the application ends.
     void applicationDidFinishLaunching(const std::optional<OpenRequest> &request = OpenRequest());
 
     [[nodiscard]] static constexpr bool applicationShouldOpenUntitledFile() { return true; }
 
     [[nodiscard]] DocumentController &documentController() { return m_documents; }
 
-    /// The editor that was in front of the active window last; it stays when it is closed. Null
-    /// until the first one.
+    /// The editor that was last in front of the active window, also after it has been closed. Null
+    /// until there was one.
     [[nodiscard]] const std::shared_ptr<EditorWindowController> &
     lastActiveEditorWindowController() const
     {
         return m_lastActiveEditorWindowController;
     }
 
-    /// Where a macro runs: the editor in front of the active window, else the last active one.
+    /// The editor that a macro runs on: the one in front of the active window, else the last active
+    /// one.
     [[nodiscard]] std::shared_ptr<EditorWindowController> targetEditor() const;
 
     /// Runs the stored macro with this id; does nothing when there is none.
     void runDynamicMacro(const QString &id);
     void runTestMacro();
     void runTestMacroSelection();
-    /// For the macro manager's test run. Says so when there is no editor.
+    /// Runs a macro for the macro manager. Shows a message when there is no editor.
     void runMacroInActiveEditor(const Macro &macro);
 
-    /// Each shows its window, which is made on first use, in front of all others.
+    /// Shows the window in front of all others. It is made on first use.
     void showMacroManager();
     void showProfileManager();
 
-    /// Null before it was shown.
+    /// Null until it is first shown.
     [[nodiscard]] MacroManagerWindowController *macroManagerWindowController() const
     {
         return m_macroManager.get();
     }
 
-    /// Null before it was shown.
+    /// Null until it is first shown.
     [[nodiscard]] ProfileManagerWindowController *profileManagerWindowController() const
     {
         return m_profileManager.get();
     }
 
-    /// Ends the application unless the person says no.
+    /// Ends the application unless the user cancels.
     void terminate();
 
 private:
@@ -123,9 +126,9 @@ private:
     MacroLauncher m_launcher;
     TerminationSignals m_signals;
     std::optional<UnsavedTextRescue> m_rescue;
-    std::unique_ptr<EngineCheck> m_engineCheck; // While it goes on.
+    std::unique_ptr<EngineCheck> m_engineCheck; // Set while the trial runs.
     bool m_isQuittingOnSignal = false;
-    QPointer<QWidget> m_signalledDialog; // What a signal to quit found open.
+    QPointer<QWidget> m_signalledDialog; // The dialog that was open after a signal to quit.
     std::unique_ptr<UpdaterController> m_updaterController;
     std::unique_ptr<MacroManagerWindowController> m_macroManager;
     std::unique_ptr<ProfileManagerWindowController> m_profileManager;

@@ -48,7 +48,7 @@ bool CloseConsent::isGivenFor(OpenDocument &entry) const
         return false;
     }
     if (entry.document->isReading()) {
-        return true; // Nothing of it can be lost.
+        return true; // A document that is being read has no changes to lose.
     }
     if (!entry.saver->await(entry.displayName())) {
         return false;
@@ -81,8 +81,9 @@ bool CloseConsent::isGivenFor(const EditorWindow &window) const
     return true;
 }
 
-/// Searched anew after each question, for one may have come or gone during it. A macro that runs
-/// comes first: while it does nothing can be closed.
+/// Returns the next document to ask about. The list is searched again after each question because
+/// tabs may have been opened or closed during it. A tab whose macro runs comes first: the window
+/// cannot close while a macro runs.
 OpenDocument *CloseConsent::nextOf(const EditorWindow &window,
                                    const QList<const EditorWindowController *> &asked) const
 {

@@ -6,29 +6,30 @@
 
 namespace penwick {
 
-/// Asks before documents are closed whose changes would be lost, each with its tab in front, and
-/// waits for saves under way. It closes nothing itself: who closes several asks about all first.
+/// Asks before documents with unsaved changes are closed, each with its tab in front, and waits for
+/// saves under way. It closes nothing itself: to close several documents, ask about all of them
+/// first.
 class CloseConsent final
 {
 public:
-    /// Saves a document for the answer "save"; false when that came to nothing.
+    /// Saves a document for the answer "save". False when it was not saved.
     using Save = std::function<bool(const EditorWindowController *)>;
 
-    /// \param documents not owned, outlives this.
+    /// \param documents not owned; must outlive this.
     CloseConsent(const OpenDocuments &documents, Save save);
 
-    /// False when the document is to stay open. Where a macro runs on it, that is what is asked
-    /// about.
+    /// Waits for a save under way and asks about unsaved changes. While a macro runs on the
+    /// document, shows its notice instead.
+    /// \return false when the document must stay open.
     [[nodiscard]] bool isGivenFor(OpenDocument &entry) const;
-    /// The same for every document of the window, also one that was opened in it during a question.
+    /// The same for every document of the window, including one opened in it during a question.
     [[nodiscard]] bool isGivenFor(const EditorWindow &window) const;
 
-    /// Where a macro runs, shows its notice instead of ending what it works on. False where none
-    /// does.
+    /// If a macro runs on any document, shows its notice, which lets the user stop it, and returns
+    /// true. False when no macro runs.
     [[nodiscard]] bool offersToStopAMacro() const;
 
-    /// Brings a question that waits already, on whichever window, before the person. False where
-    /// none does.
+    /// Brings the open modal dialog, on whichever window, to the front. False when there is none.
     [[nodiscard]] static bool showsOpenQuestion();
 
 private:

@@ -17,7 +17,7 @@ namespace {
 using Fault = CommandLine::Fault;
 using Request = CommandLine::Request;
 
-/// Options that the toolkit takes out of the arguments by itself, when it starts.
+/// True for options with a value that the toolkit takes out of the arguments when it starts.
 bool isToolkitOption(QByteArrayView name)
 {
     static constexpr QByteArrayView kNames[] = {"-platform",
@@ -40,7 +40,7 @@ bool isToolkitSwitch(QByteArrayView name)
     return std::find(std::begin(kNames), std::end(kNames), name) != std::end(kNames);
 }
 
-/// A whole number without a sign; one that is too large is the largest.
+/// Parses a whole number without a sign. Too large a number becomes the largest.
 std::optional<qint64> numberOf(QByteArrayView digits)
 {
     const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
@@ -51,7 +51,7 @@ std::optional<qint64> numberOf(QByteArrayView digits)
     return fits ? number : std::numeric_limits<qint64>::max();
 }
 
-/// `+LINE` or `+LINE:COLUMN`; anything else that begins with a plus is a file's name.
+/// Parses `+LINE` or `+LINE:COLUMN`. Any other argument that begins with a plus is a file name.
 std::optional<TextPlace> placeOf(QByteArrayView argument)
 {
     if (!argument.startsWith('+'))
@@ -70,7 +70,7 @@ bool isQuestion(Request request)
     return request == Request::ShowHelp || request == Request::ShowVersion;
 }
 
-/// Takes the arguments one by one.
+/// Parses the arguments one by one.
 class Parser final
 {
 public:
@@ -136,7 +136,7 @@ private:
 
     bool takeToolkitOption(const QByteArray &argument)
     {
-        // `--style` and `-style` are the same to the toolkit.
+        // The toolkit treats `--style` and `-style` alike.
         const QByteArray option = argument.startsWith("--") ? argument.mid(1) : argument;
         const qsizetype sign = option.indexOf('=');
         const QByteArray name = sign < 0 ? option : option.first(sign);
@@ -149,12 +149,12 @@ private:
         const QByteArray value = sign < 0 ? takeToolkitValue() : option.mid(sign + 1);
         if (name == "-platform")
             m_result.platform = value;
-        else if (option == "-display") // It knows no other form of this one.
+        else if (option == "-display") // The toolkit does not accept `-display=x`.
             m_result.display = value;
         return true;
     }
 
-    /// The argument after the present one; empty where none is left.
+    /// Returns the argument after the current one; empty when none is left.
     QByteArray takeToolkitValue()
     {
         if (m_index + 1 >= m_arguments.size())
@@ -181,7 +181,7 @@ private:
     const QByteArrayList &m_arguments;
     qsizetype m_index = 0;
     CommandLine m_result;
-    std::optional<TextPlace> m_place; // For the next file.
+    std::optional<TextPlace> m_place; // Applies to the next file.
     QByteArray m_placeArgument;
     bool m_hasStandardInput = false;
     bool m_onlyFiles = false;

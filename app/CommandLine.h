@@ -10,16 +10,16 @@
 
 namespace penwick {
 
-/// What the person asked for on the command line. Arguments are the bytes that the system gave, for
-/// a file's name need be no text.
+/// The parsed command line. Arguments are kept as the bytes that the system passed, because a file
+/// name need not be valid text.
 struct CommandLine
 {
     enum class Request { Run, ShowHelp, ShowVersion, Reject };
 
     enum class Fault {
         UnknownOption,
-        PlaceWithoutFile,   ///< A `+LINE` that no file follows.
-        StandardInputTwice, ///< There is only one.
+        PlaceWithoutFile,   ///< A `+LINE` without a file after it.
+        StandardInputTwice, ///< Standard input can be read only once.
     };
 
     struct File
@@ -35,24 +35,24 @@ struct CommandLine
     QList<File> files;
     bool newWindow = false;
     bool wait = false;
-    QByteArray platform; ///< The window system that the toolkit is told to use; empty for any.
-    QByteArray display;  ///< The display that it is told to use; empty for that of the environment.
-    /// What is the toolkit's, in its order: it is to see nothing else, for it would take a file's
-    /// name that looks like an option for one.
+    QByteArray platform; ///< The window system given to the toolkit; empty for the default.
+    QByteArray display;  ///< The display given to the toolkit; empty for that of the environment.
+    /// The arguments of the toolkit, in their order. The toolkit gets no others: it would take a
+    /// file name that looks like an option for an option.
     QByteArrayList toolkitArguments;
-    Fault fault = Fault::UnknownOption; ///< Of `Reject`, with the argument at fault.
+    Fault fault = Fault::UnknownOption; ///< For `Reject`.
     QByteArray rejectedArgument;
 
     /// \param arguments without the program's name. Options of the toolkit (`-platform x`,
-    ///        `-style=x`, ...) are told apart; what follows `--` is a file. The first request for
-    ///        help or the version wins over all else.
+    ///        `-style=x`, ...) go to `toolkitArguments`; every argument after `--` is a file. The
+    ///        first request for help or the version takes precedence over everything else.
     [[nodiscard]] static CommandLine parse(const QByteArrayList &arguments);
 
-    /// The answer to `--help`.
+    /// The output of `--help`.
     [[nodiscard]] static QString helpText();
-    /// The answer to `--version`.
+    /// The output of `--version`.
     [[nodiscard]] static QString versionText();
-    /// What is wrong, in a line for standard error.
+    /// A one-line message for standard error that says what is wrong.
     [[nodiscard]] QString faultText() const;
 
     bool operator==(const CommandLine &) const = default;

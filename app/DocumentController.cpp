@@ -27,11 +27,11 @@ using paths::absolutePathOf;
 
 namespace {
 
-/// Units of a text whose memory is worth giving back to the system.
+/// From this size on, in UTF-16 code units, the memory of a closed text is returned to the system.
 constexpr qint64 kLargeText = 4'000'000;
 
-/// A moment from now, when what showed the text is gone too; beside the event loop, for it may take
-/// long enough to be felt.
+/// Waits a moment, until the widgets that showed the text are deleted as well. Runs on another
+/// thread because it may take noticeably long.
 void giveBackMemoryLater()
 {
     QTimer::singleShot(
@@ -56,8 +56,8 @@ DocumentController::DocumentController(QObject *parent)
 
 DocumentController::~DocumentController()
 {
-    // The tabs go one by one, which is no longer of interest to anybody. Nothing else is
-    // disconnected: the toolkit has to learn when a window is gone.
+    // The tabs are destroyed one by one; ignore the changes of the current tab that result. Keep
+    // all other connections: the toolkit must learn when a window is destroyed.
     for (const auto &window : m_documents.windows()) {
         disconnect(window.get(), &EditorWindow::currentTabChanged, nullptr, nullptr);
     }
@@ -81,7 +81,7 @@ TextDocument *DocumentController::documentOfFile(const QString &path) const
     return entry != nullptr ? entry->document.get() : nullptr;
 }
 
-/// Where a new tab goes; null where it needs a window of its own.
+/// Returns the window for a new tab; null when the tab needs a window of its own.
 std::shared_ptr<EditorWindow> DocumentController::currentWindow() const
 {
     const auto windows = m_documents.windows();
@@ -93,14 +93,14 @@ std::shared_ptr<EditorWindow> DocumentController::currentWindow() const
     });
     const auto &window = active != windows.end() ? *active : windows.last();
     const auto controllers = window->controllers();
-    const bool isHeld =
+    const bool runsMacro =
         std::any_of(controllers.begin(), controllers.end(), [](const auto *controller) {
             return controller->isRunningMacro();
         });
-    return isHeld ? nullptr : window;
+    return runsMacro ? nullptr : window;
 }
 
-/// The untitled document nobody has done anything to, when it is alone in the current window.
+/// Returns the untouched untitled document if it is alone in the current window; else null.
 OpenDocument *DocumentController::pristineDocument() const
 {
     const auto window = currentWindow();
@@ -118,7 +118,7 @@ TextDocument *DocumentController::newDocument(const Text &text, Placement placem
     auto document = std::make_unique<TextDocument>();
     TextDocument *made = document.get();
     made->setContentString(text);
-    made->textStorage()->replaceCharacters({}, text); // For the edited state, which stays.
+    made->textStorage()->replaceCharacters({}, text); // Marks the document as edited.
     showDocument(std::move(document), placement);
     return made;
 }
@@ -165,7 +165,7 @@ bool DocumentController::openDocumentFrom(const QString &path,
     return true;
 }
 
-/// An untouched untitled document makes room for it.
+/// Shows the document in place of an untouched untitled one, if there is one.
 void DocumentController::showDocument(std::unique_ptr<TextDocument> document, Placement placement)
 {
     OpenDocument *pristine = placement == Placement::Tab ? pristineDocument() : nullptr;
@@ -214,8 +214,8 @@ OpenDocument &DocumentController::addDocument(std::unique_ptr<TextDocument> docu
 void DocumentController::setDocument(OpenDocument &entry, std::unique_ptr<TextDocument> document)
 {
     entry.untitledNumber = document->filePath().isEmpty() ? m_documents.nextUntitledNumber() : 0;
-    // The former document goes last: the view of its text goes with this call, and its own signal
-    // may be what led here.
+    // Delete the former document later: this call removes the view of its text, and one of its own
+    // signals may have led here.
     if (entry.document != nullptr) {
         Q_EMIT documentClosed(entry.document.get());
         entry.document.release()->deleteLater();
@@ -255,12 +255,13 @@ void DocumentController::readingDidEnd(const EditorWindowController *controller,
 {
     OpenDocument *entry = m_documents.find(controller);
     if (entry == nullptr) {
-        return; // Closed meanwhile.
+        return; // The tab was closed meanwhile.
     }
     if (!error) {
         showContent(*entry);
         updateLabel(controller);
-        // A macro that was tried meanwhile left its complaint, perhaps on its way still.
+        // A macro that was tried meanwhile has left an error message, which may still be in the
+        // event queue.
         DocumentState *state = entry->controller->documentState();
         QMetaObject::invokeMethod(
             state,
@@ -274,8 +275,8 @@ void DocumentController::readingDidEnd(const EditorWindowController *controller,
     giveUp(controller);
 }
 
-/// Takes a tab away whose file could not be read. The last one stays: closing it would end the
-/// application.
+/// Removes the tab of a file that could not be read. The last tab stays, because closing it would
+/// end the application.
 void DocumentController::giveUp(const EditorWindowController *controller)
 {
     OpenDocument *entry = m_documents.find(controller);
@@ -285,7 +286,7 @@ void DocumentController::giveUp(const EditorWindowController *controller)
     if (m_documents.controllers().size() == 1) {
         setDocument(*entry, std::make_unique<TextDocument>());
     } else {
-        removeAgreed(WindowController(entry->controller)); // The entry goes with it.
+        removeAgreed(WindowController(entry->controller)); // Deletes the entry.
     }
 }
 
@@ -325,7 +326,7 @@ bool DocumentController::saveDocumentAs(const EditorWindowController *controller
     }
     m_folder = QFileInfo(path).absolutePath();
     if (absolutePathOf(path) == entry->document->filePath()) {
-        entry->document->acceptFileVersion(FileVersion::of(path)); // To be replaced, as agreed.
+        entry->document->acceptFileVersion(FileVersion::of(path)); // Agreed to replace it.
     }
     return entry->saver->save(absolutePathOf(path));
 }
@@ -373,7 +374,7 @@ bool DocumentController::closeDocuments(const QList<const EditorWindowController
     for (const EditorWindowController *controller : controllers) {
         OpenDocument *entry = m_documents.find(controller);
         if (entry == nullptr) {
-            continue; // It went during a question about another.
+            continue; // It was closed during a question about another document.
         }
         agreed << entry->controller;
         if (!m_consent.isGivenFor(*entry)) {
@@ -386,12 +387,13 @@ bool DocumentController::closeDocuments(const QList<const EditorWindowController
     return true;
 }
 
-/// Closes a document without a question, and its window with the last one.
+/// Closes a document without asking, and with the last document of a window the window.
 void DocumentController::removeAgreed(const WindowController &controller)
 {
     if (controller->window()->count() > 1) {
         forget(controller);
-        // A closed controller goes on showing its text, where only macros find it.
+        // A closed controller keeps showing its text in a hidden window, where macros can still use
+        // it.
         controller->moveTo(std::make_shared<EditorWindow>());
         return;
     }
@@ -402,34 +404,35 @@ void DocumentController::removeAgreed(const WindowController &controller)
 
 bool DocumentController::closeAll()
 {
-    // A question is on the screen already. The session's end may come in the middle of it, and
-    // would take away the document that it is about.
+    // A dialog may already be open, for example when the session ends. Closing now could remove the
+    // document that the dialog is about.
     if (m_closingAll || m_consent.offersToStopAMacro() || m_consent.showsOpenQuestion()) {
         return false;
     }
     m_closingAll = true;
     const QList<WindowController> controllers = windowControllers();
-    bool goesOn =
+    bool mayClose =
         std::all_of(controllers.begin(), controllers.end(), [this](const auto &controller) {
-            // One whose file could not be read may have gone during a question about another.
+            // A document whose file could not be read may have been closed during a question about
+            // another.
             OpenDocument *entry = m_documents.find(controller.get());
             return entry == nullptr || m_consent.isGivenFor(*entry);
         });
-    // Other windows first: one that refuses must not leave the editor windows closed.
+    // Close other windows first: if one refuses, the editor windows must still be open.
     const QWidgetList windows = QApplication::topLevelWidgets();
     for (QWidget *window : windows) {
-        if (goesOn && window->isVisible() && m_documents.inFrontOf(window) == nullptr) {
-            goesOn = window->close();
+        if (mayClose && window->isVisible() && m_documents.inFrontOf(window) == nullptr) {
+            mayClose = window->close();
         }
     }
-    m_closeIsAgreed = goesOn;
+    m_closeIsAgreed = mayClose;
     for (const auto &window :
-         goesOn ? m_documents.windows() : QList<std::shared_ptr<EditorWindow>>()) {
+         mayClose ? m_documents.windows() : QList<std::shared_ptr<EditorWindow>>()) {
         window->close();
     }
     m_closeIsAgreed = false;
     m_closingAll = false;
-    return goesOn;
+    return mayClose;
 }
 
 bool DocumentController::eventFilter(QObject *watched, QEvent *event)
@@ -473,7 +476,7 @@ void DocumentController::forget(const WindowController &controller)
     }
     entry->saver.reset();
     entry->outsideChanges.reset();
-    // Both outlive the event that is being handled, the tab longer than its document.
+    // Both must outlive the current event, and the tab must outlive its document.
     TextDocument *document = entry->document.release();
     document->deleteLater();
     QMetaObject::invokeMethod(

@@ -12,12 +12,12 @@
 
 namespace penwick {
 
-/// Owns the open documents and, through them, their windows: makes, opens, saves and closes them,
-/// and asks before anything unsaved is lost. It talks to the person through modal dialogs.
+/// Owns the open documents and, through them, their windows. Creates, opens, saves and closes
+/// documents, and asks in modal dialogs before unsaved changes are lost.
 ///
-/// Large files are read and written on other threads. While one is read its tab shows the progress
-/// and has no text: it cannot be edited, saved, or receive a macro. While one is written everything
-/// goes on.
+/// Large files are read and written on other threads. While a file is read, its tab shows the
+/// progress and has no text: it cannot be edited or saved, and no macro runs on it. While a file is
+/// written, its text can be edited as usual.
 class DocumentController final : public QObject
 {
     Q_OBJECT
@@ -25,10 +25,10 @@ class DocumentController final : public QObject
 public:
     using WindowController = std::shared_ptr<EditorWindowController>;
 
-    /// Where a document goes that is opened.
+    /// Where an opened document is shown.
     enum class Placement {
-        Tab,       ///< Into the window that was active last, unless a macro holds it.
-        NewWindow, ///< Into a window of its own.
+        Tab,       ///< In the last active window, unless a macro runs on it.
+        NewWindow, ///< In a window of its own.
     };
 
     explicit DocumentController(QObject *parent = nullptr);
@@ -42,7 +42,7 @@ public:
         return m_documents.controllers();
     }
 
-    /// The windows that they stand in, each once.
+    /// The windows of these controllers, each once.
     [[nodiscard]] QList<std::shared_ptr<EditorWindow>> windows() const
     {
         return m_documents.windows();
@@ -53,52 +53,54 @@ public:
     [[nodiscard]] WindowController controllerOf(const QWidget *window) const;
     /// The open document; null when it has been closed.
     [[nodiscard]] TextDocument *documentOf(const EditorWindowController *controller) const;
-    /// The open document of a file, or the one that is being saved to it; null when there is none.
+    /// The open document that has this file or is being saved to it; null when there is none.
     [[nodiscard]] TextDocument *documentOfFile(const QString &path) const;
 
-    /// For the documents opened from now on.
+    /// Applies to documents opened from now on.
     void setPatience(const TransferPatience &patience) { m_patience = patience; }
 
     /// Opens an untitled document.
     void newDocument(Placement placement = Placement::Tab);
-    /// Opens an untitled document that holds the text and is unsaved, unless the text is empty.
-    /// Room is made for it as for a file. \return owned by this.
+    /// Opens an untitled document that holds the text. It is edited unless the text is empty. It
+    /// replaces an untouched untitled document as an opened file does.
+    /// \return owned by this.
     TextDocument *newDocument(const Text &text, Placement placement);
     /// Asks for files and opens them.
     void openDocument();
-    /// Opens one file, or brings the tab forward that has it. An untouched untitled document that
-    /// is alone in its window makes room for it. Says so when the file cannot be opened, be it at
-    /// once or while it is read; then its tab goes, or becomes an untitled one where it is the only
-    /// one.
-    /// \return false when that is known at once.
+    /// Opens one file, or brings the tab that has it to the front. The document replaces an
+    /// untouched untitled one that is alone in its window. Shows an error when the file cannot be
+    /// opened, at once or while it is read. In the latter case its tab is closed, or becomes an
+    /// untitled document if it is the only one.
+    /// \return false when opening failed at once.
     bool openFile(const QString &path, Placement placement = Placement::Tab);
-    /// As above, but a file that does not exist becomes an empty document to be saved there.
+    /// As above, but a file that does not exist becomes an empty document that is saved there.
     bool openFileOrNew(const QString &path, Placement placement = Placement::Tab);
 
-    /// Saves to the document's file, or asks for one. Says so when it fails. While a save is under
-    /// way, the next one waits for it.
+    /// Saves to the document's file, or asks for one. Shows an error when it fails. A save
+    /// requested while another is under way starts after it.
     /// \return true when the document is saved or its save is under way.
     bool saveDocument(const EditorWindowController *controller);
     bool saveDocumentAs(const EditorWindowController *controller);
 
-    /// Closes the document, and with the last one of a window that. Asks before something unsaved
-    /// is lost, and waits for a save under way.
-    /// \return false when the person said no.
+    /// Closes the document, and its window if it was the last one there. Asks before unsaved
+    /// changes are lost, and waits for a save under way.
+    /// \return false when the user cancelled.
     bool closeDocument(const EditorWindowController *controller);
-    /// Closes all others of its window, after every question has been answered.
+    /// Closes all other documents of its window, once all questions are answered.
     bool closeOtherDocuments(const EditorWindowController *controller);
 
-    /// Moves the document's tab into a new window. One that is alone in its window moves that.
+    /// Moves the document's tab into a new window. If it is alone in its window, moves that window.
     /// \param position of the window's frame, on the screen.
     void moveToNewWindow(const EditorWindowController *controller, const QPoint &position);
 
     /// Waits for the saves under way, asks about the unsaved changes of every document, then closes
     /// all windows of the application.
-    /// \return false when the person or a window said no; nothing is closed before all were asked.
+    /// \return false when the user cancelled or a window refused to close. No editor window is
+    ///         closed before all questions are answered.
     bool closeAll();
 
-    /// Looks for what other programs did to the document's file, as happens by itself when its text
-    /// comes forward.
+    /// Checks whether another program has changed the document's file. This also happens
+    /// automatically when its text comes to the front.
     void checkFileOnDisk(const EditorWindowController *controller);
 
 Q_SIGNALS:
@@ -106,8 +108,8 @@ Q_SIGNALS:
     void windowMade(penwick::EditorWindow *window);
     /// The controller is about to get its first document.
     void controllerMade(penwick::EditorWindowController *controller);
-    /// The document is no longer open: it was closed, could not be read, or was untouched and made
-    /// room for another. It is deleted in a later turn of the event loop.
+    /// The document is no longer open: it was closed, could not be read, or was untouched and has
+    /// been replaced by another. It is deleted in a later turn of the event loop.
     void documentClosed(penwick::TextDocument *document);
 
 protected:
@@ -132,9 +134,9 @@ private:
 
     OpenDocuments m_documents;
     CloseConsent m_consent;
-    QPointer<EditorWindow> m_activeWindow; // The one that was so last.
+    QPointer<EditorWindow> m_activeWindow; // The last active one.
     TransferPatience m_patience;
-    QString m_folder; // Where the file dialogs start.
+    QString m_folder; // The start folder of file dialogs.
     bool m_closeIsAgreed = false;
     bool m_closingAll = false;
 };

@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Not `arg`: a profile's text may lack the place, or hold another number.
+/// Does not use `arg`: a profile's text may lack the placeholder or contain another number.
 QString withName(QString text, const QString &name)
 {
     return text.replace(u"%1"_s, visibleLine(name));
@@ -60,7 +60,7 @@ void showFileError(QWidget *parent, const QString &text, const QString &path, co
     box.exec();
 }
 
-/// Where the text from before an unfinished save is.
+/// Says where the text from before an unfinished save is.
 QString placeOf(const QStringList &copies)
 {
     return wording::text(
@@ -69,8 +69,8 @@ QString placeOf(const QStringList &copies)
            u"\n"_s + QDir::toNativeSeparators(copies.join(u'\n'));
 }
 
-/// What both file dialogs share. Qt's own dialog, where the platform has none, takes the rest of
-/// its words from the translator.
+/// Sets up what both file dialogs share. The other texts of Qt's own dialog, used where the
+/// platform has none, come from the translator.
 void setUpFileDialog(QFileDialog &dialog, const QString &acceptLabel)
 {
     dialog.setLabelText(QFileDialog::Accept, acceptLabel);

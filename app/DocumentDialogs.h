@@ -12,45 +12,46 @@ class QWidget;
 
 namespace penwick {
 
-/// The questions and messages around opening and saving. All of them are modal; `parent` is the
-/// window they are about and may be null. Their texts come from the wording.
+/// The questions and messages for opening and saving. All of them are modal; `parent` is the window
+/// that they concern and may be null. Their texts come from the wording.
 namespace dialogs {
 
-/// True when the file, which another program changed meanwhile, is to be overwritten.
+/// Asks whether to overwrite a file that another program has changed. True when the user agrees.
 [[nodiscard]] bool askToOverwriteChangedFile(QWidget *parent, const QString &name);
 
-/// Absolute paths of the files to open; empty when the person cancelled.
-/// \param folder where to start.
+/// Absolute paths of the files to open; empty when the user cancelled.
+/// \param folder the start folder.
 [[nodiscard]] QStringList askForFilesToOpen(QWidget *parent, const QString &folder);
 
-/// Absolute path of the file to write; empty when the person cancelled. Replacing an existing file
-/// was agreed to.
-/// \param suggestion absolute path, its file need not exist.
+/// Absolute path of the file to write; empty when the user cancelled. The user has agreed to
+/// replace an existing file.
+/// \param suggestion absolute path; the file need not exist.
 [[nodiscard]] QString askForFileToSave(QWidget *parent, const QString &suggestion);
 
 enum class OutsideAnswer { KeepMine, LoadTheirs, Later };
 
-/// Asks what is to become of a text with edits whose file another program changed, and calls
-/// `answered` then. Returns at once; only `parent` is held up.
-/// \return the question, owned by `parent`; it goes when it was answered.
+/// Asks what to do with a text that has edits and whose file another program has changed, and then
+/// calls `answered`. Returns at once; blocks only `parent`.
+/// \return the dialog, owned by `parent`; it is deleted when it closes.
 QMessageBox *askAboutOutsideChange(QWidget *parent,
                                    const QString &name,
                                    const std::function<void(OutsideAnswer)> &answered);
 
-/// Says that the file could not be saved for want of rights. True when it is to be saved elsewhere.
+/// Says that permission to save the file is missing, and offers another file. True when the user
+/// accepts.
 [[nodiscard]] bool
 offerToSaveElsewhere(QWidget *parent, const QString &path, const DocumentError &error);
 
-/// Says that an earlier save of the file was cut short, and where its text before that is. Returns
-/// at once; does nothing without copies.
+/// Says that an earlier save of the file was interrupted, and where the text from before it is.
+/// Returns at once. Does nothing when `copies` is empty.
 void showInterruptedSave(QWidget *parent, const QString &path, const QStringList &copies);
 
 void showOpenError(QWidget *parent, const QString &path, const DocumentError &error);
 void showSaveError(QWidget *parent, const QString &path, const DocumentError &error);
-/// The file cannot be taken as the document's, for another tab has it.
+/// Says that the file cannot be used because another tab has it open.
 void showFileInUse(QWidget *parent, const QString &path);
 
-/// Why an operation failed, in words for the person.
+/// The reason why an operation failed, as text for the user.
 [[nodiscard]] QString reasonOf(const DocumentError &error);
 
 } // namespace dialogs

@@ -4,14 +4,14 @@
 
 namespace penwick::paths {
 
-/// Where the file dialogs start: the person's documents, or the home folder.
+/// The start folder of file dialogs: the user's documents folder, or else the home folder.
 [[nodiscard]] QString startFolder();
 
-/// One name for one file, whatever links lead to it; also for a file that does not exist.
+/// One name for one file, whichever links lead to it. Works for a file that does not exist, too.
 [[nodiscard]] QString identityOf(const QString &path);
 
-/// The path as the person gave it, made absolute. Behind a link ".." is not the folder that its
-/// name suggests, so there the links have to go.
+/// The path as the user gave it, made absolute. Links in its folder are resolved only when it
+/// contains "..", because ".." after a link is not the folder that the path suggests.
 [[nodiscard]] QString absolutePathOf(const QString &path);
 
 } // namespace penwick::paths

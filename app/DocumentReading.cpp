@@ -12,7 +12,7 @@ tl::expected<void, DocumentError>
 read(TextDocument &document, const QString &path, const TransferPatience &patience)
 {
     const QFileInfo info(path);
-    // What cannot be read at all is told before a window opens for it.
+    // Report a file that cannot be read at all before a window opens for it.
     if (!info.isFile() || !info.isReadable() || info.size() < patience.directBytes) {
         return document.readFromFile(path);
     }
@@ -22,18 +22,18 @@ read(TextDocument &document, const QString &path, const TransferPatience &patien
             return *outcome;
         }
     }
-    document.setFilePath(path); // The window is the file's from now on.
+    document.setFilePath(path); // The window belongs to the file from now on.
     return {};
 }
 
-/// Why the file cannot become a new document, or nothing when it can: it is merely not there yet.
+/// Returns why the file cannot become a new document; no value when it simply does not exist yet.
 std::optional<DocumentError> obstacleToNewFile(const QString &path, const DocumentError &readError)
 {
     if (readError.fileErrorKind != FileError::Kind::NotFound) {
         return readError;
     }
-    // What the system calls by bytes that are no text came here as another name, under which
-    // nothing is found. An empty window would pass for that file.
+    // A file name that is not valid text was decoded to another name, which does not exist. An
+    // empty window under that name would be mistaken for the file.
     if (path.contains(QChar::ReplacementCharacter)) {
         return DocumentError{
             DocumentError::Domain::NSPOSIXErrorDomain, 0, FileError::Kind::InvalidPath};

@@ -8,14 +8,14 @@
 
 namespace penwick {
 
-/// What becomes of a file that does not exist.
+/// How to treat a file that does not exist.
 enum class MissingFile {
     IsAnError,
-    IsAnEmptyDocument, ///< To be saved there.
+    IsAnEmptyDocument, ///< The document is saved there.
 };
 
-/// Makes a document of a file. A large one is read on another thread, and may come while that goes
-/// on (`isReading`). What is known at once to be impossible fails at once.
+/// Makes a document from a file. A large file is read on another thread, and the document may be
+/// returned while it is still being read (`isReading`). Errors that are known at once are returned.
 /// \param path absolute.
 [[nodiscard]] tl::expected<std::unique_ptr<TextDocument>, DocumentError>
 readDocument(const QString &path, MissingFile missingFile, const TransferPatience &patience);

@@ -31,7 +31,7 @@ DocumentSaver::DocumentSaver(TextDocument *document,
 
 bool DocumentSaver::save(const QString &path)
 {
-    // What is still being composed belongs to what the person wrote.
+    // An active composition is part of the text to save.
     QGuiApplication::inputMethod()->commit();
     if (m_document->isWriting()) {
         m_savesAgain = true;
@@ -53,7 +53,7 @@ bool DocumentSaver::write(const QString &path)
     return true;
 }
 
-/// What can be done about a save that failed. True when that led to one.
+/// Handles a failed save. True when another save then succeeded or is under way.
 bool DocumentSaver::recover(const DocumentError &error)
 {
     if (error.fileErrorKind == FileError::Kind::PermissionDenied && m_saveElsewhere) {
@@ -64,14 +64,14 @@ bool DocumentSaver::recover(const DocumentError &error)
         dialogs::showSaveError(m_controller->window(), m_path, error);
         return false;
     }
-    // The very state that is asked about: one that comes during the question is another.
+    // Take this version before the question: a change made during the question needs another one.
     const std::optional<FileVersion> version = FileVersion::of(m_path);
     if (!mayReplace(version)) {
         return false;
     }
     if (m_path == m_document->filePath()) {
         m_document->acceptFileVersion(version);
-        // Should the save fail, no undo leads to what stands in the file.
+        // If this save fails, no undo step leads back to the content of the file.
         m_document->textStorage()->forgetSavePoint();
     }
     return write(m_path);
@@ -79,10 +79,11 @@ bool DocumentSaver::recover(const DocumentError &error)
 
 bool DocumentSaver::mayReplace(const std::optional<FileVersion> &version) const
 {
-    // A file that was only touched holds what is known of it. A large one is not read for that.
-    constexpr qint64 kQuicklyRead = 20'000'000;
+    // A file that was only touched still has the known content. A large file is not read to find
+    // out.
+    constexpr qint64 kMaxComparedSize = 20'000'000;
     const Text &known = m_document->savedText();
-    if (version && version->size == known.metrics().utf8Bytes && version->size < kQuicklyRead) {
+    if (version && version->size == known.metrics().utf8Bytes && version->size < kMaxComparedSize) {
         TransferProgress unwatched;
         const TransferOutcome present = readTextFile(m_path, unwatched);
         if (present && present->version == version && present->text == known) {
@@ -92,7 +93,7 @@ bool DocumentSaver::mayReplace(const std::optional<FileVersion> &version) const
     return dialogs::askToOverwriteChangedFile(m_controller->window(), QFileInfo(m_path).fileName());
 }
 
-/// What follows a transfer's end. False when it came to nothing.
+/// Handles the end of a transfer. False when the text was not saved.
 bool DocumentSaver::end(const std::optional<DocumentError> &error)
 {
     const bool savesAgain = std::exchange(m_savesAgain, false);

@@ -14,49 +14,49 @@ namespace penwick {
 
 class EditorWindowController;
 
-/// What is read and written at once, and what on another thread.
+/// Limits that decide what is read and written at once and what on another thread.
 struct TransferPatience
 {
-    /// Files and texts of fewer bytes are read and written at once.
+    /// Files and texts with fewer bytes are read and written at once.
     qint64 directBytes = 1'000'000;
-    /// How long a larger file may take to be read before its window opens without it.
+    /// How long to wait for a larger file to be read before its window opens without the text.
     std::chrono::milliseconds reading{100};
-    /// How long somebody who has to wait for a save does so before it is shown.
+    /// How long a caller that needs a save to end waits before a dialog shows the save.
     std::chrono::milliseconds saving{200};
 };
 
-/// The saves of one document, one after another: small ones at once, large ones by a transfer while
-/// the person goes on. It says so when one fails. Where another program changed the file it asks
-/// first, and where the file cannot be written it offers to save elsewhere.
+/// Saves one document, one save at a time: small texts at once, large ones by a transfer during
+/// which the user can keep editing. Shows an error when a save fails. Asks first when another
+/// program has changed the file, and offers to save elsewhere when the file cannot be written.
 class DocumentSaver final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// \param document not owned; outlives this.
-    /// \param controller whose window messages stand over; not owned, outlives this.
+    /// \param document not owned; must outlive this.
+    /// \param controller its window is the parent of all messages; not owned; must outlive this.
     DocumentSaver(TextDocument *document,
                   const EditorWindowController *controller,
                   const TransferPatience &patience);
 
-    /// Asks where else to save, and saves there.
+    /// Asks for another file and saves there. True when that is done or under way.
     using SaveElsewhere = std::function<bool()>;
 
-    /// \param saveElsewhere called when the person agreed; true when that is done or under way.
+    /// \param saveElsewhere called when the user accepts the offer.
     void setSaveElsewhere(SaveElsewhere saveElsewhere)
     {
         m_saveElsewhere = std::move(saveElsewhere);
     }
 
-    /// Writes the text to the file. While a save is under way this one waits for it, and goes to
-    /// the same file. What an input method is composing is committed first.
+    /// Writes the text to the file. If a save is under way, another one to the same file follows
+    /// it. A composition is committed first.
     /// \return true when the text is saved or its save is under way.
     bool save(const QString &path);
 
-    /// Returns when no save is under way any more. Where that takes long, a dialog shows it and
-    /// offers to call it off; nothing else can be done meanwhile.
-    /// \param name how the person knows the document.
-    /// \return false when a save failed or was called off.
+    /// Returns once no save is under way. If that takes long, shows a modal dialog that offers to
+    /// cancel the save.
+    /// \param name the document's display name.
+    /// \return false when a save failed or was cancelled.
     bool await(const QString &name);
 
 private:
@@ -69,8 +69,8 @@ private:
     TextDocument *m_document;
     const EditorWindowController *m_controller;
     TransferPatience m_patience;
-    QString m_path;            // Where it was saved last, or tried to.
-    bool m_savesAgain = false; // Asked for while a save was under way.
+    QString m_path;            // The target of the last save, successful or not.
+    bool m_savesAgain = false; // A save was requested while another was under way.
     bool m_isAwaited = false;
     SaveElsewhere m_saveElsewhere;
 };

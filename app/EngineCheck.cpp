@@ -18,7 +18,7 @@ EngineCheck::EngineCheck(ScriptHostPool &pool, QObject *parent)
     };
     try {
         m_thread = std::thread(std::move(work));
-    } catch (const std::system_error &) { // There are too many threads.
+    } catch (const std::system_error &) { // No thread can be started.
         m_trial.error = ScriptError{ScriptError::Code::HostUnavailable, {}};
         QMetaObject::invokeMethod(this, &EngineCheck::ended, Qt::QueuedConnection);
     }

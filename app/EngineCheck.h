@@ -10,22 +10,23 @@
 
 namespace penwick {
 
-/// Makes one trial of the script engine on a thread of its own. Ending this object ends the trial.
+/// Runs one trial of the script engine on a thread of its own. Destroying this object ends the
+/// trial.
 class EngineCheck final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// How long a trial may take, in milliseconds. A machine under load takes many times as long as
-    /// an idle one.
+    /// The longest time for a trial, in milliseconds. A machine under load is many times slower
+    /// than an idle one.
     static constexpr int kLongest = 120'000;
 
-    /// \param pool starts the trial's process now; not used afterwards.
+    /// \param pool starts the trial's process in the constructor; not used afterwards.
     explicit EngineCheck(ScriptHostPool &pool, QObject *parent = nullptr);
     ~EngineCheck() override;
     Q_DISABLE_COPY_MOVE(EngineCheck)
 
-    /// How it went, once `ended` was emitted.
+    /// The outcome; valid once `ended` was emitted.
     [[nodiscard]] const EngineTrial &trial() const { return m_trial; }
 
 Q_SIGNALS:

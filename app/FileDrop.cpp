@@ -13,9 +13,9 @@ namespace penwick {
 
 namespace {
 
-/// A window behind an open question takes nothing. Other windows do while a macro runs on one: its
-/// notice is modal for that one alone.
-bool isBehindAQuestion(const QWidget *window)
+/// True when a modal dialog blocks the window, which then accepts no files. The notice of a running
+/// macro blocks its own window only.
+bool isBlockedByDialog(const QWidget *window)
 {
     const QWidgetList windows = QApplication::topLevelWidgets();
     return std::any_of(windows.begin(), windows.end(), [window](const QWidget *other) {
@@ -42,13 +42,13 @@ bool FileDrop::eventFilter(QObject *watched, QEvent *event)
     if (!isDrop && event->type() != QEvent::DragEnter && event->type() != QEvent::DragMove)
         return false;
     const auto *widget = qobject_cast<const QWidget *>(watched);
-    if (widget == nullptr || !m_isTarget(widget->window()) || isBehindAQuestion(widget->window()))
+    if (widget == nullptr || !m_isTarget(widget->window()) || isBlockedByDialog(widget->window()))
         return false;
     auto *drop = static_cast<QDropEvent *>(event);
     const QStringList paths = localFilesOf(drop->mimeData());
     if (paths.isEmpty())
         return false;
-    // Never a move: the files stay where they are.
+    // Offer no move: the files stay where they are.
     const bool canCopy = drop->possibleActions().testFlag(Qt::CopyAction);
     drop->setDropAction(canCopy ? Qt::CopyAction : Qt::LinkAction);
     drop->accept();

@@ -9,16 +9,16 @@ class QWidget;
 
 namespace penwick {
 
-/// Takes the files that are dropped on a window, wherever in it: on the text, a field, the status
-/// bar. It watches the whole application, because each field of a window would take what is dropped
-/// on it for a text.
+/// Opens files that are dropped anywhere on a window: on the text, a field, the status bar. It
+/// filters the events of the whole application, because the fields of a window would otherwise take
+/// the drop as text.
 class FileDrop final : public QObject
 {
 public:
-    /// True for windows that take files. They must accept drops.
+    /// True for windows that accept files. Their widgets must accept drops.
     using IsTarget = std::function<bool(const QWidget *window)>;
-    /// Gets the absolute paths in a later turn of the event loop: until the drop has been answered,
-    /// the program that the files come from stands still.
+    /// Receives the absolute paths in a later turn of the event loop: the program that the files
+    /// come from is blocked until the drop is answered.
     using Open = std::function<void(const QStringList &paths)>;
 
     FileDrop(IsTarget isTarget, Open open, QObject *parent = nullptr);

@@ -8,13 +8,13 @@ namespace {
 
 using Kind = HandOverError::Kind;
 
-/// Writes all of it; `Stalled` when the other side takes nothing for too long.
+/// Writes all bytes. Fails as stalled when the other side accepts none within the timeout.
 class Writer final
 {
 public:
-    Writer(const LocalSocket &stream, std::chrono::milliseconds patience)
+    Writer(const LocalSocket &stream, std::chrono::milliseconds timeout)
         : m_stream(stream)
-        , m_patience(patience)
+        , m_timeout(timeout)
     {
     }
 
@@ -25,7 +25,7 @@ public:
             if (!count)
                 return false;
             bytes = bytes.sliced(*count);
-            if (*count == 0 && !m_stream.waitForWriting(QDeadlineTimer(m_patience))) {
+            if (*count == 0 && !m_stream.waitForWriting(QDeadlineTimer(m_timeout))) {
                 m_stalled = true;
                 return false;
             }
@@ -37,20 +37,21 @@ public:
 
 private:
     const LocalSocket &m_stream;
-    std::chrono::milliseconds m_patience;
+    std::chrono::milliseconds m_timeout;
     bool m_stalled = false;
 };
 
-/// Waits for answers one by one.
-class Listener final
+/// Reads replies one by one.
+class ReplyStream final
 {
 public:
-    explicit Listener(const LocalSocket &stream)
+    explicit ReplyStream(const LocalSocket &stream)
         : m_stream(stream)
     {
     }
 
-    /// `ended` is the error when the other side goes without an answer.
+    /// Returns the next reply.
+    /// \param ended the error when the connection closes without a reply.
     tl::expected<Reply, HandOverError> next(const QDeadlineTimer &deadline, Kind ended)
     {
         while (true) {
@@ -80,19 +81,19 @@ tl::expected<void, HandOverError>
 handOver(const OpenRequest &request, const LocalSocket &stream, std::chrono::milliseconds patience)
 {
     Writer writer(stream, patience);
-    // One that does not take all of it may have said why.
+    // After a failed write, read the reply: the other side may have said why it refuses.
     if (!sendRequest(request, [&writer](QByteArrayView bytes) { return writer.write(bytes); }) &&
         writer.hasStalled())
         return tl::unexpected(HandOverError{Kind::NoAnswer});
-    Listener listener(stream);
-    const auto answer = listener.next(QDeadlineTimer(patience), Kind::NotTaken);
+    ReplyStream replies(stream);
+    const auto answer = replies.next(QDeadlineTimer(patience), Kind::NotTaken);
     if (!answer)
         return tl::unexpected(answer.error());
     if (answer->kind == Reply::Kind::Refused)
         return tl::unexpected(HandOverError{Kind::Refused, answer->refusal});
     if (!request.wait)
         return {};
-    const auto last = listener.next(QDeadlineTimer(QDeadlineTimer::Forever), Kind::Abandoned);
+    const auto last = replies.next(QDeadlineTimer(QDeadlineTimer::Forever), Kind::Abandoned);
     if (!last)
         return tl::unexpected(last.error());
     if (last->kind != Reply::Kind::Closed)

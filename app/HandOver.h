@@ -9,15 +9,15 @@
 
 namespace penwick {
 
-/// How a request that was handed to the running process ended.
+/// Why a request that was handed to the running process failed.
 struct HandOverError
 {
     enum class Kind {
-        NoAnswer,     ///< The process hangs.
-        NotTaken,     ///< It ended before it took the request: somebody else may.
+        NoAnswer,     ///< The process does not respond.
+        NotTaken,     ///< It ended before it took the request; another process can take it.
         Refused,      ///< See `refusal`.
-        Abandoned,    ///< It ended while the documents of a waiting request were open.
-        NotAllOpened, ///< Some document of a waiting request could not be opened.
+        Abandoned,    ///< It ended before all documents of a waiting request were closed.
+        NotAllOpened, ///< A document of a waiting request could not be opened.
     };
 
     Kind kind = Kind::NoAnswer;
@@ -26,8 +26,9 @@ struct HandOverError
     bool operator==(const HandOverError &) const = default;
 };
 
-/// Hands the request over and returns once it was taken, or, if it waits, once all of it is closed.
-/// \param patience how long the running process may take to make any progress until it has taken
+/// Hands the request over. Returns when the running process has taken it, or, for a request that
+/// waits, when all of its documents are closed.
+/// \param patience how long to wait for each sign of progress until the running process has taken
 ///        the request.
 [[nodiscard]] tl::expected<void, HandOverError>
 handOver(const OpenRequest &request, const LocalSocket &stream, std::chrono::milliseconds patience);

@@ -19,7 +19,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// Names a display as all its programs see it.
+/// Returns a key that is the same for all programs on one display.
 QByteArray displayKey(const QByteArray &platform, const QByteArray &askedDisplay)
 {
     QByteArray display = askedDisplay.isEmpty() ? qgetenv("DISPLAY") : askedDisplay;
@@ -31,23 +31,23 @@ QByteArray displayKey(const QByteArray &platform, const QByteArray &askedDisplay
     QByteArray system = (platform.isEmpty() ? qgetenv("QT_QPA_PLATFORM") : platform);
     system.truncate(
         std::max<qsizetype>(0, system.indexOf(':') < 0 ? system.size() : system.indexOf(':')));
-    // On a display both of these are at home. The others show nothing there, so whoever asks on the
-    // display must not be sent to them.
+    // Windows of both of these platforms appear on the display. Other platforms (such as offscreen)
+    // show nothing there, so they get keys of their own.
     if (system == "xcb" || system.startsWith("wayland"))
         system.clear();
     return display + '\0' + qgetenv("WAYLAND_DISPLAY") + '\0' + system + '\0' +
            qgetenv("XDG_RUNTIME_DIR");
 }
 
-/// Whether the open file is what stands there, and was not removed since it was opened.
-bool standsAt(const QString &path, const FileDescriptor &file)
+/// True when the open file is still the one at `path`.
+bool isFileAt(const QString &path, const FileDescriptor &file)
 {
     const auto open = FileVersion::of(file.get());
-    const auto standing = FileVersion::ofEntry(path);
-    return open && standing && open->isOfSameFileAs(*standing);
+    const auto present = FileVersion::ofEntry(path);
+    return open && present && open->isOfSameFileAs(*present);
 }
 
-/// The lock, when it was free.
+/// Takes the lock if it is free.
 tl::expected<FileDescriptor, FileError> takeLock(const QString &path)
 {
     auto file = openLockFile(path);
@@ -55,14 +55,15 @@ tl::expected<FileDescriptor, FileError> takeLock(const QString &path)
         return file;
     if (const auto locked = lockExclusively(*file); !locked)
         return tl::unexpected(locked.error());
-    // The lock on a file that is gone binds nobody: the next one makes another.
-    if (!standsAt(path, *file))
+    // A lock on a deleted file protects nothing: the next process would create another file.
+    if (!isFileAt(path, *file))
         return tl::unexpected(FileError{FileError::Kind::Changed});
     return file;
 }
 
-/// What there is to be met right now; nothing for something in between.
-std::optional<tl::expected<Arrival, ArrivalError>> look(const InstanceAddress &address)
+/// Connects to the running process or takes the free place. No value in a transient state, in which
+/// the caller retries.
+std::optional<tl::expected<Arrival, ArrivalError>> tryToArrive(const InstanceAddress &address)
 {
     auto stream = LocalSocket::connectTo(address.socket);
     if (stream)
@@ -73,7 +74,7 @@ std::optional<tl::expected<Arrival, ArrivalError>> look(const InstanceAddress &a
         return std::nullopt;
     auto lock = takeLock(address.lock);
     if (!lock) {
-        // Somebody else is about to listen, or about to end.
+        // Another process is about to listen or about to end.
         if (lock.error().kind == FileError::Kind::Locked ||
             lock.error().kind == FileError::Kind::Changed)
             return std::nullopt;
@@ -91,7 +92,7 @@ tl::expected<InstanceAddress, FileError> InstanceAddress::ofThisDisplay(const QB
                                                                         const QByteArray &display)
 {
     return privateRuntimeFolder().map([&](const QString &folder) {
-        constexpr qsizetype kDigits = 16; // A socket's path has to be short.
+        constexpr qsizetype kDigits = 16; // The path of a socket must be short.
         const QByteArray hash =
             QCryptographicHash::hash(displayKey(platform, display), QCryptographicHash::Sha256)
                 .toHex();
@@ -115,7 +116,7 @@ InstancePlace::InstancePlace(InstanceAddress address, FileDescriptor lock, Local
 
 bool InstancePlace::holdsLock() const
 {
-    return standsAt(m_address.lock, m_lock);
+    return isFileAt(m_address.lock, m_lock);
 }
 
 bool InstancePlace::ownsSocket() const
@@ -132,7 +133,7 @@ bool InstancePlace::renew()
 {
     if (!makePrivateFolder(m_address.folder()))
         return false;
-    // First, for whoever has it listens, and nobody else.
+    // Take the lock first: only its holder may listen.
     if (!holdsLock()) {
         auto lock = takeLock(m_address.lock);
         if (!lock)
@@ -151,7 +152,7 @@ bool InstancePlace::renew()
 
 void InstancePlace::leave(InstancePlace place)
 {
-    // While the lock is held, so that it is nobody else's.
+    // Remove the socket while the lock is held: no other process can have replaced it.
     if (place.stands())
         static_cast<void>(removeFile(place.m_address.socket));
 }
@@ -159,13 +160,13 @@ void InstancePlace::leave(InstancePlace place)
 tl::expected<Arrival, ArrivalError> arriveAt(const InstanceAddress &address,
                                              const QDeadlineTimer &deadline)
 {
-    constexpr auto kPause = 5ms;
+    constexpr auto kRetryInterval = 5ms;
     while (true) {
-        if (auto met = look(address))
+        if (auto met = tryToArrive(address))
             return *std::move(met);
         if (deadline.hasExpired())
             return tl::unexpected(ArrivalError::NoAnswer);
-        std::this_thread::sleep_for(kPause);
+        std::this_thread::sleep_for(kRetryInterval);
     }
 }
 

@@ -16,50 +16,53 @@ class QDeadlineTimer;
 
 namespace penwick {
 
-/// Where the running process of one user on one display is met.
+/// The address at which the running process of one user on one display listens.
 struct InstanceAddress
 {
-    QString socket; ///< Absolute paths.
+    QString socket; ///< Absolute path, as is `lock`.
     QString lock;
 
-    /// \param platform the window system asked for on the command line; may be empty.
-    /// \param display the same for the display.
+    /// \param platform the window system given on the command line; may be empty.
+    /// \param display the display given on the command line; may be empty.
     [[nodiscard]] static tl::expected<InstanceAddress, FileError>
     ofThisDisplay(const QByteArray &platform, const QByteArray &display = {});
 
-    /// The folder of both.
+    /// The folder of both files.
     [[nodiscard]] QString folder() const;
 
     bool operator==(const InstanceAddress &) const = default;
 };
 
-/// The place of the one running process: a socket that it listens at, and a lock that says so until
-/// the process ends, in whatever way. Not usable once moved from.
+/// The place of the one running process: a socket that it listens on, and a lock that it holds
+/// until it ends, however it ends. Not usable once moved from.
 ///
-/// Programs that clean up may take away both files. The place is that of whoever holds the lock on
-/// the file that stands there now: one that has lost it gives way, and one that still has it may
-/// take the socket's place over whatever stands there.
+/// Programs that clean up may remove both files. The place belongs to the process that holds the
+/// lock on the file now at the lock's path. A process that has lost this lock gives the place up to
+/// the new holder. A process that still holds it may listen at the socket's path again, whatever is
+/// there.
 class InstancePlace final
 {
 public:
-    /// \param listening at the address's socket; only this process listens there.
+    /// \param listening the socket at the address; only this process listens there.
     InstancePlace(InstanceAddress address, FileDescriptor lock, LocalSocket listening);
 
     [[nodiscard]] const InstanceAddress &address() const { return m_address; }
 
     [[nodiscard]] const LocalSocket &listening() const { return m_listening; }
 
-    /// Whether whoever arrives meets this process: its own lock and its own socket stand there.
+    /// True when connections reach this process: its own lock and its own socket are at the
+    /// address.
     [[nodiscard]] bool stands() const;
 
-    /// Puts up again what was taken away; the folder, too. `listening` may be another afterwards.
-    /// \return false where another process has the place by now, or the system fails. As long as
-    ///         nothing stands in the way, it may be tried again.
+    /// Restores what was removed, the folder included. `listening` may be another socket
+    /// afterwards.
+    /// \return false when another process has the place by now, or on a system error. May be called
+    ///         again later.
     [[nodiscard]] bool renew();
 
-    /// Gives the place up for the next process. Whoever has been waiting at the socket meets its
-    /// end. Destroying the object instead, as one that has forked does, leaves the place to the
-    /// other process.
+    /// Gives the place up to the next process. Pending connections to the socket are closed. To
+    /// leave the place to another process instead, as a parent does after a fork, destroy the
+    /// object.
     static void leave(InstancePlace place);
 
 private:
@@ -69,20 +72,21 @@ private:
     InstanceAddress m_address;
     FileDescriptor m_lock;
     LocalSocket m_listening;
-    std::optional<FileVersion> m_socket; // What this process put there.
+    std::optional<FileVersion> m_socket; // The socket that this process created.
 };
 
-/// What somebody meets who arrives at an address: the free place, which is theirs from then on, or
-/// the process that has it.
+/// The result of arriving at an address: the free place, which now belongs to the caller, or a
+/// connection to the process that has it.
 using Arrival = std::variant<InstancePlace, LocalSocket>;
 
 enum class ArrivalError {
-    Unusable,  ///< The place cannot be taken by anybody.
-    NoAnswer,  ///< Some process has it but did not listen in time.
-    Forbidden, ///< What listens there belongs to somebody else.
+    Unusable,  ///< No process can take the place.
+    NoAnswer,  ///< A process has it but did not listen in time.
+    Forbidden, ///< The process that listens there belongs to another user.
 };
 
-/// Of processes that arrive at the same moment exactly one gets the place.
+/// Takes the place or connects to its process. Of several processes that arrive at once exactly one
+/// gets the place.
 [[nodiscard]] tl::expected<Arrival, ArrivalError> arriveAt(const InstanceAddress &address,
                                                            const QDeadlineTimer &deadline);
 

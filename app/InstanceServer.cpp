@@ -8,21 +8,24 @@ namespace penwick {
 
 namespace {
 
-// Decoding this much takes less than a millisecond, so the person at the keyboard feels nothing.
-constexpr std::size_t kPiece = std::size_t{1} << 18;
+// Decoding this much takes less than a millisecond, so the event loop stays responsive.
+constexpr std::size_t kReadSize = std::size_t{1} << 18;
 
-// More at the same moment than anybody starts; each holds little until its bytes have come.
+// Limits the connections whose requests are incomplete. No user starts so many processes at once; a
+// connection uses little memory until its bytes arrive.
 constexpr std::size_t kMaxArriving = 256;
 
-// While no file can be opened; less than anybody who waits would give up after.
-constexpr std::chrono::milliseconds kPause{200};
+// The delay after a failed accept, such as with too many open files. Shorter than a client's
+// timeout.
+constexpr std::chrono::milliseconds kAcceptRetryDelay{200};
 
-// Whoever cleans up takes one file after the other, and a start waits for longer than this.
-constexpr std::chrono::milliseconds kSettling{100};
-// A process that has just started has other things to do, and whoever arrives waits for longer.
-constexpr std::chrono::milliseconds kFirstLook{1'000};
-// Between tries to get the place back. There is no hurry: another process has it.
-constexpr std::chrono::milliseconds kLongestWait{60'000};
+// A cleaning program removes one file after the other; wait until it has finished. Shorter than a
+// client's timeout.
+constexpr std::chrono::milliseconds kSettleTime{100};
+// The first check runs after the start-up, yet sooner than a client's timeout.
+constexpr std::chrono::milliseconds kFirstCheckDelay{1'000};
+// The longest delay between attempts to get the place back, which another process then has.
+constexpr std::chrono::milliseconds kMaxRetryDelay{60'000};
 
 } // namespace
 
@@ -42,14 +45,14 @@ InstanceClient::InstanceClient(LocalSocket stream,
 
 void InstanceClient::readSome()
 {
-    static thread_local std::array<char, kPiece> bytes;
+    static thread_local std::array<char, kReadSize> bytes;
     const auto count = m_stream.read(bytes.data(), bytes.size());
     if (!count) {
         end();
         return;
     }
     if (m_complete || *count == 0) {
-        // Nothing is left to be said, so what comes is not listened to.
+        // The request is complete, so what follows is discarded; or no bytes are available yet.
         return;
     }
     m_timer.start();
@@ -75,10 +78,10 @@ void InstanceClient::takeIn(QByteArrayView bytes)
 
 bool InstanceClient::taken()
 {
-    const bool isHeard = answer({.kind = Reply::Kind::Taken});
+    const bool isSent = answer({.kind = Reply::Kind::Taken});
     if (!m_waits)
         end();
-    return isHeard;
+    return isSent;
 }
 
 void InstanceClient::closed(bool openedAll)
@@ -87,7 +90,7 @@ void InstanceClient::closed(bool openedAll)
     end();
 }
 
-// A few bytes in all, so there is always room for them, unless the other side is gone.
+// The replies are a few bytes in all, so the socket has room for them while it is open.
 bool InstanceClient::answer(const Reply &reply)
 {
     return !m_ended && m_stream.write(encoded(reply)).has_value();
@@ -109,11 +112,11 @@ InstanceServer::InstanceServer(InstancePlace place,
     : QObject(parent)
     , m_place(std::move(place))
     , m_patience(patience)
-    , m_untilNextLook(kSettling)
+    , m_untilNextLook(kSettleTime)
 {
     listen();
     m_pause.setSingleShot(true);
-    m_pause.setInterval(kPause);
+    m_pause.setInterval(kAcceptRetryDelay);
     connect(&m_pause, &QTimer::timeout, this, [this] { setAccepting(true); });
     m_lookTimer.setSingleShot(true);
     connect(&m_lookTimer, &QTimer::timeout, this, &InstanceServer::lookAfterPlace);
@@ -121,7 +124,7 @@ InstanceServer::InstanceServer(InstancePlace place,
             &QFileSystemWatcher::directoryChanged,
             this,
             &InstanceServer::lookAfterPlaceSoon);
-    m_lookTimer.start(kFirstLook);
+    m_lookTimer.start(kFirstCheckDelay);
 }
 
 InstanceServer::~InstanceServer()
@@ -149,7 +152,7 @@ void InstanceServer::listen()
 
 void InstanceServer::watch()
 {
-    // Anew, for the folder of that name may be another one by now.
+    // Watch anew: the folder of that name may be another one by now.
     const QString folder = m_place->address().folder();
     m_watcher.removePath(folder);
     m_watcher.addPath(folder);
@@ -157,27 +160,27 @@ void InstanceServer::watch()
 
 void InstanceServer::lookAfterPlaceSoon()
 {
-    if (m_place && (!m_lookTimer.isActive() || m_lookTimer.remainingTimeAsDuration() > kSettling))
-        m_lookTimer.start(kSettling);
+    if (m_place && (!m_lookTimer.isActive() || m_lookTimer.remainingTimeAsDuration() > kSettleTime))
+        m_lookTimer.start(kSettleTime);
 }
 
 void InstanceServer::lookAfterPlace()
 {
     if (m_watcher.directories().isEmpty())
-        watch(); // Before looking, so that nothing happens in between.
+        watch(); // Watch before the check, so that no change in between is missed.
     if (!m_place->stands())
         renewPlace();
     if (m_place->stands()) {
-        m_untilNextLook = kSettling;
+        m_untilNextLook = kSettleTime;
         return;
     }
     m_lookTimer.start(m_untilNextLook);
-    m_untilNextLook = std::min(2 * m_untilNextLook, kLongestWait);
+    m_untilNextLook = std::min(2 * m_untilNextLook, kMaxRetryDelay);
 }
 
 void InstanceServer::renewPlace()
 {
-    acceptAll(); // Who came before, for those would meet the end of the socket.
+    acceptAll(); // Accept pending connections first: closing the old socket would end them.
     m_notifier.reset();
     static_cast<void>(m_place->renew());
     listen();
@@ -198,7 +201,7 @@ void InstanceServer::acceptAll()
             break;
         }
     }
-    // Whoever waits would wake the event loop in each turn.
+    // A pending connection would wake the event loop in each turn.
     setAccepting(false);
 }
 

@@ -16,26 +16,28 @@
 
 namespace penwick {
 
-/// A stream from another process: takes a request in while the event loop runs, a bounded piece at
-/// a time, and gives answers. A process that sends nonsense, too much, or nothing for too long is
-/// dropped.
+/// A connection from another process. Reads a request in bounded pieces while the event loop runs,
+/// and sends replies. A client whose request is malformed or too large, or that sends nothing until
+/// the timeout, is dropped.
 class InstanceClient final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// \param patience how long the other process may take until its next piece.
+    /// \param patience how long to wait for the client's next bytes.
     InstanceClient(LocalSocket stream, std::chrono::milliseconds patience, QObject *parent);
 
-    /// Says that the request will be opened. One that does not wait is over then.
-    /// \return false when whoever asked is gone, and expects nothing any more.
+    /// Replies that the request will be opened, and ends the connection unless the request waits.
+    /// \return false when the client is gone. It reported a failure then, so do not open its
+    ///         request.
     bool taken();
-    /// Says that all of it is closed. Nothing of the client is used after that.
+    /// Replies that all documents of the request are closed. Do not use the client afterwards.
     void closed(bool openedAll);
 
 Q_SIGNALS:
     void requested(const penwick::OpenRequest &request);
-    /// The stream is at its end, from this side or the other.
+    /// The connection has ended, from either side. The object is deleted in a later turn of the
+    /// event loop.
     void ended();
 
 private:
@@ -53,8 +55,8 @@ private:
     bool m_ended = false;
 };
 
-/// Listens at the place of the one running process, and puts it up again where somebody takes it
-/// away.
+/// Listens at the place of the one running process, and restores the place when its files are
+/// removed.
 class InstanceServer final : public QObject
 {
     Q_OBJECT
@@ -65,15 +67,15 @@ public:
     explicit InstanceServer(InstancePlace place,
                             std::chrono::milliseconds patience = kPatience,
                             QObject *parent = nullptr);
-    /// Leaves the place.
+    /// Gives the place up.
     ~InstanceServer() override;
 
-    /// Gives the place up. Requests that were not taken yet end, so that whoever asks can turn to
-    /// the next process; those that wait go on waiting.
+    /// Gives the place up and drops the clients whose requests are incomplete, so that they can
+    /// turn to the next process. Clients that wait for their documents stay connected.
     void leave();
 
 Q_SIGNALS:
-    /// \param client owned by this; goes when its stream ends.
+    /// \param client owned by this; deleted when its connection ends.
     void requested(penwick::InstanceClient *client, const penwick::OpenRequest &request);
 
 private:
@@ -89,11 +91,11 @@ private:
     std::optional<InstancePlace> m_place;
     std::chrono::milliseconds m_patience;
     std::unique_ptr<QSocketNotifier> m_notifier;
-    QTimer m_pause; // Until the next try, after one that failed.
+    QTimer m_pause; // The delay after a failed accept.
     QFileSystemWatcher m_watcher;
     QTimer m_lookTimer;
-    std::chrono::milliseconds m_untilNextLook; // Where the next try fails.
-    std::vector<InstanceClient *> m_arriving;  // Whose requests were not taken yet.
+    std::chrono::milliseconds m_untilNextLook; // The delay after the next failed check.
+    std::vector<InstanceClient *> m_arriving;  // Their requests are not complete yet.
 };
 
 } // namespace penwick

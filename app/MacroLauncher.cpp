@@ -21,7 +21,7 @@ MacroLauncher::MacroLauncher(TargetEditor targetEditor, Clock clock)
 
 void MacroLauncher::promptOrRun(const Macro &macro) const
 {
-    // No question whose answer would be of no use.
+    // Ask nothing while a macro runs: the answer could not be used.
     if (const WindowController target = m_targetEditor();
         target != nullptr && target->isRunningMacro()) {
         target->offerToStopMacro();
@@ -101,7 +101,7 @@ void MacroLauncher::showInfo(const QString &message) const
     }
 }
 
-/// The question stands over the window it was asked from, which need not be an editor.
+/// The dialog's parent is the active window, which need not be an editor.
 QWidget *MacroLauncher::promptParent() const
 {
     return QApplication::activeWindow();

@@ -11,23 +11,24 @@ class QWidget;
 
 namespace penwick {
 
-/// Brings a macro and an editor window together, asking for the input that some built-in macros
-/// want. The window is chosen after the question is answered.
+/// Runs a macro in an editor window, after asking for the input that some built-in macros need. The
+/// window is chosen after the question is answered.
 class MacroLauncher final
 {
 public:
     using WindowController = std::shared_ptr<EditorWindowController>;
-    /// Answers the controller to run in; null when there is none.
+    /// Returns the controller to run in; null when there is none.
     using TargetEditor = std::function<WindowController()>;
 
     /// \param clock gives the time that the date prompt inserts.
     MacroLauncher(TargetEditor targetEditor, Clock clock);
 
-    /// Runs the macro, after its prompt if its id has one. Silent without a target editor.
+    /// Runs the macro, after its prompt if its id has one. Does nothing without a target editor,
+    /// but for the prompt.
     void promptOrRun(const Macro &macro) const;
-    /// As above, but says so when there is no editor to run in.
+    /// As above, but shows a message when there is no editor to run in.
     void runInActiveEditor(const Macro &macro) const;
-    /// Runs a macro without a prompt. Silent without a target editor.
+    /// Runs a macro without a prompt. Does nothing without a target editor.
     void run(const QString &code,
              const QString &id,
              const QString &name,

@@ -15,7 +15,7 @@ namespace {
 QAction *addPlainItem(QMenu *menu, const QString &title)
 {
     QAction *action = menu->addAction(verbatimText(title));
-    action->setMenuRole(QAction::NoRole); // A macro's name may look like "Quit" to Qt.
+    action->setMenuRole(QAction::NoRole); // Qt could take a macro's name such as "Quit" for a role.
     return action;
 }
 

@@ -33,8 +33,8 @@ QStringList datePatterns()
 
 QString formatDate(const QDateTime &instant, const QString &pattern)
 {
-    // For the letters of the patterns above Qt's and Unicode's meanings agree, and the Japanese
-    // signs are literals in both.
+    // The letters of the patterns above mean the same to Qt as in Unicode date patterns, and both
+    // take the Japanese characters literally.
     return QLocale(QLocale::Japanese, QLocale::Japan).toString(instant, pattern);
 }
 

@@ -22,7 +22,7 @@ QAction::MenuRole menuRole(MenuCommand command)
     case MenuCommand::Quit:
         return QAction::QuitRole;
     default:
-        // Without it Qt guesses the role from the text, which a macro's name must not trigger.
+        // Without `NoRole`, Qt guesses the role from the text, such as a macro's name.
         return QAction::NoRole;
     }
 }
@@ -59,8 +59,8 @@ void setEditStates(const QMenu *menu, bool isOpen)
     }
 }
 
-/// An open menu shows which edit commands are possible. Closed, all of them are enabled: a disabled
-/// item would swallow its shortcut long after the reason has gone.
+/// Shows in the open menu which edit commands are possible. While the menu is closed all of them
+/// are enabled: a disabled item would keep blocking its shortcut after the reason is gone.
 void validateWhileOpen(QMenu *menu)
 {
     QObject::connect(menu, &QMenu::aboutToShow, menu, [menu] { setEditStates(menu, true); });
@@ -90,7 +90,7 @@ void buildMenuBar(QMainWindow *window, const MenuHandlers &handlers)
     }
     validateWhileOpen(menus.at(MenuId::Edit));
     rememberFocusBefore(bar);
-    window->setMenuBar(bar); // The window disposes of the old bar.
+    window->setMenuBar(bar); // The window deletes the old bar.
 }
 
 QMenu *macroMenu(const QMainWindow *window)

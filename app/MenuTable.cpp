@@ -74,7 +74,7 @@ QKeySequence keyEquivalent(const MenuItemRow &row)
         return {};
     }
     const QChar key(row.key);
-    // Qt names letter keys by their capitals.
+    // Qt names letter keys by their capital letters.
     const int code = Qt::Key_A + (key.toUpper().unicode() - u'A');
     const Qt::KeyboardModifiers modifiers =
         key.isUpper() ? Qt::ControlModifier | Qt::ShiftModifier : Qt::ControlModifier;

@@ -37,7 +37,7 @@ struct MenuRow
 {
     MenuId menu;
     QStringView titleKey;
-    QStringView titleDefault; ///< Empty: the lookup has no default.
+    QStringView titleDefault; ///< Empty when the lookup has no default.
 };
 
 /// One item of a menu.
@@ -46,9 +46,9 @@ struct MenuItemRow
     MenuId menu;
     MenuCommand command;
     QStringView titleKey = {};
-    QStringView titleDefault = {}; ///< Empty: the lookup has no default.
-    QStringView titleSuffix = {};  ///< Follows the looked-up title.
-    char16_t key = 0;              ///< With the command key; a capital letter with Shift too.
+    QStringView titleDefault = {}; ///< Empty when the lookup has no default.
+    QStringView titleSuffix = {};  ///< Appended to the looked-up title.
+    char16_t key = 0;              ///< With Ctrl, and Shift for a capital letter. 0: none.
 };
 
 [[nodiscard]] std::span<const MenuRow> menuRows();
@@ -58,7 +58,7 @@ struct MenuItemRow
 [[nodiscard]] QString menuTitle(const MenuRow &row);
 [[nodiscard]] QString menuTitle(const MenuItemRow &row);
 
-/// Empty where the item has no key.
+/// Empty when the item has no key.
 [[nodiscard]] QKeySequence keyEquivalent(const MenuItemRow &row);
 
 } // namespace penwick

@@ -15,7 +15,7 @@ using paths::identityOf;
 
 namespace {
 
-/// True for the document's file, and for the one that it is being saved to.
+/// True when the document's file, or the one that it is being saved to, has this identity.
 bool isHeldBy(const TextDocument &document, const QString &identity)
 {
     const QStringList paths{document.filePath(), document.transferPath()};

@@ -12,43 +12,44 @@
 
 namespace penwick {
 
-/// A document and what belongs to it.
+/// A document and the objects that belong to it.
 struct OpenDocument
 {
     std::unique_ptr<TextDocument> document;
     std::shared_ptr<EditorWindowController> controller;
-    std::unique_ptr<DocumentSaver> saver; // Goes before the document.
+    std::unique_ptr<DocumentSaver> saver; // Destroyed before the document.
     std::unique_ptr<OutsideChanges> outsideChanges;
     int untitledNumber = 0; // 0 for a document that was opened from a file.
 
-    /// How the person knows it.
+    /// The name shown to the user.
     [[nodiscard]] QString displayName() const;
-    /// Untitled, and nobody has done anything to it.
+    /// True for an untitled document that is empty and untouched.
     [[nodiscard]] bool isPristine() const;
 };
 
-/// The documents that are open, oldest first, and how they are found.
+/// The open documents, oldest first, with their look-up functions.
 class OpenDocuments final
 {
 public:
     [[nodiscard]] bool isEmpty() const { return m_entries.empty(); }
 
     [[nodiscard]] QList<std::shared_ptr<EditorWindowController>> controllers() const;
-    /// The windows that they stand in, each once.
+    /// The windows of these controllers, each once.
     [[nodiscard]] QList<std::shared_ptr<EditorWindow>> windows() const;
 
-    /// Each is null where there is none, and for null.
+    /// Each look-up returns null when there is no match, and for null.
     [[nodiscard]] OpenDocument *find(const EditorWindowController *controller) const;
-    /// The one in front of an editor window.
+    /// The document in the front tab of an editor window.
     [[nodiscard]] OpenDocument *inFrontOf(const QWidget *window) const;
-    /// The one whose file it is, or that is being saved to it. \param path absolute.
+    /// The document that has this file or is being saved to it.
+    /// \param path absolute.
     [[nodiscard]] OpenDocument *withFile(const QString &path) const;
     [[nodiscard]] OpenDocument *withRunningMacro() const;
 
     OpenDocument &add();
     [[nodiscard]] std::unique_ptr<OpenDocument> take(const EditorWindowController *controller);
 
-    /// The lowest that no untitled document has.
+    /// The lowest number that no untitled document has.
     [[nodiscard]] int nextUntitledNumber() const;
 
 private:

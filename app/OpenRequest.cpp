@@ -6,7 +6,7 @@ namespace penwick {
 
 namespace {
 
-/// The end of the line that starts at `start`, before its line break.
+/// Returns the end of the line that starts at `start`, before its line break.
 qint64 lineEnd(const Text &text, qint64 line, qint64 start, bool isLast)
 {
     if (isLast)
@@ -23,7 +23,7 @@ qint64 offsetOf(const TextPlace &place, const Text &text)
     const qint64 line = std::clamp<qint64>(place.line, 1, lineFeeds + 1);
     const qint64 start = text.offsetAfterLineFeed(line - 1);
     const qint64 end = lineEnd(text, line, start, line == lineFeeds + 1);
-    // The line may be long: the place is found without counting one by one.
+    // Binary search: the line may be long, so counting each cluster would be slow.
     qint64 low = start;
     qint64 high = end;
     while (low < high) {

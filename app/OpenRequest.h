@@ -9,9 +9,9 @@
 
 namespace penwick {
 
-/// A place in a text as other programs name it: lines end with line feeds, and columns count what a
-/// reader takes for characters (grapheme clusters). Both 1-based; a place beyond the end of its
-/// line, or of the text, is that end.
+/// A place in a text as other programs give it: lines end with line feeds, and columns count
+/// grapheme clusters. Both are 1-based. A place past the end of its line or of the text means that
+/// end.
 struct TextPlace
 {
     qint64 line = 1;
@@ -20,27 +20,28 @@ struct TextPlace
     bool operator==(const TextPlace &) const = default;
 };
 
-/// The offset of the place in UTF-16 code units.
+/// Returns the offset of the place in UTF-16 code units.
 [[nodiscard]] qint64 offsetOf(const TextPlace &place, const Text &text);
 
-/// What somebody who started penwick wants to have opened, by this process or by the one that runs
-/// already.
+/// What the user who started a process of penwick wants to open, in that process or in the one that
+/// is already running.
 struct OpenRequest
 {
-    /// A file, or the text of a document that has none yet.
+    /// A file, or the text of an untitled document.
     struct Item
     {
-        QByteArray path; ///< Absolute, the bytes by which the system knows it; empty for a text.
+        QByteArray path; ///< Absolute, as the bytes that the system uses; empty for a text.
         std::optional<Text> text;
-        std::optional<TextPlace> place; ///< Where the caret goes.
+        std::optional<TextPlace> place; ///< The caret position.
 
         bool operator==(const Item &) const = default;
     };
 
-    QList<Item> items;      ///< None asks for the editor itself.
-    bool newWindow = false; ///< In a window of its own, not among the others.
-    bool wait = false;      ///< Whoever asks waits until all of it is closed.
-    /// What the window system gave the asking process, so that the window may come forward.
+    QList<Item> items;      ///< If empty, show the editor itself.
+    bool newWindow = false; ///< Open in a new window instead of in tabs.
+    bool wait = false;      ///< The requesting process waits until all documents are closed.
+    /// What the window system gave the requesting process, so that the window may come to the
+    /// front.
     QByteArray activationToken;
     QByteArray startupId;
 

@@ -49,7 +49,7 @@ QByteArray frame(quint8 kind, QByteArrayView payload)
     return bytes;
 }
 
-// A place is always there, with zeros for none, so that what follows has a fixed start.
+// A place is always encoded, as zeros when absent, so that what follows starts at a fixed offset.
 constexpr qsizetype kPlaceSize = 2 * sizeof(qint64);
 
 QByteArray encodedPlace(const std::optional<TextPlace> &place)
@@ -91,7 +91,7 @@ bool sendItem(const OpenRequest::Item &item, const ByteSink &sink)
 {
     if (item.text)
         return sendText(item, sink);
-    // A path that is too long for the system anyway: whoever opens it says so.
+    // Truncate a path that is too long for the system anyway: opening it fails with an error.
     const auto path =
         QByteArrayView(item.path).first(std::min(item.path.size(), kMaxPayload - kPlaceSize));
     return sink(frame(File, encodedPlace(item.place).append(path.data(), path.size())));

@@ -11,61 +11,61 @@
 
 namespace penwick {
 
-// The form in which one process of penwick asks another to open something. Both sides send frames:
-// a kind (1 byte), three zeros, the length of the payload (4 bytes, the lowest first) and at most
-// `kMaxPayload` bytes. A request is a greeting with the version of this form, then what is to be
-// opened piece by piece, then an end; a text comes in pieces as well, so that neither side ever
-// holds its bytes as a whole. The greeting and the refusal stay as they are in all versions.
+// The protocol by which one process of penwick asks another to open something. Both sides send
+// frames: a kind (1 byte), three zero bytes, the length of the payload (4 bytes, little-endian) and
+// at most `kMaxPayload` bytes of payload. A request is a greeting with the version of the protocol,
+// then the items piece by piece, then an end. A text is sent in pieces too, so that neither side
+// ever holds all of its bytes. The greeting and the refusal are the same in all versions.
 
 constexpr qsizetype kMaxPayload = qsizetype{1} << 16;
 constexpr qsizetype kMaxItems = 100'000;
-constexpr qint64 kMaxTextBytes = qint64{1} << 30; ///< Of all texts of one request.
+constexpr qint64 kMaxTextBytes = qint64{1} << 30; ///< For all texts of one request together.
 
-/// Why a request is not taken.
+/// Why a request is refused.
 enum class Refusal : quint8 {
-    OtherVersion = 1, ///< The other process speaks another version of this form.
+    OtherVersion = 1, ///< The other process uses another version of the protocol.
     Malformed = 2,
     TooLarge = 3,
     NotUtf8 = 4,
 };
 
-/// What the running process answers.
+/// A reply of the running process.
 struct Reply
 {
     enum class Kind : quint8 {
-        Taken = 64,   ///< Will be opened, and the last answer unless the request waits.
-        Refused = 65, ///< Will not; the last answer.
-        Closed = 66,  ///< All documents of the request are closed; the last answer.
+        Taken = 64,   ///< The request will be opened; the last reply unless the request waits.
+        Refused = 65, ///< The request will not be opened; the last reply.
+        Closed = 66,  ///< All documents of the request are closed; the last reply.
     };
 
     Kind kind = Kind::Taken;
-    Refusal refusal = Refusal::Malformed; ///< Of `Refused` only.
-    bool openedAll = true;                ///< Of `Closed` only.
+    Refusal refusal = Refusal::Malformed; ///< For `Refused` only.
+    bool openedAll = true;                ///< For `Closed` only.
 
     bool operator==(const Reply &) const = default;
 };
 
-/// Takes bytes on their way out; false when there is nobody to take them any more.
+/// Receives encoded bytes. False when they can no longer be sent.
 using ByteSink = std::function<bool(QByteArrayView)>;
 
-/// Hands the request to `sink` in pieces of bounded size. False when it refused one.
+/// Passes the request to `sink` in pieces of bounded size. False once `sink` returned false.
 bool sendRequest(const OpenRequest &request, const ByteSink &sink);
 
 [[nodiscard]] QByteArray encoded(const Reply &reply);
 
-/// Cuts bytes that arrive in any portions into frames.
+/// Splits bytes that arrive in pieces of any size into frames.
 class FrameCutter final
 {
 public:
     struct Frame
     {
         quint8 kind = 0;
-        QByteArrayView payload; ///< Valid until the next call.
+        QByteArrayView payload; ///< Valid until the next call of `append`.
     };
 
     void append(QByteArrayView bytes);
 
-    /// The next frame, nothing while it is incomplete. An error stays.
+    /// Returns the next frame; no value while it is incomplete. After an error, every call fails.
     [[nodiscard]] tl::expected<std::optional<Frame>, Refusal> next();
 
 private:
@@ -73,15 +73,15 @@ private:
     qsizetype m_taken = 0;
 };
 
-/// Puts a request together. What it holds grows with the request only, never with what a frame
-/// announces.
+/// Assembles a request. Its memory grows with the received bytes only, never with an announced
+/// length.
 class RequestReader final
 {
 public:
-    /// \return true once the request is complete. After an error the reader is of no use.
+    /// \return true once the request is complete. Do not use the reader after an error.
     [[nodiscard]] tl::expected<bool, Refusal> append(QByteArrayView bytes);
 
-    /// The complete request; only once.
+    /// Returns the complete request. Call it once.
     [[nodiscard]] OpenRequest take() { return std::move(m_request); }
 
 private:
@@ -96,19 +96,19 @@ private:
 
     FrameCutter m_frames;
     OpenRequest m_request;
-    std::optional<Utf8Reader> m_text; // While one comes.
+    std::optional<Utf8Reader> m_text; // Set while a text is being received.
     qint64 m_textBytes = 0;
     bool m_greeted = false;
     bool m_complete = false;
 };
 
-/// Reads the answers to a request.
+/// Reads the replies to a request.
 class ReplyReader final
 {
 public:
     void append(QByteArrayView bytes) { m_frames.append(bytes); }
 
-    /// The next answer, nothing while it is incomplete.
+    /// Returns the next reply; no value while it is incomplete.
     [[nodiscard]] tl::expected<std::optional<Reply>, Refusal> next();
 
 private:

@@ -35,8 +35,8 @@ DocumentController::WindowController controllerOf(const DocumentController &docu
     return found != controllers.end() ? *found : nullptr;
 }
 
-/// The question that nothing is to be opened behind; null without one. The notice of a macro is
-/// none: it holds its own window alone, and may stand for as long as nobody looks.
+/// Returns the modal dialog behind which no document is to be opened; null when there is none. The
+/// notice of a macro does not count: it blocks its own window only and may stay for long.
 QWidget *openQuestion()
 {
     const QWidgetList windows = QApplication::topLevelWidgets();
@@ -53,8 +53,8 @@ OpenRequests::OpenRequests(DocumentController *documents, FrontWindow frontWindo
     : m_documents(documents)
     , m_frontWindow(std::move(frontWindow))
 {
-    constexpr auto kLookAgain = 50ms; // While a question is on the screen.
-    m_timer.setInterval(kLookAgain);
+    constexpr auto kRetryInterval = 50ms; // While a dialog is open.
+    m_timer.setInterval(kRetryInterval);
     connect(&m_timer, &QTimer::timeout, this, &OpenRequests::openWaiting);
     connect(documents, &DocumentController::documentClosed, this, &OpenRequests::forget);
 }
@@ -65,7 +65,8 @@ void OpenRequests::listenAt(InstancePlace place)
 {
     m_server = std::make_unique<InstanceServer>(std::move(place));
     connect(m_server.get(), &InstanceServer::requested, this, &OpenRequests::take);
-    // The process ends soon after the last window; who asks from now on is to ask the next one.
+    // The process ends soon after the last window closes. Later requests must go to the next
+    // process.
     connect(qApp, &QGuiApplication::lastWindowClosed, m_server.get(), [this] {
         if (m_waiting.empty())
             m_server->leave();
@@ -90,9 +91,9 @@ void OpenRequests::open(const OpenRequest &request)
 
 void OpenRequests::take(InstanceClient *client, const OpenRequest &request)
 {
-    // Before anything is opened: a question may come of that.
+    // Reply before anything is opened, because opening may show a modal dialog.
     if (!client->taken())
-        return; // It gave up meanwhile, and has said so.
+        return; // The client has given up meanwhile and reported it.
     m_waiting.push_back({client, request});
     if (m_stay == nullptr)
         m_stay = std::make_unique<QEventLoopLocker>();
@@ -102,7 +103,8 @@ void OpenRequests::take(InstanceClient *client, const OpenRequest &request)
         bringForward(question);
         return;
     }
-    // In a turn of its own: a question there runs the event loop, in which the client may go.
+    // Open in a later turn of the event loop: a dialog would run a nested event loop, in which the
+    // client may be deleted.
     QMetaObject::invokeMethod(this, &OpenRequests::openWaiting, Qt::QueuedConnection);
 }
 
@@ -127,7 +129,7 @@ void OpenRequests::openWaiting()
 void OpenRequests::carryOut(const Waiting &waiting)
 {
     const OpenRequest &request = waiting.request;
-    // What is opened first may be closed again before the last is open.
+    // The first documents may be closed again before the last one is open.
     m_beginning = Watch{waiting.client, {}, true};
     for (const OpenRequest::Item &item : request.items) {
         const TextDocument *document = openItem(item, placementOf(request));
@@ -190,7 +192,7 @@ void OpenRequests::followReading(TextDocument *document, const std::optional<Tex
         });
 }
 
-/// A turn later, when the text stands in its window.
+/// Waits one turn of the event loop, until the window shows the text.
 void OpenRequests::showPlace(TextDocument *document, const TextPlace &place)
 {
     QTimer::singleShot(0, document, [this, document, place] {

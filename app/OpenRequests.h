@@ -18,29 +18,30 @@
 
 namespace penwick {
 
-/// Opens what this process, and others that hand over to it, were started for. While a question is
-/// on the screen, requests of others wait for its answer: opening a document may take away the one
-/// that the question is about.
+/// Opens what this process was started for and what other processes hand over. While a modal dialog
+/// is open, requests of other processes wait: opening a document may close the one that the dialog
+/// is about.
 class OpenRequests final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// The window that is to come forward where nothing is to be opened; null for none.
+    /// Returns the window to bring to the front when a request has no items; null when there is
+    /// none.
     using FrontWindow = std::function<QWidget *()>;
 
-    /// \param documents not owned, outlives this.
+    /// \param documents not owned; must outlive this.
     OpenRequests(DocumentController *documents, FrontWindow frontWindow);
     ~OpenRequests() override;
 
-    /// Opens at once what this process was started for.
+    /// Opens this process's own request at once.
     void open(const OpenRequest &request);
 
-    /// Takes the requests of other processes from now on.
+    /// Accepts requests of other processes from now on.
     void listenAt(InstancePlace place);
 
-    /// For who is about to end the process. What waits for an answer still is opened instead; else
-    /// no other request is taken any more.
+    /// Prepares the end of the process. If requests are waiting, tries to open them and returns
+    /// false; otherwise stops accepting requests.
     /// \return true when the process may end.
     bool finish();
 
@@ -51,7 +52,7 @@ private:
         OpenRequest request;
     };
 
-    /// The documents that a process waits for.
+    /// The documents that a client waits for.
     struct Watch
     {
         QPointer<InstanceClient> client;
@@ -64,7 +65,8 @@ private:
     void carryOut(const Waiting &waiting);
     const TextDocument *openItem(const OpenRequest::Item &item,
                                  DocumentController::Placement placement);
-    /// \return the untitled document that it takes where no window can come forward; else null.
+    /// \return the untitled document that is opened when no window can come to the front; else
+    ///         null.
     const TextDocument *comeForward(const OpenRequest &request);
     void followReading(TextDocument *document, const std::optional<TextPlace> &place);
     void showPlace(TextDocument *document, const TextPlace &place);
@@ -75,11 +77,11 @@ private:
     FrontWindow m_frontWindow;
     std::unique_ptr<InstanceServer> m_server;
     std::deque<Waiting> m_waiting;
-    std::unique_ptr<QEventLoopLocker> m_stay; // While requests wait.
+    std::unique_ptr<QEventLoopLocker> m_stay; // Set while requests wait.
     bool m_isOpening = false;
     std::vector<Watch> m_watches;
-    std::optional<Watch> m_beginning;     // Not all of its documents are opened yet.
-    QSet<const TextDocument *> m_reading; // Opened, but the text has not come yet.
+    std::optional<Watch> m_beginning;     // The request whose documents are being opened.
+    QSet<const TextDocument *> m_reading; // Opened documents whose text is still being read.
     QTimer m_timer;
 };
 

@@ -54,7 +54,7 @@ void OutsideChanges::check()
             &FileCheck::finished,
             this,
             [this, path = m_document->filePath()](const FileFinding &finding) {
-                m_check.release()->deleteLater(); // It is the one that tells this.
+                m_check.release()->deleteLater(); // It must outlive its signal.
                 if (path == m_document->filePath()) {
                     take(finding);
                 }
@@ -63,7 +63,7 @@ void OutsideChanges::check()
 
 void OutsideChanges::take(const FileFinding &finding)
 {
-    // Not over another question: whoever comes back to the window hears of it then.
+    // Show no dialog over another one. The check on the user's next return to the window shows it.
     if (finding.copies != m_copies && QApplication::activeModalWidget() == nullptr) {
         m_copies = finding.copies;
         dialogs::showInterruptedSave(m_controller->window(), m_document->filePath(), m_copies);
@@ -74,8 +74,8 @@ void OutsideChanges::take(const FileFinding &finding)
     }
 }
 
-/// What is being composed was meant for the text as it is, and a question that comes over another
-/// one is answered by mistake.
+/// True while the finding cannot be acted on. A composition belongs to the present text, and a
+/// question shown over another dialog would be answered by mistake.
 bool OutsideChanges::hasToWait() const
 {
     const TextView *view = m_controller->textView();
@@ -87,11 +87,11 @@ void OutsideChanges::settle()
 {
     if (m_document->transfer() != TextDocument::Transfer::None ||
         m_document->fileVersion() != m_base) {
-        m_finding.reset(); // A save came first, and has looked at the file itself.
+        m_finding.reset(); // A save came first and has checked the file itself.
         return;
     }
     if (!m_controller->isInFront()) {
-        m_finding.reset(); // Coming forward again, it looks again.
+        m_finding.reset(); // The file is checked again when the tab comes to the front.
         return;
     }
     if (hasToWait()) {
@@ -151,12 +151,12 @@ void OutsideChanges::ask(const StoredText &stored)
         m_controller->window(),
         QFileInfo(m_document->filePath()).fileName(),
         [this, stored](dialogs::OutsideAnswer answer) {
-            // Nothing can have been saved: the question lies over the window.
+            // Nothing can have been saved meanwhile, because the question blocks the window.
             if (answer == dialogs::OutsideAnswer::LoadTheirs && m_controller->textView()) {
                 load(stored);
             } else if (answer == dialogs::OutsideAnswer::KeepMine) {
                 m_document->acceptFileVersion(stored.version);
-                // No undo leads to what stands in the file now.
+                // No undo step leads to the present content of the file.
                 m_document->textStorage()->forgetSavePoint();
             }
         });

@@ -13,21 +13,20 @@
 
 namespace penwick {
 
-/// What other programs do to the file of one document, and what becomes of it here. A text without
-/// edits follows the file, as one step that undo takes back. About one with edits the person is
-/// asked, once for each change of the file. Where the file is gone or has become unreadable, the
-/// text stays and counts as not saved.
+/// Handles changes that other programs make to the file of one document. A text without edits is
+/// reloaded, as one undo step. For a text with edits the user is asked, once for each change of the
+/// file. When the file is missing or unreadable, the text stays and counts as unsaved.
 class OutsideChanges final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// \param document, controller not owned; outlive this.
+    /// \param document, controller not owned; must outlive this.
     OutsideChanges(TextDocument *document, EditorWindowController *controller);
     ~OutsideChanges() override;
 
-    /// Looks at the file. It is looked at and read on another thread; what comes of it happens
-    /// later, not amid a composition of an input method, and no question comes over another one.
+    /// Checks the file and, if it has changed, reads it, both on another thread. The result is
+    /// handled later: not during a composition, and no question is shown over another dialog.
     void check();
 
 private:
@@ -42,20 +41,21 @@ private:
     TextDocument *m_document;
     EditorWindowController *m_controller;
     std::unique_ptr<FileCheck> m_check;
-    std::optional<FileVersion> m_base;    // What the document knew when the check began.
-    std::optional<FileFinding> m_finding; // Waits until it can be acted on.
+    std::optional<FileVersion> m_base;    // The version known at the start of the check.
+    std::optional<FileFinding> m_finding; // Set until it can be acted on.
     QTimer m_retry;
     QPointer<QMessageBox> m_question;
 
-    /// A state of the file that was told of, but that the text may not replace without a word.
+    /// A state of the file that the user was informed of, but that the text may not replace without
+    /// asking.
     struct Told
     {
         std::optional<FileVersion> state;
-        std::optional<FileVersion> base; // Of no meaning for a document that knows another one.
+        std::optional<FileVersion> base; // Invalid once the document knows another version.
     };
 
     std::optional<Told> m_told;
-    QStringList m_copies; // Of interrupted saves that the person was told of.
+    QStringList m_copies; // Copies of interrupted saves that the user was informed of.
 };
 
 } // namespace penwick

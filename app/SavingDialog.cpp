@@ -17,7 +17,7 @@ SavingDialog::SavingDialog(QWidget *parent, TextDocument *document, const QStrin
 {
     setWindowTitle(wording::text(u"app.name"_s));
     setWindowModality(Qt::ApplicationModal);
-    // Not `arg`: a profile's text may lack the place, or hold another number.
+    // Does not use `arg`: a profile's text may lack the placeholder or contain another number.
     QString message = wording::text(u"dialog.savingMessage"_s, u"「%1」を保存しています。"_s);
     auto *label = new QLabel(message.replace(u"%1"_s, visibleLine(name)), this);
     label->setTextFormat(Qt::PlainText);
@@ -39,7 +39,7 @@ SavingDialog::SavingDialog(QWidget *parent, TextDocument *document, const QStrin
 void SavingDialog::reject()
 {
     if (!m_document.isNull()) {
-        m_document->cancelTransfer(); // Its end closes the dialog.
+        m_document->cancelTransfer(); // The end of the transfer closes the dialog.
     }
 }
 

@@ -7,21 +7,20 @@
 
 namespace penwick {
 
-/// Keeps the person from going on until the document's save is over: asked to close a window whose
-/// text is being written, nothing else can be done. It closes itself; Escape and its button call
-/// the save off.
+/// Blocks the application until the document's save has ended. Shown when a window is to be closed
+/// whose text is still being written. It closes itself; Escape and its button cancel the save.
 class SavingDialog final : public QDialog
 {
     Q_OBJECT
 
 public:
     /// \param document its save is under way; held weakly.
-    /// \param name how the person knows it.
+    /// \param name the document's display name.
     SavingDialog(QWidget *parent, TextDocument *document, const QString &name);
 
     void reject() override;
 
-    /// What came of the save, once the dialog has closed; empty when it succeeded.
+    /// The error of the save, once the dialog has closed; empty when it succeeded.
     [[nodiscard]] const std::optional<DocumentError> &error() const { return m_error; }
 
 private:

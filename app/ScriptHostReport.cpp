@@ -11,11 +11,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString wallLine(const QString &wall, bool stands)
+QString protectionLine(const QString &name, bool isActive)
 {
-    return u"  "_s + wall + u": "_s +
-           (stands ? wording::text(u"cli.wallStands"_s, u"あり"_s)
-                   : wording::text(u"cli.wallMissing"_s, u"なし"_s));
+    return u"  "_s + name + u": "_s +
+           (isActive ? wording::text(u"cli.wallStands"_s, u"あり"_s)
+                     : wording::text(u"cli.wallMissing"_s, u"なし"_s));
 }
 
 QStringList causes(const ScriptError &error)
@@ -46,8 +46,8 @@ QString refusedCalls(const EngineTrial &trial)
                      u": "_s + names;
 }
 
-/// Why the trial did not pass: at which step, the cause, refused calls, the engine. Empty where it
-/// did.
+/// Returns why the trial did not pass: the step, the cause, refused calls, the engine. Empty when
+/// it passed.
 QStringList failureDetails(const EngineTrial &trial)
 {
     if (trial.isPassed()) {
@@ -59,19 +59,21 @@ QStringList failureDetails(const EngineTrial &trial)
     }
     details << refusedCalls(trial) << trial.engine;
     details.removeAll(QString());
-    details.removeDuplicates(); // The end of a host names some of it, too.
+    details.removeDuplicates(); // The details of an ended host repeat some of these.
     return details;
 }
 
-QStringList wallLines(const HostProtection &protection)
+QStringList protectionLines(const HostProtection &protection)
 {
-    return {wording::text(u"cli.walls"_s, u"マクロの隔離:"_s),
-            wallLine(wording::text(u"cli.wallProcess"_s, u"別プロセス"_s), true),
-            wallLine(wording::text(u"cli.wallMemory"_s, u"メモリの上限"_s), protection.memoryLimit),
-            wallLine(wording::text(u"cli.wallSystemCalls"_s, u"システムコールの制限 (seccomp)"_s),
-                     protection.systemCallFilter),
-            wallLine(wording::text(u"cli.wallFiles"_s, u"ファイルアクセスの規則 (Landlock)"_s),
-                     protection.fileAccessRules)};
+    return {
+        wording::text(u"cli.walls"_s, u"マクロの隔離:"_s),
+        protectionLine(wording::text(u"cli.wallProcess"_s, u"別プロセス"_s), true),
+        protectionLine(wording::text(u"cli.wallMemory"_s, u"メモリの上限"_s),
+                       protection.memoryLimit),
+        protectionLine(wording::text(u"cli.wallSystemCalls"_s, u"システムコールの制限 (seccomp)"_s),
+                       protection.systemCallFilter),
+        protectionLine(wording::text(u"cli.wallFiles"_s, u"ファイルアクセスの規則 (Landlock)"_s),
+                       protection.fileAccessRules)};
 }
 
 QStringList engineLines(const EngineTrial &trial)
@@ -100,7 +102,7 @@ QString scriptHostReport(const EngineTrial &trial)
 {
     QStringList lines;
     if (trial.protection) {
-        lines = wallLines(*trial.protection);
+        lines = protectionLines(*trial.protection);
     }
     return (lines + engineLines(trial)).join(u'\n');
 }
@@ -158,7 +160,7 @@ QString engineLogLine(const EngineTrial &trial)
 std::optional<std::uint64_t> scriptMemory(const UserDefaults &defaults)
 {
     constexpr std::uint64_t kLeast = 64;
-    constexpr std::uint64_t kMost = std::uint64_t{1} << 30; // A pebibyte: no sum overflows.
+    constexpr std::uint64_t kMost = std::uint64_t{1} << 30; // 1 PiB: no sum overflows.
     bool isNumber = false;
     const std::uint64_t megabytes =
         defaults.string(u"macroMemoryLimitMegabytes"_s).value_or(QString()).toULongLong(&isNumber);

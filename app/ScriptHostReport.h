@@ -10,23 +10,23 @@
 
 namespace penwick {
 
-/// For people: which walls stand around the process that macros run in, and what came of trying its
-/// engine, a line each.
+/// For the user: which protections of the sandbox are active, and the outcome of the engine's
+/// trial, one line each.
 [[nodiscard]] QString scriptHostReport(const EngineTrial &trial);
 
-/// For the log: the walls that are missing. Empty when none is. Without a process, macros do not
-/// run at all, and this names it.
+/// For the log: the protections that are missing, in English. Empty when all are active. No value
+/// means that the script host did not start and macros do not run at all; the result says so.
 [[nodiscard]] QString missingWalls(const std::optional<HostProtection> &protection);
 
-/// For the user: what macros will fail of, or run without, and what to do about it. Empty where the
-/// trial passed and the system calls are filtered.
+/// For the user: why macros will fail, or which protection they lack, and what to do about it.
+/// Empty when the trial passed and system calls are filtered.
 [[nodiscard]] QString engineWarning(const EngineTrial &trial);
 
-/// For the log: why the trial did not pass, in English. Empty where it did.
+/// For the log: why the trial did not pass, in English. Empty when it passed.
 [[nodiscard]] QString engineLogLine(const EngineTrial &trial);
 
-/// How many bytes a macro may take, by the key `macroMemoryLimitMegabytes` (a whole number of MiB,
-/// at least 64). Nothing where it is not stored, or senseless.
+/// The memory limit of a macro in bytes, from the key `macroMemoryLimitMegabytes` (a whole number
+/// of MiB, at least 64). No value when it is missing or out of range.
 [[nodiscard]] std::optional<std::uint64_t> scriptMemory(const UserDefaults &defaults);
 
 } // namespace penwick

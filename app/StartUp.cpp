@@ -23,10 +23,10 @@ namespace {
 
 constexpr int kFailure = 1;
 
-// Together with what comes before and after, no start takes five seconds to say that it failed.
-constexpr std::chrono::milliseconds kPatience = 4s;
-// For a process that was started for this one and has to come up first.
-constexpr std::chrono::milliseconds kPatienceWithOwn = 30s;
+// The whole start, with what comes before and after, fails within five seconds.
+constexpr std::chrono::milliseconds kHandOverTimeout = 4s;
+// For an editor process that this one has forked and that must start first.
+constexpr std::chrono::milliseconds kForkedEditorTimeout = 30s;
 
 int fail(const QString &message)
 {
@@ -34,7 +34,7 @@ int fail(const QString &message)
     return kFailure;
 }
 
-/// Status of a failed read is told at once.
+/// Reads standard input as text. On an error, prints it and returns the exit status.
 tl::expected<Text, int> textOfStandardInput()
 {
     Utf8Reader reader;
@@ -59,8 +59,8 @@ tl::expected<Text, int> textOfStandardInput()
     return *std::move(text);
 }
 
-/// Bytes are kept as they are: they are the file's name, whatever they mean. A name that leads
-/// nowhere is told at once.
+/// Makes a file name absolute and keeps its bytes, which need not be valid text. On an error,
+/// prints it and returns the exit status.
 tl::expected<QByteArray, int> absolutePath(const QByteArray &name)
 {
     if (name.startsWith('/'))
@@ -122,8 +122,9 @@ int statusOf(const tl::expected<void, HandOverError> &outcome)
     return outcome ? 0 : fail(textOf(outcome.error()));
 }
 
-/// The caller of a waiting process goes on when its documents are closed, but the editor, in which
-/// there may be others by then, does not end with them. So the editor is a process of its own.
+/// Forks the editor into a process of its own for a request that waits. The waiting process ends
+/// when the documents of its request are closed, while the editor keeps running for other
+/// documents.
 std::variant<EditorStart, int> startInBackground(OpenRequest request, InstancePlace place)
 {
     const InstanceAddress address = place.address();
@@ -136,15 +137,15 @@ std::variant<EditorStart, int> startInBackground(OpenRequest request, InstancePl
         break;
     }
     {
-        // The child's alone from now on: where that one fails, nobody listens any more.
+        // Only the child holds the place from now on: if the child fails, nothing listens any more.
         const InstancePlace given = std::move(place);
     }
     const auto stream = LocalSocket::connectTo(address.socket);
     if (!stream)
         return fail(textOf({HandOverError::Kind::NoAnswer}));
-    auto outcome = handOver(request, *stream, kPatienceWithOwn);
+    auto outcome = handOver(request, *stream, kForkedEditorTimeout);
     if (!outcome && outcome.error().kind == HandOverError::Kind::NotTaken)
-        return kFailure; // It has said why.
+        return kFailure; // The editor process has reported the reason.
     return statusOf(outcome);
 }
 
@@ -158,8 +159,8 @@ EditorStart startAlone(OpenRequest request)
 
 using Start = std::variant<EditorStart, int>;
 
-/// Nothing when the running process ended before it took the request, and there is time to look for
-/// another.
+/// Takes the place or hands the request over. No value when the running process ended before it
+/// took the request and there is time to try another one.
 std::optional<Start> meet(OpenRequest &request, Arrival arrival, const QDeadlineTimer &deadline)
 {
     if (auto *place = std::get_if<InstancePlace>(&arrival)) {
@@ -167,7 +168,7 @@ std::optional<Start> meet(OpenRequest &request, Arrival arrival, const QDeadline
             return startInBackground(std::move(request), std::move(*place));
         return EditorStart{std::move(request), std::move(*place), false};
     }
-    const auto outcome = handOver(request, *std::get_if<LocalSocket>(&arrival), kPatience);
+    const auto outcome = handOver(request, *std::get_if<LocalSocket>(&arrival), kHandOverTimeout);
     if (!outcome && outcome.error().kind == HandOverError::Kind::NotTaken && !deadline.hasExpired())
         return std::nullopt;
     return statusOf(outcome);
@@ -183,7 +184,7 @@ std::variant<EditorStart, int> startUp(const CommandLine &commandLine)
     const auto address = InstanceAddress::ofThisDisplay(commandLine.platform, commandLine.display);
     if (!address)
         return startAlone(*std::move(request));
-    const QDeadlineTimer deadline(kPatience);
+    const QDeadlineTimer deadline(kHandOverTimeout);
     while (true) {
         auto arrival = arriveAt(*address, deadline);
         if (!arrival && arrival.error() == ArrivalError::NoAnswer)

@@ -9,18 +9,18 @@
 
 namespace penwick {
 
-/// What this process becomes: the editor.
+/// How to start the editor in this process.
 struct EditorStart
 {
-    std::optional<OpenRequest> request; ///< To be opened first; none where it is handed over.
-    std::optional<InstancePlace> place; ///< None where no other process can hand over to it.
-    bool isInBackground = false;        ///< It was started for another process, which waits for it.
+    std::optional<OpenRequest> request; ///< To be opened first; none if handed over later.
+    std::optional<InstancePlace> place; ///< None if no process can hand over to this one.
+    bool isInBackground = false;        ///< Forked for another process, which waits for it.
 };
 
-/// Finds out whether this process becomes the editor, and if not does what it was started for: it
-/// hands over to the running one, and waits where it is to. Standard input is read to its end
-/// before. To be called before the application object is made.
-/// \return what to start with, or the status to end with; what went wrong was said.
+/// Finds out whether this process becomes the editor. If not, hands its request over to the running
+/// editor, and waits for the documents to close if requested. Reads standard input to its end
+/// before. Call it before the application object is made.
+/// \return what to start with, or the exit status; errors have been printed.
 [[nodiscard]] std::variant<EditorStart, int> startUp(const CommandLine &commandLine);
 
 } // namespace penwick

@@ -4,7 +4,7 @@
 
 namespace penwick {
 
-/// A macro of the menu that is not stored anywhere.
+/// A macro that is part of the menu and not of the store.
 struct TestMacro
 {
     QString id;
@@ -12,9 +12,9 @@ struct TestMacro
     QString code;
 };
 
-/// Replaces the whole text by a notice with the present time.
+/// A macro that replaces the whole text by a message with the present time.
 [[nodiscard]] TestMacro replaceAllTestMacro();
-/// Puts the selected text into a notice; without a selection it says so.
+/// A macro that wraps the selected text in a message; without a selection it shows a notification.
 [[nodiscard]] TestMacro replaceSelectionTestMacro();
 
 } // namespace penwick

@@ -32,13 +32,13 @@ void runCurrent()
     }
 }
 
-QtMessageHandler formerHandler = nullptr;
+QtMessageHandler previousHandler = nullptr;
 
-/// The toolkit ends a process that has lost its Wayland compositor without running what `atexit`
-/// holds. All that comes before is this message, from whichever thread notices first.
-void watchForALostDisplay(QtMsgType type, const QMessageLogContext &context, const QString &message)
+/// Runs the rescue when the Wayland connection is lost. The toolkit then ends the process without
+/// running the `atexit` handlers; this message, from any thread, is the only sign before that.
+void rescueOnLostDisplay(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
-    formerHandler(type, context, message);
+    previousHandler(type, context, message);
     if (!message.startsWith(u"The Wayland connection"_s)) {
         return;
     }
@@ -46,9 +46,9 @@ void watchForALostDisplay(QtMsgType type, const QMessageLogContext &context, con
         runCurrent();
         std::_Exit(EXIT_FAILURE);
     }
-    // The main thread is about to notice too, and is given the time for all it has to write.
-    constexpr auto kPatience = 30s;
-    std::this_thread::sleep_for(kPatience);
+    // The main thread is about to notice as well. Give it the time to write all texts.
+    constexpr auto kRescueTimeout = 30s;
+    std::this_thread::sleep_for(kRescueTimeout);
 }
 
 bool isTaken(const QString &path)
@@ -72,7 +72,8 @@ QString placeForUnsavedText(const QString &filePath, const QString &home)
 
 namespace {
 
-/// Another process may be ending for the same reason, and take the very name.
+/// Another process may be ending for the same reason and take the same name; then try the next
+/// name.
 std::optional<QString>
 writeToFreePlace(const QString &filePath, const QString &home, const Text &text)
 {
@@ -99,24 +100,24 @@ UnsavedTextRescue::UnsavedTextRescue(DocumentController *documents)
     currentRescue = this;
     static const bool kIsRegistered = std::atexit(runCurrent) == 0;
     static_cast<void>(kIsRegistered);
-    formerHandler = qInstallMessageHandler(watchForALostDisplay);
+    previousHandler = qInstallMessageHandler(rescueOnLostDisplay);
 }
 
 UnsavedTextRescue::~UnsavedTextRescue()
 {
     currentRescue = nullptr;
-    qInstallMessageHandler(formerHandler);
+    qInstallMessageHandler(previousHandler);
 }
 
 void UnsavedTextRescue::run()
 {
-    makeNewFilesPrivate(); // Who may read them is not known here.
+    makeNewFilesPrivate(); // The intended readers are unknown.
     for (const auto &controller : m_documents->windowControllers()) {
         TextDocument *document = m_documents->documentOf(controller.get());
-        document->blockSignals(true); // Nobody can be shown anything.
+        document->blockSignals(true); // No dialog or message can be shown any more.
         if (document->isWriting()) {
-            constexpr auto kPatience = 20s;
-            static_cast<void>(document->waitForTransfer(kPatience));
+            constexpr auto kSaveTimeout = 20s;
+            static_cast<void>(document->waitForTransfer(kSaveTimeout));
         }
         if (!document->isReading() && document->isEdited()) {
             rescue(*document);
@@ -126,9 +127,9 @@ void UnsavedTextRescue::run()
 
 void UnsavedTextRescue::rescue(const TextDocument &document)
 {
-    // The document's own string may lack what was typed last.
+    // The document's own string may lack the last edits.
     const Text &text = document.textStorage()->text();
-    // Where even the home folder is full or gone, there may be room elsewhere.
+    // If the home folder is full or missing, another folder may have room.
     const std::pair<QString, QString> places[] = {
         {document.filePath(), QDir::homePath()}, {{}, QDir::homePath()}, {{}, QDir::tempPath()}};
     for (const auto &[file, home] : places) {

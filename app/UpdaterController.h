@@ -4,17 +4,17 @@
 
 namespace penwick {
 
-/// Looks for newer versions of the application.
+/// Checks for newer versions of the application.
 class UpdaterController
 {
 public:
     virtual ~UpdaterController() = default;
 
-    /// Looks now and tells the person what was found.
+    /// Checks now and shows the result to the user.
     virtual void checkForUpdates() = 0;
 };
 
-/// The platform's own way to update applications; null where it has none, as on Linux, where
+/// The platform's own way to update applications; null where there is none, as on Linux, where
 /// packages are updated from outside.
 [[nodiscard]] std::unique_ptr<UpdaterController> makeStandardUpdaterController();
 

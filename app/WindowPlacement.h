@@ -7,11 +7,11 @@ namespace penwick {
 
 class EditorWindowController;
 
-/// Puts the tab in front of its window, and that in front of all, with the keyboard in it.
+/// Brings the tab to the front of its window, and the window to the front with the keyboard focus.
 void bringForward(const EditorWindowController &controller);
 
-/// The place closest to `position` where a frame of that size is on one screen as a whole, or at
-/// least its top left corner.
+/// The position closest to `position` at which a frame of that size is entirely on one screen, or
+/// at least its top left corner.
 [[nodiscard]] QPoint onScreen(const QPoint &position, const QSize &size);
 
 } // namespace penwick

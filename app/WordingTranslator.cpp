@@ -12,7 +12,7 @@ struct Row
 {
     const char *sourceText;
     QStringView key;
-    QStringView defaultText; // Empty: the built-in table has the key.
+    QStringView defaultText; // Empty when the built-in table has the key.
 };
 
 // clang-format off
@@ -130,7 +130,7 @@ QString WordingTranslator::translate(const char *context,
                                      const char * /*disambiguation*/,
                                      int /*n*/) const
 {
-    // Classes of the toolkit only; penwick's own texts never come through here.
+    // Translate the toolkit's classes only; penwick's own texts do not come through here.
     if (context == nullptr || context[0] != 'Q' || sourceText == nullptr) {
         return {};
     }

@@ -4,9 +4,9 @@
 
 namespace penwick {
 
-/// Words of the toolkit's own widgets (file dialogs, context menus of fields), taken from the
-/// wording like every other text. Install it on the application; widgets made later show the texts
-/// of the profile active then.
+/// Translates the texts of the toolkit's own widgets (file dialogs, context menus of fields) by the
+/// wording. Install it on the application. Widgets show the texts of the profile that was active
+/// when they were made.
 class WordingTranslator final : public QTranslator
 {
     Q_OBJECT

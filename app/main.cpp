@@ -34,7 +34,7 @@ int answer(const QString &text)
     if (written) {
         return 0;
     }
-    // Whoever reads no further has seen enough.
+    // Print no error for a closed pipe: the reader has stopped on purpose.
     if (written.error().errnoValue != EPIPE) {
         penwick::writeErrorLine(
             u"penwick: "_s +
@@ -44,14 +44,14 @@ int answer(const QString &text)
     return kFailure;
 }
 
-penwick::EngineTrial triedEngine()
+penwick::EngineTrial runEngineTrial()
 {
-    constexpr int kLongest = 30'000; // Milliseconds; somebody waits for the answer.
-    penwick::StoppableWaiter waiter{QDeadlineTimer(kLongest)};
+    constexpr int kTrialTimeout = 30'000; // Milliseconds; the user waits for the answer.
+    penwick::StoppableWaiter waiter{QDeadlineTimer(kTrialTimeout)};
     return penwick::ScriptHostPool::shared().startTrial()(&waiter);
 }
 
-/// Answers what needs no window, so that it works without a display too.
+/// Handles requests that need no window, so that they work without a display too.
 std::optional<int> answerWithoutWindow(const CommandLine &commandLine)
 {
     switch (commandLine.request) {
@@ -59,7 +59,7 @@ std::optional<int> answerWithoutWindow(const CommandLine &commandLine)
         return answer(CommandLine::helpText());
     case CommandLine::Request::ShowVersion:
         return answer(CommandLine::versionText() + u'\n' +
-                      penwick::scriptHostReport(triedEngine()));
+                      penwick::scriptHostReport(runEngineTrial()));
     case CommandLine::Request::Reject:
         penwick::writeErrorLine(commandLine.faultText());
         return kUsageError;
@@ -69,8 +69,8 @@ std::optional<int> answerWithoutWindow(const CommandLine &commandLine)
     return std::nullopt;
 }
 
-/// What of the command line the toolkit sees, in the form in which it takes it. It keeps pointers
-/// to this for as long as it is up.
+/// The toolkit's part of the command line as `argc` and `argv`. The toolkit keeps pointers to it,
+/// so it must outlive the application object.
 struct ToolkitArguments
 {
     ToolkitArguments(char *program, const QByteArrayList &arguments)
@@ -89,8 +89,8 @@ struct ToolkitArguments
     int count = 0;
 };
 
-/// Not from the icon theme: reading that takes longer than all else of an icon, and where penwick
-/// is installed, desktops take the icon of its desktop entry anyway.
+/// Does not use the icon theme, which takes longer to read than the rest of the icon. Where penwick
+/// is installed, desktops use the icon of its desktop entry anyway.
 QIcon windowIcon()
 {
     QIcon icon;
@@ -104,9 +104,9 @@ QIcon windowIcon()
 
 int main(int argc, char *argv[])
 {
-    // Whoever reads our output may go before us; no document is to be lost for a line of a log.
+    // The reader of our output may end before us; a failed log line must not cost a document.
     std::signal(SIGPIPE, SIG_IGN);
-    // Nor for a limit on the size of files, which is then an error like that of a full disk.
+    // A limit on file sizes must not either; it then causes an error like that of a full disk.
     std::signal(SIGXFSZ, SIG_IGN);
     penwick::fillStandardStreams();
     QByteArrayList arguments;
@@ -117,7 +117,7 @@ int main(int argc, char *argv[])
     if (const auto status = answerWithoutWindow(commandLine)) {
         return *status;
     }
-    // Before the toolkit comes up, so that handing over to a running penwick costs next to nothing.
+    // Before the toolkit starts, so that handing over to a running penwick is cheap.
     auto start = penwick::startUp(commandLine);
     if (const auto *status = std::get_if<int>(&start)) {
         return *status;
@@ -130,7 +130,7 @@ int main(int argc, char *argv[])
     QApplication::setApplicationVersion(QStringLiteral(PENWICK_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral(PENWICK_ID));
     QApplication::setWindowIcon(windowIcon());
-    fonts.reset(); // From here on texts are measured.
+    fonts.reset(); // From here on text may be measured, which needs the fonts.
 
     penwick::AppDelegate delegate;
     if (editor.isInBackground) {
