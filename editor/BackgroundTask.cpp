@@ -14,9 +14,10 @@ namespace {
 
 std::atomic<bool> isEnding = false;
 
-/// More threads than processors, so that abandoned work does not keep new work waiting. It is never
-/// destroyed: that would wait for work that may take its time, long after the last window is gone.
-/// Work only uses what it holds itself, so it may be cut off with the process.
+/// The pool has more threads than most machines have processors, so that cancelled work that is
+/// still running does not delay new work. It is never destroyed: its destructor would block the end
+/// of the process until all work has ended. Work uses only what it owns, so the end of the process
+/// may interrupt it.
 QThreadPool &pool()
 {
     constexpr int kThreads = 16;
@@ -24,10 +25,10 @@ QThreadPool &pool()
         auto *made = new QThreadPool;
         made->setMaxThreadCount(kThreads);
         qAddPostRoutine([] {
-            // Most work ends at once when told to.
-            constexpr int kPatience = 100; // Milliseconds.
+            // Most work ends soon after it is cancelled.
+            constexpr int kShutdownTimeout = 100; // Milliseconds.
             isEnding = true;
-            pool().waitForDone(kPatience);
+            pool().waitForDone(kShutdownTimeout);
         });
         return made;
     }();
@@ -40,8 +41,8 @@ struct Run
     QSemaphore ended;
 };
 
-/// False where the work fails: memory may run out over a huge text, and the text that is not saved
-/// yet has to live on.
+/// Runs the work and stores its completion as the result. Returns false when the work throws:
+/// memory may run out over a huge text, and the process must survive to keep unsaved texts.
 bool addOutcome(const BackgroundTask::Work &work, QPromise<BackgroundTask::Completion> &promise)
 {
     try {
@@ -53,7 +54,8 @@ bool addOutcome(const BackgroundTask::Work &work, QPromise<BackgroundTask::Compl
 
 void carryOut(const BackgroundTask::Work &work, Run &run)
 {
-    static_cast<void>(addOutcome(work, run.promise)); // Without a result the work counts as failed.
+    // Without a result, `complete` emits `failed`.
+    static_cast<void>(addOutcome(work, run.promise));
     run.promise.finish();
     run.ended.release();
 }
@@ -89,7 +91,7 @@ void BackgroundTask::cancel()
 {
     m_isRunning = false;
     m_watcher.cancel();
-    m_watcher.setFuture({}); // Also forgets what it was about to report.
+    m_watcher.setFuture({}); // Also drops a pending `finished` signal.
 }
 
 void BackgroundTask::complete()
@@ -103,7 +105,7 @@ void BackgroundTask::complete()
         Q_EMIT failed();
         return;
     }
-    // It may start the next work.
+    // Called last: it may start the next work.
     if (const Completion completion = future.result())
         completion();
 }

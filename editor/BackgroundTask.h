@@ -7,10 +7,10 @@
 
 namespace penwick {
 
-/// One piece of work at a time on a thread of its own pool, and what follows from it on the thread
-/// of this object. Starting another, cancelling and destroying this object abandon the work: it is
-/// told, may take its time to end, and what it came to is dropped. The end of the process waits for
-/// work no longer than a moment.
+/// Runs one piece of work at a time on a thread of a separate pool, and its completion on the
+/// thread of this object. Starting other work, cancelling and destroying this object cancel the
+/// work: its `IsCancelled` returns true, it may run on until it checks, and its completion is
+/// discarded. The process waits at its end at most 100 ms for running work.
 class BackgroundTask final : public QObject
 {
     Q_OBJECT
@@ -20,14 +20,14 @@ public:
     ~BackgroundTask() override;
 
     using IsCancelled = std::function<bool()>;
-    /// What is to be done with the outcome, on the thread of the task.
+    /// Uses the outcome of the work. Runs on the thread of this object.
     using Completion = std::function<void()>;
-    /// Runs on the other thread: it may only use what it holds itself.
+    /// Runs on the worker thread: it may use only what it owns.
     using Work = std::function<Completion(const IsCancelled &)>;
 
-    /// Starts `work` and waits for it at most `patience` milliseconds. If it ends by then, its
-    /// completion is called before this returns: most work is done before anyone could notice, and
-    /// what is on the screen changes at once. Otherwise it is called in a later turn.
+    /// Starts `work` and waits for it at most `patience` milliseconds. If it ends in that time, its
+    /// completion is called before this returns, so that the result of quick work is on the screen
+    /// at once. Otherwise the completion is called later, from the event loop.
     void start(Work work, int patience = 0);
 
     void cancel();
@@ -35,7 +35,7 @@ public:
     [[nodiscard]] bool isRunning() const { return m_isRunning; }
 
 Q_SIGNALS:
-    /// The work threw an exception, for want of memory as a rule: there is no completion.
+    /// The work threw an exception, usually because memory ran out. There is no completion.
     void failed();
 
 private:

@@ -46,7 +46,7 @@ constexpr Binding kBindings[] = {
     {QKeySequence::SelectEndOfDocument, CaretMove::DocumentEnd, true},
 };
 
-/// Rows of the page before that stay in view, so that the eye finds its place.
+/// Rows of the previous page that stay visible after a page move, for orientation.
 constexpr int kPageOverlap = 1;
 
 TextCaret
@@ -59,13 +59,14 @@ moveByRows(TextViewport &viewport, const Text &text, TextCaret from, int rows, q
     return {rows < 0 ? 0 : text.size(), false};
 }
 
-/// Of the carets in the row of `from`, the one next to `x` on its right or left; none where `x` is
-/// at the edge.
+/// Returns the caret in the row of `from` that is nearest to `x` on its right or left side, or none
+/// when `x` is at that edge of the row.
 std::optional<TextCaret>
 neighbourInRow(TextViewport &viewport, const Text &text, TextCaret from, qreal x, bool toRight)
 {
     const TextCaret end = viewport.rowEnd(from);
-    const qint64 last = end.atRowEnd ? end.offset - 1 : end.offset; // A wrap belongs to the next.
+    // At a soft wrap, the end offset belongs to the next row.
+    const qint64 last = end.atRowEnd ? end.offset - 1 : end.offset;
     std::optional<TextCaret> best;
     qreal bestDistance = 0;
     for (qint64 offset = viewport.rowStart(from).offset; offset <= last;
@@ -82,7 +83,8 @@ neighbourInRow(TextViewport &viewport, const Text &text, TextCaret from, qreal x
     return best;
 }
 
-/// A step in a line with both directions, where the order of characters is not the one on screen.
+/// Moves one cluster left or right on the screen in a line with mixed directions, where the order
+/// on the screen differs from the order in the text.
 TextCaret visualStep(TextViewport &viewport, const Text &text, TextCaret from, bool toRight)
 {
     const qreal x = viewport.caretX(from);
@@ -94,7 +96,7 @@ TextCaret visualStep(TextViewport &viewport, const Text &text, TextCaret from, b
         const TextCaret end = viewport.rowEnd(from);
         beyond = {end.atRowEnd ? end.offset : text.nextClusterBoundary(end.offset), false};
     }
-    // In at the other side of the row above or below.
+    // Enter the row above or below at its opposite side.
     constexpr qreal kFar = 1e9;
     return neighbourInRow(viewport, text, beyond, toRight ? -kFar : kFar, toRight).value_or(beyond);
 }
@@ -117,7 +119,7 @@ std::optional<CaretMoveRequest> caretMoveFor(const QKeyEvent &event)
         if (event.matches(binding.key))
             return CaretMoveRequest{binding.move, binding.extends};
     }
-    // Paragraph moves have keys on every desktop, but the toolkit has no name for them.
+    // Control with Up and Down moves by paragraph, but Qt has no standard key for it.
     const Qt::KeyboardModifiers modifiers = event.modifiers() & ~Qt::KeypadModifier;
     const bool isUp = event.key() == Qt::Key_Up;
     if ((isUp || event.key() == Qt::Key_Down) &&
@@ -138,7 +140,7 @@ qint64 edgeOfSelection(TextViewport &viewport, TextRange selection, bool onRight
     const TextCaret start{selection.location, false};
     const TextCaret end{selection.end(), true};
     bool endIsOnRight = !viewport.isRightToLeft(selection.end());
-    if (viewport.rowStart(start) == viewport.rowStart(end)) // In one row the screen decides.
+    if (viewport.rowStart(start) == viewport.rowStart(end)) // In one row, compare x positions.
         endIsOnRight = viewport.caretX(end) > viewport.caretX(start);
     return endIsOnRight == onRight ? selection.end() : selection.location;
 }

@@ -29,30 +29,33 @@ enum class CaretMove {
     DocumentEnd
 };
 
-/// A caret move asked for by a key, and whether it extends the selection.
+/// The caret move of a key press, and whether it extends the selection.
 struct CaretMoveRequest
 {
     CaretMove move = CaretMove::Left;
     bool extends = false;
 };
 
-/// The request of a key press by the platform's bindings; none when the key moves no caret.
+/// Returns the caret move that the platform binds to a key press, or none.
 [[nodiscard]] std::optional<CaretMoveRequest> caretMoveFor(const QKeyEvent &event);
 
-/// True for moves from row to row, which keep their column.
+/// True for moves from row to row, which keep the caret's column.
 [[nodiscard]] bool isVertical(CaretMove move);
 
-/// Finds where a move leads. `column` is the x to keep in vertical moves.
+/// Returns the caret after a move.
+/// \param column the x that vertical moves keep, in logical pixels.
 [[nodiscard]] TextCaret
 moveCaret(TextViewport &viewport, const Text &text, TextCaret from, CaretMove move, qreal column);
 
-/// The end of `selection` that is on its right or left side on the screen.
+/// Returns the end of `selection` that is on its right or left side on the screen, as an offset in
+/// UTF-16 code units.
 [[nodiscard]] qint64 edgeOfSelection(TextViewport &viewport, TextRange selection, bool onRight);
 
-/// How far a key deletes that deletes to the end of the line: there it takes the line break.
+/// Returns where "delete to the end of the line" stops when it starts at `offset`: at the end of
+/// the line or, if `offset` is there already, after the line break.
 [[nodiscard]] qint64 lineEndToDelete(const Text &text, qint64 offset);
 
-/// Start and end of the line that `offset` stands in, its line break included.
+/// Returns the range of the line that contains `offset`, including its line break.
 [[nodiscard]] TextRange lineAround(const Text &text, qint64 offset);
 
 } // namespace penwick

@@ -37,7 +37,7 @@ void Coordinator::updateView()
         return;
     }
     const Text text = m_documentState->text();
-    // The walk over both texts is only worth it where they are not copies of one value.
+    // Comparing the characters is expensive; two copies of one value need no comparison.
     if (m_textView->string().isSameValue(text) || m_textView->string() == text) {
         return;
     }
@@ -85,14 +85,14 @@ void Coordinator::updateMetrics()
 void Coordinator::enqueue(std::function<void()> write)
 {
     m_pendingWrites.push_back(std::move(write));
-    // The queued call dies with this object, so a closed window writes nothing.
+    // Qt drops the queued call when this object is destroyed, so a closed window writes nothing.
     QMetaObject::invokeMethod(this, &Coordinator::performNextWrite, Qt::QueuedConnection);
 }
 
 void Coordinator::performNextWrite()
 {
     if (m_pendingWrites.empty()) {
-        return; // A flush was faster.
+        return; // `flushPendingWrites` has performed it.
     }
     const std::function<void()> write = std::move(m_pendingWrites.front());
     m_pendingWrites.pop_front();
@@ -111,8 +111,8 @@ void Coordinator::scheduleUpdate()
 void Coordinator::performScheduledUpdate()
 {
     m_updateScheduled = false;
-    // Every pending write announces a change of the state and so schedules this again, by which
-    // time the state holds what the person typed.
+    // Each pending write changes the state and so schedules this call again. By then the state
+    // holds what the user typed.
     if (!hasPendingWrites()) {
         updateView();
     }

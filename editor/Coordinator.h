@@ -13,32 +13,32 @@ namespace penwick {
 
 class TextView;
 
-/// Keeps a text view, the window's state and its document in step, in both directions.
+/// Synchronizes a text view with the window's state and its document, in both directions.
 ///
-/// What the view reports is written in a later turn of the event loop, in the order it was
-/// reported, so that nobody sees the state change while the view is still amid an edit. What
-/// changes the state from outside reaches the view later still: an edit that waits to be written is
-/// never overwritten by an older text. All three parties are held weakly.
+/// Changes that the view reports are written later, from the event loop and in the order of the
+/// reports, so that listeners never see the state change while the view is still editing. Changes
+/// of the state by others reach the view after all pending writes, so an older text never
+/// overwrites an edit that is still to be written. View, state and document are held weakly.
 class Coordinator final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// \param textView the view to listen to; not owned.
+    /// \param textView the view to observe; not owned.
     /// \param document may be null: then only the state is written.
     Coordinator(TextView *textView,
                 DocumentState *documentState,
                 TextDocument *document,
                 QObject *parent = nullptr);
 
-    /// True while something that the view reported has not been written yet.
+    /// True while a change that the view reported has not been written yet.
     [[nodiscard]] bool hasPendingWrites() const { return !m_pendingWrites.empty(); }
 
-    /// Writes at once what waits to be written. Called before the document is saved.
+    /// Performs all pending writes at once. Called before the document is saved.
     void flushPendingWrites();
 
-    /// Brings the state's text into the view if they differ, unless an input method is composing.
-    /// Registers nothing for undo.
+    /// Replaces the view's text with the state's if they differ, unless an input method is
+    /// composing. Registers no undo step.
     void updateView();
 
 private:

@@ -8,16 +8,16 @@ namespace penwick {
 struct DocumentError
 {
     enum class Domain {
-        NSOSStatusErrorDomain, ///< The content is at fault.
-        NSPOSIXErrorDomain,    ///< The file system is; `code` is an errno value, or 0.
+        NSOSStatusErrorDomain, ///< The content cannot be read or written.
+        NSPOSIXErrorDomain,    ///< The file system failed; `code` is an errno value, or 0.
     };
 
     Domain domain = Domain::NSOSStatusErrorDomain;
     int code = 0;
-    /// What kind of failure it was; of meaning in the domain of the file system only.
+    /// The kind of failure; only meaningful in the domain of the file system.
     FileError::Kind fileErrorKind = FileError::Kind::Other;
 
-    /// The person called it off: nothing to report.
+    /// True when the transfer was cancelled: there is nothing to report.
     [[nodiscard]] bool isCancellation() const
     {
         return domain == Domain::NSPOSIXErrorDomain && fileErrorKind == FileError::Kind::Cancelled;
@@ -26,8 +26,8 @@ struct DocumentError
     bool operator==(const DocumentError &) const = default;
 };
 
-/// Bytes that are not UTF-8 cannot be read, and a text without a UTF-8 form cannot be written: the
-/// generic status of an operation that is not implemented.
+/// The error for bytes that are not UTF-8 and for a text that cannot be encoded as UTF-8. Its code
+/// is the generic status of an operation that is not implemented.
 inline constexpr DocumentError kUnsupportedContent{DocumentError::Domain::NSOSStatusErrorDomain,
                                                    -4};
 

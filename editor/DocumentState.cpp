@@ -9,7 +9,7 @@ DocumentState::DocumentState(QObject *parent)
 {
 }
 
-// By value, because a listener may make the caller's reference stale.
+// `value` is passed by value: a listener may invalidate the caller's reference.
 template <typename Value> void DocumentState::assign(Field field, Value &member, Value value)
 {
     Q_EMIT willChange(field);

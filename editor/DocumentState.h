@@ -12,8 +12,8 @@ namespace penwick {
 /// The observable state of one editor window: its text, the counters of the status bar and the
 /// message of the last macro run. Use it from the main thread.
 ///
-/// Each assignment announces itself once before the value changes and once after, also when the
-/// new value equals the old one.
+/// Each setter emits `willChange` before and `didChange` after the assignment, also when the new
+/// value equals the old one.
 class DocumentState final : public QObject
 {
     Q_OBJECT
@@ -31,17 +31,17 @@ public:
 
     explicit DocumentState(QObject *parent = nullptr);
 
-    /// The whole text as the window last published it.
+    /// The whole text as it was last set. Edits in the view reach it later; see `Coordinator`.
     [[nodiscard]] const Text &text() const { return m_text; }
 
     void setText(const Text &text);
 
-    /// Pieces of the text between separators; at least 1.
+    /// Number of pieces of the text between separators; at least 1.
     [[nodiscard]] qint64 lineCount() const { return m_lineCount; }
 
     void setLineCount(qint64 count);
 
-    /// Grapheme clusters of the text; CR LF is one.
+    /// Number of grapheme clusters of the text; CR LF is one.
     [[nodiscard]] qint64 characterCount() const { return m_characterCount; }
 
     void setCharacterCount(qint64 count);
@@ -51,17 +51,17 @@ public:
 
     void setCursorLine(qint64 line);
 
-    /// 0-based, in grapheme clusters. Before the first count it reads 1.
+    /// 0-based, in grapheme clusters; 1 until it is first set.
     [[nodiscard]] qint64 cursorColumn() const { return m_cursorColumn; }
 
     void setCursorColumn(qint64 column);
 
-    /// A label, not a detection: documents are UTF-8 always.
+    /// A fixed label: documents are always UTF-8.
     [[nodiscard]] QString encodingDisplay() const;
-    /// A label, not a detection: it reads the same for a file with CR LF line ends.
+    /// A fixed label: it is the same for a file with CR LF line ends.
     [[nodiscard]] QString newlineDisplay() const;
 
-    /// What the last macro run reported; absent while the counters are to be shown.
+    /// The message of the last macro run; absent while the status bar shows the counters.
     [[nodiscard]] const std::optional<QString> &macroNotificationMessage() const
     {
         return m_macroNotificationMessage;

@@ -8,8 +8,8 @@
 
 namespace penwick {
 
-/// What hangs on the mouse while `text` is dragged: the beginning of its first line.
-/// \param scale device pixels of a logical one.
+/// Draws the picture at the mouse pointer while `text` is dragged: the beginning of its first line.
+/// \param scale device pixels per logical pixel.
 [[nodiscard]] QPixmap
 dragPicture(const Text &text, const QFont &font, const QPalette &palette, qreal scale);
 

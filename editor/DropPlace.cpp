@@ -40,7 +40,8 @@ void DropPlace::clear()
     m_changed();
 }
 
-/// The nearer to the edge, the faster; 0 outside of the two stripes that scroll.
+/// Returns the logical pixels to scroll per timer event, more the nearer the mouse is to the edge;
+/// 0 outside the two stripes that scroll.
 qreal DropPlace::scrollDistance() const
 {
     const qreal stripe = std::min(m_viewport->style().rowHeight, m_height / 4);

@@ -11,21 +11,21 @@
 
 namespace penwick {
 
-/// Where in a viewport the text of a drag would be dropped. While the mouse rests near the upper or
-/// lower edge, it scrolls.
+/// The caret in a viewport at which the text of a drag would be dropped. Scrolls the viewport while
+/// the mouse is near its upper or lower edge.
 class DropPlace final : public QObject
 {
 public:
     /// \param viewport not owned; must outlive this object.
-    /// \param changed called when the place or what is seen changed.
+    /// \param changed called when the caret may have moved or the viewport has scrolled.
     DropPlace(TextViewport *viewport, std::function<void()> changed);
 
-    /// The mouse is at `point`, in a viewport `height` logical pixels high.
+    /// Moves the caret to the place nearest to `point`, in a viewport `height` logical pixels high.
     void moveTo(QPointF point, qreal height);
-    /// No drag is over the viewport any more.
+    /// Removes the caret and stops scrolling. Call this when the drag leaves the viewport or ends.
     void clear();
 
-    /// None while no drag is over the viewport.
+    /// The caret, or none while no drag is over the viewport.
     [[nodiscard]] std::optional<TextCaret> caret() const { return m_caret; }
 
 protected:

@@ -38,7 +38,7 @@ std::optional<EditCommand> editCommandFor(const QKeyEvent &event)
     }
     const Qt::KeyboardModifiers modifiers = event.modifiers() & ~Qt::KeypadModifier;
     const bool isPlainOrShifted = (modifiers & ~Qt::ShiftModifier) == 0;
-    // A finger that still rests on Shift means the same keys.
+    // Shift may still be held from typing: it does not change Backspace and Return.
     if (event.key() == Qt::Key_Backspace && isPlainOrShifted)
         return EditCommand::DeleteBackward;
     if ((event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter) && isPlainOrShifted)
@@ -51,14 +51,15 @@ std::optional<EditCommand> editCommandFor(const QKeyEvent &event)
 bool entersText(const QKeyEvent &event)
 {
     const Qt::KeyboardModifiers modifiers = event.modifiers();
-    // Control with Alt is how some keyboards reach their third level.
+    // Some keyboard layouts use Control with Alt for third-level characters.
     const bool isCommand =
         modifiers.testFlag(Qt::ControlModifier) != modifiers.testFlag(Qt::AltModifier) ||
         modifiers.testFlag(Qt::MetaModifier);
     if (event.text().isEmpty() || isCommand)
         return false;
     const QChar first = event.text().at(0);
-    // Keyboards have keys for the joiners of Persian, and people keys for what is private to them.
+    // Persian keyboard layouts enter zero-width joiners and non-joiners (format characters), and
+    // custom layouts may enter private-use characters.
     return first.isPrint() || first.isHighSurrogate() || first.category() == QChar::Other_Format ||
            first.category() == QChar::Other_PrivateUse;
 }

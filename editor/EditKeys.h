@@ -6,7 +6,7 @@
 
 namespace penwick {
 
-/// What a key does to the text besides entering its own character.
+/// The editing commands that a key press can trigger.
 enum class EditCommand {
     Undo,
     Redo,
@@ -25,10 +25,11 @@ enum class EditCommand {
     DeleteLine
 };
 
-/// The command of a key press by the platform's bindings, if it has one.
+/// Returns the command of a key press: one that the platform binds to it, or Backspace, Return,
+/// Enter or Tab. None for other keys.
 [[nodiscard]] std::optional<EditCommand> editCommandFor(const QKeyEvent &event);
 
-/// True for a key press that enters its text, not one that commands.
+/// True when a key press enters its text and is no command.
 [[nodiscard]] bool entersText(const QKeyEvent &event);
 
 } // namespace penwick

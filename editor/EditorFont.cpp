@@ -10,12 +10,13 @@ namespace penwick {
 QFont editorFont(qreal pointSize)
 {
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    // The name may be an alias, as "monospace", which in a list with others is passed over. Asking
-    // the font itself would load it, and once more when the list is complete.
+    // The name may be an alias such as "monospace", which is ignored in a list of several families.
+    // Asking the font for its family would load it, and load it again once the list is complete.
     const QString family = fontFamilyBehind(font.family());
-    // Without the first, Japanese may come in Chinese shapes; without the second, emoji in black.
-    // The family of the menus rather than its monospaced sister: what a fixed font lacks looks the
-    // same in both, and it is loaded already.
+    // Noto Sans CJK JP keeps Japanese from being drawn in Chinese glyph shapes, Noto Color Emoji
+    // keeps emoji from being drawn in black. The proportional CJK family is used instead of the
+    // monospaced one: the characters that a fixed font lacks look the same in both, and the menus
+    // have loaded it already.
     font.setFamilies(
         {family, QStringLiteral("Noto Sans CJK JP"), QStringLiteral("Noto Color Emoji")});
     font.setPointSizeF(pointSize);

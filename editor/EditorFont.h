@@ -4,8 +4,8 @@
 
 namespace penwick {
 
-/// The font for text that a person edits: the system's fixed font, with families behind it for what
-/// it lacks, Japanese in Japanese shapes and emoji in colour.
+/// Returns the font of editable text: the system's fixed font, with fallback families for the
+/// characters it lacks: Japanese in Japanese glyph shapes and emoji in colour.
 [[nodiscard]] QFont editorFont(qreal pointSize);
 
 } // namespace penwick

@@ -27,7 +27,7 @@ bool breaksLine(QChar c)
 ElidedLabel::ElidedLabel(QWidget *parent)
     : QLabel(parent)
 {
-    // A message that holds markup is shown as it is, not interpreted.
+    // Show markup in a message literally; do not interpret it.
     setTextFormat(Qt::PlainText);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
 }
@@ -58,8 +58,8 @@ void ElidedLabel::paintEvent(QPaintEvent * /*event*/)
 {
     QPainter painter(this);
     painter.setPen(textColor());
-    // By the baseline: lines of different scripts differ in height, and labels side by side must
-    // not dance.
+    // Position the text by its baseline: lines in different scripts differ in height, and labels
+    // side by side must stay aligned.
     const QFontMetrics metrics = fontMetrics();
     const QString shown = displayedText();
     const QRect area = contentsRect();

@@ -4,9 +4,9 @@
 
 namespace penwick {
 
-/// A label of one line of plain text that is cut off at its end with an ellipsis where it lacks
-/// room. It never asks for a minimum width, so no text can keep a window wide. `text()` is the
-/// whole line, for assistive technology too.
+/// A label with one line of plain text. A line that is too long for the label is cut off at its end
+/// with an ellipsis. The label has no minimum width, so no text can keep a window wide. `text()` is
+/// the whole line, also for assistive technology.
 class ElidedLabel : public QLabel
 {
     Q_OBJECT
@@ -16,14 +16,14 @@ public:
 
     /// Shows `text` on one line: every line break in it becomes a space.
     void setLine(const QString &text);
-    /// What is painted at the present width: the line, or its start and an ellipsis.
+    /// Returns what is painted at the current width: the line, or its start and an ellipsis.
     [[nodiscard]] QString displayedText() const;
 
     [[nodiscard]] QSize minimumSizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    /// The colour of the text; the palette's window text unless overridden.
+    /// Returns the colour of the text: the palette's window text unless overridden.
     [[nodiscard]] virtual QColor textColor() const;
 };
 

@@ -12,7 +12,8 @@ namespace penwick {
 FileFinding
 lookAtFile(const QString &path, const std::optional<FileVersion> &known, TransferProgress &progress)
 {
-    // Whoever writes a file bit by bit is given some time to get it done.
+    // Another program may be writing the file in several steps: retry until the version is the same
+    // before and after the read.
     constexpr int kAttempts = 10;
     constexpr std::chrono::milliseconds kPause{50};
     FileFinding finding;
@@ -40,14 +41,14 @@ lookAtFile(const QString &path, const std::optional<FileVersion> &known, Transfe
     return finding;
 }
 
-/// What both threads know.
+/// The state that the owner's thread and the worker share.
 struct FileCheck::Shared
 {
-    std::mutex mutex; // Held while the owner is told, so that it is not gone by then.
+    std::mutex mutex; // Guards `owner`, so that it cannot be destroyed during `post`.
     FileCheck *owner = nullptr;
     TransferProgress progress;
 
-    void tell(const FileFinding &finding)
+    void post(const FileFinding &finding)
     {
         const std::lock_guard lock(mutex);
         if (owner == nullptr) {
@@ -55,7 +56,7 @@ struct FileCheck::Shared
         }
         QMetaObject::invokeMethod(
             owner,
-            [told = owner, finding] { Q_EMIT told->finished(finding); },
+            [receiver = owner, finding] { Q_EMIT receiver->finished(finding); },
             Qt::QueuedConnection);
     }
 };
@@ -68,7 +69,7 @@ FileCheck::FileCheck(const QString &path, const std::optional<FileVersion> &know
     const auto run = [shared = m_shared, path, known] {
         FileFinding finding = lookAtFile(path, known, shared->progress);
         finding.copies = SafeCopy::left(path);
-        shared->tell(finding);
+        shared->post(finding);
     };
     try {
         std::thread(run).detach();

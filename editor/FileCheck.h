@@ -9,31 +9,32 @@
 
 namespace penwick {
 
-/// What stands where a document's file was.
+/// What a check found at the path of a document's file.
 struct FileFinding
 {
     enum class Kind {
-        Same,       ///< The state that was known.
-        Text,       ///< Another state, with a text that may be the same nevertheless.
+        Same,       ///< The known version.
+        Text,       ///< Another version. Its text may still be the same.
         Missing,    ///< No file.
         Unreadable, ///< A file that cannot be read, or that holds no UTF-8.
     };
 
     Kind kind = Kind::Same;
-    StoredText stored;   ///< The version for each kind, the text for `Text` only.
+    StoredText stored;   ///< The version for every kind, the text only for `Text`.
     DocumentError error; ///< For `Unreadable`.
-    QStringList copies;  ///< What `SafeCopy::left` tells of the file.
+    QStringList copies;  ///< The result of `SafeCopy::left`. Only `FileCheck` sets it.
 };
 
-/// Looks at the file; reads it where it is in another state than `known`. Safe to call from any
-/// thread.
+/// Compares the version of the file with `known` and reads the file if it differs. Retries for a
+/// short time while the file changes during the read. Safe to call from any thread.
 [[nodiscard]] FileFinding lookAtFile(const QString &path,
                                      const std::optional<FileVersion> &known,
                                      TransferProgress &progress);
 
-/// The same on a thread of its own, so that nobody waits for a file system that does not answer.
-/// Make and use it on the main thread. It may be destroyed at any time: the thread then ends when
-/// the system lets it, and nobody hears of it.
+/// Runs `lookAtFile` on a detached thread, so that the main thread does not wait for a file system
+/// that does not respond. If the system can start no thread, the check runs in the constructor.
+/// Create and use it on the main thread. Destroying it at any time cancels the check: `finished` is
+/// not emitted, and the thread ends as soon as the file system responds.
 class FileCheck final : public QObject
 {
     Q_OBJECT
@@ -42,11 +43,11 @@ public:
     FileCheck(const QString &path, const std::optional<FileVersion> &known, QObject *parent);
     ~FileCheck() override;
 
-    /// How much of the file was read; nothing to do as long as it is not known to have changed.
+    /// The progress of reading the file. Its total is 0 until another version is found.
     [[nodiscard]] const TransferProgress &progress() const;
 
 Q_SIGNALS:
-    /// Emitted once, in a turn of the event loop of its own.
+    /// Emitted once, from the event loop.
     void finished(const penwick::FileFinding &finding);
 
 private:

@@ -14,7 +14,7 @@ FileJob::FileJob(Work work, QObject *parent)
     m_outcome = task->get_future();
     auto run = [this, task = std::move(task)]() mutable {
         (*task)();
-        task.reset(); // What the work held is let go of here, not on the thread that waits.
+        task.reset(); // Drop this thread's reference to the work before `finished` is posted.
         QMetaObject::invokeMethod(this, &FileJob::finished, Qt::QueuedConnection);
     };
     try {

@@ -11,9 +11,9 @@
 
 namespace penwick {
 
-/// One load or save on a thread of its own. Make and use it on the main thread; only the work runs
-/// on the other one, and touches nothing but what it was given. The thread never outlives this
-/// object: the destructor calls the work off and waits for it.
+/// Runs one load or save on its own thread. Create and use it on the main thread; only the work
+/// runs on the other thread, and it uses only what it was given. The thread never outlives this
+/// object: the destructor cancels the work and waits for it.
 class FileJob final : public QObject
 {
     Q_OBJECT
@@ -21,21 +21,21 @@ class FileJob final : public QObject
 public:
     using Work = std::function<TransferOutcome(TransferProgress &)>;
 
-    /// Starts the work. Where the system gives no thread it is done before this returns.
-    /// \param work throws nothing.
+    /// Starts the work. If the system can start no thread, the work runs before this returns.
+    /// \param work must not throw.
     explicit FileJob(Work work, QObject *parent = nullptr);
     ~FileJob() override;
 
     [[nodiscard]] TransferProgress &progress() { return m_progress; }
 
-    /// True when the work ended within `time`.
+    /// Waits for the work at most `time`. Returns true when it has ended.
     [[nodiscard]] bool waitFor(std::chrono::milliseconds time) const;
 
-    /// What came of it; waits for the end. Call it once.
+    /// Waits for the end of the work and returns its outcome. Call it once.
     [[nodiscard]] TransferOutcome takeOutcome() { return m_outcome.get(); }
 
 Q_SIGNALS:
-    /// The work ended. Emitted on the main thread, in a later turn of its event loop.
+    /// The work has ended. Emitted on the main thread, from its event loop.
     void finished();
 
 private:

@@ -8,7 +8,7 @@ namespace penwick {
 
 namespace {
 
-/// How far an input method sees to either side of the caret.
+/// UTF-16 code units on either side of the caret that an input method can read.
 constexpr qint64 kSurroundingReach = 512;
 
 QTextLayout::FormatRange underlined(int start, int length)
@@ -20,7 +20,8 @@ QTextLayout::FormatRange underlined(int start, int length)
     return range;
 }
 
-/// The attribute's range, cut to a composition of `size` units.
+/// Returns the attribute's range, clamped to a composition of `size` units, with its format. A
+/// clause with neither a background nor an underline gets an underline.
 QTextLayout::FormatRange clauseOf(const QInputMethodEvent::Attribute &attribute, int size)
 {
     QTextLayout::FormatRange range;
@@ -73,7 +74,7 @@ committedRange(const QInputMethodEvent &event, const Text &text, TextRange selec
 
 SurroundingText::SurroundingText(const Text &text, qint64 anchor, qint64 caret)
 {
-    // Half a cluster at an edge does no harm, half a surrogate pair might.
+    // The stretch may start or end inside a cluster, but not inside a surrogate pair.
     const auto snapped = [&text](qint64 offset) {
         const bool isInsidePair = offset < text.size() && QChar::isLowSurrogate(text.at(offset));
         return isInsidePair ? offset - 1 : offset;

@@ -9,24 +9,24 @@
 
 namespace penwick {
 
-/// The composition that an input method's event asks to be shown at `position` (UTF-16 code units).
-/// A clause that the input method gives no look gets an underline.
+/// Returns the composition of an input method's event, to be shown at `position` (UTF-16 code
+/// units, 0-based). A clause that the input method does not mark gets an underline.
 [[nodiscard]] TextComposition compositionOf(const QInputMethodEvent &event, qint64 position);
 
-/// The range that an input method's event replaces by its commit string: the selection, or a range
-/// that the event counts from the caret, cut to the text and to whole surrogate pairs.
+/// Returns the range that an input method's event replaces with its commit string: the selection,
+/// or a range relative to the caret, clamped to the text and widened to whole surrogate pairs.
 [[nodiscard]] TextRange
 committedRange(const QInputMethodEvent &event, const Text &text, TextRange selection, qint64 caret);
 
-/// What an input method may know of the text around the caret. It sees a bounded stretch, never
-/// the document; all positions it is told are relative to that stretch.
+/// The text around the caret that an input method can query: a bounded stretch, never the whole
+/// document. All positions in the answers are relative to the start of that stretch.
 class SurroundingText final
 {
 public:
-    /// \param anchor, caret ends of the selection, UTF-16 code units.
+    /// \param anchor, caret ends of the selection, UTF-16 code units, 0-based.
     SurroundingText(const Text &text, qint64 anchor, qint64 caret);
 
-    /// The answer to a query about text or positions; invalid for any other query.
+    /// Returns the answer to a query about text or positions; invalid for any other query.
     [[nodiscard]] QVariant answer(Qt::InputMethodQuery query) const;
 
 private:

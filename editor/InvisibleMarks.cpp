@@ -23,7 +23,7 @@ constexpr QStringView kC1Labels[] = {
     u"SPA", u"EPA", u"SOS", u"SGC", u"SCI", u"CSI", u"ST",  u"OSC", u"PM",  u"APC",
 };
 
-/// U+FDD0 to U+FDEF, the noncharacters in the middle of the plane.
+/// U+FDD0 to U+FDEF, the contiguous noncharacters of the Basic Multilingual Plane.
 constexpr char16_t kFirstNoncharacter = 0xFDD0;
 constexpr QStringView kNoncharacters[] = {
     u"FDD0", u"FDD1", u"FDD2", u"FDD3", u"FDD4", u"FDD5", u"FDD6", u"FDD7",
@@ -61,7 +61,7 @@ QStringView label(char16_t unit)
 {
     constexpr char16_t kLineSeparator = 0x2028;
     constexpr char16_t kParagraphSeparator = 0x2029;
-    constexpr char16_t kObject = 0xFFFC; // The layout engine keeps it for embedded objects.
+    constexpr char16_t kObject = 0xFFFC; // Reserved by the layout engine for embedded objects.
     if (unit < std::size(kC0Labels))
         return kC0Labels[unit];
     if (unit < kDelete)
@@ -120,9 +120,9 @@ void paintLabel(QPainter &painter,
 
 void paintMark(QPainter &painter, const QRectF &cell, const QColor &color)
 {
-    constexpr qreal kLeastBlank = 3; // Narrower ones would be but a dot.
+    constexpr qreal kMinBracketWidth = 3; // A narrower bracket would look like a dot.
     const qreal bottom = cell.bottom() - 2;
-    if (cell.width() < kLeastBlank) {
+    if (cell.width() < kMinBracketWidth) {
         const qreal x = cell.left();
         const qreal top = cell.top() + cell.height() / 6;
         painter.fillRect(QRectF(x, top, 1, bottom - top), color);

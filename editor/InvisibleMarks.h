@@ -8,20 +8,20 @@
 
 namespace penwick {
 
-/// How characters that no font draws are shown. None of it is part of the text: a mark takes the
-/// place of one UTF-16 code unit, so positions keep their meaning.
+/// The display of characters that no font draws. The marks are not part of the text: each takes the
+/// place of one UTF-16 code unit, so positions stay the same.
 namespace invisible {
 
-/// Columns that a labelled mark is wide.
+/// Width of a labelled mark, in columns.
 constexpr int kLabelColumns = 2;
 
-/// A short name for a control character, a lone line separator or a noncharacter, as "NUL" or "CR";
-/// empty where the character needs none: a tab, a line feed, anything that a font shows.
+/// Returns a short name for a control character, a line or paragraph separator, U+FFFC or a
+/// noncharacter, such as "NUL" or "CR". Empty for all others, also for a tab and a line feed.
 [[nodiscard]] QStringView label(char16_t unit);
 
-/// True for blanks that are not what a plain blank is, as a no-break space, and for characters
-/// without width of their own, as a direction mark or a zero-width space. They keep their effect on
-/// the layout and get a mark drawn over them. Joiners are not among them: they are spelling.
+/// True for spaces other than U+0020, such as a no-break space, and for invisible characters such
+/// as a direction mark or a zero-width space. They keep their effect on the layout and get a mark
+/// drawn over them. False for joiners: they are part of the spelling of words.
 [[nodiscard]] bool isMarked(char16_t unit);
 
 /// Draws `label` in a frame that fills `cell`. `font` is the text's.
@@ -31,8 +31,8 @@ void paintLabel(QPainter &painter,
                 const QFont &font,
                 const QColor &color);
 
-/// Draws the mark of a character that covers `cell`, which may have no width: a bracket under a
-/// blank, a thin pin where nothing else is.
+/// Draws the mark of a character that covers `cell`, which may be of zero width: a bracket under a
+/// space, a thin pin for a character that is narrower than a bracket.
 void paintMark(QPainter &painter, const QRectF &cell, const QColor &color);
 
 } // namespace invisible

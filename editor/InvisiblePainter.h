@@ -20,16 +20,14 @@ public:
                      const QColor &plain,
                      const QColor &selected);
 
-    /// `origin` is the segment's top left. From index `selectionStart` of the layout to before
-    /// `selectionEnd` it is selected, and with `breakIsSelected` so is its line break. Rows outside
-    /// `exposed` are left out.
+    /// Where a segment is drawn and which part of it is selected.
     struct Segment
     {
-        QPointF origin;
-        int selectionStart = 0;
-        int selectionEnd = 0;
-        bool breakIsSelected = false;
-        QRectF exposed;
+        QPointF origin;               ///< Its upper left corner.
+        int selectionStart = 0;       ///< Index in the layout of the first selected unit.
+        int selectionEnd = 0;         ///< Index in the layout after the last selected unit.
+        bool breakIsSelected = false; ///< True when its line break is selected too.
+        QRectF exposed;               ///< Rows outside this rectangle are not drawn.
     };
 
     void paint(const SegmentLayout &layout, const Segment &segment);

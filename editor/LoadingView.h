@@ -7,8 +7,8 @@
 
 namespace penwick {
 
-/// The content of an editor window while its document is read: the colour of an empty text, and the
-/// progress below it. Escape calls the reading off, as the button does.
+/// The content of an editor window while its document is read: the background of an empty text, and
+/// the progress below it. Escape cancels the load, as the button does.
 class LoadingView final : public QWidget
 {
     Q_OBJECT

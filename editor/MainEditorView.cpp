@@ -34,8 +34,8 @@ TextView *MainEditorView::textView() const
 
 void MainEditorView::keyPressEvent(QKeyEvent *event)
 {
-    // Escape comes here when neither the text nor the find bar had a use for it. A shortcut would
-    // take it away from both.
+    // Escape arrives here when neither the text nor the find bar has handled it. A shortcut would
+    // take precedence over both.
     if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier) {
         m_statusBar->dismissMessage();
         return;

@@ -6,8 +6,8 @@
 
 namespace penwick {
 
-/// Matches in a view without copying it; the units must outlive the match. Qt has renamed the
-/// member that does it, and the old name is deprecated.
+/// Matches in a view without copying it; the units must outlive the match. Qt 6.5 renamed the
+/// member function for this and deprecated the old name.
 [[nodiscard]] inline QRegularExpressionMatch
 matchView(const QRegularExpression &expression,
           QStringView units,

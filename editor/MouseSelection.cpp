@@ -40,7 +40,7 @@ void MouseSelection::press(const QMouseEvent &event, qint64 anchor)
 void MouseSelection::doublePress(const QMouseEvent &event)
 {
     m_position = event.position();
-    // The character under the mouse counts, not the place between two that is nearest.
+    // Use the character under the mouse, not the nearest place between two characters.
     const qint64 hit = m_viewport->characterAt(m_position);
     const auto ends = m_gesture.doublePress(m_viewport->text(), hit, m_position);
     m_select(ends.anchor, {ends.caret, false});
@@ -80,7 +80,7 @@ void MouseSelection::timerEvent(QTimerEvent *event)
     if (event->timerId() != m_autoscrollTimer.timerId())
         return;
     const qreal y = m_position.y();
-    // The farther outside, the faster.
+    // Scroll faster the farther outside the mouse is.
     const qreal distance = y < 0 ? y : std::max<qreal>(0, y - m_height);
     m_viewport->scrollByPixels(distance / 2);
     extendTo(m_position);

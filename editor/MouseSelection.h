@@ -11,12 +11,12 @@
 
 namespace penwick {
 
-/// Turns the mouse's events over a viewport into selections, and scrolls while the mouse is held
-/// above or below it.
+/// Turns mouse events of a viewport into selections, and scrolls while the mouse is dragged above
+/// or below it.
 class MouseSelection final : public QObject
 {
 public:
-    /// Selects from `anchor`, which stays, to `caret`. UTF-16 code units, 0-based.
+    /// Selects from `anchor`, the fixed end, to `caret`. Offsets are UTF-16 code units, 0-based.
     using Select = std::function<void(qint64 anchor, TextCaret caret)>;
 
     /// \param viewport not owned; must outlive this object.
@@ -24,13 +24,15 @@ public:
 
     /// True when a press of the left button would be the third of a triple click.
     [[nodiscard]] bool isThirdPress(const QMouseEvent &event) const;
-    /// The left button went down. \param anchor where a selection that Shift extends begins.
+    /// Handles a press of the left button.
+    /// \param anchor the fixed end of the selection that a press with Shift extends.
     void press(const QMouseEvent &event, qint64 anchor);
-    /// It went down for the second time.
+    /// Handles the second press of a double click.
     void doublePress(const QMouseEvent &event);
-    /// The mouse moved. \param height of the viewport, logical pixels.
+    /// Handles a move of the mouse.
+    /// \param height of the viewport, in logical pixels.
     void move(const QMouseEvent &event, qreal height);
-    /// The left button went up.
+    /// Handles the release of the left button.
     void release();
 
 protected:
@@ -43,7 +45,7 @@ private:
     Select m_select;
     SelectionGesture m_gesture;
     QBasicTimer m_autoscrollTimer;
-    QPointF m_position; // Where the mouse was seen last.
+    QPointF m_position; // The last known position of the mouse.
     qreal m_height = 0;
 };
 

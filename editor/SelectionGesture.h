@@ -8,34 +8,35 @@
 
 namespace penwick {
 
-/// A selection being made with the mouse: by characters, after a double click by words, after a
+/// The state of a selection with the mouse: by characters, after a double click by words, after a
 /// triple click by lines. Offsets are UTF-16 code units, 0-based.
 class SelectionGesture final
 {
 public:
     enum class Unit { Character, Word, Line };
 
-    /// The two ends a gesture leads to: the one that stays, the one under the mouse.
+    /// The ends of the selection: `anchor` is fixed, `caret` follows the mouse.
     struct Ends
     {
         qint64 anchor = 0;
         qint64 caret = 0;
     };
 
-    /// True when a press at `point` comes soon after a double click nearby.
+    /// True when a press at `point` would be the third press of a triple click: it is close to the
+    /// last double click in time and place.
     [[nodiscard]] bool isThirdPress(QPointF point) const;
-    /// A press at `point`, which hit `offset`. As a third one it selects a line.
+    /// Handles a press at `point`, over `offset`. The third press of a triple click selects a line.
     Ends press(const Text &text, qint64 offset, QPointF point);
-    /// A press that extends a selection whose other end is `anchor`.
+    /// Handles a press that extends the selection with the fixed end `anchor`.
     void pressExtending(qint64 anchor);
-    /// The second press of a double click.
+    /// Handles the second press of a double click.
     Ends doublePress(const Text &text, qint64 offset, QPointF point);
-    /// The mouse moved to `offset` with the button held.
+    /// Returns the ends when the mouse is dragged to `offset`.
     [[nodiscard]] Ends drag(const Text &text, qint64 offset) const;
 
     void release() { m_isActive = false; }
 
-    /// What is being selected.
+    /// The unit by which the selection grows.
     [[nodiscard]] Unit unit() const { return m_unit; }
 
     [[nodiscard]] bool isActive() const { return m_isActive; }

@@ -22,8 +22,8 @@ constexpr int kHorizontalMargin = 10;
 constexpr int kVerticalMargin = 4;
 constexpr int kDividerHeight = 12;
 
-/// A line in a weak shade of the text's colour. The styles draw theirs in the shades of edges,
-/// which in a dark palette hardly differ from the background.
+/// A vertical line in a translucent shade of the text's colour. Qt styles draw a frame in the
+/// palette's edge colours, which hardly differ from the background in a dark palette.
 class Divider final : public QFrame
 {
 public:
@@ -44,7 +44,7 @@ protected:
     }
 };
 
-/// Digits without grouping in any locale.
+/// Formats a number without digit grouping, independent of the locale.
 QString number(qint64 value)
 {
     return QString::number(value);
@@ -88,7 +88,8 @@ QWidget *StatusBarView::makeCountersRow()
     const auto addLabel = [row, layout](const QString &objectName) {
         auto *label = new ElidedLabel(row);
         label->setObjectName(objectName);
-        layout->addWidget(label); // All as high as the row, so that they share one baseline.
+        // Without an alignment, all labels are as high as the row and share one baseline.
+        layout->addWidget(label);
         return label;
     };
     m_cursorLabel = addLabel(u"statusCursor"_s);
@@ -99,7 +100,8 @@ QWidget *StatusBarView::makeCountersRow()
     m_encodingLabel = addLabel(u"statusEncoding"_s);
     m_newlineLabel = addLabel(u"statusNewline"_s);
     for (ElidedLabel *label : {m_encodingLabel, m_newlineLabel}) {
-        label->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred); // The counters give way.
+        // When space runs out, only the counters shrink.
+        label->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
     }
     return row;
 }
@@ -131,7 +133,7 @@ void StatusBarView::redraw()
     m_countersRow->setVisible(!message.has_value());
     m_messageLabel->setVisible(message.has_value());
     if (messageHadFocus && !message.has_value()) {
-        focusPreviousChild(); // Back into the text, where Tab came from.
+        focusPreviousChild(); // Return the focus to the text, from which Tab moved it here.
     }
 }
 

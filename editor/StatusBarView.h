@@ -10,9 +10,8 @@ namespace penwick {
 class ElidedLabel;
 class StatusMessageLabel;
 
-/// The bar under the text: the counters of a `DocumentState`, or the message of the last macro run
-/// in their place until it is dismissed. It redraws on every change of the state and when the
-/// wording changes.
+/// The bar under the text. It shows the counters of a `DocumentState` or, until it is dismissed,
+/// the message of the last macro run. It is updated when the state or the wording changes.
 class StatusBarView final : public QWidget
 {
     Q_OBJECT
@@ -21,7 +20,7 @@ public:
     /// \param documentState not owned; held weakly.
     explicit StatusBarView(DocumentState *documentState, QWidget *parent = nullptr);
 
-    /// Drops the message, so that the counters come back. Nothing happens without one.
+    /// Removes the message, so that the counters are shown again. Does nothing without a message.
     void dismissMessage();
 
 private:

@@ -10,7 +10,7 @@ namespace penwick {
 
 namespace {
 
-/// A label that can be pressed: Qt gives labels no action of their own.
+/// Adds a press action to the label for assistive technology; Qt's labels have none.
 class AccessibleStatusMessage final : public QAccessibleWidget
 {
 public:
@@ -58,7 +58,7 @@ StatusMessageLabel::StatusMessageLabel(QWidget *parent)
 {
     // Installing the same factory again changes nothing.
     QAccessible::installFactory(&createInterface);
-    // A click leaves the focus in the text; only Tab brings it here.
+    // Only Tab moves the focus here; a click leaves it in the text.
     setFocusPolicy(Qt::TabFocus);
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
 }
@@ -98,7 +98,7 @@ void StatusMessageLabel::paintEvent(QPaintEvent *event)
 
 QColor StatusMessageLabel::textColor() const
 {
-    // Weaker than the counters, yet readable: the palette's placeholder colour is too faint here.
+    // Less prominent than the counters but readable; the palette's placeholder colour is too faint.
     constexpr float kSecondaryAlpha = 0.7F;
     QColor color = ElidedLabel::textColor();
     color.setAlphaF(kSecondaryAlpha);

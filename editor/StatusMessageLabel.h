@@ -4,8 +4,8 @@
 
 namespace penwick {
 
-/// The message of the status bar. A click dismisses it; so do Return, Space and Escape once it has
-/// the keyboard focus, and the press action that it offers to assistive technology.
+/// The message of the status bar. A click dismisses it. Return, Enter, Space and Escape do so while
+/// it has the keyboard focus, as does its press action for assistive technology.
 class StatusMessageLabel final : public ElidedLabel
 {
     Q_OBJECT

@@ -22,7 +22,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto kPatience = 200ms; // What ends sooner was not worth a word.
+constexpr auto kAppearanceDelay = 200ms; // Transfers that end sooner are not shown.
 constexpr auto kRefreshInterval = 100ms;
 constexpr qreal kFontSize = 11; // Points, as in the status bar.
 constexpr int kHorizontalMargin = 10;
@@ -31,7 +31,7 @@ constexpr int kSpacing = 10;
 constexpr int kTrackHeight = 4;
 constexpr int kTrackWidth = 220;
 
-/// A thin line that fills up. The styles draw theirs as a framed box, too loud for this place.
+/// A progress bar drawn as a thin line. Qt styles draw a framed box, which is too prominent here.
 class ProgressLine final : public QProgressBar
 {
 public:
@@ -82,7 +82,7 @@ TransferBar::TransferBar(TextDocument *document, QWidget *parent)
 {
     makeContent();
     m_appearance.setSingleShot(true);
-    m_appearance.setInterval(kPatience);
+    m_appearance.setInterval(kAppearanceDelay);
     m_refresh.setInterval(kRefreshInterval);
     connect(&m_appearance, &QTimer::timeout, this, &TransferBar::appear);
     connect(&m_refresh, &QTimer::timeout, this, &TransferBar::refresh);
@@ -115,7 +115,7 @@ void TransferBar::makeContent()
     m_progress->setObjectName(u"transferProgress"_s);
     m_cancel = new QToolButton(this);
     m_cancel->setObjectName(u"transferCancel"_s);
-    m_cancel->setFocusPolicy(Qt::TabFocus); // A click leaves the focus in the text.
+    m_cancel->setFocusPolicy(Qt::TabFocus); // A click must leave the focus in the text.
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins(
         kHorizontalMargin, kVerticalMargin, kHorizontalMargin, kVerticalMargin);
@@ -141,7 +141,8 @@ void TransferBar::transferDidStart()
 void TransferBar::appear()
 {
     m_appearance.stop();
-    // Whoever heard of its end before us may have shown a message that this timer ran out under.
+    // The timer may fire after the transfer has ended: another receiver of `transferEnded` may run
+    // before `disappear` and show a modal dialog, which runs the event loop.
     if (m_document.isNull() || m_document->transfer() == TextDocument::Transfer::None) {
         return;
     }
@@ -156,7 +157,7 @@ void TransferBar::disappear()
     m_appearance.stop();
     m_refresh.stop();
     if (m_cancel->hasFocus()) {
-        focusPreviousChild(); // Back into the text, where Tab came from.
+        focusPreviousChild(); // Return the focus to the text, from which Tab moved it here.
     }
     setVisible(false);
 }
@@ -170,7 +171,7 @@ void TransferBar::refresh()
                              ? wording::text(u"status.loading"_s, u"読み込み中"_s)
                              : wording::text(u"status.saving"_s, u"保存中"_s);
     const int percent = m_document->transferPercent();
-    // As wide as it can become, so that the line does not move with the digits.
+    // Reserve the largest width, so that the progress line does not move when the digits change.
     m_label->setMinimumWidth(m_label->fontMetrics().horizontalAdvance(task + u"… 99 %"_s));
     m_label->setText(task + u"… "_s + QString::number(percent) + u" %"_s);
     m_progress->setAccessibleName(task);

@@ -12,8 +12,8 @@ class QToolButton;
 
 namespace penwick {
 
-/// A strip that shows how far the document's transfer has come, with a button that calls it off. It
-/// is hidden but for transfers that last, so that quick ones do not flash.
+/// A strip that shows the progress of the document's transfer, with a button that cancels it. It
+/// appears only when a transfer takes longer than a moment, so that quick ones do not flash.
 class TransferBar final : public QWidget
 {
     Q_OBJECT
@@ -22,7 +22,7 @@ public:
     /// \param document not owned, held weakly; may be null.
     explicit TransferBar(TextDocument *document, QWidget *parent = nullptr);
 
-    /// Shows a transfer that is under way from the first moment on.
+    /// Shows a running transfer without the usual delay. Does nothing without one.
     void showAtOnce();
 
 private:
