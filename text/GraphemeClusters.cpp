@@ -37,8 +37,8 @@ bool extends(UGraphemeClusterBreak value)
     return value == U_GCB_EXTEND || value == U_GCB_ZWJ || value == U_GCB_SPACING_MARK;
 }
 
-/// True when a mark in front may join the code point to what the mark stands on: in emoji sequences
-/// behind a joiner, in syllables that a virama links.
+/// True when a mark before the code point may join it to the character that carries the mark: in an
+/// emoji sequence after a joiner, or in a syllable linked by a virama.
 bool mayContinueBehindMark(UGraphemeClusterBreak mark, char32_t codePoint)
 {
     const auto character = static_cast<UChar32>(codePoint);
@@ -46,8 +46,8 @@ bool mayContinueBehindMark(UGraphemeClusterBreak mark, char32_t codePoint)
            u_getIntPropertyValue(character, UCHAR_INDIC_SYLLABIC_CATEGORY) != U_INSC_OTHER;
 }
 
-/// Code units between any two of which a cluster ends (but for CR LF): whole characters of class
-/// Other or Control. Surrogates are left to the iterator.
+/// Returns the simple code units: characters of class Other or Control. A cluster ends between any
+/// two of them, except in CR LF. Surrogates are not simple; ICU's iterator handles them.
 std::unique_ptr<SimpleSet> makeSimpleSet()
 {
     auto set = std::make_unique<SimpleSet>();
@@ -76,7 +76,7 @@ public:
         UErrorCode status = U_ZERO_ERROR;
         m_iterator.reset(
             icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
-        // ICU's own data is linked in; without it nothing that follows could be right.
+        // ICU's data is linked in. Without it no result would be correct.
         if (U_FAILURE(status) || !m_iterator)
             qFatal("penwick: ICU has no character break data (%s)", u_errorName(status));
     }
@@ -115,8 +115,8 @@ qint64 countByIterator(std::u16string_view text)
     return clusters;
 }
 
-/// End of the stretch that starts at `start` and holds what is not simple: just before the second
-/// of two simple units in a row, between which a boundary is certain.
+/// Returns the end of the stretch from `start` that holds units that are not simple. It ends
+/// between the first two simple units in a row, where a boundary is certain, or with the text.
 std::size_t complexStretchEnd(std::u16string_view text, std::size_t start, const SimpleSet &simple)
 {
     std::size_t end = start + 1;
@@ -143,10 +143,11 @@ qint64 count(std::u16string_view text)
             continue;
         }
         const std::size_t start = i;
-        // The unit before what is not simple belongs to the stretch; the rule for its end looks
-        // at pairs, so step over the first pair here.
+        // A simple unit before one that is not simple belongs to the stretch. The search for its
+        // end compares pairs of units, so start it after the first pair.
         i = complexStretchEnd(text, simple[unit] ? start + 1 : start, simple);
-        // CR LF cut by the end of a stretch is one cluster, not two: keep it for the fast loop.
+        // The end of the stretch must not split CR LF, which is one cluster: leave the CR to the
+        // next iteration.
         if (i < size && text[i - 1] == u'\r' && text[i] == u'\n' && i - 1 > start)
             --i;
         clusters += countByIterator(text.substr(start, i - start));
@@ -166,8 +167,8 @@ bool isCertainBoundary(char32_t before, char32_t after)
         return false;
     if (extends(a))
         return !mayContinueBehindMark(a, after);
-    // A syllable takes in vowels and finals; before a consonant or a whole syllable it ends, unless
-    // it is not more than consonants yet.
+    // Vowels and final consonants join the syllable before them. A leading consonant or a whole
+    // syllable starts a new one, except after a leading consonant.
     if (isHangul(a) && isHangul(b))
         return a != U_GCB_L && (b == U_GCB_L || b == U_GCB_LV || b == U_GCB_LVT);
     return !(a == U_GCB_REGIONAL_INDICATOR && b == U_GCB_REGIONAL_INDICATOR);

@@ -27,7 +27,8 @@ struct LeafPosition
     qint64 start = 0;
 };
 
-/// The leaf that holds the unit at `offset`, or the last leaf when `offset` is the text's size.
+/// Returns the leaf that holds the unit at `offset`, or the last leaf when `offset` is the size of
+/// the text.
 LeafPosition findLeaf(const TextNode *node, qint64 offset)
 {
     qint64 start = 0;
@@ -100,9 +101,11 @@ qint64 breaksIn(const TextMetrics &metrics, BreakKind kind)
     return 0;
 }
 
-// The units of a leaf as a range of its own type: the scans below run at every caret move.
+// The two scans below run at every caret move. They are templates over the unit type of a leaf, so
+// that they need not check it for each unit.
 
-/// Index just after the `count`th break among `units`; their number where there are fewer.
+/// Returns the index just after the `count`th break in `units`, or their number when there are
+/// fewer breaks.
 template <typename Units> qint64 indexAfterBreak(Units units, qint64 count, BreakKind kind)
 {
     const auto *const end = units.data() + units.size();
@@ -120,7 +123,7 @@ template <typename Units> qint64 indexAfterBreak(Units units, qint64 count, Brea
     return static_cast<qint64>(units.size());
 }
 
-/// Line breaks among `units`, as if they stood alone.
+/// Returns the number of line breaks in `units`, as if they were a whole text.
 template <typename Units> qint64 lineBreaksAmong(Units units)
 {
     qint64 breaks = 0;
@@ -198,15 +201,15 @@ bool sameText(const TextNode *a, const TextNode *b)
     return !left.leaf() && !right.leaf();
 }
 
-/// A stretch of a text around an offset, and where it starts.
+/// A copy of a stretch of a text, and the offset of its start.
 struct Window
 {
     QString units;
     qint64 start = 0;
 };
 
-/// True when a cluster certainly ends before `units[index]`, as far as the window tells: a pair cut
-/// off by its edge tells nothing.
+/// True when a cluster certainly ends before `units[index]`. False inside a surrogate pair, and
+/// where a pair next to the index is cut off by an end of `units`: its code point is unknown.
 bool isCertainBoundaryAt(std::u16string_view units, std::size_t index)
 {
     const char16_t before = units[index - 1];
@@ -221,11 +224,13 @@ bool isCertainBoundaryAt(std::u16string_view units, std::size_t index)
     return clusters::isCertainBoundary(first, second);
 }
 
-/// Units looked at around an offset when a cluster boundary is sought; grown when that is too few.
+/// Units to read on either side of an offset in the first search for a cluster boundary. The window
+/// grows when it holds none.
 constexpr qint64 kBoundaryWindow = 128;
 
-/// A stretch around `offset` that begins at a certain cluster boundary, if there is one within
-/// `reach` units before it.
+/// Returns a stretch around `offset` that begins at a certain cluster boundary or at the start of
+/// the text, and ends `reach` units after `offset`. None when neither lies within `reach` units
+/// before `offset`.
 std::optional<Window> windowWithin(const Text &text, qint64 offset, qint64 reach)
 {
     Window window;
@@ -244,7 +249,8 @@ std::optional<Window> windowWithin(const Text &text, qint64 offset, qint64 reach
     return std::nullopt;
 }
 
-/// The same from as far as it takes: the text's start is a boundary in any case.
+/// As `windowWithin`, but widens `reach` until a boundary is found; the start of the text is always
+/// one.
 Window windowAround(const Text &text, qint64 offset, qint64 reach)
 {
     while (true) {
@@ -292,17 +298,17 @@ tl::expected<Text, Text::Utf8Error> Text::fromUtf8(QByteArrayView bytes)
 
 bool Text::forEachUtf8Block(const std::function<bool(QByteArrayView)> &visit) const
 {
-    bool goesOn = true;
+    bool shouldContinue = true;
     forEachChunk(0, size(), [&](const TextChunkView &chunk) {
         if (chunk.ascii) {
-            goesOn = visit(QByteArrayView(chunk.ascii, chunk.length));
+            shouldContinue = visit(QByteArrayView(chunk.ascii, chunk.length));
         } else {
-            // A chunk never divides a surrogate pair, so each can be encoded alone.
-            goesOn = visit(QStringView(chunk.utf16, chunk.length).toUtf8());
+            // A chunk never splits a surrogate pair, so each can be encoded alone.
+            shouldContinue = visit(QStringView(chunk.utf16, chunk.length).toUtf8());
         }
-        return goesOn;
+        return shouldContinue;
     });
-    return goesOn;
+    return shouldContinue;
 }
 
 QByteArray Text::toUtf8() const
@@ -349,7 +355,7 @@ TextMetrics Text::metricsBefore(qint64 offset) const
             node = node->right().data();
         }
     }
-    // Half a surrogate pair is not text.
+    // An offset inside a surrogate pair counts as the start of the pair.
     if (offset > 0 && QChar::isLowSurrogate(node->unitAt(offset)))
         --offset;
     return before + node->measurePrefix(offset);
@@ -407,7 +413,7 @@ Text Text::mid(qint64 offset, qint64 length) const
     const qint64 start = std::clamp<qint64>(offset, 0, size());
     const qint64 end = std::clamp<qint64>(length, 0, size() - start) + start;
     if (start == end)
-        return {}; // Also inside a pair: nothing was asked for.
+        return {}; // An empty range stays empty, also inside a surrogate pair.
     const auto [head, rest] = TextNode::split(m_root, pairStart(start));
     return Text(TextNode::split(rest, pairEnd(end) - pairStart(start)).first);
 }
@@ -457,7 +463,7 @@ std::pair<qint64, qint64> Text::separatorLineAndColumn(qint64 offset) const
 {
     const TextMetrics before = metricsBefore(offset);
     const TextMetrics beforeLine = metricsBefore(offsetAfterSeparator(before.separators));
-    // Right after the first half of a CR LF pair both measures see the CR alone.
+    // Between CR and LF, both measurements count the CR as a cluster of its own.
     return {before.separators + 1, before.clusters - beforeLine.clusters};
 }
 
@@ -470,11 +476,12 @@ std::pair<qint64, qint64> Text::lineFeedLineAndColumn(qint64 offset) const
 
 qint64 Text::previousClusterBoundary(qint64 offset) const
 {
-    // The iterator takes half a pair for its start, from which it would go one step too far.
+    // Inside a surrogate pair, ICU's iterator searches from the start of the pair and would go one
+    // boundary too far.
     offset = pairEnd(std::min(offset, size()));
     if (offset <= 0)
         return 0;
-    // A window that begins at the boundary sought would hide an earlier one: leave one unit more.
+    // The window for `offset - 1` begins before `offset`, so it holds the boundary.
     const Window window = windowAround(*this, offset - 1, kBoundaryWindow);
     return window.start + clusters::preceding(viewOf(window.units), offset - window.start);
 }
@@ -485,7 +492,8 @@ qint64 Text::nextClusterBoundary(qint64 offset) const
     for (qint64 reach = kBoundaryWindow; offset < size(); reach *= 4) {
         const Window window = windowAround(*this, offset, reach);
         const qsizetype end = clusters::following(viewOf(window.units), offset - window.start);
-        // The last unit of the window may be half a pair, which says nothing yet.
+        // A boundary at the end of the window is not reliable: the cluster may continue, and the
+        // last unit may be half of a surrogate pair.
         const bool isCutOff = end + 1 >= window.units.size() && window.start + end < size();
         if (isCutOff && window.start + window.units.size() == size())
             return window.start + end;

@@ -89,8 +89,8 @@ public:
 
     [[nodiscard]] Text appended(const Text &tail) const { return replaced(size(), 0, tail); }
 
-    /// Offset just after the `count`th line feed; 0 for 0, the size where there are fewer. O(log
-    /// n).
+    /// Offset just after the `count`th line feed; 0 for 0, the size where there are fewer.
+    /// O(log n).
     [[nodiscard]] qint64 offsetAfterLineFeed(qint64 count) const;
     /// Offset just after the `count`th visual line break (CR LF is one). As above.
     [[nodiscard]] qint64 offsetAfterLineBreak(qint64 count) const;
@@ -98,8 +98,8 @@ public:
     [[nodiscard]] qint64 offsetAfterSeparator(qint64 count) const;
 
     /// The status bar's cursor position: the number of pieces of the part before `offset` split at
-    /// each separator (1-based line), and the clusters in its last piece (0-based column). O(log
-    /// n).
+    /// each separator (1-based line), and the clusters in its last piece (0-based column).
+    /// O(log n).
     [[nodiscard]] std::pair<qint64, qint64> separatorLineAndColumn(qint64 offset) const;
     /// The script interface's position: line feeds before `offset`, and the clusters between the
     /// last of them and `offset`. Both 0-based. O(log n).

@@ -30,8 +30,8 @@ bool TextBuilder::canCutAt(std::size_t index) const
     return clusters::isCertainBoundary(first, second);
 }
 
-/// The best place to cut a chunk off the pending text: the last one that keeps it within the usual
-/// size, else the first one after that. 0 when there is none.
+/// Returns the best index at which to cut a chunk off the pending text: the last possible one
+/// within the usual chunk size, else the first one after it. 0 when there is none.
 std::size_t TextBuilder::findCut() const
 {
     constexpr auto kLeaf = static_cast<std::size_t>(TextNode::kLeafUnits);
@@ -42,7 +42,7 @@ std::size_t TextBuilder::findCut() const
                 return cut;
         }
     }
-    // A later search goes on where the one before it gave up.
+    // A later search continues where the last one stopped.
     for (std::size_t cut = isFirstSearch ? kLeaf + 1 : m_sealLimit / 2; cut < m_pending.size();
          ++cut) {
         if (canCutAt(cut))
@@ -65,8 +65,8 @@ void TextBuilder::sealLongPending()
     while (m_pending.size() >= m_sealLimit) {
         const std::size_t cut = findCut();
         if (cut == 0) {
-            // One cluster of thousands of units: let the chunk grow, and look again only when it
-            // has doubled, so that the search stays linear.
+            // One cluster has thousands of units. Let the chunk grow and search again only after
+            // its size has doubled, so that the total cost stays linear.
             m_sealLimit = m_pending.size() * 2;
             return;
         }
@@ -78,7 +78,8 @@ void TextBuilder::keepAsciiPart()
 {
     if (!m_pendingIsAscii || m_pending.size() < kAsciiRunUnits)
         return;
-    // The character that the next one may join stays with it, and CR LF stays whole.
+    // The last character stays in the pending text: the next one may join its cluster. The cut must
+    // not split CR LF.
     std::size_t cut = m_pending.size() - 1;
     while (cut > 0 && !canCutAt(cut))
         --cut;
@@ -92,7 +93,7 @@ void TextBuilder::pushOther(std::u16string_view units)
     while (!units.empty()) {
         const std::size_t room = m_sealLimit - m_pending.size();
         std::size_t length = std::min(units.size(), room);
-        // Half a pair says nothing about boundaries: never look for a cut behind one.
+        // Never search for a cut after half a surrogate pair: its code point is unknown.
         if (length < units.size() && QChar::isHighSurrogate(units[length - 1]))
             ++length;
         m_pending.append(units.substr(0, length));
@@ -129,7 +130,7 @@ void TextBuilder::appendAscii(std::string_view characters)
     constexpr auto kLeaf = static_cast<std::size_t>(TextNode::kLeafUnits);
     std::size_t i = 0;
     while (i < characters.size()) {
-        // Whole chunks of a long stretch need not pass through the pending text.
+        // Cut whole chunks of a long ASCII stretch directly, without the pending text.
         if (m_pending.empty() && characters.size() - i > kLeaf) {
             const bool cutsPair =
                 characters[i + kLeaf - 1] == '\r' && characters[i + kLeaf] == '\n';

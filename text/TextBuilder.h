@@ -8,8 +8,8 @@
 
 namespace penwick {
 
-/// Collects characters and makes a `Text` of them, cutting chunks where clusters certainly end.
-/// Costs memory for the result and one chunk.
+/// Collects characters and builds a `Text` from them. Chunks are cut at certain cluster boundaries.
+/// Uses memory for the result and one chunk.
 class TextBuilder final
 {
 public:
@@ -18,14 +18,15 @@ public:
     /// Appends UTF-16 code units. A surrogate pair may be divided between two calls; a lone
     /// surrogate becomes U+FFFD.
     void appendUtf16(std::u16string_view units);
-    /// Appends UTF-16 code units of 0x80 or more with every surrogate pair whole: the quick way for
-    /// a decoder, which knows that much.
+    /// Appends UTF-16 code units of 0x80 or more, in which no surrogate pair is split. Faster than
+    /// `appendUtf16`; for decoders, which produce such units.
     void appendNonAscii(std::u16string_view units);
     /// Appends the characters of a leaf.
     void appendLeaf(const TextNode &leaf);
 
-    /// The text of all that was appended. The builder is empty afterwards.
+    /// Returns the text of everything appended. The builder is empty afterwards.
     [[nodiscard]] Text finish();
+    /// As `finish`, but returns the root node; null for an empty text.
     [[nodiscard]] TextNodePtr finishNode();
 
 private:
@@ -40,13 +41,14 @@ private:
     [[nodiscard]] std::size_t findCut() const;
 
     std::vector<TextNodePtr> m_leaves;
-    std::u16string m_pending; // What is not in a leaf yet.
+    std::u16string m_pending; // Appended units that are not in a leaf yet.
     std::size_t m_sealLimit = kSealUnits;
     std::size_t m_asciiRun = 0; // Length of the ASCII stretch that ends `m_pending`.
     bool m_pendingIsAscii = true;
-    char16_t m_highSurrogate = 0; // The first half of a pair whose second half has not come yet.
+    char16_t m_highSurrogate = 0; // The first half of a pair whose second half is still to come.
 
-    // Pending text is cut once there is a chunk and some more to choose a boundary from.
+    // Pending text is cut once it is longer than a chunk, so that there are boundaries to choose
+    // from.
     static constexpr std::size_t kSealUnits = TextNode::kLeafUnits + TextNode::kLeafUnits / 16;
     // An ASCII stretch this long is worth a chunk of its own: it takes half the memory.
     static constexpr std::size_t kAsciiRunUnits = TextNode::kLeafUnits / 4;

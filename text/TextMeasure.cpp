@@ -7,8 +7,8 @@ namespace penwick {
 
 namespace {
 
-// Counters of one byte let the compiler compare and add 16 or 32 characters at a time; a block is
-// as long as such a counter can count.
+// Narrow counters (8 bits for ASCII, 16 bits for UTF-16) let the compiler compare and add several
+// characters in one vector instruction. A block is as long as an 8-bit counter can count.
 constexpr std::size_t kBlock = 255;
 
 } // namespace
@@ -30,7 +30,7 @@ TextMetrics measureAscii(std::string_view characters)
         total.lineFeeds += lineFeeds;
         total.separators += separators;
         if (lineFeeds == separators)
-            continue; // No CR, so no pair starts here.
+            continue; // The block has no CR, so no CR LF starts in it.
         for (std::size_t i = start; i < end && i + 1 < size; ++i)
             total.crLfPairs += data[i] == '\r' && data[i + 1] == '\n';
     }

@@ -4,9 +4,8 @@
 
 namespace penwick {
 
-/// What a stretch of text holds, counted once per chunk and added up along the tree.
-/// The sums add up only over stretches that meet at a certain cluster boundary; `Text` sees to
-/// that.
+/// What a stretch of text holds, counted once per chunk and added up along the tree. The sums add
+/// up only over stretches that meet at a certain cluster boundary; `Text` sees to that.
 struct TextMetrics
 {
     qint64 utf16Units = 0; ///< Length in UTF-16 code units.

@@ -11,7 +11,7 @@ namespace {
 
 constexpr qsizetype kLongestSequence = 4; // Bytes.
 
-/// Length of the ASCII stretch at the start of `bytes`.
+/// Returns the length of the ASCII stretch at the start of `bytes`.
 qsizetype asciiPrefix(const char *bytes, qsizetype size)
 {
     constexpr quint64 kHighBits = 0x8080808080808080ULL;
@@ -28,12 +28,13 @@ qsizetype asciiPrefix(const char *bytes, qsizetype size)
     return i;
 }
 
-/// The code point at `i`, which is moved behind it; negative when it is not valid.
-// NOLINTNEXTLINE(readability-function-size): the branches are the macro's own.
+/// Decodes the code point at `i` and moves `i` past it. Returns a negative value when it is not
+/// valid.
+// NOLINTNEXTLINE(readability-function-size): the branches are in the macro.
 UChar32 nextCodePoint(const quint8 *bytes, qsizetype &i, qsizetype size)
 {
     UChar32 codePoint = 0;
-    U8_NEXT(bytes, i, size, codePoint); // NOLINT(bugprone-inc-dec-in-conditions): its own, too.
+    U8_NEXT(bytes, i, size, codePoint); // NOLINT(bugprone-inc-dec-in-conditions): in the macro.
     return codePoint;
 }
 
@@ -42,8 +43,8 @@ void appendCodePoint(char16_t *units, qsizetype &length, UChar32 codePoint)
     U16_APPEND_UNSAFE(units, length, codePoint);
 }
 
-/// True when the first `size` bytes of `candidate` need some of the others, but not all of them, to
-/// make a valid sequence.
+/// True when the first `size` bytes of `candidate` and one or more of the bytes after them form a
+/// valid sequence.
 bool isCompletedBy(const quint8 (&candidate)[kLongestSequence], qsizetype size)
 {
     for (qsizetype length = size + 1; length <= kLongestSequence; ++length) {
@@ -54,10 +55,11 @@ bool isCompletedBy(const quint8 (&candidate)[kLongestSequence], qsizetype size)
     return false;
 }
 
-/// True when `bytes` could be the start of a valid sequence that only lacks its end.
+/// True when `bytes` may be the start of a valid sequence whose end is missing.
 bool isTruncatedSequence(const quint8 *bytes, qsizetype size)
 {
-    // Complete it with the trail bytes that can follow: if any completion decodes, it was cut.
+    // Some lead bytes limit the second byte to a part of the range of trail bytes. One of these
+    // four values is valid after each of them, so a sequence that no value completes is invalid.
     constexpr quint8 kLowestTrail = 0x80;
     constexpr quint8 kHighestTrail = 0xBF;
     for (const quint8 second : {kLowestTrail, quint8(0x90), quint8(0xA0), kHighestTrail}) {
@@ -69,8 +71,8 @@ bool isTruncatedSequence(const quint8 *bytes, qsizetype size)
     return false;
 }
 
-/// The character of a valid sequence of three bytes, which most of Japanese text is made of; 0 for
-/// anything else, which the general decoder then judges.
+/// A fast path for Japanese text, which consists mostly of three-byte sequences. Returns the
+/// character of a valid one, or 0 for everything else, which is left to the general decoder.
 char16_t threeByteUnit(const quint8 *bytes, qsizetype size)
 {
     if (size < 3 || (bytes[0] & 0xF0) != 0xE0 || (bytes[1] & 0xC0) != 0x80 ||

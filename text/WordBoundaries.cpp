@@ -9,9 +9,9 @@ namespace penwick::words {
 
 namespace {
 
-/// A word longer than this is taken as several: nobody reads it as one.
+/// UTF-16 code units to read on either side of an offset. A longer word may be split into several.
 constexpr qint64 kReach = 1024;
-/// Enough for a dictionary to divide what stands next to an offset.
+/// A shorter reach that is enough for a dictionary to find the boundaries next to an offset.
 constexpr qint64 kDictionaryReach = 128;
 
 bool isBlank(char16_t unit)
@@ -25,8 +25,9 @@ bool isLineBreak(char16_t unit)
            unit == u'\u2029';
 }
 
-/// A place to cut a window around `offset`: a cluster boundary, unless the cluster is so long that
-/// it reaches `offset` or makes the window much larger.
+/// Returns where to cut a window around `offset`: at the cluster boundary at or before `nominal`. A
+/// cluster that is longer than the reach, or that would leave `offset` outside the window, is cut
+/// at `nominal`, but not inside a surrogate pair.
 qint64 windowEdge(const Text &text, qint64 nominal, qint64 offset)
 {
     const auto boundary = text.clusterBoundaryWithin(nominal, kReach);
@@ -81,7 +82,7 @@ public:
 private:
     static icu::BreakIterator &iterator()
     {
-        // It remembers the text it was given last, so each thread has its own.
+        // The iterator holds the last text it was given, so each thread needs its own.
         thread_local const std::unique_ptr<icu::BreakIterator> instance = [] {
             UErrorCode status = U_ZERO_ERROR;
             std::unique_ptr<icu::BreakIterator> words(
@@ -98,7 +99,8 @@ private:
     UText m_text = UTEXT_INITIALIZER;
 };
 
-/// Words may end inside a cluster (after a mark that is prepended), and a window may too.
+/// Returns `offset` if it is a cluster boundary, else the next one. A word may end inside a cluster
+/// (after a prepended mark), and so may a window.
 qint64 clusterEndAtOrAfter(const Text &text, qint64 offset)
 {
     const qint64 boundary = text.clusterBoundaryAtOrBefore(offset);
@@ -122,10 +124,11 @@ bool isWordCharacter(char32_t character)
     return character == U'_' || QChar::isLetterOrNumber(character) || QChar::isMark(character);
 }
 
-/// True for the scripts whose words no blank divides, and for some more that ask for no dictionary.
+/// True for scripts written without spaces between words. Also true for some others, for which the
+/// dictionary lookup is unnecessary but harmless.
 bool mayNeedDictionary(char32_t character)
 {
-    return character >= 0x2E80 ||                          // Chinese and Japanese.
+    return character >= 0x2E80 ||                          // Chinese, Japanese and all above.
            (character >= 0x0E00 && character <= 0x0EFF) || // Thai and Lao.
            (character >= 0x1000 && character <= 0x109F) || // Burmese.
            (character >= 0x1780 && character <= 0x17FF);   // Khmer.
@@ -185,7 +188,7 @@ std::pair<qint64, qint64> wordAround(const Text &text, qint64 offset)
         return {0, 0};
     offset = std::clamp<qint64>(offset, 0, text.size());
     const Boundaries boundaries(text, offset);
-    // Behind the last character of a line, the word before it is meant.
+    // At the end of a line, use the character before `offset`.
     const bool atLineEnd = offset >= text.size() || isLineBreak(boundaries.at(offset));
     if (atLineEnd && (offset == 0 || isLineBreak(boundaries.at(offset - 1))))
         return {offset, offset};

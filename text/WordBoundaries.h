@@ -6,22 +6,24 @@
 
 namespace penwick::words {
 
-/// Words as a dictionary finds them, so that Japanese without blanks divides sensibly. Each call
-/// looks at a bounded stretch around the offset. Offsets are UTF-16 code units, 0-based.
+/// Word boundaries from a dictionary, which also finds words in Japanese, written without spaces.
+/// Each call reads a bounded stretch around the offset. Offsets are UTF-16 code units, 0-based.
+/// Blanks are spaces and tabs, including no-break and ideographic spaces.
 
-/// Start of the word that follows the one at `offset`; blanks between are skipped, a line break is
-/// stopped at. The text's size at the end.
+/// Returns the start of the word after the one at `offset`, or the size of the text when there is
+/// none. Skips blanks; stops before a line break, and after one when `offset` is at it.
 [[nodiscard]] qint64 nextWordStart(const Text &text, qint64 offset);
-/// End of the word at or after `offset`.
+/// Returns the end of the word at or after `offset`. Stops at a line break after blanks.
 [[nodiscard]] qint64 nextWordEnd(const Text &text, qint64 offset);
-/// Start of the word at or before `offset`. 0 at the start.
+/// Returns the start of the last word that begins before `offset`, or 0 when there is none. Skips
+/// blanks; stops after a line break, and before one when `offset` is directly after it.
 [[nodiscard]] qint64 previousWordStart(const Text &text, qint64 offset);
-/// Start and end of what a double click on the character after `offset` selects: a word, a run of
-/// blanks, or one other character.
+/// Returns the start and end of the selection that a double click on the character after `offset`
+/// makes: a word, a run of blanks, or one other character.
 [[nodiscard]] std::pair<qint64, qint64> wordAround(const Text &text, qint64 offset);
-/// True where a whole word may begin or end: at the text's ends; next to anything that is no
-/// letter, digit, mark or underscore; between words that the dictionary knows, or where a script
-/// that is written without blanks meets another. Safe to call from several threads at once.
+/// True where a whole word may begin or end: at the start and end of the text, next to a character
+/// that is no letter, digit, mark or underscore, between words of the dictionary, and where a
+/// script written without spaces meets another. Safe to call from several threads at once.
 [[nodiscard]] bool isWordBoundary(const Text &text, qint64 offset);
 
 } // namespace penwick::words
