@@ -15,7 +15,7 @@ QString copyName(const QString &name)
     return name + u' ' + wording::text(u"profile.manage.copySuffix"_s, u"のコピー"_s);
 }
 
-void makeUsers(UIWordingProfile &profile, const Clock &clock)
+void markAsUserProfile(UIWordingProfile &profile, const Clock &clock)
 {
     profile.isBuiltIn = false;
     profile.createdAt = nowTimestamp(clock);
@@ -30,7 +30,7 @@ duplicateOf(const UIWordingProfile &profile, const Clock &clock, const IdSource 
     UIWordingProfile copy = profile;
     copy.id = ids();
     copy.name = copyName(profile.name);
-    makeUsers(copy, clock);
+    markAsUserProfile(copy, clock);
     return copy;
 }
 
@@ -48,7 +48,7 @@ UIWordingProfile importedProfile(UIWordingProfile profile,
         profile.id = ids();
     if (isTaken(&UIWordingProfile::name))
         profile.name = copyName(profile.name);
-    makeUsers(profile, clock);
+    markAsUserProfile(profile, clock);
     return profile;
 }
 

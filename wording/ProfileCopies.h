@@ -8,13 +8,14 @@
 
 namespace penwick {
 
-/// The user's own copy of a profile, with a new id, a name that tells them apart in the active
-/// wording, and the present time.
+/// Returns a copy of a profile as a user profile. It has a new id, the name with a suffix in the
+/// active wording, and the current time as its dates.
 [[nodiscard]] UIWordingProfile
 duplicateOf(const UIWordingProfile &profile, const Clock &clock, const IdSource &ids);
 
-/// What is kept of a profile that came from elsewhere: it is the user's and dates from now. Its id
-/// and its name give way, each for itself, where one of `present` has them already.
+/// Returns an imported profile as a user profile with the current time as its dates. If one of
+/// `present` has the same id, the id is replaced by a new one; if one has the same name, the name
+/// gets a suffix.
 [[nodiscard]] UIWordingProfile importedProfile(UIWordingProfile profile,
                                                const QList<UIWordingProfile> &present,
                                                const Clock &clock,

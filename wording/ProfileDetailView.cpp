@@ -19,7 +19,8 @@ namespace {
 
 enum Row { Name, Id, Description, Locale, ValuesCount, CreatedAt, UpdatedAt, RowCount };
 
-/// Can be selected and copied, by keyboard too: an id is nothing to type off.
+/// Makes a label whose text can be selected and copied with the mouse and the keyboard, for values
+/// such as an id.
 QLabel *makeValueLabel()
 {
     auto *label = new QLabel;

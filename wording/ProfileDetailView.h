@@ -12,7 +12,7 @@ namespace penwick {
 
 class ButtonRow;
 
-/// What is known about one profile, and the buttons for what can be done with it.
+/// Shows the properties of one profile, with buttons to apply, duplicate, delete and export it.
 class ProfileDetailView final : public QWidget
 {
     Q_OBJECT
@@ -22,7 +22,7 @@ public:
 
     void setProfile(const UIWordingProfile &profile);
 
-    /// Looks every text up anew.
+    /// Updates all texts after a change of the wording.
     void relabel();
 
 Q_SIGNALS:

@@ -24,7 +24,7 @@ namespace {
 
 constexpr ListDetailView::ListWidth kListWidth{240, 260, 320};
 
-/// Readable on light and on dark.
+/// In a green that is readable on a light and on a dark background.
 QIcon activeMark()
 {
     return symbolIcon(u"checkmark.circle.fill"_s, QColor(0x2b, 0xa2, 0x45));
@@ -148,7 +148,7 @@ void ProfileManagerView::duplicate()
     if (!profile)
         return;
     const UIWordingProfile copy = duplicateOf(*profile, m_services.clock, m_services.ids);
-    // One that cannot be saved does not appear in the list, which says enough.
+    // A copy that cannot be saved does not appear in the list, so no error message is needed.
     if (m_services.profileManager.saveProfile(copy))
         select(copy.id);
 }
@@ -161,7 +161,7 @@ void ProfileManagerView::importProfile()
         showAlert(this, importFile(*path));
 }
 
-/// Returns what to tell the person.
+/// Imports a profile from a file. Returns the message to show to the user.
 QString ProfileManagerView::importFile(const QString &path)
 {
     const auto failure = [] { return wording::text(u"error.fileOpenFailed"_s); };
@@ -172,7 +172,7 @@ QString ProfileManagerView::importFile(const QString &path)
     if (!profile)
         return wording::text(u"error.invalidProfileJson"_s);
     UIWordingProfileManager &manager = m_services.profileManager;
-    const auto lock = manager.beginChange(); // An id may be taken by now.
+    const auto lock = manager.beginChange(); // Another process may have taken the id.
     if (!lock)
         return failure();
     const UIWordingProfile imported =
@@ -217,7 +217,7 @@ void ProfileManagerView::askToDelete()
 void ProfileManagerView::deleteProfile(const QString &id)
 {
     UIWordingProfileManager &manager = m_services.profileManager;
-    // One whose file cannot be removed stays in the list, which says enough.
+    // A profile whose file cannot be removed stays in the list, so no error message is needed.
     const bool isDeleted = manager.deleteProfile(id).has_value();
     if (isDeleted && m_selectedProfileId == id)
         select(manager.activeProfileId().value_or(kBuiltInProfileId));

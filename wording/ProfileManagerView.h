@@ -18,14 +18,14 @@ namespace penwick {
 class ElidedLabel;
 class ProfileDetailView;
 
-/// All wording profiles in a list, and the one selected in it: to apply, duplicate, export or
-/// delete. Files are taken in from the list's side.
+/// Shows a list of all wording profiles and the details of the selected one, which can be applied,
+/// duplicated, exported and deleted. A button above the list imports a profile from a file.
 class ProfileManagerView final : public QWidget
 {
     Q_OBJECT
 
 public:
-    /// What the view works with. The references must outlive it.
+    /// The services that the view uses. The references must outlive it.
     struct Services
     {
         UIWordingProfileManager &profileManager;
@@ -37,7 +37,7 @@ public:
 
     explicit ProfileManagerView(Services services, QWidget *parent = nullptr);
 
-    /// Nothing at first.
+    /// Id of the selected profile; `nullopt` at first.
     [[nodiscard]] const std::optional<QString> &selectedProfileId() const
     {
         return m_selectedProfileId;
@@ -45,7 +45,7 @@ public:
 
     void select(const std::optional<QString> &id);
 
-    /// Asks for a file and takes its profile in.
+    /// Asks the user for a file and imports its profile.
     void importProfile();
 
 private:

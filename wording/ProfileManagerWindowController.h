@@ -13,8 +13,8 @@ class ProfileManagerWindowController final : public QObject
     Q_OBJECT
 
 public:
-    /// Makes the window; does not show it.
-    /// \param defaults where its frame is kept; not owned, must outlive this.
+    /// Creates the window but does not show it.
+    /// \param defaults stores the window's frame; not owned, must outlive this.
     ProfileManagerWindowController(const ProfileManagerView::Services &services,
                                    UserDefaults &defaults,
                                    QObject *parent = nullptr);

@@ -25,15 +25,15 @@ bool isListedBefore(const UIWordingProfile &a, const UIWordingProfile &b)
     return a.name < b.name;
 }
 
-/// A name that only begins with the dot has no extension.
+/// True for names that end with the extension `.json`; the name `.json` itself has no extension.
 bool isProfileFile(const QString &name)
 {
     constexpr auto kExtension = ".json"_L1;
     return name.endsWith(kExtension) && name.size() > kExtension.size();
 }
 
-/// An id comes from a file that anybody may have written. It must not lead out of the folder, where
-/// the user's macros and more lie.
+/// True when an id can be the name of a file in the profile folder. An id comes from a file of
+/// unknown origin; it must not lead to the user's other files outside the folder.
 bool isFileName(const QString &id)
 {
     return !id.contains(u'/');
@@ -44,7 +44,7 @@ auto hasId(const QString &id)
     return [id](const UIWordingProfile &profile) { return profile.id == id; };
 }
 
-/// The profile of one file, or what to say about it in the log.
+/// Returns the profile of one file, or a description of the error for the log.
 tl::expected<UIWordingProfile, QString> profileOfFile(const QString &path)
 {
     const auto content = readFile(path);
@@ -129,7 +129,7 @@ void UIWordingProfileManager::takeInChangesFromElsewhere()
 
 void UIWordingProfileManager::loadProfiles()
 {
-    // Taken first: a change during the read then counts as one after it.
+    // Read the versions first, so that a change during the read is detected later.
     m_fileVersions = fileVersions();
     QList<UIWordingProfile> profiles{builtInJapaneseProfile(), builtInEnglishProfile()};
     const auto entries = folderEntries(m_profileFolder);
@@ -182,7 +182,7 @@ void UIWordingProfileManager::restoreActiveProfile()
 
 void UIWordingProfileManager::applyProfile(const UIWordingProfile &profile)
 {
-    // The profile may lie in our own list, which a listener may change.
+    // `profile` may be an element of `m_profiles`, which a listener may change.
     const QString id = profile.id;
     m_activeProfileId = id;
     m_defaults.setString(kActiveProfileKey, id);
@@ -190,7 +190,7 @@ void UIWordingProfileManager::applyProfile(const UIWordingProfile &profile)
         wording::setActiveValues(std::nullopt);
     else
         wording::setActiveValues(profile.values);
-    // Only now: whoever hears of the new id may look texts up at once.
+    // Emit this only after the values are set: receivers may look texts up at once.
     Q_EMIT activeProfileIdChanged();
     m_center.post(UIWordingProfileDidChange);
 }
@@ -215,7 +215,7 @@ tl::expected<void, FileError> UIWordingProfileManager::saveProfile(const UIWordi
         return written;
     if (const auto version = FileVersion::of(filePath(profile.id)))
         m_fileVersions.insert(profile.id + u".json"_s, *version);
-    // Copied, for the profile handed in may lie in the list that is about to change.
+    // Copy it: `profile` may be an element of the list that is replaced below.
     const auto active = m_activeProfileId == profile.id ? std::optional(profile) : std::nullopt;
     QList<UIWordingProfile> profiles = m_profiles;
     const auto place = std::find_if(profiles.begin(), profiles.end(), hasId(profile.id));
@@ -235,18 +235,18 @@ tl::expected<void, FileError> UIWordingProfileManager::deleteProfile(const QStri
     if (id == kBuiltInProfileId || id == kBuiltInEnglishProfileId)
         return {};
     const auto lock = m_lock.take();
-    // Where the folder is gone so is the file.
+    // If the folder is gone, the file is gone too.
     if (!lock && lock.error().kind != FileError::Kind::NotFound)
         return tl::unexpected(lock.error());
     if (isFileName(id)) {
         auto removed = removeFile(filePath(id));
-        // No file is nothing to remove: a profile may lie in a file that another id names.
+        // A missing file is no error: the profile may be stored in a file named after another id.
         if (!removed && removed.error().kind != FileError::Kind::NotFound &&
             removed.error().kind != FileError::Kind::InvalidPath)
             return removed;
     }
     m_fileVersions.remove(id + u".json"_s);
-    // Asked now, for the id handed in may lie in the list that is about to change.
+    // Compare now: `id` may belong to an element of the list that is replaced below.
     const bool wasActive = m_activeProfileId == id;
     QList<UIWordingProfile> profiles = m_profiles;
     profiles.removeIf(hasId(id));

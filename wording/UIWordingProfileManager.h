@@ -18,23 +18,25 @@
 
 namespace penwick {
 
-/// Posted after every apply of a profile. Listeners read every text that they show again.
+/// Posted after a profile was applied. Observers look up all texts that they show again.
 inline const QString UIWordingProfileDidChange = // NOLINT(readability-identifier-naming): its value
     QStringLiteral("UIWordingProfileDidChange");
 
-/// Key of the remembered profile in the user defaults.
+/// Key in the user defaults for the id of the active profile.
 inline const QString kActiveProfileKey = QStringLiteral("activeUIWordingProfileId");
 inline const QString kBuiltInProfileId = QStringLiteral("default-ja");
 inline const QString kBuiltInEnglishProfileId = QStringLiteral("default-en");
 
-/// Owns the wording profiles: the list, the files and which of them is active. Use it from the main
-/// thread. Failures of its own start are written to standard output and never stop it.
+/// Owns the wording profiles: the list, the files and the choice of the active one. Use it from the
+/// main thread. Failures to create or read the folder or its files are printed to standard output;
+/// the manager continues with the profiles that it could read.
 class UIWordingProfileManager final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Creates the folder where it is missing, loads the profiles and applies the remembered one.
+    /// Creates the folder if it is missing, loads the profiles and applies the one that was active
+    /// last.
     /// \param profileFolder absolute path.
     /// \param defaults, center not owned; must outlive the manager.
     UIWordingProfileManager(QString profileFolder,
@@ -42,54 +44,56 @@ public:
                             NotificationCenter &center,
                             QObject *parent = nullptr);
 
-    /// The application's manager, over the folder `ui-wording-profiles` of the data folder. Created
-    /// on first use, lives until the process ends.
+    /// Returns the application's manager, for the folder `ui-wording-profiles` of the data folder.
+    /// It is created on first use and lives until the process ends.
     [[nodiscard]] static UIWordingProfileManager &shared();
 
-    /// Built-in profiles first, then the user's: oldest first, undated last, equals by name.
+    /// All profiles: the built-in ones, then the user's from the oldest to the newest, then those
+    /// without a date. Profiles with the same date are sorted by name.
     [[nodiscard]] const QList<UIWordingProfile> &profiles() const { return m_profiles; }
 
-    /// Id of the applied profile. Nothing only while the manager is being created.
+    /// Id of the applied profile; `nullopt` only during construction.
     [[nodiscard]] const std::optional<QString> &activeProfileId() const
     {
         return m_activeProfileId;
     }
 
-    /// The first profile of the list with this id.
+    /// Returns the first profile of the list with this id.
     [[nodiscard]] std::optional<UIWordingProfile> profileWithId(const QString &id) const;
 
     [[nodiscard]] QUrl profileDirectoryURL() const;
 
-    /// Creates the profile folder where nothing stands in its place; a failure is logged.
+    /// Creates the profile folder unless something exists at its path. Logs a failure.
     void ensureProfileDirectory();
-    /// Reads the list anew: the built-in profiles and every readable file of the folder.
+    /// Reloads the list: the built-in profiles and every readable file of the folder.
     void loadProfiles();
-    /// As `loadProfiles`, if the folder's files are not those that were last read or written here:
-    /// then another program has changed them. Applies the active profile again if its values have
-    /// changed, and the built-in Japanese one if it is gone.
+    /// Reloads the list if another program has changed the folder's files since this object last
+    /// read or wrote them. Applies the active profile again if it has changed; if it is gone, calls
+    /// `restoreActiveProfile`.
     void takeInChangesFromElsewhere();
-    /// Puts the list in the order that `profiles` promises. A profile that claims to be built in
-    /// but has another id is dropped.
+    /// Sorts the list as `profiles` documents. Removes profiles that are marked as built in but do
+    /// not have the id of a built-in one.
     void sortProfiles();
-    /// Applies the profile remembered in the user defaults, else the built-in Japanese one.
+    /// Applies the profile whose id is in the user defaults, else the built-in Japanese one.
     void restoreActiveProfile();
 
-    /// Makes the profile's values the ones that lookups read, remembers its id and posts
-    /// `UIWordingProfileDidChange`.
+    /// Makes the profile's values the active ones for lookups, stores its id in the user defaults,
+    /// emits `activeProfileIdChanged` and posts `UIWordingProfileDidChange`.
     void applyProfile(const UIWordingProfile &profile);
 
-    /// Keeps other processes of penwick from the folder's files while what it gives lives, and
-    /// takes in what they did to them. For whoever reads the list in order to change it.
+    /// Locks the folder's files against other processes of penwick while the returned holder lives,
+    /// and reloads the list if they have changed them. Call this before reading the list in order
+    /// to change it.
     [[nodiscard]] tl::expected<StoreLock::Holder, FileError> beginChange();
 
-    /// Writes the profile's file and takes it into the list; applies it again if it is the active
-    /// one. Fails with `InvalidPath` for an id that names a file in another folder. After an error
-    /// nothing has changed.
+    /// Writes the profile's file and adds the profile to the list or replaces the one with its id.
+    /// Applies it again if it is the active one. Fails with `InvalidPath` for an id that is not a
+    /// file name. After an error, neither the file nor the list has changed.
     [[nodiscard]] tl::expected<void, FileError> saveProfile(const UIWordingProfile &profile);
 
-    /// Removes the profile's file and its entries in the list; if it was active the built-in
-    /// Japanese one is applied. Does nothing for the ids of the built-in profiles. After an error
-    /// nothing has changed.
+    /// Removes the profile's file and its entries in the list. Applies the built-in Japanese
+    /// profile if the removed one was active. Does nothing for the ids of the built-in profiles.
+    /// After an error, neither the file nor the list has changed.
     [[nodiscard]] tl::expected<void, FileError> deleteProfile(const QString &id);
 
 Q_SIGNALS:
@@ -105,7 +109,7 @@ private:
     UserDefaults &m_defaults;
     NotificationCenter &m_center;
     StoreLock m_lock;
-    QMap<QString, FileVersion> m_fileVersions; // By name, last read or written here.
+    QMap<QString, FileVersion> m_fileVersions; // By file name; the versions last read or written.
     QList<UIWordingProfile> m_profiles;
     std::optional<QString> m_activeProfileId;
 };

@@ -5,19 +5,19 @@
 
 #include <optional>
 
-/// The texts that penwick shows, by dotted key. Use it from the main thread. Look a text up each
+/// The texts that penwick shows, by wording key. Use it from the main thread. Look a text up each
 /// time it is shown: the active values change when the user applies a profile.
 namespace penwick::wording {
 
-/// The active values' text of the key, else the built-in Japanese one, else the key itself.
-/// Keys are compared exactly; an empty text of the active values is a text.
+/// Returns the active values' text for the key, else the built-in Japanese one, else the key
+/// itself. Keys are compared exactly. An empty text among the active values is not replaced.
 [[nodiscard]] QString text(const QString &forKey);
 
-/// As above, but `defaultText` where neither knows the key.
+/// As above, but returns `defaultText` when neither has the key.
 [[nodiscard]] QString text(const QString &forKey, const QString &defaultText);
 
-/// Replaces the active values as a whole; nothing stands for the built-in Japanese texts alone.
-/// Only the profile manager and tests call this.
+/// Replaces all active values; `nullopt` leaves only the built-in Japanese texts. Only the profile
+/// manager and tests call this.
 void setActiveValues(std::optional<QHash<QString, QString>> values);
 
 } // namespace penwick::wording

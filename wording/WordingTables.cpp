@@ -14,7 +14,7 @@ struct Pair
     QStringView text;
 };
 
-// One pair per line, whatever its width: the formatter would break the long ones.
+// One pair per line, also beyond the column limit; clang-format would break the long ones.
 // clang-format off
 constexpr Pair kJapanese[] = {
     {u"app.name", u"penwick"},

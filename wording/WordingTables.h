@@ -5,10 +5,11 @@
 
 namespace penwick::wording {
 
-/// The built-in Japanese texts by key. Built on first use, never changed afterwards.
+/// Returns the built-in Japanese texts by key. The table is built on first use and never changes.
 [[nodiscard]] const QHash<QString, QString> &fallbackTable();
 
-/// The texts of the built-in English profile by key: a handful, the rest stays Japanese.
+/// Returns the texts of the built-in English profile by key. It has only a few; all others stay
+/// Japanese.
 [[nodiscard]] QHash<QString, QString> englishValues();
 
 } // namespace penwick::wording
