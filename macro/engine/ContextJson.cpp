@@ -6,7 +6,7 @@ namespace penwick {
 
 namespace {
 
-// How many units one unit takes inside quotes: itself, an escape of two, or \uXXXX.
+// Returns how many units one unit takes inside quotes: 1, 2 for a short escape, 6 for \uXXXX.
 constexpr qsizetype escapedLength(char16_t unit)
 {
     switch (unit) {
@@ -37,11 +37,11 @@ constexpr char16_t shortEscape(char16_t unit)
     case u'\t':
         return u't';
     default:
-        return unit; // A quote or a backslash stands for itself after a backslash.
+        return unit; // A quote or a backslash is escaped by a backslash before it.
     }
 }
 
-// Every unit of a text comes through here: the first 128 are answered by a table.
+// `lengthOf` is called for every unit of a text: a table answers for the first 128.
 constexpr std::array<unsigned char, 128> kAsciiLengths = []() {
     std::array<unsigned char, 128> lengths{};
     for (std::size_t unit = 0; unit < lengths.size(); ++unit)
@@ -101,7 +101,7 @@ template <typename Unit> void appendEscaped(const Unit *units, qsizetype size, Q
     }
 }
 
-/// Sums up what Writer below would append.
+/// Counts the units that `Writer` would append.
 struct Measure
 {
     qint64 length = 0;
@@ -124,7 +124,7 @@ struct Writer
     void chunk(const char16_t *units, qsizetype size) { appendEscaped(units, size, out); }
 };
 
-/// Writes into a buffer that is handed on whenever there is enough in it.
+/// Writes into a buffer and passes it to `sink` whenever it holds at least `kPiece` units.
 struct PieceWriter
 {
     const std::function<void(QStringView)> &sink;

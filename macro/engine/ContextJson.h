@@ -9,17 +9,17 @@
 
 namespace penwick {
 
-/// The length in UTF-16 code units of what `appendContextJson` appends. Reads every text once.
+/// Returns the number of UTF-16 code units that `appendContextJson` appends. Reads every text once.
 [[nodiscard]] qint64 contextJsonLength(const ContextDictionary &dictionary);
 
-/// Appends the dictionary as one JSON object in one line. The text is also a script's expression
-/// with the same value: line and paragraph separators are written as escapes.
+/// Appends the dictionary as one JSON object on one line. The output is also a JavaScript
+/// expression with the same value, because U+2028 and U+2029 are escaped.
 ///
-/// Texts go from their storage straight into `out`; reserve `contextJsonLength` there before, and
-/// nothing is copied twice.
+/// Texts are escaped directly from their storage into `out`. Reserve `contextJsonLength` units in
+/// `out` first, so that it is not reallocated.
 void appendContextJson(const ContextDictionary &dictionary, QString &out);
 
-/// Hands the same object to `sink` in pieces, none much longer than a chunk of a text.
+/// Passes the same object to `sink` in pieces. No piece is much longer than a chunk of a text.
 void writeContextJson(const ContextDictionary &dictionary,
                       const std::function<void(QStringView)> &sink);
 

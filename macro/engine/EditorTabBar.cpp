@@ -25,9 +25,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Both in widths of an average character, so that they follow the font and the scale.
-constexpr int kMostWidth = 36;
-constexpr int kLeastWidth = 22;
+// In widths of an average character, so that both follow the font and the scale.
+constexpr int kMaximumTabWidth = 36;
+constexpr int kMinimumTabWidth = 22;
 
 constexpr int kDropMarkWidth = 3;
 constexpr int kFrontLineHeight = 2;
@@ -43,7 +43,7 @@ QString accessibleNameOf(const TabLabel &label)
 {
     if (!label.isEdited)
         return label.name;
-    // Not `arg`: a profile's text may lack the place, or hold another number.
+    // Not `arg`: a profile's text may lack the placeholder or contain another one.
     return wording::text(u"editor.tab.edited"_s, u"%1（未保存の変更あり）"_s)
         .replace(u"%1"_s, label.name);
 }
@@ -57,8 +57,8 @@ EditorTabBar::EditorTabBar(QWidget *parent)
     setMovable(true);
     setExpanding(false);
     setUsesScrollButtons(true);
-    setElideMode(Qt::ElideMiddle); // Both ends tell files apart.
-    // A text that is dragged over a tab opens it; tabs are taken by `event`.
+    setElideMode(Qt::ElideMiddle); // The start and the end of a name both tell files apart.
+    // Selects the tab under a dragged text. Dragged tabs are handled in `event`.
     setChangeCurrentOnDrag(true);
     setAcceptDrops(true);
     NotificationCenter::defaultCenter().addObserver(
@@ -137,7 +137,8 @@ bool EditorTabBar::event(QEvent *event)
     return dragEvent(event) || QTabBar::event(event);
 }
 
-/// True for what belongs to a tab that is dragged over the bar.
+/// Handles the events of a tab that is dragged over the bar. Returns true when the event is
+/// consumed.
 bool EditorTabBar::dragEvent(QEvent *event)
 {
     switch (event->type()) {
@@ -176,8 +177,8 @@ void EditorTabBar::paintEvent(QPaintEvent *event)
     QTabBar::paintEvent(event);
     QPainter painter(this);
     const QColor accent = palette().color(QPalette::Highlight);
-    // Styles tell the tab in front from the others by so little that a dark desktop swallows it.
-    // One that is being moved hangs on the mouse.
+    // Mark the current tab: in some styles it hardly differs from the others on a dark desktop. A
+    // pressed tab gets no line, because it may be painted at the mouse while it is moved.
     if (!m_pressedAt && count() > 1) {
         QRect line = tabRect(currentIndex());
         line.setHeight(kFrontLineHeight);
@@ -221,20 +222,21 @@ void EditorTabBar::mouseMoveEvent(QMouseEvent *event)
     const QPoint position = event->position().toPoint();
     const int reach = std::max(QApplication::startDragDistance(), height() / 2);
     const bool isOutside = !rect().adjusted(-reach, -reach, reach, reach).contains(position);
-    // Keys may have brought another to the front since.
+    // A shortcut may have selected another tab since the press.
     const bool isInFront = tabButton(currentIndex(), kButtonSide) == m_pressedTab;
     const bool isPulled = event->buttons().testFlag(Qt::LeftButton) && isOutside && isInFront;
     if (!m_pressedAt || !isPulled)
         return QTabBar::mouseMoveEvent(event);
     endMoving(*event, *m_pressedAt);
-    // On its way out it may have changed places with others.
+    // The tab may have been reordered on its way out of the bar: put it back.
     moveTab(currentIndex(), m_pressedIndex);
     m_pressedAt.reset();
     update();
     Q_EMIT pulledOut(currentIndex(), m_hotSpot);
 }
 
-/// The bar moves the tab that is pressed until the button is let go, which it will not see.
+/// Ends QTabBar's own moving of the pressed tab by a synthetic release. The real release goes to
+/// the drag.
 void EditorTabBar::endMoving(const QMouseEvent &event, const QPoint &pressedAt)
 {
     QMouseEvent release(QEvent::MouseButtonRelease,
@@ -271,16 +273,16 @@ void EditorTabBar::contextMenuEvent(QContextMenuEvent *event)
 QSize EditorTabBar::tabSizeHint(int index) const
 {
     QSize size = QTabBar::tabSizeHint(index);
-    size.setWidth(
-        std::clamp(size.width(), characterWidths(kLeastWidth), characterWidths(kMostWidth)));
+    size.setWidth(std::clamp(
+        size.width(), characterWidths(kMinimumTabWidth), characterWidths(kMaximumTabWidth)));
     return size;
 }
 
-// Below this the bar scrolls.
+// Tabs keep this width; when there is no room for all of them, the bar scrolls.
 QSize EditorTabBar::minimumTabSizeHint(int index) const
 {
     QSize size = QTabBar::minimumTabSizeHint(index);
-    size.setWidth(characterWidths(kLeastWidth));
+    size.setWidth(characterWidths(kMinimumTabWidth));
     return size;
 }
 

@@ -12,9 +12,9 @@ namespace penwick {
 
 class TabMimeData;
 
-/// The tabs of an editor window. They are reordered by dragging; what is dragged farther leaves the
-/// bar. It shows what it is told and reports what is asked of it. Its texts come from the wording
-/// lookup and follow a change of the wording at once.
+/// The tabs of an editor window. The user reorders them by dragging; a tab dragged out of the bar
+/// emits `pulledOut`. The bar closes no tab and opens no menu itself: it emits a signal for each
+/// request. Its texts come from the wording lookup and follow a change of the wording at once.
 class EditorTabBar final : public QTabBar
 {
     Q_OBJECT
@@ -26,18 +26,19 @@ public:
     void insert(int index, const TabLabel &label);
     void setLabel(int index, const TabLabel &label);
 
-    /// The tab as it hangs on the mouse.
+    /// Returns the picture of the tab that follows the mouse during a drag.
     [[nodiscard]] QPixmap picture(int index) const;
 
-    /// Where a tab that is dropped at `position` belongs: before the tab of this index, or behind
-    /// all when it is `count()`.
+    /// Returns the index of the tab before which a tab dropped at `position` is inserted; `count()`
+    /// for after the last one.
     [[nodiscard]] int dropIndexAt(const QPoint &position) const;
 
 Q_SIGNALS:
-    /// By its button or the middle button of the mouse.
+    /// Emitted when the user clicks the tab's close button, or the tab with the middle mouse
+    /// button.
     void closeRequested(int index);
-    /// The mouse has pulled a tab out of the bar.
-    /// \param hotSpot where it holds the tab, in the coordinates of the tab's picture.
+    /// Emitted when the mouse has dragged a tab out of the bar.
+    /// \param hotSpot the mouse position relative to the tab's picture.
     void pulledOut(int index, const QPoint &hotSpot);
     void menuRequested(int index, const QPoint &globalPosition);
     void tabDropped(const penwick::TabMimeData *mime, int index);
@@ -60,9 +61,9 @@ private:
     void relabel();
     [[nodiscard]] int characterWidths(int count) const;
 
-    std::optional<QPoint> m_pressedAt; // Where the left button went down on a tab.
+    std::optional<QPoint> m_pressedAt; // Where the left button was pressed on a tab.
     int m_pressedIndex = -1;
-    QPointer<QWidget> m_pressedTab; // Its button, for the index changes.
+    QPointer<QWidget> m_pressedTab; // Its button: identifies it when indexes change.
     QPoint m_hotSpot;
     int m_middlePressed = -1;
     std::optional<int> m_dropMark;

@@ -34,26 +34,27 @@ namespace {
 
 constexpr QSize kContentSize(900, 650);
 constexpr QSize kMinimumSize(520, 360);
-constexpr QPoint kBeside(40, 40);
+constexpr QPoint kNewWindowOffset(40, 40);
 
-constexpr char kFormerFocus[] = "formerFocus"; // A property of a page that changes windows.
+constexpr char kFormerFocus[] = "formerFocus"; // Property of a page: its focus before it moved.
 
 using Focus = QPointer<QWidget>;
 
-// There is one mouse.
+// Shared by all windows: only one drag can run at a time.
 bool &tabIsDragged()
 {
     static bool isDragged = false;
     return isDragged;
 }
 
-/// Tells whether Escape ended a drag, which the toolkit does not.
+/// Records whether Escape was pressed during a drag. `QDrag` does not report how a drag ended.
 class EscapeWatch final : public QObject
 {
 public:
     EscapeWatch()
     {
-        // Once the drag runs: who filters last sees events first, and the drag lets none through.
+        // Installed once the drag runs: the filter installed last is called first, and the drag's
+        // own filter consumes key events.
         QTimer::singleShot(0, this, [this] { qApp->installEventFilter(this); });
     }
 
@@ -76,7 +77,7 @@ EditorWindow::EditorWindow(UserDefaults *frames)
 {
     setMinimumSize(kMinimumSize);
     resize(kContentSize);
-    setAttribute(Qt::WA_DeleteOnClose, false); // Its controllers own it.
+    setAttribute(Qt::WA_DeleteOnClose, false); // The controllers own the window.
     setAcceptDrops(true);
     makeContent();
     connectTabBar();
@@ -187,14 +188,14 @@ void EditorWindow::removeTab(const EditorWindowController *controller)
     if (index < 0)
         return;
     QWidget *page = m_tabs.takeAt(index).page;
-    // Without a window it forgets.
+    // A page loses its focus widget when it leaves the window.
     page->setProperty(kFormerFocus, QVariant::fromValue(Focus(page->focusWidget())));
     {
         const QSignalBlocker noHalfDoneChange(m_tabBar);
         m_tabBar->removeTab(index);
     }
     nameTabs();
-    // The next page first: the keyboard passes from one to the other.
+    // Show the next page first, so that the focus moves to it.
     currentIndexDidChange();
     m_pages->removeWidget(page);
     page->setParent(nullptr);
@@ -218,7 +219,7 @@ void EditorWindow::setTabLabel(const EditorWindowController *controller, const T
     updateTitle();
 }
 
-/// What one tab is called depends on the others.
+/// Updates the names of all tabs: each one depends on the others.
 void EditorWindow::nameTabs()
 {
     QList<TabLabel> labels;
@@ -245,21 +246,21 @@ void EditorWindow::currentIndexDidChange()
     EditorWindowController *current = index >= 0 ? m_tabs.at(index).controller : nullptr;
     if (std::exchange(m_current, current) == current)
         return;
-    // What is being composed belongs to the text that is left.
+    // A composition belongs to the tab that is left: commit it there.
     QGuiApplication::inputMethod()->commit();
     if (current != nullptr) {
         QWidget *page = m_tabs.at(index).page;
-        const bool keyboardIsInTheBar = m_tabBar->isAncestorOf(focusWidget()) ||
-                                        (m_tabBar->isVisible() && m_tabBar == focusWidget());
+        const bool tabBarHasFocus = m_tabBar->isAncestorOf(focusWidget()) ||
+                                    (m_tabBar->isVisible() && m_tabBar == focusWidget());
         m_pages->setCurrentWidget(page);
-        if (!keyboardIsInTheBar)
+        if (!tabBarHasFocus)
             focusPage(page);
     }
     updateTitle();
     Q_EMIT currentTabChanged(current);
 }
 
-/// Puts the keyboard where it was in the page, at first into its content.
+/// Gives the focus to the widget of the page that had it last, otherwise to the page's content.
 void EditorWindow::focusPage(QWidget *page)
 {
     const auto former = page->property(kFormerFocus).value<Focus>();
@@ -283,7 +284,7 @@ void EditorWindow::updateTitle()
         return;
     const TabLabel &label = m_tabs.at(index).label;
     QString escaped = visibleLine(label.name);
-    escaped.replace(u"[*]"_s, u"[*][*]"_s); // Else Qt takes it for the place of the edited mark.
+    escaped.replace(u"[*]"_s, u"[*][*]"_s); // Otherwise Qt replaces it by the edited mark.
     setWindowTitle(escaped + u"[*] — "_s + wording::text(u"app.name"_s));
     setWindowModified(label.isEdited);
     setWindowFilePath(label.filePath);
@@ -350,8 +351,9 @@ void EditorWindow::dragEnterEvent(QDragEnterEvent *event)
     dragMoveEvent(event);
 }
 
-// A tab of another window is welcome everywhere. One of this window that is let go over its text
-// goes to a window of its own: a maximised window leaves no other place for that.
+// Accepts a tab of another window anywhere in this window. A tab of this window is accepted by the
+// bar only: dropped on the text it moves to a new window, because a maximised window leaves no
+// other place to drop it.
 void EditorWindow::dragMoveEvent(QDragMoveEvent *event)
 {
     if (tabFromElsewhere(event->mimeData()) == nullptr)
@@ -395,7 +397,7 @@ void EditorWindow::showTabMenu(int index, const QPoint &globalPosition)
 
 QPoint EditorWindow::besideThis() const
 {
-    return pos() + kBeside;
+    return pos() + kNewWindowOffset;
 }
 
 } // namespace penwick

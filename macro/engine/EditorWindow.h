@@ -18,64 +18,66 @@ class EditorTabBar;
 class EditorWindowController;
 class TabMimeData;
 
-/// A top-level window with documents in tabs, one of them in front; title and edited mark are those
-/// of the front tab. The bar with the tabs shows from the second tab on, in a window that a tab was
-/// dragged out to always, and everywhere while a tab is dragged.
+/// A top-level window with documents in tabs. Its title and edited mark are those of the current
+/// tab. The tab bar is visible when there are at least two tabs, always after
+/// `setTabBarStays(true)`, and in every window while a tab is dragged.
 ///
-/// It belongs to the controllers whose tabs stand in it: the last one to leave takes it along. Make
-/// it by `std::make_shared`.
+/// The controllers of its tabs own the window: it is destroyed with the last of them, or when the
+/// last one moves to another window. Create it with `std::make_shared`.
 class EditorWindow final : public QMainWindow, public std::enable_shared_from_this<EditorWindow>
 {
     Q_OBJECT
 
 public:
-    /// Makes an empty window; it is not shown.
-    /// \param frames where the window's frame is remembered; not owned, must outlive this. Null for
-    ///        a window that is never shown.
+    /// Makes an empty window; does not show it.
+    /// \param frames stores the window's frame; not owned, must outlive this. Null for a window
+    ///        that is never shown.
     explicit EditorWindow(UserDefaults *frames = nullptr);
     ~EditorWindow() override;
 
-    /// In the order of their tabs.
+    /// Returns the controllers in the order of their tabs.
     [[nodiscard]] QList<EditorWindowController *> controllers() const;
 
     [[nodiscard]] int count() const { return static_cast<int>(m_tabs.size()); }
 
-    /// -1 for a controller whose tab stands elsewhere.
+    /// Returns the index of the controller's tab; -1 for a controller of another window.
     [[nodiscard]] int indexOf(const EditorWindowController *controller) const;
 
-    /// The controller of the tab in front; null in an empty window.
+    /// The controller of the current tab; null in an empty window.
     [[nodiscard]] EditorWindowController *currentController() const { return m_current; }
 
-    /// Brings a tab to the front of the window and puts the keyboard where it was in it. A
-    /// controller whose tab stands elsewhere is ignored.
+    /// Makes the controller's tab current and gives the focus back to the widget in it that had it
+    /// last. Ignores a controller of another window.
     void setCurrentController(const EditorWindowController *controller);
-    /// \param step how many tabs farther; goes on at the other end.
+    /// Makes another tab current.
+    /// \param step how many tabs forward, negative for backward; wraps around at either end.
     void stepTab(int step);
 
     [[nodiscard]] EditorTabBar *tabBar() const { return m_tabBar; }
 
-    /// Keeps the bar in sight with a single tab too, so that it can be dragged back.
+    /// Keeps the bar visible with a single tab too, so that the tab can be dragged back.
     void setTabBarStays(bool stays);
 
-    /// For the controllers, which put in what they show, and take it out again. `index` is -1 for
-    /// behind all.
-    /// \param page not owned.
+    /// Adds a tab. This and the next functions are for the controllers.
+    /// \param index -1 for after the last tab.
+    /// \param controller, page not owned.
     void
     insertTab(int index, EditorWindowController *controller, QWidget *page, const TabLabel &label);
     void removeTab(const EditorWindowController *controller);
     void moveTab(const EditorWindowController *controller, int index);
     void setTabLabel(const EditorWindowController *controller, const TabLabel &label);
-    /// The content of the tab has changed. Where the keyboard was in it, it is in the new one.
+    /// Call after the content of the tab was replaced. Moves the focus into the new content when
+    /// the tab is current and no other widget of the window has the focus.
     void contentDidChange(const EditorWindowController *controller);
 
 Q_SIGNALS:
-    /// Another tab is in front, or the content has gone with the last one (null).
+    /// Emitted when another tab has become current. Null after the last tab was removed.
     void currentTabChanged(penwick::EditorWindowController *controller);
-    /// The person wants the tab closed, or all others of the window, or the tab in a window of its
-    /// own. Nothing has happened yet.
+    /// Emitted when the user asks to close the tab. The window only forwards this request and the
+    /// next two.
     void closeRequested(penwick::EditorWindowController *controller);
     void closeOthersRequested(penwick::EditorWindowController *controller);
-    /// \param position of the window's frame, on the screen.
+    /// \param position for the top left of the new window's frame, on the screen.
     void moveToNewWindowRequested(penwick::EditorWindowController *controller,
                                   const QPoint &position);
 
@@ -90,7 +92,7 @@ private:
         EditorWindowController *controller;
         QWidget *page;
         TabLabel label;
-        TabLabel shown; ///< With the name that tells it apart.
+        TabLabel shown; ///< `label` with the name from `tabNames`.
     };
 
     void makeContent();

@@ -63,7 +63,7 @@ void EditorWindowController::moveTo(const std::shared_ptr<EditorWindow> &window,
     m_window->insertTab(index, this, m_page.get(), m_label);
     if (former->count() == 0)
         former->hide();
-    // It may be what called.
+    // The call may come from the former window: destroy it in a later turn of the event loop.
     QMetaObject::invokeMethod(
         this, [kept = former]() mutable { kept.reset(); }, Qt::QueuedConnection);
 }
@@ -92,7 +92,7 @@ void EditorWindowController::showLoading(TextDocument *document)
     showContent(new LoadingView(document));
 }
 
-// Before a new content is made, because both would edit one storage.
+// Called before new content is made, because both would edit the same storage.
 void EditorWindowController::takeContentAway()
 {
     while (QLayoutItem *item = m_page->layout()->takeAt(0)) {
@@ -216,8 +216,9 @@ void EditorWindowController::finishRun(TextView *view,
         showOutcome(*result);
 }
 
-// Whoever edits passes by the notice, but assistive programs, input methods and a replacement that
-// was under way do not. What they did is the person's wish; the edits are about another text.
+// Returns true when the edits of `result` may be applied, and restores the selection of the
+// snapshot. Accessibility tools, input methods and Replace All can edit behind the notice; keep
+// their edits and drop the macro's, which refer to another text.
 bool EditorWindowController::isAsBefore(TextView *view,
                                         const MacroContext &context,
                                         const MacroResult &result)
@@ -240,7 +241,7 @@ bool EditorWindowController::isAsBefore(TextView *view,
     return true;
 }
 
-// What the macro has to say takes the place of our own message.
+// Messages of the macro replace the default message.
 void EditorWindowController::showOutcome(const MacroResult &result)
 {
     for (const MacroNotification &notification : result.notifications)
@@ -251,7 +252,7 @@ void EditorWindowController::showOutcome(const MacroResult &result)
 
 void EditorWindowController::showMacroMessage(NotificationType /*type*/, const QString &message)
 {
-    // The queued call dies with this object.
+    // Qt drops the queued call when this object is destroyed.
     QMetaObject::invokeMethod(
         this,
         [this, message] { m_documentState->setMacroNotificationMessage(message); },

@@ -23,77 +23,79 @@ class MacroRun;
 class MainEditorView;
 class TextView;
 
-/// One document's place on the screen: its content, its state, and the runs of macros on it. Use it
-/// from the main thread.
+/// One document's tab: its content, its state, and the macros that run on it. Use it from the main
+/// thread.
 ///
-/// What it shows is a page of its own, which stands in a tab of an `EditorWindow` and can move to
-/// another with everything in it: undo, scroll position, selection, find bar.
+/// The tab shows a page, which stands in an `EditorWindow` and can move to another window with its
+/// whole state: undo history, scroll position, selection, find bar.
 class EditorWindowController final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Makes a window with this as its only tab; it is not shown, and empty until a document is
-    /// set. \param defaults where the window's frame is remembered; not owned, must outlive this.
+    /// Makes a window with this as its only tab; does not show it. The tab is empty until a
+    /// document is set.
+    /// \param defaults stores the window's frame; not owned, must outlive this.
     explicit EditorWindowController(UserDefaults &defaults = UserDefaults::standard(),
                                     Clock clock = systemClock(),
                                     MacroRuntimeService macroRuntime = {},
                                     QObject *parent = nullptr);
-    /// Makes a tab in a window, behind the one in front, where it stays for now.
+    /// Adds a tab to a window, after the current tab. The current tab stays current.
     explicit EditorWindowController(std::shared_ptr<EditorWindow> window,
                                     Clock clock = systemClock(),
                                     MacroRuntimeService macroRuntime = {},
                                     QObject *parent = nullptr);
     ~EditorWindowController() override;
 
-    /// Shows the document's text in the tab, in place of what was there.
-    /// \param document not owned; held weakly. Null empties the tab.
+    /// Shows the document's text in the tab and removes the former content.
+    /// \param document not owned; held weakly. Null leaves the tab empty.
     void setDocument(TextDocument *document);
-    /// Shows that the document is being read, in place of what was there. Whatever works on a text
-    /// finds none.
+    /// Shows that the document is being loaded and removes the former content. `document()`,
+    /// `content()` and `textView()` are null meanwhile.
     /// \param document not owned; held weakly.
     void showLoading(TextDocument *document);
 
-    /// Null without a document, and once it is gone.
+    /// Null without a document, while it is being loaded, and after it was destroyed.
     [[nodiscard]] TextDocument *document() const { return m_document.data(); }
 
-    /// The window that the tab stands in, never null; a closed controller has one too, which is not
-    /// on the screen. Kept alive by the controllers of its tabs. It changes when the tab moves.
+    /// The window of the tab; never null. A closed controller has one too, which is not visible.
+    /// The controllers of its tabs keep it alive. It changes when the tab moves.
     [[nodiscard]] EditorWindow *window() const { return m_window.get(); }
 
     [[nodiscard]] bool isInFront() const { return m_window->currentController() == this; }
 
-    /// Puts the tab into another window, or to another place in its own. A tab whose macro runs
-    /// stays: the notice stands over its window.
-    /// \param index of the tab that it then stands before; -1 for behind all.
+    /// Moves the tab to another window, or within its own. Does nothing while a macro runs on the
+    /// tab, because the notice is modal for the window.
+    /// \param index the tab's new index; -1 for the last.
     void moveTo(const std::shared_ptr<EditorWindow> &window, int index = -1);
 
-    /// What the tab, and in front the title of its window, say.
+    /// Sets what the tab shows, and the title of the window while the tab is current.
     void setTabLabel(const TabLabel &label);
 
-    /// What the tab shows of the document; null without one.
+    /// The view of the document in the tab; null without one.
     [[nodiscard]] MainEditorView *content() const;
 
-    /// The text view in the tab's content; null when there is none.
+    /// Returns the text view in the tab's content; null when there is none.
     [[nodiscard]] TextView *textView() const;
 
     [[nodiscard]] DocumentState *documentState() const { return m_documentState.get(); }
 
-    /// The snapshot of this window that a macro starting now receives.
+    /// Returns the snapshot that a macro started now receives.
     [[nodiscard]] MacroContext buildMacroContext(const QString &macroId,
                                                  const QString &macroName) const;
 
-    /// Runs a macro on this tab and applies what it asks for, as one undo step; how it went is
-    /// told by a message in the status bar, a turn later. While an input method is composing,
-    /// nothing is run.
+    /// Runs a macro on this tab and applies its result as one undo step. Reports the outcome by a
+    /// message in the status bar, in a later turn of the event loop. Runs nothing while an input
+    /// method is composing.
     ///
-    /// Returns when the script has ended; where that takes a second, before, and a notice over the
-    /// window lets the person stop it. Until it ends, the window with all of its tabs is not to be
-    /// edited, and another run on the tab only shows that notice; other windows are free. Events
-    /// that are not keys or clicks may come in the meantime: the caller keeps this object alive.
+    /// Returns when the script has ended, or after one second. In the second case a notice over the
+    /// window lets the user stop the script. Until the script ends, the user cannot edit in any tab
+    /// of this window, and another run on this tab only shows the notice; other windows are not
+    /// affected. Events other than keys and clicks may be processed before this returns: the caller
+    /// keeps this object alive.
     /// \param code the body of a JavaScript function.
-    /// \param macroId, macroName what the script finds in `context.macro`.
-    /// \param userInput the script's global of that name; without a value there is none.
+    /// \param macroId, macroName the values of `context.macro`.
+    /// \param userInput the global variable `userInput`; without a value there is no such variable.
     void runMacro(const QString &code,
                   const QString &macroId,
                   const QString &macroName,
@@ -101,16 +103,16 @@ public:
 
     [[nodiscard]] bool isRunningMacro() const;
 
-    /// Shows the notice that lets the person stop the macro that runs, if one does, and its tab.
-    /// Who wants to close the tab meanwhile calls this instead.
+    /// Makes the tab current and shows the notice that lets the user stop its macro. Does nothing
+    /// when no macro runs. Call this instead of closing the tab while a macro runs.
     void offerToStopMacro();
 
-    /// Shows the message in the status bar, in a later turn of the event loop; a window that is
-    /// gone by then drops it. All types are shown alike.
+    /// Shows the message in the status bar, in a later turn of the event loop. Drops it when the
+    /// controller is destroyed before. All types look alike.
     void showMacroMessage(NotificationType type, const QString &message);
 
 Q_SIGNALS:
-    /// A run of this code failed, and the engine named the place.
+    /// Emitted when a run of this code failed and the engine named the line.
     /// \param line of the code, 1-based.
     void macroFailedInLine(const QString &code, int line);
 
@@ -135,14 +137,14 @@ private:
     QPointer<TextDocument> m_document;
     std::unique_ptr<DocumentState> m_documentState; // Outlives the page, which shows it.
     std::shared_ptr<EditorWindow> m_window;
-    std::unique_ptr<QWidget> m_page; // Goes before the window, which it is a child of.
+    std::unique_ptr<QWidget> m_page; // Destroyed before the window, its parent.
     QPointer<MainEditorView> m_content;
     TabLabel m_label;
     QPointer<MacroRun> m_run; // While a macro runs.
 };
 
-/// The first text view in the tree of `view`: itself, else the first in its children, depth first
-/// and in their order. Null when there is none, and for null.
+/// Returns the first text view in the tree of `view`: `view` itself, otherwise the first one among
+/// its children, depth first and in their order. Null when there is none, or when `view` is null.
 [[nodiscard]] TextView *findTextView(QWidget *view);
 
 } // namespace penwick

@@ -12,7 +12,7 @@ namespace penwick {
 
 namespace {
 
-/// How each cause is named: for the user, or for the log.
+/// The names of the causes, for the user or for the log.
 struct Words
 {
     QString deniedCall;
@@ -68,11 +68,11 @@ QString cause(const HostEnding &ending, const Words &words)
     return words.garbled;
 }
 
-/// The engine comes last, where it is known.
+/// Puts the engine last, if it is known.
 QStringList details(const HostEnding &ending, const Words &words)
 {
     QStringList details{cause(ending, words)};
-    // Where the whole machine runs out of memory, the kernel ends a script's process first.
+    // When the machine runs out of memory, the kernel kills script hosts first.
     if (ending.cause == HostEnding::Cause::Signal && ending.number == SIGKILL)
         details << words.killedForMemory;
     const QString refused = deniedCallNames(ending.deniedCalls, false);

@@ -7,19 +7,23 @@
 
 namespace penwick {
 
-/// For the user: that the process which runs macros ended, why, with which engine, and what to do.
+/// Returns the message for the user about the end of the script host: the cause, refused calls, the
+/// engine, and what to do.
 [[nodiscard]] QString hostEndingText(const HostEnding &ending);
 
-/// The same cause for the log: one line in English.
+/// Returns the same facts for the log: one line in English.
 [[nodiscard]] QString hostEndingLogLine(const HostEnding &ending);
 
-/// What belongs into a report of such an end, for the user: the cause, refused calls, the engine.
+/// Returns the details that a report of such an end needs, for the user: the cause, refused calls,
+/// the engine.
 [[nodiscard]] QStringList hostEndingDetails(const HostEnding &ending);
 
-/// Says what failed, with the details in parentheses, and asks for a report of it.
+/// Returns `what` with the details in parentheses and a request to report the failure.
 [[nodiscard]] QString reportableFailure(const QString &what, const QStringList &details);
 
-/// Names of the calls, of those that ended the host or of the others, with commas between.
+/// Returns the names of the calls that ended the host, or of those that were refused, separated by
+/// commas.
+/// \param isKilled true for the calls that ended the host.
 [[nodiscard]] QString deniedCallNames(const QList<DeniedCall> &calls, bool isKilled);
 
 } // namespace penwick

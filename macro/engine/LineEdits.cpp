@@ -11,7 +11,7 @@ qint64 lineCountOf(const Text &text)
     return text.metrics().lineFeeds + 1;
 }
 
-// Where the line's own text ends: before its line feed, or at the end of the text.
+// Returns the end of the line's content: before its line feed, or the end of the text.
 qint64 lineEnd(const Text &text, qint64 line)
 {
     const bool isLast = line + 1 == lineCountOf(text);
@@ -28,7 +28,7 @@ std::optional<Text> textWithLinesReplaced(const Text &text, const ReplaceLines &
     qint64 start = text.offsetAfterLineFeed(edit.startLine);
     qint64 end = lineEnd(text, edit.endLine - 1);
     if (edit.lines.isEmpty()) {
-        // No line is left there, so one of the line feeds around it goes too.
+        // No line is inserted, so one of the line feeds around the range is removed too.
         if (edit.endLine < lineCount)
             ++end;
         else if (edit.startLine > 0)
@@ -42,8 +42,8 @@ qint64 offsetForLineColumn(qint64 line, qint64 column, const Text &text)
     if (line < 0 || line >= lineCountOf(text))
         return text.metrics().clusters;
     const qint64 start = text.offsetAfterLineFeed(line);
-    // Each line counts by itself, so a carriage return at its end is a cluster of its own, which it
-    // is not in the text as a whole.
+    // Each line is counted on its own: a CR before its line feed is a cluster here, while the text
+    // as a whole counts CR LF as one cluster.
     const TextMetrics before = text.metricsBefore(start);
     const Text content = text.mid(start, lineEnd(text, line) - start);
     return before.clusters + before.crLfPairs +

@@ -7,17 +7,18 @@
 
 namespace penwick {
 
-/// The text with some of its lines replaced. Nothing when `edit` names no line (an empty range), or
-/// one that the text does not have: after a final line feed there is one more, empty line. The rest
-/// of the text is shared, not copied.
+/// Returns the text with some of its lines replaced. Returns nothing when `edit` names no line (an
+/// empty range) or a line that the text does not have. A final line feed is followed by one more,
+/// empty line. The rest of the text is shared, not copied.
 [[nodiscard]] std::optional<Text> textWithLinesReplaced(const Text &text, const ReplaceLines &edit);
 
-/// Where a script's line and column are, counting grapheme clusters and one for each line feed from
-/// the start of the text. Scripts use the number as an offset in UTF-16 code units, which it is
-/// only where every cluster is one unit long; they rely on it as it is. O(log n).
+/// Returns a script's line and column as a count of grapheme clusters from the start of the text,
+/// where each line feed counts as one. The count is used as an offset in UTF-16 code units, which
+/// is right only where every cluster is one unit long; existing scripts rely on this. O(log n).
 ///
-/// \param line 0-based; for one that the text does not have, the end of the text is meant.
-/// \param column 0-based; past the end of the line, its end is meant, and 0 where it is negative.
+/// \param line 0-based. For a line that the text does not have, the result is the number of
+///        clusters in the text.
+/// \param column 0-based; clamped to the line.
 [[nodiscard]] qint64 offsetForLineColumn(qint64 line, qint64 column, const Text &text);
 
 } // namespace penwick

@@ -91,7 +91,7 @@ MacroContext::Document documentOf(const EditorSnapshot &snapshot)
             .isModified = snapshot.isModified};
 }
 
-// A name that only begins with a dot, or ends with one, has no extension.
+// Returns what follows the last dot. Empty when that dot begins or ends the name.
 QString extensionOf(const QString &fileName)
 {
     const qsizetype dot = fileName.lastIndexOf(u'.');
@@ -164,7 +164,7 @@ buildMacroContext(const EditorSnapshot &snapshot, const QString &macroId, const 
 {
     MacroContext context;
     context.schemaVersion = u"1.0"_s;
-    context.app = {u"penwick"_s, u"1.0.0"_s}; // What scripts rely on, not the program's version.
+    context.app = {u"penwick"_s, u"1.0.0"_s}; // Scripts rely on it; not the program's version.
     context.document = documentOf(snapshot);
     context.file = fileOf(snapshot.filePath);
     context.selection = selectionOf(snapshot);

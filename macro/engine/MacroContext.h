@@ -23,11 +23,11 @@ struct ContextEntry
     std::variant<bool, qint64, QString, Text, ContextDictionary> value;
 };
 
-/// What a macro gets to know of the window it runs in: a snapshot that is taken when it starts.
-/// A plain value; the texts share their storage with the document they were taken from.
+/// The snapshot of its window that a macro receives, taken when it starts. A plain value; the texts
+/// share their storage with the document.
 ///
 /// Offsets count UTF-16 code units, lines count line feeds, columns and `characterCount` count
-/// grapheme clusters. All but the counts are 0-based.
+/// grapheme clusters. All values but the counts are 0-based.
 struct MacroContext
 {
     struct App
@@ -37,7 +37,7 @@ struct MacroContext
         bool operator==(const App &) const = default;
     };
 
-    /// What the host does for scripts.
+    /// The features that scripts can use.
     struct Capabilities
     {
         bool textEdit = true;
@@ -54,9 +54,9 @@ struct MacroContext
     struct Document
     {
         Text text;
-        qint64 lineCount = 1; ///< Line feeds and one.
+        qint64 lineCount = 1; ///< The number of line feeds plus 1.
         qint64 characterCount = 0;
-        QString newline;  ///< The same for every file, whatever its line ends are.
+        QString newline;  ///< The same for every file, whatever its line endings are.
         QString encoding; ///< The same for every file.
         bool isModified = false;
         bool operator==(const Document &) const = default;
@@ -102,12 +102,12 @@ struct MacroContext
 
     struct DateTime
     {
-        QString nowIso;   ///< Such as 2024-02-29T12:34:56+09:00, or a final Z for no offset.
+        QString nowIso;   ///< Such as 2024-02-29T12:34:56+09:00; a final Z for offset 0.
         QString timezone; ///< IANA name.
         bool operator==(const DateTime &) const = default;
     };
 
-    /// The two values that a script may know of the macro that it belongs to.
+    /// The values of its own macro that a script receives.
     struct Macro
     {
         QString id;
@@ -126,25 +126,26 @@ struct MacroContext
     DateTime dateTime;
     Macro macro;
 
-    /// The snapshot as scripts see it. Every field is there, and nothing else.
+    /// Returns the snapshot as scripts see it: every field and nothing else.
     [[nodiscard]] ContextDictionary toDictionary() const;
 
     bool operator==(const MacroContext &) const = default;
 };
 
-/// What a context is made of, as an editor window finds it.
+/// The state of an editor window that a context is built from.
 struct EditorSnapshot
 {
     Text text;
-    qint64 selectionLocation = 0; ///< UTF-16 code units, as the length.
+    qint64 selectionLocation = 0; ///< In UTF-16 code units, as is the length.
     qint64 selectionLength = 0;
-    QString filePath; ///< Empty for a document never saved. Nothing is read from there.
+    QString filePath; ///< Empty for a document never saved. The file is not read.
     bool isModified = false;
     QDateTime now;
     QTimeZone timeZone;
 };
 
-/// \param macroId, macroName what `context.macro` tells the script.
+/// Builds the context of a macro that starts now.
+/// \param macroId, macroName the values of `context.macro`.
 [[nodiscard]] MacroContext
 buildMacroContext(const EditorSnapshot &snapshot, const QString &macroId, const QString &macroName);
 
@@ -155,7 +156,8 @@ struct LineAndColumn
     bool operator==(const LineAndColumn &) const = default;
 };
 
-/// Of an offset in UTF-16 code units; one past the end counts as the end. O(log n).
+/// Returns the position of an offset in UTF-16 code units; one past the end counts as the end.
+/// O(log n).
 [[nodiscard]] LineAndColumn lineAndColumn(qint64 offset, const Text &text);
 
 } // namespace penwick

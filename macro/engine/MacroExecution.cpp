@@ -67,7 +67,7 @@ MacroExecution::Outcome MacroExecution::apply(const ReplaceAll &edit)
     return {};
 }
 
-// The snapshot that the script saw had a selection, but an earlier edit may have taken it away.
+// The script's snapshot had a selection, but an earlier edit may have removed it.
 MacroExecution::Outcome MacroExecution::apply(const ReplaceSelection &edit)
 {
     const TextRange selected = m_textView->selectedRange();

@@ -9,19 +9,20 @@ namespace penwick {
 class TextDocument;
 class TextView;
 
-/// Carries out on a text view what a macro asked for. Each edit finds the text and the selection as
-/// the edits before it left them. Use it from the main thread.
+/// Applies a macro's result to a text view. Each edit works on the text and the selection that the
+/// edits before it left. Use it from the main thread.
 class MacroExecution final
 {
 public:
     using Outcome = tl::expected<void, MacroResultError>;
 
-    /// \param textView not owned.
-    /// \param document gets the text after each edit; may be null; not owned.
+    /// \param textView not owned; must outlive this.
+    /// \param document receives the text after each edit; may be null; not owned, must outlive
+    ///        this.
     MacroExecution(TextView *textView, TextDocument *document);
 
-    /// Makes the edits as one undo step, then places cursor and selection. Without edits it does
-    /// nothing at all. Where an edit fails, those before it stay.
+    /// Makes the edits as one undo step, then sets cursor and selection. Does nothing at all when
+    /// the result has no edits. When an edit fails, the edits before it stay.
     [[nodiscard]] Outcome applyMacroResult(const MacroResult &result);
 
 private:

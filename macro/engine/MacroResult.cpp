@@ -30,7 +30,7 @@ std::optional<qint64> integerMember(const ScriptValue &value, QStringView key)
     return member != nullptr ? member->integer() : std::nullopt;
 }
 
-// The member where it is a list of objects and nothing else; otherwise an empty list.
+// Returns the member if it is a list that holds only objects, otherwise an empty list.
 const ScriptValue::List &objectsMember(const ScriptValue &value, QStringView key)
 {
     static const ScriptValue::List kNone;
@@ -167,7 +167,7 @@ tl::expected<MacroResult, MacroResultError> parseMacroResult(const ScriptValue &
 tl::expected<TextEditInstruction, MacroResultError> parseTextEdit(const ScriptValue &value,
                                                                   const MacroContext &context)
 {
-    // A missing type gets the same error as a missing text: the entry lacks what makes it an edit.
+    // A missing type is reported as a missing text: both leave the entry incomplete.
     const QString *type = stringMember(value, u"type");
     if (type == nullptr)
         return failure(Code::MissingTextField);

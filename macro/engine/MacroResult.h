@@ -13,29 +13,30 @@
 
 namespace penwick {
 
-/// Puts `text` in the place of the whole text.
+/// Replaces the whole text with `text`.
 struct ReplaceAll
 {
     QString text;
     bool operator==(const ReplaceAll &) const = default;
 };
 
-/// Puts `text` in the place of the selected text.
+/// Replaces the selected text with `text`.
 struct ReplaceSelection
 {
     QString text;
     bool operator==(const ReplaceSelection &) const = default;
 };
 
-/// Puts `text` after the selection, which stays.
+/// Inserts `text` after the selected text, which stays.
 struct InsertAtCursor
 {
     QString text;
     bool operator==(const InsertAtCursor &) const = default;
 };
 
-/// Puts `lines` in the place of the lines from `startLine` up to but not including `endLine`.
-/// Both are 0-based; only line feeds separate lines. At least, 0 <= startLine <= endLine holds.
+/// Replaces the lines from `startLine` up to but not including `endLine` with `lines`. Both are
+/// 0-based; only line feeds separate lines. The parser guarantees 0 <= startLine <= endLine, not
+/// that the text has these lines.
 struct ReplaceLines
 {
     qint64 startLine = 0;
@@ -47,8 +48,8 @@ struct ReplaceLines
 using TextEditInstruction =
     std::variant<ReplaceAll, ReplaceSelection, InsertAtCursor, ReplaceLines>;
 
-/// Where the caret should go: at an offset in UTF-16 code units, else at a line and a column.
-/// Any of them may be missing, and none is checked.
+/// The caret position that a macro asks for: an offset in UTF-16 code units, otherwise a line and a
+/// column. Any field may be missing; the values are not checked.
 struct MacroCursorResult
 {
     std::optional<qint64> offset;
@@ -57,7 +58,7 @@ struct MacroCursorResult
     bool operator==(const MacroCursorResult &) const = default;
 };
 
-/// Select from the one offset to the other, in UTF-16 code units; neither is checked.
+/// Selects from one offset to the other, in UTF-16 code units. The offsets are not checked.
 struct MacroSelect
 {
     qint64 startOffset = 0;
@@ -81,7 +82,7 @@ struct MacroNotification
     bool operator==(const MacroNotification &) const = default;
 };
 
-/// What a macro asks for, in the order it was asked for.
+/// What a macro asks for. Edits and notifications keep the order of the script.
 struct MacroResult
 {
     QString schemaVersion;
@@ -92,7 +93,7 @@ struct MacroResult
     bool operator==(const MacroResult &) const = default;
 };
 
-/// Why a macro's run failed.
+/// Why a run of a macro failed.
 struct MacroResultError
 {
     enum class Code {
@@ -103,27 +104,27 @@ struct MacroResultError
         InvalidReplaceLines,
         OutOfRangeOffset, ///< Never raised: offsets out of range are clamped.
         NoSelectionForReplaceSelection,
-        Timeout, ///< The person stopped the run; there is no time limit.
+        Timeout, ///< The user stopped the run; there is no time limit.
     };
 
     Code code = Code::ExecutionException;
-    /// The type that is not known, or what the exception said; empty with the other codes.
+    /// The unknown type, or the text of the exception; empty with the other codes.
     QString detail;
-    int line = 0; ///< Of the macro's code, 1-based, where the exception tells; otherwise 0.
+    int line = 0; ///< Of the macro's code, 1-based; 0 when the exception names no line.
 
-    /// The message for the user, in the active wording.
+    /// Returns the message for the user, in the active wording.
     [[nodiscard]] QString errorDescription() const;
 
     bool operator==(const MacroResultError &) const = default;
 };
 
-/// Reads what a script returned. A mistake that could damage text fails the whole result; a
-/// malformed notification, cursor or selection is left out.
+/// Parses what a script returned. A malformed text edit fails the whole result, because it could
+/// damage text; a malformed notification, cursor or selection is ignored.
 /// \param value a map.
 [[nodiscard]] tl::expected<MacroResult, MacroResultError>
 parseMacroResult(const ScriptValue &value, const MacroContext &context);
 
-/// Reads one entry of the result's `textEdits`.
+/// Parses one entry of the result's `textEdits`.
 /// \param value a map.
 [[nodiscard]] tl::expected<TextEditInstruction, MacroResultError>
 parseTextEdit(const ScriptValue &value, const MacroContext &context);

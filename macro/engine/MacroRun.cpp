@@ -17,15 +17,16 @@ namespace penwick {
 
 namespace {
 
-constexpr int kQuiet = 100;   // Milliseconds that nobody notices.
-constexpr int kNotice = 1000; // Milliseconds after which people want to know.
+constexpr int kBlockingWait = 100; // Milliseconds; too short for the user to notice.
+constexpr int kNoticeDelay = 1000; // Milliseconds after the start of the run.
 
 ScriptOutcome failure(ScriptError::Code code)
 {
     return tl::unexpected(ScriptError{code, {}});
 }
 
-// What a script gave may be larger than what is left here, where no limit holds.
+// Evaluates a script. Fails with `OutOfMemory` when its value does not fit into the memory that is
+// left here: this process has no memory limit of its own.
 ScriptOutcome outcomeOf(const MacroRuntimeService::Evaluation &evaluation, ScriptWaiter *waiter)
 {
     try {
@@ -62,33 +63,33 @@ void MacroRun::start(MacroRuntimeService::Evaluation evaluation)
 {
     auto work = [this, evaluation = std::move(evaluation)]() mutable {
         ScriptOutcome outcome = outcomeOf(evaluation, &m_waiter);
-        evaluation = nullptr; // And with it the process, and what it was handed.
+        evaluation = nullptr; // Also frees the process and the script source.
         m_outcome = std::move(outcome);
         m_done.release();
         QMetaObject::invokeMethod(this, &MacroRun::finish, Qt::QueuedConnection);
     };
     try {
         m_thread = std::thread(std::move(work));
-    } catch (const std::system_error &) { // There are too many threads.
+    } catch (const std::system_error &) { // The thread could not be started.
         m_outcome = failure(ScriptError::Code::HostUnavailable);
         m_done.release();
         QMetaObject::invokeMethod(this, &MacroRun::finish, Qt::QueuedConnection);
     }
 }
 
-// The loop ends within the second, whatever events do meanwhile. So another run that one of them
-// starts, on another window, keeps this one waiting for a second at most, and none keeps the stack.
+// The loop ends within the second, whatever its events do. A run on another window that one of them
+// starts therefore delays this one by at most a second, and no run stays on the stack.
 void MacroRun::waitAWhile()
 {
-    if (m_done.tryAcquire(1, kQuiet)) {
-        m_done.release(); // For `finish`.
+    if (m_done.tryAcquire(1, kBlockingWait)) {
+        m_done.release(); // `finish` acquires it again.
         return finish();
     }
     const QPointer<MacroRun> self(this);
     QEventLoop loop;
     m_loop = &loop;
-    // Never negative, which would be never: the machine may have stood still meanwhile.
-    const auto rest = std::max<qint64>(0, kNotice - m_since.elapsed());
+    // A negative interval never fires, so clamp it: the process may have been suspended meanwhile.
+    const auto rest = std::max<qint64>(0, kNoticeDelay - m_since.elapsed());
     QTimer::singleShot(static_cast<int>(rest), &loop, [&loop] { loop.quit(); });
     loop.exec(QEventLoop::ExcludeUserInputEvents);
     if (self.isNull())
@@ -105,7 +106,7 @@ void MacroRun::showNotice()
     if (m_notice == nullptr) {
         m_notice = new MacroRunNotice(m_macroName, m_since, m_window);
         connect(m_notice, &QDialog::rejected, this, &MacroRun::stop);
-        m_notice->open(); // Modal for its window alone.
+        m_notice->open(); // Modal for its window only.
     }
     m_notice->raise();
     m_notice->activateWindow();
@@ -119,7 +120,8 @@ void MacroRun::stop()
     end(failure(ScriptError::Code::Stopped));
 }
 
-// The last thing that the thread asks for, and perhaps called already by who waited for it.
+// Called once the thread is done. `waitAWhile` may have called it before; the second call does
+// nothing.
 void MacroRun::finish()
 {
     if (!m_done.tryAcquire())
@@ -137,14 +139,14 @@ void MacroRun::end(const ScriptOutcome &outcome)
     qApp->removeEventFilter(this);
     if (m_notice != nullptr) {
         m_notice->hide();
-        m_notice->deleteLater(); // It may be what called.
+        m_notice->deleteLater(); // The call may come from a signal of the notice.
     }
     if (m_loop != nullptr)
         m_loop->quit();
     Q_EMIT ended(outcome);
 }
 
-// A drop is no input that the event loop holds back, or that a modal window keeps away.
+// Filters drops for the window: neither the event loop nor a modal dialog blocks them.
 bool MacroRun::eventFilter(QObject *watched, QEvent *event)
 {
     switch (event->type()) {

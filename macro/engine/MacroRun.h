@@ -18,36 +18,37 @@ namespace penwick {
 
 class MacroRunNotice;
 
-/// One run of a macro on a window, from its start until it has ended or was stopped. The script's
-/// process is waited for on a thread of the run's own. Use it from the main thread.
+/// One run of a macro on a window, from its start until it ends or is stopped. A thread of the
+/// run's own waits for the script host. Use it from the main thread.
 ///
-/// It deletes itself some time after `ended`; destroyed before, it stops the script.
+/// Deletes itself some time after `ended`. Destroying it earlier stops the script.
 class MacroRun final : public QObject
 {
     Q_OBJECT
 
 public:
     /// Starts the evaluation.
-    /// \param window takes no drops until the run has ended; held weakly.
+    /// \param window rejects drops until the run has ended; held weakly.
     MacroRun(QWidget *window,
              QString macroName,
              MacroRuntimeService::Evaluation evaluation,
              QObject *parent);
     ~MacroRun() override;
 
-    /// Returns as soon as the run has ended, after a second at the latest. A short run happens
-    /// between two events, like any other command. In a longer one the window is painted and can be
-    /// moved, while keys and clicks wait for what comes next: the end, or a `MacroRunNotice`.
+    /// Waits until the run has ended, at most until one second after its start; shows a
+    /// `MacroRunNotice` if the run has not ended by then. Blocks the main thread at first, so that
+    /// no event is processed during a short run. Then runs an event loop in which the window is
+    /// repainted and can be moved, while keys and clicks are delayed until this has returned.
     void waitAWhile();
 
-    /// Puts the notice over the window now, or brings it to the front.
+    /// Shows the notice over the window now, or brings it to the front.
     void showNotice();
 
-    /// Ends the run at once; `ended` says `Stopped`, whatever the script has come to meanwhile.
+    /// Ends the run at once. `ended` reports `Stopped`, even if the script has ended meanwhile.
     void stop();
 
 Q_SIGNALS:
-    /// Once, from within `waitAWhile` and `stop` or in a turn of the event loop.
+    /// Emitted once, from within `waitAWhile` or `stop`, or in a later turn of the event loop.
     void ended(const penwick::ScriptOutcome &outcome);
 
 private:
@@ -63,7 +64,7 @@ private:
     QEventLoop *m_loop = nullptr; // While it runs.
     bool m_hasEnded = false;
     StoppableWaiter m_waiter;
-    std::optional<ScriptOutcome> m_outcome; // The thread's, until it says that it is done.
+    std::optional<ScriptOutcome> m_outcome; // Owned by the thread until it releases `m_done`.
     QSemaphore m_done;
     std::thread m_thread;
 };

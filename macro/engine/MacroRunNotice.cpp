@@ -15,7 +15,7 @@ namespace penwick {
 namespace {
 
 constexpr int kSecond = 1000;
-constexpr int kRefresh = 200; // Milliseconds; so that no second is left out.
+constexpr int kRefresh = 200; // Milliseconds; short enough that no second is skipped.
 constexpr int kMinimumWidth = 320;
 
 } // namespace
@@ -36,7 +36,7 @@ MacroRunNotice::MacroRunNotice(const QString &macroName,
     setAccessibleName(message->text());
     m_elapsed->setTextFormat(Qt::PlainText);
     auto *stop = new QPushButton(wording::text(u"macro.running.stop"_s, u"停止"_s), this);
-    stop->setAutoDefault(false); // Return belongs to what the person was typing.
+    stop->setAutoDefault(false); // Return may be meant for the text that the user is typing.
     auto *buttons = new QDialogButtonBox(this);
     buttons->addButton(stop, QDialogButtonBox::RejectRole);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
@@ -46,7 +46,7 @@ MacroRunNotice::MacroRunNotice(const QString &macroName,
     layout->addWidget(m_elapsed);
     layout->addWidget(buttons);
     setMinimumWidth(kMinimumWidth);
-    // Not on the button: the notice comes while keys may be on their way to the text.
+    // Not on the button: the notice appears while the user may be typing into the text.
     setFocusPolicy(Qt::StrongFocus);
     setFocus();
 

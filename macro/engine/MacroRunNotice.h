@@ -7,14 +7,15 @@ class QLabel;
 
 namespace penwick {
 
-/// Says that a macro runs and for how long, over the window that it runs on, and lets the person
-/// stop it: with the button, with Escape, or by closing the notice. All of these emit `rejected`.
+/// The dialog over a window on which a macro runs. Shows the elapsed time and lets the user stop
+/// the macro: with the button, with Escape, or by closing the notice. Each of these emits
+/// `rejected`.
 class MacroRunNotice final : public QDialog
 {
     Q_OBJECT
 
 public:
-    /// \param since when the run began.
+    /// \param since started when the run began.
     MacroRunNotice(const QString &macroName, const QElapsedTimer &since, QWidget *window);
 
 private:

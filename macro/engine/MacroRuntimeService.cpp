@@ -26,10 +26,10 @@ void logToStandardError(const QString &text)
     writeErrorLine(u"[MacroLog] "_s + text);
 }
 
-/// Of the macro's code, for a line of the whole script; 0 outside.
+/// Converts a line of the whole script to one of the macro's code, both 1-based; 0 before the code.
 int lineOfCode(int line)
 {
-    // The context has no line breaks of its own.
+    // The context contains no line breaks.
     const auto linesBefore =
         static_cast<int>(kBeforeContext.count(u'\n') + kAfterContext.count(u'\n'));
     return std::max(0, line - linesBefore);
@@ -40,13 +40,13 @@ MacroResultError executionException(const QString &detail)
     return {Code::ExecutionException, detail};
 }
 
-// The context of a large document makes up nearly all of the script: it is measured first, and
-// written out when whoever runs the script takes it. Nothing when it is too long for a string.
+// Returns nothing when the script is too long for a string. The context of a large document makes
+// up nearly all of the script, so it is measured here and written only when the source is read.
 std::optional<ScriptSource> scriptSource(const QString &code, const MacroContext &context)
 {
     const qsizetype longest = ScriptLimits().sourceLength;
     if (context.document.text.size() > longest)
-        return std::nullopt; // Known without reading it.
+        return std::nullopt; // Known without reading the text.
     ContextDictionary dictionary = context.toDictionary();
     const qint64 length = contextJsonLength(dictionary) + kBeforeContext.size() +
                           kAfterContext.size() + code.size() + kAfterCode.size();

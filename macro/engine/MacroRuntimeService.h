@@ -12,34 +12,34 @@
 
 namespace penwick {
 
-/// Runs the code of a macro against a snapshot of its window. Keeps nothing from one run to the
-/// next. Use it from the main thread.
+/// Runs the code of a macro against a snapshot of its window. Keeps no state between runs. Use it
+/// from the main thread.
 class MacroRuntimeService final
 {
 public:
-    /// Each script runs in a process of its own; its log lines, prefixed with "[MacroLog] ", go to
-    /// standard error, each at once.
+    /// Runs each script in a process of its own. Its log lines, prefixed with "[MacroLog] ", are
+    /// written to standard error as they arrive.
     MacroRuntimeService();
-    /// \param log takes the lines without the prefix.
+    /// \param log receives the lines without the prefix.
     MacroRuntimeService(ScriptHost host, ScriptLogSink log);
 
     using Outcome = tl::expected<MacroResult, MacroResultError>;
-    /// Evaluates a macro's script, once, on whatever thread it is called; not on the main thread it
-    /// is best destroyed, too. As to waiting and the waiter see `ScriptJob`.
+    /// Evaluates a macro's script once, on the calling thread, which may be any thread. Preferably
+    /// destroyed on a thread other than the main one. `ScriptJob` describes how it waits.
     using Evaluation = std::function<ScriptOutcome(ScriptWaiter *)>;
 
+    /// Runs a script and returns its result. There is no time limit: only the waiter can stop a
+    /// script, and the run then fails with `Timeout`.
     /// \param code the body of a function that sees `context` and returns the macro's answer.
-    /// Returns when the script has ended. There is no time limit: only the waiter ends a script
-    /// before its time, which fails with `Timeout`.
-    /// \param userInput the global variable of that name; without a value there is none.
+    /// \param userInput the global variable `userInput`; without a value there is no such variable.
     /// \param waiter how the calling thread waits; null to block. Not owned.
     [[nodiscard]] Outcome run(const QString &code,
                               const MacroContext &context,
                               const std::optional<QString> &userInput,
                               ScriptWaiter *waiter = nullptr) const;
 
-    /// The same in steps, for who does other things while the script runs: `resultOf` what the
-    /// evaluation gives is what `run` returns.
+    /// The first step of `run`, for callers that do other work while the script runs. `resultOf` is
+    /// the second step: it turns the outcome of the evaluation into what `run` returns.
     [[nodiscard]] Evaluation prepare(const QString &code,
                                      const MacroContext &context,
                                      const std::optional<QString> &userInput) const;

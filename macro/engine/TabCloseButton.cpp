@@ -8,7 +8,7 @@ namespace penwick {
 TabCloseButton::TabCloseButton(QWidget *parent)
     : QAbstractButton(parent)
 {
-    // The keyboard has a key of its own for this.
+    // A shortcut closes the tab from the keyboard.
     setFocusPolicy(Qt::NoFocus);
     setCursor(Qt::ArrowCursor);
     resize(sizeHint());

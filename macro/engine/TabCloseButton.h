@@ -4,8 +4,8 @@
 
 namespace penwick {
 
-/// Closes a tab. While the tab's document is edited a dot stands in its place, until the mouse
-/// comes to it: so the tab is marked and stays as wide as it was.
+/// The button that closes a tab. While the tab's document is edited, it shows a dot instead of the
+/// cross until the mouse enters it. The mark thus does not change the tab's width.
 class TabCloseButton final : public QAbstractButton
 {
     Q_OBJECT

@@ -4,10 +4,10 @@
 
 namespace penwick {
 
-/// What a tab, and the title of the window that it is in front of, say of a document.
+/// What a tab shows of its document, and the window's title while the tab is current.
 struct TabLabel
 {
-    QString name;     ///< How the person knows the document.
+    QString name;     ///< The document's name for the user.
     QString filePath; ///< Absolute; empty for a document without a file.
     bool isEdited = false;
 

@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 TabMimeData::TabMimeData(EditorWindowController *tab)
     : m_tab(tab)
 {
-    // Without any format a drag would not be offered to windows at all.
+    // Windows are not offered a drag that has no format.
     setData(u"application/x-penwick-tab"_s, QByteArray());
 }
 

@@ -8,8 +8,8 @@ namespace penwick {
 class EditorWindow;
 class EditorWindowController;
 
-/// A tab on its way to another place. It holds no bytes: what it means only this process can see,
-/// and where it is dropped is noted here, for the tab moves when the drag is over.
+/// The data of a tab that is being dragged. It contains no bytes, because only this process can use
+/// it. It also records where the tab was dropped: the tab moves after the drag has ended.
 class TabMimeData final : public QMimeData
 {
     Q_OBJECT
@@ -18,23 +18,24 @@ public:
     explicit TabMimeData(EditorWindowController *tab);
     ~TabMimeData() override;
 
-    /// The tab in `mime`, which may be null; null for everything else that is dragged.
+    /// Returns `mime` as a tab's data; null for any other data and for null.
     [[nodiscard]] static const TabMimeData *of(const QMimeData *mime);
 
     /// Null when the tab was closed meanwhile.
     [[nodiscard]] EditorWindowController *tab() const;
 
-    /// The tab is to stand in `window` before the tab at `index`, behind all where that is -1.
+    /// Records that the tab is to move to `window`, before the tab at `index`; -1 for after the
+    /// last.
     void dropOn(EditorWindow *window, int index) const;
 
-    /// Null where it was dropped on no window, or that is gone.
+    /// Null when the tab was not dropped on a window, or when that window was destroyed.
     [[nodiscard]] EditorWindow *target() const;
 
     [[nodiscard]] int targetIndex() const { return m_index; }
 
 private:
     QPointer<EditorWindowController> m_tab;
-    // The toolkit shows the data to whom it is dropped on, but not to be changed.
+    // Mutable, because the toolkit gives a drop target only const access to the data.
     mutable QPointer<EditorWindow> m_target;
     mutable int m_index = -1;
 };

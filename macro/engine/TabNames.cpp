@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The names of a file's folders, from the outermost to its own.
+/// Returns the names of a file's folders, from the outermost to its own.
 QStringList foldersOf(const QString &filePath)
 {
     QStringList names = filePath.split(u'/', Qt::SkipEmptyParts);
@@ -23,28 +23,29 @@ QStringList lastOf(const QStringList &folders, qsizetype count)
     return folders.last(std::min(count, folders.size()));
 }
 
-/// For each file the shortest end of its folders that no other has too; all of them where there is
-/// none.
-QList<QStringList> tellingFolders(const QList<QStringList> &files)
+/// Returns for each file the shortest suffix of its folders that no other file shares; all of its
+/// folders when there is none.
+QList<QStringList> distinguishingFolders(const QList<QStringList> &files)
 {
     qsizetype most = 0;
     for (const QStringList &folders : files)
         most = std::max(most, folders.size());
-    QList<QStringList> telling = files;
-    // From long to short: what tells a file apart does so with more of its folders, too.
+    QList<QStringList> distinguishing = files;
+    // From long to short: a suffix that is unique stays unique with more folders.
     for (qsizetype count = most; count > 0; --count) {
         QHash<QStringList, int> uses;
         for (const QStringList &folders : files)
             ++uses[lastOf(folders, count)];
         for (qsizetype i = 0; i < files.size(); ++i) {
             const QStringList end = lastOf(files.at(i), count);
-            telling[i] = uses.value(end) == 1 ? end : telling.at(i);
+            distinguishing[i] = uses.value(end) == 1 ? end : distinguishing.at(i);
         }
     }
-    return telling;
+    return distinguishing;
 }
 
-/// In few characters, the first of which say most: a tab has room for some thirty.
+/// Returns a short form of the folders, the distinguishing one first: a tab has room for about
+/// thirty characters.
 QString shortened(const QStringList &folders)
 {
     if (folders.isEmpty())
@@ -52,17 +53,17 @@ QString shortened(const QStringList &folders)
     return folders.size() == 1 ? folders.first() : folders.first() + u"/…"_s;
 }
 
-/// What stands behind the names of files that are alike.
-QStringList remarks(const QList<QStringList> &files)
+/// Returns what to append to the names of files with the same name.
+QStringList nameSuffixes(const QList<QStringList> &files)
 {
-    const QList<QStringList> telling = tellingFolders(files);
+    const QList<QStringList> distinguishing = distinguishingFolders(files);
     QHash<QString, int> uses;
-    for (const QStringList &folders : telling)
+    for (const QStringList &folders : distinguishing)
         ++uses[shortened(folders)];
     QStringList result;
-    for (const QStringList &folders : telling) {
-        const QString remark = shortened(folders);
-        result << (uses.value(remark) == 1 ? remark : u'/' + folders.join(u'/'));
+    for (const QStringList &folders : distinguishing) {
+        const QString suffix = shortened(folders);
+        result << (uses.value(suffix) == 1 ? suffix : u'/' + folders.join(u'/'));
     }
     return result;
 }
@@ -84,9 +85,9 @@ QStringList tabNames(const QList<TabLabel> &labels)
         QList<QStringList> files;
         for (const qsizetype i : std::as_const(indexes))
             files << foldersOf(labels.at(i).filePath);
-        const QStringList remarkOf = remarks(files);
+        const QStringList suffixes = nameSuffixes(files);
         for (qsizetype k = 0; k < indexes.size(); ++k)
-            names[indexes.at(k)] += u" — "_s + remarkOf.at(k);
+            names[indexes.at(k)] += u" — "_s + suffixes.at(k);
     }
     return names;
 }

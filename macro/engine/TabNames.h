@@ -7,9 +7,10 @@
 
 namespace penwick {
 
-/// What the tabs of one window are called, in the order of `labels`: by the names of their
-/// documents, and where those of files are alike, with the folder that tells them apart behind them
-/// ("notes.txt — today"). A folder further out is followed by "/…".
+/// Returns the names for the tabs of one window, in the order of `labels`. A tab has the name of
+/// its document. When documents have the same name, the folder that tells a file apart follows its
+/// name ("notes.txt — today"), with "/…" after it unless it is the file's own folder. If that is
+/// still ambiguous, all folders from that one on follow instead.
 [[nodiscard]] QStringList tabNames(const QList<TabLabel> &labels);
 
 } // namespace penwick
