@@ -18,13 +18,14 @@ enum class BuiltInMacro {
     StripHtmlTags,
 };
 
-/// All of them, in the order in which they are installed.
+/// Returns all of them, in the order in which they are installed.
 [[nodiscard]] const QList<BuiltInMacro> &allBuiltInMacros();
 
-/// The text that stands for the macro in ids, wording keys and file names: `trimTrailingSpaces`.
+/// Returns the text for the macro in ids, wording keys and file names, such as
+/// `trimTrailingSpaces`.
 [[nodiscard]] QString rawValue(BuiltInMacro macro);
 
-/// The macro with this raw value; nothing for any other text. Compared exactly.
+/// Returns the macro with exactly this raw value; nothing for any other text.
 [[nodiscard]] std::optional<BuiltInMacro> builtInMacro(const QString &rawValue);
 
 } // namespace penwick

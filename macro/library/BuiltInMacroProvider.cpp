@@ -3,8 +3,8 @@
 #include <QFile>
 #include <QtGlobal>
 
-// Without this the linker leaves the resources of a static library out. It must not stand inside a
-// namespace.
+// Without this call the linker drops the resources of a static library. `Q_INIT_RESOURCE` must be
+// used outside of any namespace.
 static void registerScripts()
 {
     Q_INIT_RESOURCE(scripts);

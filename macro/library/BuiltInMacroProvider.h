@@ -9,12 +9,12 @@
 
 namespace penwick {
 
-/// What a built-in macro starts out with.
+/// The initial values of a built-in macro.
 struct BuiltInMacroDefinition
 {
     QString id;
     BuiltInMacro macro = BuiltInMacro::TrimTrailingSpaces;
-    QString description;                 ///< Japanese, whatever the active wording.
+    QString description;                 ///< Japanese in every wording.
     std::optional<QString> defaultInput; ///< A suggestion; only for macros that take an input.
 };
 
@@ -24,13 +24,13 @@ class BuiltInMacroProvider final
 public:
     BuiltInMacroProvider() = delete;
 
-    /// One per macro, in the order of `allBuiltInMacros`.
+    /// Returns one definition per macro, in the order of `allBuiltInMacros`.
     [[nodiscard]] static const QList<BuiltInMacroDefinition> &definitions();
 
-    /// The wording key of the macro's name.
+    /// Returns the wording key of the macro's name.
     [[nodiscard]] static QString nameKey(BuiltInMacro macro);
 
-    /// The macro's JavaScript.
+    /// Returns the macro's JavaScript.
     [[nodiscard]] static QString script(BuiltInMacro macro);
 };
 

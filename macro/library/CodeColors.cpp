@@ -29,14 +29,15 @@ double luminance(const QColor &color)
            0.0722 * linear(color.blueF());
 }
 
-/// A colour behind text, and how much text is to differ from it.
+/// A colour behind text, and the least contrast of the text to it.
 struct Background
 {
     QColor color;
     double contrast = kReadable;
 };
 
-/// Brings a colour as near to the text's as it needs to be to be read on all backgrounds.
+/// Mixes `wish` with the text's colour, as little as needed to be readable on all backgrounds.
+/// Falls back to the text's colour.
 QColor readable(const QColor &wish, const QColor &text, const QList<Background> &backgrounds)
 {
     constexpr int kSteps = 20;

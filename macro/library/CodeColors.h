@@ -7,15 +7,16 @@
 
 namespace penwick {
 
-/// The colours that code is shown in, made for one palette. They are readable (4.5, see below),
-/// also in a line with an error. On what the find bar marks they can be made out at least (3.0):
-/// marks pass, and colours that suit them as well would hardly differ from each other. Where the
-/// palette's text colour itself cannot be read, nothing else can be.
+/// The colours for code, made for one palette. They have a readable contrast (4.5, see
+/// `contrastRatio`) on the plain background and on a line with an error. On the marks of the find
+/// bar the contrast is at least 3.0: the marks are temporary, and colours that are readable there
+/// too would hardly differ from each other. Where no mixture reaches the contrast, the palette's
+/// text colour is used.
 struct CodeColors
 {
     explicit CodeColors(const QPalette &palette);
 
-    /// Of a token; invalid for the kinds that look like plain text.
+    /// Returns the colour of a token; invalid for kinds that look like plain text.
     [[nodiscard]] QColor colorOf(JavaScriptToken::Kind kind) const;
 
     QColor comment;
@@ -28,8 +29,8 @@ struct CodeColors
     QColor errorSign;
 };
 
-/// How much two colours differ in lightness, 1 to 21, as the accessibility guidelines for the web
-/// measure it. They ask for 4.5 between text and what is behind it.
+/// Returns the contrast of two colours, 1 to 21, as the accessibility guidelines for the web define
+/// it. They require 4.5 between text and its background.
 [[nodiscard]] double contrastRatio(const QColor &a, const QColor &b);
 
 } // namespace penwick

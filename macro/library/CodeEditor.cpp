@@ -25,7 +25,7 @@ namespace {
 
 constexpr qreal kFontSize = 12; // Points.
 constexpr int kRadius = 6;
-constexpr int kFrame = 3; // Wide enough that nothing inside reaches into the round corners.
+constexpr int kFrame = 3; // Wide enough to keep the content out of the rounded corners.
 
 bool isKey(const QKeyEvent &event, Qt::Key key, Qt::KeyboardModifiers modifiers)
 {
@@ -46,7 +46,7 @@ bool isForNextField(const QKeyEvent &event)
 
 bool isForPreviousField(const QKeyEvent &event)
 {
-    // Keyboards differ in what they make of Shift and Tab.
+    // Keyboards report Shift+Tab in different ways.
     return isKey(event, Qt::Key_Backtab, Qt::ShiftModifier) ||
            isKey(event, Qt::Key_Backtab, Qt::NoModifier) ||
            isKey(event, Qt::Key_Tab, Qt::ShiftModifier) ||
@@ -75,7 +75,7 @@ CodeEditor::CodeEditor(QWidget *parent)
     layout->addWidget(m_findBar);
     m_findController = new FindController(m_view, m_findBar, this, Qt::WidgetWithChildrenShortcut);
     connect(m_view, &TextView::textDidChange, this, &CodeEditor::textChanged);
-    // The view, which the decoration learns of an edit from, listens already.
+    // Connected after the view: the view has updated the decoration when this slot is called.
     connect(&m_storage, &TextStorage::changed, this, &CodeEditor::errorMarkChanged);
     setFocusPolicy(Qt::StrongFocus);
     setFocusProxy(m_view);
@@ -86,7 +86,7 @@ CodeEditor::CodeEditor(QWidget *parent)
 
 CodeEditor::~CodeEditor()
 {
-    // As children they would go after what they show.
+    // As children they would be destroyed after the storage and the decoration, which they use.
     delete m_findController;
     delete m_gutter;
     delete m_view;
@@ -179,7 +179,7 @@ bool CodeEditor::apply(const std::optional<indentation::Edit> &edit)
     if (!edit)
         return false;
     const Text replacement{QStringView(edit->replacement)};
-    m_storage.beginUndoGrouping(); // The selection behind the edit belongs to the step.
+    m_storage.beginUndoGrouping(); // The undo step includes the selection.
     m_view->shouldChangeText(edit->range, replacement);
     m_view->replaceCharacters(edit->range, replacement);
     m_view->setSelectedRange(edit->selection);
@@ -196,7 +196,7 @@ bool CodeEditor::handleKey(const QKeyEvent &event)
         focusNextPrevChild(isForNextField(event));
         return true;
     }
-    // Amid a composition a key is the view's, which knows what becomes of that.
+    // While an input method is composing, the view handles the keys.
     if (m_view->hasMarkedText())
         return false;
     if (isEnter(event)) {
@@ -222,7 +222,7 @@ bool CodeEditor::eventFilter(QObject *object, QEvent *event)
     case QEvent::ShortcutOverride: {
         const auto &key = *static_cast<QKeyEvent *>(event);
         if (isForNextField(key) || isForPreviousField(key) || isForLevels(key))
-            event->accept(); // No shortcut of the window takes them.
+            event->accept(); // Before a shortcut of the window takes it.
         break;
     }
     case QEvent::KeyPress:
@@ -241,7 +241,7 @@ bool CodeEditor::eventFilter(QObject *object, QEvent *event)
 
 void CodeEditor::keyPressEvent(QKeyEvent *event)
 {
-    // The text has no use for Escape and lets it through.
+    // The text view ignores Escape, so that it arrives here.
     const bool isEscape = isKey(*event, Qt::Key_Escape, Qt::NoModifier);
     if (!isEscape || !m_findController->close())
         QWidget::keyPressEvent(event);

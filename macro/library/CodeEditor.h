@@ -14,11 +14,12 @@ class LineNumberGutter;
 class TextView;
 
 /// The field for a macro's code: a text view that shows JavaScript in colours, with line numbers
-/// and the find bar. The keyboard goes to the text; a label whose buddy this widget is names the
-/// text for assistive technology, too.
+/// and a find bar. The text has the focus; a label whose buddy this widget is names the text for
+/// assistive technology, too.
 ///
 /// Enter keeps the indentation, Tab indents, Ctrl+] and Ctrl+[ move the lines of the selection by
-/// one level. As in any form, Shift+Tab leads to the field before; Ctrl+Tab leads to the next one.
+/// one level. Shift+Tab moves the focus to the previous field, as in any form; Ctrl+Tab moves it to
+/// the next one.
 class CodeEditor final : public QWidget
 {
     Q_OBJECT
@@ -27,19 +28,19 @@ public:
     explicit CodeEditor(QWidget *parent = nullptr);
     ~CodeEditor() override;
 
-    /// The whole text, as it was set and edited: no line break or blank is made another one.
+    /// Returns the whole text. Line breaks and blanks are never converted.
     [[nodiscard]] QString text() const;
-    /// Replaces the whole text, forgets the undo history, puts the caret at the start and takes an
-    /// error mark away. Lone surrogates become U+FFFD. Does not emit `textChanged`.
+    /// Replaces the whole text, clears the undo history and the error mark, and puts the caret at
+    /// the start. Lone surrogates become U+FFFD. Does not emit `textChanged`.
     void setText(const QString &text);
 
-    /// Marks a line and scrolls to it. Lines end with line feeds; beyond the last one means the
-    /// last, below 1 means none.
+    /// Marks a line and scrolls to it. Lines end with line feeds. A number past the last line marks
+    /// the last line, one below 1 removes the mark.
     /// \param line 1-based.
     void markErrorLine(int line);
     void clearErrorMark();
 
-    /// The marked line, 1-based; 0 for none. The next edit takes the mark away.
+    /// The marked line, 1-based; 0 for none. The next edit removes the mark.
     [[nodiscard]] int errorLine() const;
 
     /// For selection, caret and the edit actions.
@@ -55,7 +56,7 @@ public Q_SLOTS:
     void redo();
 
 Q_SIGNALS:
-    /// The person changed the text, undo and redo included.
+    /// Emitted when the user has changed the text, also by undo and redo.
     void textChanged();
 
 protected:

@@ -7,8 +7,8 @@ namespace penwick::indentation {
 namespace {
 
 constexpr qsizetype kLevel = 4;
-/// A line's start is looked at no farther than this.
-constexpr qint64 kReach = 10'000;
+/// How many code units of a line are read, at most.
+constexpr qint64 kReadLimit = 10'000;
 
 bool isBlank(QChar unit)
 {
@@ -20,13 +20,13 @@ QString level()
     return QString(kLevel, u' ');
 }
 
-/// The offset behind the last line feed before `offset`.
+/// Returns the offset after the last line feed before `offset`.
 qint64 lineStart(const Text &text, qint64 offset)
 {
     return text.offsetAfterLineFeed(text.metricsBefore(offset).lineFeeds);
 }
 
-/// Behind the last unit of the line at `offset`, before its line feed.
+/// Returns the end of the line at `offset`: before its line feed, or the end of the text.
 qint64 lineEnd(const Text &text, qint64 offset)
 {
     const qint64 feeds = text.metricsBefore(offset).lineFeeds;
@@ -38,7 +38,7 @@ qsizetype leadingBlanks(QStringView line)
     return std::find_if_not(line.begin(), line.end(), isBlank) - line.begin();
 }
 
-/// Units at the end of `blanks` that make one level.
+/// Returns how many units at the end of `blanks` make up one level: a tab, or up to four spaces.
 qsizetype lastLevel(QStringView blanks)
 {
     if (blanks.endsWith(u'\t'))
@@ -63,8 +63,8 @@ QChar closerOf(QChar opener)
     }
 }
 
-/// The lines that a selection touches, without the last line feed. A line whose start is all that
-/// is selected of it does not count.
+/// Returns the range of the lines that a selection touches, without the last line feed. A selection
+/// that ends at the start of a line does not touch that line.
 TextRange linesOf(const Text &text, TextRange selection)
 {
     const qint64 start = lineStart(text, selection.location);
@@ -88,7 +88,7 @@ template <class Change> Edit changeLines(const Text &text, TextRange selection, 
     const QString replacement = lines.join(u'\n');
     if (spansLines(text, selection))
         return {range, replacement, {range.location, replacement.size()}};
-    // What is selected of the one line moves along.
+    // A selection within one line moves with its text.
     const qint64 end = range.location + replacement.size();
     const qint64 start =
         std::clamp(selection.location + replacement.size() - range.length, range.location, end);
@@ -100,7 +100,7 @@ template <class Change> Edit changeLines(const Text &text, TextRange selection, 
 Edit lineBreak(const Text &text, TextRange selection, const IsBracket &isBracket)
 {
     const qint64 start = lineStart(text, selection.location);
-    const QString before = text.slice(start, std::min(selection.location - start, kReach));
+    const QString before = text.slice(start, std::min(selection.location - start, kReadLimit));
     const qsizetype blanks = leadingBlanks(before);
     const QString outer = before.left(blanks);
     qsizetype last = before.size();
@@ -117,8 +117,8 @@ Edit lineBreak(const Text &text, TextRange selection, const IsBracket &isBracket
     edit.selection = {selection.location + edit.replacement.size(), 0};
     if (isClosed)
         edit.replacement += u'\n' + outer;
-    // The new indentation stands in for the blanks that the line would begin with; but amid the
-    // indentation what follows is to stay where it is.
+    // The new indentation replaces the blanks after the caret. With only blanks before the caret
+    // they stay, so that the text after them keeps its column.
     if (last > blanks)
         while (edit.range.end() < text.size() && isBlank(QChar(text.at(edit.range.end()))))
             ++edit.range.length;
@@ -129,7 +129,7 @@ std::optional<Edit> closingBrace(const Text &text, TextRange selection)
 {
     const qint64 start = lineStart(text, selection.location);
     const qint64 length = lineEnd(text, selection.location) - start;
-    QString line = text.slice(start, std::min(length, kReach));
+    QString line = text.slice(start, std::min(length, kReadLimit));
     if (line.endsWith(u'\r'))
         line.chop(1);
     if (selection.length > 0 || line.isEmpty() || leadingBlanks(line) < line.size())

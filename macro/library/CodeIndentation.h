@@ -9,7 +9,7 @@
 
 namespace penwick {
 
-/// How code is indented while it is typed. Lines end with line feeds, a level is four blanks.
+/// The indentation of code while it is typed. Lines end with line feeds; a level is four spaces.
 /// Offsets are UTF-16 code units, 0-based.
 namespace indentation {
 
@@ -21,25 +21,25 @@ struct Edit
     TextRange selection;
 };
 
-/// Tells whether the bracket at an offset is one of the code, not of a string or a comment.
+/// Returns true when the bracket at an offset is part of the code, not of a string or a comment.
 using IsBracket = std::function<bool(qint64 offset)>;
 
-/// Enter: the new line begins like the one before, a level deeper behind an opening bracket. Where
-/// the caret stands right before the bracket that closes it, that one gets a line of its own.
+/// For Enter: the new line gets the indentation of the current one, and one level more after an
+/// opening bracket. If the matching closing bracket follows the caret, it gets a line of its own.
 [[nodiscard]] Edit lineBreak(const Text &text, TextRange selection, const IsBracket &isBracket);
 
-/// A closing brace on a line that is blank so far takes a level away. Nothing where the line is not
-/// of that kind: then the brace is a character like any other.
+/// For a closing brace on a line of blanks only: removes one level before the brace. Returns
+/// nothing on any other line or with a selection; the brace is then typed like any character.
 [[nodiscard]] std::optional<Edit> closingBrace(const Text &text, TextRange selection);
 
-/// Tab: a level of blanks in place of the selection; of a selection that spans lines, every line
-/// gets one.
+/// For Tab: replaces the selection by one level of spaces. A selection that spans lines is indented
+/// instead.
 [[nodiscard]] Edit tab(const Text &text, TextRange selection);
 
-/// Gives a level to each line of the selection that is not empty.
+/// Adds a level to each line of the selection that is not empty.
 [[nodiscard]] Edit indent(const Text &text, TextRange selection);
 
-/// Takes a level from the lines of the selection; nothing when none has any.
+/// Removes a level from each line of the selection; returns nothing when no line is indented.
 [[nodiscard]] std::optional<Edit> unindent(const Text &text, TextRange selection);
 
 } // namespace indentation

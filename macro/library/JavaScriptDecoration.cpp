@@ -9,8 +9,8 @@ namespace penwick {
 
 namespace {
 
-/// What comes later in a longer line is shown plain: no person wrote it, and each key would have to
-/// read it all.
+/// Text after this many units of a line is shown plain: such a line is generated, and reading all
+/// of it at each keystroke would be slow.
 constexpr qint64 kLongestLine = 10'000;
 
 } // namespace
@@ -27,7 +27,7 @@ QString JavaScriptDecoration::line(qint64 number) const
     const qint64 length = m_text.offsetAfterLineBreak(number + 1) - start;
     QString units = m_text.slice(start, std::min(length, kLongestLine));
     if (length > kLongestLine)
-        units += u'\n'; // A string that was cut ends here.
+        units += u'\n'; // Ends a string that was cut.
     return units;
 }
 
@@ -36,7 +36,7 @@ void JavaScriptDecoration::textChanged(const Text &text,
                                        qint64 oldLength,
                                        qint64 newLength)
 {
-    // One unit more on either side: a CR there and an LF here are one line break.
+    // One unit more on either side: a CR there and an LF here form one line break.
     const qint64 before = std::max<qint64>(0, offset - 1);
     const qint64 first = text.lineBreaksBefore(before);
     const qint64 oldLast = m_text.lineBreaksBefore(std::min(m_text.size(), offset + oldLength + 1));
@@ -61,7 +61,7 @@ quint64 JavaScriptDecoration::colorKey(const TextSegment &segment)
     const int state = m_lines.stateNumberAt(m_text.lineBreaksBefore(segment.lineStart));
     const bool isWholeLine = segment.start == segment.lineStart &&
                              (segment.breakLength > 0 || segment.end == m_text.size());
-    // What a part of a line is depends on the rest of it, too.
+    // The tokens in a part of a line depend on the rest of the line, so each edit changes the key.
     return static_cast<quint64>(state) + (isWholeLine ? 0 : m_edits << 32U);
 }
 

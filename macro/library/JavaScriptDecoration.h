@@ -8,21 +8,21 @@
 
 namespace penwick {
 
-/// Shows a text as JavaScript, and a line of it as one with an error. Positions are in UTF-16 code
-/// units, 0-based.
+/// Shows a text as JavaScript, and one line of it as an error. Offsets are in UTF-16 code units,
+/// 0-based.
 class JavaScriptDecoration final : public TextDecoration
 {
 public:
     JavaScriptDecoration();
 
-    /// Marks the line (they end with line feeds; 0-based, one that the text has). The next edit
-    /// takes the mark away.
+    /// Marks a line of the text; 0-based, lines end with line feeds. The next edit removes the
+    /// mark, and so does an empty value.
     void setErrorLine(std::optional<qint64> line);
 
     [[nodiscard]] std::optional<qint64> errorLine() const { return m_errorLine; }
 
-    /// True when the character at `offset` is part of the code itself, not of a comment or a
-    /// string.
+    /// True when the unit at `offset` belongs to a punctuation token: to a bracket or an operator,
+    /// not to a comment or a string.
     [[nodiscard]] bool isPunctuation(qint64 offset);
 
     void textChanged(const Text &text, qint64 offset, qint64 oldLength, qint64 newLength) override;
@@ -36,7 +36,7 @@ private:
     [[nodiscard]] QList<JavaScriptToken> tokensOf(qint64 line);
 
     Text m_text;
-    JavaScriptLines m_lines; // Lines as the view has them: they end at any separator.
+    JavaScriptLines m_lines; // Lines as in the view: they end at any visual line break.
     CodeColors m_colors;
     std::optional<qint64> m_errorLine;
     qint64 m_errorStart = 0;

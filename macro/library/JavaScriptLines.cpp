@@ -25,7 +25,7 @@ void JavaScriptLines::linesChanged(qint64 first, qint64 oldCount, qint64 newCoun
     const std::size_t oldEnd = start + static_cast<std::size_t>(oldCount);
     const std::size_t newEnd = start + static_cast<std::size_t>(newCount);
     if (start + 1 >= m_numbers.size())
-        return; // Nothing is known of what follows.
+        return; // The lines after `first` have not been read.
     if (oldEnd >= m_numbers.size()) {
         m_numbers.resize(start + 1);
         std::erase_if(m_doubts, [start](std::size_t doubt) { return doubt >= start; });
@@ -59,7 +59,7 @@ int JavaScriptLines::numberOf(const JavaScriptState &state)
     return number;
 }
 
-/// Reads `line`, whose own state is known, and notes what it leads to.
+/// Reads `line`, whose own state is known, and stores the state of the next line.
 void JavaScriptLines::advance(std::size_t line)
 {
     JavaScriptState state = m_states.at(m_numbers[line]);
@@ -70,7 +70,7 @@ void JavaScriptLines::advance(std::size_t line)
         m_numbers.push_back(number);
         return;
     }
-    // The line is the first in doubt.
+    // `line` is the first one in `m_doubts`.
     m_doubts.erase(m_doubts.begin());
     if (std::exchange(m_numbers[line + 1], number) == number || line + 2 == m_numbers.size())
         return;

@@ -18,7 +18,7 @@ struct Word
     Previous previous;
 };
 
-// `get`, `set`, `from` and `as` are left out: far more often they are names.
+// `get`, `set`, `from` and `as` are left out, because they are names far more often.
 constexpr std::array kWords = {
     Word{u"Infinity", Kind::Constant, Previous::Operand},
     Word{u"NaN", Kind::Constant, Previous::Operand},
@@ -67,7 +67,7 @@ constexpr std::array kWords = {
     Word{u"yield", Kind::Keyword, Previous::Operator},
 };
 
-/// Brackets open inside each other beyond this are not kept apart: a state stays small.
+/// How many open brackets a state records at most, so that it stays small.
 constexpr qsizetype kDepth = 200;
 
 constexpr char16_t kLineSeparator = 0x2028;
@@ -110,7 +110,7 @@ public:
     }
 
 private:
-    /// The unit `ahead` of the place reached; 0 behind the line.
+    /// Returns the unit `ahead` of the current one; 0 past the end of the line.
     [[nodiscard]] char16_t peek(qsizetype ahead = 0) const
     {
         const qsizetype at = m_at + ahead;
@@ -157,7 +157,7 @@ private:
             m_state.inside = Inside::Code;
     }
 
-    /// Over a backslash and what it escapes.
+    /// Skips a backslash and the character that it escapes.
     void skipEscape()
     {
         const bool isPair = peek(1) == u'\r' && peek(2) == u'\n';
@@ -258,7 +258,8 @@ private:
         addOperand(start, Kind::RegularExpression);
     }
 
-    /// Behind the slash that ends the regular expression here, or -1 when none does in this line.
+    /// Returns the index after the slash that ends the regular expression here; -1 when none does
+    /// in this line.
     [[nodiscard]] qsizetype endOfExpression() const
     {
         bool isInClass = false;
@@ -290,10 +291,10 @@ private:
             skipDigits();
         }
         const bool hasSign = peek(1) == u'+' || peek(1) == u'-';
-        // The e of a hexadecimal number stands behind its x.
+        // The e of a hexadecimal number comes after its x, where the digits end.
         if ((peek() == u'e' || peek() == u'E') && isDigit(peek(hasSign ? 2 : 1)))
             m_at += hasSign ? 2 : 1;
-        skipName(); // Digits of another base, the n of a big one, or a mistake.
+        skipName(); // Digits of another base, the n of a BigInt, or malformed code.
         addOperand(start, Kind::Number);
     }
 
@@ -349,7 +350,7 @@ private:
     {
         const char16_t next = peek();
         if ((unit == u'+' || unit == u'-') && next == unit) {
-            ++m_at; // Before an operand or behind one: what may follow stays the same.
+            ++m_at; // Before or after an operand: what may follow is the same.
         } else if (unit == u'=' && next == u'>') {
             ++m_at;
             m_state.previous = Previous::Block;
@@ -390,8 +391,8 @@ private:
         }
     }
 
-    /// Closes the innermost bracket that fits; what was left open in it is forgotten. A template
-    /// literal ends with its back quote only.
+    /// Closes the innermost bracket that matches, and forgets the unclosed ones inside it. A
+    /// template literal is closed only by its back quote.
     void close(char16_t bracket)
     {
         m_state.previous = bracket == u'}' ? Previous::StatementStart : Previous::Operand;

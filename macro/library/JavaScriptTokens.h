@@ -7,10 +7,10 @@
 
 namespace penwick {
 
-// Why not a syntax highlighting library: the one that KDE's editors share is packaged for Qt 5 only
-// where penwick is built, and of its two hundred languages one would be used.
+// No syntax highlighting library is used: the common one for Qt is packaged for Qt 5 only on the
+// systems that penwick is built on, and only one of its two hundred languages would be used.
 
-/// A piece of JavaScript. Blanks are in none.
+/// A token of JavaScript. Blanks belong to no token.
 struct JavaScriptToken
 {
     enum class Kind {
@@ -33,26 +33,26 @@ struct JavaScriptToken
     bool operator==(const JavaScriptToken &) const = default;
 };
 
-/// What the code before a place means to the code behind it. Made without arguments it is the state
-/// at the start of a text.
+/// The lexer's state at a place in the text. A default-constructed state is that of the start.
 struct JavaScriptState
 {
     enum class Inside : quint8 { Code, LineComment, BlockComment, SingleQuotes, DoubleQuotes };
 
-    /// The last token but comments, as far as it tells what a slash, a brace or a name would be.
+    /// The last token that is not a comment. It decides how a slash, a brace or a name is read.
     enum class Previous : quint8 {
         StatementStart,
         Operand,
         Operator,
         Dot,
-        Condition, ///< `if`, `for`, ...: parentheses with a statement behind them follow.
-        Block      ///< `else`, `=>`, ...: a brace would begin a block.
+        Condition, ///< `if`, `for`, ...: parentheses and then a statement follow.
+        Block      ///< `else`, `=>`, ...: a brace begins a block.
     };
 
     Inside inside = Inside::Code;
     Previous previous = Previous::StatementStart;
-    /// What is open, outermost first: `(` `[`, `c` the parentheses of a condition, `b` a block, `o`
-    /// an object, a back quote a template literal, `$` a substitution in one.
+    /// The open brackets, outermost first: `(`, `[`, `c` for the parentheses of a condition, `b`
+    /// for a block, `o` for an object, a back quote for a template literal, `$` for a substitution
+    /// in one.
     QByteArray open;
 
     [[nodiscard]] bool isInTemplate() const { return inside == Inside::Code && open.endsWith('`'); }
@@ -66,9 +66,10 @@ struct JavaScriptState
     }
 };
 
-/// Divides one line into tokens and moves `state` from its start to its end. The line comes with
-/// its line break. Wrong code gives tokens all the same; whether a slash divides or begins a
-/// regular expression is judged by what is before it, as far as that can be told without a parser.
+/// Splits one line into tokens and moves `state` from its start to its end. Malformed code gives
+/// tokens, too. Whether a slash divides or begins a regular expression is decided by the tokens
+/// before it, as far as this is possible without a parser.
+/// \param line with its line break.
 [[nodiscard]] QList<JavaScriptToken> tokenizeJavaScript(QStringView line, JavaScriptState &state);
 
 } // namespace penwick

@@ -83,7 +83,7 @@ void LineNumberGutter::paintEvent(QPaintEvent *event)
     }
 }
 
-/// A disc with an exclamation mark: not told by its colour alone.
+/// Paints a disc with an exclamation mark, so that the sign is recognizable without its colour.
 void LineNumberGutter::paintSign(QPainter &painter, qreal top, const QColor &color) const
 {
     const qreal size = signSize();

@@ -8,22 +8,22 @@ namespace penwick {
 
 class TextView;
 
-/// The numbers of the lines of a text view, beside it and as high as it. Lines end with line feeds;
-/// a row that a long line wraps into has no number. A click on a number selects the line.
+/// Shows the line numbers of a text view, beside it and at its height. Lines end with line feeds;
+/// only the first row of a wrapped line has a number. A click on a number selects the line.
 class LineNumberGutter final : public QWidget
 {
     Q_OBJECT
 
 public:
-    /// \param view not owned; must outlive the gutter.
+    /// \param view not owned; must outlive this.
     explicit LineNumberGutter(TextView *view, QWidget *parent = nullptr);
 
-    /// Puts a sign beside a line's number; 0-based.
+    /// Shows an error sign beside a line's number; 0-based. An empty value removes the sign.
     void setErrorLine(std::optional<qint64> line);
 
     [[nodiscard]] QSize sizeHint() const override;
 
-    /// Makes room for the number of the text's last line.
+    /// Sets the width to fit the number of the last line.
     void updateWidth();
 
 protected:

@@ -5,19 +5,19 @@
 
 namespace penwick {
 
-/// A stored macro. A plain value; lists know it by its id.
+/// A stored macro. A plain value, identified by its id.
 struct Macro
 {
-    QString id;            ///< Unique; `default_` and the case name for built-in ones, else a UUID.
+    QString id;            ///< Unique; `default_` and raw value if built in, else usually a UUID.
     QString name;          ///< Shown in the list and in the menu.
     QString description;   ///< One line; may be empty.
     QString code;          ///< JavaScript: the body of a function.
-    bool isEnabled = true; ///< Whether the menu offers it.
+    bool isEnabled = true; ///< True when the menu offers it.
     QString source;        ///< `builtin`, `user` or `imported`; anything else is kept.
     QString version;       ///< Free text.
-    QString createdAt;     ///< As `nowTimestamp` gives it.
-    QString updatedAt;     ///< Likewise.
-    qint64 sortOrder = 0;  ///< The list is ordered by it, ascending.
+    QString createdAt;     ///< In the format of `nowTimestamp`.
+    QString updatedAt;     ///< In the format of `nowTimestamp`.
+    qint64 sortOrder = 0;  ///< The list is sorted by it, ascending.
     QString category;      ///< Free text.
     QString helpURL;       ///< Free text; empty when there is none.
 

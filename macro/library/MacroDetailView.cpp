@@ -87,7 +87,7 @@ void MacroDetailView::makeButtons()
     connect(m_export, &QPushButton::clicked, this, &MacroDetailView::exportMacro);
     connect(m_testRun, &QPushButton::clicked, this, [this] { Q_EMIT onTestRun(draftMacro()); });
     connect(m_save, &QPushButton::clicked, this, [this] {
-        QGuiApplication::inputMethod()->commit(); // What is being composed is meant, too.
+        QGuiApplication::inputMethod()->commit(); // The composition is part of the edit.
         Q_EMIT onSave(draftMacro());
     });
     auto *save = new QShortcut(QKeySequence::Save, this);
@@ -103,7 +103,7 @@ void MacroDetailView::setMacro(const Macro &macro)
     m_fields[Category]->setText(macro.category);
     m_fields[HelpUrl]->setText(macro.helpURL);
     for (QLineEdit *field : m_fields)
-        field->setCursorPosition(0); // Of a long text the beginning says what it is.
+        field->setCursorPosition(0); // Show the beginning of a long text.
     m_code->setText(macro.code);
     showTitle();
 }

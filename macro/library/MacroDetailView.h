@@ -18,26 +18,26 @@ class ButtonRow;
 class CodeEditor;
 class MacroSourceBadge;
 
-/// One macro to edit. What is typed changes a draft only; whoever hears `onSave` stores it.
+/// Edits one macro. The user's edits change a draft only; a receiver of `onSave` stores it.
 class MacroDetailView final : public QWidget
 {
     Q_OBJECT
 
 public:
-    /// \param panels ask where to export to.
+    /// \param panels asks for the file to export to.
     explicit MacroDetailView(FilePanels panels, QWidget *parent = nullptr);
 
-    /// Shows a macro and forgets what was typed.
+    /// Shows a macro and discards unsaved edits.
     void setMacro(const Macro &macro);
-    /// The macro that is shown may have changed in the store. Fields that were typed in stay, the
-    /// others follow.
+    /// Call after the shown macro may have changed in the store. Edited fields keep their contents;
+    /// the others show the stored values.
     void setStoredMacro(const Macro &macro);
 
-    /// The macro as it stands here, with what was typed.
+    /// Returns the macro with the unsaved edits.
     [[nodiscard]] Macro draftMacro() const;
     [[nodiscard]] bool hasUnsavedEdits() const;
 
-    /// Looks every text up anew.
+    /// Looks up all texts again.
     void relabel();
 
     [[nodiscard]] CodeEditor *codeEditor() const { return m_code; }

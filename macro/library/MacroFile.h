@@ -10,18 +10,18 @@
 
 namespace penwick {
 
-/// One macro as a file to hand on. What a person may want to read or change in it stands a second
-/// time in the header of its code.
+/// The file format for exporting one macro. Fields that a user may want to read or edit are
+/// repeated in a header of its code.
 class MacroFile final
 {
 public:
     MacroFile() = delete;
 
-    /// The file's text: the macro as the store would write it, its code behind the header.
+    /// Returns the text of the file: the macro as in the store, with the header before its code.
     [[nodiscard]] static QByteArray write(const Macro &macro);
 
-    /// Reads such a file. Where the header and a member say different things the header counts; the
-    /// code comes back without it.
+    /// Parses such a file. Where the header and a member differ, the header wins. The returned code
+    /// does not contain the header.
     [[nodiscard]] static tl::expected<Macro, JsonRecordError> read(QByteArrayView text);
 };
 

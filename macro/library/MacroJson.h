@@ -12,7 +12,7 @@
 
 namespace penwick {
 
-/// Macros as JSON. A macro is an object with exactly the names of its fields.
+/// Macros as JSON. A macro is an object whose members have the names of its fields.
 class MacroJson final
 {
 public:
@@ -20,14 +20,14 @@ public:
 
     [[nodiscard]] static JsonValue encode(const Macro &macro);
 
-    /// All twelve members must be there with their types: texts, a truth value for `isEnabled`, a
-    /// whole number for `sortOrder`. Other members are ignored.
+    /// All twelve members must be present with their types: strings, a boolean for `isEnabled`, an
+    /// integer for `sortOrder`. Other members are ignored.
     [[nodiscard]] static tl::expected<Macro, JsonRecordError> decode(const JsonValue &value);
 
-    /// The text of a macro file: an array of macros, in the order given.
+    /// Returns the text of a macro file: an array of macros, in the given order.
     [[nodiscard]] static QByteArray write(const QList<Macro> &macros);
 
-    /// Reads what `write` writes, in file order. One unreadable macro makes all unreadable.
+    /// Parses what `write` writes, in file order. Fails if any macro cannot be decoded.
     [[nodiscard]] static tl::expected<QList<Macro>, JsonRecordError> read(QByteArrayView text);
 };
 

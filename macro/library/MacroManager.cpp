@@ -28,7 +28,7 @@ auto hasId(const QString &id)
 
 const QString kCopySuffix = u" のコピー"_s;
 
-/// Wrapping round would put new macros before all others, and saving would keep it so for good.
+/// Ends the process on overflow: a wrapped value would sort new macros first, and be saved.
 qint64 checkedSuccessor(qint64 sortOrder)
 {
     if (sortOrder == std::numeric_limits<qint64>::max())
@@ -114,7 +114,7 @@ void MacroManager::loadMacros()
     const auto logFailure = [](const QString &description) {
         printLine(u"Failed to load macros.json: "_s + description);
     };
-    // Taken first: a change during the read then counts as one after it.
+    // Taken before the file is read, so that a change during the read is found later.
     m_fileVersion = FileVersion::of(macrosFilePath());
     const auto content = readFile(macrosFilePath());
     if (!content) {
@@ -147,7 +147,7 @@ void MacroManager::save(const Lock &lock)
         saved = tl::unexpected(lock.error());
     if (!saved)
         printLine(u"Failed to save macros.json: "_s + saved.error().description());
-    // Without the lock the file may be another's by now, which is to be read yet.
+    // Without the lock the file may hold changes of another process, which are still to be loaded.
     if (lock)
         m_fileVersion = FileVersion::of(macrosFilePath());
 }
@@ -161,7 +161,7 @@ MacroManager::Lock MacroManager::beginChange()
 
 void MacroManager::takeInChangesFromElsewhere()
 {
-    // One that was removed is made anew by the next save; the list is all that is left of it.
+    // When the file was removed, the list is kept and the next save writes the file again.
     const auto version = FileVersion::of(macrosFilePath());
     if (version && version != m_fileVersion)
         loadMacros();
@@ -193,10 +193,10 @@ void MacroManager::updateMacro(Macro macro)
 
 void MacroManager::deleteMacro(const QString &id)
 {
-    const auto isMeant = hasId(id); // With a copy, for the id may lie in the list.
+    const auto hasThisId = hasId(id); // Copies the id, which may be part of the list.
     const Lock lock = beginChange();
     QList<Macro> macros = m_macros;
-    macros.removeIf(isMeant);
+    macros.removeIf(hasThisId);
     changeAndSave(lock, std::move(macros));
 }
 
@@ -234,7 +234,7 @@ tl::expected<QString, JsonRecordError> MacroManager::importMacro(QByteArrayView 
 void MacroManager::installBuiltInMacros()
 {
     if (!lacksBuiltIn(m_macros))
-        return; // As on nearly every start, which then need not wait for anybody.
+        return; // The usual case at startup; needs no lock.
     const Lock lock = beginChange();
     const QSet<QString> presentIds = idsOf(m_macros);
     qint64 sortOrder = nextSortOrder();

@@ -18,84 +18,85 @@
 
 namespace penwick {
 
-/// Owns every macro that the user has, as one ordered list that `macros.json` mirrors: each
-/// operation that changes the list saves the whole file before it returns. Use it from the main
-/// thread. File failures are written to standard output; the list keeps the change.
+/// Owns all macros of the user as one ordered list, mirrored in `macros.json`: each operation that
+/// changes the list saves the whole file before it returns. Use it from the main thread. A file
+/// failure is written to standard output; the list keeps the change.
 ///
-/// Several processes may have the same file. Each change reads what another one wrote, changes that
-/// and writes it while the others wait. A change for which the file cannot be had in time (see
-/// `StoreLock`) is a file failure.
+/// Several processes may share the file. Each change locks the file, loads what another process
+/// wrote, applies the change and saves the result, while other processes wait. When the lock cannot
+/// be taken in time (see `StoreLock`), the change counts as a file failure.
 class MacroManager final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Creates the folder where it is missing and loads the file.
+    /// Creates the folder if it is missing and loads the file.
     /// \param supportFolder absolute path.
-    /// \param defaults not owned; must outlive the manager.
+    /// \param defaults not owned; must outlive this.
     MacroManager(QString supportFolder,
                  UserDefaults &defaults,
                  Clock clock = systemClock(),
                  IdSource ids = randomIds(),
                  QObject *parent = nullptr);
 
-    /// The application's store, in the data folder. Created on first use, lives until the process
+    /// The application's store, in the data folder. Created on first use; exists until the process
     /// ends.
     [[nodiscard]] static MacroManager &shared();
 
-    /// In list order, disabled ones too.
+    /// In list order, including disabled macros.
     [[nodiscard]] const QList<Macro> &macros() const { return m_macros; }
 
     [[nodiscard]] QUrl supportDirectoryURL() const;
     [[nodiscard]] QUrl macrosFileURL() const;
 
-    /// Creates the folder where nothing stands in its place; a failure is logged.
+    /// Creates the folder if nothing exists at its path. A failure is logged.
     void ensureSupportDirectory();
-    /// Replaces the list by the file's, in ascending `sortOrder`, equal ones in file order. Without
-    /// a file, or with one that cannot be read (which is logged), the list stays as it is.
+    /// Replaces the list by the file's macros in ascending `sortOrder`; equal ones stay in file
+    /// order. If the file is missing, or cannot be read (which is logged), the list stays as it is.
     void loadMacros();
     /// Writes the whole list to the file. A failure is logged.
     void saveMacros();
-    /// As `loadMacros`, if the file is not the one that was last read or written here: then another
-    /// program has changed it. Every operation that changes the list does this first, so that it
-    /// changes what is there and not what was.
+    /// Calls `loadMacros` if another program has changed the file since it was last read or written
+    /// here. Every operation that changes the list calls this first, so that it changes the current
+    /// list.
     void takeInChangesFromElsewhere();
 
-    /// The first macro with exactly this id.
+    /// Returns the first macro with exactly this id.
     [[nodiscard]] std::optional<Macro> macroWithId(const QString &id) const;
 
-    /// Appends the macro with new times and the next `sortOrder`; the rest is kept as given.
+    /// Appends the macro with new times and the next `sortOrder`; keeps its other fields.
     void addMacro(Macro macro);
-    /// Puts the macro in the place of the first one with its id, with a new `updatedAt`. Does
-    /// nothing, not even save, when there is none.
+    /// Replaces the first macro with the same id, and sets a new `updatedAt`. If there is none,
+    /// does nothing and does not save.
     void updateMacro(Macro macro);
     /// Removes every macro with this id.
     void deleteMacro(const QString &id);
-    /// Appends a copy with an id, times, `sortOrder` and name of its own. It belongs to the user.
+    /// Appends a copy with a new id, new times, the next `sortOrder`, a changed name and the source
+    /// `user`.
     void duplicateMacro(Macro macro);
     /// Appends the macro of an exported file, enabled, with new times and the next `sortOrder`. An
-    /// id that is taken is replaced by a new one, a name that is taken gets " のコピー" behind it.
-    /// Returns the id. After an error nothing has changed.
-    /// \param data the file's bytes.
+    /// id that is taken is replaced by a new one; a name that is taken gets the suffix " のコピー".
+    /// Returns the id. On an error nothing has changed.
+    /// \param data the bytes of the file.
     [[nodiscard]] tl::expected<QString, JsonRecordError> importMacro(QByteArrayView data);
-    /// Appends the built-in macros whose ids the list lacks, named by the active wording. Saves
-    /// only if there were any.
+    /// Appends the built-in macros whose ids are not in the list, named in the active wording.
+    /// Saves only if there were any.
     void installBuiltInMacros();
 
 Q_SIGNALS:
-    /// Just before the list changes: `macros()` is still the old one.
+    /// Emitted just before the list changes: `macros()` is still the old one.
     void macrosWillChange();
-    /// The list has changed and `macros()` is the new one; the file follows.
+    /// Emitted after the list has changed and before the change is saved.
     void macrosChanged();
 
 private:
-    /// The largest `sortOrder` plus 1, and 1 for the empty list. Ends the process past 64 bits.
+    /// Returns the largest `sortOrder` plus 1; 1 for the empty list. Ends the process on overflow.
     [[nodiscard]] qint64 nextSortOrder() const;
     void setMacros(QList<Macro> macros);
     using Lock = tl::expected<StoreLock::Holder, FileError>;
-    /// Keeps other processes from the file, and takes in what they did to it.
+    /// Locks the file against other processes and loads their changes.
     [[nodiscard]] Lock beginChange();
-    /// \param lock what `beginChange` gave.
+    /// \param lock from `beginChange`.
     void changeAndSave(const Lock &lock, QList<Macro> macros);
     void save(const Lock &lock);
     void appendAndSave(const Lock &lock, Macro macro);
@@ -107,7 +108,7 @@ private:
     const IdSource m_ids;
     QList<Macro> m_macros;
     StoreLock m_lock;
-    std::optional<FileVersion> m_fileVersion; // Last read or written here.
+    std::optional<FileVersion> m_fileVersion; // When it was last read or written here.
 };
 
 } // namespace penwick

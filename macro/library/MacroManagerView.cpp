@@ -41,7 +41,7 @@ MacroManagerView::MacroManagerView(Services services, QWidget *parent)
     connectDetail();
     connect(m_add, &QToolButton::clicked, this, &MacroManagerView::addMacro);
     connect(m_import, &QToolButton::clicked, this, &MacroManagerView::importMacro);
-    // Later, for a question must not come up in the middle of a click.
+    // Queued, so that the question about unsaved edits does not appear during a click.
     connect(m_split,
             &ListDetailView::markedByUser,
             this,
@@ -117,7 +117,7 @@ void MacroManagerView::followMark()
 
 bool MacroManagerView::confirmLeaving()
 {
-    QGuiApplication::inputMethod()->commit(); // What is being composed is meant, too.
+    QGuiApplication::inputMethod()->commit(); // The composition is part of the edit.
     const std::optional<QString> id = m_selectedMacroId;
     const auto stored = m_services.macroManager.macroWithId(id.value_or(QString()));
     if (!id || !stored || !m_detail->hasUnsavedEdits())
@@ -148,7 +148,7 @@ void MacroManagerView::select(const std::optional<QString> &id)
 
 void MacroManagerView::turnSwitch(const QString &id, bool isOn)
 {
-    // The rest of the macro is to be what it is in the file.
+    // Change only the switch: take the macro's other fields from the file.
     m_services.macroManager.takeInChangesFromElsewhere();
     auto macro = m_services.macroManager.macroWithId(id);
     if (!macro)
@@ -182,7 +182,7 @@ void MacroManagerView::importMacro()
         showAlert(this, importFile(*path));
 }
 
-/// Returns what to tell the person.
+/// Returns the message for the user.
 QString MacroManagerView::importFile(const QString &path)
 {
     const auto content = readFile(path);

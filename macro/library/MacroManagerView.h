@@ -17,14 +17,14 @@ namespace penwick {
 
 class MacroDetailView;
 
-/// All macros in a list, and the one selected in it to edit, try, duplicate, export or delete.
-/// Macros are added and taken in from the list's side. Every change goes through the store.
+/// The list of all macros, and the selected one with controls to edit, test, duplicate, export or
+/// delete it. Buttons above the list add and import macros. Every change goes through the store.
 class MacroManagerView final : public QWidget
 {
     Q_OBJECT
 
 public:
-    /// What the view works with. The references must outlive it.
+    /// The view's dependencies. The references must outlive it.
     struct Services
     {
         MacroManager &macroManager;
@@ -37,21 +37,21 @@ public:
 
     explicit MacroManagerView(Services services, QWidget *parent = nullptr);
 
-    /// Nothing at first.
+    /// Nothing until a macro is selected.
     [[nodiscard]] const std::optional<QString> &selectedMacroId() const
     {
         return m_selectedMacroId;
     }
 
-    /// Asks what to do with unsaved edits, if there are any, and does it. False when the person
-    /// wants to go on editing.
+    /// Asks whether to save or discard unsaved edits, if there are any, and does it. Returns false
+    /// when the user cancels.
     [[nodiscard]] bool confirmLeaving();
 
     void addMacro();
-    /// Asks for a file and takes its macro in.
+    /// Asks for a file and imports its macro.
     void importMacro();
 
-    /// Marks a line of the macro that is being edited, if this is its code.
+    /// Marks a line of the macro that is being edited, if `code` is its code.
     /// \param line 1-based.
     void markErrorLine(const QString &code, int line);
 

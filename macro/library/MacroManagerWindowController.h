@@ -7,14 +7,14 @@
 
 namespace penwick {
 
-/// Owns the window in which macros are managed.
+/// Owns the window for managing macros.
 class MacroManagerWindowController final : public QObject
 {
     Q_OBJECT
 
 public:
     /// Makes the window; does not show it.
-    /// \param defaults where its frame is kept; not owned, must outlive this.
+    /// \param defaults stores the window's frame; not owned, must outlive this.
     MacroManagerWindowController(const MacroManagerView::Services &services,
                                  UserDefaults &defaults,
                                  QObject *parent = nullptr);
@@ -22,7 +22,7 @@ public:
     /// Shows the window and brings it to the front.
     void showWindow();
 
-    /// False when there are unsaved edits that the person wants to go on with.
+    /// Asks about unsaved edits, if there are any. Returns false when the user cancels.
     [[nodiscard]] bool mayClose();
 
     [[nodiscard]] QMainWindow *window() { return &m_window; }

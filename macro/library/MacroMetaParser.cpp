@@ -18,7 +18,7 @@ struct MetaLine
     QStringView value;
 };
 
-/// Blanks of every width, but no line break: a carriage return is part of what a line says.
+/// True for blanks of any width, but not for line breaks: a carriage return is part of a line.
 bool isBlank(QChar c)
 {
     return c == u'\t' || c.category() == QChar::Separator_Space;
@@ -33,8 +33,8 @@ QStringView trimmed(QStringView text)
     return text;
 }
 
-/// The key and the value of a line of the header; nothing for any other line. Everything behind the
-/// first colon is the value, for addresses and times have colons of their own.
+/// Returns the key and the value of a header line; nothing for any other line. The value is
+/// everything after the first colon, because URLs and times contain colons.
 std::optional<MetaLine> metaLine(QStringView line)
 {
     constexpr auto kComment = "// "_L1;
@@ -74,7 +74,8 @@ void take(const MetaLine &line, ParsedMeta &meta)
         *field = line.value.toString();
 }
 
-/// Takes the first line off `rest`; without the line feed behind it.
+/// Removes the first line and its line feed from `rest`, and returns the line without the line
+/// feed.
 QStringView takeLine(QStringView &rest)
 {
     const qsizetype end = rest.indexOf(u'\n');

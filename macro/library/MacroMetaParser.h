@@ -8,10 +8,10 @@
 
 namespace penwick {
 
-/// What the header of a macro's code says, and the code without it.
+/// The values in the header of a macro's code, and the code without the header.
 struct ParsedMeta
 {
-    std::optional<QString> name; ///< Nothing where the header does not set it; never empty.
+    std::optional<QString> name; ///< Nothing if the header does not set it; never empty.
     std::optional<QString> description;
     std::optional<QString> category;
     std::optional<QString> version;
@@ -21,8 +21,8 @@ struct ParsedMeta
     bool operator==(const ParsedMeta &) const = default;
 };
 
-/// The comment block at the top of a macro file's code, in which a person can read and edit what
-/// the macro is called and what it is for:
+/// The comment block at the top of a macro file's code, where a user can read and edit the macro's
+/// name and its other descriptive fields:
 ///
 ///     // penwick:macro
 ///     // name: 行末スペースを削除
@@ -32,13 +32,13 @@ class MacroMetaParser final
 public:
     MacroMetaParser() = delete;
 
-    /// The macro's code behind a header that holds its name and whatever else is not empty, with an
-    /// empty line between the two.
+    /// Returns the macro's code after a header with its name and its other fields that are not
+    /// empty. An empty line separates the two.
     [[nodiscard]] static QString buildHeader(const Macro &macro);
 
-    /// Never fails: what is not understood ends the header. Keys are compared in lower case, and of
-    /// lines with the same key the last one counts. Empty lines behind the header go with it. Code
-    /// that does not begin with the marker line has no header and is returned as it is.
+    /// Never fails: the header ends at the first line that is not part of it. Keys are compared in
+    /// lower case; the last line with a key counts. Empty lines after the header are removed with
+    /// it. Code that does not begin with the marker line has no header and is returned unchanged.
     [[nodiscard]] static ParsedMeta parse(const QString &code);
 };
 

@@ -4,7 +4,7 @@
 
 namespace penwick {
 
-/// Shows where a macro came from. Takes no space where there is nothing to say.
+/// Shows where a macro came from. Hidden when the source has no label.
 class MacroSourceBadge final : public QWidget
 {
     Q_OBJECT
@@ -12,11 +12,11 @@ class MacroSourceBadge final : public QWidget
 public:
     explicit MacroSourceBadge(QWidget *parent = nullptr);
 
-    /// In the active wording; empty for a source that is none of ours.
+    /// Returns the label in the active wording; empty for an unknown source.
     [[nodiscard]] static QString sourceLabel(const QString &source);
 
-    /// Looks the label up anew.
-    /// \param source of a macro: `builtin`, `user`, `imported`, or anything else.
+    /// Shows the label of a source, looked up again at each call.
+    /// \param source `builtin`, `user`, `imported`, or anything else.
     void setSource(const QString &source);
 
     [[nodiscard]] const QString &label() const { return m_label; }
