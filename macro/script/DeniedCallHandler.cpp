@@ -21,24 +21,24 @@ namespace {
 
 using Kind = SystemCallDecision::Kind;
 
-// Above the largest number that any table holds; what is beyond is unknown.
+// Greater than every number in the kernel's tables; larger numbers count as unknown.
 constexpr std::size_t kNumbers = 1024;
-// More than an engine starts as it comes up; those beyond are not pardoned.
+// More threads than an engine starts while it initializes; further ones are not exempt.
 constexpr std::size_t kThreads = 64;
 
-/// What the handler knows. It can neither allocate nor look anything up by name.
+/// The data of the signal handler, which can neither allocate nor look up names.
 struct Answers
 {
     std::array<SystemCallDecision, kNumbers> decisions{};
     std::array<std::atomic<bool>, kNumbers> isReported{};
     std::atomic<bool> isUnknownReported = false;
-    std::array<pid_t, kThreads> pardoned{}; // 0 from the end of the list on.
+    std::array<pid_t, kThreads> exempt{}; // Thread ids; 0 after the last one.
     std::uint32_t architecture = 0;
     int descriptor = -1;
 };
 
 Answers answers;
-DIR *runningThreads = nullptr; // Opened while files can be opened.
+DIR *runningThreads = nullptr; // Opened before the sandbox denies opening files.
 
 bool isInTable(int number)
 {
@@ -70,7 +70,8 @@ void report(const DeniedCall &call)
     std::atomic<bool> &isReported = isInTable(call.number)
                                         ? answers.isReported[static_cast<std::size_t>(call.number)]
                                         : answers.isUnknownReported;
-    // The call that ends the process is reported though another thread was refused it before.
+    // The call that ends the process is reported even if the same call was reported as refused
+    // before.
     if (!isReported.exchange(true) || call.isKilled != 0)
         static_cast<void>(!write(answers.descriptor, &call, sizeof call));
 }
@@ -79,16 +80,15 @@ void setResult(ucontext_t &context, long result)
 {
 #ifdef __x86_64__
     context.uc_mcontext.gregs[REG_RAX] = result;
-#else // arm64. Registers of others have other names, and then this does not compile.
+#else // arm64. Other machines name their registers differently; this does not compile there.
     context.uc_mcontext.regs[0] = static_cast<unsigned long long>(result);
 #endif
 }
 
-bool isPardoned()
+bool isExempt()
 {
     const auto thread = static_cast<pid_t>(syscall(SYS_gettid));
-    return std::find(answers.pardoned.begin(), answers.pardoned.end(), thread) !=
-           answers.pardoned.end();
+    return std::find(answers.exempt.begin(), answers.exempt.end(), thread) != answers.exempt.end();
 }
 
 SystemCallDecision decisionOn(int number, bool isForeign)
@@ -99,11 +99,11 @@ SystemCallDecision decisionOn(int number, bool isForeign)
                                             ? answers.decisions[static_cast<std::size_t>(number)]
                                             : kUnknownSystemCall;
     const bool isKilled = decision.kind != Kind::Refuse;
-    return isKilled && isPardoned() ? SystemCallDecision{Kind::Refuse, EACCES} : decision;
+    return isKilled && isExempt() ? SystemCallDecision{Kind::Refuse, EACCES} : decision;
 }
 
-// SIGSYS is blocked while it is handled, and there a trap ends the process. Before the filter
-// stands nothing traps, and the signal itself has to do it.
+// SIGSYS is blocked while its handler runs, so a trapped call ends the process. Before the filter
+// is loaded no call traps, and raising the signal ends the process.
 [[noreturn]] void endBySignal()
 {
     syscall(SYS_execve, nullptr, nullptr, nullptr);
@@ -118,7 +118,7 @@ SystemCallDecision decisionOn(int number, bool isForeign)
 
 bool isOfForeignTable(const siginfo_t &information)
 {
-#ifdef __x86_64__ // Which counts the calls of programs with 32-bit pointers from here on.
+#ifdef __x86_64__ // The numbers of x32, for programs with 32-bit pointers, start here.
     constexpr int kForeignNumbers = 0x40000000;
     if (information.si_syscall >= kForeignNumbers)
         return true;
@@ -129,9 +129,9 @@ bool isOfForeignTable(const siginfo_t &information)
 extern "C" void handleDeniedCall(int /*signal*/, siginfo_t *information, void *context)
 {
     const int savedError = errno;
-    constexpr int kTrapped = 1; // SYS_SECCOMP; the C library does not name it.
+    constexpr int kTrapped = 1; // SYS_SECCOMP; the C library does not define it.
     if (information->si_code != kTrapped)
-        endBySignal(); // It came from elsewhere.
+        endBySignal(); // The filter did not raise it.
     const int number = information->si_syscall;
     const bool isForeign = isOfForeignTable(*information);
     const SystemCallDecision decision = decisionOn(number, isForeign);
@@ -160,11 +160,11 @@ void pardonOtherThreads()
     if (runningThreads == nullptr)
         return;
     rewinddir(runningThreads);
-    auto place = answers.pardoned.begin();
+    auto place = answers.exempt.begin();
     while (const dirent *entry = readdir(runningThreads)) {
         const auto thread = static_cast<pid_t>(std::strtol(entry->d_name, nullptr, 10));
-        const bool isOther = thread > 0 && thread != gettid(); // "." and ".." are no threads.
-        if (isOther && place != answers.pardoned.end())
+        const bool isOther = thread > 0 && thread != gettid(); // "." and ".." are not threads.
+        if (isOther && place != answers.exempt.end())
             *place++ = thread;
     }
     closedir(runningThreads);

@@ -2,20 +2,23 @@
 
 namespace penwick {
 
-/// Makes the process answer system calls that trap (SIGSYS) by the decisions of SystemCallTable.h:
-/// a refused call fails with its error, a killed one ends the process with SIGSYS. Call it before
-/// `filterSystemCalls`.
+/// Installs a SIGSYS handler that applies the decisions of SystemCallTable.h to trapped system
+/// calls: a refused call fails with its error, a killed one ends the process with SIGSYS. Call this
+/// before `filterSystemCalls`.
 ///
-/// A trap cannot be answered on a thread that has SIGSYS blocked. There every trapped call ends the
-/// process with SIGSYS, unreported.
+/// The handler cannot run on a thread that has SIGSYS blocked. Every trapped call there ends the
+/// process with SIGSYS and without a report.
 ///
-/// \param descriptor takes a `DeniedCall` for each call, the first time that it is denied; open for
-/// writing, must not block; not owned.
+/// \param descriptor receives a `DeniedCall` the first time that each call is denied, and one for
+/// the call that ends the process; open for writing, must not block; not owned.
 void answerDeniedCalls(int descriptor);
 
-/// From now on calls that would end the process fail with EACCES where one of the threads that run
-/// now makes them, other than the calling one. Libraries start threads as they come up, to reach
-/// desktop services for instance, and one that is late must not end a script that does no harm.
+/// From now on, a killed call fails with EACCES instead when one of the threads that run now makes
+/// it, other than the calling thread. Calls through another architecture's table still end the
+/// process. Libraries start threads while the engine initializes, for example to reach desktop
+/// services; a late call of one of these must not end a harmless script.
+///
+/// Works once, and only after `answerDeniedCalls`.
 void pardonOtherThreads();
 
 } // namespace penwick

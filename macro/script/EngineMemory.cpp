@@ -16,7 +16,7 @@ std::atomic<bool> largePages = false;
 
 constexpr std::size_t kLargePage = std::size_t{2} << 20;
 
-bool deservesLargePages(const void *memory, std::size_t size, int protection, int flags)
+bool isFitForHugePages(const void *memory, std::size_t size, int protection, int flags)
 {
     return largePages && memory != MAP_FAILED && size >= kLargePage &&
            (protection & (PROT_READ | PROT_WRITE | PROT_EXEC)) == (PROT_READ | PROT_WRITE) &&
@@ -32,17 +32,18 @@ void takeLargePages()
     largePages = true;
 }
 
-#ifndef PENWICK_HOST_WITHOUT_WALLS // The sanitizers have their own.
+#ifndef PENWICK_HOST_WITHOUT_WALLS // The sanitizers define their own.
 
-// The engine offers no say in where its memory comes from. Its calls find these instead of the
-// system's, because a program's own functions come before those of its libraries.
+// The engine has no setting for how it gets its memory. Its calls reach these functions instead of
+// the C library's, because the definitions of a program take precedence over those of its
+// libraries.
 // NOLINTBEGIN(readability-function-size, performance-no-int-to-ptr): the system's own form.
 extern "C" void *
 mmap(void *address, std::size_t size, int protection, int flags, int file, off_t offset) noexcept
 {
     void *memory =
         reinterpret_cast<void *>(syscall(SYS_mmap, address, size, protection, flags, file, offset));
-    if (deservesLargePages(memory, size, protection, flags))
+    if (isFitForHugePages(memory, size, protection, flags))
         syscall(SYS_madvise, memory, size, MADV_HUGEPAGE);
     return memory;
 }
@@ -51,8 +52,8 @@ mmap(void *address, std::size_t size, int protection, int flags, int file, off_t
 
 extern "C" int madvise(void *address, std::size_t size, int advice) noexcept
 {
-    // The engine takes each small page in and out of core files, which this process does not leave;
-    // each time the kernel splits its memory anew, too small for large pages.
+    // The engine includes and excludes single pages from core files, which this process does not
+    // leave. Each such call makes the kernel split its mapping into parts too small for huge pages.
     if (advice == MADV_DODUMP || advice == MADV_DONTDUMP)
         return 0;
     return static_cast<int>(syscall(SYS_madvise, address, size, advice));

@@ -2,9 +2,9 @@
 
 namespace penwick {
 
-/// From now on large pieces of memory that the engine takes come in large pages where the system
-/// has them, so that a large document costs thousands of page faults less. Not before, or a process
-/// that only waits would hold pages of which it uses a little.
+/// From now on, large blocks that the engine allocates use huge pages where the system has them,
+/// which saves thousands of page faults with a large document. Call this after the engine has
+/// initialized: a spare host would otherwise hold huge pages of which it uses little.
 void takeLargePages();
 
 } // namespace penwick

@@ -6,8 +6,8 @@
 
 using namespace Qt::StringLiterals;
 
-// Without this the linker leaves the resource of a static library out. It must not stand inside a
-// namespace.
+// Without this, the linker drops the resource of a static library. The macro must not be used
+// inside a namespace.
 static void registerTrial()
 {
     Q_INIT_RESOURCE(trial);
@@ -24,9 +24,10 @@ QString trialScript()
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
-/// What the script is to find; nothing where that cannot be told. The engine has time zone data of
-/// its own, which may be years older than the system's, so both are asked about a past year. Zones
-/// are those of the database: the engine does not take rules such as JST-9.
+/// Returns the offsets that the script must find; nothing when they cannot be predicted. The engine
+/// has its own time zone data, which may be years older than the system's, so the offsets are those
+/// of a past year. Only zones of the time zone database are compared: the engine does not accept
+/// rules such as JST-9.
 std::optional<QString> expectedOffsets(const QByteArray &timeZone)
 {
     const QTimeZone zone(timeZone);

@@ -9,22 +9,23 @@
 
 namespace penwick {
 
-/// What came of making the script engine use, inside the sandbox, what macros can make it use.
+/// The result of a trial: a script that exercises, inside the sandbox, the parts of the script
+/// engine that macros can reach.
 struct EngineTrial
 {
-    QString engine;                           ///< Name and version; empty where it did not say so.
-    std::optional<HostProtection> protection; ///< Nothing where the host did not get so far.
-    QString step;                             ///< What was tried last, in English.
-    QStringList failures;                     ///< What gave something wrong: "step: what happened".
-    std::optional<ScriptError> error;         ///< Why the trial did not end by itself.
-    QList<DeniedCall> deniedCalls;            ///< An engine can pass that does without some calls.
+    QString engine;                           ///< Name and version; empty when not reported.
+    std::optional<HostProtection> protection; ///< Not set: the host ended before it reported it.
+    QString step;                             ///< The last step tried, in English.
+    QStringList failures;                     ///< Steps with a wrong result: "step: what happened".
+    std::optional<ScriptError> error;         ///< Why the trial did not run to its end.
+    QList<DeniedCall> deniedCalls;            ///< No failures: an engine may not need them.
 
     [[nodiscard]] bool isPassed() const { return !error && failures.isEmpty(); }
 };
 
-/// Tries the engine of a host that was just started. Blocks until the trial has ended.
+/// Runs the trial in a host that was just started. Blocks until the trial has ended.
 /// \param timeZone the one that the host was started with.
-/// \param waiter not owned; null to wait without end.
+/// \param waiter not owned; null to wait without a time limit.
 [[nodiscard]] EngineTrial
 tryEngine(HostConnection &host, const QByteArray &timeZone, ScriptWaiter *waiter);
 

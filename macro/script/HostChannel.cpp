@@ -43,8 +43,8 @@ std::optional<ScriptRequest> HostChannel::receiveRequest() const
     }
 }
 
-// With `write`, which the filter of system calls lets through. A reader that is gone ends us with a
-// signal, and that is as well.
+// Uses `write`, which the system call filter allows. When the editor has closed its end, SIGPIPE
+// ends the process, which is intended.
 bool HostChannel::send(QByteArrayView bytes) const
 {
     while (!bytes.isEmpty()) {

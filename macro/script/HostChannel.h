@@ -19,16 +19,17 @@ public:
     HostChannel &operator=(const HostChannel &) = delete;
     ~HostChannel() = default;
 
-    /// Whether the descriptor is a connection at all: it is none when a person starts the host.
+    /// True when the descriptor is a Unix socket. It is none when a user starts the host directly.
     [[nodiscard]] bool isConnected() const;
 
-    /// Nothing when the editor goes away, or says what no editor says, before the request is here.
+    /// Waits for the request. Returns nothing when the editor closes the connection first or sends
+    /// malformed data.
     [[nodiscard]] std::optional<ScriptRequest> receiveRequest() const;
 
-    /// To say how the script ended; must not outlive this.
+    /// Returns a sender for the script's outcome. This must outlive the sender.
     [[nodiscard]] OutcomeSender outcomeSender() { return OutcomeSender(m_sink, &m_shared); }
 
-    /// Where the `send` functions of ScriptWire.h put what they have to say.
+    /// The sink for the `send` functions of ScriptWire.h.
     [[nodiscard]] const ByteSink &sink() const { return m_sink; }
 
 private:

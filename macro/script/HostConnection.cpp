@@ -61,7 +61,7 @@ HostConnection::run(ScriptRequest request, const ScriptLogSink &log, ScriptWaite
 {
     m_log = &log;
     m_waiter = waiter;
-    // A host that does not take the request has a reason, which is told by how it ends.
+    // A failure to send needs no handling here: the way the host ended gives the reason.
     const auto sink = [this](QByteArrayView bytes) { return send(bytes); };
     static_cast<void>(sendRequest(request, sink, &m_shared));
     request = {}; // It may hold a document of hundreds of megabytes.
@@ -88,7 +88,7 @@ ScriptOutcome HostConnection::failure()
     ScriptError error{ScriptError::Code::HostDied, {}};
     error.ending = end();
     if (m_stopped) {
-        // That it ended by our signal tells nothing, but what it was denied before may.
+        // The cause is only the SIGKILL sent here; the calls denied before may explain more.
         const QList<DeniedCall> denied = error.ending.deniedCalls;
         error = {ScriptError::Code::Stopped, {}};
         error.ending.deniedCalls = denied;
@@ -98,8 +98,9 @@ ScriptOutcome HostConnection::failure()
     return tl::unexpected(std::move(error));
 }
 
-// Reads while it cannot write: a host that waits for us to read would never read on. Without the
-// signal that a lost reader causes, and without changing how the whole program takes that signal.
+// Reads while it cannot write: a host that is blocked on writing would never read the rest.
+// MSG_NOSIGNAL avoids SIGPIPE when the host is gone, without changing how the whole program handles
+// that signal.
 bool HostConnection::send(QByteArrayView bytes)
 {
     while (!bytes.isEmpty() && !isOver()) {
@@ -161,7 +162,7 @@ void HostConnection::takeMessages()
     }
 }
 
-// The greeting comes first and once. What follows belongs to a run.
+// The greeting comes first and once. Every later message belongs to a run.
 void HostConnection::take(const Message &message)
 {
     if (!m_protection) {

@@ -8,7 +8,7 @@
 
 namespace penwick {
 
-/// The conversation with one script host, from its greeting to the outcome of its only script.
+/// The editor's connection to one script host, from the greeting to the outcome of its only script.
 class HostConnection final
 {
 public:
@@ -16,21 +16,21 @@ public:
 
     [[nodiscard]] const HostProcess &process() const { return m_process; }
 
-    /// What the host said about its walls, after waiting for it at most `milliseconds`. Nothing
-    /// where it said nothing yet; after a run, what it had said.
+    /// Returns the protection that the host reported, after waiting for the report for at most
+    /// `milliseconds`. Nothing when the host has not reported it yet. Does not wait after a run.
     [[nodiscard]] std::optional<HostProtection> protection(int milliseconds);
 
-    /// Name and version of the host's script engine; empty as long as it has not said so.
+    /// Name and version of the host's script engine; empty until the host has reported them.
     [[nodiscard]] const QString &engine() const { return m_engine; }
 
     /// The system calls that the sandbox has denied the host so far.
     [[nodiscard]] QList<DeniedCall> deniedCalls() { return m_process.deniedCalls(); }
 
-    /// Ends the host, and says how it had ended before where it had.
+    /// Kills the host if it still runs, waits until it is gone and returns how it ended.
     [[nodiscard]] HostEnding end();
 
-    /// Hands the script over and waits for its outcome. Call it once. Nobody else needs to know of
-    /// the process afterwards: it is gone or about to go.
+    /// Sends the script to the host and waits for its outcome. Call this once. The host needs no
+    /// cleanup afterwards: it has ended or is about to.
     /// \param waiter not owned; null to block.
     [[nodiscard]] ScriptOutcome
     run(ScriptRequest request, const ScriptLogSink &log, ScriptWaiter *waiter);
@@ -56,13 +56,14 @@ private:
     QString m_engine;
     std::optional<HostProtection> m_protection;
     std::optional<ScriptOutcome> m_outcome;
-    bool m_broken = false;  // The host is gone, or makes no sense.
-    bool m_garbled = false; // It makes no sense.
+    bool m_broken = false;  // The connection is lost, or the host sent malformed data.
+    bool m_garbled = false; // The host sent malformed or unexpected data.
     bool m_stopped = false;
 };
 
-/// Returns once there is something to read from the descriptor, or room to write where `forWriting`
-/// is set, or its other end is closed; after `milliseconds` at the latest, where these are not -1.
+/// Returns when the descriptor is readable, when it is writable and `forWriting` is set, or when
+/// its other end is closed; after `milliseconds` at the latest, unless that is -1. A signal may
+/// make it return earlier.
 void waitForHost(int descriptor, bool forWriting, int milliseconds);
 
 } // namespace penwick

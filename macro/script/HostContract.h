@@ -4,24 +4,22 @@
 
 namespace penwick {
 
-// What the editor and the script host that it starts agree on besides their messages.
+// What the editor and the script host agree on besides their messages.
 
-/// The descriptors that a host finds open. Standard input, output and error lead nowhere.
+/// The descriptors that a host finds open. Standard input, output and error are /dev/null.
 constexpr int kHostConnection = 3;  ///< A connected stream socket.
-constexpr int kHostDeniedCalls = 4; ///< Takes each `DeniedCall`; a pipe that never blocks.
-constexpr int kHostSharedTexts = 5; ///< See `SharedTexts`; need not be there.
+constexpr int kHostDeniedCalls = 4; ///< Receives each `DeniedCall`; a pipe that never blocks.
+constexpr int kHostSharedTexts = 5; ///< See `SharedTexts`; may be missing.
 
-/// The exit status of a host that had no memory left.
+/// The exit status of a host that ran out of memory.
 constexpr int kOutOfMemoryStatus = 77;
 
-/// A system call that the sandbox did not let the host make, as the host writes it.
+/// A system call that the sandbox denied, in the form in which the host reports it.
 struct DeniedCall
 {
     std::int32_t number = 0;
-    std::uint8_t isKilled =
-        0; ///< 1 where it ended the host, 0 where it was answered with an error.
-    std::uint8_t isForeign =
-        0; ///< 1 where the number is of another table than this machine's 64-bit one.
+    std::uint8_t isKilled = 0;  ///< 1 if it ended the host, 0 if it failed with an error.
+    std::uint8_t isForeign = 0; ///< 1 if `number` is not of this machine's 64-bit table.
     std::uint16_t unused = 0;
 
     bool operator==(const DeniedCall &) const = default;

@@ -20,13 +20,13 @@ namespace penwick {
 
 namespace {
 
-/// What a script can see of the user's surroundings: the language and the time zone of dates and
-/// numbers, nothing else.
+/// The environment of a host. Of the user's settings, a script can see only these: the language and
+/// the time zone of dates and numbers.
 std::vector<std::string> hostEnvironment(const QByteArray &timeZone)
 {
     std::vector<std::string> environment;
     environment.push_back("TZ=" + timeZone.toStdString());
-    // The engine would reserve more address space than a limit on memory can allow.
+    // Otherwise the engine reserves more address space than a memory limit can allow.
     environment.emplace_back("GIGACAGE_ENABLED=no");
     for (const char *name : {
              "LANG",
@@ -60,21 +60,23 @@ std::vector<char *> pointersTo(std::vector<std::string> &texts)
     return pointers;
 }
 
-/// The same open file under a number that the new process does not use. Not open where there is
-/// none.
-FileDescriptor outOfTheWay(const FileDescriptor &file)
+/// Duplicates the descriptor to a number that the new process does not use. Not open when `file` is
+/// not.
+FileDescriptor duplicatedAboveHostDescriptors(const FileDescriptor &file)
 {
     return FileDescriptor(file.isOpen() ? fcntl(file.get(), F_DUPFD_CLOEXEC, kHostSharedTexts + 1)
                                         : -1);
 }
 
-/// An empty file in memory, which no path leads to. Not open where there is none.
+/// Creates an empty file in memory that has no path. Not open when that fails.
 FileDescriptor makeSharedFile()
 {
-    return outOfTheWay(FileDescriptor(memfd_create("penwick-texts", MFD_CLOEXEC)));
+    return duplicatedAboveHostDescriptors(
+        FileDescriptor(memfd_create("penwick-texts", MFD_CLOEXEC)));
 }
 
-/// What a new process gets of us, none of it in the way of the others.
+/// What the editor passes to a new process. The numbers are above those that the process uses, so
+/// that no duplication overwrites another descriptor.
 struct HostEnds
 {
     FileDescriptor connection{};
@@ -82,14 +84,14 @@ struct HostEnds
     int shared = -1; ///< Not owned; -1 for none.
 };
 
-#ifdef __SANITIZE_ADDRESS__ // Whose reports are wanted.
+#ifdef __SANITIZE_ADDRESS__ // Its reports go to standard error.
 constexpr bool kReportsErrors = true;
 #else
 constexpr bool kReportsErrors = false;
 #endif
 
-/// What the new process starts with: no open file of ours but those meant for it, no signal of ours
-/// blocked or ignored.
+/// What the new process starts with: no open file of the editor's but those meant for it, and no
+/// signal blocked or ignored.
 class SpawnRules final
 {
 public:
@@ -133,8 +135,8 @@ private:
     posix_spawnattr_t m_attributes{};
 };
 
-/// Killed, but not yet gone when they were left: giving back gigabytes takes a moment. Each was
-/// left by the thread that waited for it.
+/// Processes that a destructor has killed and that had not ended by then: releasing gigabytes takes
+/// a moment. Destructors add to it from several threads.
 struct EndingProcesses
 {
     std::mutex mutex;
@@ -152,7 +154,7 @@ bool isGone(pid_t process)
     return uninterrupted([process] { return waitpid(process, nullptr, WNOHANG); }) != 0;
 }
 
-/// -1 where the system does not start it.
+/// Returns the process id; -1 when the system cannot start the process.
 pid_t spawn(const HostProcess::Settings &settings, const HostEnds &ends)
 {
     const SpawnRules rules(ends);
@@ -189,7 +191,8 @@ HostEnding endingOf(int status)
 
 } // namespace
 
-// Spawning does not copy the page tables of an editor that holds large documents, as forking would.
+// Uses `posix_spawn`: unlike `fork`, it does not copy the page tables of an editor that holds large
+// documents.
 std::optional<HostProcess> HostProcess::start(const Settings &settings)
 {
     std::array<int, 2> sockets{};
@@ -198,14 +201,14 @@ std::optional<HostProcess> HostProcess::start(const Settings &settings)
     Ends ours;
     ours.connection = FileDescriptor(sockets[0]);
     HostEnds theirs;
-    theirs.connection = outOfTheWay(FileDescriptor(sockets[1]));
+    theirs.connection = duplicatedAboveHostDescriptors(FileDescriptor(sockets[1]));
     fcntl(ours.connection.get(), F_SETFL, O_NONBLOCK);
 
     std::array<int, 2> pipes{};
     if (pipe2(pipes.data(), O_CLOEXEC | O_NONBLOCK) != 0)
         return std::nullopt;
     ours.deniedCalls = FileDescriptor(pipes[0]);
-    theirs.deniedCalls = outOfTheWay(FileDescriptor(pipes[1]));
+    theirs.deniedCalls = duplicatedAboveHostDescriptors(FileDescriptor(pipes[1]));
 
     ours.shared = makeSharedFile();
     theirs.shared = ours.shared.get();
@@ -263,11 +266,10 @@ bool HostProcess::isAlive() const
            information.si_pid == 0;
 }
 
-// Whatever the host writes here is shown to the user and does nothing else. The call that ended it
-// comes last.
+// What the host writes here is only shown to the user. The call that ended the host comes last.
 const QList<DeniedCall> &HostProcess::deniedCalls()
 {
-    constexpr qsizetype kMost = 64; // A host that reports more is not to be believed.
+    constexpr qsizetype kMost = 64; // A host that reports more is not trusted.
     DeniedCall call;
     while (uninterrupted([&] { return read(m_ends.deniedCalls.get(), &call, sizeof call); }) ==
            ssize_t{sizeof call}) {
@@ -285,7 +287,7 @@ HostEnding HostProcess::end()
         return {};
     const auto process = static_cast<pid_t>(std::exchange(m_processId, -1));
     int status = 0;
-    // An end that is under way already keeps its own cause.
+    // A process that is already ending keeps its own cause.
     kill(process, SIGKILL);
     uninterrupted([&] { return waitpid(process, &status, 0); });
     HostEnding ending = endingOf(status);

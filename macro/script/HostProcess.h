@@ -10,55 +10,54 @@
 
 namespace penwick {
 
-/// A process that runs one script: started, talked to over its descriptor, and ended with this
-/// object at the latest. It ends with the thread that started it, too; so start it from one that
-/// lives as long as the program.
+/// A process that runs one script. The destructor kills it. The system also kills it when the
+/// thread that started it ends, so start it from a thread that lives as long as the program.
 class HostProcess final
 {
 public:
     struct Settings
     {
         QString program;          ///< The executable's path.
-        std::uint64_t memory = 0; ///< Bytes that a script may take.
-        QByteArray timeZone;      ///< Name of the time zone in which scripts see dates.
-        /// Whether the host reports system calls that it is refused; see `DeniedCallHandler.h` for
-        /// what that may cost. Those that end it are reported in any case.
+        std::uint64_t memory = 0; ///< Bytes that a script may allocate.
+        QByteArray timeZone;      ///< Name of the time zone of the dates that scripts see.
+        /// True to have the host report system calls that the sandbox refuses; DeniedCallHandler.h
+        /// tells what that may cost. A call that ends the host is always reported.
         bool reportsRefusedCalls = true;
 
         bool operator==(const Settings &) const = default;
     };
 
-    /// Nothing where the system does not start it.
+    /// Starts a host. Returns nothing when the system cannot start it.
     [[nodiscard]] static std::optional<HostProcess> start(const Settings &settings);
 
     HostProcess(HostProcess &&other) noexcept;
     HostProcess &operator=(HostProcess &&other) noexcept;
     HostProcess(const HostProcess &) = delete;
     HostProcess &operator=(const HostProcess &) = delete;
-    /// Kills the process if it is still there, without waiting for its memory to be given back.
+    /// Kills the process if it is still there. Does not wait until its memory is released.
     ~HostProcess();
 
-    /// Our end of the connection; never blocks.
+    /// The editor's end of the connection; never blocks.
     [[nodiscard]] int descriptor() const { return m_ends.connection.get(); }
 
-    /// The file for `SharedTexts`; -1 where the system has none to offer.
+    /// The file for `SharedTexts`; -1 when the system could not create one.
     [[nodiscard]] int sharedDescriptor() const { return m_ends.shared.get(); }
 
     [[nodiscard]] qint64 processId() const { return m_processId; }
 
-    /// Whether the process has neither ended nor been ended.
+    /// True while the process runs; false after `end`.
     [[nodiscard]] bool isAlive() const;
 
-    /// Which system calls the sandbox has denied the process so far, as the process says: at
-    /// most 64.
+    /// Returns the system calls that the sandbox has denied the process so far, as the process
+    /// reports them: at most 64.
     [[nodiscard]] const QList<DeniedCall> &deniedCalls();
 
-    /// Ends the process and says what had become of it before. Waits until it is gone.
-    /// \return all but the engine, which the process alone knows.
+    /// Kills the process if it still runs, waits until it is gone and returns how it ended.
+    /// \return every field but `engine`, which only the process knows.
     [[nodiscard]] HostEnding end();
 
 private:
-    /// Our ends of what the process and we share.
+    /// The editor's ends of what it shares with the process.
     struct Ends
     {
         FileDescriptor connection{};
@@ -68,13 +67,13 @@ private:
 
     HostProcess(qint64 processId, Ends ends);
 
-    qint64 m_processId; // -1 once it was waited for.
+    qint64 m_processId; // -1 once the process was waited for or moved to another object.
     Ends m_ends;
-    QList<DeniedCall> m_deniedCalls; // What was read of them.
+    QList<DeniedCall> m_deniedCalls; // Those read so far.
 };
 
-/// Lets go of processes that were killed before and are gone by now. True when none is left. Safe
-/// from any thread.
+/// Reaps the processes that destructors have killed and that have ended since. True when none is
+/// left. Safe from any thread.
 bool reapHostProcesses();
 
 } // namespace penwick

@@ -21,19 +21,20 @@ namespace penwick {
 
 namespace {
 
-// The sanitizers reserve more address space than any limit allows, and ask the system for more than
-// the filter lets through.
+// The sanitizers reserve more address space than any limit allows, and make system calls that the
+// filter denies.
 #ifdef PENWICK_HOST_WITHOUT_WALLS
-constexpr bool kWalls = false;
+constexpr bool kSandboxEnabled = false;
 #else
-constexpr bool kWalls = true;
+constexpr bool kSandboxEnabled = true;
 #endif
 
-int statmDescriptor = -1;          // Opened while files can be opened.
-std::size_t addressSpaceLimit = 0; // Bytes; 0 while there is none.
-std::size_t allowedMemory = 0;     // Bytes of it that are the script's.
+int statmDescriptor = -1;          // Opened before the sandbox denies opening files.
+std::size_t addressSpaceLimit = 0; // Bytes; 0 while there is no limit.
+std::size_t allowedMemory = 0;     // Bytes of it that the script may take.
 
-/// How many bytes of address space the process has taken. Fit for a signal handler.
+/// The address space that the process has taken, in bytes; 0 when unknown. Can be called in a
+/// signal handler.
 std::size_t takenAddressSpace()
 {
     std::array<char, 32> text{};
@@ -43,22 +44,23 @@ std::size_t takenAddressSpace()
            static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 
-// The engine and the allocators crash on purpose where memory ends. They do so on requests of any
-// size, so that some room is always left: within the last eighth it counts as spent.
-bool isMemorySpent()
+// The engine and the allocators crash deliberately when memory runs out. A large request fails
+// while some memory is left, so memory counts as exhausted when less than an eighth is free.
+bool isMemoryExhausted()
 {
     return addressSpaceLimit != 0 && takenAddressSpace() > addressSpaceLimit - allowedMemory / 8;
 }
 
 extern "C" void handleCrash(int signal)
 {
-    if (isMemorySpent())
+    if (isMemoryExhausted())
         _exit(kOutOfMemoryStatus);
     std::signal(signal, SIG_DFL);
     std::raise(signal);
 }
 
-// Set before the engine sets its own for some of these, and called by those for what is not theirs.
+// Call this before the engine installs its own handlers for some of these signals. The engine's
+// handlers call these for the signals that they do not handle themselves.
 void catchCrashes()
 {
     static std::array<char, std::size_t{64} * 1024> stack;
@@ -86,20 +88,20 @@ bool limitMemory(std::size_t memory)
     return true;
 }
 
-// The memory of the shared texts is a file, and that of pipes is the kernel's; the limit on memory
-// counts neither.
+// The memory limit counts neither the shared texts, whose memory is a file, nor pipes, whose memory
+// is the kernel's.
 void limitFiles()
 {
     constexpr rlim_t kRoom = SharedTexts::kHostRoom;
     const rlimit room{kRoom, kRoom};
     setrlimit(RLIMIT_FSIZE, &room);
-    constexpr rlim_t kDescriptors = 256; // The engine has about ten.
+    constexpr rlim_t kDescriptors = 256; // The engine opens about ten.
     const rlimit descriptors{kDescriptors, kDescriptors};
     setrlimit(RLIMIT_NOFILE, &descriptors);
 }
 
-// Root's process could reach others by calls that do no harm without privileges, as by moving pages
-// of memory that they share.
+// A process of root could reach other processes with calls that are harmless without privileges,
+// for example by moving pages of memory that they share.
 void dropCapabilities()
 {
     __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
@@ -107,7 +109,7 @@ void dropCapabilities()
     syscall(SYS_capset, &header, none.data());
 }
 
-// No file access is allowed by any rule, so that the set of rules stays empty.
+// The rule set stays empty, so that no file access is allowed.
 bool closeFileSystem()
 {
     const long version =
@@ -115,7 +117,7 @@ bool closeFileSystem()
     if (version < 1)
         return false;
     landlock_ruleset_attr rules{};
-    rules.handled_access_fs = (LANDLOCK_ACCESS_FS_MAKE_SYM << 1) - 1; // All of the first version.
+    rules.handled_access_fs = (LANDLOCK_ACCESS_FS_MAKE_SYM << 1) - 1; // All rights of version 1.
     const long descriptor = syscall(SYS_landlock_create_ruleset, &rules, sizeof rules, 0);
     if (descriptor < 0)
         return false;
@@ -124,13 +126,14 @@ bool closeFileSystem()
     return closed;
 }
 
-// Where the whole machine runs out of memory, a script is to go before any document.
-void offerAsFirstVictim()
+// When the whole machine runs out of memory, the kernel should kill a script rather than an editor
+// with open documents.
+void preferForOutOfMemoryKill()
 {
     const int descriptor = open("/proc/self/oom_score_adj", O_WRONLY | O_CLOEXEC);
     if (descriptor < 0)
         return;
-    static_cast<void>(!write(descriptor, "1000", 4)); // Without it things are as they were.
+    static_cast<void>(!write(descriptor, "1000", 4)); // Optional: a failure is ignored.
     ::close(descriptor);
 }
 
@@ -138,11 +141,11 @@ void offerAsFirstVictim()
 
 void prepareHostProcess(int deniedCalls)
 {
-    offerAsFirstVictim();
+    preferForOutOfMemoryKill();
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     const rlimit none{0, 0};
     setrlimit(RLIMIT_CORE, &none);
-    if constexpr (kWalls) {
+    if constexpr (kSandboxEnabled) {
         statmDescriptor = open("/proc/self/statm", O_RDONLY | O_CLOEXEC);
         catchCrashes();
         dropCapabilities();
@@ -155,8 +158,8 @@ void prepareHostProcess(int deniedCalls)
 HostProtection confineProcess(std::size_t memory, RefusedCalls refused)
 {
     HostProtection protection;
-    if constexpr (kWalls) {
-        // A pipe for core files ignores the limit on them.
+    if constexpr (kSandboxEnabled) {
+        // The limit on core files does not apply where the system pipes them to a program.
         prctl(PR_SET_DUMPABLE, 0);
         if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0) {
             protection.fileAccessRules = closeFileSystem();

@@ -22,8 +22,8 @@ struct OpenObject
     std::size_t next = 0;
 };
 
-/// The objects from the root down to the one in work form a stack of their own, so that the depth
-/// of a script's value never becomes the depth of our calls.
+/// Keeps the objects from the root down to the current one on an explicit stack, so that a deeply
+/// nested value cannot overflow the call stack.
 class Converter final
 {
 public:
@@ -100,7 +100,7 @@ private:
     void takeString(JSValueRef value)
     {
         const JsString string(JSValueToStringCopy(m_context, value, nullptr));
-        if (!string) // Out of memory while the engine joined its pieces.
+        if (!string) // The engine ran out of memory while it joined the string's pieces.
             m_error = Code::ResultTooLarge;
         else if (spend(JSStringGetLength(string.get())))
             m_sink.text(wellFormedView(string.get()));
@@ -119,8 +119,8 @@ private:
             open(object);
     }
 
-    // The engine makes a name for each of its elements before it says how many there are: for a
-    // large one that takes minutes and more memory than there is, and no result has a use for them.
+    // The engine makes a name for each element before it reports their number. For a large array
+    // that takes minutes and more memory than there is, and no result needs the elements.
     [[nodiscard]] bool isTypedArray(JSValueRef value) const
     {
         return JSValueGetTypedArrayType(m_context, value, nullptr) != kJSTypedArrayTypeNone;
@@ -154,8 +154,8 @@ private:
         m_open.push_back(std::move(opened));
     }
 
-    // Where a proxy's trap throws, the engine lists no keys but leaves the exception pending, to be
-    // reported by whatever call comes next. The conversion of a number takes it up and drops it.
+    // When a proxy's trap throws, the engine lists no keys but leaves the exception pending, and
+    // the next call reports it. Converting a number fetches the exception, which is then discarded.
     [[nodiscard]] JsNames keysOf(JSObjectRef object) const
     {
         JsNames names(JSObjectCopyPropertyNames(m_context, object));
@@ -178,14 +178,14 @@ private:
         m_sink.end();
     }
 
-    /// Without a copy, where it is well-formed. Valid until the next call.
+    /// The string's units, copied only when they are not well-formed. Valid until the next call.
     [[nodiscard]] QStringView wellFormedView(JSStringRef string)
     {
         const QStringView units = viewOf(string);
         if (units.isValidUtf16())
             return units;
-        m_mended = wellFormed(units);
-        return m_mended;
+        m_wellFormed = wellFormed(units);
+        return m_wellFormed;
     }
 
     [[nodiscard]] bool spend(std::size_t units)
@@ -199,12 +199,12 @@ private:
     JSContextRef m_context;
     const ScriptLimits &m_limits;
     ScriptValueSink &m_sink;
-    QString m_mended;
+    QString m_wellFormed;
     std::size_t m_values = 0;
     std::size_t m_bytes = 0;
     std::optional<Code> m_error;
     std::vector<OpenObject> m_open;
-    std::unordered_set<JSObjectRef> m_path; // The objects of m_open: one met again is a cycle.
+    std::unordered_set<JSObjectRef> m_path; // Objects of m_open. One that occurs again is a cycle.
 };
 
 } // namespace

@@ -7,10 +7,10 @@
 
 namespace penwick {
 
-/// Hands a value of the engine to `sink` as plain values, as `runScript` describes them. Getters
-/// and proxies make this run code of the script.
-/// \return nothing where all went well; else `ResultTooManyValues`, `ResultTooLarge` or
-///         `ResultTooDeep`, and what the sink took is void.
+/// Passes a value of the engine to `sink` as plain values, in the form that `runScript` describes.
+/// Getters and proxies run code of the script meanwhile.
+/// \return nothing on success; otherwise `ResultTooManyValues`, `ResultTooLarge` or
+/// `ResultTooDeep`, and what the sink received is void.
 [[nodiscard]] std::optional<ScriptError> convertJsValue(JSContextRef context,
                                                         JSValueRef value,
                                                         const ScriptLimits &limits,

@@ -25,8 +25,8 @@ JsProtected::JsProtected(JsProtected &&other) noexcept
 {
 }
 
-// Only the calls that take and give UTF-16 keep every character: those for UTF-8 stop at NUL and at
-// lone surrogates.
+// Only the calls that take and return UTF-16 keep every character: the UTF-8 calls stop at NUL and
+// at lone surrogates.
 JsString toJsString(QStringView text)
 {
     static_assert(sizeof(JSChar) == sizeof(char16_t));
@@ -34,8 +34,8 @@ JsString toJsString(QStringView text)
                                                  static_cast<std::size_t>(text.size())));
 }
 
-// The engine exports the call under the same name everywhere, but declares it to itself alone. A
-// copy of a large document would cost a tenth of its run.
+// The engine exports this function under the same name everywhere but does not declare it in its
+// public headers. Copying a large document would cost a tenth of its run.
 // NOLINTNEXTLINE(readability-identifier-naming)
 extern "C" [[gnu::weak]] JSStringRef JSStringCreateWithCharactersNoCopy(const JSChar *units,
                                                                         std::size_t length);

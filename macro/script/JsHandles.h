@@ -10,7 +10,7 @@
 
 namespace penwick {
 
-/// Owning handles for what the engine counts references of.
+/// Owning handles for the engine's reference-counted objects.
 template <auto release> struct JsRelease
 {
     template <typename Pointer> void operator()(Pointer pointer) const { release(pointer); }
@@ -25,7 +25,8 @@ using JsClass = std::unique_ptr<std::remove_pointer_t<JSClassRef>, JsRelease<JSC
 using JsNames = std::unique_ptr<std::remove_pointer_t<JSPropertyNameArrayRef>,
                                 JsRelease<JSPropertyNameArrayRelease>>;
 
-/// Keeps a value alive where the collector does not look: in memory that is not the stack.
+/// Protects a value from the garbage collector while it is held where the collector does not look:
+/// in memory that is not the stack.
 class JsProtected final
 {
 public:
@@ -43,17 +44,17 @@ private:
 
 [[nodiscard]] JsString toJsString(QStringView text);
 
-/// \param text must stay until the engine that used the string is gone.
+/// \param text must outlive the engine that uses the string.
 [[nodiscard]] JsString toJsStringWithoutCopy(QStringView text);
 
-/// The string's units, which live as long as it does.
+/// The string's code units, which are valid as long as the string.
 [[nodiscard]] QStringView viewOf(JSStringRef string);
 
 /// Lone surrogates become U+FFFD.
 [[nodiscard]] QString fromJsString(JSStringRef string);
 
-/// The engine's ordinary string conversion, which may run code of the script. Nothing, and the
-/// thrown value in `exception`, where it throws.
+/// Converts the value to a string as the engine does, which may run code of the script. When the
+/// conversion throws, returns nothing and sets `exception` to the thrown value.
 [[nodiscard]] std::optional<QString>
 stringConversion(JSContextRef context, JSValueRef value, JSValueRef *exception);
 

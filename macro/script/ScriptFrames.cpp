@@ -15,7 +15,7 @@ enum class TextForm : quint8 { None = 0, Latin1 = 1, Utf16 = 2, Shared = 3 };
 
 bool fitsLatin1(QStringView text)
 {
-    char16_t all = 0; // Without a way out of the loop, so that the compiler takes many at a time.
+    char16_t all = 0; // No early exit, so that the compiler can vectorize the loop.
     for (const QChar unit : text)
         all |= unit.unicode();
     return all < 0x100;
@@ -36,8 +36,8 @@ bool mayCome(MessageReader::Side side, MessageKind kind)
     return false;
 }
 
-// Above what a sender that keeps to its own limits can write, so that memory is not taken without
-// end on the word of the other side.
+// Longer than any message of a sender that keeps to its limits. Bounds the memory that the other
+// side can make this side allocate.
 qsizetype longestMessage(MessageKind kind)
 {
     constexpr qsizetype kFewParts = 64;
@@ -188,7 +188,7 @@ tl::expected<void, WireError> MessageReader::take(const Header &header)
     return {};
 }
 
-// Moving what is left to the front costs its length: not done for each of many small frames.
+// Moving the rest to the front costs its length, so it is not done after each of many small frames.
 void MessageReader::dropTaken()
 {
     if (m_taken == m_input.size())

@@ -13,71 +13,72 @@ namespace penwick {
 class ScriptSource;
 class SharedTexts;
 
-// The form in which editor and script host talk over a stream of bytes. A message is one frame or
-// several, so that neither side has to know the length of a large one ahead. A frame is a header of
-// `kFrameHeaderSize` bytes (kind, whether more of the message follows, two zeros, the length as 32
-// bits) and at most `kMaxFramePayload` bytes. Numbers have the byte order of the machine, which
-// both sides share.
+// The framing of the byte stream between the editor and the script host. A message consists of one
+// or more frames, so that its sender need not know the length of a large message in advance. A
+// frame is a header of `kFrameHeaderSize` bytes (kind, whether more frames of the message follow,
+// two zeros, the payload's length as 32 bits) and at most `kMaxFramePayload` bytes of payload.
+// Numbers are in the machine's byte order, which both sides share.
 
 enum class MessageKind : quint8 {
-    Engine = 6,  ///< From the host, first and once: which script engine it has.
+    Engine = 6,  ///< From the host, first and once: name and version of its script engine.
     Ready = 1,   ///< From the host, once: it waits for the request.
     Request = 2, ///< To the host, once.
-    Log = 3,     ///< From the host: a line of the script.
-    Value = 4,   ///< From the host, last: what the script gave.
-    Failure = 5, ///< From the host, last: why it gave nothing. May come amid a value's frames.
+    Log = 3,     ///< From the host: a line that the script logged.
+    Value = 4,   ///< From the host, last: the script's completion value.
+    Failure = 5, ///< From the host, last: why there is no value. May interrupt a value's frames.
 };
 
 constexpr qsizetype kFrameHeaderSize = 8;
 constexpr qsizetype kMaxFramePayload = qsizetype{1} << 20;
 
-/// What is wrong with bytes that came from the other side.
+/// What is wrong with data from the other side.
 enum class WireError {
-    UnknownKind,    ///< No kind of message, or none that may come from there.
-    FrameTooLong,   ///< A frame that announces more than `kMaxFramePayload` bytes.
-    BadHeader,      ///< A frame whose other fields hold what no sender writes.
-    MixedMessages,  ///< A message starts before the one before it is complete. A failure may.
-    MessageTooLong, ///< All frames of a message together hold too much.
-    Truncated,      ///< A part reaches beyond the end of its message.
-    TrailingBytes,  ///< A message goes on after its last part.
-    UnknownTag,     ///< A part of no known kind.
-    MalformedText,  ///< Text that is no valid UTF-16.
-    TooManyValues,  ///< The limits of `ScriptLimits`.
+    UnknownKind,    ///< Not a kind of message that this sender may send.
+    FrameTooLong,   ///< A frame header announces more than `kMaxFramePayload` bytes.
+    BadHeader,      ///< Another field of a frame header has an invalid value.
+    MixedMessages,  ///< A message follows an incomplete one that it may not interrupt.
+    MessageTooLong, ///< The frames of a message hold more than its kind allows.
+    Truncated,      ///< A part extends beyond its message, or its shared text is missing.
+    TrailingBytes,  ///< Bytes follow the last part of a message.
+    UnknownTag,     ///< A part of unknown kind or with an invalid value.
+    MalformedText,  ///< Text that is not valid UTF-16.
+    TooManyValues,  ///< More than `ScriptLimits::values`.
     TooManyBytes,
     TooDeep,
 };
 
-/// Takes bytes on their way out; false when there is nobody to take them any more.
+/// Sends bytes. Returns false when the receiver is gone.
 using ByteSink = std::function<bool(QByteArrayView)>;
 
-/// One whole message.
+/// One complete message.
 struct Message
 {
     MessageKind kind = MessageKind::Ready;
     QByteArray payload;
 };
 
-/// Cuts a message into frames and hands them to a sink as it grows.
+/// Splits a message into frames and passes them to a sink as they fill.
 class FrameWriter final
 {
 public:
     /// \param sink must outlive this.
-    /// \param shared takes the long texts, where there is such a thing; must outlive this.
+    /// \param shared receives the long texts; null for none; must outlive this.
     FrameWriter(MessageKind kind, const ByteSink &sink, SharedTexts *shared = nullptr);
 
     void putBytes(const void *data, std::size_t size);
 
-    /// \tparam Number what can be copied byte by byte.
+    /// \tparam Number a trivially copyable type.
     template <typename Number> void put(Number number) { putBytes(&number, sizeof number); }
 
-    /// Puts the text's form (one byte a unit where all are below U+0100, else two), its length and
-    /// its units, or the place among the shared texts where they are. At most 2^32 - 1 units.
+    /// Writes the text's encoding, its length and its code units: one byte for each unit when all
+    /// are below U+0100, otherwise two. Of a text that `shared` takes, writes the length and the
+    /// offset there instead of the units. At most 2^32 - 1 units.
     void putText(QStringView text);
     void putSource(const ScriptSource &source);
-    /// Where a text might be, says that there is none.
+    /// Writes the mark for "no text" in place of a text.
     void putNoText();
 
-    /// Sends the last frame. False where the sink refused a frame of this message.
+    /// Sends the last frame. False when the sink refused a frame of this message.
     [[nodiscard]] bool finish();
 
 private:
@@ -93,13 +94,13 @@ private:
     bool m_good = true;
 };
 
-/// Puts frames together to messages, from bytes that arrive in any portions.
+/// Assembles messages from bytes that arrive in portions of any size.
 class MessageReader final
 {
 public:
     enum class Side { FromEditor, FromHost };
 
-    /// \param side where the bytes come from; decides which kinds are known.
+    /// \param side where the bytes come from; decides which kinds of message are valid.
     explicit MessageReader(Side side)
         : m_side(side)
     {
@@ -107,8 +108,8 @@ public:
 
     void append(QByteArrayView bytes) { m_input.append(bytes); }
 
-    /// The next complete message, nothing while it is incomplete. After an error, which stays, the
-    /// stream is of no use.
+    /// Returns the next complete message; nothing while it is incomplete. After an error, every
+    /// further call returns that error.
     [[nodiscard]] tl::expected<std::optional<Message>, WireError> next();
 
 private:
@@ -125,16 +126,17 @@ private:
 
     Side m_side;
     QByteArray m_input;
-    qsizetype m_taken = 0; // Bytes at the start of m_input that are of no more use.
+    qsizetype m_taken = 0; // Bytes at the start of m_input that are already read.
     std::optional<Message> m_open;
     std::optional<WireError> m_error;
 };
 
-/// Reads the parts of a message, each length checked. After the first error all reads give nothing.
+/// Reads the parts of a message and checks each length. After the first error, every read returns
+/// an empty value.
 class PayloadReader final
 {
 public:
-    /// \param shared where the other side may have put texts; must outlive this.
+    /// \param shared the other side's long texts; null for none; must outlive this.
     explicit PayloadReader(QByteArrayView payload, const SharedTexts *shared = nullptr)
         : m_rest(payload)
         , m_shared(shared)
@@ -151,18 +153,18 @@ public:
 
     /// The counterpart of `FrameWriter::putText`. Empty after an error.
     [[nodiscard]] QString getText();
-    /// As above; nothing for the counterpart of `FrameWriter::putNoText`.
+    /// The same; nothing for what `FrameWriter::putNoText` wrote.
     [[nodiscard]] std::optional<QString> getTextUnlessNone();
 
-    /// Bytes that were not read yet.
+    /// Number of bytes not read yet.
     [[nodiscard]] qsizetype remaining() const { return m_rest.size(); }
 
     void fail(WireError error);
 
-    /// The first thing that was wrong, where something was.
+    /// The first error, if there was one.
     [[nodiscard]] std::optional<WireError> error() const { return m_error; }
 
-    /// As `error`, but also not content with bytes that nobody read.
+    /// The same, but unread bytes count as an error too.
     [[nodiscard]] std::optional<WireError> errorAtEnd() const;
 
 private:

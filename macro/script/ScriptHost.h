@@ -17,77 +17,76 @@ namespace penwick {
 /// One script to evaluate. Plain data, so that it can cross a process boundary.
 struct ScriptRequest
 {
-    ScriptSource source; ///< A whole program text.
-    /// The global variable `userInput`; without a value there is no such variable.
+    ScriptSource source; ///< The complete program text.
+    /// The value of the global variable `userInput`; without one, the script has no such variable.
     std::optional<QString> userInput;
 
     bool operator==(const ScriptRequest &) const = default;
 };
 
-/// How large a completion value may grow, summed over the whole tree. Objects reached on several
-/// paths count once per path.
+/// Limits on a completion value, summed over the whole tree. An object that is reachable on several
+/// paths counts once for each path.
 struct ScriptLimits
 {
     std::size_t values = std::size_t{1} << 25;
     std::size_t bytes = std::size_t{1} << 30; ///< Of UTF-16 text, keys included.
     std::size_t depth = 2000;                 ///< Nested objects and lists; a flat object has 1.
-    /// Of the source, in UTF-16 code units. The engine ends the process above this.
+    /// Of the source, in UTF-16 code units. A longer source makes the engine end the process.
     qsizetype sourceLength = 2147483647;
 };
 
-/// How the process that runs a script came to its end.
+/// How a script host ended.
 struct HostEnding
 {
     enum class Cause {
-        Ended,       ///< With exit status `number`.
-        Signal,      ///< By signal `number`.
-        DeniedCall,  ///< By a system call that the sandbox kills for, the one of `deniedCalls` that
-                     ///< says so.
-        OutOfMemory, ///< It had taken all the memory that it may have.
-        Garbled,     ///< It was ended for sending what no host sends.
+        Ended,       ///< It exited with status `number`.
+        Signal,      ///< Signal `number` ended it.
+        DeniedCall,  ///< A killed system call ended it: the one of `deniedCalls` with `isKilled`.
+        OutOfMemory, ///< It reached its memory limit.
+        Garbled,     ///< It was killed because it sent malformed data.
     };
 
     Cause cause = Cause::Garbled;
     int number = 0;
     QList<DeniedCall> deniedCalls; ///< In the order in which each was first made.
-    QString engine;                ///< Name and version of the script engine; empty where unknown.
+    QString engine;                ///< Name and version of the script engine; empty when unknown.
 
     bool operator==(const HostEnding &) const = default;
 };
 
-/// Why a script gave no value.
+/// Why a script returned no value.
 struct ScriptError
 {
     enum class Code {
-        EngineUnavailable,   ///< The engine could not be set up.
+        EngineUnavailable,   ///< The engine could not be initialized.
         SourceTooLong,       ///< The engine cannot hold a source of this length.
-        Exception,           ///< The script threw, or is no valid program; `text` says what.
+        Exception,           ///< The script threw or is no valid program; `text` says what.
         ResultTooManyValues, ///< The completion value has too many parts.
         ResultTooLarge,      ///< The completion value has too much text.
         ResultTooDeep,       ///< The completion value is nested too deeply.
-        HostUnavailable,     ///< The process that runs scripts could not be started.
-        HostDied,            ///< That process ended before the script did; `ending` says how.
-        OutOfMemory,         ///< The script took all the memory that it may have.
-        Stopped,             ///< The person stopped the script.
+        HostUnavailable,     ///< The script host could not be started.
+        HostDied,            ///< The script host ended before the script did; `ending` says how.
+        OutOfMemory,         ///< The script reached its memory limit.
+        Stopped,             ///< The waiter stopped the script: the user did, or a deadline passed.
     };
 
     Code code = Code::Exception;
     QString text;           ///< The exception's string conversion; empty with every other code.
-    int line = 0;           ///< Of the source, 1-based, where the exception tells; otherwise 0.
+    int line = 0;           ///< Line of the source, 1-based; 0 when unknown.
     HostEnding ending = {}; ///< With `HostDied` and `OutOfMemory`; with `Stopped` its denied calls.
 
     bool operator==(const ScriptError &) const = default;
 };
 
-/// Takes the string of each `console.log`, while the script runs, on the thread that waits for it.
-/// Must not throw.
+/// Receives the string of each `console.log` while the script runs, on the thread that waits for
+/// the script. Must not throw.
 using ScriptLogSink = std::function<void(const QString &)>;
 
-/// The script's completion value; null also where that is undefined, or where the script threw a
-/// value that has no string conversion.
+/// The script's completion value, or why there is none. The value is also null when the completion
+/// value is undefined and when the script threw a value that has no string conversion.
 using ScriptOutcome = tl::expected<ScriptValue, ScriptError>;
 
-/// How the calling thread spends its time while a script runs elsewhere.
+/// Decides how the calling thread waits while a script runs in another process.
 class ScriptWaiter
 {
 public:
@@ -96,20 +95,20 @@ public:
     ScriptWaiter &operator=(const ScriptWaiter &) = delete;
     virtual ~ScriptWaiter() = default;
 
-    /// Called again and again, also while the script keeps its caller busy with lines of its log.
-    /// Returns once `descriptor` can be read from, or written to where `forWriting` is set; or
-    /// earlier, at any time.
+    /// Called repeatedly, even while the script's log keeps the caller busy. Returns when
+    /// `descriptor` is readable, or when it is writable and `forWriting` is set; may return earlier
+    /// at any time.
     /// \return false to stop the script.
     [[nodiscard]] virtual bool wait(int descriptor, bool forWriting) = 0;
 };
 
-/// Evaluates one script, once. May be called, and is best destroyed, on another thread than the one
-/// that made it. Returns when the script has ended, or with `Stopped` when the waiter says so;
-/// without a waiter (null) the thread blocks meanwhile.
+/// Evaluates one script. Call it once. It may be called on another thread than the one that created
+/// it, and is best destroyed there. Returns when the script has ended, or with `Stopped` when the
+/// waiter stops the script. Without a waiter (null) the thread blocks meanwhile.
 using ScriptJob =
     std::function<ScriptOutcome(ScriptRequest, const ScriptLogSink &, ScriptWaiter *)>;
 
-/// Gets ready for a script, on the main thread.
+/// Prepares for one script and returns its job. Call it on the main thread.
 using ScriptHost = std::function<ScriptJob()>;
 
 } // namespace penwick

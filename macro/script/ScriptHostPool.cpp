@@ -16,7 +16,7 @@ namespace penwick {
 
 namespace {
 
-// Milliseconds. Long enough to show what a macro did first.
+// Milliseconds. The delay lets the editor show what a macro did first.
 constexpr int kReplacementDelay = 200;
 constexpr int kReapInterval = 1000;
 
@@ -24,7 +24,8 @@ QString hostProgram()
 {
     const QString name = u"penwick-script-host"_s;
     const QDir folder = QFileInfo(QFileInfo(u"/proc/self/exe"_s).symLinkTarget()).dir();
-    // Where both were built, where they are installed, and for the tests, which stand elsewhere.
+    // The program's own folder, as in a build; the installation's folder for internal programs; and
+    // ../bin, for tests.
     QString path = folder.filePath(name);
     for (const QString &other : {QStringLiteral(PENWICK_HOST_FOLDER), u"../bin"_s}) {
         if (QFileInfo(path).isExecutable())
@@ -73,7 +74,7 @@ HostProcess::Settings ScriptHostPool::nextSettings() const
     return settings;
 }
 
-// It may have been killed meanwhile, or know a time zone that is the system's no more.
+// The spare may have been killed, or started with a time zone that is no longer the system's.
 bool ScriptHostPool::isSpareFit() const
 {
     return m_spare && m_spare->settings == nextSettings() &&
@@ -97,7 +98,7 @@ void ScriptHostPool::forgetEndedRuns()
     std::erase_if(m_running, [](const auto &connection) { return connection.expired(); });
 }
 
-// Keeps a spare, and leaves no process that has ended in the system's list.
+// Keeps a spare, and reaps hosts that have ended.
 void ScriptHostPool::tend()
 {
     prepare();
@@ -118,8 +119,8 @@ bool ScriptHostPool::prepare()
     return m_spare.has_value();
 }
 
-// A host that ends by the signal of denied calls without a report made the call on a thread that
-// had all signals blocked; its handler never ran. From then on the kernel answers refused calls.
+// A host that SIGSYS ended without a report made the call on a thread with all signals blocked,
+// where the handler cannot run. From then on, the kernel answers refused calls.
 void ScriptHostPool::learn(const HostEnding &ending, Experience &experience)
 {
     if (ending.cause == HostEnding::Cause::Signal && ending.number == SIGSYS)
@@ -175,9 +176,9 @@ ScriptJob ScriptHostPool::start()
 std::function<EngineTrial(ScriptWaiter *)> ScriptHostPool::startTrial()
 {
     HostProcess::Settings wanted = nextSettings();
-    // A small limit of the user's makes some steps fail, and nothing is wrong then.
-    constexpr std::uint64_t kEnough = std::uint64_t{1} << 30;
-    wanted.memory = std::max(wanted.memory, kEnough);
+    // With a small limit of the user's some steps fail although nothing is wrong.
+    constexpr std::uint64_t kTrialMemory = std::uint64_t{1} << 30;
+    wanted.memory = std::max(wanted.memory, kTrialMemory);
     auto process = HostProcess::start(wanted);
     if (!process) {
         return [](ScriptWaiter *) {
@@ -186,14 +187,14 @@ std::function<EngineTrial(ScriptWaiter *)> ScriptHostPool::startTrial()
             return trial;
         };
     }
-    constexpr int kLessPressing = 10; // With 19, a trial beside a long build would take minutes.
-    setpriority(PRIO_PROCESS, static_cast<id_t>(process->processId()), kLessPressing);
+    constexpr int kTrialNiceness = 10; // With 19, a trial beside a long build would take minutes.
+    setpriority(PRIO_PROCESS, static_cast<id_t>(process->processId()), kTrialNiceness);
     const auto host = std::make_shared<HostConnection>(std::move(*process));
     return [host, zone = wanted.timeZone, experience = m_experience](ScriptWaiter *waiter) {
         EngineTrial trial = tryEngine(*host, zone, waiter);
         if (trial.error)
             learn(trial.error->ending, *experience);
-        static_cast<void>(host->end()); // Waits for it, so that nobody else has to.
+        static_cast<void>(host->end()); // Reaps the host, so that the pool need not.
         return trial;
     };
 }

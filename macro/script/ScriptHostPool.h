@@ -13,57 +13,60 @@
 
 namespace penwick {
 
-/// Runs each script in a process of its own, and can keep one process ready for the next script.
-/// Use it from the main thread.
+/// Runs each script in a process of its own, and can keep a spare host for the next script. Use the
+/// pool from the main thread.
 class ScriptHostPool final
 {
 public:
-    /// \param settings asked before each start; without a time zone the process has the system's.
+    /// \param settings called before each start. An empty time zone stands for the system's, a
+    /// memory of 0 for the limit of `setMemory`.
     explicit ScriptHostPool(std::function<HostProcess::Settings()> settings);
     ~ScriptHostPool();
     ScriptHostPool(const ScriptHostPool &) = delete;
     ScriptHostPool &operator=(const ScriptHostPool &) = delete;
 
-    /// The one of this program: its host stands beside the program's executable, or in the folder
-    /// bin next to the folder that this stands in. Lives until the process ends.
+    /// The program's own pool. Its host executable is next to the program's, in the installation's
+    /// folder for internal programs, or, for tests, in the folder ../bin. Lives until the process
+    /// ends.
     [[nodiscard]] static ScriptHostPool &shared();
 
-    /// How much memory a script of the shared pool may take from the next start on, in bytes.
+    /// Sets how many bytes a script of the shared pool may allocate, from the next start on.
     void setMemory(std::uint64_t bytes) { m_memory = bytes; }
 
     /// 4 GiB or half of the machine's memory, whichever is less.
     [[nodiscard]] static std::uint64_t defaultMemory();
 
-    /// Starts a process now and after each run, in a later turn of the event loop. Off at first.
+    /// When true, starts a spare host now, and a new one shortly after each script has taken it.
+    /// When false, keeps a spare that is there but starts no more. False by default.
     void setKeepsSpare(bool keepsSpare);
 
-    /// Starts a process ahead unless one is waiting already, and gives back what earlier ones held.
-    /// \return false when there is none.
+    /// Starts a spare host unless a usable one is there. Also reaps hosts that were killed before.
+    /// \return false when there is no spare host.
     bool prepare();
 
-    /// Ends the process that waits, if one does.
+    /// Kills the spare host, if there is one.
     void discard();
 
-    /// The process that waits; -1 when there is none.
+    /// The process id of the spare host; -1 when there is none.
     [[nodiscard]] qint64 spareProcessId() const;
 
-    /// Which walls the host has, from the one that waits; starts it if need be. Waits for its
-    /// greeting up to `milliseconds`. Nothing where it does not come.
+    /// Returns the protection that the spare host reports. Starts a spare if needed, and waits for
+    /// the report for at most `milliseconds`. Nothing when there is no report.
     [[nodiscard]] std::optional<HostProtection> protection(int milliseconds);
 
-    /// What the next process is started with.
+    /// The settings of the next host to be started.
     [[nodiscard]] HostProcess::Settings nextSettings() const;
 
-    /// Starts a process of its own for a trial of the engine, one that leaves the processors to all
-    /// others. The job makes the trial: on any thread, once. Its error is `HostUnavailable` where
-    /// no process can be started.
+    /// Starts a separate host for a trial of the engine, at a low priority. The returned job runs
+    /// the trial; call it once, on any thread. Its error is `HostUnavailable` when no host could be
+    /// started.
     [[nodiscard]] std::function<EngineTrial(ScriptWaiter *)> startTrial();
 
-    /// A `ScriptHost`: takes the process that waits. Its job fails with `HostUnavailable` where
-    /// none can be started.
+    /// Takes the spare host for one script, or starts a host; the pool's `ScriptHost`. The returned
+    /// job fails with `HostUnavailable` when no host could be started.
     [[nodiscard]] ScriptJob start();
 
-    /// Starts a script and waits for its end.
+    /// Runs a script and waits until it has ended.
     [[nodiscard]] ScriptOutcome
     run(ScriptRequest request, const ScriptLogSink &log, ScriptWaiter *waiter);
 
@@ -74,7 +77,7 @@ private:
         HostConnection connection;
     };
 
-    /// What the runs, on their threads, find out for later starts.
+    /// What runs learn, on their threads, for later starts.
     struct Experience
     {
         std::atomic<bool> trapsAreFatal = false;
@@ -90,7 +93,7 @@ private:
     std::uint64_t m_memory = defaultMemory();
     std::optional<Spare> m_spare;
     std::vector<std::weak_ptr<HostConnection>> m_running;
-    std::unique_ptr<QTimer> m_replacement; // While a spare is to be kept.
+    std::unique_ptr<QTimer> m_replacement; // Set while a spare is kept.
     std::shared_ptr<Experience> m_experience = std::make_shared<Experience>();
 };
 

@@ -48,8 +48,8 @@ JSObjectRef property(JSContextRef context, JSObjectRef object, QStringView name)
     return JSValueToObject(context, value, nullptr);
 }
 
-// The function object of a class of ours carries the sink; the engine's own functions cannot carry
-// anything. With the prototype of functions it has `call`, `apply` and `bind` like any other.
+// An object of a custom class can carry the sink; the engine's own functions cannot carry data.
+// With the prototype of functions, it has `call`, `apply` and `bind` like any other function.
 JSObjectRef makeLogFunction(JSContextRef context, const ScriptLogSink &log)
 {
     JSClassDefinition definition = kJSClassDefinitionEmpty;
@@ -76,13 +76,14 @@ void installUserInput(JSContextRef context, const QString &userInput)
     setProperty(context, JSContextGetGlobalObject(context), u"userInput", value);
 }
 
-/// The line that the engine writes into each error it makes or sees thrown; 0 without one.
+/// The line that the engine stores in each error that it creates or sees thrown; 0 when there is
+/// none.
 int lineOf(JSContextRef context, JSValueRef thrown)
 {
     if (!JSValueIsObject(context, thrown))
         return 0;
     JSObjectRef error = JSValueToObject(context, thrown, nullptr);
-    // What the script evaluates in turn has lines of its own.
+    // Code that the script itself evaluates has line numbers of its own.
     JSValueRef place = JSObjectGetProperty(context, error, toJsString(u"sourceURL").get(), nullptr);
     if (place == nullptr || !JSValueIsString(context, place) ||
         stringConversion(context, place, nullptr) != QStringView(kSourceUrl))
@@ -94,8 +95,9 @@ int lineOf(JSContextRef context, JSValueRef thrown)
     return number >= 1 && number <= std::numeric_limits<int>::max() ? static_cast<int>(number) : 0;
 }
 
-// Some values have no string conversion, such as symbols; what the attempt throws says more to the
-// user than nothing. Where that has none either, the run counts as one that returned nothing.
+// Some values, such as symbols, have no string conversion; the exception of the attempt then tells
+// the user more than an empty text. When that has no conversion either, the script counts as one
+// that returned nothing.
 std::optional<ScriptError>
 takeException(JSContextRef context, JSValueRef thrown, ScriptValueSink &sink)
 {
@@ -119,7 +121,7 @@ void evaluateScript(const ScriptRequest &request,
     if (request.source.size() > limits.sourceLength)
         return sink.done(ScriptError{ScriptError::Code::SourceTooLong, {}});
 
-    const QString text = request.source.text(); // Lives longer than the engine.
+    const QString text = request.source.text(); // Must outlive the engine.
     const JsContextGroup group(JSContextGroupCreate());
     const JsGlobalContext context(group ? JSGlobalContextCreateInGroup(group.get(), nullptr)
                                         : nullptr);

@@ -8,28 +8,29 @@
 
 namespace penwick {
 
-/// Evaluates the script in an engine of its own, which is gone when this returns: nothing that a
-/// script defines is there in the next run. The script sees the language itself, `console.log` and
-/// `userInput`; no time limit holds, and scripts run on the calling thread.
+/// Evaluates the script on the calling thread, in an engine of its own that is destroyed before
+/// this returns: a script finds nothing that an earlier one defined. The script sees the language
+/// itself, `console.log` and `userInput`. There is no time limit.
 ///
 /// In the value, undefined is dropped from objects and becomes null in lists; a getter that throws
 /// counts as undefined; `toJSON` is not called. Typed arrays are empty objects.
 [[nodiscard]] ScriptOutcome
 runScript(const ScriptRequest &request, const ScriptLogSink &log, const ScriptLimits &limits = {});
 
-/// Name and version of the engine that scripts run in, for people: "WebKitGTK 2.50.6".
+/// Name and version of the script engine for display: "WebKitGTK 2.50.6".
 [[nodiscard]] QString engineName();
 
-/// Takes how a script ended while its engine is still there.
+/// Receives how a script ended, while its engine still exists.
 struct ScriptOutcomeSink
 {
     ScriptValueSink &value; ///< The script's completion value, part by part.
-    /// Called once, last. With an error there is no value, whatever came of it before.
+    /// Called once, last. With an error there is no value, whatever `value` received before.
     std::function<void(const std::optional<ScriptError> &)> done;
 };
 
-/// The same, but hands the outcome on as it is found, without making a tree of it: a script may
-/// return very much. To end the engine takes a while, too, then.
+/// Evaluates the script as `runScript` does, but passes the value on while it is converted, without
+/// a tree of it in memory: a script may return a very large value. Calls `sink.done` before the
+/// engine is destroyed, which also takes a while.
 void evaluateScript(const ScriptRequest &request,
                     const ScriptLogSink &log,
                     const ScriptLimits &limits,

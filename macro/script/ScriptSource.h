@@ -8,8 +8,8 @@
 
 namespace penwick {
 
-/// A program text: one that is there as a whole, or one that is made piece by piece when somebody
-/// takes it, so that a large one need not be in memory a second time.
+/// A program text that is either stored as a whole or produced in pieces when it is read, so that a
+/// large one need not be in memory a second time.
 class ScriptSource final
 {
 public:
@@ -25,7 +25,7 @@ public:
     }
 
     /// \param length of all pieces together, in UTF-16 code units.
-    /// \param write hands the pieces to the sink, in their order, the same ones at each call.
+    /// \param write passes the pieces to the sink, in order; must pass the same ones at each call.
     ScriptSource(qsizetype length, std::function<void(const Sink &)> write)
         : m_length(length)
         , m_write(std::move(write))
@@ -35,7 +35,7 @@ public:
     /// In UTF-16 code units.
     [[nodiscard]] qsizetype size() const { return m_length; }
 
-    /// Hands all of the text to the sink, in one piece or several.
+    /// Passes the whole text to the sink, in one or more pieces.
     void write(const Sink &sink) const
     {
         if (m_write)
@@ -44,7 +44,7 @@ public:
             sink(m_text);
     }
 
-    /// The whole; made at each call where it is not there.
+    /// Returns the whole text. Builds it at each call when it is not stored.
     [[nodiscard]] QString text() const
     {
         if (!m_write)
@@ -60,7 +60,7 @@ public:
 private:
     QString m_text;
     qsizetype m_length = 0;
-    std::function<void(const Sink &)> m_write; // Where the text is not there as a whole.
+    std::function<void(const Sink &)> m_write; // Null when the text is stored in m_text.
 };
 
 } // namespace penwick

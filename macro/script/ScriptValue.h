@@ -11,19 +11,19 @@ namespace penwick {
 
 struct ScriptMember;
 
-/// A value that came out of a script, free of the engine that made it: a tree of plain values.
+/// A value that a script returned, independent of the engine that made it: a tree of plain values.
 ///
 /// Strings hold no lone surrogates. Values without a plain form (symbols, big integers, dates, a
-/// reference back to an object that holds it) are kept as `Other`, so that they are never mistaken
-/// for null, for a number or for a missing value.
+/// reference back to an enclosing object) become `Other`, so that they are never mistaken for null,
+/// for a number or for a missing value.
 class ScriptValue final
 {
 public:
     using List = std::vector<ScriptValue>;
-    /// In the order that the script's object lists its keys.
+    /// In the order in which the script's object lists its keys.
     using Map = std::vector<ScriptMember>;
 
-    /// Null.
+    /// Constructs null.
     ScriptValue() noexcept = default;
     explicit ScriptValue(bool value);
     explicit ScriptValue(double value);
@@ -35,18 +35,18 @@ public:
     [[nodiscard]] bool isNull() const;
     [[nodiscard]] bool isOther() const;
 
-    // Each is null unless the value is of exactly that kind; the pointer lives as long as this.
+    // Each returns null unless the value is of exactly that kind. The pointer is valid as long as
+    // this.
     [[nodiscard]] const bool *boolean() const;
     [[nodiscard]] const double *number() const;
     [[nodiscard]] const QString *string() const;
     [[nodiscard]] const List *list() const;
     [[nodiscard]] const Map *map() const;
 
-    /// The number, where it is one that a signed 64-bit integer holds exactly (3.0 does, 1.5 and
-    /// true do not).
+    /// The number, if a signed 64-bit integer holds it exactly (3.0 does, 1.5 and true do not).
     [[nodiscard]] std::optional<qint64> integer() const;
 
-    /// The value of a map's key, or null when this is no map or lacks the key.
+    /// Returns the value of a map's key; null when this is not a map or lacks the key.
     [[nodiscard]] const ScriptValue *member(QStringView key) const;
 
     bool operator==(const ScriptValue &other) const;
@@ -74,7 +74,7 @@ struct ScriptMember
     bool operator==(const ScriptMember &) const = default;
 };
 
-/// A copy in which each lone surrogate is U+FFFD.
+/// Returns a copy with U+FFFD in place of each lone surrogate.
 [[nodiscard]] QString wellFormed(QStringView utf16);
 
 } // namespace penwick

@@ -6,8 +6,8 @@ namespace penwick {
 
 namespace {
 
-/// A list or map of which some parts are described. The open ones form a stack of their own, so
-/// that the depth of a value never becomes the depth of our calls.
+/// A list or map whose parts are being described. The open ones are on an explicit stack, so that a
+/// deeply nested value cannot overflow the call stack.
 struct Described
 {
     const ScriptValue::List *list;
@@ -17,8 +17,8 @@ struct Described
     [[nodiscard]] std::size_t size() const { return list != nullptr ? list->size() : map->size(); }
 };
 
-/// Describes a value without the parts of a list or map, which it begins.
-/// \return whether it is such a one.
+/// Describes a value; begins a list or map without describing its parts.
+/// \return true for a list or map.
 bool describeOne(const ScriptValue &value, ScriptValueSink &sink)
 {
     if (const bool *boolean = value.boolean())

@@ -6,9 +6,9 @@
 
 namespace penwick {
 
-/// Takes a value part by part, from the root down: a list or a map is begun, its parts follow, and
-/// it is ended. In a map each part follows its key. So a large value need not be in memory as a
-/// tree.
+/// Receives a value part by part, from the root down: a list or a map is begun, its parts follow,
+/// and it is ended. In a map, each part follows its key. So a large value need not be in memory as
+/// a tree.
 class ScriptValueSink
 {
 public:
@@ -25,14 +25,14 @@ public:
     virtual void beginList() = 0;
     virtual void beginMap() = 0;
     virtual void key(QStringView key) = 0;
-    /// Ends what was begun last.
+    /// Ends the innermost open list or map.
     virtual void end() = 0;
 };
 
-/// Hands the value to the sink.
+/// Passes the value to the sink.
 void describe(const ScriptValue &value, ScriptValueSink &sink);
 
-/// Makes a tree again of what it takes.
+/// Builds a tree from the parts that it receives.
 class ScriptValueBuilder final : public ScriptValueSink
 {
 public:
@@ -59,18 +59,17 @@ public:
 
     void end() override;
 
-    /// How many lists and maps are begun and not ended.
+    /// Number of open lists and maps.
     [[nodiscard]] std::size_t depth() const { return m_open.size(); }
 
-    /// Whether the innermost of them is a map; only where there is one.
+    /// True when the innermost open container is a map. Call this only while one is open.
     [[nodiscard]] bool isInMap() const { return m_open.back().isMap; }
 
-    /// What was built; null where nothing was.
+    /// Moves the built value out; null when nothing was built.
     [[nodiscard]] ScriptValue take() { return std::move(m_root); }
 
 private:
-    // The open ones form a stack of their own, so that the depth of a value never becomes the depth
-    // of our calls.
+    // An explicit stack, so that a deeply nested value cannot overflow the call stack.
     struct Container
     {
         bool isMap = false;

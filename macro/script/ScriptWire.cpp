@@ -6,10 +6,11 @@ namespace penwick {
 
 namespace {
 
-// A list ends with a tag, a map with no text where a key would be.
+// A list ends with `End`, a map with "no text" in place of a key.
 enum class Tag : quint8 { Null, False, True, Number, Text, List, Map, Other, End };
 
-// Changes with every message's form: after an update the host may be newer than a running editor.
+// Changes with the encoding of any message: after an update, the host may be newer than a running
+// editor.
 constexpr quint8 kProtocolVersion = 5;
 constexpr quint8 kMemoryLimit = 1;
 constexpr quint8 kSystemCallFilter = 2;
@@ -127,7 +128,7 @@ tl::expected<ScriptOutcome, WireError> decodeFailure(QByteArrayView payload,
     error.line = reader.get<qint32>();
     if (const auto wrong = reader.errorAtEnd())
         return tl::unexpected(*wrong);
-    // What becomes of the host is not for the host to say.
+    // The codes after this one are about the host itself, and only the editor sets them.
     if (code > static_cast<quint8>(ScriptError::Code::ResultTooDeep) || error.line < 0)
         return tl::unexpected(WireError::UnknownTag);
     if (!error.text.isValidUtf16())

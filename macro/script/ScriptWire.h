@@ -8,21 +8,21 @@
 
 namespace penwick {
 
-/// Which walls stand around the script host.
+/// Which protections are in force in a script host.
 struct HostProtection
 {
-    bool memoryLimit = false;      ///< It cannot take more memory than it may have.
-    bool systemCallFilter = false; ///< It makes no system call that reaches out of the process.
-    bool fileAccessRules = false;  ///< The kernel lets it open, make and remove no file.
+    bool memoryLimit = false;      ///< It cannot exceed its memory limit.
+    bool systemCallFilter = false; ///< It can make no system call that reaches out of the process.
+    bool fileAccessRules = false;  ///< The kernel lets it open, create and remove no file.
 
     bool operator==(const HostProtection &) const = default;
 };
 
-// Each `send` gives false where the sink refused. Each `decode` takes a message's payload, believes
-// none of it, and fails with what is wrong. `shared` takes and gives long texts, where it is not
-// null.
+// Each `send` returns false when the sink refused a frame. Each `decode` takes a message's payload,
+// trusts none of it and returns an error when it is malformed. `shared` transfers long texts; null
+// sends them in the message.
 
-/// \param name of the script engine and its version, at most some hundred units.
+/// \param name name and version of the script engine, at most 500 UTF-16 code units.
 [[nodiscard]] bool sendEngine(QStringView name, const ByteSink &sink);
 [[nodiscard]] tl::expected<QString, WireError> decodeEngine(QByteArrayView payload);
 
@@ -37,7 +37,7 @@ decodeRequest(QByteArrayView payload, const SharedTexts *shared = nullptr);
 [[nodiscard]] bool sendLog(QStringView line, const ByteSink &sink);
 [[nodiscard]] tl::expected<QString, WireError> decodeLog(QByteArrayView payload);
 
-/// Sends a `Value` as it is made, or a `Failure`.
+/// Sends a `Value` while it is being produced, or a `Failure`.
 class OutcomeSender final : public ScriptValueSink
 {
 public:
@@ -54,23 +54,23 @@ public:
     void key(QStringView key) override;
     void end() override;
 
-    /// The value is complete. Call this or `fail`, once.
+    /// Sends the rest of the value. Call this or `fail`, once.
     [[nodiscard]] bool finish();
-    /// There is no value; what was taken of one is void.
+    /// Sends the error in place of a value. The parts received so far are void.
     [[nodiscard]] bool fail(const ScriptError &error);
 
 private:
     const ByteSink &m_sink;
     SharedTexts *m_shared;
     FrameWriter m_writer;
-    std::vector<bool> m_isMap; // Of what is begun and not ended.
+    std::vector<bool> m_isMap; // One for each open list or map.
 };
 
 /// Sends a `Value` or a `Failure`.
 [[nodiscard]] bool
 sendOutcome(const ScriptOutcome &outcome, const ByteSink &sink, SharedTexts *shared = nullptr);
 /// \param message of kind `Value` or `Failure`.
-/// \param limits for the whole tree, in the way that the sender counts.
+/// \param limits for the whole tree, counted as the sender counts.
 [[nodiscard]] tl::expected<ScriptOutcome, WireError> decodeOutcome(
     const Message &message, const ScriptLimits &limits = {}, const SharedTexts *shared = nullptr);
 

@@ -9,11 +9,11 @@ namespace penwick {
 
 namespace {
 
-// Texts start where memory can be mapped, on every size of page there is.
+// Texts start at multiples of the largest page size, so that they can be mapped on every machine.
 constexpr qint64 kAlignment = qint64{1} << 16;
 constexpr qint64 kUnit = sizeof(char16_t);
 
-// The host's part comes first, so that a limit on the size of files holds it in its own.
+// The host's range comes first, so that a limit on the size of files keeps the host inside it.
 constexpr qint64 kEditorStart = SharedTexts::kHostRoom;
 constexpr qint64 kEditorEnd = kEditorStart + (qint64{1} << 34);
 
@@ -27,7 +27,7 @@ constexpr qint64 endOf(SharedTexts::Side side)
     return side == SharedTexts::Side::Host ? SharedTexts::kHostRoom : kEditorEnd;
 }
 
-constexpr SharedTexts::Side otherThan(SharedTexts::Side side)
+constexpr SharedTexts::Side otherSide(SharedTexts::Side side)
 {
     return side == SharedTexts::Side::Host ? SharedTexts::Side::Editor : SharedTexts::Side::Host;
 }
@@ -58,8 +58,8 @@ bool readAll(int descriptor, char *bytes, qint64 size, qint64 at)
     return true;
 }
 
-// Not by asking for its status, which the host's filter of system calls refuses. Nobody reads or
-// writes where the file's position is.
+// Seeks because the host's system call filter refuses the call with which the C library may read a
+// file's status. No read or write uses the file's position.
 qint64 sizeOf(int descriptor)
 {
     return std::max<qint64>(0, lseek(descriptor, 0, SEEK_END));
@@ -106,7 +106,7 @@ bool SharedTexts::write(QStringView text, qint64 at) const
         m_descriptor, reinterpret_cast<const char *>(text.utf16()), text.size() * kUnit, at);
 }
 
-// What was written up to `end` is a text.
+// Completes the text that was written up to `end` and returns its offset.
 std::optional<quint64> SharedTexts::keep(qint64 end)
 {
     const qint64 next = (end + kAlignment - 1) / kAlignment * kAlignment;
@@ -137,7 +137,7 @@ std::optional<quint64> SharedTexts::putSource(const ScriptSource &source)
 
 std::optional<QString> SharedTexts::get(quint64 start, qsizetype length) const
 {
-    const Side writer = otherThan(m_side);
+    const Side writer = otherSide(m_side);
     const qint64 end = m_descriptor < 0 ? 0 : std::min(sizeOf(m_descriptor), endOf(writer));
     if (start % kAlignment != 0 || start < static_cast<quint64>(startOf(writer)) ||
         start > static_cast<quint64>(end))

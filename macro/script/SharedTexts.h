@@ -9,25 +9,26 @@
 
 namespace penwick {
 
-/// Memory beside the connection of editor and host, for texts too long to be sent through it: each
-/// copy of a large document is felt. It is a file without a name, in which either side has a part
-/// of its own to write to; what holds there is sent through the connection. Neither side believes
-/// what it finds.
+/// Memory that the editor and the host share besides their connection, for texts that are too long
+/// to send: each copy of a large document takes noticeable time. It is an unnamed file in which
+/// each side writes to a range of its own. The positions of the texts are sent through the
+/// connection. Neither side trusts what it reads.
 ///
-/// The editor only reads from it and writes to it, so that nothing the host does to the file can
-/// reach the editor as a signal.
+/// The editor reads and writes the file but does not map it, so that no change of the host's to the
+/// file can raise a signal in the editor.
 class SharedTexts final
 {
 public:
     enum class Side { Editor, Host };
 
-    /// Texts from this length on, in UTF-16 code units, are worth the calls that they take here.
+    /// Minimum length of a text, in UTF-16 code units. Shorter texts are not worth the system
+    /// calls.
     static constexpr qsizetype kLeastLength = 32768;
-    /// How many bytes the host may write.
+    /// Size of the host's range, in bytes.
     static constexpr qint64 kHostRoom = qint64{1} << 30;
 
-    /// \param descriptor of a file that both sides have open; not owned. -1 for none: then nothing
-    ///        can be put here or found here.
+    /// \param descriptor of a file that both sides have open; not owned. -1 for none: then `put`
+    /// and `get` return nothing.
     SharedTexts(int descriptor, Side side);
     SharedTexts(SharedTexts &&) = default;
     SharedTexts &operator=(SharedTexts &&) = default;
@@ -35,15 +36,16 @@ public:
     SharedTexts &operator=(const SharedTexts &) = delete;
     ~SharedTexts() = default;
 
-    /// Leaves a text for the other side.
-    /// \return where it starts, in bytes; nothing where it is short, or cannot be left here.
+    /// Writes a text for the other side.
+    /// \return its offset in bytes; nothing when it is too short or cannot be written.
     [[nodiscard]] std::optional<quint64> put(QStringView text);
     [[nodiscard]] std::optional<quint64> putSource(const ScriptSource &source);
 
-    /// What the other side left. The editor gets a copy. The host gets the memory itself, which
-    /// stays where it is for as long as the process lives.
-    /// \param start in bytes. \param length in UTF-16 code units.
-    /// \return nothing where the other side cannot have left a text.
+    /// Returns a text that the other side wrote. The editor gets a copy. The host gets a view of
+    /// mapped memory, which stays mapped for as long as the process lives.
+    /// \param start in bytes.
+    /// \param length in UTF-16 code units.
+    /// \return nothing when there can be no text of the other side.
     [[nodiscard]] std::optional<QString> get(quint64 start, qsizetype length) const;
 
 private:
@@ -53,7 +55,7 @@ private:
 
     int m_descriptor;
     Side m_side;
-    qint64 m_end; // Where the next text goes.
+    qint64 m_end; // Offset of the next text, in bytes.
 };
 
 } // namespace penwick

@@ -15,14 +15,16 @@ StoppableWaiter::StoppableWaiter(QDeadlineTimer deadline)
 
 bool StoppableWaiter::wait(int descriptor, bool forWriting)
 {
-    // Milliseconds, where the system has no descriptor left for us.
-    constexpr qint64 kLookAgain = 20;
-    const qint64 rest = m_deadline.remainingTime(); // -1 where there is no deadline.
+    // Milliseconds between checks when the system had no descriptor for `m_wakeUp`.
+    constexpr qint64 kPollInterval = 20;
+    const qint64 rest = m_deadline.remainingTime(); // -1 without a deadline.
     std::array<pollfd, 2> waited{{{descriptor, POLLIN, 0}, {m_wakeUp.get(), POLLIN, 0}}};
     if (forWriting)
         waited[0].events |= POLLOUT;
     if (!m_isStopped)
-        poll(waited.data(), waited.size(), static_cast<int>(m_wakeUp.isOpen() ? rest : kLookAgain));
+        poll(waited.data(),
+             waited.size(),
+             static_cast<int>(m_wakeUp.isOpen() ? rest : kPollInterval));
     return !m_isStopped && !m_deadline.hasExpired();
 }
 

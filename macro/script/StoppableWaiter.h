@@ -9,17 +9,17 @@
 
 namespace penwick {
 
-/// Blocks the thread that waits for a script until there is something to do, or until another
-/// thread stops the script.
+/// Blocks the thread that waits for a script until the descriptor is ready, or until another thread
+/// stops the script.
 class StoppableWaiter final : public ScriptWaiter
 {
 public:
-    /// \param deadline stops the script, too.
+    /// \param deadline also stops the script.
     explicit StoppableWaiter(QDeadlineTimer deadline = QDeadlineTimer(QDeadlineTimer::Forever));
 
     [[nodiscard]] bool wait(int descriptor, bool forWriting) override;
 
-    /// From any thread; for good.
+    /// Stops the script permanently. Safe from any thread.
     void stop();
 
 private:

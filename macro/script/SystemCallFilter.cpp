@@ -33,7 +33,7 @@ std::uint32_t silentAction(const SystemCallDecision &decision)
     case Kind::Kill:
         break;
     }
-    return SCMP_ACT_TRAP; // The handler kills, once it has reported the call.
+    return SCMP_ACT_TRAP; // The handler reports the call, then ends the process.
 }
 
 std::uint32_t actionFor(const SystemCallDecision &decision, RefusedCalls refused)
@@ -48,7 +48,8 @@ scmp_arg_cmp equalBits(unsigned argument, std::uint64_t mask, std::uint64_t valu
     return {argument, SCMP_CMP_MASKED_EQ, mask, value & mask};
 }
 
-// The library has neither "or" nor "else": a condition becomes rules of which one holds.
+// The library has no "or" and no "else". A condition becomes several rules, and holds when one of
+// them does.
 std::vector<scmp_arg_cmp> differingBits(const ArgumentCondition &condition)
 {
     std::vector<scmp_arg_cmp> rules;
@@ -85,7 +86,7 @@ std::vector<scmp_arg_cmp> rulesWhereNot(const ArgumentCondition &condition)
     return {equalBits(condition.argument, condition.mask, condition.value)};
 }
 
-/// Adds rules to one filter and remembers whether all of them could be added.
+/// Adds rules to one filter and records whether all of them could be added.
 class Rules final
 {
 public:
@@ -119,8 +120,8 @@ public:
     void
     addAction(const char *name, std::uint32_t action, const std::vector<scmp_arg_cmp> &conditions)
     {
-        // What this release of the library does not know gets the answer of the unknown; what gets
-        // that answer needs no rule.
+        // A name that this release of the library does not know gets the filter's default, the
+        // action for unknown calls. An action that equals the default needs no rule.
         const int number = seccomp_syscall_resolve_name(name);
         if (number == __NR_SCMP_ERROR || action == actionFor(kUnknownSystemCall, m_refused))
             return;
@@ -161,9 +162,9 @@ Filter makeFilter(RefusedCalls refused, std::uint32_t architecture, std::int32_t
     Filter filter(seccomp_init(actionFor(kUnknownSystemCall, refused)));
     if (!filter || !selectArchitecture(filter.get(), architecture))
         return {};
-    // A call of another world than this machine's 64-bit one is an escape.
+    // A call through a table other than this machine's 64-bit one is an escape.
     seccomp_attr_set(filter.get(), SCMP_FLTATR_ACT_BADARCH, SCMP_ACT_TRAP);
-    // Threads that the engine started meanwhile are shut in as well.
+    // Applies the filter to the threads that the engine has already started, too.
     seccomp_attr_set(filter.get(), SCMP_FLTATR_CTL_TSYNC, 1);
     return addRules(filter.get(), refused, process) ? std::move(filter) : Filter();
 }

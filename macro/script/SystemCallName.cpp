@@ -13,8 +13,8 @@ namespace {
 
 using Resolve = char *(*)(std::uint32_t architecture, int number);
 
-// Loaded when it is needed, for something that should never happen: linked, the library would take
-// its time at each start of the editor.
+// Loaded on demand: denied calls should never occur, and linking the library would slow down each
+// start of the editor.
 Resolve loadResolver()
 {
     QLibrary library(u"seccomp"_s, 2);

@@ -6,8 +6,8 @@
 
 namespace penwick {
 
-/// For people: "socket (41)", or the number alone where the system's library does not know the
-/// call.
+/// Returns the call's name for display: "socket (41)", "32-bit 41" for a call of another table, or
+/// only the number when the system's library does not know the call.
 [[nodiscard]] QString systemCallName(const DeniedCall &call);
 
 } // namespace penwick

@@ -21,7 +21,7 @@ constexpr SystemCallDecision refuse(int error)
     return {Kind::Refuse, error};
 }
 
-// Filled by hand: releases of clang-format differ in how they fill lines.
+// Not formatted by clang-format, whose releases differ in how they fill lines.
 // clang-format off
 
 // The process's own memory. None of these makes memory executable.
@@ -32,7 +32,7 @@ constexpr const char *kMemory[] = {
     "arch_prctl", // Registers of the calling thread.
 };
 
-// The engine's compilers and its collector work on threads.
+// The engine's compilers and its garbage collector run on threads.
 constexpr const char *kThreads[] = {
     "exit", "exit_group", "futex", "futex_requeue", "futex_wait", "futex_waitv", "futex_wake",
     "getcpu", "getpriority", "gettid", "rseq", "sched_get_priority_max", "sched_get_priority_min",
@@ -48,14 +48,14 @@ constexpr const char *kClocks[] = {
     "times",
 };
 
-// How the process takes its own signals; the collector stops threads with them.
+// The process's handling of its own signals; the garbage collector stops threads with signals.
 constexpr const char *kOwnSignals[] = {
     "restart_syscall", "rt_sigpending", "rt_sigprocmask", "rt_sigreturn", "rt_sigsuspend",
     "rt_sigtimedwait", "sigaltstack", "signalfd", "signalfd4",
 };
 
-// Work on descriptors that are open, and new ones that lead nowhere else: a run loop of the
-// engine's needs events, timers and pipes to itself.
+// Operations on open descriptors, and new descriptors that lead nowhere else: a run loop of the
+// engine needs events, timers and pipes of its own.
 constexpr const char *kOpenDescriptors[] = {
     "close", "close_range", "dup", "dup2", "dup3", "epoll_create", "epoll_create1", "epoll_ctl",
     "epoll_pwait", "epoll_pwait2", "epoll_wait", "eventfd", "eventfd2", "fadvise64", "fdatasync",
@@ -64,17 +64,17 @@ constexpr const char *kOpenDescriptors[] = {
     "sync_file_range", "write", "writev",
 };
 
-// What a process may know of itself and of the machine without reading a file. Some answer about
-// other processes as well, of which they tell no more than group, session and priority. Waiting is
-// for children, and there are none.
+// What a process may know about itself and about the machine without reading a file. Some calls
+// also answer about other processes, but only with group, session and priority. The wait calls are
+// for children, and a host has none.
 constexpr const char *kOwnState[] = {
     "getegid", "geteuid", "getgid", "getgroups", "getpgid", "getpgrp", "getpid", "getppid",
     "getrandom", "getresgid", "getresuid", "getrlimit", "getrusage", "getsid", "getuid", "sysinfo",
     "umask", "uname", "wait4", "waitid",
 };
 
-// Files by name, and what belongs to a file rather than to its open descriptor. Dates look for time
-// zone files, libraries for their settings; both go on without.
+// Files by name, and operations on a file rather than on its open descriptor. Dates look for time
+// zone files, and libraries for their settings; both work without them.
 constexpr const char *kFiles[] = {
     "access", "chdir", "chmod", "chown", "copy_file_range", "creat", "faccessat", "faccessat2",
     "fallocate", "fchdir", "fchmod", "fchmodat", "fchmodat2", "fchown", "fchownat", "fgetxattr",
@@ -89,14 +89,15 @@ constexpr const char *kFiles[] = {
     "unlink", "unlinkat", "ustat", "utime", "utimensat", "utimes",
 };
 
-// Priority. The engine asks for some at each start and goes on without.
+// Priority. The engine tries some of these at each start and works without them.
 constexpr const char *kPriority[] = {
     "ioprio_set", "sched_setaffinity", "sched_setattr", "sched_setparam", "sched_setscheduler",
     "setpriority",
 };
 
 // Identity, limits and the state of the machine. The kernel gives most users the same answer; here
-// root gets it, too. Another identity would also undo that the process ends with its parent.
+// root gets it, too. A change of identity would also cancel the signal that ends the process with
+// its parent.
 constexpr const char *kPrivileges[] = {
     "acct", "adjtimex", "capget", "capset", "chroot", "clock_adjtime", "clock_settime",
     "fanotify_init", "fanotify_mark", "ioperm", "iopl", "ioprio_get",
@@ -106,9 +107,9 @@ constexpr const char *kPrivileges[] = {
     "setrlimit", "setsid", "settimeofday", "setuid", "swapoff", "swapon", "syslog", "vhangup",
 };
 
-// What a library can do without on an older kernel, or what the kernel itself no longer has. A file
-// in memory would not be counted by the limit on memory, queues and shared memory reach other
-// processes, and no script needs the rest of the kernel.
+// Calls that libraries do without on older kernels, and calls that the kernel no longer has. The
+// memory limit would not count a file in memory, queues and shared memory reach other processes,
+// and no script needs the others.
 constexpr const char *kAsOnOlderKernels[] = {
     "_sysctl", "afs_syscall", "cachestat", "epoll_ctl_old", "epoll_wait_old",
     "get_kernel_syms", "get_robust_list", "get_thread_area", "getpmsg", "io_cancel", "io_destroy",
@@ -122,26 +123,26 @@ constexpr const char *kAsOnOlderKernels[] = {
     "uprobe", "uretprobe", "uselib", "vmsplice", "vserver",
 };
 
-// The C library tries it for each thread, with all signals blocked: a trap would end the process
-// there. It goes on with clone.
+// The C library tries this call for each thread, with all signals blocked: a trap would end the
+// process there. It falls back to clone.
 constexpr const char *kThreadStart[] = {"clone3"};
 
-// Conversations with anything outside.
+// Communication with anything outside the process.
 constexpr const char *kSockets[] = {
     "accept", "accept4", "bind", "connect", "getpeername", "getsockname", "getsockopt", "listen",
     "recvfrom", "recvmmsg", "recvmsg", "sendmmsg", "sendmsg", "sendto", "setsockopt", "shutdown",
     "socket", "socketpair",
 };
 
-// New programs, new processes, and the insides of other processes.
+// New programs, new processes, and access to other processes.
 constexpr const char *kProcesses[] = {
     "execve", "execveat", "fork", "kcmp", "pidfd_getfd", "pidfd_open", "pidfd_send_signal",
     "process_madvise", "process_mrelease", "process_vm_readv", "process_vm_writev", "ptrace",
     "vfork",
-    "tkill", // Names a thread of any process.
+    "tkill", // Can signal a thread of any process.
 };
 
-// The kernel's own machinery: rings and programs that act in one's place, keys, file systems,
+// Kernel facilities: rings and programs that act on the process's behalf, keys, file systems,
 // namespaces, modules, counters.
 constexpr const char *kKernel[] = {
     "add_key", "bpf", "create_module", "delete_module", "finit_module", "fsconfig", "fsmount",
@@ -169,7 +170,7 @@ constexpr SystemCallGroup kGroups[] = {
     {kKill, kKernel},
 };
 
-constexpr std::uint64_t kInt = 0xffffffff; // The kernel takes no more of an int.
+constexpr std::uint64_t kInt = 0xffffffff; // The bits of an int; the kernel ignores the others.
 
 constexpr ArgumentCondition isInt(unsigned argument, std::uint64_t value)
 {
@@ -181,7 +182,7 @@ constexpr ArgumentCondition hasBits(unsigned argument, std::uint64_t mask, std::
     return {argument, ArgumentCondition::Test::BitsEqual, bits, mask};
 }
 
-constexpr std::uint64_t kSignalNumbers = 0x7f; // The bits that those of signals have.
+constexpr std::uint64_t kSignalNumbers = 0x7f; // The bits of a signal number.
 constexpr std::uint64_t kThread = CLONE_THREAD | CLONE_VM;
 constexpr std::uint64_t kNamespaces = CLONE_NEWCGROUP | CLONE_NEWIPC | CLONE_NEWNET | CLONE_NEWNS |
                                       CLONE_NEWPID | CLONE_NEWUSER | CLONE_NEWUTS;
@@ -198,36 +199,37 @@ std::vector<ConditionalSystemCall> conditionalSystemCalls(std::int32_t process)
     const ArgumentCondition isOwn{
         0, ArgumentCondition::Test::Equal, static_cast<std::uint64_t>(process)};
     return {
-        // A thread, but no process and no namespace. The flags of the newer call, clone3, stand
-        // behind a pointer, which no filter follows; the C library takes this one without it.
+        // A thread, but no process and no namespace. The newer call, clone3, has its flags behind a
+        // pointer, which no filter can follow; the C library falls back to this one.
         {"clone", hasBits(0, kThread | kNamespaces, kThread), kKill},
-        // No new code comes in: the engine reserves the memory for what it compiles as it starts.
+        // No new executable memory: the engine reserves the memory for compiled code when it
+        // starts.
         {"mmap", hasBits(2, PROT_EXEC, 0), kKill},
         {"mprotect", hasBits(2, PROT_EXEC, 0), kKill},
         {"pkey_mprotect", hasBits(2, PROT_EXEC, 0), kKill},
-        // Asking is harmless; one of the values makes all readable memory executable.
+        // Reading is harmless; one of the values makes all readable memory executable.
         {"personality", {0, ArgumentCondition::Test::Equal, kInt}, kKill},
-        // Signals to this process alone.
+        // Signals to this process only.
         {"kill", isOwn, kKill},
         {"tgkill", isOwn, kKill},
         {"rt_sigqueueinfo", isOwn, kKill},
         {"rt_tgsigqueueinfo", isOwn, kKill},
-        // The handler of this one reports which call was denied.
+        // Not for SIGSYS, whose handler reports which call was denied.
         {"rt_sigaction", {0, ArgumentCondition::Test::BitsDiffer, SIGSYS, kSignalNumbers}},
-        // Names of threads and of memory, and how exact timers are.
+        // Names of threads and of memory, and the precision of timers.
         {"prctl", isInt(0, PR_SET_NAME)},
         {"prctl", isInt(0, PR_GET_NAME)},
         {"prctl", isInt(0, PR_SET_VMA)},
         {"prctl", isInt(0, PR_SET_TIMERSLACK)},
         {"prctl", isInt(0, PR_GET_TIMERSLACK)},
-        // Copies and flags of open descriptors, but not to whom they send signals.
+        // Copies and flags of open descriptors, but not the receiver of their signals.
         {"fcntl", isInt(1, F_DUPFD)},
         {"fcntl", isInt(1, F_DUPFD_CLOEXEC)},
         {"fcntl", isInt(1, F_GETFD)},
         {"fcntl", isInt(1, F_SETFD)},
         {"fcntl", isInt(1, F_GETFL)},
         {"fcntl", isInt(1, F_SETFL)},
-        // The same by another name, and how much there is to read.
+        // The same operations under other names, and the number of bytes to read.
         {"ioctl", isInt(1, FIONBIO)},
         {"ioctl", isInt(1, FIONREAD)},
         {"ioctl", isInt(1, FIOCLEX)},

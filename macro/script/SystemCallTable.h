@@ -42,14 +42,14 @@ struct ArgumentCondition
 {
     enum class Test : std::uint8_t {
         Equal,      ///< The whole argument equals `value`.
-        BitsEqual,  ///< Those of `mask` equal those of `value`.
+        BitsEqual,  ///< The bits of `mask` equal those of `value`.
         BitsDiffer, ///< At least one bit of `mask` differs from that of `value`.
     };
 
     unsigned argument = 0; ///< From 0.
     Test test = Test::Equal;
     std::uint64_t value = 0;
-    std::uint64_t mask = ~std::uint64_t{0}; ///< Of no meaning for `Equal`.
+    std::uint64_t mask = ~std::uint64_t{0}; ///< Not used by `Equal`.
 };
 
 /// A call that is allowed with some arguments only.
@@ -62,12 +62,12 @@ struct ConditionalSystemCall
 };
 
 /// Every call in the kernel's tables for x86-64 and arm64 is in exactly one of the groups or among
-/// the conditional calls. A call that one of the two lacks is in the list of the other.
+/// the conditional calls, also when only one of the two tables has it.
 [[nodiscard]] std::span<const SystemCallGroup> systemCallGroups();
 
-/// Rows of one name are alternatives, all of them refused otherwise. A call that is killed
-/// otherwise has one row and one condition. \param process the id of the process that the sandbox
-/// is for.
+/// Several rows with one name are alternatives: a call that matches none of them is refused. A call
+/// that is killed otherwise has one row and one condition.
+/// \param process the id of the process that the sandbox is for.
 [[nodiscard]] std::vector<ConditionalSystemCall> conditionalSystemCalls(std::int32_t process);
 
 } // namespace penwick

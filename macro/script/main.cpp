@@ -17,7 +17,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int kNotForPeople = 2;
+constexpr int kNotForDirectUse = 2;
 
 int showHelp()
 {
@@ -30,18 +30,17 @@ int showHelp()
     return 0;
 }
 
-// What the engine loads and reserves when it is first used, it cannot load and reserve later on.
-// The data of languages is linked in and needs no bringing up, which would take as long as all the
-// rest.
-void bringEngineUp()
+// What the engine loads and reserves on first use, it cannot load and reserve in the sandbox.
+// Locale data is linked in and needs no initialization, which would take as long as all the rest.
+void initializeEngine()
 {
     const auto outcome =
         penwick::runScript({u"new Date(0).toString() + /\\p{L}/u.test('a')"_s, std::nullopt}, {});
     static_cast<void>(outcome);
 }
 
-// Where the C library starts threads with calls that the sandbox answers by ending the process, it
-// is to end now, before it was trusted with a script.
+// If the C library starts threads with calls for which the sandbox ends the process, that must
+// happen here, before the host receives a script.
 void startThread()
 {
     pthread_t thread{};
@@ -52,13 +51,14 @@ void startThread()
 
 int serve(penwick::HostChannel &channel, std::size_t memory, penwick::RefusedCalls refused)
 {
-    // A text too long for a limit that the user has set is then sent through the connection.
+    // A write beyond a file size limit of the user's fails instead of ending the process; the text
+    // is then sent through the connection.
     std::signal(SIGXFSZ, SIG_IGN);
     penwick::prepareHostProcess(penwick::kHostDeniedCalls);
     std::setlocale(LC_ALL, "");
     if (!penwick::sendEngine(penwick::engineName(), channel.sink()))
         return EXIT_FAILURE;
-    bringEngineUp();
+    initializeEngine();
     const penwick::HostProtection protection = penwick::confineProcess(memory, refused);
     startThread();
     if (!penwick::sendReady(protection, channel.sink()))
@@ -66,15 +66,15 @@ int serve(penwick::HostChannel &channel, std::size_t memory, penwick::RefusedCal
     penwick::takeLargePages();
     const auto request = channel.receiveRequest();
     if (!request)
-        return EXIT_SUCCESS; // The editor needs no script to be run any more.
+        return EXIT_SUCCESS; // The editor has no script to run.
     const auto log = [&channel](const QString &line) {
-        // Where nobody listens any more, there is nobody to run a script for.
+        // The editor is gone, so the script is no longer needed.
         if (!penwick::sendLog(line, channel.sink()))
             _exit(EXIT_FAILURE);
     };
     penwick::OutcomeSender sender = channel.outcomeSender();
     const auto end = [&sender](const std::optional<penwick::ScriptError> &error) {
-        // Without taking the engine apart: memory goes back to the system faster.
+        // Does not destroy the engine: the kernel releases its memory faster.
         _exit((error ? sender.fail(*error) : sender.finish()) ? EXIT_SUCCESS : EXIT_FAILURE);
     };
     penwick::evaluateScript(*request, log, {}, {sender, end});
@@ -88,13 +88,13 @@ int main(int argc, char *argv[])
     if (argc == 2 && std::strcmp(argv[1], "--help") == 0)
         return showHelp();
     if (argc != 4)
-        return kNotForPeople;
+        return kNotForDirectUse;
     penwick::HostChannel channel(std::atoi(argv[2]));
     if (!channel.isConnected())
-        return kNotForPeople;
+        return kNotForDirectUse;
     const auto refused = std::strcmp(argv[3], "silent") == 0 ? penwick::RefusedCalls::Silent
                                                              : penwick::RefusedCalls::Reported;
     const int status = serve(channel, std::strtoull(argv[1], nullptr, 10), refused);
-    // Without the destructors of what libraries hold: memory goes back to the system faster.
+    // Does not run the libraries' destructors: the kernel releases their memory faster.
     _exit(status);
 }

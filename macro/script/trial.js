@@ -1,11 +1,12 @@
-// Makes the engine use what macros can make it use, while the sandbox stands around it. A sandbox that
-// denies it something shows here, before a macro of the user's meets it.
+// Exercises the parts of the engine that macros can reach, inside the sandbox. This reveals what the
+// sandbox denies the engine before a user's macro fails on it.
 //
 // userInput: minutes that local time is behind UTC on 2010-01-15 and 2010-07-15 at 12:00 UTC, as
-// "january,july", or nothing where the caller cannot tell. A global onlyStep names the one step to make.
+// "january,july"; missing when the caller cannot predict them. The global onlyStep, if set, is the name
+// of the only step to run.
 //
-// Logs the name of each step as it begins. The completion value lists the steps that gave something
-// wrong or threw: "name: what happened".
+// Logs the name of each step when it begins. The completion value lists the steps that did not return
+// true or that threw: "name: what happened".
 
 (function () {
     'use strict';
@@ -32,7 +33,7 @@
         return found === 200000 && 'a-b-c'.replace(/-/g, '+') === 'a+b+c';
     });
 
-    // Look-behind and long back references are left to the engine's interpreter.
+    // The engine runs look-behind and long back references in its interpreter.
     step('regular expressions, interpreted', function () {
         return 'price: 300'.match(/(?<=price: )\d+/)[0] === '300' &&
             /(?<word>[a-zé]+) \k<word>/iu.test('Été été') && /^(a|ab)(c|bcd)(d*)\1?$/i.test('abcd');
@@ -71,7 +72,7 @@
         RelativeTimeFormat: (service) => service.format(-1, 'day').length > 0,
         Segmenter: (service) => Array.from(service.segment('今日は')).length > 0,
     };
-    // Whatever services this engine has, those of later versions too.
+    // Every service that this engine has, including those of later versions.
     for (const name of Object.getOwnPropertyNames(Intl)) {
         if (typeof Intl[name] === 'function' && Intl[name].prototype !== undefined)
             step('Intl.' + name, function () {
@@ -86,7 +87,7 @@
             '①'.normalize('NFKC') === '1';
     });
 
-    // They settle after the last line; the list that this script gives is read after that.
+    // Promises settle after the script's last line; the caller reads the completion value after that.
     step('promises', function () {
         const unsettled = 'promises: did not settle';
         failures.push(unsettled);
@@ -140,7 +141,7 @@
         return true;
     });
 
-    // Waits by the clock, and starts the engine's timers where it has some of its own.
+    // Waits with a timeout, and starts the engine's own timers if it has any.
     step('timers', function () {
         const buffer = typeof SharedArrayBuffer === 'function'
             ? new SharedArrayBuffer(8)

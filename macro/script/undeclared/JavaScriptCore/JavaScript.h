@@ -1,8 +1,8 @@
 #pragma once
 
-// The engine's C interface as far as it is used here, for the library javascriptcoregtk-6.0: that
-// one has all of it, like the others, but comes without these headers. Where the engine's own
-// headers are installed they are taken instead.
+// The part of the engine's C interface that is used here, for the library javascriptcoregtk-6.0: it
+// exports the whole interface but comes without these headers. Where the engine's own headers are
+// installed, they are used instead.
 
 #include <cstddef>
 
@@ -41,7 +41,7 @@ using JSObjectCallAsFunctionCallback = JSValueRef (*)(JSContextRef context,
                                                       const JSValueRef arguments[],
                                                       JSValueRef *exception);
 
-// The parts that are not used are pointers of any kind.
+// Members that are not used are declared as pointers of any type.
 struct JSClassDefinition
 {
     int version;
