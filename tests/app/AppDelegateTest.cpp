@@ -12,7 +12,7 @@
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
-/// The application from its launch to its end, its windows and its menus.
+/// Tests of the application from launch to quit, its windows and its menus.
 class AppDelegateTest final : public QObject, private test::AppDelegateTestBase
 {
     Q_OBJECT
@@ -43,13 +43,13 @@ private Q_SLOTS:
     void menus_actOnTheTabInFront();
     void menus_ofAWindowPulledOut_areThere();
     void about_chosen_showsNameVersionAndDescription();
-    // Last, for no event loop runs in a process that was told to quit.
+    // Must be the last: after quit() no event loop runs in the process any more.
     void quit_withUnsavedMacroAndWindow_asksForBoth();
 };
 
 void AppDelegateTest::initTestCase()
 {
-    // Read once, when the shared stores are made by the first launch.
+    // The first launch creates the shared stores, which read these files once.
     m_home.write(u"data/penwick/macros.json"_s, "[ this is not JSON");
     m_home.write(u"data/penwick/ui-wording-profiles/broken.json"_s, "{");
     m_home.write(u"config/penwick/penwick.conf"_s, "activeUIWordingProfileId=gone\n");
@@ -138,7 +138,8 @@ void AppDelegateTest::macroListChange_refillsTheMacroMenu()
     added.isEnabled = true;
     added.name = u"R&D"_s;
     MacroManager::shared().addMacro(added);
-    QVERIFY(macroItem(u"added"_s) == nullptr); // In a later turn.
+    QVERIFY(macroItem(u"added"_s) == nullptr); // The menu is updated in a later turn of the event
+                                               // loop.
     QCoreApplication::processEvents();
     QVERIFY(macroItem(u"added"_s) != nullptr);
     QCOMPARE(macroItem(u"added"_s)->text(), u"R&&D"_s);
@@ -210,14 +211,14 @@ void AppDelegateTest::lastActiveEditor_followsTheTabInFront()
     controller()->window()->stepTab(1);
     QCOMPARE(m_app->lastActiveEditorWindowController().get(), controller(0));
     QCOMPARE(m_app->targetEditor().get(), controller(0));
-    // Of another window, which nobody is in.
+    // A tab change in an inactive window does not count.
     m_app->documentController().newDocument(DocumentController::Placement::NewWindow);
     QTRY_COMPARE(m_app->lastActiveEditorWindowController().get(), controller(2));
     controller()->window()->stepTab(1);
     QCOMPARE(m_app->lastActiveEditorWindowController().get(), controller(2));
 }
 
-// As from an assistive program.
+// An assistive program can do this.
 void AppDelegateTest::lastActiveEditor_tabChangedBehindAManager_followsIt()
 {
     launch({m_home.write(u"a.txt"_s, "A  "), m_home.write(u"b.txt"_s, "B  ")});
@@ -239,7 +240,7 @@ void AppDelegateTest::lastActiveEditor_survivesItsTab()
     m_app->showProfileManager();
     QVERIFY(QTest::qWaitForWindowActive(m_app->profileManagerWindowController()->window()));
     const auto closed = m_app->documentController().windowControllers().at(1);
-    // The tab that takes its place in front takes it as the target too.
+    // The tab that comes to the front becomes the target too.
     m_app->documentController().closeDocument(closed.get());
     QCOMPARE(m_app->targetEditor().get(), controller(0));
     m_app->profileManagerWindowController()->window()->close();
@@ -262,7 +263,7 @@ void AppDelegateTest::menus_actOnTheTabInFront()
     item(4)->trigger();                  // Save.
     QCOMPARE(m_home.read(u"a.txt"_s), QByteArray("A2"));
     QCOMPARE(m_home.read(u"b.txt"_s), QByteArray("B"));
-    item(3)->trigger(); // Close: the tab alone.
+    item(3)->trigger(); // Close closes only the tab.
     QCOMPARE(m_app->documentController().windowControllers().size(), 1);
     QCOMPARE(text(0), u"B2"_s);
     QVERIFY(controller()->window()->isVisible());

@@ -16,10 +16,10 @@
 
 namespace penwick::test {
 
-/// What the tests of the whole application share: all of it but its event loop, over a home folder
-/// of their own. A test object derives from it, and calls begin() and end() in init() and
-/// cleanup(). The stores are the process's shared ones, as in the program, so its test functions
-/// build on each other's home. An `index` counts the tabs of all windows from 0, oldest first.
+/// Base of the tests of the whole application: everything except its event loop, over a home folder
+/// of the test's own. A test object derives from it, and calls begin() in init() and end() in
+/// cleanup(). The stores are the process-wide ones, as in the program, so all test functions of an
+/// object share one home. An `index` counts the tabs of all windows from 0, oldest first.
 class AppDelegateTestBase
 {
 protected:
@@ -37,7 +37,7 @@ protected:
         profiles.applyProfile(profiles.profiles().first());
     }
 
-    /// As the program starts that is given these files.
+    /// Starts the application as with these files on the command line.
     void launch(const QStringList &files = {})
     {
         OpenRequest request;
@@ -57,7 +57,7 @@ protected:
         return controller(index)->window()->menuBar()->actions().at(bar)->menu();
     }
 
-    /// The item of a macro in the menu of a window; null when there is none.
+    /// The item of a macro in the macro menu of a window; null when there is none.
     [[nodiscard]] QAction *macroItem(const QString &id, int index = 0) const
     {
         for (QAction *action : macroMenu(controller(index)->window())->actions()) {
@@ -68,7 +68,7 @@ protected:
         return nullptr;
     }
 
-    /// As one edit, with everything that follows from it.
+    /// Replaces the whole text in one edit, and processes the resulting events.
     void setText(const QString &text, int index = 0) const
     {
         replaceWholeText(controller(index)->textView(), Text(text));
@@ -80,7 +80,7 @@ protected:
         return controller(index)->textView()->string().toString();
     }
 
-    /// In the status bar, after everything that is queued.
+    /// The message in the status bar, after all queued events.
     [[nodiscard]] QString message(int index = 0) const
     {
         QCoreApplication::processEvents();

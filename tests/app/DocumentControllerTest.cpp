@@ -11,7 +11,7 @@
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
-/// Documents and their windows, from the first title to the last question.
+/// Tests of documents and their windows, from the first title to the last question.
 class DocumentControllerTest final : public QObject, private test::DocumentsTestBase
 {
     Q_OBJECT
@@ -148,7 +148,7 @@ void DocumentControllerTest::close_saveFails_staysOpen()
     type(u"x"_s);
     QVERIFY(QDir(m_home->file(u"folder"_s)).removeRecursively());
     test::answerModal([](QWidget *modal) {
-        test::clickInModal(u"OK"_s); // The failure's message comes next.
+        test::clickInModal(u"OK"_s); // For the message about the failure.
         test::buttonNamed(modal, u"保存"_s)->click();
     });
     QVERIFY(!window(0)->close());
@@ -183,7 +183,8 @@ void DocumentControllerTest::closeAll_agreed_closesEveryWindow()
     QVERIFY(!other.isVisible());
 }
 
-// The session's end does not wait for the answer to a question that is open already.
+// Closing all documents at the end of the session must not wait for a question that is already
+// open.
 void DocumentControllerTest::closeAll_whileAQuestionIsOpen_closesNothing()
 {
     m_documents->openFile(m_home->write(u"a.txt"_s, "abc"));

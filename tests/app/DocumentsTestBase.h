@@ -14,8 +14,8 @@
 
 namespace penwick::test {
 
-/// What the tests of open documents share: a home folder, the documents, and a person's hand on
-/// them. A test object derives from it, and calls begin() and end() in init() and cleanup(). An
+/// Base of the tests of open documents: a home folder, the documents, and helpers that act as the
+/// user. A test object derives from it, and calls begin() in init() and end() in cleanup(). An
 /// `index` counts the tabs of all windows from 0, oldest first.
 class DocumentsTestBase
 {

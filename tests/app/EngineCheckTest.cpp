@@ -39,7 +39,7 @@ void EngineCheckTest::check_withoutHost_ends()
     QCOMPARE(check.trial().error->code, ScriptError::Code::HostUnavailable);
 }
 
-// Its process is gone by then.
+// Destroying the check kills the trial's process and emits no signal.
 void EngineCheckTest::check_destroyedMeanwhile_leavesTheTrial()
 {
     auto check = std::make_unique<EngineCheck>(ScriptHostPool::shared());

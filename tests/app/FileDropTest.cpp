@@ -17,7 +17,7 @@
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
-/// Files let fall on a window with everything that an editor window has.
+/// Tests of dropping files on a window with all parts of an editor window.
 class FileDropTest final : public QObject
 {
     Q_OBJECT
@@ -36,8 +36,8 @@ private Q_SLOTS:
     void files_besideAnothersQuestion_areOpened();
 
 private:
-    /// What a drag does that ends over `target`: true when it was taken. `action` is the one it
-    /// had.
+    /// Sends the events of a drag that ends over `target`. True when the drop was accepted;
+    /// `m_action` is then its action.
     bool drop(QWidget *target, const QMimeData &mime, Qt::DropActions possible = Qt::CopyAction);
 
     TextStorage m_storage;
@@ -91,7 +91,7 @@ void FileDropTest::cleanup()
 
 bool FileDropTest::drop(QWidget *target, const QMimeData &mime, Qt::DropActions possible)
 {
-    // The one that the toolkit picks: the next that takes drops at all.
+    // The toolkit delivers a drop to the nearest ancestor that accepts drops.
     while (!target->acceptDrops() && !target->isWindow())
         target = target->parentWidget();
     const QPoint point = target->rect().center();

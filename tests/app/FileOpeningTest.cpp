@@ -15,7 +15,7 @@
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
-/// Opening files into windows, and what is said where that fails.
+/// Tests of opening files into windows, and of the messages for failures.
 class FileOpeningTest final : public QObject, private test::DocumentsTestBase
 {
     Q_OBJECT
@@ -71,7 +71,7 @@ void FileOpeningTest::openFile_pristineWindow_isReused()
     QCOMPARE(window(0), before);
     QCOMPARE(text(0), u"abc"_s);
     QCOMPARE(window(0)->windowTitle(), u"a.txt[*] — penwick"_s);
-    // The window is a full one: what is typed and saved goes to the file.
+    // The window is fully functional: typing and saving change the file.
     type(u"x"_s);
     QVERIFY(window(0)->isWindowModified());
     QVERIFY(m_documents->saveDocument(controller(0)));
@@ -82,7 +82,7 @@ void FileOpeningTest::openFile_editedUntitled_keepsItsWindow()
 {
     m_documents->newDocument();
     type(u"x"_s);
-    view(0)->undo(); // Unedited again, yet there is something to redo.
+    view(0)->undo(); // Unedited again, but with a step to redo.
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
     QCOMPARE(m_documents->windowControllers().size(), 2);
 }
@@ -128,7 +128,7 @@ void FileOpeningTest::openFileOrNew_missing_isSavedToThatPath()
     QCOMPARE(m_home->read(u"new.txt"_s), QByteArray("hi"));
 }
 
-// A name of other bytes than UTF-8 arrives with replacement characters, which lead nowhere.
+// A name that is not valid UTF-8 arrives with replacement characters and matches no file.
 void FileOpeningTest::openFileOrNew_nameThatIsNoText_saysSo()
 {
     const QByteArray name = QFile::encodeName(m_home->path()) + "/\x93\xFA.txt";
@@ -140,7 +140,7 @@ void FileOpeningTest::openFileOrNew_nameThatIsNoText_saysSo()
     QVERIFY(!m_documents->openFileOrNew(QFile::decodeName(name)));
     QCOMPARE(message, u"ファイルを開けませんでした"_s);
     QVERIFY(!m_documents->hasDocuments());
-    QCOMPARE(::unlink(name.constData()), 0); // The temporary folder could not remove it.
+    QCOMPARE(::unlink(name.constData()), 0); // QTemporaryDir cannot remove a file of this name.
 }
 
 void FileOpeningTest::openFileOrNew_missingThroughALink_isOneDocument()

@@ -11,7 +11,7 @@
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
-/// Saving documents to their files and to others, and what is asked before.
+/// Tests of saving documents to their own and to other files, and of the questions before.
 class FileSavingTest final : public QObject, private test::DocumentsTestBase
 {
     Q_OBJECT
@@ -38,7 +38,7 @@ private Q_SLOTS:
     void save_fileChangedOnDisk_asksFirst();
 
 private:
-    /// Types a path into the next file dialog and accepts it, replacing what is there.
+    /// Types a path into the next file dialog, accepts it and confirms the replacement of a file.
     static void answerFileDialogReplacing(const QString &path);
 
     WordingTranslator m_translator;
@@ -61,7 +61,7 @@ void FileSavingTest::save_file_writesWhatWasTypedLast()
 {
     m_documents->openFile(m_home->write(u"a.txt"_s, "abc\r\n"));
     type(u"x"_s);
-    QVERIFY(m_documents->saveDocument(controller(0))); // In the same turn as the key.
+    QVERIFY(m_documents->saveDocument(controller(0))); // Before the edit is processed further.
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("xabc\r\n"));
     QVERIFY(!window(0)->isWindowModified());
 }
@@ -124,7 +124,7 @@ void FileSavingTest::saveAs_fileOfAnotherWindow_isRefused()
         auto *dialog = qobject_cast<QFileDialog *>(modal);
         test::clickInModal(u"はい"_s);
         test::acceptFileName(dialog, path);
-        test::clickInModal(u"OK"_s); // The refusal.
+        test::clickInModal(u"OK"_s); // The message that refuses the name.
     });
     QVERIFY(!m_documents->saveDocumentAs(controller(1)));
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("abc"));
@@ -151,7 +151,7 @@ void FileSavingTest::save_fileBecameAFolder_saysSoAndKeepsEverything()
     m_documents->openFile(path);
     type(u"x"_s);
     QVERIFY(QFile::remove(path) && QDir().mkdir(path));
-    test::clickInModal(u"OK"_s); // Nothing that could be overwritten is there.
+    test::clickInModal(u"OK"_s); // Saving onto a folder fails without a question.
     QVERIFY(!m_documents->saveDocument(controller(0)));
     QVERIFY(QFileInfo(path).isDir());
     QVERIFY(window(0)->isWindowModified());
@@ -167,7 +167,7 @@ void FileSavingTest::save_throughALink_keepsTheLink()
     m_documents->openFile(link);
     QCOMPARE(window(0)->windowTitle(), u"link.txt[*] — penwick"_s);
     type(u"x"_s);
-    QVERIFY(QFile::remove(m_home->file(u"folder/target.txt"_s))); // Now it leads nowhere.
+    QVERIFY(QFile::remove(m_home->file(u"folder/target.txt"_s))); // Now the link is dangling.
     QVERIFY(m_documents->saveDocument(controller(0)));
     QVERIFY(QFileInfo(link).isSymLink());
     QCOMPARE(m_home->read(u"folder/target.txt"_s), QByteArray("xabc"));
@@ -178,7 +178,7 @@ void FileSavingTest::saveAs_ontoItself_savesInPlace()
     const QString path = m_home->write(u"a.txt"_s, "abc");
     m_documents->openFile(path);
     type(u"x"_s);
-    answerFileDialogReplacing({}); // The suggestion is the file itself.
+    answerFileDialogReplacing({}); // The dialog suggests the document's own file.
     QVERIFY(m_documents->saveDocumentAs(controller(0)));
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("xabc"));
     QVERIFY(!window(0)->isWindowModified());

@@ -21,7 +21,7 @@ using Kind = HandOverError::Kind;
 
 namespace {
 
-/// Writes raw bytes to the socket and reads until the other side ends the stream.
+/// Writes raw bytes to the socket and reads until the peer ends the stream.
 QByteArray converse(const InstanceAddress &address, const QByteArray &bytes)
 {
     const auto stream = LocalSocket::connectTo(address.socket);
@@ -65,7 +65,8 @@ private Q_SLOTS:
         const TemporaryHome home;
         const InstanceAddress address = addressIn(home);
         {
-            const auto place = takePlace(address); // Not left: its socket stays.
+            const auto place = takePlace(address); // Destroyed without leaving: the socket file
+                                                   // remains.
             QVERIFY(place);
         }
         QVERIFY(QFile::exists(address.socket));
@@ -128,7 +129,7 @@ private Q_SLOTS:
             }
             int places = 0;
             int streams = 0;
-            std::vector<std::optional<Arrival>> met; // The place is held until all have arrived.
+            std::vector<std::optional<Arrival>> met; // Keeps the place until all have arrived.
             for (auto &arrival : arrivals) {
                 met.push_back(arrival.get());
                 QVERIFY(met.back());
@@ -174,12 +175,12 @@ private Q_SLOTS:
         QVERIFY(at(":0", "offscreen") != first);
         qputenv("DISPLAY", ":2");
         QCOMPARE(*InstanceAddress::ofThisDisplay({}, ":0"), first);
-        // A folder that others may look into is not used.
+        // A runtime folder with access for other users is not used.
         QVERIFY(QFile::setPermissions(home.file(u"run"_s),
                                       QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner |
                                           QFile::ReadOther | QFile::ExeOther));
         QVERIFY(!at(":0").socket.startsWith(home.path()));
-        // One that is missing is made, as the toolkit makes it, which comes up later.
+        // A missing folder is created, as the toolkit does later.
         qputenv("XDG_RUNTIME_DIR", QFile::encodeName(home.file(u"missing"_s)));
         QVERIFY(at(":0").socket.startsWith(home.file(u"missing/penwick-"_s)));
         qputenv("XDG_RUNTIME_DIR", "relative");
@@ -224,7 +225,7 @@ private Q_SLOTS:
         auto running = std::make_unique<Running>(addressIn(home));
         auto outcome = handOverTo(addressIn(home), requestOf("/a", true));
         QTRY_COMPARE(running->clients.size(), 1);
-        running->server.leave(); // One that waits goes on waiting.
+        running->server.leave(); // Clients that wait keep waiting.
         QTest::qWait(50);
         QVERIFY(!isOver(outcome));
         running.reset();
@@ -234,7 +235,7 @@ private Q_SLOTS:
     void handOver_toOneThatHangs_failsInTime()
     {
         const TemporaryHome home;
-        const auto place = takePlace(addressIn(home)); // Nobody looks at what comes.
+        const auto place = takePlace(addressIn(home)); // No server reads from the socket.
         const auto stream = LocalSocket::connectTo(addressIn(home).socket);
         QVERIFY(stream);
         OpenRequest large;

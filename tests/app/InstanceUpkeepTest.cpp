@@ -22,7 +22,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// A process that has just started does not look after its place yet, milliseconds.
+// Time in milliseconds until a new process starts to watch its place.
 constexpr int kUntilItWatches = 1200;
 
 /// Counts how often sockets wake the event loop.
@@ -52,7 +52,7 @@ private:
 
 } // namespace
 
-/// What the running process does so that it stays the one that others meet.
+/// Tests of how the running instance stays reachable for later processes.
 class InstanceUpkeepTest final : public QObject
 {
     Q_OBJECT
@@ -134,15 +134,15 @@ private Q_SLOTS:
         Running first(address);
         QTest::qWait(kUntilItWatches);
         QVERIFY(QFile::remove(address.socket) && QFile::remove(address.lock));
-        Running second(address); // As one that comes before the first has noticed.
+        Running second(address); // Arrives before the first one notices.
         QTest::qWait(500);
         QVERIFY(second.isMetAt(address));
         QCOMPARE(first.requests.size(), 0);
-        // Neither keeps the other awake.
+        // Neither keeps the event loop of the other busy.
         Wakings wakings;
         QVERIFY(wakings.during(1s) < 4);
         second.server.leave();
-        // Whoever comes before the first one notices has a free place before it.
+        // A process that arrives before the first one notices takes the free place.
         QTRY_VERIFY(QFile::exists(address.socket));
         QVERIFY(first.isMetAt(address));
     }
@@ -239,7 +239,7 @@ private Q_SLOTS:
             if (stream)
                 silent.push_back(*std::move(stream));
             else
-                QTest::qWait(1); // Too many wait.
+                QTest::qWait(1); // The queue of pending connections is full.
         }
         Wakings wakings;
         QVERIFY(wakings.during(100ms) < 10);

@@ -8,8 +8,8 @@
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
-/// Opening on another thread. Every file counts as large here. The end of a transfer is told by the
-/// event loop, so until a test lets that run the transfer is under way.
+/// Tests of opening in the background. Every file counts as large here. The event loop delivers the
+/// end of a transfer, so a transfer is active until a test runs the event loop.
 class LargeFileOpeningTest final : public QObject, private test::DocumentsTestBase
 {
     Q_OBJECT
@@ -192,7 +192,7 @@ void LargeFileOpeningTest::closeAll_fileFailsDuringTheQuestion_goesOn()
     m_documents->newDocument();
     type(u"x"_s);
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "bad\xFF")));
-    // The failure is told on top of the question; with it goes its window.
+    // The message about the failure covers the question. Closing the message closes its window too.
     const test::LaterAnswer answer([this](QWidget *modal) {
         if (qobject_cast<QMessageBox *>(modal)->text() == u"ファイルを開けませんでした"_s) {
             modal->close();

@@ -12,8 +12,8 @@
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
-/// Saving on another thread. Every file counts as large here. The end of a transfer is told by the
-/// event loop, so until a test lets that run the transfer is under way.
+/// Tests of saving in the background. Every file counts as large here. The event loop delivers the
+/// end of a transfer, so a transfer is active until a test runs the event loop.
 class LargeFileSavingTest final : public QObject, private test::DocumentsTestBase
 {
     Q_OBJECT
@@ -37,15 +37,15 @@ private Q_SLOTS:
     void closeAll_whileSaving_waitsForTheFile();
 
 private:
-    /// Opens a file and waits until its text is there.
+    /// Opens a file and waits until its text is loaded.
     void openAndWait(const QString &path) const;
-    /// Opens "a.txt", edits it, and starts a save that lasts longer than any test: to be called
-    /// off.
+    /// Opens "a.txt", edits it, and starts a save that takes longer than any test. The test must
+    /// cancel it.
     void startLongSave() const;
-    /// The same with one that ends in good time.
+    /// As `startLongSave`, with a save that ends soon.
     void startSave() const;
 
-    /// What stands in the folder of the files; a half-written one would be among them.
+    /// All files in the folder. A partly written file would be among them.
     [[nodiscard]] QStringList files() const
     {
         return QDir(m_home->path()).entryList(QDir::Files | QDir::Hidden);
@@ -101,7 +101,7 @@ void LargeFileSavingTest::save_askedForTwice_writesTwice()
     QTRY_VERIFY(!document()->isEdited());
     QVERIFY(!document()->isWriting());
     QCOMPARE(QFileInfo(m_home->file(u"a.txt"_s)).size(), 30'000'001);
-    // Nothing was typed between these two: the second finds nothing to do.
+    // There was no edit between the two saves, so the second one does nothing.
     type(u"z"_s);
     QVERIFY(m_documents->saveDocument(controller()));
     QVERIFY(m_documents->saveDocument(controller()));
@@ -116,7 +116,7 @@ void LargeFileSavingTest::save_calledOff_keepsTheOldFile()
     QVERIFY(button != nullptr);
     QTRY_VERIFY(button->isVisible());
     type(u"y"_s);
-    QVERIFY(m_documents->saveDocument(controller())); // Called off with the one before it.
+    QVERIFY(m_documents->saveDocument(controller())); // Cancelled together with the first save.
     QTest::mouseClick(button, Qt::LeftButton);
     QTRY_VERIFY(!document()->isWriting());
     QVERIFY(!button->isVisible());
@@ -188,10 +188,10 @@ void LargeFileSavingTest::saveAs_duringASave_waitsForIt()
     const test::LaterAnswer answer([&](QWidget *modal) {
         auto *dialog = qobject_cast<QFileDialog *>(modal);
         if (dialog == nullptr) {
-            return false; // The wait for the first save.
+            return false; // The message shown until the first save ends.
         }
         [&] { QVERIFY(!document()->isWriting()); }();
-        dialog->selectFile(path); // The field alone would not outdo the selected file.
+        dialog->selectFile(path); // Text in the name field does not override the selected file.
         return QMetaObject::invokeMethod(dialog, "accept");
     });
     QVERIFY(m_documents->saveDocumentAs(controller()));
@@ -236,7 +236,7 @@ void LargeFileSavingTest::close_saveFails_saysSoOnceAndStaysOpen()
     startSave();
     type(u"y"_s);
     QVERIFY(m_documents->saveDocument(controller()));
-    // The second of the two saves meets a folder in the place of its file.
+    // A folder in place of its file makes the second save fail.
     connect(document(), &TextDocument::transferEnded, this, [this] {
         QFile::remove(m_home->file(u"a.txt"_s));
         QDir().mkdir(m_home->file(u"a.txt"_s));

@@ -22,7 +22,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// One window of the program, as a person has it before them.
+/// One window of the program in a state that the user can reach.
 class Scene
 {
 public:
@@ -159,7 +159,7 @@ QPalette darkPalette()
     return palette;
 }
 
-/// As it is once everything that waits to be done is done, and nothing fades in or out any more.
+/// The window's picture once all pending events are processed and all animations have ended.
 QImage pictureOf(const Scene &scene)
 {
     constexpr int kBetween = 40; // Milliseconds.
@@ -175,10 +175,10 @@ QImage pictureOf(const Scene &scene)
     return picture;
 }
 
-/// The part of a picture of the window that the widget and a frame around it take.
+/// The part of the window's picture that shows the widget and a frame around it.
 QImage partOf(const QImage &picture, const QWidget *widget)
 {
-    constexpr int kAround = 4; // A style may draw the focus around the widget.
+    constexpr int kAround = 4; // A style may draw a focus frame around the widget.
     const QRectF own(widget->mapTo(widget->window(), QPoint()), widget->size());
     const QRectF frame = own.adjusted(-kAround, -kAround, kAround, kAround);
     const qreal scale = picture.devicePixelRatio();
@@ -186,7 +186,7 @@ QImage partOf(const QImage &picture, const QWidget *widget)
     return picture.copy(pixels.toAlignedRect().intersected(picture.rect()));
 }
 
-/// Everything in `window` that Tab reaches.
+/// All widgets in `window` that Tab reaches.
 QWidgetList tabStops(QWidget *window)
 {
     QWidgetList stops;
@@ -209,7 +209,7 @@ QString describe(const QWidget *widget)
 
 } // namespace
 
-/// How the windows look as a whole.
+/// Tests of the appearance of whole windows.
 class LookTest final : public QObject
 {
     Q_OBJECT
@@ -236,7 +236,7 @@ void LookTest::initTestCase()
 {
     QApplication::setStyle(QStyleFactory::create(u"Fusion"_s));
     m_defaultButtonFocus = std::make_unique<DefaultButtonFocus>();
-    QApplication::setCursorFlashTime(0); // Carets do not come and go between two pictures.
+    QApplication::setCursorFlashTime(0); // Carets do not blink between two pictures.
 }
 
 void LookTest::cleanup()
@@ -292,7 +292,7 @@ void LookTest::focus_anywhere_isVisible()
     QVERIFY(QTest::qWaitForWindowActive(window));
     const QWidgetList stops = tabStops(window);
     QVERIFY(!stops.isEmpty());
-    window->setAttribute(Qt::WA_KeyboardFocusChange); // As the Tab key does.
+    window->setAttribute(Qt::WA_KeyboardFocusChange); // The Tab key sets this too.
     QStringList unseen;
     for (QWidget *stop : stops) {
         stop->setFocus(Qt::TabFocusReason);
@@ -305,7 +305,7 @@ void LookTest::focus_anywhere_isVisible()
     QVERIFY2(unseen.isEmpty(), qPrintable(unseen.join(u", "_s)));
 }
 
-/// Also run at other scales, see CMakeLists.txt.
+/// Also runs at other scales, see CMakeLists.txt.
 void LookTest::texts_ofButtonsAndLabels_areWhole()
 {
     QFETCH(const QString, scene);

@@ -10,7 +10,7 @@
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
-/// Macros that are run from the menus and from the manager, in the whole application.
+/// Tests of macros started from the menus and the manager, in the whole application.
 class MacroCommandsTest final : public QObject, private test::AppDelegateTestBase
 {
     Q_OBJECT
@@ -49,7 +49,7 @@ void MacroCommandsTest::macroManagersTestRun_editsTheLastActiveEditor()
                      u"return { textEdits: [{ type: 'replaceAll', text: 'new' }] };"_s);
     page.click(u"テスト実行"_s);
     QTRY_COMPARE(text(), u"new"_s);
-    test::clickInModal(u"保存しない"_s); // The draft, at the end.
+    test::clickInModal(u"保存しない"_s); // The question about the draft.
     QVERIFY(m_app->macroManagerWindowController()->window()->close());
 }
 

@@ -43,11 +43,11 @@ private:
         return m_window->menuBar()->actions()[index]->menu();
     }
 
-    /// Shows the window with a field in it that holds "abc" and has the keyboard.
+    /// Shows the window with a focused field that holds "abc".
     void showField();
 
     std::unique_ptr<QMainWindow> m_window;
-    QLineEdit *m_field = nullptr; // Of the window.
+    QLineEdit *m_field = nullptr; // Owned by the window.
     QList<MenuCommand> m_performed;
     MenuHandlers m_handlers;
 };
@@ -77,7 +77,7 @@ void MenuBarTest::showField()
     m_field->setFocus();
 }
 
-/// Each item as its text and its key.
+/// The text and shortcut of each item.
 QStringList MenuBarTest::items(int menuIndex) const
 {
     QStringList result;
@@ -228,7 +228,7 @@ void MenuBarTest::editMenu_open_showsWhatIsPossible()
     QVERIFY(edit->actions()[0]->isEnabled());
 }
 
-// Walking through the menu bar takes the focus away from what the commands are for.
+// Opening a menu by keyboard takes the focus from the widget that the commands act on.
 void MenuBarTest::editMenu_openedByKeyboard_servesTheWidgetFocusedBefore()
 {
     TextStorage storage;
@@ -249,7 +249,7 @@ void MenuBarTest::editMenu_openedByKeyboard_servesTheWidgetFocusedBefore()
     QVERIFY(edit[3]->isEnabled());
     edit[3]->trigger(); // Cut
     QCOMPARE(view->string().toString(), QString());
-    delete m_window->takeCentralWidget(); // Before its storage.
+    delete m_window->takeCentralWidget(); // Must be destroyed before its storage.
 }
 
 QTEST_MAIN(MenuBarTest)

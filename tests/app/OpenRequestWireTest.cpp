@@ -18,7 +18,7 @@ QByteArray bytesOf(const OpenRequest &request)
     return bytes;
 }
 
-/// What a reader makes of bytes that come in portions of that size; nothing while incomplete.
+/// Reads `bytes` in portions of the given size. Nothing when the request is incomplete.
 tl::expected<std::optional<OpenRequest>, Refusal> read(QByteArrayView bytes, qsizetype portion)
 {
     RequestReader reader;

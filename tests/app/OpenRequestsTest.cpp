@@ -37,7 +37,7 @@ class OpenRequestsTest final : public QObject
     Q_OBJECT
 
 private:
-    /// A running editor, and others that hand over to it through its socket.
+    /// A running editor, and clients that hand over requests through its socket.
     struct World
     {
         TemporaryHome home;
@@ -65,7 +65,7 @@ private:
             });
         }
 
-        /// Hands over and waits until that is over.
+        /// Hands the request over and waits for the reply. True when the editor took it.
         [[nodiscard]] bool isTaken(const OpenRequest &request) const
         {
             auto outcome = handOver(request);
@@ -105,7 +105,7 @@ private Q_SLOTS:
         request.items = {itemOf(path, TextPlace{2, 3})};
         world.requests.open(request);
         QTRY_COMPARE(world.selectionIn(path), (TextRange{6, 0}));
-        // Again, while it is open.
+        // The same file again while it is open.
         request.items = {itemOf(path, TextPlace{99, 99})};
         QVERIFY(world.isTaken(request));
         QTRY_COMPARE(world.selectionIn(path), (TextRange{13, 0}));
@@ -135,7 +135,8 @@ private Q_SLOTS:
         const TextDocument *document = world.documents.documentOf(controller.get());
         QVERIFY(document->filePath().isEmpty());
         QVERIFY(document->isEdited());
-        QVERIFY(!document->textStorage()->canUndo()); // There was nothing before.
+        QVERIFY(!document->textStorage()->canUndo()); // The text is the initial content, not an
+                                                      // edit.
         QVERIFY(document->textStorage()->text() == Text(u"あ\r\n"_s));
         QTRY_COMPARE(controller->textView()->selectedRange(), (TextRange{3, 0}));
     }
@@ -168,7 +169,7 @@ private Q_SLOTS:
     void open_nothing_opensOnlyWhatIsAskedFor()
     {
         World world;
-        QVERIFY(world.isTaken({})); // There is no window yet, so one comes.
+        QVERIFY(world.isTaken({})); // There is no window yet, so the request opens one.
         QTRY_COMPARE(world.documents.windowControllers().size(), 1);
         QVERIFY(world.isTaken({}));
         QTest::qWait(50);
@@ -240,7 +241,7 @@ private Q_SLOTS:
         QVERIFY(outcome.get().error().kind == HandOverError::Kind::NotAllOpened);
     }
 
-    // A macro may run for as long as nobody stops it, and holds one window alone.
+    // A macro may run until the user stops it, and blocks only its own window.
     void macro_thatDoesNotEnd_letsNobodyWait()
     {
         World world;

@@ -13,7 +13,7 @@
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
-/// What other programs do to a file that is open here, through real files and windows.
+/// Tests of changes by other programs to open files, with real files and windows.
 class OutsideChangesTest final : public QObject, private test::DocumentsTestBase
 {
     Q_OBJECT
@@ -60,7 +60,7 @@ private:
 
     void check() const { m_documents->checkFileOnDisk(controller()); }
 
-    /// As another program does that writes into the file.
+    /// Writes the file as another program does.
     void change(const QByteArray &content) const { m_home->write(u"a.txt"_s, content); }
 
     QString m_path;
@@ -81,7 +81,7 @@ void OutsideChangesTest::change_uneditedText_followsTheFileAsOneStep()
     QVERIFY(!document()->textStorage()->canUndo());
     view()->redo();
     QVERIFY(!document()->isEdited());
-    // The older text was asked for: saving it is no accident.
+    // The user went back to the older text on purpose, so saving it asks nothing.
     view()->undo();
     QVERIFY(m_documents->saveDocument(controller()));
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("one\r\ntwo\nthree"));
@@ -94,7 +94,7 @@ void OutsideChangesTest::change_largeFile_isReadWhileTheWindowGoesOn()
     large[20'000'000] = '\n';
     change(large);
     check();
-    QCOMPARE(text(), u"small"_s); // Nobody waited for it.
+    QCOMPARE(text(), u"small"_s); // Reading does not block.
     QTRY_COMPARE_WITH_TIMEOUT(view()->string().size(), qint64{30'000'000}, 20000);
     QVERIFY(!document()->isEdited());
 }
@@ -112,7 +112,7 @@ void OutsideChangesTest::change_manyLines_keepsCaretAndScrolling()
     QVERIFY(!view()->visibleLines().empty());
     const qint64 top = view()->visibleLines().front().number;
     QVERIFY(top > 400);
-    // The first and the last line differ, so the replaced range is everything.
+    // The first and the last line differ, so the whole text is replaced.
     change("First" + lines.mid(4).chopped(4) + "end\n");
     check();
     QTRY_VERIFY(text().startsWith(u"First"_s));
@@ -152,10 +152,10 @@ void OutsideChangesTest::change_editedText_keepMine_asksOncePerChange()
     check();
     QTest::qWait(300);
     QVERIFY(QApplication::activeModalWidget() == nullptr);
-    // What was agreed to is agreed to.
+    // A confirmed change is not asked about again.
     QVERIFY(m_documents->saveDocument(controller()));
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("xold"));
-    // Another change is another question.
+    // A further change causes a new question.
     type(u"y"_s);
     change("theirs again");
     test::clickInModal(u"キャンセル"_s);
@@ -243,7 +243,7 @@ void OutsideChangesTest::change_touchedOnly_asksNothing()
     check();
     QTRY_VERIFY(!document()->fileChangedOnDisk());
     QVERIFY(document()->isEdited());
-    change("old"); // Nobody looked before saving.
+    change("old"); // The change is first noticed by the save.
     QVERIFY(m_documents->saveDocument(controller()));
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("xold"));
     QVERIFY(!message());
@@ -287,7 +287,7 @@ void OutsideChangesTest::change_windowClosedMeanwhile_isForgotten()
 
 void OutsideChangesTest::change_betweenCheckAndSave_asks()
 {
-    // Large enough for a transfer: the change comes while the new file is being written.
+    // Large enough for a transfer: the file changes while the new one is being written.
     m_documents->setPatience({.directBytes = 1,
                               .reading = std::chrono::milliseconds(0),
                               .saving = std::chrono::milliseconds(0)});
@@ -311,7 +311,7 @@ void OutsideChangesTest::deleted_text_staysAndIsUnsaved()
     QVERIFY(document()->isEdited());
     QVERIFY(window()->isWindowModified());
     QCOMPARE(text(), u"old"_s);
-    // Told once.
+    // The message comes only once.
     controller()->documentState()->setMacroNotificationMessage(std::nullopt);
     check();
     QTest::qWait(300);
@@ -349,7 +349,7 @@ void OutsideChangesTest::unreadable_text_staysAndIsUnsaved()
     QTRY_COMPARE(message(), u"ファイルが読めなくなりました。文書はそのまま残しています"_s);
     QVERIFY(document()->isEdited());
     QCOMPARE(text(), u"old"_s);
-    // Told once, but never written over in silence.
+    // The message comes only once, but saving still asks before it overwrites the file.
     controller()->documentState()->setMacroNotificationMessage(std::nullopt);
     check();
     QTest::qWait(300);
@@ -375,7 +375,7 @@ void OutsideChangesTest::keepMine_undoToTheOldText_staysUnsaved()
 void OutsideChangesTest::interruptedSave_open_saysWhereTheTextIs()
 {
     m_path = m_home->write(u"a.txt"_s, "half wri");
-    // The name that a copy of this file gets.
+    // The name of a safety copy of this file.
     const QByteArray path = QFile::encodeName(QFileInfo(m_path).canonicalFilePath());
     const QString copy =
         m_home->write(QFile::decodeName("a.txt.penwick-" + digestOf(path, 4) + "-0.bak"), "whole");

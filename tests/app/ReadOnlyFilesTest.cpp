@@ -13,7 +13,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Answers what comes up by the button of each label, and the file dialog by a path.
+/// Answers message boxes with the first of the labels that they have as a button, and the file
+/// dialog with `path`.
 std::function<bool(QWidget *)>
 answering(const QStringList &labels, const QString &path, QStringList &messages)
 {
@@ -23,12 +24,12 @@ answering(const QStringList &labels, const QString &path, QStringList &messages)
                 if (QPushButton *button = test::buttonNamed(modal, label)) {
                     messages << box->text();
                     button->click();
-                    return false; // There is more to come.
+                    return false; // Another window follows.
                 }
             }
         }
         if (auto *dialog = qobject_cast<QFileDialog *>(modal)) {
-            // The dialog asks the system as the user who started the process.
+            // The dialog checks access as the real user. If that is root, it must be effective too.
             if (::getuid() == 0 && ::seteuid(0) != 0) {
                 return true;
             }
@@ -42,7 +43,7 @@ answering(const QStringList &labels, const QString &path, QStringList &messages)
 
 } // namespace
 
-/// Saving texts whose files the person may only read, through real files and windows.
+/// Tests of saving texts whose files the user may only read, with real files and windows.
 class ReadOnlyFilesTest final : public QObject, private test::DocumentsTestBase
 {
     Q_OBJECT
@@ -57,7 +58,7 @@ private Q_SLOTS:
     void readOnlyFile_closeAndSaveElsewhere_closes();
 
 private:
-    /// Opens a file that holds "old", types an "x" before that, and takes the right to write away.
+    /// Opens a file that holds "old", types an "x" in front, and removes the write permission.
     void editReadOnlyFile()
     {
         const QString path = m_home->write(u"a.txt"_s, "old");

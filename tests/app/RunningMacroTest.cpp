@@ -11,7 +11,7 @@
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
-/// What the program does while a macro runs on one of its windows.
+/// Tests of the program while a macro runs in one of its windows.
 class RunningMacroTest final : public QObject, private test::DocumentsTestBase
 {
     Q_OBJECT
@@ -36,7 +36,7 @@ private:
         return window(index)->findChild<MacroRunNotice *>();
     }
 
-    /// Starts a macro that never ends, and returns once its notice is there.
+    /// Starts a macro that never ends. Returns once its notice is visible.
     void runEndless(int index) const
     {
         controller(index)->runMacro(u"while (true) ;"_s, u"id"_s, u"name"_s, std::nullopt);
@@ -102,12 +102,12 @@ void RunningMacroTest::macroWithAPrompt_onTheSameWindow_asksNothing()
                                  systemClock());
     Macro macro = test::sampleMacro();
     macro.id = u"default_addLinePrefix"_s;
-    launcher.promptOrRun(macro); // A prompt would not return.
+    launcher.promptOrRun(macro); // A prompt would block here.
     QVERIFY(controller(0)->isRunningMacro());
     QVERIFY(notice(0)->isVisible());
 }
 
-// The notice holds the whole window, and whoever opens a file wants to read it.
+// The notice blocks the whole window, so a file that the user opens needs another one.
 void RunningMacroTest::open_another_goesToAWindowThatIsFree()
 {
     m_documents->newDocument();
@@ -135,7 +135,7 @@ void RunningMacroTest::close_ofTheWindowFromAnotherTab_showsTheMacrosTab()
     type(u"unsaved"_s, 1);
     runEndless(0);
     window(0)->setCurrentController(controller(1));
-    QVERIFY(!window(0)->close()); // A question about the text would not return.
+    QVERIFY(!window(0)->close()); // A question about the text would block here.
     QVERIFY(controller(0)->isInFront());
     QVERIFY(notice(0)->isVisible());
     QVERIFY(!m_documents->closeOtherDocuments(controller(1)));

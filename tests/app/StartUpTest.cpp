@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A home whose runtime folder nobody else knows, so that no running penwick is met.
+/// A home with a runtime folder of its own, so that no running penwick is found.
 class Home final
 {
 public:

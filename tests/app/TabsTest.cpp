@@ -13,7 +13,7 @@
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
-/// Documents in the tabs of windows: where they open, how they close, and where they move.
+/// Tests of documents in tabs: where they open, how they close, where they move.
 class TabsTest final : public QObject, private test::DocumentsTestBase
 {
     Q_OBJECT
@@ -110,7 +110,7 @@ void TabsTest::open_afterwards_goesToTheWindowActiveLast()
     open(u"b.txt"_s, kNewWindow);
     window(0)->activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(window(0)));
-    QWidget other; // A manager, say.
+    QWidget other; // For example a manager.
     other.show();
     other.activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(&other));
@@ -209,7 +209,7 @@ void TabsTest::closeTab_edited_asksAboutItAlone()
     QFETCH(bool, closes);
     open({u"a.txt"_s, u"b.txt"_s});
     type(u"x"_s);
-    type(u"y"_s, 1); // Not asked about.
+    type(u"y"_s, 1); // Closing the first tab does not ask about this one.
     EditorWindow *window = this->window(0);
     QString message;
     test::clickInModal(answer, &message);
@@ -254,13 +254,13 @@ void TabsTest::closeTab_byTheMiddleButton_asksToo()
     test::clickInModal(u"キャンセル"_s);
     middleClick(0);
     QCOMPARE(m_documents->windowControllers().size(), 2);
-    QVERIFY(controller(0)->isInFront()); // What is asked about can be seen.
+    QVERIFY(controller(0)->isInFront()); // The question's tab comes to the front.
     test::clickInModal(u"保存しない"_s);
     middleClick(0);
     QCOMPARE(m_documents->windowControllers().size(), 1);
 }
 
-// The last active editor is held when its tab is closed, and may still be the target of a macro.
+// The last active editor stays alive after its tab closes, and may still be the target of a macro.
 void TabsTest::closeTab_heldElsewhere_keepsItsText()
 {
     open({u"a.txt"_s, u"b.txt"_s});
@@ -370,7 +370,7 @@ void TabsTest::closeWindow_whileATabIsRead_closes()
     QVERIFY(!m_documents->hasDocuments());
 }
 
-// As another program may ask for, at any time.
+// Another program can request this at any time.
 void TabsTest::closeWindow_fileOpenedDuringTheQuestion_isAskedAboutToo()
 {
     open(u"a.txt"_s);
@@ -449,7 +449,7 @@ void TabsTest::moveToNewWindow_keepsTextUndoAndPlace()
     QCOMPARE(made, QList{window(0)});
     QVERIFY(window(0) != former && window(0)->isVisible());
     QCOMPARE(window(0)->size(), former->size());
-    QVERIFY(window(0)->tabBar()->isVisible()); // So that it can be dragged back.
+    QVERIFY(window(0)->tabBar()->isVisible()); // So that the tab can be dragged back.
     QVERIFY(!former->tabBar()->isVisible());
     QCOMPARE(window(0)->windowTitle(), u"a.txt[*] — penwick"_s);
     QVERIFY(window(0)->isWindowModified() && !former->isWindowModified());
@@ -459,7 +459,7 @@ void TabsTest::moveToNewWindow_keepsTextUndoAndPlace()
     QTRY_VERIFY(view(0)->hasFocus());
     view(0)->undo();
     QVERIFY(!window(0)->isWindowModified());
-    // What asks about it stands over its new window.
+    // Questions about the document now appear over its new window.
     type(u"y"_s);
     test::answerModal([this](QWidget *modal) {
         QCOMPARE(modal->parentWidget(), window(0));
@@ -502,7 +502,7 @@ void TabsTest::moveBack_closesTheEmptyWindowSilently()
     QCOMPARE(window(0)->count(), 2);
     QCOMPARE(window(0)->indexOf(controller(1)), 0);
     QCOMPARE(m_documents->windows().size(), 1);
-    open(u"c.txt"_s); // Where to, though the window active last is gone.
+    open(u"c.txt"_s); // The last active window is gone; the remaining one is used.
     QCOMPARE(window(0)->count(), 3);
 }
 

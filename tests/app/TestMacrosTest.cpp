@@ -24,7 +24,7 @@ private Q_SLOTS:
     void replaceSelection_idNameAndScript_areFixed();
 };
 
-// The scripts are an interface: people compare what they print. The digests hold every byte.
+// The scripts are an interface: users compare their output. The digests cover every byte.
 void TestMacrosTest::replaceAll_idNameAndScript_areFixed()
 {
     const TestMacro macro = replaceAllTestMacro();

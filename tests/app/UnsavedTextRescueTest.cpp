@@ -20,7 +20,7 @@
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
-/// The ends of the process that nobody planned.
+/// Tests of unexpected ends of the process.
 class UnsavedTextRescueTest final : public QObject
 {
     Q_OBJECT
@@ -119,7 +119,7 @@ private Q_SLOTS:
         const UnsavedTextRescue rescue(&documents);
         const pid_t process = ::fork();
         if (process == 0) {
-            // As the toolkit does it.
+            // The toolkit logs this and exits.
             qWarning("The Wayland connection broke. Did the Wayland compositor die?");
             ::_exit(EXIT_SUCCESS);
         }

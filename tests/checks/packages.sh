@@ -1,20 +1,20 @@
 #!/usr/bin/env bash
-# Tests which packages tools/packages.sh chooses and how it calls apt. Stubs of apt and dpkg answer from the
-# variables below, so it needs no network and installs nothing.
+# Tests which packages tools/packages.sh selects and how it calls apt. Stubs replace apt and dpkg and answer
+# from the variables below, so the test needs no network and installs nothing.
 set -euo pipefail
 repository=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/../.." && pwd)
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 failures=0
 
-# stub NAME makes a command NAME that runs the script on standard input.
+# stub NAME creates a command NAME that runs the script on standard input.
 stub() {
     { echo '#!/usr/bin/env bash'; cat; } >"$folder/$1"
     chmod +x "$folder/$1"
 }
 
-# $installed has a line "STATUS NAME ARCHITECTURE" for each package that dpkg knows, $candidates the names
-# that apt can install.
+# $installed has a line "STATUS NAME ARCHITECTURE" for each package that dpkg knows, $candidates the names that
+# apt can install.
 stub dpkg-query <<<'echo "$installed"'
 stub dpkg <<<'echo amd64'
 stub apt-cache <<'END'
@@ -26,8 +26,8 @@ stub sudo <<<'exec "$@"'
 export calls=$folder/calls PATH=$folder:$PATH installed candidates
 unset PENWICK_SKIP_PACKAGES
 
-# expect TITLE WANTED NAME... checks which packages penwick_install_packages NAME... tells apt to install;
-# WANTED is empty if it must not call apt.
+# expect TITLE WANTED NAME... checks which packages penwick_install_packages NAME... passes to apt. WANTED is
+# empty if it must not call apt.
 expect() {
     local title=$1 wanted=$2 said
     shift 2

@@ -1,16 +1,16 @@
 #!/usr/bin/env bash
-# Runs the unit tests of the sanitizer build, which it builds if need be.
+# Builds the sanitizer preset if necessary and runs its unit tests.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/../.."
 
-# Each line gets a mark, so that nobody takes the summary in here for that of the whole run.
+# Each line gets a prefix, so that this summary is not mistaken for that of the whole run.
 exec > >(sed -u 's/^/sanitizer: /') 2>&1
 
 [[ -e build/asan/build.ninja ]] || cmake --preset asan -DPENWICK_WARNINGS_AS_ERRORS=ON
 cmake --build --preset asan
 
 export ASAN_OPTIONS=detect_stack_use_after_return=1:strict_string_checks=1
-# Fontconfig, GLib and Qt's plugins keep what they allocate until the process ends.
+# Fontconfig, GLib and Qt's plugins never free some of their allocations.
 export LSAN_OPTIONS=suppressions=$PWD/tests/checks/leaks.txt:print_suppressions=0
 export UBSAN_OPTIONS=print_stacktrace=1
 ctest --test-dir build/asan --output-on-failure --no-tests=error --parallel "$(nproc)"

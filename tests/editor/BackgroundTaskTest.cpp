@@ -40,14 +40,14 @@ void BackgroundTaskTest::work_completes_onTheThreadOfTheTask()
 
 void BackgroundTaskTest::work_thatThrows_fails()
 {
-    for (const int patience : {0, 10'000}) {
+    for (const int wait : {0, 10'000}) {
         BackgroundTask task;
         const QSignalSpy failed(&task, &BackgroundTask::failed);
         task.start(
             [](const BackgroundTask::IsCancelled &) -> BackgroundTask::Completion {
                 throw std::bad_alloc();
             },
-            patience);
+            wait);
         QTRY_COMPARE(failed.size(), 1);
         QVERIFY(!task.isRunning());
     }
@@ -69,7 +69,7 @@ void BackgroundTaskTest::work_startedAgain_forgetsTheFirst()
     QTRY_COMPARE(order, u"second"_s);
 }
 
-/// This program again, with work that no one can stop.
+/// Runs this program again, with work that cannot be cancelled.
 void BackgroundTaskTest::processEnd_duringWork_doesNotWaitForIt()
 {
     QProcess process;

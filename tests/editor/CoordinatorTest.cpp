@@ -122,7 +122,7 @@ void CoordinatorTest::metrics_written_inOrder()
 {
     QList<Field> fields;
     connect(m_state.get(), &DocumentState::willChange, this, [&](Field field) { fields << field; });
-    // An empty text that reports itself once: no text change, no caret move before it.
+    // The view reports an empty text once, without a text change or caret move before.
     m_view->didChangeText();
     QVERIFY(fields.isEmpty());
     QCoreApplication::processEvents();
@@ -174,8 +174,8 @@ void CoordinatorTest::edit_followedByRerender_keepsSelection()
 
 void CoordinatorTest::edit_pending_isNotOverwrittenByRerender()
 {
-    m_state->setText(Text(u"from outside")); // The view has yet to take it...
-    typeText(u"typed"_s);                    // ...when the person types.
+    m_state->setText(Text(u"from outside")); // The view has not taken this over yet...
+    typeText(u"typed"_s);                    // ...when the user types.
     QCoreApplication::processEvents();
     QCOMPARE(m_view->string().toString(), u"typed"_s);
     QCOMPARE(m_state->text().toString(), u"typed"_s);

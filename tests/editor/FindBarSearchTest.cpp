@@ -6,7 +6,7 @@
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
-/// What the bar finds in the text of a shown editor, and what it says of it.
+/// Tests of what the bar finds in a shown editor, and of what it displays.
 class FindBarSearchTest final : public QObject, private test::FindTestBase
 {
     Q_OBJECT
@@ -112,7 +112,7 @@ void FindBarSearchTest::f3_withBarClosed_repeatsTheSearch()
 {
     setText(u"a1 a2 a3"_s);
     key(Qt::Key_F3);
-    QVERIFY(bar()->isVisible()); // There is nothing to repeat.
+    QVERIFY(bar()->isVisible()); // There is no search to repeat.
     open(u"a"_s);
     QTRY_COMPARE(selected(), u"a"_s);
     key(Qt::Key_Escape);
@@ -197,7 +197,7 @@ void FindBarSearchTest::count_ofLongText_comesInSlices()
     setText(Text(QString(6'000'000, u'a')));
     key(Qt::Key_F, Qt::ControlModifier);
     QTest::keyClicks(field(), u"aa"_s);
-    // It has not waited for ten million matches: a part of them is shown.
+    // Counting does not block: the bar shows the number so far.
     QVERIFY2(!count().endsWith(u" / 3000000"_s), qPrintable(count()));
     QTRY_COMPARE_WITH_TIMEOUT(count(), u"1 / 3000000"_s, 60'000);
     key(Qt::Key_Return, Qt::ShiftModifier);
@@ -215,7 +215,7 @@ void FindBarSearchTest::error_isShownInTheBar()
     QVERIFY(label("findError")->isVisible());
     QVERIFY(label("findError")->text().startsWith(u"正規表現の 3 文字目に誤りがあります: "_s));
     QVERIFY(count().isEmpty());
-    key(Qt::Key_Return); // Nothing to be found, and nothing breaks.
+    key(Qt::Key_Return); // Nothing can be found; this must not crash.
     QTest::keyClicks(field(), u")"_s);
     QVERIFY(!label("findError")->isVisible());
     QTRY_COMPARE(count(), u"1 / 1"_s);
@@ -262,7 +262,7 @@ void FindBarSearchTest::marks_visibleMatches_areDrawn()
     QTRY_COMPARE(selectionStart(), 10);
     QTRY_VERIFY(colorAt(3) != plain);
     QVERIFY(colorAt(10) != plain);
-    QVERIFY(colorAt(10) != colorAt(3)); // Selected, not only marked.
+    QVERIFY(colorAt(10) != colorAt(3)); // Selected and not only marked.
     QCOMPARE(colorAt(0), plain);
     key(Qt::Key_Escape);
     QTRY_COMPARE(colorAt(3), plain);

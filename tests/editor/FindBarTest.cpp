@@ -10,7 +10,7 @@
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
-/// The bar in a shown editor, how it opens, looks and replaces, driven by the keys of a person.
+/// Tests of how the bar of a shown editor opens, looks and replaces, driven by keys.
 class FindBarTest final : public QObject, private test::FindTestBase
 {
     Q_OBJECT

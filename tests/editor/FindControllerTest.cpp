@@ -8,7 +8,7 @@
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
-/// What a person does in the text while it is searched, and what the text shows of it.
+/// Tests of editing during a search, and of the marks in the text.
 class FindControllerTest final : public QObject, private test::FindTestBase
 {
     Q_OBJECT
@@ -47,7 +47,7 @@ void FindControllerTest::searchFor(const QString &pattern, bool isExpression)
     field()->setText(pattern);
 }
 
-/// Which comes to nothing, after seconds.
+/// Starts a search that finds nothing and takes seconds.
 void FindControllerTest::startLongSearch()
 {
     setText(u"The quick brown fox jumps over the lazy dog\n"_s.repeated(20'000));
@@ -124,7 +124,7 @@ void FindControllerTest::replaceAll_undoneAndRedone_keepsTheCaret()
 {
     setText(u"aa bb aa cc aa"_s);
     searchFor(u"aa"_s);
-    view()->setSelectedRange({4, 0}); // Within "bb".
+    view()->setSelectedRange({4, 0}); // Inside "bb".
     replaceAllBy(u"xyz"_s);
     QTRY_COMPARE(text(), u"xyz bb xyz cc xyz"_s);
     QCOMPARE(view()->selectedRange(), (TextRange{5, 0}));
@@ -169,7 +169,7 @@ void FindControllerTest::marks_inBothDirections_coverTheirCharactersOnly()
         QCOMPARE(colorUnder(offset), base);
 }
 
-/// How soon they are painted is measured by `bench/run`.
+/// `bench/run` measures how fast they are painted.
 void FindControllerTest::marks_onThousandsOfCombiningMarks_coverTheirCharacter()
 {
     setText(u'e' + QString(100'000, QChar(0x0301)));
@@ -181,14 +181,14 @@ void FindControllerTest::marks_onThousandsOfCombiningMarks_coverTheirCharacter()
     searchFor(u"."_s, true);
     controller()->session()->setCounting(true);
     QTRY_COMPARE(controller()->session()->count().total, 100'001);
-    (void)view()->viewport()->grab(); // Asks for the marks, and lays the text out.
+    (void)view()->viewport()->grab(); // Requests the marks and lays the text out.
     QTRY_VERIFY(!controller()->session()->marksIn({0, 100'001}).empty());
     QTRY_VERIFY(corner() != base);
 }
 
 void FindControllerTest::placeholder_darkPalette_isLegible()
 {
-    // As a dark desktop sets it: nothing is said about placeholders.
+    // A dark theme that sets no placeholder color.
     QPalette dark;
     for (const auto role : {QPalette::Window, QPalette::Base, QPalette::Button})
         dark.setColor(role, QColor(27, 30, 32));

@@ -11,8 +11,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What QRegularExpression finds in the whole text, without the empty matches that only tell where
-/// the match before them ended.
+/// The matches of QRegularExpression in the whole text, without empty matches at the end of the
+/// match before.
 Ranges wholeMatches(const QString &text, const QString &pattern)
 {
     const QRegularExpression expression(u"(*ANY)"_s + pattern,
@@ -30,8 +30,8 @@ Ranges wholeMatches(const QString &text, const QString &pattern)
     return ranges;
 }
 
-/// The same by single matches in the whole text, each from where the one before it ended, or from
-/// the next character after an empty one.
+/// As `wholeMatches`, but with one `match` call on the whole text per match, starting at the end of
+/// the match before, or at the next character after an empty one.
 Ranges steppedMatches(const QString &text, const QString &pattern)
 {
     const QRegularExpression expression(u"(*ANY)"_s + pattern,
@@ -56,7 +56,7 @@ Ranges steppedMatches(const QString &text, const QString &pattern)
     return ranges;
 }
 
-/// An expression of some depth, without one that takes exponential time.
+/// A random expression of the given depth, without one that takes exponential time.
 QString randomExpression(QRandomGenerator &random, int depth)
 {
     static const QStringList leaves{
@@ -88,7 +88,7 @@ QString randomExpression(QRandomGenerator &random, int depth)
     }
 }
 
-/// So small that a text of some hundred units has edges everywhere.
+/// So small that a text of a few hundred code units has block edges everywhere.
 constexpr FindSizes kTiny{4, 16, 8, 8, 1'000'000};
 
 } // namespace
@@ -369,7 +369,7 @@ void FindExpressionTest::expression_overLongMatches_isReplacedWhole()
                       expression(u"\"[^\"]*\""_s),
                       u"S"_s),
              u"{S: S,\n S: S}\n"_s);
-    // One that no compiled expression has the stack for.
+    // An expression that exhausts the stack of the just-in-time compiler.
     const QString rows = u"<p>some text</p>\n"_s.repeated(6'400);
     QCOMPARE(replaced(u"/*\n"_s + rows + u"*/ x /* b */\n"_s,
                       expression(u"/\\*(?:.|\\n)*?\\*/"_s),

@@ -15,8 +15,8 @@
 
 namespace penwick::test {
 
-/// What the tests of searching share: an editor in a shown window, and the parts of its bar by
-/// their names. A test object derives from it, and calls begin() and end() in init() and cleanup().
+/// Base of the search tests: an editor in a shown window, with access to the parts of its bar by
+/// object name. A test object derives from it, and calls begin() in init() and end() in cleanup().
 class FindTestBase
 {
 protected:
@@ -48,13 +48,13 @@ protected:
         QTRY_VERIFY(view()->string() == text);
     }
 
-    /// A key to whatever has the keyboard.
+    /// Sends a key to the focused widget.
     void key(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
     {
         QTest::keyClick(m_view->window()->windowHandle(), key, modifiers);
     }
 
-    /// Opens the bar by a shortcut with Ctrl, and types the pattern in place of what it held.
+    /// Opens the bar with Ctrl and `opening`, and replaces the pattern in it.
     void open(const QString &pattern, Qt::Key opening = Qt::Key_F)
     {
         key(opening, Qt::ControlModifier);
@@ -99,7 +99,7 @@ protected:
 
     void click(const char *name) { QTest::mouseClick(button(name), Qt::LeftButton); }
 
-    /// The bar's number of matches, as it shows it.
+    /// The number of matches as the bar shows it.
     [[nodiscard]] QString count() const { return label("findCount")->text(); }
 
     std::unique_ptr<DocumentState> m_state;

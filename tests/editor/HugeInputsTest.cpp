@@ -14,8 +14,8 @@
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
-/// Files that break editors, opened from the disk into a whole editor. What may not depend on the
-/// size of the file is told by the amount of text that takes part, never by a clock.
+/// Opens files that are hard for editors from disk into a complete editor. Costs that must not
+/// depend on the file size are measured as the amount of text involved, never as time.
 class HugeInputsTest final : public QObject
 {
     Q_OBJECT
@@ -53,7 +53,8 @@ void HugeInputsTest::initTestCase_data()
     QTest::addColumn<qint64>("lines");
     QTest::addColumn<qint64>("characters");
     QTest::addColumn<qint64>("lastCharacter"); // Its length in code units.
-    QTest::addColumn<qint64>("laidOut");       // Code units that may take part in one screen.
+    QTest::addColumn<qint64>("laidOut");       // Maximum number of code units laid out for one
+                                               // screen.
     QTest::newRow("100,000 combining marks on one base")
         << 'e' + QByteArray("\u0301").repeated(100'000) << qint64{1} << qint64{1} << qint64{100'001}
         << qint64{100'001};
@@ -103,7 +104,7 @@ void HugeInputsTest::opened_screen_laysOutAFewSegments()
     viewport.setText(m_document->contentString());
     const QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
     viewport.setGeometry(makeTextLayoutStyle(font, 888), QSizeF(900, 600));
-    for (const int place : {0, 500, 1000}) { // Thousandths of the scroll bar.
+    for (const int place : {0, 500, 1000}) { // Thousandths of the scroll range.
         const auto range = viewport.scrollRange();
         viewport.scrollToValue(range.maximum / 1000 * place, range.maximum);
         int segments = 0;

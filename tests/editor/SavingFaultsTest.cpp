@@ -21,17 +21,17 @@ namespace {
 
 constexpr uid_t kNobody = 65534;
 
-/// Which way a save takes.
+/// How a save writes the file.
 enum class Way {
-    NewFile,      ///< Nothing stands there yet.
-    WithoutAName, ///< By a new file that has no name until it takes the old one's place.
-    WithAName,    ///< By one that has a name: the file system knows no other.
-    LateName,     ///< The same, which shows only when it is to get its name.
+    NewFile,      ///< The file does not exist yet.
+    WithoutAName, ///< Through an unnamed file that then replaces the old one.
+    WithAName,    ///< Through a named file, because the file system supports no unnamed one.
+    LateName,     ///< As above, but the failure occurs only when the unnamed file gets its name.
     ThroughALink, ///< Through a symbolic link.
     HardLinks,    ///< In place: the file has two names.
-    MountPoint,   ///< In place: nothing can take the file's place.
-    LockedFolder, ///< In place: the folder takes no file. The copy lies elsewhere.
-    ForeignOwner, ///< In place: a new file would belong to somebody else.
+    MountPoint,   ///< In place: the file cannot be replaced.
+    LockedFolder, ///< In place: the folder accepts no new file. The safety copy is elsewhere.
+    ForeignOwner, ///< In place: a new file would belong to another user.
 };
 
 struct Outcome
@@ -41,7 +41,7 @@ struct Outcome
     static constexpr int kDamaged = 4;
 };
 
-/// A file to save, and what the system is like around it.
+/// A file to save, and the behavior of the system around it.
 class Case final
 {
 public:
@@ -82,7 +82,7 @@ public:
 
     [[nodiscard]] static bool needsRoot(Way way) { return way >= Way::LockedFolder; }
 
-    /// Opens the file, edits it and saves it. Gives bits of `Outcome`.
+    /// Returns a function that opens the file, edits it and saves it. It returns bits of `Outcome`.
     [[nodiscard]] std::function<int()> saving(const QByteArray &content) const
     {
         const QString path =
@@ -96,7 +96,7 @@ public:
         };
     }
 
-    /// What the system answers without any fault; 0 to do as it likes.
+    /// The result of a call without an injected fault; 0 allows the call.
     [[nodiscard]] int answerTo(const SystemCall &call) const
     {
         const auto flags = call.arguments[2];
@@ -117,7 +117,7 @@ public:
         }
     }
 
-    /// Everything that stands in the home, without folders.
+    /// All files in the home folder, without folders.
     [[nodiscard]] QStringList files() const
     {
         QStringList found;
@@ -165,8 +165,7 @@ QByteArray bytes(char letter, int count)
 
 } // namespace
 
-/// Whatever fails while a file is saved, or ends the process: the file holds the old text or the
-/// new.
+/// A failure or a kill during a save leaves the file with the old or the new text.
 class SavingFaultsTest final : public QObject
 {
     Q_OBJECT
@@ -206,7 +205,7 @@ void SavingFaultsTest::initTestCase()
 
 void SavingFaultsTest::init()
 {
-    // Thousands of saves need no disk; those at random moments do.
+    // In-memory files suffice for thousands of saves, but not for the kills at random moments.
     const bool isEnumerating = QByteArray(QTest::currentTestFunction()).startsWith("eachCall");
     if (isEnumerating && QFileInfo(u"/dev/shm"_s).isWritable())
         qputenv("TMPDIR", "/dev/shm");
@@ -264,7 +263,7 @@ void SavingFaultsTest::eachCall_failing_leavesTheOldTextOrTheNew()
                                    .arg(end.status)
                                    .toUtf8();
             if (end.status == 254)
-                continue; // It could not even be opened.
+                continue; // The file could not even be opened.
             const bool hasFailed = (end.status & Outcome::kFailed) != 0;
             failures += hasFailed ? 1 : 0;
             const QByteArray content = saved.content();
@@ -272,7 +271,7 @@ void SavingFaultsTest::eachCall_failing_leavesTheOldTextOrTheNew()
             QVERIFY2(content == (hasFailed ? former : m_new), where);
             QVERIFY2(((end.status & Outcome::kEdited) != 0) == hasFailed, where);
             QVERIFY2((end.status & Outcome::kDamaged) == 0, where);
-            // The next save takes away what this one could not.
+            // The next save removes what this one could not.
             QCOMPARE(InterceptedProcess::runFreely(saved.saving(m_old)).status, 0);
             QVERIFY2(saved.content() == m_old, where);
             QStringList after = saved.files();
@@ -284,7 +283,7 @@ void SavingFaultsTest::eachCall_failing_leavesTheOldTextOrTheNew()
     QVERIFY(failures > 20);
 }
 
-/// \param files what stood there before.
+/// \param files the files before the save.
 void SavingFaultsTest::checkAfterKill(const Case &saved, const QStringList &files)
 {
     QStringList left = saved.files();
@@ -295,7 +294,7 @@ void SavingFaultsTest::checkAfterKill(const Case &saved, const QStringList &file
         QVERIFY2(left.isEmpty(), left.join(u' ').toUtf8());
         return;
     }
-    // A copy of the text before is nobody's to remove but the person's, and nothing else is left.
+    // Only the user removes a safety copy of the old text. No other file is left.
     for (const QString &copy : left)
         QVERIFY2(copy.endsWith(u".bak"_s), copy.toUtf8());
 }
@@ -331,7 +330,7 @@ void SavingFaultsTest::eachCall_killedBefore_leavesTheOldTextOrTheNew()
 
 void SavingFaultsTest::randomMoment_killed_leavesTheOldTextOrTheNew_data()
 {
-    // The others need a system that is made to answer as theirs would.
+    // The other ways need intercepted system calls.
     QTest::addColumn<Way>("way");
     QTest::newRow("a new file") << Way::NewFile;
     QTest::newRow("by a file without a name") << Way::WithoutAName;
@@ -377,7 +376,7 @@ void SavingFaultsTest::randomMoment_killed_leavesTheOldTextOrTheNew()
         isWhole = isWhole || (way == Way::NewFile && content.isNull());
         for (const QString &copy : SafeCopy::left(saved.file())) {
             isWhole = isWhole || readFile(copy) == old;
-            QFile::remove(copy); // As the person would, who has seen it.
+            QFile::remove(copy); // As the user does after looking at it.
         }
         QVERIFY2(isWhole, QByteArray::number(kill));
     }

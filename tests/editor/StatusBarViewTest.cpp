@@ -189,7 +189,7 @@ void StatusBarViewTest::bar_look_followsItsMeasures()
     QVERIFY(dividerFound);
 }
 
-// Each label draws at the same distance from its top, whatever fonts its text takes.
+// The text of each label has the same distance from the label's top, whatever fonts it uses.
 void StatusBarViewTest::counters_ofDifferentScripts_shareOneBaseline()
 {
     const QLabel *first = label("statusCursor");
@@ -228,7 +228,7 @@ void StatusBarViewTest::bar_darkPalette_isLegible()
     dark.setColor(QPalette::Window, background);
     dark.setColor(QPalette::WindowText, QColor(230, 230, 230));
     for (const auto role : {QPalette::Light, QPalette::Midlight, QPalette::Mid, QPalette::Dark}) {
-        dark.setColor(role, background); // A theme may draw all its edges that faintly.
+        dark.setColor(role, background); // Some themes draw all edges this faintly.
     }
     m_bar->setPalette(dark);
     const auto strongest = [this, background](const QRect &area) {

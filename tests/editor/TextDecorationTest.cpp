@@ -13,14 +13,15 @@ using Fixture = test::ShownTextView;
 
 namespace {
 
-/// Colours every `x`, and the rows of each line that begins with `!`. The key is the number of
-/// lines with a `*` before the segment: those colours are another one.
+/// Colors each `x`, and the background of each segment that begins with `!`. The color key is the
+/// number of `*` before the segment; an `x` is red when it is 0, otherwise green.
 class Decoration final : public TextDecoration
 {
 public:
     void textChanged(const Text &text, qint64 offset, qint64 oldLength, qint64 newLength) override
     {
-        // Told of each edit, so what is known can be brought up to date and never read anew.
+        // Every edit is reported, so a decoration can update its state without reading the whole
+        // text.
         m_model.replace(offset, oldLength, text.slice(offset, newLength));
         m_isInStep = m_isInStep && m_model == text.toString();
     }
@@ -62,7 +63,7 @@ public:
     int m_asked = 0;
 };
 
-/// A view with a decoration, which outlives it.
+/// A view with a decoration that outlives the view.
 struct Decorated
 {
     explicit Decorated(QStringView text)
@@ -79,7 +80,7 @@ struct Decorated
     Fixture f;
 };
 
-/// Pixels in which one channel is well above the other two.
+/// Counts pixels in which one channel is well above the other two.
 int pixelsOf(const QImage &image, const QRectF &area, Qt::GlobalColor color)
 {
     const bool isRed = color == Qt::red;
@@ -136,8 +137,8 @@ void TextDecorationTest::color_isThatOfItsRange()
 
 void TextDecorationTest::color_changesNoPlace()
 {
-    // A tab stands in a first row only: in a wrapped one Qt's tab stops depend on where the
-    // stretches of one look begin, with or without a decoration.
+    // The tab is in a first row: in later rows Qt's tab stops depend on where stretches of one
+    // format begin, with or without a decoration.
     const QString text = u"a\tx\tb"_s + u"fix 行x字 x\U0001F600x wrap "_s.repeated(30);
     Decorated d(text);
     Fixture plain(text);
@@ -159,7 +160,7 @@ void TextDecorationTest::color_ofSelectedText_isTheSelections()
 
 void TextDecorationTest::color_avoidsTheLabelOfAControl()
 {
-    // The decoration that colours everything.
+    // A decoration that colors everything.
     class All final : public TextDecoration
     {
         void textChanged(const Text & /*text*/,
@@ -183,7 +184,7 @@ void TextDecorationTest::color_avoidsTheLabelOfAControl()
 
     Fixture f(QString(u"a"_s + QChar(u'\x01') + u"a"_s));
     f.view.setDecoration(&all);
-    // The label is drawn over a stand-in of that width, which must stay unseen.
+    // The label is drawn over a placeholder of its width, which must stay invisible.
     QCOMPARE(pixelsOf(pictureOf(f), f.view.characterRectAt(1).adjusted(1, 0, -2, 0), Qt::red), 0);
     f.view.setDecoration(nullptr);
 }
@@ -263,7 +264,7 @@ void TextDecorationTest::background_fillsItsRows()
     const auto middle = [&d](qint64 offset) {
         return static_cast<int>(d.f.view.caretRectAt(offset).center().y());
     };
-    QVERIFY(middle(end) > middle(2)); // It wraps.
+    QVERIFY(middle(end) > middle(2)); // The line wraps.
     QCOMPARE(image.pixelColor(right, middle(2)), QColor(Qt::cyan));
     QCOMPARE(image.pixelColor(0, middle(end)), QColor(Qt::cyan));
     QVERIFY(image.pixelColor(right, middle(0)) != QColor(Qt::cyan));
@@ -301,7 +302,7 @@ void TextDecorationTest::visibleLines_areThoseThatCanBeSeen()
 
 void TextDecorationTest::visibleLines_withStartOutOfSight_areSeen()
 {
-    // Lines higher than the view; the second of them is laid out in more than one piece.
+    // Lines higher than the view. The second is laid out in several pieces.
     for (const int words : {400, 3'000}) {
         Fixture f(QString(u"a\n"_s + u"word "_s.repeated(words)));
         f.view.scrollTo(f.view.string().size());

@@ -29,7 +29,7 @@ void TextDifferenceTest::difference_texts_isTheStretchBetween_data()
     QTest::newRow("repeated") << u"aaa"_s << u"aa"_s << qint64{2} << qint64{1} << QString();
     QTest::newRow("grown") << u"aa"_s << u"aaaa"_s << qint64{2} << qint64{0} << u"aa"_s;
     QTest::newRow("all") << u"abc"_s << u"xy"_s << qint64{0} << qint64{3} << u"xy"_s;
-    // Both characters begin with the same surrogate, or end with it.
+    // Both characters share the high surrogate, or the low one.
     QTest::newRow("same high") << u"a\U0001F600b"_s << u"a\U0001F601b"_s << qint64{1} << qint64{2}
                                << u"\U0001F601"_s;
     QTest::newRow("same low") << u"a\U0001F600b"_s << u"a\U0001FA00b"_s << qint64{1} << qint64{2}
@@ -58,10 +58,10 @@ void TextDifferenceTest::difference_randomEdits_makesOneOfTheOther()
         for (int i = 0; i < length; ++i) {
             units += letters[random.bounded(static_cast<int>(letters.size()))];
         }
-        return Text(units); // Halves of pairs become U+FFFD.
+        return Text(units); // Lone surrogates become U+FFFD.
     };
     for (int round = 0; round < 300; ++round) {
-        // Now and then longer than a block of the comparison.
+        // Some texts are longer than a block of the comparison.
         const Text before = text(round % 50 == 0 ? 200'000 : random.bounded(40));
         const Text after = before.replaced(random.bounded(before.size() + 1),
                                            random.bounded(before.size() + 1),

@@ -66,7 +66,7 @@ private Q_SLOTS:
     void waiting_forATransfer_tellsItsEndOnce();
 
 private:
-    /// Waits for the end of the document's transfer, and gives its error.
+    /// Waits for the end of the document's transfer, and returns its error.
     static std::optional<DocumentError> endOf(TextDocument &document);
 
     [[nodiscard]] QString path(const QString &name) const { return m_folder->filePath(name); }
@@ -322,7 +322,7 @@ void TextDocumentTest::reading_invalidLastByte_failsAsAWhole()
 
 void TextDocumentTest::reading_cancelled_leavesTheDocument()
 {
-    // Whether or not all was read by then: the person does not want it.
+    // The user has cancelled, so the text is discarded even if all of it has been read by then.
     writeBytes(path(u"a.txt"_s), "short");
     TextDocument document;
     document.startReading(path(u"a.txt"_s));

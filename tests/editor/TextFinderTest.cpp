@@ -23,7 +23,7 @@ FindPattern word(const QString &string)
     return {string, true, true, false};
 }
 
-/// What repeated QString::indexOf finds, none overlapping the one before.
+/// The matches of repeated QString::indexOf, without overlaps.
 Ranges slowMatches(const QString &text, const QString &pattern, Qt::CaseSensitivity sensitivity)
 {
     Ranges ranges;
@@ -94,7 +94,7 @@ void TextFinderTest::plain_acrossChunksAndSteps_isFound()
             QCOMPARE(matches(text, plain(needle)), (Ranges{{at, at + needle.size()}}));
         }
     }
-    // A long run keeps its rhythm from step to step.
+    // In a long run, matches stay aligned across step boundaries.
     const Ranges pairs = matches(QString(200'001, u'a'), plain(u"aa"_s));
     QCOMPARE(pairs.size(), 100'000);
     QCOMPARE(pairs.last(), (std::pair<qint64, qint64>(199'998, 200'000)));
@@ -204,7 +204,7 @@ void TextFinderTest::previous_farAway_isFoundBlockByBlock()
              (FindMatch{0, 6}));
     QCOMPARE(findPrevious(finderOf(expression(u"ne+dle"_s)), text, text.size(), false).match,
              (FindMatch{0, 6}));
-    // It starts before a block and ends in it.
+    // The match starts before a block and ends in it.
     const qint64 start = 100'000 - 32'768 - 3;
     const Text straddling(QString(start, u'x') + u"needle"_s + QString(100'000 - start - 6, u'y'));
     QCOMPARE(findPrevious(finderOf(plain(u"needle"_s)), straddling, 100'000, false).match,
@@ -256,7 +256,7 @@ void TextFinderTest::step_costlyPattern_isCutShort_data()
     QTest::newRow("words of kana") << QString(1'000'000, u'あ') << word(u"あ"_s);
 }
 
-/// How long the steps take is measured by the benchmark `costlySteps`.
+/// The benchmark `costlySteps` measures how long the steps take.
 void TextFinderTest::step_costlyPattern_isCutShort()
 {
     QFETCH(const QString, text);
@@ -312,7 +312,7 @@ void TextFinderTest::replaceAll_caret_keepsItsPlace()
         return replaceAllMatches(finder, longer, text, caret).caret;
     };
     QCOMPARE(caretAfter(0), 0);
-    QCOMPARE(caretAfter(1), 3);  // Inside a match: behind what replaces it.
+    QCOMPARE(caretAfter(1), 3);  // Inside a match: after its replacement.
     QCOMPARE(caretAfter(3), 4);  // Before "bb".
     QCOMPARE(caretAfter(6), 7);  // Before the second match.
     QCOMPARE(caretAfter(9), 11); // Before "cc".
@@ -382,7 +382,7 @@ void TextFinderTest::count_matchesIn_givesThoseOfTheRange()
         QCOMPARE(marks.back(), (FindMatch{200'012, 200'015}));
         QCOMPARE(marks.size(), 4U);
     };
-    check(); // Without a checkpoint near.
+    check(); // No checkpoint is near.
     while (count.countStep()) {
     }
     check();

@@ -103,7 +103,7 @@ void TextSegmentsTest::walk_coversTheWholeTextBothWays()
         segment = next;
     }
     QCOMPARE(segment.end, text.size());
-    // Every offset lies in the segment that the walk found.
+    // Each offset is in a segment that the walk found.
     for (qint64 offset = 0; offset <= text.size(); offset += 61) {
         const TextSegment found = segments::at(text, offset);
         QVERIFY(starts.contains(found.start));

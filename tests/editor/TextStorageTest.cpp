@@ -186,7 +186,7 @@ void TextStorageTest::saving_stateThrownAwayMeanwhile_staysModified()
     storage.replaceCharacters({0, 0}, Text(u"a"));
     storage.beginSaving();
     storage.undo();
-    storage.replaceCharacters({0, 0}, Text(u"b")); // As far in history as what is being saved.
+    storage.replaceCharacters({0, 0}, Text(u"b")); // As many undo steps as the text being saved.
     storage.endSaving(true);
     QVERIFY(storage.isModified());
     storage.undo();
@@ -378,7 +378,7 @@ void TextStorageTest::randomEditsUndoRedo_matchModel()
     QFETCH(quint32, seed);
     QRandomGenerator random(seed);
     TextStorage storage;
-    // The model keeps every state whole; one step of it is one undo step of the storage.
+    // The model keeps every state as a whole; each step of it is one undo step of the storage.
     QList<QString> states{test::randomText(random, 300)};
     qsizetype position = 0;
     storage.setText(Text{QStringView(states.first())});
@@ -411,7 +411,8 @@ void TextStorageTest::randomEditsUndoRedo_matchModel()
         QCOMPARE(storage.canUndo(), position > 0);
         QCOMPARE(storage.canRedo(), position + 1 < states.size());
         QCOMPARE(storage.text().toString(), states[position]);
-        // The counters of edited texts have a test of their own; a wrong one would last.
+        // Another test covers the counters of edited texts. A wrong one would persist, so some
+        // rounds suffice here.
         if (i % 10 == 0)
             QCOMPARE(storage.text().metrics(), test::metricsOf(states[position]));
     }

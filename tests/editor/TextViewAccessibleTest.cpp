@@ -15,7 +15,7 @@ QAccessibleTextInterface *textInterfaceOf(TextView &view)
     return QAccessible::queryAccessibleInterface(&view)->textInterface();
 }
 
-/// Every piece that `boundary` divides the text into, from the start on.
+/// All pieces into which `boundary` divides the text, in order.
 QStringList piecesOf(TextView &view, QAccessible::TextBoundaryType boundary)
 {
     QAccessibleTextInterface *text = textInterfaceOf(view);
@@ -109,7 +109,7 @@ void TextViewAccessibleTest::lines_areTheRowsOnTheScreen()
     QVERIFY(rows.size() > 5);
     QCOMPARE(rows.mid(rows.size() - 3), (QStringList{u"next\n"_s, u"\n"_s, u"last"_s}));
     QVERIFY(rows[rows.size() - 4].endsWith(u"\r\n"));
-    // Characters of a row stand side by side, those of the next one below.
+    // The characters of a row are side by side, the next row is below.
     QAccessibleTextInterface *text = textInterfaceOf(f.view);
     const int length = static_cast<int>(rows[0].size());
     QCOMPARE(text->characterRect(0).top(), text->characterRect(length - 1).top());
@@ -154,7 +154,7 @@ void TextViewAccessibleTest::characterRects_followEachOtherInBothDirections()
     const QRect c = text->characterRect(2);
     QVERIFY(b.width() > 3 && c.width() > 3);
     QVERIFY(b.left() < c.left());
-    // Arabic inside runs to the left.
+    // The Arabic characters run to the left.
     const QRect first = text->characterRect(4);
     const QRect second = text->characterRect(5);
     QVERIFY(first.width() > 1 && second.width() > 1);
@@ -184,7 +184,7 @@ void TextViewAccessibleTest::scrollToSubstring_showsIt()
 
 namespace {
 
-/// A view in a widget that stands for it, with a label beside that.
+/// A view inside a widget that represents it, with a label for that widget.
 struct LabelledView
 {
     LabelledView()

@@ -10,7 +10,7 @@ using namespace penwick;
 using namespace Qt::StringLiterals;
 using Fixture = test::ShownTextView;
 
-/// What a view does with an input method.
+/// Tests of a view with an input method.
 class TextViewCompositionTest final : public QObject
 {
     Q_OBJECT
@@ -121,7 +121,7 @@ void TextViewCompositionTest::wrappingComposition_keepsTheCursorRectangleAtItsCa
     for (qsizetype length = 1; length <= reading.size(); ++length) {
         f.compose(reading.first(length));
         const QRectF now = f.view.inputMethodQuery(Qt::ImCursorRectangle).toRectF();
-        // Each character brings it further along the row, or to the next one.
+        // Each character moves the caret further along the row, or to the next row.
         QVERIFY(now.top() > last.top() || (now.top() == last.top() && now.x() > last.x()));
         QVERIFY(now.right() <= f.view.viewport()->width());
         last = now;
@@ -134,7 +134,7 @@ void TextViewCompositionTest::clauses_keepTheLooksTheyAreGiven()
     Fixture f;
     QTextCharFormat marked;
     marked.setBackground(QColor(255, 0, 0));
-    marked.setForeground(QColor(255, 0, 0)); // One colour all over, so that any pixel tells.
+    marked.setForeground(QColor(255, 0, 0)); // A single color, so that any pixel can be tested.
     const QInputMethodEvent event(
         u"ああああ"_s,
         {{QInputMethodEvent::TextFormat, 2, 2, marked}, {QInputMethodEvent::Cursor, 4, 1, {}}});
@@ -239,7 +239,7 @@ void TextViewCompositionTest::caretPlacedElsewhere_endsTheComposition()
 
 void TextViewCompositionTest::compositionWhereSegmentsMeet_isShownOnce()
 {
-    // A huge line is laid out in pieces; the first ends right here.
+    // A huge line is laid out in pieces; the first ends at this offset.
     Fixture f(QString(segments::kUnits, u'x') + QString(segments::kUnits, u'y'));
     f.caret(segments::kUnits);
     const QRectF before = f.view.caretRectAt(segments::kUnits - 1);
@@ -247,7 +247,7 @@ void TextViewCompositionTest::compositionWhereSegmentsMeet_isShownOnce()
     QCOMPARE(f.view.caretRectAt(segments::kUnits - 1), before);
     const QImage image = f.view.grab().toImage();
     f.view.setSelectedRange({segments::kUnits, 0});
-    // Behind the last row of the first piece there is room: nothing may be drawn in it.
+    // The space after the last row of the first piece must stay empty.
     const QPointF behind = before.topRight() + QPointF(2 * before.height(), before.height() / 2);
     if (behind.x() < f.view.viewport()->width() - before.height())
         QCOMPARE(image.pixelColor(behind.toPoint()), f.view.palette().color(QPalette::Base));

@@ -16,7 +16,7 @@ namespace {
 
 constexpr Qt::DropActions kBoth = Qt::CopyAction | Qt::MoveAction;
 
-/// Moves the mouse over the view with the left button held.
+/// Moves the mouse over the view with the left button pressed.
 void moveMouse(Fixture &f, QPoint point)
 {
     QWidget *target = f.view.viewport();
@@ -25,7 +25,7 @@ void moveMouse(Fixture &f, QPoint point)
     QCoreApplication::sendEvent(target, &event);
 }
 
-/// The drag comes over the view; only then does the toolkit pass on what follows.
+/// Drags into the view. The toolkit delivers further drag events only after this one.
 bool enter(Fixture &f, const QMimeData *mime, QPoint point)
 {
     QDragEnterEvent event(point, kBoth, mime, Qt::LeftButton, {});
@@ -33,7 +33,7 @@ bool enter(Fixture &f, const QMimeData *mime, QPoint point)
     return event.isAccepted();
 }
 
-/// Drags over the view, as far as `point`.
+/// Drags over the view to `point`. True when a drop there would be accepted.
 bool hover(Fixture &f, const QMimeData *mime, QPoint point)
 {
     if (!enter(f, mime, point))
@@ -44,19 +44,19 @@ bool hover(Fixture &f, const QMimeData *mime, QPoint point)
     return event.isAccepted();
 }
 
-/// Lets go over the view and returns what was done.
-Qt::DropAction letGo(Fixture &f, const QMimeData *mime, QPoint point, Qt::DropAction action)
+/// Drops at `point` and returns the action that the view performed.
+Qt::DropAction drop(Fixture &f, const QMimeData *mime, QPoint point, Qt::DropAction action)
 {
     if (!enter(f, mime, point))
         return Qt::IgnoreAction;
-    // The key that asks for the action.
+    // The modifier that requests the action.
     const auto key = action == Qt::MoveAction ? Qt::ShiftModifier : Qt::ControlModifier;
     QDropEvent event(point, kBoth, mime, Qt::LeftButton, key);
     QCoreApplication::sendEvent(f.view.viewport(), &event);
     return event.isAccepted() ? event.dropAction() : Qt::IgnoreAction;
 }
 
-/// Presses on the selection and pulls until a drag begins; `runner` is the rest of it.
+/// Presses on the selection and moves until a drag begins. `runner` performs the drag.
 void pull(Fixture &f, qint64 offset, const TextView::DragRunner &runner)
 {
     f.view.setDragRunner([runner](QDrag *drag) {
@@ -71,7 +71,7 @@ void pull(Fixture &f, qint64 offset, const TextView::DragRunner &runner)
 
 } // namespace
 
-/// Text dragged out of views and dropped into them.
+/// Tests of dragging text out of views and dropping it into views.
 class TextViewDragTest final : public QObject
 {
     Q_OBJECT
@@ -112,7 +112,7 @@ void TextViewDragTest::moveWithinTheView_isOneStepAndStaysSelected()
     f.view.setSelectedRange({4, 4});
     QFETCH(qint64, place);
     const QPoint point = f.pointOf(place == 8 ? 14 : place);
-    pull(f, 5, [&](QDrag *drag) { return letGo(f, drag->mimeData(), point, Qt::MoveAction); });
+    pull(f, 5, [&](QDrag *drag) { return drop(f, drag->mimeData(), point, Qt::MoveAction); });
     QTEST(f.text(), "expected");
     QTEST(f.view.selectedRange(), "selection");
     f.view.undo();
@@ -131,7 +131,7 @@ void TextViewDragTest::dropOnItself_changesNothing()
     QSignalSpy changes(&f.view, &TextView::textDidChange);
     for (const qint64 place : {4, 5, 7}) {
         const QPoint point = f.pointOf(place);
-        pull(f, 5, [&](QDrag *drag) { return letGo(f, drag->mimeData(), point, Qt::MoveAction); });
+        pull(f, 5, [&](QDrag *drag) { return drop(f, drag->mimeData(), point, Qt::MoveAction); });
     }
     QCOMPARE(f.text(), u"one two three"_s);
     QCOMPARE(f.view.selectedRange(), (TextRange{4, 3}));
@@ -144,7 +144,7 @@ void TextViewDragTest::copyWithinTheView_keepsTheOriginal()
     Fixture f(u"one two");
     f.view.setSelectedRange({0, 3});
     const QPoint point = f.pointOf(7);
-    pull(f, 1, [&](QDrag *drag) { return letGo(f, drag->mimeData(), point, Qt::CopyAction); });
+    pull(f, 1, [&](QDrag *drag) { return drop(f, drag->mimeData(), point, Qt::CopyAction); });
     QCOMPARE(f.text(), u"one twoone"_s);
     QCOMPARE(f.view.selectedRange(), (TextRange{7, 3}));
     f.view.undo();
@@ -157,7 +157,7 @@ void TextViewDragTest::moveToAnotherView_isOneStepInEach()
     Fixture from(u"one two");
     from.view.setSelectedRange({0, 4});
     const QPoint point = to.pointOf(1);
-    pull(from, 1, [&](QDrag *drag) { return letGo(to, drag->mimeData(), point, Qt::MoveAction); });
+    pull(from, 1, [&](QDrag *drag) { return drop(to, drag->mimeData(), point, Qt::MoveAction); });
     QCOMPARE(to.text(), u"xone y"_s);
     QCOMPARE(to.view.selectedRange(), (TextRange{1, 4}));
     QCOMPARE(from.text(), u"two"_s);
@@ -177,7 +177,7 @@ void TextViewDragTest::copyToAnotherView_leavesTheFirstAlone()
     Fixture from(u"one two");
     from.view.setSelectedRange({0, 4});
     const QPoint point = to.pointOf(1);
-    pull(from, 1, [&](QDrag *drag) { return letGo(to, drag->mimeData(), point, Qt::CopyAction); });
+    pull(from, 1, [&](QDrag *drag) { return drop(to, drag->mimeData(), point, Qt::CopyAction); });
     QCOMPARE(to.text(), u"xone y"_s);
     QCOMPARE(from.text(), u"one two"_s);
     QVERIFY(!from.storage.canUndo());
@@ -219,7 +219,7 @@ void TextViewDragTest::clickOnTheSelection_placesTheCaret()
     QCOMPARE(f.view.selectedRange(), (TextRange{0, 13}));
     QTest::mouseRelease(f.view.viewport(), Qt::LeftButton, {}, point);
     QCOMPARE(f.view.selectedRange(), (TextRange{5, 0}));
-    // And the next press with a pull selects again.
+    // The next press and move select again.
     QTest::mousePress(f.view.viewport(), Qt::LeftButton, {}, point);
     moveMouse(f, f.pointOf(8));
     QCOMPARE(f.view.selectedRange(), (TextRange{5, 3}));
@@ -254,7 +254,7 @@ void TextViewDragTest::dragOver_showsTheDropCaret()
 {
     Fixture f(u"one two three");
     f.caret(0);
-    f.view.clearFocus(); // Its own caret is not shown then.
+    f.view.clearFocus(); // Hides the view's own caret.
     const TextMimeData mime(Text(u"x"));
     const QRect place = f.view.caretRectAt(7).toRect();
     const auto lineIsDrawn = [&] {
@@ -294,7 +294,7 @@ void TextViewDragTest::drop_duringAComposition_commitsIt()
     f.caret(2);
     f.compose(u"に"_s);
     const TextMimeData mime(Text(u"x"));
-    letGo(f, &mime, QPoint(0, 10), Qt::CopyAction);
+    drop(f, &mime, QPoint(0, 10), Qt::CopyAction);
     QVERIFY(!f.view.hasMarkedText());
     QCOMPARE(f.text(), u"xab"_s);
 }
@@ -306,7 +306,7 @@ void TextViewDragTest::dropOfFiles_isLeftToTheWindow()
     mime.setUrls({QUrl::fromLocalFile(u"/tmp/a.txt"_s)});
     mime.setText(u"/tmp/a.txt"_s);
     QVERIFY(!hover(f, &mime, QPoint(20, 10)));
-    QCOMPARE(letGo(f, &mime, QPoint(20, 10), Qt::CopyAction), Qt::IgnoreAction);
+    QCOMPARE(drop(f, &mime, QPoint(20, 10), Qt::CopyAction), Qt::IgnoreAction);
     QCOMPARE(f.text(), u"ab"_s);
 }
 
@@ -327,7 +327,7 @@ void TextViewDragTest::draggedText_isHandedOverExactly()
     QString seenByOthers;
     pull(from, 2, [&](QDrag *drag) {
         seenByOthers = drag->mimeData()->text();
-        return letGo(to, drag->mimeData(), QPoint(10, 10), Qt::MoveAction);
+        return drop(to, drag->mimeData(), QPoint(10, 10), Qt::MoveAction);
     });
     QCOMPARE(to.text(), all);
     QCOMPARE(seenByOthers, all);
@@ -340,7 +340,7 @@ void TextViewDragTest::foreignText_keepsItsFirstMark()
     mime.setData(u"text/plain;charset=utf-8"_s, "\xEF\xBB\xBFtext");
     mime.setText(u"text"_s);
     Fixture f;
-    letGo(f, &mime, QPoint(10, 10), Qt::CopyAction);
+    drop(f, &mime, QPoint(10, 10), Qt::CopyAction);
     QCOMPARE(f.text(), u"\uFEFFtext"_s);
 }
 

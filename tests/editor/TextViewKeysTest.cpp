@@ -8,8 +8,7 @@ using namespace penwick;
 using namespace Qt::StringLiterals;
 using Fixture = test::ShownTextView;
 
-/// Keys that a person expects of any text view. Those that only some platforms have are tried by
-/// the journey named keys.
+/// Tests of the usual keys of a text view. The journey `keys` covers the platform-specific ones.
 class TextViewKeysTest final : public QObject
 {
     Q_OBJECT
@@ -35,7 +34,7 @@ void TextViewKeysTest::insertAlone_doesNothing()
     f.key(Qt::Key_Insert);
     QCOMPARE(f.text(), u"abc"_s);
     QCOMPARE(f.view.selectedRange(), (TextRange{1, 1}));
-    // Nor does it change how typing works afterwards.
+    // Typing still inserts afterwards.
     f.caret(0);
     f.key(Qt::Key_X);
     QCOMPARE(f.text(), u"xabc"_s);
@@ -99,7 +98,7 @@ void TextViewKeysTest::paragraphMoveWithShift_extends()
 void TextViewKeysTest::pageMove_keepsRowAndColumnOnTheScreen()
 {
     Fixture f(u"a line of text\n"_s.repeated(300));
-    f.caret(15 * 5 + 7); // In the sixth row.
+    f.caret(15 * 5 + 7); // In the sixth line.
     const QRectF before = f.view.caretRectAt(f.view.caretOffset());
     f.key(Qt::Key_PageDown);
     QCOMPARE(f.view.caretRectAt(f.view.caretOffset()), before);
@@ -123,7 +122,7 @@ void TextViewKeysTest::leftAndRight_followTheScreenInMixedText()
         x = f.view.caretRectAt(offset).x();
         visited.insert(offset);
     }
-    QCOMPARE(visited.size(), 10); // Every place has had its turn.
+    QCOMPARE(visited.size(), 10); // Every offset was visited.
     QCOMPARE(f.view.caretOffset(), 9);
     for (int i = 0; i < 9; ++i) {
         f.key(Qt::Key_Left);

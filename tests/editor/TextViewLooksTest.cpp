@@ -13,7 +13,7 @@ using Fixture = test::ShownTextView;
 
 namespace {
 
-/// The shown view without its caret, which blinks.
+/// A picture of the view without its blinking caret.
 QImage pictureOf(Fixture &f)
 {
     f.caret(f.view.string().size());
@@ -27,7 +27,7 @@ QImage pictureOf(Fixture &f)
     return image;
 }
 
-/// Pixels that are not of the colour `background`.
+/// Counts pixels whose color differs from `background`.
 int inkIn(const QImage &image, const QRect &area, const QColor &background)
 {
     int count = 0;
@@ -51,7 +51,7 @@ QRect rowOf(const Fixture &f, qint64 offset)
 
 } // namespace
 
-/// What a view shows, as far as pixels can tell.
+/// Tests of what a view draws, by its pixels.
 class TextViewLooksTest final : public QObject
 {
     Q_OBJECT
@@ -94,7 +94,7 @@ void TextViewLooksTest::invisibleCharacter_canBeSeen_data()
 void TextViewLooksTest::invisibleCharacter_canBeSeen()
 {
     QFETCH(QString, character);
-    // Alone in its line: whatever is drawn there is the character.
+    // The character is alone in its line, so all that is drawn there belongs to it.
     Fixture f(QString(character + (character == u"\r" ? u"x"_s : u"\n\n"_s)));
     const QImage image = pictureOf(f);
     QVERIFY(inkIn(image, rowOf(f, 0), baseOf(f)) > 3);
@@ -132,7 +132,7 @@ void TextViewLooksTest::labelledCharacters_keepTheirOffsets()
     // A label is two columns wide.
     const qreal column = f.view.caretRectAt(1).x() - f.view.caretRectAt(0).x();
     QVERIFY(f.view.caretRectAt(2).x() - f.view.caretRectAt(1).x() > 1.5 * column);
-    // A click on a label of a line end does not lead behind it.
+    // A click on the label of a line end does not move the caret past it.
     const QPoint behind = (f.view.caretRectAt(4).center() + QPointF(column, 0)).toPoint();
     QCOMPARE(f.view.offsetAt(behind), 4);
 }
@@ -206,7 +206,7 @@ void TextViewLooksTest::selectionInMixedDirections_coversWhatIsSelected()
     f.view.setSelectedRange({2, 4});
     const QImage image = f.view.viewport()->grab().toImage();
     const QColor highlight = f.view.palette().color(QPalette::Active, QPalette::Highlight);
-    // The first letter is the rightmost one: left of the blank behind the word.
+    // The first letter is the rightmost one, left of the blank after the word.
     const QPoint first(static_cast<int>(f.view.caretRectAt(4).x()) + 3,
                        f.view.caretRectAt(4).toRect().top() + 2);
     QCOMPARE(image.pixelColor(blank), highlight);
@@ -229,7 +229,8 @@ void TextViewLooksTest::selectedLineBreak_leavesNoGap()
     const auto left = static_cast<int>(TextViewport::kMargin);
     const QColor highlight = image.pixelColor(left + 1, left + 1);
     QVERIFY(highlight != baseOf(f));
-    for (qint64 offset = 0; offset < f.storage.length() - 11; ++offset) { // Above the text.
+    for (qint64 offset = 0; offset < f.storage.length() - 11; ++offset) { // The area above the
+                                                                          // text.
         const int top = f.view.caretRectAt(offset).toRect().top() + 1;
         QCOMPARE(inkIn(image, QRect(left, top, image.width() - 2 * left, 2), highlight), 0);
     }
@@ -252,7 +253,7 @@ void TextViewLooksTest::rightToLeftLine_standsOnTheRight()
     Fixture f(u"\u05D0\u05D1\u05D2\nabc");
     QVERIFY(f.view.caretRectAt(0).x() > f.view.viewport()->width() - 20);
     QVERIFY(f.view.caretRectAt(4).x() < 20);
-    // The selected line break is what is left of the line.
+    // A selected line break fills the row to its left edge.
     f.view.setSelectedRange({0, 4});
     const QImage image = f.view.viewport()->grab().toImage();
     QCOMPARE(image.pixelColor(f.view.viewport()->width() / 2, f.view.caretRectAt(0).toRect().top()),
@@ -283,7 +284,8 @@ void TextViewLooksTest::text_hasAMargin()
 {
     Fixture f(QString(200, u'M'));
     const QImage image = pictureOf(f);
-    const auto margin = static_cast<int>(TextViewport::kMargin) - 2; // Strokes may lean out.
+    const auto margin = static_cast<int>(TextViewport::kMargin) - 2; // Glyphs may extend slightly
+                                                                     // into the margin.
     QVERIFY(margin > 0);
     QCOMPARE(inkIn(image, QRect(0, 0, margin, image.height()), baseOf(f)), 0);
     QCOMPARE(inkIn(image, QRect(0, 0, image.width(), margin), baseOf(f)), 0);

@@ -35,7 +35,7 @@ QStringList enabledIn(const QMenu &menu)
     return titles;
 }
 
-/// The menu that is open now; closed at the end.
+/// The open menu; null when there is none.
 QMenu *openMenu()
 {
     return qobject_cast<QMenu *>(QApplication::activePopupWidget());
@@ -157,7 +157,7 @@ void TextViewMenuTest::keys_openTheMenuAtTheCaret()
     Fixture f(u"line\n"_s.repeated(300));
     f.caret(1000);
     f.view.verticalScrollBar()->setValue(0);
-    if (isMenuKey) { // The platform makes an event of it.
+    if (isMenuKey) { // The platform sends a context menu event.
         QContextMenuEvent event(QContextMenuEvent::Keyboard, {}, {}, {});
         QCoreApplication::sendEvent(&f.view, &event);
     } else {
@@ -169,7 +169,7 @@ void TextViewMenuTest::keys_openTheMenuAtTheCaret()
     QVERIFY(f.view.viewport()->rect().contains(caret.center().toPoint()));
     const QPoint corner = f.view.viewport()->mapToGlobal(caret.bottomLeft().toPoint());
     QCOMPARE(menu->pos().x(), corner.x());
-    // Where there is no room below, it opens upwards.
+    // The menu opens upwards if there is no room below.
     QVERIFY(menu->pos().y() == corner.y() || menu->geometry().bottom() <= corner.y());
     QCOMPARE(f.view.selectedRange(), (TextRange{1000, 0}));
 }

@@ -37,14 +37,14 @@ bool isClusterBoundary(const Text &text, qint64 offset)
     return text.clusterBoundaryAtOrBefore(offset) == offset;
 }
 
-/// What an action promises about the view afterwards.
+/// What must hold for the view after an action.
 struct Promise
 {
     bool caretIsShown = false;
     bool caretIsAtCluster = false;
 };
 
-/// A view that a person plays with, and one that is made anew over the same text to compare.
+/// A view for random actions, and a new view over the same text for comparison.
 class Play final
 {
 public:
@@ -54,11 +54,11 @@ public:
     {
     }
 
-    /// Does one thing at random and says what to expect.
+    /// Performs a random action and returns what must hold afterwards.
     Promise act();
-    /// True when the view keeps its promises; else says what broke in `failure`.
+    /// True when `promise` holds; otherwise `failure` says what does not.
     bool holds(const Promise &promise, QString &failure);
-    /// True when the layout is the one that a new view makes.
+    /// True when the layout equals that of a new view; otherwise `failure` says where it differs.
     bool looksLikeNew(QString &failure);
 
 private:
@@ -119,7 +119,7 @@ Promise Play::move()
     const bool collapses = m_shown.view.selectedRange().length > 0;
     m_preedit.clear();
     m_shown.key(key, modifiers);
-    // The edges of a selection may have been put inside a cluster by a program.
+    // A program may have put the edges of a selection inside a cluster.
     return {true, !collapses};
 }
 
@@ -285,7 +285,7 @@ bool Play::looksLikeNew(QString &failure)
     fresh.setString(view.string());
     fresh.setSelectedRange({view.caretOffset(), 0});
     if (view.viewport()->size() != fresh.viewport()->size())
-        return true; // Only one of them has room for a scroll bar at this moment.
+        return true; // Only one of the two has a scroll bar at the moment.
     if (view.hasMarkedText())
         m_fresh.compose(m_preedit);
     const qint64 caret = view.caretOffset();

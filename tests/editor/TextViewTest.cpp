@@ -155,7 +155,7 @@ void TextViewTest::homeAndEnd_workOnVisualRows()
     f.key(Qt::Key_End);
     const qint64 end = f.view.selectedRange().location;
     QVERIFY(end > 150 && end < 400);
-    // At the wrap the caret stands behind the upper row: Home goes back to its start.
+    // At the wrap the caret is drawn at the end of the upper row, so Home goes to that row's start.
     f.key(Qt::Key_Home);
     QCOMPARE(f.view.selectedRange().location, start);
     f.key(Qt::Key_End);
@@ -294,7 +294,7 @@ void TextViewTest::replaceCharacters_movesTheSelection_data()
     QTest::addColumn<TextRange>("selection");
     QTest::addColumn<TextRange>("range");
     QTest::addColumn<TextRange>("expected");
-    // "abcdefgh", the range replaced by "XYZ".
+    // Columns: the selection in "abcdefgh", the range replaced by "XYZ", the selection afterwards.
     QTest::newRow("whole text") << TextRange{2, 3} << TextRange{0, 8} << TextRange{3, 0};
     QTest::newRow("the selection") << TextRange{2, 3} << TextRange{2, 3} << TextRange{5, 0};
     QTest::newRow("at the caret") << TextRange{2, 0} << TextRange{2, 0} << TextRange{5, 0};

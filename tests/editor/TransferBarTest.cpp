@@ -14,8 +14,8 @@
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
-/// The strip in a window of its own. A transfer's end is told by the event loop, so until the test
-/// lets that run the transfer is under way.
+/// Tests of the bar in a window of its own. The event loop delivers the end of a transfer, so a
+/// transfer is active until a test runs the event loop.
 class TransferBarTest final : public QObject
 {
     Q_OBJECT
@@ -93,7 +93,7 @@ void TransferBarTest::quickTransfer_endedUnderAMessage_isNeverShown()
 {
     TextDocument document;
     bool wasShown = false;
-    // A message runs an event loop of its own, and hears of the end before the bar does.
+    // A message runs a nested event loop, and its slot is called before the bar's.
     connect(&document, &TextDocument::transferEnded, this, [&] {
         QTest::qWait(300);
         wasShown = m_bar->isVisible();

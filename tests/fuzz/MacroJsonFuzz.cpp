@@ -5,12 +5,12 @@
 
 using namespace penwick;
 
-// What is read once is written and read again as the same.
+// Writing a parsed value and parsing it again must give the same value.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size)
 {
     const QByteArrayView text(data, static_cast<qsizetype>(size));
     if (const auto value = JsonText::read(text)) {
-        // 7.0 is written as 7.
+        // Compares the second output with the first, not with the input: 7.0 is written as 7.
         const QByteArray written = JsonText::write(*value);
         const auto again = JsonText::read(written);
         REQUIRE(again.has_value());

@@ -7,13 +7,13 @@ using namespace penwick;
 
 namespace {
 
-/// Without the line breaks that no header line can hold and the blanks that it does not keep.
+/// `text` without the line breaks and blanks that a header line cannot keep.
 QString asField(const QString &text)
 {
     return text.simplified();
 }
 
-/// Only the front of the code is taken away, and as a whole number of lines.
+/// Checks that stripping removed only the start of the code, and only whole lines.
 void checkStripped(const QString &code, const ParsedMeta &meta)
 {
     REQUIRE(code.endsWith(meta.strippedCode));
@@ -40,7 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size)
     const QString built = MacroMetaParser::buildHeader(macro);
     const ParsedMeta meta = MacroMetaParser::parse(built);
     checkStripped(built, meta);
-    // An empty name ends its own header.
+    // A header whose name is empty ends at that name.
     if (!macro.name.isEmpty()) {
         REQUIRE(meta.name == macro.name);
         REQUIRE(meta.helpURL.value_or(QString()) == macro.helpURL);

@@ -12,7 +12,7 @@ namespace {
 struct Outcome
 {
     std::optional<Refusal> refusal;
-    std::optional<OpenRequest> request; // Once complete.
+    std::optional<OpenRequest> request; // Set once the request is complete.
 };
 
 Outcome read(QByteArrayView bytes, qsizetype portion)
@@ -58,7 +58,7 @@ void checkReplies(QByteArrayView bytes)
 
 } // namespace
 
-/// The first byte says in portions of how many bytes the rest comes.
+/// The first byte sets the size in bytes of the portions in which the rest arrives.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size)
 {
     if (size == 0)

@@ -3,7 +3,7 @@
 
 using namespace penwick;
 
-// What is read once is written and read again as the same.
+// Writing a parsed profile and parsing it again must give the same profile.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size)
 {
     const auto profile =

@@ -12,7 +12,7 @@ using namespace penwick;
 
 namespace {
 
-/// Small, so that short inputs reach them.
+/// Small limits, so that short inputs reach them.
 constexpr ScriptLimits kLimits{.values = 48, .bytes = 128, .depth = 6, .sourceLength = 1000};
 
 struct Stream
@@ -29,7 +29,7 @@ Stream streamOf(QByteArrayView bytes, MessageReader::Side side, qsizetype portio
         auto message = reader.next();
         if (!message) {
             stream.error = message.error();
-            REQUIRE(reader.next().error() == *stream.error); // It stays.
+            REQUIRE(reader.next().error() == *stream.error); // The error is final.
             return stream;
         }
         if (*message) {
@@ -44,7 +44,7 @@ Stream streamOf(QByteArrayView bytes, MessageReader::Side side, qsizetype portio
     }
 }
 
-/// How much of the limits a value takes.
+/// How much of the limits a value uses.
 struct Extent
 {
     std::size_t values = 0;
@@ -77,7 +77,7 @@ struct Extent
     }
 };
 
-/// What a host may have left for the editor: more than the limits allow.
+/// Shared texts that a script host left for the editor. They exceed the limits.
 const SharedTexts &sharedTexts()
 {
     static const int file = memfd_create("fuzz", MFD_CLOEXEC);
@@ -89,7 +89,7 @@ const SharedTexts &sharedTexts()
     return editor;
 }
 
-/// The form in which this side would send what the message says; nothing where it makes no sense.
+/// Decodes the message and encodes it again. Nothing when it cannot be decoded.
 std::optional<QByteArray> sentAgain(const Message &message)
 {
     QByteArray bytes;
@@ -130,7 +130,7 @@ std::optional<QByteArray> sentAgain(const Message &message)
     return isSent ? std::optional(bytes) : std::nullopt;
 }
 
-// Compared as bytes: a number may be none, and then equals nothing.
+// Compares bytes, because NaN does not equal itself.
 void checkRoundTrip(const Message &message, MessageReader::Side side)
 {
     const auto once = sentAgain(message);
@@ -144,7 +144,8 @@ void checkRoundTrip(const Message &message, MessageReader::Side side)
 
 } // namespace
 
-/// The first byte says from where the rest comes, and in portions of how many bytes.
+/// The first byte selects the sending side and the size in bytes of the portions in which the rest
+/// arrives.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size)
 {
     if (size == 0)

@@ -10,10 +10,11 @@ using namespace penwick;
 
 namespace {
 
-// A model costs time by its length, so texts stay short; the build makes chunks small instead.
+// Checks against the model take time proportional to its length, so texts stay short. The build
+// makes chunks small instead.
 constexpr qint64 kMostUnits = 4000;
 
-/// A storage beside a plain string that follows its change signals.
+/// A storage, and a plain string that follows the storage's change signals.
 class Session final
 {
 public:
@@ -45,7 +46,7 @@ public:
     }
 
 private:
-    /// Characters with any code unit in them, surrogates in any order included.
+    /// Text with arbitrary code units, including surrogates in any order.
     QString nextPiece()
     {
         const std::string bytes = m_provider.ConsumeRandomLengthString(64);
@@ -110,7 +111,7 @@ private:
         }
     }
 
-    /// What was written is what stood there when the saving began, whatever happened since.
+    /// The saved text must be the text at the start of the save, whatever happened since.
     void endSaving()
     {
         const bool succeeded = m_provider.ConsumeBool();
@@ -143,7 +144,7 @@ private:
         REQUIRE(m_storage.isModified() || m_model == m_saved);
     }
 
-    /// What is asked about one place answers as the model does.
+    /// Compares every query about one offset with the model.
     void checkOffset(qint64 asked) const
     {
         const Text &text = m_storage.text();
@@ -168,7 +169,7 @@ private:
         REQUIRE(words::previousWordStart(text, offset) <= offset);
     }
 
-    /// All steps back and forth again lead to where they began.
+    /// Undoing all steps and redoing them must restore the text.
     void checkHistory()
     {
         const QString last = m_model;

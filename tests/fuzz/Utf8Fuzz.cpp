@@ -10,7 +10,7 @@ using namespace penwick;
 
 namespace {
 
-/// What ICU's strict decoder makes of the bytes; null where they are not valid.
+/// Decodes the bytes with ICU's strict decoder; null when they are invalid.
 std::optional<QString> decodedByIcu(QByteArrayView bytes)
 {
     QString units(bytes.size(), Qt::Uninitialized);
@@ -41,7 +41,7 @@ tl::expected<Text, Text::Utf8Error> readInBlocks(QByteArrayView bytes, const std
     return reader.finish();
 }
 
-/// What was valid comes back byte for byte and is counted as ICU counts it.
+/// Checks that valid bytes are returned unchanged and counted as by ICU.
 void checkText(const Text &text, const QString &model, QByteArrayView bytes)
 {
     REQUIRE(text.toString() == model);
@@ -56,7 +56,8 @@ void checkText(const Text &text, const QString &model, QByteArrayView bytes)
     REQUIRE(blocks == bytes);
 }
 
-/// Everything before the place named is valid, and one more byte is not.
+/// Checks that the bytes before the reported offset are valid, and that no valid sequence starts
+/// there.
 void checkError(Text::Utf8Error error, QByteArrayView bytes)
 {
     REQUIRE(error.byteOffset >= 0 && error.byteOffset < bytes.size());

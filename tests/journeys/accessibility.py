@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""What assistive technology gets to know of the editor, asked over the accessibility bus as a screen
-reader asks: names, roles, states, pieces of text, places on the screen, and what is told unasked."""
+"""The editor's accessibility interface, as a screen reader queries it over the accessibility bus:
+names, roles, states, pieces of text, positions on the screen, and events."""
 
 from journey import Journey, main
 
@@ -17,7 +17,7 @@ class Accessibility(Journey):
         return path
 
     def pieces(self, granularity):
-        """All pieces of that size from the start on, as a reader goes through them."""
+        """All pieces of the given granularity, from the start of the text."""
         pieces, offset = [], 0
         while offset < self.text.character_count():
             piece, start, end = self.text.string_at(offset, granularity)
@@ -29,7 +29,7 @@ class Accessibility(Journey):
 
     def test_the_tree_says_what_stands_where(self):
         self.open()
-        # The way down is what a screen reader speaks when the window comes to the front.
+        # A screen reader speaks this path when the window comes to the front.
         self.assertEqual(
             [self.app.role(n) for n in self.app.path_to(self.editor)][:2], ["frame", "filler"]
         )
@@ -93,7 +93,7 @@ class Accessibility(Journey):
             events.wait_for("object:text-changed:insert", 0, 1, "X")
             self.app.press("ctrl+z")
             events.wait_for("object:text-changed:delete", 0, 1, "X")
-            # As from a braille display or by dictation.
+            # The edit of a braille display or of dictation.
             self.text.replace(4, 7, "三つ")
             events.wait_for("object:text-changed:delete", 4, 3, "two")
             events.wait_for("object:text-changed:insert", 4, 2, "三つ")

@@ -1,5 +1,6 @@
 #!/usr/bin/python3
-"""A real Japanese input method: a composition keeps macros out and is committed afterwards."""
+"""A real Japanese input method: no macro runs during a composition, which is committed
+afterwards."""
 
 import journey
 
@@ -11,14 +12,14 @@ class Composing(journey.Journey):
         """Leaves a composition open that shows 日本語."""
         self.session.open_input_method()
         self.app.type("nihongo")
-        # The first blank converts, the second one shows the other candidates: a composition that
-        # is sure to have reached the program.
+        # The first blank converts, the second one shows the candidates. After that the composition
+        # has certainly reached the program.
         self.app.press("space", "space")
         self.app.wait_for_window("Fcitx5 Input Window")
         self.app.press("Up")
 
     def choose_over_the_bus(self, *path):
-        """Picks an item over the bus: a click on the menu would end the composition first."""
+        """Chooses an item over the bus: a click on the menu would end the composition first."""
         item = self.app.menu_item(*path)
         self.app.do_action(item)
 
@@ -55,7 +56,7 @@ class Composition(Composing):
         self.session.close_input_method()
         self.save(path, before + "日本語")
 
-        # What was composed is one step: the refused macro left nothing in the undo stack.
+        # The composition is one undo step: the refused macro added no step.
         app.press("ctrl+z")
         self.wait_for_title("memo.txt*")
         self.save(path, before)
@@ -68,9 +69,10 @@ class Composition(Composing):
         path = self.write("memo.txt", "そのまま")
         app = self.start(path)
         self.compose()
-        # Out of the candidates, out of the conversion, out of the composition.
+        # Closes the candidates, then the conversion, then the composition.
         app.press("Escape", "Escape", "Escape")
-        # By its key, which stays behind the others: closed from outside, it might commit first.
+        # Uses the shortcut, which the program gets after the other keys. Closing the input method
+        # from outside might commit the composition first.
         app.press("ctrl+space", "ctrl+End")
         app.type("x")
         self.wait_for_title("memo.txt*")
@@ -86,7 +88,7 @@ class Composition(Composing):
         self.wait_for_text("memo.txt", "")
         app.press("ctrl+space")
         app.type("x")
-        # What had been composed comes back by no way.
+        # The discarded composition must not return in any way.
         self.wait_for_text("memo.txt", "x")
 
 
@@ -107,7 +109,7 @@ class Mozc(Composing):
         self.wait_for_title("memo.txt")
 
     def test_click_elsewhere_ends_the_composition(self):
-        far = "\n" * 15  # Below the window of the candidates.
+        far = "\n" * 15  # Below the candidate window.
         path = self.write("memo.txt", f"始め{far}終わり\n")
         app = self.start(path)
         app.press("ctrl+Home")
@@ -117,7 +119,7 @@ class Mozc(Composing):
         self.session.run("xdotool", "mousemove", box.x + 1, box.y + box.height // 2, "click", 1)
         self.session.close_input_method()
         app.type("x")
-        # It is kept where it was begun, and typing goes on where the click was.
+        # The composition is committed where it began, and typing continues at the click.
         self.wait_for_text("memo.txt", f"日本語始め{far}終xわり\n")
 
 

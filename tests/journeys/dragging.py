@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Text dragged between two windows with the mouse, and pasted with its middle button."""
+"""Text dragged between two windows with the mouse, and pasted with the middle button."""
 
 import time
 
@@ -9,7 +9,7 @@ from driver import until
 
 class Dragging(journey.Journey):
     def start_two(self):
-        """Two windows side by side, so that both can be seen at once."""
+        """Starts with two windows side by side, so that both are visible."""
         self.left = self.write("left.txt", "apple banana\n")
         self.right = self.write("right.txt", "cherry\n")
         app = self.start(self.left, self.right)
@@ -30,7 +30,7 @@ class Dragging(journey.Journey):
         return self.app.text_interface(self.app.wait_for("text", name))
 
     def point(self, name, offset):
-        """The middle of the character at `offset` of that editor, on the screen."""
+        """The center of the character at `offset` of that editor, in screen coordinates."""
         box = self.text(name).character_extents(offset)
         return box.x + box.width // 2, box.y + box.height // 2
 
@@ -38,8 +38,8 @@ class Dragging(journey.Journey):
         self.session.run("xdotool", *words)
 
     def pull(self, start, end, key=None):
-        """Pulls from one point to another as a hand does: in steps and not at once, because the
-        toolkit looks where the mouse has come to only when it moves, and asks the window there."""
+        """Drags from one point to another in steps, as a user does: the toolkit checks the
+        pointer's position only when it moves, and then asks the window there."""
         self.mouse("mousemove", *start, "mousedown", 1)
         if key:
             self.mouse("keydown", key)
@@ -74,7 +74,7 @@ class Dragging(journey.Journey):
             and "apple " in app.text_of(editor),
             lambda: f"the text to arrive in {app.text_of(editor)!r}",
         )
-        # A step of its own in each window.
+        # Each window has an undo step of its own.
         app.focus_window("right.txt")
         app.press("ctrl+z")
         self.wait_for_text("right.txt", "cherry\n")
@@ -100,7 +100,7 @@ class Dragging(journey.Journey):
         self.pull(self.point("left.txt", 2), self.point("right.txt", 0))
         app.press("Escape")
         self.mouse("mouseup", 1)
-        # Typed afterwards, so it stands behind whatever the drag would still do.
+        # Typed after the drag, so that any late effect of the drag would come first.
         app.focus_window("right.txt")
         app.press("ctrl+End")
         app.type("!")

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Signals ask like quitting does, and the loss of the display loses no text that can be kept."""
+"""Signals ask like quitting does, and the loss of the display loses no text that can be saved."""
 
 import os
 import signal
@@ -19,7 +19,7 @@ class Ending(journey.Journey):
         return app, path
 
     def hosts(self):
-        """The script hosts of this penwick; they are its children until it has gone."""
+        """The script hosts of this penwick. They are its children while it runs."""
         found = []
         for entry in os.listdir("/proc"):
             try:
@@ -45,7 +45,7 @@ class Ending(journey.Journey):
         self.answer("キャンセル", QUESTION)
         self.wait_for_title("memo.txt*")
         self.assertEqual(path.read_text(), "old")
-        # Said no once, a later signal is a question again.
+        # After a cancelled question, a later signal asks again.
         app.process.send_signal(signal.SIGHUP)
         self.answer("保存", QUESTION)
         self.assertEqual(app.wait_for_end(), 0)
@@ -114,7 +114,7 @@ class Ending(journey.Journey):
         content = path.read_bytes()
         self.assertIn(content[:4], (b"xold", b"oldo"))
         self.assertIn(len(content), (60_000_000, 60_000_001))
-        if content[:4] != b"xold":  # The key came too late: then the text is unsaved.
+        if content[:4] != b"xold":  # The key came too late, so the text is unsaved.
             self.assertEqual((self.files / "memo.txt.unsaved").stat().st_size, 60_000_001)
         self.assertFalse([name for name in self.names() if name.startswith(".")])
 

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""An engine that does not work on this system, as after an update, is told of once, in plain words, before
-a macro is needed; and the document stays whole."""
+"""A script engine that does not work on this system, for example after an update, is reported once,
+in plain words, before a macro is needed. The document is not damaged."""
 
 import shutil
 import subprocess
@@ -14,7 +14,7 @@ WARNING = "マクロの実行エンジンが正しく動作しません（終了
 class Engine(journey.Journey):
     def setUp(self):
         super().setUp()
-        # A program looks for its script host beside itself.
+        # The program looks for its script host in its own folder.
         folder = self.session.home / "bin"
         folder.mkdir()
         self.program = folder / "penwick"

@@ -1,5 +1,6 @@
 #!/usr/bin/python3
-"""Finding and replacing by keyboard: what the bar says, and what is in the file afterwards."""
+"""Finding and replacing by keyboard: the messages of the bar, and the content of the file
+afterwards."""
 
 import time
 
@@ -34,7 +35,7 @@ class Find(journey.Journey):
         app.press("Escape")
         until(lambda: not app.find("text", "検索"), "the bar to close")
         app.press("F3")
-        app.type("dog")  # In place of the match, because the keyboard is in the text again.
+        app.type("dog")  # Replaces the match, because the text has the focus again.
         self.save(path, TEXT.replace("Cat", "dog"))
 
     def test_replace_all_is_one_step_and_keeps_every_other_byte(self):
@@ -66,11 +67,11 @@ class Find(journey.Journey):
         until(lambda: app.has_state(editor, "focused"), "the keyboard to be in the text")
         app.press("ctrl+f")
         app.click(app.wait_for(name="正規表現"))
-        app.type("(.|\\n)*zzz")  # Tries more ways through the text than anyone can wait for.
+        app.type("(.|\\n)*zzz")  # Backtracks for longer than any test can wait.
         started = time.monotonic()
         app.press("ctrl+q")
         self.assertEqual(app.wait_for_end(), 0)
-        # Without the search it takes a tenth of this.
+        # Without a search, quitting takes a tenth of this limit.
         self.assertLess(time.monotonic() - started, 5)
 
 

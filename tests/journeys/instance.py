@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""One penwick per display: who starts it again hands over, waits if asked to, and is never left
-hanging."""
+"""One penwick per display: a second start hands over to the running one, waits for it on request,
+and never hangs."""
 
 import os
 import signal
@@ -10,7 +10,7 @@ import time
 import journey
 from driver import Application, until
 
-PATIENCE = 5  # Seconds that nobody is kept for longer by a penwick that hangs.
+PATIENCE = 5  # Seconds after which a start gives up on a penwick that hangs.
 
 
 class Instance(journey.Journey):
@@ -20,25 +20,25 @@ class Instance(journey.Journey):
         return self.session.start(journey.PROGRAM, *arguments, **options)
 
     def hand_over(self, *arguments, status=0, **options):
-        """Starts penwick once more, waits for its end, and returns what it said."""
+        """Starts penwick once more, waits for its end, and returns its error output."""
         process = self.launch(*arguments, **options)
         _, said = process.communicate(timeout=20)
         self.assertEqual(process.returncode, status, said)
         return said.decode()
 
     def find_editor(self):
-        """Looks at the one penwick that has windows, whoever started it."""
+        """Attaches to the one penwick that has windows, whichever start created it."""
         self.app = Application.running(self.session, until(self.editor_pids, "an editor")[0])
         return self.app
 
     def editor_pids(self):
-        """The processes that have a window: not those that wait, nor the script hosts."""
+        """The processes with a window: neither waiting clients nor script hosts."""
         windows = self.output_of("xdotool", "search", "--onlyvisible", "--name", ".").split()
         pids = {self.output_of("xdotool", "getwindowpid", window) for window in windows}
         return [int(pid) for pid in pids if pid and self.is_ours(pid)]
 
     def output_of(self, *command):
-        """What a command writes that may fail, as a search that finds nothing does."""
+        """The output of a command that may fail, as a search without a result does."""
         answer = {"stdout": subprocess.PIPE, "stderr": subprocess.DEVNULL, "text": True}
         return subprocess.run(command, env=self.session.environment, **answer).stdout.strip()
 
@@ -64,12 +64,12 @@ class Instance(journey.Journey):
         self.wait_for_text("second.txt", "二\n")
         self.assertEqual(len(app.windows()), 1)
 
-        # A file that is open already comes forward, with the caret where it is asked for.
+        # A file that is already open comes to the front, with the caret at the requested place.
         self.hand_over("+2:1", first)
         self.wait_for_title("first.txt")
         self.cursor(2, 0)
 
-        # The window has the keyboard.
+        # The window has the focus.
         app.type("x")
         self.wait_for_title("first.txt*")
         self.save(first, "一\nx")
@@ -137,7 +137,7 @@ class Instance(journey.Journey):
         app = self.start(self.write("first.txt", ""))
         self.hand_over(self.files)
         app.wait_for("push button", "OK")
-        # While that message waits, a file is taken, and opened when it has been answered.
+        # While the message is open, requests are accepted; their files open after the answer.
         second = self.write("second.txt", "二\n")
         self.hand_over(second)
         self.assertNotIn("second.txt — penwick", app.windows())
@@ -230,7 +230,7 @@ class Instance(journey.Journey):
         self.hand_over(self.files / "message.txt")
         self.wait_for_title("message.txt")
         app.press("ctrl+w")
-        # Whoever reads what it writes meets the end of that, too.
+        # The output of the waiting process ends too.
         waiting.communicate(timeout=20)
         self.assertEqual(waiting.returncode, 0)
         self.wait_for_title("other.txt")
@@ -278,7 +278,7 @@ class Instance(journey.Journey):
         app.process.kill()
         app.process.wait()
         runtime = self.session.home / ".runtime"
-        self.assertTrue(list(runtime.glob("penwick-*.sock")))  # What it left behind.
+        self.assertTrue(list(runtime.glob("penwick-*.sock")))  # The socket file was left behind.
         self.start(first)
 
     def test_place_that_was_cleaned_away_is_put_up_again(self):
@@ -353,7 +353,7 @@ class Instance(journey.Journey):
         self.assertEqual(process.wait(20), 1)
         self.assertEqual(process.stderr.read().count(b"\n"), 1)
         self.assertEqual(app.windows(), ["first.txt — penwick"])
-        # What is named in full is found all the same.
+        # A file with an absolute path is found nevertheless.
         second = self.write("second.txt", "二\n")
         process = self.session.start(*in_gone, journey.PROGRAM, second)
         self.assertEqual(process.wait(20), 0)

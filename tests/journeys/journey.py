@@ -1,5 +1,5 @@
-"""What the journeys share: each test has a desktop and a home of its own, and sees penwick only from
-outside."""
+"""The base of the journeys: each test has a desktop and a home folder of its own, and accesses
+penwick only from outside."""
 
 import os
 import pathlib
@@ -11,17 +11,17 @@ from driver import Application, Session, until
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PROGRAM = os.environ.get("PENWICK_PROGRAM", ROOT / "build/release/bin/penwick")
-# Where a failed journey leaves a picture of its screen.
+# The folder for a screenshot of a failed journey.
 PICTURES = pathlib.Path(os.environ.get("PENWICK_PICTURES", ROOT / "build/release/journeys"))
 
 
-# What a screen reader hears after the name of a tab whose document is edited.
+# A screen reader speaks this after the name of a tab whose document is edited.
 EDITED = "（未保存の変更あり）"
 
 
 class Journey(unittest.TestCase):
     input_method = None
-    needs_plain_user = False  # Some programs refuse to run for root, whom containers know only.
+    needs_plain_user = False  # Some programs refuse to run as root.
 
     def setUp(self):
         self.session = self.enterContext(Session(input_method=self.input_method))
@@ -45,11 +45,11 @@ class Journey(unittest.TestCase):
             if self.app:
                 print(self.app.output.read_text(errors="replace"))
                 print(self.app.tree())
-        except Exception as error:  # The failure itself matters more.
+        except Exception as error:  # The test's failure matters more.
             print(f"\nno picture of the screen: {error}")
 
     def start(self, *files, environment=None):
-        """Starts penwick and waits until the keyboard is in its window."""
+        """Starts penwick and waits until its window has the focus."""
         self.app = Application(self.session, PROGRAM, *files, environment=environment)
         name = files[-1].name if files else "名称未設定"
         self.wait_for_title(name)
@@ -61,7 +61,7 @@ class Journey(unittest.TestCase):
         return self.app.wait_for("page tab", lambda text: text.removesuffix(EDITED) == name)
 
     def move_to_new_window(self, name):
-        """Takes the tab of that name into a window of its own, by the tab's menu."""
+        """Moves the tab of that name into a window of its own, with the tab's menu."""
         count = len(self.app.windows())
         on_screen = self.app.windows_on_screen()
         self.app.click(self.tab(name), button=3)
@@ -74,7 +74,7 @@ class Journey(unittest.TestCase):
         self.wait_for_keyboard(name)
 
     def wait_for_keyboard(self, name):
-        """Waits until the keyboard is in the editor of that name."""
+        """Waits until the editor of that name has the focus."""
         editor = self.app.wait_for("text", name)
         until(lambda: self.app.has_state(editor, "focused"), f"the keyboard in {name}")
 
@@ -84,14 +84,15 @@ class Journey(unittest.TestCase):
         return path
 
     def wait_for_title(self, name):
-        """Waits for the window of the document of that name; a star after it means unsaved."""
+        """Waits for the window of the document of that name; a star after the name means
+        unsaved."""
         until(
             lambda: any(title == f"{name} — penwick" for title in self.app.windows()),
             lambda: f"the window {name!r} among {self.app.windows()}",
         )
 
     def wait_for_text(self, name, content):
-        """Waits until the editor of that name shows that text, as a screen reader has it."""
+        """Waits until the editor of that name shows that text, as seen by a screen reader."""
         editor = self.app.wait_for("text", name)
         until(
             lambda: self.app.text_of(editor) == content,
@@ -102,7 +103,7 @@ class Journey(unittest.TestCase):
         self.app.wait_for("label", message)
 
     def wait_for_content(self, path, content):
-        """Waits until the file holds exactly that: a text or bytes."""
+        """Waits until the file holds exactly this content, a text or bytes."""
         wanted = content if isinstance(content, bytes) else content.encode()
         until(
             lambda: path.exists() and path.read_bytes() == wanted,
@@ -111,13 +112,14 @@ class Journey(unittest.TestCase):
         )
 
     def save(self, path, content):
-        """Saves by the keyboard and waits until the file holds `content` and the star is gone."""
+        """Saves by keyboard and waits until the file holds `content` and the star is gone."""
         self.app.press("ctrl+s")
         self.wait_for_content(path, content)
         self.wait_for_title(path.name)
 
     def answer(self, label, question=None):
-        """Clicks the button of that label in the open dialog, which may have to hold a text."""
+        """Clicks the button with that label in the open dialog. With `question`, waits first for a
+        dialog that contains that text."""
         if question:
             self.app.wait_for(name=lambda text: question in text)
         self.app.click(self.app.wait_for("push button", label))
@@ -127,7 +129,8 @@ class Journey(unittest.TestCase):
 def main():
     """Runs the tests of the script, or those that its arguments name.
 
-    Each test runs in a process of its own: the accessibility library knows one bus in its life."""
+    Each test runs in a process of its own, because the accessibility library connects to only one
+    bus per process."""
     if len(sys.argv) > 1:
         unittest.main()
     suite = unittest.defaultTestLoader.loadTestsFromModule(sys.modules["__main__"])
@@ -137,7 +140,7 @@ def main():
     sys.exit(bool(failed))
 
 
-# What runs a command as nobody in particular.
+# The prefix of a command that runs as an unprivileged user.
 _PLAIN_USER = ("setpriv", "--reuid=65534", "--regid=65534", "--clear-groups")
 
 

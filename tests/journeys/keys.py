@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Keys that this platform has and not every other."""
+"""Shortcuts that only some platforms have."""
 
 import journey
 
@@ -14,7 +14,7 @@ class Keys(journey.Journey):
         app = self.start_with("one two\r\nthree")
         app.press("ctrl+Home", "ctrl+Right", "ctrl+k")
         self.wait_for_text("memo.txt", "one \r\nthree")
-        # At the end it takes the line break.
+        # At the end of a line it deletes the line break.
         app.press("ctrl+k")
         self.wait_for_text("memo.txt", "one three")
 
@@ -32,7 +32,7 @@ class Keys(journey.Journey):
     def test_menu_key_opens_the_context_menu(self):
         app = self.start_with("one two")
         app.press("ctrl+a", "Menu")
-        app.press("Down", "Return")  # To the first entry that is on: cut.
+        app.press("Down", "Return")  # To the first enabled entry: Cut.
         self.wait_for_text("memo.txt", "")
 
 

@@ -1,11 +1,11 @@
 #!/usr/bin/python3
-"""A file with mixed line ends goes through a macro, undo, redo and typing, and keeps its bytes."""
+"""A file with mixed line ends keeps its bytes through a macro, undo, redo and typing."""
 
 import journey
 
 TRIM = ("マクロ", "行末スペースを削除")
 SAMPLE = journey.ROOT / "docs/samples/sample.txt"
-# Only a line feed ends a line for a macro, so blanks before a carriage return are no line end.
+# For a macro only a line feed ends a line, so blanks before a carriage return are not trailing.
 TRIMMED = (
     SAMPLE.read_bytes()
     .decode()

@@ -1,5 +1,6 @@
 #!/usr/bin/python3
-"""The two manager windows, with real file panels: macros and wording profiles come and go as files."""
+"""The two manager windows with real file panels: macros and wording profiles are exported and
+imported."""
 
 import json
 
@@ -28,7 +29,7 @@ class Managers(journey.Journey):
         self.app.click(self.app.wait_for("push button", name))
 
     def fill_panel(self, path):
-        """Types a path into the file panel that is open."""
+        """Types a path into the open file panel."""
         until(lambda: self.app.find("file chooser") or self.app.find("dialog"), "the file panel")
         self.app.press("ctrl+a")
         self.app.type(str(path))

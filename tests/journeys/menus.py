@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The menu bar and its shortcuts, as a screen reader reads them, under both built-in profiles."""
+"""The menu bar and its shortcuts, as a screen reader reads them, with both built-in profiles."""
 
 import journey
 
@@ -42,7 +42,7 @@ JAPANESE = {
     "プロファイル": [("UI文言プロファイル管理…", "")],
     "ヘルプ": [("アップデートを確認…", "")],
 }
-# The English profile names seven menus and items; all else keeps its Japanese text.
+# The English profile renames seven menus and items; all others keep their Japanese text.
 ENGLISH_TITLES = {
     "ファイル": "File",
     "編集": "Edit",

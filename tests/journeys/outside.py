@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Other programs change, replace and delete what is open here."""
+"""Other programs change, replace and delete open files."""
 
 import journey
 from driver import until
@@ -11,11 +11,11 @@ LOAD = "ファイルの内容を読み込む"
 
 class Outside(journey.Journey):
     def leave_and_come_back(self, change):
-        """Works in another window for a while, as in a terminal."""
+        """Makes a change while another window has the focus, such as a terminal."""
         other = self.session.start("xmessage", "-title", "elsewhere", "elsewhere")
         self.app.wait_for_window("elsewhere")
         self.app.focus_window("elsewhere")
-        # Qt takes no notice of the shortest visits.
+        # Qt ignores focus changes that are too short.
         window = self.app.find("frame")
         until(lambda: not self.app.has_state(window, "active"), "penwick to be left")
         change()

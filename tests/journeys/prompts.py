@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The macros that ask before they run."""
+"""Macros that ask for input before they run."""
 
 import datetime
 import zoneinfo
@@ -64,7 +64,7 @@ class Prompts(journey.Journey):
         latest = datetime.datetime.now(TOKYO)
         self.app.press("ctrl+s")
         self.wait_for_title(path.name)
-        # The minute may end between the two readings of the clock.
+        # The minute may change between the two readings of the clock.
         form = "日時: %Y-%m-%d %H:%M"
         self.assertIn(path.read_text(), {earliest.strftime(form), latest.strftime(form)})
 

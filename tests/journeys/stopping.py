@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""A macro that does not end can be stopped, and whatever it does, the document and the program are as
-before. No process stays behind."""
+"""An endless macro can be stopped. Whatever it does, the document and the program are as before,
+and no process remains."""
 
 import json
 import os
@@ -23,7 +23,7 @@ STOPPED = "マクロの実行がタイムアウトしました"
 
 
 def hosts():
-    """The process ids of all script hosts that have not ended."""
+    """The process ids of all running script hosts."""
     found = subprocess.run(["pgrep", "-x", "penwick-script-"], stdout=subprocess.PIPE, text=True)
     return {int(line) for line in found.stdout.split()}
 
@@ -91,7 +91,7 @@ class Stopping(journey.Journey):
     def test_the_button_stops(self):
         app = self.start_with_macros()
         self.start_endless(app)
-        app.type("lost")  # Editing waits: these go to the notice.
+        app.type("lost")  # The notice gets these keys, because editing is blocked.
         self.answer("停止")
         self.wait_for_status(STOPPED)
         self.wait_for_text("memo.txt", "x元の文\r\n")

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""Several documents in one window: switched by keyboard and mouse, put into another order, pulled out
-into a window of their own and put back, closed one by one."""
+"""Several documents in one window: switched by keyboard and mouse, reordered, dragged into a window
+of their own and back, closed one by one."""
 
 import time
 
@@ -12,14 +12,15 @@ QUESTION = "「two.txt」への変更を保存しますか？"
 
 class Tabs(journey.Journey):
     def start_three(self):
-        """One window with three files, the last of them in front."""
+        """Starts with three files in one window, the last of them in front."""
         self.paths = [self.write(f"{name}.txt", f"text of {name}\n") for name in ("one", "two", "three")]
         app = self.start(*self.paths)
         self.wait_for_tabs(["one", "two", "three"])
         return app
 
     def tabs(self, title=None):
-        """The names in the bar, from the left, of the window whose title starts so."""
+        """The names of the tabs, from left to right, of the window whose title starts with
+        `title`."""
         bars = [
             node
             for window in self.app.children(self.app._root)
@@ -34,7 +35,7 @@ class Tabs(journey.Journey):
         until(lambda: self.tabs(title) == names, lambda: f"{names} where {self.tabs(title)} are")
 
     def in_front(self, name):
-        """Waits until the document is what the window shows, with the keyboard in it."""
+        """Waits until the window shows that document, with the focus in it."""
         self.wait_for_title(name)
         self.wait_for_keyboard(name.removesuffix("*"))
 
@@ -46,7 +47,7 @@ class Tabs(journey.Journey):
         self.session.run("xdotool", *words)
 
     def pull(self, start, end):
-        """As a hand does: in steps, because the toolkit looks where the mouse is only when it moves."""
+        """Drags in steps, because the toolkit checks the pointer's position only when it moves."""
         self.mouse("mousemove", *start, "mousedown", 1)
         steps = 12
         for step in range(1, steps + 1):
@@ -97,7 +98,7 @@ class Tabs(journey.Journey):
         self.wait_for_text("one.txt", "teXYxt of one\n")
         app.press("ctrl+Prior")
         self.in_front("three.txt")
-        app.press("ctrl+z")  # Nothing of this text.
+        app.press("ctrl+z")  # Must not undo an edit of this text.
         app.press("ctrl+Tab", "ctrl+z", "ctrl+z")
         self.in_front("one.txt")
         self.wait_for_text("one.txt", "text of one\n")
@@ -109,7 +110,7 @@ class Tabs(journey.Journey):
         app.do_action(self.tab("one.txt"))
         self.in_front("one.txt")
         until(lambda: app.name(bar) == "one.txt", "the name of the tab in front")
-        # Texts behind are not in the way of what is read out.
+        # Texts of background tabs must not be exposed to a screen reader.
         self.assertIsNone(app.find("text", "three.txt"))
 
     def test_the_mouse_reorders_and_the_middle_button_closes(self):
@@ -139,7 +140,7 @@ class Tabs(journey.Journey):
         app.type("?")
         self.wait_for_text("two.txt", "text of two!?\n")
 
-        # Between the other two.
+        # Drops the tab between the other two.
         there = self.middle("three.txt")
         self.drag(self.middle("two.txt"), (there[0] - 30, there[1]))
         self.wait_for_tabs(["one", "two" + journey.EDITED, "three"])
@@ -154,7 +155,7 @@ class Tabs(journey.Journey):
         self.pull(start, (start[0] + 300, start[1] + 250))
         app.press("Escape")
         self.mouse("mouseup", 1)
-        app.type("!")  # Typed afterwards, so it comes behind whatever the drag would still do.
+        app.type("!")  # Typed after the drag, so that any late effect of the drag would come first.
         self.in_front("two.txt*")
         self.wait_for_tabs(["one", "two" + journey.EDITED, "three"])
         self.assertEqual(app.windows(), ["two.txt* — penwick"])
@@ -162,7 +163,7 @@ class Tabs(journey.Journey):
     def test_a_window_without_a_bar_takes_a_tab_anywhere(self):
         app = self.start_three()
         self.move_to_new_window("two.txt")
-        app.focus_window("three.txt")  # Which the new window covers.
+        app.focus_window("three.txt")  # The new window covers it.
         self.wait_for_keyboard("three.txt")
         self.move_to_new_window("three.txt")
         app.focus_window("one.txt")
@@ -178,11 +179,11 @@ class Tabs(journey.Journey):
         self.in_front("three.txt")
         for node in (self.tab("two.txt"), app.wait_for("text", "three.txt")):
             on_screen = app.windows_on_screen()
-            # So quick that the toolkit takes the second click for half of a double one.
+            # So fast that the toolkit takes the second click as part of a double click.
             for _ in range(2):
                 app.click(node, button=3)
                 until(lambda: app.windows_on_screen() - on_screen, "the menu")
-                time.sleep(0.1)  # What would close the menu again comes right behind the click.
+                time.sleep(0.1)  # Time for an event that would close the menu again.
                 self.assertTrue(app.windows_on_screen() - on_screen, app.name(node))
                 app.press("Escape")
                 until(lambda: app.windows_on_screen() == on_screen, "no menu")

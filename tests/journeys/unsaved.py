@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Nothing unsaved is lost: closing asks, and a save that fails leaves document and file whole."""
+"""Nothing unsaved is lost: closing asks, and a failed save damages neither document nor file."""
 
 import os
 import shutil
@@ -66,12 +66,12 @@ class Unsaved(journey.Journey):
         content = "<p>行です。\n" * 100_000
         path = self.write("memo.txt", content)
         limited = ("sh", "-c", 'ulimit -f 100; exec "$0" "$@"', journey.PROGRAM, path)
-        if os.geteuid() == 0:  # Who may lift any limit, as the script host would.
+        if os.geteuid() == 0:  # Root may raise any limit, and its script host would.
             limited = ("setpriv", "--bounding-set", "-sys_resource", *limited)
         app = self.app = Application(self.session, *limited)
         self.wait_for_title("memo.txt")
         app.focus_window("memo.txt")
-        # A macro's long texts go through a file in memory, for which the limit holds as well.
+        # A macro gets long texts through a memory file, to which the limit applies as well.
         app.choose("マクロ", "HTMLタグを除去")
         self.wait_for_status("HTMLタグを除去しました")
         self.wait_for_title("memo.txt*")

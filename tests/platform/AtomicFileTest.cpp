@@ -20,7 +20,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// As the kernel has it: one more user who may read.
+/// An access control list in the kernel's binary form that lets one more user read.
 QByteArray accessList(quint32 user)
 {
     struct Entry
@@ -40,7 +40,7 @@ QByteArray accessList(quint32 user)
 
 } // namespace
 
-/// Files that are replaced by a new one in one step.
+/// Tests of replacing a file by a new one in one step.
 class AtomicFileTest final : public QObject
 {
     Q_OBJECT
@@ -117,7 +117,7 @@ private Q_SLOTS:
         QByteArray expected;
         const auto result = replaceFile(home.file(u"a"_s), [&](const WriteBytes &write) {
             for (int i = 0; i < 300; ++i) {
-                // Small ones, and ones larger than any buffer.
+                // Small pieces, and pieces larger than any buffer.
                 const QByteArray piece(i % 50 == 49 ? 700000 : i, static_cast<char>('a' + i % 26));
                 expected += piece;
                 if (!write(piece))

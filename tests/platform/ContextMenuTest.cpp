@@ -14,7 +14,7 @@ namespace {
 // The screen of the offscreen platform measures 800 by 800.
 constexpr QPoint kPlace(200, 100);
 
-/// The button at the corner of the menu, where the mouse is when it opens.
+/// Sends an event of the right button at the menu's corner, where the mouse is when it opens.
 void mouse(QMenu *menu, QEvent::Type type)
 {
     const bool isRelease = type == QEvent::MouseButtonRelease;
@@ -50,7 +50,7 @@ private:
 
 void ContextMenuTest::init()
 {
-    // Qt 6.8 lets only a pointer choose that has moved since the menu opened.
+    // In Qt 6.8 only a pointer that has moved since the menu opened can choose an item.
     QCursor::setPos(kPlace);
     QCoreApplication::processEvents();
     m_menu = new QMenu;
@@ -79,7 +79,7 @@ void ContextMenuTest::restOfADoubleClick_leavesTheMenuOpen()
 
 void ContextMenuTest::click_onAnItem_choosesIt()
 {
-    mouse(m_menu, QEvent::MouseButtonRelease); // Of the click that opened it.
+    mouse(m_menu, QEvent::MouseButtonRelease); // The end of the click that opened the menu.
     int chosen = 0;
     connect(m_item, &QAction::triggered, m_menu, [&chosen] { ++chosen; });
     QTest::mouseClick(m_menu, Qt::LeftButton, {}, m_menu->actionGeometry(m_item).center());
@@ -92,7 +92,7 @@ void ContextMenuTest::doubleClick_afterAPressOfItsOwn_reachesTheMenu()
     mouse(m_menu, QEvent::MouseButtonPress);
     mouse(m_menu, QEvent::MouseButtonDblClick);
     mouse(m_menu, QEvent::MouseButtonRelease);
-    QVERIFY(!m_menu->isVisible()); // As any click beside the items closes it.
+    QVERIFY(!m_menu->isVisible()); // A click outside the items closes the menu.
 }
 
 void ContextMenuTest::close_deletesTheMenu()

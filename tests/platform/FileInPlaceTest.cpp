@@ -15,7 +15,7 @@ using namespace penwick;
 using namespace penwick::test;
 using namespace Qt::StringLiterals;
 
-/// Files that no other may take the place of: they are written where they are.
+/// Tests of files that cannot be replaced by a new file: they are written in place.
 class FileInPlaceTest final : public QObject
 {
     Q_OBJECT
@@ -167,7 +167,7 @@ private Q_SLOTS:
         };
         if (!mountAt(folder, folder, 0))
             QSKIP("Only root can mount.");
-        // As containers give single files to what runs in them.
+        // A container may likewise see a single mounted file in a read-only folder.
         const bool isReadOnly = mountAt(folder, folder, MS_REMOUNT | MS_RDONLY);
         const bool isMounted = mountAt(outside, inside, 0);
         const auto result = replaceFile(home.file(u"folder/inside"_s), "new");

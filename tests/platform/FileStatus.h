@@ -10,7 +10,7 @@
 
 namespace penwick::test {
 
-/// What the system says of a file, or of a link itself.
+/// The status of a file; of a symbolic link itself, not its target.
 inline struct stat statusOf(const QString &path)
 {
     struct stat status = {};
@@ -19,7 +19,7 @@ inline struct stat statusOf(const QString &path)
     return status;
 }
 
-/// The permissions, with the bits for the user's and the group's id and the sticky one.
+/// The permission bits, including set-user-ID, set-group-ID and the sticky bit.
 inline unsigned modeOf(const QString &path)
 {
     return statusOf(path).st_mode & ALLPERMS;

@@ -11,7 +11,7 @@ using namespace penwick;
 
 namespace {
 
-/// Bytes of the process that are in memory.
+/// The resident size of the process in bytes.
 [[maybe_unused]] qint64 residentSize()
 {
     QFile file(QStringLiteral("/proc/self/statm"));

@@ -201,7 +201,7 @@ private Q_SLOTS:
 
     void write_names_areInByteOrder()
     {
-        // U+FF5E is before U+1F600 in UTF-8, but behind its surrogates in UTF-16.
+        // U+FF5E sorts before U+1F600 in UTF-8, but after its surrogates in UTF-16.
         const JsonObject object{{u"😀"_s, 1}, {u"～"_s, 2}, {u"ab"_s, 3}, {u"a"_s, 4}};
         QCOMPARE(JsonText::write(object),
                  "{\n  \"a\" : 4,\n  \"ab\" : 3,\n  \"～\" : 2,\n  \"😀\" : 1\n}"_ba);

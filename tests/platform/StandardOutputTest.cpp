@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Standard error is a pipe as long as this lives.
+/// Redirects standard error into a pipe while this lives.
 class Redirection final
 {
 public:
@@ -36,7 +36,7 @@ public:
 
     Q_DISABLE_COPY_MOVE(Redirection)
 
-    /// What has been written so far.
+    /// Reads everything that is in the pipe.
     [[nodiscard]] QByteArray read() const
     {
         int size = 0;
@@ -108,9 +108,9 @@ private Q_SLOTS:
         const QString line(1000, u'x');
         for (int i = 0; i < 5000; ++i)
             writeErrorLine(line);
-        // A pipe holds 64 KB, the lines are eighty times as long.
+        // The pipe holds 64 KB, the lines together are about eighty times as long.
         QVERIFY(redirection.read().size() >= 4096);
-        // And once it is read again, lines arrive again.
+        // Once the pipe has been read, new lines arrive.
         writeErrorLine(u"again"_s);
         QCOMPARE(redirection.read(), "again\n"_ba);
     }

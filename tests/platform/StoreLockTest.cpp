@@ -20,7 +20,7 @@ namespace {
 
 constexpr int kRounds = 60;
 
-/// What the process started with `arguments` does.
+/// Runs in the child process; `arguments` are the child's command line.
 int runChild(const QStringList &arguments)
 {
     if (arguments.at(1) == u"hold"_s) {
@@ -31,7 +31,7 @@ int runChild(const QStringList &arguments)
         while (true)
             ::pause();
     }
-    // "count": changes its own key.
+    // "count": sets a key of its own again and again.
     UserDefaults defaults(arguments.at(2));
     for (int i = 1; i <= kRounds; ++i) {
         if (!defaults.setString(arguments.at(3), QString::number(i)))
@@ -61,7 +61,7 @@ private Q_SLOTS:
     {
         const TemporaryHome home;
         StoreLock lock(home.path());
-        StoreLock other(home.path()); // Another open file, so as good as another process.
+        StoreLock other(home.path()); // A second open file conflicts as another process does.
         {
             const auto outer = lock.take();
             {
@@ -85,7 +85,7 @@ private Q_SLOTS:
         const TemporaryHome home;
         ChildProcess child({u"hold"_s, home.path()});
         QCOMPARE(child.readLine(), "held");
-        child.sendSignal(SIGSTOP); // It hangs.
+        child.sendSignal(SIGSTOP); // The lock holder hangs.
         StoreLock lock(home.path());
         QElapsedTimer timer;
         timer.start();

@@ -36,7 +36,7 @@ private Q_SLOTS:
         QVERIFY(file.contains("\nhasInitializedBuiltInMacros=true\n"));
     }
 
-    // Each start applies the remembered profile, which is no reason to write the file again.
+    // Each start applies the stored profile; this must not rewrite the file.
     void set_valueThatIsThere_leavesTheFile()
     {
         const TemporaryHome home;
@@ -65,7 +65,7 @@ private Q_SLOTS:
         QVERIFY(defaults.setString(u"at"_s, u"@Variant"_s));
         QVERIFY(defaults.setBoolean(u"no"_s, false));
         QVERIFY(defaults.setBytes(u"bytes"_s, bytes));
-        // Stores of one path share their memory; another path shows what the file really holds.
+        // Stores of the same path share one cache. Only a store of another path reads the file.
         QVERIFY(QFile::copy(written, copied));
         const UserDefaults again(copied);
         QCOMPARE(again.string(u"text"_s), std::optional(text));

@@ -14,7 +14,8 @@
 #include <cstdio>
 #include <limits>
 
-// The files that penwick writes, and its verdict on those of others, for checks that are not C++.
+// Writes sample files as penwick does, and tells which files penwick accepts, for the checks that
+// are written in Python.
 //
 //   sample_files write FOLDER         fills a folder, which must exist, with one file of each kind
 //   sample_files read KIND FILE...    prints "accepted" or "refused" for each file; KIND is
@@ -26,7 +27,7 @@ namespace penwick {
 
 namespace {
 
-// A text that wants every kind of escape, and some that must not be escaped.
+// A text with characters of every kind of escape, and some that must not be escaped.
 QString oddText()
 {
     return u"a/b \"c\" \\ \t\r\n\b\f 日本語 😀 é \u2028\u2029\u0001\u007F\uFEFF"_s + QChar(u'\0');
@@ -35,7 +36,7 @@ QString oddText()
 Macro ownMacro()
 {
     Macro macro;
-    macro.id = test::FakeIds::id(9); // None that the store gives out.
+    macro.id = test::FakeIds::id(9); // The store generates no such id.
     macro.name = oddText();
     macro.description = u"URL: http://example.com/?a=b"_s;
     macro.code = u"// "_s + oddText() + u"\nreturn {};"_s;
@@ -56,7 +57,7 @@ UIWordingProfile ownProfile()
     return profile;
 }
 
-// The store writes this one by itself.
+// Writes the file that the store itself creates.
 void writeStore(const QString &folder)
 {
     UserDefaults defaults(QDir(folder).filePath(u"defaults.ini"_s));

@@ -1,9 +1,9 @@
-"""Holds schemas/penwick-macro.d.ts against penwick's context, the built-in macros, the macros of the
-author's guide, and macros with a mistake each, which the compiler has to find.
+"""Checks schemas/penwick-macro.d.ts with penwick's context, the built-in macros, the macros of the
+author's guide, and macros with one mistake each, which the compiler must find.
 
     check_declarations.py SAMPLE_FILES FOLDER
 
-SAMPLE_FILES is the program of that name; FOLDER takes what is compiled."""
+SAMPLE_FILES is the path of that program; FOLDER receives the files to compile."""
 
 import collections
 import json
@@ -26,14 +26,14 @@ OPTIONS = {
     "target": "es2023",
     "lib": ["es2023"],
     "types": [],
-    "moduleDetection": "force",  # Each file is by itself, as macros are.
+    "moduleDetection": "force",  # Each file is a separate scope, as macros are.
     "noFallthroughCasesInSwitch": True,
     "noImplicitReturns": True,
     "noPropertyAccessFromIndexSignature": True,
     "exactOptionalPropertyTypes": True,
 }
 
-# Mistakes: (the body of a macro, the part of the compiler's message that tells what it found)
+# Mistakes: (the body of a macro, the part of the compiler's message that identifies the mistake)
 MISTAKES = {
     "misspelt_field": ("context.document.txt; return {};", "'txt' does not exist"),
     "misspelt_part": ("context.documents.text; return {};", "'documents' does not exist"),
@@ -78,9 +78,9 @@ MISTAKES = {
     "kind_of_notification": ("return { notifications: [{ type: 'ok', message: '' }] };", '"ok"'),
 }
 
-# The one complaint that a right macro may get, about a variable of its own that takes what match() found
-# and later what map() made of it: the compiler takes the former for a list that is never empty. No
-# option lets that pass.
+# The only accepted message for correct macros. A variable first holds the result of match() and
+# later that of map(); the compiler infers from the former an array that is never empty. No option
+# suppresses this.
 NO_MISTAKE = {
     "built_in_extractUrls.js": "Type 'string[]' is not assignable to type 'RegExpMatchArray | []'",
 }
@@ -108,7 +108,7 @@ def as_typescript(body):
 
 
 def as_javascript(body):
-    """As somebody writes it who has their editor check it."""
+    """The body as an author writes it for an editor that checks types."""
     return f"/** @returns {{MacroResult}} */\nfunction macro() {{\n{body}\n}}\n"
 
 
@@ -120,14 +120,14 @@ def guide_examples(guide):
 
 
 def guide_options(guide):
-    """What the guide tells people to set: the only block of JSON in it."""
+    """The compiler options that the guide recommends, in its only block of JSON."""
     text = (ROOT / "docs" / guide).read_text(encoding="utf-8")
     (block,) = re.findall(r"^```json\n(.*?)^```$", text, re.S | re.M)
     return json.loads(block)["compilerOptions"]
 
 
 def sources(context_json):
-    """{file name: (content, what the compiler has to say of it; nothing where it is right)}"""
+    """{file name: (content, the part of the expected message; None for correct code)}"""
     files = {"context.ts": (f"const real: MacroContext = {context_json};\n", None)}
     for script in sorted((ROOT / "macro/library/scripts").glob("*.js")):
         name = f"built_in_{script.stem}.js"
@@ -145,7 +145,7 @@ def sources(context_json):
 
 
 def lacking_contexts(context):
-    """Contexts that penwick does not make: one for each field, which another one stands for."""
+    """Contexts that penwick never makes: each has one field replaced by another."""
     for part, value in context.items():
         if not isinstance(value, dict):
             continue
@@ -168,7 +168,7 @@ def compile_all(command, folder):
     if run.returncode not in (0, 1, 2):
         sys.exit(f"The compiler failed:\n{run.stdout}")
     messages = collections.defaultdict(str)
-    name = ""  # What is indented belongs to the message before it; what names no file, to all.
+    name = ""  # Indented lines continue a message; a line without a file belongs to all.
     for line in run.stdout.splitlines():
         if match := _MESSAGE.match(line):
             name, line = match.groups()

@@ -1,10 +1,10 @@
-"""Holds the JSON schemas against what penwick writes and reads.
+"""Compares the JSON schemas with what penwick writes and reads.
 
     check_schemas.py SAMPLE_FILES FOLDER
 
-SAMPLE_FILES is the program of that name; FOLDER takes what it writes. Every file that penwick writes
-has to fit its schema. Then each file is changed in many ways, and for each change the schema must say
-the same as penwick's own reader."""
+SAMPLE_FILES is the path of that program; FOLDER receives its files. Every file that penwick writes
+must match its schema. Then each file is changed in many ways, and for each change schema and
+penwick's reader must agree."""
 
 import collections
 import copy
@@ -39,7 +39,7 @@ def load(path):
 
 
 def check_description(name, schema):
-    """What a reader of the schema itself relies on."""
+    """Checks the schema's metadata, on which its users rely."""
     Draft202012Validator.check_schema(schema)
     expect(schema["$schema"] == "https://json-schema.org/draft/2020-12/schema", f"{name}: $schema")
     expect(schema["$id"] == f"urn:penwick:schema:{name.partition('.')[0]}", f"{name}: $id")
@@ -55,7 +55,7 @@ def check_description(name, schema):
 
 
 def changed_records(record):
-    """(what was done, the record after it), for one object and each of its members."""
+    """(description of the change, the changed record) for one object and each of its members."""
     yield "unknown member added", {**record, "unheardOf": [None, {"x": 1.5}]}
     for member in record:
         rest = {key: value for key, value in record.items() if key != member}
@@ -118,7 +118,7 @@ def check_files(program, kind, folder):
         content = load(sample)
         for error in validator.iter_errors(content):
             failures.append(f"{sample.name}: {error.json_path}: {error.message}")
-        if sample in (samples[0], samples[-1]):  # The others are of the same shape.
+        if sample in (samples[0], samples[-1]):  # The other samples have the same structure.
             cases += [(f"{sample.name}: {what}", other) for what, other in changed(kind, content)]
 
     texts = [json.dumps(content) for _, content in cases]
@@ -131,7 +131,7 @@ def check_files(program, kind, folder):
 
 
 def check_that_faults_are_found(kind, schema, cases, verdicts):
-    """A schema that lost any one of its rules must not pass."""
+    """A schema that lacks any one of its rules must fail the check."""
     record = schema["$defs"]["macro"] if kind == "macros" else schema
     for member in list(record["properties"]):
         rules = copy.deepcopy(schema)

@@ -8,8 +8,9 @@
 
 namespace penwick::test {
 
-/// Takes what the process writes to standard output or standard error, from its creation until
-/// `take` or its end. Keep its life short: what the test itself reports meanwhile is taken as well.
+/// Captures what the process writes to standard output or standard error, from construction until
+/// `take` or destruction. Keep its lifetime short: it also captures what the test framework reports
+/// meanwhile.
 class CapturedOutput final
 {
 public:
@@ -29,8 +30,8 @@ public:
 
     ~CapturedOutput() { release(); }
 
-    /// What was written to the system so far; nothing is taken any more after this. Only what the
-    /// code under test has flushed is there.
+    /// Returns what was written so far, and ends the capture. Buffered output that the code under
+    /// test has not flushed is missing.
     QByteArray take()
     {
         QByteArray text;
@@ -42,7 +43,7 @@ public:
         return text;
     }
 
-    /// `take`, by lines without their ends.
+    /// As `take`, split into lines without their line ends.
     QByteArrayList takeLines()
     {
         QByteArrayList lines = take().split('\n');

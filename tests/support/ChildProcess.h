@@ -10,8 +10,8 @@
 
 namespace penwick::test {
 
-/// The test's own program as another process that does something else: `arguments` tell its main()
-/// what. It is killed with the object.
+/// Runs the test's own program as a second process. `arguments` select in its main() what it does
+/// there. The destructor kills it.
 class ChildProcess final
 {
 public:
@@ -26,7 +26,7 @@ public:
 
     ~ChildProcess() { kill(); }
 
-    /// Waits for the next line that the process writes; empty when none comes.
+    /// Waits for the next line that the process writes. Empty at a timeout.
     QByteArray readLine()
     {
         while (!m_process.canReadLine()) {
@@ -36,7 +36,7 @@ public:
         return m_process.readLine().trimmed();
     }
 
-    /// Waits for the end; true when the process ended with status 0.
+    /// Waits for the process to end. True when it ended with status 0.
     bool succeeds()
     {
         return (m_process.state() == QProcess::NotRunning ||

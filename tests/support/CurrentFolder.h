@@ -8,12 +8,12 @@
 
 namespace penwick::test {
 
-/// Makes a folder, which is the current one for as long as this lives. It may be removed before;
-/// what is empty at the end goes.
+/// Creates a folder and makes it the current one while this lives. The test may remove the folder
+/// earlier; the destructor removes it if it is empty.
 class CurrentFolder final
 {
 public:
-    /// \param path absolute; the folder around it exists.
+    /// \param path absolute; its parent folder exists.
     explicit CurrentFolder(const QByteArray &path)
         : m_path(path)
         , m_former(::open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC))

@@ -5,13 +5,13 @@
 
 namespace penwick::test {
 
-/// Lets the process open no further file while it lives.
+/// Prevents the process from opening any further file while this lives.
 class DescriptorLimit final
 {
 public:
     DescriptorLimit()
     {
-        const int next = ::dup(STDERR_FILENO); // The lowest that is free.
+        const int next = ::dup(STDERR_FILENO); // The lowest free descriptor.
         ::close(next);
         ::getrlimit(RLIMIT_NOFILE, &m_former);
         const rlimit limit{static_cast<rlim_t>(next), m_former.rlim_max};

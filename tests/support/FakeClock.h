@@ -9,11 +9,11 @@
 
 namespace penwick::test {
 
-/// A clock that stands still until the test moves it. Starts at 2025-03-01T09:15:00Z.
+/// A clock that changes only when the test moves it. Starts at 2025-03-01T09:15:00Z.
 class FakeClock final
 {
 public:
-    /// The clock to hand in; it follows this object even when it outlives it.
+    /// The clock for the code under test. It follows this object, and stays valid after its end.
     [[nodiscard]] Clock clock() const
     {
         return [now = m_now] { return *now; };

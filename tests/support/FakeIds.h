@@ -12,7 +12,7 @@ namespace penwick::test {
 class FakeIds final
 {
 public:
-    /// The source to hand in; it counts on even when it outlives this object.
+    /// The source for the code under test. It stays valid after this object's end.
     [[nodiscard]] IdSource source() const
     {
         return [given = m_given] { return id(++*given); };

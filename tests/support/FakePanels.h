@@ -6,12 +6,12 @@
 
 namespace penwick::test {
 
-/// Answers the file panels and remembers what they were asked.
+/// Answers the file panels, and records what they were called with.
 struct FakePanels
 {
     struct State
     {
-        std::optional<QString> answer; ///< Nothing: the person cancels.
+        std::optional<QString> answer; ///< Nothing: the user cancels.
         QString title;
         QString name;
         int questions = 0;

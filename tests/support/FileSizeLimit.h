@@ -5,7 +5,7 @@
 
 namespace penwick::test {
 
-/// Lets no file grow past `bytes` while it lives, which the system reports as on a full disk.
+/// Limits every file to `bytes` while this lives. A write past that fails as on a full disk.
 class FileSizeLimit final
 {
 public:

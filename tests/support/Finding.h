@@ -10,7 +10,7 @@
 
 #include <utility>
 
-/// What a pattern finds in a text, for tests.
+/// Helpers for tests of what a pattern finds in a text.
 namespace penwick::finding {
 
 using Ranges = QList<std::pair<qint64, qint64>>;

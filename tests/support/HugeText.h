@@ -4,7 +4,7 @@
 
 namespace penwick::test {
 
-/// A text of so many megabytes of "x", at the cost of one of them.
+/// A text of `megabytes` million "x" that shares its storage: it takes the memory of one million.
 inline Text hugeText(int megabytes)
 {
     const Text piece(QString(1'000'000, u'x'));

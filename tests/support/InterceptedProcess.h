@@ -22,29 +22,28 @@
 
 namespace penwick::test {
 
-/// One call that a process made of the system.
+/// One system call of a process.
 struct SystemCall
 {
     int number = 0;
     std::array<quint64, 6> arguments = {};
 };
 
-/// Runs some work in a child process and decides about every call that it makes of the system, but
-/// for those about memory, time and its own end. The kernel stops the child at each of them, so a
-/// call that the work comes to make one day is met like the others, and nothing has to be built
-/// into the work.
+/// Runs a function in a child process and decides about each of its system calls, except those for
+/// memory, time and its exit. The kernel stops the child at each call, so calls that the function
+/// starts to make in the future are covered too, and the code under test needs no hooks.
 class InterceptedProcess final
 {
 public:
-    /// Lets a call happen (0), makes it fail with that `errno` instead, or ends the process before
-    /// it happens.
+    /// Returns 0 to allow the call, an `errno` value to make it fail with that error, or `kKill` to
+    /// end the process before the call.
     using Judge = std::function<int(const SystemCall &call)>;
     static constexpr int kKill = -1;
 
     struct End
     {
         bool wasKilled = false;
-        int status = 0; ///< What the work returned.
+        int status = 0; ///< The return value of `work`.
     };
 
     /// \param work runs in the child; returns 0 to 255.
@@ -57,7 +56,7 @@ public:
         if (child == 0) {
             const int listener = install();
             send(channel[1], listener);
-            ::syscall(SYS_close, listener); // The first call that is decided about.
+            ::syscall(SYS_close, listener); // The first call that the judge decides about.
             _exit(work());
         }
         ::close(channel[1]);
@@ -68,8 +67,8 @@ public:
         return endOf(child);
     }
 
-    /// Runs the work undisturbed.
-    /// \param meanwhile called with the child's id once it runs; may kill it.
+    /// Runs `work` without interception.
+    /// \param meanwhile called with the child's process id; may kill the child.
     static End runFreely(const std::function<int()> &work,
                          const std::function<void(pid_t)> &meanwhile = {})
     {
@@ -91,7 +90,8 @@ private:
 
     static int install()
     {
-        // Memory, threads, time, signals and the end: what fails here has nothing to do with files.
+        // Memory, threads, time, signals and exit. Failures of these calls have nothing to do with
+        // files.
         static constexpr std::array kFree{
             SYS_mmap,         SYS_munmap,       SYS_mremap,         SYS_mprotect,
             SYS_madvise,      SYS_brk,          SYS_futex,          SYS_clock_gettime,
@@ -156,7 +156,7 @@ private:
             if (::poll(&waited, 1, -1) < 0)
                 continue;
             if ((waited.revents & POLLIN) == 0)
-                return; // Nobody is left who could make a call.
+                return; // No process is left that could make a call.
             seccomp_notif notice = {};
             if (::ioctl(listener, SECCOMP_IOCTL_NOTIF_RECV, &notice) != 0)
                 continue;

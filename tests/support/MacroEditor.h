@@ -13,7 +13,7 @@
 
 namespace penwick::test {
 
-/// A window with a text, an edit that can be undone, and a selection.
+/// An editor window with a text, an edit that can be undone, and a selection.
 struct MacroEditor
 {
     static constexpr const char *kBefore = "一行目\r\nsecond 😀\n";
@@ -41,7 +41,7 @@ struct MacroEditor
         controller.runMacro(code, QStringLiteral("id"), name, std::nullopt);
     }
 
-    /// Lets events pass until no macro runs. False where it does not end.
+    /// Processes events until no macro runs. False at a timeout.
     [[nodiscard]] bool waitForEnd() const
     {
         return QTest::qWaitFor([this] { return !controller.isRunningMacro(); }, 60000);
@@ -55,7 +55,7 @@ struct MacroEditor
 
     [[nodiscard]] TextView *view() const { return controller.textView(); }
 
-    /// Of the document, after everything that is queued.
+    /// The document's content, after all queued events.
     [[nodiscard]] QByteArray bytes() const
     {
         QCoreApplication::processEvents();
@@ -73,13 +73,13 @@ struct MacroEditor
         return controller.window()->findChild<MacroRunNotice *>();
     }
 
-    std::atomic<int> logged = 0; // Lines of the script's log.
+    std::atomic<int> logged = 0; // Log lines of the scripts.
     UserDefaults defaults;
     TextDocument document;
     EditorWindowController controller;
 };
 
-/// Stops the runs of a window as a person does: with Escape, once the notice is there.
+/// Stops every run of a window as a user does: with Escape, once the notice is visible.
 class ImpatientPerson final
 {
 public:

@@ -6,7 +6,7 @@
 
 namespace penwick::test {
 
-/// A macro with something of its own in every field.
+/// A macro with a distinct, non-default value in every field.
 inline Macro sampleMacro(const QString &id = QStringLiteral("A"), qint64 sortOrder = 1)
 {
     Macro macro;

@@ -11,7 +11,7 @@
 
 namespace penwick::test {
 
-/// A manager's window as a person meets it: rows to click, buttons to press, messages to read.
+/// Drives a manager's window as a user does: clicks rows, presses buttons, reads messages.
 class ManagerPage final
 {
 public:
@@ -59,7 +59,7 @@ public:
         QCoreApplication::processEvents();
     }
 
-    /// The button that shows; null when there is none.
+    /// The visible button with this text; null when there is none.
     [[nodiscard]] QPushButton *button(const QString &text) const
     {
         QPushButton *button = buttonNamed(m_window, text);
@@ -73,7 +73,7 @@ public:
         return m_window->findChild<QToolButton *>(name);
     }
 
-    /// Texts that show, in the order in which they were made.
+    /// The texts of the visible labels, in creation order.
     [[nodiscard]] QStringList labels() const
     {
         QStringList texts;
@@ -84,7 +84,7 @@ public:
         return texts;
     }
 
-    /// Reads the message that shows and closes it by its only button.
+    /// Returns the text of the open message box and closes it with its only button.
     [[nodiscard]] static QString takeAlert(const QString &ok = QStringLiteral("OK"))
     {
         auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());

@@ -9,7 +9,7 @@
 
 namespace penwick::test {
 
-/// What a manager and its window are made of, all of it the test's own.
+/// What a manager and its window depend on, isolated for one test.
 struct ManagerWorld
 {
     TemporaryHome home;

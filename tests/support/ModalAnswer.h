@@ -14,8 +14,9 @@
 
 namespace penwick::test {
 
-/// Calls `answer` with the modal window that the code under test opens next, from within its event
-/// loop. Call it right before. To answer a second window, call it again inside `answer`.
+/// Calls `answer` with the modal window that the code under test opens next, from within that
+/// window's event loop. Call this immediately before that code. To answer a second window, call it
+/// again inside `answer`.
 inline void answerModal(std::function<void(QWidget *)> answer)
 {
     QMetaObject::invokeMethod(
@@ -41,7 +42,7 @@ inline QPushButton *buttonNamed(const QWidget *window, const QString &text)
     return nullptr;
 }
 
-/// Clicks the button with this text in the next modal window, and keeps the window's message.
+/// Clicks the button with this text in the next modal window. `message` receives the window's text.
 inline void clickInModal(const QString &buttonText, QString *message = nullptr)
 {
     answerModal([buttonText, message](QWidget *window) {
@@ -64,8 +65,7 @@ inline void acceptFileName(QWidget *dialog, const QString &path)
     QMetaObject::invokeMethod(dialog, "accept");
 }
 
-/// Calls `answer` with every modal window that is seen open while this lives, until it returns
-/// true: that was the one.
+/// Calls `answer` with each modal window that opens while this lives, until `answer` returns true.
 class LaterAnswer final
 {
 public:
@@ -92,7 +92,7 @@ private:
     bool m_hasAnswered = false;
 };
 
-/// What a LaterAnswer does that clicks the button with this text in the first window that has one.
+/// An answer for `LaterAnswer`: clicks the button with this text in the first window that has one.
 inline std::function<bool(QWidget *)> clicking(const QString &buttonText)
 {
     return [buttonText](QWidget *window) {

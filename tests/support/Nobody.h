@@ -6,11 +6,11 @@
 
 namespace penwick::test {
 
-/// A user, and a group, who owns nothing here.
+/// A user id and group id that owns no file of the tests.
 constexpr uid_t kNobody = 65534;
 
-/// Does the work with the rights of `kNobody`. Where the tests do not run as root, who alone can
-/// take on another user, it is done with the rights that they have.
+/// Calls `work` with the rights of `kNobody`. Only root can switch users: without root, `work` runs
+/// with the rights of the current user.
 template <typename Work> auto asNobody(Work work)
 {
     const bool isRoot = ::geteuid() == 0;

@@ -34,7 +34,7 @@ inline std::optional<InstancePlace> takePlace(const InstanceAddress &address)
     return std::get<InstancePlace>(*std::move(arrival));
 }
 
-/// Another process's part, on a thread of its own.
+/// Hands `request` over from a thread of its own, in the role of another process.
 inline std::future<Outcome> handOverTo(const InstanceAddress &address, const OpenRequest &request)
 {
     return std::async(std::launch::async, [address, request]() -> Outcome {
@@ -45,7 +45,7 @@ inline std::future<Outcome> handOverTo(const InstanceAddress &address, const Ope
     });
 }
 
-/// Whether somebody holds the lock.
+/// True when another process or descriptor holds the lock.
 inline bool isLocked(const InstanceAddress &address)
 {
     const auto file = openLockFile(address.lock);
@@ -65,7 +65,7 @@ inline OpenRequest requestOf(const QByteArray &path, bool wait = false)
     return request;
 }
 
-/// A running process's part: takes every request and keeps it.
+/// The role of the running instance: accepts every request and records it.
 struct Running
 {
     explicit Running(const InstanceAddress &address,
@@ -81,7 +81,7 @@ struct Running
                          });
     }
 
-    /// Whether another process that arrives is heard.
+    /// True when another process that arrives can hand over a request.
     bool isMetAt(const InstanceAddress &address)
     {
         const auto former = requests.size();

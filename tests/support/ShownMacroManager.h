@@ -9,7 +9,7 @@
 
 namespace penwick::test {
 
-/// The macro manager with these macros, in its window.
+/// A macro manager with the given macros, in its window.
 struct ShownMacroManager : ManagerWorld
 {
     explicit ShownMacroManager(const QList<Macro> &macros)
@@ -31,7 +31,7 @@ struct ShownMacroManager : ManagerWorld
 
     [[nodiscard]] ManagerPage page() const { return ManagerPage(window()); }
 
-    QList<Macro> testRuns; ///< What was asked to be tried out.
+    QList<Macro> testRuns; ///< Drafts that the user asked to test.
     std::unique_ptr<MacroManager> manager;
     std::unique_ptr<MacroManagerWindowController> controller;
 };

@@ -8,7 +8,7 @@
 
 namespace penwick::test {
 
-/// The manager of the wording profiles with these of the person's own, in its window.
+/// A profile manager with the given user-made profiles, in its window.
 struct ShownProfileManager : ManagerWorld
 {
     explicit ShownProfileManager(const QList<UIWordingProfile> &profiles = {})
@@ -21,7 +21,7 @@ struct ShownProfileManager : ManagerWorld
         controller->showWindow();
     }
 
-    /// A new window in place of the one before, not shown yet.
+    /// Replaces the window by a new one that is not shown yet.
     void makeWindow()
     {
         controller = std::make_unique<ProfileManagerWindowController>(

@@ -7,7 +7,7 @@
 
 namespace penwick::test {
 
-/// A view in a shown window, as a person has it in front of them.
+/// A view in a shown and active window.
 struct ShownTextView
 {
     explicit ShownTextView(QStringView text = {})
@@ -30,7 +30,7 @@ struct ShownTextView
 
     [[nodiscard]] QString text() const { return view.string().toString(); }
 
-    /// Where the caret at `offset` is drawn, in the viewport.
+    /// The center of the caret at `offset`, in viewport coordinates.
     QPoint pointOf(qint64 offset)
     {
         const TextRange before = view.selectedRange();
@@ -40,8 +40,8 @@ struct ShownTextView
         return rect.center().toPoint();
     }
 
-    /// What an input method sends that shows `preedit` after it commits `commit` in place of
-    /// `replacedLength` units that begin `replacedStart` units from the caret.
+    /// Sends the event of an input method that commits `commit` in place of `replacedLength` code
+    /// units, starting `replacedStart` code units from the caret, and then shows `preedit`.
     void compose(const QString &preedit,
                  const QString &commit = {},
                  int replacedStart = 0,

@@ -12,8 +12,8 @@
 
 namespace penwick::test {
 
-/// A home folder of its own for the life of the object: $HOME and the XDG base folders lie in it,
-/// so nothing that a test does meets the developer's files.
+/// A temporary home folder. While this lives, $HOME and the XDG base folders point into it, so that
+/// no test touches the developer's files.
 class TemporaryHome final
 {
 public:
@@ -41,10 +41,10 @@ public:
 
     [[nodiscard]] QString path() const { return m_folder.path(); }
 
-    /// $XDG_DATA_HOME. Does not exist at first.
+    /// $XDG_DATA_HOME. Not created yet.
     [[nodiscard]] QString dataFolder() const { return path() + QStringLiteral("/data"); }
 
-    /// $XDG_CONFIG_HOME. Does not exist at first.
+    /// $XDG_CONFIG_HOME. Not created yet.
     [[nodiscard]] QString configFolder() const { return path() + QStringLiteral("/config"); }
 
     /// A path below the home folder.
@@ -53,7 +53,7 @@ public:
         return path() + u'/' + relativePath;
     }
 
-    /// Writes a file below the home folder, with the folders that it needs; gives its path.
+    /// Writes a file below the home folder and creates missing folders. Returns the file's path.
     QString write(const QString &relativePath, const QByteArray &content) const
     {
         const QString target = file(relativePath);

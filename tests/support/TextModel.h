@@ -15,7 +15,7 @@
 
 namespace penwick::test {
 
-/// Clusters as ICU's iterator counts them over the whole text: the slow truth.
+/// Counts the clusters with ICU's iterator over the whole text. Slow, but independent of `Text`.
 inline qint64 clustersByIcu(QStringView text)
 {
     UErrorCode status = U_ZERO_ERROR;
@@ -47,7 +47,7 @@ inline bool isSeparator(char16_t unit)
     }
 }
 
-/// What `Text::metrics` should say, worked out the slow way.
+/// The expected result of `Text::metrics`, computed by scanning the whole text.
 inline TextMetrics metricsOf(const QString &text)
 {
     TextMetrics metrics;
@@ -61,7 +61,7 @@ inline TextMetrics metricsOf(const QString &text)
     return metrics;
 }
 
-/// The status bar's line and column of `offset`, worked out the slow way.
+/// The status bar's expected line and column of `offset`, computed by scanning the text.
 inline std::pair<qint64, qint64> separatorLineAndColumn(const QString &text, qsizetype offset)
 {
     qint64 line = 1;
@@ -75,7 +75,7 @@ inline std::pair<qint64, qint64> separatorLineAndColumn(const QString &text, qsi
     return {line, clustersByIcu(QStringView(text).sliced(start, offset - start))};
 }
 
-/// A short random text from what makes counting hard: marks, emoji, flags, Hangul, separators.
+/// A short random text of pieces that are hard to count: marks, emoji, flags, Hangul, separators.
 inline QString randomText(QRandomGenerator &random, int pieces)
 {
     static const QStringList kPieces{
@@ -100,7 +100,7 @@ inline QString randomText(QRandomGenerator &random, int pieces)
     for (int i = 0; i < pieces; ++i) {
         const auto index = random.bounded(kPieces.size());
         text += kPieces[index];
-        // Long plain runs make chunks of their own.
+        // Long plain runs fill chunks of their own.
         if (random.bounded(40) == 0)
             text += QString(random.bounded(3000), random.bounded(2) == 0 ? u'x' : u'漢');
     }

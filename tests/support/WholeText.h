@@ -4,7 +4,7 @@
 
 namespace penwick::test {
 
-/// Replaces all that the view shows as one edit, as a macro does.
+/// Replaces the whole text of the view in one edit, as a macro does.
 inline void replaceWholeText(TextView *view, const Text &text)
 {
     const TextRange all{0, view->string().size()};

@@ -15,7 +15,7 @@ constexpr auto kBreakTestFile = "/usr/share/unicode/auxiliary/GraphemeBreakTest.
 struct BreakCase
 {
     QString text;
-    QList<qint64> boundaries; // Ends of clusters, UTF-16 units.
+    QList<qint64> boundaries; // Ends of clusters, in UTF-16 code units.
 };
 
 /// Reads a line such as "÷ 0020 × 0308 ÷ 0020 ÷".
@@ -61,7 +61,8 @@ void GraphemeClustersTest::unicodeBreakTest_countsAndStepsAgree_data()
     QFile file(QString::fromLatin1(kBreakTestFile));
     QVERIFY2(file.open(QIODevice::ReadOnly), "the package unicode-data is needed");
     int cases = 0;
-    int announced = 0; // The file ends with the number of its cases; each version has more of them.
+    int announced = 0; // The count that the end of the file states. It grows with each Unicode
+                       // version.
     while (!file.atEnd()) {
         const QString whole = QString::fromUtf8(file.readLine());
         if (whole.startsWith(u"# Lines:"))
@@ -81,7 +82,7 @@ void GraphemeClustersTest::unicodeBreakTest_countsAndStepsAgree()
     const BreakCase expected = parseCase(line);
     QCOMPARE(clusters::count(viewOf(expected.text)), expected.boundaries.size());
     const Text text{QStringView(expected.text)};
-    // Lone surrogates stand in no text; such a case speaks of what cannot occur.
+    // A text never holds a lone surrogate, so a case with one does not apply.
     if (text.toString() != expected.text)
         return;
     QCOMPARE(text.metrics().clusters, expected.boundaries.size());
@@ -118,8 +119,8 @@ void GraphemeClustersTest::certainBoundaries_areBoundariesInEveryCase()
 
 void GraphemeClustersTest::certainBoundaries_divideWhatIsCounted()
 {
-    // Of every class there is, and of the scripts and sequences where more than two characters
-    // decide.
+    // Characters of every break class, and of the scripts and sequences in which more than two
+    // characters decide about a boundary.
     const QList<char32_t> alphabet{
         U'a',          U' ',      U'\n',     U'\r',     U'\u0085',     U'か',         U'\u3099',
         U'\u0301',     U'\u200D', U'\uFE0F', U'\u2764', U'\U0001F469', U'\U0001F3FD', U'\U0001F1EF',
@@ -150,13 +151,13 @@ void GraphemeClustersTest::certainBoundaries_divideWhatIsCounted()
 
 void GraphemeClustersTest::commonCharacters_haveCertainBoundaries()
 {
-    // Without them a line of nothing else would have to be looked at from its start.
+    // Otherwise a line of only these characters would have to be scanned from its start.
     QVERIFY(clusters::isCertainBoundary(U'한', U'국'));
     QVERIFY(clusters::isCertainBoundary(U'가', U'나'));
     QVERIFY(clusters::isCertainBoundary(U'😀', U'😀'));
     QVERIFY(!clusters::isCertainBoundary(U'\u1100', U'가'));
     QVERIFY(!clusters::isCertainBoundary(U'가', U'\u11A8'));
-    // Decomposed, as file systems and input methods give them.
+    // Decomposed sequences, as file systems and input methods produce them.
     QVERIFY(clusters::isCertainBoundary(U'\u3099', U'か'));
     QVERIFY(clusters::isCertainBoundary(U'\u0301', U'e'));
     QVERIFY(clusters::isCertainBoundary(U'\uFE0F', U'\u2764'));

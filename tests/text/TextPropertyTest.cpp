@@ -7,7 +7,7 @@ using namespace penwick;
 
 namespace {
 
-/// An offset between characters of a model text.
+/// A random offset of the model text that is not inside a surrogate pair.
 qsizetype randomOffset(QRandomGenerator &random, const QString &model)
 {
     qsizetype offset = random.bounded(model.size() + 1);

@@ -143,7 +143,7 @@ void TextTest::hugeCluster_staysOneCluster()
 
 void TextTest::markTypedAtChunkEdge_joinsTheLastCharacter()
 {
-    // Chunks hold some thousand units, so these offsets meet several edges.
+    // Chunks hold some thousand code units, so these offsets cover several chunk edges.
     const QString plain(20'000, u'x');
     for (const qsizetype offset : {4095, 4096, 4097, 8192, 12'288, 20'000}) {
         const Text text = Text{QStringView(plain)}.replaced(offset, 0, Text(u"\u0301"));
@@ -168,7 +168,7 @@ void TextTest::mixedText_equalsItselfBuiltInPieces()
     Text pieces;
     for (qsizetype i = 0; i < model.size(); i += 997)
         pieces = pieces.appended(Text{QStringView(model.mid(i, 997))});
-    // A piece may end inside a pair: both halves then are replaced, as for any foreign text.
+    // A piece may end inside a surrogate pair: each half then becomes U+FFFD.
     Text whole;
     for (qsizetype i = 0; i < model.size(); i += 997)
         whole = whole.replaced(whole.size(), 0, Text{QStringView(model.mid(i, 997))});

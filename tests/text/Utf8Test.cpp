@@ -48,7 +48,7 @@ void Utf8Test::validBytes_comeBackUnchanged()
     const auto text = Text::fromUtf8(bytes);
     QVERIFY(text.has_value());
     QCOMPARE(text->toUtf8(), bytes);
-    // Edited elsewhere, the rest stays.
+    // An edit at the end keeps all other bytes.
     QCOMPARE(text->appended(Text(u"z")).toUtf8(), bytes + "z");
 }
 
@@ -81,7 +81,7 @@ void Utf8Test::invalidBytes_failAtTheirOffset()
     const auto text = Text::fromUtf8(bytes);
     QVERIFY(!text.has_value());
     QCOMPARE(text.error().byteOffset, offset);
-    // The same when the bytes come one by one.
+    // Byte-by-byte input reports the same offset.
     Utf8Reader reader;
     for (qsizetype i = 0; i < bytes.size() && bytes.size() < 1000; ++i)
         reader.append(QByteArrayView(bytes).sliced(i, 1));
@@ -121,7 +121,7 @@ void Utf8Test::everyCodePoint_comesBack()
 
 void Utf8Test::chunkEdges_keepLongMixedText()
 {
-    // Plain stretches of every length around a chunk's, each followed by a mark.
+    // ASCII stretches of lengths around a chunk's size, each followed by a combining mark.
     QByteArray bytes;
     for (int length = 4090; length < 4100; ++length)
         bytes += QByteArray(length, 'a') + "\xCC\x81" + QByteArray(length - 3000, 'b') + "\r\n";

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kNow = u"2025-03-01T09:15:00Z"_s; // Of the fake clock.
+const QString kNow = u"2025-03-01T09:15:00Z"_s; // The fake clock's time.
 
 UIWordingProfile sampleProfile()
 {
@@ -28,7 +28,7 @@ UIWordingProfile sampleProfile()
     return profile;
 }
 
-/// What every copy has of its own.
+/// The profile with the fields that every copy sets anew.
 UIWordingProfile ofTheUser(UIWordingProfile profile)
 {
     profile.isBuiltIn = false;

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kNow = u"2025-03-01T09:15:00Z"_s; // Of the fake clock.
+const QString kNow = u"2025-03-01T09:15:00Z"_s; // The fake clock's time.
 const QString kApplied = u"プロファイルを適用しました。一部の表示は再起動後に反映されます。"_s;
 
 UIWordingProfile userProfile(const QString &id, const QString &name)
@@ -30,7 +30,7 @@ UIWordingProfile userProfile(const QString &id, const QString &name)
 
 } // namespace
 
-/// Through the window's own widgets: rows are clicked, buttons pressed, messages read.
+/// Drives the manager through its window: clicks rows, presses buttons, reads messages.
 class ProfileManagerWindowTest final : public QObject
 {
     Q_OBJECT
@@ -151,7 +151,7 @@ private Q_SLOTS:
         QVERIFY(world.page().button(u"エクスポート"_s) != nullptr);
         QVERIFY(world.page().button(u"複製"_s) != nullptr);
         QVERIFY(world.page().button(u"このプロファイルを適用"_s) != nullptr);
-        // One row, the prominent one last.
+        // All buttons are in one row, the prominent one last.
         QPushButton *last = world.page().button(u"このプロファイルを適用"_s);
         for (const auto &text : {u"削除"_s, u"エクスポート"_s, u"複製"_s}) {
             QCOMPARE(world.page().button(text)->y(), last->y());
@@ -191,7 +191,7 @@ private Q_SLOTS:
             QVERIFY(!world.page().labels().contains(u"作成日時"_s));
             QVERIFY(!world.page().labels().contains(u"更新日時"_s));
         }
-        QVERIFY(world.page().labels().contains(u"9"_s)); // Texts of the English one.
+        QVERIFY(world.page().labels().contains(u"9"_s)); // A text of the English profile.
     }
 
     void list_keys_selectAndAskToDelete()
@@ -219,11 +219,11 @@ private Q_SLOTS:
         QCOMPARE(world.manager->activeProfileId(), u"A"_s);
         QCOMPARE(world.page().takeAlert(u"よし"_s), kApplied);
         QCOMPARE(world.window()->windowTitle(), u"文言"_s);
-        QVERIFY(world.page().labels().contains(u"文言"_s)); // Above the list.
+        QVERIFY(world.page().labels().contains(u"文言"_s)); // The title above the list.
         QVERIFY(!world.isMarkedActive(0));
         QVERIFY(world.isMarkedActive(2));
         QCOMPARE(world.page().selectedName(), u"Mine"_s);
-        // Again is harmless.
+        // Applying the profile again is harmless.
         world.page().click(u"このプロファイルを適用"_s);
         QCOMPARE(world.page().takeAlert(u"よし"_s), kApplied);
     }
@@ -369,7 +369,7 @@ private Q_SLOTS:
         world.page().clickRow(2);
         world.page().click(u"エクスポート"_s);
         QCOMPARE(world.panels.state->name, u"profile"_s);
-        QVERIFY(QApplication::activeModalWidget() == nullptr); // It was cancelled.
+        QVERIFY(QApplication::activeModalWidget() == nullptr); // The user cancelled the panel.
     }
 
     void export_cannotBeWritten_saysSoAndLeavesTheOldFile()

@@ -34,7 +34,7 @@ class UIWordingProfileManagerTest final : public QObject
     Q_OBJECT
 
 private:
-    /// One start of the application: what the manager needs, over a folder that may hold files.
+    /// One start of the application: the manager's dependencies, over a folder that may hold files.
     struct World
     {
         TemporaryHome home;
@@ -110,7 +110,7 @@ private Q_SLOTS:
         CapturedOutput output;
         const auto manager = world.start();
         const QByteArrayList lines = output.takeLines();
-        // Something exists there, so nothing is created.
+        // The path exists, so no folder is created.
         QCOMPARE(lines,
                  QByteArrayList{"Error reading contents of ui-wording-profiles directory: "
                                 "Not a directory"});
@@ -376,13 +376,13 @@ private Q_SLOTS:
         manager->takeInChangesFromElsewhere();
         QCOMPARE(ids(*manager), withBuiltIns({u"b"_s}));
         QCOMPARE(manager->activeProfileId(), kBuiltInProfileId);
-        // What the manager writes itself is no such change.
+        // The manager's own writes do not count as changes from elsewhere.
         QVERIFY(manager->saveProfile(userProfile(u"c"_s)).has_value());
         QVERIFY(manager->deleteProfile(u"b"_s).has_value());
         spy.clear();
         manager->takeInChangesFromElsewhere();
         QCOMPARE(spy.count(), 0);
-        // But it does not hide one.
+        // They do not hide such a change either.
         world.writeFile(userProfile(u"d"_s));
         QVERIFY(manager->saveProfile(userProfile(u"e"_s)).has_value());
         manager->takeInChangesFromElsewhere();

@@ -30,7 +30,7 @@ class UIWordingProfileTest final : public QObject
     Q_OBJECT
 
 private:
-    /// The JSON of the sample with one member replaced, or taken away where `value` is nothing.
+    /// The sample's JSON with one member replaced, or removed when `value` is nothing.
     static QByteArray sampleWith(const QString &member, const std::optional<JsonValue> &value)
     {
         JsonObject object = *JsonText::read(sample().toJson())->asObject();

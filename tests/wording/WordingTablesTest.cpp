@@ -27,8 +27,8 @@ private Q_SLOTS:
         QByteArray listing;
         for (const QString &key : std::as_const(keys))
             listing += key.toUtf8() + '\t' + table.value(key).toUtf8() + '\n';
-        // Of the agreed wording, one "key TAB text LF" after another. Whoever changes a text on
-        // purpose changes this with it.
+        // The digest of the agreed wording, one "key TAB text LF" after another in the order of the
+        // keys. An intended change of a text changes the digest too.
         QCOMPARE(QCryptographicHash::hash(listing, QCryptographicHash::Sha256).toHex(),
                  "90985f2edd3b8e2d384bf4d4bb4f1f380931a12f1171037c6d775df53ef53b8c"_ba);
     }

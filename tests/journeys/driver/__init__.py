@@ -1,5 +1,5 @@
-"""Drives penwick from outside, as a person at a screen would: real keys and clicks in an X server
-of its own, and the accessibility bus to see what is on the screen."""
+"""Drives penwick from outside as a user does: with real keys and clicks in a separate X server. The
+accessibility bus shows what is on the screen."""
 
 from .application import Application
 from .session import Session

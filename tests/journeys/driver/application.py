@@ -1,5 +1,5 @@
-"""One running penwick: its windows and menus as the accessibility bus shows them, and the keyboard
-and mouse in front of it."""
+"""A running penwick: its windows and menus on the accessibility bus, and its keyboard and mouse
+input."""
 
 import re
 import subprocess
@@ -10,9 +10,10 @@ from .waiting import Timeout, until
 
 
 class Application:
-    """Starts `program` with `arguments` in `session`; `environment` adds to that of the session.
+    """Starts `program` with `arguments` in `session`; `environment` adds to the session's
+    environment.
 
-    `output` is the file that holds what the program wrote to standard output and error."""
+    `output` is the file with the program's standard output and standard error."""
 
     def __init__(self, session, program, *arguments, environment=None):
         self._connect(session)
@@ -28,7 +29,8 @@ class Application:
 
     @classmethod
     def running(cls, session, pid):
-        """The penwick that another program started, by its process id. It has no `process`."""
+        """Attaches to a penwick that another program started, by its process id. It has no
+        `process`."""
         app = cls.__new__(cls)
         app._connect(session)
         app._pid = pid
@@ -36,7 +38,7 @@ class Application:
         return app
 
     def _connect(self, session):
-        # Only here: the library connects to the bus that the session has set when it is imported.
+        # Imported here because the import connects to the bus that the session has set.
         import gi
 
         gi.require_version("Atspi", "2.0")
@@ -67,7 +69,7 @@ class Application:
         return None
 
     def _quietly(self, question, otherwise=None):
-        """What the bus answers, or `otherwise` where the object went away meanwhile."""
+        """The result of `question`, or `otherwise` when the object has disappeared."""
         try:
             return question()
         except self._glib.Error:
@@ -91,12 +93,13 @@ class Application:
         return self._quietly(node.get_description, "") or ""
 
     def has_state(self, node, state):
-        """`state` by its lower-case name: "showing", "enabled", "focused", "checked"."""
+        """True when `node` has `state`, a lower-case name such as "showing", "enabled" or
+        "focused"."""
         states = self._quietly(node.get_state_set)
         return bool(states) and states.contains(getattr(self._atspi.StateType, state.upper()))
 
     def windows(self):
-        """The names of the windows on the screen, dialogs included."""
+        """The names of the visible windows, including dialogs."""
         return [self.name(w) for w in self.children(self._root) if self.has_state(w, "showing")]
 
     def walk(self, node=None):
@@ -129,15 +132,15 @@ class Application:
         return self._quietly(lambda: self._atspi.Text.get_text(text, 0, count), "") or ""
 
     def text_interface(self, node):
-        """What a screen reader can ask about the text of `node`."""
+        """The accessible text interface of `node`."""
         return Text(self._atspi, node)
 
     def events(self, *types):
-        """Listens to events of those types; use it with `with`."""
+        """Listens to events of the given types; a context manager."""
         return Events(self._atspi, self._glib, *types)
 
     def path_to(self, node):
-        """The nodes from the window down to `node`, which is left out."""
+        """The nodes from the window down to the parent of `node`."""
         path, parent = [], self._quietly(node.get_parent)
         while parent and self.role(parent) != "application":
             path.insert(0, parent)
@@ -145,7 +148,7 @@ class Application:
         return path
 
     def tree(self, node=None, depth=0):
-        """What the bus shows, for a failed wait."""
+        """The visible nodes as text, for the message of a failed wait."""
         lines = []
         for child in self.children(node or self._root):
             state = "" if self.has_state(child, "showing") else " (hidden)"
@@ -156,7 +159,7 @@ class Application:
     # Acting
 
     def press(self, *keys):
-        """Presses keys by their X names, each with its modifiers: press("ctrl+s", "Return")."""
+        """Presses keys by their X names, with modifiers: press("ctrl+s", "Return")."""
         self._session.run("xdotool", "key", "--delay", "15", *keys)
 
     def type(self, text):
@@ -164,24 +167,24 @@ class Application:
         self._session.run("xdotool", "type", "--delay", "15", "--", text)
 
     def click(self, node, button=1):
-        """Clicks on the middle of `node`."""
+        """Clicks the center of `node`."""
         box = node.get_component_iface().get_extents(self._atspi.CoordType.SCREEN)
         x, y = box.x + box.width // 2, box.y + box.height // 2
         self._session.run("xdotool", "mousemove", x, y, "click", button)
 
     def focus_window(self, title):
-        """Brings the window whose title starts so to the front, with the keyboard in it."""
+        """Brings the window whose title starts with `title` to the front and gives it the focus."""
         search = ("xdotool", "search", "--onlyvisible", "--name", f"^{re.escape(title)}")
         window = until(lambda: self._quietly_run(*search), f"the window {title!r}").split()[0]
         self._session.run("xdotool", "windowactivate", "--sync", window)
 
     def wait_for_window(self, title):
-        """Waits for any visible window, of another program too, whose title holds that text."""
+        """Waits for a visible window of any program whose title contains `title`."""
         search = ("xdotool", "search", "--onlyvisible", "--name", re.escape(title))
         until(lambda: self._quietly_run(*search), f"the window {title!r}")
 
     def windows_on_screen(self):
-        """The numbers of penwick's windows there, menus that are open by themselves included."""
+        """The X ids of penwick's visible windows, including open menus."""
         search = ("xdotool", "search", "--onlyvisible", "--class", "penwick")
         return set(self._quietly_run(*search).split())
 
@@ -198,7 +201,8 @@ class Application:
         return self.wait_for("menu bar")
 
     def menu_item(self, *path):
-        """The item that the titles of `path` lead to, from the menu bar on, open or not."""
+        """The item at the path of titles from the menu bar down, whether its menu is open or
+        not."""
 
         def search():
             node = self.find("menu bar")
@@ -215,10 +219,11 @@ class Application:
         return None
 
     def menu_entries(self, menu):
-        """The entries of a menu or the menu bar; an entry with a submenu gives that submenu's."""
+        """The entries of a menu or the menu bar. For a submenu's entry `menu`, the submenu's
+        entries."""
         entries = []
         for child in self.children(menu):
-            # Qt puts the popup itself between an entry and the popup's entries.
+            # Qt puts a popup node between an entry and the popup's entries.
             if self.role(child) in ("popup menu", "menu") and not self.name(child):
                 entries.extend(self.children(child))
             else:
@@ -226,19 +231,19 @@ class Application:
         return entries
 
     def choose(self, *path):
-        """Opens the menus of `path` and clicks the last item, by mouse."""
+        """Opens the menus of `path` and clicks the last item with the mouse."""
         for depth in range(1, len(path) + 1):
             node = self.menu_item(*path[:depth])
             until(lambda n=node: self.has_state(n, "showing"), f"the menu item {path[:depth]}")
             self.click(node)
 
     def do_action(self, node):
-        """Does what a click on `node` would do, without touching mouse or focus."""
-        # An action that opens a modal dialog answers only when the dialog is closed.
+        """Does what a click on `node` does, without using the mouse or moving the focus."""
+        # An action that opens a modal dialog replies only when the dialog closes.
         self._quietly(lambda: self._atspi.Action.do_action(node.get_action_iface(), 0))
 
     def shortcut(self, node):
-        """The keys of a menu item, as "Ctrl+Shift+S"; empty without any."""
+        """The shortcut of a menu item, such as "Ctrl+Shift+S"; empty if it has none."""
         action = node.get_action_iface()
         return self._quietly(lambda: self._atspi.Action.get_key_binding(action, 0), "") or ""
 

@@ -1,4 +1,4 @@
-"""What the accessibility bus tells unasked."""
+"""The events that the accessibility bus sends."""
 
 import collections
 
@@ -8,8 +8,8 @@ Event = collections.namedtuple("Event", "type detail1 detail2 data")
 
 
 class Events:
-    """Listens to events of the given types while it is entered. `wait_for` looks at what came since
-    the last one that was waited for."""
+    """Listens to events of the given types as a context manager. `wait_for` searches the events
+    since the last one that it returned."""
 
     def __init__(self, atspi, glib, *types):
         self._atspi, self._glib, self._types = atspi, glib, types
@@ -31,7 +31,7 @@ class Events:
         self._heard.append(Event(event.type, event.detail1, event.detail2, data))
 
     def wait_for(self, type, detail1=None, detail2=None, data=None):
-        """Waits for an event whose type begins so, with those details where they are given."""
+        """Waits for an event whose type starts with `type`, and whose details equal those given."""
         past = []
 
         def came():

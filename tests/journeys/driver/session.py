@@ -1,7 +1,7 @@
-"""A desktop of its own: X server, window manager, buses, and on request a Japanese input method.
+"""A separate desktop: X server, window manager, buses, and optionally a Japanese input method.
 
-Everything that a program may write goes into one temporary home, so a run neither sees nor touches
-the files of the person who starts it."""
+All files of its programs are in a temporary home, so a run neither reads nor changes the
+developer's files."""
 
 import os
 import pathlib
@@ -11,7 +11,7 @@ import tempfile
 
 from .waiting import until
 
-# One input method only, so opening the input method always means Japanese.
+# Only one input method, so that opening it always selects Japanese.
 _FCITX_PROFILE = """\
 [Groups/0]
 Name=Default
@@ -30,7 +30,7 @@ Layout=
 0=Default
 """
 
-# Nothing here may pop up over the window that a test looks at.
+# Prevents popups over the window under test.
 _FCITX_CONFIG = """\
 [Behavior]
 ActiveByDefault=False
@@ -40,8 +40,8 @@ ShowInputMethodInformationWhenFocusIn=False
 
 
 class Session:
-    """Use as a context manager. `input_method` is "anthy" or "mozc", or None for none. `home` is the
-    temporary home; `environment` is what programs in the session run with."""
+    """A context manager. `input_method` is "anthy", "mozc" or None. `home` is the temporary home;
+    `environment` is the environment of the session's programs."""
 
     def __init__(self, input_method=None, width=1200, height=800):
         self._input_method = input_method
@@ -65,7 +65,7 @@ class Session:
         return self
 
     def __exit__(self, *_):
-        # All at once: a window manager may end only when its display has gone.
+        # Terminates all first: a window manager may end only when its display has gone.
         for process in reversed(self._processes):
             process.terminate()
         for process in reversed(self._processes):
@@ -78,7 +78,7 @@ class Session:
         shutil.rmtree(self.home, ignore_errors=True)
 
     def start(self, *command, **options):
-        """Starts a program that ends with the session."""
+        """Starts a program that is terminated with the session."""
         options = {"cwd": self.home, **options}
         process = subprocess.Popen(
             [str(word) for word in command], env=self.environment, **options
@@ -87,12 +87,12 @@ class Session:
         return process
 
     def lose_display(self):
-        """Ends the X server under the programs that are connected to it, as when it crashes."""
+        """Kills the X server while programs are connected to it, as in a crash."""
         self._display.kill()
         self._display.wait()
 
     def run(self, *command):
-        """Runs a program to its end and returns what it wrote to standard output."""
+        """Runs a program to its end and returns its standard output."""
         return subprocess.run(
             [str(word) for word in command],
             env=self.environment,
@@ -103,24 +103,24 @@ class Session:
         ).stdout
 
     def screenshot(self, path, window="root"):
-        """Writes what the screen, or one window by its X id, shows now as a PNG file."""
+        """Writes a picture of the screen, or of one window by its X id, as a PNG file."""
         self.run("import", "-window", window, path)
 
     def open_input_method(self):
-        """From here on, keys go through Japanese input. The focus must be in a text field."""
+        """Directs keys to Japanese input from now on. A text field must have the focus."""
 
         def switched():
-            # It is switched per text field, so this has no effect until the focus has arrived.
+            # The state is per text field, so this has no effect until the field has the focus.
             try:
                 self.run("fcitx5-remote", "-s", self._input_method)
                 return self.run("fcitx5-remote", "-n").strip() == self._input_method
             except subprocess.CalledProcessError:
-                return False  # It answers late while it starts a program of its own.
+                return False  # It replies late while it starts a helper program.
 
         until(switched, "the input method to switch to Japanese")
 
     def close_input_method(self):
-        """From here on, keys are plain keys again."""
+        """Directs keys to the program again."""
         self.run("fcitx5-remote", "-c")
 
     def _make_environment(self):
@@ -149,7 +149,7 @@ class Session:
                 self.environment[name] = os.environ[name]
 
     def _start_display(self):
-        # The server picks a free display number by itself, so sessions can run side by side.
+        # The server chooses a free display number, so that sessions can run in parallel.
         reader, writer = os.pipe()
         self._display = self.start(
             "Xvfb",
@@ -195,7 +195,7 @@ class Session:
             stdout=subprocess.DEVNULL,
             stderr=subprocess.DEVNULL,
         )
-        # The accessibility library of this process reads its own environment, once, at first use.
+        # This process's accessibility library reads the environment once, at first use.
         for name in ("DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR"):
             os.environ[name] = self.environment[name]
 

@@ -1,4 +1,4 @@
-"""The text of one node, as a screen reader asks for it. Offsets count UTF-16 code units."""
+"""The text of one node, as a screen reader queries it. Offsets are in UTF-16 code units."""
 
 
 class Text:
@@ -10,9 +10,10 @@ class Text:
         return self._atspi.Text.get_character_count(self._text)
 
     def string_at(self, offset, granularity):
-        """The piece at `offset`, its start and its end; `granularity` is "char", "word", "sentence"
+        """The piece at `offset`, its start and its end. `granularity` is "char", "word", "sentence"
         or "line"."""
-        # By the older of two calls: the toolkit answers no other, and screen readers know that.
+        # Uses the older of two calls: the toolkit implements only this one, so screen readers use
+        # it too.
         name = "CHAR" if granularity == "char" else f"{granularity.upper()}_START"
         size = getattr(self._atspi.TextBoundaryType, name)
         found = self._atspi.Text.get_text_at_offset(self._text, offset, size)
@@ -25,7 +26,7 @@ class Text:
         self._atspi.Text.set_caret_offset(self._text, offset)
 
     def selection(self):
-        """Start and end of what is selected, or None."""
+        """Start and end of the selection, or None."""
         if self._atspi.Text.get_n_selections(self._text) == 0:
             return None
         found = self._atspi.Text.get_selection(self._text, 0)
@@ -35,7 +36,7 @@ class Text:
         self._atspi.Text.set_selection(self._text, 0, start, end)
 
     def character_extents(self, offset):
-        """Where a character stands on the screen, in pixels."""
+        """The rectangle of a character, in screen coordinates."""
         screen = self._atspi.CoordType.SCREEN
         return self._atspi.Text.get_character_extents(self._text, offset, screen)
 
@@ -48,11 +49,11 @@ class Text:
         return self._atspi.Text.get_offset_at_point(self._text, x, y, screen)
 
     def window_extents(self):
-        """Where the node itself stands."""
+        """The rectangle of the node, in screen coordinates."""
         return self._node.get_component_iface().get_extents(self._atspi.CoordType.SCREEN)
 
     def replace(self, start, end, replacement):
-        """Edits as dictation does: one deletion, one insertion."""
+        """Edits as dictation does: one deletion and one insertion."""
         editable = self._node.get_editable_text_iface()
         self._atspi.EditableText.delete_text(editable, start, end)
         length = len(replacement.encode("utf-16-le")) // 2

@@ -1,16 +1,16 @@
-"""Waiting for a condition, never for a time."""
+"""Waits for conditions instead of fixed times."""
 
 import time
 
 
 class Timeout(AssertionError):
-    """What was waited for did not come."""
+    """The awaited condition did not become true in time."""
 
 
 def until(condition, what, seconds=60.0):
     """Calls `condition` until its result is true, and returns that result.
 
-    Raises `Timeout` with `what`, a text or a callable that gives one, after `seconds`."""
+    After `seconds`, raises `Timeout` with `what`, a text or a callable that returns one."""
     deadline = time.monotonic() + seconds
     while True:
         result = condition()

@@ -11,8 +11,8 @@
 
 namespace penwick::test {
 
-/// What the tests of an editor's controller share: one with defaults of its own, and a document to
-/// show. A test object derives from it, and calls begin() and end() in init() and cleanup().
+/// Base of the tests of an editor's controller: a controller with defaults of its own, and a
+/// document. A test object derives from it, and calls begin() in init() and end() in cleanup().
 class EditorTestBase
 {
 protected:
@@ -36,7 +36,7 @@ protected:
         return QDateTime::fromString(QStringLiteral("2024-02-29T03:04:05Z"), Qt::ISODate);
     }
 
-    /// For a window that takes the frame saved last.
+    /// A controller whose window uses the frame saved last.
     [[nodiscard]] std::unique_ptr<EditorWindowController> makeController()
     {
         return std::make_unique<EditorWindowController>(*m_defaults, &EditorTestBase::now);

@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace penwick {
 
-/// A window and its document, and what a macro is told of them.
+/// Tests of a window and its document, and of the context that a macro gets from them.
 class EditorWindowControllerTest final : public QObject, private test::EditorTestBase
 {
     Q_OBJECT
@@ -88,7 +88,7 @@ void EditorWindowControllerTest::document_setAgain_replacesTheContent()
     QTest::keyClicks(view(), u"x"_s);
     QTRY_COMPARE(other.contentString().toString(), u"xtwo"_s);
     QCOMPARE(m_document->contentString().toString(), u"one"_s);
-    m_controller.reset(); // Before the document that it shows.
+    m_controller.reset(); // Must be destroyed before its document.
 }
 
 void EditorWindowControllerTest::document_none_leavesNoContent()
@@ -150,7 +150,7 @@ void EditorWindowControllerTest::context_ofASavedDocument_namesItsFile()
 void EditorWindowControllerTest::context_withoutTextView_takesTheStatesText()
 {
     open(u"a\nb"_s, {1, 1});
-    view()->setParent(nullptr); // Its maker still owns it.
+    view()->setParent(nullptr); // Its creator still owns it.
     const MacroContext context = m_controller->buildMacroContext(u"i"_s, u"n"_s);
     QCOMPARE(context.document.text.toString(), u"a\nb"_s);
     QCOMPARE(context.document.lineCount, 2);

@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 
 namespace penwick {
 
-/// What a macro that runs on a window does to its text, and what the window says of it.
+/// Tests of what a macro that runs on a window does to its text, and of the window's messages.
 class EditorWindowMacrosTest final : public QObject, private test::EditorTestBase
 {
     Q_OBJECT
@@ -49,7 +49,7 @@ private:
 void EditorWindowMacrosTest::run(const QString &code, const std::optional<QString> &userInput)
 {
     m_controller->runMacro(code, u"the id"_s, u"the name"_s, userInput);
-    // Where other tests keep the machine busy, even a short one may take its time.
+    // On a busy machine even a short macro may take long.
     QVERIFY(QTest::qWaitFor([this] { return !m_controller->isRunningMacro(); }, 60000));
 }
 
@@ -59,7 +59,7 @@ void EditorWindowMacrosTest::compose(const QString &preedit)
     QCoreApplication::sendEvent(view(), &event);
 }
 
-// The message after everything that is queued.
+// The message in the status bar, after all queued events.
 std::optional<QString> EditorWindowMacrosTest::message() const
 {
     QCoreApplication::processEvents();
@@ -173,7 +173,7 @@ void EditorWindowMacrosTest::run_scriptError_showsItAndTouchesNothing()
     QVERIFY(!m_document->isEdited());
 }
 
-// Whatever a script returns or throws: unless it asks for a valid edit, the text stays as it is.
+// Whatever a script returns or throws, the text changes only by a valid edit.
 void EditorWindowMacrosTest::run_oddScript_touchesNothing_data()
 {
     QTest::addColumn<QString>("code");
@@ -219,7 +219,8 @@ void EditorWindowMacrosTest::run_oddScript_touchesNothing()
     QCOMPARE(view()->selectedRange(), (TextRange{1, 1}));
     QVERIFY(!m_document->isEdited());
     QVERIFY(!m_document->textStorage()->canUndo());
-    run(u"return {textEdits: [{type: 'replaceSelection', text: 'X'}]};"_s); // It can still run.
+    run(u"return {textEdits: [{type: 'replaceSelection', text: 'X'}]};"_s); // The controller still
+                                                                            // works.
     QCOMPARE(text(), u"aXc"_s);
 }
 
@@ -237,7 +238,7 @@ void EditorWindowMacrosTest::run_editThatFails_showsTheErrorAndKeepsTheOthers()
     QCOMPARE(text(), u"abc"_s);
 }
 
-// The window's state learns of typing a turn later; a macro must not work on older text.
+// The window's state is updated one turn after typing. A macro must not get the older text.
 void EditorWindowMacrosTest::run_afterTyping_seesWhatWasTyped()
 {
     open(u"b"_s);
@@ -277,7 +278,7 @@ void EditorWindowMacrosTest::run_edits_reachDocumentStateAndCounters()
     QTRY_COMPARE(state->text().toString(), u"x\r\ny😀"_s);
     QTRY_COMPARE(state->characterCount(), 4);
     QTRY_COMPARE(state->cursorColumn(), 2);
-    QCOMPARE(view()->selectedRange(), (TextRange{6, 0})); // Not reset by what was queued.
+    QCOMPARE(view()->selectedRange(), (TextRange{6, 0})); // Queued updates do not reset it.
 }
 
 void EditorWindowMacrosTest::run_edits_areOneUndoStep()

@@ -24,7 +24,7 @@ using namespace Qt::StringLiterals;
 
 namespace penwick {
 
-/// A window with tabs: what they show, and how they are switched and closed.
+/// Tests of a window with tabs: what they show, and how they are switched and closed.
 class EditorWindowTest final : public QObject, private test::EditorWindowTestBase
 {
     Q_OBJECT
@@ -59,7 +59,7 @@ private Q_SLOTS:
     void controller_gone_leavesTheOthers();
 
 private:
-    /// What the person wants closed from now on.
+    /// Records the controllers that the user asks to close from now on.
     [[nodiscard]] std::shared_ptr<Controllers> closeRequests() const
     {
         auto requests = std::make_shared<Controllers>();
@@ -149,9 +149,9 @@ void EditorWindowTest::switching_keepsCaretScrollAndUndo()
     const TextView *view = one.view();
     m_window->setCurrentController(two.controller.get());
     QVERIFY(!one.view()->isVisible() && two.view()->isVisible());
-    two.view()->undo(); // Nothing of the other's.
+    two.view()->undo(); // Must not undo an edit of the other document.
     m_window->setCurrentController(one.controller.get());
-    QCOMPARE(one.view(), view); // The same, so nothing is laid out anew.
+    QCOMPARE(one.view(), view); // The same view, so nothing is laid out again.
     QCOMPARE(one.view()->selectedRange(), (TextRange{2000, 3}));
     QCOMPARE(one.view()->verticalScrollBar()->value(), scrolled);
     QVERIFY(one.view()->string().toString().startsWith(u'!'));
@@ -172,7 +172,7 @@ void EditorWindowTest::switching_focusStaysWithTheTab()
     m_window->setCurrentController(one.controller.get());
     QCOMPARE(QApplication::focusWidget(), field);
     QVERIFY(field->isVisible());
-    // Whoever walks through the bar by keyboard stays there.
+    // Switching tabs by keyboard in the bar keeps the focus in the bar.
     m_window->tabBar()->setFocus();
     QTest::keyClick(m_window->tabBar(), Qt::Key_Right);
     QCOMPARE(m_window->currentController(), two.controller.get());
@@ -234,7 +234,7 @@ void EditorWindowTest::label_isShownVerbatimOnTabAndTitle()
     const Editor &one = add(u"one"_s);
     one.controller->setTabLabel({u"R&D [*] <b>x</b>.txt"_s, u"/tmp/R&D [*] <b>x</b>.txt"_s, false});
     const EditorTabBar *bar = m_window->tabBar();
-    QCOMPARE(bar->tabText(0), u"R&&D [*] <b>x</b>.txt"_s); // Shown with one.
+    QCOMPARE(bar->tabText(0), u"R&&D [*] <b>x</b>.txt"_s); // Displayed with a single ampersand.
     QCOMPARE(bar->accessibleTabName(0), u"R&D [*] <b>x</b>.txt"_s);
     QVERIFY(bar->tabToolTip(0).contains(u"/tmp/R&amp;D [*] &lt;b&gt;x&lt;/b&gt;.txt"_s));
     QCOMPARE(m_window->windowTitle(), u"R&D [*][*] <b>x</b>.txt[*] — penwick"_s);
@@ -264,7 +264,7 @@ void EditorWindowTest::label_edited_isMarkedAndSpoken()
     two.controller->setTabLabel({u"two"_s, {}, true});
     QVERIFY(button(1)->isEdited() && !button(0)->isEdited());
     QCOMPARE(m_window->tabBar()->accessibleTabName(1), u"two（未保存の変更あり）"_s);
-    QCOMPARE(m_window->tabBar()->tabRect(1).width(), width); // No tab moves at the first key.
+    QCOMPARE(m_window->tabBar()->tabRect(1).width(), width); // The first key moves no tab.
     QVERIFY(one.controller->isInFront() && !m_window->isWindowModified());
     m_window->setCurrentController(two.controller.get());
     QVERIFY(m_window->isWindowModified());
@@ -325,7 +325,7 @@ void EditorWindowTest::names_alikeAndLong_keepWhatTellsThemApart()
     const EditorTabBar *bar = m_window->tabBar();
     QCOMPARE(bar->tabText(0), u"application.yml — one/…"_s);
     show();
-    // Nothing of it is left out.
+    // The tab is wide enough for its whole text.
     QVERIFY(bar->tabRect(0).width() > bar->fontMetrics().horizontalAdvance(bar->tabText(0)));
 }
 

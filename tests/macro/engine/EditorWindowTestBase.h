@@ -13,8 +13,8 @@
 
 namespace penwick::test {
 
-/// What the tests of a window with tabs share: one with defaults of its own, and documents to put
-/// into it. A test object derives from it, and calls begin() and end() in init() and cleanup().
+/// Base of the tests of a window with tabs: a window with defaults of its own, and documents for
+/// its tabs. A test object derives from it, and calls begin() in init() and end() in cleanup().
 class EditorWindowTestBase
 {
 protected:

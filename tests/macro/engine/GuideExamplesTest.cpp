@@ -15,17 +15,17 @@ using namespace Qt::StringLiterals;
 
 namespace penwick {
 
-/// Runs the macros of the author's guide. In front of each block of JavaScript stands a comment
-/// that readers do not see, `<!-- run: {...} -->`, with
-///  - name: of the example, the same in each language;
-///  - status: the message that the run leaves;
-///  - before, after: the texts; left out, they are the blocks of text that follow, in this order;
-///  - selection, selectionAfter: start and end in UTF-16 code units; without the first one, the
-///    caret is at the start; without the second one, any will do;
-///  - input: the user's input; without it there is none;
-///  - file: the name of the file that the text comes from; without it there is none;
-///  - header: what the header in the code says, where it has one;
-///  - compiles: false where a compiler is to find the code wrong; not used here.
+/// Runs the macros of the author's guide. Before each block of JavaScript is a comment that the
+/// rendered guide hides, `<!-- run: {...} -->`, with these members:
+///  - name: the example's name, the same in each language;
+///  - status: the message after the run;
+///  - before, after: the texts; defaults to the text blocks after the code, in this order;
+///  - selection, selectionAfter: start and end in UTF-16 code units; `selection` defaults to a
+///    caret at the start, and without `selectionAfter` any selection passes;
+///  - input: the user's input, if any;
+///  - file: the name of the text's file, if it has one;
+///  - header: the fields of the header in the code, if it has one;
+///  - compiles: false when a compiler must reject the code; not used here.
 class GuideExamplesTest final : public QObject
 {
     Q_OBJECT
@@ -44,7 +44,7 @@ private:
         QString language;
         QJsonObject settings;
         QString code;
-        QStringList texts; // The blocks of text up to the next example.
+        QStringList texts; // The text blocks up to the next example.
 
         [[nodiscard]] QString name() const { return settings.value(u"name").toString(); }
 

@@ -21,7 +21,7 @@ private Q_SLOTS:
 void HostEndingTextTest::ending_anyCause_isNamed_data()
 {
     QTest::addColumn<HostEnding>("ending");
-    QTest::addColumn<QString>("text"); // What stands in the parentheses.
+    QTest::addColumn<QString>("text"); // The part in parentheses.
     QTest::addColumn<QString>("line");
 
     using Cause = HostEnding::Cause;

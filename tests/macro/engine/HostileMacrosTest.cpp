@@ -10,9 +10,9 @@ using namespace Qt::StringLiterals;
 
 namespace penwick {
 
-/// Each folder of `hostile` holds macro.js, which would take an editor down that runs it itself,
-/// and status.txt: a regular expression for the message that the run leaves, the whole of it. Where
-/// that can be the one of a stopped run, somebody stops the run.
+/// Each folder of `hostile` holds macro.js, which would crash or block an editor that runs it in
+/// its own process, and status.txt, a regular expression for the complete message after the run. If
+/// it matches the message of a stopped run, the test stops the run.
 class HostileMacrosTest final : public QObject
 {
     Q_OBJECT

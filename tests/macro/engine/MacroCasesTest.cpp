@@ -14,11 +14,11 @@ using namespace Qt::StringLiterals;
 namespace penwick {
 
 /// Runs one macro on one text per folder of `cases`. Each folder holds
-///  - before.txt and after.txt: the text, unit by unit; undoing once must lead back to the former;
-///  - selection.json: what is selected before, and selection-after.json, if given, after;
+///  - before.txt and after.txt: the exact text; one undo must restore the former;
+///  - selection.json: the selection before the run, and optionally selection-after.json;
 ///  - macro.js, or builtin.txt with the name of a built-in macro;
-///  - input.txt: the user's input; without the file there is none;
-///  - status.txt: the message that the run leaves, with a line feed behind it.
+///  - input.txt: the user's input, if any;
+///  - status.txt: the message after the run, followed by a line feed.
 class MacroCasesTest final : public QObject
 {
     Q_OBJECT
@@ -125,7 +125,7 @@ void MacroCasesTest::run_onBefore_givesAfter()
 
 void MacroCasesTest::cases_coverEveryBuiltInMacro()
 {
-    QMap<QString, QList<bool>> selections; // Of each macro: whether something was selected.
+    QMap<QString, QList<bool>> selections; // For each macro: whether there was a selection.
     const QStringList names = casesFolder().entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     for (const QString &name : names) {
         if (const std::optional<QString> macro = read(name, u"builtin.txt"_s))

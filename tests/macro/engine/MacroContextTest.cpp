@@ -107,7 +107,7 @@ void MacroContextTest::document_counts_areOfLineFeedsAndClusters()
     QCOMPARE(context.document.characterCount, characters);
 }
 
-// Files in other encodings never come this far: what is left to see are the line ends.
+// Files in other encodings are never opened, so only the line ends can differ.
 void MacroContextTest::document_crLfText_stillClaimsLf()
 {
     const MacroContext context = contextOf(u"a\r\nb\r\n"_s);

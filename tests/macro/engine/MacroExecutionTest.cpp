@@ -108,7 +108,8 @@ void MacroExecutionTest::replaceAll_thenInsert_usesTheSelectionAfterIt()
 {
     start(u"abc"_s, {1, 1});
     QVERIFY(apply(ofEdits({ReplaceAll{u"xy"_s}, InsertAtCursor{u"z"_s}})).has_value());
-    QCOMPARE(text(), u"xyz"_s); // Replacing what holds the selection leaves the caret behind it.
+    QCOMPARE(text(), u"xyz"_s); // Replacing a range that contains the selection moves the caret to
+                                // its end.
     QCOMPARE(m_view->selectedRange(), (TextRange{3, 0}));
 }
 
@@ -169,7 +170,7 @@ void MacroExecutionTest::replaceLines_inRange_areReplaced()
     start(before, {1, 0});
     QVERIFY(apply(ofEdits({ReplaceLines{startLine, endLine, {u"x"_s}}})).has_value());
     QCOMPARE(text(), after);
-    QCOMPARE(m_view->selectedRange(), (TextRange{after.size(), 0})); // All was replaced.
+    QCOMPARE(m_view->selectedRange(), (TextRange{after.size(), 0})); // The whole text was replaced.
 }
 
 void MacroExecutionTest::replaceLines_outOfRange_failAndKeepWhatWasDone_data()
@@ -281,7 +282,7 @@ void MacroExecutionTest::cursor_withoutEdits_staysWhereItWas()
 void MacroExecutionTest::cursor_request_putsTheCaret_data()
 {
     QTest::addColumn<QString>("text");
-    QTest::addColumn<qint64>("offset"); // -9 stands for none.
+    QTest::addColumn<qint64>("offset"); // -9 means none.
     QTest::addColumn<qint64>("line");
     QTest::addColumn<qint64>("column");
     QTest::addColumn<qint64>("caret");
@@ -342,7 +343,7 @@ void MacroExecutionTest::selection_request_selects_data()
         [](const char *name, qint64 start, qint64 end, qint64 location, qint64 length) {
             QTest::newRow(name) << start << end << location << length;
         };
-    // The caret stands at the end of ten units before.
+    // Before the edit, the caret is at the end of ten code units.
     row("inside", 2, 5, 2, 3);
     row("backwards changes nothing", 5, 2, 10, 0);
     row("past the end", 2, 999, 2, 8);

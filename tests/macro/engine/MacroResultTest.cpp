@@ -40,7 +40,7 @@ ScriptValue fromJson(const QJsonValue &value)
     return ScriptValue();
 }
 
-// Scripts' values are written here as JSON.
+// The values of scripts are written as JSON here.
 Parsed parse(const char *json, bool hasSelection = false)
 {
     const QJsonDocument document = QJsonDocument::fromJson(json);
@@ -340,7 +340,7 @@ void MacroResultTest::notifications_notAListOfObjects_areNone()
 void MacroResultTest::cursor_object_isTakenByItsIntegers_data()
 {
     QTest::addColumn<QByteArray>("json");
-    QTest::addColumn<qint64>("offset"); // -9 stands for none.
+    QTest::addColumn<qint64>("offset"); // -9 means none.
     QTest::addColumn<qint64>("line");
     QTest::addColumn<qint64>("column");
 

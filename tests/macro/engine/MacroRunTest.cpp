@@ -26,7 +26,7 @@ const QString kEndless = u"console.log('runs'); while (true) ;"_s;
 const QString kStopped = u"マクロの実行がタイムアウトしました"_s;
 const QString kChanged = u"実行中に文書が変更されたため、マクロの結果を適用しませんでした"_s;
 
-/// Asks for an edit after as many milliseconds.
+/// A script that requests an edit after this many milliseconds.
 QString slow(int milliseconds)
 {
     return u"const end = Date.now() + %1; while (Date.now() < end) ;"
@@ -73,7 +73,7 @@ private:
 void MacroRunTest::init()
 {
     m_settings = m_home.file(u"%1.ini"_s.arg(++m_count));
-    QVERIFY(ScriptHostPool::shared().protection(10000).has_value()); // The host is up.
+    QVERIFY(ScriptHostPool::shared().protection(10000).has_value()); // The spare host is ready.
 }
 
 void MacroRunTest::shortRun_hasEndedOnReturn()
@@ -130,7 +130,7 @@ void MacroRunTest::notice_closed_stopsTheRun()
 {
     test::MacroEditor editor(m_settings);
     editor.start(kEndless);
-    editor.notice()->close(); // As the window manager does.
+    editor.notice()->close(); // As when the window manager closes it.
     QVERIFY(!editor.controller.isRunningMacro());
     QCOMPARE(editor.message(), kStopped);
 }
@@ -147,7 +147,7 @@ void MacroRunTest::notice_button_stopsTheRun()
     QCOMPARE(editor.message(), kStopped);
 }
 
-// They may be meant for the text still.
+// These keys may still be meant for the text.
 void MacroRunTest::notice_returnAndSpace_doNotStopTheRun()
 {
     test::MacroEditor editor(m_settings);
@@ -225,14 +225,14 @@ void MacroRunTest::sameWindow_secondRun_showsTheNotice()
 {
     test::MacroEditor editor(m_settings);
     bool isShown = false;
-    bool hasGoneOn = false;
+    bool hasKeptWaiting = false;
     QTimer::singleShot(200, this, [&] {
         editor.start(slow(0), u"second"_s);
         isShown = editor.controller.isRunningMacro() && editor.notice() != nullptr;
-        QTimer::singleShot(0, this, [&] { hasGoneOn = true; });
+        QTimer::singleShot(0, this, [&] { hasKeptWaiting = true; });
     });
     editor.start(kEndless, u"first"_s);
-    QVERIFY(!hasGoneOn); // What was asked for meanwhile ended the waiting.
+    QVERIFY(!hasKeptWaiting); // The second request ended the wait before the notice.
     QVERIFY(isShown);
     QVERIFY(editor.notice()->accessibleName().contains(u"first"_s));
     editor.notice()->reject();
@@ -259,7 +259,7 @@ void MacroRunTest::otherWindow_duringARun_isFree()
     QCOMPARE(busy.bytes(), QByteArray(test::MacroEditor::kAfter));
 }
 
-// No loop of one run waits for another's end: both are left within the second.
+// Neither run's event loop waits for the end of the other: both end within a second.
 void MacroRunTest::otherWindow_startedByAnEvent_runsWithinTheFirst()
 {
     test::MacroEditor first(m_settings);
@@ -354,7 +354,7 @@ void MacroRunTest::document_goneMeanwhile_stillEdits()
     QCOMPARE(controller.textView()->string().toString(), u"edited"_s);
 }
 
-// The person saw it running.
+// The notice was visible, so the user saw the macro running.
 void MacroRunTest::stop_afterTheScriptHasEnded_changesNothing()
 {
     test::MacroEditor editor(m_settings);
@@ -362,7 +362,7 @@ void MacroRunTest::stop_afterTheScriptHasEnded_changesNothing()
     QVERIFY(editor.notice() != nullptr);
     QElapsedTimer elapsed;
     elapsed.start();
-    while (!elapsed.hasExpired(1500)) { // What the script came to is waiting to be taken.
+    while (!elapsed.hasExpired(1500)) { // The script's result is ready but not yet read.
     }
     editor.notice()->reject();
     QCOMPARE(editor.message(), kStopped);
@@ -382,7 +382,7 @@ void MacroRunTest::controller_goneDuringARun_endsTheProcess()
     QTRY_VERIFY(reapHostProcesses() && ::kill(process, 0) == -1);
 }
 
-// Some before the script has started, some in it, some after it.
+// Some kills come before the script starts, some during it, some after it.
 void MacroRunTest::host_killedAtAnyMoment_losesNothing()
 {
 #ifdef __SANITIZE_ADDRESS__
@@ -409,7 +409,7 @@ void MacroRunTest::host_killedAtAnyMoment_losesNothing()
         const auto process = static_cast<pid_t>(pool.spareProcessId());
         std::thread killer([process, moment = std::chrono::microseconds(random() % span)] {
             std::this_thread::sleep_for(moment);
-            ::kill(process, SIGKILL); // No other process has its number so soon.
+            ::kill(process, SIGKILL); // The system does not reuse the process id that soon.
         });
         const bool hasEnded = editor.run(code);
         killer.join();

@@ -32,7 +32,7 @@ Outcome run(const QString &code,
     return MacroRuntimeService().run(code, contextOf(text), userInput);
 }
 
-/// A host that answers every script with what `evaluate` gives.
+/// A host that answers each script with the result of `evaluate`.
 ScriptHost
 hostOf(std::function<ScriptOutcome(const ScriptRequest &, const ScriptLogSink &)> evaluate)
 {
@@ -48,7 +48,7 @@ Outcome failure(Code code, const QString &detail = {})
     return tl::unexpected(MacroResultError{code, detail});
 }
 
-// The texts that a script reports through its notifications.
+// The texts of the script's notifications; on failure the error's description.
 QStringList messages(const Outcome &outcome)
 {
     QStringList texts;
@@ -219,7 +219,7 @@ void MacroRuntimeServiceTest::console_twoArguments_logsTheFirst()
     QCOMPARE(lines, (QByteArrayList{"[MacroLog] a", "[MacroLog] 日本"}));
 }
 
-// `take` sees only what has left the process's buffers, also where those are enlarged.
+// `take` sees only flushed output. The larger buffer shows that each line is flushed.
 void MacroRuntimeServiceTest::console_lines_goToStandardErrorAtOnce()
 {
     static char buffer[4096];
@@ -341,7 +341,7 @@ void MacroRuntimeServiceTest::host_errors_becomeExecutionErrors_data()
     row("deep", ScriptError::Code::ResultTooDeep, u"マクロの戻り値の入れ子が深すぎます"_s);
 }
 
-// The two details about the engine are part of the script interface: no wording changes them.
+// The two messages about the engine belong to the script interface; no wording replaces them.
 void MacroRuntimeServiceTest::host_errors_becomeExecutionErrors()
 {
     QFETCH(int, code);

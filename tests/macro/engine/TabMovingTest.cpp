@@ -19,7 +19,7 @@ using namespace Qt::StringLiterals;
 
 namespace penwick {
 
-/// Tabs on their way to another place in their window, or to another window.
+/// Tests of moving tabs within a window and to another window.
 class TabMovingTest final : public QObject, private test::EditorWindowTestBase
 {
     Q_OBJECT
@@ -43,7 +43,7 @@ private Q_SLOTS:
     void drop_ofSomethingElse_isNotTaken();
 
 private:
-    /// Tabs named "one", "two" and "three".
+    /// Shows tabs named "one", "two" and "three".
     static void showThreeTabs(EditorTabBar &bar)
     {
         for (const QString &name : {u"one"_s, u"two"_s, u"three"_s})
@@ -52,7 +52,7 @@ private:
         bar.show();
     }
 
-    /// Moves the pointer, whose left button is down, to a place in or beside the bar.
+    /// Moves the pointer, with the left button pressed, to a point in or beside the bar.
     static void dragTo(EditorTabBar &bar, const QPoint &place)
     {
         QMouseEvent event(QEvent::MouseMove,
@@ -64,7 +64,7 @@ private:
         QCoreApplication::sendEvent(&bar, &event);
     }
 
-    /// Whether `receiver` accepts the event: QDragEnterEvent or QDropEvent.
+    /// True when `receiver` accepts the event: QDragEnterEvent or QDropEvent.
     template <typename Event>
     static bool accepts(QWidget *receiver, const QPoint &place, const QMimeData &mime)
     {
@@ -125,7 +125,7 @@ void TabMovingTest::moveTo_withTheKeyboardInTheFindBar_keepsItThere()
         window->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(window.get()));
     };
-    // What is typed on would replace the found text that is selected.
+    // With the focus in the text, further typing would replace the selected match.
     moveTo(std::make_shared<EditorWindow>(m_defaults.get()));
     QTRY_COMPARE(QApplication::focusWidget(), field);
     moveTo(m_window);
@@ -140,7 +140,7 @@ void TabMovingTest::moveTo_fromTheLastTab_takesTheWindowAway()
     const auto other = std::make_shared<EditorWindow>(m_defaults.get());
     m_window.reset();
     one.controller->moveTo(other);
-    QVERIFY(!former.expired() && !former.lock()->isVisible()); // It may be what called.
+    QVERIFY(!former.expired() && !former.lock()->isVisible()); // It may be on the call stack.
     QCoreApplication::processEvents();
     QVERIFY(former.expired());
     QCOMPARE(other->count(), 1);
@@ -184,7 +184,7 @@ void TabMovingTest::pulledOut_givesTheOrderBack()
     QTest::mousePress(&bar, Qt::LeftButton, {}, start);
     dragTo(bar, start + QPoint(30, 0));
     dragTo(bar, bar.tabRect(1).center() + QPoint(30, 0));
-    QVERIFY(bar.tabText(0) != u"one"_s); // Live, within the bar.
+    QVERIFY(bar.tabText(0) != u"one"_s); // Tabs move during the drag within the bar.
     QVERIFY(pulled.isEmpty());
     dragTo(bar, start + QPoint(60, 200));
     QCOMPARE(pulled.size(), 1);
@@ -229,7 +229,7 @@ void TabMovingTest::drop_onTheBar_namesThePlace()
         QVERIFY(accepts<QDropEvent>(bar, position, mime));
         QCOMPARE(mime.target(), m_window.get());
         QCOMPARE(mime.targetIndex(), place);
-        QCOMPARE(three.controller->window(), other.get()); // It moves when the drag is over.
+        QCOMPARE(three.controller->window(), other.get()); // The tab moves when the drag ends.
     }
     m_editors.clear();
 }
@@ -247,7 +247,7 @@ void TabMovingTest::drop_elsewhereInAnotherWindow_goesBehindAll()
     m_editors.clear();
 }
 
-// It is pulled out instead, which a maximised window leaves no other place for.
+// The tab becomes a window of its own instead, for which a maximized window leaves no other place.
 void TabMovingTest::drop_ofItsOwnTabBesideTheBar_isNotTaken()
 {
     const TabMimeData mime(add(u"one"_s).controller.get());
@@ -258,7 +258,7 @@ void TabMovingTest::drop_ofItsOwnTabBesideTheBar_isNotTaken()
     QVERIFY(mime.target() == nullptr);
 }
 
-// Also what another process calls a tab.
+// This includes data of the same format from another process.
 void TabMovingTest::drop_ofSomethingElse_isNotTaken()
 {
     add(u"one"_s);

@@ -16,7 +16,7 @@ private Q_SLOTS:
 
     void script_everyMacro_isTheReleasedOne_data()
     {
-        // A script that users have is never changed for them, so a change here is a decision.
+        // Users keep the scripts that they have, so a changed script must be a deliberate decision.
         QTest::addColumn<QByteArray>("sha256");
         QTest::newRow("trimTrailingSpaces")
             << "aa9d04ec5a1b6fe45562cf3fb041550d97df32aa21667df58c0e87b9bb802efb"_ba;

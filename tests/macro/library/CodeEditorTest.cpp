@@ -11,7 +11,7 @@ using Form = test::CodeForm;
 
 namespace {
 
-/// True when a pixel of the row at `offset` comes near to `color`.
+/// True when a pixel of the row at `offset` has nearly the color `color`.
 bool showsColor(Form &f, qint64 offset, const QColor &color)
 {
     const QImage image = f.view()->viewport()->grab().toImage();
@@ -166,7 +166,7 @@ void CodeEditorTest::enter_amidBraces_isOneUndoStep()
     QCOMPARE(f.state(), u"  {|}"_s);
     f.editor.redo();
     QCOMPARE(f.state(), u"  {\n      |\n  }"_s);
-    // What is typed next is a step of its own.
+    // Further typing is an undo step of its own.
     f.type(u"a"_s);
     f.editor.undo();
     QCOMPARE(f.state(), u"  {\n      |\n  }"_s);
@@ -282,7 +282,7 @@ void CodeEditorTest::tabFromOutside_leadsIn()
     QTest::keyClick(&f.after, Qt::Key_Backtab);
     QVERIFY(f.view()->hasFocus());
     f.before.setFocus();
-    QTest::keyClick(&f.before, Qt::Key_C, Qt::AltModifier); // The label's mnemonic.
+    QTest::keyClick(&f.before, Qt::Key_C, Qt::AltModifier); // The mnemonic of the label.
     QVERIFY(f.view()->hasFocus());
 }
 
@@ -354,7 +354,7 @@ void CodeEditorTest::errorLine_isScrolledIntoView()
     const QRectF row = f.view()->caretRectAt(199 * 5);
     QVERIFY(!row.isEmpty());
     QVERIFY(row.top() >= 0 && row.bottom() <= f.view()->viewport()->height());
-    QCOMPARE(f.view()->caretOffset(), 0); // Where the person was stays.
+    QCOMPARE(f.view()->caretOffset(), 0); // The caret does not move.
 }
 
 void CodeEditorTest::errorLine_beyondTheText_isTheLast()

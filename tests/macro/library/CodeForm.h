@@ -13,7 +13,7 @@
 
 namespace penwick::test {
 
-/// The editor as a field of a form in a shown window.
+/// The code editor as a field of a form in a shown window.
 struct CodeForm
 {
     explicit CodeForm(const QString &code = {})
@@ -54,7 +54,7 @@ struct CodeForm
         }
     }
 
-    /// The text with `|` for the caret.
+    /// The text, with `|` at the caret.
     QString state() { return editor.text().insert(view()->caretOffset(), u'|'); }
 
     QImage gutterPicture() { return gutter()->grab().toImage(); }

@@ -13,7 +13,7 @@ struct Marked
     TextRange selection;
 };
 
-/// A text in which `|` stands for the caret, or two of them for the selection.
+/// Parses a text in which one `|` marks the caret, or two mark the selection.
 Marked parsed(QString marked)
 {
     const qsizetype start = marked.indexOf(u'|');

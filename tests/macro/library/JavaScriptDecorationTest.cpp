@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The colours of every segment of a text, with the places they are at in the text.
+/// The colors of all segments of a text, with offsets relative to the text.
 QStringList described(JavaScriptDecoration &decoration, const Text &text)
 {
     QStringList result;
@@ -27,7 +27,7 @@ QStringList described(JavaScriptDecoration &decoration, const Text &text)
     }
 }
 
-/// A decoration of `text` that knows nothing of how it came about.
+/// The colors of a new decoration that gets `text` in one piece.
 QStringList describedAnew(const Text &text)
 {
     JavaScriptDecoration decoration;
@@ -86,7 +86,7 @@ void JavaScriptDecorationTest::randomEdits_agreeWithANewDecoration()
                 inserted += pieces[below(pieces.size())];
             const qint64 sizeBefore = text.size();
             text = text.replaced(offset, length, Text(inserted));
-            // A pair is replaced whole: what was removed shows in the size.
+            // A surrogate pair is replaced as a whole; the new size shows whether more was removed.
             const Text piece{QStringView(inserted)};
             if (text.size() != sizeBefore - length + piece.size()) {
                 decoration.textChanged(text, 0, sizeBefore, text.size());
@@ -118,7 +118,7 @@ void JavaScriptDecorationTest::key_differsWhereAStateDoes()
 
 void JavaScriptDecorationTest::key_ofAPartOfALine_changesWithEachEdit()
 {
-    // Whether the slash in the first part begins a regular expression is decided in the second.
+    // The second part decides whether the slash in the first part begins a regular expression.
     JavaScriptDecoration decoration;
     Text text(QString(u"x = /"_s + u"a"_s.repeated(3'000)));
     decoration.textChanged(text, 0, 0, text.size());
@@ -140,7 +140,7 @@ void JavaScriptDecorationTest::hugeLine_isColouredAtItsStartOnly()
     decoration.textChanged(text, 0, 0, text.size());
     QVERIFY(!decoration.colors(segments::at(text, 0)).isEmpty());
     QVERIFY(decoration.colors(segments::at(text, 3'000'000)).isEmpty());
-    // What was cut off does not reach into the next line.
+    // The truncated line does not affect the next one.
     const QList<TextColorRange> last = decoration.colors(segments::at(text, text.size()));
     QCOMPARE(last.size(), 1);
     QCOMPARE(last.first().length, 3);
@@ -162,7 +162,7 @@ void JavaScriptDecorationTest::bracket_inAStringOrComment_isNone()
 void JavaScriptDecorationTest::errorLine_fillsItsSegments()
 {
     JavaScriptDecoration decoration;
-    // The second line holds a separator that the view ends a line at; the last one is empty.
+    // In the view the second line ends at its separator. The last line is empty.
     const Text text(u"a\nb\u2028c\n");
     decoration.textChanged(text, 0, 0, text.size());
     const auto isFilled = [&](qint64 offset) {
@@ -196,7 +196,7 @@ void JavaScriptDecorationTest::contrast_isTheOneOfTheGuidelines()
     QCOMPARE(contrastRatio(Qt::white, Qt::black), 21.0);
     QCOMPARE(contrastRatio(Qt::black, Qt::white), 21.0);
     QCOMPARE(contrastRatio(Qt::red, Qt::red), 1.0);
-    // The lightest grey that is readable on white.
+    // The lightest gray that is readable on white.
     QVERIFY(contrastRatio(QColor(118, 118, 118), Qt::white) >= 4.5);
     QVERIFY(contrastRatio(QColor(119, 119, 119), Qt::white) < 4.5);
 }

@@ -10,20 +10,20 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Lines that are edited, and what is known of them.
+/// Editable lines, and the cached states of them.
 struct Script
 {
     QStringList lines;
     JavaScriptLines states{[this](qint64 line) { return lines[line]; }};
 
-    /// Puts `inserted` in place of `count` lines from `first`.
+    /// Replaces `count` lines from `first` by `inserted`.
     void replace(qsizetype first, qsizetype count, const QStringList &inserted)
     {
         lines = lines.mid(0, first) + inserted + lines.mid(first + count);
         states.linesChanged(first, count, inserted.size());
     }
 
-    /// What reading everything from the start says about a line.
+    /// The state at the start of a line, computed from the first line.
     [[nodiscard]] JavaScriptState fromTheStart(qsizetype line) const
     {
         JavaScriptState state;
@@ -86,7 +86,7 @@ void JavaScriptLinesTest::randomEdits_agreeWithReadingFromTheStart()
             for (qsizetype i = below(4); i >= 0; --i)
                 inserted.append(pieces[below(pieces.size())]);
             script.replace(first, 1 + below(most), inserted);
-            // Not after each edit, so that several wait to be looked at.
+            // Queries do not follow every edit, so that several edits are pending.
             for (qsizetype asked = below(3); asked > 0; --asked) {
                 const qsizetype line = below(script.lines.size());
                 QVERIFY2(script.states.stateAt(line) == script.fromTheStart(line),

@@ -13,13 +13,13 @@ using Kind = JavaScriptToken::Kind;
 
 namespace {
 
-/// One letter for each kind.
+/// The letter for a kind of token.
 QChar letter(Kind kind)
 {
     return u"CSRNKAIP"[static_cast<int>(kind)];
 }
 
-/// `code` with each character replaced by the letter of its token; what is in no token stays.
+/// `code` with each character of a token replaced by the letter of its kind.
 QString painted(const QString &code)
 {
     QString result;
@@ -138,7 +138,7 @@ void JavaScriptTokensTest::anything_givesOrderedTokensWithinTheLine()
             reached = token.end();
         }
         QVERIFY(reached <= line.size());
-        // What is in no token is blank.
+        // Characters outside of all tokens are blanks.
         const QString rest = painted(line).remove(QRegularExpression(u"[CSRNKAIP]"_s));
         QVERIFY2(rest.trimmed().isEmpty(), qPrintable(rest));
     }

@@ -11,7 +11,7 @@ using Form = test::CodeForm;
 
 namespace {
 
-/// Pixels that are not of the background, in the rows from `top` on.
+/// Counts pixels that differ from the background in `height` rows from `top` on.
 int inkAt(const QImage &image, qreal top, qreal height, const QColor &background)
 {
     int count = 0;
@@ -52,7 +52,7 @@ void LineNumberGutterTest::numbers_areThoseOfLinesAndNotOfRows()
     QVERIFY(lines[2].top >= lines[1].top + 2 * height);
     for (qreal top = lines[1].top + height; top + height <= lines[2].top; top += height)
         QCOMPARE(inkAt(image, top, height, base), 0);
-    // The gutter is level with the text.
+    // The gutter is vertically aligned with the text.
     QCOMPARE(f.gutter()->mapToGlobal(QPoint(0, 0)).y(),
              f.view()->viewport()->mapToGlobal(QPoint(0, 0)).y());
 }
@@ -67,7 +67,7 @@ void LineNumberGutterTest::width_growsWithTheDigits()
     QTRY_COMPARE(f.gutter()->width(), width);
     f.editor.setText({});
     QCoreApplication::processEvents();
-    QCOMPARE(f.gutter()->width(), width); // Two digits always fit.
+    QCOMPARE(f.gutter()->width(), width); // There is always room for two digits.
 }
 
 void LineNumberGutterTest::numbers_followScrolling()
@@ -149,7 +149,7 @@ void LineNumberGutterTest::numbers_endInOneColumn()
     };
     const auto lines = f.view()->visibleLines();
     QVERIFY(lastInk(lines[0].top) > 0);
-    QCOMPARE(lastInk(lines[0].top), lastInk(lines[10].top)); // 1 and 11.
+    QCOMPARE(lastInk(lines[0].top), lastInk(lines[10].top)); // The numbers 1 and 11.
 }
 
 QTEST_MAIN(LineNumberGutterTest)

@@ -8,7 +8,7 @@ using namespace penwick;
 using namespace penwick::test;
 using namespace Qt::StringLiterals;
 
-/// What the manager writes into files for others, and what it takes from theirs.
+/// Tests of exporting macros to files and importing them.
 class MacroExchangeTest final : public QObject
 {
     Q_OBJECT

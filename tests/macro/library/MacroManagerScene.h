@@ -19,10 +19,10 @@ inline Macro namedMacro(const QString &id, const QString &name, qint64 sortOrder
     return macro;
 }
 
-/// The macro manager in its window, and a person before it.
+/// The macro manager in its window, with helpers that act as the user.
 struct MacroManagerScene : ShownMacroManager
 {
-    /// With "Alpha", whose id is "A", and "Beta", whose id is "B".
+    /// Has the macros "Alpha" with the id "A" and "Beta" with the id "B".
     MacroManagerScene()
         : MacroManagerScene({namedMacro(QStringLiteral("A"), QStringLiteral("Alpha"), 1),
                              namedMacro(QStringLiteral("B"), QStringLiteral("Beta"), 2)})
@@ -45,7 +45,7 @@ struct MacroManagerScene : ShownMacroManager
 
     [[nodiscard]] CodeEditor *code() const { return window()->findChild<CodeEditor *>(); }
 
-    /// Types into a field in place of what it holds.
+    /// Replaces the text of a field by typing.
     void fill(const QString &name, const QString &text) const
     {
         field(name)->selectAll();
@@ -54,7 +54,7 @@ struct MacroManagerScene : ShownMacroManager
 
     [[nodiscard]] QByteArray file() const { return home.read(QStringLiteral("data/macros.json")); }
 
-    /// Another program gives a macro of the file another code.
+    /// Changes a macro's code in the file as another program does.
     void writeElsewhere(const QString &id, const QString &code) const
     {
         QList<Macro> macros = MacroJson::read(file()).value();

@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString kInitializedKey = u"hasInitializedBuiltInMacros"_s;
-const QString kStart = u"2025-03-01T09:15:00Z"_s; // Of the fake clock.
+const QString kStart = u"2025-03-01T09:15:00Z"_s; // The fake clock's time.
 
 QStringList builtInIds()
 {
@@ -28,7 +28,7 @@ QStringList builtInIds()
 
 } // namespace
 
-/// What the list of macros begins with: the file, and the macros that come with the program.
+/// Tests of the initial list of macros: from the file and from the built-in macros.
 class MacroManagerStartTest final : public QObject
 {
     Q_OBJECT
@@ -242,7 +242,7 @@ private Q_SLOTS:
         StoredMacros world;
         world.start()->installBuiltInMacros();
         QVERIFY(world.defaults.remove(kInitializedKey));
-        world.writeFile(world.file() + '\n'); // What a save would take away.
+        world.writeFile(world.file() + '\n'); // A save would remove this.
         const QByteArray before = world.file();
         const auto manager = world.start();
         QSignalSpy spy(manager.get(), &MacroManager::macrosChanged);

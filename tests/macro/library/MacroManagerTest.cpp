@@ -22,9 +22,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kStart = u"2025-03-01T09:15:00Z"_s; // Of the fake clock.
+const QString kStart = u"2025-03-01T09:15:00Z"_s; // The fake clock's time.
 
-/// Whether `action`, run in a process of its own, ends that process abnormally.
+/// True when `action`, run in a child process, ends that process abnormally.
 bool isFatal(const std::function<void()> &action)
 {
     const pid_t child = ::fork();
@@ -43,7 +43,7 @@ bool isFatal(const std::function<void()> &action)
 
 } // namespace
 
-/// The list of macros, and what changes it.
+/// Tests of the list of macros and of its changes.
 class MacroManagerTest final : public QObject
 {
     Q_OBJECT
@@ -130,7 +130,7 @@ private Q_SLOTS:
         manager->deleteMacro(u"A"_s);
         QCOMPARE(idsOf(*manager), QStringList{u"B"_s});
         QVERIFY(MacroJson::read(world.file()).value() == manager->macros());
-        // The id may belong to the list itself.
+        // The id may be a reference into the list itself.
         manager->deleteMacro(manager->macros().constFirst().id);
         QVERIFY(manager->macros().isEmpty());
         QCOMPARE(world.file(), "[]"_ba);

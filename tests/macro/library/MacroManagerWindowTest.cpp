@@ -12,12 +12,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kNow = u"2025-03-01T09:15:00Z"_s; // Of the fake clock.
+const QString kNow = u"2025-03-01T09:15:00Z"_s; // The fake clock's time.
 const QString kTemplate = u"return {\n    textEdits: []\n};"_s;
 
 } // namespace
 
-/// Through the window's own widgets: rows are clicked, fields filled, buttons pressed.
+/// Drives the manager through its window: clicks rows, fills fields, presses buttons.
 class MacroManagerWindowTest final : public QObject
 {
     Q_OBJECT
@@ -143,7 +143,7 @@ private Q_SLOTS:
         QCOMPARE(world.page().names().constFirst(), u"Omega"_s);
         QCOMPARE(world.page().selectedName(), u"Omega"_s);
         QVERIFY(!world.controller->view()->detailView()->hasUnsavedEdits());
-        // By its key, too.
+        // The shortcut saves too.
         world.fill(u"macroName"_s, u"Key"_s);
         QTest::keySequence(world.field(u"macroName"_s), QKeySequence::Save);
         QCOMPARE(world.stored(u"A"_s).name, u"Key"_s);
@@ -186,7 +186,7 @@ private Q_SLOTS:
         world.page().click(u"複製"_s);
         QCOMPARE(world.page().names(), (QStringList{u"Alpha"_s, u"Beta"_s, u"Alpha のコピー"_s}));
         QCOMPARE(world.manager->macros().constLast().source, u"user"_s);
-        QCOMPARE(world.field(u"macroName"_s)->text(), u"Omega"_s); // Still being edited.
+        QCOMPARE(world.field(u"macroName"_s)->text(), u"Omega"_s); // The edit continues.
     }
 
     void switch_turned_savesOnlyThatAtOnce()
@@ -201,7 +201,7 @@ private Q_SLOTS:
         QCOMPARE(world.stored(u"A"_s), expected);
         QCOMPARE(MacroJson::read(world.file()).value().constFirst(), expected);
         QCOMPARE(world.field(u"macroName"_s)->text(), u"Omega"_s);
-        // What is saved later does not turn it back.
+        // A later save of the edit keeps the switch.
         world.page().click(u"保存"_s);
         QCOMPARE(world.stored(u"A"_s).name, u"Omega"_s);
         QVERIFY(!world.stored(u"A"_s).isEnabled);

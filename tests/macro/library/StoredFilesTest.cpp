@@ -32,7 +32,7 @@ struct ValueCase
     bool isJson;
 };
 
-/// What may and may not stand where JSON wants a value.
+/// Texts in place of a JSON value, valid and invalid.
 const std::vector<ValueCase> &valueCases()
 {
     static const std::vector<ValueCase> cases{
@@ -323,7 +323,8 @@ UIWordingProfile sampleProfile()
     return profile;
 }
 
-/// One kind of file: its text, and whether a text is read as what that text says.
+/// A kind of file: a sample text, whether a text is parsed to the same content, and whether it is
+/// refused.
 struct Reader
 {
     const char *name;
@@ -351,7 +352,7 @@ const std::vector<Reader> &readers()
     return all;
 }
 
-/// The text with one more member in its record, before all others.
+/// The text with an additional member at the start of its record.
 QByteArray withMember(QByteArray text, const QByteArray &value)
 {
     return text.insert(text.indexOf('{') + 1, "\"more\":" + value + ",");
@@ -369,7 +370,7 @@ QByteArray withValue(const QByteArray &text, const QByteArray &member, const QBy
 
 } // namespace
 
-/// The three kinds of files that come from elsewhere are read by the same rules.
+/// The three kinds of files that users exchange follow the same parsing rules.
 class StoredFilesTest final : public QObject
 {
     Q_OBJECT

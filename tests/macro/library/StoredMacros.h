@@ -13,7 +13,7 @@
 
 namespace penwick::test {
 
-/// What the manager needs, over a folder that may hold a file.
+/// The manager's dependencies, over a folder that may hold a file.
 struct StoredMacros
 {
     TemporaryHome home;
@@ -35,7 +35,7 @@ struct StoredMacros
         return home.read(QStringLiteral("data/penwick/macros.json"));
     }
 
-    /// A manager as the start of the program makes it.
+    /// Creates a manager as the start of the program does.
     std::unique_ptr<MacroManager> start()
     {
         return std::make_unique<MacroManager>(folder(), defaults, time.clock(), ids.source());

@@ -13,9 +13,9 @@ namespace penwick {
 
 namespace {
 
-constexpr int kUnknown = 4000; // Beyond every table.
+constexpr int kUnknown = 4000; // In no system call table.
 
-/// A pool whose hosts make the system calls that a script names.
+/// A pool whose hosts make the system calls named by a script.
 class DenyingPool final
 {
 public:
@@ -46,7 +46,7 @@ QString command(const char *verb, long number, const char *end = "")
 
 } // namespace
 
-/// What the editor learns of system calls that the sandbox denies a host.
+/// Tests of what the editor learns about system calls that the sandbox denies.
 class DeniedCallsTest final : public QObject
 {
     Q_OBJECT
@@ -97,11 +97,11 @@ void DeniedCallsTest::refused_callBeforeACrash_namesItself()
     QVERIFY((ending.deniedCalls == QList{DeniedCall{kUnknown, 0, 0, 0}}));
 }
 
-// The first host pays for it, the later ones do without the report.
+// The first host ends at the call. Later hosts run without reports of refused calls.
 void DeniedCallsTest::refused_whereSignalsAreBlocked_isAnsweredFromTheNextHostOn()
 {
     DenyingPool pool;
-    QVERIFY(pool.pool().prepare()); // Started before it is known.
+    QVERIFY(pool.pool().prepare()); // A spare host started before the first one ends.
     const ScriptOutcome outcome = pool.run(command("blocked", kUnknown));
     QVERIFY(!outcome.has_value());
     QCOMPARE(outcome.error().ending.cause, HostEnding::Cause::Signal);

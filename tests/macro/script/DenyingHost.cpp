@@ -9,9 +9,9 @@
 #include <cstring>
 #include <unistd.h>
 
-// Stands in for the script host where a test needs one whose engine makes calls that the real one
-// does not. Its script is a command: "call NUMBER", "call NUMBER abort", "blocked NUMBER", "exit
-// STATUS". The value of a script is the errno value that the call ended with, 0 where it succeeded.
+// Replaces the script host in tests that need an engine with denied system calls. A script is one
+// command: "call NUMBER", "call NUMBER abort", "blocked NUMBER" or "exit STATUS". Its value is the
+// errno value of the call, or 0 after success.
 
 namespace {
 

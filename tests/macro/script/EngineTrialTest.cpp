@@ -15,7 +15,7 @@ namespace penwick {
 
 namespace {
 
-/// Ends a process as soon as the trial has begun a step.
+/// Calls `kill` as soon as the trial has begun a step.
 class Killer final : public ScriptWaiter
 {
 public:
@@ -83,11 +83,11 @@ void EngineTrialTest::trial_inOtherZones_passes_data()
                              "America/New_York",
                              "Asia/Kolkata",
                              "UTC",
-                             // Their rules have changed since the engine's data were made.
+                             // Zones whose rules have changed since the engine's time zone data.
                              "Africa/Cairo",
                              "Asia/Almaty",
                              "America/Nuuk",
-                             // The engine takes no rules.
+                             // Values that the engine does not accept.
                              "JST-9",
                              ":Asia/Tokyo",
                              "/usr/share/zoneinfo/Asia/Tokyo"})
@@ -148,7 +148,7 @@ void EngineTrialTest::step_anyOne_worksFirstInItsProcess_data()
         QTest::newRow(step) << QString::fromLatin1(step);
 }
 
-// Nothing that another step brought up inside the sandbox helps this one.
+// A step must not depend on initialization inside the sandbox by an earlier step.
 void EngineTrialTest::step_anyOne_worksFirstInItsProcess()
 {
     QFETCH(QString, step);

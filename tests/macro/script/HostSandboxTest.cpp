@@ -32,9 +32,10 @@ namespace penwick {
 namespace {
 
 constexpr std::size_t kMemory = std::size_t{256} << 20;
-constexpr int kNoWalls = 99;
+constexpr int kSandboxMissing = 99;
 
-/// How a process ended that shut itself in and did something; its result was the exit status.
+/// The wait status and the denied calls of a child process that ran an action inside the sandbox.
+/// The action's result is the exit status.
 struct Ended
 {
     int status = 0;
@@ -52,7 +53,7 @@ Ended endOf(const std::function<int()> &action, RefusedCalls refused = RefusedCa
     if (child == 0) {
         prepareHostProcess(writer.get());
         const HostProtection protection = confineProcess(kMemory, refused);
-        _exit(protection.systemCallFilter ? action() : kNoWalls);
+        _exit(protection.systemCallFilter ? action() : kSandboxMissing);
     }
     writer.close();
     Ended ended;
@@ -75,8 +76,7 @@ long call(long number, long a = 0, long b = 0, long c = 0, long d = 0)
 
 } // namespace
 
-/// Each escape is tried by native code inside the walls, as a script would that has taken over the
-/// engine.
+/// Native code attempts each escape inside the sandbox, as a script that controls the engine could.
 class HostSandboxTest final : public QObject
 {
     Q_OBJECT
@@ -106,7 +106,7 @@ private Q_SLOTS:
 void HostSandboxTest::initTestCase()
 {
     const int status = statusOf([] { return 0; });
-    if (WIFEXITED(status) && WEXITSTATUS(status) == kNoWalls)
+    if (WIFEXITED(status) && WEXITSTATUS(status) == kSandboxMissing)
         QSKIP("This build or this system has no filter of system calls.");
 }
 
@@ -188,7 +188,7 @@ void HostSandboxTest::escape_toThe32BitWorld_killsTheProcess()
 }
 #endif
 
-// Signals cannot be handled where they are blocked, and there the kernel kills for a trap.
+// Signals cannot be handled while blocked; the kernel then kills the process at a trap.
 void HostSandboxTest::escape_withSignalsBlocked_killsTheProcess()
 {
     const Ended ended = endOf([] {
@@ -201,7 +201,7 @@ void HostSandboxTest::escape_withSignalsBlocked_killsTheProcess()
     QCOMPARE(WTERMSIG(ended.status), SIGSYS);
 }
 
-// What the engine opens as it comes up, it would keep.
+// The engine would keep descriptors that it opens during start-up.
 void HostSandboxTest::escape_beforeTheSandboxStands_isRefused()
 {
     const pid_t child = fork();
@@ -218,7 +218,7 @@ void HostSandboxTest::escape_beforeTheSandboxStands_isRefused()
     QCOMPARE(WEXITSTATUS(status), 7);
 }
 
-// Root's, too: what does no harm without privileges is allowed later.
+// Applies to root too, because the table later allows calls that are harmless without privileges.
 void HostSandboxTest::process_ofAnyUser_hasNoPrivileges()
 {
     const pid_t child = fork();
@@ -239,7 +239,7 @@ void HostSandboxTest::process_ofAnyUser_hasNoPrivileges()
     QCOMPARE(WEXITSTATUS(status), 7);
 }
 
-// A thread of a library's that is late with its start-up does no harm, and no script ends for it.
+// A call of a library's thread that is still starting up is refused; it must not end the process.
 void HostSandboxTest::escape_ofAThreadFromBefore_isRefused()
 {
     std::array<int, 2> ends{};
@@ -283,7 +283,7 @@ void HostSandboxTest::escape_ofAThreadFromBefore_isRefused()
     QCOMPARE(WTERMSIG(ended.status), SIGSYS);
 }
 
-// As the C library does it, which on some releases blocks signals for it.
+// The C library's function blocks signals on some releases.
 void HostSandboxTest::escape_byForking_killsTheProcess()
 {
     const Ended ended = endOf([] { return static_cast<int>(fork()); });
@@ -291,11 +291,11 @@ void HostSandboxTest::escape_byForking_killsTheProcess()
     QCOMPARE(WTERMSIG(ended.status), SIGSYS);
 }
 
-// A script that has taken over the engine may try to answer for the sandbox.
+// A script that controls the engine may try to replace the sandbox's signal handler.
 void HostSandboxTest::handler_ofDeniedCalls_cannotBeReplaced()
 {
     const Ended ended = endOf([] {
-        // The kernel takes the low bits alone.
+        // The kernel uses only the low bits.
         constexpr long kDisguised = (1L << 32) | SIGSYS;
         const bool replaced = std::signal(SIGSYS, SIG_IGN) != SIG_ERR ||
                               call(SYS_rt_sigaction, kDisguised, 0, 0, 8) == 0;
@@ -305,7 +305,7 @@ void HostSandboxTest::handler_ofDeniedCalls_cannotBeReplaced()
     QCOMPARE(WEXITSTATUS(ended.status), 7);
 }
 
-// Each call that the table refuses, in the running kernel. A new library may try any of them.
+// Tries each refused call of the table in the running kernel. A new library may make any of them.
 void HostSandboxTest::refusedCall_anyOne_getsItsError()
 {
     for (const SystemCallGroup &group : systemCallGroups()) {
@@ -313,7 +313,7 @@ void HostSandboxTest::refusedCall_anyOne_getsItsError()
             continue;
         for (const char *name : group.names) {
             const int number = seccomp_syscall_resolve_name(name);
-            // The kernel takes the probes' calls before any filter sees them.
+            // The kernel handles these probe calls before any filter.
             if (number < 0 || QByteArray(name).endsWith("probe"))
                 continue;
             const int error = group.decision.error;
@@ -407,7 +407,7 @@ void HostSandboxTest::memory_beyondTheLimit_isRefused()
 void HostSandboxTest::memory_spent_endsWithItsStatus()
 {
     const int spent = statusOf([] {
-        // Volatile, for memory that nobody uses need not be asked for at all.
+        // Volatile, so that the compiler keeps the unused allocations.
         void *volatile memory = nullptr;
         do {
             memory = std::malloc(std::size_t{1} << 20);
@@ -426,7 +426,7 @@ void HostSandboxTest::memory_spent_endsWithItsStatus()
     QCOMPARE(WTERMSIG(aborted), SIGABRT);
 }
 
-// Memory in a file is not counted as the process's own.
+// The limit of the process's memory does not cover memory in a file.
 void HostSandboxTest::sharedFile_beyondTheRoomInIt_cannotBeFilled()
 {
     const int file = memfd_create("test", MFD_CLOEXEC);

@@ -6,8 +6,8 @@
 
 using namespace Qt::StringLiterals;
 
-// This test is linked as if the engine did not have the call: it is none of the engine's interface,
-// and a release may leave it out.
+// This test is linked as if the engine lacked this function. The function is not part of the
+// engine's public interface, so a release may omit it.
 extern "C" [[gnu::weak]] struct OpaqueJSString *
 JSStringCreateWithCharactersNoCopy(const unsigned short *units, std::size_t length);
 

@@ -46,8 +46,8 @@ ScriptOutcome failure(ScriptError::Code code)
     return tl::unexpected(ScriptError{code, {}});
 }
 
-/// Lets a script run for a while, or until it has logged something, and then stops it.
-class Impatient final : public ScriptWaiter
+/// Stops a script after a short time, or once `m_isEnough` is true.
+class StoppingWaiter final : public ScriptWaiter
 {
 public:
     bool wait(int /*descriptor*/, bool /*forWriting*/) override
@@ -59,7 +59,7 @@ public:
     std::function<bool()> m_isEnough;
 };
 
-/// The processes that this one has started and not let go of.
+/// The ids of this process's children that have not been reaped.
 QByteArray childProcesses()
 {
     QByteArray ids;
@@ -72,13 +72,13 @@ QByteArray childProcesses()
     return ids;
 }
 
-#ifdef __SANITIZE_ADDRESS__ // With which a process takes much longer to start.
+#ifdef __SANITIZE_ADDRESS__ // A process starts much more slowly.
 constexpr int kRuns = 100;
 #else
 constexpr int kRuns = 1000;
 #endif
 
-/// Bytes of this process that are in memory.
+/// The resident size of this process in bytes.
 qint64 residentMemory()
 {
     QFile statm(u"/proc/self/statm"_s);
@@ -148,7 +148,7 @@ void ScriptHostPoolTest::script_anywhere_givesTheSame_data()
                                " 'ä'.localeCompare('z'), ['い', 'ア', 'あ'].sort((a, b) =>"
                                " a.localeCompare(b, 'ja')).join(),"
                                " new Intl.PluralRules('ar').select(3)]"_s;
-    // Each first of all in its process: nothing of it was brought up before the walls.
+    // Each expression runs first in its process, so nothing was initialized before the sandbox.
     for (const char *const first :
          {"new Intl.NumberFormat('de').format(1234.5)",
           "['い', 'ア', 'あ'].sort(new Intl.Collator('ja').compare)",
@@ -180,8 +180,8 @@ void ScriptHostPoolTest::script_anywhere_givesTheSame_data()
     QTest::newRow("typed array too large") << u"new Uint8Array(1e15)"_s;
 }
 
-// The editor's own thread evaluates what the process evaluates: neither the way there and back nor
-// the walls may change anything.
+// Compares the result with that of the editor's own thread. Neither the transfer nor the sandbox
+// may change it.
 void ScriptHostPoolTest::script_anywhere_givesTheSame()
 {
     QFETCH(QString, source);
@@ -199,7 +199,7 @@ void ScriptHostPoolTest::script_anywhere_givesTheSame()
     QVERIFY(typeOfInput.outcome == ScriptValue(u"stringtrue"_s));
 }
 
-// Neither side could go on if one of them only wrote.
+// If both sides only wrote, both would block.
 void ScriptHostPoolTest::script_largeBothWays_arrives()
 {
     for (const QString &part : {u"narrow "_s, u"広い😀 "_s}) {
@@ -216,7 +216,7 @@ void ScriptHostPoolTest::script_largeBothWays_arrives()
 void ScriptHostPoolTest::log_lines_arriveWhileTheScriptRuns()
 {
     QStringList lines;
-    Impatient waiter;
+    StoppingWaiter waiter;
     waiter.m_isEnough = [&lines] { return lines.size() == 2; };
     const ScriptOutcome outcome = ScriptHostPool::shared().run(
         {u"console.log('a'); console.log('b'); while (true) ;"_s, std::nullopt},
@@ -290,7 +290,7 @@ void ScriptHostPoolTest::host_killed_isReported()
         QCOMPARE(outcome.error().code, ScriptError::Code::HostDied);
         const HostEnding &ending = outcome.error().ending;
         QVERIFY(!ending.engine.isEmpty());
-#ifdef __SANITIZE_ADDRESS__ // Which reports this one and then exits.
+#ifdef __SANITIZE_ADDRESS__ // The sanitizer reports this signal and exits.
         if (signal == SIGSEGV)
             continue;
 #endif
@@ -308,7 +308,7 @@ void ScriptHostPoolTest::waiter_stops_endsTheScript()
           u"(function f() { Promise.resolve().then(f); })()"_s,
           u"let b = new WebAssembly.Memory({initial: 1, maximum: 1, shared: true}).buffer;"
           "Atomics.wait(new Int32Array(b), 0, 0)"_s}) {
-        Impatient waiter;
+        StoppingWaiter waiter;
         QElapsedTimer elapsed;
         elapsed.start();
         waiter.m_isEnough = [&elapsed] { return elapsed.hasExpired(150); };
@@ -334,7 +334,7 @@ void ScriptHostPoolTest::memory_exhausted_isReported()
           u"let a = []; for (let i = 0; ; i++) a.push('x'.repeat(1000) + i + [i].join());"_s}) {
         const Ran ran = run(code);
         QVERIFY(!ran.outcome.has_value());
-        // One release of the engine throws where another ends its process.
+        // Some engine releases throw, others end the process.
         const ScriptError &error = ran.outcome.error();
         if (error.text != u"RangeError: Out of memory"_s)
             QCOMPARE(error.code, ScriptError::Code::OutOfMemory);
@@ -379,13 +379,13 @@ void ScriptHostPoolTest::runs_many_leaveNothing()
         pool.discard();
         QTRY_VERIFY(reapHostProcesses());
     };
-    runSome(20); // Until everything that is made once has been made.
+    runSome(20); // Until all one-time allocations are made.
     const qsizetype descriptors = openDescriptors();
     [[maybe_unused]] const qint64 memory = residentMemory();
     runSome(kRuns);
     QCOMPARE(openDescriptors(), descriptors);
     QCOMPARE(childProcesses(), QByteArray());
-#ifndef __SANITIZE_ADDRESS__ // Which keeps what was freed for a while.
+#ifndef __SANITIZE_ADDRESS__ // The sanitizer holds freed memory back for a while.
     const qint64 growth = residentMemory() - memory;
     QVERIFY2(growth < kRuns * 1000, qPrintable(QString::number(growth)));
 #endif

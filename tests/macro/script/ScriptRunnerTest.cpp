@@ -194,8 +194,8 @@ void ScriptRunnerTest::value_manyLines_arriveInOrder()
         QCOMPARE(list->at(i), ScriptValue(u"line "_s + QString::number(i)));
 }
 
-// Each getter hands out objects that nothing else holds, and leaves garbage that makes the engine
-// collect in between.
+// Each getter returns objects without other references, and leaves so much garbage that the engine
+// collects during the conversion.
 void ScriptRunnerTest::value_collectedWhileConverting_survives()
 {
     const Ran ran =

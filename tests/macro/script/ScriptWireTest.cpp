@@ -13,7 +13,7 @@ namespace {
 using Map = ScriptValue::Map;
 using List = ScriptValue::List;
 
-/// What `send` hands to its sink.
+/// The bytes that `send` writes to its sink.
 template <typename Send> QByteArray bytesOf(Send send)
 {
     QByteArray bytes;
@@ -29,7 +29,7 @@ QByteArray bytesOf(const ScriptOutcome &outcome)
     return bytesOf([&](const ByteSink &sink) { return sendOutcome(outcome, sink); });
 }
 
-/// The only message in the bytes, which arrive in portions of `portion` bytes.
+/// The single message in `bytes`, which arrive in portions of `portion` bytes.
 std::optional<Message>
 messageOf(const QByteArray &bytes, MessageReader::Side side, qsizetype portion)
 {
@@ -214,14 +214,14 @@ void ScriptWireTest::frames_broken_areErrors()
     QCOMPARE(errorOf(frame(0, {})), WireError::UnknownKind);
     QCOMPARE(errorOf(frame(7, {})), WireError::UnknownKind);
     QCOMPARE(errorOf(frame(255, {})), WireError::UnknownKind);
-    QCOMPARE(errorOf(frame(2, {})), WireError::UnknownKind); // What only the editor sends.
+    QCOMPARE(errorOf(frame(2, {})), WireError::UnknownKind); // Only the editor sends this kind.
     QCOMPARE(errorOf(frame(kLog, {}, 2)), WireError::BadHeader);
     QByteArray padded = frame(kLog, {});
     padded[3] = 1;
     QCOMPARE(errorOf(padded), WireError::BadHeader);
     QByteArray longest = frame(kLog, {});
     longest[6] = 0x10;
-    longest[4] = 1; // 1 MiB and a byte.
+    longest[4] = 1; // One byte more than 1 MiB.
     QCOMPARE(errorOf(longest), WireError::FrameTooLong);
     QCOMPARE(errorOf(frame(kLog, "a", 1) + frame(4, "b")), WireError::MixedMessages);
     QCOMPARE(errorOf(frame(kLog, "a", 1) + frame(5, "b")), WireError::MixedMessages);

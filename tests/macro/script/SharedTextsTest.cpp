@@ -21,7 +21,7 @@ QString longText(QChar unit = u'日')
     return QString(SharedTexts::kLeastLength + 1000, unit);
 }
 
-/// A file in memory with both sides' views of it.
+/// A memory file with the views of both sides.
 struct Shared
 {
     FileDescriptor file{memfd_create("test", MFD_CLOEXEC)};
@@ -29,7 +29,7 @@ struct Shared
     SharedTexts host{file.get(), Side::Host};
 };
 
-/// The payload of the only frame that `send` makes.
+/// The payload of the single frame that `send` writes.
 template <typename Send> QByteArray payloadOf(Send send)
 {
     QByteArray bytes;
@@ -72,7 +72,7 @@ void SharedTextsTest::text_leftByEitherSide_isFoundByTheOther()
         QVERIFY(firstPlace && secondPlace);
         QCOMPARE(to->get(*firstPlace, first.size()), std::optional(first));
         QCOMPARE(to->get(*secondPlace, second.size()), std::optional(second));
-        // Nobody finds what it left itself.
+        // A side cannot read its own texts.
         QVERIFY(!from->get(*firstPlace, first.size()));
     }
 }
@@ -175,7 +175,7 @@ void SharedTextsTest::message_withLongTexts_isShort()
     QVERIFY(answered.size() < 100);
     const auto decoded = decodeOutcome({MessageKind::Value, answered}, {}, &shared.editor);
     QVERIFY(decoded && *decoded == outcome);
-    // The limits hold for what is there, too.
+    // The limits also apply to shared texts.
     ScriptLimits limits;
     limits.bytes = 1000;
     const auto refused = decodeOutcome({MessageKind::Value, answered}, limits, &shared.editor);
@@ -193,7 +193,7 @@ void SharedTextsTest::message_namingAPlaceThatIsNone_isAnError()
         const auto decoded = decodeOutcome({MessageKind::Value, answered}, {}, texts);
         QVERIFY(!decoded && decoded.error() == WireError::Truncated);
     }
-    // Lone surrogates are none of a well-behaved host's.
+    // A correct host never sends lone surrogates.
     const QByteArray broken = payloadOf([&](const ByteSink &sink) {
         return sendOutcome(ScriptValue(longText() + QChar(0xd800)), sink, &shared.host);
     });
@@ -204,11 +204,11 @@ void SharedTextsTest::message_namingAPlaceThatIsNone_isAnError()
 void SharedTextsTest::host_cannotLeaveMoreThanItsRoom()
 {
     Shared shared;
-    // As large as the room, without being there.
+    // Claims a length beyond the space; its content is never read.
     const ScriptSource large(SharedTexts::kHostRoom / 2 + 1,
                              [](const ScriptSource::Sink &) { qFatal("Nobody asks for it."); });
     QVERIFY(!shared.host.putSource(large));
-    QVERIFY(shared.host.put(longText()).has_value()); // What fits still goes.
+    QVERIFY(shared.host.put(longText()).has_value()); // A text that fits is still accepted.
 }
 
 } // namespace penwick

@@ -36,7 +36,7 @@ std::uint32_t refusedWith(int error)
     return SECCOMP_RET_ERRNO | static_cast<std::uint32_t>(error);
 }
 
-/// Runs a filter's program over one call, as the kernel would.
+/// Interprets a filter's program for one call, as the kernel does.
 class Simulator final
 {
 public:
@@ -101,7 +101,7 @@ private:
     std::vector<sock_filter> m_program;
 };
 
-/// Name of a call in the table of an architecture; empty where the library knows none.
+/// The name of a call in an architecture's table; empty when the library knows none.
 QByteArray nameOf(std::uint32_t architecture, int number)
 {
     char *name = seccomp_syscall_resolve_num_arch(architecture, number);
@@ -150,7 +150,7 @@ QSet<QByteArray> conditionalNames()
     return names;
 }
 
-/// What the filter is to answer.
+/// The expected result of the filter.
 std::uint32_t expected(const SystemCallDecision &decision, RefusedCalls refused)
 {
     if (decision.kind == Kind::Allow)
@@ -207,7 +207,8 @@ void SystemCallFilterTest::call_inEitherTable_isDecidedOnce()
     QCOMPARE(undecided, QStringList());
 }
 
-// Written down here once more, on purpose: what leads out of the process, whatever the table says.
+// Repeated here on purpose: the calls that lead out of the process must be killed, whatever the
+// table says.
 void SystemCallFilterTest::escapes_areKilled()
 {
     const QMap<QByteArray, SystemCallDecision> decisions = unconditionalDecisions();
@@ -262,7 +263,7 @@ void SystemCallFilterTest::escapes_areKilled()
         QVERIFY2(otherwise.value(name) == Kind::Kill, name);
 }
 
-// What keeps an engine of another release alive.
+// Calls that engines of other releases need.
 void SystemCallFilterTest::neededCalls_areAllowed()
 {
     const QMap<QByteArray, SystemCallDecision> decisions = unconditionalDecisions();
@@ -311,7 +312,7 @@ void SystemCallFilterTest::filter_anyNumber_followsTheTable()
     for (int number = 0; number < kBeyondEveryTable; ++number) {
         const QByteArray name = nameOf(architecture, number);
         if (conditional.contains(name))
-            continue; // The next test.
+            continue; // Covered by the next test.
         const SystemCallDecision decision = decisions.value(name, kUnknownSystemCall);
         const std::uint32_t wanted =
             expected(decision, unreported.contains(name) ? RefusedCalls::Silent : refused);
@@ -336,7 +337,7 @@ void SystemCallFilterTest::filter_arguments_decide_data()
             QTest::newRow(title) << QByteArray(name) << arguments << (outcome == 'a')
                                  << (outcome == 'k');
         };
-    constexpr quint64 kThreadFlags = 0x3d0f00; // As the C library starts threads.
+    constexpr quint64 kThreadFlags = 0x3d0f00; // The C library's flags for a thread.
     row("thread", "clone", {kThreadFlags}, 'a');
     row("process", "clone", {17}, 'k');
     row("process that shares memory", "clone", {0x100 | 17}, 'k');
@@ -397,7 +398,7 @@ void SystemCallFilterTest::filter_arguments_decide()
     }
 }
 
-// Numbers of other tables would mean other calls.
+// In another architecture's table the same numbers are other calls.
 void SystemCallFilterTest::filter_foreignWorld_isTrapped()
 {
     for (const RefusedCalls refused : {RefusedCalls::Silent, RefusedCalls::Reported}) {
