@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// QDir::homePath() answers "/" without $HOME, which would put the user's data into the root.
+// QDir::homePath() returns "/" when $HOME is not set: the user's data would go to the root folder.
 QString homePath()
 {
     const QByteArray home = qgetenv("HOME");

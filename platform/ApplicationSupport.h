@@ -4,20 +4,20 @@
 
 namespace penwick {
 
-/// Where penwick keeps its files, by the XDG base directory rules. The environment is read on
-/// every call and nothing is created here.
+/// The paths of penwick's files, by the XDG base directory rules. Each call reads the environment
+/// and creates nothing.
 class ApplicationSupport final
 {
 public:
     ApplicationSupport() = delete;
 
-    /// Absolute path of the data folder: `penwick` below $XDG_DATA_HOME, by default below
-    /// ~/.local/share. A relative $XDG_DATA_HOME is ignored. Ends the process where the user has no
-    /// home folder, for there is nowhere else to keep the user's macros.
+    /// Absolute path of the data folder: `penwick` in $XDG_DATA_HOME, by default in ~/.local/share.
+    /// A relative $XDG_DATA_HOME is ignored. Ends the process if the default is needed and the user
+    /// has no home folder, since there is no other place for the user's macros.
     [[nodiscard]] static QString folderPath();
 
-    /// Absolute path of the file of `UserDefaults::standard()`: `penwick/penwick.conf` below
-    /// $XDG_CONFIG_HOME, by default below ~/.config, by the same rules.
+    /// Absolute path of the file of `UserDefaults::standard()`: `penwick/penwick.conf` in
+    /// $XDG_CONFIG_HOME, by default in ~/.config, by the same rules.
     [[nodiscard]] static QString configurationFilePath();
 };
 

@@ -23,24 +23,25 @@ tl::unexpected<FileError> systemError()
     return tl::unexpected(FileError::fromErrno(errno));
 }
 
-/// Follows the path while it names a symbolic link. Unlike realpath() it also answers for a link
-/// whose target does not exist yet, so that the target is created and the link stays.
+/// Resolves `path` while it names a symbolic link. Unlike realpath(), this also works for a link
+/// whose target does not exist yet: the target is then created and the link stays.
 tl::expected<QByteArray, FileError> withoutLinks(QByteArray path)
 {
-    constexpr int kMostLinks = 40; // As the kernel has it.
-    for (int links = 0; links <= kMostLinks; ++links) {
+    constexpr int kMaximumLinks = 40; // The kernel's limit.
+    for (int links = 0; links <= kMaximumLinks; ++links) {
         QByteArray target(PATH_MAX, Qt::Uninitialized);
         const ssize_t length =
             ::readlink(path.constData(), target.data(), static_cast<size_t>(target.size()));
         if (length < 0)
-            return path; // Not a link. Whatever else is wrong shows when the file is opened.
+            return path; // Not a link. Opening the file reports any other error.
         target.truncate(length);
         path = target.startsWith('/') ? target : folderOf(path) + target;
     }
     return tl::unexpected(FileError::fromErrno(ELOOP));
 }
 
-/// What stands in the place of the file: its status, or nothing where there is no file yet.
+/// Returns the status of the regular, writable file at `path`, or std::nullopt if there is no file
+/// yet.
 tl::expected<std::optional<struct stat>, FileError> replaceableFile(const QByteArray &path)
 {
     struct stat status = {};
@@ -53,14 +54,14 @@ tl::expected<std::optional<struct stat>, FileError> replaceableFile(const QByteA
         return tl::unexpected(FileError::fromErrno(EISDIR));
     if (!S_ISREG(status.st_mode))
         return tl::unexpected(FileError{FileError::Kind::NotRegular, 0});
-    // Renaming would replace a write-protected file without a word.
+    // rename() would replace a write-protected file without an error.
     if (::faccessat(AT_FDCWD, path.constData(), W_OK, AT_EACCESS) != 0)
         return systemError();
     return status;
 }
 
-/// Without this a crash of the system could bring the old file back. The new content is in place
-/// already, so a failure is nothing to tell.
+/// Makes the rename durable: without this, a system crash could bring the old file back. The new
+/// content is already in place, so errors are ignored.
 void synchroniseFolder(const QByteArray &folder)
 {
     const FileDescriptor descriptor(uninterrupted(
@@ -69,13 +70,13 @@ void synchroniseFolder(const QByteArray &folder)
         ::fsync(descriptor.get());
 }
 
-/// How far an attempt to put a new file in the old one's place came.
+/// The outcome of one attempt to put a new file in the place of the old one.
 struct Attempt
 {
-    enum class Next { Nothing, WithAName, InPlace };
+    enum class Next { Nothing, NamedFile, InPlace };
 
     tl::expected<FileVersion, FileError> outcome;
-    Next next = Next::Nothing; // What may succeed where this did not.
+    Next next = Next::Nothing; // The fallback after a failure.
 };
 
 Attempt failed(const FileError &error, Attempt::Next next = Attempt::Next::Nothing)
@@ -83,9 +84,9 @@ Attempt failed(const FileError &error, Attempt::Next next = Attempt::Next::Nothi
     return {tl::unexpected(error), next};
 }
 
-/// Where the folder takes no new file, or the old one must not go from it, that is about the folder
-/// and not about the file, which is writable. A file that something is mounted on cannot be
-/// replaced either.
+/// Chooses the fallback after `error`. These error numbers concern the folder, not the file, which
+/// is writable: the folder takes no new file, the old file must not be removed from it, or the file
+/// is a mount point and cannot be replaced.
 Attempt::Next nextAfter(const FileError &error, const std::optional<struct stat> &old)
 {
     const bool isAboutTheFolder = error.errnoValue == EACCES || error.errnoValue == EPERM ||
@@ -94,10 +95,10 @@ Attempt::Next nextAfter(const FileError &error, const std::optional<struct stat>
     return old && isAboutTheFolder ? Attempt::Next::InPlace : Attempt::Next::Nothing;
 }
 
-/// What a save is about.
+/// The parameters of one save.
 struct Request
 {
-    QByteArray path; // Without links.
+    QByteArray path; // Symbolic links are resolved.
     const ProduceBytes &produce;
     const std::function<bool()> &isStillWanted;
     std::optional<struct stat> old;
@@ -108,9 +109,9 @@ Attempt putInPlace(TemporaryFile &file, const Request &request)
     const auto version = FileVersion::of(file.descriptor());
     if (!version)
         return failed(FileError::fromErrno(errno));
-    // Another way to name it may do; a name that it has from the start always does.
+    // linkat() may be unsupported here. A file that has a name from the start does not need it.
     if (const auto named = file.takeName(); !named)
-        return failed(named.error(), Attempt::Next::WithAName);
+        return failed(named.error(), Attempt::Next::NamedFile);
     if (request.isStillWanted && !request.isStillWanted())
         return failed({FileError::Kind::Cancelled, 0});
     if (const auto moved = file.replaceTarget(); !moved)
@@ -120,18 +121,19 @@ Attempt putInPlace(TemporaryFile &file, const Request &request)
 
 Attempt replaceByNew(const Request &request, TemporaryFile::Name name)
 {
-    // Nobody else may read the new content before it has the old file's permissions.
+    // Only the owner may read the new content until the file has the old file's permissions.
     const mode_t mode =
         request.old ? S_IRUSR | S_IWUSR : S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
     TemporaryFile file(request.path);
     if (const auto created = file.create(mode, name); !created)
         return failed(created.error(), nextAfter(created.error(), request.old));
-    // First, for it tells whether this way can be taken at all.
+    // Before the content is written: if the attributes cannot be copied, the content must be
+    // written in place.
     if (request.old && !copyAttributes(request.path, *request.old, file.descriptor()))
         return failed(FileError::fromErrno(EPERM), Attempt::Next::InPlace);
     if (const auto filled = fill(file.descriptor(), request.produce); !filled)
         return failed(filled.error());
-    // Writing takes these away.
+    // Writing to a file clears these bits.
     constexpr mode_t kPrivileges = S_ISUID | S_ISGID;
     const bool hasPrivileges = request.old && (request.old->st_mode & kPrivileges) != 0;
     if (hasPrivileges && ::fchmod(file.descriptor(), request.old->st_mode & ALLPERMS) != 0)
@@ -151,11 +153,12 @@ tl::expected<FileVersion, FileError> replaceResolved(const QByteArray &path,
     TemporaryFile::removeLeftovers(path);
     SafeCopy::removeDispensable(path);
     const Request request{path, produce, isStillWanted, *old};
-    // A new file would take one of the names only, and leave the others with the old text.
+    // A new file would replace only one of the hard links and leave the others with the old
+    // content.
     const bool hasOtherNames = request.old && request.old->st_nlink > 1;
     Attempt attempt = hasOtherNames ? failed({}, Attempt::Next::InPlace)
                                     : replaceByNew(request, TemporaryFile::Name::None);
-    if (attempt.next == Attempt::Next::WithAName)
+    if (attempt.next == Attempt::Next::NamedFile)
         attempt = replaceByNew(request, TemporaryFile::Name::FromTheStart);
     if (attempt.next == Attempt::Next::InPlace)
         return overwriteFile(path, produce, isStillWanted);

@@ -10,7 +10,7 @@ namespace penwick {
 
 Fork forkIntoBackground()
 {
-    std::fflush(nullptr); // What waits to be written is not to be written twice.
+    std::fflush(nullptr); // Otherwise both processes would write the buffered output.
     const pid_t child = ::fork();
     if (child < 0)
         return Fork::Failed;
@@ -22,7 +22,7 @@ Fork forkIntoBackground()
 
 void fillStandardStreams()
 {
-    // In this order, for the system gives the lowest number that is free.
+    // In this order, since open() returns the lowest free number.
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (::fcntl(stream, F_GETFD) < 0)
             static_cast<void>(uninterrupted([] { return ::open("/dev/null", O_WRONLY); }));

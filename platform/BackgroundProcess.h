@@ -4,17 +4,17 @@ namespace penwick {
 
 enum class Fork { Parent, Child, Failed };
 
-/// Goes on in two processes. The child is free of the terminal and of the parent's end; it keeps
-/// the standard streams, to be able to say what stands in the way of its start. Only while the
-/// process has one thread and no window.
+/// Forks; both processes return. The child has a session of its own, so that neither the terminal
+/// nor the end of the parent ends it. It keeps the standard streams, so that it can report why it
+/// cannot start. Call this only while the process has one thread and no window.
 [[nodiscard]] Fork forkIntoBackground();
 
-/// Opens those standard streams that whoever started the program closed, to nothing: reading fails,
-/// and what is written is gone. Else the next file or socket that is opened would pass for such a
-/// stream, and take in its lines. For the very start of the program.
+/// Opens /dev/null for the standard streams that the parent process closed: reading fails and
+/// output is discarded. Otherwise the next file or socket to be opened would get the number of a
+/// standard stream and receive its output. Call this first in the program.
 void fillStandardStreams();
 
-/// Lets go of the standard streams, so that nobody waits for what comes from them.
+/// Redirects the standard streams to /dev/null, so that no process waits for them to be closed.
 void leaveStandardStreams();
 
 } // namespace penwick

@@ -7,10 +7,11 @@ namespace penwick {
 
 namespace {
 
-/// Keeps from a menu the double click that the toolkit reports behind a second press which is quick
-/// enough. The press has opened the menu, so the double click goes to the menu, which would close
-/// on the release after it. A press that the menu gets itself ends the watch.
-class RestOfClick final : public QObject
+/// Keeps a double click from closing the menu. Qt reports a quick second press as a press and then
+/// a double click. The press opens the menu, so the double click goes to the menu, which would
+/// close on the next release. The filter removes itself after the double click or after the first
+/// press on the menu itself.
+class DoubleClickFilter final : public QObject
 {
 public:
     using QObject::QObject;
@@ -29,7 +30,7 @@ public:
 void popUpContextMenu(QMenu *menu, QPoint globalPosition)
 {
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->installEventFilter(new RestOfClick(menu));
+    menu->installEventFilter(new DoubleClickFilter(menu));
     menu->popup(globalPosition);
 }
 

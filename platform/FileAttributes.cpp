@@ -12,8 +12,8 @@ namespace penwick {
 
 namespace {
 
-/// Where the folder gives its files a list of its own by default, the new file has one although the
-/// old has none.
+/// A folder with a default access control list gives one to the new file even if the old file has
+/// none.
 constexpr auto kAccessList = "system.posix_acl_access";
 
 bool isWithoutAttributes(int errnoValue)
@@ -21,7 +21,7 @@ bool isWithoutAttributes(int errnoValue)
     return errnoValue == ENOTSUP || errnoValue == ENOSYS;
 }
 
-/// Nothing when they cannot be told.
+/// Returns std::nullopt if the names cannot be read.
 std::optional<QByteArrayList> attributeNames(const QByteArray &path)
 {
     QByteArray names(XATTR_LIST_MAX, Qt::Uninitialized);
@@ -65,10 +65,10 @@ bool copyAttributes(const QByteArray &oldPath, const struct stat &old, int descr
     struct stat present = {};
     if (::fstat(descriptor, &present) != 0)
         return false;
-    const bool isOfOther = present.st_uid != old.st_uid || present.st_gid != old.st_gid;
-    if (isOfOther && ::fchown(descriptor, old.st_uid, old.st_gid) != 0)
+    const bool hasOtherOwner = present.st_uid != old.st_uid || present.st_gid != old.st_gid;
+    if (hasOtherOwner && ::fchown(descriptor, old.st_uid, old.st_gid) != 0)
         return false;
-    // The permissions last: a list of access rights that is taken away or set changes them.
+    // The permissions come last: setting or removing an access control list changes them.
     return copyExtendedAttributes(oldPath, descriptor) &&
            ::fchmod(descriptor, old.st_mode & ALLPERMS) == 0;
 }

@@ -6,10 +6,13 @@
 
 namespace penwick {
 
-/// Gives an open file what belongs to another one besides its content: owner, group, permissions,
-/// access control lists and extended attributes. Times, and the flags that only one file system
-/// knows, are not among them.
-/// \return false when something could not be carried over.
+/// Copies everything but the content from one file to another: owner, group, permissions, access
+/// control lists and extended attributes. Times, and flags that only one file system supports, are
+/// not copied.
+/// \param oldPath of the file to copy from.
+/// \param old its status.
+/// \param descriptor of the file to copy to.
+/// \return false when something could not be copied.
 [[nodiscard]] bool
 copyAttributes(const QByteArray &oldPath, const struct stat &old, int descriptor);
 

@@ -6,7 +6,7 @@
 
 namespace penwick {
 
-/// Owns an open file of the system and closes it. -1 stands for none.
+/// Owns a file descriptor and closes it; -1 means none.
 class FileDescriptor final
 {
 public:
@@ -35,10 +35,10 @@ public:
 
     [[nodiscard]] int get() const { return m_descriptor; }
 
-    /// Closes now. False, with `errno` set, when the system reports a late writing error.
+    /// Closes now. False, with `errno` set, when the system reports a delayed write error.
     bool close() noexcept
     {
-        // Not repeated after EINTR: Linux has let go of the descriptor by then.
+        // Not repeated after EINTR: Linux has already released the descriptor.
         return m_descriptor < 0 || ::close(std::exchange(m_descriptor, -1)) == 0;
     }
 
@@ -46,7 +46,7 @@ private:
     int m_descriptor;
 };
 
-/// Repeats a call of the system for as long as a signal interrupts it.
+/// Repeats a system call while a signal interrupts it.
 template <typename Call> auto uninterrupted(Call call)
 {
     while (true) {

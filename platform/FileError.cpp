@@ -45,7 +45,7 @@ FileError FileError::fromErrno(int errnoValue)
 QString FileError::description() const
 {
     if (kind == Kind::Locked)
-        return u"Locked by another process"_s; // The system's words would be of no help.
+        return u"Locked by another process"_s; // The system's message would not help.
     if (kind == Kind::Damaged)
         return u"File half written, a copy of the old content was kept"_s;
     if (errnoValue != 0)

@@ -8,21 +8,21 @@ namespace penwick {
 struct FileError
 {
     enum class Kind {
-        NotFound,         ///< The file, or a folder on the way to it, does not exist.
-        IsFolder,         ///< A folder stands where a file was expected.
-        NotRegular,       ///< A device, pipe or socket stands there.
+        NotFound,         ///< The file, or a folder in its path, does not exist.
+        IsFolder,         ///< The path names a folder where a file was expected.
+        NotRegular,       ///< The path names a device, pipe or socket.
         PermissionDenied, ///< Not allowed, or the file system is read-only.
         NoSpace,          ///< The disk or the quota is full, or the file would grow too large.
-        InvalidPath,      ///< No file can have this name: empty, too long, NUL, a ring of links.
-        Cancelled,        ///< The producer stopped the writing.
-        Locked,           ///< Another process is at it, and did not finish in time.
-        Changed,          ///< Somebody else changed the file meanwhile.
+        InvalidPath,      ///< Not a possible path: empty, too long, with a NUL, or a loop of links.
+        Cancelled,        ///< A callback of the caller stopped the operation.
+        Locked,           ///< Another process held the lock and did not release it in time.
+        Changed,          ///< Another program changed the file in the meantime.
         Damaged,          ///< The file is half written; a copy of the old content was kept.
         Other,
     };
 
     Kind kind = Kind::Other;
-    int errnoValue = 0; ///< What the system reported; 0 when it was not the system.
+    int errnoValue = 0; ///< The system's error number; 0 if the error is not the system's.
 
     /// The error for a value of `errno`.
     [[nodiscard]] static FileError fromErrno(int errnoValue);

@@ -32,7 +32,8 @@ tl::expected<FileVersion, FileError> write(int file, const ProduceBytes &produce
     return *version;
 }
 
-/// False where something else stands there by now, or nothing. True also when that cannot be told.
+/// True when `path` still names this file, or when that cannot be determined. False if it names
+/// another file or none.
 bool stillLeadsTo(const QByteArray &path, const struct stat &file)
 {
     struct stat present = {};
@@ -78,7 +79,7 @@ tl::expected<FileVersion, FileError> overwriteFile(const QByteArray &path,
     if (isStillWanted && !isStillWanted())
         return tl::unexpected(FileError{FileError::Kind::Cancelled, 0});
     auto written = write(file.get(), produce);
-    // Another program may have moved or removed it: nobody would find the new content.
+    // If another program moved or removed the file, the new content is not at `path`.
     if (written && !stillLeadsTo(path, status))
         written = tl::unexpected(FileError{FileError::Kind::Changed, 0});
     if (!written && !copy.writeBack(file.get())) {

@@ -34,7 +34,7 @@ tl::expected<FileDescriptor, FileError> openLockFile(const QString &path)
 {
     auto file = open(path, O_RDWR | O_CREAT | O_NOFOLLOW);
     struct stat status = {};
-    // Only once: whoever watches the folder is told of each change.
+    // Only if it is not set yet: every change notifies the programs that watch the folder.
     if (file && ::fstat(file->get(), &status) == 0 && (status.st_mode & S_ISVTX) == 0)
         static_cast<void>(::fchmod(file->get(), S_IRUSR | S_IWUSR | S_ISVTX));
     return file;

@@ -27,8 +27,8 @@ tl::unexpected<FileError> systemError()
 
 tl::expected<QByteArray, FileError> readAll(const FileDescriptor &file, qsizetype expectedSize)
 {
-    // One byte more, so that the end is met without growing. Files of /proc say that they are
-    // empty.
+    // One byte more than expected, so that the end is detected without growing the buffer. Files in
+    // /proc report a size of 0.
     constexpr qsizetype kSmallest = 4096;
     QByteArray content(std::max(expectedSize + 1, kSmallest), Qt::Uninitialized);
     qsizetype filled = 0;
@@ -52,7 +52,7 @@ tl::expected<QByteArray, FileError> readAll(const FileDescriptor &file, qsizetyp
 struct OpenFile
 {
     FileDescriptor descriptor;
-    qsizetype size = 0; // As the system tells it; not to be relied on.
+    qsizetype size = 0; // As the system reports it; may be wrong.
 };
 
 tl::expected<OpenFile, FileError> openRegularFile(const QString &path)
@@ -60,7 +60,7 @@ tl::expected<OpenFile, FileError> openRegularFile(const QString &path)
     const auto name = systemPath(path);
     if (!name)
         return tl::unexpected(name.error());
-    // Without O_NONBLOCK, opening a pipe that nobody writes to would never return.
+    // Without O_NONBLOCK, opening a pipe that has no writer would block forever.
     FileDescriptor file(uninterrupted(
         [&] { return ::open(name->constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); }));
     if (!file.isOpen())
@@ -77,7 +77,7 @@ tl::expected<OpenFile, FileError> openRegularFile(const QString &path)
 
 tl::expected<void, FileError> readBlocks(const FileDescriptor &file, const TakeBytes &take)
 {
-    constexpr size_t kBlockSize = 1 << 18; // Stays in the processor's cache.
+    constexpr size_t kBlockSize = 1 << 18; // Fits into the processor's cache.
     const auto block = std::make_unique_for_overwrite<char[]>(kBlockSize);
     while (true) {
         const auto count =
@@ -115,7 +115,7 @@ tl::expected<QByteArray, FileError> currentFolder()
         path.resize(path.size() * 2);
     }
     path.truncate(static_cast<qsizetype>(std::strlen(path.constData())));
-    // Some systems tell a folder out of reach by a word in front of its path.
+    // Linux prefixes the path of an unreachable folder with "(unreachable)".
     if (!path.startsWith('/'))
         return tl::unexpected(FileError::fromErrno(ENOENT));
     return path;
@@ -160,8 +160,8 @@ tl::expected<void, FileError> createFolder(const QString &path)
         const QByteArray folder = end < 0 ? *name : name->left(end);
         if (::mkdir(folder.constData(), kDefaultMode) != 0) {
             const int problem = errno;
-            // Another process may have made it meanwhile, and "/" or a mount point may answer
-            // with anything.
+            // Another process may have created it in the meantime, and for "/" or a mount point
+            // mkdir() may fail with any error.
             if (!isFolder(folder))
                 return tl::unexpected(FileError::fromErrno(problem));
         }

@@ -7,8 +7,9 @@
 
 namespace penwick {
 
-/// Tells one state of a file from another without reading it. Replacing a file, as `replaceFile`
-/// does, always makes another one; writing into it does as far as the file system's clock goes.
+/// Identifies one state of a file without reading it. Replacing a file, as `replaceFile` does,
+/// always makes another version; writing into it does so within the precision of the file system's
+/// clock.
 struct FileVersion
 {
     quint64 device = 0;
@@ -16,18 +17,18 @@ struct FileVersion
     qint64 size = 0;                ///< Bytes.
     qint64 modifiedNanoseconds = 0; ///< Since the epoch.
 
-    /// Of the file that `path` leads to; nothing where there is none, or
-    /// something else than a file.
+    /// The version of the file that `path` leads to, through links; std::nullopt if there is none
+    /// or it is not a regular file.
     [[nodiscard]] static std::optional<FileVersion> of(const QString &path);
 
-    /// Of what stands at `path` itself, whatever that is: a folder, a socket, a link.
+    /// The version of the entry at `path` itself, of any kind: a folder, a socket, a link.
     [[nodiscard]] static std::optional<FileVersion> ofEntry(const QString &path);
 
-    /// Of an open file; nothing where the system fails.
+    /// The version of an open file; std::nullopt if the system call fails.
     [[nodiscard]] static std::optional<FileVersion> of(int descriptor);
 
-    /// Whether both are states of one file, which cannot be told once that was removed: the system
-    /// gives its number to another then.
+    /// True when both are states of one file. Valid only while that file exists: after its removal
+    /// the system may give its inode number to another file.
     [[nodiscard]] bool isOfSameFileAs(const FileVersion &other) const
     {
         return device == other.device && inode == other.inode;

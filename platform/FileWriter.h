@@ -7,11 +7,11 @@
 
 namespace penwick {
 
-/// Gathers small pieces and writes them to an open file, from where it stands.
+/// Buffers small pieces and writes them to an open file at its current position.
 class FileWriter final
 {
 public:
-    /// \param descriptor not owned; stays open as long as this is used.
+    /// \param descriptor not owned; must stay open while this is used.
     explicit FileWriter(int descriptor)
         : m_descriptor(descriptor)
     {
@@ -28,7 +28,7 @@ public:
         return flush() && writeThrough(bytes);
     }
 
-    /// As `write`, with what was gathered.
+    /// Writes what is buffered. Fails as `write` does.
     bool flush()
     {
         const bool isWritten = writeThrough(m_buffer);
@@ -36,7 +36,7 @@ public:
         return isWritten;
     }
 
-    /// Bytes that were handed to `write`.
+    /// The number of bytes passed to `write`.
     [[nodiscard]] qint64 size() const { return m_written + m_buffer.size(); }
 
 private:
@@ -59,11 +59,10 @@ private:
     qint64 m_written = 0;
 };
 
-/// Waits until what was written to the file is safe on the disk. False, with `errno` set, where it
-/// is not.
+/// Waits until what was written to the file is on the disk. False, with `errno` set, on failure.
 [[nodiscard]] inline bool synchronise(int descriptor)
 {
-    // File systems that have nothing to synchronise answer EINVAL.
+    // File systems that have nothing to synchronise fail with EINVAL.
     return uninterrupted([descriptor] { return ::fsync(descriptor); }) == 0 || errno == EINVAL;
 }
 

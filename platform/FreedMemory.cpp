@@ -1,6 +1,6 @@
 #include "platform/FreedMemory.h"
 
-#include <cstdlib> // Says whose library this is.
+#include <cstdlib> // Defines __GLIBC__.
 
 #ifdef __GLIBC__
 #include <malloc.h>

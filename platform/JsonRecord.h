@@ -10,13 +10,13 @@
 
 namespace penwick {
 
-/// Why a JSON text is not the record that was expected.
+/// Why a JSON text is not the expected record.
 struct JsonRecordError
 {
     enum class Kind {
         InvalidJson,   ///< See `json`.
         WrongType,     ///< `member`, or the record itself when that is empty, has another type.
-        MissingMember, ///< `member` is not there.
+        MissingMember, ///< `member` does not exist.
     };
 
     Kind kind = Kind::InvalidJson;
@@ -29,8 +29,8 @@ struct JsonRecordError
     bool operator==(const JsonRecordError &) const = default;
 };
 
-/// Takes the members out of a JSON object one after another. The first member that is missing or of
-/// the wrong type is remembered as the error; from then on every answer is empty.
+/// Reads the members of a JSON object one after another. The first member that is missing or has
+/// the wrong type is kept as the error; every later result is empty.
 class JsonRecordReader final
 {
 public:
@@ -42,7 +42,7 @@ public:
     [[nodiscard]] qint64 integer(const QString &member);
     [[nodiscard]] QHash<QString, QString> texts(const QString &member);
 
-    /// Nothing when all went well so far.
+    /// The first error; std::nullopt if there was none.
     [[nodiscard]] const std::optional<JsonRecordError> &error() const { return m_error; }
 
 private:

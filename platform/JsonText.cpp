@@ -3,9 +3,10 @@
 #include <QLocale>
 #include <QStringDecoder>
 
-// Strict about the grammar, UTF-8 and surrogates, exact for whole 64-bit numbers, and its event
-// interface lets us bound the depth. The other candidates fell short: QJsonDocument takes unpaired
-// surrogates and sorts members its own way, RapidJSON takes an unpaired low surrogate.
+// nlohmann/json is strict about the grammar, UTF-8 and surrogates, exact for 64-bit integers, and
+// its event interface lets the reader limit the depth. The alternatives do not fit: QJsonDocument
+// accepts unpaired surrogates and sorts members in its own order, RapidJSON accepts an unpaired low
+// surrogate.
 #include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
@@ -21,7 +22,7 @@ namespace {
 
 QString decoded(const std::string &utf8)
 {
-    // QString::fromUtf8 would drop a U+FEFF at the start; it is a character of the text here.
+    // QString::fromUtf8 would drop a leading U+FEFF, which is part of the text here.
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
     return decoder(QByteArrayView(utf8.data(), static_cast<qsizetype>(utf8.size())));
 }
@@ -30,12 +31,12 @@ QString decoded(const std::string &utf8)
 class TreeBuilder final
 {
 public:
-    // NOLINTBEGIN(readability-identifier-naming): the parser names its events.
+    // NOLINTBEGIN(readability-identifier-naming): the parser's interface requires these names.
     JsonValue takeResult() { return std::move(m_result); }
 
     const JsonError &error() const { return m_error; }
 
-    /// Whether there is no result because the parser met a number that no double can hold.
+    /// True when there is no result because the parser met a number out of the range of a double.
     bool stoppedAtHugeNumber() const { return m_stoppedAtHugeNumber; }
 
     bool null() { return add(nullptr); }
@@ -50,7 +51,7 @@ public:
 
     bool string(std::string &value) { return add(decoded(value)); }
 
-    bool binary(const std::vector<std::uint8_t> &) { return false; } // Never in a text.
+    bool binary(const std::vector<std::uint8_t> &) { return false; } // Never sent for JSON text.
 
     bool key(std::string &name)
     {
@@ -81,7 +82,7 @@ private:
     {
         bool isObject = false;
         JsonObject members;
-        QString name; ///< Of the member that is being read.
+        QString name; ///< The name of the member that is being read.
         JsonArray items;
     };
 
@@ -182,7 +183,7 @@ private:
             const JsonValue *value;
         };
 
-        // The map's own order is that of UTF-16, which differs past U+FFFF.
+        // The map is sorted by UTF-16 code units, which differs from UTF-8 order beyond U+FFFF.
         std::vector<Member> members;
         for (auto it = object.cbegin(); it != object.cend(); ++it)
             members.push_back({it.key().toUtf8(), &it.key(), &it.value()});
@@ -226,7 +227,7 @@ private:
         m_text.append(m_depth * 2, ' ');
     }
 
-    /// Empty when the unit is written as it is.
+    /// Returns the escape for the unit; empty if it is written as it is.
     static QByteArray escaped(char16_t unit)
     {
         switch (unit) {
@@ -269,7 +270,7 @@ bool isHugeNumber(QByteArrayView text)
     return !parse(text, builder) && builder.stoppedAtHugeNumber();
 }
 
-/// The offset behind the string that begins at `start`.
+/// The offset after the string that begins at `start`.
 qsizetype endOfString(QByteArrayView text, qsizetype start)
 {
     qsizetype i = start + 1;
@@ -291,8 +292,8 @@ bool isOneOf(QByteArrayView text, qsizetype at, QByteArrayView bytes)
     return at < text.size() && bytes.contains(text[at]);
 }
 
-/// The offset behind the longest number that begins at `start`, which is where the parser ends it,
-/// too; `start` itself where none does.
+/// The offset after the longest number that begins at `start`, which is where the parser ends it,
+/// too; `start` itself if no number begins there.
 qsizetype endOfNumber(QByteArrayView text, qsizetype start)
 {
     const qsizetype first = start + (isOneOf(text, start, "-") ? 1 : 0);
@@ -308,8 +309,8 @@ qsizetype endOfNumber(QByteArrayView text, qsizetype start)
     return end;
 }
 
-/// The text with null, of the same length, for every number that no double can hold: the parser
-/// gives up at those, wherever they stand.
+/// Returns the text with every number out of the range of a double replaced by null and blanks of
+/// the same length. The parser fails at such a number wherever it is.
 QByteArray withoutHugeNumbers(QByteArrayView text)
 {
     QByteArray changed = text.toByteArray();
@@ -349,7 +350,7 @@ QString JsonError::description() const
 
 tl::expected<JsonValue, JsonError> JsonText::read(QByteArrayView text)
 {
-    // The parser takes a NUL for the end of its input and would not look at what follows.
+    // The parser treats a NUL as the end of its input and would ignore what follows.
     if (const qsizetype nul = text.indexOf('\0'); nul >= 0)
         return tl::unexpected(JsonError{JsonError::Kind::Syntax, nul});
     TreeBuilder builder;

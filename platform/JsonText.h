@@ -10,7 +10,7 @@
 
 namespace penwick {
 
-/// Why a text is not JSON that penwick takes.
+/// Why a text was not read as JSON.
 struct JsonError
 {
     enum class Kind {
@@ -20,7 +20,7 @@ struct JsonError
     };
 
     Kind kind = Kind::Syntax;
-    qint64 byteOffset = 0; ///< About where reading stopped, 0-based.
+    qint64 byteOffset = 0; ///< Approximately where reading stopped, 0-based.
 
     /// A description in English, for logs.
     [[nodiscard]] QString description() const;
@@ -37,16 +37,16 @@ public:
     JsonText() = delete;
 
     /// Reads one value and nothing after it, strictly by RFC 8259: valid UTF-8, no comments, no
-    /// trailing commas, no unpaired surrogate escapes. Whole numbers of 64 bits are kept exact, all
-    /// others are doubles; one that no double can hold is null, since it may stand where nobody
-    /// looks. Of members with the same name the last one counts. A byte-order mark at
-    /// the start is skipped, as the RFC allows a reader.
+    /// trailing commas, no unpaired surrogate escapes. Integers of 64 bits are exact, all other
+    /// numbers are doubles. A number out of the range of a double becomes null instead of an error,
+    /// since it may be in a member that is never read. Of several members with the same name the
+    /// last one is used. A leading byte-order mark is skipped, as the RFC allows.
     [[nodiscard]] static tl::expected<JsonValue, JsonError> read(QByteArrayView text);
 
-    /// The pretty-printed form that penwick stores: two blanks of indentation, `"name" : value`,
-    /// members in ascending order of their names' UTF-8 bytes, `/` written as `\/`, control
-    /// characters escaped, everything else as it is. No line break at the end. A lone surrogate
-    /// becomes U+FFFD, a number that is not finite becomes null.
+    /// Returns the pretty-printed form that penwick stores: two blanks of indentation,
+    /// `"name" : value`, members in ascending order of their names' UTF-8 bytes, `/` written as
+    /// `\/`, control characters escaped, everything else as it is. There is no line break at the
+    /// end. A lone surrogate becomes U+FFFD, a number that is not finite becomes null.
     [[nodiscard]] static QByteArray write(const JsonValue &value);
 };
 

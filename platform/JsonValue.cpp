@@ -23,7 +23,7 @@ std::optional<qint64> JsonValue::asInteger() const
 {
     if (const qint64 *whole = std::get_if<qint64>(&m_data))
         return *whole;
-    // Other tools write 7 as 7.0. Past 2^53 a double no longer tells which whole number was meant.
+    // Other tools may write 7 as 7.0. Beyond 2^53 a double no longer identifies one integer.
     constexpr double kLargestExact = 9007199254740992.0;
     const double *value = std::get_if<double>(&m_data);
     if (value != nullptr && std::abs(*value) <= kLargestExact && std::trunc(*value) == *value)

@@ -26,7 +26,7 @@ public:
 
     JsonValue(std::nullptr_t) {}
 
-    // Constrained, for a pointer would turn into a truth value silently.
+    // Constrained to bool, since a pointer would convert to bool silently.
     JsonValue(std::same_as<bool> auto value)
         : m_data(value)
     {
@@ -67,11 +67,11 @@ public:
 
     [[nodiscard]] bool isNull() const { return std::holds_alternative<std::monostate>(m_data); }
 
-    /// Each of these answers nothing (or null) when the value is of another type.
+    /// Each of these returns std::nullopt (or null) when the value has another type.
     [[nodiscard]] std::optional<bool> asBool() const;
-    /// Any number whose value is a whole 64-bit one: 7, and also 7.0 and 7e0.
+    /// Any number whose value is a 64-bit integer: 7, and also 7.0 and 7e0.
     [[nodiscard]] std::optional<qint64> asInteger() const;
-    /// Any number; whole ones past 2^53 are rounded.
+    /// Any number; integers beyond 2^53 are rounded.
     [[nodiscard]] std::optional<double> asDouble() const;
 
     [[nodiscard]] const QString *asText() const { return std::get_if<QString>(&m_data); }
@@ -82,7 +82,7 @@ public:
 
     bool operator==(const JsonValue &other) const { return m_data == other.m_data; }
 
-    /// What a value is made of; `quint64` only for what `qint64` cannot hold.
+    /// The stored value; `quint64` only if it does not fit into `qint64`.
     using Data =
         std::variant<std::monostate, bool, qint64, quint64, double, QString, JsonArray, JsonObject>;
 

@@ -23,7 +23,7 @@ using Error = LocalSocket::Error;
 #ifdef MSG_NOSIGNAL
 constexpr int kNoSignal = MSG_NOSIGNAL;
 #else
-constexpr int kNoSignal = 0; // SO_NOSIGPIPE stands for it.
+constexpr int kNoSignal = 0; // SO_NOSIGPIPE is set instead.
 #endif
 
 std::optional<sockaddr_un> addressOf(const QString &path)
@@ -43,7 +43,7 @@ const sockaddr *generic(const sockaddr_un &address)
 }
 
 #ifdef SOCK_CLOEXEC
-// At once, for another thread may be starting a program.
+// Set atomically when the socket is created, since another thread may be starting a program.
 constexpr int kFlags = SOCK_CLOEXEC;
 #else
 constexpr int kFlags = 0;
@@ -78,15 +78,17 @@ tl::expected<FileDescriptor, Error> makeSocket()
     return made;
 }
 
-/// Nobody else gets into the folder either; this is for a folder that is opened later.
+/// Makes the socket accessible to its owner only. The folder already excludes other users; this
+/// still holds if its permissions are relaxed later.
 bool makePrivate(const char *path)
 {
     constexpr mode_t kOwn = S_IRUSR | S_IWUSR;
-    // With the mark that keeps cleaners of runtime folders from it, where the system allows that.
+    // The sticky bit keeps cleaners of runtime folders from removing the socket; not every system
+    // allows it.
     return ::chmod(path, kOwn | S_ISVTX) == 0 || ::chmod(path, kOwn) == 0;
 }
 
-/// The user that the process at the other end runs as; nothing where the system does not say.
+/// The user id of the process at the other end; std::nullopt if the system does not report it.
 std::optional<uid_t> peerOf(const FileDescriptor &socket)
 {
 #ifdef SO_PEERCRED
@@ -143,9 +145,9 @@ tl::expected<LocalSocket, Error> LocalSocket::listenAt(const QString &path)
     if (!made)
         return tl::unexpected(made.error());
     ::unlink(address->sun_path);
-    constexpr int kWaiting = 128;
+    constexpr int kBacklog = 128;
     const bool isUp = ::bind(made->get(), generic(*address), sizeof *address) == 0 &&
-                      makePrivate(address->sun_path) && ::listen(made->get(), kWaiting) == 0;
+                      makePrivate(address->sun_path) && ::listen(made->get(), kBacklog) == 0;
     if (!isUp)
         return tl::unexpected(Error::System);
     return LocalSocket(*std::move(made));
@@ -219,7 +221,7 @@ bool LocalSocket::wait(short events, const QDeadlineTimer &deadline) const
         if (count == 0 && deadline.hasExpired())
             return false;
         if (count < 0 && errno != EINTR)
-            return true; // What is wrong is told by the call that follows.
+            return true; // The next read or write reports the error.
     }
 }
 

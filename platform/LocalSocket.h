@@ -13,42 +13,44 @@ class QDeadlineTimer;
 
 namespace penwick {
 
-/// One end of a stream of bytes between two processes of the same user on this machine, or the
-/// place where such streams begin. No call waits unless it says so, and programs that are started
-/// do not get the descriptor. Not usable once moved from.
+/// One end of a byte stream between two processes of the same user on this machine, or a socket
+/// that listens for such streams. No call waits unless its description says so, and programs
+/// started later do not inherit the descriptor. Not usable after it was moved from.
 class LocalSocket final
 {
 public:
     enum class Error {
-        NobodyWaits,   ///< Nobody else has come.
-        NobodyListens, ///< Nothing stands there, or what a process that is gone left behind.
-        Busy,          ///< Somebody listens, but too many wait to be heard.
-        PathTooLong,   ///< The system allows about a hundred bytes.
-        Stranger,      ///< The process at the other end belongs to another user.
-        Closed,        ///< The other end is gone.
-        System,        ///< Anything else.
+        NobodyWaits,   ///< No further connection is waiting.
+        NobodyListens, ///< No socket exists at the path, or its process is gone.
+        Busy,          ///< The server's queue of waiting connections is full.
+        PathTooLong,   ///< The path is empty, holds a NUL or is longer than about a hundred bytes.
+        Stranger,      ///< The other process belongs to another user, or its user is unknown.
+        Closed,        ///< The other end closed the connection.
+        System,        ///< Any other error.
     };
 
-    /// Takes the place at `path`, over whatever stood there: only for whoever knows that nobody
-    /// else listens there.
+    /// Listens at `path`, replacing whatever exists there. Call this only when no other process
+    /// listens there.
     [[nodiscard]] static tl::expected<LocalSocket, Error> listenAt(const QString &path);
     [[nodiscard]] static tl::expected<LocalSocket, Error> connectTo(const QString &path);
 
-    /// The next stream that waits at this place. Fails with `NobodyWaits` once there is none;
-    /// `Stranger` and `Closed` are about one that did, and is gone. After `System`, which comes
-    /// where the process has too many files open, whoever waits goes on waiting.
+    /// Accepts the next waiting connection. Fails with `NobodyWaits` if there is none. `Stranger`
+    /// and `Closed` concern one connection, which is discarded. `System` occurs when the process
+    /// has too many open files; the connection then stays in the queue.
     [[nodiscard]] tl::expected<LocalSocket, Error> accept() const;
 
-    /// Bytes that have come, at most `size`; 0 where none have yet.
+    /// Reads at most `size` bytes that have arrived. Returns their number; 0 if none have arrived
+    /// yet.
     [[nodiscard]] tl::expected<qsizetype, Error> read(char *data, qsizetype size) const;
-    /// How many bytes were taken, from the first; 0 where the other end has to read first.
+    /// Writes the first bytes and returns their number; 0 if the other end must read first.
     [[nodiscard]] tl::expected<qsizetype, Error> write(QByteArrayView bytes) const;
 
-    /// Waits until there is something to read, the end included. False once the time is over.
+    /// Waits until there is something to read or the other end has closed the connection. False
+    /// when the deadline has passed.
     [[nodiscard]] bool waitForReading(const QDeadlineTimer &deadline) const;
     [[nodiscard]] bool waitForWriting(const QDeadlineTimer &deadline) const;
 
-    /// For notifiers only.
+    /// For socket notifiers only.
     [[nodiscard]] int descriptor() const { return m_descriptor.get(); }
 
 private:

@@ -15,7 +15,8 @@ void NotificationCenter::addObserver(const QString &name,
                                      std::function<void()> handler)
 {
     auto &observers = m_observers[name];
-    // The dead are swept here, so a list never outgrows the observers that lived at one time.
+    // Removes destroyed observers here, so that the list never grows beyond the observers that
+    // existed at one time.
     observers.removeIf([](const auto &observer) { return observer->context.isNull(); });
     observers.append(std::make_shared<Observer>(Observer{context, std::move(handler)}));
 }
@@ -24,7 +25,7 @@ void NotificationCenter::removeObserver(const QObject *context)
 {
     for (auto &observers : m_observers) {
         for (const auto &observer : std::as_const(observers)) {
-            // A post that is under way holds its own list: an empty context tells it to skip.
+            // A post in progress has its own copy of the list and skips entries without a context.
             if (observer->context == context)
                 observer->context.clear();
         }

@@ -11,7 +11,7 @@
 
 namespace penwick {
 
-/// Publish and subscribe by name, inside the process, on the main thread.
+/// Publish and subscribe by name within the process, on the main thread.
 class NotificationCenter final
 {
 public:
@@ -19,18 +19,19 @@ public:
     NotificationCenter(const NotificationCenter &) = delete;
     NotificationCenter &operator=(const NotificationCenter &) = delete;
 
-    /// The one that the application uses. Created on first use, lives until the process ends.
+    /// The application's center. Created on first use, lives until the process ends.
     [[nodiscard]] static NotificationCenter &defaultCenter();
 
     /// Calls `handler` on every later `post` of `name`, for as long as `context` lives.
     /// \param context not owned, not null.
     void addObserver(const QString &name, QObject *context, std::function<void()> handler);
 
-    /// Ends every subscription of `context` at once.
+    /// Ends all subscriptions of `context` immediately.
     void removeObserver(const QObject *context);
 
-    /// Calls the observers of `name` before it returns, oldest subscription first. An observer that
-    /// subscribes meanwhile hears the next post; one that is removed or dies meanwhile is left out.
+    /// Calls the observers of `name`, oldest subscription first, and returns when all are done. An
+    /// observer that subscribes during the call is first called for the next post; one that is
+    /// removed or destroyed during the call is skipped.
     void post(const QString &name);
 
 private:

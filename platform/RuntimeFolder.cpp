@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// By what stands there itself: a link to the user's folder is another's to turn.
+// Links are not followed: another user could redirect a link to the user's folder.
 bool isOwnPrivateFolder(const QByteArray &path)
 {
     struct stat status = {};
@@ -38,7 +38,8 @@ tl::expected<QString, FileError> privateRuntimeFolder()
 {
     const QByteArray given = qgetenv("XDG_RUNTIME_DIR");
     if (given.startsWith('/')) {
-        // The toolkit makes a missing one, after which the next process would look there.
+        // Creates the folder if it is missing. Qt would create it later, and the next process would
+        // then use another folder than this one.
         if (makePrivate(given))
             return QFile::decodeName(given);
     }

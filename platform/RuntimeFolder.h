@@ -8,13 +8,13 @@
 
 namespace penwick {
 
-/// A folder for sockets and locks that live as long as the user's session, which nobody else can
-/// look into: $XDG_RUNTIME_DIR, else one below /tmp; made where it is missing. Fails with
-/// `PermissionDenied` where neither belongs to the user alone.
+/// Returns a folder for sockets and locks that exist as long as the user's session, which no other
+/// user can access: $XDG_RUNTIME_DIR, else a folder in /tmp. Creates it if it is missing. Fails
+/// with `PermissionDenied` if neither belongs to the user alone.
 [[nodiscard]] tl::expected<QString, FileError> privateRuntimeFolder();
 
-/// Makes the folder where it is missing, but none around it. True when it is the user's own then,
-/// and nobody else can look into it.
+/// Creates the folder if it is missing, but not its parents. True when it belongs to the user and
+/// no other user can access it.
 [[nodiscard]] bool makePrivateFolder(const QString &path);
 
 } // namespace penwick

@@ -31,18 +31,19 @@ tl::unexpected<FileError> systemError()
     return tl::unexpected(FileError::fromErrno(errno));
 }
 
-QByteArray folderForOthers()
+QByteArray fallbackFolder()
 {
     return QFile::encodeName(ApplicationSupport::folderPath() + u"/interrupted-saves/"_s);
 }
 
-/// The name tells the person whose copy it is, and the digest which one of that name.
+/// The path of the copy in `slot`. Its name shows the user which file was copied; the digest
+/// distinguishes files of the same name.
 QByteArray copyPath(const QByteArray &folder, const QByteArray &original, int slot)
 {
     constexpr qsizetype kDigestBytes = 4;
-    constexpr qsizetype kMostOfTheName = 200;
+    constexpr qsizetype kMaximumNameBytes = 200;
     QByteArray name = original.mid(folderOf(original).size());
-    qsizetype length = std::min(name.size(), kMostOfTheName);
+    qsizetype length = std::min(name.size(), kMaximumNameBytes);
     constexpr unsigned kContinuation = 0x80;
     constexpr unsigned kContinuationMask = 0xC0;
     while (length < name.size() && length > 0 &&
@@ -53,7 +54,8 @@ QByteArray copyPath(const QByteArray &folder, const QByteArray &original, int sl
            QByteArray::number(slot) + ".bak";
 }
 
-/// Bytes of the file from an offset on: as many as fit, fewer only at its end; -1 on failure.
+/// Reads a block of the file at `offset`. Returns the number of bytes, less than `kBlockSize` only
+/// at the end of the file; -1 on failure.
 ssize_t readAt(int file, char *bytes, off_t offset)
 {
     size_t filled = 0;
@@ -71,7 +73,7 @@ ssize_t readAt(int file, char *bytes, off_t offset)
     return static_cast<ssize_t>(filled);
 }
 
-/// False, with `errno` set, on failure.
+/// Copies the whole file. False, with `errno` set, on failure.
 bool copyBytes(int from, FileWriter &to)
 {
     std::vector<char> block(kBlockSize);
@@ -85,7 +87,7 @@ bool copyBytes(int from, FileWriter &to)
     }
 }
 
-/// False also when that could not be found out.
+/// True when both files hold the same bytes; false also when that could not be determined.
 bool holdSame(int one, int other)
 {
     struct stat ofOne = {};
@@ -107,7 +109,7 @@ bool holdSame(int one, int other)
     }
 }
 
-/// True for a copy of what the file holds, and for one that has done its work.
+/// True for a copy with the content of the file, and for an empty one, which is no longer needed.
 bool isDispensable(int copy, int file)
 {
     struct stat status = {};
@@ -118,7 +120,7 @@ bool isDispensable(int copy, int file)
 void forEachAbandoned(const QByteArray &original,
                       const std::function<void(const QByteArray &, int)> &visit)
 {
-    for (const QByteArray &folder : {folderOf(original), folderForOthers()}) {
+    for (const QByteArray &folder : {folderOf(original), fallbackFolder()}) {
         for (int slot = 0; slot < kSlots; ++slot) {
             const QByteArray path = copyPath(folder, original, slot);
             const FileDescriptor copy = openAbandoned(path);
@@ -128,8 +130,8 @@ void forEachAbandoned(const QByteArray &original,
     }
 }
 
-/// Calls `visit` for what processes that are gone left of this file: for the copies that nobody
-/// needs, or for the others. Nobody else takes them meanwhile.
+/// Calls `visit` for the copies of this file that were left by processes that are gone: for those
+/// that are dispensable, or for the others. The copy is locked during the call.
 void forEachDispensable(const QByteArray &original,
                         bool isDispensed,
                         const std::function<void(const QByteArray &)> &visit)
@@ -142,7 +144,8 @@ void forEachDispensable(const QByteArray &original,
     });
 }
 
-/// One name, however the person came to the file.
+/// The path without links, so that a file has one name however the user opened it. Returns `path`
+/// itself if it cannot be resolved.
 QByteArray canonical(const QByteArray &path)
 {
     const std::unique_ptr<char, void (*)(void *)> real(::realpath(path.constData(), nullptr),
@@ -168,10 +171,10 @@ SafeCopy::~SafeCopy()
 {
     if (m_path.isEmpty())
         return;
-    // Emptied first: should it stay, everybody knows that nobody needs it.
+    // Emptied first: if it cannot be removed, its size marks it as no longer needed.
     uninterrupted([this] { return ::ftruncate(m_copy.get(), 0); });
     ::unlink(m_path.constData());
-    ::rmdir(folderForOthers().constData()); // Nobody is to wonder about an empty folder.
+    ::rmdir(fallbackFolder().constData()); // Only succeeds if the folder is empty.
 }
 
 void SafeCopy::removeDispensable(const QByteArray &file)
@@ -184,7 +187,7 @@ tl::expected<void, FileError> SafeCopy::make(int file)
 {
     auto made = makeIn(folderOf(m_original), file);
     if (!made && made.error().kind == FileError::Kind::PermissionDenied) {
-        const QByteArray folder = folderForOthers();
+        const QByteArray folder = fallbackFolder();
         made =
             createFolder(QFile::decodeName(folder)).and_then([&] { return makeIn(folder, file); });
     }
@@ -196,14 +199,15 @@ tl::expected<void, FileError> SafeCopy::makeIn(const QByteArray &folder, int fil
     const QByteArray namesake = folder + m_original.mid(folderOf(m_original).size());
     TemporaryFile::removeLeftovers(namesake);
     TemporaryFile copy(namesake);
-    // It has a name from the start: what makes one without needs a way around that is not worth it.
+    // Named from the start: an unnamed copy would need a fallback for systems that cannot name it
+    // later, which is not worth it.
     auto result = copy.create(S_IRUSR | S_IWUSR, TemporaryFile::Name::FromTheStart);
     if (!result)
         return result;
     FileWriter writer(copy.descriptor());
     if (!copyBytes(file, writer) || !synchronise(copy.descriptor()))
         return systemError();
-    // This one keeps the lock when the other object goes.
+    // This duplicate keeps the lock when `copy` closes its descriptor.
     FileDescriptor held(::fcntl(copy.descriptor(), F_DUPFD_CLOEXEC, 0));
     if (!held.isOpen())
         return systemError();
@@ -218,7 +222,7 @@ tl::expected<void, FileError> SafeCopy::makeIn(const QByteArray &folder, int fil
         if (result.error().errnoValue != EEXIST)
             break;
     }
-    // Only now would it be found again after the power failed.
+    // Without this, the copy's name could be lost in a power failure.
     if (result && !synchroniseFolder(folder)) {
         result = systemError();
         ::unlink(std::exchange(m_path, {}).constData());

@@ -11,11 +11,11 @@
 
 namespace penwick {
 
-/// A copy of a file's bytes that is safe on the disk while the file itself is written in place. It
-/// is removed with this object, unless it is kept.
+/// A copy of a file's bytes that is on the disk while the file itself is written in place. It is
+/// removed with this object unless `keep` was called.
 ///
-/// It lies beside the file or, where that folder takes no files, in `interrupted-saves` of
-/// penwick's data folder. Its name begins with that of the file.
+/// It is made beside the file or, if that folder takes no files, in `interrupted-saves` in
+/// penwick's data folder. Its name begins with the name of the file.
 class SafeCopy final
 {
 public:
@@ -25,21 +25,21 @@ public:
     SafeCopy &operator=(const SafeCopy &) = delete;
     ~SafeCopy();
 
-    /// Copies what stands in `file` and waits until the copy is safe.
+    /// Copies the content of `file` and waits until the copy is on the disk.
     [[nodiscard]] tl::expected<void, FileError> make(int file);
 
-    /// Makes the bytes of `file` those of the copy again. False where that failed.
+    /// Restores the content of `file` from the copy. False on failure.
     [[nodiscard]] bool writeBack(int file) const;
 
-    /// From now on the copy stays: it holds what stands nowhere else.
+    /// Keeps the copy when this object is destroyed: it holds content that exists nowhere else.
     void keep() { m_path.clear(); }
 
-    /// Removes those copies of the file that processes which are gone left, and that hold nothing
-    /// but what it holds, or have done their work.
+    /// Removes the copies of the file that were left by processes that are gone and are no longer
+    /// needed: those with the same content as the file, and empty ones.
     static void removeDispensable(const QByteArray &file);
 
-    /// Absolute paths of the copies that processes which are gone left of this file, and that hold
-    /// something else than it does: somebody was kept from finishing a save in place.
+    /// Returns the absolute paths of the copies of the file that were left by processes that are
+    /// gone and differ from the file: each is from a save in place that was interrupted.
     [[nodiscard]] static QStringList left(const QString &file);
 
 private:

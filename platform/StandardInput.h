@@ -4,8 +4,8 @@
 
 namespace penwick {
 
-/// Hands all that standard input holds to `take`, in order, and waits for its end. Fails with
-/// `Cancelled` when `take` stopped it.
+/// Passes everything from standard input to `take`, in order, and waits for its end. Fails with
+/// `Cancelled` when `take` returns false.
 [[nodiscard]] tl::expected<void, FileError> readStandardInput(const TakeBytes &take);
 
 } // namespace penwick

@@ -17,7 +17,8 @@ namespace penwick {
 
 namespace {
 
-/// Whether the last attempt found nobody who reads: then nothing waits again until that changes.
+/// A standard stream. `isStuck` is set when the last attempt timed out: later attempts do not wait
+/// until the stream takes output again.
 struct Stream
 {
     int descriptor;
@@ -26,18 +27,18 @@ struct Stream
 
 bool isReady(Stream &stream)
 {
-    constexpr int kPatienceMs = 100;
+    constexpr int kWriteTimeoutMs = 100;
     ::pollfd waited{stream.descriptor, POLLOUT, 0};
     int answer = -1;
     do {
-        answer = ::poll(&waited, 1, stream.isStuck ? 0 : kPatienceMs);
+        answer = ::poll(&waited, 1, stream.isStuck ? 0 : kWriteTimeoutMs);
     } while (answer < 0 && errno == EINTR);
     const bool ready = answer == 1 && (waited.revents & POLLOUT) != 0;
     stream.isStuck = !ready;
     return ready;
 }
 
-// In portions that a pipe which is ready takes without waiting.
+// Writes in portions that a ready pipe takes without blocking.
 void write(Stream &stream, QByteArrayView bytes)
 {
     while (!bytes.isEmpty() && isReady(stream)) {
@@ -49,7 +50,8 @@ void write(Stream &stream, QByteArrayView bytes)
     }
 }
 
-/// How much standard output took; 0 where it had no room and may have some now.
+/// Writes to standard output and returns the number of bytes taken, or -1 on failure. Returns 0
+/// after it waited for a stream that was full.
 ::ssize_t writeSome(QByteArrayView bytes)
 {
     const auto written = uninterrupted([&] {

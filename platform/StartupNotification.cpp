@@ -68,7 +68,7 @@ void end(const QByteArray &startupId)
     xcb_connection_t *display = connection();
     if (display == nullptr)
         return;
-    // The pieces of one message are known by a window that nobody else's come from.
+    // Receivers recognise the pieces of one message by their window, so every message gets its own.
     const xcb_window_t sender = xcb_generate_id(display);
     xcb_create_window(display,
                       XCB_COPY_FROM_PARENT,

@@ -4,20 +4,23 @@
 
 #include <optional>
 
-/// How starters and window managers of the X Window System follow a start, beyond what the toolkit
-/// does for its own process. Elsewhere nothing happens.
+/// Startup notification for launchers and window managers of the X Window System, beyond what Qt
+/// does for its own process. Does nothing on other window systems.
 namespace penwick::startup {
 
-/// The display's time at which the person started what has this id; nothing where it does not say.
+/// Returns the display's time of the user action that `startupId` belongs to; std::nullopt if the
+/// id does not contain it.
 [[nodiscard]] std::optional<quint32> timeOf(const QByteArray &startupId);
 
-/// Says that the start is over, so that nobody waits for a window of that process.
+/// Announces that the start is complete, so that no launcher waits for a window of that process.
 void end(const QByteArray &startupId);
 
-/// Asks for the window, by its number on the display, to come forward with the keyboard in it.
+/// Asks the window manager to raise and focus a window.
+/// \param window the window's number on the display.
+/// \param time the display's time of the user's request.
 void activate(quint64 window, quint32 time);
 
-/// The message of `end`, before it is cut to pieces.
+/// The message that `end` sends, before it is split into pieces.
 [[nodiscard]] QByteArray endMessage(const QByteArray &startupId);
 
 } // namespace penwick::startup

@@ -18,8 +18,8 @@ namespace {
 constexpr std::chrono::milliseconds kShortestPause{1};
 constexpr std::chrono::milliseconds kLongestPause{10};
 
-/// What file systems without this kind of lock answer. That of NFS wants a file that is open for
-/// writing, which a folder never is.
+/// True for the errors of file systems without this kind of lock. NFS requires a file that is open
+/// for writing, which a folder never is.
 bool isWithoutLocks(const FileError &error)
 {
     constexpr int kAnswers[] = {ENOTSUP, EOPNOTSUPP, ENOSYS, ENOLCK, EBADF, EINVAL};

@@ -11,11 +11,11 @@
 
 namespace penwick {
 
-/// Keeps other processes of penwick from changing a folder's files between this one's reading and
-/// writing them. It is the system's lock on the folder itself: nothing is left in it, and the
-/// system lets go for a process that ends in whatever way. Other programs do not heed it.
+/// Keeps other penwick processes from changing a folder's files between this process's reading and
+/// writing them. It is the system's advisory lock on the folder itself: it leaves no lock file, and
+/// the system releases it however the process ends. Other programs do not respect it.
 ///
-/// Use it from one thread. The lock nests: who holds it may take it again at once.
+/// Use it from one thread. The lock is recursive: its holder may take it again.
 class StoreLock final
 {
 public:
@@ -31,7 +31,7 @@ public:
     StoreLock(const StoreLock &) = delete;
     StoreLock &operator=(const StoreLock &) = delete;
 
-    /// Holds the lock for as long as it lives; the lock outlives it.
+    /// Holds the lock during its lifetime. The lock must outlive it.
     class Holder final
     {
     public:
@@ -57,9 +57,9 @@ public:
         StoreLock *m_lock;
     };
 
-    /// Waits for another holder no longer than `patience`; then fails with `Locked`. Also fails
-    /// where the folder cannot be opened. A file system that knows no locks gives one that binds
-    /// nobody, for without it nothing could be stored there at all.
+    /// Takes the lock. Waits for another holder at most `patience`, then fails with `Locked`. Also
+    /// fails if the folder cannot be opened. On a file system without locks it succeeds without
+    /// excluding other processes, since otherwise nothing could be stored there.
     [[nodiscard]] tl::expected<Holder, FileError>
     take(std::chrono::milliseconds patience = kPatience);
 

@@ -6,14 +6,13 @@
 
 namespace penwick {
 
-/// Reads what the system says of its fonts on another thread, from construction on: nothing else
-/// needs that core while a program starts. Without one, the first text that is measured has it
-/// read.
+/// Loads the system's font configuration on another thread, from construction on, while the program
+/// starts and leaves a core idle. Without such an object, measuring the first text loads it.
 class FontPreparation final
 {
 public:
     FontPreparation();
-    /// Waits until everything is read.
+    /// Waits until the configuration is loaded.
     ~FontPreparation();
     Q_DISABLE_COPY_MOVE(FontPreparation)
 
@@ -21,8 +20,8 @@ private:
     std::thread m_thread;
 };
 
-/// The family that `family` stands for, where it is an alias such as "monospace"; a family that
-/// exists is its own. Loads no font. Empty when there are no fonts at all.
+/// Returns the family that an alias such as "monospace" stands for; a family that exists stands for
+/// itself. Loads no font. Returns an empty string if there are no fonts.
 [[nodiscard]] QString fontFamilyBehind(const QString &family);
 
 } // namespace penwick

@@ -13,7 +13,7 @@ namespace penwick {
 
 namespace {
 
-/// Names for one target. Two are enough unless several processes save one file at once.
+/// The number of names per target. Two are enough unless several processes save one file at once.
 constexpr int kSlots = 8;
 
 tl::unexpected<FileError> systemError()
@@ -21,7 +21,8 @@ tl::unexpected<FileError> systemError()
     return tl::unexpected(FileError::fromErrno(errno));
 }
 
-/// Of fixed length, so that the longest file name has room for it.
+/// The temporary path for a slot. The name has a fixed length, so that it is valid even for a
+/// target with the longest possible name.
 QByteArray slotPath(const QByteArray &target, int slot)
 {
     constexpr qsizetype kDigestBytes = 8;
@@ -30,13 +31,14 @@ QByteArray slotPath(const QByteArray &target, int slot)
            QByteArray::number(slot) + ".tmp";
 }
 
-/// True where a name is free, after removing what nobody writes any more.
+/// Removes the file at `path` if its writer is gone. True when the name is free.
 bool clear(const QByteArray &path)
 {
     const FileDescriptor held = openAbandoned(path);
     if (!held.isOpen())
         return errno == ENOENT;
-    // No writer can have taken the name meanwhile: it is not free, and only they make it free.
+    // No other writer can have taken the name: it is still in use, and only the lock holder frees
+    // it.
     return ::unlink(path.constData()) == 0;
 }
 
@@ -66,7 +68,7 @@ FileDescriptor openAbandoned(const QByteArray &path)
     if (!file.isOpen() ||
         uninterrupted([&] { return ::flock(file.get(), LOCK_EX | LOCK_NB); }) != 0)
         return FileDescriptor();
-    // Between opening and locking its writer may have put it in its place, and ended.
+    // Between opening and locking, the writer may have moved the file to its target and exited.
     struct stat opened = {};
     struct stat present = {};
     if (::fstat(file.get(), &opened) != 0 || ::lstat(path.constData(), &present) != 0)
@@ -93,7 +95,8 @@ tl::expected<void, FileError> TemporaryFile::create(mode_t mode, Name name)
 {
     if (name == Name::None && createUnnamed(mode))
         return {};
-    // Whatever kept a file without a name from being made: it decides that can tell.
+    // If an unnamed file could not be created, the attempt to create a named one determines the
+    // error.
     for (int slot = 0; slot < kSlots; ++slot) {
         if (createNamed(mode, slot))
             return {};
@@ -110,12 +113,13 @@ bool TemporaryFile::createUnnamed(mode_t mode)
     }));
     if (!m_file.isOpen())
         return false;
-    // Nobody else can hold it. Where there are no locks, nobody removes it either.
+    // No other process can hold the lock. On a file system without locks this fails, but no process
+    // removes leftovers there either.
     uninterrupted([&] { return ::flock(m_file.get(), LOCK_EX | LOCK_NB); });
     return true;
 }
 
-/// False, with `errno` set, on failure: EEXIST when another name may do.
+/// False, with `errno` set, on failure: EEXIST when another slot may succeed.
 bool TemporaryFile::createNamed(mode_t mode, int slot)
 {
     const QByteArray path = slotPath(m_target, slot);
@@ -128,7 +132,8 @@ bool TemporaryFile::createNamed(mode_t mode, int slot)
         file = open();
     if (!file.isOpen())
         return false;
-    // Before it was locked, another process may have taken it for abandoned.
+    // Before the lock was taken, another process may have treated the file as abandoned and removed
+    // it.
     const int locked = uninterrupted([&] { return ::flock(file.get(), LOCK_EX | LOCK_NB); });
     struct stat status = {};
     const bool isLost = (locked != 0 && errno == EWOULDBLOCK) ||
@@ -172,7 +177,7 @@ tl::expected<void, FileError> TemporaryFile::moveToFreePlace(const QByteArray &p
 {
     int moved =
         ::renameat2(AT_FDCWD, m_path.constData(), AT_FDCWD, path.constData(), RENAME_NOREPLACE);
-    // Not every file system can look and move in one step.
+    // Some file systems do not support RENAME_NOREPLACE; then check and rename are two steps.
     if (moved != 0 && errno == EINVAL && ::access(path.constData(), F_OK) != 0)
         moved = std::rename(m_path.constData(), path.constData());
     if (moved != 0)

@@ -10,18 +10,18 @@
 
 namespace penwick {
 
-/// A file that is being written until it is whole and takes its place; unless it does, it
-/// disappears with this object.
+/// A file that is written completely before it is moved to its place. It is removed with this
+/// object if it never gets there.
 ///
-/// Where the file system can, it has no name meanwhile, so that not even a killed process leaves
-/// anything behind. Otherwise, and for the moment between having a name and taking its place, its
-/// name comes from a few that belong to its target, and a lock of the system tells as long as its
-/// writer lives: so the next one knows what may be removed.
+/// If the file system supports it, the file has no name while it is written, so that even a killed
+/// process leaves nothing behind. Otherwise, and between `takeName` and the move, its name is one
+/// of a few that belong to its target. A lock on the file shows other processes that its writer is
+/// alive; they remove files without one.
 class TemporaryFile final
 {
 public:
-    /// \param target absolute path, without links, of what the file is for. It will stand in the
-    ///        same folder.
+    /// \param target absolute path, without links, of the file to create or replace. The temporary
+    ///        file is created in the same folder.
     explicit TemporaryFile(QByteArray target);
     TemporaryFile(const TemporaryFile &) = delete;
     TemporaryFile &operator=(const TemporaryFile &) = delete;
@@ -29,9 +29,10 @@ public:
 
     enum class Name { None, FromTheStart };
 
-    /// Makes the file, open for reading and writing.
-    /// \param mode as for open(): the user's mask is taken off.
-    /// \param name `None` as far as the file system can do that.
+    /// Creates the file, open for reading and writing.
+    /// \param mode as for open(): reduced by the umask.
+    /// \param name `None` creates a file without a name if the file system supports that, else one
+    ///        with a name.
     [[nodiscard]] tl::expected<void, FileError> create(mode_t mode, Name name = Name::None);
 
     [[nodiscard]] int descriptor() const { return m_file.get(); }
@@ -39,18 +40,19 @@ public:
     /// False while the file has no name.
     [[nodiscard]] bool hasName() const { return !m_path.isEmpty(); }
 
-    /// Gives a file without one its name. Some systems cannot: then it has to have it from the
-    /// start.
+    /// Gives the file its name if it has none. Fails on systems that cannot name an open file;
+    /// there it must be created with `Name::FromTheStart`.
     [[nodiscard]] tl::expected<void, FileError> takeName();
 
-    /// Puts the file, which has a name, in the place of its target or where `path` says. It is no
-    /// longer temporary then.
+    /// Moves the file, which must have a name, to its target and replaces what is there. The file
+    /// is no longer temporary then.
     [[nodiscard]] tl::expected<void, FileError> replaceTarget();
-    /// Fails with EEXIST where something stands there.
+    /// Moves the file, which must have a name, to `path`. Fails if something exists there, with
+    /// EEXIST where the file system supports RENAME_NOREPLACE.
     [[nodiscard]] tl::expected<void, FileError> moveToFreePlace(const QByteArray &path);
 
-    /// Removes what killed processes left of this target's temporary files. Those that a living
-    /// process is writing stay.
+    /// Removes the temporary files of this target that killed processes left. Files of running
+    /// writers stay.
     static void removeLeftovers(const QByteArray &target);
 
 private:
@@ -62,15 +64,17 @@ private:
     FileDescriptor m_file;
 };
 
-/// The folder that `path` lies in, with its slash at the end.
+/// The folder that contains `path`, with a trailing slash.
 [[nodiscard]] QByteArray folderOf(const QByteArray &path);
 
-/// Twice as many hexadecimal digits as `bytes`, from the text. They name the machine too: of what
-/// another one does in a shared folder, the locks of this one may know nothing.
+/// Returns a digest of the text and the machine's name, as 2 * `bytes` hexadecimal digits. The
+/// machine's name is included because file locks may not be visible to other machines that share a
+/// folder.
 [[nodiscard]] QByteArray digestOf(const QByteArray &text, qsizetype bytes);
 
-/// Opens the file when the process that wrote it, and held a lock on it, is gone; the lock is now
-/// the caller's. An open descriptor only for a regular file that still stands there.
+/// Opens the file if the process that wrote it, and held a lock on it, is gone; the caller then
+/// holds the lock. Returns a closed descriptor, with `errno` set, if the file is still locked or
+/// `path` does not name the opened regular file.
 [[nodiscard]] FileDescriptor openAbandoned(const QByteArray &path);
 
 } // namespace penwick

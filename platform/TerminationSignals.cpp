@@ -14,14 +14,14 @@ namespace {
 
 constexpr std::array kSignals{SIGTERM, SIGHUP, SIGINT};
 
-/// Written to by the handler, which may do hardly anything else: one byte for each signal.
+/// The signal handler, which may do hardly anything else, writes one byte for each signal to it.
 std::array<int, 2> signalPipe{-1, -1};
 
 void pass(int signalNumber)
 {
     const int problem = errno;
     const char byte = static_cast<char>(signalNumber);
-    // Where the pipe is full, there is enough to tell already.
+    // A full pipe already holds enough signals to handle.
     [[maybe_unused]] const auto written = ::write(signalPipe[1], &byte, 1);
     errno = problem;
 }
@@ -31,7 +31,8 @@ void setHandlers(void (*handler)(int))
     for (const int number : kSignals) {
         struct sigaction action = {};
         ::sigaction(number, nullptr, &action);
-        // nohup and shells without job control have them ignored, and mean it.
+        // nohup and shells without job control start the process with signals ignored; they stay
+        // ignored.
         if (action.sa_handler == SIG_IGN) {
             continue;
         }
@@ -49,7 +50,7 @@ TerminationSignals::TerminationSignals(QObject *parent)
 {
     Q_ASSERT(signalPipe[0] < 0);
     if (::pipe2(signalPipe.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
-        return; // Then they end the process at once, as everywhere.
+        return; // The signals then end the process as by default.
     }
     auto *notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, this);
     connect(notifier, &QSocketNotifier::activated, this, &TerminationSignals::takeNext);
@@ -71,7 +72,8 @@ void TerminationSignals::takeNext()
 {
     char byte = 0;
     while (::read(signalPipe[0], &byte, 1) == 1) {
-        // Later, for whoever hears of it may ask, and stay in an event loop until that is answered.
+        // Queued, since a slot may open a modal dialog and stay in its event loop until the user
+        // answers.
         QMetaObject::invokeMethod(
             this, [this, byte] { Q_EMIT received(byte); }, Qt::QueuedConnection);
     }

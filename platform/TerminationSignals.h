@@ -4,8 +4,8 @@
 
 namespace penwick {
 
-/// Turns SIGTERM, SIGHUP and SIGINT into events of the main thread. At most one at a time; where it
-/// is gone they end the process again.
+/// Emits a Qt signal in the main thread for each SIGTERM, SIGHUP and SIGINT. Only one object may
+/// exist at a time. After its destruction the three end the process again.
 class TerminationSignals final : public QObject
 {
     Q_OBJECT
@@ -15,7 +15,7 @@ public:
     ~TerminationSignals() override;
 
 Q_SIGNALS:
-    /// Emitted in a turn of the event loop of its own, also in that of a modal dialog.
+    /// Emitted in its own pass of the event loop, also while a modal dialog is open.
     void received(int signalNumber);
 
 private:

@@ -67,7 +67,8 @@ bool UserDefaults::remove(const QString &key)
     return write(key, {});
 }
 
-/// The settings have a lock of their own, but would wait half a minute for a process that hangs.
+/// Takes the lock of the settings' folder, which is created if it is missing. QSettings has its own
+/// lock, but would wait half a minute for a process that hangs.
 tl::expected<StoreLock::Holder, FileError> UserDefaults::lock()
 {
     auto lock = m_lock.take();
@@ -85,7 +86,7 @@ bool UserDefaults::write(const QString &key, const QVariant &value)
         return false;
     }
     m_kept.remove(key);
-    // The file may have another value by now, from another process.
+    // Another process may have stored another value in the meantime.
     const bool isInStep = sync();
     if (isInStep && m_settings.value(key) == value)
         return true;

@@ -6,10 +6,10 @@
 
 namespace penwick {
 
-/// Gives a new identifier on each call. Tests hand in their own.
+/// Returns a new identifier on each call. Tests pass their own source.
 using IdSource = std::function<QString()>;
 
-/// A fresh random UUID: 36 characters, upper-case hexadecimal digits in groups of 8-4-4-4-12.
+/// Returns a random UUID: 36 characters, upper-case hexadecimal digits in groups of 8-4-4-4-12.
 [[nodiscard]] QString newUuid();
 
 /// `newUuid` as an identifier source.

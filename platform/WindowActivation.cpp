@@ -11,7 +11,7 @@ namespace penwick {
 
 namespace {
 
-/// When the person asked for the next window to come forward, in the display's own time.
+/// The display's time of the user action that the next window comes forward for.
 std::optional<quint32> &askedAt()
 {
     static std::optional<quint32> time;
@@ -22,20 +22,20 @@ std::optional<quint32> &askedAt()
 
 void bringForward(QWidget *window)
 {
-    // Not showNormal(), which would take a maximised window's size away.
+    // Not showNormal(), which would restore the normal size of a maximised window.
     window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
     window->show();
     window->raise();
     window->activateWindow();
-    // The toolkit asks with the time of the last key that it saw itself, and a window manager may
-    // take that for a window that pushes in front of the person.
+    // Qt requests activation with the time of the last key that this process received, and a window
+    // manager may refuse that as focus stealing.
     if (const auto time = std::exchange(askedAt(), std::nullopt))
         startup::activate(window->winId(), *time);
 }
 
 void allowActivation(const QByteArray &activationToken, const QByteArray &startupId)
 {
-    // The toolkit takes it from there with the next window that it activates.
+    // Qt uses the token for the next window that it activates.
     if (!activationToken.isEmpty())
         qputenv("XDG_ACTIVATION_TOKEN", activationToken);
     askedAt() = startup::timeOf(startupId);

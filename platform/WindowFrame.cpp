@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kSaveDelayMs = 300;
 
-/// Lives as a child of the window whose frame it keeps.
+/// Saves the frame of one window under a name. It is a child of that window.
 class FrameKeeper final : public QObject
 {
 public:
@@ -43,7 +43,8 @@ public:
         switch (event->type()) {
         case QEvent::Move:
         case QEvent::Resize:
-            // A drag brings hundreds of these, and each save writes a file.
+            // A drag sends hundreds of these events, and each save writes a file: the save is
+            // debounced.
             if (m_window->isVisible())
                 m_saveTimer.start(kSaveDelayMs, this);
             break;
@@ -76,7 +77,7 @@ private:
             m_saved = frame;
     }
 
-    // The window is still there, but what happens to it is no longer of interest.
+    // Stops watching the window, which may still exist, and frees its name.
     void release()
     {
         if (m_saveTimer.isActive())
