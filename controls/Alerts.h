@@ -8,11 +8,11 @@ class QWidget;
 
 namespace penwick {
 
-/// Shows a message over a window, with one button that closes it. Returns at once.
+/// Shows a message in a window-modal box with one button that closes it. Returns at once.
 void showAlert(QWidget *parent, const QString &message);
 
-/// Asks over a window whether something is to be removed for good, and calls `onDelete` if so.
-/// Returns at once.
+/// Asks in a window-modal box whether something is to be deleted permanently, and calls `onDelete`
+/// if the user confirms. Returns at once.
 void confirmDelete(QWidget *parent,
                    const QString &title,
                    const QString &message,
@@ -20,7 +20,8 @@ void confirmDelete(QWidget *parent,
 
 enum class UnsavedAnswer { Save, Discard, Cancel };
 
-/// Asks what to do with the changes to what is called `name`. Returns with the answer.
+/// Asks what to do with the unsaved changes to the document called `name`. Returns the answer,
+/// after the modal box is closed.
 [[nodiscard]] UnsavedAnswer askAboutUnsavedChanges(QWidget *parent, const QString &name);
 
 } // namespace penwick

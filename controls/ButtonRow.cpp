@@ -58,7 +58,7 @@ void ButtonRow::setCompact(bool isCompact)
     }
 }
 
-/// What the row would take if every button showed its text.
+/// The width that the row needs while every button shows its text.
 int ButtonRow::widthWithTexts() const
 {
     int width = 2 * kSideMargin;
@@ -71,7 +71,7 @@ int ButtonRow::widthWithTexts() const
 
 void ButtonRow::fit()
 {
-    // Their own hints tell, and those follow what they show.
+    // The size hints depend on what the buttons show, so measure them with their texts.
     if (m_isCompact)
         setCompact(false);
     if (widthWithTexts() > width())

@@ -9,18 +9,18 @@ class QPushButton;
 
 namespace penwick {
 
-/// The buttons below a pane's details in one row, the last one apart from the others at the far
-/// end. Where the row is too narrow the others show their symbols alone, and their texts as tool
+/// The row of buttons below a pane's details, with the last one apart from the others at the far
+/// end. If the row is too narrow, the others show only their symbols and have their texts as tool
 /// tips.
 class ButtonRow final : public QWidget
 {
     Q_OBJECT
 
 public:
-    /// \param buttons taken over.
+    /// \param buttons owned by this row from now on.
     explicit ButtonRow(const QList<QPushButton *> &buttons, QWidget *parent = nullptr);
 
-    /// Shows the text as it is.
+    /// Sets the button's text, which is shown literally.
     void setText(QPushButton *button, const QString &text);
 
     void setShown(QPushButton *button, bool isShown);

@@ -101,7 +101,7 @@ QPushButton *makeActionButton(const QString &name, const QString &symbol)
 {
     auto *button = new QPushButton(symbolIcon(symbol), QString());
     button->setObjectName(name);
-    button->setAutoDefault(true); // Return presses it where it has the focus.
+    button->setAutoDefault(true); // Return presses the button while it has the focus.
     return button;
 }
 

@@ -12,24 +12,27 @@ class QWidget;
 
 namespace penwick {
 
-// What the details beside a list are put together from, so that every such pane looks alike. What
-// these make belongs to whatever it is put into.
+// Building blocks of the details beside a list, which make all such panes look alike. Each result
+// is owned by the widget or layout that it is added to.
 
-/// The vertical layout of a pane's content, with its margins.
+/// Returns the vertical layout of a pane's content, with its margins.
 [[nodiscard]] QVBoxLayout *makePaneLayout(QWidget *content);
-/// Scrolls the content where the window is too small for it.
+/// Returns a scroll area for a content that may not fit into the window.
+/// \param content owned by the scroll area.
 [[nodiscard]] QScrollArea *makeScrollArea(QWidget *content);
-/// A rounded frame around rows. \param rows taken over.
+/// Returns a framed panel around rows.
+/// \param rows owned by the panel.
 [[nodiscard]] QFrame *makeGroup(QLayout *rows);
-/// A thin line across.
+/// Returns a thin horizontal line.
 [[nodiscard]] QFrame *makeDivider();
 
-/// These show any text as it is.
+/// These labels show any text literally.
 [[nodiscard]] QLabel *makeTitleLabel();
 [[nodiscard]] QLabel *makeSectionLabel();
 [[nodiscard]] QLabel *makeFieldLabel();
 
-/// \param name of the object. \param symbol as `symbolIcon` takes it.
+/// \param name object name of the button.
+/// \param symbol as for `symbolIcon`.
 [[nodiscard]] QPushButton *makeActionButton(const QString &name, const QString &symbol);
 [[nodiscard]] QPushButton *makeProminentButton(const QString &name);
 

@@ -37,18 +37,18 @@ FileDialog::FileDialog(QWidget *parent, const QString &title, const QString &fol
     fitColumns();
 }
 
-// Qt makes them so narrow that sizes and dates are cut off.
+// Qt's default widths cut off sizes and dates.
 void FileDialog::fitColumns()
 {
     const auto *files = findChild<QTreeView *>(u"treeView"_s);
     if (files == nullptr) {
-        return; // The platform's dialog.
+        return; // A native dialog.
     }
 
     enum Column { Name, Size, Kind, Modified };
 
     QHeaderView *header = files->header();
-    header->setSectionHidden(Kind, true); // It says little where every file is text.
+    header->setSectionHidden(Kind, true); // Of little use when every file is text.
     header->setStretchLastSection(false);
     header->setSectionResizeMode(Name, QHeaderView::Stretch);
     header->setSectionResizeMode(Size, QHeaderView::ResizeToContents);

@@ -24,14 +24,15 @@ QString startFolder()
     return QDir(lastFolder()).exists() ? lastFolder() : QDir::homePath();
 }
 
-/// A macro may be called anything: a slash would name a folder, and a dot in front hides the file.
+/// Returns a file name for an arbitrary macro name: a slash would name a folder, and a leading dot
+/// would hide the file.
 QString fileName(QString name)
 {
     static const QRegularExpression unfit(u"[/\\x00-\\x1f\\x7f]"_s);
     name.replace(unfit, u"-"_s);
     if (name.startsWith(u'.'))
         name[0] = u'-';
-    constexpr qsizetype kLongest = 60; // At most four bytes each; a file name has 255.
+    constexpr qsizetype kLongest = 60; // In UTF-16 units of at most 3 bytes; a file name has 255.
     name.truncate(kLongest);
     if (!name.isEmpty() && name.back().isHighSurrogate())
         name.chop(1);

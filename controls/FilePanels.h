@@ -9,21 +9,22 @@ class QWidget;
 
 namespace penwick {
 
-/// Asks where to read or write a JSON file. Both panels are modal and answer an absolute path, or
-/// nothing when the person cancelled. Tests hand in their own answers.
+/// Asks for the path of a JSON file to read or write. Both panels are modal and return an absolute
+/// path, or std::nullopt when the user cancels. Tests pass their own answers.
 struct FilePanels
 {
     using Open = std::function<std::optional<QString>(QWidget *parent, const QString &title)>;
-    /// \param name of the file, suggested; what cannot stand in a file name is replaced.
+    /// \param name suggested, without its extension; characters that a file name cannot have are
+    ///        replaced.
     using Save = std::function<std::optional<QString>(
         QWidget *parent, const QString &title, const QString &name)>;
 
     Open open;
-    /// Replacing an existing file was agreed to. The path ends in `.json` unless the person gave
-    /// another ending.
+    /// The user has agreed to replace an existing file. The path ends in `.json` unless the user
+    /// gave another extension.
     Save save;
 
-    /// The panels on the screen. Each begins in the folder that the one before was left in.
+    /// The panels that show a dialog. Each starts in the folder of the last accepted one.
     [[nodiscard]] static FilePanels onScreen();
 };
 

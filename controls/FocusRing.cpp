@@ -9,7 +9,7 @@ namespace penwick {
 
 namespace {
 
-/// Covers a button and lets everything through.
+/// Covers a button and ignores the mouse, so that the button gets all mouse events.
 class Ring final : public QWidget
 {
 public:
@@ -56,7 +56,7 @@ void DefaultButtonFocus::focusChanged(QWidget *now)
 {
     delete m_ring;
     auto *button = qobject_cast<QPushButton *>(now);
-    // A prominent button draws its own.
+    // A prominent button draws its own ring.
     if (button != nullptr && button->isDefault() && qobject_cast<ProminentButton *>(now) == nullptr)
         m_ring = new Ring(button);
 }

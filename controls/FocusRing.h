@@ -8,13 +8,13 @@ class QPainter;
 
 namespace penwick {
 
-/// A thin ring within `rect` that says where the keyboard is.
+/// Paints a thin ring within `rect` that shows the keyboard focus.
 void paintFocusRing(QPainter *painter, const QRect &rect, const QColor &color);
 
-/// Marks the default button of a dialog while the keyboard is on it. Styles give it the look of one
-/// that has the focus all the time, so that otherwise nobody sees when it really has it.
+/// Marks the default button of a dialog while it has the focus. Styles draw a default button as if
+/// it always had the focus, which hides whether it really does.
 ///
-/// Make one per application; it works for all dialogs, the toolkit's own too.
+/// Create one per application; it works for all dialogs, including Qt's own.
 class DefaultButtonFocus final : public QObject
 {
     Q_OBJECT

@@ -132,7 +132,7 @@ void ListDetailView::setRows(const QList<Row> &rows)
 {
     const QScopedValueRollback updating(m_isUpdating, true);
     const std::optional<QString> marked = markedId();
-    // In place as far as there are rows, so that the list stays where it was scrolled to.
+    // Replaces existing rows in place, so that the list keeps its scroll position.
     for (int i = 0; i < rows.size(); ++i)
         m_model->setItem(i, makeItem(rows[i]));
     m_model->setRowCount(static_cast<int>(rows.size()));
@@ -162,7 +162,7 @@ void ListDetailView::mark(const std::optional<QString> &id)
     const QScopedValueRollback updating(m_isUpdating, true);
     if (id && markedId() == id)
         return;
-    m_list->clearSelection(); // The keyboard keeps its place.
+    m_list->clearSelection(); // The current row stays.
     for (int i = 0; id && i < m_model->rowCount(); ++i) {
         const QModelIndex index = m_model->index(i, 0);
         if (index.data(SidebarDelegate::IdRole).toString() != *id)
@@ -178,8 +178,9 @@ void ListDetailView::setDetailShown(bool isShown)
     m_detailSide->setCurrentIndex(isShown ? 1 : 0);
 }
 
-/// Where nothing is selected the keyboard still has a place in the list, which the list would not
-/// select when a key leads to where it is. True when the key has done its work with that.
+/// Handles a navigation key in a list that has a current row but no selection. QListView does not
+/// select the current row when the key leads to that same row. True when no further handling is
+/// needed.
 bool ListDetailView::selectPlace(int key)
 {
     const QModelIndex place = m_list->currentIndex();
@@ -194,7 +195,7 @@ bool ListDetailView::selectPlace(int key)
 bool ListDetailView::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == m_list && event->type() == QEvent::KeyPress) {
-        const auto *key = static_cast<const QKeyEvent *>(event); // NOLINT: by its type
+        const auto *key = static_cast<const QKeyEvent *>(event); // NOLINT: type() was checked
         if (key->matches(QKeySequence::Delete) || key->key() == Qt::Key_Backspace) {
             Q_EMIT deleteRequested();
             return true;

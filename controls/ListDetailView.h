@@ -17,8 +17,8 @@ class QToolButton;
 
 namespace penwick {
 
-/// A list beside the details of what is selected in it. Below the list's header the rows; on the
-/// other side the details, or a text in the secondary colour where nothing is selected.
+/// A list beside the details of its selected row. A header is above the list. The details are
+/// replaced by a placeholder text, in the secondary colour, when no row is selected.
 class ListDetailView final : public QWidget
 {
     Q_OBJECT
@@ -28,13 +28,13 @@ public:
     {
         QString id;
         QString name;
-        QString badge;            ///< Empty: none.
-        QIcon symbol;             ///< Null: none.
-        QString symbolMeaning;    ///< In words, for assistive technology.
-        std::optional<bool> isOn; ///< Of the row's switch; nothing: it has none.
+        QString badge;            ///< Empty for none.
+        QIcon symbol;             ///< Null for none.
+        QString symbolMeaning;    ///< Text for assistive technology.
+        std::optional<bool> isOn; ///< State of the row's switch; std::nullopt for no switch.
     };
 
-    /// Widths in points.
+    /// Widths in device-independent pixels.
     struct ListWidth
     {
         int minimum;
@@ -42,39 +42,40 @@ public:
         int maximum;
     };
 
-    /// \param detail taken over.
+    /// \param detail owned by this view from now on.
     ListDetailView(QWidget *detail, ListWidth width, QWidget *parent = nullptr);
 
-    /// Above the list; empty at first.
+    /// The layout above the list; empty at first.
     [[nodiscard]] QHBoxLayout *header() const { return m_header; }
 
     /// Adds a button with a symbol and a text to the header. Return presses it, as Space does.
-    /// \param name of the object. \param symbol as `symbolIcon` takes it.
+    /// \param name object name of the button.
+    /// \param symbol as for `symbolIcon`.
     /// \return the button, owned by this view.
     QToolButton *addHeaderButton(const QString &name, const QString &symbol);
-    /// Shows the text as it is, on a button of the header.
+    /// Sets the text of a button of the header. The text is shown literally.
     static void setHeaderText(QToolButton *button, const QString &text);
 
     [[nodiscard]] QListView *list() const { return m_list; }
 
-    /// Replaces the rows. What is selected stays so if its id is still there.
+    /// Replaces the rows. The selected row stays selected if its id still exists.
     void setRows(const QList<Row> &rows);
     void setListName(const QString &name);
     void setEmptyText(const QString &text);
 
-    /// Of the row that the list marks; nothing when it marks none.
+    /// The id of the selected row; std::nullopt if none is selected.
     [[nodiscard]] std::optional<QString> markedId() const;
-    /// Marks the first row with this id, or none; tells nobody.
+    /// Selects the first row with this id, or none. Does not emit `markedByUser`.
     void mark(const std::optional<QString> &id);
 
-    /// Whether the details show, or the text for none.
+    /// Shows the details, or the placeholder text.
     void setDetailShown(bool isShown);
 
 Q_SIGNALS:
-    /// The person marked another row: `markedId` is the new one.
+    /// Emitted when the user selects another row or none; `markedId` is the new one.
     void markedByUser();
     void switchTurned(const QString &id, bool isOn);
-    /// The Delete key in the list.
+    /// Emitted when the user presses Delete or Backspace in the list.
     void deleteRequested();
 
 protected:

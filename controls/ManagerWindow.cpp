@@ -36,7 +36,7 @@ void ManagerWindow::keepFrame()
 
 void ManagerWindow::showInFront()
 {
-    // A hidden window gives its name back.
+    // Hiding the window freed its frame name.
     if (m_wasHidden)
         keepFrame();
     m_wasHidden = false;

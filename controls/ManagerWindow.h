@@ -8,18 +8,19 @@
 
 namespace penwick {
 
-/// A window of the application beside its documents. Closing hides it: it is made once and shown
-/// again. Its place and size are kept under a name.
+/// A window of the application that shows no document. Closing hides it: it is created once and
+/// shown again. Its frame is stored under a name.
 class ManagerWindow final : public QMainWindow
 {
     Q_OBJECT
 
 public:
-    /// Where a window stands that was never shown before, or whose name another one holds.
+    /// The position of a window whose name has no stored frame. If another window uses the name,
+    /// this one is always centered.
     enum class FirstPlace { Origin, Center };
 
-    /// \param frameName as `setFrameAutosaveName` takes it.
-    /// \param contentSize, minimumSize in points.
+    /// \param frameName as for `setFrameAutosaveName`.
+    /// \param contentSize, minimumSize in device-independent pixels.
     /// \param defaults not owned; must outlive the window.
     ManagerWindow(QString frameName,
                   QSize contentSize,
@@ -27,10 +28,10 @@ public:
                   FirstPlace firstPlace,
                   UserDefaults &defaults);
 
-    /// Shows the window, out of the dock if need be, and brings it to the front.
+    /// Shows the window, restores it if it is minimised, and brings it to the front.
     void showInFront();
 
-    /// Asked before the window closes; false keeps it open.
+    /// Sets the function that is called before the window closes; false keeps it open.
     void setMayClose(std::function<bool()> mayClose);
 
 protected:

@@ -18,8 +18,8 @@ MessageBox::MessageBox(Icon icon, const QString &text, QWidget *parent)
     setWindowModality(Qt::ApplicationModal);
 }
 
-// The box's text format holds for its first text only: in the second one, a path could bring
-// markup along.
+// The box's text format applies to its main text only, and a path in the information could contain
+// markup. The blank text creates the label whose format is then set.
 void MessageBox::setInformation(const QString &text)
 {
     setInformativeText(QStringLiteral(" "));

@@ -4,17 +4,17 @@
 
 namespace penwick {
 
-/// A modal message that shows its texts as they are: no markup, no access keys, and the wording's
-/// own buttons only.
+/// A modal message box that shows its texts literally, without markup or access keys, and has only
+/// the buttons that are added to it.
 class MessageBox final : public QMessageBox
 {
     Q_OBJECT
 
 public:
-    /// \param text the message, also for the title bar and for assistive technology.
+    /// \param text the message. The title bar shows the application's name.
     MessageBox(Icon icon, const QString &text, QWidget *parent);
 
-    /// Shows a second text, smaller, below the first one.
+    /// Shows a second text below the first one.
     void setInformation(const QString &text);
 
     /// \return the button, owned by the box.

@@ -15,7 +15,7 @@ ProminentButton::ProminentButton(QWidget *parent)
 
 QColor ProminentButton::fillColor() const
 {
-    constexpr int kHovered = 108; // Percent of the highlight's darkness.
+    constexpr int kHovered = 108; // Factors for QColor::darker, in percent.
     constexpr int kPressed = 125;
     const QColor highlight = palette().color(QPalette::Active, QPalette::Highlight);
     if (isDown())
@@ -23,7 +23,8 @@ QColor ProminentButton::fillColor() const
     return underMouse() ? highlight.darker(kHovered) : highlight;
 }
 
-// Drawn here, for the style makes a button's colour paler than its white text can stand.
+// Drawn here, since the style lightens the button's colour so much that its white text has too
+// little contrast.
 void ProminentButton::paintEvent(QPaintEvent *event)
 {
     if (!isEnabled()) {

@@ -4,7 +4,7 @@
 
 namespace penwick {
 
-/// The button that one most likely wants: filled in the palette's highlight colour.
+/// The button for the most likely action, filled in the palette's highlight colour.
 class ProminentButton final : public QPushButton
 {
     Q_OBJECT

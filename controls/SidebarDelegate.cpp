@@ -33,7 +33,8 @@ QFont badgeFont(QFont font)
     return font;
 }
 
-/// Where the parts of a row stand, from the leading edge; empty where it has no such part.
+/// The rectangles of a row's parts, from the leading edge; empty for a part that the row does not
+/// have.
 struct RowParts
 {
     QRect check;
@@ -74,7 +75,7 @@ RowParts partsOf(const QStyleOptionViewItem &option, const QModelIndex &index)
     const QSize badgeExtent = badge.isEmpty() ? QSize() : badgeSize(option.font, badge);
     const int badgeSpace = badge.isEmpty() ? 0 : badgeExtent.width() + kGap;
     const QFontMetrics metrics(headlineFont(option.font));
-    // A pixel more, for what is as wide as its place may count as too wide.
+    // One pixel more, since a text exactly as wide as its rectangle may be elided.
     const int wanted = metrics.horizontalAdvance(index.data().toString()) + 1;
     const int nameWidth = qMax(0, qMin(wanted, right - left - badgeSpace));
     parts.name = QRect(left, row.top(), nameWidth, row.height());
@@ -159,7 +160,7 @@ void SidebarDelegate::paint(QPainter *painter,
                    option.font,
                    index.data(BadgeRole).toString(),
                    ink);
-    // The list itself shows nowhere else that it has the keyboard.
+    // Nothing else shows that the list has the keyboard focus.
     if (option.state.testFlag(QStyle::State_HasFocus) &&
         option.state.testFlag(QStyle::State_KeyboardFocusChange))
         paintFocusRing(painter, option.rect, ink);
@@ -170,7 +171,7 @@ QSize SidebarDelegate::sizeHint(const QStyleOptionViewItem &option, const QModel
 {
     const QFontMetrics metrics(headlineFont(option.font));
     const int height = metrics.height() + 2 * kRowPadding;
-    // The name gives way to whatever else is there.
+    // The name is elided first, so it counts only with a minimum width.
     constexpr int kLeastNameWidth = 60;
     return {kLeastNameWidth + partsOf(option, index).badge.width(), height};
 }
@@ -182,25 +183,25 @@ bool SidebarDelegate::editorEvent(QEvent *event,
 {
     if (!isCheckable(index))
         return false;
-    const auto turn = [&] {
+    const auto toggle = [&] {
         const bool isOn = index.data(Qt::CheckStateRole).toInt() == Qt::Checked;
         return model->setData(index, isOn ? Qt::Unchecked : Qt::Checked, Qt::CheckStateRole);
     };
     if (event->type() == QEvent::KeyPress) {
-        const auto key = static_cast<const QKeyEvent *>(event)->key(); // NOLINT: by its type
-        return (key == Qt::Key_Space || key == Qt::Key_Select) && turn();
+        const auto key = static_cast<const QKeyEvent *>(event)->key(); // NOLINT: type() was checked
+        return (key == Qt::Key_Space || key == Qt::Key_Select) && toggle();
     }
     const bool isMouse = event->type() == QEvent::MouseButtonRelease ||
                          event->type() == QEvent::MouseButtonPress ||
                          event->type() == QEvent::MouseButtonDblClick;
     if (!isMouse)
         return false;
-    const auto *mouse = static_cast<const QMouseEvent *>(event); // NOLINT: by its type
-    // As large as a finger wants it.
+    const auto *mouse = static_cast<const QMouseEvent *>(event); // NOLINT: type() was checked
+    // Large enough for touch.
     const QRect area = mirrored(option, partsOf(option, index).check).adjusted(-6, -6, 4, 6);
     if (mouse->button() != Qt::LeftButton || !area.contains(mouse->position().toPoint()))
         return false;
-    return event->type() != QEvent::MouseButtonRelease || turn();
+    return event->type() != QEvent::MouseButtonRelease || toggle();
 }
 
 } // namespace penwick

@@ -4,7 +4,7 @@
 
 namespace penwick {
 
-/// A capsule around a short text, about as high as a line of `font`.
+/// A badge is a capsule around a short text, about as high as a line of `font`.
 [[nodiscard]] QSize badgeSize(const QFont &font, const QString &text);
 void paintBadge(QPainter *painter,
                 const QRect &rect,
@@ -12,18 +12,17 @@ void paintBadge(QPainter *painter,
                 const QString &text,
                 const QColor &ink);
 
-/// Draws the rows of a list that stands beside the details of what is selected in it: a switch
-/// where the item can be checked, the name in bold, a badge behind it and a symbol at the far end.
-/// Space and clicks on the switch turn it.
+/// Draws the rows of a list beside details: a switch if the item is checkable, the name in bold, a
+/// badge after it and a symbol at the far end. Space and clicks on the switch toggle it.
 class SidebarDelegate final : public QStyledItemDelegate
 {
     Q_OBJECT
 
 public:
     enum Role {
-        BadgeRole = Qt::UserRole + 1, ///< Text of the badge; none where it is empty.
-        SymbolRole,                   ///< QIcon at the far end; none where it is null.
-        IdRole,                       ///< What the row stands for, for whoever fills the list.
+        BadgeRole = Qt::UserRole + 1, ///< Text of the badge; empty for none.
+        SymbolRole,                   ///< QIcon at the far end; null for none.
+        IdRole,                       ///< Id of the row, for the code that fills the list.
     };
 
     using QStyledItemDelegate::QStyledItemDelegate;

@@ -8,7 +8,8 @@
 
 #include <utility>
 
-// Has to stand outside the namespace; a static library's resources do not register themselves.
+// Q_INIT_RESOURCE must be outside the namespace. A static library's resources are not registered
+// automatically.
 static void registerSymbols()
 {
     Q_INIT_RESOURCE(symbols);
@@ -20,7 +21,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Draws anew on every request, for the palette may have changed and screens have scales.
+/// Renders the drawing on every request, since the palette may change and screens differ in scale.
 class SymbolEngine final : public QIconEngine
 {
 public:
@@ -65,7 +66,7 @@ private:
     }
 
     QByteArray m_drawing;
-    QColor m_color; ///< Invalid: the palette's.
+    QColor m_color; ///< Invalid for the palette's colour.
 };
 
 } // namespace

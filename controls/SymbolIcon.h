@@ -6,12 +6,12 @@
 
 namespace penwick {
 
-/// One of our own line drawings as an icon: in the palette's colour of text on buttons, paler where
-/// it is disabled, and sharp at every size and scale.
-/// \param name of a drawing in this folder: `trash`, `play.fill`.
+/// Returns one of penwick's own line drawings as an icon: in the palette's colour of button text,
+/// paler when it is disabled, and sharp at every size and scale.
+/// \param name of a drawing in the folder `symbols`: `trash`, `play.fill`.
 [[nodiscard]] QIcon symbolIcon(const QString &name);
 
-/// The same in one colour of its own.
+/// The same in `color`, except when it is disabled or selected.
 [[nodiscard]] QIcon symbolIcon(const QString &name, const QColor &color);
 
 } // namespace penwick

@@ -4,15 +4,15 @@
 
 namespace penwick {
 
-/// The text of a menu, an item or a button that shows `title` as it is: an ampersand would be taken
-/// for the mark of an access key, and a tab for the start of a shortcut.
+/// Returns the text for a menu, an item or a button that shows `title` literally: an ampersand
+/// would mark an access key, and a tab would start a shortcut.
 [[nodiscard]] QString verbatimText(const QString &title);
 
-/// The text of a tool tip that shows `text` as it is, also where it holds markup.
+/// Returns the text for a tool tip that shows `text` literally, even if it contains markup.
 [[nodiscard]] QString verbatimToolTip(const QString &text);
 
-/// `text` on one line, for names that anybody may have made up: what would break the line, steer
-/// the direction of what stands around it or show nothing at all becomes a replacement character.
+/// Returns `text` on one line, for names from untrusted sources: line breaks, control characters
+/// and characters that change the text direction become U+FFFD.
 [[nodiscard]] QString visibleLine(const QString &text);
 
 } // namespace penwick
