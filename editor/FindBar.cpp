@@ -20,7 +20,7 @@ namespace {
 
 constexpr int kMargin = 6;
 constexpr int kSpacing = 4;
-constexpr int kFieldWidth = 100; // At the least.
+constexpr int kFieldWidth = 100; // Minimum, in logical pixels.
 
 QLineEdit *makeField(QWidget *parent, const char *name)
 {
@@ -47,9 +47,10 @@ void label(QToolButton *button, const QString &face, const QString &meaning)
     button->setAccessibleName(meaning);
 }
 
-/// Desktops set the colours of texts, few that of placeholders: Qt's own is for a light background.
-/// \param color of the texts. Not the field's, which while a palette changes may still be the old
-/// one.
+/// Derives the placeholder colour from the text colour. Desktops set the colour of text but rarely
+/// that of placeholders, and Qt's default suits a light background only.
+/// \param color the text colour. It is not read from the field, whose palette may still be the old
+///        one while a palette change is delivered.
 void makePlaceholderLegible(QLineEdit *field, QColor color)
 {
     constexpr float kAlpha = 0.6F;
@@ -59,7 +60,7 @@ void makePlaceholderLegible(QLineEdit *field, QColor color)
     field->setPalette(palette);
 }
 
-/// `string` as a regular expression that matches nothing else.
+/// Returns a regular expression that matches exactly `string`.
 QString escaped(const QString &string)
 {
     QString result;
@@ -92,7 +93,7 @@ void FindBar::make()
     layout->setContentsMargins(kMargin, kSpacing + 1, kMargin, kSpacing);
     layout->setSpacing(kSpacing);
     layout->setColumnStretch(0, 1);
-    // On top, so that the fields stay where they are when it comes and goes.
+    // In the top row, so that the fields keep their place when the message appears or disappears.
     m_errorLabel = new ElidedLabel(this);
     m_errorLabel->setObjectName(u"findError"_s);
     m_errorLabel->hide();
@@ -122,7 +123,7 @@ QToolButton *FindBar::addButton(QWidget *row, const char *name)
     auto *button = new QToolButton(row);
     button->setObjectName(QString::fromLatin1(name));
     button->setAutoRaise(true);
-    button->setFocusPolicy(Qt::TabFocus); // A click leaves the keyboard in the field.
+    button->setFocusPolicy(Qt::TabFocus); // A click keeps the focus in the field.
     row->layout()->addWidget(button);
     return button;
 }

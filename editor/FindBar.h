@@ -15,12 +15,12 @@ namespace penwick {
 
 class ElidedLabel;
 
-/// The bar below the text to find and replace with: fields, switches and buttons. It shows what it
-/// is told and reports what is asked of it; it searches nothing itself. Its texts come from the
-/// wording lookup and follow a change of the wording at once.
+/// The find and replace bar below the text: fields, switches and buttons. It only shows state and
+/// emits the user's requests; it searches nothing itself. All labels come from the wording lookup
+/// and follow a change of the wording at once.
 ///
-/// Its fields and buttons are made when it is first shown or filled in, for most windows never need
-/// them. Until then its pattern and replacement are empty, and a search wraps around.
+/// The child widgets are created when the bar is first shown or filled in, because most windows
+/// never open it. Until then `pattern` and `replacement` are empty and `wraps` is true.
 class FindBar final : public QWidget
 {
     Q_OBJECT
@@ -28,28 +28,31 @@ class FindBar final : public QWidget
 public:
     explicit FindBar(QWidget *parent = nullptr);
 
-    /// What the field and the switches say.
+    /// The pattern in the search field, with the options that the switches select.
     [[nodiscard]] FindPattern pattern() const;
     [[nodiscard]] QString replacement() const;
-    /// Whether a search goes on at the other end of the text.
+    /// True when a search continues at the other end of the text.
     [[nodiscard]] bool wraps() const;
 
-    /// Puts `string` into the search field; of a regular expression, so that it stands for itself.
+    /// Puts `string` into the search field, escaped when regular expressions are switched on.
     void setPatternText(const QString &string);
-    /// Puts the keyboard into the search field and selects what stands there.
+    /// Moves the focus to the search field and selects its content.
     void focusSearchField();
 
     /// Shows or hides the row for replacing.
     void setReplaceIsShown(bool isShown);
     [[nodiscard]] bool replaceIsShown() const;
 
-    /// \param isWrapped the match that is selected was found beyond an end of the text.
+    /// Shows the number of the selected match and the number of all matches.
+    /// \param isWrapped true when the selected match was found after continuing at the other end of
+    ///        the text.
     void showCount(const FindSession::Count &count, bool isWrapped);
-    /// Shows why nothing can be found; an empty pattern needs no word.
+    /// Shows why the pattern cannot be searched for. Shows nothing for no error and for an empty
+    /// pattern.
     void showError(const std::optional<FindPatternError> &error);
     /// Shows how many matches were replaced.
     void showReplaced(qint64 count);
-    /// Shows that matches are being replaced, or with false, nothing about replacing.
+    /// Shows that Replace All is running; with false, clears the message about replacing.
     void showReplacing(bool isReplacing);
 
     void setVisible(bool isVisible) override;

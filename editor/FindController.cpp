@@ -11,9 +11,10 @@ namespace penwick {
 
 namespace {
 
-/// A longer selection was hardly made to be looked for.
+/// A longer selection is not taken as the pattern. UTF-16 code units.
 constexpr qint64 kPatternUnits = 1'000;
-/// More steps than this are not waited for: the keyboard repeats faster than a search may be.
+/// Maximum number of queued steps. Key repeat can be faster than the search; further steps are
+/// dropped.
 constexpr std::size_t kQueuedSteps = 8;
 
 bool hasSeparator(const QString &string)
@@ -74,7 +75,7 @@ void FindController::addShortcuts(QWidget *scope, Qt::ShortcutContext context)
         shortcut->setContext(context);
         connect(shortcut, &QShortcut::activated, this, slot);
     };
-    // By name and not by QKeySequence::StandardKey, which has other keys on some desktops.
+    // Explicit keys: those of QKeySequence::StandardKey differ between desktops.
     add({Qt::CTRL | Qt::Key_F}, &FindController::showFind);
     add({Qt::CTRL | Qt::Key_H}, &FindController::showReplace);
     add({Qt::Key_F3, Qt::CTRL | Qt::Key_G}, &FindController::findNext);
@@ -144,6 +145,7 @@ void FindController::patternDidChange()
 void FindController::searchFrom(FindPlace place, Pending pending)
 {
     m_pending = pending;
+    // A search while typing always wraps: a match before the caret is as good as one after it.
     m_session.findNext(place, pending == Pending::Typing || m_bar->wraps());
 }
 
@@ -173,7 +175,7 @@ FindPlace FindController::placeAfterSelection() const
     const TextRange range = m_view->selectedRange();
     if (range.length > 0)
         return {range.end(), true};
-    // An empty match would be found again and again.
+    // Step past an empty match, which would be found again.
     const bool isMatch = m_lastFound == FindMatch{range.location, range.location};
     return {isMatch ? findOffsetAfter(m_view->string(), range.location) : range.location, false};
 }
@@ -208,7 +210,6 @@ void FindController::select(TextRange range)
 void FindController::found(const FindMatch &match, bool isWrapped)
 {
     m_lastFound = match;
-    // While one types, the place before the caret is no different from the one behind it.
     m_isWrapped = isWrapped;
     const bool isStep = m_pending != Pending::Typing;
     m_pending = Pending::Nothing;
@@ -271,14 +272,14 @@ void FindController::replaceAll()
 void FindController::applyReplaceAll(const ReplaceAllResult &result)
 {
     if (m_view->caretOffset() != m_caretToKeep) {
-        replaceAll(); // The person has moved on meanwhile.
+        replaceAll(); // The caret moved during the search: start over.
         return;
     }
     m_pending = Pending::Nothing;
     if (result.count > 0) {
         const TextRange range{result.range.start, result.range.end - result.range.start};
         m_view->shouldChangeText(range, result.replacement);
-        // In a group the selection told last is the one that redo restores.
+        // In a group, redo restores the selection that was set last.
         m_view->textStorage()->beginUndoGrouping();
         m_view->replaceCharacters(range, result.replacement);
         select({result.caret, 0});
@@ -300,8 +301,9 @@ void FindController::selectionDidChange()
     showState();
 }
 
-/// A person who goes on in the text does not want to be carried away by what was still looked for.
-/// Replacing all goes on: it leaves the caret where it is.
+/// Cancels the search and the queued steps, so that a late result does not move the selection while
+/// the user works in the text. Replace All continues: it keeps the caret, and starts over when the
+/// caret has moved.
 void FindController::abandonSearch()
 {
     m_queue.clear();
@@ -324,7 +326,7 @@ bool FindController::eventFilter(QObject *object, QEvent *event)
 
 void FindController::textDidChange()
 {
-    // What was found or is still looked for belongs to another text.
+    // The last match and the queued requests refer to the old text.
     m_lastFound = {-1, -1};
     m_queue.clear();
     m_pending = Pending::Nothing;

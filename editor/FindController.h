@@ -11,34 +11,35 @@ namespace penwick {
 class FindBar;
 class TextView;
 
-/// Lets a text view be searched through a find bar: its keys, where a search begins, what is
-/// selected, marked and replaced.
+/// Connects a text view to a find bar: shortcuts, where a search starts, and what is selected,
+/// marked and replaced.
 class FindController final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// \param view and \param bar not owned; both must outlive this.
-    /// \param scope the widget that the keys belong to.
-    /// \param context where they work: by default in its whole window.
+    /// \param view not owned; must outlive this.
+    /// \param bar not owned; must outlive this.
+    /// \param scope the parent of this and of the shortcuts.
+    /// \param context where the shortcuts are active: by default in the whole window of `scope`.
     FindController(TextView *view,
                    FindBar *bar,
                    QWidget *scope,
                    Qt::ShortcutContext context = Qt::WindowShortcut);
     ~FindController() override;
 
-    /// Opens the bar, with the selection as the pattern if it fits into a field, and puts the
-    /// keyboard into the search field.
+    /// Opens the bar and focuses the search field. A short selection without a line separator
+    /// becomes the pattern when the bar was closed or the text has the focus.
     void showFind();
     void showReplace();
-    /// Closes the bar and puts the keyboard back into the text. False when it was not open.
+    /// Closes the bar and returns the focus to the text. Returns false when the bar was not open.
     bool close();
 
     void findNext();
     void findPrevious();
-    /// Replaces the selection if it is a match, and finds the next one.
+    /// Replaces the selection if it is a match, then finds the next match.
     void replace();
-    /// Replaces every match as one undo step.
+    /// Replaces all matches as one undo step.
     void replaceAll();
 
     [[nodiscard]] FindSession *session() { return &m_session; }
@@ -73,10 +74,10 @@ private:
     FindBar *m_bar;
     FindSession m_session;
     Pending m_pending = Pending::Nothing;
-    std::deque<Direction> m_queue; // Steps asked for while a search still runs.
-    TextRange m_origin;            // Where a search while typing begins, and returns to.
+    std::deque<Direction> m_queue; // Requests that arrived while a search was running.
+    TextRange m_origin;            // Start of a search while typing; selected again if it fails.
     FindMatch m_lastFound;
-    qint64 m_caretToKeep = 0; // Where it stood when replacing all began.
+    qint64 m_caretToKeep = 0; // The caret offset when Replace All started.
     bool m_isWrapped = false;
     bool m_isSelecting = false;
 };

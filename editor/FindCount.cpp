@@ -75,7 +75,7 @@ FindPlace FindCount::placeBefore(qint64 offset) const
 {
     const Checkpoint checkpoint = checkpointBefore(offset);
     {
-        // A match may be as long as the way from one checkpoint to the next.
+        // The count has passed `offset`: use the checkpoint, even if a long match puts it far back.
         const std::scoped_lock lock(m_mutex);
         if (m_progress.isComplete || m_checkpoints.back().place.offset > offset)
             return checkpoint.place;
@@ -94,7 +94,7 @@ std::vector<FindMatch> FindCount::matchesIn(qint64 start,
                                             std::size_t limit,
                                             const FindIsCancelled &isCancelled) const
 {
-    // A match may begin some way before what it reaches into.
+    // How far before the range a match that reaches into it may begin.
     constexpr qint64 kReach = 1'024;
     std::vector<FindMatch> matches;
     const auto visit = [&](const FindMatch &match, const QRegularExpressionMatch *) {

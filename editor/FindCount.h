@@ -9,9 +9,9 @@
 
 namespace penwick {
 
-/// Counts the matches of a pattern in a text, step by step, on one thread, while another asks how
-/// far it has come. It keeps a checkpoint per step instead of the matches, so that memory does not
-/// depend on their number, and a match's number is found from the checkpoint before it.
+/// Counts the matches of a pattern in a text, step by step, on one thread; other threads may query
+/// the progress meanwhile. It stores one checkpoint per step instead of the matches, so its memory
+/// use does not depend on their number. A match's number is computed from the checkpoint before it.
 class FindCount final
 {
 public:
@@ -20,23 +20,24 @@ public:
     struct Progress
     {
         qint64 count = 0;          ///< Matches found so far.
-        bool isComplete = false;   ///< Nothing is left to count.
-        bool isTooComplex = false; ///< The count was given up.
+        bool isComplete = false;   ///< The whole text was counted.
+        bool isTooComplex = false; ///< The count was abandoned.
     };
 
-    /// Counts one bounded stretch. False when there was nothing left to do. One thread only.
+    /// Counts one bounded stretch. Returns false when nothing was left to do. Call it from one
+    /// thread only.
     bool countStep();
 
     [[nodiscard]] Progress progress() const;
 
-    /// The number of the match that covers exactly `range`, counted from 1 at the text's start; 0
-    /// where the pattern has no such match. Nothing as long as the count has not come so far.
-    /// Costs about one step.
+    /// Returns the number of the match that covers exactly `range`, 1-based from the text's start;
+    /// 0 when the pattern has no such match. Returns nothing while the count has not reached
+    /// `range`. Costs about one step.
     [[nodiscard]] std::optional<qint64> numberOf(const FindMatch &range,
                                                  const FindIsCancelled &isCancelled = {}) const;
 
-    /// The matches that overlap or touch [start, end), ascending, at most `limit` of them. Costs
-    /// about the steps over that range.
+    /// Returns the matches that overlap or touch [start, end), ascending, at most `limit` of them.
+    /// Costs about as much as the steps over that range.
     [[nodiscard]] std::vector<FindMatch> matchesIn(qint64 start,
                                                    qint64 end,
                                                    std::size_t limit,
@@ -50,20 +51,20 @@ private:
     struct Checkpoint
     {
         FindPlace place;
-        qint64 count = 0; // Matches before it.
+        qint64 count = 0; // Matches before `place`.
     };
 
     [[nodiscard]] Checkpoint checkpointBefore(qint64 offset) const;
-    /// Where to begin so that the matches around `offset` are met as from the text's start, as far
-    /// as the count has come; else somewhere near.
+    /// Returns a place before `offset` from which a search meets the same matches as one from the
+    /// text's start. Beyond the counted part, returns some place near `offset`.
     [[nodiscard]] FindPlace placeBefore(qint64 offset) const;
 
     const TextFinder m_finder;
     const Text m_text;
-    mutable std::mutex m_mutex; // For everything below.
+    mutable std::mutex m_mutex; // Guards the members below.
     std::vector<Checkpoint> m_checkpoints;
     Progress m_progress;
-    FindEffort m_effort; // Of the counting thread alone.
+    FindEffort m_effort; // Used by the counting thread only.
 };
 
 } // namespace penwick

@@ -11,26 +11,27 @@ namespace penwick {
 
 namespace {
 
-/// All the line breaks that the editor shows. Nothing in QRegularExpression sets them, nor the
-/// limits below.
+/// Makes the expression recognize all line breaks that the editor shows. QRegularExpression has no
+/// option for this, nor for the limits below, so they are prefixed to the pattern.
 constexpr QStringView kLineBreaks = u"(*ANY)";
-/// Compiled expressions are quick, but their steps are of any length, and their stack is small:
-/// `(a|b)*` uses it up on a long line. What is more than this is left to the patient one.
-constexpr QStringView kQuickLimits = u"(*LIMIT_MATCH=20000)";
-/// An end for expressions that try more ways through a text than anyone can wait for, and for those
-/// that would need more memory than a text is worth: about a tenth of a second, 48 MB.
-constexpr QStringView kPatientLimits = u"(*NO_JIT)(*LIMIT_MATCH=2500000)(*LIMIT_HEAP=49152)";
+/// Limit of the JIT-compiled expression. It is fast, but a counted step may take any time, and its
+/// stack is small: `(a|b)*` exhausts it on a long line. Beyond the limit the interpreter takes
+/// over.
+constexpr QStringView kJitLimits = u"(*LIMIT_MATCH=20000)";
+/// Limits of the interpreter, about a tenth of a second and 48 MiB. They stop expressions that
+/// backtrack excessively or need too much memory.
+constexpr QStringView kInterpreterLimits = u"(*NO_JIT)(*LIMIT_MATCH=2500000)(*LIMIT_HEAP=49152)";
 
-/// PCRE2 looks behind by at most 65,535 characters; and one more, so that the start of what it is
-/// shown is not taken for the start of the text.
+/// PCRE2 looks behind by at most 65,535 characters. One more character keeps the start of the
+/// subject from being taken for the start of the text. A character has up to two UTF-16 code units.
 constexpr qint64 kFarthestBehind = qint64{2} * (65'535 + 1);
 
 constexpr qint64 kMillisecond = 1'000'000; // In nanoseconds.
 constexpr qint64 kQuickCall = 1 * kMillisecond;
 constexpr qint64 kSlowCall = 10 * kMillisecond;
 
-/// True for an expression that also tries to match between CR and LF: PCRE2 leaves that place out
-/// unless the expression names one of the two. The only way to ask it is to watch it.
+/// True for an expression that also tries to match between CR and LF. PCRE2 skips that place unless
+/// the expression names CR or LF explicitly. It offers no query for this, so a probe is matched.
 bool triesInsideCrLf(const QString &string, QRegularExpression::PatternOptions options)
 {
     const QRegularExpression probe(
@@ -45,7 +46,7 @@ bool isSeparator(QChar unit)
            code == u'\u2029';
 }
 
-/// The first offset from `offset` on that holds no line separator; the size where there is none.
+/// Returns the first offset from `offset` on that holds no line separator, or the text's size.
 qint64 offsetBehindSeparators(const Text &text, qint64 offset)
 {
     constexpr qint64 kUnits = 4'096;
@@ -59,14 +60,15 @@ qint64 offsetBehindSeparators(const Text &text, qint64 offset)
     return text.size();
 }
 
-/// True for an expression that begins with `.*` in such a way that, where it fails at one place of
-/// a line, it fails at all that follow in it. PCRE2 knows of that too, but not from call to call.
+/// True for an expression that starts with `.*` such that, if it fails at one place of a line, it
+/// fails at all later places of that line. PCRE2 uses this too, but only within one call.
 bool beginsWithRestOfLine(QStringView string)
 {
     const bool isGroup = string.startsWith(u"(.*)");
     if (!isGroup && !string.startsWith(u".*"))
         return false;
-    // The group must be there, and nothing may refer to what was taken, or offer another way.
+    // The group must be mandatory and not repeated. Back references, alternatives, verbs and
+    // special groups other than assertions and non-capturing groups are excluded.
     static const QRegularExpression kOther(
         uR"(^\(\.\*\)[?*+{]|\||\\[0-9gkK]|\(\*|\(\?(?![:=!]|<[=!]))"_s);
     return !matchView(kOther, string).hasMatch();
@@ -82,7 +84,7 @@ tl::expected<FindExpression, FindPatternError> FindExpression::compile(const Fin
     if (!pattern.matchesCase)
         options |= QRegularExpression::CaseInsensitiveOption;
     const QString string = Text(pattern.string).toString();
-    const QString prefix = kLineBreaks.toString() + kQuickLimits.toString();
+    const QString prefix = kLineBreaks.toString() + kJitLimits.toString();
     FindExpression result;
     result.m_quick = QRegularExpression(prefix + string, options);
     if (!result.m_quick.isValid()) {
@@ -92,8 +94,8 @@ tl::expected<FindExpression, FindPatternError> FindExpression::compile(const Fin
                                                result.m_quick.errorString()});
     }
     result.m_quick.optimize();
-    result.m_patient =
-        QRegularExpression(kLineBreaks.toString() + kPatientLimits.toString() + string, options);
+    result.m_patient = QRegularExpression(
+        kLineBreaks.toString() + kInterpreterLimits.toString() + string, options);
     result.m_patient.optimize();
     result.m_sizes = sizes;
     result.m_behind = sizes.behind;
@@ -102,7 +104,8 @@ tl::expected<FindExpression, FindPatternError> FindExpression::compile(const Fin
     return result;
 }
 
-/// What is found where there is nothing, in a comment for instance, only costs time.
+/// Looks for constructs that need special treatment. The scan is lexical: a false hit, in a comment
+/// for instance, only costs time.
 void FindExpression::examine(QStringView string)
 {
     m_beginsWithRestOfLine = beginsWithRestOfLine(string);
@@ -134,7 +137,7 @@ struct FindExpressionSearch::Try
     enum class Kind {
         Match,
         Nothing,
-        NeedsMore, // Nothing matches before `offset`; what does there, reaches beyond the stretch.
+        NeedsMore, // No match before `offset`; one there may reach beyond the stretch.
         Failed,
     };
     Kind kind = Kind::Failed;
@@ -142,8 +145,9 @@ struct FindExpressionSearch::Try
     QRegularExpressionMatch match;
 };
 
-/// Where a stretch that should be as long as that ends. At its very end `^` matches nowhere, and
-/// PCRE2 does not say that more text could make a difference: so it never ends behind a line break.
+/// Returns the end of a stretch of about `length` units. When the expression contains `^`, the
+/// stretch never ends after a line break: `^` does not match at the very end of a subject, and
+/// PCRE2 does not report that more text could change that.
 qint64 FindExpressionSearch::endAfter(qint64 from, qint64 length) const
 {
     const qint64 end = findCutAtOrAfter(m_text, from + length);
@@ -166,7 +170,7 @@ FindExpressionSearch::Outcome FindExpressionSearch::tryMany(qint64 from)
     Try tried = attempt(from, m_end, Places::All);
     const bool isHere = tried.kind == Try::Kind::NeedsMore && tried.offset == from;
     if (isHere && m_end < findCutAtOrAfter(m_text, from + m_length)) {
-        m_end = endAfter(from, m_length); // It was only a rest.
+        m_end = endAfter(from, m_length); // This was only the rest of a stretch.
         tried = attempt(from, m_end, Places::All);
     }
     adaptLength();
@@ -181,13 +185,14 @@ FindExpressionSearch::Outcome FindExpressionSearch::tryMany(qint64 from)
     case Try::Kind::Failed:
         break;
     }
-    // Some place in the stretch is beyond the limits of the quick expression.
+    // Some place in the stretch exceeds the limits of `m_quick`.
     m_singlyUntil = std::max(m_end, from + 1);
     m_length = m_expression.m_sizes.smallest;
     return tryOne(from);
 }
 
-/// One call cannot be interrupted, so its stretch grows only as long as calls are quick.
+/// Adapts the length of the next stretch to the duration of the last call, because a call cannot be
+/// interrupted.
 void FindExpressionSearch::adaptLength()
 {
     const qint64 before = std::exchange(m_elapsed, m_timer.nsecsElapsed());
@@ -236,12 +241,11 @@ FindExpressionSearch::Try FindExpressionSearch::attempt(qint64 from, qint64 end,
     const QStringView units = QStringView(m_units).first(static_cast<qsizetype>(end - m_start));
     const auto at = static_cast<qsizetype>(from - m_start);
     const bool isLast = end == m_text.size();
-    // Where more text could make a difference, be it to an assertion, the answer is a partial
-    // match.
+    // Before the text's end, ask for a partial match where more text could change the result, for
+    // instance that of an assertion.
     const auto type =
         isLast ? QRegularExpression::NormalMatch : QRegularExpression::PartialPreferFirstMatch;
-    // A text never holds a lone surrogate, and checking each time would take the square of the
-    // time.
+    // A text holds no lone surrogates. Checking the subject in each call would take quadratic time.
     QRegularExpression::MatchOptions options =
         QRegularExpression::DontCheckSubjectStringMatchOption;
     if (places == Places::One)
@@ -256,7 +260,7 @@ FindExpressionSearch::Try FindExpressionSearch::attempt(qint64 from, qint64 end,
     const qint64 start = m_start + result.match.capturedStart();
     if (result.match.hasPartialMatch()) {
         result.kind = Try::Kind::NeedsMore;
-        // What an expression may look behind is told as a part of the partial match.
+        // The range of a partial match includes the text that was looked behind at.
         if (places == Places::One)
             m_lookedBehind = std::max(m_lookedBehind, from - start);
         else if (start + m_lookedBehind > from)
@@ -264,7 +268,7 @@ FindExpressionSearch::Try FindExpressionSearch::attempt(qint64 from, qint64 end,
     } else if (!result.match.hasMatch()) {
         result.kind = Try::Kind::Nothing;
     } else {
-        // What is empty at the very end may not have looked beyond it.
+        // An empty match at the stretch's end may not have looked beyond it: more text is needed.
         result.kind = !isLast && start >= end ? Try::Kind::NeedsMore : Try::Kind::Match;
     }
     return result;
@@ -276,7 +280,7 @@ void FindExpressionSearch::show(qint64 from, qint64 end)
         return;
     m_start =
         m_expression.m_needsWhole ? 0 : findCutAtOrAfter(m_text, from - m_expression.m_behind);
-    // With some more, so that few steps need another stretch.
+    // Cut out more than requested, so that few calls need another stretch.
     const qint64 last =
         findCutAtOrAfter(m_text, std::max(end, from + 2 * m_expression.m_sizes.largest));
     m_units = m_text.slice(m_start, last - m_start);
@@ -284,7 +288,8 @@ void FindExpressionSearch::show(qint64 from, qint64 end)
         m_units = u""_s;
 }
 
-/// The first place from `offset` on where a match is tried.
+/// Returns the first place at or after `offset`. No place lies inside a surrogate pair, nor inside
+/// CR LF unless the expression tries there.
 qint64 FindExpressionSearch::placeFrom(qint64 offset) const
 {
     if (offset <= 0 || offset >= m_text.size())
@@ -295,7 +300,7 @@ qint64 FindExpressionSearch::placeFrom(qint64 offset) const
     return QChar::isLowSurrogate(unit) || isLeftOut ? offset + 1 : offset;
 }
 
-/// The next place worth trying after one where nothing matches.
+/// Returns the next place worth trying after `offset`, where nothing matches.
 qint64 FindExpressionSearch::placeAfter(qint64 offset) const
 {
     if (!m_expression.m_beginsWithRestOfLine)

@@ -10,19 +10,19 @@
 
 namespace penwick {
 
-/// How much of a text an expression is shown at a time, UTF-16 code units. Tests take small sizes
-/// to meet many edges; what is found never depends on them.
+/// How much text the regular expression library is given at a time, in UTF-16 code units. Tests set
+/// small sizes to cover many boundaries; the matches never depend on the sizes.
 struct FindSizes
 {
-    qint64 smallest = 512;      ///< Of a stretch whose places are all tried in one call.
-    qint64 largest = 32'768;    ///< The same, where the calls are quick.
-    qint64 behind = 1'024;      ///< What is shown before the stretch.
-    qint64 single = 4'096;      ///< Of the first stretch for one place that needs more.
-    qint64 whole = 64LL << 20U; ///< The most that one place may need.
+    qint64 smallest = 512;      ///< Minimum length of a stretch that is searched in one call.
+    qint64 largest = 32'768;    ///< Maximum length of such a stretch, used while calls are fast.
+    qint64 behind = 1'024;      ///< Context before the stretch.
+    qint64 single = 4'096;      ///< First length for a single place that needs more text.
+    qint64 whole = 64LL << 20U; ///< Maximum length for a single place.
 };
 
-/// A regular expression made ready to search texts of any size: what it finds is what it would find
-/// in the whole text as one string. Immutable, cheaply copied, usable from several threads at once.
+/// A regular expression compiled for texts of any size: it finds what it would find in the whole
+/// text as one string. Immutable, cheap to copy, safe to use from several threads at once.
 class FindExpression final
 {
 public:
@@ -31,7 +31,7 @@ public:
 
     [[nodiscard]] int groupCount() const { return m_quick.captureCount(); }
 
-    /// True when a match may begin behind the place where it was tried: `\K`.
+    /// True when the expression holds `\K`: a match may begin after the place where it was tried.
     [[nodiscard]] bool movesStart() const { return m_movesStart; }
 
 private:
@@ -40,19 +40,20 @@ private:
     FindExpression() = default;
     void examine(QStringView string);
 
-    QRegularExpression m_quick;
-    QRegularExpression m_patient; // Slower, but with a stack as large as it needs.
+    QRegularExpression m_quick;   // JIT-compiled, with low limits.
+    QRegularExpression m_patient; // Interpreted: slower, but its stack grows as needed.
     FindSizes m_sizes;
     qint64 m_behind = 0;
     bool m_movesStart = false;
     bool m_triesInsideCrLf = false;
     bool m_seesLineStarts = false;
     bool m_beginsWithRestOfLine = false;
-    bool m_needsWhole = false; // Depends on where a search begins: it has to see all at once.
+    bool m_needsWhole = false; // Depends on where a search begins: needs the whole text at once.
 };
 
-/// Tries an expression at the places of one text, ascending. It keeps what it has cut out of the
-/// text, so it lives for one stretch only.
+/// Tries an expression at the places of one text, ascending. A place is an offset where a match
+/// attempt begins. The object caches a stretch of the text and is meant for one step of a search.
+/// It keeps references to both constructor arguments.
 class FindExpressionSearch final
 {
 public:
@@ -61,21 +62,20 @@ public:
     struct Outcome
     {
         enum class Kind {
-            Match,      ///< `match` is the next one; `start` and `end` are its place in the text.
+            Match,      ///< `match` is the next match; `start` and `end` are its range.
             Nothing,    ///< Nothing matches at the places before `start`.
-            TooComplex, ///< Trying the place took too much.
+            TooComplex, ///< The place exceeds the limits on time, memory or length.
         };
         Kind kind = Kind::Nothing;
-        qint64 start = 0; ///< UTF-16 code units, 0-based. One more than the text's size: no more.
+        qint64 start = 0; ///< UTF-16 code units, 0-based. The text's size + 1: none is left.
         qint64 end = 0;
         QRegularExpressionMatch match; ///< Valid until the next call.
     };
 
-    /// Goes on at `from`, for a bounded time: the answer may be that nothing is there, for a short
-    /// way.
+    /// Continues at `from`, for a bounded time: `Nothing` may cover a short stretch only.
     [[nodiscard]] Outcome next(qint64 from);
 
-    /// Nanoseconds from when this was made to the latest answer.
+    /// Nanoseconds from construction to the latest outcome.
     [[nodiscard]] qint64 elapsed() const { return m_elapsed; }
 
 private:
@@ -98,12 +98,12 @@ private:
     const Text &m_text;
     QElapsedTimer m_timer;
     qint64 m_elapsed = 0;
-    QString m_units;           // A stretch of the text,
-    qint64 m_start = 0;        // which begins here.
-    qint64 m_end = 0;          // Of the stretch whose places are all tried,
-    qint64 m_length = 0;       // and the length of the next one.
-    qint64 m_lookedBehind = 0; // At the least, by any match.
-    qint64 m_singlyUntil = 0;  // The places before this are tried one by one.
+    QString m_units;           // A cached stretch of the text.
+    qint64 m_start = 0;        // Offset of `m_units` in the text.
+    qint64 m_end = 0;          // End of the stretch that is searched in one call.
+    qint64 m_length = 0;       // Length of the next such stretch.
+    qint64 m_lookedBehind = 0; // How far the expression is known to look behind.
+    qint64 m_singlyUntil = 0;  // Places before this offset are tried one by one.
 };
 
 } // namespace penwick

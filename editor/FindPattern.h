@@ -8,10 +8,10 @@
 
 namespace penwick {
 
-/// What a person looks for.
+/// What the user searches for.
 struct FindPattern
 {
-    QString string; ///< As typed. Lone surrogates count as U+FFFD, as they do in a text.
+    QString string; ///< As typed. Lone surrogates count as U+FFFD, as in a text.
     bool matchesCase = false;
     bool wholeWords = false;
     bool isRegularExpression = false;
@@ -19,24 +19,24 @@ struct FindPattern
     bool operator==(const FindPattern &) const = default;
 };
 
-/// Why a pattern cannot be looked for.
+/// Why a pattern cannot be searched for.
 struct FindPatternError
 {
     enum class Code {
-        Empty,             ///< There is nothing to look for.
+        Empty,             ///< The pattern is empty.
         InvalidExpression, ///< The regular expression does not compile.
-        TooComplex,        ///< Matching took more steps than one place of a text is worth.
+        TooComplex,        ///< Matching exceeded the limits on time and memory.
     };
 
     Code code = Code::Empty;
-    qint64 offset = 0; ///< Of the fault in the pattern, UTF-16 code units, 0-based.
-    QString reason;    ///< In the words of the regular expression library; may be empty.
+    qint64 offset = 0; ///< Of the error in the pattern, UTF-16 code units, 0-based.
+    QString reason;    ///< The message of the regular expression library; may be empty.
 
     bool operator==(const FindPatternError &) const = default;
 };
 
-/// One place where a pattern matches: UTF-16 code units, 0-based, `end` exclusive. Empty where an
-/// expression such as `^` matches without taking a character.
+/// One match, in UTF-16 code units, 0-based, `end` exclusive. Empty when an expression such as `^`
+/// matches without consuming a character.
 struct FindMatch
 {
     qint64 start = 0;
@@ -47,18 +47,18 @@ struct FindMatch
     bool operator==(const FindMatch &) const = default;
 };
 
-/// Where a search goes on.
+/// Where a search continues.
 struct FindPlace
 {
     qint64 offset = 0; ///< UTF-16 code units, 0-based.
-    /// A match that is not empty ends here: then no empty match counts at `offset`, or `.*` would
-    /// match each line twice.
+    /// A non-empty match ends at `offset`. An empty match there is then ignored; otherwise `.*`
+    /// would match each line twice.
     bool isAfterMatch = false;
 
     bool operator==(const FindPlace &) const = default;
 };
 
-/// True where a text may be divided for a search: neither a surrogate pair nor CR LF is.
+/// True when a search may split the text at `offset`: not inside a surrogate pair or CR LF.
 [[nodiscard]] inline bool canCutForFinding(const Text &text, qint64 offset)
 {
     if (offset <= 0 || offset >= text.size())
@@ -67,7 +67,7 @@ struct FindPlace
     return !QChar::isLowSurrogate(after) && !(after == u'\n' && text.at(offset - 1) == u'\r');
 }
 
-/// `offset`, clamped to the text, or the next one where the text may be divided.
+/// Returns `offset`, clamped to the text, or the next offset where a search may split the text.
 [[nodiscard]] inline qint64 findCutAtOrAfter(const Text &text, qint64 offset)
 {
     const qint64 inside = std::clamp<qint64>(offset, 0, text.size());

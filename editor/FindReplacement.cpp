@@ -8,7 +8,7 @@ namespace penwick {
 
 namespace {
 
-/// Stretches longer than this are shared with the old text instead of copied.
+/// Stretches longer than this are shared with the old text instead of copied. UTF-16 code units.
 constexpr qint64 kSharedUnits = 16'384;
 
 std::optional<QChar> escapedCharacter(QChar letter)
@@ -27,7 +27,7 @@ std::optional<QChar> escapedCharacter(QChar letter)
     }
 }
 
-/// The group that the character after a dollar sign names; -1: none.
+/// Returns the group that the character after a dollar sign stands for, or -1.
 int groupNamed(QChar name, int groupCount)
 {
     if (name == u'&')
@@ -36,7 +36,7 @@ int groupNamed(QChar name, int groupCount)
     return name >= u'0' && name <= u'9' && group <= groupCount ? group : -1;
 }
 
-/// Writes the new text from left to right.
+/// Builds the new text from left to right.
 class Replacer final
 {
 public:
@@ -57,7 +57,8 @@ public:
         m_builder.appendUtf16(
             {QStringView(replacement).utf16(), static_cast<std::size_t>(replacement.size())});
         m_length += replacement.size();
-        // A caret inside the match goes behind what takes its place.
+        // A caret inside the match moves to the end of the replacement; one after it keeps its
+        // distance.
         if (m_caret > match.start)
             m_result.caret =
                 m_result.range.start + m_length + std::max<qint64>(0, m_caret - match.end);
@@ -76,7 +77,7 @@ public:
     }
 
 private:
-    /// Takes over what lies between the last match and `end`.
+    /// Appends the unchanged text between the last match and `end`.
     void keep(qint64 end)
     {
         const qint64 length = end - m_position;
@@ -100,8 +101,8 @@ private:
 
     const Text &m_text;
     qint64 m_caret;
-    qint64 m_position = 0; // In the old text, up to where it is dealt with.
-    qint64 m_length = 0;   // Of what was written.
+    qint64 m_position = 0; // End of the part of the old text that was processed.
+    qint64 m_length = 0;   // Length of the new text so far.
     TextBuilder m_builder;
     Text m_done;
     ReplaceAllResult m_result;
@@ -180,7 +181,7 @@ std::optional<QString> replacementAt(const TextFinder &finder,
             result = replacement.expand(captures);
         return !result && found.start <= match.start;
     };
-    // A match that has moved its start was tried somewhere before, and took its groups from there.
+    // With `\K`, the match was tried at an earlier place: start there to get the same captures.
     const qint64 near = finder.movesStart() ? findBlockStart(text, match.start) : match.start;
     finder.search(text, {near, false}, visit, match.start + 1, isCancelled);
     if (!result && finder.movesStart() && near > 0)

@@ -9,26 +9,26 @@
 
 namespace penwick {
 
-/// What a match is replaced by. For a plain pattern: exactly that. For a regular expression, `$1`
-/// to
-/// `$9` stand for what a group took (nothing if it took no part), `$0` and `$&` for the whole
-/// match,
-/// `$$` for a dollar sign, `\n`, `\r` and `\t` for the characters, `\\` for a backslash; anything
-/// else, also a `$` with the number of a group that the expression lacks, stands for itself.
-/// Immutable, and safe to use from several threads at once.
+/// The replacement for a match. For a plain pattern it is inserted literally. For a regular
+/// expression, `$1` to `$9` stand for what a group captured (nothing if the group took no part),
+/// `$0` and `$&` for the whole match, `$$` for a dollar sign, `\n`, `\r` and `\t` for these
+/// characters, and `\\` for a backslash. Anything else stands for itself, also a `$` with the
+/// number of a group that the expression lacks. Immutable, safe to use from several threads at
+/// once.
 class FindReplacement final
 {
 public:
     FindReplacement(const QString &string, const TextFinder &finder);
 
-    /// What takes the place of a match; `captures` as a finder hands it to its visitor.
+    /// Returns the text that replaces a match.
+    /// \param captures as a finder passes it to its visitor; null for a plain pattern.
     [[nodiscard]] QString expand(const QRegularExpressionMatch *captures) const;
 
 private:
     struct Piece
     {
         QString literal;
-        int group = -1; // Follows the literal; -1: none.
+        int group = -1; // The group after the literal; -1: none.
     };
 
     void parse(QStringView string, int groupCount);
@@ -36,26 +36,27 @@ private:
     std::vector<Piece> m_pieces;
 };
 
-/// What replacing every match came to.
+/// The outcome of replacing all matches.
 struct ReplaceAllResult
 {
     qint64 count = 0;
     /// The part of the old text from the first match to the last, UTF-16 code units, 0-based.
     FindMatch range;
-    Text replacement;          ///< What takes the place of `range`.
-    qint64 caret = 0;          ///< Where the caret asked about stands in the new text.
-    bool isTooComplex = false; ///< The search was given up: nothing is to be replaced.
+    Text replacement;          ///< The new text for `range`.
+    qint64 caret = 0;          ///< Offset of the caret in the new text.
+    bool isTooComplex = false; ///< The search was abandoned: replace nothing.
 };
 
-/// Works out the text with every match replaced, in one pass over `text`. Long stretches without a
-/// match share the storage of `text`. Stops early when cancelled; the result is then of no use.
+/// Computes the text with all matches replaced, in one pass over `text`. Long stretches without a
+/// match share the storage of `text`. Stops early when cancelled; discard the result then.
+/// \param caret its offset in `text`, which `ReplaceAllResult::caret` maps to the new text.
 [[nodiscard]] ReplaceAllResult replaceAllMatches(const TextFinder &finder,
                                                  const FindReplacement &replacement,
                                                  const Text &text,
                                                  qint64 caret,
                                                  const FindIsCancelled &isCancelled = {});
 
-/// What `match` would be replaced by; nothing when the pattern does not match there.
+/// Returns the replacement for `match`, or nothing when the pattern does not match exactly there.
 [[nodiscard]] std::optional<QString> replacementAt(const TextFinder &finder,
                                                    const FindReplacement &replacement,
                                                    const Text &text,

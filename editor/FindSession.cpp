@@ -4,11 +4,11 @@ namespace penwick {
 
 namespace {
 
-// Milliseconds.
-constexpr int kPatience = 8;        // For what a key asks for.
-constexpr int kMarkPatience = 4;    // For what a paint asks for.
-constexpr int kRestartDelay = 150;  // A run of keys counts once.
-constexpr int kProgressPeriod = 80; // The eye reads no faster.
+// Milliseconds. The waits are how long a call blocks before its result is reported later.
+constexpr int kSearchWait = 8;      // For a search, a replacement or the count.
+constexpr int kMarkWait = 4;        // For marks and the number of the selected match.
+constexpr int kRestartDelay = 150;  // Debounces the count while the user types.
+constexpr int kProgressPeriod = 80; // Between updates of the displayed count.
 
 } // namespace
 
@@ -68,7 +68,7 @@ void FindSession::textDidChange()
     if (!m_isCounting && !m_search.isRunning())
         return;
     abandonAll();
-    // The old figures stay until there are new ones: they are rarely far off.
+    // Keep showing the old count until the new one is known: it is rarely far off.
     m_restartTimer.start();
     Q_EMIT marksDidChange();
 }
@@ -88,7 +88,7 @@ void FindSession::restartCount()
                 ;
             return [this] { showProgress(); };
         },
-        kPatience);
+        kSearchWait);
     if (m_counting.isRunning()) {
         m_progressTimer.start();
         showProgress();
@@ -136,7 +136,7 @@ void FindSession::askNumber()
             const std::optional<qint64> number = counter->numberOf(range, isCancelled);
             return [show, number] { show(number); };
         },
-        kMarkPatience);
+        kMarkWait);
 }
 
 void FindSession::giveUp()
@@ -189,7 +189,7 @@ void FindSession::findNext(FindPlace from, bool wraps)
             const FindResult result = penwick::findNext(finder, text, from, wraps, isCancelled);
             return [this, result] { report(result); };
         },
-        kPatience);
+        kSearchWait);
 }
 
 void FindSession::findPrevious(qint64 offset, bool wraps)
@@ -206,7 +206,7 @@ void FindSession::findPrevious(qint64 offset, bool wraps)
                 penwick::findPrevious(finder, text, offset, wraps, isCancelled);
             return [this, result] { report(result); };
         },
-        kPatience);
+        kSearchWait);
 }
 
 void FindSession::replaceMatch(const FindMatch &match, const QString &replacement)
@@ -225,7 +225,7 @@ void FindSession::replaceMatch(const FindMatch &match, const QString &replacemen
                 return [this] { Q_EMIT notFound(); };
             return [this, match, result] { Q_EMIT replacementReady(match, *result); };
         },
-        kPatience);
+        kSearchWait);
 }
 
 void FindSession::replaceAll(const QString &replacement, qint64 caret)
@@ -245,7 +245,7 @@ void FindSession::replaceAll(const QString &replacement, qint64 caret)
                     Q_EMIT replaceAllReady(result);
             };
         },
-        kPatience);
+        kSearchWait);
 }
 
 const std::vector<FindMatch> &FindSession::marksIn(TextRange range)
@@ -258,7 +258,7 @@ const std::vector<FindMatch> &FindSession::marksIn(TextRange range)
     const bool isKnown = m_markedRevision == m_revision && m_markedRange == range;
     if (isKnown || m_marking.isRunning())
         return m_marks;
-    // Without a count there are no checkpoints: then the search begins near the range.
+    // Without a count there are no checkpoints; the search then starts near the range.
     const auto counter =
         m_counter ? m_counter : std::make_shared<FindCount>(*m_finder, m_storage->text());
     const auto isWithinCall = std::make_shared<bool>(true);
@@ -274,7 +274,7 @@ const std::vector<FindMatch> &FindSession::marksIn(TextRange range)
                     Q_EMIT marksDidChange();
             };
         },
-        kMarkPatience);
+        kMarkWait);
     *isWithinCall = false;
     return m_marks;
 }

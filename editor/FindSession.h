@@ -16,10 +16,10 @@
 
 namespace penwick {
 
-/// What is looked for in one storage, and what became of it. Every search runs on another thread
-/// over a copy of the text's value; what it finds is reported within the call if it comes quickly,
-/// else in a later turn, and dropped when the text or the pattern has changed meanwhile. Ranges are
-/// in UTF-16 code units, 0-based.
+/// Searches one storage for a pattern and keeps the results. Every search runs on a background
+/// thread over a snapshot of the text. A quick result is reported within the call, any other in a
+/// later turn of the event loop; it is discarded when the text or the pattern has changed in the
+/// meantime. Ranges are in UTF-16 code units, 0-based.
 class FindSession final : public QObject
 {
     Q_OBJECT
@@ -28,50 +28,50 @@ public:
     /// \param storage not owned; held weakly.
     explicit FindSession(TextStorage *storage, QObject *parent = nullptr);
 
-    /// Abandons what runs for the old pattern.
+    /// Cancels all work for the old pattern.
     void setPattern(const FindPattern &pattern);
 
     [[nodiscard]] const FindPattern &pattern() const { return m_pattern; }
 
-    /// Why nothing can be found; an empty pattern is such a reason too.
+    /// Why the pattern cannot be searched for; an empty pattern is an error too.
     [[nodiscard]] const std::optional<FindPatternError> &error() const { return m_error; }
 
-    /// Whether matches are counted and marked: only while somebody can see it.
+    /// Switches counting and marking of matches. Switch it on only while the results are visible.
     void setCounting(bool isCounting);
 
     struct Count
     {
-        qint64 number = 0; ///< Of the match that is selected, from 1; 0: none or not known yet.
+        qint64 number = 0; ///< Of the selected match, 1-based; 0: none or not known yet.
         qint64 total = 0;
-        bool isComplete = false; ///< Else there may be more.
+        bool isComplete = false; ///< False while there may be more.
     };
 
     [[nodiscard]] const Count &count() const { return m_count; }
 
-    /// Tells what is selected, for `Count::number`.
+    /// Sets the selection, whose number is `Count::number`.
     void setSelection(TextRange selection);
 
-    /// Reports through `found` or `notFound`. Abandons a search that still runs.
+    /// Both emit `found` or `notFound`, and cancel a search that is still running.
     void findNext(FindPlace from, bool wraps);
     void findPrevious(qint64 offset, bool wraps);
 
     [[nodiscard]] bool isSearching() const { return m_search.isRunning(); }
 
-    /// Abandons what is being searched or replaced, without a report.
+    /// Cancels a running search or replacement without a report.
     void cancelSearch();
 
-    /// Works out what takes the place of `match`; reports through `replacementReady`, or through
-    /// `notFound` when the pattern does not match there.
+    /// Computes the replacement for `match`. Emits `replacementReady`, or `notFound` when the
+    /// pattern does not match there.
     void replaceMatch(const FindMatch &match, const QString &replacement);
-    /// Works out the text with all matches replaced; reports through `replaceAllReady`. `caret` as
-    /// in `replaceAllMatches`.
+    /// Computes the text with all matches replaced. Emits `replaceAllReady`, or `errorDidChange`
+    /// when the search is abandoned. `caret` is as in `replaceAllMatches`.
     void replaceAll(const QString &replacement, qint64 caret);
 
-    /// The matches in a stretch of the text, ascending. Those last known, when it takes time to
-    /// find out: then `marksDidChange` follows.
+    /// Returns the matches in a range of the text, ascending. When computing them takes longer,
+    /// returns the last known ones and emits `marksDidChange` later.
     [[nodiscard]] const std::vector<FindMatch> &marksIn(TextRange range);
 
-    /// The most matches that are marked at a time.
+    /// Maximum number of matches that are marked at a time.
     static constexpr std::size_t kMarkLimit = 20'000;
 
 Q_SIGNALS:
@@ -81,7 +81,7 @@ Q_SIGNALS:
     void replaceAllReady(const penwick::ReplaceAllResult &result);
     void countDidChange();
     void marksDidChange();
-    /// `error` changed other than by `setPattern`: matching was given up.
+    /// `error` changed other than by `setPattern`: matching was abandoned.
     void errorDidChange();
 
 private:
@@ -98,16 +98,16 @@ private:
     QPointer<TextStorage> m_storage;
     FindPattern m_pattern;
     std::optional<FindPatternError> m_error;
-    std::optional<TextFinder> m_finder; // Nothing where the pattern has an error.
+    std::optional<TextFinder> m_finder; // Empty when the pattern does not compile.
     bool m_isCounting = false;
-    quint64 m_revision = 1; // Of text and pattern together.
+    quint64 m_revision = 1; // Incremented when earlier results become outdated.
 
-    std::shared_ptr<FindCount> m_counter; // Of the text as it was when the count began.
+    std::shared_ptr<FindCount> m_counter; // Holds a snapshot of the text.
     Count m_count;
     TextRange m_selection;
     std::vector<FindMatch> m_marks;
     TextRange m_markedRange;
-    quint64 m_markedRevision = 0; // 0: nothing is known.
+    quint64 m_markedRevision = 0; // The revision of `m_marks`; 0: unknown.
 
     BackgroundTask m_search;
     BackgroundTask m_counting;

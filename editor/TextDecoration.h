@@ -17,12 +17,12 @@ struct TextColorRange
     QColor color;
 };
 
-/// What a `TextView` asks about the colours of what it shows, as a highlighter of a language knows
-/// them. Colours are all that it can give: where a character stands follows from text and font.
-/// (But for tabs in wrapped rows, which Qt measures from where the last change of looks was.)
+/// Supplies the colours of the text that a `TextView` shows, for example from a syntax highlighter.
+/// It can set colours only: the layout follows from the text and the font. (One exception: Qt
+/// measures tabs in wrapped rows from the last change of format.)
 ///
-/// A view asks about the segments that it lays out, and tells each edit before it asks about the
-/// text that the edit led to.
+/// A view queries the segments that it lays out. It reports each edit before it queries the text
+/// that the edit led to.
 class TextDecoration
 {
 public:
@@ -30,23 +30,26 @@ public:
     virtual ~TextDecoration() = default;
     Q_DISABLE_COPY_MOVE(TextDecoration)
 
-    /// `newLength` units of `text` stand at `offset` in place of `oldLength` units of the text told
-    /// last (UTF-16 code units, 0-based). The first text comes as an edit of the empty one.
+    /// Called after each edit: `newLength` units of `text` at `offset` replaced `oldLength` units
+    /// of the text reported last (UTF-16 code units, 0-based). The first text is reported as an
+    /// edit of the empty text.
     virtual void
     textChanged(const Text &text, qint64 offset, qint64 oldLength, qint64 newLength) = 0;
 
-    /// Told at first, and whenever the colours of the widget have become others.
+    /// Called when the decoration is set and whenever the widget's palette may have changed.
     virtual void paletteChanged(const QPalette &palette) = 0;
 
-    /// Names what `colors` depends on besides palette and the segment's own characters: while
-    /// it stays the same, so do the colours. Asked often, also for segments that are known.
+    /// Returns a key for everything that `colors` depends on besides the palette and the segment's
+    /// own characters: while the key is the same, so are the colours. Called often, also for
+    /// segments that are already laid out.
     [[nodiscard]] virtual quint64 colorKey(const TextSegment &segment) = 0;
 
-    /// Ascending, without overlap. What no range covers has the colour of plain text.
+    /// Returns ranges in ascending order, without overlap. Text outside them has the default
+    /// colour.
     [[nodiscard]] virtual QList<TextColorRange> colors(const TextSegment &segment) = 0;
 
-    /// Fills the rows of a segment over their whole width; an invalid colour fills nothing. Asked
-    /// at each paint.
+    /// Returns the colour that fills the rows of a segment over their whole width; an invalid
+    /// colour fills nothing. Called at each paint.
     [[nodiscard]] virtual QColor background(const TextSegment &segment) const = 0;
 };
 

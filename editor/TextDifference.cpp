@@ -25,7 +25,7 @@ qint64 commonStart(const Text &one, const Text &other)
     return length;
 }
 
-/// \param limit the most that it may be.
+/// \param limit maximum of the result.
 qint64 commonEnd(const Text &one, const Text &other, qint64 limit)
 {
     for (qint64 done = 0; done < limit; done += kBlock) {
@@ -49,7 +49,7 @@ TextDifference differenceBetween(const Text &before, const Text &after)
     }
     qint64 start = commonStart(before, after);
     if (start > 0 && QChar::isHighSurrogate(before.at(start - 1))) {
-        --start; // What follows differs, so only half of a pair is common.
+        --start; // Only one half of a surrogate pair is common.
     }
     const qint64 shorter = std::min(before.size(), after.size());
     qint64 end = commonEnd(before, after, shorter - start);

@@ -5,17 +5,17 @@
 
 namespace penwick {
 
-/// What makes one text out of another: everything outside `range` stands in both.
+/// The change that turns one text into another. The text outside `range` is common to both.
 struct TextDifference
 {
-    TextRange range; ///< Of the old text; never begins or ends inside a surrogate pair.
+    TextRange range; ///< In the old text; never begins or ends inside a surrogate pair.
     Text replacement;
 
     [[nodiscard]] bool isEmpty() const { return range.length == 0 && replacement.isEmpty(); }
 };
 
-/// The one stretch in which two texts differ, as short as it can be. Costs time for the length of
-/// both texts, and no memory to speak of. Safe to call from any thread.
+/// Returns the one stretch in which two texts differ, as short as possible. Takes time linear in
+/// the length of both texts, and a bounded amount of memory. Safe to call from any thread.
 [[nodiscard]] TextDifference differenceBetween(const Text &before, const Text &after);
 
 } // namespace penwick

@@ -86,7 +86,8 @@ void TextDocument::adoptWritten(const StoredText &stored, const QString &absolut
     m_storage->endSaving(true);
 }
 
-/// Another file than the document's own was agreed on when its name was chosen, as it was then.
+/// When the path is not that of the document's own file, the user has agreed to replace the file
+/// there in its present state.
 Replaceable TextDocument::replaceableAt(const QString &absolutePath) const
 {
     return {false, absolutePath == m_filePath ? m_version : FileVersion::of(absolutePath)};
@@ -127,7 +128,7 @@ void TextDocument::start(Transfer transfer, const QString &absolutePath)
     m_transferPath = absolutePath;
     connect(m_job.get(), &FileJob::finished, this, [this] {
         FileJob *job = m_job.release();
-        job->deleteLater(); // It is the one that tells this.
+        job->deleteLater(); // It is the sender of this signal.
         finishTransfer(*job);
     });
     Q_EMIT transferStarted();
@@ -137,7 +138,7 @@ tl::expected<void, DocumentError> TextDocument::finishTransfer(FileJob &job)
 {
     const Transfer transfer = m_transfer;
     const auto outcome = adoptOutcome(job);
-    // Last, for whoever hears it may drop the document.
+    // Last, because a slot may delete the document.
     Q_EMIT transferEnded(transfer, outcome ? std::nullopt : std::optional(outcome.error()));
     return outcome;
 }
@@ -171,7 +172,7 @@ int TextDocument::transferPercent() const
     if (m_job == nullptr || m_job->progress().total() <= 0) {
         return 0;
     }
-    // What is written has to settle on the disk, and a file can grow while it is read.
+    // Written data still has to reach the disk, and a file can grow while it is read.
     constexpr qint64 kMost = 99;
     const TransferProgress &progress = m_job->progress();
     return static_cast<int>(std::min(kMost, progress.done() * 100 / progress.total()));

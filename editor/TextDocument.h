@@ -17,9 +17,9 @@ namespace penwick {
 
 class FileJob;
 
-/// The document of one editor window: a whole UTF-8 text, where its file is, and the storage that
-/// the window edits, which is its undo manager too. It keeps no encoding and no newline style: what
-/// the file holds comes in and goes out unit by unit. Use it from the main thread.
+/// The document of one editor window: a whole UTF-8 text, the path of its file, and the storage
+/// that the window edits, which is also its undo manager. It stores no encoding and no newline
+/// style: text is read and written unchanged, unit by unit. Use it from the main thread.
 class TextDocument final : public QObject
 {
     Q_OBJECT
@@ -30,16 +30,16 @@ public:
     explicit TextDocument(QObject *parent = nullptr);
     ~TextDocument() override;
 
-    /// Documents are written when the person saves them, never behind their back.
+    /// Documents are written only when the user saves them.
     [[nodiscard]] static constexpr bool autosavesInPlace() { return false; }
 
-    /// The complete text; copying it is cheap. It follows the text view, an event-loop turn later.
+    /// The complete text; cheap to copy. It follows the text view one event-loop turn later.
     [[nodiscard]] const Text &contentString() const { return m_contentString; }
 
     /// Changes neither the storage nor the edited state.
     void setContentString(const Text &text);
 
-    /// What the window edits and undoes. Owned by the document; empty until a view fills it.
+    /// The storage that the window edits. Owned by the document; empty until a view fills it.
     [[nodiscard]] TextStorage *textStorage() const { return m_storage.get(); }
 
     /// The same, for a view that may outlive the document.
@@ -48,41 +48,42 @@ public:
     /// True when the text was edited since it was opened or saved.
     [[nodiscard]] bool isEdited() const { return m_storage->isModified(); }
 
-    /// Decodes `data` strictly into `contentString`; fails with `kUnsupportedContent` and then
-    /// changes nothing. No byte-order mark, newline or encoding is looked for.
+    /// Decodes `data` strictly into `contentString`. On other content it fails with
+    /// `kUnsupportedContent` and changes nothing. It detects no byte-order mark, newline style or
+    /// encoding.
     /// \param typeName ignored.
     [[nodiscard]] tl::expected<void, DocumentError> readFromData(QByteArrayView data,
                                                                  const QString &typeName = {});
 
-    /// `contentString` as UTF-8, without a byte-order mark.
+    /// Returns `contentString` as UTF-8. Adds no byte-order mark.
     /// \param typeName ignored.
     [[nodiscard]] tl::expected<QByteArray, DocumentError>
     dataOfType(const QString &typeName = {}) const;
 
-    /// Absolute path of the document's file; empty for one that was never saved. The file need not
+    /// Absolute path of the document's file; empty when it was never saved. The file need not
     /// exist.
     [[nodiscard]] const QString &filePath() const { return m_filePath; }
 
     void setFilePath(const QString &absolutePath);
 
-    /// Reads the file and takes its path. On failure nothing changes.
+    /// Reads the file and adopts its path. On failure nothing changes.
     [[nodiscard]] tl::expected<void, DocumentError> readFromFile(const QString &absolutePath);
 
-    /// Replaces the file by `contentString`, takes its path, and marks the text as saved. What the
-    /// window has not handed over yet is asked for first (`aboutToSave`). On failure neither the
-    /// old file nor the document changes. Where the document's own file is no longer the one that
-    /// it knows (`fileVersion`), or another file changes while this goes on, that is a failure of
-    /// the kind `FileError::Kind::Changed`.
+    /// Replaces the file's content by `contentString`, adopts its path, and marks the text as
+    /// saved. Emits `aboutToSave` first, so that pending edits are included. On failure the
+    /// document does not change, nor does the old file unless the error is
+    /// `FileError::Kind::Damaged`. Fails with `FileError::Kind::Changed` when the document's own
+    /// file no longer has the state `fileVersion`, or when another file changes during the call.
     [[nodiscard]] tl::expected<void, DocumentError> writeToFile(const QString &absolutePath);
 
     enum class Transfer { None, Reading, Writing };
 
-    /// As `readFromFile`, by a transfer that `transferEnded` tells the end of. Only when no other
-    /// is under way.
+    /// Does the same as `readFromFile` by a transfer, whose end `transferEnded` reports. Call it
+    /// only while no other transfer is running.
     void startReading(const QString &absolutePath);
 
-    /// As `writeToFile`, by a transfer. It writes the text as it is now: what is edited meanwhile
-    /// stays edited. Only when no other is under way.
+    /// Does the same as `writeToFile` by a transfer. It writes a snapshot of the text: edits made
+    /// meanwhile leave the document edited. Call it only while no other transfer is running.
     void startWriting(const QString &absolutePath);
 
     [[nodiscard]] Transfer transfer() const { return m_transfer; }
@@ -91,47 +92,49 @@ public:
 
     [[nodiscard]] bool isWriting() const { return m_transfer == Transfer::Writing; }
 
-    /// Where the transfer under way reads or writes; empty without one.
+    /// Path that the running transfer reads or writes; empty without a transfer.
     [[nodiscard]] const QString &transferPath() const { return m_transferPath; }
 
-    /// How far the transfer has come: 0 at the start, never past 99 before its end.
+    /// Progress of the transfer: 0 at the start, at most 99 before its end.
     [[nodiscard]] int transferPercent() const;
 
-    /// Calls the transfer off; it ends soon after, with a cancellation as its error. A write that
-    /// cannot be stopped any more succeeds. Nothing happens without a transfer.
+    /// Cancels the transfer. It ends soon after, with a cancellation as its error. A write that can
+    /// no longer be stopped succeeds. Does nothing without a transfer.
     void cancelTransfer();
 
-    /// Blocks until the transfer has ended, but no longer than `time`. Emits `transferEnded` for
-    /// one that did and returns its outcome; nothing when it goes on.
+    /// Blocks until the transfer has ended, but no longer than `time`. If it has ended, emits
+    /// `transferEnded` and returns its outcome; otherwise returns nothing.
     [[nodiscard]] std::optional<tl::expected<void, DocumentError>>
     waitForTransfer(std::chrono::milliseconds time);
 
-    /// The state of the file that the document may replace without a word: the one it was read
-    /// from or written to last, unless another was accepted since. Nothing without a file.
+    /// The state of the file that a save may replace without asking: that of the last read or
+    /// write, unless another was accepted since. Empty without a file.
     [[nodiscard]] const std::optional<FileVersion> &fileVersion() const { return m_version; }
 
-    /// The file is in another state now, and the person agreed, or has no reason not to, that this
-    /// text replaces it.
+    /// Accepts another state of the file: the next save may replace it. Call this when the user has
+    /// agreed, or when there is no reason to ask.
     void acceptFileVersion(const std::optional<FileVersion> &version) { m_version = version; }
 
-    /// What the file held when it was read or written last.
+    /// The file's content when it was last read or written.
     [[nodiscard]] const Text &savedText() const { return m_savedText; }
 
-    /// The storage holds what stands in the file now: the text counts as saved.
+    /// Records `stored` as the file's content and state, and marks the text as saved. Call this
+    /// when the storage holds the same text.
     void adoptFileText(const StoredText &stored);
 
-    /// True when the file at `filePath` is not as the document knows it, judged by its size and
-    /// time. False for a document without a file, and for a file that is gone.
+    /// True when the state of the file at `filePath` is not the one that the document knows. The
+    /// file is not read. False for a document without a file, and for a missing file.
     [[nodiscard]] bool fileChangedOnDisk() const;
 
 Q_SIGNALS:
     void contentStringChanged();
     void filePathChanged();
     void editedChanged(bool edited);
-    /// The text is about to be written. Whoever holds edits back hands them over before returning.
+    /// The text is about to be written. A slot that holds back edits must apply them before it
+    /// returns.
     void aboutToSave();
     void transferStarted();
-    /// The document is as the transfer left it. `error` is empty when it succeeded.
+    /// The document has adopted the outcome of the transfer. `error` is empty on success.
     void transferEnded(penwick::TextDocument::Transfer transfer,
                        const std::optional<penwick::DocumentError> &error);
 
@@ -150,7 +153,7 @@ private:
     Text m_savedText;
     Transfer m_transfer = Transfer::None;
     QString m_transferPath;
-    std::unique_ptr<FileJob> m_job; // Last: it ends before anything else goes.
+    std::unique_ptr<FileJob> m_job; // Last, so that it is destroyed first.
 };
 
 } // namespace penwick

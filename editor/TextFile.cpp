@@ -19,7 +19,7 @@ tl::unexpected<DocumentError> fileSystemError(const FileError &error)
 
 TransferOutcome readOnce(const QString &path, TransferProgress &progress)
 {
-    // Taken first: a change during the read then counts as one after it.
+    // Taken before the read: a change during the read then counts as a later one.
     const std::optional<FileVersion> version = FileVersion::of(path);
     progress.setTotal(version ? version->size : 0);
     Utf8Reader reader;
@@ -27,7 +27,8 @@ TransferOutcome readOnce(const QString &path, TransferProgress &progress)
         progress.advance(block.size());
         return !progress.isCancelled() && reader.append(block);
     });
-    // The reader stops it at the first invalid byte, which is not the file system's fault.
+    // The reader stops at the first invalid byte, which is reported as a cancellation but is no
+    // file system error.
     const bool isInvalid = !read && read.error().kind == FileError::Kind::Cancelled;
     if (!read && (!isInvalid || progress.isCancelled())) {
         return fileSystemError(read.error());
@@ -51,7 +52,7 @@ TransferOutcome writeOnce(const QString &path,
             return !progress.isCancelled() && write(block);
         });
     };
-    // Now, before anything is written for nothing, and again when nothing else is left to do.
+    // Checked before anything is written, and again as late as possible.
     bool isReplaceable = replaceable.fits(path);
     const auto isStillWanted = [&] {
         isReplaceable = replaceable.fits(path);

@@ -12,19 +12,20 @@ namespace penwick {
 
 namespace {
 
-/// What one call that cannot be interrupted may compare at the most.
+/// Maximum number of units that one call of the matcher compares. A call cannot be interrupted.
 constexpr qint64 kComparedUnits = 4'000'000;
-/// In the reverse direction a text is searched in blocks of this length.
+/// Length of the blocks of a backward search, in UTF-16 code units.
 constexpr qint64 kBlockUnits = 32'768;
 
-/// False where ignoring case changes nothing, as in most Japanese; it takes several times as long.
+/// False when ignoring case changes nothing, as for most Japanese. A case-insensitive search takes
+/// several times as long.
 bool hasCase(const QString &string)
 {
     return string.toCaseFolded() != string || string.toUpper() != string;
 }
 
-/// Folds case character by character, so that all keep their places. Done here because the matcher
-/// of Qt 6.8, told to ignore case, finds no pattern with a character beyond U+FFFF.
+/// Folds case character by character, so that offsets do not change. Done here because
+/// QStringMatcher of Qt 6.8, when it ignores case, finds no pattern with a character beyond U+FFFF.
 QString simplyFolded(QString string)
 {
     QChar *units = string.data();
@@ -45,7 +46,7 @@ QString simplyFolded(QString string)
     return string;
 }
 
-/// True for an empty match that only tells again where the match before it ended.
+/// True for an empty match at the end of the match before it, which is not counted.
 bool isRepeated(const FindMatch &match, FindPlace place)
 {
     return match.isEmpty() && place.isAfterMatch && match.start == place.offset;
@@ -73,7 +74,7 @@ tl::expected<TextFinder, FindPatternError> TextFinder::compile(const FindPattern
     return finder;
 }
 
-/// One step under way.
+/// The state of a step.
 class TextFinder::Stepper final
 {
 public:
@@ -92,7 +93,7 @@ public:
 
     [[nodiscard]] qint64 end() const { return m_end; }
 
-    /// Where the next step begins, unless something holds this one up.
+    /// Where the step ends unless it is stopped earlier.
     [[nodiscard]] qint64 limit() const { return std::min(m_core, m_end); }
 
     [[nodiscard]] bool goesOn() const
@@ -104,7 +105,7 @@ public:
 
     void moveTo(FindPlace place) { m_place = place; }
 
-    /// Moves behind a character, past a place where nothing counts.
+    /// Moves past the character at `offset`, where no further match is wanted.
     void skip(qint64 offset) { m_place = {findOffsetAfter(m_text, offset), false}; }
 
     void visit(const FindMatch &match, const QRegularExpressionMatch *captures)
@@ -136,7 +137,7 @@ TextFinder::Step
 TextFinder::step(const Text &text, FindPlace from, const Visit &visit, qint64 end) const
 {
     from.offset = std::max<qint64>(from.offset, 0);
-    // The stretches that an expression sees reach farther than its step.
+    // Half as long for an expression, which sees stretches that reach beyond its step.
     Stepper stepper(text, from, m_expression ? kStepUnits / 2 : kStepUnits, visit, end);
     if (!m_expression) {
         stepPlain(stepper);
@@ -166,7 +167,7 @@ void TextFinder::stepPlain(Stepper &stepper) const
     const qint64 limit = std::min(stepper.limit(), text.size());
     const QString units = comparable(text.slice(start, limit - start + length - 1));
     const qint64 stride = std::max<qint64>(kComparedUnits / length, 1);
-    // Asking the clock takes as long as finding a short pattern.
+    // Reading the clock takes as long as finding a short pattern, so it is not read each time.
     constexpr qsizetype kShort = 64;
     const unsigned interval = m_wholeWords || length > kShort ? 1 : 16;
     QElapsedTimer timer;
@@ -175,7 +176,7 @@ void TextFinder::stepPlain(Stepper &stepper) const
         if (i % interval == 0 && timer.elapsed() >= kStepTime)
             break;
         const qint64 from = stepper.place().offset;
-        const qint64 last = std::min(from + stride, limit); // The last place to try, exclusive.
+        const qint64 last = std::min(from + stride, limit); // End of the places to try.
         const auto part =
             QStringView(units).left(static_cast<qsizetype>(last - start + length - 1));
         const qsizetype index = m_matcher.indexIn(part, static_cast<qsizetype>(from - start));
@@ -189,7 +190,7 @@ void TextFinder::stepPlain(Stepper &stepper) const
         if (isTaken)
             stepper.visit(match, nullptr);
     }
-    if (stepper.place().offset >= text.size()) // No plain pattern matches there.
+    if (stepper.place().offset >= text.size()) // A plain pattern cannot match there.
         stepper.moveTo({text.size() + 1, stepper.place().isAfterMatch});
 }
 
@@ -211,8 +212,8 @@ void TextFinder::stepExpression(Stepper &stepper) const
         } else if (isRepeated(match, place) || !isAccepted(stepper.text(), match)) {
             stepper.skip(match.start);
         } else {
-            // An empty match would be found again and again; but one that has moved its start may
-            // be followed by another.
+            // Step past an empty match, which would be found again. With `\K`, another match may
+            // follow at the same place.
             if (match.isEmpty() && !movesStart())
                 stepper.skip(match.start);
             else
@@ -250,7 +251,7 @@ void FindEffort::add(FindPlace from, const TextFinder::Step &step)
 
 bool FindEffort::isTooMuch() const
 {
-    // Anything but a runaway expression is hundreds of times as quick.
+    // Nanoseconds. Normal expressions are hundreds of times faster.
     constexpr qint64 kFree = 2'000'000'000;
     constexpr qint64 kPerUnit = 50'000;
     return m_effort > kFree + m_units * kPerUnit;
@@ -271,7 +272,7 @@ bool isCancelledNow(const FindIsCancelled &isCancelled)
     return isCancelled && isCancelled();
 }
 
-/// The first match from `from` on.
+/// Returns the first match from `from` on.
 FindResult firstMatch(const TextFinder &finder,
                       const Text &text,
                       FindPlace from,
@@ -287,7 +288,7 @@ FindResult firstMatch(const TextFinder &finder,
     return result;
 }
 
-/// The last match that starts in [start, end) and ends at or before `bound`.
+/// Returns the last match that starts in [start, end) of `block` and ends at or before `bound`.
 FindResult lastMatch(const TextFinder &finder,
                      const Text &text,
                      std::pair<qint64, qint64> block,
@@ -305,7 +306,7 @@ FindResult lastMatch(const TextFinder &finder,
     return result;
 }
 
-/// The last match in [floor, offset), block by block from the end.
+/// Returns the last match in [floor, offset). Searches block by block from the end.
 FindResult lastMatchBefore(const TextFinder &finder,
                            const Text &text,
                            qint64 offset,
@@ -348,7 +349,7 @@ FindResult findPrevious(const TextFinder &finder,
     FindResult result = lastMatchBefore(finder, text, offset, 0, isCancelled);
     if (result.match || result.isTooComplex || !wraps)
         return result;
-    // One more than the text is long, for an empty match at its end.
+    // Size + 1, so that an empty match at the text's end is found.
     result = lastMatchBefore(finder, text, text.size() + 1, offset, isCancelled);
     result.isWrapped = result.match.has_value();
     return result;

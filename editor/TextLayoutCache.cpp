@@ -13,10 +13,10 @@ namespace penwick {
 
 namespace {
 
-/// Stands in the layout for a character that is shown by a label. Neutral as to direction.
+/// Replaces, in the layout, a character that is shown by a label. Neutral in direction.
 constexpr QChar kPlaceholder(0x25AF);
 
-/// The break behind `segment` when it is not one that every reader takes for granted.
+/// Returns the line break after `segment` if it is neither a line feed nor CR LF, else 0.
 char16_t unusualLineEnd(const Text &text, const TextSegment &segment)
 {
     const char16_t unit = segment.breakLength == 1 ? text.at(segment.end) : u'\n';
@@ -27,15 +27,16 @@ bool holdsRightToLeft(const QString &units)
 {
     constexpr char16_t kFirstRightToLeft = 0x0590;
     return std::any_of(units.begin(), units.end(), [](QChar c) {
-        // A surrogate may belong to an old script of that kind: treated alike, it only costs time.
+        // A surrogate pair may belong to a right-to-left script: counting each only costs time.
         return c.unicode() >= kFirstRightToLeft &&
                (c.direction() == QChar::DirR || c.direction() == QChar::DirAL ||
                 c.isHighSurrogate());
     });
 }
 
-/// U+FE0F asks for the coloured picture of the character before it. The layout engine knows nothing
-/// of that and takes the first font that has the character, which may draw it in black.
+/// U+FE0F requests the emoji presentation of the character before it. The layout engine ignores
+/// that and takes the first font that has the character, which may draw it in black and white. The
+/// returned formats select the emoji font.
 QList<QTextLayout::FormatRange> emojiPresentations(QStringView units, const QString &emojiFamily)
 {
     constexpr QChar kEmojiPresentation(0xFE0F);
@@ -77,7 +78,7 @@ SegmentLayout::SegmentLayout(const Text &text,
     : m_segment(segment)
 {
     QString units = text.slice(segment.start, segment.length());
-    // What stands for an invisible character comes later and so stays unseen.
+    // The transparent formats of labelled characters come last, so that they override the colours.
     QList<QTextLayout::FormatRange> formats = colorFormats(colors);
     formats += substituteInvisibles(units, style);
     if (!style.emojiFamily.isEmpty())
@@ -92,7 +93,7 @@ SegmentLayout::SegmentLayout(const Text &text,
     option.setTabStopDistance(style.tabWidth);
     option.setAlignment(isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft);
     m_layout.setTextOption(option);
-    // Where two segments of a line meet, the second one shows it.
+    // At the boundary of two segments of a line, the second one shows the composition.
     const bool isLast = segment.breakLength == 0 && segment.end == text.size();
     if (composition.isActive() && composition.position >= segment.start &&
         (composition.position < segment.nextStart() || isLast))
@@ -120,7 +121,7 @@ QList<QTextLayout::FormatRange> SegmentLayout::substituteInvisibles(QString &uni
         QTextLayout::FormatRange range;
         range.start = static_cast<int>(i);
         range.length = 1;
-        range.format.setForeground(Qt::transparent); // Only its width is wanted.
+        range.format.setForeground(Qt::transparent); // The label is painted over it.
         range.format.setFontLetterSpacingType(QFont::AbsoluteSpacing);
         range.format.setFontLetterSpacing((invisible::kLabelColumns - 1) * style.columnWidth);
         formats.append(range);
@@ -170,7 +171,7 @@ void SegmentLayout::addRows(const TextLayoutStyle &style)
     qreal y = 0;
     for (QTextLine line = m_layout.createLine(); line.isValid(); line = m_layout.createLine()) {
         line.setLineWidth(std::max<qreal>(1, style.width - reserved));
-        // Fallback fonts differ in height: the rows stay even by sharing the baseline.
+        // Fallback fonts differ in height. Aligning the baselines keeps the rows evenly spaced.
         line.setPosition(QPointF(left, y + style.ascent - line.ascent()));
         y += style.rowHeight;
     }
@@ -272,7 +273,7 @@ std::pair<qreal, qreal> SegmentLayout::edgesOf(qint64 start, qint64 end, int row
                     line.cursorToX(index + length - 1, QTextLine::Trailing));
     if (!m_hasRightToLeft)
         return edges;
-    // Where the direction changes the caret stands elsewhere than the character, so ask the glyphs.
+    // Where the direction changes, caret positions differ from character edges: use the glyphs.
     bool isFirst = true;
     for (const QGlyphRun &run : line.glyphRuns(index, length)) {
         const QList<QPointF> positions = run.positions();
@@ -366,7 +367,7 @@ void TextLayoutCache::textChanged(qint64 offset, qint64 oldLength, qint64 newLen
 {
     const qint64 oldEnd = offset + oldLength;
     const qint64 delta = newLength - oldLength;
-    // How far before an edit the cut between two segments of a huge line may depend on it.
+    // An edit can move a cut between two segments of a huge line up to this far before it.
     constexpr qint64 kCutReach = 2 * segments::kUnits;
     std::erase_if(m_entries, [&](const Entry &entry) {
         const TextSegment &segment = entry.layout->segment();

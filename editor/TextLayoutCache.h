@@ -13,19 +13,19 @@
 
 namespace penwick {
 
-/// What an input method shows at the caret without it being part of the text.
+/// Uncommitted text of an input method, shown at the caret. It is not part of the text.
 struct TextComposition
 {
-    qint64 position = 0; ///< Where it stands in the text, UTF-16 code units, 0-based.
+    qint64 position = 0; ///< Its offset in the text, UTF-16 code units, 0-based.
     QString string;      ///< The composed text; empty means no composition.
     int cursor = 0;      ///< Caret inside `string`, UTF-16 code units, 0-based; -1: hidden.
-    /// Looks of its clauses. `start` counts from the beginning of `string`.
+    /// Formats of its clauses. `start` is relative to `string`.
     QList<QTextLayout::FormatRange> formats;
 
     [[nodiscard]] bool isActive() const { return !string.isEmpty(); }
 };
 
-/// A character that no font draws, in a layout.
+/// A character in a layout that no font draws.
 struct InvisibleCharacter
 {
     int index = 0; ///< In the layout, UTF-16 code units, 0-based.
@@ -44,50 +44,50 @@ public:
 
     [[nodiscard]] const TextSegment &segment() const { return m_segment; }
 
-    /// Moves the segment in the text, after an edit before it.
+    /// Shifts the segment's offsets by `delta`, after an edit before it.
     void shift(qint64 delta);
 
     [[nodiscard]] int rowCount() const { return m_layout.lineCount(); }
 
     [[nodiscard]] const QTextLayout &layout() const { return m_layout; }
 
-    /// What has to be made visible, ascending.
+    /// The characters that need a mark or a label, ascending.
     [[nodiscard]] const std::vector<InvisibleCharacter> &invisibles() const { return m_invisibles; }
 
-    /// The line break behind the segment where it is one that readers should see: neither a line
-    /// feed nor CR LF. Otherwise 0. The last row has room for its label.
+    /// The line break after the segment if it is an unusual one, neither a line feed nor CR LF;
+    /// otherwise 0. The rows leave room for its label.
     [[nodiscard]] char16_t lineEnd() const { return m_lineEnd; }
 
-    /// The row that shows the caret at `offset`. Where a row ends and the next begins it is the
-    /// next one, or with `atRowEnd` the first one.
+    /// The row that shows the caret at `offset`. At a soft wrap, the lower row; with `atRowEnd`,
+    /// the upper one.
     [[nodiscard]] int rowOf(qint64 offset, bool atRowEnd) const;
     [[nodiscard]] qint64 rowStart(int row) const;
-    /// Units of an open composition that lie before the row, when the row starts inside or right
-    /// behind it; otherwise without meaning. With `rowStart` it names the row.
+    /// Units of an active composition before the row, if the row starts inside the composition or
+    /// right after it; otherwise meaningless. Together with `rowStart` it identifies the row.
     [[nodiscard]] int compositionBefore(int row) const;
-    /// The row named by what the two above answered.
+    /// The row that `rowStart` and `compositionBefore` identify.
     [[nodiscard]] int rowStartingAt(qint64 offset, int compositionUnits) const;
-    /// Where the caret stands at the end of the row.
+    /// Offset of the caret at the end of the row.
     [[nodiscard]] qint64 rowEnd(int row) const;
-    /// The caret's place in a row, from the left edge of the text.
+    /// The caret's x in a row, in logical pixels from the left edge of the text.
     [[nodiscard]] qreal xOf(qint64 offset, int row) const;
-    /// Left and right edge of the cluster from `start` to `end`, which the row shows.
+    /// Left and right edge of the cluster from `start` to `end` in the row that shows it.
     [[nodiscard]] std::pair<qreal, qreal> edgesOf(qint64 start, qint64 end, int row) const;
     /// The offset nearest to `x` in a row; may be inside a cluster.
     [[nodiscard]] qint64 offsetAt(qreal x, int row) const;
-    /// The offset of the character that covers `x` in a row; at its end the row's end.
+    /// The offset of the character that covers `x` in a row; beyond the last one, the row's end.
     [[nodiscard]] qint64 characterAt(qreal x, int row) const;
-    /// True when the line's first strong character asks for it.
+    /// True when the segment's first strong character is right-to-left.
     [[nodiscard]] bool isRightToLeft() const;
 
-    /// True when some characters run from right to left.
+    /// True when characters may run from right to left. Any surrogate pair counts.
     [[nodiscard]] bool hasRightToLeft() const { return m_hasRightToLeft; }
 
-    /// Index in `layout()` of an offset of the text: an open composition moves what follows it.
+    /// Index in `layout()` of an offset of the text. An active composition shifts what follows it.
     [[nodiscard]] int layoutIndex(qint64 offset) const;
-    /// True when a tab of the text stands at an index of `layout()`.
+    /// True when a tab of the text, not of a composition, is at `layoutIndex` in `layout()`.
     [[nodiscard]] bool isTab(int layoutIndex) const;
-    /// As `layoutIndex`, for the caret, which stands inside an open composition.
+    /// The same for the caret, which stands inside an active composition.
     [[nodiscard]] int caretIndex(qint64 offset, const TextComposition &composition) const;
 
 private:
@@ -109,28 +109,31 @@ private:
     bool m_hasRightToLeft = false;
 };
 
-/// The layouts used last, by the place of their segment. Bounded; an edit keeps what it left alone.
+/// The layouts used last. Bounded; an edit discards only the layouts that it affects.
 class TextLayoutCache final
 {
 public:
-    /// Forgets everything when the style is another one.
+    /// Sets the style and discards all layouts.
     void setStyle(const TextLayoutStyle &style);
 
     [[nodiscard]] const TextLayoutStyle &style() const { return m_style; }
 
-    /// \param decoration not owned; asked until another is set, null for none.
+    /// Sets the decoration and discards all layouts.
+    /// \param decoration not owned; used until another is set. Null for none.
     void setDecoration(TextDecoration *decoration);
 
     [[nodiscard]] TextDecoration *decoration() const { return m_decoration; }
 
-    /// A composition takes part in the layout of the segment it stands in.
+    /// Sets the composition, which is laid out in the segment that contains it. Discards the
+    /// layouts at its old and its new position.
     void setComposition(const TextComposition &composition);
 
-    /// The layout of `segment`, which must be one of `text`. Valid until the next call of anything
-    /// but this function; the cache never drops what was asked for in the latest `kCapacity` calls.
+    /// Returns the layout of `segment`, which must be one of `text`. The reference stays valid
+    /// until another function modifies the cache; calls of this one keep the layouts of the latest
+    /// `kCapacity` calls.
     [[nodiscard]] const SegmentLayout &layout(const Text &text, const TextSegment &segment);
 
-    /// Told after each edit: forgets what it touched and moves what follows.
+    /// Call this after each edit. Discards the layouts that it affects and shifts those after it.
     void textChanged(qint64 offset, qint64 oldLength, qint64 newLength);
 
     void clear() { m_entries.clear(); }
@@ -148,7 +151,7 @@ private:
     void forget(qint64 offset);
     void dropOldest();
 
-    std::vector<Entry> m_entries; // Ascending by the segment's start.
+    std::vector<Entry> m_entries; // Sorted by the segment's start.
     TextLayoutStyle m_style;
     TextComposition m_composition;
     TextDecoration *m_decoration = nullptr;

@@ -16,8 +16,8 @@ constexpr int kTabColumns = 4;
 
 TextLayoutStyle makeTextLayoutStyle(const QFont &font, qreal width)
 {
-    // The full stop comes from the font of Japanese, as ideographs do, but belongs to no script of
-    // its own: those would have the font looked up once more, also for texts that hold none.
+    // The ideographic full stop is drawn by the Japanese font, as ideographs are, but has no script
+    // of its own. An ideograph would cause another font lookup, even for texts without ideographs.
     QTextLayout probe(QStringLiteral("Ag。"), font);
     probe.beginLayout();
     QTextLine line = probe.createLine();

@@ -8,7 +8,7 @@ namespace penwick {
 struct TextLayoutStyle
 {
     QFont font;
-    QString emojiFamily;   ///< The one among the font's families for emoji; empty without one.
+    QString emojiFamily;   ///< The emoji family among the font's families; empty if there is none.
     qreal width = 0;       ///< Rows wrap here.
     qreal tabWidth = 0;    ///< Distance of tab stops.
     qreal columnWidth = 0; ///< Of one ASCII character.
@@ -16,7 +16,8 @@ struct TextLayoutStyle
     qreal ascent = 1; ///< From a row's top to its baseline.
 };
 
-/// The style of rows `width` wide, all of a height that Latin and Japanese characters fit in alike.
+/// Returns the style for rows `width` wide. The row height suits Latin and Japanese characters
+/// alike.
 [[nodiscard]] TextLayoutStyle makeTextLayoutStyle(const QFont &font, qreal width);
 
 } // namespace penwick

@@ -35,7 +35,7 @@ std::optional<Text> textOf(const QMimeData *mime)
         return std::nullopt;
     if (const auto *own = qobject_cast<const TextMimeData *>(mime))
         return own->value().isEmpty() ? std::nullopt : std::optional(own->value());
-    // Asked for a string, Qt takes a leading U+FEFF for a mark of the encoding and drops it.
+    // Decode the bytes here: QMimeData::text drops a leading U+FEFF as a byte-order mark.
     const QByteArray bytes = mime->data(u"text/plain;charset=utf-8"_s);
     if (!bytes.isEmpty()) {
         if (auto text = Text::fromUtf8(bytes))

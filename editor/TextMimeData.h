@@ -9,8 +9,8 @@
 
 namespace penwick {
 
-/// A text on its way through the clipboard, the primary selection or a drag. It holds the text as a
-/// value, so offering 100 MB costs nothing until someone asks for them.
+/// A text offered through the clipboard, the primary selection or a drag. It holds a shared value,
+/// so offering 100 MB costs nothing until another program requests the data.
 class TextMimeData final : public QMimeData
 {
     Q_OBJECT
@@ -29,15 +29,15 @@ private:
     Text m_text;
 };
 
-/// True when `mime`, which may be null, offers text; it is not looked at.
+/// True when `mime`, which may be null, offers text. The text is not read.
 [[nodiscard]] bool offersText(const QMimeData *mime);
 
-/// The text in `mime`, which may be null, without its styles but unit for unit; none where there is
-/// no text or an empty one.
+/// Returns the text in `mime`, which may be null, without styles and with its code units unchanged;
+/// nothing when there is no text or an empty one.
 [[nodiscard]] std::optional<Text> textOf(const QMimeData *mime);
 
-/// Absolute paths of the files of this machine in `mime`, which may be null. Where there are some
-/// they are what is meant, whatever text comes with them.
+/// Returns the absolute paths of the local files in `mime`, which may be null. If there are any,
+/// they take precedence over its text.
 [[nodiscard]] QStringList localFilesOf(const QMimeData *mime);
 
 } // namespace penwick

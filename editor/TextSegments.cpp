@@ -8,13 +8,13 @@ namespace penwick::segments {
 
 namespace {
 
-/// How far before its nominal place a cut may move to a blank.
+/// How far back from its nominal place a cut may move to follow a blank, in UTF-16 code units.
 constexpr qint64 kBlankReach = 256;
-/// A cluster longer than this is cut like other text.
+/// A cluster longer than this is cut like other text. UTF-16 code units.
 constexpr qint64 kClusterReach = 1024;
 
-/// Where the `index`th segment of a huge line begins. Depends on the text near the nominal place
-/// only, so that an edit far away in the line cannot change it but by shifting it.
+/// Returns where the `index`th segment of a huge line begins. Depends only on the text near the
+/// nominal place, so that a distant edit in the line can do no more than shift it.
 qint64 cutAt(const Text &text, qint64 lineStart, qint64 lineEnd, qint64 index)
 {
     const qint64 nominal = lineStart + index * kUnits;
@@ -25,7 +25,7 @@ qint64 cutAt(const Text &text, qint64 lineStart, qint64 lineEnd, qint64 index)
     const QString before = text.slice(nominal - kBlankReach, kBlankReach);
     const qsizetype blank = before.lastIndexOf(u' ');
     const qint64 afterBlank = nominal - kBlankReach + blank + 1;
-    // A mark may stand on the blank.
+    // A combining mark may follow the blank; the cut would then divide a cluster.
     if (blank >= 0 && text.clusterBoundaryWithin(afterBlank, kClusterReach) == afterBlank)
         return afterBlank;
     if (const auto boundary = text.clusterBoundaryWithin(nominal, kClusterReach))
@@ -37,7 +37,7 @@ qint64 cutAt(const Text &text, qint64 lineStart, qint64 lineEnd, qint64 index)
 
 TextLineBounds lineAt(const Text &text, qint64 offset)
 {
-    // Between CR and LF is inside the line break.
+    // An offset between CR and LF is inside the line break.
     if (offset > 0 && offset < text.size() && text.at(offset) == u'\n' &&
         text.at(offset - 1) == u'\r')
         --offset;
@@ -60,11 +60,11 @@ TextSegment at(const Text &text, qint64 offset)
     const TextLineBounds line = lineAt(text, offset);
     if (line.end - line.start <= kUnits)
         return {line.start, line.start, line.end, line.breakLength};
-    // The line's end belongs to its last segment, also where that one is just full.
+    // The line's end belongs to its last segment, even if that segment is full.
     qint64 index = (std::min(offset, line.end - 1) - line.start) / kUnits;
     qint64 start = cutAt(text, line.start, line.end, index);
     qint64 end = cutAt(text, line.start, line.end, index + 1);
-    // The cut may lie before its nominal place, so the offset may be one segment further on.
+    // A cut may lie before its nominal place, so the offset may be in the next segment.
     while (end <= offset && end < line.end) {
         ++index;
         start = end;

@@ -8,7 +8,7 @@ namespace penwick {
 /// Offsets are UTF-16 code units of the text, 0-based.
 struct TextSegment
 {
-    qint64 lineStart = 0;   ///< Where the line begins that the segment belongs to.
+    qint64 lineStart = 0;   ///< Start of the line that contains the segment.
     qint64 start = 0;       ///< First unit of the segment.
     qint64 end = 0;         ///< After its last unit; the line break is not part of it.
     qint64 breakLength = 0; ///< Units of the line break that follows: 1, 2 for CR LF, else 0.
@@ -31,21 +31,23 @@ struct TextLineBounds
     [[nodiscard]] qint64 nextStart() const { return end + breakLength; }
 };
 
-/// Divides a text into segments. Lines end at every separator of the status bar's set, CR LF being
-/// one end. Nothing is stored: each answer is O(log n).
+/// Divides a text into segments. Lines end at every separator of the status bar's set; CR LF is one
+/// line end. Nothing is stored: each call is O(log n).
 namespace segments {
 
-/// A segment holds at most this many units (unless one grapheme cluster is longer).
+/// Nominal length of the segments of a huge line, in UTF-16 code units. A cut may move back to a
+/// blank or a cluster boundary, so a segment can be up to half as long again.
 constexpr qint64 kUnits = 2048;
 
-/// The line that `offset` stands in; between CR and LF it is the one that they end.
+/// Returns the line that contains `offset`. Between CR and LF, it is the line that they end.
 [[nodiscard]] TextLineBounds lineAt(const Text &text, qint64 offset);
-/// The segment that `offset` stands in. Between two segments of a line it is the second one; at a
-/// line's end it is the line's last one. `offset` may be the text's size.
+/// Returns the segment that contains `offset`. Between two segments of a line, it is the second; at
+/// a line's end, the line's last one. `offset` may be the text's size.
 [[nodiscard]] TextSegment at(const Text &text, qint64 offset);
 [[nodiscard]] bool isFirst(const TextSegment &segment);
 [[nodiscard]] bool isLast(const Text &text, const TextSegment &segment);
-/// The neighbours; only where `isLast` or `isFirst` is false.
+/// The neighbouring segments. Call `next` only when `isLast` is false, and `previous` only when
+/// `isFirst` is false.
 [[nodiscard]] TextSegment next(const Text &text, const TextSegment &segment);
 [[nodiscard]] TextSegment previous(const Text &text, const TextSegment &segment);
 

@@ -7,7 +7,8 @@ namespace penwick {
 
 namespace {
 
-/// Typing a line break ends a run: undo then takes back a line at most.
+/// True when `text` holds a line break. Typing one ends an undo step, so that undo reverts at most
+/// one line.
 bool holdsLineBreak(const Text &text)
 {
     return text.metrics().separators > 0;
@@ -43,7 +44,7 @@ void TextStorage::apply(qint64 offset, qint64 length, const Text &replacement)
 
 void TextStorage::replaceCharacters(TextRange range, const Text &replacement, EditKind kind)
 {
-    // Widened to whole surrogate pairs, so that what is recorded is what is replaced.
+    // Widened to whole surrogate pairs, so that the recorded change is the one that is applied.
     const Text removed = m_text.mid(range.location, std::max<qint64>(0, range.length));
     qint64 offset = std::clamp<qint64>(range.location, 0, m_text.size());
     if (offset > 0 && offset < m_text.size() && QChar::isLowSurrogate(m_text.at(offset)))
@@ -103,7 +104,7 @@ void TextStorage::record(TextChange change, EditKind kind)
     m_steps.resize(m_position);
     m_awaitsSelection = true;
     if (m_groupingLevel > 0 && m_groupHasStep) {
-        // Saved in the middle of the group: undo and redo pass that state by.
+        // A save point in the middle of a group cannot be reached: undo and redo skip that state.
         for (qint64 *position : {&m_savePosition, &m_savingPosition}) {
             if (*position == static_cast<qint64>(m_position))
                 *position = -1;

@@ -19,7 +19,7 @@ struct TextRange
     bool operator==(const TextRange &) const = default;
 };
 
-/// One replacement: `removed` stood at `offset` and `inserted` stands there now.
+/// One replacement: `inserted` replaced `removed` at `offset`.
 struct TextChange
 {
     qint64 offset = 0; ///< UTF-16 code units, 0-based.
@@ -27,20 +27,20 @@ struct TextChange
     Text inserted;
 };
 
-/// The mutable holder of a text: edits, undo and redo, and the save point. Every operation costs
-/// O(log n) of the text's size plus the size of what is inserted by hand.
+/// A mutable text with undo, redo and a save point. Every operation costs O(log n) of the text's
+/// size plus the size of a small insertion.
 ///
-/// Undo works in groups: what happens between `beginUndoGrouping` and `endUndoGrouping` is one step
-/// (groups nest; the outermost counts), and so is each single edit outside of one. Runs of typing
-/// and of deleting coalesce as native text views do it, see `EditKind`.
+/// The unit of undo is the undo step. All edits between `beginUndoGrouping` and `endUndoGrouping`
+/// form one step (groups nest; the outermost counts); outside of a group each edit is a step of its
+/// own. Runs of typing and of deleting coalesce into one step, see `EditKind`.
 class TextStorage final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// What an edit is to the person who makes it. Consecutive `Typing` edits whose ranges meet
-    /// become one undo step, until a line break is typed or `breakUndoCoalescing` is called; so do
-    /// `DeletingBackward` and `DeletingForward`. `Other` edits never coalesce.
+    /// What the user does in an edit. Consecutive `Typing` edits whose ranges meet become one undo
+    /// step, until a line break is typed or `breakUndoCoalescing` is called; so do
+    /// `DeletingBackward` and `DeletingForward` edits. `Other` edits never coalesce.
     enum class EditKind { Typing, DeletingBackward, DeletingForward, Other };
 
     explicit TextStorage(QObject *parent = nullptr);
@@ -50,49 +50,51 @@ public:
     /// Length in UTF-16 code units.
     [[nodiscard]] qint64 length() const { return m_text.size(); }
 
-    /// Replaces the whole text without a trace: the undo history is emptied. The edited state stays
-    /// as it was, so a text loaded into a new storage is unedited.
+    /// Replaces the whole text and clears the undo history. The edited state does not change, so a
+    /// text loaded into a new storage is unedited.
     void setText(const Text &text);
 
-    /// Replaces `range` (clamped to the text) and registers the change for undo. Nothing happens,
-    /// and nothing is registered, when an empty range is replaced by an empty text.
+    /// Replaces `range` (clamped to the text) and registers the change for undo. Replacing an empty
+    /// range by an empty text does nothing and registers nothing.
     void
     replaceCharacters(TextRange range, const Text &replacement, EditKind kind = EditKind::Other);
 
     void beginUndoGrouping();
     void endUndoGrouping();
 
-    /// True between the two calls above.
+    /// True inside an undo group.
     [[nodiscard]] bool isGrouping() const { return m_groupingLevel > 0; }
 
-    /// The next edit starts an undo step of its own. Called when the caret moves, on saving, ...
+    /// Makes the next edit start an undo step of its own. Called when the caret moves, on saving,
+    /// and so on.
     void breakUndoCoalescing();
 
     [[nodiscard]] bool canUndo() const;
     [[nodiscard]] bool canRedo() const;
-    /// Takes the last step back; does nothing without one or inside a group. Returns the selection
-    /// that the step's first edit found (as told through `setSelectionForUndo`).
+    /// Reverts the last step; does nothing without one or inside a group. Returns the selection
+    /// from before the step's first edit, as set by `setSelectionForUndo`.
     TextRange undo();
-    /// Repeats the step undone last. Returns the selection that the step's last edit left.
+    /// Repeats the step undone last. Returns the selection from after the step's last edit.
     TextRange redo();
 
-    /// Tells the storage the view's selection, to be restored by undo and redo. Call it whenever
-    /// the selection changed: the next step remembers what was told last before its first edit, and
-    /// the first selection told after its last edit (in a group, the last one told in it).
+    /// Sets the view's selection, which undo and redo restore. Call it whenever the selection
+    /// changes. A step remembers the last selection set before its first edit and the first one set
+    /// after its last edit; in a group, the last one set within the group.
     void setSelectionForUndo(TextRange selection);
 
-    /// The text as it is now is the text on disk.
+    /// Marks the current text as the one on the disk.
     void setSavePoint();
-    /// The text as it is now is being written to the disk. Edits may go on meanwhile; undoing them
-    /// leads back to this very state. A second call forgets the first.
+    /// Marks the current text as the one that is being written to the disk. Edits may continue;
+    /// undoing them leads back to this state. A second call replaces the first.
     void beginSaving();
-    /// The writing is over. When it succeeded, the save point is where `beginSaving` was called, or
-    /// out of reach where the edits since then have thrown that state away.
+    /// Ends the save that `beginSaving` started. On success, the save point is the state at that
+    /// call; it is unreachable when later edits have dropped that state from the undo history.
     void endSaving(bool succeeded);
-    /// The text as it is now, and as it was at any time before, is not what stands on the disk. A
-    /// writing that is under way still leads to a save point.
+    /// Discards the save point: neither the current text nor any earlier state is on the disk. A
+    /// save in progress still sets a save point.
     void forgetSavePoint();
-    /// True when the text differs in history from the one at the last save point.
+    /// True when the current state of the undo history is not the save point. The texts are not
+    /// compared.
     [[nodiscard]] bool isModified() const;
 
 Q_SIGNALS:
@@ -106,7 +108,7 @@ private:
     {
         std::vector<TextChange> changes;
         EditKind kind = EditKind::Other;
-        bool open = false; // More edits of the same kind may still join.
+        bool open = false; // Further edits of the same kind may coalesce with it.
         TextRange selectionBefore;
         TextRange selectionAfter;
     };
@@ -118,12 +120,12 @@ private:
 
     Text m_text;
     std::vector<Step> m_steps;
-    std::size_t m_position = 0;   // Steps before it are done, those from it on are undone.
+    std::size_t m_position = 0;   // Steps before this are done, those from it on undone.
     qint64 m_savePosition = 0;    // -1: the saved state can no longer be reached.
     qint64 m_savingPosition = -1; // The same for the state that is being written.
     int m_groupingLevel = 0;
     bool m_groupHasStep = false;
-    bool m_awaitsSelection = false; // The last step does not know yet what selection it left.
+    bool m_awaitsSelection = false; // The last step's `selectionAfter` is still to be set.
     bool m_unsavedOnLoad = false;
     bool m_publishedModified = false;
     TextRange m_selection;

@@ -15,7 +15,8 @@ namespace penwick {
 
 namespace {
 
-/// The place in another text that has the same line and column, or the nearest to it.
+/// Returns the offset in `to` that has the line and column of `offset` in `from`, or the nearest
+/// one.
 qint64 sameLineAndColumn(const Text &from, qint64 offset, const Text &to)
 {
     const qint64 line = from.lineBreaksBefore(offset);
@@ -86,7 +87,7 @@ TextRange TextView::selectedRange() const
 void TextView::setSelectedRange(TextRange range)
 {
     if (range != selectedRange() || range.end() != m_caret.offset)
-        commitComposition(); // It stands where the caret does.
+        commitComposition(); // The composition is tied to the caret.
     m_storage->breakUndoCoalescing();
     select(range.location, {range.location + std::max<qint64>(0, range.length), false});
 }
@@ -165,12 +166,12 @@ void TextView::storageChanged(qint64 offset, qint64 oldLength, qint64 newLength)
     m_anchor = snapped(m_anchor);
     m_caret = {snapped(m_caret.offset), false};
     m_column.reset();
-    // The view's own edits end a composition before: this one came from outside, and what is being
-    // composed was meant for the text as it was.
+    // The view's own edits end a composition beforehand, so this edit came from outside. The
+    // composition was meant for the old text.
     discardComposition();
     viewport()->update();
     Q_EMIT visibleTextDidChange();
-    // Last, because a listener may ask back at once.
+    // Last, because a listener may query the view at once.
     TextViewAccessible::announceChange(this, before, {offset, oldLength}, newLength);
 }
 
@@ -208,7 +209,7 @@ void TextView::replaceCharacters(TextRange range, const Text &replacement)
         return offset >= range.end() ? offset + delta : newEnd;
     };
     m_storage->replaceCharacters(range, replacement);
-    // A program's edit does not carry the view away; it shows the caret if it wants to.
+    // A programmatic edit does not scroll; the caller can scroll to the caret.
     if (isInside)
         select(newEnd, {newEnd, false}, Scroll::Stay);
     else
@@ -304,11 +305,11 @@ void TextView::move(CaretMoveRequest request)
     const TextCaret target =
         moveCaret(m_viewport, m_storage->text(), m_caret, request.move, m_column.value_or(0));
     if (request.move == CaretMove::PageUp || request.move == CaretMove::PageDown) {
-        // The page turns under the caret, which keeps its place on the screen.
+        // Scroll so that the caret keeps its place on the screen.
         m_viewport.makeVisible(target);
         m_viewport.scrollByPixels(m_viewport.caretRect(target).top() - before);
     }
-    const auto column = m_column; // Selecting forgets it.
+    const auto column = m_column; // `select` resets it.
     select(request.extends ? m_anchor : target.offset, target);
     m_column = column;
     if (request.extends)
@@ -386,7 +387,7 @@ void TextView::focusInEvent(QFocusEvent *event)
 void TextView::focusOutEvent(QFocusEvent *event)
 {
     QAbstractScrollArea::focusOutEvent(event);
-    // A menu takes the focus for a moment only.
+    // A menu takes the focus only temporarily: keep the composition.
     if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::MenuBarFocusReason)
         commitComposition();
     m_blinkTimer.stop();
@@ -435,7 +436,7 @@ void TextView::updateScrollBars()
     if (m_isUpdatingScrollBars)
         return;
     m_isUpdatingScrollBars = true;
-    // A bar that comes or goes changes the width, and with it the rows.
+    // A bar that appears or disappears changes the width and with it the rows.
     constexpr int kPasses = 3;
     for (int pass = 0; pass < kPasses; ++pass) {
         const QSize size = viewport()->size();
@@ -460,7 +461,7 @@ void TextView::scrollContentsBy(int dx, int dy)
         return;
     const QScrollBar *bar = verticalScrollBar();
     m_viewport.scrollToValue(bar->value(), bar->maximum());
-    // The bar keeps what the hand gave it: a correction would pull it away from the mouse.
+    // Keep the bar's value: a correction would move its handle away from the mouse.
     viewport()->update();
     updateMicroFocus();
     Q_EMIT visibleTextDidChange();

@@ -21,14 +21,15 @@ QAccessibleInterface *makeInterface(const QString &className, QObject *object)
     return nullptr;
 }
 
-/// Assistive technology counts in `int`. Of a text beyond that it sees the beginning.
+/// Converts an offset to the `int` of Qt's accessibility interfaces. Of a text longer than that,
+/// clients see the beginning.
 int toInt(qint64 offset)
 {
     return static_cast<int>(std::clamp<qint64>(offset, 0, std::numeric_limits<int>::max()));
 }
 
-/// A person knows a view with its frame and its bars as one thing, and its label belongs to that:
-/// the outermost widget that hands its keyboard focus on to `widget`, if there is one.
+/// Returns the interface of the outermost widget that passes its focus on to `widget`, or null. To
+/// the user, that widget with its frame and bars is the text field, and the label belongs to it.
 QAccessibleInterface *interfaceAround(const QWidget *widget)
 {
     QWidget *outer = nullptr;
@@ -43,7 +44,8 @@ QAccessibleInterface *interfaceAround(const QWidget *widget)
     return outer != nullptr ? QAccessible::queryAccessibleInterface(outer) : nullptr;
 }
 
-/// The sentence at `offset`, as far as it lies in its paragraph and within a bounded stretch of it.
+/// Returns the sentence at `offset`, as far as it lies in its paragraph and within a bounded
+/// stretch of it.
 std::pair<qint64, qint64> sentenceAround(const Text &text, qint64 offset)
 {
     constexpr qint64 kReach = 2048;
@@ -82,7 +84,8 @@ void TextViewAccessible::announceChange(TextView *view,
 {
     if (!QAccessible::isActive())
         return;
-    // A bus carries no file of any size, and nobody has one read out at once.
+    // Limits the size of the message: the accessibility bus is not made for large texts, and no
+    // client reads one out at once.
     constexpr qint64 kMostUnits = 1 << 16;
     const Text &now = view->string();
     QAccessibleTextUpdateEvent updated(
@@ -131,7 +134,7 @@ QAccessible::State TextViewAccessible::state() const
 
 QString TextViewAccessible::text(QAccessible::Text text) const
 {
-    // The value of a text is told through the text interface, never as one string.
+    // Clients read the content through the text interface, never as one string.
     if (text == QAccessible::Value)
         return {};
     const QString own = QAccessibleWidget::text(text);
@@ -208,7 +211,7 @@ std::pair<qint64, qint64> TextViewAccessible::around(qint64 offset,
         return {start, text.nextClusterBoundary(start)};
     }
     case QAccessible::WordBoundary: {
-        // A double click there would take the line's last word.
+        // On a line break, `wordAround` would return the line's last word.
         const TextLineBounds line = segments::lineAt(text, offset);
         if (line.breakLength > 0 && offset >= line.end)
             return {line.end, line.nextStart()};
@@ -219,7 +222,7 @@ std::pair<qint64, qint64> TextViewAccessible::around(qint64 offset,
     case QAccessible::SentenceBoundary:
         return sentenceAround(text, offset);
     case QAccessible::LineBoundary: {
-        // What a reader hears as a line is what stands in one row on the screen.
+        // A screen reader's line is one row on the screen.
         const TextRange row = view()->rowAround(offset);
         return {row.location, row.end()};
     }

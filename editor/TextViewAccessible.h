@@ -8,10 +8,10 @@ namespace penwick {
 
 class TextView;
 
-/// What assistive technology sees of a `TextView`: an editable text of several lines. Offsets are
-/// UTF-16 code units, 0-based. A line is one row as it is seen, a paragraph goes from line break to
-/// line break. Each answer looks at a bounded stretch of the text, except where a paragraph or the
-/// whole text is asked for.
+/// The accessibility interface of a `TextView`: an editable multi-line text. Offsets are UTF-16
+/// code units, 0-based. A line is one visual row; a paragraph extends from line break to line
+/// break. Each query reads a bounded stretch of the text, except one for a paragraph or the whole
+/// text.
 class TextViewAccessible final : public QAccessibleWidget,
                                  public QAccessibleTextInterface,
                                  public QAccessibleEditableTextInterface
@@ -19,19 +19,20 @@ class TextViewAccessible final : public QAccessibleWidget,
 public:
     explicit TextViewAccessible(TextView *view);
 
-    /// Makes the interface known to the toolkit; once per process is enough.
+    /// Registers the interface with Qt. Further calls do nothing.
     static void install();
 
-    /// Tells listeners, if there are any, that `range` of the text `before` was replaced by
-    /// `newLength` units, which stand in the view's storage by now.
+    /// Notifies accessibility clients, if there are any, that `range` of the text `before` was
+    /// replaced by `newLength` units. The view's storage must already hold the new text.
     static void
     announceChange(TextView *view, const Text &before, TextRange range, qint64 newLength);
-    /// Tells listeners where the caret and the selection are; the latter was `before`.
+    /// Notifies accessibility clients of the caret and the selection.
+    /// \param before the previous selection.
     static void announceCaret(TextView *view, TextRange before);
 
     [[nodiscard]] void *interface_cast(QAccessible::InterfaceType type) override;
     [[nodiscard]] QAccessible::State state() const override;
-    /// What labels the view: also what labels a widget that it is the focus proxy of.
+    /// Includes the labels of a widget that the view is the focus proxy of.
     [[nodiscard]] QList<QPair<QAccessibleInterface *, QAccessible::Relation>>
     relations(QAccessible::Relation match) const override;
 
@@ -43,7 +44,8 @@ public:
     [[nodiscard]] int cursorPosition() const override;
     void setCursorPosition(int position) override;
 
-    /// Name and description of the view, or without one, of a widget that it is the focus proxy of.
+    /// Returns the view's name or description; if it has none, that of the widget that it is the
+    /// focus proxy of. Returns nothing for the value.
     [[nodiscard]] QString text(QAccessible::Text text) const override;
     [[nodiscard]] QString text(int startOffset, int endOffset) const override;
     [[nodiscard]] int characterCount() const override;

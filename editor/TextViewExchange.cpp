@@ -1,5 +1,5 @@
-// What a text view does with the clipboard, the primary selection, drag and drop, and its context
-// menu. What comes out of it, edits and selections, is in TextView.cpp.
+// The clipboard, the primary selection, drag and drop, and the context menu of a text view. The
+// edits and selections that result are in TextView.cpp.
 
 #include "editor/DragPicture.h"
 #include "editor/TextMimeData.h"
@@ -26,7 +26,7 @@ void TextView::cut()
 
 void TextView::copy()
 {
-    // The clipboard owns what it gets.
+    // The clipboard takes ownership of the data.
     if (selectedRange().length > 0)
         QGuiApplication::clipboard()->setMimeData(new TextMimeData(selectedText()));
 }
@@ -75,7 +75,7 @@ void TextView::contextMenuEvent(QContextMenuEvent *event)
     commitComposition();
     QPoint position = event->globalPos();
     if (event->reason() == QContextMenuEvent::Mouse) {
-        // What is clicked on is what is meant: the selection, or else this place.
+        // A click on the selection keeps it; a click elsewhere moves the caret.
         if (!isInSelection(event->pos())) {
             m_storage->breakUndoCoalescing();
             const TextCaret place = m_viewport.caretAt(event->pos());
@@ -88,7 +88,7 @@ void TextView::contextMenuEvent(QContextMenuEvent *event)
     event->accept();
 }
 
-/// Below the caret, which is scrolled into view.
+/// Scrolls the caret into view and returns the point below it, in screen coordinates.
 QPoint TextView::contextMenuPosition()
 {
     m_viewport.makeVisible(m_caret);
@@ -109,16 +109,16 @@ void TextView::startDrag()
     const TextRange range = selectedRange();
     const Text text = selectedText();
     auto *mime = new TextMimeData(text);
-    auto *drag = new QDrag(this); // It deletes itself.
+    auto *drag = new QDrag(this); // Deletes itself.
     drag->setMimeData(mime);
     drag->setPixmap(dragPicture(text, font(), palette(), devicePixelRatioF()));
     m_dragged = mime;
     const QPointer<TextView> self(this);
     const Qt::DropAction action = m_dragRunner(drag);
-    if (self.isNull()) // The window was closed meanwhile.
+    if (self.isNull()) // The window was closed during the drag.
         return;
-    // Dropped in this view, it has been moved already. While it was under way, a macro may have
-    // changed the text; what is no longer there is not deleted.
+    // A drop in this view has already moved the text. During the drag, a macro may have changed the
+    // text: delete the range only if it still holds what was dragged.
     const bool isToBeRemoved = std::exchange(m_dragged, nullptr) != nullptr &&
                                action == Qt::MoveAction &&
                                m_storage->text().mid(range.location, range.length) == text;
@@ -128,7 +128,7 @@ void TextView::startDrag()
 
 bool TextView::acceptsDrop(QDropEvent *event) const
 {
-    // Files are no text; the window opens them.
+    // Files are left to the window, which opens them.
     if (!offersText(event->mimeData()) || !localFilesOf(event->mimeData()).isEmpty()) {
         event->ignore();
         return false;
@@ -168,14 +168,14 @@ void TextView::dropEvent(QDropEvent *event)
         return;
     commitComposition();
     const qint64 place = m_viewport.caretAt(event->position()).offset;
-    // What is moved within the view goes in the same step; moved elsewhere, it goes when the drag
-    // has ended.
+    // A move within the view deletes the source in the same undo step; a move to elsewhere deletes
+    // it when the drag has ended.
     const bool isOwn = m_dragged == event->mimeData();
     const bool isMoved = isOwn && event->dropAction() == Qt::MoveAction && selectedText() == *text;
     insertDropped(*text, place, isMoved ? selectedRange() : TextRange{place, 0});
     if (isOwn)
         m_dragged = nullptr;
-    // The person goes on where the text went.
+    // The user continues where the text was dropped.
     activateWindow();
     setFocus(Qt::MouseFocusReason);
 }
@@ -183,7 +183,7 @@ void TextView::dropEvent(QDropEvent *event)
 void TextView::insertDropped(const Text &text, qint64 place, TextRange removed)
 {
     if (removed.length > 0 && place >= removed.location && place <= removed.end())
-        return; // Moved to where it is.
+        return; // Dropped on itself: nothing moves.
     if (place >= removed.end())
         place -= removed.length;
     m_storage->beginUndoGrouping();

@@ -1,5 +1,5 @@
-// What a text view does about keys, input methods and the mouse. What comes out of it, edits and
-// selections, is in TextView.cpp.
+// The keyboard, input method and mouse events of a text view. The edits and selections that result
+// are in TextView.cpp.
 
 #include "editor/InputMethod.h"
 #include "editor/TextView.h"
@@ -20,7 +20,7 @@ constexpr int kWheelRows = 3;
 
 void TextView::keyPressEvent(QKeyEvent *event)
 {
-    // Keys that reach the text amid a composition are none of it.
+    // A key event that arrives here is not part of the composition, which therefore ends first.
     if (const auto request = caretMoveFor(*event)) {
         commitComposition();
         move(*request);
@@ -41,7 +41,7 @@ void TextView::keyPressEvent(QKeyEvent *event)
 
 bool TextView::focusNextPrevChild(bool next)
 {
-    // Tab is a character here, not a way out.
+    // Tab inserts a character and does not move the focus.
     Q_UNUSED(next)
     return false;
 }
@@ -58,7 +58,7 @@ void TextView::discardComposition()
     if (!hasMarkedText())
         return;
     showComposition({});
-    // Some input methods hand over on a reset what they were to forget.
+    // Some input methods commit on a reset what they should discard.
     m_ignoresCommits = true;
     QGuiApplication::inputMethod()->reset();
     m_ignoresCommits = false;
@@ -69,7 +69,7 @@ void TextView::commitComposition()
     if (!hasMarkedText())
         return;
     QGuiApplication::inputMethod()->commit();
-    // Some input methods hand over on a reset only.
+    // Some input methods commit only on a reset.
     if (hasMarkedText())
         QGuiApplication::inputMethod()->reset();
     if (hasMarkedText())
@@ -114,7 +114,7 @@ QVariant TextView::inputMethodQuery(Qt::InputMethodQuery query) const
 void TextView::mousePressEvent(QMouseEvent *event)
 {
     if (event->button() == Qt::MiddleButton)
-        return; // What it pastes it pastes when it comes up.
+        return; // It pastes on release.
     if (event->button() != Qt::LeftButton) {
         event->ignore();
         return;
@@ -154,7 +154,7 @@ void TextView::mouseReleaseEvent(QMouseEvent *event)
         pastePrimarySelection(event->position());
     if (event->button() != Qt::LeftButton)
         return;
-    if (m_dragPress) { // It was a click after all.
+    if (m_dragPress) { // A click, not a drag.
         m_dragPress.reset();
         m_mouse.press(*event, m_anchor);
     }

@@ -1,4 +1,4 @@
-// What a text view shows: marks, the decoration, which lines can be seen, and the painting itself.
+// The appearance of a text view: marks, decoration, visible lines and painting.
 
 #include "editor/TextView.h"
 #include "editor/TextViewPainter.h"
@@ -38,7 +38,8 @@ std::vector<TextView::VisibleLine> TextView::visibleLines() const
         const qreal bottom = y + layout.rowCount() * rowHeight();
         if (bottom <= 0 || y >= viewport()->height())
             return;
-        // What a line begins with that is not even laid out is out of sight.
+        // When the segment that starts the line is not laid out, it is not visible: use a top above
+        // the viewport.
         if (startsLine || lines.empty())
             lines.push_back(
                 {string().metricsBefore(start).lineFeeds, startsLine ? y : y - rowHeight(), 0});
@@ -68,7 +69,7 @@ void TextView::paintEvent(QPaintEvent *event)
     picture.isActive = hasFocus() && isActiveWindow();
     const bool isHidden = hasMarkedText() && m_viewport.composition().cursor < 0;
     picture.caretIsShown = hasFocus() && m_caretIsShown && !isHidden;
-    if (const auto place = m_dropPlace.caret()) { // Where the dragged text would go.
+    if (const auto place = m_dropPlace.caret()) { // Where a drop would insert the text.
         picture.caret = *place;
         picture.caretIsShown = true;
     }
@@ -77,7 +78,8 @@ void TextView::paintEvent(QPaintEvent *event)
     picture.palette = palette();
     if (m_marks) {
         picture.marks = &m_marks(visibleRange());
-        // Among marks, the match that is selected stands out, also while the keyboard is elsewhere.
+        // With marks, keep the selected match distinct even while the focus is elsewhere in the
+        // window.
         picture.isActive = picture.isActive || (!picture.marks->empty() && isActiveWindow());
     }
     paintTextView(painter, QRectF(event->rect()), m_viewport, picture);

@@ -12,12 +12,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// `title` with its keys beside it. The keys are for the eye only: the view knows them itself, and
-/// a second shortcut of the same keys would take both away.
+/// Returns `title` with its shortcut as text. The action itself gets no shortcut: the view handles
+/// the keys, and a second shortcut with the same keys would make both ambiguous.
 QString entryText(const QString &title, QKeySequence::StandardKey key)
 {
     QString text = title;
-    text.replace(u'&', u"&&"_s); // Else it marks the next letter.
+    text.replace(u'&', u"&&"_s); // A single & would mark a mnemonic.
     text.replace(u'\t', u' ');
     const QString keys = QKeySequence(key).toString(QKeySequence::NativeText);
     return keys.isEmpty() ? text : text + u'\t' + keys;

@@ -6,8 +6,8 @@ namespace penwick {
 
 class TextView;
 
-/// The context menu of `view` in the active wording, with what cannot be done now turned off.
-/// The caller owns it; `view` is its parent.
+/// Creates the context menu of `view` in the active wording. Actions that are not possible now are
+/// disabled. The caller owns the menu; `view` is its parent.
 [[nodiscard]] QMenu *makeTextViewMenu(TextView *view);
 
 } // namespace penwick

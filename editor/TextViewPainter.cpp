@@ -15,7 +15,7 @@ struct LayoutSelection
 {
     int start = 0;
     int end = 0;
-    bool coversBreak = false; // The selection goes on behind the segment.
+    bool coversBreak = false; // The selection extends beyond the segment.
 
     [[nodiscard]] bool isEmpty() const { return start >= end && !coversBreak; }
 };
@@ -34,7 +34,7 @@ LayoutSelection selectionIn(const SegmentLayout &layout, TextRange selection)
     return result;
 }
 
-/// Fills what a part of a row covers, behind the text.
+/// Fills the background of parts of rows.
 class RowFiller
 {
 public:
@@ -50,7 +50,7 @@ public:
             m_painter.fillRect(area, m_color);
     }
 
-    /// \param part from index to index of the layout, within the row.
+    /// \param part start and end index in the layout, within the row.
     /// \param place the row's left edge, top and height.
     void fillText(const SegmentLayout &layout,
                   const QTextLine &line,
@@ -72,8 +72,9 @@ private:
         fill({place.x() + std::min(a, b), place.y(), std::abs(b - a), place.height()});
     }
 
-    /// Stretches of another direction divide a part of a row into pieces. Carets do not tell where
-    /// those end, because at such a place one caret stands for two.
+    /// Fills the background of each glyph run. Where text of both directions is mixed, part of a
+    /// row consists of several pieces, and caret positions do not give their edges: at a change of
+    /// direction one caret position stands for two.
     void fillPieces(const SegmentLayout &layout,
                     const QTextLine &line,
                     std::pair<int, int> part,
@@ -86,7 +87,7 @@ private:
             fillBetween(rect.left(), rect.right(), place);
         }
         for (int i = start; i < end; ++i) {
-            if (layout.isTab(i)) // It has no glyph.
+            if (layout.isTab(i)) // A tab has no glyph.
                 fillBetween(line.cursorToX(i), line.cursorToX(i, QTextLine::Trailing), place);
         }
     }
@@ -95,11 +96,12 @@ private:
     QColor m_color;
 };
 
-/// Fills what is selected of one segment, behind its text.
+/// Fills the background of the selected part of one segment.
 class SelectionPainter
 {
 public:
-    /// `origin` is the top left of the segment; the selection of a break reaches to `right`.
+    /// \param origin the top left of the segment.
+    /// \param right where the highlight of a selected line break ends.
     SelectionPainter(QPainter &painter, const QColor &color, QPointF origin, qreal right)
         : m_filler(painter, color)
         , m_origin(origin)
@@ -129,8 +131,9 @@ public:
 private:
     void fillBehind(const SegmentLayout &layout, int row)
     {
-        // Not to where the text's ink ends, which may lean out of its last character, and to the
-        // whole pixel under it: else a gap is left between the two.
+        // Start at the text's advance width, not at the edge of its ink, which may overhang, and
+        // round towards the text to a whole pixel. Otherwise a gap would remain between the two
+        // fills.
         const QTextLine line = layout.layout().lineAt(row);
         const qreal left = line.naturalTextRect().left();
         if (layout.isRightToLeft())
@@ -150,8 +153,8 @@ private:
     QRectF m_row; // Without width.
 };
 
-/// The colours of a selection. Where the palette makes no difference between a view with the
-/// keyboard focus and one without, the latter gets a paler one.
+/// The colours of a selection. Where the palette has the same colour for views with and without the
+/// focus, a view without it gets a paler one.
 struct SelectionColors
 {
     SelectionColors(const QPalette &palette, bool isActive)
@@ -181,8 +184,8 @@ QColor muted(QColor color)
     return color;
 }
 
-/// How the selected part of a segment differs from the rest. What labels stand for is left out, so
-/// that it stays unseen.
+/// Returns the formats of the selected part of a segment. Characters shown by labels are excluded,
+/// so that they stay transparent.
 QList<QTextLayout::FormatRange>
 selectedFormats(const SegmentLayout &layout, const LayoutSelection &selection, const QColor &text)
 {
@@ -213,8 +216,8 @@ void fillRows(QPainter &painter, const SegmentLayout &layout, const QRectF &row,
                          color);
 }
 
-/// Marks what was found in one segment, behind selection and text. Its cost is bounded by the rows
-/// that are painted, however many marks they hold.
+/// Paints the marks of one segment, behind selection and text. Its cost is bounded by the rows that
+/// are painted, regardless of the number of marks.
 class MarkPainter
 {
 public:
@@ -241,18 +244,18 @@ public:
 private:
     void paintRow(const SegmentLayout &layout, int row, const QRectF &place)
     {
-        // A row shows no more pieces than that, except of characters without width.
+        // Maximum per row. Only characters without width could make more.
         constexpr int kPieces = 400;
         const TextSegment &segment = layout.segment();
         const QTextLine line = layout.layout().lineAt(row);
         const int lineEnd = line.textStart() + line.textLength();
-        // Where a row ends and the next begins, it is the next one's.
+        // At the boundary of two rows, a thin mark belongs to the second.
         const int lastIndex = row + 1 == layout.rowCount() ? lineEnd : lineEnd - 1;
         const qint64 rowStart = layout.rowStart(row);
         const qint64 rowEnd = layout.rowEnd(row);
         auto mark = std::partition_point(
             m_marks.begin(), m_marks.end(), [&](const FindMatch &m) { return m.end < rowStart; });
-        std::pair<int, int> piece; // Marks that touch are one.
+        std::pair<int, int> piece; // Adjacent marks are merged.
         int pieces = 0;
         for (; mark != m_marks.end() && mark->start <= rowEnd && pieces < kPieces; ++mark) {
             const int start = layout.layoutIndex(std::max(mark->start, segment.start));
@@ -273,11 +276,11 @@ private:
         m_filler.fillText(layout, line, piece, place);
     }
 
-    /// Paints what has no width: an empty match, a line break. Returns the number of pieces.
+    /// Paints a mark without width: an empty match or a line break. Returns the number of pieces.
     int paintThin(const FindMatch &mark, const TextSegment &segment, qreal x, const QRectF &place)
     {
         constexpr qreal kThin = 3;
-        // What ends with the line before, or begins with the break after, shows there.
+        // A match that only ends where this segment begins is painted in the segment before.
         if (!mark.isEmpty() && mark.end <= segment.end)
             return 0;
         m_filler.fill({place.x() + x, place.y(), kThin, place.height()});
@@ -293,7 +296,7 @@ private:
 
 QColor textMarkColor(const QPalette &palette)
 {
-    // Yellow as from a marker pen, in the shade that the text's colour can be read on.
+    // Yellow, in a shade on which the text colour is legible.
     const bool isDark = palette.color(QPalette::Base).lightness() < 128;
     return isDark ? QColor(107, 83, 0) : QColor(255, 225, 120);
 }
@@ -312,7 +315,7 @@ void paintTextView(QPainter &painter,
     viewport.forEachVisible([&](const SegmentLayout &layout, qreal y) {
         const QPointF origin(TextViewport::kMargin, y);
         const qreal rowHeight = viewport.style().rowHeight;
-        // Ink may reach into the rows around its own.
+        // Glyphs may extend into the adjacent rows.
         if (y - rowHeight > exposed.bottom() ||
             y + (layout.rowCount() + 1) * rowHeight < exposed.top())
             return;

@@ -11,7 +11,7 @@
 
 namespace penwick {
 
-/// What a `TextView` shows at one moment.
+/// The state of a `TextView` to paint.
 struct TextViewPicture
 {
     TextRange selection;
@@ -24,11 +24,11 @@ struct TextViewPicture
     const std::vector<FindMatch> *marks = nullptr; ///< Ascending; drawn behind the selection.
 };
 
-/// Behind `TextViewPicture::marks`.
+/// The background colour of `TextViewPicture::marks`.
 [[nodiscard]] QColor textMarkColor(const QPalette &palette);
 
-/// Draws the visible rows of `viewport` with selection and caret. What lies outside `exposed` may
-/// be left out.
+/// Draws the visible rows of `viewport` with selection and caret. May omit what lies outside
+/// `exposed`.
 void paintTextView(QPainter &painter,
                    const QRectF &exposed,
                    TextViewport &viewport,

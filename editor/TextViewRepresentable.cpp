@@ -27,17 +27,18 @@ TextViewRepresentable::TextViewRepresentable(DocumentState *documentState,
     makeTextView();
     layout()->addWidget(new TransferBar(document, this));
     m_coordinator = new Coordinator(m_textView, documentState, document, this);
-    // After the coordinator has begun to listen: the caret that this places is the first thing the
-    // view reports, and the counters of an opened file come from it.
+    // After the coordinator is connected: this call places the caret. That is the view's first
+    // report, and the counters of an opened file are computed from it.
     m_textView->setString(documentState->text());
-    // Later, because the window that is to take the view does not exist yet.
+    // Queued, because the window that will contain the view does not exist yet.
     QMetaObject::invokeMethod(this, &TextViewRepresentable::focusTextView, Qt::QueuedConnection);
 }
 
 TextViewRepresentable::~TextViewRepresentable()
 {
     delete m_findController;
-    // The view must go before the storage that it shows; as a child it would go after it.
+    // The view must be destroyed before its storage; as a child widget it would be destroyed after
+    // it.
     delete m_textView;
 }
 
@@ -61,7 +62,7 @@ void TextViewRepresentable::makeTextView()
 
 void TextViewRepresentable::keyPressEvent(QKeyEvent *event)
 {
-    // The text has no use for Escape and lets it through.
+    // The text view ignores Escape, so the event arrives here.
     const bool isEscape = event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier;
     if (!isEscape || !m_findController->close())
         QWidget::keyPressEvent(event);
@@ -69,7 +70,7 @@ void TextViewRepresentable::keyPressEvent(QKeyEvent *event)
 
 void TextViewRepresentable::focusTextView()
 {
-    // A text behind others leaves the keyboard to the one in front.
+    // A page in a background tab must not take the focus from the visible one.
     if (!isWindow() && isVisibleTo(window())) {
         m_textView->setFocus();
     }

@@ -11,17 +11,17 @@ namespace penwick {
 class FindBar;
 class FindController;
 
-/// Hosts the text view of an editor window and the find bar below it: makes it over the document's
-/// storage, gives it its font and its text, and keeps it in step with the state and the document
-/// through a `Coordinator`. A save that lasts shows its progress below the text.
+/// Hosts the text view of an editor window and the find bar below it. Creates the view over the
+/// document's storage, sets its font and text, and keeps it in sync with the state and the document
+/// through a `Coordinator`. A long save shows its progress below the text.
 class TextViewRepresentable final : public QWidget
 {
     Q_OBJECT
 
 public:
-    /// \param documentState not owned; its text is what the view shows at first.
-    /// \param document may be null: then the view edits a storage of its own. The storage of a
-    ///        document is kept alive as long as this view, also when the document goes first.
+    /// \param documentState not owned; its text is the initial text of the view.
+    /// \param document may be null: the view then edits a storage of its own. The view shares
+    ///        ownership of the document's storage and may outlive the document.
     TextViewRepresentable(DocumentState *documentState,
                           TextDocument *document,
                           QWidget *parent = nullptr);

@@ -9,7 +9,8 @@ namespace {
 
 constexpr int kTooFar = -1;
 
-/// Scroll bar steps of one estimated row, fewer where the bar's integers would not hold them.
+/// Returns the scroll bar steps per estimated row; fewer for texts whose range would exceed the
+/// bar's integers.
 qreal stepsPerRow(qreal rows)
 {
     constexpr qreal kSteps = 16;
@@ -39,7 +40,7 @@ void TextViewport::textChanged(const Text &text, qint64 offset, qint64 oldLength
     }
     if (offset + oldLength <= m_anchor && offset < m_anchor)
         m_anchor += newLength - oldLength;
-    else if (offset < m_anchor) // Replaced under our eyes: the same line is the likeliest place.
+    else if (offset < m_anchor) // The top row was replaced: stay at its line number.
         m_anchor = std::clamp(text.offsetAfterLineBreak(line), offset, offset + newLength);
     setAnchor(topRow(), m_pixel);
     clampToEnd();
@@ -76,7 +77,7 @@ TextViewport::Row TextViewport::topRow()
 TextViewport::Row TextViewport::rowOfCaret(TextCaret caret)
 {
     if (m_composition.isActive() && caret.offset == m_composition.position)
-        caret.atRowEnd = false; // The composition stands on the far side of a wrap.
+        caret.atRowEnd = false; // At a soft wrap, a composition is on the lower row.
     TextSegment segment = segments::at(m_text, caret.offset);
     const bool startsAtCut = segment.start == caret.offset && segment.start != segment.lineStart;
     if (caret.atRowEnd && startsAtCut)
@@ -150,7 +151,8 @@ void TextViewport::clampToEnd()
         below += style().rowHeight;
     if (below >= available)
         return;
-    // The text ends above the lower edge: `bottom` is its last row. Fill up from there.
+    // The text ends above the lower edge, and `bottom` is its last row: fill the viewport upwards
+    // from there.
     Row top = bottom;
     qreal height = style().rowHeight;
     while (height < available && stepUp(top))
@@ -208,7 +210,7 @@ qint64 TextViewport::characterAt(QPointF point)
     const Row row = rowAt(point.y());
     const SegmentLayout &layout = layoutOf(row.segment);
     qint64 offset = layout.characterAt(point.x() - kMargin, row.row);
-    if (row.row + 1 < layout.rowCount()) // Behind a wrapped row, its last character is nearest.
+    if (row.row + 1 < layout.rowCount()) // Beyond a wrapped row, take its last character.
         offset = std::min(offset, layout.rowEnd(row.row) - 1);
     return m_text.clusterBoundaryAtOrBefore(offset);
 }
@@ -266,7 +268,7 @@ TextCaret TextViewport::verticalMove(TextCaret caret, int rows, qreal x, bool &m
     if (!moved)
         return caret;
     const TextCaret target = caretInRow(row, x);
-    // A cluster of many rows begins above all of them: the way down leads behind it.
+    // A cluster that spans several rows begins in the first of them, so moving down goes past it.
     if (isDown && (target.offset < caret.offset || target == caret))
         return {m_text.nextClusterBoundary(caret.offset), false};
     return target;
@@ -293,7 +295,7 @@ TextRange TextViewport::rowAround(qint64 offset)
     const Row row = rowOfCaret({offset, false});
     const SegmentLayout &layout = layoutOf(row.segment);
     const qint64 start = layout.rowStart(row.row);
-    // Rows inside a composition all begin at one offset.
+    // All rows inside a composition start at the same offset.
     for (int next = row.row + 1; next < layout.rowCount(); ++next) {
         if (layout.rowStart(next) > offset)
             return {start, layout.rowStart(next) - start};
@@ -351,7 +353,8 @@ void TextViewport::makeVisible(TextCaret caret)
 qreal TextViewport::estimatedRows(qint64 offset) const
 {
     const TextMetrics before = m_text.metricsBefore(offset);
-    // Most characters of more than one byte are as wide as two others.
+    // The mean of bytes and units: 1 for ASCII, 2 for a character of three bytes, such as an
+    // ideograph.
     const auto columns = static_cast<qreal>(before.utf8Bytes + before.utf16Units) / 2;
     return static_cast<qreal>(before.lineBreaks()) + columns / m_columns;
 }

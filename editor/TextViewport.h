@@ -11,34 +11,34 @@
 
 namespace penwick {
 
-/// A caret: an offset, and on which side of a soft wrap it shows.
+/// A caret: an offset, and the side of a soft wrap on which it is shown.
 struct TextCaret
 {
     qint64 offset = 0;     ///< UTF-16 code units, 0-based.
-    bool atRowEnd = false; ///< At a wrap: behind the upper row, not before the lower one.
+    bool atRowEnd = false; ///< At a soft wrap: shown at the end of the upper row.
 
     bool operator==(const TextCaret &) const = default;
 };
 
-/// The window onto the laid-out text: which rows are seen and where, how to get from a point to a
-/// place in the text and back, and how far the text goes on below. It lays out what it is asked
-/// about and nothing else; what lies far away is estimated.
+/// The visible part of the laid-out text: which rows are visible and where, how points map to
+/// offsets and back, and the scroll range. It lays out only the rows that a query needs; the size
+/// of the rest is estimated.
 ///
-/// Points are logical pixels relative to the viewport's upper left corner. What is on top is
-/// remembered as a place in the text, so no correction of an estimate can make the view jump.
+/// Points are logical pixels relative to the viewport's upper left corner. The scroll position is
+/// stored as an offset of the text, so a corrected estimate cannot make the view jump.
 class TextViewport final
 {
 public:
     void setText(const Text &text);
-    /// Told after each edit, with the text it led to.
+    /// Call this after each edit, with the text that it led to.
     void textChanged(const Text &text, qint64 offset, qint64 oldLength, qint64 newLength);
 
-    /// The text laid out: as it was before an edit that `textChanged` was not told of yet.
+    /// The text laid out. It lacks edits that were not yet reported through `textChanged`.
     [[nodiscard]] const Text &text() const { return m_text; }
 
     void setComposition(const TextComposition &composition);
 
-    /// What the input method shows at present.
+    /// The composition shown now; inactive when there is none.
     [[nodiscard]] const TextComposition &composition() const { return m_composition; }
 
     /// \param size of the viewport, margins included.
@@ -51,45 +51,50 @@ public:
 
     [[nodiscard]] TextDecoration *decoration() const { return m_cache.decoration(); }
 
-    /// Free space around the text.
+    /// Free space around the text, in logical pixels.
     static constexpr qreal kMargin = 6;
 
-    /// Calls `visit` for each segment that can be seen, top to bottom, with the y of its first row.
+    /// Calls `visit` for each visible segment, top to bottom, with the y of its first row.
     void forEachVisible(const std::function<void(const SegmentLayout &, qreal)> &visit);
 
-    /// The caret nearest to a point, snapped to clusters; points outside give the nearest row.
+    /// The caret nearest to a point, snapped to clusters. A point above or below the text gives a
+    /// caret in its first or last row.
     [[nodiscard]] TextCaret caretAt(QPointF point);
-    /// The start of the cluster that covers a point, as above.
+    /// The start of the cluster that covers a point. Points outside as above.
     [[nodiscard]] qint64 characterAt(QPointF point);
-    /// Where the caret is drawn; empty when it is scrolled away by more than a viewport.
+    /// Where the caret is drawn; empty when it is scrolled out of view by more than a viewport.
     [[nodiscard]] QRectF caretRect(TextCaret caret);
-    /// Where the cluster at `offset` is drawn; a line break has the caret's place. Empty as above.
+    /// Where the cluster at `offset` is drawn; for a line break, the caret's rectangle. Empty as
+    /// above.
     [[nodiscard]] QRectF characterRect(qint64 offset);
     [[nodiscard]] qreal caretX(TextCaret caret);
 
-    /// The caret `rows` further down (up when negative) in the column `x`. Stays where the text
-    /// ends; `moved` tells whether there was such a row.
+    /// Returns the caret `rows` rows further down (up when negative) in the column `x`, or as far
+    /// as the text has rows.
+    /// \param moved set to whether there was such a row at all.
     [[nodiscard]] TextCaret verticalMove(TextCaret caret, int rows, qreal x, bool &moved);
     [[nodiscard]] TextCaret rowStart(TextCaret caret);
     [[nodiscard]] TextCaret rowEnd(TextCaret caret);
-    /// What one row shows, with the line break at its end: the row of the character at `offset`.
+    /// The range of the row that shows the character at `offset`, including the line break at its
+    /// end.
     [[nodiscard]] TextRange rowAround(qint64 offset);
     [[nodiscard]] bool isRightToLeft(qint64 offset);
-    /// True when around `offset` some characters run from right to left.
+    /// True when characters around `offset` may run from right to left.
     [[nodiscard]] bool hasRightToLeft(qint64 offset);
 
-    /// Rows that fit whole, at least 1.
+    /// Number of rows that fit completely, at least 1.
     [[nodiscard]] int rowsPerPage() const;
 
     void scrollByPixels(qreal distance);
     void scrollToStart();
-    /// Scrolls as little as shows the caret; a far caret comes to the middle.
+    /// Scrolls as little as needed to show the caret; centres it when it is far away.
     void makeVisible(TextCaret caret);
 
-    /// Scroll bar values. The estimate counts rows in 1/16 and is exact at both ends.
+    /// Scroll bar values, in steps of 1/16 of an estimated row (larger ones for huge texts). Exact
+    /// at both ends of the text.
     struct ScrollRange
     {
-        int maximum = 0; ///< 0: everything can be seen.
+        int maximum = 0; ///< 0: the whole text is visible.
         int value = 0;
         int pageStep = 1;
     };
@@ -97,8 +102,7 @@ public:
     [[nodiscard]] ScrollRange scrollRange();
     void scrollToValue(int value, int maximum);
 
-    /// What was laid out last at the top, for tests and for keeping the place: the offset of the
-    /// first row, which may be scrolled out in part.
+    /// Offset of the first visible row, which may be partly scrolled out.
     [[nodiscard]] qint64 topOffset() const { return m_anchor; }
 
 private:
@@ -128,10 +132,10 @@ private:
     TextComposition m_composition;
     QSizeF m_size;
     qint64 m_anchor = 0; // Offset of the first unit of the first visible row.
-    // Where that row starts inside a composition: units of it that lie above.
+    // If that row starts inside a composition: units of the composition above it.
     int m_anchorComposition = 0;
-    qreal m_pixel = 0;    // How much of that row is scrolled out.
-    qreal m_columns = 80; // Characters of usual width that fit one row.
+    qreal m_pixel = 0;    // How much of that row is scrolled out, in logical pixels.
+    qreal m_columns = 80; // ASCII characters that fit in one row.
 };
 
 } // namespace penwick
