@@ -48,8 +48,8 @@ inline QByteArray oneLine(qsizetype size)
     return text;
 }
 
-/// Text of about `size` bytes that every built-in macro finds work in: blanks at line ends, empty
-/// lines, addresses, tags, in Latin and Japanese.
+/// Text of about `size` bytes that every built-in macro has something to change in: blanks at line
+/// ends, empty lines, URLs and tags, in Latin and Japanese.
 inline QByteArray macroFodder(qsizetype size)
 {
     QByteArray text;

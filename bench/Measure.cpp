@@ -1,5 +1,6 @@
-// Measures in a process of its own and prints one line of JSON: the name of each case with its
-// figure, in milliseconds or bytes. bench/run calls it for every input; see `kUsage`.
+// Runs one group of measurements and prints one line of JSON: the name of each case with its
+// figure, in milliseconds or bytes. bench/run starts it as a separate process for every input; see
+// `kUsage`.
 
 #include "bench/Inputs.h"
 #include "bench/ShownEditor.h"
@@ -37,7 +38,7 @@ constexpr auto kUsage = "usage: penwick_measure make ascii|japanese|oneline MB F
                         "       penwick_measure empty\n";
 
 constexpr int kTries = 21;
-constexpr qint64 kLargeFile = 500'000'000; // Bytes; what takes seconds is then done only once.
+constexpr qint64 kLargeFile = 500'000'000; // Bytes; a larger file is saved only once.
 
 double median(std::vector<double> values)
 {
@@ -45,7 +46,8 @@ double median(std::vector<double> values)
     return values[values.size() / 2];
 }
 
-/// Resident memory of this process in bytes: now, or at its highest.
+/// Returns a memory figure of this process in bytes, 0 when it is unknown.
+/// \param field the line of /proc/self/status, such as "VmRSS:" (now) or "VmHWM:" (the peak).
 double memory(QByteArrayView field)
 {
     QFile status(u"/proc/self/status"_s);
@@ -64,7 +66,7 @@ int print(const QJsonObject &object)
     return 0;
 }
 
-/// One screen of plain text drawn by the toolkit, on each update.
+/// Draws one screen of plain text with the toolkit's own functions on each update.
 class PlainScreen final : public QWidget
 {
 public:
@@ -99,7 +101,8 @@ double paintFloor()
     return median(times);
 }
 
-/// The plainest way to do the same: what no editor can be faster than.
+/// Measures the lower bounds: a plain read with a UTF-8 check, a plain write with fsync, and one
+/// painted screen of text.
 int measureFloor(const QString &path)
 {
     QElapsedTimer timer;
@@ -121,7 +124,8 @@ int measureFloor(const QString &path)
     return print({{u"open"_s, open}, {u"save"_s, save}, {u"paint"_s, paintFloor()}});
 }
 
-/// The first window of a process pays for fonts and the like, which is no matter of the text.
+/// Shows and discards a first window, so that one-time costs such as loading fonts are not
+/// measured.
 void warmUp()
 {
     ShownEditor warm;
@@ -151,7 +155,7 @@ int measureEmpty()
     return print({{u"memory"_s, memory("VmRSS:")}});
 }
 
-/// From a key press to the exact counters, and to the painted character.
+/// Measures the time from a key press to the exact counters and to the painted character.
 void measureTyping(ShownEditor &editor, QJsonObject &result)
 {
     TextView *view = editor.textView();
@@ -170,7 +174,7 @@ void measureTyping(ShownEditor &editor, QJsonObject &result)
                 timer.start();
                 QKeyEvent press(QEvent::KeyPress, Qt::Key_X, {}, u"x"_s);
                 QCoreApplication::sendEvent(view, &press);
-                // Only what is queued, so that no paint comes in between.
+                // Delivers only queued calls, so that no paint event is handled in between.
                 while (editor.state.characterCount() != clusters)
                     QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
                 counted.push_back(milliseconds(timer));
@@ -181,7 +185,7 @@ void measureTyping(ShownEditor &editor, QJsonObject &result)
     }
 }
 
-/// A page of rows that were never seen before.
+/// Measures scrolling by a page, to rows that were not laid out before.
 void measureScrolling(ShownEditor &editor, QJsonObject &result)
 {
     TextView *view = editor.textView();
@@ -237,7 +241,7 @@ void measureSaving(ShownEditor &editor, QJsonObject &result)
     result[u"save with fsync"_s] = median(times);
 }
 
-/// What is done, in this order, in one window with the whole file.
+/// The measurements of the command `edit`, made in this order in one window with the whole file.
 constexpr void (*kEdits[])(ShownEditor &, QJsonObject &) = {
     measureTyping, measureScrolling, measureUndo, measureSaving};
 
@@ -254,14 +258,15 @@ int measureEdits(const QString &path)
     return print(result);
 }
 
-/// About 100 MB of lines, each of which ends with the word looked for.
+/// Returns about 100 MB of `matches` lines, each of which ends with the word that is searched for.
 QByteArray haystack(qsizetype matches)
 {
     constexpr qsizetype kSize = 100'000'000;
     return (QByteArray(kSize / matches - 4, 'x') + "針\n").repeated(matches);
 }
 
-/// Replacing every match in a window, until all counters tell the new text; and undoing it.
+/// Measures replacing every match in a window until the counters are exact again, and undoing it.
+/// The floor is a replacement in a byte array.
 int measureReplacing(qsizetype matches)
 {
     warmUp();
@@ -292,8 +297,8 @@ int measureReplacing(qsizetype matches)
         {{u"replace"_s, replaced}, {u"undo"_s, undone}, {u"floor"_s, milliseconds(timer)}});
 }
 
-/// Painting the place of a blinking caret, in one character of as many combining marks that are all
-/// marked as matches.
+/// Measures painting the area of a blinking caret in one cluster of `matches` code units, each of
+/// which is marked as a match.
 int measureMarks(qsizetype matches)
 {
     warmUp();

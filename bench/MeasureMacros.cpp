@@ -1,5 +1,6 @@
-// Measures runs of macros in a process of its own and prints one line of JSON with milliseconds: of
-// penwick, and of the script engine alone in the same run. bench/run calls it; see `kUsage`.
+// Measures macro runs and prints one line of JSON with milliseconds: of penwick with its script
+// host, and of the script engine alone in this process. bench/run starts it as a separate process;
+// see `kUsage`.
 
 #include "bench/Inputs.h"
 #include "editor/TextDocument.h"
@@ -66,13 +67,15 @@ MacroRuntimeService serviceHere()
             ignoreLog};
 }
 
-/// A process is ready, as it is for a person who has not run a macro just now.
+/// Waits until a spare host is ready, as it is for a user who has not run a macro just before.
+/// \return false when none is ready within `kHostStartTime`.
 bool waitForSpare()
 {
     return ScriptHostPool::shared().protection(kHostStartTime).has_value();
 }
 
-/// From the command to the end of the run, window and all.
+/// Measures an empty macro in an editor window from the command to the end of the run: with a spare
+/// host, without one, and with the engine in this process.
 int measureEmpty(int runs)
 {
     const QTemporaryDir folder;
@@ -111,7 +114,8 @@ std::optional<BuiltInMacroDefinition> definitionOf(const QString &name)
     return std::nullopt;
 }
 
-/// From the text to the answer that is ready to be applied, both ways.
+/// Measures a built-in macro from the text to the parsed result, in a script host and in this
+/// process.
 int measureBuiltIn(const BuiltInMacroDefinition &definition, qsizetype size, int runs)
 {
     EditorSnapshot snapshot;

@@ -1,4 +1,4 @@
-// The least that a program with a window of this toolkit does: what no start can be faster than.
+// Shows one empty window: the lower bound for the start-up time of a program with this toolkit.
 
 #include <QApplication>
 #include <QWidget>

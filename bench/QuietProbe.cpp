@@ -1,10 +1,11 @@
-// Loaded into a program by LD_PRELOAD, it says how long the program took to a quiet window: from
-// the moment that PENWICK_STARTED tells (nanoseconds of the monotonic clock) to the last moment at
-// which the main thread worked, where a window was painted and the thread then rests for kRest. It
-// writes one line of JSON to standard output and ends the program.
+// A library that LD_PRELOAD loads into a program to measure how long the program takes until its
+// window is quiet: a widget has been painted, and the main thread has then used no processor time
+// for `kRest`. The measurement starts at PENWICK_STARTED (nanoseconds of the monotonic clock) and
+// ends when the main thread last worked. The probe writes one line of JSON to standard output and
+// ends the program.
 //
-// Whether the thread works is read from its processor time, so that no event loop has to be
-// believed.
+// The processor time of the thread shows whether it works. This needs no knowledge of the event
+// loop.
 
 #include <QApplication>
 #include <QEvent>
@@ -20,9 +21,9 @@
 namespace {
 
 constexpr std::int64_t kMillisecond = 1'000'000;
-constexpr std::int64_t kRest = 200 * kMillisecond; // Shorter than a caret takes to blink.
-constexpr std::int64_t kStep = kMillisecond / 4;   // Between two looks.
-constexpr std::int64_t kNoise = kMillisecond / 50; // A look at the thread costs it a little.
+constexpr std::int64_t kRest = 200 * kMillisecond; // Shorter than the blink interval of a caret.
+constexpr std::int64_t kStep = kMillisecond / 4;   // Time between two samples.
+constexpr std::int64_t kNoise = kMillisecond / 50; // Processor time that sampling itself may cost.
 
 std::atomic<bool> isPainted = false;
 

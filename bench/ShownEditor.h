@@ -28,7 +28,7 @@ inline void pumpUntil(const std::function<bool()> &condition)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }
 
-/// Waits for a widget's next paint.
+/// Notices when a widget has been painted.
 class PaintWatch final : public QObject
 {
 public:
@@ -39,8 +39,8 @@ public:
         const bool isPaint = event->type() == QEvent::Paint;
         if (isPaint && !m_isBusy) {
             m_isBusy = true;
-            // The widget paints when the filter has let the event through; send it here instead,
-            // so that the paint is over when it counts as seen.
+            // The widget paints only after the filter has passed the event on. Send the event from
+            // here instead, so that the paint is complete when it is recorded.
             QCoreApplication::sendEvent(object, event);
             m_isBusy = false;
             m_hasPainted = true;
@@ -69,11 +69,11 @@ private:
     bool m_hasPainted = false;
 };
 
-/// A document in a shown window, the way the application shows one.
+/// A document in a visible window, built from the same widgets as in the application.
 class ShownEditor final
 {
 public:
-    /// Reads the file as the application reads large ones, then shows it.
+    /// Reads the file in the background, as the application reads large files, then shows it.
     void open(const QString &path)
     {
         document.startReading(path);

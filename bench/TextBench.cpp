@@ -67,7 +67,7 @@ void writeUtf8(benchmark::State &state)
     setBytes(state, bytes);
 }
 
-/// One character typed in the middle, with every counter of the status bar.
+/// Types one character in the middle of the text and reads every counter of the status bar.
 void typeInTheMiddle(benchmark::State &state)
 {
     TextStorage storage;
@@ -94,7 +94,7 @@ void undoWholeReplacement(benchmark::State &state)
     }
 }
 
-/// 100 MB in which the word "針" stands as many times as the argument says.
+/// Returns 100 MB of text that contains the word "針" `needles` times.
 Text haystack(qsizetype needles)
 {
     constexpr qsizetype kSize = 100 * kMegabyte;
@@ -147,8 +147,8 @@ void undoReplaceAll(benchmark::State &state)
     }
 }
 
-/// Patterns that would hold up whoever waits for one step of the search, were it not cut short. The
-/// counter tells how long the longest step took.
+/// Searches with patterns that would block the caller for seconds if a search step were not
+/// limited. The counter `longest_ms` is the duration of the longest step.
 void costlySteps(benchmark::State &state, const QString &text, const FindPattern &pattern)
 {
     const Text value(text);
@@ -180,7 +180,7 @@ const QString kLine = QString(kProse).replace(u'\n', u' ');
 const QString kLetters(2'000'000, u'a');
 const QString kLongWord = u'b' + QString(20'000, u'a');
 
-/// A step from one character to the next in a line that is all one piece.
+/// Steps from one cluster to the next in a single line of emoji.
 void stepThroughEmoji(benchmark::State &state)
 {
     const Text text(QStringLiteral("😀").repeated(1'000'000));

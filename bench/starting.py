@@ -1,4 +1,4 @@
-"""Starts penwick and a minimal window in turns, on one display, and times both to a quiet window."""
+"""Starts penwick and a minimal window alternately on one display and times both until a quiet window."""
 
 import contextlib
 import json
@@ -11,13 +11,13 @@ import tempfile
 import time
 
 RUNS = 25
-OWN_MACROS = 20  # Beside the built-in ones.
+OWN_MACROS = 20  # In addition to the built-in ones.
 OWN_PROFILES = 3
 
 
 @contextlib.contextmanager
 def display():
-    """A display without a screen of its own; its name."""
+    """Runs a virtual X server for the duration of the context and yields the name of its display."""
     reading, writing = os.pipe()
     server = subprocess.Popen(
         ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x900x24", "-nolisten", "tcp"],
@@ -31,7 +31,9 @@ def display():
 
 
 def start(program, probe, environment):
-    """One start: {"start": ms to the quiet window, "work": ms of the main thread's processor time}."""
+    """Starts a program once; returns {"start": ms to the quiet window, "work": ms of processor time}.
+
+    "work" is the processor time of the main thread."""
     reading, writing = os.pipe()
     told = dict(environment, LD_PRELOAD=str(probe), PENWICK_STARTED=str(time.monotonic_ns()))
     process = os.posix_spawn(program, [str(program)], told,
@@ -42,12 +44,12 @@ def start(program, probe, environment):
             os.kill(process, 9)
         lines = output.read().splitlines()
     os.waitpid(process, 0)
-    # penwick may write lines of its own before.
+    # penwick may write other lines before.
     return json.loads(next(line for line in lines if line.startswith("{")))
 
 
 def fill(data):
-    """Macros and profiles as somebody has who uses them; `data` is the folder of a first start."""
+    """Adds a realistic number of macros and profiles to `data`, the data folder of a first start."""
     store = data / "macros.json"
     macros = json.loads(store.read_text(encoding="utf-8"))
     own = [dict(macros[i % len(macros)], id=f"OWN-{i}", name=f"自分のマクロ {i}", source="user")
@@ -64,13 +66,13 @@ def fill(data):
 
 
 def measure(folder):
-    """(penwick, minimal window): medians of each figure of `start`; programs are in `folder`."""
+    """Returns the medians of the figures of `start` for [penwick, minimal window], both in `folder`."""
     programs = [folder / name for name in ("penwick", "penwick_minimal_window")]
     probe = folder / "libpenwick_quiet_probe.so"
     with tempfile.TemporaryDirectory(prefix="penwick-bench-") as home, display() as name:
         environment = {"PATH": os.environ["PATH"], "HOME": home, "XDG_RUNTIME_DIR": home,
                        "LC_ALL": "C.UTF-8", "DISPLAY": name}
-        for program in programs:  # The first ones read the files of the system from the disk.
+        for program in programs:  # The first starts read the system's files from the disk.
             start(program, probe, environment)
         fill(pathlib.Path(home) / ".local/share/penwick")
         runs = [[start(program, probe, environment) for program in programs] for _ in range(RUNS)]
