@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Fails where an include or a link goes against the layers.
+"""Fails if an include or a link violates the layers.
 
     check-layers.py [ROOT]      checks the sources under ROOT (default: this repository)
-    check-layers.py --self-test proves that each kind of fault is found
+    check-layers.py --self-test tests that each kind of fault is found
 
-Which file belongs to which target is read from the add_layer() calls; what a target may see is the
-table below, the one of docs/architecture.md."""
+The add_layer() calls define which file belongs to which target. The table below, which matches the one of
+docs/architecture.md, defines what a target may see."""
 
 import pathlib
 import re
@@ -25,7 +25,8 @@ LAYERS = {
     "macro_process": {"macro_value", "platform"},
     "macro_engine": {"text", "wording", "platform", "macro_value", "macro_process"},
 }
-# Lowest first. A widget target sees its logic target, what that one sees, and the ones before it.
+# Widget target -> its logic target, lowest layer first. A widget target sees its logic target, what that
+# one sees, and the widget targets before it.
 _UI = {
     "platform_ui": "platform",
     "controls": "wording",
@@ -40,7 +41,7 @@ for _name, _logic in _UI.items():
 LAYERS["app_logic"] = {"text", "wording", "platform"}
 LAYERS["app"] = set(LAYERS)
 
-# Qt module -> the targets that may include its headers. Logic is built and tested without a GUI.
+# Qt module -> the targets that may include its headers. Logic targets are built and tested without a GUI.
 WIDGET_TARGETS = {*_UI, "app"}
 QT_MODULES = {
     "QtCore": set(LAYERS),
@@ -51,7 +52,7 @@ QT_MODULES = {
     "QtPrintSupport": {"app"},
 }
 
-# Foreign headers that belong behind one seam: pattern -> targets.
+# Third-party and system headers that only a few targets may include: pattern -> targets.
 SEAMS = {
     r"JavaScriptCore/|glib|jsc/": {"macro_script"},
     r"unicode/": {"text"},
@@ -72,7 +73,7 @@ _INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)
 
 
 def read_targets(root):
-    """{target: (files, links)}, files as paths from `root`."""
+    """Returns {target: (files, links)}; files are paths relative to `root`."""
     targets = {}
     for folder in FOLDERS:
         for script in sorted((root / folder).rglob("CMakeLists.txt")):
@@ -97,7 +98,7 @@ def _arguments(words):
 
 
 def qt_module(header):
-    """The module whose folder holds `header`, or None for a header that is not Qt's."""
+    """Returns the Qt module that contains `header`, or None for a header that is not Qt's."""
     if header.startswith("Qt") and "/" in header:
         return header.split("/")[0]
     for base in pathlib.Path("/usr/include").glob("*/qt6"):
@@ -108,7 +109,9 @@ def qt_module(header):
 
 
 def fault_of_include(target, header, owner):
-    """Why `target` may not include `header`, or None. `owner` maps our files to their targets."""
+    """Returns why `target` may not include `header`, or None if it may.
+
+    `owner` maps the files of this repository to their targets."""
     if header in owner:
         other = owner[header]
         if other != target and other not in LAYERS[target]:
@@ -172,7 +175,7 @@ _GOOD = {
     "wording/Key.h": '#include "platform/Uuid.h"\n#include <string>\n',
     "wording/View.h": '#include "wording/Key.h"\n#include <QWidget>\n',
 }
-# What is changed in the good tree -> a part of the complaint that must follow.
+# (file to replace in the good tree, its new content, part of the expected complaint)
 _BAD = [
     ("platform/Uuid.h", '#include "wording/Key.h"', "platform may not see wording"),
     ("platform/CMakeLists.txt", "add_layer(platform SOURCES Uuid.h LINKS wording)", "may not link"),

@@ -1,17 +1,17 @@
 #!/usr/bin/env python3
 """Runs clang-tidy over the program's sources, several of them at a time.
 
-    check-tidy.py BUILD         checks what BUILD/compile_commands.json compiles
+    check-tidy.py BUILD         checks the sources in BUILD/compile_commands.json
     check-tidy.py --analyzer BUILD
-                                lets clang's analyzer check it, path by path
-    check-tidy.py --self-test   proves that faults are found, in whichever file of a group they are
+                                runs clang's path-sensitive analyzer over them
+    check-tidy.py --self-test   tests that faults are found in every file of a group
 
-Nearly all the time that clang-tidy needs for a file goes into the headers of Qt: it walks through all
-they declare. Sources that are compiled alike are therefore included into one file, as many as share no
-name in their unnamed namespaces, and that file is checked. Where a group has a fault, each file of it
-is checked by itself: that is the verdict, so that a clash between two files is never taken for one.
+clang-tidy spends most of its time per file on the declarations in Qt's headers. Therefore sources with the
+same compile options are included into one group file, which is checked at once. Sources in a group must not
+declare the same name in their unnamed namespaces. If a group has a fault, each of its files is checked
+separately, and only those results count: a conflict between two files is never reported as a fault.
 
-The tests are left out: QtTest's macros and data rows break the limits that guard the program."""
+The tests are not checked, because QtTest's macros and data rows exceed the limits on function size."""
 
 import concurrent.futures
 import itertools
@@ -26,12 +26,12 @@ import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 FOLDERS = ("platform", "text", "wording", "controls", "editor", "macro", "app")
-GROUP = 8  # With more, one group takes so long that other processors wait for it at the end.
+GROUP = 8  # With larger groups, other processors would be idle while the last group is checked.
 
 CHECKS = "-clang-analyzer-*"
-# It takes as long again as all the rest, so it is run by hand.
+# The analyzer takes as long as all other checks together, so it runs only on request.
 ANALYZER_CHECKS = "-bugprone-*,-performance-*,-modernize-*,-readability-*"
-GROUP_CHECKS = CHECKS + ",-bugprone-suspicious-include"  # A group is nothing but such includes.
+GROUP_CHECKS = CHECKS + ",-bugprone-suspicious-include"  # A group consists of such includes.
 GROUP_FILTER = rf"/({'|'.join(FOLDERS)})/[^.]*\.(h|cpp)$"
 
 _UNNAMED = re.compile(r"^namespace \{\n(.*?)^\} // namespace$", re.S | re.M)
@@ -40,7 +40,7 @@ _OTHER = re.compile(r".*?\b(\w+)(?:\(|\[|\{| = )")
 
 
 def unnamed_names(text):
-    """What the unnamed namespaces of a source declare, as far as its layout shows."""
+    """Returns the names that the unnamed namespaces of a source declare, found by its formatting."""
     names = set()
     for body in _UNNAMED.findall(text):
         for line in body.splitlines():
@@ -51,11 +51,11 @@ def unnamed_names(text):
 
 
 def without_files(command):
-    """The words of a compile command that say how, not what."""
+    """Returns the compiler and its options from a compile command, without input and output files."""
     words = shlex.split(command)
     words = words[next(i for i, word in enumerate(words) if re.search(r"(\+\+|cc)(-\d+)?$", word)) :]
     words = words[: words.index("-o")]
-    # What another compiler has parsed ahead.
+    # clang cannot read a precompiled header of another compiler.
     while "-include" in words:
         at = words.index("-include")
         del words[at : at + 2]
@@ -63,7 +63,7 @@ def without_files(command):
 
 
 def groups(entries):
-    """[(command, folder, [source...])] for entries of a compilation database."""
+    """Returns [(command, directory, [source...])] for entries of a compilation database."""
     bins = {}
     for entry in entries:
         names = unnamed_names(pathlib.Path(entry["file"]).read_text())
@@ -79,7 +79,7 @@ def groups(entries):
 
 
 def tidy(database, file, *options):
-    """What clang-tidy says of `file`; None if it has nothing to complain of."""
+    """Returns the output of clang-tidy for `file`, or None if there is no complaint."""
     done = subprocess.run(
         ["clang-tidy", "-quiet", "-p", database, *options, file],
         stdout=subprocess.PIPE,
@@ -92,8 +92,8 @@ def tidy(database, file, *options):
 
 
 def write_groups(folder, entries):
-    """Writes each group as a source into `folder`, with a database of groups and single sources, and
-    returns [(that source, [its files])], the longest first."""
+    """Writes a source file for each group into `folder`, and a database of the groups and of all single
+    sources. Returns [(group source, [its files])], the largest group first."""
     folder.mkdir(parents=True, exist_ok=True)
     made = []
     database = [
@@ -115,7 +115,7 @@ def write_groups(folder, entries):
 
 
 def faults(build, entries, config=ROOT / ".clang-tidy"):
-    """The complaints about the sources of `entries`, one text for each source that has some."""
+    """Returns the complaints about the sources of `entries`, one text for each source that has any."""
     folder = build / "tidy"
     made = write_groups(folder, entries)
     rules = f"--config-file={config}"
@@ -132,7 +132,7 @@ def faults(build, entries, config=ROOT / ".clang-tidy"):
 
 
 def analyzer_faults(build, entries):
-    """As `faults`, of the analyzer."""
+    """Returns the analyzer's complaints in the form of `faults`."""
     folder = build / "tidy"
     write_groups(folder, entries)
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count() or 1) as pool:
@@ -142,7 +142,7 @@ def analyzer_faults(build, entries):
 
 
 def entries_of(build, root):
-    """What the build compiles of the program, without what it made itself and without tests."""
+    """Returns the entries of the program's own sources, without generated files and tests."""
     wanted = re.compile(rf"{re.escape(str(root))}/({'|'.join(FOLDERS)})/.*\.cpp$")
     entries = json.loads((build / "compile_commands.json").read_text())
     return [entry for entry in entries if wanted.match(entry["file"])]
@@ -151,13 +151,13 @@ def entries_of(build, root):
 _GOOD = "namespace {\n\nint twice(int a)\n{\n    return 2 * a;\n}\n\n} // namespace\n\n"
 _SOURCES = {
     "text/One.cpp": _GOOD + "int one()\n{\n    return twice(1);\n}\n",
-    # The same name again, and once more where the layout hides it from the groups.
+    # The same name again, and a third time in a layout that `unnamed_names` does not recognize.
     "text/Two.cpp": _GOOD + "int two()\n{\n    return twice(2);\n}\n",
     "text/Three.cpp": "namespace\n{\nint twice(int a)\n{\n    return a;\n}\n} // namespace\n\n"
     "int three()\n{\n    return twice(3);\n}\n",
     "text/Four.cpp": "int four()\n{\n    return 4;\n}\n",
 }
-# Added to a source -> the check that must complain.
+# (source, text to append, check that must complain)
 _BAD = [
     ("text/One.cpp", "int *none()\n{\n    return 0;\n}\n", "modernize-use-nullptr"),
     ("text/Two.cpp", "int Wrong()\n{\n    return 0;\n}\n", "readability-identifier-naming"),
@@ -187,7 +187,7 @@ def self_test():
         if len(found) != 1 or expected not in found[0] or place not in found[0]:
             sys.exit(f"{place} with {text!r}: expected one complaint by {expected}, got {found}")
     with tempfile.TemporaryDirectory() as name:
-        # As where memory runs out.
+        # Simulates a clang-tidy that the kernel kills for lack of memory.
         killed = pathlib.Path(name) / "clang-tidy"
         killed.write_text("#!/bin/sh\nkill -9 $$\n")
         killed.chmod(0o700)

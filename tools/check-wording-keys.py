@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Fails where the code looks up a wording key that nobody can know of.
+"""Fails if the code looks up a wording key that is not documented.
 
     check-wording-keys.py [ROOT]      checks the sources under ROOT (default: this repository)
-    check-wording-keys.py --update    writes the document's rows as the code has them
-    check-wording-keys.py --self-test proves that each kind of fault is found
+    check-wording-keys.py --update    rewrites the document's rows from the code
+    check-wording-keys.py --self-test tests that each kind of fault is found
 
-A key is known when the built-in tables hold it or docs/wording-keys.md lists it. The document in turn
-lists only keys that the code looks up, each with the default text that stands in the code."""
+A key is documented if the built-in tables contain it or docs/wording-keys.md lists it. The document may
+list only keys that the code looks up, each with the default text from the code."""
 
 import pathlib
 import re
@@ -21,7 +21,7 @@ PREFIXES = ("app", "cli", "common", "dialog", "editor", "error", "macro", "menu"
 _TABLE_KEY = re.compile(r'\{\s*u"([\w.]+)"')
 _LITERAL = re.compile(r'u"((?:\\.|[^"\\])*)"(?:_s)?(?:\s*,\s*(u"(?:\\.|[^"\\])*"(?:_s)?(?:\s*u?"(?:\\.|[^"\\])*"(?:_s)?)*))?')
 _KEY = re.compile(r"(?:%s)\.[a-z]\w*(?:\.[a-z]\w*)*" % "|".join(PREFIXES))
-# The first argument of a lookup is a key whatever its prefix.
+# The first argument of a lookup is a key with any prefix.
 _LOOKUP = re.compile(r'\btext\(\s*u"([a-z]\w*(?:\.\w+)+)"')
 _ROW = re.compile(r"^\| `([\w.]+)` \| (.*?) \| (.*?) \|$", re.M)
 
@@ -31,7 +31,7 @@ def table_keys(root):
 
 
 def used_keys(root):
-    """{key: {default text or "": [file]}}"""
+    """Returns {key: {default text or "": [file]}}."""
     used = {}
     for folder in FOLDERS:
         for path in sorted((root / folder).rglob("*")):
@@ -51,7 +51,7 @@ def _collect(text, place, used):
         if not _KEY.fullmatch(key) and key not in looked_up:
             continue
         default = "".join(re.findall(r'"((?:\\.|[^"\\])*)"', following or ""))
-        # The document shows the first line of a long text.
+        # The document shows only the first line of a text.
         default = re.sub(r"\\n.*", " …", default, flags=re.S)
         if _KEY.fullmatch(default):
             default = ""
@@ -61,7 +61,7 @@ def _collect(text, place, used):
 
 
 def rows(root):
-    """The document's rows as the code has them: (key, default, files)."""
+    """Returns the rows that the document must have: (key, defaults, files)."""
     known = table_keys(root)
     result = []
     for key, defaults in sorted(used_keys(root).items()):

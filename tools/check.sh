@@ -2,10 +2,10 @@
 # Checks the sources without running the program.
 #
 #   tools/check.sh [format] [layers] [wording] [cppcheck] [tidy]     default: all of these
-#   tools/check.sh analyzer      clang's analyzer, path by path: slow, so not part of ./test
+#   tools/check.sh analyzer      clang's path-sensitive analyzer: slow, so not part of ./test
 #   tools/check.sh tests         everything, same as ./test
 #
-# tidy and analyzer read build/release/compile_commands.json: run ./test or ./run once before.
+# tidy and analyzer need build/release/compile_commands.json: run ./test or ./run first.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 
@@ -15,7 +15,7 @@ for folder in platform text wording controls editor macro app; do
 done
 database=build/release/compile_commands.json
 
-# Sources of the given folders that exist, one a line.
+# Prints the sources in the given folders, one per line.
 sources() {
     find "$@" -name '*.h' -o -name '*.cpp' | sort
 }
@@ -39,19 +39,19 @@ check_tidy() {
     tools/check-tidy.py build/release
 }
 
-# Takes as long again as all the other checks, so it is run by hand.
+# Takes as long as all other checks together, so it runs only on request.
 check_analyzer() {
     need_database
     tools/check-tidy.py --analyzer build/release
 }
 
 check_cppcheck() {
-    # Newer versions leave branches out of what they look at unless told so; older ones know no levels.
+    # Newer versions skip branches at their default level; older versions do not have the option.
     local level=()
     if [[ $(cppcheck --help) == *--check-level=* ]]; then
         level=(--check-level=exhaustive)
     fi
-    # Foreign headers are not looked for: what matters of Qt is in cppcheck's own description of it.
+    # Third-party headers are not included: cppcheck's own description of Qt (--library=qt) is enough.
     cppcheck "${level[@]}" -j "$(nproc)" --quiet --error-exitcode=1 --language=c++ --std=c++20 -I . \
         --enable=warning,performance,portability --library=qt --inline-suppr \
         -D'Q_DISABLE_COPY_MOVE(name)=' --template='{file}:{line}: {id}: {message}' \

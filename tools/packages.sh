@@ -1,6 +1,6 @@
-# The packages of Debian 12 and 13 that penwick needs, each named once; docs/dependencies.md says what for.
+# The packages of Debian 12 and 13 that penwick needs; docs/dependencies.md gives the reason for each.
 # `a|b` means alternatives: the one that is installed, otherwise the first that apt can install.
-# Sourced by `run`, `test` and the tools: needs bash.
+# Sourced by `run`, `test` and the tools; needs bash.
 
 penwick_build_packages=(
     cmake
@@ -27,7 +27,7 @@ penwick_run_packages=(
     qt6-wayland
 )
 
-# A display without a screen, and what drives the program in it from outside.
+# A virtual display, and tools that control the program in it.
 penwick_display_packages=(
     at-spi2-core
     dbus-daemon
@@ -53,14 +53,14 @@ penwick_test_packages=(
     unicode-data
 )
 
-# Installed where there is no npm only: an npm from elsewhere, which comes with its own Node.js, does not
-# go with these.
+# Installed only if there is no npm: an npm from another source brings its own Node.js and conflicts with
+# these packages.
 penwick_npm_packages=(
     nodejs
     npm
 )
 
-# What makes the Debian package, and what judges it.
+# Build and check the Debian package.
 penwick_package_packages=(
     appstream
     desktop-file-utils
@@ -73,8 +73,8 @@ penwick_bench_packages=(
     libbenchmark-dev
 )
 
-# Cross-compilation for arm64: compiler, libraries, this system's own qt6-base-dev for moc and rcc, and an
-# emulator for the tests.
+# Cross-compilation for arm64: compiler, libraries, the native qt6-base-dev for moc and rcc, and an emulator
+# for the tests.
 penwick_arm64_packages=(
     cmake
     crossbuild-essential-arm64
@@ -102,13 +102,13 @@ penwick_release_packages=(
     mmdebstrap
 )
 
-# penwick_missing_packages NAME... prints those that are not installed, one a line. A name without an
-# architecture (`libicu-dev:arm64`) means this system's.
+# penwick_missing_packages NAME... prints those that are not installed, one per line. A name may have an
+# architecture (`libicu-dev:arm64`); without one it means the native architecture.
 penwick_missing_packages() {
     local wanted name status package architecture native
     local -A present=()
     native=$(dpkg --print-architecture)
-    # A package that dpkg does not know at all is an error line on stderr: it is missing, too.
+    # For a package that dpkg does not know, dpkg-query prints only an error: the package is missing.
     while read -r status package architecture; do
         [[ $status == ?i* ]] || continue
         present[$package:$architecture]=1
@@ -125,8 +125,9 @@ penwick_missing_packages() {
     done | sort -u
 }
 
-# penwick_chosen_packages NAME... prints the package to install for each name, one a line: of alternatives the
-# first that apt has a candidate for, or the first of all if it has none, so that apt reports the error.
+# penwick_chosen_packages NAME... prints the package to install for each name, one per line: of alternatives
+# the first for which apt has a candidate. If apt has none, it is the first alternative, so that apt reports
+# the error.
 penwick_chosen_packages() {
     local wanted name chosen
     for wanted in "$@"; do
@@ -148,16 +149,16 @@ penwick_as_root() {
     "${as_root[@]}" "$@"
 }
 
-# penwick_apt_get ARGUMENT... runs apt-get as root. It never asks: configuration files that the user changed
-# are kept.
+# penwick_apt_get ARGUMENT... runs apt-get as root. It never asks questions and keeps configuration files
+# that the user has changed.
 penwick_apt_get() {
     penwick_as_root env DEBIAN_FRONTEND=noninteractive apt-get -q -o Dpkg::Use-Pty=0 \
         -o Dpkg::Options::=--force-confdef -o Dpkg::Options::=--force-confold "$@"
 }
 
-# penwick_install_packages NAME... installs what is missing and says so. Exits with status 1 and one
-# clear line where it cannot. PENWICK_SKIP_PACKAGES=1 leaves the packages to the caller, for systems
-# without apt.
+# penwick_install_packages NAME... installs missing packages and prints their names. If it cannot, it prints
+# one line with the reason and exits with status 1. With PENWICK_SKIP_PACKAGES=1, for systems without apt, it
+# does nothing.
 penwick_install_packages() {
     [[ ${PENWICK_SKIP_PACKAGES:-} ]] && return 0
     if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
@@ -175,7 +176,7 @@ penwick_install_packages() {
             "apt-get install --no-install-recommends ${missing[*]}" >&2
         exit 1
     fi
-    # The alternatives are chosen after the update: a fresh system has no package lists.
+    # Choose the alternatives after the update: a fresh system has no package lists.
     if ! penwick_apt_get update; then
         echo "penwick: apt could not update its package lists; missing packages: ${missing[*]}" >&2
         exit 1
@@ -188,7 +189,7 @@ penwick_install_packages() {
     fi
 }
 
-# penwick_install_npm makes sure that there are npm and node.
+# penwick_install_npm installs npm and node unless both are available.
 penwick_install_npm() {
     if ! command -v npm >/dev/null || ! command -v node >/dev/null; then
         penwick_install_packages "${penwick_npm_packages[@]}"
