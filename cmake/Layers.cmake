@@ -1,17 +1,17 @@
-# One static library per layer, with its links declared in one place.
+# Compiler options, and functions that define the static library and the tests of a layer.
 
-# g++ does not count a change of sign under -Wconversion, and clang is to agree.
+# -Wno-sign-conversion: g++ does not include sign conversions in -Wconversion, but clang does.
 add_library(penwick_options INTERFACE)
 target_include_directories(penwick_options INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(penwick_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor
     $<$<BOOL:${PENWICK_WARNINGS_AS_ERRORS}>:-Werror>)
-# Defines _REENTRANT. pkg-config asks for it on behalf of the script engine on some systems only, and
-# headers that were parsed ahead fit only where the same macros are defined; so all are compiled with it.
+# -pthread defines _REENTRANT. On some systems pkg-config adds it for the script engine. A precompiled header
+# can be shared only by targets with the same macros, so every target is compiled with it.
 target_compile_options(penwick_options INTERFACE -pthread)
-# Where it optimises, g++ (12 and 14 at least) takes moves of a std::variant of Qt's containers, and
-# copies of a tl::expected of small values, for reads of what was never written. clang's warnings about
-# it do not depend on optimisation, and its analyzer looks for what they miss.
+# With optimisation, g++ (at least 12 and 14) falsely reports uninitialised reads in moves of a std::variant
+# of Qt containers and in copies of a tl::expected of small values. clang's warnings do not depend on
+# optimisation, and its analyzer finds what they miss.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_compile_options(penwick_options INTERFACE -Wno-maybe-uninitialized)
 endif()
@@ -19,10 +19,10 @@ target_compile_definitions(penwick_options INTERFACE
     QT_NO_CAST_FROM_ASCII
     QT_NO_CAST_TO_ASCII
     QT_NO_FOREACH
-    QT_NO_KEYWORDS # GLib's headers, which the script engine's include, use `signals` as a name.
+    QT_NO_KEYWORDS # The script engine's headers include GLib, which uses `signals` as a name.
     PENWICK_VERSION="${PROJECT_VERSION}")
-# Characters in one chunk of a text. Where the texts are short, as those that a fuzzer makes are, small
-# chunks let them have a tree all the same.
+# The size of a chunk. The fuzz preset makes it small, so that the short texts of a fuzzer also have a tree
+# of several chunks.
 set(PENWICK_LEAF_UNITS 4096 CACHE STRING "UTF-16 code units that one chunk of a text holds at most")
 target_compile_definitions(penwick_options INTERFACE PENWICK_LEAF_UNITS=${PENWICK_LEAF_UNITS})
 if(PENWICK_FUZZ)
@@ -32,8 +32,9 @@ if(PENWICK_FUZZ)
     target_link_options(penwick_options INTERFACE -fsanitize=address,undefined)
 endif()
 if(PENWICK_SANITIZE)
-    # The script engine's library has no run-time type information. It calls inline functions of the
-    # standard library, finds ours, and those would take its objects for foreign ones.
+    # -fno-sanitize=vptr: the script engine's library has no run-time type information. It may call the
+    # instrumented copies of inline standard library functions in our code, where this check would reject its
+    # objects.
     target_compile_options(penwick_options INTERFACE
         -fsanitize=address,undefined -fno-sanitize=vptr -fno-sanitize-recover=undefined
         -fno-omit-frame-pointer)
@@ -42,8 +43,8 @@ endif()
 
 # add_layer(NAME SOURCES file... LINKS target...)
 #
-# Defines the static library NAME of one folder. Only what LINKS names may be included from it;
-# tools/check-layers.py holds the same table and fails on an include that does not follow it.
+# Defines the static library NAME of one folder. tools/check-layers.py defines which targets it may link and
+# include, and fails on any other.
 function(add_layer name)
     cmake_parse_arguments(PARSE_ARGV 1 LAYER "" "" "SOURCES;LINKS")
     add_library(${name} STATIC ${LAYER_SOURCES})
@@ -61,31 +62,30 @@ endif()
 # add_layer_test(SOURCE LINKS target...)
 #
 # Builds SOURCE, a QtTest executable named after its file, and registers it with ctest. It runs on
-# the offscreen platform unless the test sets another one. In a quick build the test itself is not
-# optimised; the layers that it links are as ever.
+# the offscreen platform unless the test sets another one. PENWICK_QUICK_BUILD turns optimisation off for the
+# test, but not for the layers that it links.
 function(add_layer_test source)
     cmake_parse_arguments(PARSE_ARGV 1 TEST "" "" "LINKS")
     cmake_path(GET source STEM name)
     add_executable(${name} ${source})
     target_link_libraries(${name} PRIVATE ${TEST_LINKS} test_support Qt6::Test)
     if(PENWICK_QUICK_BUILD)
-        # It is the program that has to be quick; to optimise QtTest's macros takes as long as all the
-        # rest of a test, and with the sanitizers' checks twice as long.
+        # Optimising QtTest's macros doubles the compile time of a test, and triples it with sanitizers.
         target_compile_options(${name} PRIVATE -O0)
         penwick_use_pch(${name})
-        if(PENWICK_HAS_GOLD) # It needs a quarter of the time.
+        if(PENWICK_HAS_GOLD) # gold links in a quarter of the time.
             target_link_options(${name} PRIVATE -fuse-ld=gold)
         endif()
     endif()
     target_compile_definitions(${name} PRIVATE
         PENWICK_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}")
-    # What CMake does about moc by itself costs each test as much as it takes to link.
+    # Run moc directly: AUTOMOC would take as long as linking the test.
     set_target_properties(${name} PROPERTIES AUTOMOC OFF)
     set(moc ${CMAKE_CURRENT_BINARY_DIR}/${name}_moc/${name}.moc)
     qt6_generate_moc(${source} ${moc} TARGET ${name})
     set_source_files_properties(${source} PROPERTIES OBJECT_DEPENDS ${moc})
-    # The macros that wait, QTRY_VERIFY and the like, turn milliseconds into an int since Qt 6.8. g++
-    # counts that as the test's fault, clang as the header's. What a source asks for comes last.
+    # Since Qt 6.8, QTRY_VERIFY and similar macros convert milliseconds to int. g++ attributes the warning to
+    # the test, clang to the header. This is set on the source because options of a source come last.
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND Qt6_VERSION VERSION_GREATER_EQUAL 6.8)
         set_source_files_properties(${source} PROPERTIES COMPILE_OPTIONS -Wno-conversion)
     endif()

@@ -1,6 +1,6 @@
-# Lets a build parse the headers of Qt once instead of once per file; most files take longer for those
-# than for themselves. Such a build does not show that each file includes what it needs: the debug
-# build does.
+# Precompiled headers: a build parses the headers of Qt once instead of once per file. For most files, parsing
+# them takes longer than compiling the rest. Such a build does not detect missing includes; the debug build
+# does.
 
 set(penwick_pch_core
     <QByteArray> <QDateTime> <QDir> <QFile> <QFileInfo> <QHash> <QJsonDocument> <QJsonObject> <QList>
@@ -10,9 +10,10 @@ set(penwick_pch_widgets
     <QAction> <QApplication> <QLabel> <QLineEdit> <QMainWindow> <QMenu> <QPainter> <QPushButton>
     <QTextLayout> <QWidget>)
 
-# Which of the modules above the headers of a target may come from: what a target links decides which
-# macros of Qt's are defined, and they have to be the same for all who share what was parsed. QtTest's
-# headers cannot be shared: to each test they name its own folder.
+# Returns in `result` which precompiled header `target` can use: core or widgets, with _plain for targets
+# without optimisation. The Qt modules that a target links define macros, which must be the same for all
+# targets that share a precompiled header. QtTest's headers cannot be precompiled, because its macros contain
+# the folder of each test.
 function(penwick_pch_kind result target)
     set(kind core)
     get_target_property(links ${target} LINK_LIBRARIES)
@@ -43,7 +44,7 @@ function(penwick_make_pch kind)
     target_precompile_headers(${owner} PRIVATE ${headers})
 endfunction()
 
-# Call it when all links of the target are known.
+# Lets the target use the precompiled header that fits it. Call this after all its links are set.
 function(penwick_use_pch target)
     penwick_pch_kind(kind ${target})
     if(NOT TARGET penwick_pch_${kind})
