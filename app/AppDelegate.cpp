@@ -71,9 +71,8 @@ void AppDelegate::applicationDidFinishLaunching(const std::optional<OpenRequest>
     // profile.
     static_cast<void>(UIWordingProfileManager::shared());
     QCoreApplication::installTranslator(&m_translator);
-    if (m_updaterController == nullptr) {
+    if (m_updaterController == nullptr)
         m_updaterController = makeStandardUpdaterController();
-    }
     MacroManager::shared().installBuiltInMacros();
     buildMenuBars();
     m_cancellables << connect(&MacroManager::shared(),
@@ -95,11 +94,10 @@ void AppDelegate::applicationDidFinishLaunching(const std::optional<OpenRequest>
             UIWordingProfileManager::shared().takeInChangesFromElsewhere();
         }
     });
-    if (request) {
+    if (request)
         openFirst(*request);
-    } else {
+    else
         QTimer::singleShot(kRequestTimeout, this, &AppDelegate::endWithoutDocuments);
-    }
     connect(qApp, &QGuiApplication::focusWindowChanged, this, [this] {
         windowDidBecomeMain(QApplication::activeWindow());
     });
@@ -110,19 +108,16 @@ void AppDelegate::applicationDidFinishLaunching(const std::optional<OpenRequest>
 
 void AppDelegate::openFirst(const OpenRequest &request)
 {
-    if (!request.items.isEmpty()) {
+    if (!request.items.isEmpty())
         m_requests.open(request);
-    }
-    if (!m_documents.hasDocuments()) {
+    if (!m_documents.hasDocuments())
         m_documents.newDocument();
-    }
 }
 
 void AppDelegate::endWithoutDocuments()
 {
-    if (!m_documents.hasDocuments()) {
+    if (!m_documents.hasDocuments())
         terminate();
-    }
 }
 
 void AppDelegate::prepareScriptHost()
@@ -148,27 +143,23 @@ void AppDelegate::tryEngine()
 void AppDelegate::reportTrial(const EngineTrial &trial)
 {
     const QString missing = missingWalls(trial.protection);
-    if (!missing.isEmpty()) {
+    if (!missing.isEmpty())
         printLine(u"Macros run without: "_s + missing);
-    }
     const QString failure = engineLogLine(trial);
-    if (!failure.isEmpty()) {
+    if (!failure.isEmpty())
         writeErrorLine(u"penwick: "_s + failure);
-    }
 #ifndef __SANITIZE_ADDRESS__ // A build with sanitizers has no sandbox.
     const QString warning = engineWarning(trial);
     const auto editor = targetEditor();
-    if (!warning.isEmpty() && editor != nullptr) {
+    if (!warning.isEmpty() && editor != nullptr)
         editor->showMacroMessage(NotificationType::Warning, warning);
-    }
 #endif
 }
 
 void AppDelegate::openFiles(const QStringList &paths)
 {
-    for (const QString &path : paths) {
+    for (const QString &path : paths)
         m_documents.openFile(path);
-    }
 }
 
 std::shared_ptr<EditorWindowController> AppDelegate::targetEditor() const
@@ -179,9 +170,8 @@ std::shared_ptr<EditorWindowController> AppDelegate::targetEditor() const
 
 void AppDelegate::windowDidBecomeMain(QWidget *window)
 {
-    if (auto controller = m_documents.controllerOf(window)) {
+    if (auto controller = m_documents.controllerOf(window))
         m_lastActiveEditorWindowController = std::move(controller);
-    }
 }
 
 void AppDelegate::prepareWindow(EditorWindow *window)
@@ -199,9 +189,8 @@ void AppDelegate::currentTabDidChange(EditorWindow *window)
 {
     const bool wasMain = m_lastActiveEditorWindowController != nullptr &&
                          m_lastActiveEditorWindowController->window() == window;
-    if (wasMain || QApplication::activeWindow() == window) {
+    if (wasMain || QApplication::activeWindow() == window)
         windowDidBecomeMain(window);
-    }
 }
 
 void AppDelegate::handleProfileDidChange()
@@ -211,17 +200,15 @@ void AppDelegate::handleProfileDidChange()
 
 void AppDelegate::buildMenuBars()
 {
-    for (const auto &window : m_documents.windows()) {
+    for (const auto &window : m_documents.windows())
         buildMenuBar(window.get(), menuHandlers());
-    }
     rebuildMacroMenus();
 }
 
 void AppDelegate::rebuildMacroMenus()
 {
-    for (const auto &window : m_documents.windows()) {
+    for (const auto &window : m_documents.windows())
         rebuildMacroMenu(*window);
-    }
 }
 
 void AppDelegate::rebuildMacroMenu(const EditorWindow &window)
@@ -278,9 +265,8 @@ void AppDelegate::perform(MenuCommand command)
         showProfileManager();
         break;
     case MenuCommand::CheckForUpdates:
-        if (m_updaterController != nullptr) {
+        if (m_updaterController != nullptr)
             m_updaterController->checkForUpdates();
-        }
         break;
     default:
         performOnDocument(command);
@@ -290,9 +276,8 @@ void AppDelegate::perform(MenuCommand command)
 void AppDelegate::performOnDocument(MenuCommand command)
 {
     const auto controller = targetEditor();
-    if (controller == nullptr) {
+    if (controller == nullptr)
         return;
-    }
     switch (command) {
     case MenuCommand::PerformClose:
         m_documents.closeDocument(controller.get());
@@ -310,9 +295,8 @@ void AppDelegate::performOnDocument(MenuCommand command)
 
 void AppDelegate::runDynamicMacro(const QString &id)
 {
-    if (const auto macro = MacroManager::shared().macroWithId(id)) {
+    if (const auto macro = MacroManager::shared().macroWithId(id))
         m_launcher.promptOrRun(*macro);
-    }
 }
 
 void AppDelegate::runTestMacro()
@@ -364,9 +348,8 @@ void AppDelegate::showProfileManager()
 
 void AppDelegate::terminate()
 {
-    if (m_documents.closeAll() && m_requests.finish()) {
+    if (m_documents.closeAll() && m_requests.finish())
         QCoreApplication::exit(0);
-    }
 }
 
 /// Quits as the Quit command does. A second signal ends the process at once while the question of
@@ -389,12 +372,10 @@ void AppDelegate::quitOnSignal(int signalNumber)
 
 void AppDelegate::commitSession(QSessionManager &manager)
 {
-    if (!manager.allowsInteraction()) {
+    if (!manager.allowsInteraction())
         return;
-    }
-    if (!m_documents.closeAll()) {
+    if (!m_documents.closeAll())
         manager.cancel();
-    }
     manager.release();
 }
 

@@ -21,9 +21,8 @@ CloseConsent::CloseConsent(const OpenDocuments &documents, Save save)
 bool CloseConsent::offersToStopAMacro() const
 {
     const OpenDocument *running = m_documents.withRunningMacro();
-    if (running == nullptr) {
+    if (running == nullptr)
         return false;
-    }
     bringForward(*running->controller);
     running->controller->offerToStopMacro();
     return true;
@@ -32,9 +31,8 @@ bool CloseConsent::offersToStopAMacro() const
 bool CloseConsent::showsOpenQuestion()
 {
     QWidget *question = QApplication::activeModalWidget();
-    if (question == nullptr) {
+    if (question == nullptr)
         return false;
-    }
     bringForward(question);
     return true;
 }
@@ -47,16 +45,13 @@ bool CloseConsent::isGivenFor(OpenDocument &entry) const
         entry.controller->offerToStopMacro();
         return false;
     }
-    if (entry.document->isReading()) {
+    if (entry.document->isReading())
         return true; // A document that is being read has no changes to lose.
-    }
-    if (!entry.saver->await(entry.displayName())) {
+    if (!entry.saver->await(entry.displayName()))
         return false;
-    }
     QGuiApplication::inputMethod()->commit();
-    if (!entry.document->isEdited()) {
+    if (!entry.document->isEdited())
         return true;
-    }
     bringForward(controller);
     switch (askAboutUnsavedChanges(controller.window(), entry.displayName())) {
     case UnsavedAnswer::Save:
@@ -74,9 +69,8 @@ bool CloseConsent::isGivenFor(const EditorWindow &window) const
     QList<const EditorWindowController *> asked;
     while (OpenDocument *entry = nextOf(window, asked)) {
         asked << entry->controller.get();
-        if (!isGivenFor(*entry)) {
+        if (!isGivenFor(*entry))
             return false;
-        }
     }
     return true;
 }
@@ -90,9 +84,8 @@ OpenDocument *CloseConsent::nextOf(const EditorWindow &window,
     OpenDocument *next = nullptr;
     for (const EditorWindowController *controller : window.controllers()) {
         OpenDocument *entry = asked.contains(controller) ? nullptr : m_documents.find(controller);
-        if (entry != nullptr && (next == nullptr || controller->isRunningMacro())) {
+        if (entry != nullptr && (next == nullptr || controller->isRunningMacro()))
             next = entry;
-        }
     }
     return next;
 }

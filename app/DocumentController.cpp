@@ -48,9 +48,8 @@ DocumentController::DocumentController(QObject *parent)
     , m_folder(paths::startFolder())
 {
     NotificationCenter::defaultCenter().addObserver(UIWordingProfileDidChange, this, [this] {
-        for (const auto &controller : m_documents.controllers()) {
+        for (const auto &controller : m_documents.controllers())
             updateLabel(controller.get());
-        }
     });
 }
 
@@ -58,9 +57,8 @@ DocumentController::~DocumentController()
 {
     // The tabs are destroyed one by one; ignore the changes of the current tab that result. Keep
     // all other connections: the toolkit must learn when a window is destroyed.
-    for (const auto &window : m_documents.windows()) {
+    for (const auto &window : m_documents.windows())
         disconnect(window.get(), &EditorWindow::currentTabChanged, nullptr, nullptr);
-    }
 }
 
 DocumentController::WindowController DocumentController::controllerOf(const QWidget *window) const
@@ -85,9 +83,8 @@ TextDocument *DocumentController::documentOfFile(const QString &path) const
 std::shared_ptr<EditorWindow> DocumentController::currentWindow() const
 {
     const auto windows = m_documents.windows();
-    if (windows.isEmpty()) {
+    if (windows.isEmpty())
         return nullptr;
-    }
     const auto active = std::find_if(windows.begin(), windows.end(), [this](const auto &window) {
         return window.get() == m_activeWindow;
     });
@@ -201,9 +198,8 @@ OpenDocument &DocumentController::addDocument(std::unique_ptr<TextDocument> docu
                                               Placement placement)
 {
     std::shared_ptr<EditorWindow> window = placement == Placement::Tab ? currentWindow() : nullptr;
-    if (window == nullptr) {
+    if (window == nullptr)
         window = makeWindow();
-    }
     OpenDocument &entry = m_documents.add();
     entry.controller = std::make_shared<EditorWindowController>(std::move(window));
     Q_EMIT controllerMade(entry.controller.get());
@@ -234,29 +230,26 @@ void DocumentController::setDocument(OpenDocument &entry, std::unique_ptr<TextDo
             controller,
             [this, controller](TextDocument::Transfer transfer,
                                const std::optional<DocumentError> &error) {
-                if (transfer == TextDocument::Transfer::Reading) {
+                if (transfer == TextDocument::Transfer::Reading)
                     readingDidEnd(controller, error);
-                }
             });
     updateLabel(controller);
 }
 
 void DocumentController::showContent(OpenDocument &entry)
 {
-    if (entry.document->isReading()) {
+    if (entry.document->isReading())
         entry.controller->showLoading(entry.document.get());
-    } else {
+    else
         entry.controller->setDocument(entry.document.get());
-    }
 }
 
 void DocumentController::readingDidEnd(const EditorWindowController *controller,
                                        const std::optional<DocumentError> &error)
 {
     OpenDocument *entry = m_documents.find(controller);
-    if (entry == nullptr) {
+    if (entry == nullptr)
         return; // The tab was closed meanwhile.
-    }
     if (!error) {
         showContent(*entry);
         updateLabel(controller);
@@ -269,9 +262,8 @@ void DocumentController::readingDidEnd(const EditorWindowController *controller,
             Qt::QueuedConnection);
         return;
     }
-    if (!error->isCancellation()) {
+    if (!error->isCancellation())
         dialogs::showOpenError(entry->controller->window(), entry->document->filePath(), *error);
-    }
     giveUp(controller);
 }
 
@@ -280,54 +272,47 @@ void DocumentController::readingDidEnd(const EditorWindowController *controller,
 void DocumentController::giveUp(const EditorWindowController *controller)
 {
     OpenDocument *entry = m_documents.find(controller);
-    if (entry == nullptr) {
+    if (entry == nullptr)
         return;
-    }
-    if (m_documents.controllers().size() == 1) {
+    if (m_documents.controllers().size() == 1)
         setDocument(*entry, std::make_unique<TextDocument>());
-    } else {
+    else
         removeAgreed(WindowController(entry->controller)); // Deletes the entry.
-    }
 }
 
 bool DocumentController::saveDocument(const EditorWindowController *controller)
 {
     OpenDocument *entry = m_documents.find(controller);
-    if (entry == nullptr || entry->document->isReading()) {
+    if (entry == nullptr || entry->document->isReading())
         return false;
-    }
-    if (entry->document->isWriting()) {
+    if (entry->document->isWriting())
         return entry->saver->save(entry->document->transferPath());
-    }
-    if (entry->document->filePath().isEmpty()) {
+    if (entry->document->filePath().isEmpty())
         return saveDocumentAs(controller);
-    }
     return entry->saver->save(entry->document->filePath());
 }
 
 bool DocumentController::saveDocumentAs(const EditorWindowController *controller)
 {
     OpenDocument *entry = m_documents.find(controller);
-    if (entry == nullptr || entry->document->isReading() ||
-        !entry->saver->await(entry->displayName())) {
+    if (entry == nullptr || entry->document->isReading())
         return false;
-    }
+    if (!entry->saver->await(entry->displayName()))
+        return false;
     const QString current = entry->document->filePath();
     const QString suggestion =
         current.isEmpty() ? QDir(m_folder).filePath(entry->displayName() + u".txt"_s) : current;
     const QString path = dialogs::askForFileToSave(entry->controller->window(), suggestion);
-    if (path.isEmpty()) {
+    if (path.isEmpty())
         return false;
-    }
     const OpenDocument *holder = m_documents.withFile(path);
     if (holder != nullptr && holder != entry) {
         dialogs::showFileInUse(entry->controller->window(), path);
         return false;
     }
     m_folder = QFileInfo(path).absolutePath();
-    if (absolutePathOf(path) == entry->document->filePath()) {
+    if (absolutePathOf(path) == entry->document->filePath())
         entry->document->acceptFileVersion(FileVersion::of(path)); // Agreed to replace it.
-    }
     return entry->saver->save(absolutePathOf(path));
 }
 
@@ -335,9 +320,8 @@ void DocumentController::moveToNewWindow(const EditorWindowController *controlle
                                          const QPoint &position)
 {
     const OpenDocument *entry = m_documents.find(controller);
-    if (entry == nullptr || controller->isRunningMacro()) {
+    if (entry == nullptr || controller->isRunningMacro())
         return;
-    }
     const auto former = controller->window()->shared_from_this();
     if (former->count() == 1) {
         former->move(position);
@@ -360,11 +344,9 @@ bool DocumentController::closeDocument(const EditorWindowController *controller)
 bool DocumentController::closeOtherDocuments(const EditorWindowController *controller)
 {
     QList<const EditorWindowController *> others;
-    for (const EditorWindowController *other : controller->window()->controllers()) {
-        if (other != controller) {
+    for (const EditorWindowController *other : controller->window()->controllers())
+        if (other != controller)
             others << other;
-        }
-    }
     return closeDocuments(others);
 }
 
@@ -373,17 +355,14 @@ bool DocumentController::closeDocuments(const QList<const EditorWindowController
     QList<WindowController> agreed;
     for (const EditorWindowController *controller : controllers) {
         OpenDocument *entry = m_documents.find(controller);
-        if (entry == nullptr) {
+        if (entry == nullptr)
             continue; // It was closed during a question about another document.
-        }
         agreed << entry->controller;
-        if (!m_consent.isGivenFor(*entry)) {
+        if (!m_consent.isGivenFor(*entry))
             return false;
-        }
     }
-    for (const WindowController &controller : agreed) {
+    for (const WindowController &controller : agreed)
         removeAgreed(controller);
-    }
     return true;
 }
 
@@ -406,9 +385,8 @@ bool DocumentController::closeAll()
 {
     // A dialog may already be open, for example when the session ends. Closing now could remove the
     // document that the dialog is about.
-    if (m_closingAll || m_consent.offersToStopAMacro() || m_consent.showsOpenQuestion()) {
+    if (m_closingAll || m_consent.offersToStopAMacro() || m_consent.showsOpenQuestion())
         return false;
-    }
     m_closingAll = true;
     const QList<WindowController> controllers = windowControllers();
     bool mayClose =
@@ -420,16 +398,13 @@ bool DocumentController::closeAll()
         });
     // Close other windows first: if one refuses, the editor windows must still be open.
     const QWidgetList windows = QApplication::topLevelWidgets();
-    for (QWidget *window : windows) {
-        if (mayClose && window->isVisible() && m_documents.inFrontOf(window) == nullptr) {
+    for (QWidget *window : windows)
+        if (mayClose && window->isVisible() && m_documents.inFrontOf(window) == nullptr)
             mayClose = window->close();
-        }
-    }
     m_closeIsAgreed = mayClose;
-    for (const auto &window :
-         mayClose ? m_documents.windows() : QList<std::shared_ptr<EditorWindow>>()) {
-        window->close();
-    }
+    const auto editorWindows = m_documents.windows();
+    for (qsizetype i = 0; mayClose && i < editorWindows.size(); ++i)
+        editorWindows.at(i)->close();
     m_closeIsAgreed = false;
     m_closingAll = false;
     return mayClose;
@@ -442,38 +417,32 @@ bool DocumentController::eventFilter(QObject *watched, QEvent *event)
         m_activeWindow = window;
         checkFileOnDisk(window != nullptr ? window->currentController() : nullptr);
     }
-    if (event->type() != QEvent::Close || window == nullptr) {
+    if (event->type() != QEvent::Close || window == nullptr)
         return QObject::eventFilter(watched, event);
-    }
     if (!m_closeIsAgreed && !m_consent.isGivenFor(*window)) {
         event->ignore();
         return true;
     }
-    for (const EditorWindowController *controller : window->controllers()) {
-        if (const OpenDocument *entry = m_documents.find(controller)) {
+    for (const EditorWindowController *controller : window->controllers())
+        if (const OpenDocument *entry = m_documents.find(controller))
             forget(WindowController(entry->controller));
-        }
-    }
     return false;
 }
 
 void DocumentController::checkFileOnDisk(const EditorWindowController *controller)
 {
-    if (const OpenDocument *entry = m_documents.find(controller)) {
+    if (const OpenDocument *entry = m_documents.find(controller))
         entry->outsideChanges->check();
-    }
 }
 
 void DocumentController::forget(const WindowController &controller)
 {
     const std::unique_ptr<OpenDocument> entry = m_documents.take(controller.get());
-    if (entry == nullptr) {
+    if (entry == nullptr)
         return;
-    }
     entry->document->cancelTransfer();
-    if (entry->document->contentString().size() > kLargeText) {
+    if (entry->document->contentString().size() > kLargeText)
         giveBackMemoryLater();
-    }
     entry->saver.reset();
     entry->outsideChanges.reset();
     // Both must outlive the current event, and the tab must outlive its document.
@@ -487,15 +456,13 @@ void DocumentController::forget(const WindowController &controller)
 void DocumentController::updateLabel(const EditorWindowController *controller)
 {
     const OpenDocument *entry = m_documents.find(controller);
-    if (entry == nullptr) {
+    if (entry == nullptr)
         return;
-    }
     const QString name = entry->displayName();
     entry->controller->setTabLabel(
         {name, entry->document->filePath(), entry->document->isEdited()});
-    if (TextView *view = controller->textView()) {
+    if (TextView *view = controller->textView())
         view->setAccessibleName(name);
-    }
 }
 
 } // namespace penwick

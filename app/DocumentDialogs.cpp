@@ -126,13 +126,12 @@ QMessageBox *askAboutOutsideChange(QWidget *parent,
     box->setDefaultButton(later);
     box->setEscapeButton(later);
     QObject::connect(box, &QDialog::finished, box, [box, keep, load, answered] {
-        if (box->clickedButton() == keep) {
+        if (box->clickedButton() == keep)
             answered(OutsideAnswer::KeepMine);
-        } else if (box->clickedButton() == load) {
+        else if (box->clickedButton() == load)
             answered(OutsideAnswer::LoadTheirs);
-        } else {
+        else
             answered(OutsideAnswer::Later);
-        }
     });
     box->open();
     return box;
@@ -156,9 +155,8 @@ bool offerToSaveElsewhere(QWidget *parent, const QString &path, const DocumentEr
 
 void showInterruptedSave(QWidget *parent, const QString &path, const QStringList &copies)
 {
-    if (copies.isEmpty()) {
+    if (copies.isEmpty())
         return;
-    }
     auto *box =
         new MessageBox(QMessageBox::Warning,
                        withName(wording::text(u"dialog.interruptedSaveMessage"_s,
@@ -222,9 +220,8 @@ void showFileInUse(QWidget *parent, const QString &path)
 
 QString reasonOf(const DocumentError &error)
 {
-    if (error.domain == DocumentError::Domain::NSPOSIXErrorDomain) {
+    if (error.domain == DocumentError::Domain::NSPOSIXErrorDomain)
         return reasonOfFileError(error.fileErrorKind);
-    }
     return wording::text(u"error.reason.notUtf8"_s, u"UTF-8 のテキストではありません。"_s);
 }
 

@@ -13,14 +13,12 @@ read(TextDocument &document, const QString &path, const TransferPatience &patien
 {
     const QFileInfo info(path);
     // Report a file that cannot be read at all before a window opens for it.
-    if (!info.isFile() || !info.isReadable() || info.size() < patience.directBytes) {
+    if (!info.isFile() || !info.isReadable() || info.size() < patience.directBytes)
         return document.readFromFile(path);
-    }
     document.startReading(path);
     if (patience.reading.count() > 0) {
-        if (const auto outcome = document.waitForTransfer(patience.reading)) {
+        if (const auto outcome = document.waitForTransfer(patience.reading))
             return *outcome;
-        }
     }
     document.setFilePath(path); // The window belongs to the file from now on.
     return {};
@@ -29,9 +27,8 @@ read(TextDocument &document, const QString &path, const TransferPatience &patien
 /// Returns why the file cannot become a new document; no value when it simply does not exist yet.
 std::optional<DocumentError> obstacleToNewFile(const QString &path, const DocumentError &readError)
 {
-    if (readError.fileErrorKind != FileError::Kind::NotFound) {
+    if (readError.fileErrorKind != FileError::Kind::NotFound)
         return readError;
-    }
     // A file name that is not valid text was decoded to another name, which does not exist. An
     // empty window under that name would be mistaken for the file.
     if (path.contains(QChar::ReplacementCharacter)) {
@@ -51,9 +48,8 @@ readDocument(const QString &path, MissingFile missingFile, const TransferPatienc
         const auto obstacle = missingFile == MissingFile::IsAnEmptyDocument
                                   ? obstacleToNewFile(path, wasRead.error())
                                   : wasRead.error();
-        if (obstacle) {
+        if (obstacle)
             return tl::unexpected(*obstacle);
-        }
         document->setFilePath(path);
     }
     return document;

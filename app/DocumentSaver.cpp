@@ -23,9 +23,8 @@ DocumentSaver::DocumentSaver(TextDocument *document,
             &TextDocument::transferEnded,
             this,
             [this](TextDocument::Transfer transfer, const std::optional<DocumentError> &error) {
-                if (transfer == TextDocument::Transfer::Writing && !m_isAwaited) {
+                if (transfer == TextDocument::Transfer::Writing && !m_isAwaited)
                     end(error);
-                }
             });
 }
 
@@ -47,9 +46,8 @@ bool DocumentSaver::write(const QString &path)
         m_document->startWriting(path);
         return true;
     }
-    if (const auto written = m_document->writeToFile(path); !written) {
+    if (const auto written = m_document->writeToFile(path); !written)
         return recover(written.error());
-    }
     return true;
 }
 
@@ -66,9 +64,8 @@ bool DocumentSaver::recover(const DocumentError &error)
     }
     // Take this version before the question: a change made during the question needs another one.
     const std::optional<FileVersion> version = FileVersion::of(m_path);
-    if (!mayReplace(version)) {
+    if (!mayReplace(version))
         return false;
-    }
     if (m_path == m_document->filePath()) {
         m_document->acceptFileVersion(version);
         // If this save fails, no undo step leads back to the content of the file.
@@ -86,9 +83,8 @@ bool DocumentSaver::mayReplace(const std::optional<FileVersion> &version) const
     if (version && version->size == known.metrics().utf8Bytes && version->size < kMaxComparedSize) {
         TransferProgress unwatched;
         const TransferOutcome present = readTextFile(m_path, unwatched);
-        if (present && present->version == version && present->text == known) {
+        if (present && present->version == version && present->text == known)
             return true;
-        }
     }
     return dialogs::askToOverwriteChangedFile(m_controller->window(), QFileInfo(m_path).fileName());
 }
@@ -97,19 +93,16 @@ bool DocumentSaver::mayReplace(const std::optional<FileVersion> &version) const
 bool DocumentSaver::end(const std::optional<DocumentError> &error)
 {
     const bool savesAgain = std::exchange(m_savesAgain, false);
-    if (error) {
+    if (error)
         return !error->isCancellation() && recover(*error);
-    }
     return !savesAgain || !m_document->isEdited() || write(m_path);
 }
 
 bool DocumentSaver::await(const QString &name)
 {
-    while (m_document->isWriting()) {
-        if (!end(awaitOne(name))) {
+    while (m_document->isWriting())
+        if (!end(awaitOne(name)))
             return false;
-        }
-    }
     return true;
 }
 

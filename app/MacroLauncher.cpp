@@ -61,9 +61,8 @@ void MacroLauncher::run(const QString &code,
                         const QString &name,
                         const std::optional<QString> &userInput) const
 {
-    if (const WindowController target = m_targetEditor()) {
+    if (const WindowController target = m_targetEditor())
         target->runMacro(code, id, name, userInput);
-    }
 }
 
 void MacroLauncher::promptForText(const Macro &macro,
@@ -87,18 +86,16 @@ void MacroLauncher::promptForDate(const Macro &macro) const
         promptParent(),
         wording::text(u"dialog.dateTimeMessage"_s, u"挿入する日付の形式を選択してください："_s),
         m_clock);
-    if (date) {
+    if (date)
         run(macro.code, macro.id, macro.name, date);
-    } else {
+    else
         showInfo(wording::text(u"macro.notification.canceled"_s, u"キャンセルしました"_s));
-    }
 }
 
 void MacroLauncher::showInfo(const QString &message) const
 {
-    if (const WindowController target = m_targetEditor()) {
+    if (const WindowController target = m_targetEditor())
         target->showMacroMessage(NotificationType::Info, message);
-    }
 }
 
 /// The dialog's parent is the active window, which need not be an editor.

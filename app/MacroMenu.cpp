@@ -36,9 +36,8 @@ int addMacroItems(QMenu *menu,
 {
     int count = 0;
     for (const Macro &macro : macros) {
-        if (!macro.isEnabled) {
+        if (!macro.isEnabled)
             continue;
-        }
         QAction *action = addPlainItem(menu, macro.name);
         action->setData(macro.id);
         QObject::connect(action, &QAction::triggered, action, [action, runMacro] {
@@ -57,9 +56,8 @@ void rebuildMacroMenu(QMenu *menu,
                       const std::function<void(const QString &id)> &runMacro)
 {
     menu->clear();
-    if (addMacroItems(menu, macros, runMacro) == 0) {
+    if (addMacroItems(menu, macros, runMacro) == 0)
         addPlainItem(menu, wording::text(u"macro.notification.noMacro"_s))->setEnabled(false);
-    }
     menu->addSeparator();
     addCommandItem(menu, wording::text(u"macro.manage"_s), MenuCommand::ShowMacroManager, handlers);
     menu->addSeparator();

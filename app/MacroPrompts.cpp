@@ -16,9 +16,8 @@ askForText(QWidget *parent, const QString &message, const QString &initialValue)
     auto *field = new QLineEdit(initialValue);
     PromptDialog dialog(message, field, parent);
     field->selectAll();
-    if (dialog.exec() != QDialog::Accepted) {
+    if (dialog.exec() != QDialog::Accepted)
         return std::nullopt;
-    }
     return field->text();
 }
 
@@ -43,9 +42,8 @@ std::optional<QString> askForDate(QWidget *parent, const QString &message, const
     auto *list = new QComboBox;
     list->addItems(datePatterns());
     PromptDialog dialog(message, list, parent);
-    if (dialog.exec() != QDialog::Accepted || list->currentIndex() < 0) {
+    if (dialog.exec() != QDialog::Accepted || list->currentIndex() < 0)
         return std::nullopt;
-    }
     return formatDate(clock().toLocalTime(), list->currentText());
 }
 

@@ -53,9 +53,8 @@ void setEditStates(const QMenu *menu, bool isOpen)
 {
     for (QAction *action : menu->actions()) {
         const auto command = static_cast<MenuCommand>(action->data().toInt());
-        if (!action->isSeparator() && isResponderCommand(command)) {
+        if (!action->isSeparator() && isResponderCommand(command))
             action->setEnabled(!isOpen || canPerformResponderCommand(command));
-        }
     }
 }
 
@@ -81,13 +80,11 @@ void buildMenuBar(QMainWindow *window, const MenuHandlers &handlers)
     for (const MenuRow &row : menuRows()) {
         QMenu *menu = bar->addMenu(verbatimText(menuTitle(row)));
         menus[row.menu] = menu;
-        if (row.menu == MenuId::Macro) {
+        if (row.menu == MenuId::Macro)
             menu->menuAction()->setObjectName(macroMenuItemIdentifier());
-        }
     }
-    for (const MenuItemRow &row : menuItemRows()) {
+    for (const MenuItemRow &row : menuItemRows())
         addItem(menus.at(row.menu), row, handlers);
-    }
     validateWhileOpen(menus.at(MenuId::Edit));
     rememberFocusBefore(bar);
     window->setMenuBar(bar); // The window deletes the old bar.
@@ -96,14 +93,11 @@ void buildMenuBar(QMainWindow *window, const MenuHandlers &handlers)
 QMenu *macroMenu(const QMainWindow *window)
 {
     const auto *bar = qobject_cast<const QMenuBar *>(window->menuWidget());
-    if (bar == nullptr) {
+    if (bar == nullptr)
         return nullptr;
-    }
-    for (QAction *action : bar->actions()) {
-        if (action->objectName() == macroMenuItemIdentifier()) {
+    for (QAction *action : bar->actions())
+        if (action->objectName() == macroMenuItemIdentifier())
             return action->menu();
-        }
-    }
     return nullptr;
 }
 

@@ -70,9 +70,8 @@ QString menuTitle(const MenuItemRow &row)
 
 QKeySequence keyEquivalent(const MenuItemRow &row)
 {
-    if (row.key == 0) {
+    if (row.key == 0)
         return {};
-    }
     const QChar key(row.key);
     // Qt names letter keys by their capital letters.
     const int code = Qt::Key_A + (key.toUpper().unicode() - u'A');

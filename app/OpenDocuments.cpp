@@ -36,9 +36,8 @@ OpenDocument *first(const Entries &entries, Predicate predicate)
 
 QString OpenDocument::displayName() const
 {
-    if (!document->filePath().isEmpty()) {
+    if (!document->filePath().isEmpty())
         return QFileInfo(document->filePath()).fileName();
-    }
     const QString untitled = wording::text(u"editor.untitled"_s);
     return untitledNumber > 1 ? untitled + u' ' + QString::number(untitledNumber) : untitled;
 }
@@ -54,9 +53,8 @@ bool OpenDocument::isPristine() const
 QList<std::shared_ptr<EditorWindowController>> OpenDocuments::controllers() const
 {
     QList<std::shared_ptr<EditorWindowController>> controllers;
-    for (const auto &entry : m_entries) {
+    for (const auto &entry : m_entries)
         controllers << entry->controller;
-    }
     return controllers;
 }
 
@@ -65,9 +63,8 @@ QList<std::shared_ptr<EditorWindow>> OpenDocuments::windows() const
     QList<std::shared_ptr<EditorWindow>> windows;
     for (const auto &entry : m_entries) {
         auto window = entry->controller->window()->shared_from_this();
-        if (!windows.contains(window)) {
+        if (!windows.contains(window))
             windows << std::move(window);
-        }
     }
     return windows;
 }
@@ -112,9 +109,8 @@ std::unique_ptr<OpenDocument> OpenDocuments::take(const EditorWindowController *
         std::find_if(m_entries.begin(), m_entries.end(), [controller](const auto &e) {
             return e->controller.get() == controller;
         });
-    if (found == m_entries.end()) {
+    if (found == m_entries.end())
         return nullptr;
-    }
     auto entry = std::move(*found);
     m_entries.erase(found);
     return entry;
@@ -123,10 +119,8 @@ std::unique_ptr<OpenDocument> OpenDocuments::take(const EditorWindowController *
 int OpenDocuments::nextUntitledNumber() const
 {
     int number = 1;
-    while (
-        first(m_entries, [number](const OpenDocument &e) { return e.untitledNumber == number; })) {
+    while (first(m_entries, [number](const OpenDocument &e) { return e.untitledNumber == number; }))
         ++number;
-    }
     return number;
 }
 

@@ -219,10 +219,9 @@ void OpenRequests::forget(const TextDocument *document)
 void OpenRequests::tellWhoIsDone()
 {
     const auto isDone = [](const Watch &watch) { return watch.open.isEmpty(); };
-    for (const Watch &watch : m_watches) {
+    for (const Watch &watch : m_watches)
         if (isDone(watch) && watch.client != nullptr)
             watch.client->closed(watch.openedAll);
-    }
     m_watches.erase(std::remove_if(m_watches.begin(), m_watches.end(), isDone), m_watches.end());
 }
 

@@ -41,13 +41,11 @@ void OutsideChanges::check()
 {
     const bool isBusy = m_check != nullptr || m_finding || !m_question.isNull();
     if (isBusy || m_document->filePath().isEmpty() ||
-        m_document->transfer() != TextDocument::Transfer::None) {
+        m_document->transfer() != TextDocument::Transfer::None)
         return;
-    }
     m_base = m_document->fileVersion();
-    if (m_told && m_told->base != m_base) {
+    if (m_told && m_told->base != m_base)
         m_told.reset();
-    }
     m_check = std::make_unique<FileCheck>(
         m_document->filePath(), m_told ? m_told->state : m_base, nullptr);
     connect(m_check.get(),
@@ -122,15 +120,14 @@ void OutsideChanges::settle()
 
 void OutsideChanges::takeText(const StoredText &stored)
 {
-    if (stored.text == m_controller->textView()->string()) {
+    if (stored.text == m_controller->textView()->string())
         m_document->adoptFileText(stored);
-    } else if (!m_document->isEdited()) {
+    else if (!m_document->isEdited())
         load(stored);
-    } else if (stored.text == m_document->savedText()) {
+    else if (stored.text == m_document->savedText())
         m_document->acceptFileVersion(stored.version); // Touched, or changed and changed back.
-    } else {
+    else
         ask(stored);
-    }
 }
 
 void OutsideChanges::load(const StoredText &stored)

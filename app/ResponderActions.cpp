@@ -57,12 +57,10 @@ std::optional<Responder> findResponder(MenuCommand command)
     const QByteArray signature = QByteArray(operationName(command)) + "()";
     for (QWidget *widget = firstResponder(); widget != nullptr; widget = widget->parentWidget()) {
         const int index = widget->metaObject()->indexOfMethod(signature.constData());
-        if (index >= 0) {
+        if (index >= 0)
             return Responder{widget, widget->metaObject()->method(index)};
-        }
-        if (widget->isWindow()) {
+        if (widget->isWindow())
             break;
-        }
     }
     return std::nullopt;
 }
@@ -114,31 +112,26 @@ bool isResponderCommand(MenuCommand command)
 void rememberFocusBefore(QMenuBar *bar)
 {
     QObject::connect(qApp, &QApplication::focusChanged, bar, [bar](QWidget *before, QWidget *now) {
-        if (now == bar) {
+        if (now == bar)
             bar->setProperty(kFormerFocus, QVariant::fromValue(QPointer<QWidget>(before)));
-        }
     });
 }
 
 void performResponderCommand(MenuCommand command)
 {
-    if (const auto responder = findResponder(command)) {
+    if (const auto responder = findResponder(command))
         responder->operation.invoke(responder->widget, Qt::DirectConnection);
-    }
 }
 
 bool canPerformResponderCommand(MenuCommand command)
 {
     const auto responder = findResponder(command);
-    if (!responder) {
+    if (!responder)
         return false;
-    }
-    if (const auto *view = qobject_cast<const TextView *>(responder->widget)) {
+    if (const auto *view = qobject_cast<const TextView *>(responder->widget))
         return canPerform(*view, command);
-    }
-    if (const auto *field = qobject_cast<const QLineEdit *>(responder->widget)) {
+    if (const auto *field = qobject_cast<const QLineEdit *>(responder->widget))
         return canPerform(*field, command);
-    }
     return true;
 }
 

@@ -38,9 +38,8 @@ SavingDialog::SavingDialog(QWidget *parent, TextDocument *document, const QStrin
 
 void SavingDialog::reject()
 {
-    if (!m_document.isNull()) {
+    if (!m_document.isNull())
         m_document->cancelTransfer(); // The end of the transfer closes the dialog.
-    }
 }
 
 } // namespace penwick

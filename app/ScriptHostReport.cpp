@@ -50,13 +50,11 @@ QString refusedCalls(const EngineTrial &trial)
 /// it passed.
 QStringList failureDetails(const EngineTrial &trial)
 {
-    if (trial.isPassed()) {
+    if (trial.isPassed())
         return {};
-    }
     QStringList details = trial.failures;
-    if (trial.error) {
+    if (trial.error)
         details = QStringList{trial.step} + causes(*trial.error);
-    }
     details << refusedCalls(trial) << trial.engine;
     details.removeAll(QString());
     details.removeDuplicates(); // The details of an ended host repeat some of these.
@@ -85,14 +83,12 @@ QStringList engineLines(const EngineTrial &trial)
                                 ? wording::text(u"cli.engineTrialPassed"_s, u"合格"_s)
                                 : failures.join(u"、"_s);
     QStringList lines;
-    if (!trial.engine.isEmpty()) {
+    if (!trial.engine.isEmpty())
         lines << engine + u": "_s + trial.engine;
-    }
     lines << u"  "_s + check + u": "_s + outcome;
     const QString refused = refusedCalls(trial);
-    if (failures.isEmpty() && !refused.isEmpty()) {
+    if (failures.isEmpty() && !refused.isEmpty())
         lines << u"  "_s + refused;
-    }
     return lines;
 }
 
@@ -101,27 +97,22 @@ QStringList engineLines(const EngineTrial &trial)
 QString scriptHostReport(const EngineTrial &trial)
 {
     QStringList lines;
-    if (trial.protection) {
+    if (trial.protection)
         lines = protectionLines(*trial.protection);
-    }
     return (lines + engineLines(trial)).join(u'\n');
 }
 
 QString missingWalls(const std::optional<HostProtection> &protection)
 {
-    if (!protection) {
+    if (!protection)
         return u"the process that runs them"_s;
-    }
     QStringList missing;
-    if (!protection->memoryLimit) {
+    if (!protection->memoryLimit)
         missing << u"a memory limit"_s;
-    }
-    if (!protection->systemCallFilter) {
+    if (!protection->systemCallFilter)
         missing << u"a filter of system calls (seccomp)"_s;
-    }
-    if (!protection->fileAccessRules) {
+    if (!protection->fileAccessRules)
         missing << u"file access rules (Landlock)"_s;
-    }
     return missing.join(u", "_s);
 }
 
@@ -142,9 +133,8 @@ QString engineWarning(const EngineTrial &trial)
 
 QString engineLogLine(const EngineTrial &trial)
 {
-    if (trial.isPassed()) {
+    if (trial.isPassed())
         return {};
-    }
     QStringList details = trial.failures;
     if (trial.error && trial.error->code == ScriptError::Code::HostDied) {
         details << trial.step << hostEndingLogLine(trial.error->ending);
@@ -164,9 +154,8 @@ std::optional<std::uint64_t> scriptMemory(const UserDefaults &defaults)
     bool isNumber = false;
     const std::uint64_t megabytes =
         defaults.string(u"macroMemoryLimitMegabytes"_s).value_or(QString()).toULongLong(&isNumber);
-    if (!isNumber || megabytes < kLeast || megabytes > kMost) {
+    if (!isNumber || megabytes < kLeast || megabytes > kMost)
         return std::nullopt;
-    }
     return megabytes << 20;
 }
 

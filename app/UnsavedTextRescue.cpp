@@ -27,9 +27,8 @@ UnsavedTextRescue *currentRescue = nullptr;
 
 void runCurrent()
 {
-    if (UnsavedTextRescue *current = std::exchange(currentRescue, nullptr)) {
+    if (UnsavedTextRescue *current = std::exchange(currentRescue, nullptr))
         current->run();
-    }
 }
 
 QtMessageHandler previousHandler = nullptr;
@@ -39,9 +38,8 @@ QtMessageHandler previousHandler = nullptr;
 void rescueOnLostDisplay(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
     previousHandler(type, context, message);
-    if (!message.startsWith(u"The Wayland connection"_s)) {
+    if (!message.startsWith(u"The Wayland connection"_s))
         return;
-    }
     if (QThread::currentThread() == QCoreApplication::instance()->thread()) {
         runCurrent();
         std::_Exit(EXIT_FAILURE);
@@ -64,9 +62,8 @@ QString placeForUnsavedText(const QString &filePath, const QString &home)
     const QString first =
         (filePath.isEmpty() ? home + u"/untitled.txt"_s : filePath) + u".unsaved"_s;
     QString place = first;
-    for (int number = 2; isTaken(place); ++number) {
+    for (int number = 2; isTaken(place); ++number)
         place = first + u'-' + QString::number(number);
-    }
     return place;
 }
 
@@ -82,12 +79,10 @@ writeToFreePlace(const QString &filePath, const QString &home, const Text &text)
         QString place = placeForUnsavedText(filePath, home);
         TransferProgress unwatched;
         const auto written = writeTextFile(place, text, unwatched, {false, std::nullopt});
-        if (written) {
+        if (written)
             return place;
-        }
-        if (written.error().fileErrorKind != FileError::Kind::Changed) {
+        if (written.error().fileErrorKind != FileError::Kind::Changed)
             break;
-        }
     }
     return std::nullopt;
 }
@@ -119,9 +114,8 @@ void UnsavedTextRescue::run()
             constexpr auto kSaveTimeout = 20s;
             static_cast<void>(document->waitForTransfer(kSaveTimeout));
         }
-        if (!document->isReading() && document->isEdited()) {
+        if (!document->isReading() && document->isEdited())
             rescue(*document);
-        }
     }
 }
 

@@ -20,9 +20,8 @@ void bringForward(const EditorWindowController &controller)
 QPoint onScreen(const QPoint &position, const QSize &size)
 {
     const QScreen *screen = QGuiApplication::screenAt(position);
-    if (screen == nullptr) {
+    if (screen == nullptr)
         screen = QGuiApplication::primaryScreen();
-    }
     const QRect available = screen->availableGeometry();
     const int right = std::max(available.left(), available.right() - size.width());
     const int bottom = std::max(available.top(), available.bottom() - size.height());

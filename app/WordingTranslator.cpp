@@ -110,9 +110,8 @@ const QHash<QByteArrayView, const Row *> &rowsBySource()
 {
     static const auto kRowsBySource = [] {
         QHash<QByteArrayView, const Row *> rows;
-        for (const Row &row : kRows) {
+        for (const Row &row : kRows)
             rows.insert(row.sourceText, &row);
-        }
         return rows;
     }();
     return kRowsBySource;
@@ -131,17 +130,14 @@ QString WordingTranslator::translate(const char *context,
                                      int /*n*/) const
 {
     // Translate the toolkit's classes only; penwick's own texts do not come through here.
-    if (context == nullptr || context[0] != 'Q' || sourceText == nullptr) {
+    if (context == nullptr || context[0] != 'Q' || sourceText == nullptr)
         return {};
-    }
     const Row *row = rowsBySource().value(QByteArrayView(sourceText));
-    if (row == nullptr) {
+    if (row == nullptr)
         return {};
-    }
     QString text = wording::text(row->key.toString(), row->defaultText.toString());
-    if (QByteArrayView(sourceText).contains('&')) {
+    if (QByteArrayView(sourceText).contains('&'))
         text.replace(u'&', QStringLiteral("&&")); // The text has no access keys of its own.
-    }
     return text;
 }
 

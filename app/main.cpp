@@ -31,9 +31,8 @@ constexpr int kUsageError = 2;
 int answer(const QString &text)
 {
     const auto written = penwick::writeAnswer(text.toLocal8Bit() + '\n');
-    if (written) {
+    if (written)
         return 0;
-    }
     // Print no error for a closed pipe: the reader has stopped on purpose.
     if (written.error().errnoValue != EPIPE) {
         penwick::writeErrorLine(
@@ -77,9 +76,8 @@ struct ToolkitArguments
         : bytes(arguments)
     {
         pointers.push_back(program);
-        for (QByteArray &argument : bytes) {
+        for (QByteArray &argument : bytes)
             pointers.push_back(argument.data());
-        }
         count = static_cast<int>(pointers.size());
         pointers.push_back(nullptr);
     }
@@ -94,9 +92,8 @@ struct ToolkitArguments
 QIcon windowIcon()
 {
     QIcon icon;
-    for (const int size : {16, 32, 64}) {
+    for (const int size : {16, 32, 64})
         icon.addPixmap(QPixmap(u":/penwick/icon/%1.png"_s.arg(size)));
-    }
     return icon;
 }
 
@@ -110,18 +107,15 @@ int main(int argc, char *argv[])
     std::signal(SIGXFSZ, SIG_IGN);
     penwick::fillStandardStreams();
     QByteArrayList arguments;
-    for (int i = 1; i < argc; ++i) {
+    for (int i = 1; i < argc; ++i)
         arguments << QByteArray(argv[i]);
-    }
     const CommandLine commandLine = CommandLine::parse(arguments);
-    if (const auto status = answerWithoutWindow(commandLine)) {
+    if (const auto status = answerWithoutWindow(commandLine))
         return *status;
-    }
     // Before the toolkit starts, so that handing over to a running penwick is cheap.
     auto start = penwick::startUp(commandLine);
-    if (const auto *status = std::get_if<int>(&start)) {
+    if (const auto *status = std::get_if<int>(&start))
         return *status;
-    }
     auto &editor = *std::get_if<penwick::EditorStart>(&start);
     std::optional<penwick::FontPreparation> fonts(std::in_place);
     ToolkitArguments toolkit(argv[0], commandLine.toolkitArguments);
@@ -133,12 +127,10 @@ int main(int argc, char *argv[])
     fonts.reset(); // From here on text may be measured, which needs the fonts.
 
     penwick::AppDelegate delegate;
-    if (editor.isInBackground) {
+    if (editor.isInBackground)
         penwick::leaveStandardStreams();
-    }
-    if (editor.place) {
+    if (editor.place)
         delegate.listenAt(*std::move(editor.place));
-    }
     delegate.applicationDidFinishLaunching(editor.request);
     return QApplication::exec();
 }

@@ -53,10 +53,9 @@ double memory(QByteArrayView field)
     QFile status(u"/proc/self/status"_s);
     if (!status.open(QIODevice::ReadOnly))
         return 0;
-    for (const QByteArray &line : status.readAll().split('\n')) {
+    for (const QByteArray &line : status.readAll().split('\n'))
         if (line.startsWith(field.toByteArray()))
             return line.simplified().split(' ').at(1).toDouble() * 1024;
-    }
     return 0;
 }
 

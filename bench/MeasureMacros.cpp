@@ -107,10 +107,9 @@ int measureEmpty(int runs)
 
 std::optional<BuiltInMacroDefinition> definitionOf(const QString &name)
 {
-    for (const BuiltInMacroDefinition &definition : BuiltInMacroProvider::definitions()) {
+    for (const BuiltInMacroDefinition &definition : BuiltInMacroProvider::definitions())
         if (definition.id == name)
             return definition;
-    }
     return std::nullopt;
 }
 

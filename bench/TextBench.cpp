@@ -196,20 +196,18 @@ void stepThroughEmoji(benchmark::State &state)
 void matchNumbers(benchmark::internal::Benchmark *benchmark)
 {
     benchmark->ArgNames({"expression", "matches"});
-    for (const int isExpression : {0, 1}) {
+    for (const int isExpression : {0, 1})
         for (const int count : {10'000, 1'000'000})
             benchmark->Args({isExpression, count});
-    }
     benchmark->Unit(benchmark::kMillisecond);
 }
 
 void sizes(benchmark::internal::Benchmark *benchmark)
 {
     benchmark->ArgNames({"input", "MB"});
-    for (const int input : {Ascii, Japanese}) {
+    for (const int input : {Ascii, Japanese})
         for (const int size : {1, 10, 100})
             benchmark->Args({input, size});
-    }
     benchmark->Args({OneLine, 5});
     benchmark->Unit(benchmark::kMillisecond);
 }

@@ -54,9 +54,8 @@ UnsavedAnswer askAboutUnsavedChanges(QWidget *parent, const QString &name)
     box.setDefaultButton(save);
     box.setEscapeButton(cancel);
     box.exec();
-    if (box.clickedButton() == save) {
+    if (box.clickedButton() == save)
         return UnsavedAnswer::Save;
-    }
     return box.clickedButton() == discard ? UnsavedAnswer::Discard : UnsavedAnswer::Cancel;
 }
 

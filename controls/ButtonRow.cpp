@@ -62,10 +62,9 @@ void ButtonRow::setCompact(bool isCompact)
 int ButtonRow::widthWithTexts() const
 {
     int width = 2 * kSideMargin;
-    for (const QPushButton *button : m_buttons) {
+    for (const QPushButton *button : m_buttons)
         if (!button->isHidden())
             width += button->sizeHint().width() + kSpacing;
-    }
     return width;
 }
 

@@ -41,9 +41,8 @@ FileDialog::FileDialog(QWidget *parent, const QString &title, const QString &fol
 void FileDialog::fitColumns()
 {
     const auto *files = findChild<QTreeView *>(u"treeView"_s);
-    if (files == nullptr) {
+    if (files == nullptr)
         return; // A native dialog.
-    }
 
     enum Column { Name, Size, Kind, Modified };
 
@@ -63,9 +62,8 @@ QStringList FileDialog::chosenPaths() const
 QString FileDialog::pathWithQuotes() const
 {
     const auto *field = findChild<QLineEdit *>(u"fileNameEdit"_s);
-    if (field == nullptr || !field->text().contains(u'"')) {
+    if (field == nullptr || !field->text().contains(u'"'))
         return {};
-    }
     const QString text = field->text();
     const QString path = directory().absoluteFilePath(text);
     const bool isListOfNames = text.startsWith(u'"') && text.endsWith(u'"');
@@ -81,9 +79,8 @@ void FileDialog::accept()
         return;
     }
     const QFileInfo info(path);
-    if (acceptMode() == AcceptSave && info.exists() && !askToReplace(this, info.fileName())) {
+    if (acceptMode() == AcceptSave && info.exists() && !askToReplace(this, info.fileName()))
         return;
-    }
     m_pathWithQuotes = path;
     done(Accepted);
 }

@@ -115,10 +115,9 @@ TextCaret moveByParagraph(const Text &text, qint64 offset, bool down)
 
 std::optional<CaretMoveRequest> caretMoveFor(const QKeyEvent &event)
 {
-    for (const Binding &binding : kBindings) {
+    for (const Binding &binding : kBindings)
         if (event.matches(binding.key))
             return CaretMoveRequest{binding.move, binding.extends};
-    }
     // Control with Up and Down moves by paragraph, but Qt has no standard key for it.
     const Qt::KeyboardModifiers modifiers = event.modifiers() & ~Qt::KeypadModifier;
     const bool isUp = event.key() == Qt::Key_Up;

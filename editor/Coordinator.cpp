@@ -19,40 +19,34 @@ Coordinator::Coordinator(TextView *textView,
     connect(
         textView, &TextView::selectionDidChange, this, &Coordinator::textViewDidChangeSelection);
     connect(documentState, &DocumentState::didChange, this, &Coordinator::scheduleUpdate);
-    if (document != nullptr) {
+    if (document != nullptr)
         connect(document, &TextDocument::aboutToSave, this, &Coordinator::flushPendingWrites);
-    }
 }
 
 void Coordinator::flushPendingWrites()
 {
-    while (!m_pendingWrites.empty()) {
+    while (!m_pendingWrites.empty())
         performNextWrite();
-    }
 }
 
 void Coordinator::updateView()
 {
-    if (m_textView.isNull() || m_documentState.isNull() || m_textView->hasMarkedText()) {
+    if (m_textView.isNull() || m_documentState.isNull() || m_textView->hasMarkedText())
         return;
-    }
     const Text text = m_documentState->text();
     // Comparing the characters is expensive; two copies of one value need no comparison.
-    if (m_textView->string().isSameValue(text) || m_textView->string() == text) {
+    if (m_textView->string().isSameValue(text) || m_textView->string() == text)
         return;
-    }
     m_textView->setString(text);
 }
 
 void Coordinator::textDidChange()
 {
     enqueue([this, text = m_textView->string()] {
-        if (!m_documentState.isNull()) {
+        if (!m_documentState.isNull())
             m_documentState->setText(text);
-        }
-        if (!m_document.isNull()) {
+        if (!m_document.isNull())
             m_document->setContentString(text);
-        }
     });
     updateMetrics();
 }
@@ -68,13 +62,11 @@ void Coordinator::updateMetrics()
     const TextMetrics metrics = text.metrics();
     const qint64 location = m_textView->selectedRange().location;
     std::pair<qint64, qint64> cursor{1, 0};
-    if (location <= text.size()) {
+    if (location <= text.size())
         cursor = text.separatorLineAndColumn(location);
-    }
     enqueue([this, metrics, cursor] {
-        if (m_documentState.isNull()) {
+        if (m_documentState.isNull())
             return;
-        }
         m_documentState->setCharacterCount(metrics.clusters);
         m_documentState->setLineCount(metrics.separators + 1);
         m_documentState->setCursorLine(cursor.first);
@@ -91,9 +83,8 @@ void Coordinator::enqueue(std::function<void()> write)
 
 void Coordinator::performNextWrite()
 {
-    if (m_pendingWrites.empty()) {
+    if (m_pendingWrites.empty())
         return; // `flushPendingWrites` has performed it.
-    }
     const std::function<void()> write = std::move(m_pendingWrites.front());
     m_pendingWrites.pop_front();
     write();
@@ -101,9 +92,8 @@ void Coordinator::performNextWrite()
 
 void Coordinator::scheduleUpdate()
 {
-    if (m_updateScheduled) {
+    if (m_updateScheduled)
         return;
-    }
     m_updateScheduled = true;
     QMetaObject::invokeMethod(this, &Coordinator::performScheduledUpdate, Qt::QueuedConnection);
 }
@@ -113,9 +103,8 @@ void Coordinator::performScheduledUpdate()
     m_updateScheduled = false;
     // Each pending write changes the state and so schedules this call again. By then the state
     // holds what the user typed.
-    if (!hasPendingWrites()) {
+    if (!hasPendingWrites())
         updateView();
-    }
 }
 
 } // namespace penwick

@@ -32,10 +32,9 @@ constexpr Binding kBindings[] = {
 
 std::optional<EditCommand> editCommandFor(const QKeyEvent &event)
 {
-    for (const Binding &binding : kBindings) {
+    for (const Binding &binding : kBindings)
         if (event.matches(binding.key))
             return binding.command;
-    }
     const Qt::KeyboardModifiers modifiers = event.modifiers() & ~Qt::KeypadModifier;
     const bool isPlainOrShifted = (modifiers & ~Qt::ShiftModifier) == 0;
     // Shift may still be held from typing: it does not change Backspace and Return.

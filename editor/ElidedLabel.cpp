@@ -36,11 +36,9 @@ void ElidedLabel::setLine(const QString &text)
 {
     QString line = text;
     line.replace(QStringLiteral("\r\n"), QStringLiteral(" "));
-    for (QChar &c : line) {
-        if (breaksLine(c)) {
+    for (QChar &c : line)
+        if (breaksLine(c))
             c = u' ';
-        }
-    }
     setText(line);
 }
 

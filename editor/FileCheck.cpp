@@ -20,9 +20,8 @@ lookAtFile(const QString &path, const std::optional<FileVersion> &known, Transfe
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         finding = {};
         finding.stored.version = FileVersion::of(path);
-        if (finding.stored.version == known) {
+        if (finding.stored.version == known)
             return finding;
-        }
         auto read = readTextFile(path, progress);
         if (read) {
             finding.kind = FileFinding::Kind::Text;
@@ -33,9 +32,8 @@ lookAtFile(const QString &path, const std::optional<FileVersion> &known, Transfe
             finding.kind = FileFinding::Kind::Unreadable;
             finding.error = read.error();
         }
-        if (progress.isCancelled() || FileVersion::of(path) == finding.stored.version) {
+        if (progress.isCancelled() || FileVersion::of(path) == finding.stored.version)
             break;
-        }
         std::this_thread::sleep_for(kPause);
     }
     return finding;
@@ -51,9 +49,8 @@ struct FileCheck::Shared
     void post(const FileFinding &finding)
     {
         const std::lock_guard lock(mutex);
-        if (owner == nullptr) {
+        if (owner == nullptr)
             return;
-        }
         QMetaObject::invokeMethod(
             owner,
             [receiver = owner, finding] { Q_EMIT receiver->finished(finding); },

@@ -27,9 +27,8 @@ FileJob::FileJob(Work work, QObject *parent)
 FileJob::~FileJob()
 {
     m_progress.cancel();
-    if (m_thread.joinable()) {
+    if (m_thread.joinable())
         m_thread.join();
-    }
 }
 
 bool FileJob::waitFor(std::chrono::milliseconds time) const

@@ -161,13 +161,12 @@ void FindController::findPrevious()
 
 void FindController::request(Direction direction)
 {
-    if (m_session.pattern().string.isEmpty()) {
+    if (m_session.pattern().string.isEmpty())
         showFind();
-    } else if (!m_session.isSearching()) {
+    else if (!m_session.isSearching())
         perform(direction);
-    } else if (m_pending != Pending::ReplaceAll && m_queue.size() < kQueuedSteps) {
+    else if (m_pending != Pending::ReplaceAll && m_queue.size() < kQueuedSteps)
         m_queue.push_back(direction);
-    }
 }
 
 FindPlace FindController::placeAfterSelection() const

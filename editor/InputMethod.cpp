@@ -44,12 +44,11 @@ TextComposition compositionOf(const QInputMethodEvent &event, qint64 position)
     composition.string = event.preeditString();
     const auto size = static_cast<int>(composition.string.size());
     composition.cursor = size;
-    for (const QInputMethodEvent::Attribute &attribute : event.attributes()) {
+    for (const QInputMethodEvent::Attribute &attribute : event.attributes())
         if (attribute.type == QInputMethodEvent::Cursor)
             composition.cursor = attribute.length > 0 ? std::clamp(attribute.start, 0, size) : -1;
         else if (attribute.type == QInputMethodEvent::TextFormat && attribute.length > 0)
             composition.formats.append(clauseOf(attribute, size));
-    }
     if (composition.formats.isEmpty() && size > 0)
         composition.formats.append(underlined(0, size));
     return composition;

@@ -27,10 +27,9 @@ QRectF InvisiblePainter::rowRect(int row, const Segment &segment) const
 
 void InvisiblePainter::paint(const SegmentLayout &layout, const Segment &segment)
 {
-    for (int row = 0; !layout.invisibles().empty() && row < layout.rowCount(); ++row) {
+    for (int row = 0; !layout.invisibles().empty() && row < layout.rowCount(); ++row)
         if (rowRect(row, segment).intersects(segment.exposed))
             paintRow(layout, row, segment);
-    }
     if (layout.lineEnd() != 0)
         paintLineEnd(layout, segment);
 }

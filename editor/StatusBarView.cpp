@@ -108,33 +108,29 @@ QWidget *StatusBarView::makeCountersRow()
 
 void StatusBarView::dismissMessage()
 {
-    if (m_documentState.isNull() || !m_documentState->macroNotificationMessage()) {
+    if (m_documentState.isNull() || !m_documentState->macroNotificationMessage())
         return;
-    }
     m_documentState->setMacroNotificationMessage(std::nullopt);
 }
 
 void StatusBarView::stateDidChange(DocumentState::Field field)
 {
-    if (field != DocumentState::Field::Text) { // The bar does not show the text itself.
+    if (field != DocumentState::Field::Text) // The bar does not show the text itself.
         redraw();
-    }
 }
 
 void StatusBarView::redraw()
 {
-    if (m_documentState.isNull()) {
+    if (m_documentState.isNull())
         return;
-    }
     redrawCounters();
     const std::optional<QString> &message = m_documentState->macroNotificationMessage();
     const bool messageHadFocus = m_messageLabel->hasFocus();
     m_messageLabel->setLine(message.value_or(QString()));
     m_countersRow->setVisible(!message.has_value());
     m_messageLabel->setVisible(message.has_value());
-    if (messageHadFocus && !message.has_value()) {
+    if (messageHadFocus && !message.has_value())
         focusPreviousChild(); // Return the focus to the text, from which Tab moved it here.
-    }
 }
 
 void StatusBarView::redrawCounters()

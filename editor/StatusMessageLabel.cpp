@@ -31,11 +31,10 @@ public:
 
     void doAction(const QString &actionName) override
     {
-        if (actionName == pressAction()) {
+        if (actionName == pressAction())
             label()->dismiss();
-        } else {
+        else
             QAccessibleWidget::doAction(actionName);
-        }
     }
 
 private:
@@ -65,9 +64,8 @@ StatusMessageLabel::StatusMessageLabel(QWidget *parent)
 
 void StatusMessageLabel::mouseReleaseEvent(QMouseEvent *event)
 {
-    if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint())) {
+    if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
         dismiss();
-    }
     event->accept();
 }
 

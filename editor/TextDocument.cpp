@@ -26,9 +26,8 @@ tl::expected<void, DocumentError> TextDocument::readFromData(QByteArrayView data
                                                              const QString & /*typeName*/)
 {
     const auto text = Text::fromUtf8(data);
-    if (!text) {
+    if (!text)
         return tl::unexpected(kUnsupportedContent);
-    }
     setContentString(*text);
     return {};
 }
@@ -40,9 +39,8 @@ tl::expected<QByteArray, DocumentError> TextDocument::dataOfType(const QString &
 
 void TextDocument::setFilePath(const QString &absolutePath)
 {
-    if (m_filePath == absolutePath) {
+    if (m_filePath == absolutePath)
         return;
-    }
     m_filePath = absolutePath;
     Q_EMIT filePathChanged();
 }
@@ -154,24 +152,21 @@ tl::expected<void, DocumentError> TextDocument::adoptOutcome(FileJob &job)
             DocumentError::Domain::NSPOSIXErrorDomain, 0, FileError::Kind::Cancelled});
     }
     if (!outcome) {
-        if (transfer == Transfer::Writing) {
+        if (transfer == Transfer::Writing)
             m_storage->endSaving(false);
-        }
         return tl::unexpected(outcome.error());
     }
-    if (transfer == Transfer::Reading) {
+    if (transfer == Transfer::Reading)
         adoptRead(*outcome, path);
-    } else {
+    else
         adoptWritten(*outcome, path);
-    }
     return {};
 }
 
 int TextDocument::transferPercent() const
 {
-    if (m_job == nullptr || m_job->progress().total() <= 0) {
+    if (m_job == nullptr || m_job->progress().total() <= 0)
         return 0;
-    }
     // Written data still has to reach the disk, and a file can grow while it is read.
     constexpr qint64 kMost = 99;
     const TransferProgress &progress = m_job->progress();
@@ -180,26 +175,23 @@ int TextDocument::transferPercent() const
 
 void TextDocument::cancelTransfer()
 {
-    if (m_job != nullptr) {
+    if (m_job != nullptr)
         m_job->progress().cancel();
-    }
 }
 
 std::optional<tl::expected<void, DocumentError>>
 TextDocument::waitForTransfer(std::chrono::milliseconds time)
 {
-    if (m_job == nullptr || !m_job->waitFor(time)) {
+    if (m_job == nullptr || !m_job->waitFor(time))
         return std::nullopt;
-    }
     const std::unique_ptr<FileJob> job = std::move(m_job);
     return finishTransfer(*job);
 }
 
 bool TextDocument::fileChangedOnDisk() const
 {
-    if (m_filePath.isEmpty()) {
+    if (m_filePath.isEmpty())
         return false;
-    }
     const std::optional<FileVersion> present = FileVersion::of(m_filePath);
     return present.has_value() && present != m_version;
 }

@@ -30,13 +30,11 @@ TransferOutcome readOnce(const QString &path, TransferProgress &progress)
     // The reader stops at the first invalid byte, which is reported as a cancellation but is no
     // file system error.
     const bool isInvalid = !read && read.error().kind == FileError::Kind::Cancelled;
-    if (!read && (!isInvalid || progress.isCancelled())) {
+    if (!read && (!isInvalid || progress.isCancelled()))
         return fileSystemError(read.error());
-    }
     const auto text = reader.finish();
-    if (!text) {
+    if (!text)
         return tl::unexpected(kUnsupportedContent);
-    }
     return StoredText{*text, version};
 }
 
@@ -60,12 +58,10 @@ TransferOutcome writeOnce(const QString &path,
     };
     const auto written = isReplaceable ? replaceFile(path, produce, isStillWanted)
                                        : tl::unexpected(FileError{FileError::Kind::Changed, 0});
-    if (!isReplaceable) {
+    if (!isReplaceable)
         return fileSystemError(FileError{FileError::Kind::Changed, 0});
-    }
-    if (!written) {
+    if (!written)
         return fileSystemError(written.error());
-    }
     return StoredText{text, *written};
 }
 

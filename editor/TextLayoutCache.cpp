@@ -147,10 +147,9 @@ void SegmentLayout::insertComposition(const TextComposition &composition,
         if (range.length > 0)
             moved.append(range);
     }
-    for (InvisibleCharacter &character : m_invisibles) {
+    for (InvisibleCharacter &character : m_invisibles)
         if (character.index >= m_compositionIndex)
             character.index += m_compositionLength;
-    }
     for (QTextLayout::FormatRange range : composition.formats) {
         range.start += m_compositionIndex;
         moved.append(range);
@@ -376,10 +375,9 @@ void TextLayoutCache::textChanged(qint64 offset, qint64 oldLength, qint64 newLen
         const bool startsAfter = segment.lineStart > oldEnd;
         return !endsBefore && !startsAfter;
     });
-    for (Entry &entry : m_entries) {
+    for (Entry &entry : m_entries)
         if (entry.layout->segment().start > oldEnd)
             entry.layout->shift(delta);
-    }
 }
 
 } // namespace penwick

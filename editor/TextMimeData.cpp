@@ -51,10 +51,9 @@ QStringList localFilesOf(const QMimeData *mime)
     if (mime == nullptr || !mime->hasUrls())
         return paths;
     const QList<QUrl> urls = mime->urls();
-    for (const QUrl &url : urls) {
+    for (const QUrl &url : urls)
         if (url.isLocalFile())
             paths << url.toLocalFile();
-    }
     return paths;
 }
 

@@ -97,18 +97,16 @@ void TextStorage::record(TextChange change, EditKind kind)
         m_awaitsSelection = true;
         return;
     }
-    for (qint64 *position : {&m_savePosition, &m_savingPosition}) {
+    for (qint64 *position : {&m_savePosition, &m_savingPosition})
         if (*position > static_cast<qint64>(m_position))
             *position = -1;
-    }
     m_steps.resize(m_position);
     m_awaitsSelection = true;
     if (m_groupingLevel > 0 && m_groupHasStep) {
         // A save point in the middle of a group cannot be reached: undo and redo skip that state.
-        for (qint64 *position : {&m_savePosition, &m_savingPosition}) {
+        for (qint64 *position : {&m_savePosition, &m_savingPosition})
             if (*position == static_cast<qint64>(m_position))
                 *position = -1;
-        }
         m_steps.back().changes.push_back(std::move(change));
         return;
     }

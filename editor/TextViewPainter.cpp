@@ -86,10 +86,9 @@ private:
             const QRectF rect = run.boundingRect();
             fillBetween(rect.left(), rect.right(), place);
         }
-        for (int i = start; i < end; ++i) {
+        for (int i = start; i < end; ++i)
             if (layout.isTab(i)) // A tab has no glyph.
                 fillBetween(line.cursorToX(i), line.cursorToX(i, QTextLine::Trailing), place);
-        }
     }
 
     QPainter &m_painter;

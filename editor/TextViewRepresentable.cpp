@@ -71,9 +71,8 @@ void TextViewRepresentable::keyPressEvent(QKeyEvent *event)
 void TextViewRepresentable::focusTextView()
 {
     // A page in a background tab must not take the focus from the visible one.
-    if (!isWindow() && isVisibleTo(window())) {
+    if (!isWindow() && isVisibleTo(window()))
         m_textView->setFocus();
-    }
 }
 
 } // namespace penwick

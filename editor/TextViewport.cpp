@@ -296,10 +296,9 @@ TextRange TextViewport::rowAround(qint64 offset)
     const SegmentLayout &layout = layoutOf(row.segment);
     const qint64 start = layout.rowStart(row.row);
     // All rows inside a composition start at the same offset.
-    for (int next = row.row + 1; next < layout.rowCount(); ++next) {
+    for (int next = row.row + 1; next < layout.rowCount(); ++next)
         if (layout.rowStart(next) > offset)
             return {start, layout.rowStart(next) - start};
-    }
     return {start, row.segment.nextStart() - start};
 }
 

@@ -61,9 +61,8 @@ protected:
         painter.setBrush(track);
         painter.drawRoundedRect(rect(), kRadius, kRadius);
         const int filled = width() * (value() - minimum()) / std::max(1, maximum() - minimum());
-        if (filled == 0) {
+        if (filled == 0)
             return;
-        }
         painter.setBrush(palette().color(QPalette::Highlight));
         painter.drawRoundedRect(
             QStyle::visualRect(layoutDirection(), rect(), QRect(0, 0, filled, height())),
@@ -89,15 +88,13 @@ TransferBar::TransferBar(TextDocument *document, QWidget *parent)
     NotificationCenter::defaultCenter().addObserver(
         UIWordingProfileDidChange, this, [this] { refresh(); });
     setVisible(false);
-    if (document == nullptr) {
+    if (document == nullptr)
         return;
-    }
     connect(document, &TextDocument::transferStarted, this, &TransferBar::transferDidStart);
     connect(document, &TextDocument::transferEnded, this, &TransferBar::disappear);
     connect(m_cancel, &QToolButton::clicked, document, &TextDocument::cancelTransfer);
-    if (document->transfer() != TextDocument::Transfer::None) {
+    if (document->transfer() != TextDocument::Transfer::None)
         transferDidStart();
-    }
 }
 
 void TransferBar::makeContent()
@@ -128,9 +125,8 @@ void TransferBar::makeContent()
 
 void TransferBar::showAtOnce()
 {
-    if (!m_document.isNull() && m_document->transfer() != TextDocument::Transfer::None) {
+    if (!m_document.isNull() && m_document->transfer() != TextDocument::Transfer::None)
         appear();
-    }
 }
 
 void TransferBar::transferDidStart()
@@ -143,9 +139,8 @@ void TransferBar::appear()
     m_appearance.stop();
     // The timer may fire after the transfer has ended: another receiver of `transferEnded` may run
     // before `disappear` and show a modal dialog, which runs the event loop.
-    if (m_document.isNull() || m_document->transfer() == TextDocument::Transfer::None) {
+    if (m_document.isNull() || m_document->transfer() == TextDocument::Transfer::None)
         return;
-    }
     m_cancel->setEnabled(true);
     refresh();
     m_refresh.start();
@@ -156,17 +151,15 @@ void TransferBar::disappear()
 {
     m_appearance.stop();
     m_refresh.stop();
-    if (m_cancel->hasFocus()) {
+    if (m_cancel->hasFocus())
         focusPreviousChild(); // Return the focus to the text, from which Tab moved it here.
-    }
     setVisible(false);
 }
 
 void TransferBar::refresh()
 {
-    if (m_document.isNull() || m_document->transfer() == TextDocument::Transfer::None) {
+    if (m_document.isNull() || m_document->transfer() == TextDocument::Transfer::None)
         return;
-    }
     const QString task = m_document->isReading()
                              ? wording::text(u"status.loading"_s, u"読み込み中"_s)
                              : wording::text(u"status.saving"_s, u"保存中"_s);

@@ -23,10 +23,9 @@ Fork forkIntoBackground()
 void fillStandardStreams()
 {
     // In this order, since open() returns the lowest free number.
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         if (::fcntl(stream, F_GETFD) < 0)
             static_cast<void>(uninterrupted([] { return ::open("/dev/null", O_WRONLY); }));
-    }
 }
 
 void leaveStandardStreams()

@@ -50,10 +50,9 @@ bool copyExtendedAttributes(const QByteArray &oldPath, int descriptor)
     const auto names = attributeNames(oldPath);
     if (!names)
         return false;
-    for (const QByteArray &name : *names) {
+    for (const QByteArray &name : *names)
         if (!copyAttribute(oldPath, name, descriptor))
             return false;
-    }
     return names->contains(kAccessList) || ::fremovexattr(descriptor, kAccessList) == 0 ||
            errno == ENODATA || isWithoutAttributes(errno);
 }

@@ -36,10 +36,9 @@ void NotificationCenter::removeObserver(const QObject *context)
 void NotificationCenter::post(const QString &name)
 {
     const auto observers = m_observers.value(name);
-    for (const auto &observer : observers) {
+    for (const auto &observer : observers)
         if (!observer->context.isNull())
             observer->handler();
-    }
 }
 
 } // namespace penwick

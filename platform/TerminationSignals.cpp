@@ -33,9 +33,8 @@ void setHandlers(void (*handler)(int))
         ::sigaction(number, nullptr, &action);
         // nohup and shells without job control start the process with signals ignored; they stay
         // ignored.
-        if (action.sa_handler == SIG_IGN) {
+        if (action.sa_handler == SIG_IGN)
             continue;
-        }
         action = {};
         action.sa_handler = handler;
         action.sa_flags = SA_RESTART;
@@ -49,9 +48,8 @@ TerminationSignals::TerminationSignals(QObject *parent)
     : QObject(parent)
 {
     Q_ASSERT(signalPipe[0] < 0);
-    if (::pipe2(signalPipe.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
+    if (::pipe2(signalPipe.data(), O_CLOEXEC | O_NONBLOCK) != 0)
         return; // The signals then end the process as by default.
-    }
     auto *notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, this);
     connect(notifier, &QSocketNotifier::activated, this, &TerminationSignals::takeNext);
     setHandlers(pass);
@@ -59,9 +57,8 @@ TerminationSignals::TerminationSignals(QObject *parent)
 
 TerminationSignals::~TerminationSignals()
 {
-    if (signalPipe[0] < 0) {
+    if (signalPipe[0] < 0)
         return;
-    }
     setHandlers(SIG_DFL);
     ::close(signalPipe[0]);
     ::close(signalPipe[1]);

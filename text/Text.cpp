@@ -168,10 +168,9 @@ bool sameUnits(const TextNode &a, qint64 aStart, const TextNode &b, qint64 bStar
                            b.utf16().data() + bStart,
                            size * sizeof(char16_t)) == 0;
     }
-    for (qint64 i = 0; i < length; ++i) {
+    for (qint64 i = 0; i < length; ++i)
         if (a.unitAt(aStart + i) != b.unitAt(bStart + i))
             return false;
-    }
     return true;
 }
 
@@ -520,10 +519,9 @@ std::optional<qint64> Text::clusterBoundaryWithin(qint64 offset, qint64 reach) c
     if (offset >= size())
         return size();
     offset = pairStart(offset);
-    for (qint64 distance = std::min(kBoundaryWindow, reach); distance <= reach; distance *= 4) {
+    for (qint64 distance = std::min(kBoundaryWindow, reach); distance <= reach; distance *= 4)
         if (const auto window = windowWithin(*this, offset, distance))
             return boundaryAtOrBefore(*window, offset);
-    }
     return std::nullopt;
 }
 

@@ -37,17 +37,15 @@ std::size_t TextBuilder::findCut() const
     constexpr auto kLeaf = static_cast<std::size_t>(TextNode::kLeafUnits);
     const bool isFirstSearch = m_sealLimit == kSealUnits;
     if (isFirstSearch) {
-        for (std::size_t cut = std::min(kLeaf, m_pending.size() - 1); cut > 0; --cut) {
+        for (std::size_t cut = std::min(kLeaf, m_pending.size() - 1); cut > 0; --cut)
             if (canCutAt(cut))
                 return cut;
-        }
     }
     // A later search continues where the last one stopped.
-    for (std::size_t cut = isFirstSearch ? kLeaf + 1 : m_sealLimit / 2; cut < m_pending.size();
-         ++cut) {
+    const std::size_t start = isFirstSearch ? kLeaf + 1 : m_sealLimit / 2;
+    for (std::size_t cut = start; cut < m_pending.size(); ++cut)
         if (canCutAt(cut))
             return cut;
-    }
     return 0;
 }
 

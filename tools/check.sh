@@ -15,15 +15,8 @@ for folder in platform text wording controls editor macro app; do
 done
 database=build/release/compile_commands.json
 
-# Prints the sources in the given folders, one per line.
-sources() {
-    find "$@" -name '*.h' -o -name '*.cpp' | sort
-}
-
 check_format() {
-    local extra=()
-    [[ -d bench ]] && extra+=(bench)
-    sources "${folders[@]}" tests "${extra[@]}" | xargs clang-format --dry-run -Werror
+    tools/format --check
 }
 
 need_database() {

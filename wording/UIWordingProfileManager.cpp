@@ -155,10 +155,9 @@ void UIWordingProfileManager::loadProfiles()
 void UIWordingProfileManager::sortProfiles()
 {
     QList<UIWordingProfile> sorted;
-    for (const QString &id : {kBuiltInProfileId, kBuiltInEnglishProfileId}) {
+    for (const QString &id : {kBuiltInProfileId, kBuiltInEnglishProfileId})
         if (auto profile = profileWithId(id))
             sorted.append(*std::move(profile));
-    }
     const auto headLength = sorted.size();
     std::copy_if(m_profiles.cbegin(),
                  m_profiles.cend(),

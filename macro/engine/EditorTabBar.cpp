@@ -71,10 +71,9 @@ void EditorTabBar::insert(int index, const TabLabel &label)
     const int place = insertTab(index, QString());
     auto *button = new TabCloseButton(this);
     connect(button, &QAbstractButton::clicked, this, [this, button] {
-        for (int i = 0; i < count(); ++i) {
+        for (int i = 0; i < count(); ++i)
             if (closeButtonOf(*this, i) == button)
                 return Q_EMIT closeRequested(i);
-        }
     });
     setTabButton(place, kButtonSide, button);
     setLabel(place, label);

@@ -294,10 +294,9 @@ void EditorWindow::setTabIsDragged(bool isDragged)
 {
     tabIsDragged() = isDragged;
     const QWidgetList windows = QApplication::topLevelWidgets();
-    for (QWidget *window : windows) {
+    for (QWidget *window : windows)
         if (auto *editorWindow = qobject_cast<EditorWindow *>(window))
             editorWindow->updateTabBar();
-    }
 }
 
 void EditorWindow::dragTab(int index, const QPoint &hotSpot)

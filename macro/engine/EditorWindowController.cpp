@@ -265,10 +265,9 @@ TextView *findTextView(QWidget *view)
         return nullptr;
     if (auto *found = qobject_cast<TextView *>(view))
         return found;
-    for (QObject *child : view->children()) {
+    for (QObject *child : view->children())
         if (TextView *found = findTextView(qobject_cast<QWidget *>(child)))
             return found;
-    }
     return nullptr;
 }
 

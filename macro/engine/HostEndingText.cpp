@@ -88,10 +88,9 @@ QStringList details(const HostEnding &ending, const Words &words)
 QString deniedCallNames(const QList<DeniedCall> &calls, bool isKilled)
 {
     QStringList names;
-    for (const DeniedCall &call : calls) {
+    for (const DeniedCall &call : calls)
         if ((call.isKilled != 0) == isKilled)
             names << systemCallName(call);
-    }
     return names.join(u", "_s);
 }
 

@@ -44,10 +44,9 @@ MacroExecution::Outcome MacroExecution::applyMacroResult(const MacroResult &resu
     TextStorage *storage = m_textView->textStorage();
     storage->beginUndoGrouping();
     const auto endGrouping = qScopeGuard([storage] { storage->endUndoGrouping(); });
-    for (const TextEditInstruction &edit : result.textEdits) {
+    for (const TextEditInstruction &edit : result.textEdits)
         if (Outcome applied = applyTextEdit(edit); !applied)
             return applied;
-    }
     applyCursorAndSelection(result);
     return {};
 }

@@ -72,10 +72,9 @@ NotificationType notificationType(const QString *name)
 QList<MacroNotification> parseNotifications(const ScriptValue &value)
 {
     QList<MacroNotification> notifications;
-    for (const ScriptValue &entry : objectsMember(value, u"notifications")) {
+    for (const ScriptValue &entry : objectsMember(value, u"notifications"))
         if (const QString *message = stringMember(entry, u"message"))
             notifications.append({notificationType(stringMember(entry, u"type")), *message});
-    }
     return notifications;
 }
 

@@ -41,10 +41,9 @@ QString rawValue(BuiltInMacro macro)
 
 std::optional<BuiltInMacro> builtInMacro(const QString &rawValue)
 {
-    for (const BuiltInMacro macro : allBuiltInMacros()) {
+    for (const BuiltInMacro macro : allBuiltInMacros())
         if (penwick::rawValue(macro) == rawValue)
             return macro;
-    }
     return std::nullopt;
 }
 

@@ -40,10 +40,9 @@ void JavaScriptLines::linesChanged(qint64 first, qint64 oldCount, qint64 newCoun
               m_numbers.begin() + static_cast<std::ptrdiff_t>(newEnd),
               kUnknown);
     std::vector<std::size_t> doubts;
-    for (const std::size_t doubt : std::as_const(m_doubts)) {
+    for (const std::size_t doubt : std::as_const(m_doubts))
         if (doubt < start || doubt >= oldEnd)
             doubts.push_back(doubt < start ? doubt : doubt + newEnd - oldEnd);
-    }
     doubts.insert(std::lower_bound(doubts.begin(), doubts.end(), start), start);
     m_doubts = std::move(doubts);
 }

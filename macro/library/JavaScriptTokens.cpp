@@ -94,7 +94,7 @@ public:
 
     QList<JavaScriptToken> tokens()
     {
-        while (m_at < m_line.size()) {
+        while (m_at < m_line.size())
             if (m_state.inside == Inside::LineComment)
                 readLineComment(m_at);
             else if (m_state.inside == Inside::BlockComment)
@@ -105,7 +105,6 @@ public:
                 readTemplate(m_at);
             else
                 readCode();
-        }
         return m_tokens;
     }
 

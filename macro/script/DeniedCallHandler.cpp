@@ -57,10 +57,9 @@ void fillAnswers(int descriptor)
     answers.descriptor = descriptor;
     answers.architecture = seccomp_arch_native();
     answers.decisions.fill(kUnknownSystemCall);
-    for (const SystemCallGroup &group : systemCallGroups()) {
+    for (const SystemCallGroup &group : systemCallGroups())
         for (const char *name : group.names)
             decide(name, group.decision);
-    }
     for (const ConditionalSystemCall &row : conditionalSystemCalls(getpid()))
         decide(row.name, row.otherwise);
 }

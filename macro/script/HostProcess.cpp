@@ -271,12 +271,18 @@ const QList<DeniedCall> &HostProcess::deniedCalls()
 {
     constexpr qsizetype kMost = 64; // A host that reports more is not trusted.
     DeniedCall call;
-    while (uninterrupted([&] { return read(m_ends.deniedCalls.get(), &call, sizeof call); }) ==
-           ssize_t{sizeof call}) {
-        if (m_deniedCalls.size() < kMost)
-            m_deniedCalls.append(call);
-        else if (call.isKilled != 0)
-            m_deniedCalls.last() = call;
+    const auto readNext = [&] {
+        const auto count =
+            uninterrupted([&] { return read(m_ends.deniedCalls.get(), &call, sizeof call); });
+        return count == ssize_t{sizeof call};
+    };
+    while (readNext()) {
+        const bool isFull = m_deniedCalls.size() == kMost;
+        if (isFull && call.isKilled == 0)
+            continue;
+        if (isFull)
+            m_deniedCalls.removeLast();
+        m_deniedCalls.append(call);
     }
     return m_deniedCalls;
 }

@@ -28,12 +28,11 @@ public:
     tl::expected<ScriptValue, WireError> read()
     {
         readValue(m_reader.get<Tag>());
-        while (m_builder.depth() > 0 && !m_reader.error()) {
+        while (m_builder.depth() > 0 && !m_reader.error())
             if (m_builder.isInMap())
                 readMember();
             else
                 readElement();
-        }
         if (const auto error = m_reader.errorAtEnd())
             return tl::unexpected(*error);
         return m_builder.take();

@@ -53,10 +53,9 @@ scmp_arg_cmp equalBits(unsigned argument, std::uint64_t mask, std::uint64_t valu
 std::vector<scmp_arg_cmp> differingBits(const ArgumentCondition &condition)
 {
     std::vector<scmp_arg_cmp> rules;
-    for (std::uint64_t bit = 1; bit != 0; bit <<= 1) {
+    for (std::uint64_t bit = 1; bit != 0; bit <<= 1)
         if ((condition.mask & bit) != 0)
             rules.push_back(equalBits(condition.argument, bit, ~condition.value));
-    }
     return rules;
 }
 

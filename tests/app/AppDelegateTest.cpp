@@ -172,11 +172,9 @@ void AppDelegateTest::macroManagerItem_showsOneWindow()
     launch();
     QVERIFY(m_app->macroManagerWindowController() == nullptr);
     const auto item = [this] {
-        for (QAction *action : macroMenu(controller()->window())->actions()) {
-            if (action->text() == u"マクロ管理…"_s) {
+        for (QAction *action : macroMenu(controller()->window())->actions())
+            if (action->text() == u"マクロ管理…"_s)
                 return action;
-            }
-        }
         return static_cast<QAction *>(nullptr);
     };
     QVERIFY(item() != nullptr && item()->isEnabled());

@@ -60,11 +60,9 @@ protected:
     /// The item of a macro in the macro menu of a window; null when there is none.
     [[nodiscard]] QAction *macroItem(const QString &id, int index = 0) const
     {
-        for (QAction *action : macroMenu(controller(index)->window())->actions()) {
-            if (action->data().toString() == id) {
+        for (QAction *action : macroMenu(controller(index)->window())->actions())
+            if (action->data().toString() == id)
                 return action;
-            }
-        }
         return nullptr;
     }
 

@@ -49,9 +49,8 @@ void FileSavingTest::answerFileDialogReplacing(const QString &path)
     test::answerModal([path](QWidget *modal) {
         auto *dialog = qobject_cast<QFileDialog *>(modal);
         QVERIFY(dialog != nullptr);
-        if (!path.isNull()) {
+        if (!path.isNull())
             dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(path);
-        }
         test::clickInModal(u"はい"_s);
         QMetaObject::invokeMethod(dialog, "accept");
     });

@@ -187,9 +187,8 @@ void LargeFileSavingTest::saveAs_duringASave_waitsForIt()
     const QString path = m_home->file(u"copy.txt"_s);
     const test::LaterAnswer answer([&](QWidget *modal) {
         auto *dialog = qobject_cast<QFileDialog *>(modal);
-        if (dialog == nullptr) {
+        if (dialog == nullptr)
             return false; // The message shown until the first save ends.
-        }
         [&] { QVERIFY(!document()->isWriting()); }();
         dialog->selectFile(path); // Text in the name field does not override the selected file.
         return QMetaObject::invokeMethod(dialog, "accept");

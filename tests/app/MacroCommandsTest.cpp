@@ -98,9 +98,8 @@ void MacroCommandsTest::prefixMacro_prompted_usesTheAnswer()
     });
     macroItem(u"default_addLinePrefix"_s)->trigger();
     QCOMPARE(this->text(), text);
-    if (!message.isEmpty()) {
+    if (!message.isEmpty())
         QCOMPARE(this->message(), message);
-    }
 }
 
 void MacroCommandsTest::datePrompt_cancelled_isNoticed()

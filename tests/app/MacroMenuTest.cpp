@@ -58,9 +58,8 @@ Macro MacroMenuTest::macro(const QString &id, const QString &name, bool isEnable
 QStringList MacroMenuTest::titles() const
 {
     QStringList result;
-    for (const QAction *action : m_menu.actions()) {
+    for (const QAction *action : m_menu.actions())
         result << (action->isSeparator() ? u"-"_s : action->text());
-    }
     return result;
 }
 
@@ -112,9 +111,8 @@ void MacroMenuTest::macroItem_triggered_givesItsId()
 void MacroMenuTest::fixedItems_triggered_performTheirCommands()
 {
     rebuild({});
-    for (QAction *action : m_menu.actions()) {
+    for (QAction *action : m_menu.actions())
         action->trigger();
-    }
     QCOMPARE(m_performed,
              (QList<MenuCommand>{MenuCommand::ShowMacroManager,
                                  MenuCommand::RunTestMacro,

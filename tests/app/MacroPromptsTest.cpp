@@ -18,9 +18,8 @@ namespace {
 QStringList labelTexts(const QWidget *window)
 {
     QStringList texts;
-    for (const QLabel *label : window->findChildren<QLabel *>()) {
+    for (const QLabel *label : window->findChildren<QLabel *>())
         texts << label->text();
-    }
     return texts;
 }
 
@@ -117,9 +116,8 @@ void MacroPromptsTest::datePrompt_shown_offersThePatterns()
     test::answerModal([](QWidget *window) {
         const auto *list = window->findChild<QComboBox *>();
         QStringList entries;
-        for (int i = 0; i < list->count(); ++i) {
+        for (int i = 0; i < list->count(); ++i)
             entries << list->itemText(i);
-        }
         QCOMPARE(entries,
                  (QStringList{u"yyyy-MM-dd HH:mm"_s,
                               u"yyyy-MM-dd"_s,

@@ -91,9 +91,8 @@ QStringList MenuBarTest::items(int menuIndex) const
 void MenuBarTest::titles_japanese_areTheWholeTable()
 {
     QStringList titles;
-    for (const QAction *action : m_window->menuBar()->actions()) {
+    for (const QAction *action : m_window->menuBar()->actions())
         titles << action->text();
-    }
     QCOMPARE(
         titles,
         (QStringList{
@@ -170,11 +169,9 @@ void MenuBarTest::impossibleCommand_isDisabled()
 
 void MenuBarTest::item_triggered_performsItsCommand()
 {
-    for (const int menuIndex : {0, 1, 4}) {
-        for (QAction *action : menu(menuIndex)->actions()) {
+    for (const int menuIndex : {0, 1, 4})
+        for (QAction *action : menu(menuIndex)->actions())
             action->trigger();
-        }
-    }
     QCOMPARE(m_performed,
              (QList<MenuCommand>{MenuCommand::About,
                                  MenuCommand::Quit,

@@ -80,10 +80,9 @@ private:
         [[nodiscard]] EditorWindowController *controllerOf(const QString &path) const
         {
             const TextDocument *document = documents.documentOfFile(path);
-            for (const auto &controller : documents.windowControllers()) {
+            for (const auto &controller : documents.windowControllers())
                 if (document != nullptr && documents.documentOf(controller.get()) == document)
                     return controller.get();
-            }
             return nullptr;
         }
 

@@ -102,9 +102,8 @@ void OutsideChangesTest::change_largeFile_isReadWhileTheWindowGoesOn()
 void OutsideChangesTest::change_manyLines_keepsCaretAndScrolling()
 {
     QByteArray lines;
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 1000; ++i)
         lines += "line " + QByteArray::number(i) + '\n';
-    }
     open(lines);
     const qint64 caret = view()->string().offsetAfterLineBreak(500) + 3;
     view()->setSelectedRange({caret, 2});

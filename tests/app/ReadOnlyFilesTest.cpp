@@ -30,9 +30,8 @@ answering(const QStringList &labels, const QString &path, QStringList &messages)
         }
         if (auto *dialog = qobject_cast<QFileDialog *>(modal)) {
             // The dialog checks access as the real user. If that is root, it must be effective too.
-            if (::getuid() == 0 && ::seteuid(0) != 0) {
+            if (::getuid() == 0 && ::seteuid(0) != 0)
                 return true;
-            }
             dialog->selectFile(path);
             QMetaObject::invokeMethod(dialog, "accept");
             return true;

@@ -37,27 +37,21 @@ void WordingTranslatorTest::fileDialog_made_speaksJapanese()
     QFileDialog dialog;
     dialog.setOption(QFileDialog::DontUseNativeDialog);
     dialog.show();
-    for (const QLabel *label : dialog.findChildren<QLabel *>()) {
-        if (label->isVisible() && !label->text().isEmpty()) {
+    for (const QLabel *label : dialog.findChildren<QLabel *>())
+        if (label->isVisible() && !label->text().isEmpty())
             QVERIFY2(label->text().at(0).unicode() > 0x7F, qPrintable(label->text()));
-        }
-    }
-    for (const QToolButton *button : dialog.findChildren<QToolButton *>()) {
-        if (button->isVisible() && !button->toolTip().isEmpty()) {
+    for (const QToolButton *button : dialog.findChildren<QToolButton *>())
+        if (button->isVisible() && !button->toolTip().isEmpty())
             QVERIFY2(button->toolTip().at(0).unicode() > 0x7F, qPrintable(button->toolTip()));
-        }
-    }
 }
 
 void WordingTranslatorTest::fieldMenu_made_speaksJapanese()
 {
     QLineEdit field;
     const std::unique_ptr<QMenu> menu(field.createStandardContextMenu());
-    for (const QAction *action : menu->actions()) {
-        if (!action->isSeparator()) {
+    for (const QAction *action : menu->actions())
+        if (!action->isSeparator())
             QVERIFY2(action->text().at(0).unicode() > 0x7F, qPrintable(action->text()));
-        }
-    }
 }
 
 void WordingTranslatorTest::activeProfile_overridesTheDefault()

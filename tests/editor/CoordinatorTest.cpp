@@ -142,9 +142,8 @@ void CoordinatorTest::edit_isWrittenInALaterTurn_stateThenDocument()
 {
     QStringList order;
     connect(m_state.get(), &DocumentState::didChange, this, [&](Field field) {
-        if (field == Field::Text) {
+        if (field == Field::Text)
             order << u"state"_s;
-        }
     });
     connect(m_document.get(), &TextDocument::contentStringChanged, this, [&] {
         order << u"document"_s;

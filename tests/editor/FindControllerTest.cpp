@@ -201,10 +201,9 @@ void FindControllerTest::placeholder_darkPalette_isLegible()
     const QImage image = field()->grab().toImage();
     const QRect inside = image.rect().adjusted(5, 5, -30, -5);
     int lightest = 0;
-    for (int y = inside.top(); y <= inside.bottom(); ++y) {
+    for (int y = inside.top(); y <= inside.bottom(); ++y)
         for (int x = inside.left(); x <= inside.right(); ++x)
             lightest = std::max(lightest, image.pixelColor(x, y).lightness());
-    }
     QVERIFY2(lightest > 120, qPrintable(QString::number(lightest)));
 }
 

@@ -140,14 +140,12 @@ void HugeInputsTest::paged_downAndUp_comesBack()
 {
     view()->setSelectedRange({0, 0});
     const bool hasRows = view()->verticalScrollBar()->maximum() > 0;
-    for (int i = 0; i < 5; ++i) {
+    for (int i = 0; i < 5; ++i)
         QTest::keyClick(view(), Qt::Key_PageDown);
-    }
     QCOMPARE(view()->selectedRange().location > 0, hasRows);
     QVERIFY(showsCaret());
-    for (int i = 0; i < 6; ++i) {
+    for (int i = 0; i < 6; ++i)
         QTest::keyClick(view(), Qt::Key_PageUp);
-    }
     QCOMPARE(view()->selectedRange().location, 0);
     QVERIFY(showsCaret());
 }

@@ -79,9 +79,8 @@ QStringList StatusBarViewTest::visibleTexts() const
         return left(a) < left(b);
     });
     QStringList texts;
-    for (const QLabel *label : std::as_const(labels)) {
+    for (const QLabel *label : std::as_const(labels))
         texts << label->text();
-    }
     return texts;
 }
 
@@ -227,18 +226,15 @@ void StatusBarViewTest::bar_darkPalette_isLegible()
     QPalette dark;
     dark.setColor(QPalette::Window, background);
     dark.setColor(QPalette::WindowText, QColor(230, 230, 230));
-    for (const auto role : {QPalette::Light, QPalette::Midlight, QPalette::Mid, QPalette::Dark}) {
+    for (const auto role : {QPalette::Light, QPalette::Midlight, QPalette::Mid, QPalette::Dark})
         dark.setColor(role, background); // Some themes draw all edges this faintly.
-    }
     m_bar->setPalette(dark);
     const auto strongest = [this, background](const QRect &area) {
         const QImage image = m_bar->grab(area).toImage();
         int most = 0;
-        for (int y = 0; y < image.height(); ++y) {
-            for (int x = 0; x < image.width(); ++x) {
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
                 most = std::max(most, qGray(image.pixel(x, y)) - qGray(background.rgb()));
-            }
-        }
         return most;
     };
     QVERIFY(strongest(label("statusEncoding")->parentWidget()->geometry()) > 150);

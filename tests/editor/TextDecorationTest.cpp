@@ -41,12 +41,10 @@ public:
     {
         ++m_asked;
         QList<TextColorRange> ranges;
-        for (qint64 i = segment.start; i < segment.end; ++i) {
+        const QColor color = colorKey(segment) > 0 ? Qt::green : Qt::red;
+        for (qint64 i = segment.start; i < segment.end; ++i)
             if (m_model[i] == u'x')
-                ranges.append({static_cast<int>(i - segment.start),
-                               1,
-                               colorKey(segment) > 0 ? QColor(Qt::green) : QColor(Qt::red)});
-        }
+                ranges.append({static_cast<int>(i - segment.start), 1, color});
         return ranges;
     }
 

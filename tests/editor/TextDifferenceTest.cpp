@@ -55,9 +55,8 @@ void TextDifferenceTest::difference_randomEdits_makesOneOfTheOther()
     const QString letters = u"ab\r\n\U0001F600\U0001F601日本"_s;
     const auto text = [&](int length) {
         QString units;
-        for (int i = 0; i < length; ++i) {
+        for (int i = 0; i < length; ++i)
             units += letters[random.bounded(static_cast<int>(letters.size()))];
-        }
         return Text(units); // Lone surrogates become U+FFFD.
     };
     for (int round = 0; round < 300; ++round) {

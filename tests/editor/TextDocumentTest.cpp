@@ -179,9 +179,8 @@ void TextDocumentTest::write_largeText_matchesDataOfType()
 {
     TextDocument document;
     QString text;
-    for (int i = 0; i < 50'000; ++i) {
+    for (int i = 0; i < 50'000; ++i)
         text += u"行 "_s + QString::number(i) + u" 😀 abc\r\n"_s;
-    }
     document.setContentString(Text(text));
     QVERIFY(document.writeToFile(path(u"large.txt"_s)).has_value());
     QVERIFY(bytesOf(path(u"large.txt"_s)) == text.toUtf8());
@@ -291,9 +290,8 @@ std::optional<DocumentError> TextDocumentTest::endOf(TextDocument &document)
 void TextDocumentTest::reading_onAnotherThread_endsAsReadAtOnce()
 {
     QByteArray bytes;
-    while (bytes.size() < 3'000'000) {
+    while (bytes.size() < 3'000'000)
         bytes += "日本語 and ASCII\r\n";
-    }
     writeBytes(path(u"a.txt"_s), bytes);
     TextDocument document;
     const QSignalSpy started(&document, &TextDocument::transferStarted);

@@ -259,10 +259,9 @@ void TextViewDragTest::dragOver_showsTheDropCaret()
     const QRect place = f.view.caretRectAt(7).toRect();
     const auto lineIsDrawn = [&] {
         const QImage image = f.view.viewport()->grab().toImage();
-        for (int y = place.top() + 2; y < place.bottom() - 2; ++y) {
+        for (int y = place.top() + 2; y < place.bottom() - 2; ++y)
             if (image.pixelColor(place.left(), y) != f.view.palette().color(QPalette::Text))
                 return false;
-        }
         return true;
     };
     QVERIFY(!lineIsDrawn());

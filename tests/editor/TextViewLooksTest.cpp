@@ -20,10 +20,9 @@ QImage pictureOf(Fixture &f)
     QCoreApplication::processEvents();
     QImage image = f.view.viewport()->grab().toImage();
     const QRect caret = f.view.caretRectAt(f.view.caretOffset()).toAlignedRect();
-    for (int y = caret.top(); y <= caret.bottom(); ++y) {
+    for (int y = caret.top(); y <= caret.bottom(); ++y)
         for (int x = caret.left(); x <= caret.right() + 1; ++x)
             image.setPixelColor(x, y, f.view.palette().color(QPalette::Base));
-    }
     return image;
 }
 
@@ -31,10 +30,9 @@ QImage pictureOf(Fixture &f)
 int inkIn(const QImage &image, const QRect &area, const QColor &background)
 {
     int count = 0;
-    for (int y = area.top(); y <= area.bottom(); ++y) {
+    for (int y = area.top(); y <= area.bottom(); ++y)
         for (int x = area.left(); x <= area.right(); ++x)
             count += image.pixelColor(x, y) != background ? 1 : 0;
-    }
     return count;
 }
 
@@ -326,10 +324,9 @@ void TextViewLooksTest::emojiPresentation_isInColour()
     const QImage image = pictureOf(f);
     const QRect row = rowOf(f, 0);
     bool hasColour = false;
-    for (int y = row.top(); y <= row.bottom(); ++y) {
+    for (int y = row.top(); y <= row.bottom(); ++y)
         for (int x = row.left(); x <= row.right(); ++x)
             hasColour = hasColour || image.pixelColor(x, y).hsvSaturation() > 60;
-    }
     QCOMPARE(hasColour, isColoured);
 }
 

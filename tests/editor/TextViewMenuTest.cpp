@@ -28,10 +28,9 @@ QStringList titlesOf(const QMenu &menu)
 QStringList enabledIn(const QMenu &menu)
 {
     QStringList titles;
-    for (const QAction *action : menu.actions()) {
+    for (const QAction *action : menu.actions())
         if (action->isEnabled() && !action->isSeparator())
             titles << action->text().section(u'\t', 0, 0);
-    }
     return titles;
 }
 
@@ -53,10 +52,9 @@ void choose(const QString &title)
 {
     QMenu *menu = openMenu();
     QVERIFY(menu);
-    for (QAction *action : menu->actions()) {
+    for (QAction *action : menu->actions())
         if (action->text().section(u'\t', 0, 0) == title)
             action->trigger();
-    }
     menu->close();
 }
 

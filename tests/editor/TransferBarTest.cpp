@@ -84,9 +84,8 @@ void TransferBarTest::quickTransfer_fromStartToEnd_isNeverShown()
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
     QVERIFY(m_bar->isHidden());
-    for (const QTimer *timer : m_bar->findChildren<QTimer *>()) {
+    for (const QTimer *timer : m_bar->findChildren<QTimer *>())
         QVERIFY(!timer->isActive());
-    }
 }
 
 void TransferBarTest::quickTransfer_endedUnderAMessage_isNeverShown()

@@ -38,12 +38,11 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, value);
         const TemporaryHome home;
-        for (const char *name : {"XDG_DATA_HOME", "XDG_CONFIG_HOME"}) {
+        for (const char *name : {"XDG_DATA_HOME", "XDG_CONFIG_HOME"})
             if (value.isNull())
                 qunsetenv(name);
             else
                 qputenv(name, value);
-        }
         QCOMPARE(ApplicationSupport::folderPath(), home.file(u".local/share/penwick"_s));
         QCOMPARE(ApplicationSupport::configurationFilePath(),
                  home.file(u".config/penwick/penwick.conf"_s));

@@ -33,10 +33,9 @@ int runChild(const QStringList &arguments)
     }
     // "count": sets a key of its own again and again.
     UserDefaults defaults(arguments.at(2));
-    for (int i = 1; i <= kRounds; ++i) {
+    for (int i = 1; i <= kRounds; ++i)
         if (!defaults.setString(arguments.at(3), QString::number(i)))
             return 1;
-    }
     return 0;
 }
 

@@ -29,10 +29,9 @@ public:
     /// Waits for the next line that the process writes. Empty at a timeout.
     QByteArray readLine()
     {
-        while (!m_process.canReadLine()) {
+        while (!m_process.canReadLine())
             if (!m_process.waitForReadyRead(kPatience))
                 return {};
-        }
         return m_process.readLine().trimmed();
     }
 

@@ -9,9 +9,8 @@ inline Text hugeText(int megabytes)
 {
     const Text piece(QString(1'000'000, u'x'));
     Text text;
-    for (int i = 0; i < megabytes; ++i) {
+    for (int i = 0; i < megabytes; ++i)
         text = text.appended(piece);
-    }
     return text;
 }
 

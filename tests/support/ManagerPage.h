@@ -77,10 +77,9 @@ public:
     [[nodiscard]] QStringList labels() const
     {
         QStringList texts;
-        for (const QLabel *label : m_window->findChildren<QLabel *>()) {
+        for (const QLabel *label : m_window->findChildren<QLabel *>())
             if (label->isVisible())
                 texts.append(label->text());
-        }
         return texts;
     }
 

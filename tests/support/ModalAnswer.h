@@ -23,9 +23,8 @@ inline void answerModal(std::function<void(QWidget *)> answer)
         qApp,
         [answer = std::move(answer)] {
             QWidget *modal = QApplication::activeModalWidget();
-            if (modal == nullptr) {
+            if (modal == nullptr)
                 QFAIL("No modal window is open.");
-            }
             answer(modal);
         },
         Qt::QueuedConnection);
@@ -34,11 +33,9 @@ inline void answerModal(std::function<void(QWidget *)> answer)
 /// The push button of `window` with this text; null when there is none.
 inline QPushButton *buttonNamed(const QWidget *window, const QString &text)
 {
-    for (QPushButton *button : window->findChildren<QPushButton *>()) {
-        if (button->text() == text) {
+    for (QPushButton *button : window->findChildren<QPushButton *>())
+        if (button->text() == text)
             return button;
-        }
-    }
     return nullptr;
 }
 
@@ -46,9 +43,8 @@ inline QPushButton *buttonNamed(const QWidget *window, const QString &text)
 inline void clickInModal(const QString &buttonText, QString *message = nullptr)
 {
     answerModal([buttonText, message](QWidget *window) {
-        if (const auto *box = qobject_cast<QMessageBox *>(window); box != nullptr && message) {
+        if (const auto *box = qobject_cast<QMessageBox *>(window); box != nullptr && message)
             *message = box->text();
-        }
         QPushButton *button = buttonNamed(window, buttonText);
         if (button == nullptr) {
             window->close();
@@ -76,9 +72,8 @@ public:
             if (QWidget *modal = QApplication::activeModalWidget()) {
                 m_timer.stop(); // The answer may run an event loop.
                 m_hasAnswered = m_answer(modal);
-                if (!m_hasAnswered) {
+                if (!m_hasAnswered)
                     m_timer.start(0);
-                }
             }
         });
         m_timer.start(0);

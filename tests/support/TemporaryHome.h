@@ -31,12 +31,11 @@ public:
 
     ~TemporaryHome()
     {
-        for (const auto &[name, value] : m_former) {
+        for (const auto &[name, value] : m_former)
             if (value.isNull())
                 qunsetenv(name);
             else
                 qputenv(name, value);
-        }
     }
 
     [[nodiscard]] QString path() const { return m_folder.path(); }

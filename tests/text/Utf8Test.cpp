@@ -110,10 +110,9 @@ void Utf8Test::blocksCutAnywhere_giveTheSameText()
 void Utf8Test::everyCodePoint_comesBack()
 {
     QByteArray bytes;
-    for (char32_t c = 0; c <= 0x10FFFF; ++c) {
+    for (char32_t c = 0; c <= 0x10FFFF; ++c)
         if (c < 0xD800 || c > 0xDFFF)
             bytes += QString::fromUcs4(&c, 1).toUtf8();
-    }
     const auto text = Text::fromUtf8(bytes);
     QVERIFY(text.has_value());
     QVERIFY(text->toUtf8() == bytes);

@@ -87,10 +87,9 @@ void ContextJsonTest::text_specialCharacters_areEscaped()
 void ContextJsonTest::text_everyUnit_isReadBack()
 {
     QString text;
-    for (int unit = 0; unit < 0x10000; ++unit) {
+    for (int unit = 0; unit < 0x10000; ++unit)
         if (!QChar::isSurrogate(static_cast<char32_t>(unit)))
             text += QChar(static_cast<char16_t>(unit));
-    }
     const QByteArray written = json({{"a"_L1, Text(text)}}).toUtf8();
     const QJsonDocument document = QJsonDocument::fromJson(written);
     QCOMPARE(document.object().value(u"a").toString(), text);

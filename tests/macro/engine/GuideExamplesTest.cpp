@@ -186,10 +186,9 @@ void GuideExamplesTest::guides_giveTheSameExamplesAndChapters()
     QList<qsizetype> chapters;
     for (const QString &language : languages()) {
         names.append(QStringList());
-        for (const Example &example : m_examples) {
+        for (const Example &example : m_examples)
             if (example.language == language)
                 names.last().append(example.name());
-        }
         static const QRegularExpression heading(u"^#+ "_s, QRegularExpression::MultilineOption);
         chapters.append(readGuide(language).count(heading));
     }

@@ -128,9 +128,10 @@ void MacroCasesTest::cases_coverEveryBuiltInMacro()
     QMap<QString, QList<bool>> selections; // For each macro: whether there was a selection.
     const QStringList names = casesFolder().entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     for (const QString &name : names) {
-        if (const std::optional<QString> macro = read(name, u"builtin.txt"_s))
-            selections[macro->trimmed()].append(
-                readRange(name, u"selection.json"_s).value_or(TextRange()).length > 0);
+        const std::optional<QString> macro = read(name, u"builtin.txt"_s);
+        const TextRange selection = readRange(name, u"selection.json"_s).value_or(TextRange());
+        if (macro)
+            selections[macro->trimmed()].append(selection.length > 0);
     }
     for (const BuiltInMacro macro : allBuiltInMacros()) {
         QVERIFY(selections.value(rawValue(macro)).contains(true));

@@ -46,12 +46,11 @@ struct CodeForm
 
     void type(const QString &string)
     {
-        for (const QChar unit : string) {
+        for (const QChar unit : string)
             if (unit == u'\n')
                 key(Qt::Key_Return);
             else
                 QTest::keyClick(view(), unit.toLatin1());
-        }
     }
 
     /// The text, with `|` at the caret.

@@ -88,11 +88,10 @@ void JavaScriptDecorationTest::randomEdits_agreeWithANewDecoration()
             text = text.replaced(offset, length, Text(inserted));
             // A surrogate pair is replaced as a whole; the new size shows whether more was removed.
             const Text piece{QStringView(inserted)};
-            if (text.size() != sizeBefore - length + piece.size()) {
+            if (text.size() != sizeBefore - length + piece.size())
                 decoration.textChanged(text, 0, sizeBefore, text.size());
-            } else {
+            else
                 decoration.textChanged(text, offset, length, piece.size());
-            }
             if (below(3) == 0)
                 QVERIFY2(described(decoration, text) == describedAnew(text),
                          qPrintable(u"seed %1 step %2"_s.arg(seed).arg(step)));

@@ -15,10 +15,9 @@ namespace {
 int inkAt(const QImage &image, qreal top, qreal height, const QColor &background)
 {
     int count = 0;
-    for (int y = qRound(top); y < qRound(top + height) && y < image.height(); ++y) {
+    for (int y = qRound(top); y < qRound(top + height) && y < image.height(); ++y)
         for (int x = 0; x < image.width(); ++x)
             count += image.pixelColor(x, y) != background ? 1 : 0;
-    }
     return count;
 }
 
@@ -140,10 +139,9 @@ void LineNumberGutterTest::numbers_endInOneColumn()
     const QColor base = f.gutter()->palette().color(QPalette::Base);
     const auto lastInk = [&](qreal top) {
         for (int x = image.width() - 1; x >= 0; --x) {
-            for (int y = qRound(top); y < qRound(top + f.view()->rowHeight()); ++y) {
+            for (int y = qRound(top); y < qRound(top + f.view()->rowHeight()); ++y)
                 if (image.pixelColor(x, y) != base)
                     return x;
-            }
         }
         return -1;
     };

@@ -58,10 +58,9 @@ struct MacroManagerScene : ShownMacroManager
     void writeElsewhere(const QString &id, const QString &code) const
     {
         QList<Macro> macros = MacroJson::read(file()).value();
-        for (Macro &macro : macros) {
+        for (Macro &macro : macros)
             if (macro.id == id)
                 macro.code = code;
-        }
         home.write(QStringLiteral("data/macros.json"), MacroJson::write(macros));
     }
 

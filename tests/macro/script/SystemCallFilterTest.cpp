@@ -113,20 +113,18 @@ QByteArray nameOf(std::uint32_t architecture, int number)
 int highestNumber(std::uint32_t architecture)
 {
     int highest = 0;
-    for (int number = 0; number < kBeyondEveryTable; ++number) {
+    for (int number = 0; number < kBeyondEveryTable; ++number)
         if (!nameOf(architecture, number).isEmpty())
             highest = number;
-    }
     return highest;
 }
 
 QMap<QByteArray, SystemCallDecision> unconditionalDecisions()
 {
     QMap<QByteArray, SystemCallDecision> decisions;
-    for (const SystemCallGroup &group : systemCallGroups()) {
+    for (const SystemCallGroup &group : systemCallGroups())
         for (const char *name : group.names)
             decisions.insert(name, group.decision);
-    }
     return decisions;
 }
 
@@ -134,10 +132,9 @@ QSet<QByteArray> unreportedNames()
 {
     QSet<QByteArray> names;
     for (const SystemCallGroup &group : systemCallGroups()) {
-        for (const char *name : group.names) {
+        for (const char *name : group.names)
             if (!group.isReported)
                 names.insert(name);
-        }
     }
     return names;
 }
@@ -190,10 +187,9 @@ void SystemCallFilterTest::call_inEitherTable_isDecidedOnce()
 {
     QFETCH(quint32, architecture);
     QMap<QByteArray, int> decided;
-    for (const SystemCallGroup &group : systemCallGroups()) {
+    for (const SystemCallGroup &group : systemCallGroups())
         for (const char *name : group.names)
             ++decided[name];
-    }
     for (const QByteArray &name : conditionalNames())
         ++decided[name];
     const int highest = highestNumber(architecture);
@@ -212,42 +208,42 @@ void SystemCallFilterTest::call_inEitherTable_isDecidedOnce()
 void SystemCallFilterTest::escapes_areKilled()
 {
     const QMap<QByteArray, SystemCallDecision> decisions = unconditionalDecisions();
-    for (const char *name : {"socket",
-                             "socketpair",
-                             "connect",
-                             "bind",
-                             "accept4",
-                             "sendmsg",
-                             "recvmsg",
-                             "execve",
-                             "execveat",
-                             "fork",
-                             "vfork",
-                             "ptrace",
-                             "process_vm_readv",
-                             "process_vm_writev",
-                             "io_uring_setup",
-                             "io_uring_enter",
-                             "bpf",
-                             "add_key",
-                             "keyctl",
-                             "request_key",
-                             "mount",
-                             "move_mount",
-                             "fsopen",
-                             "pivot_root",
-                             "init_module",
-                             "finit_module",
-                             "perf_event_open",
-                             "userfaultfd",
-                             "pidfd_open",
-                             "pidfd_getfd",
-                             "pidfd_send_signal",
-                             "setns",
-                             "unshare",
-                             "tkill"}) {
+    constexpr const char *kEscapes[] = {"socket",
+                                        "socketpair",
+                                        "connect",
+                                        "bind",
+                                        "accept4",
+                                        "sendmsg",
+                                        "recvmsg",
+                                        "execve",
+                                        "execveat",
+                                        "fork",
+                                        "vfork",
+                                        "ptrace",
+                                        "process_vm_readv",
+                                        "process_vm_writev",
+                                        "io_uring_setup",
+                                        "io_uring_enter",
+                                        "bpf",
+                                        "add_key",
+                                        "keyctl",
+                                        "request_key",
+                                        "mount",
+                                        "move_mount",
+                                        "fsopen",
+                                        "pivot_root",
+                                        "init_module",
+                                        "finit_module",
+                                        "perf_event_open",
+                                        "userfaultfd",
+                                        "pidfd_open",
+                                        "pidfd_getfd",
+                                        "pidfd_send_signal",
+                                        "setns",
+                                        "unshare",
+                                        "tkill"};
+    for (const char *name : kEscapes)
         QVERIFY2(decisions.value(name).kind == Kind::Kill, name);
-    }
     QMap<QByteArray, Kind> otherwise;
     for (const ConditionalSystemCall &row : conditionalSystemCalls(kProcess))
         otherwise.insert(row.name, row.otherwise.kind);
