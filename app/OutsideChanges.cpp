@@ -39,9 +39,10 @@ OutsideChanges::~OutsideChanges()
 
 void OutsideChanges::check()
 {
-    const bool isBusy = m_check != nullptr || m_finding || !m_question.isNull();
-    if (isBusy || m_document->filePath().isEmpty() ||
-        m_document->transfer() != TextDocument::Transfer::None)
+    m_checksAgain = m_check != nullptr; // The check under way may miss a change made just now.
+    const bool isTransferring = m_document->transfer() != TextDocument::Transfer::None;
+    const bool isBusy = isTransferring || m_check != nullptr || m_finding || !m_question.isNull();
+    if (isBusy || m_document->filePath().isEmpty())
         return;
     m_base = m_document->fileVersion();
     if (m_told && m_told->base != m_base)
@@ -53,9 +54,10 @@ void OutsideChanges::check()
             this,
             [this, path = m_document->filePath()](const FileFinding &finding) {
                 m_check.release()->deleteLater(); // It must outlive its signal.
-                if (path == m_document->filePath()) {
+                if (m_checksAgain)
+                    QMetaObject::invokeMethod(this, &OutsideChanges::check, Qt::QueuedConnection);
+                if (path == m_document->filePath())
                     take(finding);
-                }
             });
 }
 

@@ -27,6 +27,7 @@ private Q_SLOTS:
     void change_uneditedText_followsTheFileAsOneStep();
     void change_largeFile_isReadWhileTheWindowGoesOn();
     void change_manyLines_keepsCaretAndScrolling();
+    void change_duringACheck_isNoticed();
     void change_fileReplaced_isNoticedWhenTheWindowComesForward();
     void change_editedText_keepMine_asksOncePerChange();
     void change_editedText_loadTheirs_isOneStepBack();
@@ -118,6 +119,18 @@ void OutsideChangesTest::change_manyLines_keepsCaretAndScrolling()
     QCOMPARE(view()->visibleLines().front().number, top);
     const qint64 start = view()->string().offsetAfterLineBreak(500);
     QCOMPARE(view()->selectedRange(), (TextRange{start + 3, 2}));
+}
+
+void OutsideChangesTest::change_duringACheck_isNoticed()
+{
+    open("old");
+    for (int i = 0; i < 50; ++i) {
+        check();
+        const QByteArray content = "new " + QByteArray::number(i);
+        change(content);
+        check();
+        QTRY_COMPARE(text(), QString::fromLatin1(content));
+    }
 }
 
 void OutsideChangesTest::change_fileReplaced_isNoticedWhenTheWindowComesForward()
