@@ -6,8 +6,8 @@
 #include "app/TestMacros.h"
 #include "macro/library/MacroManager.h"
 #include "macro/script/ScriptHostPool.h"
-#include "platform/NotificationCenter.h"
-#include "platform/StandardOutput.h"
+#include "platform/process/StandardOutput.h"
+#include "platform/settings/NotificationCenter.h"
 #include "wording/UIWordingProfileManager.h"
 
 #include <QApplication>

@@ -12,8 +12,8 @@
 #include "controls/FilePanels.h"
 #include "controls/FocusRing.h"
 #include "macro/library/MacroManagerWindowController.h"
-#include "platform/TerminationSignals.h"
-#include "platform/Timestamp.h"
+#include "platform/process/TerminationSignals.h"
+#include "platform/settings/Timestamp.h"
 #include "wording/ProfileManagerWindowController.h"
 
 #include <QObject>

@@ -2,7 +2,7 @@
 
 #include "app/WindowPlacement.h"
 #include "controls/Alerts.h"
-#include "platform/WindowActivation.h"
+#include "platform/desktop/WindowActivation.h"
 
 #include <QApplication>
 #include <QInputMethod>

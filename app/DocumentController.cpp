@@ -3,9 +3,9 @@
 #include "app/DocumentDialogs.h"
 #include "app/DocumentPaths.h"
 #include "app/WindowPlacement.h"
-#include "editor/TextView.h"
-#include "platform/FreedMemory.h"
-#include "platform/NotificationCenter.h"
+#include "platform/process/FreedMemory.h"
+#include "platform/settings/NotificationCenter.h"
+#include "view/TextView.h"
 #include "wording/UIWordingProfileManager.h"
 
 #include <QApplication>

@@ -3,7 +3,7 @@
 #include "controls/FileDialog.h"
 #include "controls/MessageBox.h"
 #include "controls/VerbatimText.h"
-#include "platform/SafeCopy.h"
+#include "platform/files/SafeCopy.h"
 #include "wording/WordingLookup.h"
 
 #include <QDir>

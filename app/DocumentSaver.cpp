@@ -2,7 +2,7 @@
 
 #include "app/DocumentDialogs.h"
 #include "app/SavingDialog.h"
-#include "macro/engine/EditorWindowController.h"
+#include "window/EditorWindowController.h"
 
 #include <QFileInfo>
 #include <QGuiApplication>

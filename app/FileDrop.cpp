@@ -1,6 +1,6 @@
 #include "app/FileDrop.h"
 
-#include "editor/TextMimeData.h"
+#include "view/TextMimeData.h"
 
 #include <QApplication>
 #include <QDropEvent>

@@ -2,7 +2,7 @@
 
 #include "app/OpenRequest.h"
 #include "app/OpenRequestWire.h"
-#include "platform/LocalSocket.h"
+#include "platform/process/LocalSocket.h"
 
 #include <chrono>
 #include <tl/expected.hpp>

@@ -1,8 +1,8 @@
 #include "app/InstancePlace.h"
 
-#include "platform/FileLock.h"
-#include "platform/FileSystem.h"
-#include "platform/RuntimeFolder.h"
+#include "platform/files/FileLock.h"
+#include "platform/files/FileSystem.h"
+#include "platform/files/RuntimeFolder.h"
 
 #include <QCryptographicHash>
 #include <QDeadlineTimer>

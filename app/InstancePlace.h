@@ -1,9 +1,9 @@
 #pragma once
 
-#include "platform/FileDescriptor.h"
-#include "platform/FileError.h"
-#include "platform/FileVersion.h"
-#include "platform/LocalSocket.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/files/FileError.h"
+#include "platform/files/FileVersion.h"
+#include "platform/process/LocalSocket.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "macro/engine/EditorWindowController.h"
 #include "macro/library/Macro.h"
-#include "platform/Timestamp.h"
+#include "platform/settings/Timestamp.h"
+#include "window/EditorWindowController.h"
 
 #include <functional>
 #include <memory>

@@ -1,7 +1,7 @@
 #include "app/OpenDocuments.h"
 
 #include "app/DocumentPaths.h"
-#include "editor/TextView.h"
+#include "view/TextView.h"
 #include "wording/WordingLookup.h"
 
 #include <QFileInfo>

@@ -3,7 +3,7 @@
 #include "app/DocumentSaver.h"
 #include "app/OutsideChanges.h"
 #include "editor/TextDocument.h"
-#include "macro/engine/EditorWindowController.h"
+#include "window/EditorWindowController.h"
 
 #include <QList>
 

@@ -1,8 +1,8 @@
 #include "app/OpenRequests.h"
 
-#include "editor/TextView.h"
-#include "macro/engine/MacroRunNotice.h"
-#include "platform/WindowActivation.h"
+#include "platform/desktop/WindowActivation.h"
+#include "view/TextView.h"
+#include "window/MacroRunNotice.h"
 
 #include <QApplication>
 #include <QFile>

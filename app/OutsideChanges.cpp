@@ -2,7 +2,7 @@
 
 #include "app/DocumentDialogs.h"
 #include "editor/TextDifference.h"
-#include "editor/TextView.h"
+#include "view/TextView.h"
 #include "wording/WordingLookup.h"
 
 #include <QApplication>

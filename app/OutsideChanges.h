@@ -1,7 +1,7 @@
 #pragma once
 
 #include "editor/FileCheck.h"
-#include "macro/engine/EditorWindowController.h"
+#include "window/EditorWindowController.h"
 
 #include <QMessageBox>
 #include <QObject>

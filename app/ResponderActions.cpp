@@ -1,6 +1,6 @@
 #include "app/ResponderActions.h"
 
-#include "editor/TextView.h"
+#include "view/TextView.h"
 
 #include <QApplication>
 #include <QClipboard>

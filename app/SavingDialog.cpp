@@ -1,7 +1,7 @@
 #include "app/SavingDialog.h"
 
 #include "controls/VerbatimText.h"
-#include "editor/TransferBar.h"
+#include "window/TransferBar.h"
 #include "wording/WordingLookup.h"
 
 #include <QLabel>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "macro/script/EngineTrial.h"
-#include "platform/UserDefaults.h"
+#include "platform/settings/UserDefaults.h"
 
 #include <QString>
 

@@ -1,10 +1,10 @@
 #include "app/StartUp.h"
 
 #include "app/HandOver.h"
-#include "platform/BackgroundProcess.h"
-#include "platform/FileSystem.h"
-#include "platform/StandardInput.h"
-#include "platform/StandardOutput.h"
+#include "platform/files/FileSystem.h"
+#include "platform/process/BackgroundProcess.h"
+#include "platform/process/StandardInput.h"
+#include "platform/process/StandardOutput.h"
 #include "text/Utf8.h"
 #include "wording/WordingLookup.h"
 

@@ -1,7 +1,7 @@
 #include "app/UnsavedTextRescue.h"
 
 #include "app/DocumentController.h"
-#include "platform/FileSystem.h"
+#include "platform/files/FileSystem.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,7 +1,7 @@
 #include "app/WindowPlacement.h"
 
-#include "macro/engine/EditorWindowController.h"
-#include "platform/WindowActivation.h"
+#include "platform/desktop/WindowActivation.h"
+#include "window/EditorWindowController.h"
 
 #include <QGuiApplication>
 #include <QScreen>

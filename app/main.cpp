@@ -4,9 +4,9 @@
 #include "app/StartUp.h"
 #include "macro/script/ScriptHostPool.h"
 #include "macro/script/StoppableWaiter.h"
-#include "platform/BackgroundProcess.h"
-#include "platform/StandardOutput.h"
-#include "platform/SystemFonts.h"
+#include "platform/desktop/SystemFonts.h"
+#include "platform/process/BackgroundProcess.h"
+#include "platform/process/StandardOutput.h"
 #include "wording/WordingLookup.h"
 
 #include <QApplication>

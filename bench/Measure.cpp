@@ -4,12 +4,12 @@
 
 #include "bench/Inputs.h"
 #include "bench/ShownEditor.h"
-#include "editor/FindBar.h"
-#include "editor/FindController.h"
-#include "editor/FindReplacement.h"
-#include "editor/FindSession.h"
-#include "editor/TextFinder.h"
-#include "editor/TextViewRepresentable.h"
+#include "find/FindBar.h"
+#include "find/FindController.h"
+#include "find/FindReplacement.h"
+#include "find/FindSession.h"
+#include "find/TextFinder.h"
+#include "window/TextViewRepresentable.h"
 
 #include <QApplication>
 #include <QFile>

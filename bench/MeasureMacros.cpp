@@ -4,11 +4,11 @@
 
 #include "bench/Inputs.h"
 #include "editor/TextDocument.h"
-#include "macro/engine/EditorWindowController.h"
 #include "macro/library/BuiltInMacroProvider.h"
 #include "macro/script/ScriptHostPool.h"
 #include "macro/script/ScriptRunner.h"
-#include "platform/UserDefaults.h"
+#include "platform/settings/UserDefaults.h"
+#include "window/EditorWindowController.h"
 
 #include <QApplication>
 #include <QJsonDocument>

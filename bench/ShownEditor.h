@@ -1,9 +1,9 @@
 #pragma once
 
 #include "editor/DocumentState.h"
-#include "editor/MainEditorView.h"
 #include "editor/TextDocument.h"
-#include "editor/TextView.h"
+#include "view/TextView.h"
+#include "window/MainEditorView.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

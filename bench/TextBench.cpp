@@ -1,8 +1,8 @@
 #include "bench/Inputs.h"
-#include "editor/FindCount.h"
-#include "editor/FindReplacement.h"
-#include "editor/TextFinder.h"
 #include "editor/TextStorage.h"
+#include "find/FindCount.h"
+#include "find/FindReplacement.h"
+#include "find/TextFinder.h"
 #include "text/GraphemeClusters.h"
 #include "text/Text.h"
 

@@ -41,12 +41,13 @@ if(PENWICK_SANITIZE)
     target_link_options(penwick_options INTERFACE -fsanitize=address,undefined)
 endif()
 
-# add_layer(NAME SOURCES file... LINKS target...)
+# add_layer(NAME [SYSTEM] SOURCES file... LINKS target...)
 #
-# Defines the static library NAME of one folder. tools/check-layers.py defines which targets it may link and
-# include, and fails on any other.
+# Defines the static library NAME from the files of one folder. tools/check-layers.py reads these calls:
+# the library may include only from the layers that LINKS names, and headers of the operating system only
+# if SYSTEM is given.
 function(add_layer name)
-    cmake_parse_arguments(PARSE_ARGV 1 LAYER "" "" "SOURCES;LINKS")
+    cmake_parse_arguments(PARSE_ARGV 1 LAYER "SYSTEM" "" "SOURCES;LINKS")
     add_library(${name} STATIC ${LAYER_SOURCES})
     target_link_libraries(${name} PUBLIC penwick_options ${LAYER_LINKS})
     if(PENWICK_QUICK_BUILD)

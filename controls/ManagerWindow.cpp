@@ -1,6 +1,6 @@
 #include "controls/ManagerWindow.h"
 
-#include "platform/WindowFrame.h"
+#include "platform/desktop/WindowFrame.h"
 
 #include <QCloseEvent>
 #include <QScreen>

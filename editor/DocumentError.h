@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/FileError.h"
+#include "platform/files/FileError.h"
 
 namespace penwick {
 

@@ -1,6 +1,6 @@
 #include "editor/FileCheck.h"
 
-#include "platform/SafeCopy.h"
+#include "platform/files/SafeCopy.h"
 
 #include <chrono>
 #include <mutex>

@@ -1,7 +1,7 @@
 #include "editor/TextFile.h"
 
-#include "platform/AtomicFile.h"
-#include "platform/FileSystem.h"
+#include "platform/files/AtomicFile.h"
+#include "platform/files/FileSystem.h"
 #include "text/Utf8.h"
 
 #include <cerrno>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "editor/DocumentError.h"
-#include "platform/FileVersion.h"
+#include "platform/files/FileVersion.h"
 #include "text/Text.h"
 
 #include <QString>

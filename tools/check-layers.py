@@ -1,193 +1,212 @@
 #!/usr/bin/env python3
-"""Fails if an include or a link violates the layers.
+"""Fails where an include goes beyond what a layer declares, or where the layers do not form layers.
 
     check-layers.py [ROOT]      checks the sources under ROOT (default: this repository)
-    check-layers.py --self-test tests that each kind of fault is found
+    check-layers.py --table     prints the table of docs/architecture.md as it has to be
+    check-layers.py --folders   prints the folders of the layers, one a line
+    check-layers.py --self-test proves that each kind of fault is found
 
-The add_layer() calls define which file belongs to which target. The table below, which matches the one of
-docs/architecture.md, defines what a target may see."""
+All rights are read where CMake declares them. The folders are those of `penwick_layers` in the top
+CMakeLists.txt. A target may include its own files and those of the layers that LINKS of its add_layer()
+call names; a layer that it links and never includes from is a fault too. It may include foreign headers
+whose library it links, and headers of the operating system if the call says SYSTEM."""
 
 import pathlib
 import re
 import sys
 import tempfile
 
-# target -> the targets it may include from and link.
-LAYERS = {
-    "platform": set(),
-    "text": set(),
-    "wording": {"platform"},
-    "editor": {"text", "wording", "platform"},
-    "macro_library": {"wording", "platform"},
-    "macro_value": set(),
-    "macro_script": {"macro_value"},
-    "macro_host": {"macro_value", "platform"},
-    "macro_process": {"macro_value", "platform"},
-    "macro_engine": {"text", "wording", "platform", "macro_value", "macro_process"},
-}
-# Widget target -> its logic target, lowest layer first. A widget target sees its logic target, what that
-# one sees, and the widget targets before it.
-_UI = {
-    "platform_ui": "platform",
-    "controls": "wording",
-    "editor_ui": "editor",
-    "macro_library_ui": "macro_library",
-    "wording_ui": "wording",
-    "macro_engine_ui": "macro_engine",
-}
-for _name, _logic in _UI.items():
-    _lower = [name for name in LAYERS if name in _UI]
-    LAYERS[_name] = {_logic, *LAYERS[_logic], *_lower, *(_UI[name] for name in _lower)}
-LAYERS["app_logic"] = {"text", "wording", "platform"}
-LAYERS["app"] = set(LAYERS)
+ARCHITECTURE = "docs/architecture.md"
 
-# Qt module -> the targets that may include its headers. Logic targets are built and tested without a GUI.
-WIDGET_TARGETS = {*_UI, "app"}
-QT_MODULES = {
-    "QtCore": set(LAYERS),
-    "QtGui": WIDGET_TARGETS,
-    "QtWidgets": WIDGET_TARGETS,
-    "QtSvg": {"controls"},
-    "QtNetwork": {"app"},
-    "QtPrintSupport": {"app"},
-}
-
-# Third-party and system headers that only a few targets may include: pattern -> targets.
+# Headers of a library that stays behind one seam -> the link that permits them.
 SEAMS = {
-    r"JavaScriptCore/|glib|jsc/": {"macro_script"},
-    r"unicode/": {"text"},
-    r"xcb/": {"platform_ui"},
-    r"fontconfig/": {"platform_ui"},
-    r"seccomp\.h|linux/landlock\.h": {"macro_host"},
-    r"(sys|netinet|arpa)/|(unistd|fcntl|pwd|grp|sched|signal|spawn|dirent|poll|dlfcn)\.h$": {
-        "platform",
-        "macro_host",
-        "macro_process",
-        "macro_value",
-    },
+    r"JavaScriptCore/|glib|jsc/": "PkgConfig::JavaScriptCore",
+    r"unicode/": "ICU::",
+    r"xcb/": "PkgConfig::Xcb",
+    r"fontconfig/": "PkgConfig::Fontconfig",
+    r"seccomp\.h": "PkgConfig::Seccomp",
+    r"nlohmann/": "nlohmann_json::",
+    r"QtSvg/": "Qt6::Svg",
+    r"Qt(Gui|Widgets)/": "Qt6::Widgets",
+    r"QtNetwork/": "Qt6::Network",
+    r"QtPrintSupport/": "Qt6::PrintSupport",
+    r"(sys|netinet|arpa|linux)/|(unistd|fcntl|pwd|grp|sched|signal|spawn|dirent|poll|dlfcn)\.h$": "SYSTEM",
 }
-
-FOLDERS = ("platform", "text", "wording", "controls", "editor", "macro", "app")
-_CALL = re.compile(r"add_layer\(\s*(\w+)(.*?)\)", re.S)
+_CALL = re.compile(r"(add_layer|target_link_libraries)\(\s*([\w-]+)(.*?)\)\s*$", re.S | re.M)
 _INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)
 
 
+class Target:
+    def __init__(self, folder, words):
+        self.folder = folder
+        self.isLayer = False
+        self.paths = []
+        self.links = []
+        self.add(words)
+
+    def add(self, words):
+        current = self.links
+        for word in words:
+            if word == "SOURCES":
+                current = self.paths
+            elif word in ("LINKS", "PRIVATE", "PUBLIC"):
+                current = self.links
+            elif current is self.paths:
+                self.paths.append(f"{self.folder}/{word}")
+            else:
+                self.links.append(word)
+
+
+def read_folders(root):
+    text = (root / "CMakeLists.txt").read_text()
+    return re.search(r"set\(penwick_layers\s+([^)]*)\)", text).group(1).split()
+
+
 def read_targets(root):
-    """Returns {target: (files, links)}; files are paths relative to `root`."""
+    """{name: Target} of the add_layer() calls, and of the links added to those targets later."""
     targets = {}
-    for folder in FOLDERS:
-        for script in sorted((root / folder).rglob("CMakeLists.txt")):
-            text = re.sub(r"#.*", "", script.read_text())
-            for name, rest in _CALL.findall(text):
-                words = rest.replace('"', "").split()
-                sources, links = _arguments(words)
-                paths = [(script.parent / word).relative_to(root).as_posix() for word in sources]
-                targets[name] = (paths, links)
+    for folder in read_folders(root):
+        script = root / folder / "CMakeLists.txt"
+        text = re.sub(r"#.*", "", script.read_text()) if script.exists() else ""
+        for call, name, rest in _CALL.findall(text):
+            words = rest.replace('"', "").split()
+            if call == "add_layer":
+                targets[name] = Target(folder, words)
+            elif name in targets:
+                targets[name].add(words)
     return targets
 
 
-def _arguments(words):
-    lists = {"SOURCES": [], "LINKS": []}
-    current = None
-    for word in words:
-        if word in lists:
-            current = lists[word]
-        elif current is not None:
-            current.append(word)
-    return lists["SOURCES"], lists["LINKS"]
-
-
-def qt_module(header):
-    """Returns the Qt module that contains `header`, or None for a header that is not Qt's."""
-    if header.startswith("Qt") and "/" in header:
-        return header.split("/")[0]
+def qualified(header):
+    """A header of Qt with its module's folder before it; others as they are."""
     for base in pathlib.Path("/usr/include").glob("*/qt6"):
-        for module in ("QtCore", "QtGui", "QtWidgets", "QtNetwork", "QtPrintSupport", "QtSvg", "QtTest"):
+        for module in ("QtGui", "QtWidgets", "QtNetwork", "QtPrintSupport", "QtSvg"):
             if (base / module / header).exists():
-                return module
-    return "an unknown Qt module" if re.match(r"Q[A-Z]", header) else None
+                return f"{module}/{header}"
+    return header
 
 
-def fault_of_include(target, header, owner):
-    """Returns why `target` may not include `header`, or None if it may.
-
-    `owner` maps the files of this repository to their targets."""
-    if header in owner:
-        other = owner[header]
-        if other != target and other not in LAYERS[target]:
-            return f"{target} may not see {other}"
-        return None
-    module = qt_module(header)
-    if module:
-        return None if target in QT_MODULES.get(module, set()) else f"{target} may not see {module}"
-    for pattern, allowed in SEAMS.items():
-        if re.match(pattern, header) and target not in allowed:
-            return f"only {', '.join(sorted(allowed))} may see it"
+def missing_link(target, header):
+    """The link that `target` needs for a foreign header and does not have, or None."""
+    name = qualified(header)
+    for pattern, link in SEAMS.items():
+        if re.match(pattern, name):
+            return None if any(link in known for known in target.links) else link
     return None
+
+
+def layer_links(target, targets):
+    return [link for link in target.links if link in targets]
+
+
+def cycle(targets):
+    """The names of targets that link each other in a circle, if there is one."""
+    remaining = dict(targets)
+    while free := [n for n, t in remaining.items() if not set(layer_links(t, remaining)) - {n}]:
+        for name in free:
+            del remaining[name]
+    return sorted(remaining)
 
 
 def faults(root):
     targets = read_targets(root)
-    owner = {path: name for name, (paths, _) in targets.items() for path in paths}
+    owner = {path: name for name, target in targets.items() for path in target.paths}
     found = []
-    for name, (paths, links) in targets.items():
-        if name not in LAYERS:
-            found.append(f"{name}: a target that the table of layers does not know")
-            continue
-        for link in links:
-            if link in LAYERS and link not in LAYERS[name]:
-                found.append(f"{name}: may not link {link}")
-        for path in paths:
-            found.extend(_faults_of_file(root, path, name, owner))
-    for folder in FOLDERS:
-        for path in sorted((root / folder).rglob("*.[ch]*")):
+    if circle := cycle(targets):
+        found.append(f"{', '.join(circle)}: they link each other in a circle")
+    for name, target in targets.items():
+        used = {name}
+        for path in target.paths:
+            found.extend(_faults_of_file(root, path, name, targets, owner, used))
+        for link in layer_links(target, targets):
+            if link not in used:
+                found.append(f"{name}: links {link} and includes nothing of it")
+    for folder in read_folders(root):
+        for path in sorted((root / folder).glob("*.[ch]*")):
             place = path.relative_to(root).as_posix()
             if path.suffix in (".h", ".cpp") and place not in owner and path.name != "main.cpp":
                 found.append(f"{place}: in no add_layer() call")
+    found.extend(_faults_of_table(root, targets))
     return found
 
 
-def _faults_of_file(root, path, target, owner):
+def _faults_of_file(root, path, name, targets, owner, used):
     file = root / path
     if file.suffix not in (".h", ".cpp"):
         return
     if not file.exists():
-        yield f"{path}: named in add_layer({target}) but absent"
+        yield f"{path}: named in add_layer({name}) but absent"
         return
+    target = targets[name]
     for kind, header in _INCLUDE.findall(file.read_text()):
-        if kind == '"' and header not in owner and not _is_generated(header):
+        other = owner.get(header)
+        if other:
+            used.add(other)
+            if other != name and other not in target.links:
+                yield f"{path}: {header}: {name} does not link {other}"
+        elif kind == '"' and not header.endswith(".moc"):
             yield f'{path}: "{header}" is no path from the root to a file of a layer'
-            continue
-        why = fault_of_include(target, header, owner)
-        if why:
-            yield f"{path}: {header}: {why}"
+        elif link := missing_link(target, header):
+            yield f"{path}: {header}: {name} does not link {link}"
 
 
-def _is_generated(header):
-    return header.endswith(".moc") or header.startswith("moc_") or header.endswith("_generated.h")
+def table(targets):
+    """Lines `| target | links |`, lowest first: a target stands below all that it links."""
+    lines = []
+    remaining = dict(targets)
+    while remaining:
+        free = [n for n, t in remaining.items() if not set(layer_links(t, remaining)) - {n}]
+        for name in free or list(remaining):
+            links = ", ".join(sorted(layer_links(targets[name], targets))) or "-"
+            lines.append((name, links))
+            del remaining[name]
+    return lines
+
+
+def _faults_of_table(root, targets):
+    document = root / ARCHITECTURE
+    if not document.exists():
+        return
+    stated = dict(re.findall(r"^\| `(\w+)` \|.*\| ([^|]*) \|$", document.read_text(), re.M))
+    for name, links in table(targets):
+        if stated.get(name) != links:
+            yield f"{ARCHITECTURE}: {name} links {links}, the table says {stated.get(name)}"
 
 
 _GOOD = {
-    "platform/CMakeLists.txt": "add_layer(platform SOURCES Uuid.h LINKS Qt6::Core)",
+    "CMakeLists.txt": "set(penwick_layers platform wording text)",
+    "platform/CMakeLists.txt": "add_layer(platform SYSTEM SOURCES Uuid.h LINKS Qt6::Core)\n",
     "platform/Uuid.h": "#include <QString>\n#include <unistd.h>\n",
     "wording/CMakeLists.txt": "add_layer(wording SOURCES Key.h LINKS platform)\n"
-    "add_layer(wording_ui SOURCES View.h LINKS wording Qt6::Widgets)",
+    "add_layer(wording_ui SOURCES View.h LINKS wording Qt6::Widgets)\n",
     "wording/Key.h": '#include "platform/Uuid.h"\n#include <string>\n',
     "wording/View.h": '#include "wording/Key.h"\n#include <QWidget>\n',
+    "docs/architecture.md": "| `platform` | ids | - |\n| `wording` | texts | platform |\n"
+    "| `wording_ui` | views | wording |\n",
 }
-# (file to replace in the good tree, its new content, part of the expected complaint)
+# What is changed in the good tree -> a part of the complaint that must follow.
 _BAD = [
-    ("platform/Uuid.h", '#include "wording/Key.h"', "platform may not see wording"),
-    ("platform/CMakeLists.txt", "add_layer(platform SOURCES Uuid.h LINKS wording)", "may not link"),
-    ("wording/Key.h", '#include "wording/View.h"', "wording may not see wording_ui"),
-    ("wording/Key.h", "#include <QWidget>", "wording may not see QtWidgets"),
-    ("wording/Key.h", "#include <QtGui/QFont>", "wording may not see QtGui"),
-    ("wording/Key.h", "#include <unistd.h>", "only macro_host, macro_process, macro_value, platform may see it"),
-    ("wording/View.h", "#include <JavaScriptCore/JavaScript.h>", "only macro_script may see it"),
-    ("wording/View.h", '#include "Key.h"', "is no path from the root"),
+    ("platform/Uuid.h", '#include "wording/Key.h"', "platform does not link wording"),
+    ("wording/Key.h", '#include "platform/Uuid.h"\n#include "wording/View.h"', "does not link wording_ui"),
+    ("wording/Key.h", "#include <string>", "links platform and includes nothing of it"),
+    ("wording/Key.h", '#include "platform/Uuid.h"\n#include <QWidget>', "does not link Qt6::Widgets"),
+    ("wording/Key.h", '#include "platform/Uuid.h"\n#include <QtGui/QFont>', "does not link Qt6::Widgets"),
+    ("wording/Key.h", '#include "platform/Uuid.h"\n#include <unistd.h>', "does not link SYSTEM"),
+    ("platform/Uuid.h", "#include <JavaScriptCore/JavaScript.h>", "does not link PkgConfig::JavaScriptCore"),
+    ("platform/Uuid.h", '#include "Key.h"', "is no path from the root"),
     ("wording/Lost.h", "", "in no add_layer() call"),
-    ("text/CMakeLists.txt", "add_layer(strange SOURCES LINKS)", "does not know"),
+    ("text/CMakeLists.txt", "add_layer(text SOURCES Text.h LINKS)\n", "named in add_layer(text) but absent"),
+    ("docs/architecture.md", "| `platform` | ids | - |\n| `wording` | texts | platform |\n"
+     "| `wording_ui` | views | platform |\n", "wording_ui links wording, the table says platform"),
 ]
+_CIRCLE = {
+    "text/CMakeLists.txt": "add_layer(text SOURCES A.h LINKS wording_ui)\n",
+    "text/A.h": '#include "wording/View.h"\n',
+    "wording/CMakeLists.txt": "add_layer(wording SOURCES Key.h LINKS platform)\n"
+    "add_layer(wording_ui SOURCES View.h LINKS wording text Qt6::Widgets)\n",
+    "wording/View.h": '#include "wording/Key.h"\n#include "text/A.h"\n',
+    "docs/architecture.md": "",
+}
 
 
 def self_test():
@@ -202,18 +221,26 @@ def self_test():
     if complaints({}):
         sys.exit(f"a tree in order is refused: {complaints({})}")
     for place, text, expected in _BAD:
-        found = complaints({place: text})
+        found = [fault for fault in complaints({place: text}) if "the table says None" not in fault]
         if len(found) != 1 or expected not in found[0]:
             sys.exit(f"{place} with {text!r}: expected one complaint with {expected!r}, got {found}")
-    print(f"{len(_BAD)} faults found as they should be")
+    if not any("in a circle" in fault for fault in complaints(_CIRCLE)):
+        sys.exit("a circle of layers is not found")
+    print(f"{len(_BAD) + 1} faults found as they should be")
 
 
 def main(arguments):
+    root = pathlib.Path(__file__).resolve().parent.parent
     if arguments == ["--self-test"]:
         self_test()
         return
-    root = pathlib.Path(arguments[0]) if arguments else pathlib.Path(__file__).resolve().parent.parent
-    found = faults(root)
+    if arguments == ["--folders"]:
+        print("\n".join(read_folders(root)))
+        return
+    if arguments == ["--table"]:
+        print("\n".join(f"| `{name}` | | {links} |" for name, links in table(read_targets(root))))
+        return
+    found = faults(pathlib.Path(arguments[0]) if arguments else root)
     print("\n".join(found) or f"{len(read_targets(root))} targets keep to their layers")
     sys.exit(bool(found))
 

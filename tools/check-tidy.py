@@ -25,7 +25,7 @@ import sys
 import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-FOLDERS = ("platform", "text", "wording", "controls", "editor", "macro", "app")
+FOLDERS = re.search(r"set\(penwick_layers\s+([^)]*)\)", (ROOT / "CMakeLists.txt").read_text()).group(1).split()
 GROUP = 8  # With larger groups, other processors would be idle while the last group is checked.
 
 CHECKS = "-clang-analyzer-*"

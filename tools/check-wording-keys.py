@@ -13,7 +13,7 @@ import re
 import sys
 import tempfile
 
-FOLDERS = ("platform", "text", "wording", "controls", "editor", "macro", "app")
+FOLDERS = ("platform", "text", "wording", "editor", "find", "view", "controls", "code", "macro", "window", "app")
 TABLES = "wording/WordingTables.cpp"
 DOCUMENT = "docs/wording-keys.md"
 PREFIXES = ("app", "cli", "common", "dialog", "editor", "error", "macro", "menu", "profile", "status")

@@ -9,10 +9,7 @@
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 
-folders=()
-for folder in platform text wording controls editor macro app; do
-    [[ -d $folder ]] && folders+=("$folder")
-done
+mapfile -t folders <<<"$(tools/check-layers.py --folders)"
 database=build/release/compile_commands.json
 
 check_format() {

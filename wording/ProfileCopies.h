@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Timestamp.h"
-#include "platform/Uuid.h"
+#include "platform/settings/Timestamp.h"
+#include "platform/settings/Uuid.h"
 #include "wording/UIWordingProfile.h"
 
 #include <QList>

@@ -2,9 +2,9 @@
 
 #include "controls/FilePanels.h"
 #include "controls/ListDetailView.h"
-#include "platform/NotificationCenter.h"
-#include "platform/Timestamp.h"
-#include "platform/Uuid.h"
+#include "platform/settings/NotificationCenter.h"
+#include "platform/settings/Timestamp.h"
+#include "platform/settings/Uuid.h"
 #include "wording/UIWordingProfileManager.h"
 
 #include <QWidget>

@@ -1,6 +1,6 @@
 #include "wording/UIWordingProfile.h"
 
-#include "platform/JsonText.h"
+#include "platform/json/JsonText.h"
 #include "wording/WordingTables.h"
 
 #include <utility>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/JsonRecord.h"
+#include "platform/json/JsonRecord.h"
 
 #include <QByteArray>
 #include <QByteArrayView>

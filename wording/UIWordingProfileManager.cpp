@@ -1,7 +1,7 @@
 #include "wording/UIWordingProfileManager.h"
 
-#include "platform/ApplicationSupport.h"
-#include "platform/StandardOutput.h"
+#include "platform/files/ApplicationSupport.h"
+#include "platform/process/StandardOutput.h"
 #include "wording/WordingLookup.h"
 
 #include <QFileInfo>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "platform/AtomicFile.h"
-#include "platform/FileVersion.h"
-#include "platform/NotificationCenter.h"
-#include "platform/StoreLock.h"
-#include "platform/UserDefaults.h"
+#include "platform/files/AtomicFile.h"
+#include "platform/files/FileVersion.h"
+#include "platform/files/StoreLock.h"
+#include "platform/settings/NotificationCenter.h"
+#include "platform/settings/UserDefaults.h"
 #include "wording/UIWordingProfile.h"
 
 #include <QList>

@@ -3,7 +3,7 @@
 #include "macro/engine/ContextJson.h"
 #include "macro/engine/HostEndingText.h"
 #include "macro/script/ScriptHostPool.h"
-#include "platform/StandardOutput.h"
+#include "platform/process/StandardOutput.h"
 #include "wording/WordingLookup.h"
 
 #include <algorithm>

@@ -1,12 +1,12 @@
 #include "macro/library/MacroDetailView.h"
 
+#include "code/CodeEditor.h"
 #include "controls/Alerts.h"
 #include "controls/ButtonRow.h"
 #include "controls/DetailPane.h"
-#include "macro/library/CodeEditor.h"
+#include "controls/MacroSourceBadge.h"
 #include "macro/library/MacroFile.h"
-#include "macro/library/MacroSourceBadge.h"
-#include "platform/AtomicFile.h"
+#include "platform/files/AtomicFile.h"
 #include "wording/WordingLookup.h"
 
 #include <QFrame>

@@ -2,7 +2,7 @@
 
 #include "macro/library/MacroJson.h"
 #include "macro/library/MacroMetaParser.h"
-#include "platform/JsonText.h"
+#include "platform/json/JsonText.h"
 
 #include <optional>
 #include <utility>

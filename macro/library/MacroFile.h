@@ -1,7 +1,7 @@
 #pragma once
 
 #include "macro/library/Macro.h"
-#include "platform/JsonRecord.h"
+#include "platform/json/JsonRecord.h"
 
 #include <QByteArray>
 #include <QByteArrayView>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "macro/library/Macro.h"
-#include "platform/JsonRecord.h"
-#include "platform/JsonValue.h"
+#include "platform/json/JsonRecord.h"
+#include "platform/json/JsonValue.h"
 
 #include <QByteArray>
 #include <QByteArrayView>

@@ -3,9 +3,9 @@
 #include "macro/library/BuiltInMacroProvider.h"
 #include "macro/library/MacroFile.h"
 #include "macro/library/MacroJson.h"
-#include "platform/ApplicationSupport.h"
-#include "platform/AtomicFile.h"
-#include "platform/StandardOutput.h"
+#include "platform/files/ApplicationSupport.h"
+#include "platform/files/AtomicFile.h"
+#include "platform/process/StandardOutput.h"
 #include "wording/WordingLookup.h"
 
 #include <QFileInfo>

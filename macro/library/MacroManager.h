@@ -1,12 +1,12 @@
 #pragma once
 
 #include "macro/library/Macro.h"
-#include "platform/FileVersion.h"
-#include "platform/JsonRecord.h"
-#include "platform/StoreLock.h"
-#include "platform/Timestamp.h"
-#include "platform/UserDefaults.h"
-#include "platform/Uuid.h"
+#include "platform/files/FileVersion.h"
+#include "platform/files/StoreLock.h"
+#include "platform/json/JsonRecord.h"
+#include "platform/settings/Timestamp.h"
+#include "platform/settings/UserDefaults.h"
+#include "platform/settings/Uuid.h"
 
 #include <QList>
 #include <QObject>

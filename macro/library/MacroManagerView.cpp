@@ -1,10 +1,10 @@
 #include "macro/library/MacroManagerView.h"
 
+#include "code/CodeEditor.h"
 #include "controls/Alerts.h"
-#include "macro/library/CodeEditor.h"
+#include "controls/MacroSourceBadge.h"
 #include "macro/library/MacroDetailView.h"
-#include "macro/library/MacroSourceBadge.h"
-#include "platform/FileSystem.h"
+#include "platform/files/FileSystem.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
 

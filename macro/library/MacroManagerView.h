@@ -3,8 +3,8 @@
 #include "controls/FilePanels.h"
 #include "controls/ListDetailView.h"
 #include "macro/library/MacroManager.h"
-#include "platform/NotificationCenter.h"
-#include "platform/Uuid.h"
+#include "platform/settings/NotificationCenter.h"
+#include "platform/settings/Uuid.h"
 
 #include <QWidget>
 

@@ -1,6 +1,6 @@
 #include "macro/script/HostChannel.h"
 
-#include "platform/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
 
 #include <sys/socket.h>
 #include <utility>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "macro/script/ScriptHost.h"
-#include "platform/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
 
 #include <QString>
 

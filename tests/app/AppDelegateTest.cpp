@@ -1,7 +1,7 @@
 #include "app/AppDelegate.h"
 
 #include "app/AppDelegateTestBase.h"
-#include "macro/library/CodeEditor.h"
+#include "code/CodeEditor.h"
 #include "macro/library/MacroManager.h"
 #include "support/Macros.h"
 #include "support/ManagerPage.h"

@@ -2,9 +2,9 @@
 
 #include "app/AppDelegate.h"
 #include "app/MenuBar.h"
-#include "editor/TextView.h"
 #include "support/TemporaryHome.h"
 #include "support/WholeText.h"
+#include "view/TextView.h"
 #include "wording/UIWordingProfileManager.h"
 
 #include <QAction>

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "app/DocumentController.h"
-#include "editor/TextView.h"
-#include "macro/engine/EditorWindow.h"
-#include "macro/engine/EditorWindowController.h"
 #include "support/TemporaryHome.h"
 #include "support/WholeText.h"
+#include "view/TextView.h"
+#include "window/EditorWindow.h"
+#include "window/EditorWindowController.h"
 
 #include <QCoreApplication>
 #include <QTest>

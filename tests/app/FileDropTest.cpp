@@ -1,6 +1,6 @@
 #include "app/FileDrop.h"
 
-#include "editor/TextView.h"
+#include "view/TextView.h"
 
 #include <QDialog>
 #include <QDropEvent>

@@ -1,4 +1,4 @@
-#include "platform/RuntimeFolder.h"
+#include "platform/files/RuntimeFolder.h"
 #include "support/RunningInstance.h"
 
 #include <QDeadlineTimer>

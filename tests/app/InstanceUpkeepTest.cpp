@@ -1,5 +1,5 @@
-#include "platform/FileSystem.h"
-#include "platform/RuntimeFolder.h"
+#include "platform/files/FileSystem.h"
+#include "platform/files/RuntimeFolder.h"
 #include "support/DescriptorLimit.h"
 #include "support/RunningInstance.h"
 

@@ -1,6 +1,6 @@
 #include "app/DocumentsTestBase.h"
-#include "editor/LoadingView.h"
 #include "support/ModalAnswer.h"
+#include "window/LoadingView.h"
 
 #include <QMainWindow>
 #include <QTest>

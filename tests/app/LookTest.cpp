@@ -2,12 +2,12 @@
 #include "app/PromptDialog.h"
 #include "controls/FocusRing.h"
 #include "controls/MessageBox.h"
-#include "editor/TextView.h"
-#include "macro/engine/EditorWindow.h"
-#include "macro/engine/EditorWindowController.h"
 #include "support/Macros.h"
 #include "support/ShownMacroManager.h"
 #include "support/ShownProfileManager.h"
+#include "view/TextView.h"
+#include "window/EditorWindow.h"
+#include "window/EditorWindowController.h"
 
 #include <QAbstractButton>
 #include <QLabel>

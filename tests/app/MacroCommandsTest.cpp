@@ -1,5 +1,5 @@
 #include "app/AppDelegateTestBase.h"
-#include "macro/library/CodeEditor.h"
+#include "code/CodeEditor.h"
 #include "support/Macros.h"
 #include "support/ManagerPage.h"
 

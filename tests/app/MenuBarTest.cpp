@@ -1,7 +1,7 @@
 #include "app/MenuBar.h"
 
 #include "editor/TextStorage.h"
-#include "editor/TextView.h"
+#include "view/TextView.h"
 #include "wording/UIWordingProfile.h"
 #include "wording/WordingLookup.h"
 

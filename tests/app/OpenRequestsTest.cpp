@@ -1,11 +1,11 @@
 #include "app/OpenRequests.h"
 
 #include "app/HandOver.h"
-#include "editor/TextView.h"
-#include "macro/engine/EditorWindowController.h"
-#include "macro/engine/MacroRunNotice.h"
 #include "support/ModalAnswer.h"
 #include "support/TemporaryHome.h"
+#include "view/TextView.h"
+#include "window/EditorWindowController.h"
+#include "window/MacroRunNotice.h"
 
 #include <QApplication>
 #include <QDialog>

@@ -1,7 +1,7 @@
 #include "app/OutsideChanges.h"
 
 #include "app/DocumentsTestBase.h"
-#include "platform/TemporaryFile.h"
+#include "platform/files/TemporaryFile.h"
 #include "support/FileSizeLimit.h"
 #include "support/ModalAnswer.h"
 

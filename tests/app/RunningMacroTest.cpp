@@ -1,9 +1,9 @@
 #include "app/DocumentsTestBase.h"
 #include "app/MacroLauncher.h"
-#include "macro/engine/EditorTabBar.h"
-#include "macro/engine/MacroRunNotice.h"
 #include "macro/script/ScriptHostPool.h"
 #include "support/Macros.h"
+#include "window/EditorTabBar.h"
+#include "window/MacroRunNotice.h"
 
 #include <QFile>
 #include <QTest>

@@ -1,8 +1,8 @@
 #include "app/DocumentsTestBase.h"
-#include "editor/MainEditorView.h"
-#include "editor/StatusMessageLabel.h"
-#include "macro/engine/EditorTabBar.h"
 #include "support/ModalAnswer.h"
+#include "window/EditorTabBar.h"
+#include "window/MainEditorView.h"
+#include "window/StatusMessageLabel.h"
 
 #include <QDialog>
 #include <QScrollBar>

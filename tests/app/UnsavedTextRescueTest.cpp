@@ -1,9 +1,9 @@
 #include "app/UnsavedTextRescue.h"
 
 #include "app/DocumentController.h"
-#include "editor/TextView.h"
-#include "platform/TerminationSignals.h"
+#include "platform/process/TerminationSignals.h"
 #include "support/TemporaryHome.h"
+#include "view/TextView.h"
 
 #include <QDir>
 #include <QSignalSpy>

@@ -1,6 +1,6 @@
 #include "editor/TextDocument.h"
-#include "platform/FileSystem.h"
-#include "platform/SafeCopy.h"
+#include "platform/files/FileSystem.h"
+#include "platform/files/SafeCopy.h"
 #include "support/InterceptedProcess.h"
 #include "support/TemporaryHome.h"
 

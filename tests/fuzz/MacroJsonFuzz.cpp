@@ -1,7 +1,7 @@
 #include "fuzz/Require.h"
 #include "macro/library/MacroFile.h"
 #include "macro/library/MacroJson.h"
-#include "platform/JsonText.h"
+#include "platform/json/JsonText.h"
 
 using namespace penwick;
 

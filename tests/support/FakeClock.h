@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Timestamp.h"
+#include "platform/settings/Timestamp.h"
 
 #include <QDateTime>
 #include <QTimeZone>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Uuid.h"
+#include "platform/settings/Uuid.h"
 
 #include <QString>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "editor/FindReplacement.h"
-#include "editor/TextFinder.h"
+#include "find/FindReplacement.h"
+#include "find/TextFinder.h"
 #include "text/Text.h"
 
 #include <QList>

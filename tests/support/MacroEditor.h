@@ -1,10 +1,10 @@
 #pragma once
 
-#include "editor/TextView.h"
-#include "macro/engine/EditorWindowController.h"
-#include "macro/engine/MacroRunNotice.h"
 #include "macro/script/ScriptHostPool.h"
-#include "platform/UserDefaults.h"
+#include "platform/settings/UserDefaults.h"
+#include "view/TextView.h"
+#include "window/EditorWindowController.h"
+#include "window/MacroRunNotice.h"
 
 #include <QTest>
 #include <QTimer>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/NotificationCenter.h"
-#include "platform/UserDefaults.h"
+#include "platform/settings/NotificationCenter.h"
+#include "platform/settings/UserDefaults.h"
 #include "support/FakeClock.h"
 #include "support/FakeIds.h"
 #include "support/FakePanels.h"

@@ -3,7 +3,7 @@
 #include "app/HandOver.h"
 #include "app/InstancePlace.h"
 #include "app/InstanceServer.h"
-#include "platform/FileLock.h"
+#include "platform/files/FileLock.h"
 #include "support/TemporaryHome.h"
 
 #include <QDeadlineTimer>

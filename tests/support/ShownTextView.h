@@ -1,6 +1,6 @@
 #pragma once
 
-#include "editor/TextView.h"
+#include "view/TextView.h"
 
 #include <QInputMethodEvent>
 #include <QTest>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "editor/TextView.h"
-#include "macro/engine/EditorWindowController.h"
 #include "support/TemporaryHome.h"
+#include "view/TextView.h"
+#include "window/EditorWindowController.h"
 #include "wording/WordingLookup.h"
 
 #include <QDateTime>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "editor/TextView.h"
-#include "macro/engine/EditorTabBar.h"
-#include "macro/engine/EditorWindow.h"
-#include "macro/engine/EditorWindowController.h"
 #include "support/TemporaryHome.h"
+#include "view/TextView.h"
+#include "window/EditorTabBar.h"
+#include "window/EditorWindow.h"
+#include "window/EditorWindowController.h"
 
 #include <QTest>
 

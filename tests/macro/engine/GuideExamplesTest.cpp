@@ -1,8 +1,8 @@
-#include "editor/TextView.h"
-#include "macro/engine/EditorWindowController.h"
 #include "macro/library/MacroMetaParser.h"
 #include "support/FakeClock.h"
 #include "support/TemporaryHome.h"
+#include "view/TextView.h"
+#include "window/EditorWindowController.h"
 
 #include <QFile>
 #include <QJsonArray>

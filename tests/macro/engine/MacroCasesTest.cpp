@@ -1,7 +1,7 @@
-#include "editor/TextView.h"
-#include "macro/engine/EditorWindowController.h"
 #include "macro/library/BuiltInMacroProvider.h"
 #include "support/TemporaryHome.h"
+#include "view/TextView.h"
+#include "window/EditorWindowController.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "editor/FindBar.h"
-#include "editor/TextView.h"
-#include "macro/library/CodeEditor.h"
-#include "macro/library/LineNumberGutter.h"
+#include "code/CodeEditor.h"
+#include "code/LineNumberGutter.h"
+#include "find/FindBar.h"
+#include "view/TextView.h"
 
 #include <QImage>
 #include <QLabel>

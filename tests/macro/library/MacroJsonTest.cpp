@@ -1,6 +1,6 @@
 #include "macro/library/MacroJson.h"
 
-#include "platform/JsonText.h"
+#include "platform/json/JsonText.h"
 #include "support/Macros.h"
 
 #include <QTest>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "macro/library/CodeEditor.h"
+#include "code/CodeEditor.h"
 #include "support/Macros.h"
 #include "support/ShownMacroManager.h"
 #include "wording/WordingLookup.h"

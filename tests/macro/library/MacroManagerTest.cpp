@@ -2,8 +2,8 @@
 
 #include "macro/library/MacroFile.h"
 #include "macro/library/StoredMacros.h"
-#include "platform/FileSystem.h"
-#include "platform/JsonText.h"
+#include "platform/files/FileSystem.h"
+#include "platform/json/JsonText.h"
 #include "support/CapturedOutput.h"
 #include "support/Macros.h"
 

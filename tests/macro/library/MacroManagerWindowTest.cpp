@@ -1,6 +1,6 @@
-#include "editor/TextView.h"
 #include "macro/library/MacroDetailView.h"
 #include "macro/library/MacroManagerScene.h"
+#include "view/TextView.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
 

@@ -1,6 +1,6 @@
 #include "macro/library/MacroFile.h"
 #include "macro/library/MacroJson.h"
-#include "platform/JsonText.h"
+#include "platform/json/JsonText.h"
 #include "support/Macros.h"
 #include "wording/UIWordingProfile.h"
 

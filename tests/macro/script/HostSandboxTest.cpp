@@ -2,7 +2,7 @@
 
 #include "macro/script/SharedTexts.h"
 #include "macro/script/SystemCallTable.h"
-#include "platform/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
 
 #include <QSet>
 #include <QTest>

@@ -1,7 +1,7 @@
 #include "macro/script/SharedTexts.h"
 
 #include "macro/script/ScriptWire.h"
-#include "platform/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
 
 #include <QTest>
 

@@ -1,7 +1,7 @@
 #include "macro/script/SystemCallFilter.h"
 
 #include "macro/script/SystemCallTable.h"
-#include "platform/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
 
 #include <QMap>
 #include <QSet>

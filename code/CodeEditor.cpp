@@ -1,0 +1,267 @@
+#include "code/CodeEditor.h"
+
+#include "code/LineNumberGutter.h"
+#include "find/FindBar.h"
+#include "find/FindController.h"
+#include "platform/settings/NotificationCenter.h"
+#include "view/EditorFont.h"
+#include "view/TextView.h"
+#include "wording/UIWordingProfileManager.h"
+#include "wording/WordingLookup.h"
+
+#include <QFontMetrics>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace penwick {
+
+namespace {
+
+constexpr qreal kFontSize = 12; // Points.
+constexpr int kRadius = 6;
+constexpr int kFrame = 3; // Wide enough to keep the content out of the rounded corners.
+
+bool isKey(const QKeyEvent &event, Qt::Key key, Qt::KeyboardModifiers modifiers)
+{
+    return event.key() == key && (event.modifiers() & ~Qt::KeypadModifier) == modifiers;
+}
+
+bool isEnter(const QKeyEvent &event)
+{
+    const bool isReturn = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+    const Qt::KeyboardModifiers modifiers = event.modifiers() & ~Qt::KeypadModifier;
+    return isReturn && (modifiers == Qt::NoModifier || modifiers == Qt::ShiftModifier);
+}
+
+bool isForNextField(const QKeyEvent &event)
+{
+    return isKey(event, Qt::Key_Tab, Qt::ControlModifier);
+}
+
+bool isForPreviousField(const QKeyEvent &event)
+{
+    // Keyboards report Shift+Tab in different ways.
+    return isKey(event, Qt::Key_Backtab, Qt::ShiftModifier) ||
+           isKey(event, Qt::Key_Backtab, Qt::NoModifier) ||
+           isKey(event, Qt::Key_Tab, Qt::ShiftModifier) ||
+           isKey(event, Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier) ||
+           isKey(event, Qt::Key_Tab, Qt::ControlModifier | Qt::ShiftModifier);
+}
+
+bool isForLevels(const QKeyEvent &event)
+{
+    return isKey(event, Qt::Key_BracketRight, Qt::ControlModifier) ||
+           isKey(event, Qt::Key_BracketLeft, Qt::ControlModifier);
+}
+
+} // namespace
+
+CodeEditor::CodeEditor(QWidget *parent)
+    : QWidget(parent)
+{
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    makeTextArea();
+    layout->addWidget(m_area, 1);
+    m_findBar = new FindBar(this);
+    m_findBar->hide();
+    layout->addWidget(m_findBar);
+    m_findController = new FindController(m_view, m_findBar, this, Qt::WidgetWithChildrenShortcut);
+    connect(m_view, &TextView::textDidChange, this, &CodeEditor::textChanged);
+    // Connected after the view: the view has updated the decoration when this slot is called.
+    connect(&m_storage, &TextStorage::changed, this, &CodeEditor::errorMarkChanged);
+    setFocusPolicy(Qt::StrongFocus);
+    setFocusProxy(m_view);
+    NotificationCenter::defaultCenter().addObserver(
+        UIWordingProfileDidChange, this, [this] { relabel(); });
+    relabel();
+}
+
+CodeEditor::~CodeEditor()
+{
+    // As children they would be destroyed after the storage and the decoration, which they use.
+    delete m_findController;
+    delete m_gutter;
+    delete m_view;
+}
+
+void CodeEditor::makeTextArea()
+{
+    m_area = new QWidget(this);
+    auto *layout = new QHBoxLayout(m_area);
+    layout->setContentsMargins(kFrame, kFrame, kFrame, kFrame);
+    layout->setSpacing(0);
+    m_view = new TextView(&m_storage, editorFont(kFontSize), m_area);
+    m_view->setDecoration(&m_decoration);
+    m_view->installEventFilter(this);
+    m_gutter = new LineNumberGutter(m_view, m_area);
+    m_gutter->setFont(m_view->font());
+    m_gutter->updateWidth();
+    layout->addWidget(m_gutter);
+    layout->addWidget(m_view, 1);
+}
+
+void CodeEditor::relabel()
+{
+    setAccessibleDescription(
+        wording::text(u"macro.manage.codeKeys"_s,
+                      u"Tab で字下げします。次の項目へは Ctrl+Tab、前の項目へは Shift+Tab で"
+                      u"移動します。"_s));
+}
+
+QString CodeEditor::text() const
+{
+    return m_storage.text().toString();
+}
+
+void CodeEditor::setText(const QString &text)
+{
+    m_view->setString(Text(QStringView(text)));
+}
+
+void CodeEditor::markErrorLine(int line)
+{
+    if (line < 1) {
+        clearErrorMark();
+        return;
+    }
+    const qint64 last = m_storage.text().metrics().lineFeeds;
+    const qint64 number = std::min<qint64>(line - 1, last);
+    m_decoration.setErrorLine(number);
+    m_view->scrollTo(m_storage.text().offsetAfterLineFeed(number));
+    errorMarkChanged();
+}
+
+void CodeEditor::clearErrorMark()
+{
+    m_decoration.setErrorLine(std::nullopt);
+    errorMarkChanged();
+}
+
+int CodeEditor::errorLine() const
+{
+    return static_cast<int>(m_decoration.errorLine().value_or(-1) + 1);
+}
+
+void CodeEditor::errorMarkChanged()
+{
+    m_gutter->setErrorLine(m_decoration.errorLine());
+    m_view->viewport()->update();
+}
+
+QSize CodeEditor::sizeHint() const
+{
+    constexpr int kColumns = 60;
+    constexpr int kRows = 12;
+    const QFontMetrics metrics(m_view->font());
+    return {kColumns * metrics.horizontalAdvance(u'0'), kRows * metrics.height()};
+}
+
+void CodeEditor::undo()
+{
+    m_view->undo();
+}
+
+void CodeEditor::redo()
+{
+    m_view->redo();
+}
+
+bool CodeEditor::apply(const std::optional<indentation::Edit> &edit)
+{
+    if (!edit)
+        return false;
+    const Text replacement{QStringView(edit->replacement)};
+    m_storage.beginUndoGrouping(); // The undo step includes the selection.
+    m_view->shouldChangeText(edit->range, replacement);
+    m_view->replaceCharacters(edit->range, replacement);
+    m_view->setSelectedRange(edit->selection);
+    m_storage.endUndoGrouping();
+    m_view->didChangeText();
+    return true;
+}
+
+bool CodeEditor::handleKey(const QKeyEvent &event)
+{
+    const Text &text = m_storage.text();
+    const TextRange selection = m_view->selectedRange();
+    if (isForNextField(event) || isForPreviousField(event)) {
+        focusNextPrevChild(isForNextField(event));
+        return true;
+    }
+    // While an input method is composing, the view handles the keys.
+    if (m_view->hasMarkedText())
+        return false;
+    if (isEnter(event)) {
+        return apply(indentation::lineBreak(
+            text, selection, [this](qint64 offset) { return m_decoration.isPunctuation(offset); }));
+    }
+    if (isKey(event, Qt::Key_Tab, Qt::NoModifier))
+        return apply(indentation::tab(text, selection));
+    if (isKey(event, Qt::Key_BracketRight, Qt::ControlModifier))
+        return apply(indentation::indent(text, selection));
+    if (isKey(event, Qt::Key_BracketLeft, Qt::ControlModifier)) {
+        static_cast<void>(apply(indentation::unindent(text, selection)));
+        return true;
+    }
+    return event.text() == u"}" && apply(indentation::closingBrace(text, selection));
+}
+
+bool CodeEditor::eventFilter(QObject *object, QEvent *event)
+{
+    if (object != m_view)
+        return QWidget::eventFilter(object, event);
+    switch (event->type()) {
+    case QEvent::ShortcutOverride: {
+        const auto &key = *static_cast<QKeyEvent *>(event);
+        if (isForNextField(key) || isForPreviousField(key) || isForLevels(key))
+            event->accept(); // Before a shortcut of the window takes it.
+        break;
+    }
+    case QEvent::KeyPress:
+        if (handleKey(*static_cast<QKeyEvent *>(event)))
+            return true;
+        break;
+    case QEvent::FocusIn:
+    case QEvent::FocusOut:
+        update();
+        break;
+    default:
+        break;
+    }
+    return QWidget::eventFilter(object, event);
+}
+
+void CodeEditor::keyPressEvent(QKeyEvent *event)
+{
+    // The text view ignores Escape, so that it arrives here.
+    const bool isEscape = isKey(*event, Qt::Key_Escape, Qt::NoModifier);
+    if (!isEscape || !m_findController->close())
+        QWidget::keyPressEvent(event);
+}
+
+void CodeEditor::paintEvent(QPaintEvent *event)
+{
+    Q_UNUSED(event)
+    const bool hasFocus = m_view->hasFocus();
+    QColor edge = palette().color(hasFocus ? QPalette::Highlight : QPalette::WindowText);
+    if (!hasFocus)
+        edge.setAlphaF(0.25F);
+    const qreal width = hasFocus ? 2 : 1;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(edge, width));
+    painter.setBrush(palette().color(QPalette::Base));
+    const qreal inset = width / 2;
+    painter.drawRoundedRect(
+        QRectF(m_area->geometry()).adjusted(inset, inset, -inset, -inset), kRadius, kRadius);
+}
+
+} // namespace penwick

@@ -1,0 +1,43 @@
+#include "platform/desktop/SystemFonts.h"
+
+#include <fontconfig/fontconfig.h>
+#include <memory>
+
+namespace penwick {
+
+namespace {
+
+using Pattern = std::unique_ptr<FcPattern, decltype(&FcPatternDestroy)>;
+
+const FcChar8 *bytesOf(const QByteArray &string)
+{
+    return reinterpret_cast<const FcChar8 *>(string.constData());
+}
+
+} // namespace
+
+FontPreparation::FontPreparation()
+    : m_thread([] { FcInit(); })
+{
+}
+
+FontPreparation::~FontPreparation()
+{
+    m_thread.join();
+}
+
+QString fontFamilyBehind(const QString &family)
+{
+    const Pattern pattern(FcPatternCreate(), &FcPatternDestroy);
+    FcPatternAddString(pattern.get(), FC_FAMILY, bytesOf(family.toUtf8()));
+    FcConfigSubstitute(nullptr, pattern.get(), FcMatchPattern);
+    FcDefaultSubstitute(pattern.get());
+    FcResult result = FcResultNoMatch;
+    const Pattern match(FcFontMatch(nullptr, pattern.get(), &result), &FcPatternDestroy);
+    FcChar8 *name = nullptr;
+    if (match == nullptr || FcPatternGetString(match.get(), FC_FAMILY, 0, &name) != FcResultMatch)
+        return {};
+    return QString::fromUtf8(reinterpret_cast<const char *>(name));
+}
+
+} // namespace penwick

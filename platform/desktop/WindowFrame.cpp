@@ -1,0 +1,116 @@
+#include "platform/desktop/WindowFrame.h"
+
+#include <QBasicTimer>
+#include <QEvent>
+#include <QHash>
+#include <QPointer>
+#include <QScreen>
+#include <QTimerEvent>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int kSaveDelayMs = 300;
+
+/// Saves the frame of one window under a name. It is a child of that window.
+class FrameKeeper final : public QObject
+{
+public:
+    FrameKeeper(QWidget *window, QString name, UserDefaults &defaults)
+        : QObject(window)
+        , m_window(window)
+        , m_name(std::move(name))
+        , m_key(u"windowFrame."_s + m_name)
+        , m_defaults(defaults)
+        , m_saved(defaults.bytes(m_key))
+    {
+        if (!m_saved.isEmpty())
+            m_window->restoreGeometry(m_saved);
+        m_window->installEventFilter(this);
+    }
+
+    static QHash<QString, QPointer<FrameKeeper>> &holders()
+    {
+        static QHash<QString, QPointer<FrameKeeper>> holdersByName;
+        return holdersByName;
+    }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        switch (event->type()) {
+        case QEvent::Move:
+        case QEvent::Resize:
+            // A drag sends hundreds of these events, and each save writes a file: the save is
+            // debounced.
+            if (m_window->isVisible())
+                m_saveTimer.start(kSaveDelayMs, this);
+            break;
+        case QEvent::Close:
+            save();
+            break;
+        case QEvent::Hide:
+            if (!event->spontaneous())
+                release();
+            break;
+        default:
+            break;
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+protected:
+    void timerEvent(QTimerEvent *event) override
+    {
+        if (event->timerId() == m_saveTimer.timerId())
+            save();
+    }
+
+private:
+    void save()
+    {
+        m_saveTimer.stop();
+        const QByteArray frame = m_window->saveGeometry();
+        if (frame != m_saved && m_defaults.setBytes(m_key, frame))
+            m_saved = frame;
+    }
+
+    // Stops watching the window, which may still exist, and frees its name.
+    void release()
+    {
+        if (m_saveTimer.isActive())
+            save();
+        m_window->removeEventFilter(this);
+        holders().remove(m_name);
+    }
+
+    QWidget *m_window;
+    QString m_name;
+    QString m_key;
+    UserDefaults &m_defaults;
+    QByteArray m_saved;
+    QBasicTimer m_saveTimer;
+};
+
+} // namespace
+
+bool setFrameAutosaveName(QWidget *window, const QString &name, UserDefaults &defaults)
+{
+    auto &holders = FrameKeeper::holders();
+    if (!holders.value(name).isNull())
+        return false;
+    holders.insert(name, new FrameKeeper(window, name, defaults));
+    return true;
+}
+
+void centerWindow(QWidget *window)
+{
+    const QRect available = window->screen()->availableGeometry();
+    QRect frame = window->frameGeometry();
+    frame.moveCenter(available.center());
+    window->move(frame.topLeft());
+}
+
+} // namespace penwick

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/settings/UserDefaults.h"
+
+#include <QString>
+#include <QWidget>
+
+namespace penwick {
+
+/// Restores the position and size that the last window of this name had, and stores them for the
+/// next one, whenever they change and when the window closes. If none are stored under the name,
+/// the window stays as it is.
+///
+/// Returns false, and does nothing, while another open window uses the name; hiding or closing a
+/// window frees its name.
+/// \param window a top-level window that is not shown yet.
+/// \param defaults not owned; must outlive the window.
+[[nodiscard]] bool
+setFrameAutosaveName(QWidget *window, const QString &name, UserDefaults &defaults);
+
+/// Centers the window on its screen.
+void centerWindow(QWidget *window);
+
+} // namespace penwick

@@ -1,0 +1,195 @@
+#include "platform/files/TemporaryFile.h"
+
+#include <QCryptographicHash>
+
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/utsname.h>
+#include <utility>
+
+namespace penwick {
+
+namespace {
+
+/// The number of names per target. Two are enough unless several processes save one file at once.
+constexpr int kSlots = 8;
+
+tl::unexpected<FileError> systemError()
+{
+    return tl::unexpected(FileError::fromErrno(errno));
+}
+
+/// The temporary path for a slot. The name has a fixed length, so that it is valid even for a
+/// target with the longest possible name.
+QByteArray slotPath(const QByteArray &target, int slot)
+{
+    constexpr qsizetype kDigestBytes = 8;
+    const QByteArray name = target.mid(folderOf(target).size());
+    return folderOf(target) + ".penwick-" + digestOf(name, kDigestBytes) + '-' +
+           QByteArray::number(slot) + ".tmp";
+}
+
+/// Removes the file at `path` if its writer is gone. True when the name is free.
+bool clear(const QByteArray &path)
+{
+    const FileDescriptor held = openAbandoned(path);
+    if (!held.isOpen())
+        return errno == ENOENT;
+    // No other writer can have taken the name: it is still in use, and only the lock holder frees
+    // it.
+    return ::unlink(path.constData()) == 0;
+}
+
+} // namespace
+
+QByteArray folderOf(const QByteArray &path)
+{
+    const qsizetype slash = path.lastIndexOf('/');
+    return slash < 0 ? QByteArray("./") : path.left(slash + 1);
+}
+
+QByteArray digestOf(const QByteArray &text, qsizetype bytes)
+{
+    struct utsname machine = {};
+    ::uname(&machine);
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    hash.addData(QByteArray(machine.nodename));
+    hash.addData(QByteArrayView("/"));
+    hash.addData(text);
+    return hash.result().left(bytes).toHex();
+}
+
+FileDescriptor openAbandoned(const QByteArray &path)
+{
+    FileDescriptor file(uninterrupted(
+        [&] { return ::open(path.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC); }));
+    if (!file.isOpen() ||
+        uninterrupted([&] { return ::flock(file.get(), LOCK_EX | LOCK_NB); }) != 0)
+        return FileDescriptor();
+    // Between opening and locking, the writer may have moved the file to its target and exited.
+    struct stat opened = {};
+    struct stat present = {};
+    if (::fstat(file.get(), &opened) != 0 || ::lstat(path.constData(), &present) != 0)
+        return FileDescriptor();
+    if (opened.st_ino == present.st_ino && opened.st_dev == present.st_dev &&
+        S_ISREG(opened.st_mode))
+        return file;
+    errno = EBUSY;
+    return FileDescriptor();
+}
+
+TemporaryFile::TemporaryFile(QByteArray target)
+    : m_target(std::move(target))
+{
+}
+
+TemporaryFile::~TemporaryFile()
+{
+    if (!m_path.isEmpty())
+        ::unlink(m_path.constData());
+}
+
+tl::expected<void, FileError> TemporaryFile::create(mode_t mode, Name name)
+{
+    if (name == Name::None && createUnnamed(mode))
+        return {};
+    // If an unnamed file could not be created, the attempt to create a named one determines the
+    // error.
+    for (int slot = 0; slot < kSlots; ++slot) {
+        if (createNamed(mode, slot))
+            return {};
+        if (errno != EEXIST)
+            break;
+    }
+    return systemError();
+}
+
+bool TemporaryFile::createUnnamed(mode_t mode)
+{
+    m_file = FileDescriptor(uninterrupted([&] {
+        return ::open(folderOf(m_target).constData(), O_RDWR | O_TMPFILE | O_CLOEXEC, mode);
+    }));
+    if (!m_file.isOpen())
+        return false;
+    // No other process can hold the lock. On a file system without locks this fails, but no process
+    // removes leftovers there either.
+    uninterrupted([&] { return ::flock(m_file.get(), LOCK_EX | LOCK_NB); });
+    return true;
+}
+
+/// False, with `errno` set, on failure: EEXIST when another slot may succeed.
+bool TemporaryFile::createNamed(mode_t mode, int slot)
+{
+    const QByteArray path = slotPath(m_target, slot);
+    const auto open = [&] {
+        return FileDescriptor(uninterrupted(
+            [&] { return ::open(path.constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode); }));
+    };
+    FileDescriptor file = open();
+    if (!file.isOpen() && errno == EEXIST && clear(path))
+        file = open();
+    if (!file.isOpen())
+        return false;
+    // Before the lock was taken, another process may have treated the file as abandoned and removed
+    // it.
+    const int locked = uninterrupted([&] { return ::flock(file.get(), LOCK_EX | LOCK_NB); });
+    struct stat status = {};
+    const bool isLost = (locked != 0 && errno == EWOULDBLOCK) ||
+                        (::fstat(file.get(), &status) == 0 && status.st_nlink == 0);
+    if (isLost) {
+        errno = EEXIST;
+        return false;
+    }
+    m_file = std::move(file);
+    m_path = path;
+    return true;
+}
+
+tl::expected<void, FileError> TemporaryFile::takeName()
+{
+    if (hasName())
+        return {};
+    const QByteArray open = "/proc/self/fd/" + QByteArray::number(m_file.get());
+    for (int slot = 0; slot < kSlots; ++slot) {
+        const QByteArray path = slotPath(m_target, slot);
+        if (::linkat(AT_FDCWD, open.constData(), AT_FDCWD, path.constData(), AT_SYMLINK_FOLLOW) ==
+            0) {
+            m_path = path;
+            return {};
+        }
+        if (errno != EEXIST)
+            break;
+    }
+    return systemError();
+}
+
+tl::expected<void, FileError> TemporaryFile::replaceTarget()
+{
+    if (std::rename(m_path.constData(), m_target.constData()) != 0)
+        return systemError();
+    m_path.clear();
+    return {};
+}
+
+tl::expected<void, FileError> TemporaryFile::moveToFreePlace(const QByteArray &path)
+{
+    int moved =
+        ::renameat2(AT_FDCWD, m_path.constData(), AT_FDCWD, path.constData(), RENAME_NOREPLACE);
+    // Some file systems do not support RENAME_NOREPLACE; then check and rename are two steps.
+    if (moved != 0 && errno == EINVAL && ::access(path.constData(), F_OK) != 0)
+        moved = std::rename(m_path.constData(), path.constData());
+    if (moved != 0)
+        return systemError();
+    m_path.clear();
+    return {};
+}
+
+void TemporaryFile::removeLeftovers(const QByteArray &target)
+{
+    for (int slot = 0; slot < kSlots; ++slot)
+        clear(slotPath(target, slot));
+}
+
+} // namespace penwick

@@ -1,0 +1,112 @@
+#include "platform/process/StandardOutput.h"
+
+#include "platform/files/FileDescriptor.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <poll.h>
+#include <unistd.h>
+
+namespace penwick {
+
+namespace {
+
+/// A standard stream. `isStuck` is set when the last attempt timed out: later attempts do not wait
+/// until the stream takes output again.
+struct Stream
+{
+    int descriptor;
+    std::atomic<bool> isStuck = false;
+};
+
+bool isReady(Stream &stream)
+{
+    constexpr int kWriteTimeoutMs = 100;
+    ::pollfd waited{stream.descriptor, POLLOUT, 0};
+    int answer = -1;
+    do {
+        answer = ::poll(&waited, 1, stream.isStuck ? 0 : kWriteTimeoutMs);
+    } while (answer < 0 && errno == EINTR);
+    const bool ready = answer == 1 && (waited.revents & POLLOUT) != 0;
+    stream.isStuck = !ready;
+    return ready;
+}
+
+// Writes in portions that a ready pipe takes without blocking.
+void write(Stream &stream, QByteArrayView bytes)
+{
+    while (!bytes.isEmpty() && isReady(stream)) {
+        const auto portion = static_cast<std::size_t>(std::min<qsizetype>(bytes.size(), PIPE_BUF));
+        const ::ssize_t written = ::write(stream.descriptor, bytes.data(), portion);
+        if (written < 0 && errno != EINTR)
+            return;
+        bytes = bytes.sliced(std::max<qsizetype>(0, written));
+    }
+}
+
+/// Writes to standard output and returns the number of bytes taken, or -1 on failure. Returns 0
+/// after it waited for a stream that was full.
+::ssize_t writeSome(QByteArrayView bytes)
+{
+    const auto written = uninterrupted([&] {
+        return ::write(STDOUT_FILENO, bytes.data(), static_cast<std::size_t>(bytes.size()));
+    });
+    if (written >= 0 || (errno != EAGAIN && errno != EWOULDBLOCK))
+        return written;
+    ::pollfd waited{STDOUT_FILENO, POLLOUT, 0};
+    static_cast<void>(uninterrupted([&] { return ::poll(&waited, 1, -1); }));
+    return 0;
+}
+
+QString withVisibleControls(QString text)
+{
+    constexpr char16_t kControlPictures = 0x2400;
+    for (QChar &c : text) {
+        if (c == u'\n' || c == u'\t')
+            continue;
+        if (c < u' ')
+            c = QChar(static_cast<char16_t>(kControlPictures + c.unicode()));
+        else if (c >= u'\u007F' && c < u'\u00A0')
+            c = QChar::ReplacementCharacter;
+    }
+    return text;
+}
+
+} // namespace
+
+tl::expected<void, FileError> writeAnswer(QByteArrayView bytes)
+{
+    std::fflush(stdout);
+    while (!bytes.isEmpty()) {
+        const auto written = writeSome(bytes);
+        if (written < 0)
+            return tl::unexpected(FileError::fromErrno(errno));
+        bytes = bytes.sliced(written);
+    }
+    return {};
+}
+
+void printLine(QStringView text)
+{
+    static Stream stream{STDOUT_FILENO};
+    std::fflush(stdout);
+    QByteArray line = text.toUtf8();
+    write(stream, line.replace('\n', ' ').replace('\r', ' ').append('\n'));
+}
+
+void writeErrorLine(QStringView text)
+{
+    static Stream stream{STDERR_FILENO};
+    const bool isTerminal = ::isatty(stream.descriptor) == 1;
+    const QByteArray line =
+        isTerminal ? withVisibleControls(text.toString()).toUtf8() : text.toUtf8();
+    write(stream, line + '\n');
+}
+
+} // namespace penwick

@@ -1,0 +1,106 @@
+#include "platform/settings/UserDefaults.h"
+
+#include "platform/files/ApplicationSupport.h"
+#include "platform/files/FileSystem.h"
+
+#include <QFileInfo>
+
+namespace penwick {
+
+UserDefaults::UserDefaults(const QString &filePath)
+    : m_settings(filePath, QSettings::IniFormat)
+    , m_lock(QFileInfo(filePath).path())
+{
+}
+
+UserDefaults &UserDefaults::standard()
+{
+    // Never destroyed: windows that close during exit still store their frames.
+    static auto *const defaults = new UserDefaults(ApplicationSupport::configurationFilePath());
+    return *defaults;
+}
+
+bool UserDefaults::contains(const QString &key) const
+{
+    return value(key).isValid();
+}
+
+std::optional<QString> UserDefaults::string(const QString &key) const
+{
+    const QVariant found = value(key);
+    return found.isValid() ? std::optional(found.toString()) : std::nullopt;
+}
+
+bool UserDefaults::boolean(const QString &key) const
+{
+    return value(key).toBool();
+}
+
+QByteArray UserDefaults::bytes(const QString &key) const
+{
+    return value(key).toByteArray();
+}
+
+QVariant UserDefaults::value(const QString &key) const
+{
+    const auto kept = m_kept.constFind(key);
+    return kept != m_kept.cend() ? *kept : m_settings.value(key);
+}
+
+bool UserDefaults::setString(const QString &key, const QString &value)
+{
+    return write(key, value);
+}
+
+bool UserDefaults::setBoolean(const QString &key, bool value)
+{
+    return write(key, value);
+}
+
+bool UserDefaults::setBytes(const QString &key, const QByteArray &value)
+{
+    return write(key, value);
+}
+
+bool UserDefaults::remove(const QString &key)
+{
+    return write(key, {});
+}
+
+/// Takes the lock of the settings' folder, which is created if it is missing. QSettings has its own
+/// lock, but would wait half a minute for a process that hangs.
+tl::expected<StoreLock::Holder, FileError> UserDefaults::lock()
+{
+    auto lock = m_lock.take();
+    if (!lock && lock.error().kind == FileError::Kind::NotFound &&
+        createFolder(QFileInfo(m_settings.fileName()).path()))
+        return m_lock.take();
+    return lock;
+}
+
+bool UserDefaults::write(const QString &key, const QVariant &value)
+{
+    const auto held = lock();
+    if (!held && held.error().kind == FileError::Kind::Locked) {
+        m_kept.insert(key, value);
+        return false;
+    }
+    m_kept.remove(key);
+    // Another process may have stored another value in the meantime.
+    const bool isInStep = sync();
+    if (isInStep && m_settings.value(key) == value)
+        return true;
+    if (value.isValid())
+        m_settings.setValue(key, value);
+    else
+        m_settings.remove(key);
+    return sync();
+}
+
+bool UserDefaults::sync()
+{
+    m_settings.sync();
+    return m_settings.status() == QSettings::NoError;
+}
+
+} // namespace penwick

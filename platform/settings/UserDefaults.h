@@ -1,0 +1,54 @@
+#pragma once
+
+#include "platform/files/StoreLock.h"
+
+#include <QByteArray>
+#include <QHash>
+#include <QSettings>
+#include <QString>
+#include <QVariant>
+
+#include <optional>
+
+namespace penwick {
+
+/// A key/value store for the user's settings in one INI file. Every change is written to the file
+/// before the call returns. Use it from the main thread. Keys are case-sensitive.
+class UserDefaults final
+{
+public:
+    /// \param filePath absolute; the file and its folder need not exist yet.
+    explicit UserDefaults(const QString &filePath);
+
+    /// The application's store, in `ApplicationSupport::configurationFilePath()`. Created on first
+    /// use, lives until the process ends.
+    [[nodiscard]] static UserDefaults &standard();
+
+    [[nodiscard]] bool contains(const QString &key) const;
+
+    /// Returns std::nullopt when the key is not stored.
+    [[nodiscard]] std::optional<QString> string(const QString &key) const;
+    /// Returns the value as QVariant converts it; false when the key is not stored.
+    [[nodiscard]] bool boolean(const QString &key) const;
+    /// Empty when the key is not stored.
+    [[nodiscard]] QByteArray bytes(const QString &key) const;
+
+    /// Each of these returns false when the file could not be written; the new value is then kept
+    /// in memory until the process ends. Setting the stored value again leaves the file untouched.
+    bool setString(const QString &key, const QString &value);
+    bool setBoolean(const QString &key, bool value);
+    bool setBytes(const QString &key, const QByteArray &value);
+    bool remove(const QString &key);
+
+private:
+    [[nodiscard]] QVariant value(const QString &key) const;
+    [[nodiscard]] tl::expected<StoreLock::Holder, FileError> lock();
+    bool write(const QString &key, const QVariant &value);
+    bool sync();
+
+    QSettings m_settings;
+    StoreLock m_lock;
+    QHash<QString, QVariant> m_kept; // Values that could not be stored; invalid for a removed key.
+};
+
+} // namespace penwick

@@ -1,0 +1,175 @@
+#include "platform/desktop/WindowFrame.h"
+
+#include "support/TemporaryHome.h"
+
+#include <QScreen>
+#include <QTest>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace penwick {
+
+namespace {
+
+// The screen of the offscreen platform measures 800 by 800.
+const QRect kPlace(40, 60, 300, 200);
+const QRect kOtherPlace(90, 120, 410, 320);
+
+std::unique_ptr<QWidget> windowAt(const QRect &place)
+{
+    auto window = std::make_unique<QWidget>();
+    window->setGeometry(place);
+    return window;
+}
+
+} // namespace
+
+class WindowFrameTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void name_neverUsed_leavesTheWindow();
+    void name_usedBefore_bringsTheFrameBack();
+    void name_usedInAnEarlierProcess_bringsTheFrameBack();
+    void name_ofAnOpenWindow_isRefused();
+    void name_ofAWindowThatWasNeverShown_isFreeOnceItIsGone();
+    void name_ofAClosedWindow_isFree();
+    void frame_changedWhileShown_isSavedWithoutClosing();
+    void frame_changedAfterClosing_isNotSaved();
+    void frame_unreadable_leavesTheWindow();
+    void center_ofAScreen_isTheMiddle();
+
+private:
+    test::TemporaryHome m_home;
+    std::unique_ptr<UserDefaults> m_defaults;
+    int m_count = 0;
+};
+
+void WindowFrameTest::init()
+{
+    m_defaults = std::make_unique<UserDefaults>(m_home.file(u"%1.ini"_s.arg(++m_count)));
+}
+
+void WindowFrameTest::name_neverUsed_leavesTheWindow()
+{
+    const auto window = windowAt(kPlace);
+    QVERIFY(setFrameAutosaveName(window.get(), u"W"_s, *m_defaults));
+    QCOMPARE(window->geometry(), kPlace);
+}
+
+void WindowFrameTest::name_usedBefore_bringsTheFrameBack()
+{
+    auto first = windowAt(kPlace);
+    QVERIFY(setFrameAutosaveName(first.get(), u"W"_s, *m_defaults));
+    first->show();
+    first->setGeometry(kOtherPlace);
+    first->close();
+
+    const auto second = windowAt(kPlace);
+    QVERIFY(setFrameAutosaveName(second.get(), u"W"_s, *m_defaults));
+    QCOMPARE(second->geometry(), kOtherPlace);
+
+    const auto stranger = windowAt(kPlace);
+    QVERIFY(setFrameAutosaveName(stranger.get(), u"V"_s, *m_defaults));
+    QCOMPARE(stranger->geometry(), kPlace);
+}
+
+void WindowFrameTest::name_usedInAnEarlierProcess_bringsTheFrameBack()
+{
+    const QString file = m_home.file(u"earlier.ini"_s);
+    {
+        UserDefaults defaults(file);
+        const auto window = windowAt(kOtherPlace);
+        QVERIFY(setFrameAutosaveName(window.get(), u"W"_s, defaults));
+        window->show();
+        window->close();
+    }
+    UserDefaults defaults(file);
+    const auto window = windowAt(kPlace);
+    QVERIFY(setFrameAutosaveName(window.get(), u"W"_s, defaults));
+    QCOMPARE(window->geometry(), kOtherPlace);
+}
+
+void WindowFrameTest::name_ofAnOpenWindow_isRefused()
+{
+    const auto first = windowAt(kPlace);
+    QVERIFY(setFrameAutosaveName(first.get(), u"W"_s, *m_defaults));
+    first->show();
+    const auto second = windowAt(kOtherPlace);
+    QVERIFY(!setFrameAutosaveName(second.get(), u"W"_s, *m_defaults));
+    QCOMPARE(second->geometry(), kOtherPlace);
+    second->show();
+    second->close();
+    QVERIFY(!setFrameAutosaveName(second.get(), u"W"_s, *m_defaults));
+}
+
+void WindowFrameTest::name_ofAWindowThatWasNeverShown_isFreeOnceItIsGone()
+{
+    auto first = windowAt(kPlace);
+    QVERIFY(setFrameAutosaveName(first.get(), u"W"_s, *m_defaults));
+    const auto second = windowAt(kPlace);
+    QVERIFY(!setFrameAutosaveName(second.get(), u"W"_s, *m_defaults));
+    first.reset();
+    QVERIFY(setFrameAutosaveName(second.get(), u"W"_s, *m_defaults));
+}
+
+void WindowFrameTest::name_ofAClosedWindow_isFree()
+{
+    const auto first = windowAt(kPlace);
+    QVERIFY(setFrameAutosaveName(first.get(), u"W"_s, *m_defaults));
+    first->show();
+    first->close();
+    const auto second = windowAt(kPlace);
+    QVERIFY(setFrameAutosaveName(second.get(), u"W"_s, *m_defaults));
+}
+
+void WindowFrameTest::frame_changedWhileShown_isSavedWithoutClosing()
+{
+    const auto window = windowAt(kPlace);
+    QVERIFY(setFrameAutosaveName(window.get(), u"W"_s, *m_defaults));
+    window->show();
+    window->setGeometry(kOtherPlace);
+    QTRY_COMPARE(m_defaults->bytes(u"windowFrame.W"_s), window->saveGeometry());
+}
+
+void WindowFrameTest::frame_changedAfterClosing_isNotSaved()
+{
+    const auto window = windowAt(kPlace);
+    QVERIFY(setFrameAutosaveName(window.get(), u"W"_s, *m_defaults));
+    window->show();
+    window->close();
+    const QByteArray saved = m_defaults->bytes(u"windowFrame.W"_s);
+    QVERIFY(!saved.isEmpty());
+    window->show();
+    window->setGeometry(kOtherPlace);
+    window->close();
+    QCOMPARE(m_defaults->bytes(u"windowFrame.W"_s), saved);
+}
+
+void WindowFrameTest::frame_unreadable_leavesTheWindow()
+{
+    QVERIFY(m_defaults->setBytes(u"windowFrame.W"_s, "not a frame"));
+    const auto window = windowAt(kPlace);
+    QVERIFY(setFrameAutosaveName(window.get(), u"W"_s, *m_defaults));
+    QCOMPARE(window->geometry(), kPlace);
+}
+
+void WindowFrameTest::center_ofAScreen_isTheMiddle()
+{
+    const auto window = windowAt(kPlace);
+    centerWindow(window.get());
+    const QPoint distance =
+        window->frameGeometry().center() - window->screen()->availableGeometry().center();
+    QVERIFY(distance.manhattanLength() <= 2);
+    QCOMPARE(window->size(), kPlace.size());
+}
+
+} // namespace penwick
+
+QTEST_MAIN(penwick::WindowFrameTest)
+#include "WindowFrameTest.moc"

@@ -1,0 +1,111 @@
+#include "window/MainEditorView.h"
+
+#include "view/TextView.h"
+#include "window/StatusBarView.h"
+#include "window/TextViewRepresentable.h"
+
+#include <QFontInfo>
+#include <QTest>
+#include <QVBoxLayout>
+
+using namespace penwick;
+using namespace Qt::StringLiterals;
+
+class MainEditorViewTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void layout_topToBottom_isTextDividerStatusBar();
+    void textView_made_hasStateTextFontAndFocus();
+    void openedText_isCountedInALaterTurn();
+    void documentGone_beforeTheView_isHarmless();
+    void windowClosed_whileUpdatesAreQueued_writesNothing();
+    void escape_leftOverByTheText_dismissesTheMessage();
+};
+
+void MainEditorViewTest::layout_topToBottom_isTextDividerStatusBar()
+{
+    DocumentState state;
+    TextDocument document;
+    const MainEditorView view(&state, &document);
+    QCOMPARE(view.layout()->count(), 3);
+    QCOMPARE(view.layout()->itemAt(0)->widget(), view.textViewRepresentable());
+    const auto *divider = qobject_cast<QFrame *>(view.layout()->itemAt(1)->widget());
+    QVERIFY(divider != nullptr);
+    QCOMPARE(divider->frameShape(), QFrame::HLine);
+    QCOMPARE(view.layout()->itemAt(2)->widget(), view.statusBarView());
+    QCOMPARE(view.layout()->spacing(), 0);
+    QCOMPARE(view.layout()->contentsMargins(), QMargins());
+}
+
+void MainEditorViewTest::textView_made_hasStateTextFontAndFocus()
+{
+    DocumentState state;
+    state.setText(Text(u"hello"));
+    TextDocument document;
+    MainEditorView view(&state, &document);
+    view.resize(600, 400);
+    view.show();
+    view.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&view));
+    QCOMPARE(view.textView()->string().toString(), u"hello"_s);
+    QCOMPARE(view.textView()->textStorage(), document.textStorage());
+    QCOMPARE(view.textView()->font().pointSizeF(), 14.0);
+    QVERIFY(!document.isEdited());
+    QVERIFY(!document.textStorage()->canUndo());
+    QTRY_VERIFY(view.textView()->hasFocus());
+    QCOMPARE(view.textView()->width(), 600);
+}
+
+void MainEditorViewTest::openedText_isCountedInALaterTurn()
+{
+    DocumentState state;
+    state.setText(Text(u"日本\r\n語"));
+    TextDocument document;
+    const MainEditorView view(&state, &document);
+    QCOMPARE(state.characterCount(), 0);
+    QCOMPARE(state.cursorColumn(), 1);
+    QCoreApplication::processEvents();
+    QCOMPARE(state.characterCount(), 4);
+    QCOMPARE(state.lineCount(), 3);
+    QCOMPARE(state.cursorLine(), 1);
+    QCOMPARE(state.cursorColumn(), 0);
+    QVERIFY(!document.isEdited());
+}
+
+void MainEditorViewTest::documentGone_beforeTheView_isHarmless()
+{
+    DocumentState state;
+    auto document = std::make_unique<TextDocument>();
+    MainEditorView view(&state, document.get());
+    document.reset();
+    QTest::keyClicks(view.textView(), u"x"_s);
+    QCoreApplication::processEvents();
+    QCOMPARE(state.text().toString(), u"x"_s);
+}
+
+void MainEditorViewTest::windowClosed_whileUpdatesAreQueued_writesNothing()
+{
+    DocumentState state;
+    TextDocument document;
+    auto view = std::make_unique<MainEditorView>(&state, &document);
+    QTest::keyClicks(view->textView(), u"x"_s);
+    view.reset();
+    QCoreApplication::processEvents();
+    QVERIFY(state.text().isEmpty());
+    QVERIFY(document.contentString().isEmpty());
+}
+
+void MainEditorViewTest::escape_leftOverByTheText_dismissesTheMessage()
+{
+    DocumentState state;
+    TextDocument document;
+    MainEditorView view(&state, &document);
+    state.setMacroNotificationMessage(u"完了"_s);
+    QTest::keyClick(view.textView(), Qt::Key_Escape);
+    QVERIFY(!state.macroNotificationMessage().has_value());
+}
+
+QTEST_MAIN(MainEditorViewTest)
+#include "MainEditorViewTest.moc"

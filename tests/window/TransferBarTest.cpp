@@ -1,0 +1,183 @@
+#include "window/TransferBar.h"
+
+#include "support/HugeText.h"
+#include "window/LoadingView.h"
+
+#include <QLabel>
+#include <QProgressBar>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QToolButton>
+
+using namespace penwick;
+using namespace Qt::StringLiterals;
+
+/// Tests of the bar in a window of its own. The event loop delivers the end of a transfer, so a
+/// transfer is active until a test runs the event loop.
+class TransferBarTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void quickTransfer_fromStartToEnd_isNeverShown();
+    void quickTransfer_endedUnderAMessage_isNeverShown();
+    void longTransfer_lasting_isShownUntilItsEnd();
+    void reading_shown_saysSoWithProgressAndNames();
+    void writing_shown_saysSoWithProgressAndNames();
+    void stopButton_clicked_callsTheTransferOff();
+    void documentGone_whileShown_isHarmless();
+    void loadingView_escape_callsTheReadingOff();
+
+private:
+    [[nodiscard]] QString path(const QString &name) const { return m_folder->filePath(name); }
+
+    void startReading() const;
+
+    [[nodiscard]] QLabel *label() const { return m_bar->findChild<QLabel *>(u"transferLabel"_s); }
+
+    [[nodiscard]] QProgressBar *progress() const
+    {
+        return m_bar->findChild<QProgressBar *>(u"transferProgress"_s);
+    }
+
+    [[nodiscard]] QToolButton *button() const
+    {
+        return m_bar->findChild<QToolButton *>(u"transferCancel"_s);
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<TextDocument> m_document;
+    std::unique_ptr<TransferBar> m_bar;
+};
+
+void TransferBarTest::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    m_document = std::make_unique<TextDocument>();
+    m_bar = std::make_unique<TransferBar>(m_document.get());
+}
+
+void TransferBarTest::cleanup()
+{
+    m_bar.reset();
+    m_document.reset();
+}
+
+void TransferBarTest::startReading() const
+{
+    QFile file(path(u"a.txt"_s));
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write("abc") == 3);
+    file.close();
+    m_document->startReading(file.fileName());
+}
+
+void TransferBarTest::quickTransfer_fromStartToEnd_isNeverShown()
+{
+    const QSignalSpy ended(m_document.get(), &TextDocument::transferEnded);
+    startReading();
+    while (ended.isEmpty()) {
+        QVERIFY(m_bar->isHidden());
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    QVERIFY(m_bar->isHidden());
+    for (const QTimer *timer : m_bar->findChildren<QTimer *>())
+        QVERIFY(!timer->isActive());
+}
+
+void TransferBarTest::quickTransfer_endedUnderAMessage_isNeverShown()
+{
+    TextDocument document;
+    bool wasShown = false;
+    // A message runs a nested event loop, and its slot is called before the bar's.
+    connect(&document, &TextDocument::transferEnded, this, [&] {
+        QTest::qWait(300);
+        wasShown = m_bar->isVisible();
+    });
+    m_bar = std::make_unique<TransferBar>(&document);
+    const QSignalSpy ended(&document, &TextDocument::transferEnded);
+    document.startReading(path(u"missing.txt"_s));
+    QTRY_COMPARE(ended.count(), 1);
+    QVERIFY(!wasShown);
+    QVERIFY(!m_bar->isVisible());
+    m_bar.reset();
+}
+
+void TransferBarTest::longTransfer_lasting_isShownUntilItsEnd()
+{
+    m_document->setContentString(test::hugeText(3000));
+    m_document->startWriting(path(u"a.txt"_s));
+    QVERIFY(m_bar->isHidden());
+    QTRY_VERIFY(m_bar->isVisible());
+    QVERIFY(m_document->isWriting());
+    QTRY_VERIFY(progress()->value() > 0);
+    m_document->cancelTransfer();
+    QTRY_VERIFY(m_bar->isHidden());
+    QVERIFY(!m_document->isWriting());
+}
+
+void TransferBarTest::reading_shown_saysSoWithProgressAndNames()
+{
+    startReading();
+    m_bar->showAtOnce();
+    QVERIFY(m_bar->isVisible());
+    QVERIFY2(label()->text().startsWith(u"読み込み中… "_s), qPrintable(label()->text()));
+    QVERIFY(label()->text().endsWith(u" %"_s));
+    QCOMPARE(progress()->accessibleName(), u"読み込み中"_s);
+    QCOMPARE(button()->text(), u"中止"_s);
+    QCOMPARE(button()->accessibleName(), u"読み込みを中止"_s);
+    QVERIFY(progress()->value() <= 99);
+}
+
+void TransferBarTest::writing_shown_saysSoWithProgressAndNames()
+{
+    m_document->setContentString(Text(u"abc"));
+    m_document->startWriting(path(u"a.txt"_s));
+    m_bar->showAtOnce();
+    QVERIFY2(label()->text().startsWith(u"保存中… "_s), qPrintable(label()->text()));
+    QCOMPARE(progress()->accessibleName(), u"保存中"_s);
+    QCOMPARE(button()->accessibleName(), u"保存を中止"_s);
+}
+
+void TransferBarTest::stopButton_clicked_callsTheTransferOff()
+{
+    std::optional<DocumentError> error;
+    connect(m_document.get(),
+            &TextDocument::transferEnded,
+            this,
+            [&](TextDocument::Transfer /*transfer*/, const std::optional<DocumentError> &e) {
+                error = e;
+            });
+    startReading();
+    m_bar->showAtOnce();
+    button()->click();
+    QTRY_VERIFY(error.has_value());
+    QVERIFY(error->isCancellation());
+    QVERIFY(m_bar->isHidden());
+}
+
+void TransferBarTest::documentGone_whileShown_isHarmless()
+{
+    startReading();
+    m_bar->showAtOnce();
+    m_document.reset();
+    button()->click();
+    QCoreApplication::processEvents();
+    m_bar->showAtOnce();
+}
+
+void TransferBarTest::loadingView_escape_callsTheReadingOff()
+{
+    LoadingView view(m_document.get());
+    view.show();
+    startReading();
+    QTest::keyClick(&view, Qt::Key_Escape);
+    QTRY_VERIFY(!m_document->isReading());
+    QVERIFY(m_document->filePath().isEmpty());
+}
+
+QTEST_MAIN(TransferBarTest)
+#include "TransferBarTest.moc"

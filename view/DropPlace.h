@@ -1,0 +1,45 @@
+#pragma once
+
+#include "view/TextViewport.h"
+
+#include <QBasicTimer>
+#include <QObject>
+#include <QPointF>
+
+#include <functional>
+#include <optional>
+
+namespace penwick {
+
+/// The caret in a viewport at which the text of a drag would be dropped. Scrolls the viewport while
+/// the mouse is near its upper or lower edge.
+class DropPlace final : public QObject
+{
+public:
+    /// \param viewport not owned; must outlive this object.
+    /// \param changed called when the caret may have moved or the viewport has scrolled.
+    DropPlace(TextViewport *viewport, std::function<void()> changed);
+
+    /// Moves the caret to the place nearest to `point`, in a viewport `height` logical pixels high.
+    void moveTo(QPointF point, qreal height);
+    /// Removes the caret and stops scrolling. Call this when the drag leaves the viewport or ends.
+    void clear();
+
+    /// The caret, or none while no drag is over the viewport.
+    [[nodiscard]] std::optional<TextCaret> caret() const { return m_caret; }
+
+protected:
+    void timerEvent(QTimerEvent *event) override;
+
+private:
+    [[nodiscard]] qreal scrollDistance() const;
+
+    TextViewport *m_viewport;
+    std::function<void()> m_changed;
+    std::optional<TextCaret> m_caret;
+    QPointF m_point;
+    qreal m_height = 0;
+    QBasicTimer m_scrollTimer;
+};
+
+} // namespace penwick

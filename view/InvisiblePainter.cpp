@@ -1,0 +1,80 @@
+#include "view/InvisiblePainter.h"
+
+#include "view/InvisibleMarks.h"
+
+#include <algorithm>
+
+namespace penwick {
+
+InvisiblePainter::InvisiblePainter(QPainter &painter,
+                                   const TextLayoutStyle &style,
+                                   const QColor &plain,
+                                   const QColor &selected)
+    : m_painter(painter)
+    , m_style(style)
+    , m_plain(plain)
+    , m_selected(selected)
+{
+}
+
+QRectF InvisiblePainter::rowRect(int row, const Segment &segment) const
+{
+    return {segment.origin.x(),
+            segment.origin.y() + row * m_style.rowHeight,
+            m_style.width,
+            m_style.rowHeight};
+}
+
+void InvisiblePainter::paint(const SegmentLayout &layout, const Segment &segment)
+{
+    for (int row = 0; !layout.invisibles().empty() && row < layout.rowCount(); ++row)
+        if (rowRect(row, segment).intersects(segment.exposed))
+            paintRow(layout, row, segment);
+    if (layout.lineEnd() != 0)
+        paintLineEnd(layout, segment);
+}
+
+void InvisiblePainter::paintRow(const SegmentLayout &layout, int row, const Segment &segment)
+{
+    const QTextLine line = layout.layout().lineAt(row);
+    const auto &characters = layout.invisibles();
+    const auto byIndex = [](const InvisibleCharacter &character, int index) {
+        return character.index < index;
+    };
+    const int end = line.textStart() + line.textLength();
+    const auto first =
+        std::lower_bound(characters.begin(), characters.end(), line.textStart(), byIndex);
+    for (auto it = first; it != characters.end() && it->index < end; ++it) {
+        const qreal a = line.cursorToX(it->index, QTextLine::Leading);
+        const qreal b = line.cursorToX(it->index, QTextLine::Trailing);
+        QRectF cell = rowRect(row, segment);
+        cell.setLeft(segment.origin.x() + std::min(a, b));
+        cell.setRight(segment.origin.x() + std::max(a, b));
+        const bool isSelected =
+            it->index >= segment.selectionStart && it->index < segment.selectionEnd;
+        const QColor &color = isSelected ? m_selected : m_plain;
+        const QStringView label = invisible::label(it->unit);
+        if (label.isEmpty())
+            invisible::paintMark(m_painter, cell, color);
+        else
+            invisible::paintLabel(m_painter, label, cell, m_style.font, color);
+    }
+}
+
+void InvisiblePainter::paintLineEnd(const SegmentLayout &layout, const Segment &segment)
+{
+    const int row = layout.rowCount() - 1;
+    const QRectF text = layout.layout().lineAt(row).naturalTextRect();
+    const qreal width = invisible::kLabelColumns * m_style.columnWidth;
+    const qreal left = layout.isRightToLeft() ? text.left() - width : text.right();
+    QRectF cell = rowRect(row, segment);
+    cell.setLeft(segment.origin.x() + left);
+    cell.setWidth(width);
+    invisible::paintLabel(m_painter,
+                          invisible::label(layout.lineEnd()),
+                          cell,
+                          m_style.font,
+                          segment.breakIsSelected ? m_selected : m_plain);
+}
+
+} // namespace penwick

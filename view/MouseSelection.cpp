@@ -1,0 +1,89 @@
+#include "view/MouseSelection.h"
+
+#include <QTimerEvent>
+
+#include <algorithm>
+#include <utility>
+
+namespace penwick {
+
+namespace {
+
+constexpr int kAutoscrollInterval = 30; // Milliseconds.
+
+} // namespace
+
+MouseSelection::MouseSelection(TextViewport *viewport, Select select)
+    : m_viewport(viewport)
+    , m_select(std::move(select))
+{
+}
+
+bool MouseSelection::isThirdPress(const QMouseEvent &event) const
+{
+    return m_gesture.isThirdPress(event.position());
+}
+
+void MouseSelection::press(const QMouseEvent &event, qint64 anchor)
+{
+    m_position = event.position();
+    const TextCaret hit = m_viewport->caretAt(m_position);
+    if (event.modifiers() & Qt::ShiftModifier) {
+        m_gesture.pressExtending(anchor);
+        m_select(anchor, hit);
+        return;
+    }
+    const auto ends = m_gesture.press(m_viewport->text(), hit.offset, m_position);
+    m_select(ends.anchor, {ends.caret, ends.anchor == ends.caret && hit.atRowEnd});
+}
+
+void MouseSelection::doublePress(const QMouseEvent &event)
+{
+    m_position = event.position();
+    // Use the character under the mouse, not the nearest place between two characters.
+    const qint64 hit = m_viewport->characterAt(m_position);
+    const auto ends = m_gesture.doublePress(m_viewport->text(), hit, m_position);
+    m_select(ends.anchor, {ends.caret, false});
+}
+
+void MouseSelection::move(const QMouseEvent &event, qreal height)
+{
+    if (!m_gesture.isActive() || !(event.buttons() & Qt::LeftButton))
+        return;
+    m_position = event.position();
+    m_height = height;
+    extendTo(m_position);
+    const bool isOutside = m_position.y() < 0 || m_position.y() > height;
+    if (isOutside && !m_autoscrollTimer.isActive())
+        m_autoscrollTimer.start(kAutoscrollInterval, this);
+    else if (!isOutside)
+        m_autoscrollTimer.stop();
+}
+
+void MouseSelection::release()
+{
+    m_gesture.release();
+    m_autoscrollTimer.stop();
+}
+
+void MouseSelection::extendTo(QPointF point)
+{
+    TextCaret hit = m_viewport->caretAt(point);
+    if (m_gesture.unit() == SelectionGesture::Unit::Word)
+        hit = {m_viewport->characterAt(point), false};
+    const auto ends = m_gesture.drag(m_viewport->text(), hit.offset);
+    m_select(ends.anchor, {ends.caret, ends.caret == hit.offset && hit.atRowEnd});
+}
+
+void MouseSelection::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() != m_autoscrollTimer.timerId())
+        return;
+    const qreal y = m_position.y();
+    // Scroll faster the farther outside the mouse is.
+    const qreal distance = y < 0 ? y : std::max<qreal>(0, y - m_height);
+    m_viewport->scrollByPixels(distance / 2);
+    extendTo(m_position);
+}
+
+} // namespace penwick

@@ -1,0 +1,383 @@
+#include "view/TextLayoutCache.h"
+
+#include "view/InvisibleMarks.h"
+
+#include <QGlyphRun>
+#include <QRawFont>
+#include <QTextOption>
+
+#include <algorithm>
+#include <limits>
+
+namespace penwick {
+
+namespace {
+
+/// Replaces, in the layout, a character that is shown by a label. Neutral in direction.
+constexpr QChar kPlaceholder(0x25AF);
+
+/// Returns the line break after `segment` if it is neither a line feed nor CR LF, else 0.
+char16_t unusualLineEnd(const Text &text, const TextSegment &segment)
+{
+    const char16_t unit = segment.breakLength == 1 ? text.at(segment.end) : u'\n';
+    return unit == u'\n' ? u'\0' : unit;
+}
+
+bool holdsRightToLeft(const QString &units)
+{
+    constexpr char16_t kFirstRightToLeft = 0x0590;
+    return std::any_of(units.begin(), units.end(), [](QChar c) {
+        // A surrogate pair may belong to a right-to-left script: counting each only costs time.
+        return c.unicode() >= kFirstRightToLeft &&
+               (c.direction() == QChar::DirR || c.direction() == QChar::DirAL ||
+                c.isHighSurrogate());
+    });
+}
+
+/// U+FE0F requests the emoji presentation of the character before it. The layout engine ignores
+/// that and takes the first font that has the character, which may draw it in black and white. The
+/// returned formats select the emoji font.
+QList<QTextLayout::FormatRange> emojiPresentations(QStringView units, const QString &emojiFamily)
+{
+    constexpr QChar kEmojiPresentation(0xFE0F);
+    constexpr QChar kKeycap(0x20E3);
+    QList<QTextLayout::FormatRange> formats;
+    for (qsizetype i = units.indexOf(kEmojiPresentation); i > 0;
+         i = units.indexOf(kEmojiPresentation, i + 1)) {
+        const bool isPair = i >= 2 && units[i - 1].isLowSurrogate();
+        const bool isKeycap = i + 1 < units.size() && units[i + 1] == kKeycap;
+        QTextLayout::FormatRange range;
+        range.start = static_cast<int>(i - (isPair ? 2 : 1));
+        range.length = static_cast<int>(i + (isKeycap ? 2 : 1)) - range.start;
+        range.format.setFontFamilies(QStringList(emojiFamily));
+        formats.append(range);
+    }
+    return formats;
+}
+
+QList<QTextLayout::FormatRange> colorFormats(const QList<TextColorRange> &colors)
+{
+    QList<QTextLayout::FormatRange> formats;
+    for (const TextColorRange &color : colors) {
+        QTextLayout::FormatRange range;
+        range.start = color.start;
+        range.length = color.length;
+        range.format.setForeground(color.color);
+        formats.append(range);
+    }
+    return formats;
+}
+
+} // namespace
+
+SegmentLayout::SegmentLayout(const Text &text,
+                             const TextSegment &segment,
+                             const TextLayoutStyle &style,
+                             const TextComposition &composition,
+                             const QList<TextColorRange> &colors)
+    : m_segment(segment)
+{
+    QString units = text.slice(segment.start, segment.length());
+    // The transparent formats of labelled characters come last, so that they override the colours.
+    QList<QTextLayout::FormatRange> formats = colorFormats(colors);
+    formats += substituteInvisibles(units, style);
+    if (!style.emojiFamily.isEmpty())
+        formats += emojiPresentations(units, style.emojiFamily);
+    m_lineEnd = unusualLineEnd(text, segment);
+    m_layout.setText(units);
+    m_hasRightToLeft = holdsRightToLeft(units) || holdsRightToLeft(composition.string);
+    m_layout.setFont(style.font);
+    m_layout.setCacheEnabled(true);
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    option.setTabStopDistance(style.tabWidth);
+    option.setAlignment(isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft);
+    m_layout.setTextOption(option);
+    // At the boundary of two segments of a line, the second one shows the composition.
+    const bool isLast = segment.breakLength == 0 && segment.end == text.size();
+    if (composition.isActive() && composition.position >= segment.start &&
+        (composition.position < segment.nextStart() || isLast))
+        insertComposition(composition, formats);
+    m_layout.setFormats(formats);
+    addRows(style);
+}
+
+QList<QTextLayout::FormatRange> SegmentLayout::substituteInvisibles(QString &units,
+                                                                    const TextLayoutStyle &style)
+{
+    QList<QTextLayout::FormatRange> formats;
+    for (qsizetype i = 0; i < units.size(); ++i) {
+        const char16_t unit = units[i].unicode();
+        const bool hasLabel = !invisible::label(unit).isEmpty();
+        if (hasLabel || invisible::isMarked(unit))
+            m_invisibles.push_back({static_cast<int>(i), unit});
+        if (!hasLabel)
+            continue;
+        units[i] = kPlaceholder;
+        if (!formats.isEmpty() && formats.last().start + formats.last().length == i) {
+            ++formats.last().length;
+            continue;
+        }
+        QTextLayout::FormatRange range;
+        range.start = static_cast<int>(i);
+        range.length = 1;
+        range.format.setForeground(Qt::transparent); // The label is painted over it.
+        range.format.setFontLetterSpacingType(QFont::AbsoluteSpacing);
+        range.format.setFontLetterSpacing((invisible::kLabelColumns - 1) * style.columnWidth);
+        formats.append(range);
+    }
+    return formats;
+}
+
+void SegmentLayout::insertComposition(const TextComposition &composition,
+                                      QList<QTextLayout::FormatRange> &formats)
+{
+    m_compositionIndex = indexInSegment(composition.position);
+    m_compositionLength = static_cast<int>(composition.string.size());
+    m_layout.setPreeditArea(m_compositionIndex, composition.string);
+    QList<QTextLayout::FormatRange> moved;
+    for (QTextLayout::FormatRange range : std::as_const(formats)) {
+        const int before = std::clamp(m_compositionIndex - range.start, 0, range.length);
+        QTextLayout::FormatRange head = range;
+        head.length = before;
+        if (head.length > 0)
+            moved.append(head);
+        range.start += before + m_compositionLength;
+        range.length -= before;
+        if (range.length > 0)
+            moved.append(range);
+    }
+    for (InvisibleCharacter &character : m_invisibles)
+        if (character.index >= m_compositionIndex)
+            character.index += m_compositionLength;
+    for (QTextLayout::FormatRange range : composition.formats) {
+        range.start += m_compositionIndex;
+        moved.append(range);
+    }
+    formats = moved;
+}
+
+int SegmentLayout::indexInSegment(qint64 offset) const
+{
+    return static_cast<int>(std::clamp<qint64>(offset - m_segment.start, 0, m_segment.length()));
+}
+
+void SegmentLayout::addRows(const TextLayoutStyle &style)
+{
+    const qreal reserved = m_lineEnd != 0 ? invisible::kLabelColumns * style.columnWidth : 0;
+    const qreal left = isRightToLeft() ? reserved : 0;
+    m_layout.beginLayout();
+    qreal y = 0;
+    for (QTextLine line = m_layout.createLine(); line.isValid(); line = m_layout.createLine()) {
+        line.setLineWidth(std::max<qreal>(1, style.width - reserved));
+        // Fallback fonts differ in height. Aligning the baselines keeps the rows evenly spaced.
+        line.setPosition(QPointF(left, y + style.ascent - line.ascent()));
+        y += style.rowHeight;
+    }
+    m_layout.endLayout();
+}
+
+void SegmentLayout::shift(qint64 delta)
+{
+    m_segment.lineStart += delta;
+    m_segment.start += delta;
+    m_segment.end += delta;
+}
+
+int SegmentLayout::layoutIndex(qint64 offset) const
+{
+    const int index = indexInSegment(offset);
+    return m_compositionIndex >= 0 && index >= m_compositionIndex ? index + m_compositionLength
+                                                                  : index;
+}
+
+bool SegmentLayout::isTab(int layoutIndex) const
+{
+    if (m_compositionIndex >= 0 && layoutIndex >= m_compositionIndex) {
+        layoutIndex -= m_compositionLength;
+        if (layoutIndex < m_compositionIndex)
+            return false;
+    }
+    const QString text = m_layout.text(); // Without the composition.
+    return layoutIndex >= 0 && layoutIndex < text.size() && text.at(layoutIndex) == u'\t';
+}
+
+int SegmentLayout::caretIndex(qint64 offset, const TextComposition &composition) const
+{
+    if (m_compositionIndex >= 0 && indexInSegment(offset) == m_compositionIndex)
+        return m_compositionIndex + std::max(0, composition.cursor);
+    return layoutIndex(offset);
+}
+
+qint64 SegmentLayout::textOffset(int layoutIndex) const
+{
+    if (m_compositionIndex >= 0 && layoutIndex > m_compositionIndex)
+        layoutIndex = std::max(m_compositionIndex, layoutIndex - m_compositionLength);
+    return m_segment.start + layoutIndex;
+}
+
+int SegmentLayout::rowOf(qint64 offset, bool atRowEnd) const
+{
+    return rowOfIndex(layoutIndex(offset), atRowEnd);
+}
+
+int SegmentLayout::rowOfIndex(int index, bool atRowEnd) const
+{
+    for (int row = 0; row + 1 < rowCount(); ++row) {
+        const QTextLine line = m_layout.lineAt(row);
+        const int end = line.textStart() + line.textLength();
+        if (index < end || (index == end && atRowEnd))
+            return row;
+    }
+    return std::max(0, rowCount() - 1);
+}
+
+qint64 SegmentLayout::rowStart(int row) const
+{
+    return textOffset(m_layout.lineAt(row).textStart());
+}
+
+int SegmentLayout::compositionBefore(int row) const
+{
+    const int index = m_layout.lineAt(row).textStart() - m_compositionIndex;
+    return m_compositionIndex < 0 ? 0 : std::clamp(index, 0, m_compositionLength);
+}
+
+int SegmentLayout::rowStartingAt(qint64 offset, int compositionUnits) const
+{
+    const int index = indexInSegment(offset);
+    if (m_compositionIndex < 0 || index != m_compositionIndex)
+        return rowOf(offset, false);
+    return rowOfIndex(index + std::min(compositionUnits, m_compositionLength), false);
+}
+
+qint64 SegmentLayout::rowEnd(int row) const
+{
+    const QTextLine line = m_layout.lineAt(row);
+    return textOffset(line.textStart() + line.textLength());
+}
+
+qreal SegmentLayout::xOf(qint64 offset, int row) const
+{
+    return m_layout.lineAt(row).cursorToX(layoutIndex(offset));
+}
+
+std::pair<qreal, qreal> SegmentLayout::edgesOf(qint64 start, qint64 end, int row) const
+{
+    const QTextLine line = m_layout.lineAt(row);
+    const int index = layoutIndex(start);
+    const int length = layoutIndex(end) - index;
+    std::pair<qreal, qreal> edges =
+        std::minmax(line.cursorToX(index, QTextLine::Leading),
+                    line.cursorToX(index + length - 1, QTextLine::Trailing));
+    if (!m_hasRightToLeft)
+        return edges;
+    // Where the direction changes, caret positions differ from character edges: use the glyphs.
+    bool isFirst = true;
+    for (const QGlyphRun &run : line.glyphRuns(index, length)) {
+        const QList<QPointF> positions = run.positions();
+        const QList<QPointF> advances = run.rawFont().advancesForGlyphIndexes(run.glyphIndexes());
+        for (qsizetype i = 0; i < std::min(positions.size(), advances.size()); ++i) {
+            const qreal left = positions[i].x();
+            const qreal right = left + advances[i].x();
+            edges = isFirst ? std::pair(left, right)
+                            : std::pair(std::min(edges.first, left), std::max(edges.second, right));
+            isFirst = false;
+        }
+    }
+    return edges;
+}
+
+qint64 SegmentLayout::offsetAt(qreal x, int row) const
+{
+    return textOffset(m_layout.lineAt(row).xToCursor(x));
+}
+
+qint64 SegmentLayout::characterAt(qreal x, int row) const
+{
+    return textOffset(m_layout.lineAt(row).xToCursor(x, QTextLine::CursorOnCharacter));
+}
+
+bool SegmentLayout::isRightToLeft() const
+{
+    return m_layout.text().isRightToLeft();
+}
+
+void TextLayoutCache::setStyle(const TextLayoutStyle &style)
+{
+    m_style = style;
+    m_entries.clear();
+}
+
+void TextLayoutCache::setDecoration(TextDecoration *decoration)
+{
+    m_decoration = decoration;
+    m_entries.clear();
+}
+
+void TextLayoutCache::setComposition(const TextComposition &composition)
+{
+    forget(m_composition.position);
+    m_composition = composition;
+    forget(m_composition.position);
+}
+
+void TextLayoutCache::forget(qint64 offset)
+{
+    std::erase_if(m_entries, [offset](const Entry &entry) {
+        const TextSegment &segment = entry.layout->segment();
+        return segment.start <= offset && offset <= segment.nextStart();
+    });
+}
+
+const SegmentLayout &TextLayoutCache::layout(const Text &text, const TextSegment &segment)
+{
+    auto place = std::lower_bound(
+        m_entries.begin(), m_entries.end(), segment.start, [](const Entry &entry, qint64 start) {
+            return entry.layout->segment().start < start;
+        });
+    const quint64 key = m_decoration != nullptr ? m_decoration->colorKey(segment) : 0;
+    if (place != m_entries.end() && place->layout->segment() == segment && place->colorKey == key) {
+        place->lastUse = ++m_clock;
+        return *place->layout;
+    }
+    if (place != m_entries.end() && place->layout->segment().start == segment.start)
+        place = m_entries.erase(place);
+    const QList<TextColorRange> colors =
+        m_decoration != nullptr ? m_decoration->colors(segment) : QList<TextColorRange>();
+    auto layout = std::make_unique<SegmentLayout>(text, segment, m_style, m_composition, colors);
+    const SegmentLayout &result = *layout;
+    m_entries.insert(place, {std::move(layout), ++m_clock, key});
+    if (m_entries.size() > kCapacity)
+        dropOldest();
+    return result;
+}
+
+void TextLayoutCache::dropOldest()
+{
+    const auto oldest =
+        std::min_element(m_entries.begin(), m_entries.end(), [](const Entry &a, const Entry &b) {
+            return a.lastUse < b.lastUse;
+        });
+    m_entries.erase(oldest);
+}
+
+void TextLayoutCache::textChanged(qint64 offset, qint64 oldLength, qint64 newLength)
+{
+    const qint64 oldEnd = offset + oldLength;
+    const qint64 delta = newLength - oldLength;
+    // An edit can move a cut between two segments of a huge line up to this far before it.
+    constexpr qint64 kCutReach = 2 * segments::kUnits;
+    std::erase_if(m_entries, [&](const Entry &entry) {
+        const TextSegment &segment = entry.layout->segment();
+        const bool endsBefore = segment.nextStart() < offset &&
+                                (segment.breakLength > 0 || segment.end + kCutReach < offset);
+        const bool startsAfter = segment.lineStart > oldEnd;
+        return !endsBefore && !startsAfter;
+    });
+    for (Entry &entry : m_entries)
+        if (entry.layout->segment().start > oldEnd)
+            entry.layout->shift(delta);
+}
+
+} // namespace penwick

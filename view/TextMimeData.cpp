@@ -1,0 +1,60 @@
+#include "view/TextMimeData.h"
+
+#include <QUrl>
+
+#include <utility>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+TextMimeData::TextMimeData(Text text)
+    : m_text(std::move(text))
+{
+}
+
+QStringList TextMimeData::formats() const
+{
+    return {u"text/plain"_s};
+}
+
+QVariant TextMimeData::retrieveData(const QString &mimeType, QMetaType type) const
+{
+    Q_UNUSED(type)
+    return mimeType == u"text/plain"_s ? QVariant(m_text.toString()) : QVariant();
+}
+
+bool offersText(const QMimeData *mime)
+{
+    return mime != nullptr && mime->hasText();
+}
+
+std::optional<Text> textOf(const QMimeData *mime)
+{
+    if (!offersText(mime))
+        return std::nullopt;
+    if (const auto *own = qobject_cast<const TextMimeData *>(mime))
+        return own->value().isEmpty() ? std::nullopt : std::optional(own->value());
+    // Decode the bytes here: QMimeData::text drops a leading U+FEFF as a byte-order mark.
+    const QByteArray bytes = mime->data(u"text/plain;charset=utf-8"_s);
+    if (!bytes.isEmpty()) {
+        if (auto text = Text::fromUtf8(bytes))
+            return *std::move(text);
+    }
+    const QString text = mime->text();
+    return text.isEmpty() ? std::nullopt : std::optional(Text(QStringView(text)));
+}
+
+QStringList localFilesOf(const QMimeData *mime)
+{
+    QStringList paths;
+    if (mime == nullptr || !mime->hasUrls())
+        return paths;
+    const QList<QUrl> urls = mime->urls();
+    for (const QUrl &url : urls)
+        if (url.isLocalFile())
+            paths << url.toLocalFile();
+    return paths;
+}
+
+} // namespace penwick

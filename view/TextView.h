@@ -1,0 +1,228 @@
+#pragma once
+
+#include "editor/TextStorage.h"
+#include "find/TextFinder.h"
+#include "text/Text.h"
+#include "view/CaretMover.h"
+#include "view/DropPlace.h"
+#include "view/EditKeys.h"
+#include "view/MouseSelection.h"
+#include "view/TextDecoration.h"
+#include "view/TextViewport.h"
+
+#include <QAbstractScrollArea>
+#include <QBasicTimer>
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+class QDrag;
+class QMimeData;
+
+namespace penwick {
+
+/// A plain-text view over a `TextStorage`. It lays out only the visible part, so the cost of a
+/// keystroke, paint or scroll step does not depend on the size of the text.
+///
+/// Positions and ranges are in UTF-16 code units, 0-based. The caret and deletion move by grapheme
+/// clusters. A composition is shown at the caret but is not part of the text until it is committed.
+class TextView final : public QAbstractScrollArea
+{
+    Q_OBJECT
+
+public:
+    /// \param storage not owned; must outlive the view.
+    explicit TextView(TextStorage *storage, QWidget *parent = nullptr);
+    /// \param font set from the start, so that no other font is ever loaded and measured for the
+    ///        view.
+    TextView(TextStorage *storage, const QFont &font, QWidget *parent = nullptr);
+    ~TextView() override;
+
+    [[nodiscard]] TextStorage *textStorage() const { return m_storage; }
+
+    /// The whole text; cheap to copy.
+    [[nodiscard]] const Text &string() const { return m_storage->text(); }
+
+    /// Replaces the whole text, clears the undo history, puts the caret at the start and discards a
+    /// composition. Emits `selectionDidChange`, not `textDidChange`.
+    void setString(const Text &text);
+
+    /// The selection; when its length is 0, the caret.
+    [[nodiscard]] TextRange selectedRange() const;
+    /// Selects `range`, clamped to the text; an end inside a surrogate pair moves to the pair's
+    /// start. Scrolls the caret into view. Emits `selectionDidChange` when the range changed.
+    void setSelectedRange(TextRange range);
+
+    /// The moving end of the selection, where the caret is drawn.
+    [[nodiscard]] qint64 caretOffset() const { return m_caret.offset; }
+
+    /// Rectangle of a caret at `offset`, in logical pixels of the viewport; empty when it is
+    /// scrolled out of view by more than a viewport.
+    [[nodiscard]] QRectF caretRectAt(qint64 offset) const;
+    /// The same for the whole width of the cluster that contains `offset`.
+    [[nodiscard]] QRectF characterRectAt(qint64 offset) const;
+    /// The offset nearest to a point of the viewport.
+    [[nodiscard]] qint64 offsetAt(QPoint point) const;
+    /// The range of the laid-out row that shows the character at `offset`, including the line break
+    /// at its end. The ranges of rows are contiguous.
+    [[nodiscard]] TextRange rowAround(qint64 offset) const;
+    /// Scrolls as little as needed to show `offset`; centres it when it is far away.
+    void scrollTo(qint64 offset);
+
+    /// True while an input method shows a composition.
+    [[nodiscard]] bool hasMarkedText() const;
+
+    /// True when the clipboard offers text.
+    [[nodiscard]] bool canPaste() const;
+
+    /// Runs a drag and returns the action that was performed.
+    using DragRunner = std::function<Qt::DropAction(QDrag *drag)>;
+
+    /// Replaces the default runner, which blocks until the user releases the mouse button. For
+    /// tests.
+    void setDragRunner(DragRunner runner) { m_dragRunner = std::move(runner); }
+
+    /// The three calls of one programmatic edit. `shouldChangeText` discards a composition,
+    /// prepares undo and always returns true. `replaceCharacters` changes the storage and moves the
+    /// selection: one within the replaced range becomes a caret after the new text, one beyond it
+    /// is shifted; the view does not scroll. `didChangeText` emits `textDidChange`.
+    bool shouldChangeText(TextRange range, const Text &replacement);
+    void replaceCharacters(TextRange range, const Text &replacement);
+    void didChangeText();
+
+    /// Performs these three calls for a change from outside, such as a reload. Where caret and
+    /// selection lie within the replaced range, they keep their line and column as far as the new
+    /// text has them.
+    void takeIn(TextRange range, const Text &replacement);
+
+    /// Returns the places to mark in a range of the text, ascending. Called at each paint, with the
+    /// visible range.
+    using Marks = std::function<const std::vector<FindMatch> &(TextRange)>;
+
+    /// \param marks called until another is set; empty for no marks.
+    void setMarks(Marks marks);
+    /// Repaints the view. Call this when the marks have changed.
+    void updateMarks();
+
+    /// \param decoration not owned; used until another is set. Null for none.
+    void setDecoration(TextDecoration *decoration);
+
+    /// The visible place of a line of the text. Lines end with a line feed here. Lengths are in
+    /// logical pixels of the viewport.
+    struct VisibleLine
+    {
+        qint64 number = 0; ///< 0-based.
+        qreal top = 0;     ///< Of its first row; above the viewport when that row is not visible.
+        qreal bottom = 0;  ///< Of its last row that was laid out.
+    };
+
+    /// The lines with at least one visible row, top to bottom.
+    [[nodiscard]] std::vector<VisibleLine> visibleLines() const;
+
+    /// Height of each row, in logical pixels.
+    [[nodiscard]] qreal rowHeight() const { return m_viewport.style().rowHeight; }
+
+    /// Distance from a row's top to its baseline, in logical pixels.
+    [[nodiscard]] qreal rowAscent() const { return m_viewport.style().ascent; }
+
+public Q_SLOTS:
+    void undo();
+    void redo();
+    void cut();
+    void copy();
+    void paste();
+    void deleteSelection();
+    void selectAll();
+
+Q_SIGNALS:
+    /// The user, undo, redo or a macro changed the text.
+    void textDidChange();
+    /// The selected range changed, with or without an edit.
+    void selectionDidChange();
+    /// The availability of an edit action may have changed: undo, redo, cut, copy, paste.
+    void actionStateDidChange();
+    /// The visible text, or its place, may have changed: by an edit, by scrolling, or by a new size
+    /// or font. Do not query the view in the slot: it may be in the middle of the change.
+    void visibleTextDidChange();
+
+public:
+    [[nodiscard]] QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
+
+protected:
+    bool focusNextPrevChild(bool next) override;
+    bool event(QEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void inputMethodEvent(QInputMethodEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+    void timerEvent(QTimerEvent *event) override;
+
+private:
+    enum class Scroll { ToCaret, Stay };
+
+    void storageChanged(qint64 offset, qint64 oldLength, qint64 newLength);
+    /// `offset` clamped to the text and moved out of a surrogate pair.
+    [[nodiscard]] qint64 snapped(qint64 offset) const;
+    void select(qint64 anchor, TextCaret caret, Scroll scroll = Scroll::ToCaret);
+    /// Performs an edit of the user: replaces `range` and puts the caret after the new text.
+    void edit(TextRange range, const Text &replacement, TextStorage::EditKind kind);
+    void replaceSelection(const QString &units, TextStorage::EditKind kind);
+    void finishUndo(TextRange selection);
+    void deleteTo(qint64 target, TextStorage::EditKind kind);
+    void perform(EditCommand command);
+    void move(CaretMoveRequest request);
+    /// Ends a composition without inserting it.
+    void discardComposition();
+    /// Ends a composition; inserts what the input method commits.
+    void commitComposition();
+    void showComposition(const TextComposition &composition);
+    [[nodiscard]] Text selectedText() const;
+    /// Offers the selection as the primary selection, which a middle click pastes.
+    void offerPrimarySelection();
+    void pastePrimarySelection(QPointF point);
+    [[nodiscard]] QPoint contextMenuPosition();
+    [[nodiscard]] bool isInSelection(QPointF point);
+    void startDrag();
+    bool acceptsDrop(QDropEvent *event) const;
+    /// Inserts a dropped text as one undo step. `removed` is the source of a move within the view,
+    /// of length 0 for none.
+    void insertDropped(const Text &text, qint64 place, TextRange removed);
+    void updateStyle();
+    void updateScrollBars();
+    [[nodiscard]] TextRange visibleRange();
+    void restartBlinking();
+    void caretMoved();
+
+    TextStorage *m_storage;
+    mutable TextViewport m_viewport; // Queries may lay out text.
+    qint64 m_anchor = 0;             // The fixed end of the selection.
+    TextCaret m_caret;               // The moving end.
+    std::optional<qreal> m_column;   // The x that vertical moves keep.
+    MouseSelection m_mouse;
+    DropPlace m_dropPlace;
+    DragRunner m_dragRunner;
+    std::optional<QPointF> m_dragPress;   // A press on the selection that may start a drag.
+    const QMimeData *m_dragged = nullptr; // Dragged from here; null once dropped here.
+    QBasicTimer m_blinkTimer;
+    Marks m_marks;
+    bool m_caretIsShown = true;
+    bool m_isUpdatingScrollBars = false;
+    bool m_ignoresCommits = false;
+};
+
+} // namespace penwick

@@ -1,0 +1,61 @@
+#include "view/TextViewMenu.h"
+
+#include "view/TextView.h"
+#include "wording/WordingLookup.h"
+
+#include <QKeySequence>
+#include <QMenu>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Returns `title` with its shortcut as text. The action itself gets no shortcut: the view handles
+/// the keys, and a second shortcut with the same keys would make both ambiguous.
+QString entryText(const QString &title, QKeySequence::StandardKey key)
+{
+    QString text = title;
+    text.replace(u'&', u"&&"_s); // A single & would mark a mnemonic.
+    text.replace(u'\t', u' ');
+    const QString keys = QKeySequence(key).toString(QKeySequence::NativeText);
+    return keys.isEmpty() ? text : text + u'\t' + keys;
+}
+
+} // namespace
+
+QMenu *makeTextViewMenu(TextView *view)
+{
+    auto *menu = new QMenu(view);
+    const auto add = [&](const QString &title,
+                         QKeySequence::StandardKey key,
+                         bool isEnabled,
+                         void (TextView::*operation)()) {
+        menu->addAction(entryText(title, key), view, operation)->setEnabled(isEnabled);
+    };
+    const bool hasSelection = view->selectedRange().length > 0;
+    const TextStorage &storage = *view->textStorage();
+    add(wording::text(u"menu.edit.undo"_s), QKeySequence::Undo, storage.canUndo(), &TextView::undo);
+    add(wording::text(u"menu.edit.redo"_s), QKeySequence::Redo, storage.canRedo(), &TextView::redo);
+    menu->addSeparator();
+    add(wording::text(u"menu.edit.cut"_s), QKeySequence::Cut, hasSelection, &TextView::cut);
+    add(wording::text(u"menu.edit.copy"_s), QKeySequence::Copy, hasSelection, &TextView::copy);
+    add(wording::text(u"menu.edit.paste"_s),
+        QKeySequence::Paste,
+        view->canPaste(),
+        &TextView::paste);
+    add(wording::text(u"common.delete"_s),
+        QKeySequence::Delete,
+        hasSelection,
+        &TextView::deleteSelection);
+    menu->addSeparator();
+    const bool isAllSelected = view->selectedRange().length == storage.length();
+    add(wording::text(u"dialog.selectAll"_s, u"すべてを選択"_s),
+        QKeySequence::SelectAll,
+        !isAllSelected,
+        &TextView::selectAll);
+    return menu;
+}
+
+} // namespace penwick

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "editor/TextStorage.h"
+#include "find/TextFinder.h"
+#include "view/TextViewport.h"
+
+#include <QPainter>
+#include <QPalette>
+
+#include <vector>
+
+namespace penwick {
+
+/// The state of a `TextView` to paint.
+struct TextViewPicture
+{
+    TextRange selection;
+    TextCaret caret;
+    bool caretIsShown = false;
+    bool isActive = false; ///< Has the keyboard focus: the selection is not dimmed.
+    qreal caretWidth = 1;  ///< Logical pixels.
+    QSizeF size;           ///< Of the view's contents, logical pixels.
+    QPalette palette;
+    const std::vector<FindMatch> *marks = nullptr; ///< Ascending; drawn behind the selection.
+};
+
+/// The background colour of `TextViewPicture::marks`.
+[[nodiscard]] QColor textMarkColor(const QPalette &palette);
+
+/// Draws the visible rows of `viewport` with selection and caret. May omit what lies outside
+/// `exposed`.
+void paintTextView(QPainter &painter,
+                   const QRectF &exposed,
+                   TextViewport &viewport,
+                   const TextViewPicture &picture);
+
+} // namespace penwick

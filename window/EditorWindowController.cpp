@@ -1,0 +1,274 @@
+#include "window/EditorWindowController.h"
+
+#include "view/TextView.h"
+#include "window/LoadingView.h"
+#include "window/MacroExecution.h"
+#include "window/MacroRun.h"
+#include "window/MainEditorView.h"
+#include "wording/WordingLookup.h"
+
+#include <QGuiApplication>
+#include <QInputMethod>
+#include <QTimeZone>
+#include <QVBoxLayout>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace penwick {
+
+EditorWindowController::EditorWindowController(UserDefaults &defaults,
+                                               Clock clock,
+                                               MacroRuntimeService macroRuntime,
+                                               QObject *parent)
+    : EditorWindowController(std::make_shared<EditorWindow>(&defaults),
+                             std::move(clock),
+                             std::move(macroRuntime),
+                             parent)
+{
+}
+
+EditorWindowController::EditorWindowController(std::shared_ptr<EditorWindow> window,
+                                               Clock clock,
+                                               MacroRuntimeService macroRuntime,
+                                               QObject *parent)
+    : QObject(parent)
+    , m_clock(std::move(clock))
+    , m_macroRuntime(std::move(macroRuntime))
+    , m_documentState(std::make_unique<DocumentState>())
+    , m_window(std::move(window))
+    , m_page(std::make_unique<QWidget>())
+{
+    auto *layout = new QVBoxLayout(m_page.get());
+    layout->setContentsMargins(0, 0, 0, 0);
+    const int index = m_window->indexOf(m_window->currentController()) + 1;
+    m_window->insertTab(index, this, m_page.get(), m_label);
+}
+
+EditorWindowController::~EditorWindowController()
+{
+    m_window->removeTab(this);
+}
+
+void EditorWindowController::moveTo(const std::shared_ptr<EditorWindow> &window, int index)
+{
+    if (isRunningMacro())
+        return;
+    if (window == m_window)
+        return m_window->moveTab(this, index);
+    QGuiApplication::inputMethod()->commit();
+    m_window->removeTab(this);
+    const auto former = std::exchange(m_window, window);
+    m_window->insertTab(index, this, m_page.get(), m_label);
+    if (former->count() == 0)
+        former->hide();
+    // The call may come from the former window: destroy it in a later turn of the event loop.
+    QMetaObject::invokeMethod(
+        this, [kept = former]() mutable { kept.reset(); }, Qt::QueuedConnection);
+}
+
+void EditorWindowController::setTabLabel(const TabLabel &label)
+{
+    m_label = label;
+    m_window->setTabLabel(this, label);
+}
+
+void EditorWindowController::setDocument(TextDocument *document)
+{
+    m_document = document;
+    takeContentAway();
+    if (document == nullptr)
+        return;
+    m_documentState->setText(document->contentString());
+    m_content = new MainEditorView(m_documentState.get(), document);
+    showContent(m_content);
+}
+
+void EditorWindowController::showLoading(TextDocument *document)
+{
+    m_document = nullptr;
+    takeContentAway();
+    showContent(new LoadingView(document));
+}
+
+// Called before new content is made, because both would edit the same storage.
+void EditorWindowController::takeContentAway()
+{
+    while (QLayoutItem *item = m_page->layout()->takeAt(0)) {
+        delete item->widget();
+        delete item;
+    }
+}
+
+void EditorWindowController::showContent(QWidget *content)
+{
+    m_page->layout()->addWidget(content);
+    m_page->setFocusProxy(content);
+    m_window->contentDidChange(this);
+}
+
+MainEditorView *EditorWindowController::content() const
+{
+    return m_content;
+}
+
+TextView *EditorWindowController::textView() const
+{
+    return findTextView(m_content);
+}
+
+MacroContext EditorWindowController::buildMacroContext(const QString &macroId,
+                                                       const QString &macroName) const
+{
+    EditorSnapshot snapshot;
+    if (const TextView *view = textView()) {
+        snapshot.text = view->string();
+        snapshot.selectionLocation = view->selectedRange().location;
+        snapshot.selectionLength = view->selectedRange().length;
+    } else {
+        snapshot.text = m_documentState->text();
+    }
+    if (!m_document.isNull()) {
+        snapshot.filePath = m_document->filePath();
+        snapshot.isModified = m_document->isEdited();
+    }
+    snapshot.now = m_clock();
+    snapshot.timeZone = QTimeZone::systemTimeZone();
+    return penwick::buildMacroContext(snapshot, macroId, macroName);
+}
+
+bool EditorWindowController::isRunningMacro() const
+{
+    return !m_run.isNull();
+}
+
+void EditorWindowController::offerToStopMacro()
+{
+    if (!isRunningMacro())
+        return;
+    m_window->setCurrentController(this);
+    m_run->showNotice();
+}
+
+void EditorWindowController::runMacro(const QString &code,
+                                      const QString &macroId,
+                                      const QString &macroName,
+                                      const std::optional<QString> &userInput)
+{
+    TextView *view = textView();
+    if (isRunningMacro())
+        offerToStopMacro();
+    else if (isReady(view))
+        execute(view, code, buildMacroContext(macroId, macroName), userInput);
+}
+
+bool EditorWindowController::isReady(const TextView *view)
+{
+    if (view == nullptr) {
+        showMacroMessage(
+            NotificationType::Error,
+            wording::text(u"macro.error.noTextView"_s, u"テキストエリアが見つかりません"_s));
+    } else if (view->hasMarkedText()) {
+        showMacroMessage(
+            NotificationType::Warning,
+            wording::text(u"macro.warning.imeActive"_s,
+                          u"日本語入力の変換を確定してからマクロを実行してください"_s));
+    }
+    return view != nullptr && !view->hasMarkedText();
+}
+
+void EditorWindowController::execute(TextView *view,
+                                     const QString &code,
+                                     const MacroContext &context,
+                                     const std::optional<QString> &userInput)
+{
+    m_run = new MacroRun(
+        m_window.get(), context.macro.name, m_macroRuntime.prepare(code, context, userInput), this);
+    connect(m_run,
+            &MacroRun::ended,
+            this,
+            [this, view = QPointer<TextView>(view), code, context](const ScriptOutcome &outcome) {
+                m_run = nullptr;
+                finishRun(view, code, context, outcome);
+            });
+    m_run->waitAWhile();
+}
+
+void EditorWindowController::finishRun(TextView *view,
+                                       const QString &code,
+                                       const MacroContext &context,
+                                       const ScriptOutcome &outcome)
+{
+    const auto result = MacroRuntimeService::resultOf(outcome, context);
+    if (!result) {
+        showMacroMessage(NotificationType::Error, result.error().errorDescription());
+        if (result.error().line > 0)
+            Q_EMIT macroFailedInLine(code, result.error().line);
+        return;
+    }
+    if (!isAsBefore(view, context, *result))
+        return;
+    const auto applied = MacroExecution(view, m_document).applyMacroResult(*result);
+    if (!applied)
+        showMacroMessage(NotificationType::Error, applied.error().errorDescription());
+    else
+        showOutcome(*result);
+}
+
+// Returns true when the edits of `result` may be applied, and restores the selection of the
+// snapshot. Accessibility tools, input methods and Replace All can edit behind the notice; keep
+// their edits and drop the macro's, which refer to another text.
+bool EditorWindowController::isAsBefore(TextView *view,
+                                        const MacroContext &context,
+                                        const MacroResult &result)
+{
+    if (result.textEdits.isEmpty())
+        return true;
+    if (!isReady(view))
+        return false;
+    if (view->string() != context.document.text) {
+        showMacroMessage(
+            NotificationType::Error,
+            wording::text(u"macro.error.documentChanged"_s,
+                          u"実行中に文書が変更されたため、マクロの結果を適用しませんでした"_s));
+        return false;
+    }
+    const TextRange selection{context.selection.startOffset,
+                              context.selection.endOffset - context.selection.startOffset};
+    if (view->selectedRange() != selection)
+        view->setSelectedRange(selection);
+    return true;
+}
+
+// Messages of the macro replace the default message.
+void EditorWindowController::showOutcome(const MacroResult &result)
+{
+    for (const MacroNotification &notification : result.notifications)
+        showMacroMessage(notification.type, notification.message);
+    if (result.notifications.isEmpty() && !result.textEdits.isEmpty())
+        showMacroMessage(NotificationType::Success, wording::text(u"status.macroCompleted"_s));
+}
+
+void EditorWindowController::showMacroMessage(NotificationType /*type*/, const QString &message)
+{
+    // Qt drops the queued call when this object is destroyed.
+    QMetaObject::invokeMethod(
+        this,
+        [this, message] { m_documentState->setMacroNotificationMessage(message); },
+        Qt::QueuedConnection);
+}
+
+TextView *findTextView(QWidget *view)
+{
+    if (view == nullptr)
+        return nullptr;
+    if (auto *found = qobject_cast<TextView *>(view))
+        return found;
+    for (QObject *child : view->children())
+        if (TextView *found = findTextView(qobject_cast<QWidget *>(child)))
+            return found;
+    return nullptr;
+}
+
+} // namespace penwick

@@ -1,0 +1,149 @@
+#include "window/StatusBarView.h"
+
+#include "controls/ElidedLabel.h"
+#include "platform/settings/NotificationCenter.h"
+#include "window/StatusMessageLabel.h"
+#include "wording/UIWordingProfileManager.h"
+#include "wording/WordingLookup.h"
+
+#include <QFontDatabase>
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QPainter>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qreal kFontSize = 11; // Points.
+constexpr int kHorizontalMargin = 10;
+constexpr int kVerticalMargin = 4;
+constexpr int kDividerHeight = 12;
+
+/// A vertical line in a translucent shade of the text's colour. Qt styles draw a frame in the
+/// palette's edge colours, which hardly differ from the background in a dark palette.
+class Divider final : public QFrame
+{
+public:
+    explicit Divider(QWidget *parent)
+        : QFrame(parent)
+    {
+        setFrameStyle(static_cast<int>(QFrame::VLine) | static_cast<int>(QFrame::Plain));
+        setFixedHeight(kDividerHeight);
+    }
+
+protected:
+    void paintEvent(QPaintEvent * /*event*/) override
+    {
+        constexpr float kAlpha = 0.35F;
+        QColor color = palette().color(QPalette::WindowText);
+        color.setAlphaF(kAlpha);
+        QPainter(this).fillRect(QRect(width() / 2, 0, 1, height()), color);
+    }
+};
+
+/// Formats a number without digit grouping, independent of the locale.
+QString number(qint64 value)
+{
+    return QString::number(value);
+}
+
+} // namespace
+
+StatusBarView::StatusBarView(DocumentState *documentState, QWidget *parent)
+    : QWidget(parent)
+    , m_documentState(documentState)
+{
+    QFont barFont = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    barFont.setPointSizeF(kFontSize);
+    setFont(barFont);
+    setBackgroundRole(QPalette::Window);
+    setAutoFillBackground(true);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+
+    m_countersRow = makeCountersRow();
+    m_messageLabel = new StatusMessageLabel(this);
+    m_messageLabel->setObjectName(u"statusMessage"_s);
+    connect(m_messageLabel, &StatusMessageLabel::dismissed, this, &StatusBarView::dismissMessage);
+
+    auto *layout = new QHBoxLayout(this);
+    layout->setContentsMargins(
+        kHorizontalMargin, kVerticalMargin, kHorizontalMargin, kVerticalMargin);
+    layout->addWidget(m_countersRow);
+    layout->addWidget(m_messageLabel);
+
+    connect(documentState, &DocumentState::didChange, this, &StatusBarView::stateDidChange);
+    NotificationCenter::defaultCenter().addObserver(
+        UIWordingProfileDidChange, this, [this] { redraw(); });
+    redraw();
+}
+
+QWidget *StatusBarView::makeCountersRow()
+{
+    auto *row = new QWidget(this);
+    auto *layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    const auto addLabel = [row, layout](const QString &objectName) {
+        auto *label = new ElidedLabel(row);
+        label->setObjectName(objectName);
+        // Without an alignment, all labels are as high as the row and share one baseline.
+        layout->addWidget(label);
+        return label;
+    };
+    m_cursorLabel = addLabel(u"statusCursor"_s);
+    m_lineCountLabel = addLabel(u"statusLineCount"_s);
+    m_characterCountLabel = addLabel(u"statusCharacterCount"_s);
+    layout->addStretch();
+    layout->addWidget(new Divider(row), 0, Qt::AlignVCenter);
+    m_encodingLabel = addLabel(u"statusEncoding"_s);
+    m_newlineLabel = addLabel(u"statusNewline"_s);
+    for (ElidedLabel *label : {m_encodingLabel, m_newlineLabel}) {
+        // When space runs out, only the counters shrink.
+        label->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
+    }
+    return row;
+}
+
+void StatusBarView::dismissMessage()
+{
+    if (m_documentState.isNull() || !m_documentState->macroNotificationMessage())
+        return;
+    m_documentState->setMacroNotificationMessage(std::nullopt);
+}
+
+void StatusBarView::stateDidChange(DocumentState::Field field)
+{
+    if (field != DocumentState::Field::Text) // The bar does not show the text itself.
+        redraw();
+}
+
+void StatusBarView::redraw()
+{
+    if (m_documentState.isNull())
+        return;
+    redrawCounters();
+    const std::optional<QString> &message = m_documentState->macroNotificationMessage();
+    const bool messageHadFocus = m_messageLabel->hasFocus();
+    m_messageLabel->setLine(message.value_or(QString()));
+    m_countersRow->setVisible(!message.has_value());
+    m_messageLabel->setVisible(message.has_value());
+    if (messageHadFocus && !message.has_value())
+        focusPreviousChild(); // Return the focus to the text, from which Tab moved it here.
+}
+
+void StatusBarView::redrawCounters()
+{
+    const QString line = wording::text(u"status.line"_s, u"行"_s);
+    const QString column = wording::text(u"status.column"_s, u"列"_s);
+    m_cursorLabel->setLine(line + u": "_s + number(m_documentState->cursorLine()) + u" "_s +
+                           column + u": "_s + number(m_documentState->cursorColumn()));
+    m_lineCountLabel->setLine(number(m_documentState->lineCount()) + u" "_s + line);
+    m_characterCountLabel->setLine(number(m_documentState->characterCount()) + u" "_s +
+                                   wording::text(u"status.charCount"_s, u"文字"_s));
+    m_encodingLabel->setLine(m_documentState->encodingDisplay());
+    m_newlineLabel->setLine(m_documentState->newlineDisplay());
+}
+
+} // namespace penwick

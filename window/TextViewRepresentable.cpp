@@ -1,0 +1,78 @@
+#include "window/TextViewRepresentable.h"
+
+#include "find/FindBar.h"
+#include "find/FindController.h"
+#include "view/EditorFont.h"
+#include "view/TextView.h"
+#include "window/TransferBar.h"
+
+#include <QKeyEvent>
+#include <QVBoxLayout>
+
+namespace penwick {
+
+namespace {
+
+constexpr qreal kFontSize = 14; // Points.
+
+} // namespace
+
+TextViewRepresentable::TextViewRepresentable(DocumentState *documentState,
+                                             TextDocument *document,
+                                             QWidget *parent)
+    : QWidget(parent)
+    , m_storage(document != nullptr ? document->sharedTextStorage()
+                                    : std::make_shared<TextStorage>())
+{
+    makeTextView();
+    layout()->addWidget(new TransferBar(document, this));
+    m_coordinator = new Coordinator(m_textView, documentState, document, this);
+    // After the coordinator is connected: this call places the caret. That is the view's first
+    // report, and the counters of an opened file are computed from it.
+    m_textView->setString(documentState->text());
+    // Queued, because the window that will contain the view does not exist yet.
+    QMetaObject::invokeMethod(this, &TextViewRepresentable::focusTextView, Qt::QueuedConnection);
+}
+
+TextViewRepresentable::~TextViewRepresentable()
+{
+    delete m_findController;
+    // The view must be destroyed before its storage; as a child widget it would be destroyed after
+    // it.
+    delete m_textView;
+}
+
+void TextViewRepresentable::makeTextView()
+{
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    m_textView = new TextView(m_storage.get(), editorFont(kFontSize), this);
+    m_textView->setFrameShape(QFrame::NoFrame);
+    m_textView->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    m_textView->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    layout->addWidget(m_textView, 1);
+    // Below the text, so that no line moves when the bar opens.
+    m_findBar = new FindBar(this);
+    m_findBar->hide();
+    layout->addWidget(m_findBar);
+    m_findController = new FindController(m_textView, m_findBar, this);
+    setFocusProxy(m_textView);
+}
+
+void TextViewRepresentable::keyPressEvent(QKeyEvent *event)
+{
+    // The text view ignores Escape, so the event arrives here.
+    const bool isEscape = event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier;
+    if (!isEscape || !m_findController->close())
+        QWidget::keyPressEvent(event);
+}
+
+void TextViewRepresentable::focusTextView()
+{
+    // A page in a background tab must not take the focus from the visible one.
+    if (!isWindow() && isVisibleTo(window()))
+        m_textView->setFocus();
+}
+
+} // namespace penwick

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "window/Coordinator.h"
+
+#include <QWidget>
+
+#include <memory>
+
+namespace penwick {
+
+class FindBar;
+class FindController;
+
+/// Hosts the text view of an editor window and the find bar below it. Creates the view over the
+/// document's storage, sets its font and text, and keeps it in sync with the state and the document
+/// through a `Coordinator`. A long save shows its progress below the text.
+class TextViewRepresentable final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// \param documentState not owned; its text is the initial text of the view.
+    /// \param document may be null: the view then edits a storage of its own. The view shares
+    ///        ownership of the document's storage and may outlive the document.
+    TextViewRepresentable(DocumentState *documentState,
+                          TextDocument *document,
+                          QWidget *parent = nullptr);
+    ~TextViewRepresentable() override;
+
+    [[nodiscard]] TextView *textView() const { return m_textView; }
+
+    [[nodiscard]] Coordinator *coordinator() const { return m_coordinator; }
+
+    [[nodiscard]] FindBar *findBar() const { return m_findBar; }
+
+    [[nodiscard]] FindController *findController() const { return m_findController; }
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    void makeTextView();
+    void focusTextView();
+
+    std::shared_ptr<TextStorage> m_storage;
+    TextView *m_textView = nullptr;
+    FindBar *m_findBar = nullptr;
+    FindController *m_findController = nullptr;
+    Coordinator *m_coordinator = nullptr;
+};
+
+} // namespace penwick
