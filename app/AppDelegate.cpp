@@ -90,14 +90,14 @@ void AppDelegate::applicationDidFinishLaunching(const std::optional<OpenRequest>
     // The user may have edited penwick's files elsewhere before returning to it.
     connect(qApp, &QGuiApplication::applicationStateChanged, this, [](Qt::ApplicationState state) {
         if (state == Qt::ApplicationActive) {
-            MacroManager::shared().takeInChangesFromElsewhere();
-            UIWordingProfileManager::shared().takeInChangesFromElsewhere();
+            MacroManager::shared().reloadIfChanged();
+            UIWordingProfileManager::shared().reloadIfChanged();
         }
     });
     if (request)
         openFirst(*request);
     else
-        QTimer::singleShot(kRequestTimeout, this, &AppDelegate::endWithoutDocuments);
+        QTimer::singleShot(kRequestTimeout, this, &AppDelegate::quitIfNoDocuments);
     connect(qApp, &QGuiApplication::focusWindowChanged, this, [this] {
         windowDidBecomeMain(QApplication::activeWindow());
     });
@@ -114,7 +114,7 @@ void AppDelegate::openFirst(const OpenRequest &request)
         m_documents.newDocument();
 }
 
-void AppDelegate::endWithoutDocuments()
+void AppDelegate::quitIfNoDocuments()
 {
     if (!m_documents.hasDocuments())
         terminate();
@@ -142,7 +142,7 @@ void AppDelegate::tryEngine()
 
 void AppDelegate::reportTrial(const EngineTrial &trial)
 {
-    const QString missing = missingWalls(trial.protection);
+    const QString missing = missingProtections(trial.protection);
     if (!missing.isEmpty())
         printLine(u"Macros run without: "_s + missing);
     const QString failure = engineLogLine(trial);

@@ -97,7 +97,7 @@ public:
 
 private:
     void openFirst(const OpenRequest &request);
-    void endWithoutDocuments();
+    void quitIfNoDocuments();
     void openFiles(const QStringList &paths);
     void handleProfileDidChange();
     void windowDidBecomeMain(QWidget *window);

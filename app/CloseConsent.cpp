@@ -18,7 +18,7 @@ CloseConsent::CloseConsent(const OpenDocuments &documents, Save save)
 {
 }
 
-bool CloseConsent::offersToStopAMacro() const
+bool CloseConsent::offerToStopMacro() const
 {
     const OpenDocument *running = m_documents.withRunningMacro();
     if (running == nullptr)
@@ -28,7 +28,7 @@ bool CloseConsent::offersToStopAMacro() const
     return true;
 }
 
-bool CloseConsent::showsOpenQuestion()
+bool CloseConsent::raiseOpenDialog()
 {
     QWidget *question = QApplication::activeModalWidget();
     if (question == nullptr)
@@ -37,7 +37,7 @@ bool CloseConsent::showsOpenQuestion()
     return true;
 }
 
-bool CloseConsent::isGivenFor(OpenDocument &entry) const
+bool CloseConsent::confirmClose(OpenDocument &entry) const
 {
     const EditorWindowController &controller = *entry.controller;
     if (controller.isRunningMacro()) {
@@ -64,12 +64,12 @@ bool CloseConsent::isGivenFor(OpenDocument &entry) const
     return false;
 }
 
-bool CloseConsent::isGivenFor(const EditorWindow &window) const
+bool CloseConsent::confirmClose(const EditorWindow &window) const
 {
     QList<const EditorWindowController *> asked;
     while (OpenDocument *entry = nextOf(window, asked)) {
         asked << entry->controller.get();
-        if (!isGivenFor(*entry))
+        if (!confirmClose(*entry))
             return false;
     }
     return true;

@@ -21,16 +21,16 @@ public:
     /// Waits for a save under way and asks about unsaved changes. While a macro runs on the
     /// document, shows its notice instead.
     /// \return false when the document must stay open.
-    [[nodiscard]] bool isGivenFor(OpenDocument &entry) const;
+    [[nodiscard]] bool confirmClose(OpenDocument &entry) const;
     /// The same for every document of the window, including one opened in it during a question.
-    [[nodiscard]] bool isGivenFor(const EditorWindow &window) const;
+    [[nodiscard]] bool confirmClose(const EditorWindow &window) const;
 
     /// If a macro runs on any document, shows its notice, which lets the user stop it, and returns
     /// true. False when no macro runs.
-    [[nodiscard]] bool offersToStopAMacro() const;
+    [[nodiscard]] bool offerToStopMacro() const;
 
     /// Brings the open modal dialog, on whichever window, to the front. False when there is none.
-    [[nodiscard]] static bool showsOpenQuestion();
+    [[nodiscard]] static bool raiseOpenDialog();
 
 private:
     [[nodiscard]] OpenDocument *nextOf(const EditorWindow &window,

@@ -34,8 +34,7 @@ constexpr qint64 kLargeText = 4'000'000;
 /// thread because it may take noticeably long.
 void giveBackMemoryLater()
 {
-    QTimer::singleShot(
-        500ms, qApp, [] { QThreadPool::globalInstance()->start(giveBackFreedMemory); });
+    QTimer::singleShot(500ms, qApp, [] { QThreadPool::globalInstance()->start(trimFreedMemory); });
 }
 
 } // namespace
@@ -63,7 +62,7 @@ DocumentController::~DocumentController()
 
 DocumentController::WindowController DocumentController::controllerOf(const QWidget *window) const
 {
-    const OpenDocument *entry = m_documents.inFrontOf(window);
+    const OpenDocument *entry = m_documents.frontDocumentOf(window);
     return entry != nullptr ? entry->controller : nullptr;
 }
 
@@ -101,7 +100,7 @@ std::shared_ptr<EditorWindow> DocumentController::currentWindow() const
 OpenDocument *DocumentController::pristineDocument() const
 {
     const auto window = currentWindow();
-    OpenDocument *entry = m_documents.inFrontOf(window.get());
+    OpenDocument *entry = m_documents.frontDocumentOf(window.get());
     return entry != nullptr && window->count() == 1 && entry->isPristine() ? entry : nullptr;
 }
 
@@ -123,7 +122,7 @@ TextDocument *DocumentController::newDocument(const Text &text, Placement placem
 void DocumentController::openDocument()
 {
     QWidget *parent = QApplication::activeWindow();
-    const OpenDocument *active = m_documents.inFrontOf(parent);
+    const OpenDocument *active = m_documents.frontDocumentOf(parent);
     const QString current = active != nullptr ? active->document->filePath() : QString();
     const QStringList paths =
         dialogs::askForFilesToOpen(active != nullptr ? parent : nullptr,
@@ -153,7 +152,7 @@ bool DocumentController::openDocumentFrom(const QString &path,
         bringForward(*open->controller);
         return true;
     }
-    auto document = readDocument(absolutePath, missingFile, m_patience);
+    auto document = readDocument(absolutePath, missingFile, m_limits);
     if (!document) {
         dialogs::showOpenError(QApplication::activeWindow(), absolutePath, document.error());
         return false;
@@ -218,7 +217,7 @@ void DocumentController::setDocument(OpenDocument &entry, std::unique_ptr<TextDo
     }
     EditorWindowController *controller = entry.controller.get();
     entry.document = std::move(document);
-    entry.saver = std::make_unique<DocumentSaver>(entry.document.get(), controller, m_patience);
+    entry.saver = std::make_unique<DocumentSaver>(entry.document.get(), controller, m_limits);
     entry.saver->setSaveElsewhere([this, controller] { return saveDocumentAs(controller); });
     entry.outsideChanges = std::make_unique<OutsideChanges>(entry.document.get(), controller);
     showContent(entry);
@@ -264,12 +263,12 @@ void DocumentController::readingDidEnd(const EditorWindowController *controller,
     }
     if (!error->isCancellation())
         dialogs::showOpenError(entry->controller->window(), entry->document->filePath(), *error);
-    giveUp(controller);
+    discardUnreadTab(controller);
 }
 
 /// Removes the tab of a file that could not be read. The last tab stays, because closing it would
 /// end the application.
-void DocumentController::giveUp(const EditorWindowController *controller)
+void DocumentController::discardUnreadTab(const EditorWindowController *controller)
 {
     OpenDocument *entry = m_documents.find(controller);
     if (entry == nullptr)
@@ -277,7 +276,7 @@ void DocumentController::giveUp(const EditorWindowController *controller)
     if (m_documents.controllers().size() == 1)
         setDocument(*entry, std::make_unique<TextDocument>());
     else
-        removeAgreed(WindowController(entry->controller)); // Deletes the entry.
+        closeWithoutAsking(WindowController(entry->controller)); // Deletes the entry.
 }
 
 bool DocumentController::saveDocument(const EditorWindowController *controller)
@@ -331,7 +330,7 @@ void DocumentController::moveToNewWindow(const EditorWindowController *controlle
     const bool isWhole = former->isMaximized() || former->isFullScreen();
     window->resize(isWhole ? former->normalGeometry().size() : former->size());
     window->move(onScreen(position, isWhole ? window->size() : former->frameGeometry().size()));
-    window->setTabBarStays(true);
+    window->setTabBarAlwaysVisible(true);
     entry->controller->moveTo(window);
     bringForward(*controller);
 }
@@ -358,16 +357,16 @@ bool DocumentController::closeDocuments(const QList<const EditorWindowController
         if (entry == nullptr)
             continue; // It was closed during a question about another document.
         agreed << entry->controller;
-        if (!m_consent.isGivenFor(*entry))
+        if (!m_consent.confirmClose(*entry))
             return false;
     }
     for (const WindowController &controller : agreed)
-        removeAgreed(controller);
+        closeWithoutAsking(controller);
     return true;
 }
 
 /// Closes a document without asking, and with the last document of a window the window.
-void DocumentController::removeAgreed(const WindowController &controller)
+void DocumentController::closeWithoutAsking(const WindowController &controller)
 {
     if (controller->window()->count() > 1) {
         forget(controller);
@@ -376,16 +375,16 @@ void DocumentController::removeAgreed(const WindowController &controller)
         controller->moveTo(std::make_shared<EditorWindow>());
         return;
     }
-    const bool wasAgreed = std::exchange(m_closeIsAgreed, true);
+    const bool wasAgreed = std::exchange(m_skipsCloseQuestions, true);
     controller->window()->close();
-    m_closeIsAgreed = wasAgreed;
+    m_skipsCloseQuestions = wasAgreed;
 }
 
 bool DocumentController::closeAll()
 {
     // A dialog may already be open, for example when the session ends. Closing now could remove the
     // document that the dialog is about.
-    if (m_closingAll || m_consent.offersToStopAMacro() || m_consent.showsOpenQuestion())
+    if (m_closingAll || m_consent.offerToStopMacro() || m_consent.raiseOpenDialog())
         return false;
     m_closingAll = true;
     const QList<WindowController> controllers = windowControllers();
@@ -394,18 +393,18 @@ bool DocumentController::closeAll()
             // A document whose file could not be read may have been closed during a question about
             // another.
             OpenDocument *entry = m_documents.find(controller.get());
-            return entry == nullptr || m_consent.isGivenFor(*entry);
+            return entry == nullptr || m_consent.confirmClose(*entry);
         });
     // Close other windows first: if one refuses, the editor windows must still be open.
     const QWidgetList windows = QApplication::topLevelWidgets();
     for (QWidget *window : windows)
-        if (mayClose && window->isVisible() && m_documents.inFrontOf(window) == nullptr)
+        if (mayClose && window->isVisible() && m_documents.frontDocumentOf(window) == nullptr)
             mayClose = window->close();
-    m_closeIsAgreed = mayClose;
+    m_skipsCloseQuestions = mayClose;
     const auto editorWindows = m_documents.windows();
     for (qsizetype i = 0; mayClose && i < editorWindows.size(); ++i)
         editorWindows.at(i)->close();
-    m_closeIsAgreed = false;
+    m_skipsCloseQuestions = false;
     m_closingAll = false;
     return mayClose;
 }
@@ -419,7 +418,7 @@ bool DocumentController::eventFilter(QObject *watched, QEvent *event)
     }
     if (event->type() != QEvent::Close || window == nullptr)
         return QObject::eventFilter(watched, event);
-    if (!m_closeIsAgreed && !m_consent.isGivenFor(*window)) {
+    if (!m_skipsCloseQuestions && !m_consent.confirmClose(*window)) {
         event->ignore();
         return true;
     }

@@ -57,7 +57,7 @@ public:
     [[nodiscard]] TextDocument *documentOfFile(const QString &path) const;
 
     /// Applies to documents opened from now on.
-    void setPatience(const TransferPatience &patience) { m_patience = patience; }
+    void setTransferLimits(const TransferLimits &limits) { m_limits = limits; }
 
     /// Opens an untitled document.
     void newDocument(Placement placement = Placement::Tab);
@@ -126,18 +126,18 @@ private:
     bool openDocumentFrom(const QString &path, MissingFile missingFile, Placement placement);
     void readingDidEnd(const EditorWindowController *controller,
                        const std::optional<DocumentError> &error);
-    void giveUp(const EditorWindowController *controller);
+    void discardUnreadTab(const EditorWindowController *controller);
     bool closeDocuments(const QList<const EditorWindowController *> &controllers);
-    void removeAgreed(const WindowController &controller);
+    void closeWithoutAsking(const WindowController &controller);
     void forget(const WindowController &controller);
     void updateLabel(const EditorWindowController *controller);
 
     OpenDocuments m_documents;
     CloseConsent m_consent;
     QPointer<EditorWindow> m_activeWindow; // The last active one.
-    TransferPatience m_patience;
+    TransferLimits m_limits;
     QString m_folder; // The start folder of file dialogs.
-    bool m_closeIsAgreed = false;
+    bool m_skipsCloseQuestions = false;
     bool m_closingAll = false;
 };
 

@@ -142,7 +142,8 @@ bool offerToSaveElsewhere(QWidget *parent, const QString &path, const DocumentEr
     MessageBox box(QMessageBox::Warning,
                    wording::text(u"error.fileReadOnly"_s, u"このファイルには書き込めません"_s),
                    parent);
-    box.setInformation(visibleLine(QDir::toNativeSeparators(path)) + u"\n"_s + reasonOf(error));
+    box.setInformation(visibleLine(QDir::toNativeSeparators(path)) + u"\n"_s +
+                       errorReasonText(error));
     QPushButton *elsewhere = box.addTextButton(
         wording::text(u"dialog.saveElsewhere"_s, u"別名で保存…"_s), QMessageBox::AcceptRole);
     QPushButton *cancel =
@@ -196,7 +197,7 @@ void showOpenError(QWidget *parent, const QString &path, const DocumentError &er
     showFileError(parent,
                   wording::text(u"error.fileOpenFailed"_s, u"ファイルを開けませんでした"_s),
                   path,
-                  reasonOf(error));
+                  errorReasonText(error));
 }
 
 void showSaveError(QWidget *parent, const QString &path, const DocumentError &error)
@@ -205,8 +206,8 @@ void showSaveError(QWidget *parent, const QString &path, const DocumentError &er
                   wording::text(u"error.fileSaveFailed"_s, u"ファイルを保存できませんでした"_s),
                   path,
                   error.fileErrorKind == FileError::Kind::Damaged
-                      ? reasonOf(error) + u"\n"_s + placeOf(SafeCopy::left(path))
-                      : reasonOf(error));
+                      ? errorReasonText(error) + u"\n"_s + placeOf(SafeCopy::left(path))
+                      : errorReasonText(error));
 }
 
 void showFileInUse(QWidget *parent, const QString &path)
@@ -218,7 +219,7 @@ void showFileInUse(QWidget *parent, const QString &path)
                                 u"このファイルは別のタブで開いています。"_s));
 }
 
-QString reasonOf(const DocumentError &error)
+QString errorReasonText(const DocumentError &error)
 {
     if (error.domain == DocumentError::Domain::NSPOSIXErrorDomain)
         return reasonOfFileError(error.fileErrorKind);

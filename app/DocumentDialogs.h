@@ -52,7 +52,7 @@ void showSaveError(QWidget *parent, const QString &path, const DocumentError &er
 void showFileInUse(QWidget *parent, const QString &path);
 
 /// The reason why an operation failed, as text for the user.
-[[nodiscard]] QString reasonOf(const DocumentError &error);
+[[nodiscard]] QString errorReasonText(const DocumentError &error);
 
 } // namespace dialogs
 

@@ -9,15 +9,15 @@ namespace penwick {
 namespace {
 
 tl::expected<void, DocumentError>
-read(TextDocument &document, const QString &path, const TransferPatience &patience)
+read(TextDocument &document, const QString &path, const TransferLimits &limits)
 {
     const QFileInfo info(path);
     // Report a file that cannot be read at all before a window opens for it.
-    if (!info.isFile() || !info.isReadable() || info.size() < patience.directBytes)
+    if (!info.isFile() || !info.isReadable() || info.size() < limits.directBytes)
         return document.readFromFile(path);
     document.startReading(path);
-    if (patience.reading.count() > 0) {
-        if (const auto outcome = document.waitForTransfer(patience.reading))
+    if (limits.reading.count() > 0) {
+        if (const auto outcome = document.waitForTransfer(limits.reading))
             return *outcome;
     }
     document.setFilePath(path); // The window belongs to the file from now on.
@@ -41,10 +41,10 @@ std::optional<DocumentError> obstacleToNewFile(const QString &path, const Docume
 } // namespace
 
 tl::expected<std::unique_ptr<TextDocument>, DocumentError>
-readDocument(const QString &path, MissingFile missingFile, const TransferPatience &patience)
+readDocument(const QString &path, MissingFile missingFile, const TransferLimits &limits)
 {
     auto document = std::make_unique<TextDocument>();
-    if (const auto wasRead = read(*document, path, patience); !wasRead) {
+    if (const auto wasRead = read(*document, path, limits); !wasRead) {
         const auto obstacle = missingFile == MissingFile::IsAnEmptyDocument
                                   ? obstacleToNewFile(path, wasRead.error())
                                   : wasRead.error();

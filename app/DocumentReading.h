@@ -18,6 +18,6 @@ enum class MissingFile {
 /// returned while it is still being read (`isReading`). Errors that are known at once are returned.
 /// \param path absolute.
 [[nodiscard]] tl::expected<std::unique_ptr<TextDocument>, DocumentError>
-readDocument(const QString &path, MissingFile missingFile, const TransferPatience &patience);
+readDocument(const QString &path, MissingFile missingFile, const TransferLimits &limits);
 
 } // namespace penwick

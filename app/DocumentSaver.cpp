@@ -14,10 +14,10 @@ namespace penwick {
 
 DocumentSaver::DocumentSaver(TextDocument *document,
                              const EditorWindowController *controller,
-                             const TransferPatience &patience)
+                             const TransferLimits &limits)
     : m_document(document)
     , m_controller(controller)
-    , m_patience(patience)
+    , m_limits(limits)
 {
     connect(document,
             &TextDocument::transferEnded,
@@ -42,7 +42,7 @@ bool DocumentSaver::save(const QString &path)
 bool DocumentSaver::write(const QString &path)
 {
     m_path = path;
-    if (m_document->contentString().metrics().utf8Bytes >= m_patience.directBytes) {
+    if (m_document->contentString().metrics().utf8Bytes >= m_limits.directBytes) {
         m_document->startWriting(path);
         return true;
     }
@@ -64,7 +64,7 @@ bool DocumentSaver::recover(const DocumentError &error)
     }
     // Take this version before the question: a change made during the question needs another one.
     const std::optional<FileVersion> version = FileVersion::of(m_path);
-    if (!mayReplace(version))
+    if (!confirmReplace(version))
         return false;
     if (m_path == m_document->filePath()) {
         m_document->acceptFileVersion(version);
@@ -74,7 +74,7 @@ bool DocumentSaver::recover(const DocumentError &error)
     return write(m_path);
 }
 
-bool DocumentSaver::mayReplace(const std::optional<FileVersion> &version) const
+bool DocumentSaver::confirmReplace(const std::optional<FileVersion> &version) const
 {
     // A file that was only touched still has the known content. A large file is not read to find
     // out.
@@ -110,7 +110,7 @@ std::optional<DocumentError> DocumentSaver::awaitOne(const QString &name)
 {
     std::optional<DocumentError> error;
     m_isAwaited = true;
-    if (const auto outcome = m_document->waitForTransfer(m_patience.saving)) {
+    if (const auto outcome = m_document->waitForTransfer(m_limits.saving)) {
         error = *outcome ? std::nullopt : std::optional(outcome->error());
     } else {
         SavingDialog dialog(m_controller->window(), m_document, name);

@@ -15,7 +15,7 @@ namespace penwick {
 class EditorWindowController;
 
 /// Limits that decide what is read and written at once and what on another thread.
-struct TransferPatience
+struct TransferLimits
 {
     /// Files and texts with fewer bytes are read and written at once.
     qint64 directBytes = 1'000'000;
@@ -37,7 +37,7 @@ public:
     /// \param controller its window is the parent of all messages; not owned; must outlive this.
     DocumentSaver(TextDocument *document,
                   const EditorWindowController *controller,
-                  const TransferPatience &patience);
+                  const TransferLimits &limits);
 
     /// Asks for another file and saves there. True when that is done or under way.
     using SaveElsewhere = std::function<bool()>;
@@ -62,13 +62,13 @@ public:
 private:
     bool write(const QString &path);
     [[nodiscard]] bool recover(const DocumentError &error);
-    [[nodiscard]] bool mayReplace(const std::optional<FileVersion> &version) const;
+    [[nodiscard]] bool confirmReplace(const std::optional<FileVersion> &version) const;
     bool end(const std::optional<DocumentError> &error);
     [[nodiscard]] std::optional<DocumentError> awaitOne(const QString &name);
 
     TextDocument *m_document;
     const EditorWindowController *m_controller;
-    TransferPatience m_patience;
+    TransferLimits m_limits;
     QString m_path;            // The target of the last save, successful or not.
     bool m_savesAgain = false; // A save was requested while another was under way.
     bool m_isAwaited = false;

@@ -78,15 +78,15 @@ private:
 } // namespace
 
 tl::expected<void, HandOverError>
-handOver(const OpenRequest &request, const LocalSocket &stream, std::chrono::milliseconds patience)
+handOver(const OpenRequest &request, const LocalSocket &stream, std::chrono::milliseconds timeout)
 {
-    Writer writer(stream, patience);
+    Writer writer(stream, timeout);
     // After a failed write, read the reply: the other side may have said why it refuses.
     if (!sendRequest(request, [&writer](QByteArrayView bytes) { return writer.write(bytes); }) &&
         writer.hasStalled())
         return tl::unexpected(HandOverError{Kind::NoAnswer});
     ReplyStream replies(stream);
-    const auto answer = replies.next(QDeadlineTimer(patience), Kind::NotTaken);
+    const auto answer = replies.next(QDeadlineTimer(timeout), Kind::NotTaken);
     if (!answer)
         return tl::unexpected(answer.error());
     if (answer->kind == Reply::Kind::Refused)

@@ -28,9 +28,9 @@ struct HandOverError
 
 /// Hands the request over. Returns when the running process has taken it, or, for a request that
 /// waits, when all of its documents are closed.
-/// \param patience how long to wait for each sign of progress until the running process has taken
+/// \param timeout how long to wait for each sign of progress until the running process has taken
 ///        the request.
 [[nodiscard]] tl::expected<void, HandOverError>
-handOver(const OpenRequest &request, const LocalSocket &stream, std::chrono::milliseconds patience);
+handOver(const OpenRequest &request, const LocalSocket &stream, std::chrono::milliseconds timeout);
 
 } // namespace penwick

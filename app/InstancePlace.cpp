@@ -68,7 +68,7 @@ std::optional<tl::expected<Arrival, ArrivalError>> tryToArrive(const InstanceAdd
     auto stream = LocalSocket::connectTo(address.socket);
     if (stream)
         return Arrival(*std::move(stream));
-    if (stream.error() == LocalSocket::Error::Stranger)
+    if (stream.error() == LocalSocket::Error::OtherUser)
         return tl::unexpected(ArrivalError::Forbidden);
     if (stream.error() == LocalSocket::Error::Busy)
         return std::nullopt;
@@ -131,7 +131,7 @@ bool InstancePlace::stands() const
 
 bool InstancePlace::renew()
 {
-    if (!makePrivateFolder(m_address.folder()))
+    if (!ensurePrivateFolder(m_address.folder()))
         return false;
     // Take the lock first: only its holder may listen.
     if (!holdsLock()) {

@@ -30,7 +30,7 @@ constexpr std::chrono::milliseconds kMaxRetryDelay{60'000};
 } // namespace
 
 InstanceClient::InstanceClient(LocalSocket stream,
-                               std::chrono::milliseconds patience,
+                               std::chrono::milliseconds clientTimeout,
                                QObject *parent)
     : QObject(parent)
     , m_stream(std::move(stream))
@@ -38,7 +38,7 @@ InstanceClient::InstanceClient(LocalSocket stream,
 {
     connect(&m_notifier, &QSocketNotifier::activated, this, &InstanceClient::readSome);
     m_timer.setSingleShot(true);
-    m_timer.setInterval(patience);
+    m_timer.setInterval(clientTimeout);
     connect(&m_timer, &QTimer::timeout, this, &InstanceClient::end);
     m_timer.start();
 }
@@ -56,10 +56,10 @@ void InstanceClient::readSome()
         return;
     }
     m_timer.start();
-    takeIn(QByteArrayView(bytes.data(), *count));
+    decode(QByteArrayView(bytes.data(), *count));
 }
 
-void InstanceClient::takeIn(QByteArrayView bytes)
+void InstanceClient::decode(QByteArrayView bytes)
 {
     const auto complete = m_reader.append(bytes);
     if (!complete) {
@@ -107,24 +107,24 @@ void InstanceClient::end()
 }
 
 InstanceServer::InstanceServer(InstancePlace place,
-                               std::chrono::milliseconds patience,
+                               std::chrono::milliseconds clientTimeout,
                                QObject *parent)
     : QObject(parent)
     , m_place(std::move(place))
-    , m_patience(patience)
-    , m_untilNextLook(kSettleTime)
+    , m_clientTimeout(clientTimeout)
+    , m_retryDelay(kSettleTime)
 {
     listen();
     m_pause.setSingleShot(true);
     m_pause.setInterval(kAcceptRetryDelay);
     connect(&m_pause, &QTimer::timeout, this, [this] { setAccepting(true); });
-    m_lookTimer.setSingleShot(true);
-    connect(&m_lookTimer, &QTimer::timeout, this, &InstanceServer::lookAfterPlace);
+    m_checkTimer.setSingleShot(true);
+    connect(&m_checkTimer, &QTimer::timeout, this, &InstanceServer::checkPlace);
     connect(&m_watcher,
             &QFileSystemWatcher::directoryChanged,
             this,
-            &InstanceServer::lookAfterPlaceSoon);
-    m_lookTimer.start(kFirstCheckDelay);
+            &InstanceServer::schedulePlaceCheck);
+    m_checkTimer.start(kFirstCheckDelay);
 }
 
 InstanceServer::~InstanceServer()
@@ -137,7 +137,7 @@ void InstanceServer::leave()
     if (!m_place)
         return;
     m_notifier.reset();
-    m_lookTimer.stop();
+    m_checkTimer.stop();
     InstancePlace::leave(*std::exchange(m_place, std::nullopt));
     for (InstanceClient *client : std::exchange(m_arriving, {}))
         delete client;
@@ -158,24 +158,25 @@ void InstanceServer::watch()
     m_watcher.addPath(folder);
 }
 
-void InstanceServer::lookAfterPlaceSoon()
+void InstanceServer::schedulePlaceCheck()
 {
-    if (m_place && (!m_lookTimer.isActive() || m_lookTimer.remainingTimeAsDuration() > kSettleTime))
-        m_lookTimer.start(kSettleTime);
+    if (m_place &&
+        (!m_checkTimer.isActive() || m_checkTimer.remainingTimeAsDuration() > kSettleTime))
+        m_checkTimer.start(kSettleTime);
 }
 
-void InstanceServer::lookAfterPlace()
+void InstanceServer::checkPlace()
 {
     if (m_watcher.directories().isEmpty())
         watch(); // Watch before the check, so that no change in between is missed.
     if (!m_place->stands())
         renewPlace();
     if (m_place->stands()) {
-        m_untilNextLook = kSettleTime;
+        m_retryDelay = kSettleTime;
         return;
     }
-    m_lookTimer.start(m_untilNextLook);
-    m_untilNextLook = std::min(2 * m_untilNextLook, kMaxRetryDelay);
+    m_checkTimer.start(m_retryDelay);
+    m_retryDelay = std::min(2 * m_retryDelay, kMaxRetryDelay);
 }
 
 void InstanceServer::renewPlace()
@@ -194,7 +195,7 @@ void InstanceServer::acceptAll()
         auto stream = m_place->listening().accept();
         if (stream) {
             adopt(*std::move(stream));
-        } else if (stream.error() == Error::NobodyWaits) {
+        } else if (stream.error() == Error::NoPendingConnection) {
             return;
         } else if (stream.error() == Error::System) {
             m_pause.start();
@@ -213,7 +214,7 @@ void InstanceServer::setAccepting(bool accepts)
 
 void InstanceServer::adopt(LocalSocket stream)
 {
-    auto *client = new InstanceClient(std::move(stream), m_patience, this);
+    auto *client = new InstanceClient(std::move(stream), m_clientTimeout, this);
     m_arriving.push_back(client);
     const auto forget = [this, client] {
         m_arriving.erase(std::remove(m_arriving.begin(), m_arriving.end(), client),

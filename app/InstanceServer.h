@@ -24,8 +24,8 @@ class InstanceClient final : public QObject
     Q_OBJECT
 
 public:
-    /// \param patience how long to wait for the client's next bytes.
-    InstanceClient(LocalSocket stream, std::chrono::milliseconds patience, QObject *parent);
+    /// \param clientTimeout how long to wait for the client's next bytes.
+    InstanceClient(LocalSocket stream, std::chrono::milliseconds clientTimeout, QObject *parent);
 
     /// Replies that the request will be opened, and ends the connection unless the request waits.
     /// \return false when the client is gone. It reported a failure then, so do not open its
@@ -42,7 +42,7 @@ Q_SIGNALS:
 
 private:
     void readSome();
-    void takeIn(QByteArrayView bytes);
+    void decode(QByteArrayView bytes);
     bool answer(const Reply &reply);
     void end();
 
@@ -62,10 +62,10 @@ class InstanceServer final : public QObject
     Q_OBJECT
 
 public:
-    static constexpr std::chrono::seconds kPatience{10};
+    static constexpr std::chrono::seconds kClientTimeout{10};
 
     explicit InstanceServer(InstancePlace place,
-                            std::chrono::milliseconds patience = kPatience,
+                            std::chrono::milliseconds clientTimeout = kClientTimeout,
                             QObject *parent = nullptr);
     /// Gives the place up.
     ~InstanceServer() override;
@@ -81,21 +81,21 @@ Q_SIGNALS:
 private:
     void listen();
     void watch();
-    void lookAfterPlaceSoon();
-    void lookAfterPlace();
+    void schedulePlaceCheck();
+    void checkPlace();
     void renewPlace();
     void acceptAll();
     void setAccepting(bool accepts);
     void adopt(LocalSocket stream);
 
     std::optional<InstancePlace> m_place;
-    std::chrono::milliseconds m_patience;
+    std::chrono::milliseconds m_clientTimeout;
     std::unique_ptr<QSocketNotifier> m_notifier;
     QTimer m_pause; // The delay after a failed accept.
     QFileSystemWatcher m_watcher;
-    QTimer m_lookTimer;
-    std::chrono::milliseconds m_untilNextLook; // The delay after the next failed check.
-    std::vector<InstanceClient *> m_arriving;  // Their requests are not complete yet.
+    QTimer m_checkTimer;
+    std::chrono::milliseconds m_retryDelay;   // The delay after the next failed check.
+    std::vector<InstanceClient *> m_arriving; // Their requests are not complete yet.
 };
 
 } // namespace penwick

@@ -76,7 +76,7 @@ OpenDocument *OpenDocuments::find(const EditorWindowController *controller) cons
     });
 }
 
-OpenDocument *OpenDocuments::inFrontOf(const QWidget *window) const
+OpenDocument *OpenDocuments::frontDocumentOf(const QWidget *window) const
 {
     return first(m_entries, [window](const OpenDocument &entry) {
         return entry.controller->window() == window && entry.controller->isInFront();

@@ -40,7 +40,7 @@ public:
     /// Each look-up returns null when there is no match, and for null.
     [[nodiscard]] OpenDocument *find(const EditorWindowController *controller) const;
     /// The document in the front tab of an editor window.
-    [[nodiscard]] OpenDocument *inFrontOf(const QWidget *window) const;
+    [[nodiscard]] OpenDocument *frontDocumentOf(const QWidget *window) const;
     /// The document that has this file or is being saved to it.
     /// \param path absolute.
     [[nodiscard]] OpenDocument *withFile(const QString &path) const;

@@ -95,8 +95,8 @@ void OpenRequests::take(InstanceClient *client, const OpenRequest &request)
     if (!client->taken())
         return; // The client has given up meanwhile and reported it.
     m_waiting.push_back({client, request});
-    if (m_stay == nullptr)
-        m_stay = std::make_unique<QEventLoopLocker>();
+    if (m_quitLock == nullptr)
+        m_quitLock = std::make_unique<QEventLoopLocker>();
     m_timer.start();
     if (QWidget *question = openQuestion()) {
         allowActivation(request.activationToken, request.startupId);
@@ -122,7 +122,7 @@ void OpenRequests::openWaiting()
     m_isOpening = false;
     if (m_waiting.empty()) {
         m_timer.stop();
-        m_stay.reset();
+        m_quitLock.reset();
     }
 }
 
@@ -130,23 +130,23 @@ void OpenRequests::carryOut(const Waiting &waiting)
 {
     const OpenRequest &request = waiting.request;
     // The first documents may be closed again before the last one is open.
-    m_beginning = Watch{waiting.client, {}, true};
+    m_currentWatch = Watch{waiting.client, {}, true};
     for (const OpenRequest::Item &item : request.items) {
         const TextDocument *document = openItem(item, placementOf(request));
         if (document != nullptr)
-            m_beginning->open.insert(document);
+            m_currentWatch->open.insert(document);
         else
-            m_beginning->openedAll = false;
+            m_currentWatch->openedAll = false;
     }
     if (request.items.isEmpty()) {
         if (const TextDocument *untitled = comeForward(request))
-            m_beginning->open.insert(untitled);
+            m_currentWatch->open.insert(untitled);
     }
-    auto watch = std::exchange(m_beginning, std::nullopt);
+    auto watch = std::exchange(m_currentWatch, std::nullopt);
     if (!watch || !request.wait)
         return;
     m_watches.push_back(*std::move(watch));
-    tellWhoIsDone();
+    notifyFinishedClients();
 }
 
 const TextDocument *OpenRequests::openItem(const OpenRequest::Item &item, Placement placement)
@@ -211,12 +211,12 @@ void OpenRequests::forget(const TextDocument *document)
             watch.openedAll = watch.openedAll && wasRead;
     };
     std::for_each(m_watches.begin(), m_watches.end(), forgetIn);
-    if (m_beginning)
-        forgetIn(*m_beginning);
-    tellWhoIsDone();
+    if (m_currentWatch)
+        forgetIn(*m_currentWatch);
+    notifyFinishedClients();
 }
 
-void OpenRequests::tellWhoIsDone()
+void OpenRequests::notifyFinishedClients()
 {
     const auto isDone = [](const Watch &watch) { return watch.open.isEmpty(); };
     for (const Watch &watch : m_watches)

@@ -71,16 +71,16 @@ private:
     void followReading(TextDocument *document, const std::optional<TextPlace> &place);
     void showPlace(TextDocument *document, const TextPlace &place);
     void forget(const TextDocument *document);
-    void tellWhoIsDone();
+    void notifyFinishedClients();
 
     DocumentController *m_documents;
     FrontWindow m_frontWindow;
     std::unique_ptr<InstanceServer> m_server;
     std::deque<Waiting> m_waiting;
-    std::unique_ptr<QEventLoopLocker> m_stay; // Set while requests wait.
+    std::unique_ptr<QEventLoopLocker> m_quitLock; // Set while requests wait.
     bool m_isOpening = false;
     std::vector<Watch> m_watches;
-    std::optional<Watch> m_beginning;     // The request whose documents are being opened.
+    std::optional<Watch> m_currentWatch;  // The request whose documents are being opened.
     QSet<const TextDocument *> m_reading; // Opened documents whose text is still being read.
     QTimer m_timer;
 };

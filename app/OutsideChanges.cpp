@@ -52,7 +52,7 @@ void OutsideChanges::check()
     connect(m_check.get(),
             &FileCheck::finished,
             this,
-            [this, path = m_document->filePath()](const FileFinding &finding) {
+            [this, path = m_document->filePath()](const FileCheckResult &finding) {
                 m_check.release()->deleteLater(); // It must outlive its signal.
                 if (m_checksAgain)
                     QMetaObject::invokeMethod(this, &OutsideChanges::check, Qt::QueuedConnection);
@@ -61,14 +61,14 @@ void OutsideChanges::check()
             });
 }
 
-void OutsideChanges::take(const FileFinding &finding)
+void OutsideChanges::take(const FileCheckResult &finding)
 {
     // Show no dialog over another one. The check on the user's next return to the window shows it.
     if (finding.copies != m_copies && QApplication::activeModalWidget() == nullptr) {
         m_copies = finding.copies;
         dialogs::showInterruptedSave(m_controller->window(), m_document->filePath(), m_copies);
     }
-    if (finding.kind != FileFinding::Kind::Same) {
+    if (finding.kind != FileCheckResult::Kind::Same) {
         m_finding = finding;
         settle();
     }
@@ -102,17 +102,17 @@ void OutsideChanges::settle()
     if (!finding)
         return;
     switch (finding->kind) {
-    case FileFinding::Kind::Same:
+    case FileCheckResult::Kind::Same:
         break;
-    case FileFinding::Kind::Text:
+    case FileCheckResult::Kind::Text:
         takeText(finding->stored);
         break;
-    case FileFinding::Kind::Missing:
+    case FileCheckResult::Kind::Missing:
         keepOnly(wording::text(u"status.fileDeleted"_s,
                                u"ファイルが削除または移動されました。保存すると再び作られます"_s),
                  *finding);
         break;
-    case FileFinding::Kind::Unreadable:
+    case FileCheckResult::Kind::Unreadable:
         keepOnly(wording::text(u"status.fileUnreadable"_s,
                                u"ファイルが読めなくなりました。文書はそのまま残しています"_s),
                  *finding);
@@ -136,7 +136,7 @@ void OutsideChanges::load(const StoredText &stored)
 {
     TextView *view = m_controller->textView();
     const TextDifference difference = differenceBetween(view->string(), stored.text);
-    view->takeIn(difference.range, difference.replacement);
+    view->applyOutsideChange(difference.range, difference.replacement);
     m_document->adoptFileText(stored);
     m_controller->showMacroMessage(
         NotificationType::Info,
@@ -161,7 +161,7 @@ void OutsideChanges::ask(const StoredText &stored)
         });
 }
 
-void OutsideChanges::keepOnly(const QString &message, const FileFinding &finding)
+void OutsideChanges::keepOnly(const QString &message, const FileCheckResult &finding)
 {
     m_told = Told{finding.stored.version, m_base};
     m_document->textStorage()->forgetSavePoint();

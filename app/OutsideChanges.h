@@ -30,20 +30,20 @@ public:
     void check();
 
 private:
-    void take(const FileFinding &finding);
+    void take(const FileCheckResult &finding);
     void settle();
     [[nodiscard]] bool hasToWait() const;
     void takeText(const StoredText &stored);
     void load(const StoredText &stored);
     void ask(const StoredText &stored);
-    void keepOnly(const QString &message, const FileFinding &finding);
+    void keepOnly(const QString &message, const FileCheckResult &finding);
 
     TextDocument *m_document;
     EditorWindowController *m_controller;
     std::unique_ptr<FileCheck> m_check;
-    bool m_checksAgain = false;           // Another check was requested while one is under way.
-    std::optional<FileVersion> m_base;    // The version known at the start of the check.
-    std::optional<FileFinding> m_finding; // Set until it can be acted on.
+    bool m_checksAgain = false;               // Another check was requested while one is under way.
+    std::optional<FileVersion> m_base;        // The version known at the start of the check.
+    std::optional<FileCheckResult> m_finding; // Set until it can be acted on.
     QTimer m_retry;
     QPointer<QMessageBox> m_question;
 

@@ -21,7 +21,7 @@ QString protectionLine(const QString &name, bool isActive)
 QStringList causes(const ScriptError &error)
 {
     switch (error.code) {
-    case ScriptError::Code::HostDied:
+    case ScriptError::Code::HostEnded:
         return hostEndingDetails(error.ending);
     case ScriptError::Code::HostUnavailable:
         return {wording::text(u"macro.error.hostUnavailable"_s,
@@ -102,7 +102,7 @@ QString scriptHostReport(const EngineTrial &trial)
     return (lines + engineLines(trial)).join(u'\n');
 }
 
-QString missingWalls(const std::optional<HostProtection> &protection)
+QString missingProtections(const std::optional<HostProtection> &protection)
 {
     if (!protection)
         return u"the process that runs them"_s;
@@ -136,7 +136,7 @@ QString engineLogLine(const EngineTrial &trial)
     if (trial.isPassed())
         return {};
     QStringList details = trial.failures;
-    if (trial.error && trial.error->code == ScriptError::Code::HostDied) {
+    if (trial.error && trial.error->code == ScriptError::Code::HostEnded) {
         details << trial.step << hostEndingLogLine(trial.error->ending);
     } else if (trial.error) {
         details << trial.step << trial.error->text

@@ -16,7 +16,7 @@ namespace penwick {
 
 /// For the log: the protections that are missing, in English. Empty when all are active. No value
 /// means that the script host did not start and macros do not run at all; the result says so.
-[[nodiscard]] QString missingWalls(const std::optional<HostProtection> &protection);
+[[nodiscard]] QString missingProtections(const std::optional<HostProtection> &protection);
 
 /// For the user: why macros will fail, or which protection they lack, and what to do about it.
 /// Empty when the trial passed and system calls are filtered.

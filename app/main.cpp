@@ -30,7 +30,7 @@ constexpr int kUsageError = 2;
 
 int answer(const QString &text)
 {
-    const auto written = penwick::writeAnswer(text.toLocal8Bit() + '\n');
+    const auto written = penwick::writeStandardOutput(text.toLocal8Bit() + '\n');
     if (written)
         return 0;
     // Print no error for a closed pipe: the reader has stopped on purpose.
@@ -105,7 +105,7 @@ int main(int argc, char *argv[])
     std::signal(SIGPIPE, SIG_IGN);
     // A limit on file sizes must not either; it then causes an error like that of a full disk.
     std::signal(SIGXFSZ, SIG_IGN);
-    penwick::fillStandardStreams();
+    penwick::openMissingStandardStreams();
     QByteArrayList arguments;
     for (int i = 1; i < argc; ++i)
         arguments << QByteArray(argv[i]);
@@ -128,7 +128,7 @@ int main(int argc, char *argv[])
 
     penwick::AppDelegate delegate;
     if (editor.isInBackground)
-        penwick::leaveStandardStreams();
+        penwick::detachStandardStreams();
     if (editor.place)
         delegate.listenAt(*std::move(editor.place));
     delegate.applicationDidFinishLaunching(editor.request);

@@ -16,7 +16,7 @@ void JavaScriptLines::reset()
     m_states = {JavaScriptState()};
     m_stateNumbers = {{JavaScriptState(), 0}};
     m_numbers.assign(1, 0);
-    m_doubts.clear();
+    m_staleLines.clear();
 }
 
 void JavaScriptLines::linesChanged(qint64 first, qint64 oldCount, qint64 newCount)
@@ -28,7 +28,7 @@ void JavaScriptLines::linesChanged(qint64 first, qint64 oldCount, qint64 newCoun
         return; // The lines after `first` have not been read.
     if (oldEnd >= m_numbers.size()) {
         m_numbers.resize(start + 1);
-        std::erase_if(m_doubts, [start](std::size_t doubt) { return doubt >= start; });
+        std::erase_if(m_staleLines, [start](std::size_t doubt) { return doubt >= start; });
         return;
     }
     const auto from = m_numbers.begin() + static_cast<std::ptrdiff_t>(start) + 1;
@@ -40,11 +40,11 @@ void JavaScriptLines::linesChanged(qint64 first, qint64 oldCount, qint64 newCoun
               m_numbers.begin() + static_cast<std::ptrdiff_t>(newEnd),
               kUnknown);
     std::vector<std::size_t> doubts;
-    for (const std::size_t doubt : std::as_const(m_doubts))
+    for (const std::size_t doubt : std::as_const(m_staleLines))
         if (doubt < start || doubt >= oldEnd)
             doubts.push_back(doubt < start ? doubt : doubt + newEnd - oldEnd);
     doubts.insert(std::lower_bound(doubts.begin(), doubts.end(), start), start);
-    m_doubts = std::move(doubts);
+    m_staleLines = std::move(doubts);
 }
 
 int JavaScriptLines::numberOf(const JavaScriptState &state)
@@ -69,19 +69,19 @@ void JavaScriptLines::advance(std::size_t line)
         m_numbers.push_back(number);
         return;
     }
-    // `line` is the first one in `m_doubts`.
-    m_doubts.erase(m_doubts.begin());
+    // `line` is the first one in `m_staleLines`.
+    m_staleLines.erase(m_staleLines.begin());
     if (std::exchange(m_numbers[line + 1], number) == number || line + 2 == m_numbers.size())
         return;
-    if (m_doubts.empty() || m_doubts.front() != line + 1)
-        m_doubts.insert(m_doubts.begin(), line + 1);
+    if (m_staleLines.empty() || m_staleLines.front() != line + 1)
+        m_staleLines.insert(m_staleLines.begin(), line + 1);
 }
 
 int JavaScriptLines::stateNumberAt(qint64 line)
 {
     const auto wanted = static_cast<std::size_t>(line);
-    while (!m_doubts.empty() && m_doubts.front() < wanted)
-        advance(m_doubts.front());
+    while (!m_staleLines.empty() && m_staleLines.front() < wanted)
+        advance(m_staleLines.front());
     while (m_numbers.size() <= wanted)
         advance(m_numbers.size() - 1);
     return m_numbers[wanted];

@@ -50,7 +50,7 @@ private:
     std::vector<int> m_numbers; // By line, for the part of the text that was read.
     // Ascending. For each of these lines the number of the next line may be out of date; each other
     // line leads from its own number to the next one.
-    std::vector<std::size_t> m_doubts;
+    std::vector<std::size_t> m_staleLines;
     qint64 m_linesRead = 0;
 };
 

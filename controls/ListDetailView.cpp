@@ -99,8 +99,8 @@ void ListDetailView::makeList()
     });
     connect(m_model, &QStandardItemModel::itemChanged, this, [this](const QStandardItem *item) {
         if (!m_isUpdating && item->isCheckable())
-            Q_EMIT switchTurned(item->data(SidebarDelegate::IdRole).toString(),
-                                item->checkState() == Qt::Checked);
+            Q_EMIT switchToggled(item->data(SidebarDelegate::IdRole).toString(),
+                                 item->checkState() == Qt::Checked);
     });
 }
 
@@ -181,7 +181,7 @@ void ListDetailView::setDetailShown(bool isShown)
 /// Handles a navigation key in a list that has a current row but no selection. QListView does not
 /// select the current row when the key leads to that same row. True when no further handling is
 /// needed.
-bool ListDetailView::selectPlace(int key)
+bool ListDetailView::handleNavigationKey(int key)
 {
     const QModelIndex place = m_list->currentIndex();
     const bool isStep = key == Qt::Key_Up || key == Qt::Key_Down;
@@ -200,7 +200,7 @@ bool ListDetailView::eventFilter(QObject *watched, QEvent *event)
             Q_EMIT deleteRequested();
             return true;
         }
-        if (selectPlace(key->key()))
+        if (handleNavigationKey(key->key()))
             return true;
     }
     return QWidget::eventFilter(watched, event);

@@ -74,7 +74,7 @@ public:
 Q_SIGNALS:
     /// Emitted when the user selects another row or none; `markedId` is the new one.
     void markedByUser();
-    void switchTurned(const QString &id, bool isOn);
+    void switchToggled(const QString &id, bool isOn);
     /// Emitted when the user presses Delete or Backspace in the list.
     void deleteRequested();
 
@@ -83,7 +83,7 @@ protected:
 
 private:
     void makeList();
-    bool selectPlace(int key);
+    bool handleNavigationKey(int key);
 
     QHBoxLayout *m_header;
     QListView *m_list;

@@ -13,7 +13,7 @@ namespace penwick {
 ManagerWindow::ManagerWindow(QString frameName,
                              QSize contentSize,
                              QSize minimumSize,
-                             FirstPlace firstPlace,
+                             InitialPosition firstPlace,
                              UserDefaults &defaults)
     : m_frameName(std::move(frameName))
     , m_defaults(defaults)
@@ -21,7 +21,7 @@ ManagerWindow::ManagerWindow(QString frameName,
     resize(contentSize);
     setMinimumSize(minimumSize);
     move(screen()->availableGeometry().topLeft());
-    if (firstPlace == FirstPlace::Center)
+    if (firstPlace == InitialPosition::Center)
         centerWindow(this);
     keepFrame();
     auto *close = new QShortcut(QKeySequence::Close, this);
@@ -47,14 +47,14 @@ void ManagerWindow::showInFront()
     activateWindow();
 }
 
-void ManagerWindow::setMayClose(std::function<bool()> mayClose)
+void ManagerWindow::setCloseGuard(std::function<bool()> mayClose)
 {
-    m_mayClose = std::move(mayClose);
+    m_closeGuard = std::move(mayClose);
 }
 
 void ManagerWindow::closeEvent(QCloseEvent *event)
 {
-    if (m_mayClose && !m_mayClose()) {
+    if (m_closeGuard && !m_closeGuard()) {
         event->ignore();
         return;
     }

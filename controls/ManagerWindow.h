@@ -17,7 +17,7 @@ class ManagerWindow final : public QMainWindow
 public:
     /// The position of a window whose name has no stored frame. If another window uses the name,
     /// this one is always centered.
-    enum class FirstPlace { Origin, Center };
+    enum class InitialPosition { Origin, Center };
 
     /// \param frameName as for `setFrameAutosaveName`.
     /// \param contentSize, minimumSize in device-independent pixels.
@@ -25,14 +25,14 @@ public:
     ManagerWindow(QString frameName,
                   QSize contentSize,
                   QSize minimumSize,
-                  FirstPlace firstPlace,
+                  InitialPosition firstPlace,
                   UserDefaults &defaults);
 
     /// Shows the window, restores it if it is minimised, and brings it to the front.
     void showInFront();
 
     /// Sets the function that is called before the window closes; false keeps it open.
-    void setMayClose(std::function<bool()> mayClose);
+    void setCloseGuard(std::function<bool()> mayClose);
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -42,7 +42,7 @@ private:
 
     const QString m_frameName;
     UserDefaults &m_defaults;
-    std::function<bool()> m_mayClose;
+    std::function<bool()> m_closeGuard;
     bool m_wasHidden = false;
 };
 

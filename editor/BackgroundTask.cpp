@@ -73,7 +73,7 @@ BackgroundTask::~BackgroundTask()
     cancel();
 }
 
-void BackgroundTask::start(Work work, int patience)
+void BackgroundTask::start(Work work, int waitTime)
 {
     cancel();
     const auto run = std::make_shared<Run>();
@@ -81,7 +81,7 @@ void BackgroundTask::start(Work work, int patience)
     const QFuture<Completion> future = run->promise.future();
     m_isRunning = true;
     pool().start([run, work = std::move(work)] { carryOut(work, *run); });
-    const bool hasEnded = patience > 0 && run->ended.tryAcquire(1, patience);
+    const bool hasEnded = waitTime > 0 && run->ended.tryAcquire(1, waitTime);
     m_watcher.setFuture(future);
     if (hasEnded)
         complete();

@@ -25,10 +25,10 @@ public:
     /// Runs on the worker thread: it may use only what it owns.
     using Work = std::function<Completion(const IsCancelled &)>;
 
-    /// Starts `work` and waits for it at most `patience` milliseconds. If it ends in that time, its
+    /// Starts `work` and waits for it at most `waitTime` milliseconds. If it ends in that time, its
     /// completion is called before this returns, so that the result of quick work is on the screen
     /// at once. Otherwise the completion is called later, from the event loop.
-    void start(Work work, int patience = 0);
+    void start(Work work, int waitTime = 0);
 
     void cancel();
 

@@ -9,14 +9,14 @@
 
 namespace penwick {
 
-FileFinding
-lookAtFile(const QString &path, const std::optional<FileVersion> &known, TransferProgress &progress)
+FileCheckResult
+checkFile(const QString &path, const std::optional<FileVersion> &known, TransferProgress &progress)
 {
     // Another program may be writing the file in several steps: retry until the version is the same
     // before and after the read.
     constexpr int kAttempts = 10;
     constexpr std::chrono::milliseconds kPause{50};
-    FileFinding finding;
+    FileCheckResult finding;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         finding = {};
         finding.stored.version = FileVersion::of(path);
@@ -24,12 +24,12 @@ lookAtFile(const QString &path, const std::optional<FileVersion> &known, Transfe
             return finding;
         auto read = readTextFile(path, progress);
         if (read) {
-            finding.kind = FileFinding::Kind::Text;
+            finding.kind = FileCheckResult::Kind::Text;
             finding.stored = std::move(*read);
         } else if (read.error().fileErrorKind == FileError::Kind::NotFound) {
-            finding.kind = FileFinding::Kind::Missing;
+            finding.kind = FileCheckResult::Kind::Missing;
         } else {
-            finding.kind = FileFinding::Kind::Unreadable;
+            finding.kind = FileCheckResult::Kind::Unreadable;
             finding.error = read.error();
         }
         if (progress.isCancelled() || FileVersion::of(path) == finding.stored.version)
@@ -46,7 +46,7 @@ struct FileCheck::Shared
     FileCheck *owner = nullptr;
     TransferProgress progress;
 
-    void post(const FileFinding &finding)
+    void post(const FileCheckResult &finding)
     {
         const std::lock_guard lock(mutex);
         if (owner == nullptr)
@@ -64,7 +64,7 @@ FileCheck::FileCheck(const QString &path, const std::optional<FileVersion> &know
 {
     m_shared->owner = this;
     const auto run = [shared = m_shared, path, known] {
-        FileFinding finding = lookAtFile(path, known, shared->progress);
+        FileCheckResult finding = checkFile(path, known, shared->progress);
         finding.copies = SafeCopy::left(path);
         shared->post(finding);
     };

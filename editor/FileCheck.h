@@ -10,7 +10,7 @@
 namespace penwick {
 
 /// What a check found at the path of a document's file.
-struct FileFinding
+struct FileCheckResult
 {
     enum class Kind {
         Same,       ///< The known version.
@@ -27,11 +27,10 @@ struct FileFinding
 
 /// Compares the version of the file with `known` and reads the file if it differs. Retries for a
 /// short time while the file changes during the read. Safe to call from any thread.
-[[nodiscard]] FileFinding lookAtFile(const QString &path,
-                                     const std::optional<FileVersion> &known,
-                                     TransferProgress &progress);
+[[nodiscard]] FileCheckResult
+checkFile(const QString &path, const std::optional<FileVersion> &known, TransferProgress &progress);
 
-/// Runs `lookAtFile` on a detached thread, so that the main thread does not wait for a file system
+/// Runs `checkFile` on a detached thread, so that the main thread does not wait for a file system
 /// that does not respond. If the system can start no thread, the check runs in the constructor.
 /// Create and use it on the main thread. Destroying it at any time cancels the check: `finished` is
 /// not emitted, and the thread ends as soon as the file system responds.
@@ -48,7 +47,7 @@ public:
 
 Q_SIGNALS:
     /// Emitted once, from the event loop.
-    void finished(const penwick::FileFinding &finding);
+    void finished(const penwick::FileCheckResult &finding);
 
 private:
     struct Shared;

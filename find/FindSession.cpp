@@ -105,7 +105,7 @@ void FindSession::showProgress()
     if (m_count.isComplete)
         m_progressTimer.stop();
     if (progress.isTooComplex)
-        giveUp();
+        discardUnreadTab();
     askNumber();
     Q_EMIT countDidChange();
 }
@@ -139,7 +139,7 @@ void FindSession::askNumber()
         kMarkWait);
 }
 
-void FindSession::giveUp()
+void FindSession::discardUnreadTab()
 {
     if (m_error)
         return;
@@ -149,7 +149,7 @@ void FindSession::giveUp()
 
 void FindSession::searchDidFail()
 {
-    giveUp();
+    discardUnreadTab();
     Q_EMIT notFound();
 }
 
@@ -157,7 +157,7 @@ void FindSession::countDidFail()
 {
     m_progressTimer.stop();
     m_count.isComplete = true;
-    giveUp();
+    discardUnreadTab();
     Q_EMIT countDidChange();
 }
 
@@ -169,7 +169,7 @@ void FindSession::cancelSearch()
 void FindSession::report(const FindResult &result)
 {
     if (result.isTooComplex)
-        giveUp();
+        discardUnreadTab();
     if (result.match)
         Q_EMIT found(*result.match, result.isWrapped);
     else
@@ -240,7 +240,7 @@ void FindSession::replaceAll(const QString &replacement, qint64 caret)
                 finder, FindReplacement(replacement, finder), text, caret, isCancelled);
             return [this, result] {
                 if (result.isTooComplex)
-                    giveUp();
+                    discardUnreadTab();
                 else
                     Q_EMIT replaceAllReady(result);
             };

@@ -90,7 +90,7 @@ private:
     void restartCount();
     void showProgress();
     void askNumber();
-    void giveUp();
+    void discardUnreadTab();
     void searchDidFail();
     void countDidFail();
     void report(const FindResult &result);

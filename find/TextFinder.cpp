@@ -113,7 +113,7 @@ public:
         m_step.isStopped = !m_visit(match, captures);
     }
 
-    void giveUp() { m_step.isTooComplex = true; }
+    void discardUnreadTab() { m_step.isTooComplex = true; }
 
     [[nodiscard]] Step finish(qint64 effort)
     {
@@ -204,7 +204,7 @@ void TextFinder::stepExpression(Stepper &stepper) const
         const FindExpressionSearch::Outcome outcome = search.next(place.offset);
         const FindMatch match{outcome.start, outcome.end};
         if (outcome.kind == Kind::TooComplex) {
-            stepper.giveUp();
+            stepper.discardUnreadTab();
         } else if (outcome.kind == Kind::Nothing) {
             stepper.moveTo({outcome.start, false});
         } else if (match.start >= stepper.end()) {

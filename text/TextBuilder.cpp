@@ -72,7 +72,7 @@ void TextBuilder::sealLongPending()
     }
 }
 
-void TextBuilder::keepAsciiPart()
+void TextBuilder::sealAsciiPart()
 {
     if (!m_pendingIsAscii || m_pending.size() < kAsciiRunUnits)
         return;
@@ -87,7 +87,7 @@ void TextBuilder::keepAsciiPart()
 
 void TextBuilder::pushOther(std::u16string_view units)
 {
-    keepAsciiPart();
+    sealAsciiPart();
     while (!units.empty()) {
         const std::size_t room = m_sealLimit - m_pending.size();
         std::size_t length = std::min(units.size(), room);
@@ -114,7 +114,7 @@ void TextBuilder::pushAscii(char16_t unit)
         sealLongPending();
 }
 
-void TextBuilder::settleHighSurrogate()
+void TextBuilder::flushHighSurrogate()
 {
     if (m_highSurrogate == 0)
         return;
@@ -124,7 +124,7 @@ void TextBuilder::settleHighSurrogate()
 
 void TextBuilder::appendAscii(std::string_view characters)
 {
-    settleHighSurrogate();
+    flushHighSurrogate();
     constexpr auto kLeaf = static_cast<std::size_t>(TextNode::kLeafUnits);
     std::size_t i = 0;
     while (i < characters.size()) {
@@ -159,7 +159,7 @@ void TextBuilder::appendUtf16(std::u16string_view units)
             ++i;
             continue;
         }
-        settleHighSurrogate();
+        flushHighSurrogate();
         if (unit < 0x80) {
             pushAscii(unit);
             ++i;
@@ -176,7 +176,7 @@ void TextBuilder::appendUtf16(std::u16string_view units)
 void TextBuilder::appendSurrogate(char16_t unit)
 {
     if (QChar::isHighSurrogate(unit)) {
-        settleHighSurrogate();
+        flushHighSurrogate();
         m_highSurrogate = unit;
     } else if (m_highSurrogate != 0) {
         const char16_t pair[] = {std::exchange(m_highSurrogate, u'\0'), unit};
@@ -188,7 +188,7 @@ void TextBuilder::appendSurrogate(char16_t unit)
 
 void TextBuilder::appendNonAscii(std::u16string_view units)
 {
-    settleHighSurrogate();
+    flushHighSurrogate();
     pushOther(units);
 }
 
@@ -202,7 +202,7 @@ void TextBuilder::appendLeaf(const TextNode &leaf)
 
 TextNodePtr TextBuilder::finishNode()
 {
-    settleHighSurrogate();
+    flushHighSurrogate();
     if (!m_pending.empty())
         sealPending(m_pending.size());
     TextNodePtr root = TextNode::fromLeaves(m_leaves.data(), m_leaves.data() + m_leaves.size());

@@ -32,9 +32,9 @@ public:
 private:
     void pushAscii(char16_t unit);
     void pushOther(std::u16string_view units);
-    void keepAsciiPart();
+    void sealAsciiPart();
     void appendSurrogate(char16_t unit);
-    void settleHighSurrogate();
+    void flushHighSurrogate();
     void sealLongPending();
     void sealPending(std::size_t length);
     [[nodiscard]] bool canCutAt(std::size_t index) const;

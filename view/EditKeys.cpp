@@ -47,7 +47,7 @@ std::optional<EditCommand> editCommandFor(const QKeyEvent &event)
     return std::nullopt;
 }
 
-bool entersText(const QKeyEvent &event)
+bool isTextInput(const QKeyEvent &event)
 {
     const Qt::KeyboardModifiers modifiers = event.modifiers();
     // Some keyboard layouts use Control with Alt for third-level characters.

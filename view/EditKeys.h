@@ -30,6 +30,6 @@ enum class EditCommand {
 [[nodiscard]] std::optional<EditCommand> editCommandFor(const QKeyEvent &event);
 
 /// True when a key press enters its text and is no command.
-[[nodiscard]] bool entersText(const QKeyEvent &event);
+[[nodiscard]] bool isTextInput(const QKeyEvent &event);
 
 } // namespace penwick

@@ -12,7 +12,7 @@ QFont editorFont(qreal pointSize)
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
     // The name may be an alias such as "monospace", which is ignored in a list of several families.
     // Asking the font for its family would load it, and load it again once the list is complete.
-    const QString family = fontFamilyBehind(font.family());
+    const QString family = resolvedFontFamily(font.family());
     // Noto Sans CJK JP keeps Japanese from being drawn in Chinese glyph shapes, Noto Color Emoji
     // keeps emoji from being drawn in black. The proportional CJK family is used instead of the
     // monospaced one: the characters that a fixed font lacks look the same in both, and the menus

@@ -55,7 +55,7 @@ TextComposition compositionOf(const QInputMethodEvent &event, qint64 position)
 }
 
 TextRange
-committedRange(const QInputMethodEvent &event, const Text &text, TextRange selection, qint64 caret)
+replacedRange(const QInputMethodEvent &event, const Text &text, TextRange selection, qint64 caret)
 {
     if (event.replacementLength() <= 0 && event.replacementStart() == 0)
         return selection;

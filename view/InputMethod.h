@@ -16,7 +16,7 @@ namespace penwick {
 /// Returns the range that an input method's event replaces with its commit string: the selection,
 /// or a range relative to the caret, clamped to the text and widened to whole surrogate pairs.
 [[nodiscard]] TextRange
-committedRange(const QInputMethodEvent &event, const Text &text, TextRange selection, qint64 caret);
+replacedRange(const QInputMethodEvent &event, const Text &text, TextRange selection, qint64 caret);
 
 /// The text around the caret that an input method can query: a bounded stretch, never the whole
 /// document. All positions in the answers are relative to the start of that stretch.

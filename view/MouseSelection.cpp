@@ -19,9 +19,9 @@ MouseSelection::MouseSelection(TextViewport *viewport, Select select)
 {
 }
 
-bool MouseSelection::isThirdPress(const QMouseEvent &event) const
+bool MouseSelection::wouldBeThirdPress(const QMouseEvent &event) const
 {
-    return m_gesture.isThirdPress(event.position());
+    return m_gesture.wouldBeThirdPress(event.position());
 }
 
 void MouseSelection::press(const QMouseEvent &event, qint64 anchor)

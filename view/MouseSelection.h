@@ -23,7 +23,7 @@ public:
     MouseSelection(TextViewport *viewport, Select select);
 
     /// True when a press of the left button would be the third of a triple click.
-    [[nodiscard]] bool isThirdPress(const QMouseEvent &event) const;
+    [[nodiscard]] bool wouldBeThirdPress(const QMouseEvent &event) const;
     /// Handles a press of the left button.
     /// \param anchor the fixed end of the selection that a press with Shift extends.
     void press(const QMouseEvent &event, qint64 anchor);

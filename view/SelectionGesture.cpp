@@ -23,7 +23,7 @@ TextRange SelectionGesture::unitAround(const Text &text, qint64 offset) const
     return {offset, 0};
 }
 
-bool SelectionGesture::isThirdPress(QPointF point) const
+bool SelectionGesture::wouldBeThirdPress(QPointF point) const
 {
     const QStyleHints *hints = QGuiApplication::styleHints();
     return m_sinceDoublePress.isValid() &&
@@ -33,7 +33,7 @@ bool SelectionGesture::isThirdPress(QPointF point) const
 
 SelectionGesture::Ends SelectionGesture::press(const Text &text, qint64 offset, QPointF point)
 {
-    const bool isTriple = isThirdPress(point);
+    const bool isTriple = wouldBeThirdPress(point);
     m_sinceDoublePress.invalidate();
     m_unit = isTriple ? Unit::Line : Unit::Character;
     m_origin = unitAround(text, offset);

@@ -24,7 +24,7 @@ public:
 
     /// True when a press at `point` would be the third press of a triple click: it is close to the
     /// last double click in time and place.
-    [[nodiscard]] bool isThirdPress(QPointF point) const;
+    [[nodiscard]] bool wouldBeThirdPress(QPointF point) const;
     /// Handles a press at `point`, over `offset`. The third press of a triple click selects a line.
     Ends press(const Text &text, qint64 offset, QPointF point);
     /// Handles a press that extends the selection with the fixed end `anchor`.

@@ -40,11 +40,11 @@ TextView::TextView(TextStorage *storage, const QFont &font, QWidget *parent)
     , m_storage(storage)
     , m_mouse(&m_viewport,
               [this](qint64 anchor, TextCaret caret) { select(anchor, caret, Scroll::Stay); })
-    , m_dropPlace(&m_viewport,
-                  [this] {
-                      updateScrollBars();
-                      viewport()->update();
-                  })
+    , m_dropTarget(&m_viewport,
+                   [this] {
+                       updateScrollBars();
+                       viewport()->update();
+                   })
     , m_dragRunner(
           [](QDrag *drag) { return drag->exec(Qt::CopyAction | Qt::MoveAction, Qt::MoveAction); })
 {
@@ -221,7 +221,7 @@ void TextView::didChangeText()
     Q_EMIT textDidChange();
 }
 
-void TextView::takeIn(TextRange range, const Text &replacement)
+void TextView::applyOutsideChange(TextRange range, const Text &replacement)
 {
     shouldChangeText(range, replacement);
     const Text before = string();

@@ -4,7 +4,7 @@
 #include "find/TextFinder.h"
 #include "text/Text.h"
 #include "view/CaretMover.h"
-#include "view/DropPlace.h"
+#include "view/DropTarget.h"
 #include "view/EditKeys.h"
 #include "view/MouseSelection.h"
 #include "view/TextDecoration.h"
@@ -94,7 +94,7 @@ public:
     /// Performs these three calls for a change from outside, such as a reload. Where caret and
     /// selection lie within the replaced range, they keep their line and column as far as the new
     /// text has them.
-    void takeIn(TextRange range, const Text &replacement);
+    void applyOutsideChange(TextRange range, const Text &replacement);
 
     /// Returns the places to mark in a range of the text, ascending. Called at each paint, with the
     /// visible range.
@@ -214,7 +214,7 @@ private:
     TextCaret m_caret;               // The moving end.
     std::optional<qreal> m_column;   // The x that vertical moves keep.
     MouseSelection m_mouse;
-    DropPlace m_dropPlace;
+    DropTarget m_dropTarget;
     DragRunner m_dragRunner;
     std::optional<QPointF> m_dragPress;   // A press on the selection that may start a drag.
     const QMimeData *m_dragged = nullptr; // Dragged from here; null once dropped here.

@@ -149,18 +149,18 @@ void TextView::dragEnterEvent(QDragEnterEvent *event)
 void TextView::dragMoveEvent(QDragMoveEvent *event)
 {
     if (acceptsDrop(event))
-        m_dropPlace.moveTo(event->position(), viewport()->height());
+        m_dropTarget.moveTo(event->position(), viewport()->height());
 }
 
 void TextView::dragLeaveEvent(QDragLeaveEvent *event)
 {
-    m_dropPlace.clear();
+    m_dropTarget.clear();
     event->accept();
 }
 
 void TextView::dropEvent(QDropEvent *event)
 {
-    m_dropPlace.clear();
+    m_dropTarget.clear();
     if (!acceptsDrop(event))
         return;
     const auto text = textOf(event->mimeData());

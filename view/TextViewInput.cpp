@@ -31,7 +31,7 @@ void TextView::keyPressEvent(QKeyEvent *event)
     } else if (event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier) {
         QContextMenuEvent menu(QContextMenuEvent::Keyboard, {}, {}, event->modifiers());
         contextMenuEvent(&menu);
-    } else if (entersText(*event)) {
+    } else if (isTextInput(*event)) {
         commitComposition();
         replaceSelection(event->text(), TextStorage::EditKind::Typing);
     } else {
@@ -84,7 +84,7 @@ void TextView::inputMethodEvent(QInputMethodEvent *event)
     if (!event->commitString().isEmpty() || event->replacementLength() > 0) {
         m_viewport.setComposition({});
         const TextRange range =
-            committedRange(*event, m_storage->text(), selectedRange(), m_caret.offset);
+            replacedRange(*event, m_storage->text(), selectedRange(), m_caret.offset);
         edit(range, Text(QStringView(event->commitString())), TextStorage::EditKind::Typing);
     }
     showComposition(compositionOf(*event, m_caret.offset));
@@ -122,7 +122,7 @@ void TextView::mousePressEvent(QMouseEvent *event)
     commitComposition();
     m_storage->breakUndoCoalescing();
     const bool mayDrag = !event->modifiers().testFlag(Qt::ShiftModifier) &&
-                         !m_mouse.isThirdPress(*event) && isInSelection(event->position());
+                         !m_mouse.wouldBeThirdPress(*event) && isInSelection(event->position());
     if (mayDrag)
         m_dragPress = event->position();
     else

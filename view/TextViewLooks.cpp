@@ -69,7 +69,7 @@ void TextView::paintEvent(QPaintEvent *event)
     picture.isActive = hasFocus() && isActiveWindow();
     const bool isHidden = hasMarkedText() && m_viewport.composition().cursor < 0;
     picture.caretIsShown = hasFocus() && m_caretIsShown && !isHidden;
-    if (const auto place = m_dropPlace.caret()) { // Where a drop would insert the text.
+    if (const auto place = m_dropTarget.caret()) { // Where a drop would insert the text.
         picture.caret = *place;
         picture.caretIsShown = true;
     }

@@ -231,7 +231,7 @@ void EditorTabBar::mouseMoveEvent(QMouseEvent *event)
     moveTab(currentIndex(), m_pressedIndex);
     m_pressedAt.reset();
     update();
-    Q_EMIT pulledOut(currentIndex(), m_hotSpot);
+    Q_EMIT tabDraggedOut(currentIndex(), m_hotSpot);
 }
 
 /// Ends QTabBar's own moving of the pressed tab by a synthetic release. The real release goes to

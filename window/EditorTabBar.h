@@ -13,8 +13,8 @@ namespace penwick {
 class TabMimeData;
 
 /// The tabs of an editor window. The user reorders them by dragging; a tab dragged out of the bar
-/// emits `pulledOut`. The bar closes no tab and opens no menu itself: it emits a signal for each
-/// request. Its texts come from the wording lookup and follow a change of the wording at once.
+/// emits `tabDraggedOut`. The bar closes no tab and opens no menu itself: it emits a signal for
+/// each request. Its texts come from the wording lookup and follow a change of the wording at once.
 class EditorTabBar final : public QTabBar
 {
     Q_OBJECT
@@ -39,7 +39,7 @@ Q_SIGNALS:
     void closeRequested(int index);
     /// Emitted when the mouse has dragged a tab out of the bar.
     /// \param hotSpot the mouse position relative to the tab's picture.
-    void pulledOut(int index, const QPoint &hotSpot);
+    void tabDraggedOut(int index, const QPoint &hotSpot);
     void menuRequested(int index, const QPoint &globalPosition);
     void tabDropped(const penwick::TabMimeData *mime, int index);
 

@@ -112,7 +112,7 @@ void EditorWindow::connectTabBar()
     connect(m_tabBar, &EditorTabBar::closeRequested, this, [this](int index) {
         Q_EMIT closeRequested(m_tabs.at(index).controller);
     });
-    connect(m_tabBar, &EditorTabBar::pulledOut, this, &EditorWindow::dragTab);
+    connect(m_tabBar, &EditorTabBar::tabDraggedOut, this, &EditorWindow::dragTab);
     connect(m_tabBar, &EditorTabBar::menuRequested, this, &EditorWindow::showTabMenu);
     connect(m_tabBar, &EditorTabBar::tabDropped, this, [this](const TabMimeData *mime, int index) {
         mime->dropOn(this, index);
@@ -159,9 +159,9 @@ void EditorWindow::stepTab(int step)
         m_tabBar->setCurrentIndex((m_tabBar->currentIndex() + step + count()) % count());
 }
 
-void EditorWindow::setTabBarStays(bool stays)
+void EditorWindow::setTabBarAlwaysVisible(bool stays)
 {
-    m_tabBarStays = stays;
+    m_tabBarAlwaysVisible = stays;
     updateTabBar();
 }
 
@@ -274,7 +274,7 @@ void EditorWindow::focusPage(QWidget *page)
 
 void EditorWindow::updateTabBar()
 {
-    m_tabBar->setVisible(count() > 1 || m_tabBarStays || tabIsDragged());
+    m_tabBar->setVisible(count() > 1 || m_tabBarAlwaysVisible || tabIsDragged());
 }
 
 void EditorWindow::updateTitle()
@@ -319,7 +319,7 @@ void EditorWindow::dragTab(int index, const QPoint &hotSpot)
         endDrag(*dropped, hotSpot, escape.wasPressed());
 }
 
-void EditorWindow::endDrag(const TabMimeData &mime, const QPoint &hotSpot, bool isGivenUp)
+void EditorWindow::endDrag(const TabMimeData &mime, const QPoint &hotSpot, bool isCancelled)
 {
     EditorWindowController *tab = mime.tab();
     if (tab == nullptr || tab->window() != this || QApplication::activeModalWidget() != nullptr)
@@ -333,7 +333,7 @@ void EditorWindow::endDrag(const TabMimeData &mime, const QPoint &hotSpot, bool 
         tab->moveTo(target->shared_from_this(), mime.targetIndex());
         target->setCurrentController(tab);
         target->activateWindow();
-    } else if (!isGivenUp) {
+    } else if (!isCancelled) {
         const QPoint inWindow = m_tabBar->mapTo(this, hotSpot) + (geometry().topLeft() - pos());
         Q_EMIT moveToNewWindowRequested(tab, QCursor::pos() - inWindow);
     }
@@ -389,12 +389,12 @@ void EditorWindow::showTabMenu(int index, const QPoint &globalPosition)
     menu->addSeparator();
     add(wording::text(u"editor.tab.moveToNewWindow"_s, u"新しいウインドウに移動"_s), [this, tab] {
         if (indexOf(tab) >= 0)
-            Q_EMIT moveToNewWindowRequested(tab, besideThis());
+            Q_EMIT moveToNewWindowRequested(tab, newWindowPosition());
     })->setEnabled(count() > 1);
     popUpContextMenu(menu, globalPosition);
 }
 
-QPoint EditorWindow::besideThis() const
+QPoint EditorWindow::newWindowPosition() const
 {
     return pos() + kNewWindowOffset;
 }

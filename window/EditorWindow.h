@@ -20,7 +20,7 @@ class TabMimeData;
 
 /// A top-level window with documents in tabs. Its title and edited mark are those of the current
 /// tab. The tab bar is visible when there are at least two tabs, always after
-/// `setTabBarStays(true)`, and in every window while a tab is dragged.
+/// `setTabBarAlwaysVisible(true)`, and in every window while a tab is dragged.
 ///
 /// The controllers of its tabs own the window: it is destroyed with the last of them, or when the
 /// last one moves to another window. Create it with `std::make_shared`.
@@ -56,7 +56,7 @@ public:
     [[nodiscard]] EditorTabBar *tabBar() const { return m_tabBar; }
 
     /// Keeps the bar visible with a single tab too, so that the tab can be dragged back.
-    void setTabBarStays(bool stays);
+    void setTabBarAlwaysVisible(bool stays);
 
     /// Adds a tab. This and the next functions are for the controllers.
     /// \param index -1 for after the last tab.
@@ -104,9 +104,9 @@ private:
     void updateTabBar();
     void updateTitle();
     void dragTab(int index, const QPoint &hotSpot);
-    void endDrag(const TabMimeData &mime, const QPoint &hotSpot, bool isGivenUp);
+    void endDrag(const TabMimeData &mime, const QPoint &hotSpot, bool isCancelled);
     void showTabMenu(int index, const QPoint &globalPosition);
-    [[nodiscard]] QPoint besideThis() const;
+    [[nodiscard]] QPoint newWindowPosition() const;
     [[nodiscard]] const TabMimeData *tabFromElsewhere(const QMimeData *mime) const;
     static void setTabIsDragged(bool isDragged);
 
@@ -114,7 +114,7 @@ private:
     EditorWindowController *m_current = nullptr;
     EditorTabBar *m_tabBar = nullptr;
     QStackedWidget *m_pages = nullptr;
-    bool m_tabBarStays = false;
+    bool m_tabBarAlwaysVisible = false;
 };
 
 } // namespace penwick

@@ -77,7 +77,7 @@ void EditorWindowController::setTabLabel(const TabLabel &label)
 void EditorWindowController::setDocument(TextDocument *document)
 {
     m_document = document;
-    takeContentAway();
+    removeContent();
     if (document == nullptr)
         return;
     m_documentState->setText(document->contentString());
@@ -88,12 +88,12 @@ void EditorWindowController::setDocument(TextDocument *document)
 void EditorWindowController::showLoading(TextDocument *document)
 {
     m_document = nullptr;
-    takeContentAway();
+    removeContent();
     showContent(new LoadingView(document));
 }
 
 // Called before new content is made, because both would edit the same storage.
-void EditorWindowController::takeContentAway()
+void EditorWindowController::removeContent()
 {
     while (QLayoutItem *item = m_page->layout()->takeAt(0)) {
         delete item->widget();
@@ -192,7 +192,7 @@ void EditorWindowController::execute(TextView *view,
                 m_run = nullptr;
                 finishRun(view, code, context, outcome);
             });
-    m_run->waitAWhile();
+    m_run->waitUntilNotice();
 }
 
 void EditorWindowController::finishRun(TextView *view,
@@ -207,7 +207,7 @@ void EditorWindowController::finishRun(TextView *view,
             Q_EMIT macroFailedInLine(code, result.error().line);
         return;
     }
-    if (!isAsBefore(view, context, *result))
+    if (!prepareToApply(view, context, *result))
         return;
     const auto applied = MacroExecution(view, m_document).applyMacroResult(*result);
     if (!applied)
@@ -219,9 +219,9 @@ void EditorWindowController::finishRun(TextView *view,
 // Returns true when the edits of `result` may be applied, and restores the selection of the
 // snapshot. Accessibility tools, input methods and Replace All can edit behind the notice; keep
 // their edits and drop the macro's, which refer to another text.
-bool EditorWindowController::isAsBefore(TextView *view,
-                                        const MacroContext &context,
-                                        const MacroResult &result)
+bool EditorWindowController::prepareToApply(TextView *view,
+                                            const MacroContext &context,
+                                            const MacroResult &result)
 {
     if (result.textEdits.isEmpty())
         return true;

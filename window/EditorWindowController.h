@@ -117,7 +117,7 @@ Q_SIGNALS:
     void macroFailedInLine(const QString &code, int line);
 
 private:
-    void takeContentAway();
+    void removeContent();
     void showContent(QWidget *content);
     void execute(TextView *view,
                  const QString &code,
@@ -128,7 +128,7 @@ private:
                    const MacroContext &context,
                    const ScriptOutcome &outcome);
     [[nodiscard]] bool
-    isAsBefore(TextView *view, const MacroContext &context, const MacroResult &result);
+    prepareToApply(TextView *view, const MacroContext &context, const MacroResult &result);
     [[nodiscard]] bool isReady(const TextView *view);
     void showOutcome(const MacroResult &result);
 

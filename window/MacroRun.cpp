@@ -79,7 +79,7 @@ void MacroRun::start(MacroRuntimeService::Evaluation evaluation)
 
 // The loop ends within the second, whatever its events do. A run on another window that one of them
 // starts therefore delays this one by at most a second, and no run stays on the stack.
-void MacroRun::waitAWhile()
+void MacroRun::waitUntilNotice()
 {
     if (m_done.tryAcquire(1, kBlockingWait)) {
         m_done.release(); // `finish` acquires it again.
@@ -120,7 +120,7 @@ void MacroRun::stop()
     end(failure(ScriptError::Code::Stopped));
 }
 
-// Called once the thread is done. `waitAWhile` may have called it before; the second call does
+// Called once the thread is done. `waitUntilNotice` may have called it before; the second call does
 // nothing.
 void MacroRun::finish()
 {

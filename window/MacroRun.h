@@ -39,7 +39,7 @@ public:
     /// `MacroRunNotice` if the run has not ended by then. Blocks the main thread at first, so that
     /// no event is processed during a short run. Then runs an event loop in which the window is
     /// repainted and can be moved, while keys and clicks are delayed until this has returned.
-    void waitAWhile();
+    void waitUntilNotice();
 
     /// Shows the notice over the window now, or brings it to the front.
     void showNotice();
@@ -48,7 +48,7 @@ public:
     void stop();
 
 Q_SIGNALS:
-    /// Emitted once, from within `waitAWhile` or `stop`, or in a later turn of the event loop.
+    /// Emitted once, from within `waitUntilNotice` or `stop`, or in a later turn of the event loop.
     void ended(const penwick::ScriptOutcome &outcome);
 
 private:

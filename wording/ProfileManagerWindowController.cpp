@@ -19,7 +19,7 @@ ProfileManagerWindowController::ProfileManagerWindowController(
     , m_window(u"ProfileManagerWindow"_s,
                kContentSize,
                kMinimumSize,
-               ManagerWindow::FirstPlace::Center,
+               ManagerWindow::InitialPosition::Center,
                defaults)
     , m_view(new ProfileManagerView(services))
 {

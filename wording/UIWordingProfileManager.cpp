@@ -113,7 +113,7 @@ QMap<QString, FileVersion> UIWordingProfileManager::fileVersions() const
     return versions;
 }
 
-void UIWordingProfileManager::takeInChangesFromElsewhere()
+void UIWordingProfileManager::reloadIfChanged()
 {
     if (fileVersions() == m_fileVersions)
         return;
@@ -198,7 +198,7 @@ tl::expected<StoreLock::Holder, FileError> UIWordingProfileManager::beginChange(
 {
     ensureProfileDirectory();
     auto lock = m_lock.take();
-    takeInChangesFromElsewhere();
+    reloadIfChanged();
     return lock;
 }
 

@@ -70,7 +70,7 @@ public:
     /// Reloads the list if another program has changed the folder's files since this object last
     /// read or wrote them. Applies the active profile again if it has changed; if it is gone, calls
     /// `restoreActiveProfile`.
-    void takeInChangesFromElsewhere();
+    void reloadIfChanged();
     /// Sorts the list as `profiles` documents. Removes profiles that are marked as built in but do
     /// not have the id of a built-in one.
     void sortProfiles();

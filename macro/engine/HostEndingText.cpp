@@ -61,7 +61,7 @@ QString cause(const HostEnding &ending, const Words &words)
         return words.signal + u": "_s + signalName(ending.number);
     case HostEnding::Cause::DeniedCall:
         return words.deniedCall + u": "_s + deniedCallNames(ending.deniedCalls, true);
-    case HostEnding::Cause::Garbled:
+    case HostEnding::Cause::MalformedData:
     case HostEnding::Cause::OutOfMemory:
         break;
     }

@@ -83,7 +83,7 @@ MacroResultError resultError(const ScriptError &error)
     case ScriptError::Code::HostUnavailable:
         return executionException(wording::text(u"macro.error.hostUnavailable"_s,
                                                 u"マクロの実行プログラムを起動できません"_s));
-    case ScriptError::Code::HostDied:
+    case ScriptError::Code::HostEnded:
         return executionException(hostEndingText(error.ending));
     case ScriptError::Code::OutOfMemory:
         return executionException(
@@ -124,7 +124,7 @@ MacroRuntimeService::Evaluation MacroRuntimeService::prepare(
         if (!source)
             return tl::unexpected(ScriptError{ScriptError::Code::SourceTooLong, {}});
         ScriptOutcome outcome = job({std::move(*source), userInput}, log, waiter);
-        if (!outcome && outcome.error().code == ScriptError::Code::HostDied)
+        if (!outcome && outcome.error().code == ScriptError::Code::HostEnded)
             writeErrorLine(u"penwick: "_s + hostEndingLogLine(outcome.error().ending));
         return outcome;
     };

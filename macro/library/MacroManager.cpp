@@ -155,11 +155,11 @@ void MacroManager::save(const Lock &lock)
 MacroManager::Lock MacroManager::beginChange()
 {
     Lock lock = m_lock.take();
-    takeInChangesFromElsewhere();
+    reloadIfChanged();
     return lock;
 }
 
-void MacroManager::takeInChangesFromElsewhere()
+void MacroManager::reloadIfChanged()
 {
     // When the file was removed, the list is kept and the next save writes the file again.
     const auto version = FileVersion::of(macrosFilePath());

@@ -59,7 +59,7 @@ public:
     /// Calls `loadMacros` if another program has changed the file since it was last read or written
     /// here. Every operation that changes the list calls this first, so that it changes the current
     /// list.
-    void takeInChangesFromElsewhere();
+    void reloadIfChanged();
 
     /// Returns the first macro with exactly this id.
     [[nodiscard]] std::optional<Macro> macroWithId(const QString &id) const;

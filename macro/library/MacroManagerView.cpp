@@ -45,9 +45,9 @@ MacroManagerView::MacroManagerView(Services services, QWidget *parent)
     connect(m_split,
             &ListDetailView::markedByUser,
             this,
-            &MacroManagerView::followMark,
+            &MacroManagerView::selectMarked,
             Qt::QueuedConnection);
-    connect(m_split, &ListDetailView::switchTurned, this, &MacroManagerView::turnSwitch);
+    connect(m_split, &ListDetailView::switchToggled, this, &MacroManagerView::setMacroEnabled);
     connect(m_split, &ListDetailView::deleteRequested, this, &MacroManagerView::askToDelete);
     connect(
         &m_services.macroManager, &MacroManager::macrosChanged, this, &MacroManagerView::showList);
@@ -64,7 +64,7 @@ void MacroManagerView::connectDetail()
         manager->updateMacro(draft);
     });
     connect(m_detail, &MacroDetailView::onDuplicate, this, [this, manager] {
-        manager->takeInChangesFromElsewhere();
+        manager->reloadIfChanged();
         if (const auto macro = manager->macroWithId(m_selectedMacroId.value_or(QString())))
             manager->duplicateMacro(*macro);
     });
@@ -104,18 +104,18 @@ void MacroManagerView::showList()
     m_split->setDetailShown(m_selectedMacroId && selected);
 }
 
-void MacroManagerView::followMark()
+void MacroManagerView::selectMarked()
 {
     const std::optional<QString> marked = m_split->markedId();
     if (marked == m_selectedMacroId)
         return;
-    if (confirmLeaving())
+    if (resolveUnsavedEdits())
         select(marked);
     else
         m_split->mark(m_selectedMacroId);
 }
 
-bool MacroManagerView::confirmLeaving()
+bool MacroManagerView::resolveUnsavedEdits()
 {
     QGuiApplication::inputMethod()->commit(); // The composition is part of the edit.
     const std::optional<QString> id = m_selectedMacroId;
@@ -146,10 +146,10 @@ void MacroManagerView::select(const std::optional<QString> &id)
     m_split->setDetailShown(isShown);
 }
 
-void MacroManagerView::turnSwitch(const QString &id, bool isOn)
+void MacroManagerView::setMacroEnabled(const QString &id, bool isOn)
 {
     // Change only the switch: take the macro's other fields from the file.
-    m_services.macroManager.takeInChangesFromElsewhere();
+    m_services.macroManager.reloadIfChanged();
     auto macro = m_services.macroManager.macroWithId(id);
     if (!macro)
         return;
@@ -159,7 +159,7 @@ void MacroManagerView::turnSwitch(const QString &id, bool isOn)
 
 void MacroManagerView::addMacro()
 {
-    if (!confirmLeaving())
+    if (!resolveUnsavedEdits())
         return;
     Macro macro;
     macro.id = m_services.ids();
@@ -175,7 +175,7 @@ void MacroManagerView::addMacro()
 
 void MacroManagerView::importMacro()
 {
-    if (!confirmLeaving())
+    if (!resolveUnsavedEdits())
         return;
     const auto path = m_services.panels.open(window(), wording::text(u"macro.import"_s));
     if (path)

@@ -45,7 +45,7 @@ public:
 
     /// Asks whether to save or discard unsaved edits, if there are any, and does it. Returns false
     /// when the user cancels.
-    [[nodiscard]] bool confirmLeaving();
+    [[nodiscard]] bool resolveUnsavedEdits();
 
     void addMacro();
     /// Asks for a file and imports its macro.
@@ -61,9 +61,9 @@ private:
     void connectDetail();
     void relabel();
     void showList();
-    void followMark();
+    void selectMarked();
     void select(const std::optional<QString> &id);
-    void turnSwitch(const QString &id, bool isOn);
+    void setMacroEnabled(const QString &id, bool isOn);
     void askToDelete();
     void deleteMacro(const QString &id);
     [[nodiscard]] QString importFile(const QString &path);

@@ -20,12 +20,12 @@ MacroManagerWindowController::MacroManagerWindowController(
     , m_window(u"penwickMacroManagerWindow"_s,
                kContentSize,
                kMinimumSize,
-               ManagerWindow::FirstPlace::Origin,
+               ManagerWindow::InitialPosition::Origin,
                defaults)
     , m_view(new MacroManagerView(services))
 {
     m_window.setCentralWidget(m_view);
-    m_window.setMayClose([this] { return mayClose(); });
+    m_window.setCloseGuard([this] { return mayClose(); });
     handleProfileDidChange();
     services.center.addObserver(
         UIWordingProfileDidChange, this, [this] { handleProfileDidChange(); });
@@ -43,7 +43,7 @@ void MacroManagerWindowController::showWindow()
 
 bool MacroManagerWindowController::mayClose()
 {
-    return m_view->confirmLeaving();
+    return m_view->resolveUnsavedEdits();
 }
 
 } // namespace penwick

@@ -144,7 +144,7 @@ extern "C" void handleDeniedCall(int /*signal*/, siginfo_t *information, void *c
 
 } // namespace
 
-void answerDeniedCalls(int descriptor)
+void installDeniedCallHandler(int descriptor)
 {
     fillAnswers(descriptor);
     runningThreads = opendir("/proc/self/task");
@@ -154,7 +154,7 @@ void answerDeniedCalls(int descriptor)
     sigaction(SIGSYS, &action, nullptr);
 }
 
-void pardonOtherThreads()
+void exemptOtherThreads()
 {
     if (runningThreads == nullptr)
         return;

@@ -12,7 +12,7 @@ namespace {
 
 std::atomic<bool> largePages = false;
 
-#ifndef PENWICK_HOST_WITHOUT_WALLS
+#ifndef PENWICK_HOST_WITHOUT_SANDBOX
 
 constexpr std::size_t kLargePage = std::size_t{2} << 20;
 
@@ -27,12 +27,12 @@ bool isFitForHugePages(const void *memory, std::size_t size, int protection, int
 
 } // namespace
 
-void takeLargePages()
+void enableHugePages()
 {
     largePages = true;
 }
 
-#ifndef PENWICK_HOST_WITHOUT_WALLS // The sanitizers define their own.
+#ifndef PENWICK_HOST_WITHOUT_SANDBOX // The sanitizers define their own.
 
 // The engine has no setting for how it gets its memory. Its calls reach these functions instead of
 // the C library's, because the definitions of a program take precedence over those of its

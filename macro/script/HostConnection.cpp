@@ -23,7 +23,7 @@ ScriptError::Code resultError(WireError error)
     case WireError::TooDeep:
         return ScriptError::Code::ResultTooDeep;
     default:
-        return ScriptError::Code::HostDied;
+        return ScriptError::Code::HostEnded;
     }
 }
 
@@ -77,15 +77,15 @@ HostConnection::run(ScriptRequest request, const ScriptLogSink &log, ScriptWaite
 HostEnding HostConnection::end()
 {
     HostEnding ending = m_process.end();
-    if (m_garbled)
-        ending.cause = HostEnding::Cause::Garbled;
+    if (m_malformed)
+        ending.cause = HostEnding::Cause::MalformedData;
     ending.engine = m_engine;
     return ending;
 }
 
 ScriptOutcome HostConnection::failure()
 {
-    ScriptError error{ScriptError::Code::HostDied, {}};
+    ScriptError error{ScriptError::Code::HostEnded, {}};
     error.ending = end();
     if (m_stopped) {
         // The cause is only the SIGKILL sent here; the calls denied before may explain more.
@@ -153,12 +153,12 @@ void HostConnection::takeMessages()
     while (!isOver()) {
         const auto message = m_reader.next();
         if (!message)
-            m_garbled = true;
+            m_malformed = true;
         else if (*message)
             take(**message);
         else
             return;
-        m_broken = m_broken || m_garbled;
+        m_broken = m_broken || m_malformed;
     }
 }
 
@@ -168,10 +168,10 @@ void HostConnection::take(const Message &message)
     if (!m_protection) {
         takeGreeting(message);
     } else if (m_log == nullptr) {
-        m_garbled = true;
+        m_malformed = true;
     } else if (message.kind == MessageKind::Log) {
         const auto line = decodeLog(message.payload);
-        m_garbled = !line;
+        m_malformed = !line;
         if (line && *m_log)
             (*m_log)(*line);
     } else {
@@ -183,12 +183,12 @@ void HostConnection::takeGreeting(const Message &message)
 {
     if (message.kind == MessageKind::Engine && m_engine.isEmpty()) {
         m_engine = decodeEngine(message.payload).value_or(QString());
-        m_garbled = m_engine.isEmpty();
+        m_malformed = m_engine.isEmpty();
     } else if (const auto protection = decodeReady(message.payload);
                message.kind == MessageKind::Ready && protection) {
         m_protection = *protection;
     } else {
-        m_garbled = true;
+        m_malformed = true;
     }
 }
 
@@ -197,14 +197,14 @@ void HostConnection::takeOutcome(const Message &message)
     const bool isOutcome =
         message.kind == MessageKind::Value || message.kind == MessageKind::Failure;
     if (!isOutcome) {
-        m_garbled = true;
+        m_malformed = true;
         return;
     }
     auto outcome = decodeOutcome(message, {}, &m_shared);
     if (outcome)
         m_outcome = std::move(*outcome);
-    else if (resultError(outcome.error()) == ScriptError::Code::HostDied)
-        m_garbled = true;
+    else if (resultError(outcome.error()) == ScriptError::Code::HostEnded)
+        m_malformed = true;
     else
         m_outcome = tl::unexpected(ScriptError{resultError(outcome.error()), {}});
 }

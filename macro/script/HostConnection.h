@@ -56,8 +56,8 @@ private:
     QString m_engine;
     std::optional<HostProtection> m_protection;
     std::optional<ScriptOutcome> m_outcome;
-    bool m_broken = false;  // The connection is lost, or the host sent malformed data.
-    bool m_garbled = false; // The host sent malformed or unexpected data.
+    bool m_broken = false;    // The connection is lost, or the host sent malformed data.
+    bool m_malformed = false; // The host sent malformed or unexpected data.
     bool m_stopped = false;
 };
 

@@ -23,7 +23,7 @@ namespace {
 
 // The sanitizers reserve more address space than any limit allows, and make system calls that the
 // filter denies.
-#ifdef PENWICK_HOST_WITHOUT_WALLS
+#ifdef PENWICK_HOST_WITHOUT_SANDBOX
 constexpr bool kSandboxEnabled = false;
 #else
 constexpr bool kSandboxEnabled = true;
@@ -149,9 +149,9 @@ void prepareHostProcess(int deniedCalls)
         statmDescriptor = open("/proc/self/statm", O_RDONLY | O_CLOEXEC);
         catchCrashes();
         dropCapabilities();
-        answerDeniedCalls(deniedCalls);
+        installDeniedCallHandler(deniedCalls);
         if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0)
-            refuseEscapes();
+            refuseKilledCalls();
     }
 }
 

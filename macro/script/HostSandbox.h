@@ -13,8 +13,8 @@ namespace penwick {
 /// - exits with `kOutOfMemoryStatus` when it crashes for lack of memory,
 /// - can report the system calls that the sandbox will deny,
 /// - has no privileges and cannot gain any,
-/// - opens no connection to the outside: the calls that `refuseEscapes` names fail with EACCES.
-/// \param deniedCalls the descriptor for `answerDeniedCalls`; not owned.
+/// - opens no connection to the outside: the calls that `refuseKilledCalls` names fail with EACCES.
+/// \param deniedCalls the descriptor for `installDeniedCallHandler`; not owned.
 void prepareHostProcess(int deniedCalls);
 
 /// Confines the process permanently: it keeps the descriptors that are open and may compute,

@@ -237,7 +237,7 @@ QString PayloadReader::getText()
     return getTextOf(get<quint8>());
 }
 
-std::optional<QString> PayloadReader::getTextUnlessNone()
+std::optional<QString> PayloadReader::getOptionalText()
 {
     const auto form = get<quint8>();
     if (!m_error && static_cast<TextForm>(form) == TextForm::None)

@@ -154,7 +154,7 @@ public:
     /// The counterpart of `FrameWriter::putText`. Empty after an error.
     [[nodiscard]] QString getText();
     /// The same; nothing for what `FrameWriter::putNoText` wrote.
-    [[nodiscard]] std::optional<QString> getTextUnlessNone();
+    [[nodiscard]] std::optional<QString> getOptionalText();
 
     /// Number of bytes not read yet.
     [[nodiscard]] qsizetype remaining() const { return m_rest.size(); }

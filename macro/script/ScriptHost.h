@@ -39,14 +39,14 @@ struct ScriptLimits
 struct HostEnding
 {
     enum class Cause {
-        Ended,       ///< It exited with status `number`.
-        Signal,      ///< Signal `number` ended it.
-        DeniedCall,  ///< A killed system call ended it: the one of `deniedCalls` with `isKilled`.
-        OutOfMemory, ///< It reached its memory limit.
-        Garbled,     ///< It was killed because it sent malformed data.
+        Ended,         ///< It exited with status `number`.
+        Signal,        ///< Signal `number` ended it.
+        DeniedCall,    ///< A killed system call ended it: the one of `deniedCalls` with `isKilled`.
+        OutOfMemory,   ///< It reached its memory limit.
+        MalformedData, ///< It was killed because it sent malformed data.
     };
 
-    Cause cause = Cause::Garbled;
+    Cause cause = Cause::MalformedData;
     int number = 0;
     QList<DeniedCall> deniedCalls; ///< In the order in which each was first made.
     QString engine;                ///< Name and version of the script engine; empty when unknown.
@@ -65,15 +65,16 @@ struct ScriptError
         ResultTooLarge,      ///< The completion value has too much text.
         ResultTooDeep,       ///< The completion value is nested too deeply.
         HostUnavailable,     ///< The script host could not be started.
-        HostDied,            ///< The script host ended before the script did; `ending` says how.
+        HostEnded,           ///< The script host ended before the script did; `ending` says how.
         OutOfMemory,         ///< The script reached its memory limit.
         Stopped,             ///< The waiter stopped the script: the user did, or a deadline passed.
     };
 
     Code code = Code::Exception;
-    QString text;           ///< The exception's string conversion; empty with every other code.
-    int line = 0;           ///< Line of the source, 1-based; 0 when unknown.
-    HostEnding ending = {}; ///< With `HostDied` and `OutOfMemory`; with `Stopped` its denied calls.
+    QString text; ///< The exception's string conversion; empty with every other code.
+    int line = 0; ///< Line of the source, 1-based; 0 when unknown.
+    HostEnding ending =
+        {}; ///< With `HostEnded` and `OutOfMemory`; with `Stopped` its denied calls.
 
     bool operator==(const ScriptError &) const = default;
 };

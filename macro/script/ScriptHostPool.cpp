@@ -70,12 +70,12 @@ HostProcess::Settings ScriptHostPool::nextSettings() const
         settings.memory = m_memory;
     if (settings.timeZone.isEmpty())
         settings.timeZone = timeZoneName();
-    settings.reportsRefusedCalls = !m_experience->trapsAreFatal;
+    settings.reportsRefusedCalls = !m_findings->trapsAreFatal;
     return settings;
 }
 
 // The spare may have been killed, or started with a time zone that is no longer the system's.
-bool ScriptHostPool::isSpareFit() const
+bool ScriptHostPool::isSpareUsable() const
 {
     return m_spare && m_spare->settings == nextSettings() &&
            m_spare->connection.process().isAlive();
@@ -93,7 +93,7 @@ void ScriptHostPool::setKeepsSpare(bool keepsSpare)
     prepare();
 }
 
-void ScriptHostPool::forgetEndedRuns()
+void ScriptHostPool::removeEndedRuns()
 {
     std::erase_if(m_running, [](const auto &connection) { return connection.expired(); });
 }
@@ -102,7 +102,7 @@ void ScriptHostPool::forgetEndedRuns()
 void ScriptHostPool::tend()
 {
     prepare();
-    forgetEndedRuns();
+    removeEndedRuns();
     if (!m_running.empty() || !reapHostProcesses())
         m_replacement->start(kReapInterval);
 }
@@ -110,7 +110,7 @@ void ScriptHostPool::tend()
 bool ScriptHostPool::prepare()
 {
     reapHostProcesses();
-    if (isSpareFit())
+    if (isSpareUsable())
         return true;
     endSpare();
     const HostProcess::Settings wanted = nextSettings();
@@ -130,7 +130,7 @@ void ScriptHostPool::learn(const HostEnding &ending, Experience &experience)
 void ScriptHostPool::endSpare()
 {
     if (m_spare && !m_spare->connection.process().isAlive())
-        learn(m_spare->connection.end(), *m_experience);
+        learn(m_spare->connection.end(), *m_findings);
     m_spare.reset();
 }
 
@@ -160,11 +160,11 @@ ScriptJob ScriptHostPool::start()
     }
     const auto taken = std::make_shared<HostConnection>(std::move(m_spare->connection));
     m_spare.reset();
-    forgetEndedRuns();
+    removeEndedRuns();
     m_running.push_back(taken);
     if (m_replacement)
         m_replacement->start(kReplacementDelay);
-    return [taken, experience = m_experience](
+    return [taken, experience = m_findings](
                ScriptRequest request, const ScriptLogSink &log, ScriptWaiter *waiter) {
         ScriptOutcome outcome = taken->run(std::move(request), log, waiter);
         if (!outcome)
@@ -190,7 +190,7 @@ std::function<EngineTrial(ScriptWaiter *)> ScriptHostPool::startTrial()
     constexpr int kTrialNiceness = 10; // With 19, a trial beside a long build would take minutes.
     setpriority(PRIO_PROCESS, static_cast<id_t>(process->processId()), kTrialNiceness);
     const auto host = std::make_shared<HostConnection>(std::move(*process));
-    return [host, zone = wanted.timeZone, experience = m_experience](ScriptWaiter *waiter) {
+    return [host, zone = wanted.timeZone, experience = m_findings](ScriptWaiter *waiter) {
         EngineTrial trial = tryEngine(*host, zone, waiter);
         if (trial.error)
             learn(trial.error->ending, *experience);

@@ -83,18 +83,18 @@ private:
         std::atomic<bool> trapsAreFatal = false;
     };
 
-    [[nodiscard]] bool isSpareFit() const;
+    [[nodiscard]] bool isSpareUsable() const;
     void endSpare();
     static void learn(const HostEnding &ending, Experience &experience);
     void tend();
-    void forgetEndedRuns();
+    void removeEndedRuns();
 
     std::function<HostProcess::Settings()> m_settings;
     std::uint64_t m_memory = defaultMemory();
     std::optional<Spare> m_spare;
     std::vector<std::weak_ptr<HostConnection>> m_running;
     std::unique_ptr<QTimer> m_replacement; // Set while a spare is kept.
-    std::shared_ptr<Experience> m_experience = std::make_shared<Experience>();
+    std::shared_ptr<Experience> m_findings = std::make_shared<Experience>();
 };
 
 } // namespace penwick

@@ -50,7 +50,7 @@ private:
 
     void readMember()
     {
-        std::optional<QString> key = m_reader.getTextUnlessNone();
+        std::optional<QString> key = m_reader.getOptionalText();
         if (!key)
             return m_builder.end();
         check(*key);

@@ -170,7 +170,7 @@ Filter makeFilter(RefusedCalls refused, std::uint32_t architecture, std::int32_t
 
 } // namespace
 
-bool refuseEscapes()
+bool refuseKilledCalls()
 {
     const Filter filter(seccomp_init(SCMP_ACT_ALLOW));
     bool isGood = filter != nullptr;
@@ -190,7 +190,7 @@ bool refuseEscapes()
 bool filterSystemCalls(RefusedCalls refused)
 {
     const Filter filter = makeFilter(refused, seccomp_arch_native(), getpid());
-    pardonOtherThreads();
+    exemptOtherThreads();
     return filter && seccomp_load(filter.get()) == 0;
 }
 

@@ -7,7 +7,8 @@ namespace penwick {
 /// Who answers the calls that the sandbox refuses.
 enum class RefusedCalls : std::uint8_t {
     Silent,   ///< The kernel, without a report.
-    Reported, ///< The handler of `answerDeniedCalls`, with a report; see there for its limits.
+    Reported, ///< The handler of `installDeniedCallHandler`, with a report; see there for its
+              ///< limits.
 };
 
 /// From now on, the calls that `filterSystemCalls` will kill regardless of their arguments fail
@@ -15,10 +16,10 @@ enum class RefusedCalls : std::uint8_t {
 /// connection that the engine opens, for example to a desktop service, would stay open.
 /// PR_SET_NO_NEW_PRIVS must be set.
 /// \return false when the system has no such filter; nothing is changed then.
-bool refuseEscapes();
+bool refuseKilledCalls();
 
 /// From now on, the decisions of SystemCallTable.h hold for all threads of the process. Killed
-/// calls raise SIGSYS, so call `answerDeniedCalls` first. PR_SET_NO_NEW_PRIVS must be set.
+/// calls raise SIGSYS, so call `installDeniedCallHandler` first. PR_SET_NO_NEW_PRIVS must be set.
 /// \return false when the system has no such filter; no call is filtered then.
 [[nodiscard]] bool filterSystemCalls(RefusedCalls refused);
 

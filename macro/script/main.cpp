@@ -63,7 +63,7 @@ int serve(penwick::HostChannel &channel, std::size_t memory, penwick::RefusedCal
     startThread();
     if (!penwick::sendReady(protection, channel.sink()))
         return EXIT_FAILURE;
-    penwick::takeLargePages();
+    penwick::enableHugePages();
     const auto request = channel.receiveRequest();
     if (!request)
         return EXIT_SUCCESS; // The editor has no script to run.

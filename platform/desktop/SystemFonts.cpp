@@ -26,7 +26,7 @@ FontPreparation::~FontPreparation()
     m_thread.join();
 }
 
-QString fontFamilyBehind(const QString &family)
+QString resolvedFontFamily(const QString &family)
 {
     const Pattern pattern(FcPatternCreate(), &FcPatternDestroy);
     FcPatternAddString(pattern.get(), FC_FAMILY, bytesOf(family.toUtf8()));

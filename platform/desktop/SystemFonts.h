@@ -22,6 +22,6 @@ private:
 
 /// Returns the family that an alias such as "monospace" stands for; a family that exists stands for
 /// itself. Loads no font. Returns an empty string if there are no fonts.
-[[nodiscard]] QString fontFamilyBehind(const QString &family);
+[[nodiscard]] QString resolvedFontFamily(const QString &family);
 
 } // namespace penwick

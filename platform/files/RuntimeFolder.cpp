@@ -29,7 +29,7 @@ bool makePrivate(const QByteArray &path)
 
 } // namespace
 
-bool makePrivateFolder(const QString &path)
+bool ensurePrivateFolder(const QString &path)
 {
     return makePrivate(QFile::encodeName(path));
 }

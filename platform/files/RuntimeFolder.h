@@ -15,6 +15,6 @@ namespace penwick {
 
 /// Creates the folder if it is missing, but not its parents. True when it belongs to the user and
 /// no other user can access it.
-[[nodiscard]] bool makePrivateFolder(const QString &path);
+[[nodiscard]] bool ensurePrivateFolder(const QString &path);
 
 } // namespace penwick

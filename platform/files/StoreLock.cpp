@@ -67,7 +67,7 @@ tl::expected<void, FileError> waitForLock(const FileDescriptor &folder,
 
 } // namespace
 
-tl::expected<StoreLock::Holder, FileError> StoreLock::take(std::chrono::milliseconds patience)
+tl::expected<StoreLock::Holder, FileError> StoreLock::take(std::chrono::milliseconds timeout)
 {
     if (m_depth > 0) {
         ++m_depth;
@@ -76,7 +76,7 @@ tl::expected<StoreLock::Holder, FileError> StoreLock::take(std::chrono::millisec
     auto folder = openFolder(m_folder);
     if (!folder)
         return tl::unexpected(folder.error());
-    const QDeadlineTimer deadline(patience);
+    const QDeadlineTimer deadline(timeout);
     letOthersGoFirst(*folder);
     struct flock mark = firstByte(F_RDLCK);
     static_cast<void>(::fcntl(folder->get(), F_SETLK, &mark));

@@ -20,7 +20,7 @@ class StoreLock final
 {
 public:
     /// How long a change waits for another process, which holds the lock for milliseconds.
-    static constexpr std::chrono::milliseconds kPatience{2000};
+    static constexpr std::chrono::milliseconds kTimeout{2000};
 
     /// \param folder absolute path. It need not exist until the lock is taken.
     explicit StoreLock(QString folder)
@@ -57,11 +57,11 @@ public:
         StoreLock *m_lock;
     };
 
-    /// Takes the lock. Waits for another holder at most `patience`, then fails with `Locked`. Also
+    /// Takes the lock. Waits for another holder at most `timeout`, then fails with `Locked`. Also
     /// fails if the folder cannot be opened. On a file system without locks it succeeds without
     /// excluding other processes, since otherwise nothing could be stored there.
     [[nodiscard]] tl::expected<Holder, FileError>
-    take(std::chrono::milliseconds patience = kPatience);
+    take(std::chrono::milliseconds timeout = kTimeout);
 
 private:
     void release();

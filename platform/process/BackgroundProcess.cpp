@@ -20,7 +20,7 @@ Fork forkIntoBackground()
     return Fork::Child;
 }
 
-void fillStandardStreams()
+void openMissingStandardStreams()
 {
     // In this order, since open() returns the lowest free number.
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
@@ -28,7 +28,7 @@ void fillStandardStreams()
             static_cast<void>(uninterrupted([] { return ::open("/dev/null", O_WRONLY); }));
 }
 
-void leaveStandardStreams()
+void detachStandardStreams()
 {
     std::fflush(nullptr);
     const FileDescriptor nothing(

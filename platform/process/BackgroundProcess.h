@@ -12,9 +12,9 @@ enum class Fork { Parent, Child, Failed };
 /// Opens /dev/null for the standard streams that the parent process closed: reading fails and
 /// output is discarded. Otherwise the next file or socket to be opened would get the number of a
 /// standard stream and receive its output. Call this first in the program.
-void fillStandardStreams();
+void openMissingStandardStreams();
 
 /// Redirects the standard streams to /dev/null, so that no process waits for them to be closed.
-void leaveStandardStreams();
+void detachStandardStreams();
 
 } // namespace penwick

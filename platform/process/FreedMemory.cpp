@@ -8,7 +8,7 @@
 
 namespace penwick {
 
-void giveBackFreedMemory()
+void trimFreedMemory()
 {
 #ifdef __GLIBC__
     ::malloc_trim(0);

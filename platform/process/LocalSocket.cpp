@@ -110,7 +110,7 @@ Error errorOfConnecting(int errnoValue)
     switch (errnoValue) {
     case ENOENT:
     case ECONNREFUSED:
-        return Error::NobodyListens;
+        return Error::NotListening;
     case EAGAIN:
         return Error::Busy;
     default:
@@ -121,7 +121,7 @@ Error errorOfConnecting(int errnoValue)
 Error errorOfAccepting(int errnoValue)
 {
     if (errnoValue == EAGAIN || errnoValue == EWOULDBLOCK)
-        return Error::NobodyWaits;
+        return Error::NoPendingConnection;
     return errnoValue == ECONNABORTED ? Error::Closed : Error::System;
 }
 
@@ -166,7 +166,7 @@ tl::expected<LocalSocket, Error> LocalSocket::connectTo(const QString &path)
     if (connected != 0)
         return tl::unexpected(errorOfConnecting(errno));
     if (peerOf(*made) != ::geteuid())
-        return tl::unexpected(Error::Stranger);
+        return tl::unexpected(Error::OtherUser);
     return LocalSocket(*std::move(made));
 }
 
@@ -178,7 +178,7 @@ tl::expected<LocalSocket, Error> LocalSocket::accept() const
     if (!setUp(stream))
         return tl::unexpected(Error::System);
     if (peerOf(stream) != ::geteuid())
-        return tl::unexpected(Error::Stranger);
+        return tl::unexpected(Error::OtherUser);
     return LocalSocket(std::move(stream));
 }
 

@@ -20,13 +20,13 @@ class LocalSocket final
 {
 public:
     enum class Error {
-        NobodyWaits,   ///< No further connection is waiting.
-        NobodyListens, ///< No socket exists at the path, or its process is gone.
-        Busy,          ///< The server's queue of waiting connections is full.
-        PathTooLong,   ///< The path is empty, holds a NUL or is longer than about a hundred bytes.
-        Stranger,      ///< The other process belongs to another user, or its user is unknown.
-        Closed,        ///< The other end closed the connection.
-        System,        ///< Any other error.
+        NoPendingConnection, ///< No further connection is waiting.
+        NotListening,        ///< No socket exists at the path, or its process is gone.
+        Busy,                ///< The server's queue of waiting connections is full.
+        PathTooLong, ///< The path is empty, holds a NUL or is longer than about a hundred bytes.
+        OtherUser,   ///< The other process belongs to another user, or its user is unknown.
+        Closed,      ///< The other end closed the connection.
+        System,      ///< Any other error.
     };
 
     /// Listens at `path`, replacing whatever exists there. Call this only when no other process
@@ -34,9 +34,9 @@ public:
     [[nodiscard]] static tl::expected<LocalSocket, Error> listenAt(const QString &path);
     [[nodiscard]] static tl::expected<LocalSocket, Error> connectTo(const QString &path);
 
-    /// Accepts the next waiting connection. Fails with `NobodyWaits` if there is none. `Stranger`
-    /// and `Closed` concern one connection, which is discarded. `System` occurs when the process
-    /// has too many open files; the connection then stays in the queue.
+    /// Accepts the next waiting connection. Fails with `NoPendingConnection` if there is none.
+    /// `OtherUser` and `Closed` concern one connection, which is discarded. `System` occurs when
+    /// the process has too many open files; the connection then stays in the queue.
     [[nodiscard]] tl::expected<LocalSocket, Error> accept() const;
 
     /// Reads at most `size` bytes that have arrived. Returns their number; 0 if none have arrived

@@ -80,7 +80,7 @@ QString withVisibleControls(QString text)
 
 } // namespace
 
-tl::expected<void, FileError> writeAnswer(QByteArrayView bytes)
+tl::expected<void, FileError> writeStandardOutput(QByteArrayView bytes)
 {
     std::fflush(stdout);
     while (!bytes.isEmpty()) {

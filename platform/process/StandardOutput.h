@@ -11,7 +11,7 @@ namespace penwick {
 
 /// Writes all of `bytes` to standard output and waits for the reader. For output that the user
 /// asked for, which must not be lost silently.
-[[nodiscard]] tl::expected<void, FileError> writeAnswer(QByteArrayView bytes);
+[[nodiscard]] tl::expected<void, FileError> writeStandardOutput(QByteArrayView bytes);
 
 // `printLine` and `writeErrorLine` do not wait long for a reader: output that is not taken within a
 // short timeout is dropped. Both may be called on any thread.

@@ -43,8 +43,8 @@ QByteArray UserDefaults::bytes(const QString &key) const
 
 QVariant UserDefaults::value(const QString &key) const
 {
-    const auto kept = m_kept.constFind(key);
-    return kept != m_kept.cend() ? *kept : m_settings.value(key);
+    const auto kept = m_unsaved.constFind(key);
+    return kept != m_unsaved.cend() ? *kept : m_settings.value(key);
 }
 
 bool UserDefaults::setString(const QString &key, const QString &value)
@@ -82,10 +82,10 @@ bool UserDefaults::write(const QString &key, const QVariant &value)
 {
     const auto held = lock();
     if (!held && held.error().kind == FileError::Kind::Locked) {
-        m_kept.insert(key, value);
+        m_unsaved.insert(key, value);
         return false;
     }
-    m_kept.remove(key);
+    m_unsaved.remove(key);
     // Another process may have stored another value in the meantime.
     const bool isInStep = sync();
     if (isInStep && m_settings.value(key) == value)

@@ -48,7 +48,8 @@ private:
 
     QSettings m_settings;
     StoreLock m_lock;
-    QHash<QString, QVariant> m_kept; // Values that could not be stored; invalid for a removed key.
+    QHash<QString, QVariant>
+        m_unsaved; // Values that could not be stored; invalid for a removed key.
 };
 
 } // namespace penwick

@@ -30,7 +30,7 @@ QByteArray converse(const InstanceAddress &address, const QByteArray &bytes)
     static_cast<void>(stream->write(bytes));
     QByteArray answer;
     char piece[256];
-    while (stream->waitForReading(QDeadlineTimer(kPatience))) {
+    while (stream->waitForReading(QDeadlineTimer(kHandOverTimeout))) {
         const auto count = stream->read(piece, sizeof piece);
         if (!count)
             return answer;
@@ -123,7 +123,7 @@ private Q_SLOTS:
                     --waiting;
                     while (waiting > 0)
                         std::this_thread::yield();
-                    auto met = arriveAt(address, QDeadlineTimer(kPatience));
+                    auto met = arriveAt(address, QDeadlineTimer(kHandOverTimeout));
                     return met ? std::optional(*std::move(met)) : std::nullopt;
                 }));
             }

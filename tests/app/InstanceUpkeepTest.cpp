@@ -81,7 +81,7 @@ private Q_SLOTS:
         Running running(address);
         for (int i = 0; i < 3; ++i) {
             QVERIFY(QFile::remove(address.socket));
-            QVERIFY(running.isMetAt(address));
+            QVERIFY(running.acceptsRequestAt(address));
         }
     }
 
@@ -92,7 +92,7 @@ private Q_SLOTS:
         Running running(address);
         QTest::qWait(kUntilItWatches);
         QVERIFY(QFile::remove(address.lock));
-        QVERIFY(running.isMetAt(address));
+        QVERIFY(running.acceptsRequestAt(address));
         QTRY_VERIFY(isLocked(address));
     }
 
@@ -100,14 +100,14 @@ private Q_SLOTS:
     {
         const TemporaryHome home;
         const QString folder = home.file(u"run"_s);
-        QVERIFY(makePrivateFolder(folder));
+        QVERIFY(ensurePrivateFolder(folder));
         const InstanceAddress address{folder + u"/i.sock"_s, folder + u"/i.lock"_s};
         Running running(address);
         for (int i = 0; i < 3; ++i) {
             QVERIFY(QDir(folder).removeRecursively());
             QTRY_VERIFY(QFile::exists(address.socket));
             QVERIFY(isLocked(address));
-            QVERIFY(running.isMetAt(address));
+            QVERIFY(running.acceptsRequestAt(address));
         }
         QCOMPARE(QFile::permissions(folder) & (QFile::ReadGroup | QFile::ReadOther),
                  QFile::Permissions());
@@ -117,7 +117,7 @@ private Q_SLOTS:
     {
         const TemporaryHome home;
         const QString folder = home.file(u"run"_s);
-        QVERIFY(makePrivateFolder(folder));
+        QVERIFY(ensurePrivateFolder(folder));
         const InstanceAddress address{folder + u"/i.sock"_s, folder + u"/i.lock"_s};
         Running running(address);
         QTest::qWait(kUntilItWatches);
@@ -136,7 +136,7 @@ private Q_SLOTS:
         QVERIFY(QFile::remove(address.socket) && QFile::remove(address.lock));
         Running second(address); // Arrives before the first one notices.
         QTest::qWait(500);
-        QVERIFY(second.isMetAt(address));
+        QVERIFY(second.acceptsRequestAt(address));
         QCOMPARE(first.requests.size(), 0);
         // Neither keeps the event loop of the other busy.
         Wakings wakings;
@@ -144,7 +144,7 @@ private Q_SLOTS:
         second.server.leave();
         // A process that arrives before the first one notices takes the free place.
         QTRY_VERIFY(QFile::exists(address.socket));
-        QVERIFY(first.isMetAt(address));
+        QVERIFY(first.acceptsRequestAt(address));
     }
 
     void server_placeTakenByAnother_isNotLeftForIt()
@@ -156,7 +156,7 @@ private Q_SLOTS:
         Running second(address);
         first.reset();
         QVERIFY(QFile::exists(address.socket));
-        QVERIFY(second.isMetAt(address));
+        QVERIFY(second.acceptsRequestAt(address));
     }
 
     void place_filesTakenAwayAllTheTime_staysThatOfOne()
@@ -175,7 +175,7 @@ private Q_SLOTS:
         for (int i = 0; i < kArriving; ++i) {
             arrivals.push_back(
                 std::async(std::launch::async, [&address]() -> std::optional<Arrival> {
-                    auto met = arriveAt(address, QDeadlineTimer(kPatience));
+                    auto met = arriveAt(address, QDeadlineTimer(kHandOverTimeout));
                     return met ? std::optional(*std::move(met)) : std::nullopt;
                 }));
         }
@@ -209,7 +209,7 @@ private Q_SLOTS:
             QVERIFY2(count > 0 && count < 10, QByteArray::number(count).constData());
         }
         auto outcome = std::async(std::launch::async, [&stream] {
-            return handOver(requestOf("/a"), *stream, kPatience);
+            return handOver(requestOf("/a"), *stream, kHandOverTimeout);
         });
         QTRY_VERIFY(isOver(outcome));
         QVERIFY(outcome.get());
@@ -245,7 +245,7 @@ private Q_SLOTS:
         QVERIFY(wakings.during(100ms) < 10);
         QCOMPARE(wakings.during(200ms), 0);
         auto outcome = std::async(std::launch::async, [&silent] {
-            return handOver(requestOf("/a"), silent.back(), kPatience);
+            return handOver(requestOf("/a"), silent.back(), kHandOverTimeout);
         });
         silent.erase(silent.begin());
         QTRY_VERIFY(isOver(outcome));

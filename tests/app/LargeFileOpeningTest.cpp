@@ -38,7 +38,7 @@ void LargeFileOpeningTest::init()
 {
     using namespace std::chrono_literals;
     begin();
-    m_documents->setPatience({.directBytes = 1, .reading = 0ms, .saving = 0ms});
+    m_documents->setTransferLimits({.directBytes = 1, .reading = 0ms, .saving = 0ms});
 }
 
 void LargeFileOpeningTest::open_large_showsItsWindowFirstAndItsTextLater()
@@ -63,7 +63,7 @@ void LargeFileOpeningTest::open_large_showsItsWindowFirstAndItsTextLater()
 void LargeFileOpeningTest::open_largeButQuick_isThereAtOnce()
 {
     using namespace std::chrono_literals;
-    m_documents->setPatience({.directBytes = 1, .reading = 10s, .saving = 0ms});
+    m_documents->setTransferLimits({.directBytes = 1, .reading = 10s, .saving = 0ms});
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
     QCOMPARE(text(), u"abc"_s);
 }
@@ -109,7 +109,7 @@ void LargeFileOpeningTest::open_invalidAtTheEnd_saysSoAndLeavesAnUntitledWindow(
         m_documents->openFile(m_home->write(u"a.txt"_s, QByteArray(1'000'000, 'x') + "\xE3\x81")));
     QString message;
     QString information;
-    const test::LaterAnswer answer([&](QWidget *modal) {
+    const test::ModalAnswerer answer([&](QWidget *modal) {
         message = qobject_cast<QMessageBox *>(modal)->text();
         information = qobject_cast<QMessageBox *>(modal)->informativeText();
         return modal->close();
@@ -129,7 +129,7 @@ void LargeFileOpeningTest::open_invalidBesideAnotherWindow_closesItsWindow()
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc\xFF")));
     QCOMPARE(m_documents->windowControllers().size(), 2);
     const auto failing = m_documents->windowControllers().at(1);
-    const test::LaterAnswer answer([](QWidget *modal) { return modal->close(); });
+    const test::ModalAnswerer answer([](QWidget *modal) { return modal->close(); });
     QTRY_COMPARE(m_documents->windowControllers().size(), 1);
     QVERIFY(answer.hasAnswered());
     QVERIFY(!failing->window()->isVisible());
@@ -193,7 +193,7 @@ void LargeFileOpeningTest::closeAll_fileFailsDuringTheQuestion_goesOn()
     type(u"x"_s);
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "bad\xFF")));
     // The message about the failure covers the question. Closing the message closes its window too.
-    const test::LaterAnswer answer([this](QWidget *modal) {
+    const test::ModalAnswerer answer([this](QWidget *modal) {
         if (qobject_cast<QMessageBox *>(modal)->text() == u"ファイルを開けませんでした"_s) {
             modal->close();
             return false;

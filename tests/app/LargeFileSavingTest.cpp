@@ -56,7 +56,7 @@ void LargeFileSavingTest::init()
 {
     using namespace std::chrono_literals;
     begin();
-    m_documents->setPatience({.directBytes = 1, .reading = 0ms, .saving = 0ms});
+    m_documents->setTransferLimits({.directBytes = 1, .reading = 0ms, .saving = 0ms});
 }
 
 void LargeFileSavingTest::openAndWait(const QString &path) const
@@ -136,7 +136,7 @@ void LargeFileSavingTest::save_noSpace_saysSoAndKeepsEverything()
     {
         const test::FileSizeLimit limit(1'000'000);
         QVERIFY(m_documents->saveDocument(controller()));
-        const test::LaterAnswer answer([&](QWidget *modal) {
+        const test::ModalAnswerer answer([&](QWidget *modal) {
             message = qobject_cast<QMessageBox *>(modal)->text();
             information = qobject_cast<QMessageBox *>(modal)->informativeText();
             return modal->close();
@@ -174,7 +174,7 @@ void LargeFileSavingTest::saveAs_nameTakenMeanwhile_asks()
     QVERIFY(m_documents->saveDocumentAs(controller()));
     QVERIFY(document()->isWriting());
     m_home->write(u"new.txt"_s, "theirs");
-    const test::LaterAnswer answer(test::clicking(u"キャンセル"_s));
+    const test::ModalAnswerer answer(test::clicking(u"キャンセル"_s));
     QTRY_VERIFY(answer.hasAnswered());
     QCOMPARE(m_home->read(u"new.txt"_s), QByteArray("theirs"));
     QCOMPARE(document()->filePath(), QString());
@@ -185,7 +185,7 @@ void LargeFileSavingTest::saveAs_duringASave_waitsForIt()
 {
     startSave();
     const QString path = m_home->file(u"copy.txt"_s);
-    const test::LaterAnswer answer([&](QWidget *modal) {
+    const test::ModalAnswerer answer([&](QWidget *modal) {
         auto *dialog = qobject_cast<QFileDialog *>(modal);
         if (dialog == nullptr)
             return false; // The message shown until the first save ends.
@@ -205,7 +205,7 @@ void LargeFileSavingTest::close_whileSaving_waitsForTheFile()
 {
     startSave();
     QString message;
-    const test::LaterAnswer answer([&](QWidget *modal) {
+    const test::ModalAnswerer answer([&](QWidget *modal) {
         message = modal->findChild<QLabel *>()->text();
         return true;
     });
@@ -218,7 +218,7 @@ void LargeFileSavingTest::close_whileSaving_waitsForTheFile()
 void LargeFileSavingTest::close_whileSavingThenCalledOff_staysOpen()
 {
     startLongSave();
-    const test::LaterAnswer answer([](QWidget *modal) {
+    const test::ModalAnswerer answer([](QWidget *modal) {
         QTest::keyClick(modal, Qt::Key_Escape);
         return true;
     });
@@ -241,7 +241,7 @@ void LargeFileSavingTest::close_saveFails_saysSoOnceAndStaysOpen()
         QDir().mkdir(m_home->file(u"a.txt"_s));
     });
     QStringList messages;
-    const test::LaterAnswer answer([&](QWidget *modal) {
+    const test::ModalAnswerer answer([&](QWidget *modal) {
         if (const auto *box = qobject_cast<QMessageBox *>(modal)) {
             messages << box->text();
             modal->close();
@@ -258,7 +258,7 @@ void LargeFileSavingTest::close_editedAndSaved_closesOnceItIsWritten()
 {
     openAndWait(m_home->write(u"a.txt"_s, "old"));
     replaceText(test::hugeText(30));
-    const test::LaterAnswer answer(test::clicking(u"保存"_s));
+    const test::ModalAnswerer answer(test::clicking(u"保存"_s));
     QVERIFY(window()->close());
     QVERIFY(!m_documents->hasDocuments());
     QVERIFY(m_home->read(u"a.txt"_s) == QByteArray(30'000'000, 'x'));

@@ -18,7 +18,7 @@
 using namespace penwick;
 using namespace std::chrono_literals;
 using namespace Qt::StringLiterals;
-using test::LaterAnswer;
+using test::ModalAnswerer;
 using test::TemporaryHome;
 
 using Outcome = tl::expected<void, HandOverError>;
@@ -114,7 +114,7 @@ private Q_SLOTS:
     void open_largeFileAtAPlace_putsTheCaretThereOnceItIsRead()
     {
         World world;
-        world.documents.setPatience({.directBytes = 0, .reading = 0ms});
+        world.documents.setTransferLimits({.directBytes = 0, .reading = 0ms});
         const QString path = world.home.write(u"a.txt"_s, "one\ntwo\nthree");
         OpenRequest request;
         request.items = {itemOf(path, TextPlace{3, 1})};
@@ -218,7 +218,7 @@ private Q_SLOTS:
         OpenRequest request;
         request.wait = true;
         request.items = {itemOf(world.home.path())};
-        const LaterAnswer answer([](QWidget *message) { return message->close(); });
+        const ModalAnswerer answer([](QWidget *message) { return message->close(); });
         auto outcome = world.handOver(request);
         QTRY_VERIFY(World::isOver(outcome));
         QVERIFY(answer.hasAnswered());
@@ -229,11 +229,11 @@ private Q_SLOTS:
     {
         World world;
         world.documents.newDocument();
-        world.documents.setPatience({.directBytes = 0, .reading = 0ms});
+        world.documents.setTransferLimits({.directBytes = 0, .reading = 0ms});
         OpenRequest request;
         request.wait = true;
         request.items = {itemOf(world.home.write(u"a.txt"_s, "\xff\xfe"))};
-        const LaterAnswer answer([](QWidget *message) { return message->close(); });
+        const ModalAnswerer answer([](QWidget *message) { return message->close(); });
         auto outcome = world.handOver(request);
         QTRY_VERIFY(World::isOver(outcome));
         QVERIFY(answer.hasAnswered());

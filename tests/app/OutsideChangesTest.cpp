@@ -150,7 +150,7 @@ void OutsideChangesTest::change_editedText_keepMine_asksOncePerChange()
     change("theirs");
     QString question;
     {
-        const test::LaterAnswer answer([&](QWidget *modal) {
+        const test::ModalAnswerer answer([&](QWidget *modal) {
             question = qobject_cast<QMessageBox *>(modal)->text();
             test::buttonNamed(modal, u"自分の編集を残す"_s)->click();
             return true;
@@ -180,7 +180,7 @@ void OutsideChangesTest::change_editedText_loadTheirs_isOneStepBack()
     open("old");
     type(u"x"_s);
     change("theirs");
-    const test::LaterAnswer answer(test::clicking(u"ファイルの内容を読み込む"_s));
+    const test::ModalAnswerer answer(test::clicking(u"ファイルの内容を読み込む"_s));
     check();
     QTRY_COMPARE(text(), u"theirs"_s);
     QVERIFY(!document()->isEdited());
@@ -195,7 +195,7 @@ void OutsideChangesTest::change_editedText_later_asksWhenSaving()
     type(u"x"_s);
     change("theirs");
     {
-        const test::LaterAnswer answer([&](QWidget *modal) {
+        const test::ModalAnswerer answer([&](QWidget *modal) {
             QTest::keyClick(modal, Qt::Key_Escape);
             return true;
         });
@@ -300,15 +300,15 @@ void OutsideChangesTest::change_windowClosedMeanwhile_isForgotten()
 void OutsideChangesTest::change_betweenCheckAndSave_asks()
 {
     // Large enough for a transfer: the file changes while the new one is being written.
-    m_documents->setPatience({.directBytes = 1,
-                              .reading = std::chrono::milliseconds(0),
-                              .saving = std::chrono::milliseconds(0)});
+    m_documents->setTransferLimits({.directBytes = 1,
+                                    .reading = std::chrono::milliseconds(0),
+                                    .saving = std::chrono::milliseconds(0)});
     open("old");
     replaceText(Text(QString(50'000'000, u'x')));
     QVERIFY(m_documents->saveDocument(controller()));
     QTRY_VERIFY(document()->transferPercent() > 0);
     change("theirs");
-    const test::LaterAnswer answer(test::clicking(u"キャンセル"_s));
+    const test::ModalAnswerer answer(test::clicking(u"キャンセル"_s));
     QTRY_VERIFY(answer.hasAnswered());
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("theirs"));
     QVERIFY(document()->isEdited());
@@ -376,7 +376,7 @@ void OutsideChangesTest::keepMine_undoToTheOldText_staysUnsaved()
     open("old");
     type(u"x"_s);
     change("theirs");
-    const test::LaterAnswer answer(test::clicking(u"自分の編集を残す"_s));
+    const test::ModalAnswerer answer(test::clicking(u"自分の編集を残す"_s));
     check();
     QTRY_VERIFY(answer.hasAnswered());
     view()->undo();
@@ -393,7 +393,7 @@ void OutsideChangesTest::interruptedSave_open_saysWhereTheTextIs()
         m_home->write(QFile::decodeName("a.txt.penwick-" + digestOf(path, 4) + "-0.bak"), "whole");
     QString message;
     QString information;
-    const test::LaterAnswer answer([&](QWidget *modal) {
+    const test::ModalAnswerer answer([&](QWidget *modal) {
         const auto *box = qobject_cast<QMessageBox *>(modal);
         message = box->text();
         information = box->informativeText();

@@ -1,6 +1,6 @@
 #include "app/DocumentsTestBase.h"
 #include "support/ModalAnswer.h"
-#include "support/Nobody.h"
+#include "support/UnprivilegedUser.h"
 
 #include <QFileDialog>
 #include <QTest>
@@ -74,8 +74,8 @@ void ReadOnlyFilesTest::readOnlyFile_save_offersAnotherPlace()
     editReadOnlyFile();
     const QString other = m_home->file(u"other.txt"_s);
     QStringList told;
-    const test::LaterAnswer answer(answering({u"別名で保存…"_s}, other, told));
-    QVERIFY(test::asNobody([&] { return m_documents->saveDocument(controller()); }));
+    const test::ModalAnswerer answer(answering({u"別名で保存…"_s}, other, told));
+    QVERIFY(test::asUnprivilegedUser([&] { return m_documents->saveDocument(controller()); }));
     QCOMPARE(told, QStringList{u"このファイルには書き込めません"_s});
     QCOMPARE(m_home->read(u"other.txt"_s), QByteArray("xold"));
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("old"));
@@ -88,8 +88,8 @@ void ReadOnlyFilesTest::readOnlyFile_closeAndSaveElsewhere_closes()
     editReadOnlyFile();
     const QString other = m_home->file(u"other.txt"_s);
     QStringList told;
-    const test::LaterAnswer answer(answering({u"別名で保存…"_s, u"保存"_s}, other, told));
-    QVERIFY(test::asNobody([&] { return m_documents->closeDocument(controller()); }));
+    const test::ModalAnswerer answer(answering({u"別名で保存…"_s, u"保存"_s}, other, told));
+    QVERIFY(test::asUnprivilegedUser([&] { return m_documents->closeDocument(controller()); }));
     QCOMPARE(told.size(), 2);
     QCOMPARE(m_home->read(u"other.txt"_s), QByteArray("xold"));
 }

@@ -58,7 +58,7 @@ void ScriptHostReportTest::warning_tellsWhatMacrosFailOf()
     trial.protection->systemCallFilter = false;
     QCOMPARE(engineWarning(trial), u"このシステムでは、マクロのシステムコールを制限できません"_s);
     trial.step = u"dates"_s;
-    trial.error = ScriptError{ScriptError::Code::HostDied, {}};
+    trial.error = ScriptError{ScriptError::Code::HostEnded, {}};
     trial.error->ending = {
         HostEnding::Cause::DeniedCall, 0, {DeniedCall{4000, 1, 0, 0}}, u"Engine 1.2"_s};
     QCOMPARE(engineWarning(trial),
@@ -84,11 +84,11 @@ void ScriptHostReportTest::warning_tellsWhatMacrosFailOf()
 
 void ScriptHostReportTest::missing_namesWhatDoesNotStand()
 {
-    QCOMPARE(missingWalls(HostProtection{true, true, true}), QString());
-    QCOMPARE(missingWalls(std::nullopt), u"the process that runs them"_s);
-    QCOMPARE(missingWalls(HostProtection{false, true, false}),
+    QCOMPARE(missingProtections(HostProtection{true, true, true}), QString());
+    QCOMPARE(missingProtections(std::nullopt), u"the process that runs them"_s);
+    QCOMPARE(missingProtections(HostProtection{false, true, false}),
              u"a memory limit, file access rules (Landlock)"_s);
-    QCOMPARE(missingWalls(HostProtection{true, false, true}),
+    QCOMPARE(missingProtections(HostProtection{true, false, true}),
              u"a filter of system calls (seccomp)"_s);
 }
 

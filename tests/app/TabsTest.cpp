@@ -279,7 +279,7 @@ void TabsTest::closeTab_whileItIsRead_closesItOnly()
 {
     using namespace std::chrono_literals;
     open(u"a.txt"_s);
-    m_documents->setPatience({.directBytes = 1, .reading = 0ms, .saving = 0ms});
+    m_documents->setTransferLimits({.directBytes = 1, .reading = 0ms, .saving = 0ms});
     QVERIFY(m_documents->openFile(m_home->write(u"b.txt"_s, QByteArray(20'000'000, 'x'))));
     QVERIFY(document(1)->isReading());
     QCOMPARE(window(1), window(0));
@@ -362,7 +362,7 @@ void TabsTest::closeWindow_whileATabIsRead_closes()
 {
     using namespace std::chrono_literals;
     open(u"a.txt"_s);
-    m_documents->setPatience({.directBytes = 1, .reading = 0ms, .saving = 0ms});
+    m_documents->setTransferLimits({.directBytes = 1, .reading = 0ms, .saving = 0ms});
     QVERIFY(m_documents->openFile(m_home->write(u"b.txt"_s, QByteArray(20'000'000, 'x'))));
     type(u"x"_s);
     test::clickInModal(u"保存しない"_s);
@@ -510,10 +510,10 @@ void TabsTest::failure_ofATabThatIsRead_leavesTheOthers()
 {
     using namespace std::chrono_literals;
     open(u"a.txt"_s);
-    m_documents->setPatience({.directBytes = 1, .reading = 0ms, .saving = 0ms});
+    m_documents->setTransferLimits({.directBytes = 1, .reading = 0ms, .saving = 0ms});
     QVERIFY(m_documents->openFile(m_home->write(u"bad.txt"_s, "abc\xFF")));
     window(0)->setCurrentController(controller(0));
-    const test::LaterAnswer answer([](QWidget *modal) { return modal->close(); });
+    const test::ModalAnswerer answer([](QWidget *modal) { return modal->close(); });
     QTRY_COMPARE(m_documents->windowControllers().size(), 1);
     QVERIFY(answer.hasAnswered());
     QCOMPARE(window(0)->count(), 1);

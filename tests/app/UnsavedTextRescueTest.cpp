@@ -65,9 +65,9 @@ private Q_SLOTS:
     {
         const test::TemporaryHome home;
         DocumentController documents;
-        documents.setPatience({.directBytes = 1,
-                               .reading = std::chrono::milliseconds(5000),
-                               .saving = std::chrono::milliseconds(0)});
+        documents.setTransferLimits({.directBytes = 1,
+                                     .reading = std::chrono::milliseconds(5000),
+                                     .saving = std::chrono::milliseconds(0)});
         documents.openFile(home.write(u"a.txt"_s, QByteArray(20'000'000, 'x')));
         const auto controller = documents.windowControllers().last();
         QTest::keyClicks(controller->textView(), u"y"_s);

@@ -19,7 +19,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr uid_t kNobody = 65534;
+constexpr uid_t kUnprivilegedUser = 65534;
 
 /// How a save writes the file.
 enum class Way {
@@ -63,7 +63,7 @@ public:
             check(::link(file.constData(), (folder + "/other").constData()));
             break;
         case Way::LockedFolder:
-            check(::chown(file.constData(), kNobody, kNobody));
+            check(::chown(file.constData(), kUnprivilegedUser, kUnprivilegedUser));
             break;
         case Way::ForeignOwner:
             check(::chmod(folder.constData(), 0777));
@@ -89,8 +89,8 @@ public:
             m_way == Way::ThroughALink ? m_home.file(u"link"_s) : m_home.file(u"folder/file"_s);
         const bool isNobody = needsRoot(m_way);
         return [path, isNobody, text = *Text::fromUtf8(content)] {
-            if (isNobody && (::setgroups(0, nullptr) != 0 || ::setegid(kNobody) != 0 ||
-                             ::seteuid(kNobody) != 0))
+            if (isNobody && (::setgroups(0, nullptr) != 0 || ::setegid(kUnprivilegedUser) != 0 ||
+                             ::seteuid(kUnprivilegedUser) != 0))
                 return 255;
             return save(path, text);
         };

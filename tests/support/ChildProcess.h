@@ -30,7 +30,7 @@ public:
     QByteArray readLine()
     {
         while (!m_process.canReadLine())
-            if (!m_process.waitForReadyRead(kPatience))
+            if (!m_process.waitForReadyRead(kChildTimeout))
                 return {};
         return m_process.readLine().trimmed();
     }
@@ -39,7 +39,7 @@ public:
     bool succeeds()
     {
         return (m_process.state() == QProcess::NotRunning ||
-                m_process.waitForFinished(kPatience)) &&
+                m_process.waitForFinished(kChildTimeout)) &&
                m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
     }
 
@@ -52,7 +52,7 @@ public:
     }
 
 private:
-    static constexpr int kPatience = 60'000; // Milliseconds.
+    static constexpr int kChildTimeout = 60'000; // Milliseconds.
 
     QProcess m_process;
 };

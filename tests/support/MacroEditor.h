@@ -80,10 +80,10 @@ struct MacroEditor
 };
 
 /// Stops every run of a window as a user does: with Escape, once the notice is visible.
-class ImpatientPerson final
+class RunStopper final
 {
 public:
-    explicit ImpatientPerson(const MacroEditor &editor)
+    explicit RunStopper(const MacroEditor &editor)
     {
         QObject::connect(&m_timer, &QTimer::timeout, [&editor] {
             if (MacroRunNotice *notice = editor.notice())

@@ -10,7 +10,7 @@
 namespace penwick::test {
 
 /// What a manager and its window depend on, isolated for one test.
-struct ManagerWorld
+struct ManagerDependencies
 {
     TemporaryHome home;
     UserDefaults defaults{home.file(QStringLiteral("config.conf"))};

@@ -62,10 +62,10 @@ inline void acceptFileName(QWidget *dialog, const QString &path)
 }
 
 /// Calls `answer` with each modal window that opens while this lives, until `answer` returns true.
-class LaterAnswer final
+class ModalAnswerer final
 {
 public:
-    explicit LaterAnswer(std::function<bool(QWidget *)> answer)
+    explicit ModalAnswerer(std::function<bool(QWidget *)> answer)
         : m_answer(std::move(answer))
     {
         QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] {
@@ -87,7 +87,8 @@ private:
     bool m_hasAnswered = false;
 };
 
-/// An answer for `LaterAnswer`: clicks the button with this text in the first window that has one.
+/// An answer for `ModalAnswerer`: clicks the button with this text in the first window that has
+/// one.
 inline std::function<bool(QWidget *)> clicking(const QString &buttonText)
 {
     return [buttonText](QWidget *window) {

@@ -19,7 +19,7 @@ namespace penwick::test {
 
 using Outcome = tl::expected<void, HandOverError>;
 
-constexpr std::chrono::seconds kPatience{5};
+constexpr std::chrono::seconds kHandOverTimeout{5};
 
 inline InstanceAddress addressIn(const TemporaryHome &home)
 {
@@ -41,7 +41,7 @@ inline std::future<Outcome> handOverTo(const InstanceAddress &address, const Ope
         const auto stream = LocalSocket::connectTo(address.socket);
         if (!stream)
             return tl::unexpected(HandOverError{HandOverError::Kind::NoAnswer});
-        return handOver(request, *stream, kPatience);
+        return handOver(request, *stream, kHandOverTimeout);
     });
 }
 
@@ -69,8 +69,8 @@ inline OpenRequest requestOf(const QByteArray &path, bool wait = false)
 struct Running
 {
     explicit Running(const InstanceAddress &address,
-                     std::chrono::milliseconds patience = std::chrono::seconds(10))
-        : server(*takePlace(address), patience)
+                     std::chrono::milliseconds clientTimeout = std::chrono::seconds(10))
+        : server(*takePlace(address), clientTimeout)
     {
         QObject::connect(&server,
                          &InstanceServer::requested,
@@ -82,14 +82,14 @@ struct Running
     }
 
     /// True when another process that arrives can hand over a request.
-    bool isMetAt(const InstanceAddress &address)
+    bool acceptsRequestAt(const InstanceAddress &address)
     {
         const auto former = requests.size();
         auto outcome = std::async(std::launch::async, [address]() -> Outcome {
-            const auto met = arriveAt(address, QDeadlineTimer(kPatience));
+            const auto met = arriveAt(address, QDeadlineTimer(kHandOverTimeout));
             if (!met || !std::holds_alternative<LocalSocket>(*met))
                 return tl::unexpected(HandOverError{HandOverError::Kind::NoAnswer});
-            return handOver(requestOf("/a"), std::get<LocalSocket>(*met), kPatience);
+            return handOver(requestOf("/a"), std::get<LocalSocket>(*met), kHandOverTimeout);
         });
         return QTest::qWaitFor([&outcome] { return isOver(outcome); }, 20'000) && outcome.get() &&
                requests.size() == former + 1;

@@ -10,7 +10,7 @@
 namespace penwick::test {
 
 /// A macro manager with the given macros, in its window.
-struct ShownMacroManager : ManagerWorld
+struct ShownMacroManager : ManagerDependencies
 {
     explicit ShownMacroManager(const QList<Macro> &macros)
     {

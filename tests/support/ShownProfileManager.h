@@ -9,7 +9,7 @@
 namespace penwick::test {
 
 /// A profile manager with the given user-made profiles, in its window.
-struct ShownProfileManager : ManagerWorld
+struct ShownProfileManager : ManagerDependencies
 {
     explicit ShownProfileManager(const QList<UIWordingProfile> &profiles = {})
     {

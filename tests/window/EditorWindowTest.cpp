@@ -101,7 +101,7 @@ void EditorWindowTest::tabBar_shows_fromTheSecondTabOn()
 void EditorWindowTest::tabBar_thatStays_showsWithOneTab()
 {
     add(u"one"_s);
-    m_window->setTabBarStays(true);
+    m_window->setTabBarAlwaysVisible(true);
     show();
     QVERIFY(m_window->tabBar()->isVisible());
 }
@@ -396,7 +396,7 @@ void EditorWindowTest::tabMenu_ofATab_asksForWhatItSays()
 void EditorWindowTest::tabMenu_ofTheOnlyTab_offersToCloseIt()
 {
     add(u"one"_s);
-    m_window->setTabBarStays(true);
+    m_window->setTabBarAlwaysVisible(true);
     show();
     const QMenu *menu = openTabMenu(0);
     QVERIFY(menu->actions().at(0)->isEnabled());

@@ -179,7 +179,7 @@ void TabMovingTest::pulledOut_givesTheOrderBack()
 {
     EditorTabBar bar;
     showThreeTabs(bar);
-    QSignalSpy pulled(&bar, &EditorTabBar::pulledOut);
+    QSignalSpy pulled(&bar, &EditorTabBar::tabDraggedOut);
     const QPoint start = bar.tabRect(0).center();
     QTest::mousePress(&bar, Qt::LeftButton, {}, start);
     dragTo(bar, start + QPoint(30, 0));
@@ -200,7 +200,7 @@ void TabMovingTest::pulledOut_afterAnotherCameForward_doesNothing()
 {
     EditorTabBar bar;
     showThreeTabs(bar);
-    QSignalSpy pulled(&bar, &EditorTabBar::pulledOut);
+    QSignalSpy pulled(&bar, &EditorTabBar::tabDraggedOut);
     const QPoint first = bar.tabRect(0).center();
     QTest::mousePress(&bar, Qt::LeftButton, {}, first);
     bar.setCurrentIndex(1);

@@ -362,30 +362,30 @@ private Q_SLOTS:
         manager->applyProfile(userProfile(u"a"_s));
         const int posts = world.posts;
         QSignalSpy spy(manager.get(), &UIWordingProfileManager::profilesChanged);
-        manager->takeInChangesFromElsewhere();
+        manager->reloadIfChanged();
         QCOMPARE(spy.count(), 0);
         UIWordingProfile changed = userProfile(u"a"_s);
         changed.values = {{u"menu.file"_s, u"changed"_s}};
         world.writeFile(changed);
         world.writeFile(userProfile(u"b"_s));
-        manager->takeInChangesFromElsewhere();
+        manager->reloadIfChanged();
         QCOMPARE(ids(*manager), withBuiltIns({u"a"_s, u"b"_s}));
         QCOMPARE(wording::text(u"menu.file"_s), u"changed"_s);
         QCOMPARE(world.posts, posts + 1);
         QVERIFY(QFile::remove(world.folder() + u"/a.json"_s));
-        manager->takeInChangesFromElsewhere();
+        manager->reloadIfChanged();
         QCOMPARE(ids(*manager), withBuiltIns({u"b"_s}));
         QCOMPARE(manager->activeProfileId(), kBuiltInProfileId);
         // The manager's own writes do not count as changes from elsewhere.
         QVERIFY(manager->saveProfile(userProfile(u"c"_s)).has_value());
         QVERIFY(manager->deleteProfile(u"b"_s).has_value());
         spy.clear();
-        manager->takeInChangesFromElsewhere();
+        manager->reloadIfChanged();
         QCOMPARE(spy.count(), 0);
         // They do not hide such a change either.
         world.writeFile(userProfile(u"d"_s));
         QVERIFY(manager->saveProfile(userProfile(u"e"_s)).has_value());
-        manager->takeInChangesFromElsewhere();
+        manager->reloadIfChanged();
         QVERIFY(manager->profileWithId(u"d"_s).has_value());
     }
 

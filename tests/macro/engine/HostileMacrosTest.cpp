@@ -57,7 +57,7 @@ void HostileMacrosTest::macro_anyKind_leavesTheDocumentAlone()
         QRegularExpression::DotMatchesEverythingOption);
 
     test::MacroEditor editor(m_home.file(u"hostile.ini"_s));
-    std::optional<test::ImpatientPerson> person;
+    std::optional<test::RunStopper> person;
     if (expected.match(u"マクロの実行がタイムアウトしました"_s).hasMatch())
         person.emplace(editor);
     QVERIFY(editor.run(QString::fromUtf8(macro.readAll())));

@@ -334,7 +334,7 @@ void MacroRuntimeServiceTest::host_errors_becomeExecutionErrors_data()
     row("values", ScriptError::Code::ResultTooManyValues, u"マクロの戻り値の要素が多すぎます"_s);
     row("no host", ScriptError::Code::HostUnavailable, u"マクロの実行プログラムを起動できません"_s);
     row("host died",
-        ScriptError::Code::HostDied,
+        ScriptError::Code::HostEnded,
         u"実行が異常終了しました（応答を解釈できません）。"
         "開発元に報告してください"_s);
     row("memory", ScriptError::Code::OutOfMemory, u"メモリが不足しました"_s);

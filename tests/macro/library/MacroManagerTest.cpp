@@ -171,13 +171,13 @@ private Q_SLOTS:
         {
             CapturedOutput output;
             world.writeFile(QByteArray("half"));
-            manager->takeInChangesFromElsewhere();
-            manager->takeInChangesFromElsewhere();
+            manager->reloadIfChanged();
+            manager->reloadIfChanged();
             QCOMPARE(output.take().count("Failed to load macros.json: "), 1);
         }
         QCOMPARE(manager->macros(), macros);
         QVERIFY(QFile::remove(world.folder() + u"/macros.json"_s));
-        manager->takeInChangesFromElsewhere();
+        manager->reloadIfChanged();
         QCOMPARE(manager->macros(), macros);
         manager->duplicateMacro(sampleMacro(u"A"_s));
         QCOMPARE(MacroJson::read(world.file()), manager->macros());

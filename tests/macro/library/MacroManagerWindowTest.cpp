@@ -213,7 +213,7 @@ private Q_SLOTS:
         world.page().clickRow(0);
         world.fill(u"macroCategory"_s, u"typed"_s);
         world.writeElsewhere(u"A"_s, u"from elsewhere"_s);
-        world.manager->takeInChangesFromElsewhere();
+        world.manager->reloadIfChanged();
         QCOMPARE(world.code()->text(), u"from elsewhere"_s);
         QCOMPARE(world.field(u"macroCategory"_s)->text(), u"typed"_s);
         QVERIFY(world.controller->view()->detailView()->hasUnsavedEdits());
@@ -326,7 +326,7 @@ private Q_SLOTS:
         world.page().clickRow(0);
         world.fill(u"macroName"_s, u"Omega"_s);
         QString question;
-        LaterAnswer later([&](QWidget *window) {
+        ModalAnswerer later([&](QWidget *window) {
             question = qobject_cast<QMessageBox *>(window)->text();
             buttonNamed(window, answer)->click();
             return true;

@@ -72,7 +72,7 @@ void DeniedCallsTest::killed_call_namesItself()
     DenyingPool pool;
     const ScriptOutcome outcome = pool.run(command("call", SYS_socket));
     QVERIFY(!outcome.has_value());
-    QCOMPARE(outcome.error().code, ScriptError::Code::HostDied);
+    QCOMPARE(outcome.error().code, ScriptError::Code::HostEnded);
     const HostEnding &ending = outcome.error().ending;
     QCOMPARE(ending.cause, HostEnding::Cause::DeniedCall);
     QCOMPARE(ending.engine, u"Denying 1.0"_s);

@@ -168,7 +168,7 @@ void EngineTrialTest::host_thatEnds_isTold()
     const EngineTrial trial = pool.startTrial()(nullptr);
     QVERIFY(!trial.isPassed());
     QVERIFY(trial.error.has_value());
-    QCOMPARE(trial.error->code, ScriptError::Code::HostDied);
+    QCOMPARE(trial.error->code, ScriptError::Code::HostEnded);
     QCOMPARE(trial.error->ending.cause, HostEnding::Cause::Ended);
     QCOMPARE(trial.error->ending.number, 1);
     QVERIFY(trial.engine.isEmpty() && !trial.protection);

@@ -272,7 +272,7 @@ void ScriptHostPoolTest::host_foreignProgram_countsAsDead()
     ScriptHostPool pool([] { return HostProcess::Settings{u"/bin/true"_s, 0, {}}; });
     const ScriptOutcome outcome = pool.run({u"1"_s, std::nullopt}, {}, nullptr);
     QVERIFY(!outcome.has_value());
-    QCOMPARE(outcome.error().code, ScriptError::Code::HostDied);
+    QCOMPARE(outcome.error().code, ScriptError::Code::HostEnded);
     QVERIFY((outcome.error().ending == HostEnding{HostEnding::Cause::Ended, 0, {}, {}}));
 }
 
@@ -287,7 +287,7 @@ void ScriptHostPoolTest::host_killed_isReported()
             [=](const QString &) { ::kill(static_cast<pid_t>(process), signal); },
             nullptr);
         QVERIFY(!outcome.has_value());
-        QCOMPARE(outcome.error().code, ScriptError::Code::HostDied);
+        QCOMPARE(outcome.error().code, ScriptError::Code::HostEnded);
         const HostEnding &ending = outcome.error().ending;
         QVERIFY(!ending.engine.isEmpty());
 #ifdef __SANITIZE_ADDRESS__ // The sanitizer reports this signal and exits.

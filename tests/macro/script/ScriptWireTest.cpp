@@ -298,7 +298,8 @@ void ScriptWireTest::value_beyondItsLimits_saysWhich()
 
 void ScriptWireTest::failure_thatIsNotTheHostsToSay_isAnError()
 {
-    for (const ScriptError::Code code : {ScriptError::Code::Stopped, ScriptError::Code::HostDied}) {
+    for (const ScriptError::Code code :
+         {ScriptError::Code::Stopped, ScriptError::Code::HostEnded}) {
         const QByteArray bytes = bytesOf(ScriptOutcome(tl::unexpect, ScriptError{code, {}}));
         const auto decoded = decodeOutcome({MessageKind::Failure, bytes.mid(kFrameHeaderSize)});
         QVERIFY(!decoded.has_value());

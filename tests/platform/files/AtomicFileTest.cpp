@@ -3,8 +3,8 @@
 #include "platform/files/FileStatus.h"
 #include "platform/files/TemporaryFile.h"
 #include "support/FileSizeLimit.h"
-#include "support/Nobody.h"
 #include "support/TemporaryHome.h"
+#include "support/UnprivilegedUser.h"
 
 #include <QTest>
 
@@ -318,10 +318,12 @@ private Q_SLOTS:
         const QByteArray folder = QFile::encodeName(home.path());
         QCOMPARE(::chmod(QFile::encodeName(path).constData(), 0444), 0);
         QCOMPARE(::chmod(folder.constData(), 0777), 0);
-        const auto onFile = asNobody([&] { return replaceFile(path, "new"); });
-        const auto elsewhere = asNobody([&] { return replaceFile(home.file(u"free"_s), "new"); });
+        const auto onFile = asUnprivilegedUser([&] { return replaceFile(path, "new"); });
+        const auto elsewhere =
+            asUnprivilegedUser([&] { return replaceFile(home.file(u"free"_s), "new"); });
         QCOMPARE(::chmod(folder.constData(), 0755), 0);
-        const auto inFolder = asNobody([&] { return replaceFile(home.file(u"more"_s), "new"); });
+        const auto inFolder =
+            asUnprivilegedUser([&] { return replaceFile(home.file(u"more"_s), "new"); });
         QCOMPARE(onFile.error(), (FileError{FileError::Kind::PermissionDenied, EACCES}));
         QVERIFY(elsewhere.has_value());
         QCOMPARE(inFolder.error(), (FileError{FileError::Kind::PermissionDenied, EACCES}));

@@ -1,8 +1,8 @@
 #include "platform/files/AtomicFile.h"
 #include "platform/files/FileStatus.h"
 #include "support/FileSizeLimit.h"
-#include "support/Nobody.h"
 #include "support/TemporaryHome.h"
+#include "support/UnprivilegedUser.h"
 
 #include <QTest>
 
@@ -33,7 +33,7 @@ private Q_SLOTS:
         QCOMPARE(::chmod(name.constData(), 0646), 0);
         QCOMPARE(::chmod(QFile::encodeName(home.path()).constData(), 0777), 0);
         const struct stat before = statusOf(path);
-        const auto result = asNobody([&] { return replaceFile(path, "new"); });
+        const auto result = asUnprivilegedUser([&] { return replaceFile(path, "new"); });
         QVERIFY(result.has_value());
         const struct stat after = statusOf(path);
         QCOMPARE(home.read(u"shared"_s), "new"_ba);
@@ -50,12 +50,13 @@ private Q_SLOTS:
             QSKIP("Only root can take on another user to be refused as.");
         const TemporaryHome home;
         const QString path = home.write(u"folder/mine"_s, "old");
-        QCOMPARE(::chown(QFile::encodeName(path).constData(), kNobody, kNobody), 0);
+        QCOMPARE(::chown(QFile::encodeName(path).constData(), kUnprivilegedUser, kUnprivilegedUser),
+                 0);
         QCOMPARE(::chmod(QFile::encodeName(home.path()).constData(), 0777), 0);
-        const auto result = asNobody([&] { return replaceFile(path, "new and longer"); });
+        const auto result = asUnprivilegedUser([&] { return replaceFile(path, "new and longer"); });
         QVERIFY(result.has_value());
         QCOMPARE(home.read(u"folder/mine"_s), "new and longer"_ba);
-        QVERIFY(asNobody([&] { return replaceFile(path, "n"); }).has_value());
+        QVERIFY(asUnprivilegedUser([&] { return replaceFile(path, "n"); }).has_value());
         QCOMPARE(home.read(u"folder/mine"_s), "n"_ba);
         QCOMPARE(entriesOf(home.file(u"folder"_s)), QStringList{u"mine"_s});
         QVERIFY(!QFileInfo::exists(home.dataFolder() + u"/penwick/interrupted-saves"_s));
@@ -67,9 +68,10 @@ private Q_SLOTS:
             QSKIP("Only root can take on another user to be refused as.");
         const TemporaryHome home;
         const QString path = home.write(u"folder/mine"_s, "old");
-        QCOMPARE(::chown(QFile::encodeName(path).constData(), kNobody, kNobody), 0);
+        QCOMPARE(::chown(QFile::encodeName(path).constData(), kUnprivilegedUser, kUnprivilegedUser),
+                 0);
         QCOMPARE(::chmod(QFile::encodeName(home.path()).constData(), 0755), 0);
-        const auto result = asNobody([&] { return replaceFile(path, "new"); });
+        const auto result = asUnprivilegedUser([&] { return replaceFile(path, "new"); });
         QCOMPARE(result.error(), (FileError{FileError::Kind::PermissionDenied, EACCES}));
         QCOMPARE(home.read(u"folder/mine"_s), "old"_ba);
     }
@@ -187,10 +189,10 @@ private Q_SLOTS:
         const TemporaryHome home;
         const QString path = home.write(u"folder/theirs"_s, "old");
         QCOMPARE(::chmod(QFile::encodeName(path).constData(), 0666), 0);
-        QCOMPARE(::chown(QFile::encodeName(path).constData(), 1234, kNobody), 0);
+        QCOMPARE(::chown(QFile::encodeName(path).constData(), 1234, kUnprivilegedUser), 0);
         QCOMPARE(::chmod(QFile::encodeName(home.file(u"folder"_s)).constData(), 01777), 0);
         QCOMPARE(::chmod(QFile::encodeName(home.path()).constData(), 0755), 0);
-        const auto result = asNobody([&] { return replaceFile(path, "new"); });
+        const auto result = asUnprivilegedUser([&] { return replaceFile(path, "new"); });
         QVERIFY(result.has_value());
         QCOMPARE(home.read(u"folder/theirs"_s), "new"_ba);
         QCOMPARE(statusOf(path).st_uid, uid_t{1234});

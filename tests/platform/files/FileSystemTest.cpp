@@ -1,8 +1,8 @@
 #include "platform/files/FileSystem.h"
 
 #include "support/CurrentFolder.h"
-#include "support/Nobody.h"
 #include "support/TemporaryHome.h"
+#include "support/UnprivilegedUser.h"
 
 #include <QTest>
 
@@ -121,7 +121,7 @@ private Q_SLOTS:
         const QString path = home.write(u"secret"_s, "x");
         QCOMPARE(::chmod(QFile::encodeName(path).constData(), 0600), 0);
         QCOMPARE(::chmod(QFile::encodeName(home.path()).constData(), 0755), 0);
-        const auto result = asNobody([&] { return readFile(path); });
+        const auto result = asUnprivilegedUser([&] { return readFile(path); });
         QCOMPARE(result.error(), (FileError{FileError::Kind::PermissionDenied, EACCES}));
     }
 

@@ -41,7 +41,7 @@ private Q_SLOTS:
         const auto last = std::make_unique<char[]>(kBlock); // Keeps the heap from shrinking.
         const qint64 full = residentSize();
         blocks.clear();
-        giveBackFreedMemory();
+        trimFreedMemory();
         QVERIFY(residentSize() < full - qint64{kBlock} * kBlocks * 3 / 4);
 #endif
     }

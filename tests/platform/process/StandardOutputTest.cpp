@@ -64,7 +64,7 @@ private Q_SLOTS:
     {
         const QByteArray text(300'000, 'x');
         CapturedOutput output;
-        const auto written = writeAnswer(text);
+        const auto written = writeStandardOutput(text);
         const QByteArray taken = output.take();
         QVERIFY(written);
         QVERIFY(taken == text);
@@ -78,7 +78,7 @@ private Q_SLOTS:
         std::fflush(stdout);
         const int former = ::dup(STDOUT_FILENO);
         ::dup2(full, STDOUT_FILENO);
-        const auto written = writeAnswer("answer\n");
+        const auto written = writeStandardOutput("answer\n");
         ::dup2(former, STDOUT_FILENO);
         ::close(former);
         ::close(full);

@@ -13,12 +13,12 @@ namespace penwick {
 
 /// The caret in a viewport at which the text of a drag would be dropped. Scrolls the viewport while
 /// the mouse is near its upper or lower edge.
-class DropPlace final : public QObject
+class DropTarget final : public QObject
 {
 public:
     /// \param viewport not owned; must outlive this object.
     /// \param changed called when the caret may have moved or the viewport has scrolled.
-    DropPlace(TextViewport *viewport, std::function<void()> changed);
+    DropTarget(TextViewport *viewport, std::function<void()> changed);
 
     /// Moves the caret to the place nearest to `point`, in a viewport `height` logical pixels high.
     void moveTo(QPointF point, qreal height);

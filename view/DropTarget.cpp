@@ -1,4 +1,4 @@
-#include "view/DropPlace.h"
+#include "view/DropTarget.h"
 
 #include <QTimerEvent>
 
@@ -13,13 +13,13 @@ constexpr int kScrollInterval = 30; // Milliseconds.
 
 } // namespace
 
-DropPlace::DropPlace(TextViewport *viewport, std::function<void()> changed)
+DropTarget::DropTarget(TextViewport *viewport, std::function<void()> changed)
     : m_viewport(viewport)
     , m_changed(std::move(changed))
 {
 }
 
-void DropPlace::moveTo(QPointF point, qreal height)
+void DropTarget::moveTo(QPointF point, qreal height)
 {
     m_point = point;
     m_height = height;
@@ -31,7 +31,7 @@ void DropPlace::moveTo(QPointF point, qreal height)
     m_changed();
 }
 
-void DropPlace::clear()
+void DropTarget::clear()
 {
     m_scrollTimer.stop();
     if (!m_caret)
@@ -42,7 +42,7 @@ void DropPlace::clear()
 
 /// Returns the logical pixels to scroll per timer event, more the nearer the mouse is to the edge;
 /// 0 outside the two stripes that scroll.
-qreal DropPlace::scrollDistance() const
+qreal DropTarget::scrollDistance() const
 {
     const qreal stripe = std::min(m_viewport->style().rowHeight, m_height / 4);
     if (m_point.y() < stripe)
@@ -51,7 +51,7 @@ qreal DropPlace::scrollDistance() const
     return below > 0 ? below / 3 + 1 : 0;
 }
 
-void DropPlace::timerEvent(QTimerEvent *event)
+void DropTarget::timerEvent(QTimerEvent *event)
 {
     if (event->timerId() != m_scrollTimer.timerId())
         return;
