@@ -114,7 +114,8 @@ TextDocument *DocumentController::newDocument(const Text &text, Placement placem
     auto document = std::make_unique<TextDocument>();
     TextDocument *made = document.get();
     made->setContentString(text);
-    made->textStorage()->replaceCharacters({}, text); // Marks the document as edited.
+    if (!text.isEmpty())
+        made->textStorage()->forgetSavePoint();
     showDocument(std::move(document), placement);
     return made;
 }
@@ -440,7 +441,7 @@ void DocumentController::forget(const WindowController &controller)
     if (entry == nullptr)
         return;
     entry->document->cancelTransfer();
-    if (entry->document->contentString().size() > kLargeText)
+    if (entry->document->textStorage()->length() > kLargeText)
         giveBackMemoryLater();
     entry->saver.reset();
     entry->outsideChanges.reset();

@@ -42,7 +42,7 @@ bool DocumentSaver::save(const QString &path)
 bool DocumentSaver::write(const QString &path)
 {
     m_path = path;
-    if (m_document->contentString().metrics().utf8Bytes >= m_limits.directBytes) {
+    if (m_document->textStorage()->text().metrics().utf8Bytes >= m_limits.directBytes) {
         m_document->startWriting(path);
         return true;
     }

@@ -121,7 +121,6 @@ void UnsavedTextRescue::run()
 
 void UnsavedTextRescue::rescue(const TextDocument &document)
 {
-    // The document's own string may lack the last edits.
     const Text &text = document.textStorage()->text();
     // If the home folder is full or missing, another folder may have room.
     const std::pair<QString, QString> places[] = {

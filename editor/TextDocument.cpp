@@ -18,7 +18,13 @@ TextDocument::~TextDocument() = default;
 
 void TextDocument::setContentString(const Text &text)
 {
-    m_contentString = text;
+    m_storage->setText(text);
+    publishContentString();
+}
+
+void TextDocument::publishContentString()
+{
+    m_contentString = m_storage->text();
     Q_EMIT contentStringChanged();
 }
 
@@ -34,7 +40,7 @@ tl::expected<void, DocumentError> TextDocument::readFromData(QByteArrayView data
 
 tl::expected<QByteArray, DocumentError> TextDocument::dataOfType(const QString & /*typeName*/) const
 {
-    return m_contentString.toUtf8(); // A text holds no lone surrogate, so this cannot fail.
+    return m_storage->text().toUtf8(); // A text holds no lone surrogate, so this cannot fail.
 }
 
 void TextDocument::setFilePath(const QString &absolutePath)
@@ -55,11 +61,10 @@ tl::expected<void, DocumentError> TextDocument::readFromFile(const QString &abso
 
 tl::expected<void, DocumentError> TextDocument::writeToFile(const QString &absolutePath)
 {
-    Q_EMIT aboutToSave();
     m_storage->beginSaving();
     TransferProgress unwatched;
     const auto written =
-        writeTextFile(absolutePath, m_contentString, unwatched, replaceableAt(absolutePath));
+        writeTextFile(absolutePath, m_storage->text(), unwatched, replaceableAt(absolutePath));
     if (!written) {
         m_storage->endSaving(false);
         return tl::unexpected(written.error());
@@ -71,8 +76,7 @@ tl::expected<void, DocumentError> TextDocument::writeToFile(const QString &absol
 void TextDocument::adoptRead(const StoredText &stored, const QString &absolutePath)
 {
     setContentString(stored.text);
-    m_version = stored.version;
-    m_savedText = stored.text;
+    adoptFileText(stored);
     setFilePath(absolutePath);
 }
 
@@ -110,10 +114,9 @@ void TextDocument::startReading(const QString &absolutePath)
 void TextDocument::startWriting(const QString &absolutePath)
 {
     Q_ASSERT(m_job == nullptr);
-    Q_EMIT aboutToSave();
     m_storage->beginSaving();
     m_job = std::make_unique<FileJob>(
-        [absolutePath, text = m_contentString, replaceable = replaceableAt(absolutePath)](
+        [absolutePath, text = m_storage->text(), replaceable = replaceableAt(absolutePath)](
             TransferProgress &progress) {
             return writeTextFile(absolutePath, text, progress, replaceable);
         });

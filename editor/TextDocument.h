@@ -17,9 +17,10 @@ namespace penwick {
 
 class FileJob;
 
-/// The document of one editor window: a whole UTF-8 text, the path of its file, and the storage
-/// that the window edits, which is also its undo manager. It stores no encoding and no newline
-/// style: text is read and written unchanged, unit by unit. Use it from the main thread.
+/// The document of one tab: the storage that owns its text and undo history, and the path of its
+/// file. Loading fills the storage, views edit it, saving reads it. The document stores no encoding
+/// and no newline style: text is read and written unchanged, unit by unit. Use it from the main
+/// thread.
 class TextDocument final : public QObject
 {
     Q_OBJECT
@@ -33,13 +34,18 @@ public:
     /// Documents are written only when the user saves them.
     [[nodiscard]] static constexpr bool autosavesInPlace() { return false; }
 
-    /// The complete text; cheap to copy. It follows the text view one event-loop turn later.
+    /// The complete text as published last; cheap to copy. While the user edits, it follows the
+    /// storage one event-loop turn later.
     [[nodiscard]] const Text &contentString() const { return m_contentString; }
 
-    /// Changes neither the storage nor the edited state.
+    /// Replaces the storage's text, clears the undo history and publishes the text. The edited
+    /// state stays as it was.
     void setContentString(const Text &text);
 
-    /// The storage that the window edits. Owned by the document; empty until a view fills it.
+    /// Makes the storage's text the `contentString`.
+    void publishContentString();
+
+    /// The storage that owns the text. Owned by the document.
     [[nodiscard]] TextStorage *textStorage() const { return m_storage.get(); }
 
     /// The same, for a view that may outlive the document.
@@ -48,14 +54,14 @@ public:
     /// True when the text was edited since it was opened or saved.
     [[nodiscard]] bool isEdited() const { return m_storage->isModified(); }
 
-    /// Decodes `data` strictly into `contentString`. On other content it fails with
+    /// Decodes `data` strictly and calls `setContentString`. On other content it fails with
     /// `kUnsupportedContent` and changes nothing. It detects no byte-order mark, newline style or
     /// encoding.
     /// \param typeName ignored.
     [[nodiscard]] tl::expected<void, DocumentError> readFromData(QByteArrayView data,
                                                                  const QString &typeName = {});
 
-    /// Returns `contentString` as UTF-8. Adds no byte-order mark.
+    /// Returns the storage's text as UTF-8. Adds no byte-order mark.
     /// \param typeName ignored.
     [[nodiscard]] tl::expected<QByteArray, DocumentError>
     dataOfType(const QString &typeName = {}) const;
@@ -69,9 +75,8 @@ public:
     /// Reads the file and adopts its path. On failure nothing changes.
     [[nodiscard]] tl::expected<void, DocumentError> readFromFile(const QString &absolutePath);
 
-    /// Replaces the file's content by `contentString`, adopts its path, and marks the text as
-    /// saved. Emits `aboutToSave` first, so that pending edits are included. On failure the
-    /// document does not change, nor does the old file unless the error is
+    /// Replaces the file's content by the storage's text, adopts its path, and marks the text as
+    /// saved. On failure the document does not change, nor does the old file unless the error is
     /// `FileError::Kind::Damaged`. Fails with `FileError::Kind::Changed` when the document's own
     /// file no longer has the state `fileVersion`, or when another file changes during the call.
     [[nodiscard]] tl::expected<void, DocumentError> writeToFile(const QString &absolutePath);
@@ -130,9 +135,6 @@ Q_SIGNALS:
     void contentStringChanged();
     void filePathChanged();
     void editedChanged(bool edited);
-    /// The text is about to be written. A slot that holds back edits must apply them before it
-    /// returns.
-    void aboutToSave();
     void transferStarted();
     /// The document has adopted the outcome of the transfer. `error` is empty on success.
     void transferEnded(penwick::TextDocument::Transfer transfer,

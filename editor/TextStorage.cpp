@@ -23,10 +23,9 @@ TextStorage::TextStorage(QObject *parent)
 
 void TextStorage::setText(const Text &text)
 {
-    m_unsavedOnLoad = isModified();
+    m_savePosition = isModified() ? -1 : 0;
     m_steps.clear();
     m_position = 0;
-    m_savePosition = 0;
     m_savingPosition = -1;
     m_groupHasStep = false;
     m_awaitsSelection = false;
@@ -209,10 +208,8 @@ void TextStorage::beginSaving()
 
 void TextStorage::endSaving(bool succeeded)
 {
-    if (succeeded) {
+    if (succeeded)
         m_savePosition = m_savingPosition;
-        m_unsavedOnLoad = false;
-    }
     m_savingPosition = -1;
     publishStates();
 }
@@ -226,7 +223,7 @@ void TextStorage::forgetSavePoint()
 
 bool TextStorage::isModified() const
 {
-    return m_unsavedOnLoad || m_savePosition != static_cast<qint64>(m_position);
+    return m_savePosition != static_cast<qint64>(m_position);
 }
 
 void TextStorage::publishStates()

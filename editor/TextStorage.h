@@ -126,7 +126,6 @@ private:
     int m_groupingLevel = 0;
     bool m_groupHasStep = false;
     bool m_awaitsSelection = false; // The last step's `selectionAfter` is still to be set.
-    bool m_unsavedOnLoad = false;
     bool m_publishedModified = false;
     TextRange m_selection;
 };

@@ -19,14 +19,7 @@ Coordinator::Coordinator(TextView *textView,
     connect(
         textView, &TextView::selectionDidChange, this, &Coordinator::textViewDidChangeSelection);
     connect(documentState, &DocumentState::didChange, this, &Coordinator::scheduleUpdate);
-    if (document != nullptr)
-        connect(document, &TextDocument::aboutToSave, this, &Coordinator::flushPendingWrites);
-}
-
-void Coordinator::flushPendingWrites()
-{
-    while (!m_pendingWrites.empty())
-        performNextWrite();
+    updateMetrics(); // The caret of a new view is its first report.
 }
 
 void Coordinator::updateView()
@@ -46,7 +39,7 @@ void Coordinator::textDidChange()
         if (!m_documentState.isNull())
             m_documentState->setText(text);
         if (!m_document.isNull())
-            m_document->setContentString(text);
+            m_document->publishContentString();
     });
     updateMetrics();
 }
@@ -76,18 +69,15 @@ void Coordinator::updateMetrics()
 
 void Coordinator::enqueue(std::function<void()> write)
 {
-    m_pendingWrites.push_back(std::move(write));
-    // Qt drops the queued call when this object is destroyed, so a closed window writes nothing.
-    QMetaObject::invokeMethod(this, &Coordinator::performNextWrite, Qt::QueuedConnection);
-}
-
-void Coordinator::performNextWrite()
-{
-    if (m_pendingWrites.empty())
-        return; // `flushPendingWrites` has performed it.
-    const std::function<void()> write = std::move(m_pendingWrites.front());
-    m_pendingWrites.pop_front();
-    write();
+    ++m_pendingWrites;
+    // The queued call is dropped with this object, so a closed window writes nothing.
+    QMetaObject::invokeMethod(
+        this,
+        [this, write = std::move(write)] {
+            --m_pendingWrites;
+            write();
+        },
+        Qt::QueuedConnection);
 }
 
 void Coordinator::scheduleUpdate()

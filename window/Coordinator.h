@@ -6,7 +6,6 @@
 #include <QObject>
 #include <QPointer>
 
-#include <deque>
 #include <functional>
 
 namespace penwick {
@@ -32,10 +31,7 @@ public:
                 QObject *parent = nullptr);
 
     /// True while a change that the view reported has not been written yet.
-    [[nodiscard]] bool hasPendingWrites() const { return !m_pendingWrites.empty(); }
-
-    /// Performs all pending writes at once. Called before the document is saved.
-    void flushPendingWrites();
+    [[nodiscard]] bool hasPendingWrites() const { return m_pendingWrites > 0; }
 
     /// Replaces the view's text with the state's if they differ, unless an input method is
     /// composing. Registers no undo step.
@@ -46,14 +42,13 @@ private:
     void textViewDidChangeSelection();
     void updateMetrics();
     void enqueue(std::function<void()> write);
-    void performNextWrite();
     void scheduleUpdate();
     void performScheduledUpdate();
 
     QPointer<TextView> m_textView;
     QPointer<DocumentState> m_documentState;
     QPointer<TextDocument> m_document;
-    std::deque<std::function<void()>> m_pendingWrites;
+    int m_pendingWrites = 0;
     bool m_updateScheduled = false;
 };
 

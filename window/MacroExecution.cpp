@@ -56,7 +56,7 @@ MacroExecution::Outcome MacroExecution::applyTextEdit(const TextEditInstruction 
     Outcome applied =
         std::visit([this](const auto &instruction) { return apply(instruction); }, edit);
     if (applied && m_document != nullptr)
-        m_document->setContentString(m_textView->string());
+        m_document->publishContentString();
     return applied;
 }
 

@@ -27,9 +27,7 @@ TextViewRepresentable::TextViewRepresentable(DocumentState *documentState,
     makeTextView();
     layout()->addWidget(new TransferBar(document, this));
     m_coordinator = new Coordinator(m_textView, documentState, document, this);
-    // After the coordinator is connected: this call places the caret. That is the view's first
-    // report, and the counters of an opened file are computed from it.
-    m_textView->setString(documentState->text());
+    m_coordinator->updateView(); // Without a document, the text comes from the state.
     // Queued, because the window that will contain the view does not exist yet.
     QMetaObject::invokeMethod(this, &TextViewRepresentable::focusTextView, Qt::QueuedConnection);
 }

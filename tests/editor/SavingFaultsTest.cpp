@@ -142,12 +142,10 @@ private:
         if (QFileInfo::exists(path)) {
             if (!document.readFromFile(path))
                 return 254;
-            document.textStorage()->setText(document.contentString());
         } else {
             document.setFilePath(path);
         }
         document.textStorage()->replaceCharacters({0, document.textStorage()->length()}, text);
-        document.setContentString(text);
         const auto saved = document.writeToFile(path);
         const bool isDamaged = !saved && saved.error().fileErrorKind == FileError::Kind::Damaged;
         return (saved ? 0 : Outcome::kFailed) | (document.isEdited() ? Outcome::kEdited : 0) |

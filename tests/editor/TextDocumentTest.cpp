@@ -48,7 +48,7 @@ private Q_SLOTS:
     void typeName_anything_hasNoEffect();
     void contentString_asProperty_isReadAndWritten();
     void write_largeText_matchesDataOfType();
-    void write_asksForPendingEditsFirst();
+    void write_rightAfterAnEdit_writesIt();
     void write_success_setsSavePointAndPath();
     void write_failure_leavesDocumentAndPath();
     void write_throughSymbolicLink_keepsLinkAndMode();
@@ -186,12 +186,10 @@ void TextDocumentTest::write_largeText_matchesDataOfType()
     QVERIFY(bytesOf(path(u"large.txt"_s)) == text.toUtf8());
 }
 
-void TextDocumentTest::write_asksForPendingEditsFirst()
+void TextDocumentTest::write_rightAfterAnEdit_writesIt()
 {
     TextDocument document;
-    connect(&document, &TextDocument::aboutToSave, this, [&] {
-        document.setContentString(Text(u"typed last"));
-    });
+    document.textStorage()->replaceCharacters({}, Text(u"typed last"));
     QVERIFY(document.writeToFile(path(u"a.txt"_s)).has_value());
     QCOMPARE(bytesOf(path(u"a.txt"_s)), QByteArray("typed last"));
 }
@@ -203,7 +201,6 @@ void TextDocumentTest::write_success_setsSavePointAndPath()
     const QSignalSpy moved(&document, &TextDocument::filePathChanged);
     document.textStorage()->replaceCharacters({0, 0}, Text(u"x"));
     QVERIFY(document.isEdited());
-    document.setContentString(document.textStorage()->text());
     QVERIFY(document.writeToFile(path(u"a.txt"_s)).has_value());
     QVERIFY(!document.isEdited());
     QCOMPARE(document.filePath(), path(u"a.txt"_s));
@@ -346,9 +343,7 @@ void TextDocumentTest::writing_editedMeanwhile_writesTheTextOfItsStart()
 {
     TextDocument document;
     TextStorage &storage = *document.textStorage();
-    connect(&storage, &TextStorage::changed, &document, [&] {
-        document.setContentString(storage.text());
-    });
+    connect(&storage, &TextStorage::changed, &document, [&] {});
     storage.replaceCharacters({0, 0}, hugeText(20));
     document.startWriting(path(u"a.txt"_s));
     QVERIFY(document.isWriting());
@@ -368,7 +363,6 @@ void TextDocumentTest::writing_cancelled_keepsTheOldFile()
     writeBytes(path(u"a.txt"_s), "old");
     TextDocument document;
     document.textStorage()->replaceCharacters({0, 0}, hugeText(300));
-    document.setContentString(document.textStorage()->text());
     document.startWriting(path(u"a.txt"_s));
     document.cancelTransfer();
     const auto error = endOf(document);
@@ -384,7 +378,6 @@ void TextDocumentTest::writing_noSpace_keepsTheOldFile()
     writeBytes(path(u"a.txt"_s), "old");
     TextDocument document;
     document.textStorage()->replaceCharacters({0, 0}, hugeText(3));
-    document.setContentString(document.textStorage()->text());
     std::optional<DocumentError> error;
     {
         const test::FileSizeLimit limit(1'000'000);
