@@ -280,7 +280,7 @@ int measureReplacing(qsizetype matches)
     timer.start();
     const ReplaceAllResult result =
         replaceAllMatches(finder, FindReplacement(u"needle"_s, finder), view->string(), 0);
-    const TextRange range{result.range.start, result.range.end - result.range.start};
+    const TextRange range = result.range;
     view->shouldChangeText(range, result.replacement);
     view->replaceCharacters(range, result.replacement);
     view->didChangeText();

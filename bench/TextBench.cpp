@@ -139,8 +139,7 @@ void undoReplaceAll(benchmark::State &state)
     const TextFinder finder = finderOf(state.range(0) != 0);
     const FindReplacement replacement(QStringLiteral("needle"), finder);
     const ReplaceAllResult result = replaceAllMatches(finder, replacement, storage.text(), 0);
-    storage.replaceCharacters({result.range.start, result.range.end - result.range.start},
-                              result.replacement);
+    storage.replaceCharacters({result.range.location, result.range.length}, result.replacement);
     for (auto _ : state) {
         storage.undo();
         storage.redo();
@@ -161,7 +160,7 @@ void costlySteps(benchmark::State &state, const QString &text, const FindPattern
         const auto start = std::chrono::steady_clock::now();
         step = finder.step(value,
                            step.next,
-                           [](const FindMatch &, const QRegularExpressionMatch *) { return true; });
+                           [](const TextRange &, const QRegularExpressionMatch *) { return true; });
         const std::chrono::duration<double, std::milli> taken =
             std::chrono::steady_clock::now() - start;
         longest = std::max(longest, taken.count());

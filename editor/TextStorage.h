@@ -1,23 +1,13 @@
 #pragma once
 
 #include "text/Text.h"
+#include "text/TextRange.h"
 
 #include <QObject>
 
 #include <vector>
 
 namespace penwick {
-
-/// A range of text in UTF-16 code units, 0-based.
-struct TextRange
-{
-    qint64 location = 0;
-    qint64 length = 0;
-
-    [[nodiscard]] qint64 end() const { return location + length; }
-
-    bool operator==(const TextRange &) const = default;
-};
 
 /// One replacement: `inserted` replaced `removed` at `offset`.
 struct TextChange

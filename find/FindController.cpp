@@ -46,7 +46,7 @@ FindController::FindController(TextView *view,
     connect(&m_session, &FindSession::replaceAllReady, this, &FindController::applyReplaceAll);
     m_view->installEventFilter(this);
     m_view->viewport()->installEventFilter(this);
-    m_view->setMarks([this](TextRange range) -> const std::vector<FindMatch> & {
+    m_view->setMarks([this](TextRange range) -> const std::vector<TextRange> & {
         return m_session.marksIn(range);
     });
 }
@@ -175,7 +175,7 @@ FindPlace FindController::placeAfterSelection() const
     if (range.length > 0)
         return {range.end(), true};
     // Step past an empty match, which would be found again.
-    const bool isMatch = m_lastFound == FindMatch{range.location, range.location};
+    const bool isMatch = m_lastFound == TextRange{range.location, 0};
     return {isMatch ? findOffsetAfter(m_view->string(), range.location) : range.location, false};
 }
 
@@ -206,15 +206,15 @@ void FindController::select(TextRange range)
     m_session.setSelection(m_view->selectedRange());
 }
 
-void FindController::found(const FindMatch &match, bool isWrapped)
+void FindController::found(const TextRange &match, bool isWrapped)
 {
     m_lastFound = match;
     m_isWrapped = isWrapped;
     const bool isStep = m_pending != Pending::Typing;
     m_pending = Pending::Nothing;
-    select({match.start, match.end - match.start});
+    select(match);
     if (isStep)
-        m_origin = {match.start, 0};
+        m_origin = {match.location, 0};
     showState();
     performQueued();
 }
@@ -225,7 +225,7 @@ void FindController::notFound()
     m_queue.clear();
     m_isWrapped = false;
     if (pending == Pending::Typing) {
-        m_lastFound = {-1, -1};
+        m_lastFound.reset();
         select(m_origin);
     } else if (pending == Pending::Replacement) {
         perform(Direction::Forward);
@@ -243,17 +243,17 @@ void FindController::replace()
     m_bar->showReplacing(false);
     const TextRange range = m_view->selectedRange();
     m_pending = Pending::Replacement;
-    m_session.replaceMatch({range.location, range.end()}, m_bar->replacement());
+    m_session.replaceMatch(range, m_bar->replacement());
 }
 
-void FindController::applyReplacement(const FindMatch &match, const QString &replacement)
+void FindController::applyReplacement(const TextRange &match, const QString &replacement)
 {
-    const TextRange range{match.start, match.end - match.start};
+    const TextRange range = match;
     const Text text(replacement);
     m_view->shouldChangeText(range, text);
     m_view->replaceCharacters(range, text);
     m_view->didChangeText();
-    searchFrom({match.start + text.size(), true}, Pending::Step);
+    searchFrom({match.location + text.size(), true}, Pending::Step);
 }
 
 void FindController::replaceAll()
@@ -276,7 +276,7 @@ void FindController::applyReplaceAll(const ReplaceAllResult &result)
     }
     m_pending = Pending::Nothing;
     if (result.count > 0) {
-        const TextRange range{result.range.start, result.range.end - result.range.start};
+        const TextRange range = result.range;
         m_view->shouldChangeText(range, result.replacement);
         // In a group, redo restores the selection that was set last.
         m_view->textStorage()->beginUndoGrouping();
@@ -295,7 +295,7 @@ void FindController::selectionDidChange()
         return;
     abandonSearch();
     m_origin = m_view->selectedRange();
-    m_lastFound = {-1, -1};
+    m_lastFound.reset();
     m_isWrapped = false;
     showState();
 }
@@ -326,7 +326,7 @@ bool FindController::eventFilter(QObject *object, QEvent *event)
 void FindController::textDidChange()
 {
     // The last match and the queued requests refer to the old text.
-    m_lastFound = {-1, -1};
+    m_lastFound.reset();
     m_queue.clear();
     m_pending = Pending::Nothing;
     m_bar->showReplacing(false);

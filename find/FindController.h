@@ -5,6 +5,7 @@
 #include <QObject>
 
 #include <deque>
+#include <optional>
 
 namespace penwick {
 
@@ -60,9 +61,9 @@ private:
     void request(Direction direction);
     void perform(Direction direction);
     [[nodiscard]] FindPlace placeAfterSelection() const;
-    void found(const FindMatch &match, bool isWrapped);
+    void found(const TextRange &match, bool isWrapped);
     void notFound();
-    void applyReplacement(const FindMatch &match, const QString &replacement);
+    void applyReplacement(const TextRange &match, const QString &replacement);
     void applyReplaceAll(const ReplaceAllResult &result);
     void select(TextRange range);
     void abandonSearch();
@@ -76,7 +77,7 @@ private:
     Pending m_pending = Pending::Nothing;
     std::deque<Direction> m_queue; // Requests that arrived while a search was running.
     TextRange m_origin;            // Start of a search while typing; selected again if it fails.
-    FindMatch m_lastFound;
+    std::optional<TextRange> m_lastFound;
     qint64 m_caretToKeep = 0; // The caret offset when Replace All started.
     bool m_isWrapped = false;
     bool m_isSelecting = false;

@@ -22,7 +22,7 @@ bool FindCount::countStep()
     }
     qint64 found = 0;
     const TextFinder::Step step =
-        m_finder.step(m_text, from, [&](const FindMatch &, const QRegularExpressionMatch *) {
+        m_finder.step(m_text, from, [&](const TextRange &, const QRegularExpressionMatch *) {
             ++found;
             return true;
         });
@@ -51,23 +51,23 @@ FindCount::Checkpoint FindCount::checkpointBefore(qint64 offset) const
     return next == m_checkpoints.begin() ? Checkpoint{} : *std::prev(next);
 }
 
-std::optional<qint64> FindCount::numberOf(const FindMatch &range,
+std::optional<qint64> FindCount::numberOf(const TextRange &range,
                                           const FindIsCancelled &isCancelled) const
 {
     {
         const std::scoped_lock lock(m_mutex);
-        if (!m_progress.isComplete && range.start >= m_checkpoints.back().place.offset)
+        if (!m_progress.isComplete && range.location >= m_checkpoints.back().place.offset)
             return std::nullopt;
     }
-    const Checkpoint checkpoint = checkpointBefore(range.start);
+    const Checkpoint checkpoint = checkpointBefore(range.location);
     qint64 number = checkpoint.count;
     bool isFound = false;
-    const auto visit = [&](const FindMatch &match, const QRegularExpressionMatch *) {
+    const auto visit = [&](const TextRange &match, const QRegularExpressionMatch *) {
         ++number;
         isFound = match == range;
-        return match.start < range.start;
+        return match.location < range.location;
     };
-    m_finder.search(m_text, checkpoint.place, visit, range.start + 1, isCancelled);
+    m_finder.search(m_text, checkpoint.place, visit, range.location + 1, isCancelled);
     return isFound ? number : 0;
 }
 
@@ -89,16 +89,16 @@ FindPlace FindCount::placeBefore(qint64 offset) const
     return {m_text.clusterBoundaryWithin(offset, 64).value_or(offset), false};
 }
 
-std::vector<FindMatch> FindCount::matchesIn(qint64 start,
+std::vector<TextRange> FindCount::matchesIn(qint64 start,
                                             qint64 end,
                                             std::size_t limit,
                                             const FindIsCancelled &isCancelled) const
 {
     // How far before the range a match that reaches into it may begin.
     constexpr qint64 kReach = 1'024;
-    std::vector<FindMatch> matches;
-    const auto visit = [&](const FindMatch &match, const QRegularExpressionMatch *) {
-        if (match.end >= start)
+    std::vector<TextRange> matches;
+    const auto visit = [&](const TextRange &match, const QRegularExpressionMatch *) {
+        if (match.end() >= start)
             matches.push_back(match);
         return matches.size() < limit;
     };

@@ -33,12 +33,12 @@ public:
     /// Returns the number of the match that covers exactly `range`, 1-based from the text's start;
     /// 0 when the pattern has no such match. Returns nothing while the count has not reached
     /// `range`. Costs about one step.
-    [[nodiscard]] std::optional<qint64> numberOf(const FindMatch &range,
+    [[nodiscard]] std::optional<qint64> numberOf(const TextRange &range,
                                                  const FindIsCancelled &isCancelled = {}) const;
 
     /// Returns the matches that overlap or touch [start, end), ascending, at most `limit` of them.
     /// Costs about as much as the steps over that range.
-    [[nodiscard]] std::vector<FindMatch> matchesIn(qint64 start,
+    [[nodiscard]] std::vector<TextRange> matchesIn(qint64 start,
                                                    qint64 end,
                                                    std::size_t limit,
                                                    const FindIsCancelled &isCancelled = {}) const;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "text/Text.h"
+#include "text/TextRange.h"
 
 #include <QString>
 
@@ -33,18 +34,6 @@ struct FindPatternError
     QString reason;    ///< The message of the regular expression library; may be empty.
 
     bool operator==(const FindPatternError &) const = default;
-};
-
-/// One match, in UTF-16 code units, 0-based, `end` exclusive. Empty when an expression such as `^`
-/// matches without consuming a character.
-struct FindMatch
-{
-    qint64 start = 0;
-    qint64 end = 0;
-
-    [[nodiscard]] bool isEmpty() const { return start == end; }
-
-    bool operator==(const FindMatch &) const = default;
 };
 
 /// Where a search continues.

@@ -46,24 +46,24 @@ public:
     {
     }
 
-    void replace(const FindMatch &match, const QString &replacement)
+    void replace(const TextRange &match, const QString &replacement)
     {
         if (m_result.count == 0) {
-            m_result.range.start = match.start;
-            m_position = match.start;
-            m_result.caret = std::min(m_caret, match.start);
+            m_result.range.location = match.location;
+            m_position = match.location;
+            m_result.caret = std::min(m_caret, match.location);
         }
-        keep(match.start);
+        keep(match.location);
         m_builder.appendUtf16(
             {QStringView(replacement).utf16(), static_cast<std::size_t>(replacement.size())});
         m_length += replacement.size();
         // A caret inside the match moves to the end of the replacement; one after it keeps its
         // distance.
-        if (m_caret > match.start)
+        if (m_caret > match.location)
             m_result.caret =
-                m_result.range.start + m_length + std::max<qint64>(0, m_caret - match.end);
-        m_position = match.end;
-        m_result.range.end = match.end;
+                m_result.range.location + m_length + std::max<qint64>(0, m_caret - match.end());
+        m_position = match.end();
+        m_result.range = TextRange::between(m_result.range.location, match.end());
         ++m_result.count;
     }
 
@@ -158,7 +158,7 @@ ReplaceAllResult replaceAllMatches(const TextFinder &finder,
                                    const FindIsCancelled &isCancelled)
 {
     Replacer replacer(text, caret);
-    const auto visit = [&](const FindMatch &match, const QRegularExpressionMatch *captures) {
+    const auto visit = [&](const TextRange &match, const QRegularExpressionMatch *captures) {
         replacer.replace(match, replacement.expand(captures));
         return true;
     };
@@ -172,20 +172,20 @@ ReplaceAllResult replaceAllMatches(const TextFinder &finder,
 std::optional<QString> replacementAt(const TextFinder &finder,
                                      const FindReplacement &replacement,
                                      const Text &text,
-                                     const FindMatch &match,
+                                     const TextRange &match,
                                      const FindIsCancelled &isCancelled)
 {
     std::optional<QString> result;
-    const auto visit = [&](const FindMatch &found, const QRegularExpressionMatch *captures) {
+    const auto visit = [&](const TextRange &found, const QRegularExpressionMatch *captures) {
         if (found == match)
             result = replacement.expand(captures);
-        return !result && found.start <= match.start;
+        return !result && found.location <= match.location;
     };
     // With `\K`, the match was tried at an earlier place: start there to get the same captures.
-    const qint64 near = finder.movesStart() ? findBlockStart(text, match.start) : match.start;
-    finder.search(text, {near, false}, visit, match.start + 1, isCancelled);
+    const qint64 near = finder.movesStart() ? findBlockStart(text, match.location) : match.location;
+    finder.search(text, {near, false}, visit, match.location + 1, isCancelled);
     if (!result && finder.movesStart() && near > 0)
-        finder.search(text, {}, visit, match.start + 1, isCancelled);
+        finder.search(text, {}, visit, match.location + 1, isCancelled);
     return result;
 }
 

@@ -41,7 +41,7 @@ struct ReplaceAllResult
 {
     qint64 count = 0;
     /// The part of the old text from the first match to the last, UTF-16 code units, 0-based.
-    FindMatch range;
+    TextRange range;
     Text replacement;          ///< The new text for `range`.
     qint64 caret = 0;          ///< Offset of the caret in the new text.
     bool isTooComplex = false; ///< The search was abandoned: replace nothing.
@@ -60,7 +60,7 @@ struct ReplaceAllResult
 [[nodiscard]] std::optional<QString> replacementAt(const TextFinder &finder,
                                                    const FindReplacement &replacement,
                                                    const Text &text,
-                                                   const FindMatch &match,
+                                                   const TextRange &match,
                                                    const FindIsCancelled &isCancelled = {});
 
 } // namespace penwick

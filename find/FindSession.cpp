@@ -126,7 +126,7 @@ void FindSession::askNumber()
 {
     if (m_count.number != 0)
         return;
-    const FindMatch range{m_selection.location, m_selection.end()};
+    const TextRange range = m_selection;
     const auto show = [this](std::optional<qint64> number) {
         m_count.number = number.value_or(0);
         Q_EMIT countDidChange();
@@ -209,7 +209,7 @@ void FindSession::findPrevious(qint64 offset, bool wraps)
         kSearchWait);
 }
 
-void FindSession::replaceMatch(const FindMatch &match, const QString &replacement)
+void FindSession::replaceMatch(const TextRange &match, const QString &replacement)
 {
     m_search.cancel();
     if (!m_finder || m_storage.isNull()) {
@@ -248,7 +248,7 @@ void FindSession::replaceAll(const QString &replacement, qint64 caret)
         kSearchWait);
 }
 
-const std::vector<FindMatch> &FindSession::marksIn(TextRange range)
+const std::vector<TextRange> &FindSession::marksIn(TextRange range)
 {
     if (!m_isCounting || !m_finder || m_storage.isNull()) {
         m_marks.clear();

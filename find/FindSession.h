@@ -62,22 +62,22 @@ public:
 
     /// Computes the replacement for `match`. Emits `replacementReady`, or `notFound` when the
     /// pattern does not match there.
-    void replaceMatch(const FindMatch &match, const QString &replacement);
+    void replaceMatch(const TextRange &match, const QString &replacement);
     /// Computes the text with all matches replaced. Emits `replaceAllReady`, or `errorDidChange`
     /// when the search is abandoned. `caret` is as in `replaceAllMatches`.
     void replaceAll(const QString &replacement, qint64 caret);
 
     /// Returns the matches in a range of the text, ascending. When computing them takes longer,
     /// returns the last known ones and emits `marksDidChange` later.
-    [[nodiscard]] const std::vector<FindMatch> &marksIn(TextRange range);
+    [[nodiscard]] const std::vector<TextRange> &marksIn(TextRange range);
 
     /// Maximum number of matches that are marked at a time.
     static constexpr std::size_t kMarkLimit = 20'000;
 
 Q_SIGNALS:
-    void found(const penwick::FindMatch &match, bool isWrapped);
+    void found(const penwick::TextRange &match, bool isWrapped);
     void notFound();
-    void replacementReady(const penwick::FindMatch &match, const QString &replacement);
+    void replacementReady(const penwick::TextRange &match, const QString &replacement);
     void replaceAllReady(const penwick::ReplaceAllResult &result);
     void countDidChange();
     void marksDidChange();
@@ -105,7 +105,7 @@ private:
     std::shared_ptr<FindCount> m_counter; // Holds a snapshot of the text.
     Count m_count;
     TextRange m_selection;
-    std::vector<FindMatch> m_marks;
+    std::vector<TextRange> m_marks;
     TextRange m_markedRange;
     quint64 m_markedRevision = 0; // The revision of `m_marks`; 0: unknown.
 

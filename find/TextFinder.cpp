@@ -47,9 +47,9 @@ QString simplyFolded(QString string)
 }
 
 /// True for an empty match at the end of the match before it, which is not counted.
-bool isRepeated(const FindMatch &match, FindPlace place)
+bool isRepeated(const TextRange &match, FindPlace place)
 {
-    return match.isEmpty() && place.isAfterMatch && match.start == place.offset;
+    return match.isEmpty() && place.isAfterMatch && match.location == place.offset;
 }
 
 } // namespace
@@ -108,7 +108,7 @@ public:
     /// Moves past the character at `offset`, where no further match is wanted.
     void skip(qint64 offset) { m_place = {findOffsetAfter(m_text, offset), false}; }
 
-    void visit(const FindMatch &match, const QRegularExpressionMatch *captures)
+    void visit(const TextRange &match, const QRegularExpressionMatch *captures)
     {
         m_step.isStopped = !m_visit(match, captures);
     }
@@ -148,10 +148,10 @@ TextFinder::step(const Text &text, FindPlace from, const Visit &visit, qint64 en
     return stepper.finish(threadTime() - start);
 }
 
-bool TextFinder::isAccepted(const Text &text, const FindMatch &match) const
+bool TextFinder::isAccepted(const Text &text, const TextRange &match) const
 {
-    return !m_wholeWords ||
-           (words::isWordBoundary(text, match.start) && words::isWordBoundary(text, match.end));
+    return !m_wholeWords || (words::isWordBoundary(text, match.location) &&
+                             words::isWordBoundary(text, match.end()));
 }
 
 QString TextFinder::comparable(QString units) const
@@ -184,9 +184,10 @@ void TextFinder::stepPlain(Stepper &stepper) const
             stepper.moveTo({last, false});
             continue;
         }
-        const FindMatch match{start + index, start + index + length};
+        const TextRange match{start + index, length};
         const bool isTaken = isAccepted(text, match);
-        stepper.moveTo(isTaken ? FindPlace{match.end, true} : FindPlace{match.start + 1, false});
+        stepper.moveTo(isTaken ? FindPlace{match.end(), true}
+                               : FindPlace{match.location + 1, false});
         if (isTaken)
             stepper.visit(match, nullptr);
     }
@@ -202,22 +203,22 @@ void TextFinder::stepExpression(Stepper &stepper) const
     while (stepper.goesOn() && search.elapsed() < kStepTime * kMillisecond) {
         const FindPlace place = stepper.place();
         const FindExpressionSearch::Outcome outcome = search.next(place.offset);
-        const FindMatch match{outcome.start, outcome.end};
+        const auto match = TextRange::between(outcome.start, outcome.end);
         if (outcome.kind == Kind::TooComplex) {
             stepper.discardUnreadTab();
         } else if (outcome.kind == Kind::Nothing) {
             stepper.moveTo({outcome.start, false});
-        } else if (match.start >= stepper.end()) {
+        } else if (match.location >= stepper.end()) {
             stepper.moveTo({stepper.end(), false});
         } else if (isRepeated(match, place) || !isAccepted(stepper.text(), match)) {
-            stepper.skip(match.start);
+            stepper.skip(match.location);
         } else {
             // Step past an empty match, which would be found again. With `\K`, another match may
             // follow at the same place.
             if (match.isEmpty() && !movesStart())
-                stepper.skip(match.start);
+                stepper.skip(match.location);
             else
-                stepper.moveTo({match.end, true});
+                stepper.moveTo({match.end(), true});
             stepper.visit(match, &outcome.match);
         }
     }
@@ -280,7 +281,7 @@ FindResult firstMatch(const TextFinder &finder,
 {
     constexpr qint64 kNoEnd = std::numeric_limits<qint64>::max();
     FindResult result;
-    const auto visit = [&](const FindMatch &match, const QRegularExpressionMatch *) {
+    const auto visit = [&](const TextRange &match, const QRegularExpressionMatch *) {
         result.match = match;
         return false;
     };
@@ -296,8 +297,8 @@ FindResult lastMatch(const TextFinder &finder,
                      const FindIsCancelled &isCancelled)
 {
     FindResult result;
-    const auto visit = [&](const FindMatch &match, const QRegularExpressionMatch *) {
-        if (match.end <= bound)
+    const auto visit = [&](const TextRange &match, const QRegularExpressionMatch *) {
+        if (match.end() <= bound)
             result.match = match;
         return true;
     };

@@ -45,7 +45,7 @@ public:
 
     /// Receives a match and its captures, which are null for a plain pattern and valid during the
     /// call only. Returns false to stop the search.
-    using Visit = std::function<bool(const FindMatch &, const QRegularExpressionMatch *)>;
+    using Visit = std::function<bool(const TextRange &, const QRegularExpressionMatch *)>;
 
     struct Step
     {
@@ -91,7 +91,7 @@ private:
     [[nodiscard]] QString comparable(QString units) const;
     void stepPlain(Stepper &stepper) const;
     void stepExpression(Stepper &stepper) const;
-    [[nodiscard]] bool isAccepted(const Text &text, const FindMatch &match) const;
+    [[nodiscard]] bool isAccepted(const Text &text, const TextRange &match) const;
 
     QStringMatcher m_matcher; // When case is ignored, pattern and text are folded.
     std::optional<FindExpression> m_expression;
@@ -116,7 +116,7 @@ private:
 /// The outcome of a search for one match.
 struct FindResult
 {
-    std::optional<FindMatch> match;
+    std::optional<TextRange> match;
     bool isWrapped = false;    ///< It was found after continuing at the other end.
     bool isTooComplex = false; ///< The search was abandoned.
 };

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "editor/TextStorage.h"
-#include "find/TextFinder.h"
 #include "text/Text.h"
 #include "view/CaretMover.h"
 #include "view/DropTarget.h"
@@ -98,7 +97,7 @@ public:
 
     /// Returns the places to mark in a range of the text, ascending. Called at each paint, with the
     /// visible range.
-    using Marks = std::function<const std::vector<FindMatch> &(TextRange)>;
+    using Marks = std::function<const std::vector<TextRange> &(TextRange)>;
 
     /// \param marks called until another is set; empty for no marks.
     void setMarks(Marks marks);

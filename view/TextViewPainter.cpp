@@ -253,12 +253,12 @@ private:
         const qint64 rowStart = layout.rowStart(row);
         const qint64 rowEnd = layout.rowEnd(row);
         auto mark = std::partition_point(
-            m_marks.begin(), m_marks.end(), [&](const FindMatch &m) { return m.end < rowStart; });
+            m_marks.begin(), m_marks.end(), [&](const TextRange &m) { return m.end() < rowStart; });
         std::pair<int, int> piece; // Adjacent marks are merged.
         int pieces = 0;
-        for (; mark != m_marks.end() && mark->start <= rowEnd && pieces < kPieces; ++mark) {
-            const int start = layout.layoutIndex(std::max(mark->start, segment.start));
-            const int end = layout.layoutIndex(std::min(mark->end, segment.end));
+        for (; mark != m_marks.end() && mark->location <= rowEnd && pieces < kPieces; ++mark) {
+            const int start = layout.layoutIndex(std::max(mark->location, segment.start));
+            const int end = layout.layoutIndex(std::min(mark->end(), segment.end));
             if (start == end) {
                 const bool isHere = start >= line.textStart() && start <= lastIndex;
                 pieces += isHere ? paintThin(*mark, segment, line.cursorToX(start), place) : 0;
@@ -276,18 +276,18 @@ private:
     }
 
     /// Paints a mark without width: an empty match or a line break. Returns the number of pieces.
-    int paintThin(const FindMatch &mark, const TextSegment &segment, qreal x, const QRectF &place)
+    int paintThin(const TextRange &mark, const TextSegment &segment, qreal x, const QRectF &place)
     {
         constexpr qreal kThin = 3;
         // A match that only ends where this segment begins is painted in the segment before.
-        if (!mark.isEmpty() && mark.end <= segment.end)
+        if (!mark.isEmpty() && mark.end() <= segment.end)
             return 0;
         m_filler.fill({place.x() + x, place.y(), kThin, place.height()});
         return 1;
     }
 
     RowFiller m_filler;
-    const std::vector<FindMatch> &m_marks;
+    const std::vector<TextRange> &m_marks;
     qreal m_rowHeight;
 };
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "editor/TextStorage.h"
-#include "find/TextFinder.h"
 #include "view/TextViewport.h"
 
 #include <QPainter>
@@ -21,7 +20,7 @@ struct TextViewPicture
     qreal caretWidth = 1;  ///< Logical pixels.
     QSizeF size;           ///< Of the view's contents, logical pixels.
     QPalette palette;
-    const std::vector<FindMatch> *marks = nullptr; ///< Ascending; drawn behind the selection.
+    const std::vector<TextRange> *marks = nullptr; ///< Ascending; drawn behind the selection.
 };
 
 /// The background colour of `TextViewPicture::marks`.

@@ -34,8 +34,8 @@ inline Ranges matches(const Text &text, const TextFinder &finder)
     TextFinder::Step step;
     while (!step.isAtEnd && !step.isTooComplex) {
         step = finder.step(
-            text, step.next, [&](const FindMatch &match, const QRegularExpressionMatch *) {
-                ranges.append({match.start, match.end});
+            text, step.next, [&](const TextRange &match, const QRegularExpressionMatch *) {
+                ranges.append({match.location, match.end()});
                 return true;
             });
     }
@@ -60,9 +60,7 @@ replaced(const QString &string, const FindPattern &pattern, const QString &repla
     const auto result = replaceAllMatches(finder, FindReplacement(replacement, finder), text, 0);
     if (result.count == 0)
         return string;
-    return text
-        .replaced(result.range.start, result.range.end - result.range.start, result.replacement)
-        .toString();
+    return text.replaced(result.range.location, result.range.length, result.replacement).toString();
 }
 
 inline QString randomString(QRandomGenerator &random, int length, const QString &alphabet)
