@@ -22,7 +22,7 @@ void showAboutPanel(QWidget *parent)
     MessageBox box(QMessageBox::NoIcon, name, parent);
     box.setWindowTitle(name + u" について"_s);
     box.setIconPixmap(QApplication::windowIcon().pixmap(kIconSize));
-    box.setInformation(wording::text(u"dialog.aboutVersion"_s, u"バージョン"_s) + u" "_s +
+    box.setInformation(wording::text(u"dialog.aboutVersion"_s) + u" "_s +
                        QStringLiteral(PENWICK_VERSION) + u"\n\n"_s +
                        wording::text(u"app.description"_s));
     box.addTextButton(wording::text(u"common.ok"_s), QMessageBox::AcceptRole);

@@ -196,32 +196,19 @@ CommandLine CommandLine::parse(const QByteArrayList &arguments)
 
 QString CommandLine::helpText()
 {
-    const QStringList lines{
-        wording::text(u"cli.usage"_s, u"使い方: penwick [オプション] [[+行[:桁]] ファイル...]"_s),
-        QString(),
-        wording::text(u"cli.files"_s,
-                      u"ファイルを開きます。まだ無いファイルは、保存したときに作られます。"_s),
-        wording::text(
-            u"cli.oneInstance"_s,
-            u"penwick が同じ画面ですでに動いていれば、そこで開いて、すぐに終わります。"_s),
-        QString(),
-        wording::text(u"cli.options"_s, u"オプション:"_s),
-        u"  -h, --help        "_s + wording::text(u"cli.help"_s, u"この説明を表示して終わります"_s),
-        u"  -v, --version     "_s +
-            wording::text(u"cli.version"_s, u"バージョンを表示して終わります"_s),
-        u"      --new-window  "_s +
-            wording::text(u"cli.newWindow"_s, u"タブにせず、それぞれ新しいウインドウで開きます"_s),
-        u"      --wait        "_s +
-            wording::text(u"cli.wait"_s, u"開いたものがすべて閉じられるまで待ちます"_s),
-        u"  +LINE[:COLUMN]    "_s +
-            wording::text(
-                u"cli.place"_s,
-                u"次のファイルの、その行 (と桁) にカーソルを置きます。どちらも 1 から数えます"_s),
-        u"  -                 "_s +
-            wording::text(u"cli.standardInput"_s,
-                          u"標準入力 (UTF-8) を名称未設定のテキストとして開きます"_s),
-        u"  --                "_s +
-            wording::text(u"cli.endOfOptions"_s, u"以降をすべてファイル名とみなします"_s)};
+    const QStringList lines{wording::text(u"cli.usage"_s),
+                            QString(),
+                            wording::text(u"cli.files"_s),
+                            wording::text(u"cli.oneInstance"_s),
+                            QString(),
+                            wording::text(u"cli.options"_s),
+                            u"  -h, --help        "_s + wording::text(u"cli.help"_s),
+                            u"  -v, --version     "_s + wording::text(u"cli.version"_s),
+                            u"      --new-window  "_s + wording::text(u"cli.newWindow"_s),
+                            u"      --wait        "_s + wording::text(u"cli.wait"_s),
+                            u"  +LINE[:COLUMN]    "_s + wording::text(u"cli.place"_s),
+                            u"  -                 "_s + wording::text(u"cli.standardInput"_s),
+                            u"  --                "_s + wording::text(u"cli.endOfOptions"_s)};
     return lines.join(u'\n');
 }
 
@@ -235,13 +222,13 @@ QString CommandLine::faultText() const
     const auto what = [this] {
         switch (fault) {
         case Fault::PlaceWithoutFile:
-            return wording::text(u"cli.placeWithoutFile"_s, u"後にファイル名がありません"_s);
+            return wording::text(u"cli.placeWithoutFile"_s);
         case Fault::StandardInputTwice:
-            return wording::text(u"cli.standardInputTwice"_s, u"標準入力は一度しか使えません"_s);
+            return wording::text(u"cli.standardInputTwice"_s);
         case Fault::UnknownOption:
             break;
         }
-        return wording::text(u"cli.unknownOption"_s, u"不明なオプションです"_s);
+        return wording::text(u"cli.unknownOption"_s);
     };
     return u"penwick: "_s + what() + u": "_s + QFile::decodeName(rejectedArgument);
 }

@@ -27,28 +27,25 @@ QString reasonOfFileError(FileError::Kind kind)
     using Kind = FileError::Kind;
     switch (kind) {
     case Kind::NotFound:
-        return wording::text(u"error.reason.notFound"_s,
-                             u"ファイルまたはフォルダが見つかりません。"_s);
+        return wording::text(u"error.reason.notFound"_s);
     case Kind::IsFolder:
-        return wording::text(u"error.reason.isFolder"_s, u"フォルダです。"_s);
+        return wording::text(u"error.reason.isFolder"_s);
     case Kind::NotRegular:
-        return wording::text(u"error.reason.notRegular"_s, u"通常のファイルではありません。"_s);
+        return wording::text(u"error.reason.notRegular"_s);
     case Kind::PermissionDenied:
-        return wording::text(u"error.reason.permissionDenied"_s, u"アクセス権がありません。"_s);
+        return wording::text(u"error.reason.permissionDenied"_s);
     case Kind::NoSpace:
-        return wording::text(u"error.reason.noSpace"_s, u"ディスクの空き容量が足りません。"_s);
+        return wording::text(u"error.reason.noSpace"_s);
     case Kind::Changed:
-        return wording::text(u"error.reason.changedMeanwhile"_s,
-                             u"ほかのプログラムによって変更されています。"_s);
+        return wording::text(u"error.reason.changedMeanwhile"_s);
     case Kind::Damaged:
-        return wording::text(u"error.reason.damaged"_s,
-                             u"ファイルは途中まで書き換えられ、元に戻せませんでした。"_s);
+        return wording::text(u"error.reason.damaged"_s);
     case Kind::InvalidPath:
-        return wording::text(u"error.reason.invalidPath"_s, u"この名前は使えません。"_s);
+        return wording::text(u"error.reason.invalidPath"_s);
     case Kind::Locked:
-        return wording::text(u"error.reason.locked"_s, u"ほかの penwick が書き込み中です。"_s);
+        return wording::text(u"error.reason.locked"_s);
     default:
-        return wording::text(u"error.reason.other"_s, u"入出力エラーが起きました。"_s);
+        return wording::text(u"error.reason.other"_s);
     }
 }
 
@@ -63,10 +60,8 @@ void showFileError(QWidget *parent, const QString &text, const QString &path, co
 /// Says where the text from before an unfinished save is.
 QString placeOf(const QStringList &copies)
 {
-    return wording::text(
-               u"dialog.interruptedSaveInformation"_s,
-               u"保存前の内容は次のファイルにあります。不要になったら削除してください。"_s) +
-           u"\n"_s + QDir::toNativeSeparators(copies.join(u'\n'));
+    return wording::text(u"dialog.interruptedSaveInformation"_s) + u"\n"_s +
+           QDir::toNativeSeparators(copies.join(u'\n'));
 }
 
 /// Sets up what both file dialogs share. The other texts of Qt's own dialog, used where the
@@ -76,23 +71,19 @@ void setUpFileDialog(QFileDialog &dialog, const QString &acceptLabel)
     dialog.setLabelText(QFileDialog::Accept, acceptLabel);
     dialog.setLabelText(QFileDialog::Reject, wording::text(u"common.cancel"_s));
     dialog.setOption(QFileDialog::DontResolveSymlinks); // The name shown is the name opened.
-    dialog.setNameFilter(wording::text(u"dialog.allFiles"_s, u"すべてのファイル"_s) + u" (*)"_s);
+    dialog.setNameFilter(wording::text(u"dialog.allFiles"_s) + u" (*)"_s);
 }
 
 } // namespace
 
 bool askToOverwriteChangedFile(QWidget *parent, const QString &name)
 {
-    MessageBox box(
-        QMessageBox::Warning,
-        withName(wording::text(u"dialog.changedOnDiskMessage"_s,
-                               u"「%1」は、ほかのプログラムによって変更されています。"_s),
-                 name),
-        parent);
-    box.setInformation(wording::text(u"dialog.changedOnDiskInformation"_s,
-                                     u"保存すると、その変更は失われます。"_s));
-    QPushButton *overwrite = box.addTextButton(
-        wording::text(u"dialog.overwrite"_s, u"上書き保存"_s), QMessageBox::DestructiveRole);
+    MessageBox box(QMessageBox::Warning,
+                   withName(wording::text(u"dialog.changedOnDiskMessage"_s), name),
+                   parent);
+    box.setInformation(wording::text(u"dialog.changedOnDiskInformation"_s));
+    QPushButton *overwrite =
+        box.addTextButton(wording::text(u"dialog.overwrite"_s), QMessageBox::DestructiveRole);
     QPushButton *cancel =
         box.addTextButton(wording::text(u"common.cancel"_s), QMessageBox::RejectRole);
     box.setDefaultButton(cancel);
@@ -105,24 +96,18 @@ QMessageBox *askAboutOutsideChange(QWidget *parent,
                                    const QString &name,
                                    const std::function<void(OutsideAnswer)> &answered)
 {
-    auto *box = new MessageBox(
-        QMessageBox::Question,
-        withName(wording::text(u"dialog.changedOnDiskMessage"_s,
-                               u"「%1」は、ほかのプログラムによって変更されています。"_s),
-                 name),
-        parent);
+    auto *box = new MessageBox(QMessageBox::Question,
+                               withName(wording::text(u"dialog.changedOnDiskMessage"_s), name),
+                               parent);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowModality(Qt::WindowModal);
-    box->setInformation(wording::text(u"dialog.outsideChangeInformation"_s,
-                                      u"この文書には保存していない編集があります。ファイルの内容を"
-                                      "読み込んでも、取り消しで元に戻せます。"_s));
-    const QPushButton *keep = box->addTextButton(
-        wording::text(u"dialog.keepMine"_s, u"自分の編集を残す"_s), QMessageBox::AcceptRole);
+    box->setInformation(wording::text(u"dialog.outsideChangeInformation"_s));
+    const QPushButton *keep =
+        box->addTextButton(wording::text(u"dialog.keepMine"_s), QMessageBox::AcceptRole);
     const QPushButton *load =
-        box->addTextButton(wording::text(u"dialog.loadTheirs"_s, u"ファイルの内容を読み込む"_s),
-                           QMessageBox::DestructiveRole);
-    QPushButton *later = box->addTextButton(
-        wording::text(u"dialog.decideLater"_s, u"あとで決める"_s), QMessageBox::RejectRole);
+        box->addTextButton(wording::text(u"dialog.loadTheirs"_s), QMessageBox::DestructiveRole);
+    QPushButton *later =
+        box->addTextButton(wording::text(u"dialog.decideLater"_s), QMessageBox::RejectRole);
     box->setDefaultButton(later);
     box->setEscapeButton(later);
     QObject::connect(box, &QDialog::finished, box, [box, keep, load, answered] {
@@ -139,13 +124,11 @@ QMessageBox *askAboutOutsideChange(QWidget *parent,
 
 bool offerToSaveElsewhere(QWidget *parent, const QString &path, const DocumentError &error)
 {
-    MessageBox box(QMessageBox::Warning,
-                   wording::text(u"error.fileReadOnly"_s, u"このファイルには書き込めません"_s),
-                   parent);
+    MessageBox box(QMessageBox::Warning, wording::text(u"error.fileReadOnly"_s), parent);
     box.setInformation(visibleLine(QDir::toNativeSeparators(path)) + u"\n"_s +
                        errorReasonText(error));
-    QPushButton *elsewhere = box.addTextButton(
-        wording::text(u"dialog.saveElsewhere"_s, u"別名で保存…"_s), QMessageBox::AcceptRole);
+    QPushButton *elsewhere =
+        box.addTextButton(wording::text(u"dialog.saveElsewhere"_s), QMessageBox::AcceptRole);
     QPushButton *cancel =
         box.addTextButton(wording::text(u"common.cancel"_s), QMessageBox::RejectRole);
     box.setDefaultButton(elsewhere);
@@ -158,12 +141,10 @@ void showInterruptedSave(QWidget *parent, const QString &path, const QStringList
 {
     if (copies.isEmpty())
         return;
-    auto *box =
-        new MessageBox(QMessageBox::Warning,
-                       withName(wording::text(u"dialog.interruptedSaveMessage"_s,
-                                              u"「%1」の前回の保存は、途中で中断されました。"_s),
-                                QFileInfo(path).fileName()),
-                       parent);
+    auto *box = new MessageBox(
+        QMessageBox::Warning,
+        withName(wording::text(u"dialog.interruptedSaveMessage"_s), QFileInfo(path).fileName()),
+        parent);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowModality(Qt::WindowModal);
     box->setInformation(placeOf(copies));
@@ -173,18 +154,17 @@ void showInterruptedSave(QWidget *parent, const QString &path, const QStringList
 
 QStringList askForFilesToOpen(QWidget *parent, const QString &folder)
 {
-    FileDialog dialog(parent, wording::text(u"dialog.openTitle"_s, u"開く"_s), folder);
+    FileDialog dialog(parent, wording::text(u"dialog.openTitle"_s), folder);
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
     dialog.setFileMode(QFileDialog::ExistingFiles);
-    setUpFileDialog(dialog, wording::text(u"dialog.open"_s, u"開く"_s));
+    setUpFileDialog(dialog, wording::text(u"dialog.open"_s));
     return dialog.exec() == QDialog::Accepted ? dialog.chosenPaths() : QStringList();
 }
 
 QString askForFileToSave(QWidget *parent, const QString &suggestion)
 {
     const QFileInfo info(suggestion);
-    FileDialog dialog(
-        parent, wording::text(u"dialog.saveTitle"_s, u"別名で保存"_s), info.absolutePath());
+    FileDialog dialog(parent, wording::text(u"dialog.saveTitle"_s), info.absolutePath());
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);
     setUpFileDialog(dialog, wording::text(u"common.save"_s));
@@ -194,16 +174,13 @@ QString askForFileToSave(QWidget *parent, const QString &suggestion)
 
 void showOpenError(QWidget *parent, const QString &path, const DocumentError &error)
 {
-    showFileError(parent,
-                  wording::text(u"error.fileOpenFailed"_s, u"ファイルを開けませんでした"_s),
-                  path,
-                  errorReasonText(error));
+    showFileError(parent, wording::text(u"error.fileOpenFailed"_s), path, errorReasonText(error));
 }
 
 void showSaveError(QWidget *parent, const QString &path, const DocumentError &error)
 {
     showFileError(parent,
-                  wording::text(u"error.fileSaveFailed"_s, u"ファイルを保存できませんでした"_s),
+                  wording::text(u"error.fileSaveFailed"_s),
                   path,
                   error.fileErrorKind == FileError::Kind::Damaged
                       ? errorReasonText(error) + u"\n"_s + placeOf(SafeCopy::left(path))
@@ -213,17 +190,16 @@ void showSaveError(QWidget *parent, const QString &path, const DocumentError &er
 void showFileInUse(QWidget *parent, const QString &path)
 {
     showFileError(parent,
-                  wording::text(u"error.fileSaveFailed"_s, u"ファイルを保存できませんでした"_s),
+                  wording::text(u"error.fileSaveFailed"_s),
                   path,
-                  wording::text(u"error.reason.openElsewhere"_s,
-                                u"このファイルは別のタブで開いています。"_s));
+                  wording::text(u"error.reason.openElsewhere"_s));
 }
 
 QString errorReasonText(const DocumentError &error)
 {
     if (error.domain == DocumentError::Domain::NSPOSIXErrorDomain)
         return reasonOfFileError(error.fileErrorKind);
-    return wording::text(u"error.reason.notUtf8"_s, u"UTF-8 のテキストではありません。"_s);
+    return wording::text(u"error.reason.notUtf8"_s);
 }
 
 } // namespace penwick::dialogs

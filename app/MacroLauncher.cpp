@@ -23,23 +23,16 @@ void MacroLauncher::promptOrRun(const Macro &macro) const
 {
     // Ask nothing while a macro runs: the answer could not be used.
     if (const WindowController target = m_targetEditor();
-        target != nullptr && target->isRunningMacro()) {
+        target != nullptr && target->isRunningMacro())
         target->offerToStopMacro();
-    } else if (macro.id == u"default_addLinePrefix"_s) {
-        promptForText(
-            macro,
-            wording::text(u"dialog.prefixMessage"_s, u"行頭に追加する文字列を入力してください："_s),
-            u"- "_s);
-    } else if (macro.id == u"default_addLineSuffix"_s) {
-        promptForText(
-            macro,
-            wording::text(u"dialog.suffixMessage"_s, u"行末に追加する文字列を入力してください："_s),
-            u","_s);
-    } else if (macro.id == u"default_insertDateTime"_s) {
+    else if (macro.id == u"default_addLinePrefix"_s)
+        promptForText(macro, wording::text(u"dialog.prefixMessage"_s), u"- "_s);
+    else if (macro.id == u"default_addLineSuffix"_s)
+        promptForText(macro, wording::text(u"dialog.suffixMessage"_s), u","_s);
+    else if (macro.id == u"default_insertDateTime"_s)
         promptForDate(macro);
-    } else {
+    else
         run(macro.code, macro.id, macro.name, std::nullopt);
-    }
 }
 
 void MacroLauncher::runInActiveEditor(const Macro &macro) const
@@ -48,10 +41,9 @@ void MacroLauncher::runInActiveEditor(const Macro &macro) const
         promptOrRun(macro);
         return;
     }
-    MessageBox box(
-        QMessageBox::Warning,
-        wording::text(u"macro.manageTestRunNoEditor"_s, u"実行対象のエディタが見つかりません"_s),
-        QApplication::activeWindow());
+    MessageBox box(QMessageBox::Warning,
+                   wording::text(u"macro.manageTestRunNoEditor"_s),
+                   QApplication::activeWindow());
     box.addTextButton(wording::text(u"common.ok"_s), QMessageBox::AcceptRole);
     box.exec();
 }
@@ -70,26 +62,22 @@ void MacroLauncher::promptForText(const Macro &macro,
                                   const QString &initial) const
 {
     const std::optional<QString> answer = askForText(promptParent(), message, initial);
-    if (!answer) {
-        showInfo(wording::text(u"macro.notification.canceled"_s, u"キャンセルしました"_s));
-    } else if (answer->isEmpty()) {
-        showInfo(wording::text(u"macro.notification.canceledEmpty"_s,
-                               u"文字列が指定されなかったため、実行を中止しました"_s));
-    } else {
+    if (!answer)
+        showInfo(wording::text(u"macro.notification.canceled"_s));
+    else if (answer->isEmpty())
+        showInfo(wording::text(u"macro.notification.canceledEmpty"_s));
+    else
         run(macro.code, macro.id, macro.name, answer);
-    }
 }
 
 void MacroLauncher::promptForDate(const Macro &macro) const
 {
-    const std::optional<QString> date = askForDate(
-        promptParent(),
-        wording::text(u"dialog.dateTimeMessage"_s, u"挿入する日付の形式を選択してください："_s),
-        m_clock);
+    const std::optional<QString> date =
+        askForDate(promptParent(), wording::text(u"dialog.dateTimeMessage"_s), m_clock);
     if (date)
         run(macro.code, macro.id, macro.name, date);
     else
-        showInfo(wording::text(u"macro.notification.canceled"_s, u"キャンセルしました"_s));
+        showInfo(wording::text(u"macro.notification.canceled"_s));
 }
 
 void MacroLauncher::showInfo(const QString &message) const

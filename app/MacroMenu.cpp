@@ -62,13 +62,9 @@ void rebuildMacroMenu(QMenu *menu,
     addCommandItem(menu, wording::text(u"macro.manage"_s), MenuCommand::ShowMacroManager, handlers);
     menu->addSeparator();
     addCommandItem(
-        menu,
-        wording::text(u"macro.testRunReplaceAll"_s, u"テストマクロを実行（replaceAll）"_s),
-        MenuCommand::RunTestMacro,
-        handlers);
+        menu, wording::text(u"macro.testRunReplaceAll"_s), MenuCommand::RunTestMacro, handlers);
     addCommandItem(menu,
-                   wording::text(u"macro.testRunReplaceSelection"_s,
-                                 u"テストマクロを実行（replaceSelection）"_s),
+                   wording::text(u"macro.testRunReplaceSelection"_s),
                    MenuCommand::RunTestMacroSelection,
                    handlers);
 }

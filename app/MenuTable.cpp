@@ -9,42 +9,33 @@ namespace penwick {
 namespace {
 
 constexpr MenuRow kMenus[] = {
-    {MenuId::Application, u"app.name", u""},
-    {MenuId::File, u"menu.file", u""},
-    {MenuId::Edit, u"menu.edit", u""},
-    {MenuId::Macro, u"menu.macro", u""},
-    {MenuId::Profile, u"menu.profile", u"プロファイル"},
-    {MenuId::Help, u"menu.help", u""},
+    {MenuId::Application, u"app.name"},
+    {MenuId::File, u"menu.file"},
+    {MenuId::Edit, u"menu.edit"},
+    {MenuId::Macro, u"menu.macro"},
+    {MenuId::Profile, u"menu.profile"},
+    {MenuId::Help, u"menu.help"},
 };
 
 constexpr MenuItemRow kItems[] = {
-    {MenuId::Application, MenuCommand::About, u"app.name", u"", u" について"},
+    {MenuId::Application, MenuCommand::About, u"app.name", u" について"},
     {MenuId::Application, MenuCommand::Separator},
-    {MenuId::Application, MenuCommand::Quit, u"app.name", u"", u" を終了", u'q'},
-    {MenuId::File, MenuCommand::NewDocument, u"menu.file.new", u"", u"", u'n'},
-    {MenuId::File, MenuCommand::OpenDocument, u"menu.file.open", u"", u"", u'o'},
+    {MenuId::Application, MenuCommand::Quit, u"app.name", u" を終了", u'q'},
+    {MenuId::File, MenuCommand::NewDocument, u"menu.file.new", u"", u'n'},
+    {MenuId::File, MenuCommand::OpenDocument, u"menu.file.open", u"", u'o'},
     {MenuId::File, MenuCommand::Separator},
-    {MenuId::File, MenuCommand::PerformClose, u"menu.file.close", u"", u"", u'w'},
-    {MenuId::File, MenuCommand::SaveDocument, u"menu.file.save", u"", u"", u's'},
-    {MenuId::File, MenuCommand::SaveDocumentAs, u"menu.file.saveAs", u"", u"", u'S'},
-    {MenuId::Edit, MenuCommand::Undo, u"menu.edit.undo", u"", u"", u'z'},
-    {MenuId::Edit, MenuCommand::Redo, u"menu.edit.redo", u"", u"", u'Z'},
+    {MenuId::File, MenuCommand::PerformClose, u"menu.file.close", u"", u'w'},
+    {MenuId::File, MenuCommand::SaveDocument, u"menu.file.save", u"", u's'},
+    {MenuId::File, MenuCommand::SaveDocumentAs, u"menu.file.saveAs", u"", u'S'},
+    {MenuId::Edit, MenuCommand::Undo, u"menu.edit.undo", u"", u'z'},
+    {MenuId::Edit, MenuCommand::Redo, u"menu.edit.redo", u"", u'Z'},
     {MenuId::Edit, MenuCommand::Separator},
-    {MenuId::Edit, MenuCommand::Cut, u"menu.edit.cut", u"", u"", u'x'},
-    {MenuId::Edit, MenuCommand::Copy, u"menu.edit.copy", u"", u"", u'c'},
-    {MenuId::Edit, MenuCommand::Paste, u"menu.edit.paste", u"", u"", u'v'},
-    {MenuId::Profile,
-     MenuCommand::ShowProfileManager,
-     u"profile.manage",
-     u"UI文言プロファイル管理…"},
+    {MenuId::Edit, MenuCommand::Cut, u"menu.edit.cut", u"", u'x'},
+    {MenuId::Edit, MenuCommand::Copy, u"menu.edit.copy", u"", u'c'},
+    {MenuId::Edit, MenuCommand::Paste, u"menu.edit.paste", u"", u'v'},
+    {MenuId::Profile, MenuCommand::ShowProfileManager, u"profile.manage"},
     {MenuId::Help, MenuCommand::CheckForUpdates, u"menu.help.checkForUpdates"},
 };
-
-QString lookUp(QStringView key, QStringView defaultText)
-{
-    return defaultText.isEmpty() ? wording::text(key.toString())
-                                 : wording::text(key.toString(), defaultText.toString());
-}
 
 } // namespace
 
@@ -60,12 +51,12 @@ std::span<const MenuItemRow> menuItemRows()
 
 QString menuTitle(const MenuRow &row)
 {
-    return lookUp(row.titleKey, row.titleDefault);
+    return wording::text(row.titleKey.toString());
 }
 
 QString menuTitle(const MenuItemRow &row)
 {
-    return lookUp(row.titleKey, row.titleDefault) + row.titleSuffix.toString();
+    return wording::text(row.titleKey.toString()) + row.titleSuffix.toString();
 }
 
 QKeySequence keyEquivalent(const MenuItemRow &row)

@@ -37,7 +37,6 @@ struct MenuRow
 {
     MenuId menu;
     QStringView titleKey;
-    QStringView titleDefault; ///< Empty when the lookup has no default.
 };
 
 /// One item of a menu.
@@ -46,9 +45,8 @@ struct MenuItemRow
     MenuId menu;
     MenuCommand command;
     QStringView titleKey = {};
-    QStringView titleDefault = {}; ///< Empty when the lookup has no default.
-    QStringView titleSuffix = {};  ///< Appended to the looked-up title.
-    char16_t key = 0;              ///< With Ctrl, and Shift for a capital letter. 0: none.
+    QStringView titleSuffix = {}; ///< Appended to the looked-up title.
+    char16_t key = 0;             ///< With Ctrl, and Shift for a capital letter. 0: none.
 };
 
 [[nodiscard]] std::span<const MenuRow> menuRows();

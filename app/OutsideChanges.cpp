@@ -108,14 +108,10 @@ void OutsideChanges::settle()
         takeText(finding->stored);
         break;
     case FileCheckResult::Kind::Missing:
-        keepOnly(wording::text(u"status.fileDeleted"_s,
-                               u"ファイルが削除または移動されました。保存すると再び作られます"_s),
-                 *finding);
+        keepOnly(wording::text(u"status.fileDeleted"_s), *finding);
         break;
     case FileCheckResult::Kind::Unreadable:
-        keepOnly(wording::text(u"status.fileUnreadable"_s,
-                               u"ファイルが読めなくなりました。文書はそのまま残しています"_s),
-                 *finding);
+        keepOnly(wording::text(u"status.fileUnreadable"_s), *finding);
         break;
     }
 }
@@ -138,9 +134,7 @@ void OutsideChanges::load(const StoredText &stored)
     const TextDifference difference = differenceBetween(view->string(), stored.text);
     view->applyOutsideChange(difference.range, difference.replacement);
     m_document->adoptFileText(stored);
-    m_controller->showMacroMessage(
-        NotificationType::Info,
-        wording::text(u"status.reloaded"_s, u"ほかのプログラムによる変更を読み込みました"_s));
+    m_controller->showMacroMessage(NotificationType::Info, wording::text(u"status.reloaded"_s));
 }
 
 void OutsideChanges::ask(const StoredText &stored)

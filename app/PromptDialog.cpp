@@ -28,7 +28,7 @@ QLabel *plainLabel(const QString &text)
 PromptDialog::PromptDialog(const QString &message, QWidget *field, QWidget *parent)
     : QDialog(parent)
 {
-    const QString title = wording::text(u"dialog.inputTitle"_s, u"入力"_s);
+    const QString title = wording::text(u"dialog.inputTitle"_s);
     setWindowTitle(title);
     setModal(true);
 

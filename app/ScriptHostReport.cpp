@@ -14,8 +14,7 @@ namespace {
 QString protectionLine(const QString &name, bool isActive)
 {
     return u"  "_s + name + u": "_s +
-           (isActive ? wording::text(u"cli.wallStands"_s, u"あり"_s)
-                     : wording::text(u"cli.wallMissing"_s, u"なし"_s));
+           (isActive ? wording::text(u"cli.wallStands"_s) : wording::text(u"cli.wallMissing"_s));
 }
 
 QStringList causes(const ScriptError &error)
@@ -24,26 +23,23 @@ QStringList causes(const ScriptError &error)
     case ScriptError::Code::HostEnded:
         return hostEndingDetails(error.ending);
     case ScriptError::Code::HostUnavailable:
-        return {wording::text(u"macro.error.hostUnavailable"_s,
-                              u"マクロの実行プログラムを起動できません"_s)};
+        return {wording::text(u"macro.error.hostUnavailable"_s)};
     case ScriptError::Code::OutOfMemory:
-        return {wording::text(u"macro.error.outOfMemory"_s, u"メモリが不足しました"_s)};
+        return {wording::text(u"macro.error.outOfMemory"_s)};
     case ScriptError::Code::Stopped:
-        return {wording::text(u"macro.trial.endless"_s, u"応答がありません"_s)};
+        return {wording::text(u"macro.trial.endless"_s)};
     case ScriptError::Code::Exception:
         return {error.text};
     default:
-        return {wording::text(u"macro.trial.noEngine"_s, u"エンジンを準備できません"_s)};
+        return {wording::text(u"macro.trial.noEngine"_s)};
     }
 }
 
 QString refusedCalls(const EngineTrial &trial)
 {
     const QString names = deniedCallNames(trial.deniedCalls, false);
-    return names.isEmpty()
-               ? QString()
-               : wording::text(u"macro.ending.refusedCalls"_s, u"拒否されたシステムコール"_s) +
-                     u": "_s + names;
+    return names.isEmpty() ? QString()
+                           : wording::text(u"macro.ending.refusedCalls"_s) + u": "_s + names;
 }
 
 /// Returns why the trial did not pass: the step, the cause, refused calls, the engine. Empty when
@@ -63,25 +59,20 @@ QStringList failureDetails(const EngineTrial &trial)
 
 QStringList protectionLines(const HostProtection &protection)
 {
-    return {
-        wording::text(u"cli.walls"_s, u"マクロの隔離:"_s),
-        protectionLine(wording::text(u"cli.wallProcess"_s, u"別プロセス"_s), true),
-        protectionLine(wording::text(u"cli.wallMemory"_s, u"メモリの上限"_s),
-                       protection.memoryLimit),
-        protectionLine(wording::text(u"cli.wallSystemCalls"_s, u"システムコールの制限 (seccomp)"_s),
-                       protection.systemCallFilter),
-        protectionLine(wording::text(u"cli.wallFiles"_s, u"ファイルアクセスの規則 (Landlock)"_s),
-                       protection.fileAccessRules)};
+    return {wording::text(u"cli.walls"_s),
+            protectionLine(wording::text(u"cli.wallProcess"_s), true),
+            protectionLine(wording::text(u"cli.wallMemory"_s), protection.memoryLimit),
+            protectionLine(wording::text(u"cli.wallSystemCalls"_s), protection.systemCallFilter),
+            protectionLine(wording::text(u"cli.wallFiles"_s), protection.fileAccessRules)};
 }
 
 QStringList engineLines(const EngineTrial &trial)
 {
-    const QString engine = wording::text(u"cli.engine"_s, u"マクロの実行エンジン"_s);
-    const QString check = wording::text(u"cli.engineTrial"_s, u"動作確認"_s);
+    const QString engine = wording::text(u"cli.engine"_s);
+    const QString check = wording::text(u"cli.engineTrial"_s);
     const QStringList failures = failureDetails(trial);
-    const QString outcome = failures.isEmpty()
-                                ? wording::text(u"cli.engineTrialPassed"_s, u"合格"_s)
-                                : failures.join(u"、"_s);
+    const QString outcome =
+        failures.isEmpty() ? wording::text(u"cli.engineTrialPassed"_s) : failures.join(u"、"_s);
     QStringList lines;
     if (!trial.engine.isEmpty())
         lines << engine + u": "_s + trial.engine;
@@ -119,15 +110,10 @@ QString missingProtections(const std::optional<HostProtection> &protection)
 QString engineWarning(const EngineTrial &trial)
 {
     const QStringList failures = failureDetails(trial);
-    if (!failures.isEmpty()) {
-        return reportableFailure(
-            wording::text(u"macro.trial.failed"_s, u"マクロの実行エンジンが正しく動作しません"_s),
-            failures);
-    }
-    if (trial.protection && !trial.protection->systemCallFilter) {
-        return wording::text(u"macro.trial.noFilter"_s,
-                             u"このシステムでは、マクロのシステムコールを制限できません"_s);
-    }
+    if (!failures.isEmpty())
+        return reportableFailure(wording::text(u"macro.trial.failed"_s), failures);
+    if (trial.protection && !trial.protection->systemCallFilter)
+        return wording::text(u"macro.trial.noFilter"_s);
     return {};
 }
 

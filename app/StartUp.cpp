@@ -46,16 +46,13 @@ tl::expected<Text, int> textOfStandardInput()
         return !isTooLarge && reader.append(block);
     });
     if (isTooLarge)
-        return tl::unexpected(
-            fail(wording::text(u"cli.inputTooLarge"_s, u"標準入力が大きすぎます"_s)));
+        return tl::unexpected(fail(wording::text(u"cli.inputTooLarge"_s)));
     if (!read && read.error().kind != FileError::Kind::Cancelled)
         return tl::unexpected(
-            fail(wording::text(u"cli.inputUnreadable"_s, u"標準入力を読み込めません"_s) + u": "_s +
-                 read.error().description()));
+            fail(wording::text(u"cli.inputUnreadable"_s) + u": "_s + read.error().description()));
     auto text = reader.finish();
     if (!text)
-        return tl::unexpected(fail(
-            wording::text(u"cli.inputNotUtf8"_s, u"標準入力が UTF-8 のテキストではありません"_s)));
+        return tl::unexpected(fail(wording::text(u"cli.inputNotUtf8"_s)));
     return *std::move(text);
 }
 
@@ -68,8 +65,7 @@ tl::expected<QByteArray, int> absolutePath(const QByteArray &name)
     const auto folder = currentFolder();
     if (!folder)
         return tl::unexpected(
-            fail(wording::text(u"cli.noCurrentFolder"_s, u"現在のフォルダが見つかりません"_s) +
-                 u": "_s + QFile::decodeName(name)));
+            fail(wording::text(u"cli.noCurrentFolder"_s) + u": "_s + QFile::decodeName(name)));
     return *folder + '/' + name;
 }
 
@@ -103,17 +99,15 @@ QString textOf(const HandOverError &error)
 {
     switch (error.kind) {
     case HandOverError::Kind::Abandoned:
-        return wording::text(u"cli.abandoned"_s, u"penwick が、待っている間に終了しました"_s);
+        return wording::text(u"cli.abandoned"_s);
     case HandOverError::Kind::NotAllOpened:
-        return wording::text(u"cli.notAllOpened"_s, u"開けないファイルがありました"_s);
+        return wording::text(u"cli.notAllOpened"_s);
     case HandOverError::Kind::Refused:
         if (error.refusal == Refusal::OtherVersion)
-            return wording::text(
-                u"cli.otherVersion"_s,
-                u"動いている penwick とバージョンが違います。いちど終了させてください"_s);
-        return wording::text(u"cli.refused"_s, u"動いている penwick が受け付けません"_s);
+            return wording::text(u"cli.otherVersion"_s);
+        return wording::text(u"cli.refused"_s);
     default:
-        return wording::text(u"cli.noAnswer"_s, u"動いている penwick が応答しません"_s);
+        return wording::text(u"cli.noAnswer"_s);
     }
 }
 
@@ -151,9 +145,7 @@ std::variant<EditorStart, int> startInBackground(OpenRequest request, InstancePl
 
 EditorStart startAlone(OpenRequest request)
 {
-    writeErrorLine(
-        u"penwick: "_s +
-        wording::text(u"cli.alone"_s, u"ほかの penwick と連携できないため、単独で起動します"_s));
+    writeErrorLine(u"penwick: "_s + wording::text(u"cli.alone"_s));
     return {std::move(request), std::nullopt, false};
 }
 

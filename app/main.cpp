@@ -35,10 +35,8 @@ int answer(const QString &text)
         return 0;
     // Print no error for a closed pipe: the reader has stopped on purpose.
     if (written.error().errnoValue != EPIPE) {
-        penwick::writeErrorLine(
-            u"penwick: "_s +
-            penwick::wording::text(u"cli.outputUnwritable"_s, u"標準出力に書き込めません"_s) +
-            u": "_s + written.error().description());
+        penwick::writeErrorLine(u"penwick: "_s + penwick::wording::text(u"cli.outputUnwritable"_s) +
+                                u": "_s + written.error().description());
     }
     return kFailure;
 }

@@ -110,10 +110,7 @@ void CodeEditor::makeTextArea()
 
 void CodeEditor::relabel()
 {
-    setAccessibleDescription(
-        wording::text(u"macro.manage.codeKeys"_s,
-                      u"Tab で字下げします。次の項目へは Ctrl+Tab、前の項目へは Shift+Tab で"
-                      u"移動します。"_s));
+    setAccessibleDescription(wording::text(u"macro.manage.codeKeys"_s));
 }
 
 QString CodeEditor::text() const

@@ -41,14 +41,12 @@ void confirmDelete(QWidget *parent,
 UnsavedAnswer askAboutUnsavedChanges(QWidget *parent, const QString &name)
 {
     MessageBox box(QMessageBox::Warning,
-                   wording::text(u"dialog.unsavedMessage"_s, u"「%1」への変更を保存しますか？"_s)
-                       .replace(u"%1"_s, visibleLine(name)),
+                   wording::text(u"dialog.unsavedMessage"_s).replace(u"%1"_s, visibleLine(name)),
                    parent);
-    box.setInformation(
-        wording::text(u"dialog.unsavedInformation"_s, u"保存しないと、変更は失われます。"_s));
+    box.setInformation(wording::text(u"dialog.unsavedInformation"_s));
     QPushButton *save = box.addTextButton(wording::text(u"common.save"_s), QMessageBox::AcceptRole);
-    QPushButton *discard = box.addTextButton(wording::text(u"dialog.discard"_s, u"保存しない"_s),
-                                             QMessageBox::DestructiveRole);
+    QPushButton *discard =
+        box.addTextButton(wording::text(u"dialog.discard"_s), QMessageBox::DestructiveRole);
     QPushButton *cancel =
         box.addTextButton(wording::text(u"common.cancel"_s), QMessageBox::RejectRole);
     box.setDefaultButton(save);

@@ -16,13 +16,11 @@ namespace {
 
 bool askToReplace(QWidget *parent, const QString &name)
 {
-    QString question =
-        wording::text(u"dialog.file.replace"_s, u"「%1」はすでにあります。\n置き換えますか？"_s);
+    QString question = wording::text(u"dialog.file.replace"_s);
     MessageBox box(QMessageBox::Warning, question.replace(u"%1"_s, name), parent);
     const QPushButton *yes =
-        box.addTextButton(wording::text(u"dialog.yes"_s, u"はい"_s), QMessageBox::YesRole);
-    QPushButton *no =
-        box.addTextButton(wording::text(u"dialog.no"_s, u"いいえ"_s), QMessageBox::NoRole);
+        box.addTextButton(wording::text(u"dialog.yes"_s), QMessageBox::YesRole);
+    QPushButton *no = box.addTextButton(wording::text(u"dialog.no"_s), QMessageBox::NoRole);
     box.setDefaultButton(no);
     box.setEscapeButton(no);
     box.exec();

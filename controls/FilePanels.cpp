@@ -45,7 +45,7 @@ std::optional<QString> ask(FileDialog &dialog, const QString &acceptLabel)
     dialog.setOption(QFileDialog::DontUseNativeDialog, false);
     dialog.setLabelText(QFileDialog::Accept, acceptLabel);
     dialog.setLabelText(QFileDialog::Reject, wording::text(u"common.cancel"_s));
-    dialog.setNameFilter(wording::text(u"dialog.jsonFiles"_s, u"JSON ファイル"_s) + u" (*.json)"_s);
+    dialog.setNameFilter(wording::text(u"dialog.jsonFiles"_s) + u" (*.json)"_s);
     if (dialog.exec() != QDialog::Accepted || dialog.chosenPaths().isEmpty())
         return std::nullopt;
     lastFolder() = dialog.directory().absolutePath();
@@ -57,7 +57,7 @@ std::optional<QString> askToOpen(QWidget *parent, const QString &title)
     FileDialog dialog(parent, title, startFolder());
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
     dialog.setFileMode(QFileDialog::ExistingFile);
-    return ask(dialog, wording::text(u"dialog.open"_s, u"開く"_s));
+    return ask(dialog, wording::text(u"dialog.open"_s));
 }
 
 std::optional<QString> askToSave(QWidget *parent, const QString &title, const QString &name)

@@ -18,11 +18,11 @@ MacroSourceBadge::MacroSourceBadge(QWidget *parent)
 QString MacroSourceBadge::sourceLabel(const QString &source)
 {
     if (source == u"builtin"_s)
-        return wording::text(u"macro.sourceBuiltin"_s, u"組み込み"_s);
+        return wording::text(u"macro.sourceBuiltin"_s);
     if (source == u"user"_s)
-        return wording::text(u"macro.sourceUser"_s, u"ユーザー"_s);
+        return wording::text(u"macro.sourceUser"_s);
     if (source == u"imported"_s)
-        return wording::text(u"macro.sourceImported"_s, u"インポート"_s);
+        return wording::text(u"macro.sourceImported"_s);
     return {};
 }
 

@@ -265,9 +265,9 @@ QString FindBar::countToolTip() const
     if (m_countLabel->text().isEmpty())
         return {};
     if (hasNoMatch())
-        return wording::text(u"editor.find.notFound"_s, u"見つかりません"_s);
+        return wording::text(u"editor.find.notFound"_s);
     if (m_isWrapped)
-        return wording::text(u"editor.find.wrapped"_s, u"端まで検索し、反対側へ戻りました"_s);
+        return wording::text(u"editor.find.wrapped"_s);
     return {};
 }
 
@@ -300,11 +300,9 @@ void FindBar::showErrorText()
     using Code = FindPatternError::Code;
     const bool isShown = m_error && m_error->code != Code::Empty;
     if (isShown && m_error->code == Code::TooComplex) {
-        m_errorLabel->setLine(wording::text(u"editor.find.tooComplex"_s,
-                                            u"正規表現が複雑すぎるため、検索を中止しました"_s));
+        m_errorLabel->setLine(wording::text(u"editor.find.tooComplex"_s));
     } else if (isShown) {
-        m_errorLabel->setLine(wording::text(u"editor.find.invalidExpression"_s,
-                                            u"正規表現の %1 文字目に誤りがあります: %2"_s)
+        m_errorLabel->setLine(wording::text(u"editor.find.invalidExpression"_s)
                                   .arg(QString::number(m_error->offset + 1), m_error->reason));
     }
     m_errorLabel->setVisible(isShown);
@@ -315,8 +313,7 @@ void FindBar::showReplaced(qint64 count)
     make();
     m_isReplacing = false;
     m_replaced = count;
-    m_replacedLabel->setLine(
-        wording::text(u"editor.find.replaced"_s, u"%1 件を置換しました"_s).arg(count));
+    m_replacedLabel->setLine(wording::text(u"editor.find.replaced"_s).arg(count));
 }
 
 void FindBar::showReplacing(bool isReplacing)
@@ -325,36 +322,35 @@ void FindBar::showReplacing(bool isReplacing)
     m_replaced.reset();
     if (!isMade())
         return;
-    m_replacedLabel->setLine(
-        isReplacing ? wording::text(u"editor.find.replacing"_s, u"置換しています…"_s) : QString());
+    m_replacedLabel->setLine(isReplacing ? wording::text(u"editor.find.replacing"_s) : QString());
 }
 
 void FindBar::relabel()
 {
-    const QString find = wording::text(u"menu.edit.find"_s, u"検索"_s);
-    const QString replace = wording::text(u"menu.edit.replace"_s, u"置換"_s);
+    const QString find = wording::text(u"menu.edit.find"_s);
+    const QString replace = wording::text(u"menu.edit.replace"_s);
     m_searchField->setPlaceholderText(find);
     m_searchField->setAccessibleName(find);
     m_replaceField->setPlaceholderText(replace);
     m_replaceField->setAccessibleName(replace);
     label(m_replace, replace, replace);
-    const QString all = wording::text(u"editor.find.replaceAll"_s, u"すべて置換"_s);
+    const QString all = wording::text(u"editor.find.replaceAll"_s);
     label(m_replaceAll, all, all);
-    label(m_next, {}, wording::text(u"editor.find.next"_s, u"次を検索"_s));
-    label(m_previous, {}, wording::text(u"editor.find.previous"_s, u"前を検索"_s));
+    label(m_next, {}, wording::text(u"editor.find.next"_s));
+    label(m_previous, {}, wording::text(u"editor.find.previous"_s));
     label(m_case,
-          wording::text(u"editor.find.matchCaseFace"_s, u"Aa"_s),
-          wording::text(u"editor.find.matchCase"_s, u"大文字と小文字を区別"_s));
+          wording::text(u"editor.find.matchCaseFace"_s),
+          wording::text(u"editor.find.matchCase"_s));
     label(m_words,
-          wording::text(u"editor.find.wholeWordFace"_s, u"単語"_s),
-          wording::text(u"editor.find.wholeWord"_s, u"単語単位で検索"_s));
+          wording::text(u"editor.find.wholeWordFace"_s),
+          wording::text(u"editor.find.wholeWord"_s));
     label(m_expression,
-          wording::text(u"editor.find.regularExpressionFace"_s, u".*"_s),
-          wording::text(u"editor.find.regularExpression"_s, u"正規表現"_s));
+          wording::text(u"editor.find.regularExpressionFace"_s),
+          wording::text(u"editor.find.regularExpression"_s));
     label(m_wrap,
-          wording::text(u"editor.find.wrapAroundFace"_s, u"循環"_s),
-          wording::text(u"editor.find.wrapAround"_s, u"末尾まで検索したら先頭へ戻る"_s));
-    label(m_close, u"×"_s, wording::text(u"editor.find.close"_s, u"検索を閉じる"_s));
+          wording::text(u"editor.find.wrapAroundFace"_s),
+          wording::text(u"editor.find.wrapAround"_s));
+    label(m_close, u"×"_s, wording::text(u"editor.find.close"_s));
     showErrorText();
     showCountText();
     if (m_replaced)

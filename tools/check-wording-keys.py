@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
-"""Fails if the code looks up a wording key that is not documented.
+"""Fails if the wording keys of the sources, the tables and the document differ.
 
     check-wording-keys.py [ROOT]      checks the sources under ROOT (default: this repository)
-    check-wording-keys.py --update    rewrites the document's rows from the code
+    check-wording-keys.py --update    rewrites the document's rows from the table of penwick's own texts
     check-wording-keys.py --self-test tests that each kind of fault is found
 
-A key is documented if the built-in tables contain it or docs/wording-keys.md lists it. The document may
-list only keys that the code looks up, each with the default text from the code."""
+A key that is looked up must be in the built-in Japanese table or among penwick's own texts. A key of the own
+texts must be looked up, and the built-in table must not have it. A key outside a lookup's call is recognized by
+its first part. No lookup passes a default text."""
 
 import pathlib
 import re
@@ -15,131 +16,107 @@ import tempfile
 
 FOLDERS = ("platform", "text", "wording", "editor", "find", "view", "controls", "code", "macro", "window", "app")
 TABLES = "wording/WordingTables.cpp"
+OWN = "wording/OwnTexts.cpp"
 DOCUMENT = "docs/wording-keys.md"
-PREFIXES = ("app", "cli", "common", "dialog", "editor", "error", "macro", "menu", "profile", "status")
 
-_TABLE_KEY = re.compile(r'\{\s*u"([\w.]+)"')
-_LITERAL = re.compile(r'u"((?:\\.|[^"\\])*)"(?:_s)?(?:\s*,\s*(u"(?:\\.|[^"\\])*"(?:_s)?(?:\s*u?"(?:\\.|[^"\\])*"(?:_s)?)*))?')
-_KEY = re.compile(r"(?:%s)\.[a-z]\w*(?:\.[a-z]\w*)*" % "|".join(PREFIXES))
-# The first argument of a lookup is a key with any prefix.
-_LOOKUP = re.compile(r'\btext\(\s*u"([a-z]\w*(?:\.\w+)+)"')
-_ROW = re.compile(r"^\| `([\w.]+)` \| (.*?) \| (.*?) \|$", re.M)
-
-
-def table_keys(root):
-    return set(_TABLE_KEY.findall((root / TABLES).read_text()))
+_PAIR = re.compile(r'^    \{u"([\w.]+)", u"(.*)"\},$', re.M)
+_KEY = re.compile(
+    r'u"((?:app|cli|common|dialog|editor|error|macro|menu|profile|status)\.[a-z]\w*(?:\.[a-z]\w*)*)"')
+_LOOKUP = re.compile(r'\btext\(\s*u"([a-z]\w*(?:\.\w+)+)"(?:_s)?\s*(\)|,\s*\{)?')
+_RULE = "|---|---|\n"
 
 
 def used_keys(root):
-    """Returns {key: {default text or "": [file]}}."""
-    used = {}
+    """Returns {key: a file that looks it up} and a fault for each lookup that passes a default text."""
+    used, found = {}, []
     for folder in FOLDERS:
-        for path in sorted((root / folder).rglob("*")):
+        for path in sorted((root / folder).rglob("*.[ch]*")):
             place = path.relative_to(root).as_posix()
-            if path.suffix in (".cpp", ".h") and place != TABLES:
-                _collect(_without_comments(path.read_text()), place, used)
-    return used
+            if place in (TABLES, OWN):
+                continue
+            text = re.sub(r"^\s*//.*$", "", path.read_text(), flags=re.M)
+            for key, end in _LOOKUP.findall(text):
+                used.setdefault(key, place)
+                if not end:
+                    found.append(f"{place}: {key} is looked up with a default text")
+            for key in _KEY.findall(text):
+                used.setdefault(key, place)
+    return used, found
 
 
-def _without_comments(text):
-    return re.sub(r"^\s*//.*$", "", text, flags=re.M)
+def row(key, text):
+    return f"| `{key}` | {text} |\n".replace(r"\n", "<br>")
 
 
-def _collect(text, place, used):
-    looked_up = set(_LOOKUP.findall(text))
-    for key, following in _LITERAL.findall(text):
-        if not _KEY.fullmatch(key) and key not in looked_up:
-            continue
-        default = "".join(re.findall(r'"((?:\\.|[^"\\])*)"', following or ""))
-        # The document shows only the first line of a text.
-        default = re.sub(r"\\n.*", " …", default, flags=re.S)
-        if _KEY.fullmatch(default):
-            default = ""
-        files = used.setdefault(key, {}).setdefault(default, [])
-        if place not in files:
-            files.append(place)
-
-
-def rows(root):
-    """Returns the rows that the document must have: (key, defaults, files)."""
-    known = table_keys(root)
-    result = []
-    for key, defaults in sorted(used_keys(root).items()):
-        if key in known:
-            continue
-        files = sorted({file for places in defaults.values() for file in places})
-        result.append((key, sorted(default for default in defaults if default), files))
-    return result
+def document(root):
+    """Returns the document with the rows that it must have."""
+    head, rule, _ = (root / DOCUMENT).read_text().partition(_RULE)
+    return head + rule + "".join(row(*pair) for pair in _PAIR.findall((root / OWN).read_text()))
 
 
 def faults(root):
-    listed = {key: default for key, default, _ in _ROW.findall((root / DOCUMENT).read_text())}
-    found = []
-    needed = rows(root)
-    for key, defaults, files in needed:
-        where = ", ".join(files)
-        if key not in listed:
-            found.append(f"{where}: {key} is in no table and not in {DOCUMENT}")
-        for default in defaults:
-            if key in listed and listed[key] != default:
-                found.append(f"{where}: {key} has the default {default!r}, not {listed[key]!r}")
-    for key in sorted(set(listed) - {key for key, _, _ in needed}):
-        found.append(f"{DOCUMENT}: {key} is looked up nowhere, or the built-in tables hold it")
+    japanese = {key for key, _ in _PAIR.findall((root / TABLES).read_text().partition("kEnglish")[0])}
+    own = [key for key, _ in _PAIR.findall((root / OWN).read_text())]
+    used, found = used_keys(root)
+    found += [f"{used[key]}: {key} has no Japanese text" for key in sorted(used.keys() - japanese - set(own))]
+    found += [f"{OWN}: {key} is looked up nowhere" for key in own if key not in used]
+    found += [f"{OWN}: {key} is in {TABLES}, too" for key in own if key in japanese]
+    found += [f"{OWN}: {key} does not come after {last}" for last, key in zip(own, own[1:]) if last >= key]
+    if document(root) != (root / DOCUMENT).read_text():
+        found.append(f"{DOCUMENT} is out of date: run tools/check-wording-keys.py --update")
     return found
 
 
-def update(root):
-    document = root / DOCUMENT
-    head, rule, _ = document.read_text().partition("|---|---|---|\n")
-    lines = (
-        f"| `{key}` | {' / '.join(defaults)} | {', '.join(files)} |\n"
-        for key, defaults, files in rows(root)
-    )
-    document.write_text(head + rule + "".join(lines))
-
-
 _GOOD = {
-    TABLES: '    {u"menu.file", u"ファイル"},\n    {u"menu.edit", u"編集"},\n',
-    "app/Menu.cpp": 'text(u"menu.file"_s); text(u"dialog.title"_s, u"入力"_s); f(u"note.txt"_s);\n',
-    DOCUMENT: "| key | default | where |\n|---|---|---|\n| `dialog.title` | 入力 | menu |\n",
+    TABLES: '    {u"menu.file", u"ファイル"},\nkEnglish\n    {u"menu.window", u"Window"},\n',
+    OWN: '    {u"dialog.a", u"入力\\n%1"},\n    {u"other.b", u"別"},\n',
+    "app/Menu.cpp": 'text(u"menu.file"_s); kKeys = {u"other.b", u"note.txt"};\n'
+                    'text(u"dialog.a"_s, {x}); text(u"other.b"_s);\n',
+    DOCUMENT: "| key | text |\n|---|---|\n| `dialog.a` | 入力<br>%1 |\n| `other.b` | 別 |\n",
 }
+# File, text in it, what replaces that text, part of the complaint.
 _BAD = [
-    ("app/Menu.cpp", 'text(u"dialog.title"_s, u"別"_s);', "has the default '別'"),
-    ("app/Menu.cpp", 'text(u"dialog.title"_s); kKeys = {u"dialog.new"_s};', "in no table"),
-    ("app/Menu.cpp", 'text(u"dialog.title"_s); text(u"other.new"_s);', "in no table"),
-    ("app/Menu.cpp", 'text(u"menu.file"_s);', "is looked up nowhere"),
+    ("app/Menu.cpp", 'text(u"menu.file"_s)', 'text(u"dialog.new"_s)', "dialog.new has no Japanese text"),
+    ("app/Menu.cpp", 'text(u"menu.file"_s)', 'text(u"other.new"_s)', "other.new has no Japanese text"),
+    ("app/Menu.cpp", "note.txt", "menu.window", "menu.window has no Japanese text"),
+    ("app/Menu.cpp", 'text(u"dialog.a"_s, {x});', "", "dialog.a is looked up nowhere"),
+    ("app/Menu.cpp", 'text(u"dialog.a"_s, {x});', '\n // text(u"dialog.a"_s)\n', "dialog.a is looked up nowhere"),
+    ("app/Menu.cpp", "{x}", 'u"入力"_s', "dialog.a is looked up with a default"),
+    (TABLES, '"menu.file", u"ファイル"', '"menu.file", u""},\n    {u"dialog.a", u""', "dialog.a is in"),
+    (OWN, "other.b", "dialog.a", "dialog.a does not come after dialog.a"),
+    (OWN, "入力", "別", "is out of date"),
+    (DOCUMENT, "| `other.b` | 別 |\n", "", "is out of date"),
 ]
 
 
 def self_test():
-    def complaints(change):
+    def complaints(changed, old, new):
         with tempfile.TemporaryDirectory() as folder:
             root = pathlib.Path(folder)
-            for place, text in {**_GOOD, **change}.items():
+            for place, text in _GOOD.items():
                 (root / place).parent.mkdir(parents=True, exist_ok=True)
-                (root / place).write_text(text)
+                (root / place).write_text(text.replace(old, new) if place == changed else text)
             return faults(root)
 
-    if complaints({}):
-        sys.exit(f"a tree in order is refused: {complaints({})}")
-    for place, text, expected in _BAD:
-        found = complaints({place: text})
-        if len(found) != 1 or expected not in found[0]:
-            sys.exit(f"{place} with {text!r}: expected one complaint with {expected!r}, got {found}")
+    if complaints(None, "", ""):
+        sys.exit(f"a tree in order is refused: {complaints(None, '', '')}")
+    for place, old, new, expected in _BAD:
+        found = complaints(place, old, new)
+        if old not in _GOOD[place] or not any(expected in complaint for complaint in found):
+            sys.exit(f"{place} with {new!r}: expected a complaint with {expected!r}, got {found}")
     print(f"{len(_BAD)} faults found as they should be")
 
 
 def main(arguments):
+    root = pathlib.Path(__file__).resolve().parent.parent
     if arguments == ["--self-test"]:
         self_test()
-        return
-    if arguments == ["--update"]:
-        update(pathlib.Path(__file__).resolve().parent.parent)
-        return
-    root = pathlib.Path(arguments[0]) if arguments else pathlib.Path(__file__).resolve().parent.parent
-    found = faults(root)
-    print("\n".join(found) or f"{len(used_keys(root))} keys are known")
-    sys.exit(bool(found))
+    elif arguments == ["--update"]:
+        (root / DOCUMENT).write_text(document(root))
+    else:
+        found = faults(pathlib.Path(arguments[0]) if arguments else root)
+        print("\n".join(found) or "every key has its text")
+        sys.exit(bool(found))
 
 
 if __name__ == "__main__":

@@ -51,7 +51,7 @@ QMenu *makeTextViewMenu(TextView *view)
         &TextView::deleteSelection);
     menu->addSeparator();
     const bool isAllSelected = view->selectedRange().length == storage.length();
-    add(wording::text(u"dialog.selectAll"_s, u"すべてを選択"_s),
+    add(wording::text(u"dialog.selectAll"_s),
         QKeySequence::SelectAll,
         !isAllSelected,
         &TextView::selectAll);

@@ -44,8 +44,7 @@ QString accessibleNameOf(const TabLabel &label)
     if (!label.isEdited)
         return label.name;
     // Not `arg`: a profile's text may lack the placeholder or contain another one.
-    return wording::text(u"editor.tab.edited"_s, u"%1（未保存の変更あり）"_s)
-        .replace(u"%1"_s, label.name);
+    return wording::text(u"editor.tab.edited"_s).replace(u"%1"_s, label.name);
 }
 
 } // namespace
@@ -91,7 +90,7 @@ void EditorTabBar::setLabel(int index, const TabLabel &label)
 
 void EditorTabBar::relabel()
 {
-    const QString close = wording::text(u"editor.tab.close"_s, u"タブを閉じる"_s);
+    const QString close = wording::text(u"editor.tab.close"_s);
     for (int i = 0; i < count(); ++i) {
         if (TabCloseButton *button = closeButtonOf(*this, i)) {
             button->setToolTip(verbatimToolTip(close));
@@ -99,11 +98,9 @@ void EditorTabBar::relabel()
         }
     }
     if (auto *left = findChild<QToolButton *>(u"ScrollLeftButton"_s))
-        left->setAccessibleName(
-            wording::text(u"editor.tab.scrollLeft"_s, u"前のタブへスクロール"_s));
+        left->setAccessibleName(wording::text(u"editor.tab.scrollLeft"_s));
     if (auto *right = findChild<QToolButton *>(u"ScrollRightButton"_s))
-        right->setAccessibleName(
-            wording::text(u"editor.tab.scrollRight"_s, u"次のタブへスクロール"_s));
+        right->setAccessibleName(wording::text(u"editor.tab.scrollRight"_s));
 }
 
 QPixmap EditorTabBar::picture(int index) const

@@ -378,16 +378,16 @@ void EditorWindow::showTabMenu(int index, const QPoint &globalPosition)
     const auto add = [menu](const QString &title, const auto &action) {
         return menu->addAction(verbatimText(title), menu, action);
     };
-    add(wording::text(u"editor.tab.close"_s, u"タブを閉じる"_s), [this, tab] {
+    add(wording::text(u"editor.tab.close"_s), [this, tab] {
         if (indexOf(tab) >= 0)
             Q_EMIT closeRequested(tab);
     });
-    add(wording::text(u"editor.tab.closeOthers"_s, u"ほかのタブを閉じる"_s), [this, tab] {
+    add(wording::text(u"editor.tab.closeOthers"_s), [this, tab] {
         if (indexOf(tab) >= 0)
             Q_EMIT closeOthersRequested(tab);
     })->setEnabled(count() > 1);
     menu->addSeparator();
-    add(wording::text(u"editor.tab.moveToNewWindow"_s, u"新しいウインドウに移動"_s), [this, tab] {
+    add(wording::text(u"editor.tab.moveToNewWindow"_s), [this, tab] {
         if (indexOf(tab) >= 0)
             Q_EMIT moveToNewWindowRequested(tab, newWindowPosition());
     })->setEnabled(count() > 1);

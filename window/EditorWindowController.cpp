@@ -165,16 +165,10 @@ void EditorWindowController::runMacro(const QString &code,
 
 bool EditorWindowController::isReady(const TextView *view)
 {
-    if (view == nullptr) {
-        showMacroMessage(
-            NotificationType::Error,
-            wording::text(u"macro.error.noTextView"_s, u"テキストエリアが見つかりません"_s));
-    } else if (view->hasMarkedText()) {
-        showMacroMessage(
-            NotificationType::Warning,
-            wording::text(u"macro.warning.imeActive"_s,
-                          u"日本語入力の変換を確定してからマクロを実行してください"_s));
-    }
+    if (view == nullptr)
+        showMacroMessage(NotificationType::Error, wording::text(u"macro.error.noTextView"_s));
+    else if (view->hasMarkedText())
+        showMacroMessage(NotificationType::Warning, wording::text(u"macro.warning.imeActive"_s));
     return view != nullptr && !view->hasMarkedText();
 }
 
@@ -228,10 +222,7 @@ bool EditorWindowController::prepareToApply(TextView *view,
     if (!isReady(view))
         return false;
     if (view->string() != context.document.text) {
-        showMacroMessage(
-            NotificationType::Error,
-            wording::text(u"macro.error.documentChanged"_s,
-                          u"実行中に文書が変更されたため、マクロの結果を適用しませんでした"_s));
+        showMacroMessage(NotificationType::Error, wording::text(u"macro.error.documentChanged"_s));
         return false;
     }
     const TextRange selection{context.selection.startOffset,

@@ -31,11 +31,10 @@ MacroRunNotice::MacroRunNotice(const QString &macroName,
     auto *message = new QLabel(this);
     message->setTextFormat(Qt::PlainText);
     message->setWordWrap(true);
-    message->setText(wording::text(u"macro.running.message"_s, u"マクロ「%1」を実行しています。"_s)
-                         .arg(macroName));
+    message->setText(wording::text(u"macro.running.message"_s).arg(macroName));
     setAccessibleName(message->text());
     m_elapsed->setTextFormat(Qt::PlainText);
-    auto *stop = new QPushButton(wording::text(u"macro.running.stop"_s, u"停止"_s), this);
+    auto *stop = new QPushButton(wording::text(u"macro.running.stop"_s), this);
     stop->setAutoDefault(false); // Return may be meant for the text that the user is typing.
     auto *buttons = new QDialogButtonBox(this);
     buttons->addButton(stop, QDialogButtonBox::RejectRole);
@@ -58,8 +57,7 @@ MacroRunNotice::MacroRunNotice(const QString &macroName,
 
 void MacroRunNotice::showElapsed()
 {
-    m_elapsed->setText(wording::text(u"macro.running.elapsed"_s, u"経過時間: %1 秒"_s)
-                           .arg(m_since.elapsed() / kSecond));
+    m_elapsed->setText(wording::text(u"macro.running.elapsed"_s).arg(m_since.elapsed() / kSecond));
 }
 
 } // namespace penwick

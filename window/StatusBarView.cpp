@@ -135,13 +135,13 @@ void StatusBarView::redraw()
 
 void StatusBarView::redrawCounters()
 {
-    const QString line = wording::text(u"status.line"_s, u"行"_s);
-    const QString column = wording::text(u"status.column"_s, u"列"_s);
+    const QString line = wording::text(u"status.line"_s);
+    const QString column = wording::text(u"status.column"_s);
     m_cursorLabel->setLine(line + u": "_s + number(m_documentState->cursorLine()) + u" "_s +
                            column + u": "_s + number(m_documentState->cursorColumn()));
     m_lineCountLabel->setLine(number(m_documentState->lineCount()) + u" "_s + line);
     m_characterCountLabel->setLine(number(m_documentState->characterCount()) + u" "_s +
-                                   wording::text(u"status.charCount"_s, u"文字"_s));
+                                   wording::text(u"status.charCount"_s));
     m_encodingLabel->setLine(m_documentState->encodingDisplay());
     m_newlineLabel->setLine(m_documentState->newlineDisplay());
 }

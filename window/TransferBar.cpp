@@ -160,19 +160,17 @@ void TransferBar::refresh()
 {
     if (m_document.isNull() || m_document->transfer() == TextDocument::Transfer::None)
         return;
-    const QString task = m_document->isReading()
-                             ? wording::text(u"status.loading"_s, u"読み込み中"_s)
-                             : wording::text(u"status.saving"_s, u"保存中"_s);
+    const QString task = m_document->isReading() ? wording::text(u"status.loading"_s)
+                                                 : wording::text(u"status.saving"_s);
     const int percent = m_document->transferPercent();
     // Reserve the largest width, so that the progress line does not move when the digits change.
     m_label->setMinimumWidth(m_label->fontMetrics().horizontalAdvance(task + u"… 99 %"_s));
     m_label->setText(task + u"… "_s + QString::number(percent) + u" %"_s);
     m_progress->setAccessibleName(task);
     m_progress->setValue(percent);
-    m_cancel->setText(wording::text(u"status.stopTransfer"_s, u"中止"_s));
-    m_cancel->setAccessibleName(m_document->isReading()
-                                    ? wording::text(u"status.stopLoading"_s, u"読み込みを中止"_s)
-                                    : wording::text(u"status.stopSaving"_s, u"保存を中止"_s));
+    m_cancel->setText(wording::text(u"status.stopTransfer"_s));
+    m_cancel->setAccessibleName(m_document->isReading() ? wording::text(u"status.stopLoading"_s)
+                                                        : wording::text(u"status.stopSaving"_s));
 }
 
 } // namespace penwick

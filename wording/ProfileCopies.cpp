@@ -12,7 +12,7 @@ namespace {
 
 QString copyName(const QString &name)
 {
-    return name + u' ' + wording::text(u"profile.manage.copySuffix"_s, u"のコピー"_s);
+    return name + u' ' + wording::text(u"profile.manage.copySuffix"_s);
 }
 
 void markAsUserProfile(UIWordingProfile &profile, const Clock &clock)

@@ -121,8 +121,7 @@ void ProfileDetailView::relabel()
     m_buttons->setText(m_delete, wording::text(u"common.delete"_s));
     m_buttons->setText(m_export, wording::text(u"common.export"_s));
     m_buttons->setText(m_duplicate, wording::text(u"common.duplicate"_s));
-    m_buttons->setText(m_apply,
-                       wording::text(u"profile.manage.apply"_s, u"このプロファイルを適用"_s));
+    m_buttons->setText(m_apply, wording::text(u"profile.manage.apply"_s));
     showProfile();
 }
 

@@ -78,14 +78,12 @@ void ProfileManagerView::connectDetail()
 
 void ProfileManagerView::relabel()
 {
-    const QString title =
-        wording::text(u"profile.manageWindowTitle"_s, u"UI文言プロファイル管理"_s);
+    const QString title = wording::text(u"profile.manageWindowTitle"_s);
     m_title->setLine(title);
     m_title->setToolTip(verbatimToolTip(title));
     m_split->setListName(title);
-    ListDetailView::setHeaderText(m_import, wording::text(u"common.import"_s, u"インポート"_s));
-    m_split->setEmptyText(
-        wording::text(u"profile.manage.emptySelection"_s, u"プロファイルを選択してください"_s));
+    ListDetailView::setHeaderText(m_import, wording::text(u"common.import"_s));
+    m_split->setEmptyText(wording::text(u"profile.manage.emptySelection"_s));
     m_detail->relabel();
     showList();
 }
@@ -137,9 +135,7 @@ void ProfileManagerView::apply()
     if (!profile)
         return;
     m_services.profileManager.applyProfile(*profile);
-    showAlert(this,
-              wording::text(u"profile.manage.applySuccessMessage"_s,
-                            u"プロファイルを適用しました。一部の表示は再起動後に反映されます。"_s));
+    showAlert(this, wording::text(u"profile.manage.applySuccessMessage"_s));
 }
 
 void ProfileManagerView::duplicate()
@@ -155,8 +151,7 @@ void ProfileManagerView::duplicate()
 
 void ProfileManagerView::importProfile()
 {
-    const auto path =
-        m_services.panels.open(window(), wording::text(u"common.import"_s, u"インポート"_s));
+    const auto path = m_services.panels.open(window(), wording::text(u"common.import"_s));
     if (path)
         showAlert(this, importFile(*path));
 }
@@ -180,7 +175,7 @@ QString ProfileManagerView::importFile(const QString &path)
     if (!manager.saveProfile(imported))
         return failure();
     select(imported.id);
-    return wording::text(u"profile.manage.importSuccess"_s, u"プロファイルをインポートしました"_s);
+    return wording::text(u"profile.manage.importSuccess"_s);
 }
 
 void ProfileManagerView::exportSelected()
@@ -188,12 +183,10 @@ void ProfileManagerView::exportSelected()
     const auto profile = selectedProfile();
     if (!profile)
         return;
-    const QString name =
-        profile->name.isEmpty()
-            ? wording::text(u"profile.manage.exportDefaultFilename"_s, u"profile"_s)
-            : profile->name;
-    const auto path = m_services.panels.save(
-        window(), wording::text(u"common.export"_s, u"エクスポート"_s), name);
+    const QString name = profile->name.isEmpty()
+                             ? wording::text(u"profile.manage.exportDefaultFilename"_s)
+                             : profile->name;
+    const auto path = m_services.panels.save(window(), wording::text(u"common.export"_s), name);
     if (!path)
         return;
     const bool isWritten = replaceFile(*path, profile->toJson()).has_value();
@@ -208,9 +201,8 @@ void ProfileManagerView::askToDelete()
     if (!profile || profile->isBuiltIn)
         return;
     confirmDelete(this,
-                  wording::text(u"profile.manage.deleteConfirmTitle"_s, u"プロファイルの削除"_s),
-                  wording::text(u"profile.manage.deleteConfirmMessage"_s,
-                                u"本当に削除してもよろしいですか？この操作は元に戻せません。"_s),
+                  wording::text(u"profile.manage.deleteConfirmTitle"_s),
+                  wording::text(u"profile.manage.deleteConfirmMessage"_s),
                   [this, id = profile->id] { deleteProfile(id); });
 }
 

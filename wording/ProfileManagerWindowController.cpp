@@ -30,8 +30,7 @@ ProfileManagerWindowController::ProfileManagerWindowController(
 
 void ProfileManagerWindowController::setTitle()
 {
-    m_window.setWindowTitle(
-        wording::text(u"profile.manageWindowTitle"_s, u"UI文言プロファイル管理"_s));
+    m_window.setWindowTitle(wording::text(u"profile.manageWindowTitle"_s));
 }
 
 void ProfileManagerWindowController::showWindow()

@@ -9,15 +9,16 @@
 /// time it is shown: the active values change when the user applies a profile.
 namespace penwick::wording {
 
-/// Returns the active values' text for the key, else the built-in Japanese one, else the key
-/// itself. Keys are compared exactly. An empty text among the active values is not replaced.
+/// Returns the active values' text for the key, else the built-in Japanese one, else the one of
+/// `ownTexts`, else the key itself. Keys are compared exactly. An empty text among the active
+/// values is not replaced.
 [[nodiscard]] QString text(const QString &forKey);
 
-/// As above, but returns `defaultText` when neither has the key.
+/// Returns the active values' text for the key, else the built-in Japanese one, else `defaultText`.
 [[nodiscard]] QString text(const QString &forKey, const QString &defaultText);
 
-/// Replaces all active values; `nullopt` leaves only the built-in Japanese texts. Only the profile
-/// manager and tests call this.
+/// Replaces all active values; `nullopt` leaves only the built-in texts. Only the profile manager
+/// and tests call this.
 void setActiveValues(std::optional<QHash<QString, QString>> values);
 
 } // namespace penwick::wording

@@ -25,12 +25,12 @@ struct Words
 
 Words userWords()
 {
-    return {wording::text(u"macro.ending.deniedCall"_s, u"許可されていないシステムコール"_s),
-            wording::text(u"macro.ending.signal"_s, u"シグナル"_s),
-            wording::text(u"macro.ending.exitStatus"_s, u"終了ステータス"_s),
-            wording::text(u"macro.ending.garbled"_s, u"応答を解釈できません"_s),
-            wording::text(u"macro.ending.refusedCalls"_s, u"拒否されたシステムコール"_s),
-            wording::text(u"macro.ending.killedForMemory"_s, u"メモリ不足の可能性"_s)};
+    return {wording::text(u"macro.ending.deniedCall"_s),
+            wording::text(u"macro.ending.signal"_s),
+            wording::text(u"macro.ending.exitStatus"_s),
+            wording::text(u"macro.ending.garbled"_s),
+            wording::text(u"macro.ending.refusedCalls"_s),
+            wording::text(u"macro.ending.killedForMemory"_s)};
 }
 
 Words logWords()
@@ -97,7 +97,7 @@ QString deniedCallNames(const QList<DeniedCall> &calls, bool isKilled)
 QString reportableFailure(const QString &what, const QStringList &details)
 {
     return what + u"（"_s + details.join(u"、"_s) + u"）。"_s +
-           wording::text(u"macro.ending.advice"_s, u"開発元に報告してください"_s);
+           wording::text(u"macro.ending.advice"_s);
 }
 
 QStringList hostEndingDetails(const HostEnding &ending)
@@ -107,8 +107,7 @@ QStringList hostEndingDetails(const HostEnding &ending)
 
 QString hostEndingText(const HostEnding &ending)
 {
-    return reportableFailure(wording::text(u"macro.error.hostDied"_s, u"実行が異常終了しました"_s),
-                             hostEndingDetails(ending));
+    return reportableFailure(wording::text(u"macro.error.hostDied"_s), hostEndingDetails(ending));
 }
 
 QString hostEndingLogLine(const HostEnding &ending)

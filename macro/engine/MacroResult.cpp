@@ -118,29 +118,21 @@ QString MacroResultError::errorDescription() const
 {
     switch (code) {
     case Code::UnknownTextEditType:
-        return wording::text(u"macro.error.invalidType"_s, u"未知の textEdits.type です"_s) +
-               u": "_s + detail;
+        return wording::text(u"macro.error.invalidType"_s) + u": "_s + detail;
     case Code::ExecutionException:
-        return wording::text(u"error.macroExecutionFailed"_s,
-                             u"マクロの実行中にエラーが発生しました"_s) +
-               u": "_s + detail;
+        return wording::text(u"error.macroExecutionFailed"_s) + u": "_s + detail;
     case Code::NotAnObject:
-        return wording::text(u"macro.error.notObject"_s,
-                             u"マクロの戻り値がオブジェクトではありません"_s);
+        return wording::text(u"macro.error.notObject"_s);
     case Code::MissingTextField:
-        return wording::text(u"macro.error.noText"_s,
-                             u"textEdits に text フィールドがありません"_s);
+        return wording::text(u"macro.error.noText"_s);
     case Code::InvalidReplaceLines:
-        return wording::text(u"macro.error.invalidReplaceLines"_s,
-                             u"replaceLines の startLine / endLine / lines が不正です"_s);
+        return wording::text(u"macro.error.invalidReplaceLines"_s);
     case Code::OutOfRangeOffset:
-        return wording::text(u"macro.error.outOfBounds"_s,
-                             u"cursor または selection の offset が範囲外です"_s);
+        return wording::text(u"macro.error.outOfBounds"_s);
     case Code::NoSelectionForReplaceSelection:
-        return wording::text(u"macro.error.noSelection"_s,
-                             u"選択範囲がないため replaceSelection を実行できません"_s);
+        return wording::text(u"macro.error.noSelection"_s);
     case Code::Timeout:
-        return wording::text(u"macro.error.timeout"_s, u"マクロの実行がタイムアウトしました"_s);
+        return wording::text(u"macro.error.timeout"_s);
     }
     Q_UNREACHABLE();
 }

@@ -72,22 +72,17 @@ MacroResultError resultError(const ScriptError &error)
     case ScriptError::Code::SourceTooLong:
         return executionException(u"context の JSON 変換に失敗しました"_s);
     case ScriptError::Code::ResultTooManyValues:
-        return executionException(wording::text(u"macro.error.resultTooManyValues"_s,
-                                                u"マクロの戻り値の要素が多すぎます"_s));
+        return executionException(wording::text(u"macro.error.resultTooManyValues"_s));
     case ScriptError::Code::ResultTooLarge:
-        return executionException(
-            wording::text(u"macro.error.resultTooLarge"_s, u"マクロの戻り値が大きすぎます"_s));
+        return executionException(wording::text(u"macro.error.resultTooLarge"_s));
     case ScriptError::Code::ResultTooDeep:
-        return executionException(
-            wording::text(u"macro.error.resultTooDeep"_s, u"マクロの戻り値の入れ子が深すぎます"_s));
+        return executionException(wording::text(u"macro.error.resultTooDeep"_s));
     case ScriptError::Code::HostUnavailable:
-        return executionException(wording::text(u"macro.error.hostUnavailable"_s,
-                                                u"マクロの実行プログラムを起動できません"_s));
+        return executionException(wording::text(u"macro.error.hostUnavailable"_s));
     case ScriptError::Code::HostEnded:
         return executionException(hostEndingText(error.ending));
     case ScriptError::Code::OutOfMemory:
-        return executionException(
-            wording::text(u"macro.error.outOfMemory"_s, u"メモリが不足しました"_s));
+        return executionException(wording::text(u"macro.error.outOfMemory"_s));
     case ScriptError::Code::Stopped:
         return {Code::Timeout, {}};
     }

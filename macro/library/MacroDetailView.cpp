@@ -169,17 +169,15 @@ void MacroDetailView::relabel()
 void MacroDetailView::exportMacro()
 {
     const Macro draft = draftMacro();
-    const QString name = draft.name.isEmpty()
-                             ? wording::text(u"macro.manageExportDefaultFilename"_s, u"macro"_s)
-                             : draft.name;
+    const QString name =
+        draft.name.isEmpty() ? wording::text(u"macro.manageExportDefaultFilename"_s) : draft.name;
     const auto path = m_panels.save(window(), wording::text(u"macro.export"_s), name);
     if (!path)
         return;
     const bool isWritten = replaceFile(*path, MacroFile::write(draft)).has_value();
     showAlert(this,
-              isWritten
-                  ? wording::text(u"macro.manageExportSuccess"_s, u"エクスポートしました"_s)
-                  : wording::text(u"macro.manageExportFailed"_s, u"エクスポートに失敗しました"_s));
+              isWritten ? wording::text(u"macro.manageExportSuccess"_s)
+                        : wording::text(u"macro.manageExportFailed"_s));
 }
 
 } // namespace penwick

@@ -77,10 +77,10 @@ void MacroManagerView::connectDetail()
 
 void MacroManagerView::relabel()
 {
-    ListDetailView::setHeaderText(m_add, wording::text(u"macro.manageAdd"_s, u"追加"_s));
+    ListDetailView::setHeaderText(m_add, wording::text(u"macro.manageAdd"_s));
     ListDetailView::setHeaderText(m_import, wording::text(u"macro.import"_s));
     m_split->setEmptyText(wording::text(u"macro.manage.emptySelection"_s));
-    m_split->setListName(wording::text(u"macro.manageWindowTitle"_s, u"マクロ管理"_s));
+    m_split->setListName(wording::text(u"macro.manageWindowTitle"_s));
     m_detail->relabel();
     showList();
 }
@@ -192,7 +192,7 @@ QString MacroManagerView::importFile(const QString &path)
     if (!id)
         return wording::text(u"error.invalidProfileJson"_s);
     select(*id);
-    return wording::text(u"macro.manageImportSuccess"_s, u"マクロをインポートしました"_s);
+    return wording::text(u"macro.manageImportSuccess"_s);
 }
 
 void MacroManagerView::markErrorLine(const QString &code, int line)
@@ -206,9 +206,8 @@ void MacroManagerView::askToDelete()
     if (!m_selectedMacroId || !m_services.macroManager.macroWithId(*m_selectedMacroId))
         return;
     confirmDelete(this,
-                  wording::text(u"macro.manageDeleteConfirmTitle"_s, u"マクロの削除"_s),
-                  wording::text(u"macro.manageDeleteConfirmMessage"_s,
-                                u"本当に削除してもよろしいですか？この操作は元に戻せません。"_s),
+                  wording::text(u"macro.manageDeleteConfirmTitle"_s),
+                  wording::text(u"macro.manageDeleteConfirmMessage"_s),
                   [this, id = *m_selectedMacroId] { deleteMacro(id); });
 }
 

@@ -33,7 +33,7 @@ MacroManagerWindowController::MacroManagerWindowController(
 
 void MacroManagerWindowController::handleProfileDidChange()
 {
-    m_window.setWindowTitle(wording::text(u"macro.manageWindowTitle"_s, u"マクロ管理"_s));
+    m_window.setWindowTitle(wording::text(u"macro.manageWindowTitle"_s));
 }
 
 void MacroManagerWindowController::showWindow()

@@ -21,10 +21,7 @@ constexpr int kNotForDirectUse = 2;
 
 int showHelp()
 {
-    const QString text = penwick::wording::text(
-        u"cli.scriptHostHelp"_s,
-        u"penwick-script-host は、penwick がマクロを実行するときに使う内部プログラムです。\n"
-        "直接起動するためのものではなく、単独では何もしません。"_s);
+    const QString text = penwick::wording::text(u"cli.scriptHostHelp"_s);
     const QByteArray bytes = text.toLocal8Bit() + '\n';
     std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stdout);
     return 0;

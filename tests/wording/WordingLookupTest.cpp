@@ -1,5 +1,6 @@
 #include "wording/WordingLookup.h"
 
+#include "wording/OwnTexts.h"
 #include "wording/WordingTables.h"
 
 #include <QTest>
@@ -22,8 +23,28 @@ private Q_SLOTS:
         QCOMPARE(wording::text(QString()), QString());
     }
 
+    void text_ownKey_isItsText()
+    {
+        QCOMPARE(wording::text(u"dialog.inputTitle"_s), u"入力"_s);
+        QCOMPARE(wording::text(u"dialog.file.replace"_s),
+                 u"「%1」はすでにあります。\n置き換えますか？"_s);
+        wording::setActiveValues(QHash<QString, QString>{{u"dialog.inputTitle"_s, u"Input"_s}});
+        QCOMPARE(wording::text(u"dialog.inputTitle"_s), u"Input"_s);
+    }
+
+    void ownTexts_keys_areNotInTheBuiltInTable()
+    {
+        const QHash<QString, QString> &own = wording::ownTexts();
+        QVERIFY(!own.isEmpty());
+        for (auto i = own.cbegin(); i != own.cend(); ++i) {
+            QVERIFY2(!wording::fallbackTable().contains(i.key()), qPrintable(i.key()));
+            QVERIFY2(!i.value().isEmpty(), qPrintable(i.key()));
+        }
+    }
+
     void text_withDefault_unknownKey_isTheDefault()
     {
+        QCOMPARE(wording::text(u"status.line"_s, u"another"_s), u"another"_s);
         QCOMPARE(wording::text(u"dialog.inputTitle"_s, u"入力"_s), u"入力"_s);
         QCOMPARE(wording::text(u"menu.window"_s, QString()), QString());
         QCOMPARE(wording::text(u"menu.file"_s, u"another"_s), u"ファイル"_s);
