@@ -16,12 +16,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Does not use `arg`: a profile's text may lack the placeholder or contain another number.
-QString withName(QString text, const QString &name)
-{
-    return text.replace(u"%1"_s, visibleLine(name));
-}
-
 QString reasonOfFileError(FileError::Kind kind)
 {
     using Kind = FileError::Kind;
@@ -79,7 +73,7 @@ void setUpFileDialog(QFileDialog &dialog, const QString &acceptLabel)
 bool askToOverwriteChangedFile(QWidget *parent, const QString &name)
 {
     MessageBox box(QMessageBox::Warning,
-                   withName(wording::text(u"dialog.changedOnDiskMessage"_s), name),
+                   wording::text(u"dialog.changedOnDiskMessage"_s, {visibleLine(name)}),
                    parent);
     box.setInformation(wording::text(u"dialog.changedOnDiskInformation"_s));
     QPushButton *overwrite =
@@ -97,7 +91,7 @@ QMessageBox *askAboutOutsideChange(QWidget *parent,
                                    const std::function<void(OutsideAnswer)> &answered)
 {
     auto *box = new MessageBox(QMessageBox::Question,
-                               withName(wording::text(u"dialog.changedOnDiskMessage"_s), name),
+                               wording::text(u"dialog.changedOnDiskMessage"_s, {visibleLine(name)}),
                                parent);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowModality(Qt::WindowModal);
@@ -141,10 +135,10 @@ void showInterruptedSave(QWidget *parent, const QString &path, const QStringList
 {
     if (copies.isEmpty())
         return;
-    auto *box = new MessageBox(
-        QMessageBox::Warning,
-        withName(wording::text(u"dialog.interruptedSaveMessage"_s), QFileInfo(path).fileName()),
-        parent);
+    auto *box = new MessageBox(QMessageBox::Warning,
+                               wording::text(u"dialog.interruptedSaveMessage"_s,
+                                             {visibleLine(QFileInfo(path).fileName())}),
+                               parent);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowModality(Qt::WindowModal);
     box->setInformation(placeOf(copies));

@@ -17,9 +17,7 @@ SavingDialog::SavingDialog(QWidget *parent, TextDocument *document, const QStrin
 {
     setWindowTitle(wording::text(u"app.name"_s));
     setWindowModality(Qt::ApplicationModal);
-    // Does not use `arg`: a profile's text may lack the placeholder or contain another number.
-    QString message = wording::text(u"dialog.savingMessage"_s);
-    auto *label = new QLabel(message.replace(u"%1"_s, visibleLine(name)), this);
+    auto *label = new QLabel(wording::text(u"dialog.savingMessage"_s, {visibleLine(name)}), this);
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     auto *bar = new TransferBar(document, this);

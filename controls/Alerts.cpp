@@ -41,7 +41,7 @@ void confirmDelete(QWidget *parent,
 UnsavedAnswer askAboutUnsavedChanges(QWidget *parent, const QString &name)
 {
     MessageBox box(QMessageBox::Warning,
-                   wording::text(u"dialog.unsavedMessage"_s).replace(u"%1"_s, visibleLine(name)),
+                   wording::text(u"dialog.unsavedMessage"_s, {visibleLine(name)}),
                    parent);
     box.setInformation(wording::text(u"dialog.unsavedInformation"_s));
     QPushButton *save = box.addTextButton(wording::text(u"common.save"_s), QMessageBox::AcceptRole);

@@ -16,8 +16,7 @@ namespace {
 
 bool askToReplace(QWidget *parent, const QString &name)
 {
-    QString question = wording::text(u"dialog.file.replace"_s);
-    MessageBox box(QMessageBox::Warning, question.replace(u"%1"_s, name), parent);
+    MessageBox box(QMessageBox::Warning, wording::text(u"dialog.file.replace"_s, {name}), parent);
     const QPushButton *yes =
         box.addTextButton(wording::text(u"dialog.yes"_s), QMessageBox::YesRole);
     QPushButton *no = box.addTextButton(wording::text(u"dialog.no"_s), QMessageBox::NoRole);

@@ -302,8 +302,9 @@ void FindBar::showErrorText()
     if (isShown && m_error->code == Code::TooComplex) {
         m_errorLabel->setLine(wording::text(u"editor.find.tooComplex"_s));
     } else if (isShown) {
-        m_errorLabel->setLine(wording::text(u"editor.find.invalidExpression"_s)
-                                  .arg(QString::number(m_error->offset + 1), m_error->reason));
+        m_errorLabel->setLine(
+            wording::text(u"editor.find.invalidExpression"_s,
+                          {QString::number(m_error->offset + 1), m_error->reason}));
     }
     m_errorLabel->setVisible(isShown);
 }
@@ -313,7 +314,7 @@ void FindBar::showReplaced(qint64 count)
     make();
     m_isReplacing = false;
     m_replaced = count;
-    m_replacedLabel->setLine(wording::text(u"editor.find.replaced"_s).arg(count));
+    m_replacedLabel->setLine(wording::text(u"editor.find.replaced"_s, {QString::number(count)}));
 }
 
 void FindBar::showReplacing(bool isReplacing)

@@ -43,8 +43,7 @@ QString accessibleNameOf(const TabLabel &label)
 {
     if (!label.isEdited)
         return label.name;
-    // Not `arg`: a profile's text may lack the placeholder or contain another one.
-    return wording::text(u"editor.tab.edited"_s).replace(u"%1"_s, label.name);
+    return wording::text(u"editor.tab.edited"_s, {label.name});
 }
 
 } // namespace

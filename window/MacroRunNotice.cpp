@@ -31,7 +31,7 @@ MacroRunNotice::MacroRunNotice(const QString &macroName,
     auto *message = new QLabel(this);
     message->setTextFormat(Qt::PlainText);
     message->setWordWrap(true);
-    message->setText(wording::text(u"macro.running.message"_s).arg(macroName));
+    message->setText(wording::text(u"macro.running.message"_s, {macroName}));
     setAccessibleName(message->text());
     m_elapsed->setTextFormat(Qt::PlainText);
     auto *stop = new QPushButton(wording::text(u"macro.running.stop"_s), this);
@@ -57,7 +57,8 @@ MacroRunNotice::MacroRunNotice(const QString &macroName,
 
 void MacroRunNotice::showElapsed()
 {
-    m_elapsed->setText(wording::text(u"macro.running.elapsed"_s).arg(m_since.elapsed() / kSecond));
+    m_elapsed->setText(
+        wording::text(u"macro.running.elapsed"_s, {QString::number(m_since.elapsed() / kSecond)}));
 }
 
 } // namespace penwick

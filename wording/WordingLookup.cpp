@@ -30,6 +30,15 @@ std::optional<QString> activeOrBuiltInText(const QString &key)
     return find(fallbackTable(), key);
 }
 
+// The number of the place at this index, 0 if there is none.
+std::size_t placeAt(qsizetype index, QStringView text)
+{
+    if (text[index] != u'%' || index + 1 == text.size())
+        return 0;
+    const char16_t digit = text[index + 1].unicode();
+    return digit >= u'1' && digit <= u'9' ? digit - u'0' : 0;
+}
+
 } // namespace
 
 QString text(const QString &forKey)
@@ -42,6 +51,22 @@ QString text(const QString &forKey)
 QString text(const QString &forKey, const QString &defaultText)
 {
     return activeOrBuiltInText(forKey).value_or(defaultText);
+}
+
+QString text(const QString &forKey, std::initializer_list<QString> arguments)
+{
+    const QString unfilled = text(forKey);
+    QString filled;
+    for (qsizetype i = 0; i < unfilled.size(); ++i) {
+        const std::size_t place = placeAt(i, unfilled);
+        if (place == 0 || place > arguments.size()) {
+            filled += unfilled[i];
+        } else {
+            filled += arguments.begin()[place - 1];
+            ++i; // The digit belongs to the place.
+        }
+    }
+    return filled;
 }
 
 void setActiveValues(std::optional<QHash<QString, QString>> values)

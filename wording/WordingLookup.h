@@ -3,6 +3,7 @@
 #include <QHash>
 #include <QString>
 
+#include <initializer_list>
 #include <optional>
 
 /// The texts that penwick shows, by wording key. Use it from the main thread. Look a text up each
@@ -16,6 +17,11 @@ namespace penwick::wording {
 
 /// Returns the active values' text for the key, else the built-in Japanese one, else `defaultText`.
 [[nodiscard]] QString text(const QString &forKey, const QString &defaultText);
+
+/// Looks up as `text(forKey)` and replaces each place `%1` to `%9` of the text by the argument of
+/// that number. A text may lack a place or repeat it, and a place without an argument stays.
+/// Arguments are inserted as they are, also where they contain `%` and a digit.
+[[nodiscard]] QString text(const QString &forKey, std::initializer_list<QString> arguments);
 
 /// Replaces all active values; `nullopt` leaves only the built-in texts. Only the profile manager
 /// and tests call this.

@@ -50,6 +50,47 @@ private Q_SLOTS:
         QCOMPARE(wording::text(u"menu.file"_s, u"another"_s), u"ファイル"_s);
     }
 
+    void text_withArguments_fillsThePlacesOfTheirNumbers_data()
+    {
+        QTest::addColumn<QString>("profileText");
+        QTest::addColumn<QString>("filled");
+
+        QTest::newRow("in order") << u"%1: %2"_s << u"A: B"_s;
+        QTest::newRow("in another order") << u"%2 (%1)"_s << u"B (A)"_s;
+        QTest::newRow("repeated") << u"%1%1 %2%1"_s << u"AA BA"_s;
+        QTest::newRow("the first is missing") << u"only %2"_s << u"only B"_s;
+        QTest::newRow("all are missing") << u"none"_s << u"none"_s;
+        QTest::newRow("without an argument") << u"%1 %3 %9"_s << u"A %3 %9"_s;
+        QTest::newRow("one digit") << u"%10 %12"_s << u"A0 A2"_s;
+        QTest::newRow("no place") << u"100% %0 %% %L1 %x %"_s << u"100% %0 %% %L1 %x %"_s;
+        QTest::newRow("after a percent sign") << u"%%1"_s << u"%A"_s;
+        QTest::newRow("other digits") << u"%\u0661 %\uFF11"_s << u"%\u0661 %\uFF11"_s;
+        QTest::newRow("empty") << QString() << QString();
+    }
+
+    void text_withArguments_fillsThePlacesOfTheirNumbers()
+    {
+        QFETCH(const QString, profileText);
+        QFETCH(const QString, filled);
+        wording::setActiveValues(QHash<QString, QString>{{u"a"_s, profileText}});
+        QCOMPARE(wording::text(u"a"_s, {u"A"_s, u"B"_s}), filled);
+    }
+
+    void text_argumentsWithPlaces_areInsertedAsTheyAre()
+    {
+        wording::setActiveValues(QHash<QString, QString>{{u"a"_s, u"%1, %2, %1"_s}});
+        QCOMPARE(wording::text(u"a"_s, {u"100%1.txt"_s, u"%2"_s}), u"100%1.txt, %2, 100%1.txt"_s);
+        QCOMPARE(wording::text(u"a"_s, {u"%2"_s, u"%1"_s}), u"%2, %1, %2"_s);
+        QCOMPARE(wording::text(u"a"_s, {u"%"_s, u"1"_s}), u"%, 1, %"_s);
+    }
+
+    void text_oneArgument_isNotADefault()
+    {
+        QCOMPARE(wording::text(u"dialog.savingMessage"_s, {u"100%1.txt"_s}),
+                 u"「100%1.txt」を保存しています。"_s);
+        QCOMPARE(wording::text(u"menu.window"_s, {u"A"_s}), u"menu.window"_s);
+    }
+
     void text_tableAndCallSiteDiffer_theTableWins()
     {
         QCOMPARE(wording::text(u"error.invalidProfileJson"_s, u"JSON の形式が正しくありません"_s),
