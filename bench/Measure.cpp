@@ -200,10 +200,7 @@ void measureScrolling(ShownEditor &editor, QJsonObject &result)
 
 void replaceAll(TextView *view, const Text &replacement)
 {
-    const TextRange all{0, view->string().size()};
-    view->shouldChangeText(all, replacement);
-    view->replaceCharacters(all, replacement);
-    view->didChangeText();
+    view->replaceText({0, view->string().size()}, replacement);
 }
 
 void measureUndo(ShownEditor &editor, QJsonObject &result)
@@ -281,9 +278,7 @@ int measureReplacing(qsizetype matches)
     const ReplaceAllResult result =
         replaceAllMatches(finder, FindReplacement(u"needle"_s, finder), view->string(), 0);
     const TextRange range = result.range;
-    view->shouldChangeText(range, result.replacement);
-    view->replaceCharacters(range, result.replacement);
-    view->didChangeText();
+    view->replaceText(range, result.replacement);
     pumpUntil([&] { return editor.state.characterCount() == before + 5 * matches; });
     const double replaced = milliseconds(timer);
     timer.start();

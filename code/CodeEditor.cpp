@@ -175,13 +175,9 @@ bool CodeEditor::apply(const std::optional<indentation::Edit> &edit)
 {
     if (!edit)
         return false;
-    const Text replacement{QStringView(edit->replacement)};
-    m_storage.beginUndoGrouping(); // The undo step includes the selection.
-    m_view->shouldChangeText(edit->range, replacement);
-    m_view->replaceCharacters(edit->range, replacement);
-    m_view->setSelectedRange(edit->selection);
-    m_storage.endUndoGrouping();
-    m_view->didChangeText();
+    m_view->replaceText(edit->range, Text(QStringView(edit->replacement)), [&] {
+        m_view->setSelectedRange(edit->selection);
+    });
     return true;
 }
 

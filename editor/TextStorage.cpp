@@ -45,9 +45,7 @@ void TextStorage::replaceCharacters(TextRange range, const Text &replacement, Ed
 {
     // Widened to whole surrogate pairs, so that the recorded change is the one that is applied.
     const Text removed = m_text.mid(range.location, std::max<qint64>(0, range.length));
-    qint64 offset = std::clamp<qint64>(range.location, 0, m_text.size());
-    if (offset > 0 && offset < m_text.size() && QChar::isLowSurrogate(m_text.at(offset)))
-        --offset;
+    const qint64 offset = m_text.pairStart(std::clamp<qint64>(range.location, 0, m_text.size()));
     if (removed.isEmpty() && replacement.isEmpty())
         return;
     record({offset, removed, replacement}, kind);

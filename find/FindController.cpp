@@ -248,11 +248,8 @@ void FindController::replace()
 
 void FindController::applyReplacement(const TextRange &match, const QString &replacement)
 {
-    const TextRange range = match;
     const Text text(replacement);
-    m_view->shouldChangeText(range, text);
-    m_view->replaceCharacters(range, text);
-    m_view->didChangeText();
+    m_view->replaceText(match, text);
     searchFrom({match.location + text.size(), true}, Pending::Step);
 }
 
@@ -275,16 +272,8 @@ void FindController::applyReplaceAll(const ReplaceAllResult &result)
         return;
     }
     m_pending = Pending::Nothing;
-    if (result.count > 0) {
-        const TextRange range = result.range;
-        m_view->shouldChangeText(range, result.replacement);
-        // In a group, redo restores the selection that was set last.
-        m_view->textStorage()->beginUndoGrouping();
-        m_view->replaceCharacters(range, result.replacement);
-        select({result.caret, 0});
-        m_view->textStorage()->endUndoGrouping();
-        m_view->didChangeText();
-    }
+    if (result.count > 0)
+        m_view->replaceText(result.range, result.replacement, [&] { select({result.caret, 0}); });
     m_bar->showReplaced(result.count);
 }
 

@@ -1,6 +1,7 @@
 #include "find/FindExpression.h"
 
 #include "find/MatchView.h"
+#include "text/Separators.h"
 
 #include <algorithm>
 #include <utility>
@@ -39,11 +40,9 @@ bool triesInsideCrLf(const QString &string, QRegularExpression::PatternOptions o
     return probe.isValid() ? probe.match(u"\r\n"_s).hasMatch() : string.contains(u"\\n"_s);
 }
 
-bool isSeparator(QChar unit)
+bool isSeparatorUnit(QChar unit)
 {
-    const char16_t code = unit.unicode();
-    return (code >= u'\n' && code <= u'\r') || code == u'\u0085' || code == u'\u2028' ||
-           code == u'\u2029';
+    return isSeparator(unit.unicode());
 }
 
 /// Returns the first offset from `offset` on that holds no line separator, or the text's size.
@@ -52,7 +51,7 @@ qint64 offsetBehindSeparators(const Text &text, qint64 offset)
     constexpr qint64 kUnits = 4'096;
     while (offset < text.size()) {
         const QString units = text.slice(offset, kUnits);
-        const auto other = std::find_if_not(units.begin(), units.end(), isSeparator);
+        const auto other = std::find_if_not(units.begin(), units.end(), isSeparatorUnit);
         if (other != units.end())
             return offset + std::distance(units.begin(), other);
         offset += units.size();
@@ -306,7 +305,7 @@ qint64 FindExpressionSearch::placeAfter(qint64 offset) const
     if (!m_expression.m_beginsWithRestOfLine)
         return placeFrom(offset + 1);
     const auto *separator =
-        std::find_if(m_units.begin() + (offset - m_start), m_units.end(), isSeparator);
+        std::find_if(m_units.begin() + (offset - m_start), m_units.end(), isSeparatorUnit);
     if (separator != m_units.end())
         return placeFrom(m_start + std::distance(m_units.begin(), separator) + 1);
     const bool isLast = m_start + m_units.size() == m_text.size();

@@ -1,6 +1,7 @@
 #include "text/Text.h"
 
 #include "text/GraphemeClusters.h"
+#include "text/Separators.h"
 #include "text/TextBuilder.h"
 #include "text/TextNode.h"
 #include "text/Utf8.h"
@@ -79,12 +80,6 @@ private:
     const TextNode *m_leaf = nullptr;
     QVarLengthArray<const TextNode *, 64> m_pending;
 };
-
-bool isSeparator(char16_t unit)
-{
-    return (unit >= u'\n' && unit <= u'\r') || unit == u'\u0085' || unit == u'\u2028' ||
-           unit == u'\u2029';
-}
 
 enum class BreakKind { LineFeed, LineBreak, Separator };
 

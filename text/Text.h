@@ -84,6 +84,11 @@ public:
     /// The same stretch as a value that shares storage. O(log n).
     [[nodiscard]] Text mid(qint64 offset, qint64 length) const;
 
+    /// The start of the surrogate pair that `offset` lies inside; `offset` itself elsewhere.
+    [[nodiscard]] qint64 pairStart(qint64 offset) const;
+    /// The end of the surrogate pair that `offset` lies inside; `offset` itself elsewhere.
+    [[nodiscard]] qint64 pairEnd(qint64 offset) const;
+
     /// The text with `length` units from `offset` replaced. O(log n + size of a small insertion).
     [[nodiscard]] Text replaced(qint64 offset, qint64 length, const Text &insertion) const;
 
@@ -133,8 +138,6 @@ private:
     using NodePtr = QExplicitlySharedDataPointer<const TextNode>;
 
     explicit Text(NodePtr root) noexcept;
-    [[nodiscard]] qint64 pairStart(qint64 offset) const;
-    [[nodiscard]] qint64 pairEnd(qint64 offset) const;
 
     friend class TextBuilder;
 

@@ -1,5 +1,7 @@
 #include "text/WordBoundaries.h"
 
+#include "text/Separators.h"
+
 #include <algorithm>
 #include <memory>
 #include <unicode/brkiter.h>
@@ -19,12 +21,6 @@ bool isBlank(char16_t unit)
     return unit == u' ' || unit == u'\t' || unit == u'\u00A0' || unit == u'\u3000';
 }
 
-bool isLineBreak(char16_t unit)
-{
-    return (unit >= u'\n' && unit <= u'\r') || unit == u'\u0085' || unit == u'\u2028' ||
-           unit == u'\u2029';
-}
-
 /// Returns where to cut a window around `offset`: at the cluster boundary at or before `nominal`. A
 /// cluster that is longer than the reach, or that would leave `offset` outside the window, is cut
 /// at `nominal`, but not inside a surrogate pair.
@@ -33,7 +29,7 @@ qint64 windowEdge(const Text &text, qint64 nominal, qint64 offset)
     const auto boundary = text.clusterBoundaryWithin(nominal, kReach);
     if (boundary && (nominal <= offset || *boundary > offset))
         return *boundary;
-    return QChar::isLowSurrogate(text.at(nominal)) ? nominal - 1 : nominal;
+    return text.pairStart(nominal);
 }
 
 /// The word boundaries of a stretch of text, in the text's offsets.
@@ -142,7 +138,7 @@ qint64 nextWordStart(const Text &text, qint64 offset)
     if (offset >= text.size())
         return text.size();
     const Boundaries boundaries(text, offset);
-    if (isLineBreak(boundaries.at(offset)))
+    if (isSeparator(boundaries.at(offset)))
         return text.nextClusterBoundary(offset);
     qint64 next = isBlank(boundaries.at(offset))
                       ? offset
@@ -161,7 +157,7 @@ qint64 nextWordEnd(const Text &text, qint64 offset)
     qint64 start = offset;
     while (start < boundaries.end() && isBlank(boundaries.at(start)))
         ++start;
-    if (start > offset && start < boundaries.end() && isLineBreak(boundaries.at(start)))
+    if (start > offset && start < boundaries.end() && isSeparator(boundaries.at(start)))
         return start;
     return clusterEndAtOrAfter(text, boundaries.following(start));
 }
@@ -173,11 +169,11 @@ qint64 previousWordStart(const Text &text, qint64 offset)
         return 0;
     const Boundaries boundaries(text, offset);
     qint64 end = offset;
-    if (isLineBreak(boundaries.at(end - 1)))
+    if (isSeparator(boundaries.at(end - 1)))
         return text.previousClusterBoundary(end);
     while (end > boundaries.start() && isBlank(boundaries.at(end - 1)))
         --end;
-    if (end == boundaries.start() || isLineBreak(boundaries.at(end - 1)))
+    if (end == boundaries.start() || isSeparator(boundaries.at(end - 1)))
         return text.clusterBoundaryAtOrBefore(end);
     return text.clusterBoundaryAtOrBefore(boundaries.preceding(end));
 }
@@ -189,8 +185,8 @@ std::pair<qint64, qint64> wordAround(const Text &text, qint64 offset)
     offset = std::clamp<qint64>(offset, 0, text.size());
     const Boundaries boundaries(text, offset);
     // At the end of a line, use the character before `offset`.
-    const bool atLineEnd = offset >= text.size() || isLineBreak(boundaries.at(offset));
-    if (atLineEnd && (offset == 0 || isLineBreak(boundaries.at(offset - 1))))
+    const bool atLineEnd = offset >= text.size() || isSeparator(boundaries.at(offset));
+    if (atLineEnd && (offset == 0 || isSeparator(boundaries.at(offset - 1))))
         return {offset, offset};
     const qint64 inside = atLineEnd ? offset - 1 : offset;
     if (isBlank(boundaries.at(inside))) {

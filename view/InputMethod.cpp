@@ -63,23 +63,17 @@ replacedRange(const QInputMethodEvent &event, const Text &text, TextRange select
     qint64 start = std::clamp<qint64>(from, 0, text.size());
     qint64 end =
         std::clamp<qint64>(from + std::max(0, event.replacementLength()), start, text.size());
-    const auto isInsidePair = [&text](qint64 offset) {
-        return offset < text.size() && QChar::isLowSurrogate(text.at(offset));
-    };
-    end += end > start && isInsidePair(end) ? 1 : 0;
-    start -= isInsidePair(start) ? 1 : 0;
+    if (end > start)
+        end = text.pairEnd(end);
+    start = text.pairStart(start);
     return {start, std::max(start, end) - start};
 }
 
 SurroundingText::SurroundingText(const Text &text, qint64 anchor, qint64 caret)
 {
     // The stretch may start or end inside a cluster, but not inside a surrogate pair.
-    const auto snapped = [&text](qint64 offset) {
-        const bool isInsidePair = offset < text.size() && QChar::isLowSurrogate(text.at(offset));
-        return isInsidePair ? offset - 1 : offset;
-    };
-    m_start = snapped(std::max<qint64>(0, caret - kSurroundingReach));
-    const qint64 end = snapped(std::min(text.size(), caret + kSurroundingReach));
+    m_start = text.pairStart(std::max<qint64>(0, caret - kSurroundingReach));
+    const qint64 end = text.pairStart(std::min(text.size(), caret + kSurroundingReach));
     m_units = text.slice(m_start, end - m_start);
     m_caret = caret;
     m_anchor = std::clamp(anchor, m_start, end);

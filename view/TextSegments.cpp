@@ -30,7 +30,7 @@ qint64 cutAt(const Text &text, qint64 lineStart, qint64 lineEnd, qint64 index)
         return afterBlank;
     if (const auto boundary = text.clusterBoundaryWithin(nominal, kClusterReach))
         return *boundary;
-    return QChar::isLowSurrogate(text.at(nominal)) ? nominal - 1 : nominal;
+    return text.pairStart(nominal);
 }
 
 } // namespace

@@ -100,10 +100,7 @@ bool TextView::hasMarkedText() const
 qint64 TextView::snapped(qint64 offset) const
 {
     const Text &text = m_storage->text();
-    offset = std::clamp<qint64>(offset, 0, text.size());
-    const bool isInsidePair =
-        offset > 0 && offset < text.size() && QChar::isLowSurrogate(text.at(offset));
-    return isInsidePair ? offset - 1 : offset;
+    return text.pairStart(std::clamp<qint64>(offset, 0, text.size()));
 }
 
 void TextView::select(qint64 anchor, TextCaret caret, Scroll scroll)
@@ -219,6 +216,19 @@ void TextView::replaceCharacters(TextRange range, const Text &replacement)
 void TextView::didChangeText()
 {
     Q_EMIT textDidChange();
+}
+
+void TextView::replaceText(TextRange range,
+                           const Text &replacement,
+                           const std::function<void()> &selectAfter)
+{
+    shouldChangeText(range, replacement);
+    m_storage->beginUndoGrouping();
+    replaceCharacters(range, replacement);
+    if (selectAfter)
+        selectAfter();
+    m_storage->endUndoGrouping();
+    didChangeText();
 }
 
 void TextView::applyOutsideChange(TextRange range, const Text &replacement)

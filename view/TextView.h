@@ -90,6 +90,12 @@ public:
     void replaceCharacters(TextRange range, const Text &replacement);
     void didChangeText();
 
+    /// Performs these three calls. `selectAfter`, if given, may set the selection; it is part of
+    /// the undo step, so redo restores that selection.
+    void replaceText(TextRange range,
+                     const Text &replacement,
+                     const std::function<void()> &selectAfter = {});
+
     /// Performs these three calls for a change from outside, such as a reload. Where caret and
     /// selection lie within the replaced range, they keep their line and column as far as the new
     /// text has them.

@@ -314,11 +314,8 @@ void TextViewAccessible::insertText(int offset, const QString &text)
 
 void TextViewAccessible::replaceText(int startOffset, int endOffset, const QString &text)
 {
-    const TextRange range{startOffset, std::max(0, endOffset - startOffset)};
-    const Text replacement{QStringView(text)};
-    view()->shouldChangeText(range, replacement);
-    view()->replaceCharacters(range, replacement);
-    view()->didChangeText();
+    view()->replaceText({startOffset, std::max(0, endOffset - startOffset)},
+                        Text(QStringView(text)));
 }
 
 } // namespace penwick

@@ -17,16 +17,9 @@ tl::unexpected<MacroResultError> failure(MacroResultError::Code code)
     return tl::unexpected(MacroResultError{code, {}});
 }
 
-void replace(TextView *view, TextRange range, const Text &text)
-{
-    view->shouldChangeText(range, text);
-    view->replaceCharacters(range, text);
-    view->didChangeText();
-}
-
 void replaceWhole(TextView *view, const Text &text)
 {
-    replace(view, {0, view->string().size()}, text);
+    view->replaceText({0, view->string().size()}, text);
 }
 
 } // namespace
@@ -72,13 +65,13 @@ MacroExecution::Outcome MacroExecution::apply(const ReplaceSelection &edit)
     const TextRange selected = m_textView->selectedRange();
     if (selected.length < 1)
         return failure(MacroResultError::Code::NoSelectionForReplaceSelection);
-    replace(m_textView, selected, Text(edit.text));
+    m_textView->replaceText(selected, Text(edit.text));
     return {};
 }
 
 MacroExecution::Outcome MacroExecution::apply(const InsertAtCursor &edit)
 {
-    replace(m_textView, {m_textView->selectedRange().end(), 0}, Text(edit.text));
+    m_textView->replaceText({m_textView->selectedRange().end(), 0}, Text(edit.text));
     return {};
 }
 
