@@ -82,9 +82,4 @@ FileCheck::~FileCheck()
     m_shared->owner = nullptr;
 }
 
-const TransferProgress &FileCheck::progress() const
-{
-    return m_shared->progress;
-}
-
 } // namespace penwick

@@ -42,9 +42,6 @@ public:
     FileCheck(const QString &path, const std::optional<FileVersion> &known, QObject *parent);
     ~FileCheck() override;
 
-    /// The progress of reading the file. Its total is 0 until another version is found.
-    [[nodiscard]] const TransferProgress &progress() const;
-
 Q_SIGNALS:
     /// Emitted once, from the event loop.
     void finished(const penwick::FileCheckResult &finding);

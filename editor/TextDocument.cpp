@@ -191,12 +191,4 @@ TextDocument::waitForTransfer(std::chrono::milliseconds time)
     return finishTransfer(*job);
 }
 
-bool TextDocument::fileChangedOnDisk() const
-{
-    if (m_filePath.isEmpty())
-        return false;
-    const std::optional<FileVersion> present = FileVersion::of(m_filePath);
-    return present.has_value() && present != m_version;
-}
-
 } // namespace penwick

@@ -127,10 +127,6 @@ public:
     /// when the storage holds the same text.
     void adoptFileText(const StoredText &stored);
 
-    /// True when the state of the file at `filePath` is not the one that the document knows. The
-    /// file is not read. False for a document without a file, and for a missing file.
-    [[nodiscard]] bool fileChangedOnDisk() const;
-
 Q_SIGNALS:
     void contentStringChanged();
     void filePathChanged();

@@ -237,11 +237,6 @@ void FindBar::setReplaceIsShown(bool isShown)
     m_replaceRow->setVisible(isShown);
 }
 
-bool FindBar::replaceIsShown() const
-{
-    return isMade() && !m_replaceRow->isHidden();
-}
-
 void FindBar::showCount(const FindSession::Count &count, bool isWrapped)
 {
     m_count = count;

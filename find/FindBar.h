@@ -41,7 +41,6 @@ public:
 
     /// Shows or hides the row for replacing.
     void setReplaceIsShown(bool isShown);
-    [[nodiscard]] bool replaceIsShown() const;
 
     /// Shows the number of the selected match and the number of all matches.
     /// \param isWrapped true when the selected match was found after continuing at the other end of

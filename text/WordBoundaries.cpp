@@ -148,20 +148,6 @@ qint64 nextWordStart(const Text &text, qint64 offset)
     return clusterEndAtOrAfter(text, next);
 }
 
-qint64 nextWordEnd(const Text &text, qint64 offset)
-{
-    offset = std::max<qint64>(offset, 0);
-    if (offset >= text.size())
-        return text.size();
-    const Boundaries boundaries(text, offset);
-    qint64 start = offset;
-    while (start < boundaries.end() && isBlank(boundaries.at(start)))
-        ++start;
-    if (start > offset && start < boundaries.end() && isSeparator(boundaries.at(start)))
-        return start;
-    return clusterEndAtOrAfter(text, boundaries.following(start));
-}
-
 qint64 previousWordStart(const Text &text, qint64 offset)
 {
     offset = std::min(offset, text.size());

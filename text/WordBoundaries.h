@@ -13,8 +13,6 @@ namespace penwick::words {
 /// Returns the start of the word after the one at `offset`, or the size of the text when there is
 /// none. Skips blanks; stops before a line break, and after one when `offset` is at it.
 [[nodiscard]] qint64 nextWordStart(const Text &text, qint64 offset);
-/// Returns the end of the word at or after `offset`. Stops at a line break after blanks.
-[[nodiscard]] qint64 nextWordEnd(const Text &text, qint64 offset);
 /// Returns the start of the last word that begins before `offset`, or 0 when there is none. Skips
 /// blanks; stops after a line break, and before one when `offset` is directly after it.
 [[nodiscard]] qint64 previousWordStart(const Text &text, qint64 offset);

@@ -102,9 +102,6 @@ public:
     [[nodiscard]] ScrollRange scrollRange();
     void scrollToValue(int value, int maximum);
 
-    /// Offset of the first visible row, which may be partly scrolled out.
-    [[nodiscard]] qint64 topOffset() const { return m_anchor; }
-
 private:
     struct Row
     {

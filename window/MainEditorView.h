@@ -27,8 +27,6 @@ public:
 
     [[nodiscard]] TextViewRepresentable *textViewRepresentable() const { return m_representable; }
 
-    [[nodiscard]] StatusBarView *statusBarView() const { return m_statusBar; }
-
 protected:
     void keyPressEvent(QKeyEvent *event) override;
 

@@ -29,8 +29,6 @@ public:
 
     [[nodiscard]] TextView *textView() const { return m_textView; }
 
-    [[nodiscard]] Coordinator *coordinator() const { return m_coordinator; }
-
     [[nodiscard]] FindBar *findBar() const { return m_findBar; }
 
     [[nodiscard]] FindController *findController() const { return m_findController; }

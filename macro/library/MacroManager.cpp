@@ -267,7 +267,6 @@ qint64 MacroManager::nextSortOrder() const
 
 void MacroManager::setMacros(QList<Macro> macros)
 {
-    Q_EMIT macrosWillChange();
     m_macros = std::move(macros);
     Q_EMIT macrosChanged();
 }

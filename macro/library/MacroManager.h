@@ -84,8 +84,6 @@ public:
     void installBuiltInMacros();
 
 Q_SIGNALS:
-    /// Emitted just before the list changes: `macros()` is still the old one.
-    void macrosWillChange();
     /// Emitted after the list has changed and before the change is saved.
     void macrosChanged();
 

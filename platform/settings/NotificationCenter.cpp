@@ -21,18 +21,6 @@ void NotificationCenter::addObserver(const QString &name,
     observers.append(std::make_shared<Observer>(Observer{context, std::move(handler)}));
 }
 
-void NotificationCenter::removeObserver(const QObject *context)
-{
-    for (auto &observers : m_observers) {
-        for (const auto &observer : std::as_const(observers)) {
-            // A post in progress has its own copy of the list and skips entries without a context.
-            if (observer->context == context)
-                observer->context.clear();
-        }
-        observers.removeIf([](const auto &observer) { return observer->context.isNull(); });
-    }
-}
-
 void NotificationCenter::post(const QString &name)
 {
     const auto observers = m_observers.value(name);

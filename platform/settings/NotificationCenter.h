@@ -26,12 +26,9 @@ public:
     /// \param context not owned, not null.
     void addObserver(const QString &name, QObject *context, std::function<void()> handler);
 
-    /// Ends all subscriptions of `context` immediately.
-    void removeObserver(const QObject *context);
-
     /// Calls the observers of `name`, oldest subscription first, and returns when all are done. An
     /// observer that subscribes during the call is first called for the next post; one that is
-    /// removed or destroyed during the call is skipped.
+    /// destroyed during the call is skipped.
     void post(const QString &name);
 
 private:

@@ -299,7 +299,7 @@ void CodeEditorTest::ctrlF_findsAndEscapeReturns()
     QVERIFY(f.editor.findBar()->isHidden());
     QVERIFY(f.view()->hasFocus());
     f.key(Qt::Key_H, Qt::ControlModifier);
-    QVERIFY(f.editor.findBar()->replaceIsShown());
+    QVERIFY(f.editor.findBar()->findChild<QLineEdit *>(u"replaceField"_s)->isVisible());
     f.view()->setFocus();
     f.key(Qt::Key_Escape);
     QVERIFY(f.editor.findBar()->isHidden());

@@ -165,7 +165,6 @@ private:
         const auto [start, end] = words::wordAround(text, offset);
         REQUIRE(start <= end && start >= 0 && end <= text.size());
         REQUIRE(words::nextWordStart(text, offset) >= offset);
-        REQUIRE(words::nextWordEnd(text, offset) >= offset);
         REQUIRE(words::previousWordStart(text, offset) <= offset);
     }
 

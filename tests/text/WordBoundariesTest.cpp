@@ -14,7 +14,6 @@ private Q_SLOTS:
     void backwardSteps_stopAtWordStartsAndLineBreaks();
     void japanese_isDividedByTheDictionary();
     void doubleClick_takesWordBlanksOrMark();
-    void wordEnd_skipsLeadingBlanks();
     void farIntoALongText_stepsStayBounded();
     void hugeCluster_isOneWord();
     void offsetsOutsideTheText_areClamped();
@@ -62,13 +61,6 @@ void WordBoundariesTest::doubleClick_takesWordBlanksOrMark()
     QCOMPARE(words::wordAround(text, 12), std::pair(qint64(11), qint64(12)));
 }
 
-void WordBoundariesTest::wordEnd_skipsLeadingBlanks()
-{
-    const Text text(u"  ab cd");
-    QCOMPARE(words::nextWordEnd(text, 0), 4);
-    QCOMPARE(words::nextWordEnd(text, 4), 7);
-}
-
 void WordBoundariesTest::farIntoALongText_stepsStayBounded()
 {
     const Text text{QString(200'000, u'x')};
@@ -84,7 +76,6 @@ void WordBoundariesTest::hugeCluster_isOneWord()
     const Text text{QString(u'e' + QString(size - 1, u'\u0301') + u" x"_s)};
     for (const qint64 offset : {qint64(0), qint64(1), size / 2, size - 1}) {
         QCOMPARE(words::wordAround(text, offset), std::pair(qint64(0), size));
-        QCOMPARE(words::nextWordEnd(text, offset), size);
         QVERIFY(words::nextWordStart(text, offset) >= size);
         QCOMPARE(words::previousWordStart(text, offset), 0);
     }
@@ -97,7 +88,6 @@ void WordBoundariesTest::offsetsOutsideTheText_areClamped()
     QCOMPARE(words::wordAround(text, -1), std::pair(qint64(0), qint64(3)));
     QCOMPARE(words::wordAround(text, 99), std::pair(qint64(4), qint64(7)));
     QCOMPARE(words::nextWordStart(text, -5), 4);
-    QCOMPARE(words::nextWordEnd(text, -5), 3);
     QCOMPARE(words::previousWordStart(text, 99), 4);
 }
 

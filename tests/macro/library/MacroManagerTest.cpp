@@ -274,17 +274,13 @@ private Q_SLOTS:
         check();
     }
 
-    void change_observers_areToldBeforeAndAfter()
+    void change_observers_areTold()
     {
         StoredMacros world;
         const auto manager = world.start();
-        QList<qsizetype> before;
-        QList<qsizetype> after;
-        connect(manager.get(), &MacroManager::macrosWillChange, this, [&] {
-            before.append(manager->macros().size());
-        });
+        QList<qsizetype> sizes;
         connect(manager.get(), &MacroManager::macrosChanged, this, [&] {
-            after.append(manager->macros().size());
+            sizes.append(manager->macros().size());
         });
         manager->addMacro(sampleMacro(u"A"_s));
         manager->duplicateMacro(sampleMacro(u"A"_s));
@@ -292,8 +288,7 @@ private Q_SLOTS:
         manager->deleteMacro(u"A"_s);
         manager->installBuiltInMacros();
         manager->loadMacros();
-        QCOMPARE(before, (QList<qsizetype>{0, 1, 2, 2, 1, 8}));
-        QCOMPARE(after, (QList<qsizetype>{1, 2, 2, 1, 8, 8}));
+        QCOMPARE(sizes, (QList<qsizetype>{1, 2, 2, 1, 8, 8}));
     }
 };
 
