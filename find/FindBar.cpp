@@ -79,15 +79,11 @@ FindBar::FindBar(QWidget *parent)
 {
     setBackgroundRole(QPalette::Window);
     setAutoFillBackground(true);
-    NotificationCenter::defaultCenter().addObserver(UIWordingProfileDidChange, this, [this] {
-        if (isMade())
-            relabel();
-    });
 }
 
 void FindBar::make()
 {
-    if (isMade())
+    if (m_searchRow != nullptr)
         return;
     auto *layout = new QGridLayout(this);
     layout->setContentsMargins(kMargin, kSpacing + 1, kMargin, kSpacing);
@@ -104,11 +100,11 @@ void FindBar::make()
     layout->addWidget(m_searchRow, 1, 1);
     layout->addWidget(m_replaceField, 2, 0);
     layout->addWidget(m_replaceRow, 2, 1);
-    setReplaceIsShown(false);
     setTabOrders();
     setFocusProxy(m_searchField);
+    NotificationCenter::defaultCenter().addObserver(
+        UIWordingProfileDidChange, this, [this] { relabel(); });
     relabel();
-    updateColors();
 }
 
 void FindBar::setVisible(bool isVisible)
@@ -128,11 +124,14 @@ QToolButton *FindBar::addButton(QWidget *row, const char *name)
     return button;
 }
 
-QToolButton *FindBar::addSwitch(QWidget *row, const char *name)
+QToolButton *FindBar::addSwitch(QWidget *row, const char *name, bool FindPattern::*option)
 {
     QToolButton *button = addButton(row, name);
     button->setCheckable(true);
-    connect(button, &QToolButton::toggled, this, &FindBar::patternDidChange);
+    connect(button, &QToolButton::toggled, this, [this, option](bool isOn) {
+        m_pattern.*option = isOn;
+        Q_EMIT patternDidChange();
+    });
     return button;
 }
 
@@ -152,14 +151,19 @@ void FindBar::makeSearchRow()
     m_previous->setArrowType(Qt::UpArrow);
     m_next = addButton(m_searchRow, "findNext");
     m_next->setArrowType(Qt::DownArrow);
-    m_case = addSwitch(m_searchRow, "findMatchCase");
-    m_words = addSwitch(m_searchRow, "findWholeWord");
-    m_expression = addSwitch(m_searchRow, "findRegularExpression");
+    m_case = addSwitch(m_searchRow, "findMatchCase", &FindPattern::matchesCase);
+    m_words = addSwitch(m_searchRow, "findWholeWord", &FindPattern::wholeWords);
+    m_expression =
+        addSwitch(m_searchRow, "findRegularExpression", &FindPattern::isRegularExpression);
     m_wrap = addButton(m_searchRow, "findWrapAround");
     m_wrap->setCheckable(true);
-    m_wrap->setChecked(true);
+    m_wrap->setChecked(m_wraps);
     m_close = addButton(m_searchRow, "findClose");
-    connect(m_searchField, &QLineEdit::textChanged, this, &FindBar::patternDidChange);
+    connect(m_searchField, &QLineEdit::textChanged, this, [this](const QString &string) {
+        m_pattern.string = string;
+        Q_EMIT patternDidChange();
+    });
+    connect(m_wrap, &QToolButton::toggled, this, [this](bool isOn) { m_wraps = isOn; });
     connect(m_previous, &QToolButton::clicked, this, &FindBar::previousRequested);
     connect(m_next, &QToolButton::clicked, this, &FindBar::nextRequested);
     connect(m_close, &QToolButton::clicked, this, &FindBar::closeRequested);
@@ -171,6 +175,9 @@ void FindBar::makeReplaceRow()
     auto *layout = qobject_cast<QHBoxLayout *>(m_replaceRow->layout());
     m_replaceField = makeField(this, "replaceField");
     m_replaceField->installEventFilter(this);
+    connect(m_replaceField, &QLineEdit::textChanged, this, [this](const QString &string) {
+        m_replacement = string;
+    });
     m_replace = addButton(m_replaceRow, "replaceOne");
     m_replaceAll = addButton(m_replaceRow, "replaceAll");
     m_replacedLabel = new ElidedLabel(m_replaceRow);
@@ -197,56 +204,34 @@ void FindBar::setTabOrders()
         setTabOrder(order[i - 1], order[i]);
 }
 
-FindPattern FindBar::pattern() const
-{
-    if (!isMade())
-        return {};
-    return {m_searchField->text(),
-            m_case->isChecked(),
-            m_words->isChecked(),
-            m_expression->isChecked()};
-}
-
-QString FindBar::replacement() const
-{
-    return isMade() ? m_replaceField->text() : QString();
-}
-
-bool FindBar::wraps() const
-{
-    return !isMade() || m_wrap->isChecked();
-}
-
 void FindBar::setPatternText(const QString &string)
 {
     make();
-    m_searchField->setText(m_expression->isChecked() ? escaped(string) : string);
+    m_searchField->setText(m_pattern.isRegularExpression ? escaped(string) : string);
 }
 
 void FindBar::focusSearchField()
 {
-    make();
     m_searchField->setFocus(Qt::ShortcutFocusReason);
     m_searchField->selectAll();
 }
 
 void FindBar::setReplaceIsShown(bool isShown)
 {
-    make();
-    m_replaceField->setVisible(isShown);
-    m_replaceRow->setVisible(isShown);
+    m_replaceIsShown = isShown;
+    showState();
 }
 
 void FindBar::showCount(const FindSession::Count &count, bool isWrapped)
 {
     m_count = count;
     m_isWrapped = isWrapped;
-    showCountText();
+    showState();
 }
 
 QString FindBar::countText() const
 {
-    if (m_searchField->text().isEmpty() || m_error)
+    if (m_pattern.string.isEmpty() || m_error)
         return {};
     const QString number =
         m_count.number > 0 || hasNoMatch() ? QString::number(m_count.number) : u"–"_s;
@@ -271,54 +256,62 @@ bool FindBar::hasNoMatch() const
     return m_count.total == 0 && m_count.isComplete;
 }
 
-void FindBar::showCountText()
-{
-    if (!isMade())
-        return;
-    m_countLabel->setText(countText());
-    m_countLabel->setToolTip(countToolTip());
-    m_countLabel->setAccessibleDescription(m_countLabel->toolTip());
-    updateColors();
-}
-
 void FindBar::showError(const std::optional<FindPatternError> &error)
 {
     m_error = error;
-    showErrorText();
-    showCountText();
+    showState();
 }
 
-void FindBar::showErrorText()
+QString FindBar::errorText() const
 {
-    if (!isMade())
-        return;
     using Code = FindPatternError::Code;
-    const bool isShown = m_error && m_error->code != Code::Empty;
-    if (isShown && m_error->code == Code::TooComplex) {
-        m_errorLabel->setLine(wording::text(u"editor.find.tooComplex"_s));
-    } else if (isShown) {
-        m_errorLabel->setLine(
-            wording::text(u"editor.find.invalidExpression"_s,
-                          {QString::number(m_error->offset + 1), m_error->reason}));
-    }
-    m_errorLabel->setVisible(isShown);
+    if (!m_error || m_error->code == Code::Empty)
+        return {};
+    if (m_error->code == Code::TooComplex)
+        return wording::text(u"editor.find.tooComplex"_s);
+    return wording::text(u"editor.find.invalidExpression"_s,
+                         {QString::number(m_error->offset + 1), m_error->reason});
 }
 
 void FindBar::showReplaced(qint64 count)
 {
-    make();
     m_isReplacing = false;
     m_replaced = count;
-    m_replacedLabel->setLine(wording::text(u"editor.find.replaced"_s, {QString::number(count)}));
+    showState();
 }
 
 void FindBar::showReplacing(bool isReplacing)
 {
     m_isReplacing = isReplacing;
     m_replaced.reset();
-    if (!isMade())
+    showState();
+}
+
+QString FindBar::replacedText() const
+{
+    if (m_isReplacing)
+        return wording::text(u"editor.find.replacing"_s);
+    if (!m_replaced)
+        return {};
+    return wording::text(u"editor.find.replaced"_s, {QString::number(*m_replaced)});
+}
+
+/// Updates everything that depends on the state. Does nothing until the widgets exist.
+void FindBar::showState()
+{
+    if (m_searchRow == nullptr)
         return;
-    m_replacedLabel->setLine(isReplacing ? wording::text(u"editor.find.replacing"_s) : QString());
+    m_replaceField->setVisible(m_replaceIsShown);
+    m_replaceRow->setVisible(m_replaceIsShown);
+    const QString error = errorText();
+    if (!error.isEmpty())
+        m_errorLabel->setLine(error);
+    m_errorLabel->setVisible(!error.isEmpty());
+    m_replacedLabel->setLine(replacedText());
+    m_countLabel->setText(countText());
+    m_countLabel->setToolTip(countToolTip());
+    m_countLabel->setAccessibleDescription(m_countLabel->toolTip());
+    updateColors();
 }
 
 void FindBar::relabel()
@@ -347,12 +340,7 @@ void FindBar::relabel()
           wording::text(u"editor.find.wrapAroundFace"_s),
           wording::text(u"editor.find.wrapAround"_s));
     label(m_close, u"×"_s, wording::text(u"editor.find.close"_s));
-    showErrorText();
-    showCountText();
-    if (m_replaced)
-        showReplaced(*m_replaced);
-    else
-        showReplacing(m_isReplacing);
+    showState();
 }
 
 void FindBar::updateColors()
@@ -375,8 +363,8 @@ void FindBar::updateColors()
 void FindBar::changeEvent(QEvent *event)
 {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange && isMade())
-        updateColors();
+    if (event->type() == QEvent::PaletteChange)
+        showState();
 }
 
 void FindBar::paintEvent(QPaintEvent *event)

@@ -20,7 +20,8 @@ class ElidedLabel;
 /// and follow a change of the wording at once.
 ///
 /// The child widgets are created when the bar is first shown or filled in, because most windows
-/// never open it. Until then `pattern` and `replacement` are empty and `wraps` is true.
+/// never open it. The bar keeps its state apart from them, so only `make` and `showState` depend on
+/// whether they exist.
 class FindBar final : public QWidget
 {
     Q_OBJECT
@@ -29,14 +30,16 @@ public:
     explicit FindBar(QWidget *parent = nullptr);
 
     /// The pattern in the search field, with the options that the switches select.
-    [[nodiscard]] FindPattern pattern() const;
-    [[nodiscard]] QString replacement() const;
+    [[nodiscard]] const FindPattern &pattern() const { return m_pattern; }
+
+    [[nodiscard]] const QString &replacement() const { return m_replacement; }
+
     /// True when a search continues at the other end of the text.
-    [[nodiscard]] bool wraps() const;
+    [[nodiscard]] bool wraps() const { return m_wraps; }
 
     /// Puts `string` into the search field, escaped when regular expressions are switched on.
     void setPatternText(const QString &string);
-    /// Moves the focus to the search field and selects its content.
+    /// Moves the focus to the search field and selects its content. Call it when the bar is shown.
     void focusSearchField();
 
     /// Shows or hides the row for replacing.
@@ -72,18 +75,16 @@ protected:
 
 private:
     void make();
-
-    [[nodiscard]] bool isMade() const { return m_searchRow != nullptr; }
-
     void makeSearchRow();
     void makeReplaceRow();
     void setTabOrders();
     QToolButton *addButton(QWidget *row, const char *name);
-    QToolButton *addSwitch(QWidget *row, const char *name);
+    QToolButton *addSwitch(QWidget *row, const char *name, bool FindPattern::*option);
     bool returnPressed(const QObject *field, Qt::KeyboardModifiers modifiers);
     void relabel();
-    void showErrorText();
-    void showCountText();
+    void showState();
+    [[nodiscard]] QString errorText() const;
+    [[nodiscard]] QString replacedText() const;
     [[nodiscard]] QString countText() const;
     [[nodiscard]] QString countToolTip() const;
     [[nodiscard]] bool hasNoMatch() const;
@@ -105,6 +106,10 @@ private:
     QToolButton *m_close = nullptr;
     QToolButton *m_replace = nullptr;
     QToolButton *m_replaceAll = nullptr;
+    FindPattern m_pattern;
+    QString m_replacement;
+    bool m_wraps = true;
+    bool m_replaceIsShown = false;
     FindSession::Count m_count;
     bool m_isWrapped = false;
     std::optional<FindPatternError> m_error;
