@@ -2,6 +2,7 @@
 
 #include "app/AboutPanel.h"
 #include "app/MacroMenu.h"
+#include "app/OpenDialogs.h"
 #include "app/ScriptHostReport.h"
 #include "app/TestMacros.h"
 #include "macro/library/MacroManager.h"
@@ -356,7 +357,7 @@ void AppDelegate::terminate()
 /// the first one, or a dialog that the first one found open, is still waiting for an answer.
 void AppDelegate::quitOnSignal(int signalNumber)
 {
-    QWidget *dialog = QApplication::activeModalWidget();
+    QWidget *dialog = OpenDialogs::front();
     const bool isRepeated =
         m_isQuittingOnSignal || (dialog != nullptr && dialog == m_signalledDialog);
     if (isRepeated) {
@@ -367,7 +368,7 @@ void AppDelegate::quitOnSignal(int signalNumber)
     m_isQuittingOnSignal = true;
     terminate();
     m_isQuittingOnSignal = false;
-    m_signalledDialog = QApplication::activeModalWidget();
+    m_signalledDialog = OpenDialogs::front();
 }
 
 void AppDelegate::commitSession(QSessionManager &manager)

@@ -1,10 +1,11 @@
 #include "app/CloseConsent.h"
 
+#include "app/OpenDialogs.h"
 #include "app/WindowPlacement.h"
 #include "controls/Alerts.h"
 #include "platform/desktop/WindowActivation.h"
 
-#include <QApplication>
+#include <QGuiApplication>
 #include <QInputMethod>
 #include <QWidget>
 
@@ -30,7 +31,7 @@ bool CloseConsent::offerToStopMacro() const
 
 bool CloseConsent::raiseOpenDialog()
 {
-    QWidget *question = QApplication::activeModalWidget();
+    QWidget *question = OpenDialogs::front();
     if (question == nullptr)
         return false;
     bringForward(question);

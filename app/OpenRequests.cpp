@@ -2,18 +2,15 @@
 
 #include "platform/desktop/WindowActivation.h"
 #include "view/TextView.h"
-#include "window/MacroRunNotice.h"
 
 #include <QApplication>
 #include <QFile>
+#include <QTimer>
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
 namespace penwick {
-
-using namespace std::chrono_literals;
 
 namespace {
 
@@ -35,27 +32,13 @@ DocumentController::WindowController controllerOf(const DocumentController &docu
     return found != controllers.end() ? *found : nullptr;
 }
 
-/// Returns the modal dialog behind which no document is to be opened; null when there is none. The
-/// notice of a macro does not count: it blocks its own window only and may stay for long.
-QWidget *openQuestion()
-{
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    const auto found = std::find_if(windows.begin(), windows.end(), [](const QWidget *window) {
-        return window->isVisible() && window->isModal() &&
-               qobject_cast<const MacroRunNotice *>(window) == nullptr;
-    });
-    return found != windows.end() ? *found : nullptr;
-}
-
 } // namespace
 
 OpenRequests::OpenRequests(DocumentController *documents, FrontWindow frontWindow)
     : m_documents(documents)
     , m_frontWindow(std::move(frontWindow))
 {
-    constexpr auto kRetryInterval = 50ms; // While a dialog is open.
-    m_timer.setInterval(kRetryInterval);
-    connect(&m_timer, &QTimer::timeout, this, &OpenRequests::openWaiting);
+    connect(&m_dialogs, &OpenDialogs::closed, this, &OpenRequests::openWaiting);
     connect(documents, &DocumentController::documentClosed, this, &OpenRequests::forget);
 }
 
@@ -97,8 +80,8 @@ void OpenRequests::take(InstanceClient *client, const OpenRequest &request)
     m_waiting.push_back({client, request});
     if (m_quitLock == nullptr)
         m_quitLock = std::make_unique<QEventLoopLocker>();
-    m_timer.start();
-    if (QWidget *question = openQuestion()) {
+    if (QWidget *question = OpenDialogs::question()) {
+        m_dialogs.watch();
         allowActivation(request.activationToken, request.startupId);
         bringForward(question);
         return;
@@ -113,17 +96,17 @@ void OpenRequests::openWaiting()
     if (m_isOpening)
         return;
     m_isOpening = true;
-    while (!m_waiting.empty() && openQuestion() == nullptr) {
+    while (!m_waiting.empty() && OpenDialogs::question() == nullptr) {
         const Waiting next = std::move(m_waiting.front());
         m_waiting.pop_front();
         allowActivation(next.request.activationToken, next.request.startupId);
         carryOut(next);
     }
     m_isOpening = false;
-    if (m_waiting.empty()) {
-        m_timer.stop();
+    if (m_waiting.empty())
         m_quitLock.reset();
-    }
+    else
+        m_dialogs.watch();
 }
 
 void OpenRequests::carryOut(const Waiting &waiting)

@@ -2,13 +2,13 @@
 
 #include "app/DocumentController.h"
 #include "app/InstanceServer.h"
+#include "app/OpenDialogs.h"
 #include "app/OpenRequest.h"
 
 #include <QEventLoopLocker>
 #include <QObject>
 #include <QPointer>
 #include <QSet>
-#include <QTimer>
 
 #include <deque>
 #include <functional>
@@ -82,7 +82,7 @@ private:
     std::vector<Watch> m_watches;
     std::optional<Watch> m_currentWatch;  // The request whose documents are being opened.
     QSet<const TextDocument *> m_reading; // Opened documents whose text is still being read.
-    QTimer m_timer;
+    OpenDialogs m_dialogs;
 };
 
 } // namespace penwick

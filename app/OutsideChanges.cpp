@@ -5,31 +5,19 @@
 #include "view/TextView.h"
 #include "wording/WordingLookup.h"
 
-#include <QApplication>
 #include <QFileInfo>
 
-#include <chrono>
 #include <utility>
 
 namespace penwick {
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
-
-namespace {
-
-constexpr auto kRetryInterval = 200ms;
-
-} // namespace
 
 OutsideChanges::OutsideChanges(TextDocument *document, EditorWindowController *controller)
     : m_document(document)
     , m_controller(controller)
-    , m_retry(this)
 {
-    m_retry.setSingleShot(true);
-    m_retry.setInterval(kRetryInterval);
-    connect(&m_retry, &QTimer::timeout, this, &OutsideChanges::settle);
+    connect(&m_dialogs, &OpenDialogs::closed, this, &OutsideChanges::settle);
 }
 
 OutsideChanges::~OutsideChanges()
@@ -64,7 +52,7 @@ void OutsideChanges::check()
 void OutsideChanges::take(const FileCheckResult &finding)
 {
     // Show no dialog over another one. The check on the user's next return to the window shows it.
-    if (finding.copies != m_copies && QApplication::activeModalWidget() == nullptr) {
+    if (finding.copies != m_copies && OpenDialogs::front() == nullptr) {
         m_copies = finding.copies;
         dialogs::showInterruptedSave(m_controller->window(), m_document->filePath(), m_copies);
     }
@@ -74,13 +62,25 @@ void OutsideChanges::take(const FileCheckResult &finding)
     }
 }
 
-/// True while the finding cannot be acted on. A composition belongs to the present text, and a
-/// question shown over another dialog would be answered by mistake.
-bool OutsideChanges::hasToWait() const
+/// Returns true while the finding cannot be acted on, and calls `settle` again when that may have
+/// changed.
+bool OutsideChanges::hasToWait()
 {
     const TextView *view = m_controller->textView();
-    return view == nullptr || view->hasMarkedText() || view->textStorage()->isGrouping() ||
-           QApplication::activeModalWidget() != nullptr || QApplication::activePopupWidget();
+    // A composition belongs to the present text. The view emits the signal when it ends.
+    if (view->hasMarkedText() || view->textStorage()->isGrouping()) {
+        connect(view,
+                &TextView::actionStateDidChange,
+                this,
+                &OutsideChanges::settle,
+                static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
+        return true;
+    }
+    if (OpenDialogs::areOpen()) {
+        m_dialogs.watch();
+        return true;
+    }
+    return false;
 }
 
 void OutsideChanges::settle()
@@ -90,28 +90,24 @@ void OutsideChanges::settle()
         m_finding.reset(); // A save came first and has checked the file itself.
         return;
     }
-    if (!m_controller->isInFront()) {
+    if (!m_controller->isInFront() || m_controller->textView() == nullptr) {
         m_finding.reset(); // The file is checked again when the tab comes to the front.
         return;
     }
-    if (hasToWait()) {
-        m_retry.start();
+    if (!m_finding || hasToWait())
         return;
-    }
-    const auto finding = std::exchange(m_finding, std::nullopt);
-    if (!finding)
-        return;
-    switch (finding->kind) {
+    const FileCheckResult finding = *std::exchange(m_finding, std::nullopt);
+    switch (finding.kind) {
     case FileCheckResult::Kind::Same:
         break;
     case FileCheckResult::Kind::Text:
-        takeText(finding->stored);
+        takeText(finding.stored);
         break;
     case FileCheckResult::Kind::Missing:
-        keepOnly(wording::text(u"status.fileDeleted"_s), *finding);
+        keepOnly(wording::text(u"status.fileDeleted"_s), finding);
         break;
     case FileCheckResult::Kind::Unreadable:
-        keepOnly(wording::text(u"status.fileUnreadable"_s), *finding);
+        keepOnly(wording::text(u"status.fileUnreadable"_s), finding);
         break;
     }
 }

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "app/OpenDialogs.h"
 #include "editor/FileCheck.h"
 #include "window/EditorWindowController.h"
 
 #include <QMessageBox>
 #include <QObject>
 #include <QPointer>
-#include <QTimer>
 
 #include <memory>
 #include <optional>
@@ -32,7 +32,7 @@ public:
 private:
     void take(const FileCheckResult &finding);
     void settle();
-    [[nodiscard]] bool hasToWait() const;
+    [[nodiscard]] bool hasToWait();
     void takeText(const StoredText &stored);
     void load(const StoredText &stored);
     void ask(const StoredText &stored);
@@ -44,7 +44,7 @@ private:
     bool m_checksAgain = false;               // Another check was requested while one is under way.
     std::optional<FileVersion> m_base;        // The version known at the start of the check.
     std::optional<FileCheckResult> m_finding; // Set until it can be acted on.
-    QTimer m_retry;
+    OpenDialogs m_dialogs;
     QPointer<QMessageBox> m_question;
 
     /// A state of the file that the user was informed of, but that the text may not replace without

@@ -5,7 +5,9 @@
 #include "support/FileSizeLimit.h"
 #include "support/ModalAnswer.h"
 
+#include <QDialog>
 #include <QInputMethodEvent>
+#include <QMenu>
 #include <QTest>
 
 #include <cstdio>
@@ -37,6 +39,8 @@ private Q_SLOTS:
     void change_touchedOnly_asksNothing();
     void change_sameEditElsewhere_countsAsSaved();
     void change_duringAComposition_waitsForItsEnd();
+    void change_behindADialogOrMenu_waitsForItsEnd_data();
+    void change_behindADialogOrMenu_waitsForItsEnd();
     void change_windowClosedMeanwhile_isForgotten();
     void change_betweenCheckAndSave_asks();
     void deleted_text_staysAndIsUnsaved();
@@ -284,6 +288,35 @@ void OutsideChangesTest::change_duringAComposition_waitsForItsEnd()
     QCOMPARE(text(), u"old"_s);
     QInputMethodEvent over;
     QCoreApplication::sendEvent(view(), &over);
+    QTRY_COMPARE(text(), u"theirs"_s);
+}
+
+void OutsideChangesTest::change_behindADialogOrMenu_waitsForItsEnd_data()
+{
+    QTest::addColumn<bool>("isMenu");
+    QTest::newRow("dialog") << false;
+    QTest::newRow("menu") << true;
+}
+
+void OutsideChangesTest::change_behindADialogOrMenu_waitsForItsEnd()
+{
+    QFETCH(bool, isMenu);
+    open("old");
+    QDialog dialog(window());
+    QMenu menu(window());
+    menu.addAction(u"a"_s);
+    if (isMenu)
+        menu.popup(QPoint());
+    else
+        dialog.open();
+    change("theirs");
+    check();
+    QTest::qWait(300);
+    QCOMPARE(text(), u"old"_s);
+    if (isMenu)
+        menu.close();
+    else
+        dialog.close();
     QTRY_COMPARE(text(), u"theirs"_s);
 }
 
