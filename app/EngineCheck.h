@@ -1,12 +1,11 @@
 #pragma once
 
+#include "editor/Worker.h"
 #include "macro/script/EngineTrial.h"
 #include "macro/script/ScriptHostPool.h"
 #include "macro/script/StoppableWaiter.h"
 
 #include <QObject>
-
-#include <thread>
 
 namespace penwick {
 
@@ -36,7 +35,7 @@ Q_SIGNALS:
 private:
     StoppableWaiter m_waiter{QDeadlineTimer(kLongest)};
     EngineTrial m_trial;
-    std::thread m_thread;
+    Worker<EngineTrial> m_worker; // Last, so that it is destroyed first.
 };
 
 } // namespace penwick

@@ -2,10 +2,12 @@
 
 #include "platform/files/SafeCopy.h"
 
+#include <QPromise>
+
 #include <chrono>
-#include <mutex>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 namespace penwick {
 
@@ -39,34 +41,21 @@ checkFile(const QString &path, const std::optional<FileVersion> &known, Transfer
     return finding;
 }
 
-/// The state that the owner's thread and the worker share.
-struct FileCheck::Shared
-{
-    std::mutex mutex; // Guards `owner`, so that it cannot be destroyed during `post`.
-    FileCheck *owner = nullptr;
-    TransferProgress progress;
-
-    void post(const FileCheckResult &finding)
-    {
-        const std::lock_guard lock(mutex);
-        if (owner == nullptr)
-            return;
-        QMetaObject::invokeMethod(
-            owner,
-            [receiver = owner, finding] { Q_EMIT receiver->finished(finding); },
-            Qt::QueuedConnection);
-    }
-};
-
 FileCheck::FileCheck(const QString &path, const std::optional<FileVersion> &known, QObject *parent)
     : QObject(parent)
-    , m_shared(std::make_shared<Shared>())
+    , m_progress(std::make_shared<TransferProgress>())
 {
-    m_shared->owner = this;
-    const auto run = [shared = m_shared, path, known] {
-        FileCheckResult finding = checkFile(path, known, shared->progress);
+    connect(&m_watcher, &QFutureWatcherBase::finished, this, [this] {
+        Q_EMIT finished(m_watcher.result());
+    });
+    const auto promise = std::make_shared<QPromise<FileCheckResult>>();
+    promise->start();
+    m_watcher.setFuture(promise->future());
+    const auto run = [promise, progress = m_progress, path, known] {
+        FileCheckResult finding = checkFile(path, known, *progress);
         finding.copies = SafeCopy::left(path);
-        shared->post(finding);
+        promise->addResult(std::move(finding));
+        promise->finish();
     };
     try {
         std::thread(run).detach();
@@ -77,9 +66,7 @@ FileCheck::FileCheck(const QString &path, const std::optional<FileVersion> &know
 
 FileCheck::~FileCheck()
 {
-    m_shared->progress.cancel();
-    const std::lock_guard lock(m_shared->mutex);
-    m_shared->owner = nullptr;
+    m_progress->cancel();
 }
 
 } // namespace penwick

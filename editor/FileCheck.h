@@ -2,6 +2,7 @@
 
 #include "editor/TextFile.h"
 
+#include <QFutureWatcher>
 #include <QObject>
 #include <QStringList>
 
@@ -47,9 +48,8 @@ Q_SIGNALS:
     void finished(const penwick::FileCheckResult &finding);
 
 private:
-    struct Shared;
-
-    std::shared_ptr<Shared> m_shared;
+    std::shared_ptr<TransferProgress> m_progress;
+    QFutureWatcher<FileCheckResult> m_watcher;
 };
 
 } // namespace penwick

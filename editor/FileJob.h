@@ -1,13 +1,12 @@
 #pragma once
 
 #include "editor/TextFile.h"
+#include "editor/Worker.h"
 
 #include <QObject>
 
 #include <chrono>
 #include <functional>
-#include <future>
-#include <thread>
 
 namespace penwick {
 
@@ -23,16 +22,19 @@ public:
 
     /// Starts the work. If the system can start no thread, the work runs before this returns.
     /// \param work must not throw.
-    explicit FileJob(Work work, QObject *parent = nullptr);
+    explicit FileJob(const Work &work, QObject *parent = nullptr);
     ~FileJob() override;
 
     [[nodiscard]] TransferProgress &progress() { return m_progress; }
 
     /// Waits for the work at most `time`. Returns true when it has ended.
-    [[nodiscard]] bool waitFor(std::chrono::milliseconds time) const;
+    [[nodiscard]] bool waitFor(std::chrono::milliseconds time) const
+    {
+        return m_worker.waitFor(time);
+    }
 
     /// Waits for the end of the work and returns its outcome. Call it once.
-    [[nodiscard]] TransferOutcome takeOutcome() { return m_outcome.get(); }
+    [[nodiscard]] TransferOutcome takeOutcome() { return m_worker.take(); }
 
 Q_SIGNALS:
     /// The work has ended. Emitted on the main thread, from its event loop.
@@ -40,8 +42,7 @@ Q_SIGNALS:
 
 private:
     TransferProgress m_progress;
-    std::future<TransferOutcome> m_outcome;
-    std::thread m_thread;
+    Worker<TransferOutcome> m_worker; // Last, so that it is destroyed first.
 };
 
 } // namespace penwick

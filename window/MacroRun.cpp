@@ -9,16 +9,16 @@
 #include <QWidget>
 
 #include <algorithm>
+#include <chrono>
 #include <new>
-#include <system_error>
 #include <utility>
 
 namespace penwick {
 
 namespace {
 
-constexpr int kBlockingWait = 100; // Milliseconds; too short for the user to notice.
-constexpr int kNoticeDelay = 1000; // Milliseconds after the start of the run.
+constexpr std::chrono::milliseconds kBlockingWait{100}; // Too short for the user to notice.
+constexpr int kNoticeDelay = 1000;                      // Milliseconds after the start of the run.
 
 ScriptOutcome failure(ScriptError::Code code)
 {
@@ -45,46 +45,27 @@ MacroRun::MacroRun(QWidget *window,
     : QObject(parent)
     , m_window(window)
     , m_macroName(std::move(macroName))
+    , m_worker(
+          [this, evaluation = std::move(evaluation)] { return outcomeOf(evaluation, &m_waiter); },
+          [] { return failure(ScriptError::Code::HostUnavailable); },
+          [this] { finish(); })
 {
     m_since.start();
     qApp->installEventFilter(this);
-    start(std::move(evaluation));
 }
 
 MacroRun::~MacroRun()
 {
     m_waiter.stop();
-    if (m_thread.joinable())
-        m_thread.join();
     delete m_notice;
-}
-
-void MacroRun::start(MacroRuntimeService::Evaluation evaluation)
-{
-    auto work = [this, evaluation = std::move(evaluation)]() mutable {
-        ScriptOutcome outcome = outcomeOf(evaluation, &m_waiter);
-        evaluation = nullptr; // Also frees the process and the script source.
-        m_outcome = std::move(outcome);
-        m_done.release();
-        QMetaObject::invokeMethod(this, &MacroRun::finish, Qt::QueuedConnection);
-    };
-    try {
-        m_thread = std::thread(std::move(work));
-    } catch (const std::system_error &) { // The thread could not be started.
-        m_outcome = failure(ScriptError::Code::HostUnavailable);
-        m_done.release();
-        QMetaObject::invokeMethod(this, &MacroRun::finish, Qt::QueuedConnection);
-    }
 }
 
 // The loop ends within the second, whatever its events do. A run on another window that one of them
 // starts therefore delays this one by at most a second, and no run stays on the stack.
 void MacroRun::waitUntilNotice()
 {
-    if (m_done.tryAcquire(1, kBlockingWait)) {
-        m_done.release(); // `finish` acquires it again.
+    if (m_worker.waitFor(kBlockingWait))
         return finish();
-    }
     const QPointer<MacroRun> self(this);
     QEventLoop loop;
     m_loop = &loop;
@@ -120,15 +101,10 @@ void MacroRun::stop()
     end(failure(ScriptError::Code::Stopped));
 }
 
-// Called once the thread is done. `waitUntilNotice` may have called it before; the second call does
-// nothing.
+// Called when the outcome is available.
 void MacroRun::finish()
 {
-    if (!m_done.tryAcquire())
-        return;
-    if (m_thread.joinable())
-        m_thread.join();
-    end(*std::exchange(m_outcome, std::nullopt));
+    end(m_worker.take());
     deleteLater();
 }
 

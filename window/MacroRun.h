@@ -1,15 +1,12 @@
 #pragma once
 
+#include "editor/Worker.h"
 #include "macro/engine/MacroRuntimeService.h"
 #include "macro/script/StoppableWaiter.h"
 
 #include <QElapsedTimer>
 #include <QObject>
 #include <QPointer>
-#include <QSemaphore>
-
-#include <optional>
-#include <thread>
 
 class QEventLoop;
 class QWidget;
@@ -53,7 +50,6 @@ Q_SIGNALS:
 
 private:
     bool eventFilter(QObject *watched, QEvent *event) override;
-    void start(MacroRuntimeService::Evaluation evaluation);
     void finish();
     void end(const ScriptOutcome &outcome);
 
@@ -64,9 +60,7 @@ private:
     QEventLoop *m_loop = nullptr; // While it runs.
     bool m_hasEnded = false;
     StoppableWaiter m_waiter;
-    std::optional<ScriptOutcome> m_outcome; // Owned by the thread until it releases `m_done`.
-    QSemaphore m_done;
-    std::thread m_thread;
+    Worker<ScriptOutcome> m_worker; // Last, so that it is destroyed first.
 };
 
 } // namespace penwick
