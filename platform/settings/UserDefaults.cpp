@@ -20,20 +20,10 @@ UserDefaults &UserDefaults::standard()
     return *defaults;
 }
 
-bool UserDefaults::contains(const QString &key) const
-{
-    return value(key).isValid();
-}
-
 std::optional<QString> UserDefaults::string(const QString &key) const
 {
     const QVariant found = value(key);
     return found.isValid() ? std::optional(found.toString()) : std::nullopt;
-}
-
-bool UserDefaults::boolean(const QString &key) const
-{
-    return value(key).toBool();
 }
 
 QByteArray UserDefaults::bytes(const QString &key) const
@@ -62,11 +52,6 @@ bool UserDefaults::setBytes(const QString &key, const QByteArray &value)
     return write(key, value);
 }
 
-bool UserDefaults::remove(const QString &key)
-{
-    return write(key, {});
-}
-
 /// Takes the lock of the settings' folder, which is created if it is missing. QSettings has its own
 /// lock, but would wait half a minute for a process that hangs.
 tl::expected<StoreLock::Holder, FileError> UserDefaults::lock()
@@ -90,10 +75,7 @@ bool UserDefaults::write(const QString &key, const QVariant &value)
     const bool isInStep = sync();
     if (isInStep && m_settings.value(key) == value)
         return true;
-    if (value.isValid())
-        m_settings.setValue(key, value);
-    else
-        m_settings.remove(key);
+    m_settings.setValue(key, value);
     return sync();
 }
 

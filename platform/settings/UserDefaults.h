@@ -24,12 +24,8 @@ public:
     /// use, lives until the process ends.
     [[nodiscard]] static UserDefaults &standard();
 
-    [[nodiscard]] bool contains(const QString &key) const;
-
-    /// Returns std::nullopt when the key is not stored.
+    /// Returns std::nullopt when the key is not stored. A boolean is "true" or "false".
     [[nodiscard]] std::optional<QString> string(const QString &key) const;
-    /// Returns the value as QVariant converts it; false when the key is not stored.
-    [[nodiscard]] bool boolean(const QString &key) const;
     /// Empty when the key is not stored.
     [[nodiscard]] QByteArray bytes(const QString &key) const;
 
@@ -38,7 +34,6 @@ public:
     bool setString(const QString &key, const QString &value);
     bool setBoolean(const QString &key, bool value);
     bool setBytes(const QString &key, const QByteArray &value);
-    bool remove(const QString &key);
 
 private:
     [[nodiscard]] QVariant value(const QString &key) const;
@@ -48,8 +43,7 @@ private:
 
     QSettings m_settings;
     StoreLock m_lock;
-    QHash<QString, QVariant>
-        m_unsaved; // Values that could not be stored; invalid for a removed key.
+    QHash<QString, QVariant> m_unsaved; // Values that could not be stored.
 };
 
 } // namespace penwick
