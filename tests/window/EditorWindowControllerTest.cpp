@@ -5,7 +5,8 @@
 
 #include <QScreen>
 #include <QTest>
-#include <QTimeZone>
+
+#include <ctime>
 
 using namespace Qt::StringLiterals;
 
@@ -18,11 +19,18 @@ class EditorWindowControllerTest final : public QObject, private test::EditorTes
 
 private Q_SLOTS:
 
+    void initTestCase()
+    {
+        qputenv("TZ", "Asia/Tokyo");
+        tzset();
+    }
+
     void init() { begin(); }
 
     void cleanup() { end(); }
 
     void window_made_hasSizeAndMinimum();
+    void window_made_hasATitleBarWithAllButtons();
     void window_first_takesTheSavedFrame();
     void window_second_hasStandardSizeInTheMiddle();
     void document_set_isShown();
@@ -37,12 +45,27 @@ private Q_SLOTS:
 
 void EditorWindowControllerTest::window_made_hasSizeAndMinimum()
 {
-    const QMainWindow *window = m_controller->window();
-    QCOMPARE(window->size(), QSize(900, 650));
-    QCOMPARE(window->minimumSize(), QSize(520, 360));
+    QMainWindow *window = m_controller->window();
     QVERIFY(!window->isVisible());
-    const Qt::WindowFlags flags = window->windowFlags();
-    QVERIFY(flags.testFlag(Qt::WindowCloseButtonHint) || !flags.testFlag(Qt::CustomizeWindowHint));
+    window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(window));
+    QCOMPARE(window->size(), QSize(900, 650));
+    window->resize(1, 1);
+    QTRY_COMPARE(window->size(), QSize(520, 360));
+    window->resize(1000, 700);
+    QTRY_COMPARE(window->size(), QSize(1000, 700));
+}
+
+void EditorWindowControllerTest::window_made_hasATitleBarWithAllButtons()
+{
+    const Qt::WindowFlags flags = m_controller->window()->windowFlags();
+    QCOMPARE(flags & Qt::WindowType_Mask, Qt::WindowFlags(Qt::Window));
+    QVERIFY(flags.testFlag(Qt::WindowTitleHint));
+    QVERIFY(flags.testFlag(Qt::WindowSystemMenuHint));
+    QVERIFY(flags.testFlag(Qt::WindowMinimizeButtonHint));
+    QVERIFY(flags.testFlag(Qt::WindowMaximizeButtonHint));
+    QVERIFY(flags.testFlag(Qt::WindowCloseButtonHint));
+    QVERIFY(!flags.testFlag(Qt::FramelessWindowHint));
 }
 
 void EditorWindowControllerTest::window_first_takesTheSavedFrame()
@@ -53,6 +76,10 @@ void EditorWindowControllerTest::window_first_takesTheSavedFrame()
     m_controller->window()->close();
     m_controller = makeController();
     QCOMPARE(m_controller->window()->geometry(), place);
+    m_controller->window()->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_controller->window()));
+    QCOMPARE(m_controller->window()->geometry(), place);
+    QVERIFY(!m_defaults->bytes(u"windowFrame.penwickEditorWindow"_s).isEmpty());
 }
 
 void EditorWindowControllerTest::window_second_hasStandardSizeInTheMiddle()
@@ -60,10 +87,13 @@ void EditorWindowControllerTest::window_second_hasStandardSizeInTheMiddle()
     m_controller->window()->show();
     m_controller->window()->setGeometry(20, 30, 600, 400);
     const auto second = makeController();
-    QCOMPARE(second->window()->size(), QSize(900, 650));
+    // When the window is shown, the window system adds a frame around it, which moves its middle.
     const QPoint distance = second->window()->frameGeometry().center() -
                             second->window()->screen()->availableGeometry().center();
     QVERIFY(distance.manhattanLength() <= 2);
+    second->window()->show();
+    QVERIFY(QTest::qWaitForWindowExposed(second->window()));
+    QCOMPARE(second->window()->size(), QSize(900, 650));
 }
 
 void EditorWindowControllerTest::document_set_isShown()
@@ -129,8 +159,8 @@ void EditorWindowControllerTest::context_ofTheWindow_isWhatItShows()
     QVERIFY(context.cursor == (MacroContext::Cursor{5, 1, 3}));
     QVERIFY(context.macro == (MacroContext::Macro{u"i"_s, u"n"_s}));
     QCOMPARE(context.editor.tabTitle, u"名称未設定"_s);
-    QCOMPARE(QDateTime::fromString(context.dateTime.nowIso, Qt::ISODate), now());
-    QCOMPARE(context.dateTime.timezone, QString::fromLatin1(QTimeZone::systemTimeZoneId()));
+    QCOMPARE(context.dateTime.nowIso, u"2024-02-29T12:04:05+09:00"_s);
+    QCOMPARE(context.dateTime.timezone, u"Asia/Tokyo"_s);
     QTest::keyClicks(view(), u"x"_s);
     QVERIFY(m_controller->buildMacroContext(u"i"_s, u"n"_s).document.isModified);
 }

@@ -1,12 +1,35 @@
 #include "macro/engine/EditorTestBase.h"
 #include "wording/WordingLookup.h"
 
+#include <QCoreApplication>
 #include <QInputMethodEvent>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
 namespace penwick {
+
+namespace {
+
+/// Counts the queued calls that are delivered to any object of the main thread while this lives.
+class QueuedCalls final : public QObject
+{
+public:
+    QueuedCalls() { qApp->installEventFilter(this); }
+
+    [[nodiscard]] int count() const { return m_count; }
+
+    bool eventFilter(QObject * /*watched*/, QEvent *event) override
+    {
+        m_count += event->type() == QEvent::MetaCall ? 1 : 0;
+        return false;
+    }
+
+private:
+    int m_count = 0;
+};
+
+} // namespace
 
 /// Tests of what a macro that runs on a window does to its text, and of the window's messages.
 class EditorWindowMacrosTest final : public QObject, private test::EditorTestBase
@@ -127,6 +150,10 @@ void EditorWindowMacrosTest::run_whileComposing_warnsAndTouchesNothing()
     open(u"abc"_s, {1, 0});
     compose(u"にほん"_s);
     QVERIFY(view()->hasMarkedText());
+    // A script that ran would report its own message, because it has no edits to refuse.
+    run(u"return {notifications: [{message: 'ran'}]};"_s);
+    QCOMPARE(message(), std::optional(u"日本語入力の変換を確定してからマクロを実行してください"_s));
+    m_controller->documentState()->setMacroNotificationMessage(std::nullopt);
     run(u"return {textEdits: [{type: 'replaceAll', text: 'X'}]};"_s);
     QCOMPARE(message(), std::optional(u"日本語入力の変換を確定してからマクロを実行してください"_s));
     QVERIFY(view()->hasMarkedText());
@@ -289,19 +316,26 @@ void EditorWindowMacrosTest::run_edits_areOneUndoStep()
         "                     {type: 'replaceLines', startLine: 1, endLine: 2, lines: ['2']}],"
         "        cursor: {offset: 0}};"_s);
     QCOMPARE(text(), u"1!\n2"_s);
+    QCOMPARE(view()->selectedRange(), (TextRange{0, 0}));
     view()->undo();
     QCOMPARE(text(), u"one\ntwo"_s);
+    QCOMPARE(view()->selectedRange(), (TextRange{0, 3}));
     QVERIFY(!m_document->textStorage()->canUndo());
     QTRY_COMPARE(m_document->contentString().toString(), u"one\ntwo"_s);
     QVERIFY(!m_document->isEdited());
+    view()->redo();
+    QCOMPARE(text(), u"1!\n2"_s);
+    QVERIFY(!m_document->textStorage()->canRedo());
 }
 
 void EditorWindowMacrosTest::message_windowGoneMeanwhile_isDropped()
 {
     open(u"a"_s);
     run(u"return {textEdits: [{type: 'replaceAll', text: 'b'}]};"_s);
+    QueuedCalls calls;
     m_controller.reset();
     QCoreApplication::processEvents();
+    QCOMPARE(calls.count(), 0);
     QCOMPARE(m_document->contentString().toString(), u"b"_s);
 }
 
