@@ -3,6 +3,7 @@
 #include "support/FileSizeLimit.h"
 #include "support/HugeText.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -10,7 +11,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <chrono>
+#include <thread>
 
 using namespace penwick;
 using test::hugeText;
@@ -29,6 +32,16 @@ QByteArray bytesOf(const QString &path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
+}
+
+/// True while this process has a descriptor of the file.
+bool isOpenHere(const QString &path)
+{
+    const QFileInfoList descriptors =
+        QDir(u"/proc/self/fd"_s).entryInfoList(QDir::AllEntries | QDir::System);
+    return std::any_of(descriptors.begin(), descriptors.end(), [&path](const QFileInfo &info) {
+        return info.symLinkTarget() == path;
+    });
 }
 
 } // namespace
@@ -326,11 +339,18 @@ void TextDocumentTest::reading_cancelled_leavesTheDocument()
 
 void TextDocumentTest::reading_documentDies_isCalledOff()
 {
-    writeBytes(path(u"a.txt"_s), QByteArray(50'000'000, 'x'));
+    constexpr qint64 kSize = 1'000'000'000; // Takes long to read; the file itself is sparse.
+    writeBytes(path(u"a.txt"_s), {});
+    QVERIFY(QFile::resize(path(u"a.txt"_s), kSize));
     auto document = std::make_unique<TextDocument>();
     const QSignalSpy ended(document.get(), &TextDocument::transferEnded);
     document->startReading(path(u"a.txt"_s));
+    const QDeadlineTimer deadline(10'000);
+    while (!isOpenHere(path(u"a.txt"_s)) && !deadline.hasExpired())
+        std::this_thread::yield();
+    QVERIFY(isOpenHere(path(u"a.txt"_s)));
     document.reset();
+    QVERIFY(!isOpenHere(path(u"a.txt"_s)));
     QCoreApplication::processEvents();
     QCOMPARE(ended.count(), 0);
 }

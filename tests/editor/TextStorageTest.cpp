@@ -134,6 +134,23 @@ void TextStorageTest::groupWithoutEdits_leavesNoStep()
     storage.beginUndoGrouping();
     storage.endUndoGrouping();
     QVERIFY(!storage.canUndo());
+    storage.replaceCharacters({0, 0}, Text(u"a"));
+    storage.replaceCharacters({1, 0}, Text(u"b"));
+    storage.undo();
+    storage.setSavePoint();
+    storage.beginUndoGrouping();
+    storage.beginUndoGrouping();
+    storage.replaceCharacters({0, 0}, Text()); // Changes nothing.
+    storage.endUndoGrouping();
+    storage.endUndoGrouping();
+    QVERIFY(!storage.isModified());
+    QVERIFY(storage.canRedo());
+    storage.redo();
+    QCOMPARE(storage.text().toString(), u"ab"_s);
+    storage.undo();
+    storage.undo();
+    QVERIFY(storage.text().isEmpty());
+    QVERIFY(!storage.canUndo());
 }
 
 void TextStorageTest::undo_returnsSelectionBeforeAndRedoAfter()

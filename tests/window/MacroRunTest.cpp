@@ -4,6 +4,7 @@
 #include "support/TemporaryHome.h"
 
 #include <QAbstractButton>
+#include <QDeadlineTimer>
 #include <QDropEvent>
 #include <QInputMethodEvent>
 #include <QLabel>
@@ -358,12 +359,19 @@ void MacroRunTest::document_goneMeanwhile_stillEdits()
 void MacroRunTest::stop_afterTheScriptHasEnded_changesNothing()
 {
     test::MacroEditor editor(m_settings);
+    QVERIFY(ScriptHostPool::shared().prepare());
+    const auto process = static_cast<pid_t>(ScriptHostPool::shared().spareProcessId());
     editor.start(slow(2000));
     QVERIFY(editor.notice() != nullptr);
-    QElapsedTimer elapsed;
-    elapsed.start();
-    while (!elapsed.hasExpired(1500)) { // The script's result is ready but not yet read.
-    }
+    QVERIFY(editor.controller.isRunningMacro());
+    // The run ends its process once it has the script's result. No event is processed, so that
+    // the result is not used yet.
+    const QDeadlineTimer deadline(60000);
+    const auto hasEnded = [process] { return reapHostProcesses() && ::kill(process, 0) == -1; };
+    while (!hasEnded() && !deadline.hasExpired())
+        std::this_thread::yield();
+    QVERIFY(hasEnded());
+    QVERIFY(editor.controller.isRunningMacro());
     editor.notice()->reject();
     QCOMPARE(editor.message(), kStopped);
     QTRY_VERIFY(editor.controller.findChildren<MacroRun *>().isEmpty());

@@ -17,6 +17,7 @@ class MainEditorViewTest final : public QObject
 
 private Q_SLOTS:
     void layout_topToBottom_isTextDividerStatusBar();
+    void layout_taller_givesTheTextAllOfIt();
     void textView_made_hasStateTextFontAndFocus();
     void openedText_isCountedInALaterTurn();
     void documentGone_beforeTheView_isHarmless();
@@ -39,6 +40,23 @@ void MainEditorViewTest::layout_topToBottom_isTextDividerStatusBar()
     QCOMPARE(view.layout()->contentsMargins(), QMargins());
 }
 
+void MainEditorViewTest::layout_taller_givesTheTextAllOfIt()
+{
+    DocumentState state;
+    TextDocument document;
+    MainEditorView view(&state, &document);
+    view.resize(600, 400);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    const int textHeight = view.textView()->height();
+    const QWidget *bar = view.findChild<StatusBarView *>();
+    const int barHeight = bar->height();
+    view.resize(600, 700);
+    QTRY_COMPARE(view.textView()->height(), textHeight + 300);
+    QCOMPARE(bar->height(), barHeight);
+    QCOMPARE(bar->geometry().bottom(), view.rect().bottom());
+}
+
 void MainEditorViewTest::textView_made_hasStateTextFontAndFocus()
 {
     DocumentState state;
@@ -51,7 +69,10 @@ void MainEditorViewTest::textView_made_hasStateTextFontAndFocus()
     QVERIFY(QTest::qWaitForWindowActive(&view));
     QCOMPARE(view.textView()->string().toString(), u"hello"_s);
     QCOMPARE(view.textView()->textStorage(), document.textStorage());
-    QCOMPARE(view.textView()->font().pointSizeF(), 14.0);
+    const QFont font = view.textView()->font();
+    QCOMPARE(font.pointSizeF(), 14.0);
+    QCOMPARE(font.weight(), QFont::Normal);
+    QVERIFY(QFontInfo(font).fixedPitch());
     QVERIFY(!document.isEdited());
     QVERIFY(!document.textStorage()->canUndo());
     QTRY_VERIFY(view.textView()->hasFocus());

@@ -111,6 +111,11 @@ private Q_SLOTS:
         named.strippedCode = u"// version:  \t\n// version: 3"_s;
         QTest::newRow("nothing behind the colon ends it")
             << QString(kMarker + u"// name: N\n// version:  \t\n// version: 3"_s) << named;
+        ParsedMeta versioned = named;
+        versioned.version = u"2"_s;
+        QTest::newRow("nothing behind the colon keeps the earlier value")
+            << QString(kMarker + u"// name: N\n// version: 2\n// version:  \t\n// version: 3"_s)
+            << versioned;
         named.strippedCode = u"// :version\nx"_s;
         QTest::newRow("nothing before the colon ends it")
             << QString(kMarker + u"// name: N\n// :version\nx"_s) << named;
