@@ -171,12 +171,12 @@ private Q_SLOTS:
         QVERIFY(world.isTaken({})); // There is no window yet, so the request opens one.
         QTRY_COMPARE(world.documents.windowControllers().size(), 1);
         QVERIFY(world.isTaken({}));
-        QTest::qWait(50);
-        QCOMPARE(world.documents.windowControllers().size(), 1);
         OpenRequest request;
         request.newWindow = true;
         QVERIFY(world.isTaken(request));
+        // Requests are opened in their order, so the second one is done by then.
         QTRY_COMPARE(world.documents.windows().size(), 2);
+        QCOMPARE(world.documents.windowControllers().size(), 2);
     }
 
     void wait_endsWithTheLastDocument()
@@ -190,7 +190,13 @@ private Q_SLOTS:
         auto outcome = world.handOver(request);
         QTRY_VERIFY(world.controllerOf(second) != nullptr);
         QVERIFY(world.documents.closeDocument(world.controllerOf(first)));
-        QTest::qWait(50);
+        // A later client is told about its document; the first one would have been told before.
+        const QString third = world.home.write(u"c.txt"_s, "c");
+        request.items = {itemOf(third)};
+        auto later = world.handOver(request);
+        QTRY_VERIFY(world.controllerOf(third) != nullptr);
+        QVERIFY(world.documents.closeDocument(world.controllerOf(third)));
+        QTRY_VERIFY(World::isOver(later));
         QVERIFY(!World::isOver(outcome));
         QVERIFY(world.documents.closeDocument(world.controllerOf(second)));
         QTRY_VERIFY(World::isOver(outcome));

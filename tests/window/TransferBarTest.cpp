@@ -11,6 +11,8 @@
 #include <QTimer>
 #include <QToolButton>
 
+#include <algorithm>
+
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
@@ -94,7 +96,13 @@ void TransferBarTest::quickTransfer_endedUnderAMessage_isNeverShown()
     bool wasShown = false;
     // A message runs a nested event loop, and its slot is called before the bar's.
     connect(&document, &TextDocument::transferEnded, this, [&] {
-        QTest::qWait(300);
+        // The bar's timer ends while the message is shown.
+        const auto timers = m_bar->findChildren<QTimer *>();
+        QVERIFY(QTest::qWaitFor([&timers] {
+            return std::none_of(timers.begin(), timers.end(), [](const QTimer *timer) {
+                return timer->isActive();
+            });
+        }));
         wasShown = m_bar->isVisible();
     });
     m_bar = std::make_unique<TransferBar>(&document);

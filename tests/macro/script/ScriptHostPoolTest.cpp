@@ -10,6 +10,7 @@
 
 #include <clocale>
 #include <csignal>
+#include <poll.h>
 #include <random>
 #include <unistd.h>
 
@@ -46,13 +47,15 @@ ScriptOutcome failure(ScriptError::Code code)
     return tl::unexpected(ScriptError{code, {}});
 }
 
-/// Stops a script after a short time, or once `m_isEnough` is true.
+/// Waits for the descriptor, and stops the script once `m_isEnough` is true.
 class StoppingWaiter final : public ScriptWaiter
 {
 public:
-    bool wait(int /*descriptor*/, bool /*forWriting*/) override
+    bool wait(int descriptor, bool forWriting) override
     {
-        QTest::qWait(5);
+        constexpr int kCheckInterval = 5; // Milliseconds; a silent script must be stopped too.
+        pollfd ready{descriptor, static_cast<short>(forWriting ? POLLOUT : POLLIN), 0};
+        ::poll(&ready, 1, kCheckInterval);
         return !m_isEnough || !m_isEnough();
     }
 
