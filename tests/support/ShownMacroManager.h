@@ -17,6 +17,14 @@ struct ShownMacroManager : ManagerDependencies
         home.write(QStringLiteral("data/macros.json"), MacroJson::write(macros));
         manager = std::make_unique<MacroManager>(
             home.file(QStringLiteral("data")), defaults, time.clock(), ids.source());
+        makeWindow();
+        controller->showWindow();
+    }
+
+    /// Replaces the window by a new one that is not shown yet.
+    void makeWindow()
+    {
+        controller.reset(); // Frees the name of the window's frame.
         controller = std::make_unique<MacroManagerWindowController>(
             MacroManagerView::Services{*manager,
                                        center,
@@ -24,7 +32,6 @@ struct ShownMacroManager : ManagerDependencies
                                        ids.source(),
                                        [this](const Macro &draft) { testRuns.append(draft); }},
             defaults);
-        controller->showWindow();
     }
 
     [[nodiscard]] QMainWindow *window() const { return controller->window(); }

@@ -24,6 +24,7 @@ struct ShownProfileManager : ManagerDependencies
     /// Replaces the window by a new one that is not shown yet.
     void makeWindow()
     {
+        controller.reset(); // Frees the name of the window's frame.
         controller = std::make_unique<ProfileManagerWindowController>(
             ProfileManagerView::Services{
                 *manager, center, panels.panels(), time.clock(), ids.source()},

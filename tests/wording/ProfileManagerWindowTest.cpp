@@ -1,9 +1,11 @@
+#include "platform/desktop/WindowFrame.h"
 #include "support/FileSizeLimit.h"
 #include "support/ShownProfileManager.h"
 #include "wording/WordingLookup.h"
 
 #include <QAccessible>
 #include <QFileInfo>
+#include <QScreen>
 #include <QTest>
 
 using namespace penwick;
@@ -13,6 +15,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString kNow = u"2025-03-01T09:15:00Z"_s; // The fake clock's time.
+const QString kFrameKey = u"windowFrame.ProfileManagerWindow"_s;
 const QString kApplied = u"プロファイルを適用しました。一部の表示は再起動後に反映されます。"_s;
 
 UIWordingProfile userProfile(const QString &id, const QString &name)
@@ -26,6 +29,15 @@ UIWordingProfile userProfile(const QString &id, const QString &name)
     profile.updatedAt = u"2024-05-02T09:30:00Z"_s;
     profile.values = {{u"common.ok"_s, u"よし"_s}, {u"profile.manageWindowTitle"_s, u"文言"_s}};
     return profile;
+}
+
+/// True for a window in the middle of its screen. Call it before the window is shown: then the
+/// window system adds a frame around it, which moves its middle.
+bool isCentered(const QWidget *window)
+{
+    const QPoint distance =
+        window->frameGeometry().center() - window->screen()->availableGeometry().center();
+    return distance.manhattanLength() <= 2;
 }
 
 } // namespace
@@ -89,6 +101,40 @@ private Q_SLOTS:
         world.window()->close();
         world.makeWindow();
         QCOMPARE(world.window()->size(), QSize(700, 500));
+    }
+
+    void window_first_isCentered()
+    {
+        World world;
+        QVERIFY(world.window()->close());
+        QVERIFY(world.defaults.setBytes(kFrameKey, {}));
+        world.makeWindow();
+        QVERIFY(isCentered(world.window()));
+    }
+
+    void window_closed_storesItsFrameUnderItsName()
+    {
+        World world;
+        const QRect place(40, 50, 700, 500);
+        world.window()->setGeometry(place);
+        QVERIFY(world.window()->close());
+        QWidget other;
+        QVERIFY(other.restoreGeometry(world.defaults.bytes(kFrameKey)));
+        QCOMPARE(other.geometry(), place);
+        world.makeWindow();
+        QCOMPARE(world.window()->geometry(), place);
+    }
+
+    void window_nameInUse_isCentered()
+    {
+        World world;
+        world.window()->setGeometry(40, 50, 700, 500);
+        QVERIFY(world.window()->close());
+        QWidget other;
+        QVERIFY(setFrameAutosaveName(&other, u"ProfileManagerWindow"_s, world.defaults));
+        world.makeWindow();
+        QCOMPARE(world.window()->size(), QSize(900, 650));
+        QVERIFY(isCentered(world.window()));
     }
 
     void window_closeKey_closes()

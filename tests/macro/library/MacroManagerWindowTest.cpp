@@ -1,9 +1,11 @@
 #include "macro/library/MacroDetailView.h"
 #include "macro/library/MacroManagerScene.h"
+#include "platform/desktop/WindowFrame.h"
 #include "view/TextView.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
 
+#include <QScreen>
 #include <QTest>
 
 using namespace penwick;
@@ -35,6 +37,40 @@ private Q_SLOTS:
         QVERIFY(world.page().labels().contains(u"マクロを選択してください"_s));
         QCOMPARE(world.page().tool(u"macroAdd"_s)->text(), u"追加"_s);
         QCOMPARE(world.page().tool(u"macroImport"_s)->text(), u"インポート…"_s);
+    }
+
+    void window_first_isAtTheScreensTopLeft()
+    {
+        const MacroManagerScene world;
+        QCOMPARE(world.window()->pos(), world.window()->screen()->availableGeometry().topLeft());
+    }
+
+    void window_closed_storesItsFrameUnderItsName()
+    {
+        MacroManagerScene world;
+        const QRect place(40, 50, 700, 500);
+        world.window()->setGeometry(place);
+        QVERIFY(world.window()->close());
+        QWidget other;
+        QVERIFY(other.restoreGeometry(
+            world.defaults.bytes(u"windowFrame.penwickMacroManagerWindow"_s)));
+        QCOMPARE(other.geometry(), place);
+        world.makeWindow();
+        QCOMPARE(world.window()->geometry(), place);
+    }
+
+    void window_nameInUse_isCentered()
+    {
+        MacroManagerScene world;
+        world.window()->setGeometry(40, 50, 700, 500);
+        QVERIFY(world.window()->close());
+        QWidget other;
+        QVERIFY(setFrameAutosaveName(&other, u"penwickMacroManagerWindow"_s, world.defaults));
+        world.makeWindow();
+        QCOMPARE(world.window()->size(), QSize(800, 600));
+        const QPoint distance = world.window()->frameGeometry().center() -
+                                world.window()->screen()->availableGeometry().center();
+        QVERIFY(distance.manhattanLength() <= 2);
     }
 
     void list_opened_showsNamesSwitchesAndBadges()
