@@ -8,6 +8,7 @@
 
 #include <QMainWindow>
 #include <QTest>
+#include <QTimer>
 
 using namespace penwick;
 using namespace Qt::StringLiterals;
@@ -43,7 +44,6 @@ private Q_SLOTS:
     void menus_actOnTheTabInFront();
     void menus_ofAWindowPulledOut_areThere();
     void about_chosen_showsNameVersionAndDescription();
-    // Must be the last: after quit() no event loop runs in the process any more.
     void quit_withUnsavedMacroAndWindow_asksForBoth();
 };
 
@@ -323,12 +323,19 @@ void AppDelegateTest::quit_withUnsavedMacroAndWindow_asksForBoth()
     test::clickInModal(u"キャンセル"_s);
     menu(0)->actions()[2]->trigger();
     QVERIFY(m_app->documentController().hasDocuments());
-    test::answerModal([](QWidget *question) {
-        test::clickInModal(u"保存しない"_s);
-        test::buttonNamed(question, u"保存しない"_s)->click();
+    // Outside of an event loop the command would end all later ones. The last window does not end
+    // this one, so only the command can.
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QTimer::singleShot(0, this, [this] {
+        test::answerModal([](QWidget *question) {
+            test::clickInModal(u"保存しない"_s);
+            test::buttonNamed(question, u"保存しない"_s)->click();
+        });
+        menu(0)->actions()[2]->trigger();
     });
-    menu(0)->actions()[2]->trigger();
+    QCOMPARE(QCoreApplication::exec(), 0);
     QVERIFY(!m_app->documentController().hasDocuments());
+    QCOMPARE(MacroManager::shared().macros().first().name, u"行末スペースを削除"_s);
 }
 
 QTEST_MAIN(AppDelegateTest)
