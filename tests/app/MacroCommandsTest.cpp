@@ -4,6 +4,7 @@
 #include "support/ManagerPage.h"
 
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QTest>
 
@@ -22,19 +23,43 @@ private Q_SLOTS:
     void cleanup() { end(); }
 
     void macroManagersTestRun_editsTheLastActiveEditor();
+    void macroManagersTestRun_behindTwoEditors_editsTheOneActiveLast();
     void macroManagersTestRun_failing_marksTheLine_data();
     void macroManagersTestRun_failing_marksTheLine();
     void dynamicMacro_fromTheMenu_editsTheDocument();
     void dynamicMacro_vanished_doesNothing();
     void prefixMacro_prompted_usesTheAnswer_data();
     void prefixMacro_prompted_usesTheAnswer();
+    void suffixMacro_promptedAndAccepted_appendsAComma();
+    void prompt_ofAMacro_saysWhatItAsksFor_data();
+    void prompt_ofAMacro_saysWhatItAsksFor();
     void datePrompt_cancelled_isNoticed();
     void datePrompt_answered_insertsTheDate();
     void prompt_windowActivatedMeanwhile_receivesTheRun();
     void testMacro_withoutEditor_doesNothing();
     void testMacros_run_reportTheirSuccess();
     void managersRun_withoutEditor_warns();
+
+private:
+    /// The labels and the answer that the macro's prompt shows. Cancels the prompt.
+    QStringList promptOf(const QString &id);
 };
+
+QStringList MacroCommandsTest::promptOf(const QString &id)
+{
+    QStringList shown;
+    test::answerModal([&shown](QWidget *window) {
+        for (const QLabel *label : window->findChildren<QLabel *>())
+            shown << label->text();
+        for (const QLineEdit *field : window->findChildren<QLineEdit *>())
+            shown << field->text();
+        for (const QComboBox *list : window->findChildren<QComboBox *>())
+            shown << list->currentText();
+        window->close();
+    });
+    macroItem(id)->trigger();
+    return shown;
+}
 
 void MacroCommandsTest::macroManagersTestRun_editsTheLastActiveEditor()
 {
@@ -51,6 +76,31 @@ void MacroCommandsTest::macroManagersTestRun_editsTheLastActiveEditor()
     QTRY_COMPARE(text(), u"new"_s);
     test::clickInModal(u"保存しない"_s); // The question about the draft.
     QVERIFY(m_app->macroManagerWindowController()->window()->close());
+}
+
+void MacroCommandsTest::macroManagersTestRun_behindTwoEditors_editsTheOneActiveLast()
+{
+    launch({m_home.write(u"a.txt"_s, "A"), m_home.write(u"b.txt"_s, "B")});
+    m_app->documentController().moveToNewWindow(controller(1), {0, 0});
+    m_app->showMacroManager();
+    QMainWindow *manager = m_app->macroManagerWindowController()->window();
+    const test::ManagerPage page(manager);
+    QTest::mouseClick(page.tool(u"macroAdd"_s), Qt::LeftButton);
+    manager->findChild<CodeEditor *>()->setText(
+        u"return { textEdits: [{ type: 'replaceAll', text: context.document.text + '!' }] };"_s);
+    for (const int active : {0, 1, 0}) {
+        QStringList expected{text(0), text(1)};
+        expected[active] += u'!';
+        activate(active);
+        m_app->showMacroManager();
+        QVERIFY(QTest::qWaitForWindowActive(manager));
+        page.click(u"テスト実行"_s);
+        QTRY_COMPARE((QStringList{text(0), text(1)}), expected);
+    }
+    QCOMPARE(text(0), u"A!!"_s);
+    QCOMPARE(text(1), u"B!"_s);
+    test::clickInModal(u"保存しない"_s);
+    QVERIFY(manager->close());
 }
 
 void MacroCommandsTest::dynamicMacro_fromTheMenu_editsTheDocument()
@@ -100,6 +150,44 @@ void MacroCommandsTest::prefixMacro_prompted_usesTheAnswer()
     QCOMPARE(this->text(), text);
     if (!message.isEmpty())
         QCOMPARE(this->message(), message);
+}
+
+void MacroCommandsTest::suffixMacro_promptedAndAccepted_appendsAComma()
+{
+    launch();
+    setText(u"a\nb"_s);
+    test::clickInModal(u"OK"_s);
+    macroItem(u"default_addLineSuffix"_s)->trigger();
+    QCOMPARE(text(), u"a,\nb,"_s);
+}
+
+void MacroCommandsTest::prompt_ofAMacro_saysWhatItAsksFor_data()
+{
+    QTest::addColumn<QString>("id");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("question");
+    QTest::addColumn<QString>("initial");
+    QTest::newRow("prefix") << u"default_addLinePrefix"_s << u"dialog.prefixMessage"_s
+                            << u"行頭に追加する文字列を入力してください："_s << u"- "_s;
+    QTest::newRow("suffix") << u"default_addLineSuffix"_s << u"dialog.suffixMessage"_s
+                            << u"行末に追加する文字列を入力してください："_s << u","_s;
+    QTest::newRow("date") << u"default_insertDateTime"_s << u"dialog.dateTimeMessage"_s
+                          << u"挿入する日付の形式を選択してください："_s << u"yyyy-MM-dd HH:mm"_s;
+}
+
+void MacroCommandsTest::prompt_ofAMacro_saysWhatItAsksFor()
+{
+    QFETCH(QString, id);
+    QFETCH(QString, key);
+    QFETCH(QString, question);
+    QFETCH(QString, initial);
+    launch();
+    QCOMPARE(promptOf(id), (QStringList{u"入力"_s, question, initial}));
+    UIWordingProfile profile;
+    profile.id = u"own"_s;
+    profile.values = {{u"dialog.inputTitle"_s, u"Input"_s}, {key, u"Own question"_s}};
+    UIWordingProfileManager::shared().applyProfile(profile);
+    QCOMPARE(promptOf(id), (QStringList{u"Input"_s, u"Own question"_s, initial}));
 }
 
 void MacroCommandsTest::datePrompt_cancelled_isNoticed()

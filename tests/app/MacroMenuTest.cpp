@@ -18,7 +18,8 @@ private Q_SLOTS:
     void init();
     void enabledMacros_areListedInTheirOrder();
     void everyMacroDisabled_showsNoticeManagerAndTests();
-    void specialCharacters_inNames_areVerbatim();
+    void unusualName_isOneVerbatimItem_data();
+    void unusualName_isOneVerbatimItem();
     void macroItem_triggered_givesItsId();
     void fixedItems_triggered_performTheirCommands();
     void rebuild_removesTheOldItems();
@@ -94,10 +95,34 @@ void MacroMenuTest::everyMacroDisabled_showsNoticeManagerAndTests()
     QVERIFY(m_menu.actions()[2]->isEnabled());
 }
 
-void MacroMenuTest::specialCharacters_inNames_areVerbatim()
+void MacroMenuTest::unusualName_isOneVerbatimItem_data()
 {
-    rebuild({macro(u"1"_s, u"A & B && <b>C</b> Quit"_s)});
-    QCOMPARE(m_menu.actions()[0]->text(), u"A && B &&&& <b>C</b> Quit"_s);
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("title");
+    QTest::newRow("ampersands and markup")
+        << u"A & B && <b>C</b> Quit"_s << u"A && B &&&& <b>C</b> Quit"_s;
+    QTest::newRow("tab") << u"Trim\tCtrl+Q"_s
+                         << u"Trim Ctrl+Q"_s; // Text after a tab is a shortcut.
+    QTest::newRow("line break") << u"one\ntwo"_s << u"one\ntwo"_s;
+    QTest::newRow("empty") << QString() << QString();
+}
+
+void MacroMenuTest::unusualName_isOneVerbatimItem()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, title);
+    rebuild({macro(u"plain"_s, u"plain"_s), macro(u"unusual"_s, name)});
+    QAction *item = m_menu.actions().at(1);
+    QCOMPARE(item->text(), title);
+    QVERIFY(!item->isSeparator());
+    QVERIFY(item->shortcut().isEmpty());
+    m_menu.popup({0, 0});
+    QVERIFY(QTest::qWaitForWindowExposed(&m_menu));
+    const QRect row = m_menu.actionGeometry(item);
+    QCOMPARE(row.size(), m_menu.actionGeometry(m_menu.actions().at(0)).size());
+    QTest::mouseClick(&m_menu, Qt::LeftButton, {}, row.center());
+    QVERIFY(!m_menu.isVisible());
+    QCOMPARE(m_ids, QStringList{u"unusual"_s});
 }
 
 void MacroMenuTest::macroItem_triggered_givesItsId()
