@@ -333,6 +333,9 @@ void AppDelegateTest::quit_withUnsavedMacroAndWindow_asksForBoth()
         });
         menu(0)->actions()[2]->trigger();
     });
+    QTimer timeout;
+    connect(&timeout, &QTimer::timeout, this, [] { QCoreApplication::exit(1); });
+    timeout.start(30'000);
     QCOMPARE(QCoreApplication::exec(), 0);
     QVERIFY(!m_app->documentController().hasDocuments());
     QCOMPARE(MacroManager::shared().macros().first().name, u"行末スペースを削除"_s);
