@@ -170,6 +170,8 @@ private Q_SLOTS:
         World world;
         QVERIFY(world.isTaken({})); // There is no window yet, so the request opens one.
         QTRY_COMPARE(world.documents.windowControllers().size(), 1);
+        // An untouched document would make room for another one.
+        QTest::keyClicks(world.documents.windowControllers().first()->textView(), u"x"_s);
         QVERIFY(world.isTaken({}));
         OpenRequest request;
         request.newWindow = true;
