@@ -14,6 +14,7 @@
 #include <QTest>
 
 #include <future>
+#include <memory>
 
 using namespace penwick;
 using namespace std::chrono_literals;
@@ -94,44 +95,47 @@ private:
         }
     };
 
+    std::unique_ptr<World> m_world;
+
 private Q_SLOTS:
+
+    void init() { m_world = std::make_unique<World>(); }
+
+    void cleanup() { m_world.reset(); }
 
     void open_fileAtAPlace_putsTheCaretThere()
     {
-        World world;
-        const QString path = world.home.write(u"a.txt"_s, "one\ntwo\nthree");
+        const QString path = m_world->home.write(u"a.txt"_s, "one\ntwo\nthree");
         OpenRequest request;
         request.items = {itemOf(path, TextPlace{2, 3})};
-        world.requests.open(request);
-        QTRY_COMPARE(world.selectionIn(path), (TextRange{6, 0}));
+        m_world->requests.open(request);
+        QTRY_COMPARE(m_world->selectionIn(path), (TextRange{6, 0}));
         // The same file again while it is open.
         request.items = {itemOf(path, TextPlace{99, 99})};
-        QVERIFY(world.isTaken(request));
-        QTRY_COMPARE(world.selectionIn(path), (TextRange{13, 0}));
-        QCOMPARE(world.documents.windowControllers().size(), 1);
+        QVERIFY(m_world->isTaken(request));
+        QTRY_COMPARE(m_world->selectionIn(path), (TextRange{13, 0}));
+        QCOMPARE(m_world->documents.windowControllers().size(), 1);
     }
 
     void open_largeFileAtAPlace_putsTheCaretThereOnceItIsRead()
     {
-        World world;
-        world.documents.setTransferLimits({.directBytes = 0, .reading = 0ms});
-        const QString path = world.home.write(u"a.txt"_s, "one\ntwo\nthree");
+        m_world->documents.setTransferLimits({.directBytes = 0, .reading = 0ms});
+        const QString path = m_world->home.write(u"a.txt"_s, "one\ntwo\nthree");
         OpenRequest request;
         request.items = {itemOf(path, TextPlace{3, 1})};
-        world.requests.open(request);
-        QVERIFY(world.documents.documentOfFile(path)->isReading());
-        QTRY_COMPARE(world.selectionIn(path), (TextRange{8, 0}));
+        m_world->requests.open(request);
+        QVERIFY(m_world->documents.documentOfFile(path)->isReading());
+        QTRY_COMPARE(m_world->selectionIn(path), (TextRange{8, 0}));
     }
 
     void open_text_isUntitledAndUnsaved()
     {
-        World world;
         OpenRequest request;
         request.items = {{{}, Text(u"あ\r\n"_s), TextPlace{2, 1}}};
-        QVERIFY(world.isTaken(request));
-        QTRY_COMPARE(world.documents.windowControllers().size(), 1);
-        const auto controller = world.documents.windowControllers().first();
-        const TextDocument *document = world.documents.documentOf(controller.get());
+        QVERIFY(m_world->isTaken(request));
+        QTRY_COMPARE(m_world->documents.windowControllers().size(), 1);
+        const auto controller = m_world->documents.windowControllers().first();
+        const TextDocument *document = m_world->documents.documentOf(controller.get());
         QVERIFY(document->filePath().isEmpty());
         QVERIFY(document->isEdited());
         QVERIFY(!document->textStorage()->canUndo()); // The text is the initial content, not an
@@ -142,92 +146,87 @@ private Q_SLOTS:
 
     void open_untouchedUntitled_makesRoom()
     {
-        World world;
-        world.documents.newDocument();
+        m_world->documents.newDocument();
         OpenRequest request;
         request.items = {{{}, Text(u"text"_s), std::nullopt}};
-        QVERIFY(world.isTaken(request));
-        QTRY_VERIFY(world.documents.documentOf(world.documents.windowControllers().first().get())
-                        ->isEdited());
-        QCOMPARE(world.documents.windowControllers().size(), 1);
+        QVERIFY(m_world->isTaken(request));
+        QTRY_VERIFY(
+            m_world->documents.documentOf(m_world->documents.windowControllers().first().get())
+                ->isEdited());
+        QCOMPARE(m_world->documents.windowControllers().size(), 1);
     }
 
     void open_inANewWindow_isApart()
     {
-        World world;
         OpenRequest request;
-        request.items = {itemOf(world.home.write(u"a.txt"_s, "a"))};
-        world.requests.open(request);
+        request.items = {itemOf(m_world->home.write(u"a.txt"_s, "a"))};
+        m_world->requests.open(request);
         request.newWindow = true;
-        request.items = {itemOf(world.home.write(u"b.txt"_s, "b")),
+        request.items = {itemOf(m_world->home.write(u"b.txt"_s, "b")),
                          {{}, Text(u"c"_s), std::nullopt}};
-        QVERIFY(world.isTaken(request));
-        QTRY_COMPARE(world.documents.windows().size(), 3);
+        QVERIFY(m_world->isTaken(request));
+        QTRY_COMPARE(m_world->documents.windows().size(), 3);
     }
 
     void open_nothing_opensOnlyWhatIsAskedFor()
     {
-        World world;
-        QVERIFY(world.isTaken({})); // There is no window yet, so the request opens one.
-        QTRY_COMPARE(world.documents.windowControllers().size(), 1);
+        QVERIFY(m_world->isTaken({})); // There is no window yet, so the request opens one.
+        QTRY_COMPARE(m_world->documents.windowControllers().size(), 1);
         // An untouched document would make room for another one.
-        QTest::keyClicks(world.documents.windowControllers().first()->textView(), u"x"_s);
-        QVERIFY(world.isTaken({}));
+        QTest::keyClicks(m_world->documents.windowControllers().first()->textView(), u"x"_s);
+        QVERIFY(m_world->isTaken({}));
         OpenRequest request;
         request.newWindow = true;
-        QVERIFY(world.isTaken(request));
+        QVERIFY(m_world->isTaken(request));
         // Requests are opened in their order, so the second one is done by then.
-        QTRY_COMPARE(world.documents.windows().size(), 2);
-        QCOMPARE(world.documents.windowControllers().size(), 2);
+        QTRY_COMPARE(m_world->documents.windows().size(), 2);
+        QCOMPARE(m_world->documents.windowControllers().size(), 2);
     }
 
     void wait_endsWithTheLastDocument()
     {
-        World world;
-        const QString first = world.home.write(u"a.txt"_s, "a");
-        const QString second = world.home.write(u"b.txt"_s, "b");
+        const QString first = m_world->home.write(u"a.txt"_s, "a");
+        const QString second = m_world->home.write(u"b.txt"_s, "b");
         OpenRequest request;
         request.wait = true;
         request.items = {itemOf(first), itemOf(second)};
-        auto outcome = world.handOver(request);
-        QTRY_VERIFY(world.controllerOf(second) != nullptr);
-        QVERIFY(world.documents.closeDocument(world.controllerOf(first)));
+        auto outcome = m_world->handOver(request);
+        QTRY_VERIFY(m_world->controllerOf(second) != nullptr);
+        QVERIFY(m_world->documents.closeDocument(m_world->controllerOf(first)));
         // A later client is told about its document; the first one would have been told before.
-        const QString third = world.home.write(u"c.txt"_s, "c");
+        const QString third = m_world->home.write(u"c.txt"_s, "c");
         request.items = {itemOf(third)};
-        auto later = world.handOver(request);
-        QTRY_VERIFY(world.controllerOf(third) != nullptr);
-        QVERIFY(world.documents.closeDocument(world.controllerOf(third)));
+        auto later = m_world->handOver(request);
+        QTRY_VERIFY(m_world->controllerOf(third) != nullptr);
+        QVERIFY(m_world->documents.closeDocument(m_world->controllerOf(third)));
         QTRY_VERIFY(World::isOver(later));
         QVERIFY(!World::isOver(outcome));
-        QVERIFY(world.documents.closeDocument(world.controllerOf(second)));
+        QVERIFY(m_world->documents.closeDocument(m_world->controllerOf(second)));
         QTRY_VERIFY(World::isOver(outcome));
         QVERIFY(outcome.get());
     }
 
     void wait_textThatMakesRoomForTheNextFile_endsWithThatFile()
     {
-        World world;
-        const QString file = world.home.write(u"a.txt"_s, "a");
+        const QString file = m_world->home.write(u"a.txt"_s, "a");
         OpenRequest request;
         request.wait = true;
         request.items = {{{}, Text(), std::nullopt}, itemOf(file)};
-        auto outcome = world.handOver(request);
-        QTRY_VERIFY(world.controllerOf(file) != nullptr);
-        QCOMPARE(world.documents.windowControllers().size(), 1);
-        QVERIFY(world.documents.closeDocument(world.controllerOf(file)));
+        auto outcome = m_world->handOver(request);
+        QTRY_VERIFY(m_world->controllerOf(file) != nullptr);
+        QCOMPARE(m_world->documents.windowControllers().size(), 1);
+        QVERIFY(m_world->documents.closeDocument(m_world->controllerOf(file)));
         QTRY_VERIFY(World::isOver(outcome));
         QVERIFY(outcome.get());
     }
 
     void wait_fileThatCannotBeOpened_failsAtOnce()
     {
-        World world;
         OpenRequest request;
         request.wait = true;
-        request.items = {itemOf(world.home.path())};
+        request.items = {itemOf(m_world->home.path())};
         const ModalAnswerer answer([](QWidget *message) { return message->close(); });
-        auto outcome = world.handOver(request);
+        auto outcome = m_world->handOver(request);
         QTRY_VERIFY(World::isOver(outcome));
         QVERIFY(answer.hasAnswered());
         QVERIFY(outcome.get().error().kind == HandOverError::Kind::NotAllOpened);
@@ -235,14 +234,13 @@ private Q_SLOTS:
 
     void wait_fileThatTurnsOutUnreadable_fails()
     {
-        World world;
-        world.documents.newDocument();
-        world.documents.setTransferLimits({.directBytes = 0, .reading = 0ms});
+        m_world->documents.newDocument();
+        m_world->documents.setTransferLimits({.directBytes = 0, .reading = 0ms});
         OpenRequest request;
         request.wait = true;
-        request.items = {itemOf(world.home.write(u"a.txt"_s, "\xff\xfe"))};
+        request.items = {itemOf(m_world->home.write(u"a.txt"_s, "\xff\xfe"))};
         const ModalAnswerer answer([](QWidget *message) { return message->close(); });
-        auto outcome = world.handOver(request);
+        auto outcome = m_world->handOver(request);
         QTRY_VERIFY(World::isOver(outcome));
         QVERIFY(answer.hasAnswered());
         QVERIFY(outcome.get().error().kind == HandOverError::Kind::NotAllOpened);
@@ -251,44 +249,41 @@ private Q_SLOTS:
     // A macro may run until the user stops it, and blocks only its own window.
     void macro_thatDoesNotEnd_letsNobodyWait()
     {
-        World world;
-        const QString path = world.home.write(u"a.txt"_s, "a\n");
-        world.documents.newDocument();
-        const auto busy = world.documents.windowControllers().front();
+        const QString path = m_world->home.write(u"a.txt"_s, "a\n");
+        m_world->documents.newDocument();
+        const auto busy = m_world->documents.windowControllers().front();
         busy->runMacro(u"while (true) ;"_s, u"id"_s, u"name"_s, std::nullopt);
         QVERIFY(busy->isRunningMacro());
         QVERIFY(qobject_cast<MacroRunNotice *>(QApplication::activeModalWidget()) != nullptr);
 
         OpenRequest request;
         request.items = {itemOf(path)};
-        QVERIFY(world.isTaken(request));
-        QTRY_VERIFY(world.documents.documentOfFile(path) != nullptr);
+        QVERIFY(m_world->isTaken(request));
+        QTRY_VERIFY(m_world->documents.documentOfFile(path) != nullptr);
         QVERIFY(busy->isRunningMacro());
     }
 
     void question_onTheScreen_letsRequestsWait()
     {
-        World world;
-        world.documents.newDocument();
-        const QString path = world.home.write(u"a.txt"_s, "a");
+        m_world->documents.newDocument();
+        const QString path = m_world->home.write(u"a.txt"_s, "a");
         OpenRequest request;
         request.items = {itemOf(path)};
         QDialog question;
         question.setModal(true);
         question.show();
         QTRY_COMPARE(QApplication::activeModalWidget(), &question);
-        QVERIFY(world.isTaken(request));
-        QVERIFY(world.isTaken(request));
-        QCOMPARE(world.documents.documentOfFile(path), nullptr);
+        QVERIFY(m_world->isTaken(request));
+        QVERIFY(m_world->isTaken(request));
+        QCOMPARE(m_world->documents.documentOfFile(path), nullptr);
         question.close();
-        QTRY_VERIFY(world.controllerOf(path) != nullptr);
-        QCOMPARE(world.documents.windowControllers().size(), 1);
+        QTRY_VERIFY(m_world->controllerOf(path) != nullptr);
+        QCOMPARE(m_world->documents.windowControllers().size(), 1);
     }
 
     void finish_withARequestThatWaits_opensItInstead()
     {
-        World world;
-        const QString path = world.home.write(u"a.txt"_s, "a");
+        const QString path = m_world->home.write(u"a.txt"_s, "a");
         OpenRequest request;
         request.items = {itemOf(path)};
         {
@@ -296,13 +291,13 @@ private Q_SLOTS:
             question.setModal(true);
             question.show();
             QTRY_COMPARE(QApplication::activeModalWidget(), &question);
-            QVERIFY(world.isTaken(request));
+            QVERIFY(m_world->isTaken(request));
         }
-        QVERIFY(!world.requests.finish());
-        QVERIFY(world.controllerOf(path) != nullptr);
-        QVERIFY(QFile::exists(world.address.socket));
-        QVERIFY(world.requests.finish());
-        QVERIFY(!QFile::exists(world.address.socket));
+        QVERIFY(!m_world->requests.finish());
+        QVERIFY(m_world->controllerOf(path) != nullptr);
+        QVERIFY(QFile::exists(m_world->address.socket));
+        QVERIFY(m_world->requests.finish());
+        QVERIFY(!QFile::exists(m_world->address.socket));
     }
 };
 
