@@ -1,7 +1,6 @@
 #include "platform/files/AtomicFile.h"
 
 #include "platform/files/FileAttributes.h"
-#include "platform/files/FileDescriptor.h"
 #include "platform/files/FileInPlace.h"
 #include "platform/files/FileWriter.h"
 #include "platform/files/SafeCopy.h"
@@ -9,6 +8,7 @@
 
 #include <QByteArray>
 
+#include <cerrno>
 #include <climits>
 #include <fcntl.h>
 #include <optional>
@@ -17,11 +17,6 @@
 namespace penwick {
 
 namespace {
-
-tl::unexpected<FileError> systemError()
-{
-    return tl::unexpected(FileError::fromErrno(errno));
-}
 
 /// Resolves `path` while it names a symbolic link. Unlike realpath(), this also works for a link
 /// whose target does not exist yet: the target is then created and the link stays.
@@ -58,16 +53,6 @@ tl::expected<std::optional<struct stat>, FileError> replaceableFile(const QByteA
     if (::faccessat(AT_FDCWD, path.constData(), W_OK, AT_EACCESS) != 0)
         return systemError();
     return status;
-}
-
-/// Makes the rename durable: without this, a system crash could bring the old file back. The new
-/// content is already in place, so errors are ignored.
-void synchroniseFolder(const QByteArray &folder)
-{
-    const FileDescriptor descriptor(uninterrupted(
-        [&] { return ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-    if (descriptor.isOpen())
-        ::fsync(descriptor.get());
 }
 
 /// The outcome of one attempt to put a new file in the place of the old one.
@@ -151,7 +136,7 @@ tl::expected<FileVersion, FileError> replaceResolved(const QByteArray &path,
     if (!old)
         return tl::unexpected(old.error());
     TemporaryFile::removeLeftovers(path);
-    SafeCopy::removeDispensable(path);
+    SafeCopy::removeObsolete(path);
     const Request request{path, produce, isStillWanted, *old};
     // A new file would replace only one of the hard links and leave the others with the old
     // content.
@@ -162,8 +147,9 @@ tl::expected<FileVersion, FileError> replaceResolved(const QByteArray &path,
         attempt = replaceByNew(request, TemporaryFile::Name::FromTheStart);
     if (attempt.next == Attempt::Next::InPlace)
         return overwriteFile(path, produce, isStillWanted);
+    // The new content is already in place, so a failure is ignored.
     if (attempt.outcome)
-        synchroniseFolder(folderOf(path));
+        static_cast<void>(synchroniseFolder(folderOf(path)));
     return attempt.outcome;
 }
 

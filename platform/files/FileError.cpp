@@ -42,6 +42,11 @@ FileError FileError::fromErrno(int errnoValue)
     return {kindOf(errnoValue), errnoValue};
 }
 
+tl::unexpected<FileError> systemError()
+{
+    return tl::unexpected(FileError::fromErrno(errno));
+}
+
 QString FileError::description() const
 {
     if (kind == Kind::Locked)

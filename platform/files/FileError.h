@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <tl/expected.hpp>
+
 namespace penwick {
 
 /// Why a file operation failed.
@@ -32,5 +34,8 @@ struct FileError
 
     bool operator==(const FileError &) const = default;
 };
+
+/// The failure of the system call that has just set `errno`.
+[[nodiscard]] tl::unexpected<FileError> systemError();
 
 } // namespace penwick

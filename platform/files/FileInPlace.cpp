@@ -10,11 +10,6 @@ namespace penwick {
 
 namespace {
 
-tl::unexpected<FileError> systemError()
-{
-    return tl::unexpected(FileError::fromErrno(errno));
-}
-
 tl::expected<FileVersion, FileError> write(int file, const ProduceBytes &produce)
 {
     if (::lseek(file, 0, SEEK_SET) != 0)

@@ -19,7 +19,7 @@ tl::expected<FileDescriptor, FileError> open(const QString &path, int flags)
     FileDescriptor file(
         uninterrupted([&] { return ::open(name->constData(), flags | O_CLOEXEC, kPrivate); }));
     if (!file.isOpen())
-        return tl::unexpected(FileError::fromErrno(errno));
+        return systemError();
     return file;
 }
 
@@ -44,7 +44,7 @@ tl::expected<void, FileError> lockExclusively(const FileDescriptor &file)
 {
     if (uninterrupted([&] { return ::flock(file.get(), LOCK_EX | LOCK_NB); }) == 0)
         return {};
-    return tl::unexpected(FileError::fromErrno(errno));
+    return systemError();
 }
 
 } // namespace penwick

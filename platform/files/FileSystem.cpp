@@ -20,11 +20,6 @@ namespace penwick {
 
 namespace {
 
-tl::unexpected<FileError> systemError()
-{
-    return tl::unexpected(FileError::fromErrno(errno));
-}
-
 tl::expected<QByteArray, FileError> readAll(const FileDescriptor &file, qsizetype expectedSize)
 {
     // One byte more than expected, so that the end is detected without growing the buffer. Files in

@@ -45,7 +45,7 @@ tl::expected<QString, FileError> privateRuntimeFolder()
     }
     const QByteArray own = "/tmp/penwick-" + QByteArray::number(::geteuid());
     if (::mkdir(own.constData(), S_IRWXU) != 0 && errno != EEXIST)
-        return tl::unexpected(FileError::fromErrno(errno));
+        return systemError();
     if (!isOwnPrivateFolder(own))
         return tl::unexpected(FileError::fromErrno(EACCES));
     return QFile::decodeName(own);

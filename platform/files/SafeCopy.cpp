@@ -26,11 +26,6 @@ namespace {
 constexpr int kSlots = 8;
 constexpr size_t kBlockSize = 1 << 18;
 
-tl::unexpected<FileError> systemError()
-{
-    return tl::unexpected(FileError::fromErrno(errno));
-}
-
 QByteArray fallbackFolder()
 {
     return QFile::encodeName(ApplicationSupport::folderPath() + u"/interrupted-saves/"_s);
@@ -110,38 +105,27 @@ bool holdSame(int one, int other)
 }
 
 /// True for a copy with the content of the file, and for an empty one, which is no longer needed.
-bool isDispensable(int copy, int file)
+bool isObsoleteCopy(int copy, const QByteArray &original)
 {
+    const FileDescriptor file(uninterrupted(
+        [&] { return ::open(original.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); }));
     struct stat status = {};
     const bool isEmpty = ::fstat(copy, &status) == 0 && status.st_size == 0;
-    return isEmpty || holdSame(copy, file);
+    return isEmpty || holdSame(copy, file.get());
 }
 
-void forEachAbandoned(const QByteArray &original,
-                      const std::function<void(const QByteArray &, int)> &visit)
+/// Calls `visit` for each copy of this file that a process that is gone has left, with its path and
+/// whether it is obsolete. The copy is locked during the call.
+void forEachLeftover(const QByteArray &original,
+                     const std::function<void(const QByteArray &, bool)> &visit)
 {
     for (const QByteArray &folder : {folderOf(original), fallbackFolder()}) {
         for (int slot = 0; slot < kSlots; ++slot) {
             const QByteArray path = copyPath(folder, original, slot);
-            const FileDescriptor copy = openAbandoned(path);
-            if (copy.isOpen())
-                visit(path, copy.get());
+            if (const auto copy = openAbandoned(path))
+                visit(path, isObsoleteCopy(copy->get(), original));
         }
     }
-}
-
-/// Calls `visit` for the copies of this file that were left by processes that are gone: for those
-/// that are dispensable, or for the others. The copy is locked during the call.
-void forEachDispensable(const QByteArray &original,
-                        bool isDispensed,
-                        const std::function<void(const QByteArray &)> &visit)
-{
-    forEachAbandoned(original, [&](const QByteArray &path, int copy) {
-        const FileDescriptor file(uninterrupted(
-            [&] { return ::open(original.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); }));
-        if (isDispensable(copy, file.get()) == isDispensed)
-            visit(path);
-    });
 }
 
 /// The path without links, so that a file has one name however the user opened it. Returns `path`
@@ -151,13 +135,6 @@ QByteArray canonical(const QByteArray &path)
     const std::unique_ptr<char, void (*)(void *)> real(::realpath(path.constData(), nullptr),
                                                        std::free);
     return real != nullptr ? QByteArray(real.get()) : path;
-}
-
-bool synchroniseFolder(const QByteArray &folder)
-{
-    const FileDescriptor descriptor(uninterrupted(
-        [&] { return ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-    return descriptor.isOpen() && synchronise(descriptor.get());
 }
 
 } // namespace
@@ -177,10 +154,12 @@ SafeCopy::~SafeCopy()
     ::rmdir(fallbackFolder().constData()); // Only succeeds if the folder is empty.
 }
 
-void SafeCopy::removeDispensable(const QByteArray &file)
+void SafeCopy::removeObsolete(const QByteArray &file)
 {
-    forEachDispensable(
-        canonical(file), true, [](const QByteArray &path) { ::unlink(path.constData()); });
+    forEachLeftover(canonical(file), [](const QByteArray &path, bool isObsolete) {
+        if (isObsolete)
+            ::unlink(path.constData());
+    });
 }
 
 tl::expected<void, FileError> SafeCopy::make(int file)
@@ -222,11 +201,11 @@ tl::expected<void, FileError> SafeCopy::makeIn(const QByteArray &folder, int fil
         if (result.error().errnoValue != EEXIST)
             break;
     }
-    // Without this, the copy's name could be lost in a power failure.
-    if (result && !synchroniseFolder(folder)) {
-        result = systemError();
+    if (!result)
+        return result;
+    result = synchroniseFolder(folder);
+    if (!result)
         ::unlink(std::exchange(m_path, {}).constData());
-    }
     return result;
 }
 
@@ -244,8 +223,10 @@ QStringList SafeCopy::left(const QString &file)
     const auto original = systemPath(file).map(canonical);
     if (!original)
         return paths;
-    forEachDispensable(
-        *original, false, [&](const QByteArray &path) { paths << QFile::decodeName(path); });
+    forEachLeftover(*original, [&](const QByteArray &path, bool isObsolete) {
+        if (!isObsolete)
+            paths << QFile::decodeName(path);
+    });
     return paths;
 }
 

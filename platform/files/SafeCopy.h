@@ -36,7 +36,7 @@ public:
 
     /// Removes the copies of the file that were left by processes that are gone and are no longer
     /// needed: those with the same content as the file, and empty ones.
-    static void removeDispensable(const QByteArray &file);
+    static void removeObsolete(const QByteArray &file);
 
     /// Returns the absolute paths of the copies of the file that were left by processes that are
     /// gone and differ from the file: each is from a save in place that was interrupted.

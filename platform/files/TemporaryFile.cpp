@@ -1,10 +1,12 @@
 #include "platform/files/TemporaryFile.h"
 
+#include "platform/files/FileLock.h"
+#include "platform/files/FileWriter.h"
+
 #include <QCryptographicHash>
 
 #include <cstdio>
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/utsname.h>
 #include <utility>
@@ -15,11 +17,6 @@ namespace {
 
 /// The number of names per target. Two are enough unless several processes save one file at once.
 constexpr int kSlots = 8;
-
-tl::unexpected<FileError> systemError()
-{
-    return tl::unexpected(FileError::fromErrno(errno));
-}
 
 /// The temporary path for a slot. The name has a fixed length, so that it is valid even for a
 /// target with the longest possible name.
@@ -34,9 +31,9 @@ QByteArray slotPath(const QByteArray &target, int slot)
 /// Removes the file at `path` if its writer is gone. True when the name is free.
 bool clear(const QByteArray &path)
 {
-    const FileDescriptor held = openAbandoned(path);
-    if (!held.isOpen())
-        return errno == ENOENT;
+    const auto held = openAbandoned(path);
+    if (!held)
+        return held.error().errnoValue == ENOENT;
     // No other writer can have taken the name: it is still in use, and only the lock holder frees
     // it.
     return ::unlink(path.constData()) == 0;
@@ -61,23 +58,32 @@ QByteArray digestOf(const QByteArray &text, qsizetype bytes)
     return hash.result().left(bytes).toHex();
 }
 
-FileDescriptor openAbandoned(const QByteArray &path)
+tl::expected<FileDescriptor, FileError> openAbandoned(const QByteArray &path)
 {
     FileDescriptor file(uninterrupted(
         [&] { return ::open(path.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC); }));
-    if (!file.isOpen() ||
-        uninterrupted([&] { return ::flock(file.get(), LOCK_EX | LOCK_NB); }) != 0)
-        return FileDescriptor();
+    if (!file.isOpen())
+        return systemError();
+    if (const auto locked = lockExclusively(file); !locked)
+        return tl::unexpected(locked.error());
     // Between opening and locking, the writer may have moved the file to its target and exited.
     struct stat opened = {};
     struct stat present = {};
     if (::fstat(file.get(), &opened) != 0 || ::lstat(path.constData(), &present) != 0)
-        return FileDescriptor();
+        return systemError();
     if (opened.st_ino == present.st_ino && opened.st_dev == present.st_dev &&
         S_ISREG(opened.st_mode))
         return file;
-    errno = EBUSY;
-    return FileDescriptor();
+    return tl::unexpected(FileError::fromErrno(EBUSY));
+}
+
+tl::expected<void, FileError> synchroniseFolder(const QByteArray &folder)
+{
+    const FileDescriptor descriptor(uninterrupted(
+        [&] { return ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    if (!descriptor.isOpen() || !synchronise(descriptor.get()))
+        return systemError();
+    return {};
 }
 
 TemporaryFile::TemporaryFile(QByteArray target)
@@ -115,7 +121,7 @@ bool TemporaryFile::createUnnamed(mode_t mode)
         return false;
     // No other process can hold the lock. On a file system without locks this fails, but no process
     // removes leftovers there either.
-    uninterrupted([&] { return ::flock(m_file.get(), LOCK_EX | LOCK_NB); });
+    static_cast<void>(lockExclusively(m_file));
     return true;
 }
 
@@ -134,9 +140,9 @@ bool TemporaryFile::createNamed(mode_t mode, int slot)
         return false;
     // Before the lock was taken, another process may have treated the file as abandoned and removed
     // it.
-    const int locked = uninterrupted([&] { return ::flock(file.get(), LOCK_EX | LOCK_NB); });
+    const auto locked = lockExclusively(file);
     struct stat status = {};
-    const bool isLost = (locked != 0 && errno == EWOULDBLOCK) ||
+    const bool isLost = (!locked && locked.error().kind == FileError::Kind::Locked) ||
                         (::fstat(file.get(), &status) == 0 && status.st_nlink == 0);
     if (isLost) {
         errno = EEXIST;

@@ -73,8 +73,12 @@ private:
 [[nodiscard]] QByteArray digestOf(const QByteArray &text, qsizetype bytes);
 
 /// Opens the file if the process that wrote it, and held a lock on it, is gone; the caller then
-/// holds the lock. Returns a closed descriptor, with `errno` set, if the file is still locked or
-/// `path` does not name the opened regular file.
-[[nodiscard]] FileDescriptor openAbandoned(const QByteArray &path);
+/// holds the lock. Fails if the file is still locked or `path` does not name the opened regular
+/// file.
+[[nodiscard]] tl::expected<FileDescriptor, FileError> openAbandoned(const QByteArray &path);
+
+/// Waits until the names in the folder are on the disk: without this, a file that was just moved
+/// could lose its name in a power failure.
+[[nodiscard]] tl::expected<void, FileError> synchroniseFolder(const QByteArray &folder);
 
 } // namespace penwick

@@ -15,7 +15,7 @@ tl::expected<void, FileError> readStandardInput(const TakeBytes &take)
         const auto count = uninterrupted(
             [&] { return ::read(STDIN_FILENO, block.data(), static_cast<std::size_t>(kBlock)); });
         if (count < 0)
-            return tl::unexpected(FileError::fromErrno(errno));
+            return systemError();
         if (count == 0)
             return {};
         if (!take(QByteArrayView(block).first(count)))

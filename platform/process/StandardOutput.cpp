@@ -86,7 +86,7 @@ tl::expected<void, FileError> writeStandardOutput(QByteArrayView bytes)
     while (!bytes.isEmpty()) {
         const auto written = writeSome(bytes);
         if (written < 0)
-            return tl::unexpected(FileError::fromErrno(errno));
+            return systemError();
         bytes = bytes.sliced(written);
     }
     return {};
