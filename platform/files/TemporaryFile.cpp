@@ -184,8 +184,12 @@ tl::expected<void, FileError> TemporaryFile::moveToFreePlace(const QByteArray &p
     int moved =
         ::renameat2(AT_FDCWD, m_path.constData(), AT_FDCWD, path.constData(), RENAME_NOREPLACE);
     // Some file systems do not support RENAME_NOREPLACE; then check and rename are two steps.
-    if (moved != 0 && errno == EINVAL && ::access(path.constData(), F_OK) != 0)
+    if (moved != 0 && errno == EINVAL) {
+        struct stat present = {};
+        if (::lstat(path.constData(), &present) == 0)
+            return tl::unexpected(FileError::fromErrno(EEXIST));
         moved = std::rename(m_path.constData(), path.constData());
+    }
     if (moved != 0)
         return systemError();
     m_path.clear();

@@ -47,8 +47,8 @@ public:
     /// Moves the file, which must have a name, to its target and replaces what is there. The file
     /// is no longer temporary then.
     [[nodiscard]] tl::expected<void, FileError> replaceTarget();
-    /// Moves the file, which must have a name, to `path`. Fails if something exists there, with
-    /// EEXIST where the file system supports RENAME_NOREPLACE.
+    /// Moves the file, which must have a name, to `path`. Fails with EEXIST if something exists
+    /// there, even a symbolic link that leads nowhere.
     [[nodiscard]] tl::expected<void, FileError> moveToFreePlace(const QByteArray &path);
 
     /// Removes the temporary files of this target that killed processes left. Files of running

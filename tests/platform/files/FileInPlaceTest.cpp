@@ -1,12 +1,15 @@
 #include "platform/files/AtomicFile.h"
 #include "platform/files/FileStatus.h"
+#include "platform/files/SafeCopy.h"
 #include "support/FileSizeLimit.h"
+#include "support/InterceptedProcess.h"
 #include "support/TemporaryHome.h"
 #include "support/UnprivilegedUser.h"
 
 #include <QTest>
 
 #include <cerrno>
+#include <cstdio>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -106,6 +109,38 @@ private Q_SLOTS:
         QCOMPARE(result.error(), (FileError{FileError::Kind::NoSpace, EFBIG}));
         QCOMPARE(home.read(u"other"_s), old);
         QCOMPARE(entriesOf(home.path()), (QStringList{u"one"_s, u"other"_s}));
+    }
+
+    void replace_copyOfAnInterruptedSaveIsThere_keepsItOnEveryFileSystem()
+    {
+#ifdef __SANITIZE_ADDRESS__
+        QSKIP("The sanitizer makes calls of its own in the intercepted process.");
+#endif
+        const TemporaryHome home;
+        const QString path = home.write(u"one"_s, "old");
+        QCOMPARE(::link(QFile::encodeName(path).constData(),
+                        QFile::encodeName(home.file(u"other"_s)).constData()),
+                 0);
+        {
+            SafeCopy interrupted(QFile::encodeName(path));
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            QVERIFY(interrupted.make(file.handle()).has_value());
+            interrupted.keep();
+        }
+        home.write(u"one"_s, "half");
+        const QStringList copies = SafeCopy::left(path);
+        QCOMPARE(copies.size(), 1);
+        const auto save = [&path] { return replaceFile(path, "new") ? 0 : 1; };
+        const auto end = InterceptedProcess::run(save, [](const SystemCall &call) {
+            const bool isExclusive =
+                call.number == SYS_renameat2 && (call.arguments[4] & RENAME_NOREPLACE) != 0;
+            return isExclusive ? EINVAL : 0;
+        });
+        QCOMPARE(end.status, 0);
+        QCOMPARE(home.read(u"other"_s), "new"_ba);
+        QCOMPARE(SafeCopy::left(path), copies);
+        QCOMPARE(readFile(copies.first()), "old"_ba);
     }
 
     void replace_hardLinkGoesMeanwhile_failsAndHoldsTheOldContentAgain_data()
