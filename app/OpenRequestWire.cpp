@@ -1,7 +1,5 @@
 #include "app/OpenRequestWire.h"
 
-#include <QtEndian>
-
 #include <algorithm>
 #include <utility>
 
@@ -9,7 +7,6 @@ namespace penwick {
 
 namespace {
 
-constexpr qsizetype kHeaderSize = 8;
 constexpr quint16 kVersion = 1;
 constexpr QByteArrayView kMagic = "penwick!";
 constexpr quint16 kNewWindow = 1;
@@ -27,26 +24,22 @@ enum Kind : quint8 {
     Done = 8,
 };
 
-template <typename Number> void put(QByteArray &bytes, Number number)
-{
-    char raw[sizeof number];
-    qToLittleEndian(number, raw);
-    bytes.append(raw, sizeof raw);
-}
-
-template <typename Number> Number numberAt(QByteArrayView bytes, qsizetype offset)
-{
-    return qFromLittleEndian<Number>(bytes.data() + offset);
-}
-
 QByteArray frame(quint8 kind, QByteArrayView payload)
 {
-    QByteArray bytes;
-    bytes.reserve(kHeaderSize + payload.size());
-    bytes.append(static_cast<char>(kind)).append(3, '\0');
-    put(bytes, static_cast<quint32>(payload.size()));
+    QByteArray bytes(kFrameHeaderSize, '\0');
     bytes.append(payload.data(), payload.size());
+    setFrameHeader(bytes, kind);
     return bytes;
+}
+
+tl::expected<std::optional<Frame>, Refusal> nextFrame(FrameCutter &frames)
+{
+    const auto frame = frames.next();
+    if (!frame && frame.error() == FrameError::TooLong)
+        return tl::unexpected(Refusal::TooLarge);
+    if (!frame || (*frame && (*frame)->more))
+        return tl::unexpected(Refusal::Malformed);
+    return *frame;
 }
 
 // A place is always encoded, as zeros when absent, so that what follows starts at a fixed offset.
@@ -55,21 +48,21 @@ constexpr qsizetype kPlaceSize = 2 * sizeof(qint64);
 QByteArray encodedPlace(const std::optional<TextPlace> &place)
 {
     QByteArray bytes;
-    put(bytes, place ? place->line : qint64{0});
-    put(bytes, place ? place->column : qint64{0});
+    appendNumber(bytes, place ? place->line : qint64{0});
+    appendNumber(bytes, place ? place->column : qint64{0});
     return bytes;
 }
 
-tl::expected<std::optional<TextPlace>, Refusal> decodedPlace(QByteArrayView payload)
+/// Removes a place from the start of the payload.
+tl::expected<std::optional<TextPlace>, Refusal> takePlace(QByteArrayView &payload)
 {
-    if (payload.size() < kPlaceSize)
-        return tl::unexpected(Refusal::Malformed);
-    const TextPlace place{numberAt<qint64>(payload, 0), numberAt<qint64>(payload, sizeof(qint64))};
-    if (place == TextPlace{0, 0})
+    const auto line = takeNumber<qint64>(payload);
+    const auto column = takeNumber<qint64>(payload);
+    if (line == 0 && column == 0)
         return std::nullopt;
-    if (place.line < 1 || place.column < 1)
+    if (line < 1 || column < 1) // No number is less than any number.
         return tl::unexpected(Refusal::Malformed);
-    return place;
+    return TextPlace{*line, *column};
 }
 
 bool sendText(const OpenRequest::Item &item, const ByteSink &sink)
@@ -102,8 +95,9 @@ bool sendItem(const OpenRequest::Item &item, const ByteSink &sink)
 bool sendRequest(const OpenRequest &request, const ByteSink &sink)
 {
     QByteArray greeting = kMagic.toByteArray();
-    put(greeting, kVersion);
-    put(greeting,
+    appendNumber(greeting, kVersion);
+    appendNumber(
+        greeting,
         static_cast<quint16>((request.newWindow ? kNewWindow : 0) | (request.wait ? kWait : 0)));
     return sink(frame(Greeting, greeting)) &&
            sink(frame(ActivationToken, request.activationToken.left(kMaxToken))) &&
@@ -122,33 +116,11 @@ QByteArray encoded(const Reply &reply)
     return frame(static_cast<quint8>(reply.kind), QByteArray(1, static_cast<char>(detail)));
 }
 
-void FrameCutter::append(QByteArrayView bytes)
-{
-    m_input.remove(0, std::exchange(m_taken, 0));
-    m_input.append(bytes.data(), bytes.size());
-}
-
-tl::expected<std::optional<FrameCutter::Frame>, Refusal> FrameCutter::next()
-{
-    const QByteArrayView rest = QByteArrayView(m_input).sliced(m_taken);
-    if (rest.size() < kHeaderSize)
-        return std::nullopt;
-    const auto length = numberAt<quint32>(rest, 4);
-    if (rest[1] != 0 || rest[2] != 0 || rest[3] != 0)
-        return tl::unexpected(Refusal::Malformed);
-    if (length > kMaxPayload)
-        return tl::unexpected(Refusal::TooLarge);
-    if (rest.size() < kHeaderSize + static_cast<qsizetype>(length))
-        return std::nullopt;
-    m_taken += kHeaderSize + static_cast<qsizetype>(length);
-    return Frame{static_cast<quint8>(rest[0]), rest.sliced(kHeaderSize, length)};
-}
-
 tl::expected<bool, Refusal> RequestReader::append(QByteArrayView bytes)
 {
     m_frames.append(bytes);
     while (true) {
-        const auto frame = m_frames.next();
+        const auto frame = nextFrame(m_frames);
         if (!frame)
             return tl::unexpected(frame.error());
         if (!*frame)
@@ -158,7 +130,7 @@ tl::expected<bool, Refusal> RequestReader::append(QByteArrayView bytes)
     }
 }
 
-RequestReader::Step RequestReader::takeFrame(const FrameCutter::Frame &frame)
+RequestReader::Step RequestReader::takeFrame(const Frame &frame)
 {
     if (!m_greeted)
         return takeGreeting(frame);
@@ -167,12 +139,10 @@ RequestReader::Step RequestReader::takeFrame(const FrameCutter::Frame &frame)
         return tl::unexpected(Refusal::Malformed);
     switch (frame.kind) {
     case ActivationToken:
-        m_request.activationToken =
-            frame.payload.first(std::min(frame.payload.size(), kMaxToken)).toByteArray();
+        m_request.activationToken = frame.payload.toByteArray().left(kMaxToken);
         return {};
     case StartupId:
-        m_request.startupId =
-            frame.payload.first(std::min(frame.payload.size(), kMaxToken)).toByteArray();
+        m_request.startupId = frame.payload.toByteArray().left(kMaxToken);
         return {};
     case File:
         return takeFile(frame.payload);
@@ -190,38 +160,39 @@ RequestReader::Step RequestReader::takeFrame(const FrameCutter::Frame &frame)
     }
 }
 
-RequestReader::Step RequestReader::takeGreeting(const FrameCutter::Frame &frame)
+RequestReader::Step RequestReader::takeGreeting(const Frame &frame)
 {
-    const qsizetype size = kMagic.size() + 2 * qsizetype{sizeof(quint16)};
-    if (frame.kind != Greeting || frame.payload.size() < size ||
-        frame.payload.first(kMagic.size()) != kMagic)
+    if (frame.kind != Greeting || !frame.payload.startsWith(kMagic))
         return tl::unexpected(Refusal::Malformed);
-    if (numberAt<quint16>(frame.payload, kMagic.size()) != kVersion)
+    QByteArrayView numbers = frame.payload.sliced(kMagic.size());
+    const auto version = takeNumber<quint16>(numbers);
+    const auto flags = takeNumber<quint16>(numbers);
+    if (!version || !flags)
+        return tl::unexpected(Refusal::Malformed);
+    if (version != kVersion)
         return tl::unexpected(Refusal::OtherVersion);
-    const auto flags = numberAt<quint16>(frame.payload, kMagic.size() + sizeof(quint16));
-    m_request.newWindow = (flags & kNewWindow) != 0;
-    m_request.wait = (flags & kWait) != 0;
+    m_request.newWindow = (*flags & kNewWindow) != 0;
+    m_request.wait = (*flags & kWait) != 0;
     m_greeted = true;
     return {};
 }
 
 RequestReader::Step RequestReader::takeFile(QByteArrayView payload)
 {
-    const auto place = decodedPlace(payload);
+    const auto place = takePlace(payload);
     if (!place)
         return tl::unexpected(place.error());
-    const QByteArrayView path = payload.sliced(kPlaceSize);
-    if (!path.startsWith('/') || path.contains('\0'))
+    if (!payload.startsWith('/') || payload.contains('\0'))
         return tl::unexpected(Refusal::Malformed);
     if (m_request.items.size() == kMaxItems)
         return tl::unexpected(Refusal::TooLarge);
-    m_request.items.append({path.toByteArray(), std::nullopt, *place});
+    m_request.items.append({payload.toByteArray(), std::nullopt, *place});
     return {};
 }
 
 RequestReader::Step RequestReader::beginText(QByteArrayView payload)
 {
-    const auto place = decodedPlace(payload);
+    const auto place = takePlace(payload);
     if (!place)
         return tl::unexpected(place.error());
     if (m_request.items.size() == kMaxItems)
@@ -253,7 +224,7 @@ RequestReader::Step RequestReader::endText()
 
 tl::expected<std::optional<Reply>, Refusal> ReplyReader::next()
 {
-    const auto frame = m_frames.next();
+    const auto frame = nextFrame(m_frames);
     if (!frame)
         return tl::unexpected(frame.error());
     if (!*frame)

@@ -1,21 +1,19 @@
 #pragma once
 
 #include "app/OpenRequest.h"
+#include "platform/process/Frames.h"
 #include "text/Utf8.h"
 
-#include <QByteArrayView>
-
-#include <functional>
 #include <optional>
 #include <tl/expected.hpp>
 
 namespace penwick {
 
 // The protocol by which one process of penwick asks another to open something. Both sides send
-// frames: a kind (1 byte), three zero bytes, the length of the payload (4 bytes, little-endian) and
-// at most `kMaxPayload` bytes of payload. A request is a greeting with the version of the protocol,
-// then the items piece by piece, then an end. A text is sent in pieces too, so that neither side
-// ever holds all of its bytes. The greeting and the refusal are the same in all versions.
+// messages of one frame each, with at most `kMaxPayload` bytes of payload. A request is a greeting
+// with the version of the protocol, then the items piece by piece, then an end. A text is sent in
+// pieces too, so that neither side ever holds all of its bytes. The greeting and the refusal are
+// the same in all versions.
 
 constexpr qsizetype kMaxPayload = qsizetype{1} << 16;
 constexpr qsizetype kMaxItems = 100'000;
@@ -45,33 +43,10 @@ struct Reply
     bool operator==(const Reply &) const = default;
 };
 
-/// Receives encoded bytes. False when they can no longer be sent.
-using ByteSink = std::function<bool(QByteArrayView)>;
-
 /// Passes the request to `sink` in pieces of bounded size. False once `sink` returned false.
 bool sendRequest(const OpenRequest &request, const ByteSink &sink);
 
 [[nodiscard]] QByteArray encoded(const Reply &reply);
-
-/// Splits bytes that arrive in pieces of any size into frames.
-class FrameCutter final
-{
-public:
-    struct Frame
-    {
-        quint8 kind = 0;
-        QByteArrayView payload; ///< Valid until the next call of `append`.
-    };
-
-    void append(QByteArrayView bytes);
-
-    /// Returns the next frame; no value while it is incomplete. After an error, every call fails.
-    [[nodiscard]] tl::expected<std::optional<Frame>, Refusal> next();
-
-private:
-    QByteArray m_input;
-    qsizetype m_taken = 0;
-};
 
 /// Assembles a request. Its memory grows with the received bytes only, never with an announced
 /// length.
@@ -87,14 +62,14 @@ public:
 private:
     using Step = tl::expected<void, Refusal>;
 
-    [[nodiscard]] Step takeFrame(const FrameCutter::Frame &frame);
-    [[nodiscard]] Step takeGreeting(const FrameCutter::Frame &frame);
+    [[nodiscard]] Step takeFrame(const Frame &frame);
+    [[nodiscard]] Step takeGreeting(const Frame &frame);
     [[nodiscard]] Step takeFile(QByteArrayView payload);
     [[nodiscard]] Step beginText(QByteArrayView payload);
     [[nodiscard]] Step takeTextBytes(QByteArrayView payload);
     [[nodiscard]] Step endText();
 
-    FrameCutter m_frames;
+    FrameCutter m_frames{kMaxPayload};
     OpenRequest m_request;
     std::optional<Utf8Reader> m_text; // Set while a text is being received.
     qint64 m_textBytes = 0;
@@ -112,7 +87,7 @@ public:
     [[nodiscard]] tl::expected<std::optional<Reply>, Refusal> next();
 
 private:
-    FrameCutter m_frames;
+    FrameCutter m_frames{kMaxPayload};
 };
 
 } // namespace penwick

@@ -142,10 +142,7 @@ void FrameWriter::flushWhereFull()
 
 void FrameWriter::flush(bool more)
 {
-    const auto length = static_cast<quint32>(m_frame.size() - kFrameHeaderSize);
-    m_frame[0] = static_cast<char>(m_kind);
-    m_frame[1] = more ? 1 : 0;
-    std::memcpy(m_frame.data() + 4, &length, sizeof length);
+    setFrameHeader(m_frame, static_cast<quint8>(m_kind), more);
     m_good = m_good && m_sink(m_frame);
     m_frame.truncate(kFrameHeaderSize);
 }
@@ -156,62 +153,35 @@ bool FrameWriter::finish()
     return m_good;
 }
 
-tl::expected<std::optional<MessageReader::Header>, WireError> MessageReader::header() const
+tl::expected<void, WireError> MessageReader::take(const Frame &frame)
 {
-    if (m_input.size() - m_taken < kFrameHeaderSize)
-        return std::nullopt;
-    const char *bytes = m_input.constData() + m_taken;
-    const auto kind = static_cast<MessageKind>(bytes[0]);
-    quint32 length = 0;
-    std::memcpy(&length, bytes + 4, sizeof length);
+    const auto kind = static_cast<MessageKind>(frame.kind);
     if (!mayCome(m_side, kind))
         return tl::unexpected(WireError::UnknownKind);
-    if ((bytes[1] != 0 && bytes[1] != 1) || bytes[2] != 0 || bytes[3] != 0)
-        return tl::unexpected(WireError::BadHeader);
-    if (length > kMaxFramePayload)
-        return tl::unexpected(WireError::FrameTooLong);
-    return Header{kind, bytes[1] == 1, static_cast<qsizetype>(length)};
-}
-
-tl::expected<void, WireError> MessageReader::take(const Header &header)
-{
     const bool isValueGivenUp =
-        m_open && m_open->kind == MessageKind::Value && header.kind == MessageKind::Failure;
+        m_open && m_open->kind == MessageKind::Value && kind == MessageKind::Failure;
     if (!m_open || isValueGivenUp)
-        m_open = Message{header.kind, {}};
-    if (m_open->kind != header.kind)
+        m_open = Message{kind, {}};
+    if (m_open->kind != kind)
         return tl::unexpected(WireError::MixedMessages);
-    if (header.length > longestMessage(header.kind) - m_open->payload.size())
+    if (frame.payload.size() > longestMessage(kind) - m_open->payload.size())
         return tl::unexpected(WireError::MessageTooLong);
-    m_open->payload.append(m_input.constData() + m_taken + kFrameHeaderSize, header.length);
-    m_taken += kFrameHeaderSize + header.length;
+    m_open->payload.append(frame.payload);
     return {};
-}
-
-// Moving the rest to the front costs its length, so it is not done after each of many small frames.
-void MessageReader::dropTaken()
-{
-    if (m_taken == m_input.size())
-        m_input.resize(0);
-    else if (m_taken > kMaxFramePayload)
-        m_input.remove(0, m_taken);
-    else
-        return;
-    m_taken = 0;
 }
 
 tl::expected<std::optional<Message>, WireError> MessageReader::next()
 {
     while (!m_error) {
-        const auto found = header();
-        if (found && (!*found || m_input.size() - m_taken - kFrameHeaderSize < (*found)->length)) {
-            dropTaken();
+        const auto frame = m_frames.next();
+        if (frame && !*frame)
             return std::nullopt;
-        }
-        const auto taken = found ? take(**found) : tl::unexpected(found.error());
-        if (!taken)
+        if (!frame)
+            m_error = frame.error() == FrameError::TooLong ? WireError::FrameTooLong
+                                                           : WireError::BadHeader;
+        else if (const auto taken = take(**frame); !taken)
             m_error = taken.error();
-        else if (!(*found)->more)
+        else if (!(*frame)->more)
             return std::exchange(m_open, std::nullopt);
     }
     return tl::unexpected(*m_error);
@@ -222,14 +192,6 @@ void PayloadReader::fail(WireError error)
     if (!m_error)
         m_error = error;
     m_rest = {};
-}
-
-void PayloadReader::getBytes(void *data, std::size_t size)
-{
-    if (static_cast<std::size_t>(m_rest.size()) < size)
-        return fail(WireError::Truncated);
-    std::memcpy(data, m_rest.data(), size);
-    m_rest = m_rest.sliced(static_cast<qsizetype>(size));
 }
 
 QString PayloadReader::getText()

@@ -1,23 +1,16 @@
 #pragma once
 
-#include <QByteArray>
-#include <QByteArrayView>
-#include <QString>
+#include "platform/process/Frames.h"
 
-#include <functional>
-#include <optional>
-#include <tl/expected.hpp>
+#include <QString>
 
 namespace penwick {
 
 class ScriptSource;
 class SharedTexts;
 
-// The framing of the byte stream between the editor and the script host. A message consists of one
-// or more frames, so that its sender need not know the length of a large message in advance. A
-// frame is a header of `kFrameHeaderSize` bytes (kind, whether more frames of the message follow,
-// two zeros, the payload's length as 32 bits) and at most `kMaxFramePayload` bytes of payload.
-// Numbers are in the machine's byte order, which both sides share.
+// The messages on the byte stream between the editor and the script host. A message consists of one
+// or more frames, so that its sender need not know the length of a large message in advance.
 
 enum class MessageKind : quint8 {
     Engine = 6,  ///< From the host, first and once: name and version of its script engine.
@@ -28,7 +21,6 @@ enum class MessageKind : quint8 {
     Failure = 5, ///< From the host, last: why there is no value. May interrupt a value's frames.
 };
 
-constexpr qsizetype kFrameHeaderSize = 8;
 constexpr qsizetype kMaxFramePayload = qsizetype{1} << 20;
 
 /// What is wrong with data from the other side.
@@ -46,9 +38,6 @@ enum class WireError {
     TooManyBytes,
     TooDeep,
 };
-
-/// Sends bytes. Returns false when the receiver is gone.
-using ByteSink = std::function<bool(QByteArrayView)>;
 
 /// One complete message.
 struct Message
@@ -106,27 +95,17 @@ public:
     {
     }
 
-    void append(QByteArrayView bytes) { m_input.append(bytes); }
+    void append(QByteArrayView bytes) { m_frames.append(bytes); }
 
     /// Returns the next complete message; nothing while it is incomplete. After an error, every
     /// further call returns that error.
     [[nodiscard]] tl::expected<std::optional<Message>, WireError> next();
 
 private:
-    struct Header
-    {
-        MessageKind kind = MessageKind::Ready;
-        bool more = false;
-        qsizetype length = 0;
-    };
-
-    [[nodiscard]] tl::expected<std::optional<Header>, WireError> header() const;
-    [[nodiscard]] tl::expected<void, WireError> take(const Header &header);
-    void dropTaken();
+    [[nodiscard]] tl::expected<void, WireError> take(const Frame &frame);
 
     Side m_side;
-    QByteArray m_input;
-    qsizetype m_taken = 0; // Bytes at the start of m_input that are already read.
+    FrameCutter m_frames{kMaxFramePayload};
     std::optional<Message> m_open;
     std::optional<WireError> m_error;
 };
@@ -146,9 +125,10 @@ public:
     /// Zero after an error.
     template <typename Number> Number get()
     {
-        Number number{};
-        getBytes(&number, sizeof number);
-        return number;
+        const auto number = takeNumber<Number>(m_rest);
+        if (!number)
+            fail(WireError::Truncated);
+        return number.value_or(Number{});
     }
 
     /// The counterpart of `FrameWriter::putText`. Empty after an error.
@@ -168,7 +148,6 @@ public:
     [[nodiscard]] std::optional<WireError> errorAtEnd() const;
 
 private:
-    void getBytes(void *data, std::size_t size);
     [[nodiscard]] QString getTextOf(quint8 number);
     [[nodiscard]] QString getSharedText(qsizetype length);
 
