@@ -1,51 +1,18 @@
 #include "macro/engine/ContextJson.h"
 
+#include "platform/json/JsonEscape.h"
+
 #include <array>
 
 namespace penwick {
 
 namespace {
 
-// Returns how many units one unit takes inside quotes: 1, 2 for a short escape, 6 for \uXXXX.
-constexpr qsizetype escapedLength(char16_t unit)
-{
-    switch (unit) {
-    case u'"':
-    case u'\\':
-    case u'\b':
-    case u'\f':
-    case u'\n':
-    case u'\r':
-    case u'\t':
-        return 2;
-    default:
-        return unit < 0x20 ? 6 : 1;
-    }
-}
-
-constexpr char16_t shortEscape(char16_t unit)
-{
-    switch (unit) {
-    case u'\b':
-        return u'b';
-    case u'\f':
-        return u'f';
-    case u'\n':
-        return u'n';
-    case u'\r':
-        return u'r';
-    case u'\t':
-        return u't';
-    default:
-        return unit; // A quote or a backslash is escaped by a backslash before it.
-    }
-}
-
-// `lengthOf` is called for every unit of a text: a table answers for the first 128.
+// How many units each of the first 128 takes inside quotes: 1, 2 for a short escape, 6 for \uXXXX.
 constexpr std::array<unsigned char, 128> kAsciiLengths = []() {
     std::array<unsigned char, 128> lengths{};
     for (std::size_t unit = 0; unit < lengths.size(); ++unit)
-        lengths[unit] = static_cast<unsigned char>(escapedLength(static_cast<char16_t>(unit)));
+        lengths[unit] = kJsonEscapeLetters[unit] != 0 ? 2 : unit < 0x20 ? 6 : 1;
     return lengths;
 }();
 
@@ -77,7 +44,7 @@ char16_t *writeEscape(char16_t unit, qsizetype length, char16_t *to)
     constexpr char16_t kDigits[] = u"0123456789ABCDEF";
     *to++ = u'\\';
     if (length == 2) {
-        *to++ = shortEscape(unit);
+        *to++ = static_cast<unsigned char>(kJsonEscapeLetters[unit]);
         return to;
     }
     *to++ = u'u';
@@ -101,27 +68,17 @@ template <typename Unit> void appendEscaped(const Unit *units, qsizetype size, Q
     }
 }
 
-/// Counts the units that `Writer` would append.
+/// Counts the units that `PieceWriter` would pass on.
 struct Measure
 {
     qint64 length = 0;
 
     void literal(QLatin1StringView ascii) { length += ascii.size(); }
 
-    void chunk(const char *units, qsizetype size) { length += escapedLengthOf(units, size); }
-
-    void chunk(const char16_t *units, qsizetype size) { length += escapedLengthOf(units, size); }
-};
-
-struct Writer
-{
-    QString &out;
-
-    void literal(QLatin1StringView ascii) { out += ascii; }
-
-    void chunk(const char *units, qsizetype size) { appendEscaped(units, size, out); }
-
-    void chunk(const char16_t *units, qsizetype size) { appendEscaped(units, size, out); }
+    template <typename Unit> void chunk(const Unit *units, qsizetype size)
+    {
+        length += escapedLengthOf(units, size);
+    }
 };
 
 /// Writes into a buffer and passes it to `sink` whenever it holds at least `kPiece` units.
@@ -218,12 +175,6 @@ void writeContextJson(const ContextDictionary &dictionary,
     PieceWriter writer{sink};
     emitDictionary(dictionary, writer);
     writer.handOn(1);
-}
-
-void appendContextJson(const ContextDictionary &dictionary, QString &out)
-{
-    Writer writer{out};
-    emitDictionary(dictionary, writer);
 }
 
 } // namespace penwick

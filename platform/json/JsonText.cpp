@@ -1,5 +1,7 @@
 #include "platform/json/JsonText.h"
 
+#include "platform/json/JsonEscape.h"
+
 #include <QLocale>
 #include <QStringDecoder>
 
@@ -230,26 +232,10 @@ private:
     /// Returns the escape for the unit; empty if it is written as it is.
     static QByteArray escaped(char16_t unit)
     {
-        switch (unit) {
-        case u'"':
-            return "\\\""_ba;
-        case u'\\':
-            return "\\\\"_ba;
-        case u'/':
+        if (unit == u'/')
             return "\\/"_ba;
-        case u'\b':
-            return "\\b"_ba;
-        case u'\f':
-            return "\\f"_ba;
-        case u'\n':
-            return "\\n"_ba;
-        case u'\r':
-            return "\\r"_ba;
-        case u'\t':
-            return "\\t"_ba;
-        default:
-            break;
-        }
+        if (unit < kJsonEscapeLetters.size() && kJsonEscapeLetters[unit] != 0)
+            return "\\"_ba + kJsonEscapeLetters[unit];
         if (unit < 0x20)
             return "\\u" + QByteArray::number(unit, 16).rightJustified(4, '0');
         return QChar::isSurrogate(unit) ? "\xEF\xBF\xBD"_ba : QByteArray();

@@ -77,7 +77,8 @@ QByteArray contextJson()
     snapshot.now = test::FakeClock().clock()();
     snapshot.timeZone = QTimeZone::utc();
     QString json;
-    appendContextJson(buildMacroContext(snapshot, u"id"_s, oddText()).toDictionary(), json);
+    writeContextJson(buildMacroContext(snapshot, u"id"_s, oddText()).toDictionary(),
+                     [&json](QStringView piece) { json += piece; });
     return json.toUtf8();
 }
 

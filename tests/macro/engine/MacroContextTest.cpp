@@ -302,7 +302,8 @@ void MacroContextTest::toDictionary_ofAContext_hasExactlyTheKeys()
     snapshot.filePath = u"/tmp/notes.txt"_s;
     snapshot.isModified = true;
     QString json;
-    appendContextJson(contextOf(snapshot).toDictionary(), json);
+    writeContextJson(contextOf(snapshot).toDictionary(),
+                     [&json](QStringView piece) { json += piece; });
     const QByteArray expected = R"({
         "schemaVersion": "1.0",
         "app": {"name": "penwick", "version": "1.0.0"},
