@@ -1,5 +1,6 @@
 #include "macro/script/HostChannel.h"
 
+#include "macro/script/HostContract.h"
 #include "platform/files/FileDescriptor.h"
 
 #include <sys/socket.h>
@@ -7,9 +8,8 @@
 
 namespace penwick {
 
-HostChannel::HostChannel(int sharedDescriptor, int descriptor)
-    : m_descriptor(descriptor)
-    , m_shared(sharedDescriptor, SharedTexts::Side::Host)
+HostChannel::HostChannel(int sharedDescriptor)
+    : m_shared(sharedDescriptor, SharedTexts::Side::Host)
     , m_sink([this](QByteArrayView bytes) { return send(bytes); })
 {
 }
@@ -18,7 +18,7 @@ bool HostChannel::isConnected() const
 {
     int domain = 0;
     socklen_t size = sizeof domain;
-    return getsockopt(m_descriptor, SOL_SOCKET, SO_DOMAIN, &domain, &size) == 0 &&
+    return getsockopt(kHostConnection, SOL_SOCKET, SO_DOMAIN, &domain, &size) == 0 &&
            domain == AF_UNIX;
 }
 
@@ -36,7 +36,7 @@ std::optional<ScriptRequest> HostChannel::receiveRequest() const
             return request ? std::optional(std::move(*request)) : std::nullopt;
         }
         const ssize_t size =
-            uninterrupted([&] { return ::read(m_descriptor, portion.data(), kPortion); });
+            uninterrupted([&] { return ::read(kHostConnection, portion.data(), kPortion); });
         if (size <= 0)
             return std::nullopt;
         reader.append(QByteArrayView(portion).first(size));
@@ -49,7 +49,7 @@ bool HostChannel::send(QByteArrayView bytes) const
 {
     while (!bytes.isEmpty()) {
         const ssize_t size = uninterrupted([&] {
-            return ::write(m_descriptor, bytes.data(), static_cast<std::size_t>(bytes.size()));
+            return ::write(kHostConnection, bytes.data(), static_cast<std::size_t>(bytes.size()));
         });
         if (size <= 0)
             return false;

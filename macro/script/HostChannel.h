@@ -1,6 +1,5 @@
 #pragma once
 
-#include "macro/script/HostContract.h"
 #include "macro/script/ScriptWire.h"
 #include "macro/script/SharedTexts.h"
 
@@ -8,18 +7,17 @@
 
 namespace penwick {
 
-/// The host's end of its connection to the editor. Calls block.
+/// The host's end of its connection to the editor, `kHostConnection`. Calls block.
 class HostChannel final
 {
 public:
-    /// \param descriptor a connected stream socket; not owned.
     /// \param sharedDescriptor see `SharedTexts`; not owned.
-    explicit HostChannel(int sharedDescriptor, int descriptor = kHostConnection);
+    explicit HostChannel(int sharedDescriptor);
     HostChannel(const HostChannel &) = delete;
     HostChannel &operator=(const HostChannel &) = delete;
     ~HostChannel() = default;
 
-    /// True when the descriptor is a Unix socket. It is none when a user starts the host directly.
+    /// True when the connection is a Unix socket. It is none when a user starts the host directly.
     [[nodiscard]] bool isConnected() const;
 
     /// Waits for the request. Returns nothing when the editor closes the connection first or sends
@@ -35,7 +33,6 @@ public:
 private:
     [[nodiscard]] bool send(QByteArrayView bytes) const;
 
-    int m_descriptor;
     SharedTexts m_shared;
     ByteSink m_sink;
 };

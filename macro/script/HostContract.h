@@ -10,6 +10,12 @@ namespace penwick {
 constexpr int kHostConnection = 3;  ///< A connected stream socket.
 constexpr int kHostDeniedCalls = 4; ///< Receives each `DeniedCall`; a pipe that never blocks.
 constexpr int kHostSharedTexts = 5; ///< See `SharedTexts`; may be missing.
+constexpr int kHostFirstUnused = 6; ///< This one and all above are closed.
+
+// The arguments of a host: how many bytes a script may allocate, `kHostSharedTexts` or -1 if that
+// is missing, and whether refused system calls are reported.
+constexpr char kHostReports[] = "report";
+constexpr char kHostIsSilent[] = "silent";
 
 /// The exit status of a host that ran out of memory.
 constexpr int kOutOfMemoryStatus = 77;

@@ -64,7 +64,7 @@ std::vector<char *> pointersTo(std::vector<std::string> &texts)
 /// not.
 FileDescriptor duplicatedAboveHostDescriptors(const FileDescriptor &file)
 {
-    return FileDescriptor(file.isOpen() ? fcntl(file.get(), F_DUPFD_CLOEXEC, kHostSharedTexts + 1)
+    return FileDescriptor(file.isOpen() ? fcntl(file.get(), F_DUPFD_CLOEXEC, kHostFirstUnused)
                                         : -1);
 }
 
@@ -107,7 +107,7 @@ public:
         if (!kReportsErrors)
             posix_spawn_file_actions_addopen(&m_actions, 2, "/dev/null", O_WRONLY, 0);
         posix_spawn_file_actions_addclosefrom_np(
-            &m_actions, ends.shared >= 0 ? kHostSharedTexts + 1 : kHostSharedTexts);
+            &m_actions, ends.shared >= 0 ? kHostFirstUnused : kHostSharedTexts);
         posix_spawnattr_init(&m_attributes);
         sigset_t signals;
         sigemptyset(&signals);
@@ -162,7 +162,7 @@ pid_t spawn(const HostProcess::Settings &settings, const HostEnds &ends)
     std::vector<std::string> arguments{program.toStdString(),
                                        std::to_string(settings.memory),
                                        std::to_string(ends.shared >= 0 ? kHostSharedTexts : -1),
-                                       settings.reportsRefusedCalls ? "report" : "silent"};
+                                       settings.reportsRefusedCalls ? kHostReports : kHostIsSilent};
     std::vector<std::string> environment = hostEnvironment(settings.timeZone);
     pid_t process = -1;
     const int error = posix_spawn(&process,

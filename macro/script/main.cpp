@@ -1,5 +1,6 @@
 #include "macro/script/EngineMemory.h"
 #include "macro/script/HostChannel.h"
+#include "macro/script/HostContract.h"
 #include "macro/script/HostSandbox.h"
 #include "macro/script/ScriptRunner.h"
 #include "wording/WordingLookup.h"
@@ -89,8 +90,9 @@ int main(int argc, char *argv[])
     penwick::HostChannel channel(std::atoi(argv[2]));
     if (!channel.isConnected())
         return kNotForDirectUse;
-    const auto refused = std::strcmp(argv[3], "silent") == 0 ? penwick::RefusedCalls::Silent
-                                                             : penwick::RefusedCalls::Reported;
+    const auto refused = std::strcmp(argv[3], penwick::kHostIsSilent) == 0
+                             ? penwick::RefusedCalls::Silent
+                             : penwick::RefusedCalls::Reported;
     const int status = serve(channel, std::strtoull(argv[1], nullptr, 10), refused);
     // Does not run the libraries' destructors: the kernel releases their memory faster.
     _exit(status);

@@ -1,4 +1,5 @@
 #include "macro/script/HostChannel.h"
+#include "macro/script/HostContract.h"
 #include "macro/script/HostSandbox.h"
 
 #include <QStringList>
@@ -45,8 +46,9 @@ int main(int /*count*/, char *arguments[])
 {
     HostChannel channel(std::atoi(arguments[2]));
     prepareHostProcess(kHostDeniedCalls);
-    const RefusedCalls refused =
-        std::strcmp(arguments[3], "silent") == 0 ? RefusedCalls::Silent : RefusedCalls::Reported;
+    const RefusedCalls refused = std::strcmp(arguments[3], kHostIsSilent) == 0
+                                     ? RefusedCalls::Silent
+                                     : RefusedCalls::Reported;
     if (!sendEngine(u"Denying 1.0", channel.sink()) ||
         !sendReady(confineProcess(std::strtoull(arguments[1], nullptr, 10), refused),
                    channel.sink()))
