@@ -22,9 +22,11 @@ MESSAGE = f"マクロ「{ENDLESS}」を実行しています。"
 STOPPED = "マクロの実行がタイムアウトしました"
 
 
-def hosts():
-    """The process ids of all running script hosts."""
-    found = subprocess.run(["pgrep", "-x", "penwick-script-"], stdout=subprocess.PIPE, text=True)
+def hosts_of(editor):
+    """The process ids of the script hosts that this editor has started and that run."""
+    found = subprocess.run(
+        ["pgrep", "-P", str(editor.pid), "-x", "penwick-script-"], stdout=subprocess.PIPE, text=True
+    )
     return {int(line) for line in found.stdout.split()}
 
 
@@ -60,15 +62,18 @@ class Stopping(journey.Journey):
                 ]
             )
         )
-        self.before = hosts()
+        self.seen_hosts = set()
         self.path = self.write("memo.txt", "元の文\r\n")
-        app = self.start(self.path)
-        app.type("x")
+        self.app = self.start(self.path)
+        self.app.type("x")
         self.wait_for_title("memo.txt*")
-        return app
+        return self.app
 
     def own_hosts(self):
-        return {process for process in hosts() - self.before if state_of(process) not in (None, "Z")}
+        # Those seen before count even after the editor has ended. Hosts of other editors do not: other
+        # tests may be running.
+        self.seen_hosts |= hosts_of(self.app.process)
+        return {process for process in self.seen_hosts if state_of(process) not in (None, "Z")}
 
     def start_endless(self, app):
         app.choose("マクロ", ENDLESS)
