@@ -1,7 +1,6 @@
 #include "app/CloseConsent.h"
 
 #include "app/OpenDialogs.h"
-#include "app/WindowPlacement.h"
 #include "controls/Alerts.h"
 #include "platform/desktop/WindowActivation.h"
 
@@ -19,12 +18,12 @@ CloseConsent::CloseConsent(const OpenDocuments &documents, Save save)
 {
 }
 
-bool CloseConsent::offerToStopMacro() const
+bool CloseConsent::offerToStopMacro()
 {
     const OpenDocument *running = m_documents.withRunningMacro();
     if (running == nullptr)
         return false;
-    bringForward(*running->controller);
+    running->controller->bringForward();
     running->controller->offerToStopMacro();
     return true;
 }
@@ -38,12 +37,12 @@ bool CloseConsent::raiseOpenDialog()
     return true;
 }
 
-bool CloseConsent::confirmClose(OpenDocument &entry) const
+bool CloseConsent::confirmClose(OpenDocument &entry)
 {
-    const EditorWindowController &controller = *entry.controller;
+    EditorWindowController &controller = *entry.controller;
     if (controller.isRunningMacro()) {
-        bringForward(controller);
-        entry.controller->offerToStopMacro();
+        controller.bringForward();
+        controller.offerToStopMacro();
         return false;
     }
     if (entry.document->isReading())
@@ -53,7 +52,7 @@ bool CloseConsent::confirmClose(OpenDocument &entry) const
     QGuiApplication::inputMethod()->commit();
     if (!entry.document->isEdited())
         return true;
-    bringForward(controller);
+    controller.bringForward();
     switch (askAboutUnsavedChanges(controller.window(), entry.displayName())) {
     case UnsavedAnswer::Save:
         return m_save(&controller) && entry.saver->await(entry.displayName());
@@ -65,9 +64,9 @@ bool CloseConsent::confirmClose(OpenDocument &entry) const
     return false;
 }
 
-bool CloseConsent::confirmClose(const EditorWindow &window) const
+bool CloseConsent::confirmClose(const EditorWindow &window)
 {
-    QList<const EditorWindowController *> asked;
+    QList<DocumentId> asked;
     while (OpenDocument *entry = nextOf(window, asked)) {
         asked << entry->controller.get();
         if (!confirmClose(*entry))
@@ -79,8 +78,7 @@ bool CloseConsent::confirmClose(const EditorWindow &window) const
 /// Returns the next document to ask about. The list is searched again after each question because
 /// tabs may have been opened or closed during it. A tab whose macro runs comes first: the window
 /// cannot close while a macro runs.
-OpenDocument *CloseConsent::nextOf(const EditorWindow &window,
-                                   const QList<const EditorWindowController *> &asked) const
+OpenDocument *CloseConsent::nextOf(const EditorWindow &window, const QList<DocumentId> &asked) const
 {
     OpenDocument *next = nullptr;
     for (const EditorWindowController *controller : window.controllers()) {

@@ -2,7 +2,7 @@
 
 #include "app/DocumentDialogs.h"
 #include "app/DocumentPaths.h"
-#include "app/WindowPlacement.h"
+#include "platform/desktop/WindowFrame.h"
 #include "platform/process/FreedMemory.h"
 #include "platform/settings/NotificationCenter.h"
 #include "view/TextView.h"
@@ -41,9 +41,7 @@ void giveBackMemoryLater()
 
 DocumentController::DocumentController(QObject *parent)
     : QObject(parent)
-    , m_consent(
-          m_documents,
-          [this](const EditorWindowController *controller) { return saveDocument(controller); })
+    , m_consent(m_documents, [this](DocumentId id) { return saveDocument(id); })
     , m_folder(paths::startFolder())
 {
     NotificationCenter::defaultCenter().addObserver(UIWordingProfileDidChange, this, [this] {
@@ -66,9 +64,9 @@ DocumentController::WindowController DocumentController::controllerOf(const QWid
     return entry != nullptr ? entry->controller : nullptr;
 }
 
-TextDocument *DocumentController::documentOf(const EditorWindowController *controller) const
+TextDocument *DocumentController::documentOf(DocumentId id) const
 {
-    const OpenDocument *entry = m_documents.find(controller);
+    const OpenDocument *entry = m_documents.find(id);
     return entry != nullptr ? entry->document.get() : nullptr;
 }
 
@@ -106,7 +104,7 @@ OpenDocument *DocumentController::pristineDocument() const
 
 void DocumentController::newDocument(Placement placement)
 {
-    bringForward(*addDocument(std::make_unique<TextDocument>(), placement).controller);
+    addDocument(std::make_unique<TextDocument>(), placement).controller->bringForward();
 }
 
 TextDocument *DocumentController::newDocument(const Text &text, Placement placement)
@@ -150,7 +148,7 @@ bool DocumentController::openDocumentFrom(const QString &path,
 {
     const QString absolutePath = absolutePathOf(path);
     if (const OpenDocument *open = m_documents.withFile(absolutePath)) {
-        bringForward(*open->controller);
+        open->controller->bringForward();
         return true;
     }
     auto document = readDocument(absolutePath, missingFile, m_limits);
@@ -167,12 +165,12 @@ void DocumentController::showDocument(std::unique_ptr<TextDocument> document, Pl
 {
     OpenDocument *pristine = placement == Placement::Tab ? pristineDocument() : nullptr;
     if (pristine == nullptr) {
-        bringForward(*addDocument(std::move(document), placement).controller);
+        addDocument(std::move(document), placement).controller->bringForward();
         return;
     }
     pristine->controller->documentState()->setMacroNotificationMessage(std::nullopt);
     setDocument(*pristine, std::move(document));
-    bringForward(*pristine->controller);
+    pristine->controller->bringForward();
 }
 
 std::shared_ptr<EditorWindow> DocumentController::makeWindow()
@@ -219,21 +217,21 @@ void DocumentController::setDocument(OpenDocument &entry, std::unique_ptr<TextDo
     EditorWindowController *controller = entry.controller.get();
     entry.document = std::move(document);
     entry.saver = std::make_unique<DocumentSaver>(entry.document.get(), controller, m_limits);
-    entry.saver->setSaveElsewhere([this, controller] { return saveDocumentAs(controller); });
+    const DocumentId id = controller;
+    entry.saver->setSaveElsewhere([this, id] { return saveDocumentAs(id); });
     entry.outsideChanges = std::make_unique<OutsideChanges>(entry.document.get(), controller);
     showContent(entry);
-    const auto relabel = [this, controller] { updateLabel(controller); };
+    const auto relabel = [this, id] { updateLabel(id); };
     connect(entry.document.get(), &TextDocument::filePathChanged, controller, relabel);
     connect(entry.document.get(), &TextDocument::editedChanged, controller, relabel);
     connect(entry.document.get(),
             &TextDocument::transferEnded,
             controller,
-            [this, controller](TextDocument::Transfer transfer,
-                               const std::optional<DocumentError> &error) {
+            [this, id](TextDocument::Transfer transfer, const std::optional<DocumentError> &error) {
                 if (transfer == TextDocument::Transfer::Reading)
-                    readingDidEnd(controller, error);
+                    readingDidEnd(id, error);
             });
-    updateLabel(controller);
+    updateLabel(id);
 }
 
 void DocumentController::showContent(OpenDocument &entry)
@@ -244,15 +242,14 @@ void DocumentController::showContent(OpenDocument &entry)
         entry.controller->setDocument(entry.document.get());
 }
 
-void DocumentController::readingDidEnd(const EditorWindowController *controller,
-                                       const std::optional<DocumentError> &error)
+void DocumentController::readingDidEnd(DocumentId id, const std::optional<DocumentError> &error)
 {
-    OpenDocument *entry = m_documents.find(controller);
+    OpenDocument *entry = m_documents.find(id);
     if (entry == nullptr)
         return; // The tab was closed meanwhile.
     if (!error) {
         showContent(*entry);
-        updateLabel(controller);
+        updateLabel(id);
         // A macro that was tried meanwhile has left an error message, which may still be in the
         // event queue.
         DocumentState *state = entry->controller->documentState();
@@ -264,14 +261,14 @@ void DocumentController::readingDidEnd(const EditorWindowController *controller,
     }
     if (!error->isCancellation())
         dialogs::showOpenError(entry->controller->window(), entry->document->filePath(), *error);
-    discardUnreadTab(controller);
+    discardUnreadTab(id);
 }
 
 /// Removes the tab of a file that could not be read. The last tab stays, because closing it would
 /// end the application.
-void DocumentController::discardUnreadTab(const EditorWindowController *controller)
+void DocumentController::discardUnreadTab(DocumentId id)
 {
-    OpenDocument *entry = m_documents.find(controller);
+    OpenDocument *entry = m_documents.find(id);
     if (entry == nullptr)
         return;
     if (m_documents.controllers().size() == 1)
@@ -280,21 +277,21 @@ void DocumentController::discardUnreadTab(const EditorWindowController *controll
         closeWithoutAsking(WindowController(entry->controller)); // Deletes the entry.
 }
 
-bool DocumentController::saveDocument(const EditorWindowController *controller)
+bool DocumentController::saveDocument(DocumentId id)
 {
-    OpenDocument *entry = m_documents.find(controller);
+    OpenDocument *entry = m_documents.find(id);
     if (entry == nullptr || entry->document->isReading())
         return false;
     if (entry->document->isWriting())
         return entry->saver->save(entry->document->transferPath());
     if (entry->document->filePath().isEmpty())
-        return saveDocumentAs(controller);
+        return saveDocumentAs(id);
     return entry->saver->save(entry->document->filePath());
 }
 
-bool DocumentController::saveDocumentAs(const EditorWindowController *controller)
+bool DocumentController::saveDocumentAs(DocumentId id)
 {
-    OpenDocument *entry = m_documents.find(controller);
+    OpenDocument *entry = m_documents.find(id);
     if (entry == nullptr || entry->document->isReading())
         return false;
     if (!entry->saver->await(entry->displayName()))
@@ -316,13 +313,12 @@ bool DocumentController::saveDocumentAs(const EditorWindowController *controller
     return entry->saver->save(absolutePathOf(path));
 }
 
-void DocumentController::moveToNewWindow(const EditorWindowController *controller,
-                                         const QPoint &position)
+void DocumentController::moveToNewWindow(DocumentId id, const QPoint &position)
 {
-    const OpenDocument *entry = m_documents.find(controller);
-    if (entry == nullptr || controller->isRunningMacro())
+    const OpenDocument *entry = m_documents.find(id);
+    if (entry == nullptr || entry->controller->isRunningMacro())
         return;
-    const auto former = controller->window()->shared_from_this();
+    const auto former = entry->controller->window()->shared_from_this();
     if (former->count() == 1) {
         former->move(position);
         return;
@@ -330,31 +326,35 @@ void DocumentController::moveToNewWindow(const EditorWindowController *controlle
     const auto window = makeWindow();
     const bool isWhole = former->isMaximized() || former->isFullScreen();
     window->resize(isWhole ? former->normalGeometry().size() : former->size());
-    window->move(onScreen(position, isWhole ? window->size() : former->frameGeometry().size()));
+    window->move(
+        positionOnScreen(position, isWhole ? window->size() : former->frameGeometry().size()));
     window->setTabBarAlwaysVisible(true);
     entry->controller->moveTo(window);
-    bringForward(*controller);
+    entry->controller->bringForward();
 }
 
-bool DocumentController::closeDocument(const EditorWindowController *controller)
+bool DocumentController::closeDocument(DocumentId id)
 {
-    return closeDocuments({controller});
+    return closeDocuments({id});
 }
 
-bool DocumentController::closeOtherDocuments(const EditorWindowController *controller)
+bool DocumentController::closeOtherDocuments(DocumentId id)
 {
-    QList<const EditorWindowController *> others;
-    for (const EditorWindowController *other : controller->window()->controllers())
-        if (other != controller)
+    const OpenDocument *kept = m_documents.find(id);
+    if (kept == nullptr)
+        return true;
+    QList<DocumentId> others;
+    for (const EditorWindowController *other : kept->controller->window()->controllers())
+        if (other != kept->controller.get())
             others << other;
     return closeDocuments(others);
 }
 
-bool DocumentController::closeDocuments(const QList<const EditorWindowController *> &controllers)
+bool DocumentController::closeDocuments(const QList<DocumentId> &documents)
 {
     QList<WindowController> agreed;
-    for (const EditorWindowController *controller : controllers) {
-        OpenDocument *entry = m_documents.find(controller);
+    for (const DocumentId document : documents) {
+        OpenDocument *entry = m_documents.find(document);
         if (entry == nullptr)
             continue; // It was closed during a question about another document.
         agreed << entry->controller;
@@ -429,9 +429,9 @@ bool DocumentController::eventFilter(QObject *watched, QEvent *event)
     return false;
 }
 
-void DocumentController::checkFileOnDisk(const EditorWindowController *controller)
+void DocumentController::checkFileOnDisk(DocumentId id)
 {
-    if (const OpenDocument *entry = m_documents.find(controller))
+    if (const OpenDocument *entry = m_documents.find(id))
         entry->outsideChanges->check();
 }
 
@@ -453,15 +453,15 @@ void DocumentController::forget(const WindowController &controller)
     Q_EMIT documentClosed(document);
 }
 
-void DocumentController::updateLabel(const EditorWindowController *controller)
+void DocumentController::updateLabel(DocumentId id)
 {
-    const OpenDocument *entry = m_documents.find(controller);
+    const OpenDocument *entry = m_documents.find(id);
     if (entry == nullptr)
         return;
     const QString name = entry->displayName();
     entry->controller->setTabLabel(
         {name, entry->document->filePath(), entry->document->isEdited()});
-    if (TextView *view = controller->textView())
+    if (TextView *view = entry->controller->textView())
         view->setAccessibleName(name);
 }
 

@@ -52,7 +52,7 @@ public:
     /// for null.
     [[nodiscard]] WindowController controllerOf(const QWidget *window) const;
     /// The open document; null when it has been closed.
-    [[nodiscard]] TextDocument *documentOf(const EditorWindowController *controller) const;
+    [[nodiscard]] TextDocument *documentOf(DocumentId id) const;
     /// The open document that has this file or is being saved to it; null when there is none.
     [[nodiscard]] TextDocument *documentOfFile(const QString &path) const;
 
@@ -79,19 +79,19 @@ public:
     /// Saves to the document's file, or asks for one. Shows an error when it fails. A save
     /// requested while another is under way starts after it.
     /// \return true when the document is saved or its save is under way.
-    bool saveDocument(const EditorWindowController *controller);
-    bool saveDocumentAs(const EditorWindowController *controller);
+    bool saveDocument(DocumentId id);
+    bool saveDocumentAs(DocumentId id);
 
     /// Closes the document, and its window if it was the last one there. Asks before unsaved
     /// changes are lost, and waits for a save under way.
     /// \return false when the user cancelled.
-    bool closeDocument(const EditorWindowController *controller);
+    bool closeDocument(DocumentId id);
     /// Closes all other documents of its window, once all questions are answered.
-    bool closeOtherDocuments(const EditorWindowController *controller);
+    bool closeOtherDocuments(DocumentId id);
 
     /// Moves the document's tab into a new window. If it is alone in its window, moves that window.
     /// \param position of the window's frame, on the screen.
-    void moveToNewWindow(const EditorWindowController *controller, const QPoint &position);
+    void moveToNewWindow(DocumentId id, const QPoint &position);
 
     /// Waits for the saves under way, asks about the unsaved changes of every document, then closes
     /// all windows of the application.
@@ -101,7 +101,7 @@ public:
 
     /// Checks whether another program has changed the document's file. This also happens
     /// automatically when its text comes to the front.
-    void checkFileOnDisk(const EditorWindowController *controller);
+    void checkFileOnDisk(DocumentId id);
 
 Q_SIGNALS:
     /// The window is about to be shown for the first time; it has no document yet.
@@ -124,13 +124,12 @@ private:
     static void showContent(OpenDocument &entry);
     void showDocument(std::unique_ptr<TextDocument> document, Placement placement);
     bool openDocumentFrom(const QString &path, MissingFile missingFile, Placement placement);
-    void readingDidEnd(const EditorWindowController *controller,
-                       const std::optional<DocumentError> &error);
-    void discardUnreadTab(const EditorWindowController *controller);
-    bool closeDocuments(const QList<const EditorWindowController *> &controllers);
+    void readingDidEnd(DocumentId id, const std::optional<DocumentError> &error);
+    void discardUnreadTab(DocumentId id);
+    bool closeDocuments(const QList<DocumentId> &documents);
     void closeWithoutAsking(const WindowController &controller);
     void forget(const WindowController &controller);
-    void updateLabel(const EditorWindowController *controller);
+    void updateLabel(DocumentId id);
 
     OpenDocuments m_documents;
     CloseConsent m_consent;

@@ -24,7 +24,7 @@ DocumentSaver::DocumentSaver(TextDocument *document,
             this,
             [this](TextDocument::Transfer transfer, const std::optional<DocumentError> &error) {
                 if (transfer == TextDocument::Transfer::Writing && !m_isAwaited)
-                    end(error);
+                    finishSave(error);
             });
 }
 
@@ -74,7 +74,7 @@ bool DocumentSaver::recover(const DocumentError &error)
     return write(m_path);
 }
 
-bool DocumentSaver::confirmReplace(const std::optional<FileVersion> &version) const
+bool DocumentSaver::confirmReplace(const std::optional<FileVersion> &version)
 {
     // A file that was only touched still has the known content. A large file is not read to find
     // out.
@@ -90,7 +90,7 @@ bool DocumentSaver::confirmReplace(const std::optional<FileVersion> &version) co
 }
 
 /// Handles the end of a transfer. False when the text was not saved.
-bool DocumentSaver::end(const std::optional<DocumentError> &error)
+bool DocumentSaver::finishSave(const std::optional<DocumentError> &error)
 {
     const bool savesAgain = std::exchange(m_savesAgain, false);
     if (error)
@@ -101,7 +101,7 @@ bool DocumentSaver::end(const std::optional<DocumentError> &error)
 bool DocumentSaver::await(const QString &name)
 {
     while (m_document->isWriting())
-        if (!end(awaitOne(name)))
+        if (!finishSave(awaitOne(name)))
             return false;
     return true;
 }

@@ -62,8 +62,8 @@ public:
 private:
     bool write(const QString &path);
     [[nodiscard]] bool recover(const DocumentError &error);
-    [[nodiscard]] bool confirmReplace(const std::optional<FileVersion> &version) const;
-    bool end(const std::optional<DocumentError> &error);
+    [[nodiscard]] bool confirmReplace(const std::optional<FileVersion> &version);
+    bool finishSave(const std::optional<DocumentError> &error);
     [[nodiscard]] std::optional<DocumentError> awaitOne(const QString &name);
 
     TextDocument *m_document;

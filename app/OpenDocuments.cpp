@@ -69,10 +69,10 @@ QList<std::shared_ptr<EditorWindow>> OpenDocuments::windows() const
     return windows;
 }
 
-OpenDocument *OpenDocuments::find(const EditorWindowController *controller) const
+OpenDocument *OpenDocuments::find(DocumentId document) const
 {
-    return first(m_entries, [controller](const OpenDocument &entry) {
-        return entry.controller.get() == controller;
+    return first(m_entries, [document](const OpenDocument &entry) {
+        return entry.controller.get() == document;
     });
 }
 
@@ -103,12 +103,11 @@ OpenDocument &OpenDocuments::add()
     return *m_entries.back();
 }
 
-std::unique_ptr<OpenDocument> OpenDocuments::take(const EditorWindowController *controller)
+std::unique_ptr<OpenDocument> OpenDocuments::take(DocumentId document)
 {
-    const auto found =
-        std::find_if(m_entries.begin(), m_entries.end(), [controller](const auto &e) {
-            return e->controller.get() == controller;
-        });
+    const auto found = std::find_if(m_entries.begin(), m_entries.end(), [document](const auto &e) {
+        return e->controller.get() == document;
+    });
     if (found == m_entries.end())
         return nullptr;
     auto entry = std::move(*found);

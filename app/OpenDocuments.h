@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/DocumentId.h"
 #include "app/DocumentSaver.h"
 #include "app/OutsideChanges.h"
 #include "editor/TextDocument.h"
@@ -38,7 +39,7 @@ public:
     [[nodiscard]] QList<std::shared_ptr<EditorWindow>> windows() const;
 
     /// Each look-up returns null when there is no match, and for null.
-    [[nodiscard]] OpenDocument *find(const EditorWindowController *controller) const;
+    [[nodiscard]] OpenDocument *find(DocumentId document) const;
     /// The document in the front tab of an editor window.
     [[nodiscard]] OpenDocument *frontDocumentOf(const QWidget *window) const;
     /// The document that has this file or is being saved to it.
@@ -47,7 +48,7 @@ public:
     [[nodiscard]] OpenDocument *withRunningMacro() const;
 
     OpenDocument &add();
-    [[nodiscard]] std::unique_ptr<OpenDocument> take(const EditorWindowController *controller);
+    [[nodiscard]] std::unique_ptr<OpenDocument> take(DocumentId document);
 
     /// The lowest number that no untitled document has.
     [[nodiscard]] int nextUntitledNumber() const;

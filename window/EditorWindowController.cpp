@@ -1,5 +1,6 @@
 #include "window/EditorWindowController.h"
 
+#include "platform/desktop/WindowActivation.h"
 #include "view/TextView.h"
 #include "window/LoadingView.h"
 #include "window/MacroExecution.h"
@@ -18,6 +19,16 @@ using namespace Qt::StringLiterals;
 
 namespace penwick {
 
+namespace {
+
+quint64 nextNumber()
+{
+    static quint64 last = 0; // Controllers are made in the main thread only.
+    return ++last;
+}
+
+} // namespace
+
 EditorWindowController::EditorWindowController(UserDefaults &defaults,
                                                Clock clock,
                                                MacroRuntimeService macroRuntime,
@@ -34,6 +45,7 @@ EditorWindowController::EditorWindowController(std::shared_ptr<EditorWindow> win
                                                MacroRuntimeService macroRuntime,
                                                QObject *parent)
     : QObject(parent)
+    , m_number(nextNumber())
     , m_clock(std::move(clock))
     , m_macroRuntime(std::move(macroRuntime))
     , m_documentState(std::make_unique<DocumentState>())
@@ -66,6 +78,12 @@ void EditorWindowController::moveTo(const std::shared_ptr<EditorWindow> &window,
     // The call may come from the former window: destroy it in a later turn of the event loop.
     QMetaObject::invokeMethod(
         this, [kept = former]() mutable { kept.reset(); }, Qt::QueuedConnection);
+}
+
+void EditorWindowController::bringForward()
+{
+    m_window->setCurrentController(this);
+    penwick::bringForward(m_window.get());
 }
 
 void EditorWindowController::setTabLabel(const TabLabel &label)
@@ -159,11 +177,11 @@ void EditorWindowController::runMacro(const QString &code,
     TextView *view = textView();
     if (isRunningMacro())
         offerToStopMacro();
-    else if (isReady(view))
+    else if (checkReadyForMacro(view))
         execute(view, code, buildMacroContext(macroId, macroName), userInput);
 }
 
-bool EditorWindowController::isReady(const TextView *view)
+bool EditorWindowController::checkReadyForMacro(const TextView *view)
 {
     if (view == nullptr)
         showMacroMessage(NotificationType::Error, wording::text(u"macro.error.noTextView"_s));
@@ -219,7 +237,7 @@ bool EditorWindowController::prepareToApply(TextView *view,
 {
     if (result.textEdits.isEmpty())
         return true;
-    if (!isReady(view))
+    if (!checkReadyForMacro(view))
         return false;
     if (view->string() != context.document.text) {
         showMacroMessage(NotificationType::Error, wording::text(u"macro.error.documentChanged"_s));

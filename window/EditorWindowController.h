@@ -47,6 +47,9 @@ public:
                                     QObject *parent = nullptr);
     ~EditorWindowController() override;
 
+    /// Differs for every controller of the process; never 0.
+    [[nodiscard]] quint64 number() const { return m_number; }
+
     /// Shows the document's text in the tab and removes the former content.
     /// \param document not owned; held weakly. Null leaves the tab empty.
     void setDocument(TextDocument *document);
@@ -61,6 +64,10 @@ public:
     /// The window of the tab; never null. A closed controller has one too, which is not visible.
     /// The controllers of its tabs keep it alive. It changes when the tab moves.
     [[nodiscard]] EditorWindow *window() const { return m_window.get(); }
+
+    /// Brings the tab to the front of its window, and the window to the front with the keyboard
+    /// focus.
+    void bringForward();
 
     [[nodiscard]] bool isInFront() const { return m_window->currentController() == this; }
 
@@ -129,9 +136,10 @@ private:
                    const ScriptOutcome &outcome);
     [[nodiscard]] bool
     prepareToApply(TextView *view, const MacroContext &context, const MacroResult &result);
-    [[nodiscard]] bool isReady(const TextView *view);
+    [[nodiscard]] bool checkReadyForMacro(const TextView *view);
     void showOutcome(const MacroResult &result);
 
+    const quint64 m_number;
     Clock m_clock;
     MacroRuntimeService m_macroRuntime;
     QPointer<TextDocument> m_document;

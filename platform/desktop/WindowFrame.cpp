@@ -2,10 +2,13 @@
 
 #include <QBasicTimer>
 #include <QEvent>
+#include <QGuiApplication>
 #include <QHash>
 #include <QPointer>
 #include <QScreen>
 #include <QTimerEvent>
+
+#include <algorithm>
 
 namespace penwick {
 
@@ -111,6 +114,18 @@ void centerWindow(QWidget *window)
     QRect frame = window->frameGeometry();
     frame.moveCenter(available.center());
     window->move(frame.topLeft());
+}
+
+QPoint positionOnScreen(const QPoint &position, const QSize &size)
+{
+    const QScreen *screen = QGuiApplication::screenAt(position);
+    if (screen == nullptr)
+        screen = QGuiApplication::primaryScreen();
+    const QRect available = screen->availableGeometry();
+    const int right = std::max(available.left(), available.right() - size.width());
+    const int bottom = std::max(available.top(), available.bottom() - size.height());
+    return {std::clamp(position.x(), available.left(), right),
+            std::clamp(position.y(), available.top(), bottom)};
 }
 
 } // namespace penwick

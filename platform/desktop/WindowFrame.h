@@ -21,4 +21,8 @@ setFrameAutosaveName(QWidget *window, const QString &name, UserDefaults &default
 /// Centers the window on its screen.
 void centerWindow(QWidget *window);
 
+/// The position closest to `position` at which a frame of that size is entirely on one screen, or
+/// at least its top left corner.
+[[nodiscard]] QPoint positionOnScreen(const QPoint &position, const QSize &size);
+
 } // namespace penwick

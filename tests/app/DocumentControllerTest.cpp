@@ -25,6 +25,7 @@ private Q_SLOTS:
     void cleanup() { end(); }
 
     void newDocument_titles_areNumbered();
+    void documentId_ofAClosedDocument_isNoOthers();
     void documentClosed_madeRoomOrClosed_isTold();
     void title_edited_isMarked();
     void title_nameWithPlaceholder_isVerbatim();
@@ -53,6 +54,24 @@ void DocumentControllerTest::newDocument_titles_areNumbered()
     QVERIFY(m_documents->closeDocument(controller(0)));
     m_documents->newDocument();
     QCOMPARE(window(1)->windowTitle(), u"名称未設定[*] — penwick"_s);
+}
+
+void DocumentControllerTest::documentId_ofAClosedDocument_isNoOthers()
+{
+    m_documents->newDocument();
+    m_documents->newDocument();
+    const DocumentId first = controller(0);
+    QCOMPARE(m_documents->documentOf(first), document(0));
+    QVERIFY(m_documents->closeDocument(first));
+    QVERIFY(m_documents->documentOf(first) == nullptr);
+    // New controllers may lie where the closed one lay.
+    for (int i = 0; i < 20; ++i) {
+        QCoreApplication::processEvents();
+        m_documents->newDocument();
+    }
+    QVERIFY(m_documents->documentOf(first) == nullptr);
+    QVERIFY(!m_documents->saveDocument(first));
+    QVERIFY(m_documents->documentOf(nullptr) == nullptr);
 }
 
 void DocumentControllerTest::documentClosed_madeRoomOrClosed_isTold()
