@@ -12,7 +12,8 @@ its first part. No lookup passes a default text."""
 import pathlib
 import re
 import sys
-import tempfile
+
+import selftest
 
 FOLDERS = ("platform", "text", "wording", "editor", "find", "view", "controls", "code", "macro", "window", "app")
 TABLES = "wording/WordingTables.cpp"
@@ -74,7 +75,6 @@ _GOOD = {
                     'text(u"dialog.a"_s, {x}); text(u"other.b"_s);\n',
     DOCUMENT: "| key | text |\n|---|---|\n| `dialog.a` | 入力<br>%1 |\n| `other.b` | 別 |\n",
 }
-# File, text in it, what replaces that text, part of the complaint.
 _BAD = [
     ("app/Menu.cpp", 'text(u"menu.file"_s)', 'text(u"dialog.new"_s)', "dialog.new has no Japanese text"),
     ("app/Menu.cpp", 'text(u"menu.file"_s)', 'text(u"other.new"_s)', "other.new has no Japanese text"),
@@ -89,28 +89,10 @@ _BAD = [
 ]
 
 
-def self_test():
-    def complaints(changed, old, new):
-        with tempfile.TemporaryDirectory() as folder:
-            root = pathlib.Path(folder)
-            for place, text in _GOOD.items():
-                (root / place).parent.mkdir(parents=True, exist_ok=True)
-                (root / place).write_text(text.replace(old, new) if place == changed else text)
-            return faults(root)
-
-    if complaints(None, "", ""):
-        sys.exit(f"a tree in order is refused: {complaints(None, '', '')}")
-    for place, old, new, expected in _BAD:
-        found = complaints(place, old, new)
-        if old not in _GOOD[place] or not any(expected in complaint for complaint in found):
-            sys.exit(f"{place} with {new!r}: expected a complaint with {expected!r}, got {found}")
-    print(f"{len(_BAD)} faults found as they should be")
-
-
 def main(arguments):
     root = pathlib.Path(__file__).resolve().parent.parent
     if arguments == ["--self-test"]:
-        self_test()
+        selftest.run(_GOOD, _BAD, faults)
     elif arguments == ["--update"]:
         (root / DOCUMENT).write_text(document(root))
     else:
