@@ -118,9 +118,11 @@ void MacroMenuTest::unusualName_isOneVerbatimItem()
     QVERIFY(item->shortcut().isEmpty());
     m_menu.popup({0, 0});
     QVERIFY(QTest::qWaitForWindowExposed(&m_menu));
-    const QRect row = m_menu.actionGeometry(item);
-    QCOMPARE(row.size(), m_menu.actionGeometry(m_menu.actions().at(0)).size());
-    QTest::mouseClick(&m_menu, Qt::LeftButton, {}, row.center());
+    QCOMPARE(m_menu.actionGeometry(item).size(),
+             m_menu.actionGeometry(m_menu.actions().at(0)).size());
+    // By key: releases of Qt differ in which clicks right after the opening of a menu count.
+    m_menu.setActiveAction(item);
+    QTest::keyClick(&m_menu, Qt::Key_Return);
     QVERIFY(!m_menu.isVisible());
     QCOMPARE(m_ids, QStringList{u"unusual"_s});
 }
