@@ -32,8 +32,8 @@ public:
     void watch();
 
 Q_SIGNALS:
-    /// Emitted after a nested event loop of the closed dialog has returned to its caller, so that
-    /// the caller acts on the answer first.
+    /// Emitted in a later turn of the event loop. A dialog that the user closed has returned to its
+    /// caller by then, so the caller acts on the answer first.
     void closed();
 
 protected:

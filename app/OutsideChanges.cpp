@@ -27,11 +27,12 @@ OutsideChanges::~OutsideChanges()
 
 void OutsideChanges::check()
 {
-    m_checksAgain = m_check != nullptr; // The check under way may miss a change made just now.
+    // The check under way, or that of the open question, may have missed a change made just now.
+    m_checksAgain = m_check != nullptr || !m_question.isNull();
     const bool isTransferring = m_document->transfer() != TextDocument::Transfer::None;
-    const bool isBusy = isTransferring || m_check != nullptr || m_finding || !m_question.isNull();
-    if (isBusy || m_document->filePath().isEmpty())
+    if (m_checksAgain || isTransferring || m_document->filePath().isEmpty())
         return;
+    m_finding.reset(); // A result that still waits may be out of date.
     m_base = m_document->fileVersion();
     if (m_told && m_told->base != m_base)
         m_told.reset();
@@ -140,6 +141,7 @@ void OutsideChanges::ask(const StoredText &stored)
         m_controller->window(),
         QFileInfo(m_document->filePath()).fileName(),
         [this, stored](dialogs::OutsideAnswer answer) {
+            m_question.clear();
             // Nothing can have been saved meanwhile, because the question blocks the window.
             if (answer == dialogs::OutsideAnswer::LoadTheirs && m_controller->textView()) {
                 load(stored);
@@ -148,6 +150,8 @@ void OutsideChanges::ask(const StoredText &stored)
                 // No undo step leads to the present content of the file.
                 m_document->textStorage()->forgetSavePoint();
             }
+            if (m_checksAgain)
+                check();
         });
 }
 

@@ -41,7 +41,7 @@ private:
     TextDocument *m_document;
     EditorWindowController *m_controller;
     std::unique_ptr<FileCheck> m_check;
-    bool m_checksAgain = false;               // Another check was requested while one is under way.
+    bool m_checksAgain = false;               // Requested during a check or a question.
     std::optional<FileVersion> m_base;        // The version known at the start of the check.
     std::optional<FileCheckResult> m_finding; // Set until it can be acted on.
     OpenDialogs m_dialogs;

@@ -30,6 +30,7 @@ private Q_SLOTS:
     void change_largeFile_isReadWhileTheWindowGoesOn();
     void change_manyLines_keepsCaretAndScrolling();
     void change_duringACheck_isNoticed();
+    void change_whileAResultWaits_isNoticed();
     void change_fileReplaced_isNoticedWhenTheWindowComesForward();
     void change_editedText_keepMine_asksOncePerChange();
     void change_editedText_loadTheirs_isOneStepBack();
@@ -135,6 +136,24 @@ void OutsideChangesTest::change_duringACheck_isNoticed()
         check();
         QTRY_COMPARE(text(), QString::fromLatin1(content));
     }
+}
+
+void OutsideChangesTest::change_whileAResultWaits_isNoticed()
+{
+    open("old");
+    QMenu menu;
+    menu.addAction(u"item"_s);
+    menu.popup({});
+    QVERIFY(QTest::qWaitForWindowExposed(&menu));
+    constexpr int kChanges = 200;
+    for (int i = 1; i <= kChanges; ++i) {
+        change("new " + QByteArray::number(i));
+        check();
+        QCoreApplication::processEvents();
+    }
+    QCOMPARE(text(), u"old"_s); // The menu is open.
+    menu.hide();
+    QTRY_COMPARE(text(), u"new "_s + QString::number(kChanges));
 }
 
 void OutsideChangesTest::change_fileReplaced_isNoticedWhenTheWindowComesForward()
