@@ -282,6 +282,8 @@ void FindBar::showReplaced(qint64 count)
 
 void FindBar::showReplacing(bool isReplacing)
 {
+    if (m_isReplacing == isReplacing && !m_replaced)
+        return; // As after nearly every edit of the text.
     m_isReplacing = isReplacing;
     m_replaced.reset();
     showState();

@@ -105,7 +105,7 @@ void FindSession::showProgress()
     if (m_count.isComplete)
         m_progressTimer.stop();
     if (progress.isTooComplex)
-        discardUnreadTab();
+        reportTooComplex();
     askNumber();
     Q_EMIT countDidChange();
 }
@@ -139,7 +139,7 @@ void FindSession::askNumber()
         kMarkWait);
 }
 
-void FindSession::discardUnreadTab()
+void FindSession::reportTooComplex()
 {
     if (m_error)
         return;
@@ -149,7 +149,7 @@ void FindSession::discardUnreadTab()
 
 void FindSession::searchDidFail()
 {
-    discardUnreadTab();
+    reportTooComplex();
     Q_EMIT notFound();
 }
 
@@ -157,7 +157,7 @@ void FindSession::countDidFail()
 {
     m_progressTimer.stop();
     m_count.isComplete = true;
-    discardUnreadTab();
+    reportTooComplex();
     Q_EMIT countDidChange();
 }
 
@@ -169,7 +169,7 @@ void FindSession::cancelSearch()
 void FindSession::report(const FindResult &result)
 {
     if (result.isTooComplex)
-        discardUnreadTab();
+        reportTooComplex();
     if (result.match)
         Q_EMIT found(*result.match, result.isWrapped);
     else
@@ -240,7 +240,7 @@ void FindSession::replaceAll(const QString &replacement, qint64 caret)
                 finder, FindReplacement(replacement, finder), text, caret, isCancelled);
             return [this, result] {
                 if (result.isTooComplex)
-                    discardUnreadTab();
+                    reportTooComplex();
                 else
                     Q_EMIT replaceAllReady(result);
             };

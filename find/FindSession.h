@@ -90,7 +90,7 @@ private:
     void restartCount();
     void showProgress();
     void askNumber();
-    void discardUnreadTab();
+    void reportTooComplex();
     void searchDidFail();
     void countDidFail();
     void report(const FindResult &result);

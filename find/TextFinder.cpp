@@ -113,7 +113,7 @@ public:
         m_step.isStopped = !m_visit(match, captures);
     }
 
-    void discardUnreadTab() { m_step.isTooComplex = true; }
+    void setTooComplex() { m_step.isTooComplex = true; }
 
     [[nodiscard]] Step finish(qint64 effort)
     {
@@ -205,7 +205,7 @@ void TextFinder::stepExpression(Stepper &stepper) const
         const FindExpressionSearch::Outcome outcome = search.next(place.offset);
         const auto match = TextRange::between(outcome.start, outcome.end);
         if (outcome.kind == Kind::TooComplex) {
-            stepper.discardUnreadTab();
+            stepper.setTooComplex();
         } else if (outcome.kind == Kind::Nothing) {
             stepper.moveTo({outcome.start, false});
         } else if (match.location >= stepper.end()) {
