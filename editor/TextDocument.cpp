@@ -19,12 +19,12 @@ TextDocument::~TextDocument() = default;
 void TextDocument::setContentString(const Text &text)
 {
     m_storage->setText(text);
-    publishContentString();
+    publishContentString(text);
 }
 
-void TextDocument::publishContentString()
+void TextDocument::publishContentString(const Text &text)
 {
-    m_contentString = m_storage->text();
+    m_contentString = text;
     Q_EMIT contentStringChanged();
 }
 

@@ -42,8 +42,8 @@ public:
     /// state stays as it was.
     void setContentString(const Text &text);
 
-    /// Makes the storage's text the `contentString`.
-    void publishContentString();
+    /// Makes `text`, which the storage holds or held a moment ago, the `contentString`.
+    void publishContentString(const Text &text);
 
     /// The storage that owns the text. Owned by the document.
     [[nodiscard]] TextStorage *textStorage() const { return m_storage.get(); }

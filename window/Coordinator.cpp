@@ -39,7 +39,7 @@ void Coordinator::textDidChange()
         if (!m_documentState.isNull())
             m_documentState->setText(text);
         if (!m_document.isNull())
-            m_document->publishContentString();
+            m_document->publishContentString(text);
     });
     updateMetrics();
 }

@@ -49,7 +49,7 @@ MacroExecution::Outcome MacroExecution::applyTextEdit(const TextEditInstruction 
     Outcome applied =
         std::visit([this](const auto &instruction) { return apply(instruction); }, edit);
     if (applied && m_document != nullptr)
-        m_document->publishContentString();
+        m_document->publishContentString(m_textView->string());
     return applied;
 }
 
