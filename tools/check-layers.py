@@ -40,7 +40,6 @@ _INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)
 class Target:
     def __init__(self, folder, words):
         self.folder = folder
-        self.isLayer = False
         self.paths = []
         self.links = []
         self.add(words)

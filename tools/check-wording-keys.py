@@ -15,7 +15,6 @@ import sys
 
 import selftest
 
-FOLDERS = ("platform", "text", "wording", "editor", "find", "view", "controls", "code", "macro", "window", "app")
 TABLES = "wording/WordingTables.cpp"
 OWN = "wording/OwnTexts.cpp"
 DOCUMENT = "docs/wording-keys.md"
@@ -30,7 +29,8 @@ _RULE = "|---|---|\n"
 def used_keys(root):
     """Returns {key: a file that looks it up} and a fault for each lookup that passes a default text."""
     used, found = {}, []
-    for folder in FOLDERS:
+    layers = (root / "CMakeLists.txt").read_text()
+    for folder in re.search(r"set\(penwick_layers\s+([^)]*)\)", layers).group(1).split():
         for path in sorted((root / folder).rglob("*.[ch]*")):
             place = path.relative_to(root).as_posix()
             if place in (TABLES, OWN):
@@ -69,6 +69,7 @@ def faults(root):
 
 
 _GOOD = {
+    "CMakeLists.txt": "set(penwick_layers wording app)",
     TABLES: '    {u"menu.file", u"ファイル"},\nkEnglish\n    {u"menu.window", u"Window"},\n',
     OWN: '    {u"dialog.a", u"入力\\n%1"},\n    {u"other.b", u"別"},\n',
     "app/Menu.cpp": 'text(u"menu.file"_s); kKeys = {u"other.b", u"note.txt"};\n'
