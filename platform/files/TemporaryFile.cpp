@@ -134,8 +134,12 @@ bool TemporaryFile::createNamed(mode_t mode, int slot)
             [&] { return ::open(path.constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode); }));
     };
     FileDescriptor file = open();
-    if (!file.isOpen() && errno == EEXIST && clear(path))
-        file = open();
+    if (!file.isOpen() && errno == EEXIST) {
+        if (clear(path))
+            file = open();
+        else
+            errno = EEXIST; // Its writer is still at work: another slot may be free.
+    }
     if (!file.isOpen())
         return false;
     // Before the lock was taken, another process may have treated the file as abandoned and removed

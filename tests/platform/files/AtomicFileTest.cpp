@@ -61,6 +61,17 @@ private:
 
 private Q_SLOTS:
 
+    void temporaryFile_whileAnotherWritesToTheSameTarget_takesAnotherName()
+    {
+        const TemporaryHome home;
+        const QByteArray target = QFile::encodeName(home.file(u"a.txt"_s));
+        TemporaryFile first(target);
+        QVERIFY(first.create(S_IRUSR | S_IWUSR, TemporaryFile::Name::FromTheStart));
+        TemporaryFile second(target);
+        QVERIFY(second.create(S_IRUSR | S_IWUSR, TemporaryFile::Name::FromTheStart));
+        QCOMPARE(entriesOf(home.path()).size(), 2);
+    }
+
     void replace_newFile_writesItWithTheUsersDefaultMode()
     {
         const TemporaryHome home;
