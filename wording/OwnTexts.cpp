@@ -1,22 +1,14 @@
 #include "wording/OwnTexts.h"
 
-#include <QStringView>
-
-#include <iterator>
+#include "wording/TextTable.h"
 
 namespace penwick::wording {
 
 namespace {
 
-struct Pair
-{
-    QStringView key;
-    QStringView text;
-};
-
-// One pair per line, in the order of the keys, also beyond the column limit.
+// One row per line, in the order of the keys, also beyond the column limit.
 // clang-format off
-constexpr Pair kTexts[] = {
+constexpr TextRow kTexts[] = {
     {u"cli.abandoned", u"penwick が、待っている間に終了しました"},
     {u"cli.alone", u"ほかの penwick と連携できないため、単独で起動します"},
     {u"cli.endOfOptions", u"以降をすべてファイル名とみなします"},
@@ -224,26 +216,11 @@ constexpr Pair kTexts[] = {
 
 // clang-format on
 
-// Refers to the constant instead of copying it.
-QString stringOf(QStringView constant)
-{
-    return QString::fromRawData(constant.data(), constant.size());
-}
-
-QHash<QString, QString> textsByKey()
-{
-    QHash<QString, QString> texts;
-    texts.reserve(static_cast<qsizetype>(std::size(kTexts)));
-    for (const Pair &pair : kTexts)
-        texts.insert(stringOf(pair.key), stringOf(pair.text));
-    return texts;
-}
-
 } // namespace
 
 const QHash<QString, QString> &ownTexts()
 {
-    static const QHash<QString, QString> table = textsByKey();
+    static const QHash<QString, QString> table = textsByKey(kTexts);
     return table;
 }
 

@@ -1,22 +1,14 @@
 #include "wording/WordingTables.h"
 
-#include <QStringView>
-
-#include <cstddef>
+#include "wording/TextTable.h"
 
 namespace penwick::wording {
 
 namespace {
 
-struct Pair
-{
-    QStringView key;
-    QStringView text;
-};
-
-// One pair per line, also beyond the column limit; clang-format would break the long ones.
+// One row per line, also beyond the column limit; clang-format would break the long ones.
 // clang-format off
-constexpr Pair kJapanese[] = {
+constexpr TextRow kJapanese[] = {
     {u"app.name", u"penwick"},
     {u"app.description", u"シンプルに書けて、必要に応じて育てられるテキストエディタ"},
     {u"common.ok", u"OK"},
@@ -119,7 +111,7 @@ constexpr Pair kJapanese[] = {
     {u"macro.error.jsContextCreation", u"JSContext の生成に失敗しました"},
 };
 
-constexpr Pair kEnglish[] = {
+constexpr TextRow kEnglish[] = {
     {u"menu.file", u"File"},
     {u"menu.edit", u"Edit"},
     {u"menu.macro", u"Macro"},
@@ -133,26 +125,17 @@ constexpr Pair kEnglish[] = {
 
 // clang-format on
 
-template <std::size_t Count> QHash<QString, QString> hashOf(const Pair (&pairs)[Count])
-{
-    QHash<QString, QString> values;
-    values.reserve(Count);
-    for (const Pair &pair : pairs)
-        values.insert(pair.key.toString(), pair.text.toString());
-    return values;
-}
-
 } // namespace
 
 const QHash<QString, QString> &fallbackTable()
 {
-    static const QHash<QString, QString> table = hashOf(kJapanese);
+    static const QHash<QString, QString> table = textsByKey(kJapanese);
     return table;
 }
 
 QHash<QString, QString> englishValues()
 {
-    return hashOf(kEnglish);
+    return textsByKey(kEnglish);
 }
 
 } // namespace penwick::wording
