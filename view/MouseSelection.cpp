@@ -3,7 +3,6 @@
 #include <QTimerEvent>
 
 #include <algorithm>
-#include <utility>
 
 namespace penwick {
 
@@ -13,9 +12,9 @@ constexpr int kAutoscrollInterval = 30; // Milliseconds.
 
 } // namespace
 
-MouseSelection::MouseSelection(TextViewport *viewport, Select select)
+MouseSelection::MouseSelection(TextViewport *viewport, TextSelection *selection)
     : m_viewport(viewport)
-    , m_select(std::move(select))
+    , m_selection(selection)
 {
 }
 
@@ -24,17 +23,17 @@ bool MouseSelection::wouldBeThirdPress(const QMouseEvent &event) const
     return m_gesture.wouldBeThirdPress(event.position());
 }
 
-void MouseSelection::press(const QMouseEvent &event, qint64 anchor)
+void MouseSelection::press(const QMouseEvent &event)
 {
     m_position = event.position();
     const TextCaret hit = m_viewport->caretAt(m_position);
     if (event.modifiers() & Qt::ShiftModifier) {
-        m_gesture.pressExtending(anchor);
-        m_select(anchor, hit);
+        m_gesture.pressExtending(m_selection->anchor());
+        select(m_selection->anchor(), hit);
         return;
     }
     const auto ends = m_gesture.press(m_viewport->text(), hit.offset, m_position);
-    m_select(ends.anchor, {ends.caret, ends.anchor == ends.caret && hit.atRowEnd});
+    select(ends.anchor, {ends.caret, ends.anchor == ends.caret && hit.atRowEnd});
 }
 
 void MouseSelection::doublePress(const QMouseEvent &event)
@@ -43,7 +42,7 @@ void MouseSelection::doublePress(const QMouseEvent &event)
     // Use the character under the mouse, not the nearest place between two characters.
     const qint64 hit = m_viewport->characterAt(m_position);
     const auto ends = m_gesture.doublePress(m_viewport->text(), hit, m_position);
-    m_select(ends.anchor, {ends.caret, false});
+    select(ends.anchor, {ends.caret, false});
 }
 
 void MouseSelection::move(const QMouseEvent &event, qreal height)
@@ -66,13 +65,18 @@ void MouseSelection::release()
     m_autoscrollTimer.stop();
 }
 
+void MouseSelection::select(qint64 anchor, TextCaret caret)
+{
+    m_selection->select(anchor, caret, TextSelection::Scroll::Stay);
+}
+
 void MouseSelection::extendTo(QPointF point)
 {
     TextCaret hit = m_viewport->caretAt(point);
     if (m_gesture.unit() == SelectionGesture::Unit::Word)
         hit = {m_viewport->characterAt(point), false};
     const auto ends = m_gesture.drag(m_viewport->text(), hit.offset);
-    m_select(ends.anchor, {ends.caret, ends.caret == hit.offset && hit.atRowEnd});
+    select(ends.anchor, {ends.caret, ends.caret == hit.offset && hit.atRowEnd});
 }
 
 void MouseSelection::timerEvent(QTimerEvent *event)

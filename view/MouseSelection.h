@@ -1,13 +1,12 @@
 #pragma once
 
 #include "view/SelectionGesture.h"
+#include "view/TextSelection.h"
 #include "view/TextViewport.h"
 
 #include <QBasicTimer>
 #include <QMouseEvent>
 #include <QObject>
-
-#include <functional>
 
 namespace penwick {
 
@@ -16,17 +15,13 @@ namespace penwick {
 class MouseSelection final : public QObject
 {
 public:
-    /// Selects from `anchor`, the fixed end, to `caret`. Offsets are UTF-16 code units, 0-based.
-    using Select = std::function<void(qint64 anchor, TextCaret caret)>;
-
-    /// \param viewport not owned; must outlive this object.
-    MouseSelection(TextViewport *viewport, Select select);
+    /// \param viewport, selection not owned; must outlive this object.
+    MouseSelection(TextViewport *viewport, TextSelection *selection);
 
     /// True when a press of the left button would be the third of a triple click.
     [[nodiscard]] bool wouldBeThirdPress(const QMouseEvent &event) const;
     /// Handles a press of the left button.
-    /// \param anchor the fixed end of the selection that a press with Shift extends.
-    void press(const QMouseEvent &event, qint64 anchor);
+    void press(const QMouseEvent &event);
     /// Handles the second press of a double click.
     void doublePress(const QMouseEvent &event);
     /// Handles a move of the mouse.
@@ -39,10 +34,11 @@ protected:
     void timerEvent(QTimerEvent *event) override;
 
 private:
+    void select(qint64 anchor, TextCaret caret);
     void extendTo(QPointF point);
 
     TextViewport *m_viewport;
-    Select m_select;
+    TextSelection *m_selection;
     SelectionGesture m_gesture;
     QBasicTimer m_autoscrollTimer;
     QPointF m_position; // The last known position of the mouse.

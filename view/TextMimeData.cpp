@@ -1,5 +1,6 @@
 #include "view/TextMimeData.h"
 
+#include <QGuiApplication>
 #include <QUrl>
 
 #include <utility>
@@ -43,6 +44,14 @@ std::optional<Text> textOf(const QMimeData *mime)
     }
     const QString text = mime->text();
     return text.isEmpty() ? std::nullopt : std::optional(Text(QStringView(text)));
+}
+
+void offerText(const Text &text, QClipboard::Mode mode)
+{
+    QClipboard *clipboard = QGuiApplication::clipboard();
+    const bool isSupported = mode != QClipboard::Selection || clipboard->supportsSelection();
+    if (isSupported && !text.isEmpty())
+        clipboard->setMimeData(new TextMimeData(text), mode); // Takes ownership of the data.
 }
 
 QStringList localFilesOf(const QMimeData *mime)

@@ -2,6 +2,7 @@
 
 #include "text/Text.h"
 
+#include <QClipboard>
 #include <QMimeData>
 #include <QStringList>
 
@@ -35,6 +36,10 @@ private:
 /// Returns the text in `mime`, which may be null, without styles and with its code units unchanged;
 /// nothing when there is no text or an empty one.
 [[nodiscard]] std::optional<Text> textOf(const QMimeData *mime);
+
+/// Offers `text` on the clipboard or as the primary selection. Does nothing when it is empty, or
+/// when the system has no primary selection.
+void offerText(const Text &text, QClipboard::Mode mode);
 
 /// Returns the absolute paths of the local files in `mime`, which may be null. If there are any,
 /// they take precedence over its text.

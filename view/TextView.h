@@ -2,11 +2,11 @@
 
 #include "editor/TextStorage.h"
 #include "text/Text.h"
-#include "view/CaretMover.h"
 #include "view/DropTarget.h"
-#include "view/EditKeys.h"
 #include "view/MouseSelection.h"
 #include "view/TextDecoration.h"
+#include "view/TextEditing.h"
+#include "view/TextSelection.h"
 #include "view/TextViewport.h"
 
 #include <QAbstractScrollArea>
@@ -48,13 +48,14 @@ public:
     void setString(const Text &text);
 
     /// The selection; when its length is 0, the caret.
-    [[nodiscard]] TextRange selectedRange() const;
+    [[nodiscard]] TextRange selectedRange() const { return m_selection.range(); }
+
     /// Selects `range`, clamped to the text; an end inside a surrogate pair moves to the pair's
     /// start. Scrolls the caret into view. Emits `selectionDidChange` when the range changed.
     void setSelectedRange(TextRange range);
 
     /// The moving end of the selection, where the caret is drawn.
-    [[nodiscard]] qint64 caretOffset() const { return m_caret.offset; }
+    [[nodiscard]] qint64 caretOffset() const { return m_selection.caret().offset; }
 
     /// Rectangle of a caret at `offset`, in logical pixels of the viewport; empty when it is
     /// scrolled out of view by more than a viewport.
@@ -132,13 +133,21 @@ public:
     [[nodiscard]] qreal rowAscent() const { return m_viewport.style().ascent; }
 
 public Q_SLOTS:
-    void undo();
-    void redo();
-    void cut();
-    void copy();
-    void paste();
+
+    void undo() { perform(EditCommand::Undo); }
+
+    void redo() { perform(EditCommand::Redo); }
+
+    void cut() { perform(EditCommand::Cut); }
+
+    /// Leaves a composition open.
+    void copy() { m_editing.perform(EditCommand::Copy); }
+
+    void paste() { perform(EditCommand::Paste); }
+
     void deleteSelection();
-    void selectAll();
+
+    void selectAll() { perform(EditCommand::SelectAll); }
 
 Q_SIGNALS:
     /// The user, undo, redo or a macro changed the text.
@@ -178,35 +187,18 @@ protected:
     void timerEvent(QTimerEvent *event) override;
 
 private:
-    enum class Scroll { ToCaret, Stay };
-
     void storageChanged(qint64 offset, qint64 oldLength, qint64 newLength);
-    /// `offset` clamped to the text and moved out of a surrogate pair.
-    [[nodiscard]] qint64 snapped(qint64 offset) const;
-    void select(qint64 anchor, TextCaret caret, Scroll scroll = Scroll::ToCaret);
-    /// Performs an edit of the user: replaces `range` and puts the caret after the new text.
-    void edit(TextRange range, const Text &replacement, TextStorage::EditKind kind);
-    void replaceSelection(const QString &units, TextStorage::EditKind kind);
-    void finishUndo(TextRange selection);
-    void deleteTo(qint64 target, TextStorage::EditKind kind);
+    void selected(TextRange before);
+    /// Ends a composition and performs the command.
     void perform(EditCommand command);
-    void move(CaretMoveRequest request);
     /// Ends a composition without inserting it.
     void discardComposition();
     /// Ends a composition; inserts what the input method commits.
     void commitComposition();
     void showComposition(const TextComposition &composition);
-    [[nodiscard]] Text selectedText() const;
-    /// Offers the selection as the primary selection, which a middle click pastes.
-    void offerPrimarySelection();
     void pastePrimarySelection(QPointF point);
-    [[nodiscard]] QPoint contextMenuPosition();
-    [[nodiscard]] bool isInSelection(QPointF point);
     void startDrag();
     bool acceptsDrop(QDropEvent *event) const;
-    /// Inserts a dropped text as one undo step. `removed` is the source of a move within the view,
-    /// of length 0 for none.
-    void insertDropped(const Text &text, qint64 place, TextRange removed);
     void updateStyle();
     void updateScrollBars();
     [[nodiscard]] TextRange visibleRange();
@@ -215,9 +207,8 @@ private:
 
     TextStorage *m_storage;
     mutable TextViewport m_viewport; // Queries may lay out text.
-    qint64 m_anchor = 0;             // The fixed end of the selection.
-    TextCaret m_caret;               // The moving end.
-    std::optional<qreal> m_column;   // The x that vertical moves keep.
+    TextSelection m_selection;
+    TextEditing m_editing;
     MouseSelection m_mouse;
     DropTarget m_dropTarget;
     DragRunner m_dragRunner;

@@ -17,57 +17,18 @@
 
 namespace penwick {
 
-void TextView::cut()
-{
-    commitComposition();
-    copy();
-    deleteSelection();
-}
-
-void TextView::copy()
-{
-    // The clipboard takes ownership of the data.
-    if (selectedRange().length > 0)
-        QGuiApplication::clipboard()->setMimeData(new TextMimeData(selectedText()));
-}
-
 bool TextView::canPaste() const
 {
     return offersText(QGuiApplication::clipboard()->mimeData());
 }
 
-void TextView::paste()
-{
-    commitComposition();
-    if (const auto text = textOf(QGuiApplication::clipboard()->mimeData()))
-        edit(selectedRange(), *text, TextStorage::EditKind::Other);
-}
-
-Text TextView::selectedText() const
-{
-    const TextRange range = selectedRange();
-    return m_storage->text().mid(range.location, range.length);
-}
-
-void TextView::offerPrimarySelection()
-{
-    QClipboard *clipboard = QGuiApplication::clipboard();
-    if (clipboard->supportsSelection() && selectedRange().length > 0)
-        clipboard->setMimeData(new TextMimeData(selectedText()), QClipboard::Selection);
-}
-
 void TextView::pastePrimarySelection(QPointF point)
 {
-    QClipboard *clipboard = QGuiApplication::clipboard();
-    if (!clipboard->supportsSelection())
-        return;
-    const auto text = textOf(clipboard->mimeData(QClipboard::Selection));
+    const auto text = textOf(QGuiApplication::clipboard()->mimeData(QClipboard::Selection));
     if (!text)
         return;
     commitComposition();
-    const TextCaret place = m_viewport.caretAt(point);
-    select(place.offset, place, Scroll::Stay);
-    edit({place.offset, 0}, *text, TextStorage::EditKind::Other);
+    m_editing.insertAt(m_viewport.caretAt(point), *text);
 }
 
 void TextView::contextMenuEvent(QContextMenuEvent *event)
@@ -76,38 +37,25 @@ void TextView::contextMenuEvent(QContextMenuEvent *event)
     QPoint position = event->globalPos();
     if (event->reason() == QContextMenuEvent::Mouse) {
         // A click on the selection keeps it; a click elsewhere moves the caret.
-        if (!isInSelection(event->pos())) {
+        if (!m_selection.contains(event->pos())) {
             m_storage->breakUndoCoalescing();
             const TextCaret place = m_viewport.caretAt(event->pos());
-            select(place.offset, place, Scroll::Stay);
+            m_selection.select(place.offset, place, TextSelection::Scroll::Stay);
         }
     } else {
-        position = contextMenuPosition();
+        m_selection.showCaret();
+        const QRectF caret = m_viewport.caretRect(m_selection.caret());
+        position = viewport()->mapToGlobal(caret.bottomLeft().toPoint());
     }
     popUpContextMenu(makeTextViewMenu(this), position);
     event->accept();
-}
-
-/// Scrolls the caret into view and returns the point below it, in screen coordinates.
-QPoint TextView::contextMenuPosition()
-{
-    m_viewport.makeVisible(m_caret);
-    caretMoved();
-    return viewport()->mapToGlobal(m_viewport.caretRect(m_caret).bottomLeft().toPoint());
-}
-
-bool TextView::isInSelection(QPointF point)
-{
-    const TextRange range = selectedRange();
-    const qint64 hit = m_viewport.characterAt(point);
-    return hit >= range.location && hit < range.end();
 }
 
 void TextView::startDrag()
 {
     m_dragPress.reset();
     const TextRange range = selectedRange();
-    const Text text = selectedText();
+    const Text text = m_selection.text();
     auto *mime = new TextMimeData(text);
     auto *drag = new QDrag(this); // Deletes itself.
     drag->setMimeData(mime);
@@ -123,7 +71,7 @@ void TextView::startDrag()
                                action == Qt::MoveAction &&
                                m_storage->text().mid(range.location, range.length) == text;
     if (isToBeRemoved)
-        edit(range, Text(), TextStorage::EditKind::Other);
+        m_editing.edit(range, Text(), TextEditing::Kind::Other);
 }
 
 bool TextView::acceptsDrop(QDropEvent *event) const
@@ -171,27 +119,14 @@ void TextView::dropEvent(QDropEvent *event)
     // A move within the view deletes the source in the same undo step; a move to elsewhere deletes
     // it when the drag has ended.
     const bool isOwn = m_dragged == event->mimeData();
-    const bool isMoved = isOwn && event->dropAction() == Qt::MoveAction && selectedText() == *text;
-    insertDropped(*text, place, isMoved ? selectedRange() : TextRange{place, 0});
+    const bool isMoved =
+        isOwn && event->dropAction() == Qt::MoveAction && m_selection.text() == *text;
+    m_editing.insertDropped(*text, place, isMoved ? selectedRange() : TextRange{place, 0});
     if (isOwn)
         m_dragged = nullptr;
     // The user continues where the text was dropped.
     activateWindow();
     setFocus(Qt::MouseFocusReason);
-}
-
-void TextView::insertDropped(const Text &text, qint64 place, TextRange removed)
-{
-    if (removed.length > 0 && place >= removed.location && place <= removed.end())
-        return; // Dropped on itself: nothing moves.
-    if (place >= removed.end())
-        place -= removed.length;
-    m_storage->beginUndoGrouping();
-    m_storage->replaceCharacters(removed, Text());
-    m_storage->replaceCharacters({place, 0}, text);
-    select(place, {place + text.size(), false});
-    m_storage->endUndoGrouping();
-    Q_EMIT textDidChange();
 }
 
 } // namespace penwick

@@ -23,17 +23,15 @@ void TextView::keyPressEvent(QKeyEvent *event)
     // A key event that arrives here is not part of the composition, which therefore ends first.
     if (const auto request = caretMoveFor(*event)) {
         commitComposition();
-        move(*request);
+        m_selection.move(*request);
     } else if (const auto command = editCommandFor(*event)) {
-        if (*command != EditCommand::Undo && *command != EditCommand::Redo)
-            commitComposition();
         perform(*command);
     } else if (event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier) {
         QContextMenuEvent menu(QContextMenuEvent::Keyboard, {}, {}, event->modifiers());
         contextMenuEvent(&menu);
     } else if (isTextInput(*event)) {
         commitComposition();
-        replaceSelection(event->text(), TextStorage::EditKind::Typing);
+        m_editing.replaceSelection(Text(event->text()), TextEditing::Kind::Typing);
     } else {
         event->ignore();
     }
@@ -49,8 +47,7 @@ bool TextView::focusNextPrevChild(bool next)
 void TextView::showComposition(const TextComposition &composition)
 {
     m_viewport.setComposition(composition);
-    m_viewport.makeVisible(m_caret);
-    caretMoved();
+    m_selection.showCaret();
 }
 
 void TextView::discardComposition()
@@ -84,10 +81,10 @@ void TextView::inputMethodEvent(QInputMethodEvent *event)
     if (!event->commitString().isEmpty() || event->replacementLength() > 0) {
         m_viewport.setComposition({});
         const TextRange range =
-            replacedRange(*event, m_storage->text(), selectedRange(), m_caret.offset);
-        edit(range, Text(QStringView(event->commitString())), TextStorage::EditKind::Typing);
+            replacedRange(*event, m_storage->text(), selectedRange(), caretOffset());
+        m_editing.edit(range, Text(event->commitString()), TextEditing::Kind::Typing);
     }
-    showComposition(compositionOf(*event, m_caret.offset));
+    showComposition(compositionOf(*event, caretOffset()));
 }
 
 QVariant TextView::inputMethodQuery(Qt::InputMethodQuery query) const
@@ -100,14 +97,14 @@ QVariant TextView::inputMethodQuery(Qt::InputMethodQuery query) const
     case Qt::ImFont:
         return font();
     case Qt::ImCursorRectangle:
-        return m_viewport.caretRect(m_caret).translated(viewport()->pos());
+        return m_viewport.caretRect(m_selection.caret()).translated(viewport()->pos());
     case Qt::ImAnchorRectangle:
-        return m_viewport.caretRect({m_anchor, false}).translated(viewport()->pos());
+        return m_viewport.caretRect({m_selection.anchor(), false}).translated(viewport()->pos());
     default:
         break;
     }
     const QVariant answer =
-        SurroundingText(m_storage->text(), m_anchor, m_caret.offset).answer(query);
+        SurroundingText(m_storage->text(), m_selection.anchor(), caretOffset()).answer(query);
     return answer.isValid() ? answer : QAbstractScrollArea::inputMethodQuery(query);
 }
 
@@ -122,11 +119,12 @@ void TextView::mousePressEvent(QMouseEvent *event)
     commitComposition();
     m_storage->breakUndoCoalescing();
     const bool mayDrag = !event->modifiers().testFlag(Qt::ShiftModifier) &&
-                         !m_mouse.wouldBeThirdPress(*event) && isInSelection(event->position());
+                         !m_mouse.wouldBeThirdPress(*event) &&
+                         m_selection.contains(event->position());
     if (mayDrag)
         m_dragPress = event->position();
     else
-        m_mouse.press(*event, m_anchor);
+        m_mouse.press(*event);
 }
 
 void TextView::mouseDoubleClickEvent(QMouseEvent *event)
@@ -156,10 +154,10 @@ void TextView::mouseReleaseEvent(QMouseEvent *event)
         return;
     if (m_dragPress) { // A click, not a drag.
         m_dragPress.reset();
-        m_mouse.press(*event, m_anchor);
+        m_mouse.press(*event);
     }
     m_mouse.release();
-    offerPrimarySelection();
+    m_selection.offerAsPrimary();
 }
 
 void TextView::wheelEvent(QWheelEvent *event)

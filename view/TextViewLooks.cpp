@@ -65,7 +65,7 @@ void TextView::paintEvent(QPaintEvent *event)
     QPainter painter(viewport());
     TextViewPicture picture;
     picture.selection = selectedRange();
-    picture.caret = m_caret;
+    picture.caret = m_selection.caret();
     picture.isActive = hasFocus() && isActiveWindow();
     const bool isHidden = hasMarkedText() && m_viewport.composition().cursor < 0;
     picture.caretIsShown = hasFocus() && m_caretIsShown && !isHidden;

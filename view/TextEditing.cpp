@@ -1,0 +1,173 @@
+#include "view/TextEditing.h"
+
+#include "view/TextMimeData.h"
+
+#include <QGuiApplication>
+
+#include <algorithm>
+
+namespace penwick {
+
+namespace {
+
+/// Returns the offset in `to` that has the line and column of `offset` in `from`, or the nearest
+/// one.
+qint64 sameLineAndColumn(const Text &from, qint64 offset, const Text &to)
+{
+    const qint64 line = from.lineBreaksBefore(offset);
+    const qint64 column = offset - from.offsetAfterLineBreak(line);
+    const qint64 start = to.offsetAfterLineBreak(line);
+    const bool isLastLine = to.lineBreaksBefore(to.size()) <= line;
+    const qint64 end =
+        isLastLine ? to.size() : to.previousClusterBoundary(to.offsetAfterLineBreak(line + 1));
+    return to.clusterBoundaryAtOrBefore(std::min(start + column, end));
+}
+
+} // namespace
+
+TextEditing::TextEditing(TextStorage *storage, TextViewport *viewport, TextSelection *selection)
+    : m_storage(storage)
+    , m_viewport(viewport)
+    , m_selection(selection)
+{
+}
+
+void TextEditing::edit(TextRange range, const Text &replacement, Kind kind)
+{
+    m_storage->replaceCharacters(range, replacement, kind);
+    const qint64 end = range.location + replacement.size();
+    m_selection->select(end, {end, false});
+    Q_EMIT edited();
+}
+
+void TextEditing::replaceSelection(const Text &replacement, Kind kind)
+{
+    edit(m_selection->range(), replacement, kind);
+}
+
+void TextEditing::deleteSelection()
+{
+    if (!m_selection->range().isEmpty())
+        replaceSelection(Text(), Kind::Other);
+}
+
+void TextEditing::insertAt(TextCaret place, const Text &text)
+{
+    m_selection->select(place.offset, place, TextSelection::Scroll::Stay);
+    edit({place.offset, 0}, text, Kind::Other);
+}
+
+void TextEditing::insertDropped(const Text &text, qint64 place, TextRange removed)
+{
+    if (removed.length > 0 && place >= removed.location && place <= removed.end())
+        return; // Dropped on itself: nothing moves.
+    if (place >= removed.end())
+        place -= removed.length;
+    m_storage->beginUndoGrouping();
+    m_storage->replaceCharacters(removed, Text());
+    m_storage->replaceCharacters({place, 0}, text);
+    m_selection->select(place, {place + text.size(), false});
+    m_storage->endUndoGrouping();
+    Q_EMIT edited();
+}
+
+void TextEditing::replace(TextRange range, const Text &replacement)
+{
+    const TextRange before = m_selection->range();
+    const qint64 delta = replacement.size() - range.length;
+    const qint64 newEnd = range.location + replacement.size();
+    const bool isInside = before.location >= range.location && before.end() <= range.end();
+    const auto moved = [&](qint64 offset) {
+        if (isInside)
+            return newEnd;
+        if (offset <= range.location)
+            return offset;
+        return offset >= range.end() ? offset + delta : newEnd;
+    };
+    m_storage->replaceCharacters(range, replacement);
+    m_selection->select(
+        moved(before.location), {moved(before.end()), false}, TextSelection::Scroll::Stay);
+}
+
+void TextEditing::replaceKeepingLines(TextRange range, const Text &replacement)
+{
+    const Text before = m_storage->text();
+    const qint64 anchor = m_selection->anchor();
+    const qint64 caret = m_selection->caret().offset;
+    m_storage->replaceCharacters(range, replacement);
+    const auto kept = [&](qint64 offset) {
+        if (offset <= range.location)
+            return offset;
+        if (offset >= range.end())
+            return offset + replacement.size() - range.length;
+        return sameLineAndColumn(before, offset, m_storage->text());
+    };
+    m_selection->select(kept(anchor), {kept(caret), false}, TextSelection::Scroll::Stay);
+}
+
+void TextEditing::finishUndo(TextRange selection)
+{
+    m_selection->select(selection.location, {selection.end(), false});
+    Q_EMIT edited();
+}
+
+void TextEditing::deleteTo(qint64 target, Kind kind)
+{
+    const qint64 caret = m_selection->caret().offset;
+    if (!m_selection->range().isEmpty())
+        deleteSelection();
+    else if (target != caret)
+        edit(TextRange::between(std::min(target, caret), std::max(target, caret)), Text(), kind);
+}
+
+void TextEditing::perform(EditCommand command)
+{
+    const Text &text = m_storage->text();
+    const TextCaret caret = m_selection->caret();
+    const auto target = [&](CaretMove direction) {
+        return moveCaret(*m_viewport, text, caret, direction, 0).offset;
+    };
+    switch (command) {
+    case EditCommand::Undo:
+        if (m_storage->canUndo())
+            finishUndo(m_storage->undo());
+        return;
+    case EditCommand::Redo:
+        if (m_storage->canRedo())
+            finishUndo(m_storage->redo());
+        return;
+    case EditCommand::Cut:
+        perform(EditCommand::Copy);
+        return deleteSelection();
+    case EditCommand::Copy:
+        return offerText(m_selection->text(), QClipboard::Clipboard);
+    case EditCommand::Paste:
+        if (const auto pasted = textOf(QGuiApplication::clipboard()->mimeData()))
+            replaceSelection(*pasted, Kind::Other);
+        return;
+    case EditCommand::SelectAll:
+        m_storage->breakUndoCoalescing();
+        m_selection->select(0, {text.size(), false}, TextSelection::Scroll::Stay);
+        return m_selection->offerAsPrimary();
+    case EditCommand::InsertLineFeed:
+        return replaceSelection(Text(u"\n"), Kind::Typing);
+    case EditCommand::InsertTab:
+        return replaceSelection(Text(u"\t"), Kind::Typing);
+    case EditCommand::DeleteBackward:
+        return deleteTo(text.previousClusterBoundary(caret.offset), Kind::DeletingBackward);
+    case EditCommand::DeleteForward:
+        return deleteTo(text.nextClusterBoundary(caret.offset), Kind::DeletingForward);
+    case EditCommand::DeleteWordBackward:
+        return deleteTo(target(CaretMove::WordLeft), Kind::Other);
+    case EditCommand::DeleteWordForward:
+        return deleteTo(target(CaretMove::WordRight), Kind::Other);
+    case EditCommand::Deselect:
+        return m_selection->select(caret.offset, caret, TextSelection::Scroll::Stay);
+    case EditCommand::DeleteToLineEnd:
+        return deleteTo(lineEndToDelete(text, caret.offset), Kind::Other);
+    case EditCommand::DeleteLine:
+        return edit(lineAround(text, caret.offset), Text(), Kind::Other);
+    }
+}
+
+} // namespace penwick

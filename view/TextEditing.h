@@ -1,0 +1,58 @@
+#pragma once
+
+#include "editor/TextStorage.h"
+#include "view/EditKeys.h"
+#include "view/TextSelection.h"
+
+#include <QObject>
+
+namespace penwick {
+
+/// The edits of a text view. Each changes the storage and moves the selection. A composition must
+/// have ended before. Offsets are UTF-16 code units, 0-based.
+class TextEditing final : public QObject
+{
+    Q_OBJECT
+
+public:
+    using Kind = TextStorage::EditKind;
+
+    /// \param storage, viewport, selection not owned; must outlive this object.
+    TextEditing(TextStorage *storage, TextViewport *viewport, TextSelection *selection);
+
+    [[nodiscard]] TextSelection &selection() const { return *m_selection; }
+
+    /// Performs a command of the user; does nothing when it is not possible now.
+    void perform(EditCommand command);
+    /// Performs an edit of the user: replaces `range` and puts the caret after the new text.
+    void edit(TextRange range, const Text &replacement, Kind kind);
+    /// The same for the selected range.
+    void replaceSelection(const Text &replacement, Kind kind);
+    void deleteSelection();
+    /// Moves the caret to `place` and inserts `text` there.
+    void insertAt(TextCaret place, const Text &text);
+    /// Inserts a dropped text as one undo step and selects it. `removed` is the source of a move
+    /// within the text, of length 0 for none.
+    void insertDropped(const Text &text, qint64 place, TextRange removed);
+
+    /// Replaces `range` without scrolling: a selection within it becomes a caret after the new
+    /// text, one beyond it is shifted. Does not emit `edited`; nor does the next function.
+    void replace(TextRange range, const Text &replacement);
+    /// The same, but where anchor and caret lie within `range`, they keep their line and column as
+    /// far as the new text has them.
+    void replaceKeepingLines(TextRange range, const Text &replacement);
+
+Q_SIGNALS:
+    /// The user, undo or redo changed the text.
+    void edited();
+
+private:
+    void finishUndo(TextRange selection);
+    void deleteTo(qint64 target, Kind kind);
+
+    TextStorage *m_storage;
+    TextViewport *m_viewport;
+    TextSelection *m_selection;
+};
+
+} // namespace penwick
