@@ -19,10 +19,9 @@ DropTarget::DropTarget(TextViewport *viewport, std::function<void()> changed)
 {
 }
 
-void DropTarget::moveTo(QPointF point, qreal height)
+void DropTarget::moveTo(QPointF point)
 {
     m_point = point;
-    m_height = height;
     m_caret = m_viewport->caretAt(point);
     if (scrollDistance() == 0)
         m_scrollTimer.stop();
@@ -44,10 +43,11 @@ void DropTarget::clear()
 /// 0 outside the two stripes that scroll.
 qreal DropTarget::scrollDistance() const
 {
-    const qreal stripe = std::min(m_viewport->style().rowHeight, m_height / 4);
+    const qreal height = m_viewport->size().height();
+    const qreal stripe = std::min(m_viewport->style().rowHeight, height / 4);
     if (m_point.y() < stripe)
         return (m_point.y() - stripe) / 3 - 1;
-    const qreal below = m_point.y() - (m_height - stripe);
+    const qreal below = m_point.y() - (height - stripe);
     return below > 0 ? below / 3 + 1 : 0;
 }
 

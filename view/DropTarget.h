@@ -20,8 +20,8 @@ public:
     /// \param changed called when the caret may have moved or the viewport has scrolled.
     DropTarget(TextViewport *viewport, std::function<void()> changed);
 
-    /// Moves the caret to the place nearest to `point`, in a viewport `height` logical pixels high.
-    void moveTo(QPointF point, qreal height);
+    /// Moves the caret to the place nearest to `point`.
+    void moveTo(QPointF point);
     /// Removes the caret and stops scrolling. Call this when the drag leaves the viewport or ends.
     void clear();
 
@@ -38,7 +38,6 @@ private:
     std::function<void()> m_changed;
     std::optional<TextCaret> m_caret;
     QPointF m_point;
-    qreal m_height = 0;
     QBasicTimer m_scrollTimer;
 };
 

@@ -17,6 +17,7 @@ enum class EditCommand {
     Deselect,
     InsertLineFeed,
     InsertTab,
+    DeleteSelection, ///< Has no key of its own.
     DeleteBackward,
     DeleteForward,
     DeleteWordBackward,

@@ -1,5 +1,7 @@
 #include "view/InputMethod.h"
 
+#include <QGuiApplication>
+#include <QInputMethod>
 #include <QTextFormat>
 
 #include <algorithm>
@@ -35,8 +37,7 @@ QTextLayout::FormatRange clauseOf(const QInputMethodEvent::Attribute &attribute,
     return range;
 }
 
-} // namespace
-
+/// Returns the composition of `event`, to be shown at `position`.
 TextComposition compositionOf(const QInputMethodEvent &event, qint64 position)
 {
     TextComposition composition;
@@ -54,48 +55,98 @@ TextComposition compositionOf(const QInputMethodEvent &event, qint64 position)
     return composition;
 }
 
+/// Returns the range that `event` replaces with its commit string: the selection, or a range
+/// relative to the caret, clamped to the text and widened to whole surrogate pairs.
 TextRange
-replacedRange(const QInputMethodEvent &event, const Text &text, TextRange selection, qint64 caret)
+replacedRange(const QInputMethodEvent &event, const Text &text, const TextSelection &selection)
 {
     if (event.replacementLength() <= 0 && event.replacementStart() == 0)
-        return selection;
-    const qint64 from = caret + event.replacementStart();
+        return selection.range();
+    const qint64 from = selection.caret().offset + event.replacementStart();
     qint64 start = std::clamp<qint64>(from, 0, text.size());
     qint64 end =
         std::clamp<qint64>(from + std::max(0, event.replacementLength()), start, text.size());
     if (end > start)
         end = text.pairEnd(end);
     start = text.pairStart(start);
-    return {start, std::max(start, end) - start};
+    return TextRange::between(start, std::max(start, end));
 }
 
-SurroundingText::SurroundingText(const Text &text, qint64 anchor, qint64 caret)
+} // namespace
+
+InputMethod::InputMethod(TextViewport *viewport, TextEditing *editing)
+    : m_viewport(viewport)
+    , m_editing(editing)
 {
+}
+
+void InputMethod::show(const TextComposition &composition)
+{
+    m_viewport->setComposition(composition);
+    m_editing->selection().showCaret();
+}
+
+void InputMethod::handle(const QInputMethodEvent &event)
+{
+    if (m_ignoresCommits)
+        return;
+    const TextSelection &selection = m_editing->selection();
+    if (!event.commitString().isEmpty() || event.replacementLength() > 0) {
+        m_viewport->setComposition({});
+        m_editing->edit(replacedRange(event, m_viewport->text(), selection),
+                        Text(event.commitString()),
+                        TextEditing::Kind::Typing);
+    }
+    show(compositionOf(event, selection.caret().offset));
+}
+
+void InputMethod::discard()
+{
+    if (!isComposing())
+        return;
+    show({});
+    // Some input methods commit on a reset what they should discard.
+    m_ignoresCommits = true;
+    QGuiApplication::inputMethod()->reset();
+    m_ignoresCommits = false;
+}
+
+void InputMethod::commit()
+{
+    if (!isComposing())
+        return;
+    QGuiApplication::inputMethod()->commit();
+    // Some input methods commit only on a reset.
+    if (isComposing())
+        QGuiApplication::inputMethod()->reset();
+    if (isComposing())
+        show({});
+}
+
+QVariant InputMethod::answer(Qt::InputMethodQuery query) const
+{
+    const Text &text = m_viewport->text();
+    const qint64 offset = m_editing->selection().caret().offset;
     // The stretch may start or end inside a cluster, but not inside a surrogate pair.
-    m_start = text.pairStart(std::max<qint64>(0, caret - kSurroundingReach));
-    const qint64 end = text.pairStart(std::min(text.size(), caret + kSurroundingReach));
-    m_units = text.slice(m_start, end - m_start);
-    m_caret = caret;
-    m_anchor = std::clamp(anchor, m_start, end);
-}
-
-QVariant SurroundingText::answer(Qt::InputMethodQuery query) const
-{
-    const auto caret = static_cast<int>(m_caret - m_start);
-    const auto anchor = static_cast<int>(m_anchor - m_start);
+    const qint64 start = text.pairStart(std::max<qint64>(0, offset - kSurroundingReach));
+    const qint64 end = text.pairStart(std::min(text.size(), offset + kSurroundingReach));
+    const QString units = text.slice(start, end - start);
+    const auto caret = static_cast<int>(offset - start);
+    const auto anchor =
+        static_cast<int>(std::clamp(m_editing->selection().anchor(), start, end) - start);
     switch (query) {
     case Qt::ImSurroundingText:
-        return m_units;
+        return units;
     case Qt::ImCursorPosition:
         return caret;
     case Qt::ImAnchorPosition:
         return anchor;
     case Qt::ImCurrentSelection:
-        return m_units.mid(std::min(caret, anchor), std::abs(caret - anchor));
+        return units.mid(std::min(caret, anchor), std::abs(caret - anchor));
     case Qt::ImTextBeforeCursor:
-        return m_units.first(caret);
+        return units.first(caret);
     case Qt::ImTextAfterCursor:
-        return m_units.sliced(caret);
+        return units.sliced(caret);
     default:
         return {};
     }

@@ -1,5 +1,7 @@
 #include "view/MouseSelection.h"
 
+#include <QGuiApplication>
+#include <QStyleHints>
 #include <QTimerEvent>
 
 #include <algorithm>
@@ -18,12 +20,18 @@ MouseSelection::MouseSelection(TextViewport *viewport, TextSelection *selection)
 {
 }
 
-bool MouseSelection::wouldBeThirdPress(const QMouseEvent &event) const
+void MouseSelection::press(const QMouseEvent &event)
 {
-    return m_gesture.wouldBeThirdPress(event.position());
+    const bool mayDrag = !event.modifiers().testFlag(Qt::ShiftModifier) &&
+                         !m_gesture.wouldBeThirdPress(event.position()) &&
+                         m_selection->contains(event.position());
+    if (mayDrag)
+        m_dragPress = event.position();
+    else
+        startAt(event);
 }
 
-void MouseSelection::press(const QMouseEvent &event)
+void MouseSelection::startAt(const QMouseEvent &event)
 {
     m_position = event.position();
     const TextCaret hit = m_viewport->caretAt(m_position);
@@ -38,6 +46,9 @@ void MouseSelection::press(const QMouseEvent &event)
 
 void MouseSelection::doublePress(const QMouseEvent &event)
 {
+    m_dragPress.reset();
+    if (event.button() != Qt::LeftButton)
+        return;
     m_position = event.position();
     // Use the character under the mouse, not the nearest place between two characters.
     const qint64 hit = m_viewport->characterAt(m_position);
@@ -45,29 +56,38 @@ void MouseSelection::doublePress(const QMouseEvent &event)
     select(ends.anchor, {ends.caret, false});
 }
 
-void MouseSelection::move(const QMouseEvent &event, qreal height)
+bool MouseSelection::move(const QMouseEvent &event)
 {
-    if (!m_gesture.isActive() || !(event.buttons() & Qt::LeftButton))
-        return;
+    if (!event.buttons().testFlag(Qt::LeftButton))
+        return false;
+    if (m_dragPress) {
+        const QPointF way = event.position() - *m_dragPress;
+        if (way.manhattanLength() < QGuiApplication::styleHints()->startDragDistance())
+            return false;
+        m_dragPress.reset();
+        return true;
+    }
+    if (!m_gesture.isActive())
+        return false;
     m_position = event.position();
-    m_height = height;
     extendTo(m_position);
-    const bool isOutside = m_position.y() < 0 || m_position.y() > height;
+    const bool isOutside = m_position.y() < 0 || m_position.y() > m_viewport->size().height();
     if (isOutside && !m_autoscrollTimer.isActive())
         m_autoscrollTimer.start(kAutoscrollInterval, this);
     else if (!isOutside)
         m_autoscrollTimer.stop();
+    return false;
 }
 
-void MouseSelection::release()
+void MouseSelection::release(const QMouseEvent &event)
 {
+    if (m_dragPress) { // A click, not a drag.
+        m_dragPress.reset();
+        startAt(event);
+    }
     m_gesture.release();
     m_autoscrollTimer.stop();
-}
-
-void MouseSelection::select(qint64 anchor, TextCaret caret)
-{
-    m_selection->select(anchor, caret, TextSelection::Scroll::Stay);
+    m_selection->offerAsPrimary();
 }
 
 void MouseSelection::extendTo(QPointF point)
@@ -79,13 +99,18 @@ void MouseSelection::extendTo(QPointF point)
     select(ends.anchor, {ends.caret, ends.caret == hit.offset && hit.atRowEnd});
 }
 
+void MouseSelection::select(qint64 anchor, TextCaret caret)
+{
+    m_selection->select(anchor, caret, TextSelection::Scroll::Stay);
+}
+
 void MouseSelection::timerEvent(QTimerEvent *event)
 {
     if (event->timerId() != m_autoscrollTimer.timerId())
         return;
     const qreal y = m_position.y();
     // Scroll faster the farther outside the mouse is.
-    const qreal distance = y < 0 ? y : std::max<qreal>(0, y - m_height);
+    const qreal distance = y < 0 ? y : std::max<qreal>(0, y - m_viewport->size().height());
     m_viewport->scrollByPixels(distance / 2);
     extendTo(m_position);
 }

@@ -153,6 +153,8 @@ void TextEditing::perform(EditCommand command)
         return replaceSelection(Text(u"\n"), Kind::Typing);
     case EditCommand::InsertTab:
         return replaceSelection(Text(u"\t"), Kind::Typing);
+    case EditCommand::DeleteSelection:
+        return deleteSelection();
     case EditCommand::DeleteBackward:
         return deleteTo(text.previousClusterBoundary(caret.offset), Kind::DeletingBackward);
     case EditCommand::DeleteForward:

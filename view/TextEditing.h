@@ -28,7 +28,6 @@ public:
     void edit(TextRange range, const Text &replacement, Kind kind);
     /// The same for the selected range.
     void replaceSelection(const Text &replacement, Kind kind);
-    void deleteSelection();
     /// Moves the caret to `place` and inserts `text` there.
     void insertAt(TextCaret place, const Text &text);
     /// Inserts a dropped text as one undo step and selects it. `removed` is the source of a move
@@ -48,6 +47,7 @@ Q_SIGNALS:
 
 private:
     void finishUndo(TextRange selection);
+    void deleteSelection();
     void deleteTo(qint64 target, Kind kind);
 
     TextStorage *m_storage;

@@ -1,15 +1,20 @@
 #include "view/TextView.h"
 
+#include "platform/desktop/ContextMenu.h"
+#include "view/TextMimeData.h"
 #include "view/TextViewAccessible.h"
+#include "view/TextViewMenu.h"
+#include "view/TextViewPainter.h"
 
-#include <QDrag>
+#include <QContextMenuEvent>
 #include <QGuiApplication>
+#include <QPainter>
 #include <QScrollBar>
-#include <QStyleHints>
-#include <QTimerEvent>
+#include <QStyle>
+#include <QWheelEvent>
 
 #include <algorithm>
-#include <cmath>
+#include <utility>
 
 namespace penwick {
 
@@ -23,14 +28,13 @@ TextView::TextView(TextStorage *storage, const QFont &font, QWidget *parent)
     , m_storage(storage)
     , m_selection(storage, &m_viewport)
     , m_editing(storage, &m_viewport, &m_selection)
+    , m_inputMethod(&m_viewport, &m_editing)
     , m_mouse(&m_viewport, &m_selection)
-    , m_dropTarget(&m_viewport,
-                   [this] {
-                       updateScrollBars();
-                       viewport()->update();
-                   })
-    , m_dragRunner(
-          [](QDrag *drag) { return drag->exec(Qt::CopyAction | Qt::MoveAction, Qt::MoveAction); })
+    , m_dragAndDrop(this, &m_viewport, &m_editing, &m_inputMethod, [this] { refresh(); })
+    , m_caretBlink([this] {
+        const QRectF caret = m_viewport.caretRect(m_selection.caret());
+        viewport()->update(caret.toAlignedRect().adjusted(-2, 0, 3, 0));
+    })
 {
     TextViewAccessible::install();
     setFrameShape(QFrame::NoFrame);
@@ -55,7 +59,7 @@ TextView::~TextView() = default;
 
 void TextView::setString(const Text &text)
 {
-    discardComposition();
+    m_inputMethod.discard();
     m_storage->setText(text);
     m_viewport.scrollToStart();
     m_selection.place(0, {});
@@ -66,14 +70,9 @@ void TextView::setString(const Text &text)
 void TextView::setSelectedRange(TextRange range)
 {
     if (range != selectedRange() || range.end() != caretOffset())
-        commitComposition(); // The composition is tied to the caret.
+        m_inputMethod.commit(); // The composition is tied to the caret.
     m_storage->breakUndoCoalescing();
     m_selection.select(range.location, {range.location + std::max<qint64>(0, range.length), false});
-}
-
-bool TextView::hasMarkedText() const
-{
-    return m_viewport.composition().isActive();
 }
 
 void TextView::selected(TextRange before)
@@ -83,20 +82,10 @@ void TextView::selected(TextRange before)
         Q_EMIT selectionDidChange();
 }
 
-QRectF TextView::caretRectAt(qint64 offset) const
-{
-    return m_viewport.caretRect({offset, false});
-}
-
 QRectF TextView::characterRectAt(qint64 offset) const
 {
     return m_viewport.characterRect(
         string().clusterBoundaryAtOrBefore(m_selection.snapped(offset)));
-}
-
-qint64 TextView::offsetAt(QPoint point) const
-{
-    return m_viewport.caretAt(point).offset;
 }
 
 TextRange TextView::rowAround(qint64 offset) const
@@ -107,15 +96,13 @@ TextRange TextView::rowAround(qint64 offset) const
 void TextView::scrollTo(qint64 offset)
 {
     m_viewport.makeVisible({offset, false});
-    updateScrollBars();
-    viewport()->update();
+    refresh();
 }
 
 void TextView::caretMoved()
 {
-    updateScrollBars();
-    restartBlinking();
-    viewport()->update();
+    refresh();
+    m_caretBlink.restart(hasFocus());
     updateMicroFocus();
     Q_EMIT actionStateDidChange();
 }
@@ -129,30 +116,25 @@ void TextView::storageChanged(qint64 offset, qint64 oldLength, qint64 newLength)
     m_selection.place(m_selection.anchor(), {caretOffset(), false});
     // The view's own edits end a composition beforehand, so this edit came from outside. The
     // composition was meant for the old text.
-    discardComposition();
+    m_inputMethod.discard();
     viewport()->update();
     Q_EMIT visibleTextDidChange();
     // Last, because a listener may query the view at once.
     TextViewAccessible::announceChange(this, before, {offset, oldLength}, newLength);
 }
 
+bool TextView::canPaste() const
+{
+    return offersText(QGuiApplication::clipboard()->mimeData());
+}
+
 bool TextView::shouldChangeText(TextRange range, const Text &replacement)
 {
     Q_UNUSED(range)
     Q_UNUSED(replacement)
-    discardComposition();
+    m_inputMethod.discard();
     m_storage->setSelectionForUndo(selectedRange());
     return true;
-}
-
-void TextView::replaceCharacters(TextRange range, const Text &replacement)
-{
-    m_editing.replace(range, replacement);
-}
-
-void TextView::didChangeText()
-{
-    Q_EMIT textDidChange();
 }
 
 void TextView::replaceText(TextRange range,
@@ -178,43 +160,145 @@ void TextView::applyOutsideChange(TextRange range, const Text &replacement)
 void TextView::perform(EditCommand command)
 {
     if (command == EditCommand::Undo || command == EditCommand::Redo)
-        discardComposition();
+        m_inputMethod.discard();
     else
-        commitComposition();
+        m_inputMethod.commit();
     m_editing.perform(command);
 }
 
-void TextView::deleteSelection()
+void TextView::keyPressEvent(QKeyEvent *event)
 {
-    commitComposition();
-    m_editing.deleteSelection();
-}
-
-void TextView::timerEvent(QTimerEvent *event)
-{
-    if (event->timerId() == m_blinkTimer.timerId()) {
-        m_caretIsShown = !m_caretIsShown;
-        viewport()->update(
-            m_viewport.caretRect(m_selection.caret()).toAlignedRect().adjusted(-2, 0, 3, 0));
+    // A key event that arrives here is not part of the composition, which therefore ends first.
+    if (const auto request = caretMoveFor(*event)) {
+        m_inputMethod.commit();
+        m_selection.move(*request);
+    } else if (const auto command = editCommandFor(*event)) {
+        perform(*command);
+    } else if (event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier) {
+        QContextMenuEvent menu(QContextMenuEvent::Keyboard, {}, {}, event->modifiers());
+        contextMenuEvent(&menu);
+    } else if (isTextInput(*event)) {
+        m_inputMethod.commit();
+        m_editing.replaceSelection(Text(event->text()), TextEditing::Kind::Typing);
     } else {
-        QAbstractScrollArea::timerEvent(event);
+        event->ignore();
     }
 }
 
-void TextView::restartBlinking()
+bool TextView::focusNextPrevChild(bool next)
 {
-    m_caretIsShown = true;
-    const int flashTime = QGuiApplication::styleHints()->cursorFlashTime();
-    if (hasFocus() && flashTime > 1)
-        m_blinkTimer.start(flashTime / 2, this);
-    else
-        m_blinkTimer.stop();
+    // Tab inserts a character and does not move the focus.
+    Q_UNUSED(next)
+    return false;
+}
+
+void TextView::inputMethodEvent(QInputMethodEvent *event)
+{
+    event->accept();
+    m_inputMethod.handle(*event);
+}
+
+QVariant TextView::inputMethodQuery(Qt::InputMethodQuery query) const
+{
+    switch (query) {
+    case Qt::ImEnabled:
+        return isEnabled();
+    case Qt::ImHints:
+        return static_cast<int>(Qt::ImhMultiLine | Qt::ImhNoAutoUppercase);
+    case Qt::ImFont:
+        return font();
+    case Qt::ImCursorRectangle:
+        return m_viewport.caretRect(m_selection.caret()).translated(viewport()->pos());
+    case Qt::ImAnchorRectangle:
+        return m_viewport.caretRect({m_selection.anchor(), false}).translated(viewport()->pos());
+    default:
+        break;
+    }
+    const QVariant answer = m_inputMethod.answer(query);
+    return answer.isValid() ? answer : QAbstractScrollArea::inputMethodQuery(query);
+}
+
+void TextView::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton) {
+        m_inputMethod.commit();
+        m_storage->breakUndoCoalescing();
+        m_mouse.press(*event);
+    } else if (event->button() != Qt::MiddleButton) { // The middle button pastes on release.
+        event->ignore();
+    }
+}
+
+void TextView::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    m_mouse.doublePress(*event);
+}
+
+void TextView::mouseMoveEvent(QMouseEvent *event)
+{
+    if (m_mouse.move(*event))
+        m_dragAndDrop.drag();
+}
+
+void TextView::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton) {
+        m_mouse.release(*event);
+        return;
+    }
+    if (event->button() != Qt::MiddleButton || !viewport()->rect().contains(event->pos()))
+        return;
+    const QMimeData *mime = QGuiApplication::clipboard()->mimeData(QClipboard::Selection);
+    if (const auto text = textOf(mime)) {
+        m_inputMethod.commit();
+        m_editing.insertAt(m_viewport.caretAt(event->position()), *text);
+    }
+}
+
+void TextView::contextMenuEvent(QContextMenuEvent *event)
+{
+    m_inputMethod.commit();
+    QPoint position = event->globalPos();
+    if (event->reason() == QContextMenuEvent::Mouse) {
+        // A click on the selection keeps it; a click elsewhere moves the caret.
+        if (!m_selection.contains(event->pos())) {
+            m_storage->breakUndoCoalescing();
+            const TextCaret place = m_viewport.caretAt(event->pos());
+            m_selection.select(place.offset, place, TextSelection::Scroll::Stay);
+        }
+    } else {
+        m_selection.showCaret();
+        const QRectF caret = m_viewport.caretRect(m_selection.caret());
+        position = viewport()->mapToGlobal(caret.bottomLeft().toPoint());
+    }
+    popUpContextMenu(makeTextViewMenu(this), position);
+    event->accept();
+}
+
+void TextView::dragEnterEvent(QDragEnterEvent *event)
+{
+    m_dragAndDrop.enter(event);
+}
+
+void TextView::dragMoveEvent(QDragMoveEvent *event)
+{
+    m_dragAndDrop.move(event);
+}
+
+void TextView::dragLeaveEvent(QDragLeaveEvent *event)
+{
+    m_dragAndDrop.leave(event);
+}
+
+void TextView::dropEvent(QDropEvent *event)
+{
+    m_dragAndDrop.drop(event);
 }
 
 void TextView::focusInEvent(QFocusEvent *event)
 {
     QAbstractScrollArea::focusInEvent(event);
-    restartBlinking();
+    m_caretBlink.restart(true);
     viewport()->update();
 }
 
@@ -223,10 +307,68 @@ void TextView::focusOutEvent(QFocusEvent *event)
     QAbstractScrollArea::focusOutEvent(event);
     // A menu takes the focus only temporarily: keep the composition.
     if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::MenuBarFocusReason)
-        commitComposition();
-    m_blinkTimer.stop();
+        m_inputMethod.commit();
+    m_caretBlink.restart(false);
     m_storage->breakUndoCoalescing();
     viewport()->update();
+}
+
+void TextView::setMarks(Marks marks)
+{
+    m_marks = std::move(marks);
+    updateMarks();
+}
+
+void TextView::setDecoration(TextDecoration *decoration)
+{
+    m_viewport.setDecoration(decoration);
+    if (decoration != nullptr)
+        decoration->textChanged(string(), 0, 0, string().size());
+    updateStyle();
+}
+
+std::vector<TextView::VisibleLine> TextView::visibleLines() const
+{
+    std::vector<VisibleLine> lines;
+    m_viewport.forEachVisible([&](const SegmentLayout &layout, qreal y) {
+        const qint64 start = layout.segment().start;
+        const bool startsLine = start == 0 || string().at(start - 1) == u'\n';
+        const qreal bottom = y + layout.rowCount() * rowHeight();
+        if (bottom <= 0 || y >= viewport()->height())
+            return;
+        // When the segment that starts the line is not laid out, it is not visible: use a top above
+        // the viewport.
+        if (startsLine || lines.empty())
+            lines.push_back(
+                {string().metricsBefore(start).lineFeeds, startsLine ? y : y - rowHeight(), 0});
+        lines.back().bottom = bottom;
+    });
+    return lines;
+}
+
+void TextView::paintEvent(QPaintEvent *event)
+{
+    QPainter painter(viewport());
+    TextViewPicture picture;
+    picture.selection = selectedRange();
+    picture.caret = m_selection.caret();
+    picture.isActive = hasFocus() && isActiveWindow();
+    const bool isHidden = hasMarkedText() && m_viewport.composition().cursor < 0;
+    picture.caretIsShown = hasFocus() && m_caretBlink.isShown() && !isHidden;
+    if (const auto place = m_dragAndDrop.target()) { // Where a drop would insert the text.
+        picture.caret = *place;
+        picture.caretIsShown = true;
+    }
+    picture.caretWidth = style()->pixelMetric(QStyle::PM_TextCursorWidth, nullptr, this);
+    picture.size = QSizeF(viewport()->size());
+    picture.palette = palette();
+    if (m_marks) {
+        picture.marks = &m_marks(m_viewport.visibleRange());
+        // With marks, keep the selected match distinct even while the focus is elsewhere in the
+        // window.
+        picture.isActive = picture.isActive || (!picture.marks->empty() && isActiveWindow());
+    }
+    paintTextView(painter, QRectF(event->rect()), m_viewport, picture);
 }
 
 bool TextView::event(QEvent *event)
@@ -251,8 +393,7 @@ void TextView::updateStyle()
     const QSizeF size = viewport()->size();
     const qreal width = size.width() - 2 * TextViewport::kMargin;
     m_viewport.setGeometry(makeTextLayoutStyle(font(), width), size);
-    updateScrollBars();
-    viewport()->update();
+    refresh();
 }
 
 void TextView::resizeEvent(QResizeEvent *event)
@@ -262,11 +403,12 @@ void TextView::resizeEvent(QResizeEvent *event)
     updateStyle();
     if (showedCaret && hasFocus())
         m_viewport.makeVisible(m_selection.caret());
-    updateScrollBars();
+    refresh();
 }
 
-void TextView::updateScrollBars()
+void TextView::refresh()
 {
+    viewport()->update();
     if (m_isUpdatingScrollBars)
         return;
     m_isUpdatingScrollBars = true;
@@ -285,6 +427,21 @@ void TextView::updateScrollBars()
     horizontalScrollBar()->setRange(0, 0);
     m_isUpdatingScrollBars = false;
     Q_EMIT visibleTextDidChange();
+}
+
+void TextView::wheelEvent(QWheelEvent *event)
+{
+    const QPoint pixels = event->pixelDelta();
+    constexpr int kRows = 3; // Per notch.
+    qreal distance = -pixels.y();
+    if (pixels.isNull()) {
+        constexpr qreal kNotch = 120;
+        distance = -event->angleDelta().y() / kNotch * kRows * m_viewport.style().rowHeight;
+    }
+    m_viewport.scrollByPixels(distance);
+    refresh();
+    updateMicroFocus();
+    event->accept();
 }
 
 void TextView::scrollContentsBy(int dx, int dy)

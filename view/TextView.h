@@ -2,7 +2,9 @@
 
 #include "editor/TextStorage.h"
 #include "text/Text.h"
-#include "view/DropTarget.h"
+#include "view/CaretBlink.h"
+#include "view/DragAndDrop.h"
+#include "view/InputMethod.h"
 #include "view/MouseSelection.h"
 #include "view/TextDecoration.h"
 #include "view/TextEditing.h"
@@ -10,14 +12,9 @@
 #include "view/TextViewport.h"
 
 #include <QAbstractScrollArea>
-#include <QBasicTimer>
 
 #include <functional>
-#include <optional>
 #include <vector>
-
-class QDrag;
-class QMimeData;
 
 namespace penwick {
 
@@ -59,11 +56,17 @@ public:
 
     /// Rectangle of a caret at `offset`, in logical pixels of the viewport; empty when it is
     /// scrolled out of view by more than a viewport.
-    [[nodiscard]] QRectF caretRectAt(qint64 offset) const;
+    [[nodiscard]] QRectF caretRectAt(qint64 offset) const
+    {
+        return m_viewport.caretRect({offset, false});
+    }
+
     /// The same for the whole width of the cluster that contains `offset`.
     [[nodiscard]] QRectF characterRectAt(qint64 offset) const;
+
     /// The offset nearest to a point of the viewport.
-    [[nodiscard]] qint64 offsetAt(QPoint point) const;
+    [[nodiscard]] qint64 offsetAt(QPoint point) const { return m_viewport.caretAt(point).offset; }
+
     /// The range of the laid-out row that shows the character at `offset`, including the line break
     /// at its end. The ranges of rows are contiguous.
     [[nodiscard]] TextRange rowAround(qint64 offset) const;
@@ -71,25 +74,30 @@ public:
     void scrollTo(qint64 offset);
 
     /// True while an input method shows a composition.
-    [[nodiscard]] bool hasMarkedText() const;
+    [[nodiscard]] bool hasMarkedText() const { return m_inputMethod.isComposing(); }
 
     /// True when the clipboard offers text.
     [[nodiscard]] bool canPaste() const;
 
     /// Runs a drag and returns the action that was performed.
-    using DragRunner = std::function<Qt::DropAction(QDrag *drag)>;
+    using DragRunner = DragAndDrop::Runner;
 
     /// Replaces the default runner, which blocks until the user releases the mouse button. For
     /// tests.
-    void setDragRunner(DragRunner runner) { m_dragRunner = std::move(runner); }
+    void setDragRunner(DragRunner runner) { m_dragAndDrop.setRunner(std::move(runner)); }
 
     /// The three calls of one programmatic edit. `shouldChangeText` discards a composition,
     /// prepares undo and always returns true. `replaceCharacters` changes the storage and moves the
     /// selection: one within the replaced range becomes a caret after the new text, one beyond it
     /// is shifted; the view does not scroll. `didChangeText` emits `textDidChange`.
     bool shouldChangeText(TextRange range, const Text &replacement);
-    void replaceCharacters(TextRange range, const Text &replacement);
-    void didChangeText();
+
+    void replaceCharacters(TextRange range, const Text &replacement)
+    {
+        m_editing.replace(range, replacement);
+    }
+
+    void didChangeText() { Q_EMIT textDidChange(); }
 
     /// Performs these three calls. `selectAfter`, if given, may set the selection; it is part of
     /// the undo step, so redo restores that selection.
@@ -108,8 +116,9 @@ public:
 
     /// \param marks called until another is set; empty for no marks.
     void setMarks(Marks marks);
+
     /// Repaints the view. Call this when the marks have changed.
-    void updateMarks();
+    void updateMarks() { viewport()->update(); }
 
     /// \param decoration not owned; used until another is set. Null for none.
     void setDecoration(TextDecoration *decoration);
@@ -145,7 +154,7 @@ public Q_SLOTS:
 
     void paste() { perform(EditCommand::Paste); }
 
-    void deleteSelection();
+    void deleteSelection() { perform(EditCommand::DeleteSelection); }
 
     void selectAll() { perform(EditCommand::SelectAll); }
 
@@ -184,41 +193,27 @@ protected:
     void dropEvent(QDropEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
-    void timerEvent(QTimerEvent *event) override;
 
 private:
     void storageChanged(qint64 offset, qint64 oldLength, qint64 newLength);
     void selected(TextRange before);
     /// Ends a composition and performs the command.
     void perform(EditCommand command);
-    /// Ends a composition without inserting it.
-    void discardComposition();
-    /// Ends a composition; inserts what the input method commits.
-    void commitComposition();
-    void showComposition(const TextComposition &composition);
-    void pastePrimarySelection(QPointF point);
-    void startDrag();
-    bool acceptsDrop(QDropEvent *event) const;
-    void updateStyle();
-    void updateScrollBars();
-    [[nodiscard]] TextRange visibleRange();
-    void restartBlinking();
     void caretMoved();
+    void updateStyle();
+    /// Updates the scroll bars and repaints the view.
+    void refresh();
 
     TextStorage *m_storage;
     mutable TextViewport m_viewport; // Queries may lay out text.
     TextSelection m_selection;
     TextEditing m_editing;
+    InputMethod m_inputMethod;
     MouseSelection m_mouse;
-    DropTarget m_dropTarget;
-    DragRunner m_dragRunner;
-    std::optional<QPointF> m_dragPress;   // A press on the selection that may start a drag.
-    const QMimeData *m_dragged = nullptr; // Dragged from here; null once dropped here.
-    QBasicTimer m_blinkTimer;
+    DragAndDrop m_dragAndDrop;
+    CaretBlink m_caretBlink;
     Marks m_marks;
-    bool m_caretIsShown = true;
     bool m_isUpdatingScrollBars = false;
-    bool m_ignoresCommits = false;
 };
 
 } // namespace penwick

@@ -179,6 +179,11 @@ void TextViewport::forEachVisible(const std::function<void(const SegmentLayout &
     }
 }
 
+TextRange TextViewport::visibleRange()
+{
+    return TextRange::between(rowAt(0).segment.start, rowAt(m_size.height()).segment.end);
+}
+
 TextCaret TextViewport::caretInRow(const Row &row, qreal x)
 {
     const SegmentLayout &layout = layoutOf(row.segment);

@@ -44,6 +44,8 @@ public:
     /// \param size of the viewport, margins included.
     void setGeometry(const TextLayoutStyle &style, QSizeF size);
 
+    [[nodiscard]] QSizeF size() const { return m_size; }
+
     [[nodiscard]] const TextLayoutStyle &style() const { return m_cache.style(); }
 
     /// As `TextLayoutCache::setDecoration`.
@@ -56,6 +58,9 @@ public:
 
     /// Calls `visit` for each visible segment, top to bottom, with the y of its first row.
     void forEachVisible(const std::function<void(const SegmentLayout &, qreal)> &visit);
+
+    /// The range of the visible segments, at least.
+    [[nodiscard]] TextRange visibleRange();
 
     /// The caret nearest to a point, snapped to clusters. A point above or below the text gives a
     /// caret in its first or last row.

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "view/DropTarget.h"
+#include "view/InputMethod.h"
+
+#include <QDragEnterEvent>
+#include <QWidget>
+
+#include <functional>
+#include <optional>
+
+class QDrag;
+
+namespace penwick {
+
+/// Drags the selection out of a text view, and takes text that is dropped on it.
+class DragAndDrop final
+{
+public:
+    /// Runs a drag and returns the action that was performed.
+    using Runner = std::function<Qt::DropAction(QDrag *drag)>;
+
+    /// \param view, viewport, editing, inputMethod not owned; must outlive this object.
+    /// \param targetChanged called when `target` may have changed or the viewport has scrolled.
+    DragAndDrop(QWidget *view,
+                TextViewport *viewport,
+                TextEditing *editing,
+                InputMethod *inputMethod,
+                std::function<void()> targetChanged);
+
+    /// Replaces the default runner, which blocks until the user releases the mouse button.
+    void setRunner(Runner runner) { m_runner = std::move(runner); }
+
+    /// Drags the selection. The view, and this object with it, may be destroyed meanwhile.
+    void drag();
+
+    /// Handle the events of a drag over the viewport.
+    void enter(QDragEnterEvent *event) { accepts(event); }
+
+    void move(QDragMoveEvent *event);
+    void leave(QDragLeaveEvent *event);
+    void drop(QDropEvent *event);
+
+    /// The caret where a drop would insert the text; none while no drag is over the viewport.
+    [[nodiscard]] std::optional<TextCaret> target() const { return m_target.caret(); }
+
+private:
+    static bool accepts(QDropEvent *event);
+
+    QWidget *m_view;
+    TextViewport *m_viewport;
+    TextEditing *m_editing;
+    InputMethod *m_inputMethod;
+    DropTarget m_target;
+    Runner m_runner;
+    const QMimeData *m_dragged = nullptr; // Dragged from here; null once dropped here.
+};
+
+} // namespace penwick
