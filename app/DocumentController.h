@@ -1,11 +1,11 @@
 #pragma once
 
-#include "app/CloseConsent.h"
+#include "app/DocumentClosing.h"
 #include "app/DocumentReading.h"
+#include "app/DocumentTabs.h"
 #include "app/OpenDocuments.h"
 
 #include <QObject>
-#include <QPointer>
 
 #include <memory>
 #include <optional>
@@ -25,11 +25,7 @@ class DocumentController final : public QObject
 public:
     using WindowController = std::shared_ptr<EditorWindowController>;
 
-    /// Where an opened document is shown.
-    enum class Placement {
-        Tab,       ///< In the last active window, unless a macro runs on it.
-        NewWindow, ///< In a window of its own.
-    };
+    using Placement = DocumentTabs::Placement;
 
     explicit DocumentController(QObject *parent = nullptr);
     ~DocumentController() override;
@@ -85,19 +81,23 @@ public:
     /// Closes the document, and its window if it was the last one there. Asks before unsaved
     /// changes are lost, and waits for a save under way.
     /// \return false when the user cancelled.
-    bool closeDocument(DocumentId id);
+    bool closeDocument(DocumentId id) { return m_closing.close(id); }
+
     /// Closes all other documents of its window, once all questions are answered.
-    bool closeOtherDocuments(DocumentId id);
+    bool closeOtherDocuments(DocumentId id) { return m_closing.closeOthers(id); }
 
     /// Moves the document's tab into a new window. If it is alone in its window, moves that window.
     /// \param position of the window's frame, on the screen.
-    void moveToNewWindow(DocumentId id, const QPoint &position);
+    void moveToNewWindow(DocumentId id, const QPoint &position)
+    {
+        m_tabs.moveToNewWindow(id, position);
+    }
 
     /// Waits for the saves under way, asks about the unsaved changes of every document, then closes
     /// all windows of the application.
     /// \return false when the user cancelled or a window refused to close. No editor window is
     ///         closed before all questions are answered.
-    bool closeAll();
+    bool closeAll() { return m_closing.closeAll(); }
 
     /// Checks whether another program has changed the document's file. This also happens
     /// automatically when its text comes to the front.
@@ -112,32 +112,17 @@ Q_SIGNALS:
     /// been replaced by another. It is deleted in a later turn of the event loop.
     void documentClosed(penwick::TextDocument *document);
 
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
 private:
-    [[nodiscard]] std::shared_ptr<EditorWindow> currentWindow() const;
-    [[nodiscard]] OpenDocument *pristineDocument() const;
-    std::shared_ptr<EditorWindow> makeWindow();
-    OpenDocument &addDocument(std::unique_ptr<TextDocument> document, Placement placement);
-    void setDocument(OpenDocument &entry, std::unique_ptr<TextDocument> document);
-    static void showContent(OpenDocument &entry);
-    void showDocument(std::unique_ptr<TextDocument> document, Placement placement);
+    void prepare(OpenDocument &entry);
     bool openDocumentFrom(const QString &path, MissingFile missingFile, Placement placement);
     void readingDidEnd(DocumentId id, const std::optional<DocumentError> &error);
     void discardUnreadTab(DocumentId id);
-    bool closeDocuments(const QList<DocumentId> &documents);
-    void closeWithoutAsking(const WindowController &controller);
-    void forget(const WindowController &controller);
-    void updateLabel(DocumentId id);
 
     OpenDocuments m_documents;
-    CloseConsent m_consent;
-    QPointer<EditorWindow> m_activeWindow; // The last active one.
+    DocumentTabs m_tabs;
+    DocumentClosing m_closing;
     TransferLimits m_limits;
     QString m_folder; // The start folder of file dialogs.
-    bool m_skipsCloseQuestions = false;
-    bool m_closingAll = false;
 };
 
 } // namespace penwick

@@ -1,19 +1,36 @@
 #include "app/OpenDocuments.h"
 
 #include "app/DocumentPaths.h"
+#include "platform/process/FreedMemory.h"
 #include "view/TextView.h"
 #include "wording/WordingLookup.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
+#include <QThreadPool>
+#include <QTimer>
 
 #include <algorithm>
+#include <chrono>
+#include <utility>
 
 namespace penwick {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 using paths::identityOf;
 
 namespace {
+
+/// From this size on, in UTF-16 code units, the memory of a closed text is returned to the system.
+constexpr qint64 kLargeText = 4'000'000;
+
+/// Waits a moment, until the widgets that showed the text are deleted as well. Runs on another
+/// thread because it may take noticeably long.
+void giveBackMemoryLater()
+{
+    QTimer::singleShot(500ms, qApp, [] { QThreadPool::globalInstance()->start(trimFreedMemory); });
+}
 
 /// True when the document's file, or the one that it is being saved to, has this identity.
 bool isHeldBy(const TextDocument &document, const QString &identity)
@@ -103,16 +120,38 @@ OpenDocument &OpenDocuments::add()
     return *m_entries.back();
 }
 
-std::unique_ptr<OpenDocument> OpenDocuments::take(DocumentId document)
+void OpenDocuments::setDocument(OpenDocument &entry, std::unique_ptr<TextDocument> document)
+{
+    entry.untitledNumber = document->filePath().isEmpty() ? nextUntitledNumber() : 0;
+    // Delete the former document later: the caller is about to remove the view of its text, and one
+    // of its own signals may have led here.
+    if (entry.document != nullptr) {
+        Q_EMIT documentClosed(entry.document.get());
+        entry.document.release()->deleteLater();
+    }
+    entry.document = std::move(document);
+    entry.outsideChanges =
+        std::make_unique<OutsideChanges>(entry.document.get(), entry.controller.get());
+}
+
+void OpenDocuments::remove(DocumentId document)
 {
     const auto found = std::find_if(m_entries.begin(), m_entries.end(), [document](const auto &e) {
         return e->controller.get() == document;
     });
     if (found == m_entries.end())
-        return nullptr;
-    auto entry = std::move(*found);
+        return;
+    const std::unique_ptr<OpenDocument> entry = std::move(*found);
     m_entries.erase(found);
-    return entry;
+    entry->document->cancelTransfer();
+    if (entry->document->textStorage()->length() > kLargeText)
+        giveBackMemoryLater();
+    // Both must outlive the current event, and the tab must outlive its document.
+    TextDocument *closed = entry->document.release();
+    closed->deleteLater();
+    QMetaObject::invokeMethod(
+        this, [kept = entry->controller]() mutable { kept.reset(); }, Qt::QueuedConnection);
+    Q_EMIT documentClosed(closed);
 }
 
 int OpenDocuments::nextUntitledNumber() const

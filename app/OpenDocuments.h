@@ -7,6 +7,7 @@
 #include "window/EditorWindowController.h"
 
 #include <QList>
+#include <QObject>
 
 #include <memory>
 #include <vector>
@@ -28,9 +29,11 @@ struct OpenDocument
     [[nodiscard]] bool isPristine() const;
 };
 
-/// The open documents, oldest first, with their look-up functions.
-class OpenDocuments final
+/// Owns the open documents, oldest first, with their look-up functions.
+class OpenDocuments final : public QObject
 {
+    Q_OBJECT
+
 public:
     [[nodiscard]] bool isEmpty() const { return m_entries.empty(); }
 
@@ -47,13 +50,21 @@ public:
     [[nodiscard]] OpenDocument *withFile(const QString &path) const;
     [[nodiscard]] OpenDocument *withRunningMacro() const;
 
+    /// Adds an entry. Give it a controller and then a document before anything else is called.
     OpenDocument &add();
-    [[nodiscard]] std::unique_ptr<OpenDocument> take(DocumentId document);
+    /// Gives the entry a document, and closes its former one.
+    void setDocument(OpenDocument &entry, std::unique_ptr<TextDocument> document);
+    /// Closes the document and cancels its transfer. Its controller stays until a later turn of the
+    /// event loop. Does nothing when it is closed already.
+    void remove(DocumentId document);
 
-    /// The lowest number that no untitled document has.
-    [[nodiscard]] int nextUntitledNumber() const;
+Q_SIGNALS:
+    /// The document is no longer open. It is deleted in a later turn of the event loop.
+    void documentClosed(penwick::TextDocument *document);
 
 private:
+    [[nodiscard]] int nextUntitledNumber() const;
+
     std::vector<std::unique_ptr<OpenDocument>> m_entries;
 };
 
