@@ -105,6 +105,14 @@ void TextEditing::replaceKeepingLines(TextRange range, const Text &replacement)
     m_selection->select(kept(anchor), {kept(caret), false}, TextSelection::Scroll::Stay);
 }
 
+void TextEditing::selectSamePlaces(const Text &before, qint64 anchor, qint64 caret)
+{
+    const Text &text = m_storage->text();
+    m_selection->select(sameLineAndColumn(before, anchor, text),
+                        {sameLineAndColumn(before, caret, text), false},
+                        TextSelection::Scroll::Stay);
+}
+
 void TextEditing::finishUndo(TextRange selection)
 {
     m_selection->select(selection.location, {selection.end(), false});

@@ -150,6 +150,11 @@ void TextView::replaceText(TextRange range,
     didChangeText();
 }
 
+void TextView::selectSamePlaces(const Text &before, qint64 anchor, qint64 caret)
+{
+    m_editing.selectSamePlaces(before, anchor, caret);
+}
+
 void TextView::applyOutsideChange(TextRange range, const Text &replacement)
 {
     shouldChangeText(range, replacement);

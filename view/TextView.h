@@ -54,6 +54,13 @@ public:
     /// The moving end of the selection, where the caret is drawn.
     [[nodiscard]] qint64 caretOffset() const { return m_selection.caret().offset; }
 
+    /// The other end of the selection.
+    [[nodiscard]] qint64 anchorOffset() const { return m_selection.anchor(); }
+
+    /// Moves anchor and caret to the lines and columns that the offsets `anchor` and `caret` have
+    /// in `before`, as far as the present text has them. Does not scroll.
+    void selectSamePlaces(const Text &before, qint64 anchor, qint64 caret);
+
     /// Rectangle of a caret at `offset`, in logical pixels of the viewport; empty when it is
     /// scrolled out of view by more than a viewport.
     [[nodiscard]] QRectF caretRectAt(qint64 offset) const

@@ -17,9 +17,11 @@ tl::unexpected<MacroResultError> failure(MacroResultError::Code code)
     return tl::unexpected(MacroResultError{code, {}});
 }
 
-void replaceWhole(TextView *view, const Text &text)
+/// Returns whether the result names a place for the cursor, or says anything about the selection.
+bool placesSelection(const MacroResult &result)
 {
-    view->replaceText({0, view->string().size()}, text);
+    const auto &cursor = result.cursor;
+    return result.selection || (cursor && (cursor->offset || (cursor->line && cursor->column)));
 }
 
 } // namespace
@@ -37,11 +39,30 @@ MacroExecution::Outcome MacroExecution::applyMacroResult(const MacroResult &resu
     TextStorage *storage = m_textView->textStorage();
     storage->beginUndoGrouping();
     const auto endGrouping = qScopeGuard([storage] { storage->endUndoGrouping(); });
+    m_replaced.reset();
+    Outcome applied;
     for (const TextEditInstruction &edit : result.textEdits)
-        if (Outcome applied = applyTextEdit(edit); !applied)
-            return applied;
-    applyCursorAndSelection(result);
-    return {};
+        if (applied = applyTextEdit(edit); !applied)
+            break;
+    if (applied && placesSelection(result))
+        applyCursorAndSelection(result);
+    else
+        restoreSelection();
+    return applied;
+}
+
+void MacroExecution::replaceWhole(const Text &text)
+{
+    const Text before = m_textView->string();
+    if (!m_replaced)
+        m_replaced = Selection{before, m_textView->anchorOffset(), m_textView->caretOffset()};
+    m_textView->replaceText({0, before.size()}, text);
+}
+
+void MacroExecution::restoreSelection()
+{
+    if (m_replaced)
+        m_textView->selectSamePlaces(m_replaced->text, m_replaced->anchor, m_replaced->caret);
 }
 
 MacroExecution::Outcome MacroExecution::applyTextEdit(const TextEditInstruction &edit)
@@ -55,7 +76,7 @@ MacroExecution::Outcome MacroExecution::applyTextEdit(const TextEditInstruction 
 
 MacroExecution::Outcome MacroExecution::apply(const ReplaceAll &edit)
 {
-    replaceWhole(m_textView, Text(edit.text));
+    replaceWhole(Text(edit.text));
     return {};
 }
 
@@ -80,7 +101,7 @@ MacroExecution::Outcome MacroExecution::apply(const ReplaceLines &edit)
     const std::optional<Text> text = textWithLinesReplaced(m_textView->string(), edit);
     if (!text)
         return failure(MacroResultError::Code::InvalidReplaceLines);
-    replaceWhole(m_textView, *text);
+    replaceWhole(*text);
     return {};
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "macro/engine/MacroResult.h"
+#include "text/Text.h"
 
+#include <optional>
 #include <tl/expected.hpp>
 
 namespace penwick {
@@ -23,6 +25,10 @@ public:
 
     /// Makes the edits as one undo step, then sets cursor and selection. Does nothing at all when
     /// the result has no edits. When an edit fails, the edits before it stay.
+    ///
+    /// An edit that replaces the whole text leaves the caret at its end. After the last edit,
+    /// unless the result places the cursor or the selection, caret and selection return to the line
+    /// and column that they had before the first such edit. The view does not scroll.
     [[nodiscard]] Outcome applyMacroResult(const MacroResult &result);
 
 private:
@@ -31,12 +37,23 @@ private:
     [[nodiscard]] Outcome apply(const ReplaceSelection &edit);
     [[nodiscard]] Outcome apply(const InsertAtCursor &edit);
     [[nodiscard]] Outcome apply(const ReplaceLines &edit);
+    void replaceWhole(const Text &text);
+    void restoreSelection();
     void applyCursorAndSelection(const MacroResult &result);
     void applyCursor(const MacroCursorResult &cursor);
     void applySelection(const MacroSelectionResult &selection);
 
+    /// A selection in the text that it belongs to.
+    struct Selection
+    {
+        Text text;
+        qint64 anchor = 0;
+        qint64 caret = 0;
+    };
+
     TextView *m_textView;
     TextDocument *m_document;
+    std::optional<Selection> m_replaced; // Before the first edit that replaced the whole text.
 };
 
 } // namespace penwick

@@ -297,15 +297,16 @@ void EditorWindowMacrosTest::run_twice_sharesNothing()
 
 void EditorWindowMacrosTest::run_edits_reachDocumentStateAndCounters()
 {
-    open(u"a"_s);
-    run(u"return {textEdits: [{type: 'replaceAll', text: 'x\\r\\ny😀'}]};"_s);
-    QCOMPARE(m_document->contentString().toString(), u"x\r\ny😀"_s);
+    open(u"ab"_s);
+    view()->setSelectedRange({2, 0});
+    run(u"return {textEdits: [{type: 'replaceAll', text: 'xyz\\r\\n😀'}]};"_s);
+    QCOMPARE(m_document->contentString().toString(), u"xyz\r\n😀"_s);
     QVERIFY(m_document->isEdited());
     const DocumentState *state = m_controller->documentState();
-    QTRY_COMPARE(state->text().toString(), u"x\r\ny😀"_s);
-    QTRY_COMPARE(state->characterCount(), 4);
+    QTRY_COMPARE(state->text().toString(), u"xyz\r\n😀"_s);
+    QTRY_COMPARE(state->characterCount(), 5);
     QTRY_COMPARE(state->cursorColumn(), 2);
-    QCOMPARE(view()->selectedRange(), (TextRange{6, 0})); // Queued updates do not reset it.
+    QCOMPARE(view()->selectedRange(), (TextRange{2, 0})); // Queued updates do not reset it.
 }
 
 void EditorWindowMacrosTest::run_edits_areOneUndoStep()

@@ -56,6 +56,10 @@ private Q_SLOTS:
     void cursor_request_putsTheCaret_data();
     void cursor_request_putsTheCaret();
     void cursor_withoutOffsetAndPlace_isIgnored();
+    void selection_wholeTextReplaced_returnsToItsPlace_data();
+    void selection_wholeTextReplaced_returnsToItsPlace();
+    void selection_backwards_keepsItsDirection();
+    void view_wholeTextReplaced_staysWhereItWas();
     void selection_request_selects_data();
     void selection_request_selects();
     void selection_withCursor_wins();
@@ -110,7 +114,7 @@ void MacroExecutionTest::replaceAll_thenInsert_usesTheSelectionAfterIt()
     QVERIFY(apply(ofEdits({ReplaceAll{u"xy"_s}, InsertAtCursor{u"z"_s}})).has_value());
     QCOMPARE(text(), u"xyz"_s); // Replacing a range that contains the selection moves the caret to
                                 // its end.
-    QCOMPARE(m_view->selectedRange(), (TextRange{3, 0}));
+    QCOMPARE(m_view->selectedRange(), (TextRange{1, 1})); // Where it was at the start.
 }
 
 void MacroExecutionTest::replaceSelection_selected_isReplaced()
@@ -170,7 +174,7 @@ void MacroExecutionTest::replaceLines_inRange_areReplaced()
     start(before, {1, 0});
     QVERIFY(apply(ofEdits({ReplaceLines{startLine, endLine, {u"x"_s}}})).has_value());
     QCOMPARE(text(), after);
-    QCOMPARE(m_view->selectedRange(), (TextRange{after.size(), 0})); // The whole text was replaced.
+    QCOMPARE(m_view->selectedRange(), (TextRange{1, 0}));
 }
 
 void MacroExecutionTest::replaceLines_outOfRange_failAndKeepWhatWasDone_data()
@@ -330,6 +334,75 @@ void MacroExecutionTest::cursor_withoutOffsetAndPlace_isIgnored()
     result.cursor = MacroCursorResult{std::nullopt, 0, std::nullopt};
     QVERIFY(apply(result).has_value());
     QCOMPARE(m_view->selectedRange(), (TextRange{1, 2}));
+}
+
+void MacroExecutionTest::selection_wholeTextReplaced_returnsToItsPlace_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<TextRange>("selection");
+    QTest::addColumn<QList<TextEditInstruction>>("edits");
+    QTest::addColumn<TextRange>("expected");
+    const auto row = [](const char *name,
+                        const QString &text,
+                        TextRange selection,
+                        const QList<TextEditInstruction> &edits,
+                        TextRange expected) {
+        QTest::newRow(name) << text << selection << edits << expected;
+    };
+    const QString text = u"abcd\nefgh\nijkl"_s;
+    row("caret", text, {7, 0}, {ReplaceAll{u"12\n345\n6"_s}}, {5, 0});
+    row("shorter line", text, {9, 0}, {ReplaceAll{u"12\n345\n6"_s}}, {6, 0});
+    row("line missing", text, {12, 0}, {ReplaceAll{u"12\n345"_s}}, {6, 0});
+    row("empty", text, {12, 2}, {ReplaceAll{QString()}}, {0, 0});
+    row("selection", text, {2, 5}, {ReplaceAll{u"12345\n6789\n"_s}}, {2, 6});
+    row("lines", text, {11, 2}, {ReplaceLines{0, 1, {u"0"_s, u"1"_s}}}, {5, 2});
+    row("cluster", u"ab"_s, {1, 0}, {ReplaceAll{u"😀"_s}}, {0, 0});
+    row("edit after it", text, {7, 0}, {ReplaceAll{u"1\n234"_s}, InsertAtCursor{u"5"_s}}, {4, 0});
+    row("a later edit fails", text, {7, 0}, {ReplaceAll{u"1\n234"_s}, ReplaceSelection{}}, {4, 0});
+}
+
+void MacroExecutionTest::selection_wholeTextReplaced_returnsToItsPlace()
+{
+    QFETCH(QString, text);
+    QFETCH(TextRange, selection);
+    QFETCH(QList<TextEditInstruction>, edits);
+    start(text, selection);
+    const MacroExecution::Outcome outcome = apply(ofEdits(edits));
+    QTEST(m_view->selectedRange(), "expected");
+    Q_UNUSED(outcome);
+    m_view->undo();
+    QCOMPARE(m_view->selectedRange(), selection);
+    m_view->redo();
+    QTEST(m_view->selectedRange(), "expected");
+}
+
+void MacroExecutionTest::selection_backwards_keepsItsDirection()
+{
+    start(u"abcd\nefgh"_s);
+    m_view->setSelectedRange({7, 0});
+    QTest::keyClick(m_view.get(), Qt::Key_Up, Qt::ShiftModifier);
+    QVERIFY(apply(ofEdits({ReplaceAll{u"12345\n6789"_s}})).has_value());
+    QCOMPARE(m_view->selectedRange(), (TextRange{2, 6}));
+    QCOMPARE(m_view->caretOffset(), 2);
+}
+
+void MacroExecutionTest::view_wholeTextReplaced_staysWhereItWas()
+{
+    QString lines;
+    for (int i = 0; i < 500; ++i)
+        lines += u"line %1  \n"_s.arg(i);
+    start(lines);
+    m_view->resize(400, 300);
+    m_view->show();
+    const qint64 middle = m_view->string().offsetAfterLineBreak(250);
+    m_view->setSelectedRange({middle, 0});
+    const std::vector<TextView::VisibleLine> before = m_view->visibleLines();
+    QVERIFY(apply(ofEdits({ReplaceAll{lines.remove(u"  "_s)}})).has_value());
+    QCOMPARE(m_view->visibleLines().front().number, before.front().number);
+    QCOMPARE(m_view->visibleLines().front().top, before.front().top);
+    QTest::keyClick(m_view.get(), Qt::Key_X);
+    QVERIFY(text().contains(u"\nxline 250\n"_s));
+    QCOMPARE(m_view->visibleLines().front().number, before.front().number);
 }
 
 void MacroExecutionTest::selection_request_selects_data()
