@@ -45,6 +45,7 @@ MacroRun::MacroRun(QWidget *window,
     : QObject(parent)
     , m_window(window)
     , m_macroName(std::move(macroName))
+    , m_keys(window)
     , m_worker(
           [this, evaluation = std::move(evaluation)] { return outcomeOf(evaluation, &m_waiter); },
           [] { return failure(ScriptError::Code::HostUnavailable); },
@@ -76,7 +77,9 @@ void MacroRun::waitUntilNotice()
     if (self.isNull())
         return;
     m_loop = nullptr;
-    if (!m_hasEnded)
+    if (!m_hasEnded && m_notice == nullptr)
+        m_keys.collect();
+    if (!self.isNull())
         showNotice();
 }
 
@@ -119,6 +122,7 @@ void MacroRun::end(const ScriptOutcome &outcome)
     }
     if (m_loop != nullptr)
         m_loop->quit();
+    m_keys.deliver();
     Q_EMIT ended(outcome);
 }
 

@@ -3,6 +3,7 @@
 #include "editor/Worker.h"
 #include "macro/engine/MacroRuntimeService.h"
 #include "macro/script/StoppableWaiter.h"
+#include "window/HeldKeys.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -35,7 +36,8 @@ public:
     /// Waits until the run has ended, at most until one second after its start; shows a
     /// `MacroRunNotice` if the run has not ended by then. Blocks the main thread at first, so that
     /// no event is processed during a short run. Then runs an event loop in which the window is
-    /// repainted and can be moved, while keys and clicks are delayed until this has returned.
+    /// repainted and can be moved, while keys and clicks are delayed until this has returned. If
+    /// the notice appears, keys are delayed until the run has ended.
     void waitUntilNotice();
 
     /// Shows the notice over the window now, or brings it to the front.
@@ -58,6 +60,7 @@ private:
     QElapsedTimer m_since;
     QPointer<MacroRunNotice> m_notice;
     QEventLoop *m_loop = nullptr; // While it runs.
+    HeldKeys m_keys;
     bool m_hasEnded = false;
     StoppableWaiter m_waiter;
     Worker<ScriptOutcome> m_worker; // Last, so that it is destroyed first.

@@ -2,7 +2,9 @@
 
 #include "wording/WordingLookup.h"
 
+#include <QApplication>
 #include <QDialogButtonBox>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QTimer>
@@ -53,6 +55,13 @@ MacroRunNotice::MacroRunNotice(const QString &macroName,
     connect(timer, &QTimer::timeout, this, &MacroRunNotice::showElapsed);
     timer->start(kRefresh);
     showElapsed();
+}
+
+void MacroRunNotice::keyPressEvent(QKeyEvent *event)
+{
+    if (!event->text().isEmpty() && !event->matches(QKeySequence::Cancel))
+        QApplication::beep();
+    QDialog::keyPressEvent(event);
 }
 
 void MacroRunNotice::showElapsed()

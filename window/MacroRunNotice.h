@@ -18,6 +18,10 @@ public:
     /// \param since started when the run began.
     MacroRunNotice(const QString &macroName, const QElapsedTimer &since, QWidget *window);
 
+protected:
+    /// A key that does nothing here may be meant for the text: it makes a sound.
+    void keyPressEvent(QKeyEvent *event) override;
+
 private:
     void showElapsed();
 

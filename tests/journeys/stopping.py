@@ -13,11 +13,17 @@ from driver import until
 
 ENDLESS = "終わらないマクロ"
 SLOW = "遅いマクロ"
-MACROS = {
-    ENDLESS: "while (true) ;",
-    SLOW: "const end = Date.now() + 700; while (Date.now() < end) ;"
-    "return {textEdits: [{type: 'replaceAll', text: context.document.text + '!'}]};",
-}
+SLOWER = "もっと遅いマクロ"
+
+
+def appends_after(milliseconds):
+    return (
+        f"const end = Date.now() + {milliseconds}; while (Date.now() < end) ;"
+        "return {textEdits: [{type: 'insertAtCursor', text: '!'}]};"
+    )
+
+
+MACROS = {ENDLESS: "while (true) ;", SLOW: appends_after(700), SLOWER: appends_after(4000)}
 MESSAGE = f"マクロ「{ENDLESS}」を実行しています。"
 STOPPED = "マクロの実行がタイムアウトしました"
 
@@ -105,9 +111,16 @@ class Stopping(journey.Journey):
         app = self.start_with_macros()
         app.choose("マクロ", SLOW)
         app.type("abc")
-        self.wait_for_text("memo.txt", "x元の文\r\n!abc")
+        self.wait_for_text("memo.txt", "x!abc元の文\r\n")
         app.press("ctrl+z", "ctrl+z")
         self.wait_for_text("memo.txt", "x元の文\r\n")
+
+    def test_keys_before_the_notice_come_after_the_run(self):
+        app = self.start_with_macros()
+        app.choose("マクロ", SLOWER)
+        app.type("abc")
+        app.wait_for("label", f"マクロ「{SLOWER}」を実行しています。")
+        self.wait_for_text("memo.txt", "x!abc元の文\r\n")
 
     def test_closing_and_quitting_offer_to_stop(self):
         app = self.start_with_macros()
