@@ -20,6 +20,7 @@ ManagerWindow::ManagerWindow(QString frameName,
 {
     resize(contentSize);
     setMinimumSize(minimumSize);
+    fitToScreen(this);
     move(screen()->availableGeometry().topLeft());
     if (firstPlace == InitialPosition::Center)
         centerWindow(this);
@@ -36,9 +37,10 @@ void ManagerWindow::keepFrame()
 
 void ManagerWindow::showInFront()
 {
-    // Hiding the window freed its frame name.
-    if (m_wasHidden)
-        keepFrame();
+    if (m_wasHidden) {
+        fitToScreen(this);
+        keepFrame(); // Hiding the window freed its frame name.
+    }
     m_wasHidden = false;
     if (isMinimized())
         showNormal();

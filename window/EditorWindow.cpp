@@ -84,6 +84,7 @@ EditorWindow::EditorWindow(UserDefaults *frames)
     addShortcuts();
     NotificationCenter::defaultCenter().addObserver(
         UIWordingProfileDidChange, this, [this] { updateTitle(); });
+    fitToScreen(this);
     if (frames != nullptr && !setFrameAutosaveName(this, u"penwickEditorWindow"_s, *frames))
         centerWindow(this);
 }

@@ -6,7 +6,9 @@
 #include <QHash>
 #include <QPointer>
 #include <QScreen>
+#include <QStyle>
 #include <QTimerEvent>
+#include <QWindow>
 
 #include <algorithm>
 
@@ -97,7 +99,69 @@ private:
     QBasicTimer m_saveTimer;
 };
 
+/// The margins of the window's frame; before the window is first shown, those of a usual one.
+QMargins frameOf(const QWidget *window)
+{
+    const QWindow *handle = window->windowHandle();
+    if (handle != nullptr && handle->isExposed())
+        return handle->frameMargins();
+    return {0, window->style()->pixelMetric(QStyle::PM_TitleBarHeight), 0, 0};
+}
+
+void fitNow(QWidget *window)
+{
+    const QMargins frame = frameOf(window);
+    const QRect available = window->screen()->availableGeometry();
+    const QSize room = available.marginsRemoved(frame).size();
+    window->setMinimumSize(window->minimumSize().boundedTo(room));
+    if (window->isMaximized() || window->isFullScreen())
+        return;
+    QRect place = window->geometry();
+    place.setSize(place.size().boundedTo(room));
+    const QPoint corner = place.marginsAdded(frame).topLeft();
+    place.translate(positionOnScreen(corner, place.size().grownBy(frame)) - corner);
+    // The window system chooses the place of a window that has no position.
+    if (window->testAttribute(Qt::WA_Moved) || window->isVisible())
+        window->setGeometry(place);
+    else
+        window->resize(place.size());
+}
+
+/// Fits a window once more when it is first on the screen, which is when its frame is known. It is
+/// a child of that window.
+class FirstShowFitter final : public QObject
+{
+public:
+    explicit FirstShowFitter(QWidget *window)
+        : QObject(window)
+        , m_window(window)
+    {
+        m_window->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (watched == m_window && event->type() == QEvent::Show) {
+            m_window->windowHandle()->installEventFilter(this);
+        } else if (event->type() == QEvent::Expose && m_window->windowHandle()->isExposed()) {
+            m_window->windowHandle()->removeEventFilter(this);
+            fitNow(m_window);
+            deleteLater();
+        }
+        return false;
+    }
+
+private:
+    QWidget *m_window;
+};
+
 } // namespace
+
+void fitToScreen(QWidget *window)
+{
+    fitNow(window);
+    new FirstShowFitter(window);
+}
 
 bool setFrameAutosaveName(QWidget *window, const QString &name, UserDefaults &defaults)
 {

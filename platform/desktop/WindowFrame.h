@@ -18,6 +18,11 @@ namespace penwick {
 [[nodiscard]] bool
 setFrameAutosaveName(QWidget *window, const QString &name, UserDefaults &defaults);
 
+/// Cuts the window to what its screen has available, its frame included, and moves a window whose
+/// position is set onto the screen. Lowers a minimum size that is in the way. Until the window is
+/// first shown, the size of its frame is a guess, so the call fits the window once more then.
+void fitToScreen(QWidget *window);
+
 /// Centers the window on its screen.
 void centerWindow(QWidget *window);
 

@@ -1,4 +1,5 @@
 #include "app/DocumentsTestBase.h"
+#include "support/CutToScreen.h"
 #include "support/ModalAnswer.h"
 #include "window/EditorTabBar.h"
 #include "window/MainEditorView.h"
@@ -101,7 +102,8 @@ void TabsTest::open_inANewWindow_leavesTheOthers()
     QCOMPARE(m_documents->windows().size(), 3);
     QVERIFY(window(2) != window(0) && window(3) != window(2));
     QVERIFY(!window(2)->tabBar()->isVisible());
-    QCOMPARE(window(2)->size(), QSize(900, 650));
+    QVERIFY(QTest::qWaitForWindowExposed(window(2)));
+    QCOMPARE(window(2)->size(), test::cutToScreen(window(2), QSize(900, 650)));
 }
 
 void TabsTest::open_afterwards_goesToTheWindowActiveLast()

@@ -21,10 +21,11 @@ EDITED = "（未保存の変更あり）"
 
 class Journey(unittest.TestCase):
     input_method = None
+    screen = (1200, 800)
     needs_plain_user = False  # Some programs refuse to run as root.
 
     def setUp(self):
-        self.session = self.enterContext(Session(input_method=self.input_method))
+        self.session = self.enterContext(Session(self.input_method, *self.screen))
         self.files = self.session.home / "files"
         self.files.mkdir()
         self.app = None

@@ -1,6 +1,7 @@
 #include "window/EditorWindowController.h"
 
 #include "macro/engine/EditorTestBase.h"
+#include "support/CutToScreen.h"
 #include "window/MainEditorView.h"
 
 #include <QScreen>
@@ -49,7 +50,7 @@ void EditorWindowControllerTest::window_made_hasSizeAndMinimum()
     QVERIFY(!window->isVisible());
     window->show();
     QVERIFY(QTest::qWaitForWindowExposed(window));
-    QCOMPARE(window->size(), QSize(900, 650));
+    QCOMPARE(window->size(), test::cutToScreen(window, QSize(900, 650)));
     window->resize(1, 1);
     QTRY_COMPARE(window->size(), QSize(520, 360));
     window->resize(1000, 700);
@@ -93,7 +94,7 @@ void EditorWindowControllerTest::window_second_hasStandardSizeInTheMiddle()
     QVERIFY(distance.manhattanLength() <= 2);
     second->window()->show();
     QVERIFY(QTest::qWaitForWindowExposed(second->window()));
-    QCOMPARE(second->window()->size(), QSize(900, 650));
+    QCOMPARE(second->window()->size(), test::cutToScreen(second->window(), QSize(900, 650)));
 }
 
 void EditorWindowControllerTest::document_set_isShown()

@@ -1,4 +1,5 @@
 #include "platform/desktop/WindowFrame.h"
+#include "support/CutToScreen.h"
 #include "support/FileSizeLimit.h"
 #include "support/ShownProfileManager.h"
 #include "wording/WordingLookup.h"
@@ -79,7 +80,7 @@ private Q_SLOTS:
     {
         const World world;
         QCOMPARE(world.window()->windowTitle(), u"UI文言プロファイル管理"_s);
-        QCOMPARE(world.window()->size(), QSize(900, 650));
+        QCOMPARE(world.window()->size(), test::cutToScreen(world.window(), QSize(900, 650)));
         QCOMPARE(world.window()->minimumSize(), QSize(650, 420));
         QWidget *column = world.page().list()->parentWidget();
         QCOMPARE(column->minimumWidth(), 240);
@@ -133,7 +134,7 @@ private Q_SLOTS:
         QWidget other;
         QVERIFY(setFrameAutosaveName(&other, u"ProfileManagerWindow"_s, world.defaults));
         world.makeWindow();
-        QCOMPARE(world.window()->size(), QSize(900, 650));
+        QCOMPARE(world.window()->size(), test::cutToScreen(world.window(), QSize(900, 650)));
         QVERIFY(isCentered(world.window()));
     }
 

@@ -43,6 +43,9 @@ private Q_SLOTS:
     void frame_changedAfterClosing_isNotSaved();
     void frame_unreadable_leavesTheWindow();
     void center_ofAScreen_isTheMiddle();
+    void fit_largerThanTheScreen_isCutWithItsFrame();
+    void fit_smallerThanTheScreen_keepsTheSize();
+    void fit_rememberedFrameOutside_isBroughtBackWhenShown();
 
 private:
     test::TemporaryHome m_home;
@@ -167,6 +170,47 @@ void WindowFrameTest::center_ofAScreen_isTheMiddle()
         window->frameGeometry().center() - window->screen()->availableGeometry().center();
     QVERIFY(distance.manhattanLength() <= 2);
     QCOMPARE(window->size(), kPlace.size());
+}
+
+void WindowFrameTest::fit_largerThanTheScreen_isCutWithItsFrame()
+{
+    const auto window = windowAt(QRect(10, 10, 1000, 900));
+    window->setMinimumSize(900, 850);
+    fitToScreen(window.get());
+    const QRect available = window->screen()->availableGeometry();
+    QVERIFY(window->width() <= available.width() && window->height() < available.height());
+    window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    QVERIFY(window->frameGeometry() != window->geometry()); // The frame takes room, too.
+    QVERIFY(available.contains(window->frameGeometry()));
+}
+
+void WindowFrameTest::fit_smallerThanTheScreen_keepsTheSize()
+{
+    const auto window = windowAt(kPlace);
+    window->setMinimumSize(100, 50);
+    fitToScreen(window.get());
+    window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    QCOMPARE(window->geometry(), kPlace);
+    QCOMPARE(window->minimumSize(), QSize(100, 50));
+}
+
+void WindowFrameTest::fit_rememberedFrameOutside_isBroughtBackWhenShown()
+{
+    const auto first = windowAt(kPlace);
+    QVERIFY(setFrameAutosaveName(first.get(), u"W"_s, *m_defaults));
+    first->show();
+    first->setGeometry(750, 780, 1200, 900);
+    first->close();
+
+    const auto second = windowAt(kPlace);
+    second->setMinimumSize(850, 100);
+    fitToScreen(second.get());
+    QVERIFY(setFrameAutosaveName(second.get(), u"W"_s, *m_defaults));
+    second->show();
+    QVERIFY(QTest::qWaitForWindowExposed(second.get()));
+    QVERIFY(second->screen()->availableGeometry().contains(second->frameGeometry()));
 }
 
 } // namespace penwick
