@@ -15,6 +15,8 @@ read(TextDocument &document, const QString &path, const TransferLimits &limits)
     // Report a file that cannot be read at all before a window opens for it.
     if (!info.isFile() || !info.isReadable() || info.size() < limits.directBytes)
         return document.readFromFile(path);
+    if (!startsAsText(path))
+        return tl::unexpected(kUnsupportedContent);
     document.startReading(path);
     if (limits.reading.count() > 0) {
         if (const auto outcome = document.waitForTransfer(limits.reading))

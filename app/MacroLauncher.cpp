@@ -21,10 +21,10 @@ MacroLauncher::MacroLauncher(TargetEditor targetEditor, Clock clock)
 
 void MacroLauncher::promptOrRun(const Macro &macro) const
 {
-    // Ask nothing while a macro runs: the answer could not be used.
+    // Ask nothing when the answer could not be used: the target says why no macro can run there.
     if (const WindowController target = m_targetEditor();
-        target != nullptr && target->isRunningMacro())
-        target->offerToStopMacro();
+        target != nullptr && (target->isRunningMacro() || target->isLoading()))
+        run(macro.code, macro.id, macro.name, std::nullopt);
     else if (macro.id == u"default_addLinePrefix"_s)
         promptForText(macro, wording::text(u"dialog.prefixMessage"_s), u"- "_s);
     else if (macro.id == u"default_addLineSuffix"_s)

@@ -4,6 +4,7 @@
 #include "platform/files/FileSystem.h"
 #include "text/Utf8.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <new>
 
@@ -80,6 +81,18 @@ TransferOutcome readTextFile(const QString &path, TransferProgress &progress)
     } catch (const std::bad_alloc &) {
         return fileSystemError(FileError::fromErrno(ENOMEM));
     }
+}
+
+bool startsAsText(const QString &path)
+{
+    bool isText = true;
+    const auto take = [&isText](QByteArrayView block) {
+        constexpr qsizetype kChecked = 64 * 1024;
+        isText = Utf8Reader().append(block.first(std::min(block.size(), kChecked)));
+        return false;
+    };
+    static_cast<void>(readFileInBlocks(path, take));
+    return isText;
 }
 
 TransferOutcome writeTextFile(const QString &path,

@@ -52,6 +52,10 @@ using TransferOutcome = tl::expected<StoredText, DocumentError>;
 /// content. Needs memory for the text and one block. Safe to call from any thread.
 [[nodiscard]] TransferOutcome readTextFile(const QString &path, TransferProgress &progress);
 
+/// False when the first block of the file shows that `readTextFile` would fail with
+/// `kUnsupportedContent`. True also for a file that cannot be read.
+[[nodiscard]] bool startsAsText(const QString &path);
+
 /// Which state of a file may be replaced without asking: any state, or the known one only. A
 /// missing file may always be replaced.
 struct Replaceable

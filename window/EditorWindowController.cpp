@@ -107,12 +107,14 @@ void EditorWindowController::showLoading(TextDocument *document)
 {
     m_document = nullptr;
     removeContent();
-    showContent(new LoadingView(document));
+    m_isLoading = true;
+    showContent(new LoadingView(document, m_documentState.get()));
 }
 
 // Called before new content is made, because both would edit the same storage.
 void EditorWindowController::removeContent()
 {
+    m_isLoading = false;
     while (QLayoutItem *item = m_page->layout()->takeAt(0)) {
         delete item->widget();
         delete item;
@@ -183,7 +185,9 @@ void EditorWindowController::runMacro(const QString &code,
 
 bool EditorWindowController::checkReadyForMacro(const TextView *view)
 {
-    if (view == nullptr)
+    if (m_isLoading)
+        showMacroMessage(NotificationType::Error, wording::text(u"macro.error.loading"_s));
+    else if (view == nullptr)
         showMacroMessage(NotificationType::Error, wording::text(u"macro.error.noTextView"_s));
     else if (view->hasMarkedText())
         showMacroMessage(NotificationType::Warning, wording::text(u"macro.warning.imeActive"_s));

@@ -58,6 +58,9 @@ public:
     /// \param document not owned; held weakly.
     void showLoading(TextDocument *document);
 
+    /// True from `showLoading` to the next content. No macro runs meanwhile.
+    [[nodiscard]] bool isLoading() const { return m_isLoading; }
+
     /// Null without a document, while it is being loaded, and after it was destroyed.
     [[nodiscard]] TextDocument *document() const { return m_document.data(); }
 
@@ -146,6 +149,7 @@ private:
     std::unique_ptr<DocumentState> m_documentState; // Outlives the page, which shows it.
     std::shared_ptr<EditorWindow> m_window;
     std::unique_ptr<QWidget> m_page; // Destroyed before the window, its parent.
+    bool m_isLoading = false;
     QPointer<MainEditorView> m_content;
     TabLabel m_label;
     QPointer<MacroRun> m_run; // While a macro runs.

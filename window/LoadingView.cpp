@@ -1,5 +1,6 @@
 #include "window/LoadingView.h"
 
+#include "window/StatusBarView.h"
 #include "window/TransferBar.h"
 
 #include <QKeyEvent>
@@ -7,7 +8,7 @@
 
 namespace penwick {
 
-LoadingView::LoadingView(TextDocument *document, QWidget *parent)
+LoadingView::LoadingView(TextDocument *document, DocumentState *state, QWidget *parent)
     : QWidget(parent)
     , m_document(document)
 {
@@ -19,6 +20,13 @@ LoadingView::LoadingView(TextDocument *document, QWidget *parent)
     layout->setSpacing(0);
     layout->addWidget(paper, 1);
     layout->addWidget(new TransferBar(document, this));
+    auto *messages = new StatusBarView(state, this);
+    layout->addWidget(messages);
+    const auto update = [state, messages] {
+        messages->setVisible(state->macroNotificationMessage().has_value());
+    };
+    connect(state, &DocumentState::didChange, messages, update);
+    update();
     setFocusPolicy(Qt::StrongFocus);
     setFocus();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "editor/DocumentState.h"
 #include "editor/TextDocument.h"
 
 #include <QPointer>
@@ -8,14 +9,15 @@
 namespace penwick {
 
 /// The content of an editor window while its document is read: the background of an empty text, and
-/// the progress below it. Escape cancels the load, as the button does.
+/// below it the progress and the state's message, if it has one. Escape cancels the load, as the
+/// button does.
 class LoadingView final : public QWidget
 {
     Q_OBJECT
 
 public:
-    /// \param document not owned; held weakly.
-    explicit LoadingView(TextDocument *document, QWidget *parent = nullptr);
+    /// \param document, state not owned; held weakly.
+    LoadingView(TextDocument *document, DocumentState *state, QWidget *parent = nullptr);
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;

@@ -171,6 +171,7 @@ constexpr TextRow kTexts[] = {
     {u"macro.error.documentChanged", u"実行中に文書が変更されたため、マクロの結果を適用しませんでした"},
     {u"macro.error.hostDied", u"実行が異常終了しました"},
     {u"macro.error.hostUnavailable", u"マクロの実行プログラムを起動できません"},
+    {u"macro.error.loading", u"ファイルを読み込んでいる間は、マクロを実行できません"},
     {u"macro.error.noTextView", u"テキストエリアが見つかりません"},
     {u"macro.error.outOfMemory", u"メモリが不足しました"},
     {u"macro.error.resultTooDeep", u"マクロの戻り値の入れ子が深すぎます"},

@@ -1,12 +1,21 @@
 #include "app/DocumentsTestBase.h"
+#include "app/MacroLauncher.h"
 #include "support/ModalAnswer.h"
 #include "window/LoadingView.h"
+#include "window/StatusMessageLabel.h"
 
 #include <QMainWindow>
 #include <QTest>
 
 using namespace penwick;
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Its start is text.
+const QByteArray kLaterInvalid = QByteArray(300'000, 'x') + '\xFF';
+
+} // namespace
 
 /// Tests of opening in the background. Every file counts as large here. The event loop delivers the
 /// end of a transfer, so a transfer is active until a test runs the event loop.
@@ -25,10 +34,13 @@ private Q_SLOTS:
     void open_severalAtOnce_areAllRead();
     void open_intoThePristineWindow_takesItsPlace();
     void open_invalidAtTheEnd_saysSoAndLeavesAnUntitledWindow();
+    void open_invalidAtTheStart_opensNothing();
+    void open_sequenceCutByTheCheck_isRead();
     void open_invalidBesideAnotherWindow_closesItsWindow();
     void open_calledOff_leavesNoMessage();
     void open_windowClosedMeanwhile_isCalledOff();
     void open_whileItIsRead_refusesSavesAndMacros();
+    void open_whileItIsRead_macroWithAPromptSaysWhyItCannotRun();
     void open_controllerDies_isCalledOff();
     void closeAll_whileFilesAreRead_closesThem();
     void closeAll_fileFailsDuringTheQuestion_goesOn();
@@ -122,11 +134,36 @@ void LargeFileOpeningTest::open_invalidAtTheEnd_saysSoAndLeavesAnUntitledWindow(
     QCOMPARE(text(), u"x"_s);
 }
 
+void LargeFileOpeningTest::open_invalidAtTheStart_opensNothing()
+{
+    m_documents->newDocument();
+    const TextDocument *before = document();
+    QString message;
+    test::clickInModal(u"OK"_s, &message);
+    QVERIFY(!m_documents->openFile(m_home->write(u"a.bin"_s,
+                                                 "\x7F"
+                                                 "ELF\xFF" +
+                                                     QByteArray(2'000'000, '\0'))));
+    QCOMPARE(message, u"ファイルを開けませんでした"_s);
+    QCOMPARE(m_documents->windowControllers().size(), 1);
+    QCOMPARE(document(), before);
+}
+
+void LargeFileOpeningTest::open_sequenceCutByTheCheck_isRead()
+{
+    for (int i = 0; i < 3; ++i) {
+        const QByteArray content = QByteArray(i, 'x') + QByteArray("あ").repeated(60'000);
+        QVERIFY(m_documents->openFile(m_home->write(QString::number(i), content)));
+        QTRY_VERIFY(view(i) != nullptr);
+        QCOMPARE(text(i), QString::fromUtf8(content));
+    }
+}
+
 void LargeFileOpeningTest::open_invalidBesideAnotherWindow_closesItsWindow()
 {
     m_documents->newDocument();
     type(u"x"_s);
-    QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc\xFF")));
+    QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, kLaterInvalid)));
     QCOMPARE(m_documents->windowControllers().size(), 2);
     const auto failing = m_documents->windowControllers().at(1);
     const test::ModalAnswerer answer([](QWidget *modal) { return modal->close(); });
@@ -170,6 +207,23 @@ void LargeFileOpeningTest::open_whileItIsRead_refusesSavesAndMacros()
     QCOMPARE(text(), u"abc"_s);
 }
 
+void LargeFileOpeningTest::open_whileItIsRead_macroWithAPromptSaysWhyItCannotRun()
+{
+    QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
+    const MacroLauncher launcher([this] { return m_documents->windowControllers().at(0); },
+                                 systemClock());
+    Macro macro;
+    macro.id = u"default_addLinePrefix"_s;
+    const test::ModalAnswerer answer([](QWidget *modal) { return modal->close(); });
+    launcher.promptOrRun(macro);
+    QVERIFY(!answer.hasAnswered());
+    // Delivers the message only: the event loop would deliver the end of the reading, too.
+    QCoreApplication::sendPostedEvents(controller(), QEvent::MetaCall);
+    const auto *label = window()->findChild<StatusMessageLabel *>(u"statusMessage"_s);
+    QVERIFY(label != nullptr && label->isVisible());
+    QCOMPARE(label->text(), u"ファイルを読み込んでいる間は、マクロを実行できません"_s);
+}
+
 void LargeFileOpeningTest::open_controllerDies_isCalledOff()
 {
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, QByteArray(20'000'000, 'x'))));
@@ -181,7 +235,7 @@ void LargeFileOpeningTest::open_controllerDies_isCalledOff()
 void LargeFileOpeningTest::closeAll_whileFilesAreRead_closesThem()
 {
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, QByteArray(20'000'000, 'x'))));
-    QVERIFY(m_documents->openFile(m_home->write(u"b.txt"_s, "bad\xFF")));
+    QVERIFY(m_documents->openFile(m_home->write(u"b.txt"_s, kLaterInvalid)));
     QVERIFY(m_documents->closeAll());
     QVERIFY(!m_documents->hasDocuments());
     QCoreApplication::processEvents();
@@ -191,7 +245,7 @@ void LargeFileOpeningTest::closeAll_fileFailsDuringTheQuestion_goesOn()
 {
     m_documents->newDocument();
     type(u"x"_s);
-    QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "bad\xFF")));
+    QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, kLaterInvalid)));
     // The message about the failure covers the question. Closing the message closes its window too.
     const test::ModalAnswerer answer([this](QWidget *modal) {
         if (qobject_cast<QMessageBox *>(modal)->text() == u"ファイルを開けませんでした"_s) {

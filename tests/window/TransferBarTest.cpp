@@ -179,7 +179,8 @@ void TransferBarTest::documentGone_whileShown_isHarmless()
 
 void TransferBarTest::loadingView_escape_callsTheReadingOff()
 {
-    LoadingView view(m_document.get());
+    DocumentState state;
+    LoadingView view(m_document.get(), &state);
     view.show();
     startReading();
     QTest::keyClick(&view, Qt::Key_Escape);
