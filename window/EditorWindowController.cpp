@@ -1,6 +1,7 @@
 #include "window/EditorWindowController.h"
 
 #include "platform/desktop/WindowActivation.h"
+#include "platform/settings/SystemTimeZone.h"
 #include "view/TextView.h"
 #include "window/LoadingView.h"
 #include "window/MacroExecution.h"
@@ -10,7 +11,6 @@
 
 #include <QGuiApplication>
 #include <QInputMethod>
-#include <QTimeZone>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -154,7 +154,7 @@ MacroContext EditorWindowController::buildMacroContext(const QString &macroId,
         snapshot.isModified = m_document->isEdited();
     }
     snapshot.now = m_clock();
-    snapshot.timeZone = QTimeZone::systemTimeZone();
+    snapshot.timeZone = systemTimeZone();
     return penwick::buildMacroContext(snapshot, macroId, macroName);
 }
 

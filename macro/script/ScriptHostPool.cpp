@@ -1,8 +1,9 @@
 #include "macro/script/ScriptHostPool.h"
 
+#include "platform/settings/SystemTimeZone.h"
+
 #include <QDir>
 #include <QFileInfo>
-#include <QTimeZone>
 
 #include <algorithm>
 #include <csignal>
@@ -35,12 +36,6 @@ QString hostProgram()
     return path;
 }
 
-QByteArray timeZoneName()
-{
-    const QByteArray set = qgetenv("TZ");
-    return set.isEmpty() ? QTimeZone::systemTimeZoneId() : set;
-}
-
 } // namespace
 
 ScriptHostPool::ScriptHostPool(std::function<HostProcess::Settings()> settings)
@@ -69,7 +64,7 @@ HostProcess::Settings ScriptHostPool::nextSettings() const
     if (settings.memory == 0)
         settings.memory = m_memory;
     if (settings.timeZone.isEmpty())
-        settings.timeZone = timeZoneName();
+        settings.timeZone = systemTimeZone().id();
     settings.reportsRefusedCalls = !m_findings->trapsAreFatal;
     return settings;
 }

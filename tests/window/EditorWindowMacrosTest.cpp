@@ -3,7 +3,10 @@
 
 #include <QCoreApplication>
 #include <QInputMethodEvent>
+#include <QScopeGuard>
 #include <QTest>
+
+#include <ctime>
 
 using namespace Qt::StringLiterals;
 
@@ -57,6 +60,8 @@ private Q_SLOTS:
     void run_editThatFails_showsTheErrorAndKeepsTheOthers();
     void run_afterTyping_seesWhatWasTyped();
     void run_withInput_handsItOver();
+    void run_anyTimeZone_contextAndScriptAgree_data();
+    void run_anyTimeZone_contextAndScriptAgree();
     void run_twice_sharesNothing();
     void run_edits_reachDocumentStateAndCounters();
     void run_edits_areOneUndoStep();
@@ -284,6 +289,56 @@ void EditorWindowMacrosTest::run_withInput_handsItOver()
     QCOMPARE(message(), std::optional(u"undefined"_s));
     run(u"return {notifications: [{message: '<' + userInput + '>'}]};"_s, QString());
     QCOMPARE(message(), std::optional(u"<>"_s));
+}
+
+void EditorWindowMacrosTest::run_anyTimeZone_contextAndScriptAgree_data()
+{
+    QTest::addColumn<QByteArray>("zone");
+    QTest::addColumn<QString>("expected");
+
+    const QString kolkata = u"2024-02-29T08:34:05+05:30, Asia/Kolkata, -330"_s;
+    const QString tokyo = u"2024-02-29T12:04:05+09:00, Asia/Tokyo, -540"_s;
+    QTest::newRow("name") << QByteArray("Asia/Kolkata") << kolkata;
+    QTest::newRow(":name") << QByteArray(":Asia/Kolkata") << kolkata;
+    QTest::newRow("path") << QByteArray("/usr/share/zoneinfo/Asia/Kolkata") << kolkata;
+    QTest::newRow(":path") << QByteArray(":/usr/share/zoneinfo/Asia/Kolkata") << kolkata;
+    QTest::newRow("path in posix")
+        << QByteArray("/usr/share/zoneinfo/posix/Asia/Kolkata") << kolkata;
+    QTest::newRow("copied file") << QByteArray("COPY") << kolkata;
+    QTest::newRow(":copied file") << QByteArray(":COPY") << kolkata;
+    QTest::newRow("rule") << QByteArray("JST-9") << tokyo;
+    QTest::newRow(":rule") << QByteArray(":JST-9") << tokyo;
+    QTest::newRow("rule with minutes") << QByteArray("IST-5:30") << kolkata;
+    QTest::newRow("rule with a name of its own")
+        << QByteArray("HERE-9") << u"2024-02-29T12:04:05+09:00, Etc/GMT-9, -540"_s;
+    QTest::newRow("rule west of Greenwich")
+        << QByteArray("HERE3") << u"2024-02-29T00:04:05-03:00, Etc/GMT+3, 180"_s;
+    QTest::newRow("empty") << QByteArray("") << u"2024-02-29T03:04:05Z, UTC, 0"_s;
+    QTest::newRow("unknown") << QByteArray("Nowhere") << u"2024-02-29T03:04:05Z, UTC, 0"_s;
+}
+
+void EditorWindowMacrosTest::run_anyTimeZone_contextAndScriptAgree()
+{
+    QFETCH(QByteArray, zone);
+    QFETCH(QString, expected);
+    const QString copy = m_home.file(u"localtime"_s);
+    if (!QFile::exists(copy))
+        QVERIFY(QFile::copy(u"/usr/share/zoneinfo/Asia/Kolkata"_s, copy));
+    const QByteArray former = qgetenv("TZ");
+    const auto restore = qScopeGuard([&] {
+        if (former.isNull())
+            qunsetenv("TZ");
+        else
+            qputenv("TZ", former);
+        tzset();
+    });
+    qputenv("TZ", zone.replace("COPY", copy.toUtf8()));
+    tzset();
+    open(QString());
+    run(u"const { nowIso, timezone } = context.dateTime;"
+        "const offset = new Date(nowIso).getTimezoneOffset();"
+        "return {textEdits: [{type: 'replaceAll', text: [nowIso, timezone, offset].join(', ')}]};"_s);
+    QCOMPARE(text(), expected);
 }
 
 void EditorWindowMacrosTest::run_twice_sharesNothing()
