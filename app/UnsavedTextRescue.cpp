@@ -33,14 +33,18 @@ void runCurrent()
 
 QtMessageHandler previousHandler = nullptr;
 
-/// Runs the rescue when the Wayland connection is lost. The toolkit then ends the process without
-/// running the `atexit` handlers; this message, from any thread, is the only sign before that.
-void rescueOnLostDisplay(QtMsgType type, const QMessageLogContext &context, const QString &message)
+/// Runs the rescue when a message announces the end of the process: a fatal one, or the loss of the
+/// Wayland connection. The toolkit then ends the process without running the `atexit` handlers;
+/// the message, in the latter case from any thread, is the only sign before that.
+void rescueBeforeEnd(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
     previousHandler(type, context, message);
+    const bool isMainThread = QThread::currentThread() == QCoreApplication::instance()->thread();
+    if (type == QtFatalMsg && isMainThread)
+        return runCurrent(); // The caller aborts.
     if (!message.startsWith(u"The Wayland connection"_s))
         return;
-    if (QThread::currentThread() == QCoreApplication::instance()->thread()) {
+    if (isMainThread) {
         runCurrent();
         std::_Exit(EXIT_FAILURE);
     }
@@ -95,7 +99,7 @@ UnsavedTextRescue::UnsavedTextRescue(DocumentController *documents)
     currentRescue = this;
     static const bool kIsRegistered = std::atexit(runCurrent) == 0;
     static_cast<void>(kIsRegistered);
-    previousHandler = qInstallMessageHandler(rescueOnLostDisplay);
+    previousHandler = qInstallMessageHandler(rescueBeforeEnd);
 }
 
 UnsavedTextRescue::~UnsavedTextRescue()

@@ -7,11 +7,11 @@ namespace penwick {
 class DocumentController;
 class TextDocument;
 
-/// Saves unsaved texts when the process is forced to exit, as when the display is lost and the user
-/// cannot be asked. Waits for saves under way. Writes each text with unsaved edits to a new file of
-/// the user, never over an existing one, and prints its name to standard error. The file is beside
-/// the document's own, else in the home folder, else in the folder for temporary files. penwick
-/// keeps no record of these files.
+/// Saves unsaved texts when the process is forced to exit and the user cannot be asked: when the
+/// display is lost, or after a fatal error on the main thread (`qFatal`). Waits for saves under
+/// way. Writes each text with unsaved edits to a new file of the user, never over an existing one,
+/// and prints its name to standard error. The file is beside the document's own, else in the home
+/// folder, else in the folder for temporary files. penwick keeps no record of these files.
 class UnsavedTextRescue final
 {
 public:

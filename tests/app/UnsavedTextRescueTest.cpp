@@ -1,11 +1,15 @@
 #include "app/UnsavedTextRescue.h"
 
 #include "app/DocumentController.h"
+#include "macro/library/MacroJson.h"
+#include "macro/library/MacroManager.h"
 #include "platform/process/TerminationSignals.h"
+#include "support/Macros.h"
 #include "support/TemporaryHome.h"
 #include "view/TextView.h"
 
 #include <QDir>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -13,6 +17,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <limits>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -129,6 +134,36 @@ private Q_SLOTS:
         QCOMPARE(WEXITSTATUS(status), EXIT_FAILURE);
         QCOMPARE(home.read(u"a.txt.unsaved"_s), QByteArray("xold"));
         QCOMPARE(home.read(u"a.txt"_s), QByteArray("old"));
+    }
+
+    void macroAdded_noSortOrderIsLeft_keepsWhatIsUnsaved()
+    {
+        const test::TemporaryHome home;
+        Macro last = test::sampleMacro();
+        last.sortOrder = std::numeric_limits<qint64>::max();
+        home.write(u"store/macros.json"_s, MacroJson::write({last}));
+        UserDefaults defaults(home.file(u"config.conf"_s));
+        MacroManager macros(home.file(u"store"_s), defaults);
+        DocumentController documents;
+        documents.openFile(home.write(u"a.txt"_s, "old"));
+        QTest::keyClicks(documents.windowControllers().last()->textView(), u"x"_s);
+        // The test framework would report the fatal message of the child as a failure.
+        const QtMessageHandler former = qInstallMessageHandler(nullptr);
+        const auto restore = qScopeGuard([former] { qInstallMessageHandler(former); });
+        const UnsavedTextRescue rescue(&documents);
+        const pid_t process = ::fork();
+        if (process == 0) {
+            ::signal(SIGABRT, SIG_DFL); // Not the handler of the test framework.
+            macros.addMacro(test::sampleMacro(u"B"_s));
+            ::_exit(EXIT_SUCCESS);
+        }
+        int status = 0;
+        QCOMPARE(::waitpid(process, &status, 0), process);
+        QVERIFY(WIFSIGNALED(status));
+        QCOMPARE(WTERMSIG(status), SIGABRT);
+        QCOMPARE(home.read(u"a.txt.unsaved"_s), QByteArray("xold"));
+        QCOMPARE(home.read(u"a.txt"_s), QByteArray("old"));
+        QCOMPARE(MacroJson::read(home.read(u"store/macros.json"_s)).value(), QList<Macro>{last});
     }
 
     void signals_raised_areToldInAnEvent()
