@@ -7,6 +7,8 @@ namespace penwick {
 
 namespace {
 
+constexpr auto kPause = std::chrono::seconds(1);
+
 /// True when `text` holds a line break. Typing one ends an undo step, so that undo reverts at most
 /// one line.
 bool holdsLineBreak(const Text &text)
@@ -16,8 +18,9 @@ bool holdsLineBreak(const Text &text)
 
 } // namespace
 
-TextStorage::TextStorage(QObject *parent)
+TextStorage::TextStorage(EditClock clock, QObject *parent)
     : QObject(parent)
+    , m_clock(std::move(clock))
 {
 }
 
@@ -90,6 +93,9 @@ bool TextStorage::coalesce(const TextChange &change, EditKind kind)
 
 void TextStorage::record(TextChange change, EditKind kind)
 {
+    const auto now = m_clock();
+    if (now - std::exchange(m_lastEdit, now) >= kPause)
+        breakUndoCoalescing();
     if (m_groupingLevel == 0 && coalesce(change, kind)) {
         m_awaitsSelection = true;
         return;

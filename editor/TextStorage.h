@@ -5,6 +5,8 @@
 
 #include <QObject>
 
+#include <chrono>
+#include <functional>
 #include <vector>
 
 namespace penwick {
@@ -16,6 +18,9 @@ struct TextChange
     Text removed;
     Text inserted;
 };
+
+/// Returns the time of an edit. It never goes back. Tests pass their own clock.
+using EditClock = std::function<std::chrono::steady_clock::time_point()>;
 
 /// A mutable text with undo, redo and a save point. Every operation costs O(log n) of the text's
 /// size plus the size of a small insertion.
@@ -29,11 +34,12 @@ class TextStorage final : public QObject
 
 public:
     /// What the user does in an edit. Consecutive `Typing` edits whose ranges meet become one undo
-    /// step, until a line break is typed or `breakUndoCoalescing` is called; so do
-    /// `DeletingBackward` and `DeletingForward` edits. `Other` edits never coalesce.
+    /// step, until a line break is typed, the user pauses for a second, or `breakUndoCoalescing` is
+    /// called; so do `DeletingBackward` and `DeletingForward` edits. `Other` edits never coalesce.
     enum class EditKind { Typing, DeletingBackward, DeletingForward, Other };
 
-    explicit TextStorage(QObject *parent = nullptr);
+    explicit TextStorage(EditClock clock = &std::chrono::steady_clock::now,
+                         QObject *parent = nullptr);
 
     [[nodiscard]] const Text &text() const { return m_text; }
 
@@ -108,6 +114,8 @@ private:
     [[nodiscard]] bool coalesce(const TextChange &change, EditKind kind);
     void publishStates();
 
+    EditClock m_clock;
+    std::chrono::steady_clock::time_point m_lastEdit;
     Text m_text;
     std::vector<Step> m_steps;
     std::size_t m_position = 0;   // Steps before this are done, those from it on undone.

@@ -92,10 +92,13 @@ void InputMethod::handle(const QInputMethodEvent &event)
         return;
     const TextSelection &selection = m_editing->selection();
     if (!event.commitString().isEmpty() || event.replacementLength() > 0) {
+        using Kind = TextEditing::Kind;
+        // Some input methods also commit each key that they do not compose.
+        const Kind kind = isComposing() ? Kind::Other : Kind::Typing;
         m_viewport->setComposition({});
         m_editing->edit(replacedRange(event, m_viewport->text(), selection),
                         Text(event.commitString()),
-                        TextEditing::Kind::Typing);
+                        kind);
     }
     show(compositionOf(event, selection.caret().offset));
 }

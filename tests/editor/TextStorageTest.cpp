@@ -1,5 +1,6 @@
 #include "editor/TextStorage.h"
 
+#include "support/StoppedClock.h"
 #include "support/TextModel.h"
 
 #include <QSignalSpy>
@@ -7,6 +8,7 @@
 
 using namespace penwick;
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 using Kind = TextStorage::EditKind;
 
 class TextStorageTest final : public QObject
@@ -17,6 +19,9 @@ private Q_SLOTS:
     void typingRun_undoesAsOneStep();
     void typedLineBreak_endsTheRun();
     void movedCaret_endsTheRun();
+    void pause_endsTheRun_data();
+    void pause_endsTheRun();
+    void changeFromTypingToDeleting_endsTheRun();
     void backspaceRun_undoesAsOneStep();
     void forwardDeleteRun_undoesAsOneStep();
     void group_undoesAsOneStep();
@@ -55,7 +60,7 @@ void type(TextStorage &storage, QStringView characters)
 
 void TextStorageTest::typingRun_undoesAsOneStep()
 {
-    TextStorage storage;
+    TextStorage storage(test::stoppedClock());
     type(storage, u"abc");
     storage.undo();
     QVERIFY(storage.text().isEmpty());
@@ -66,7 +71,7 @@ void TextStorageTest::typingRun_undoesAsOneStep()
 
 void TextStorageTest::typedLineBreak_endsTheRun()
 {
-    TextStorage storage;
+    TextStorage storage(test::stoppedClock());
     type(storage, u"abc\ndef");
     storage.undo();
     QCOMPARE(storage.text().toString(), u"abc\n"_s);
@@ -76,7 +81,7 @@ void TextStorageTest::typedLineBreak_endsTheRun()
 
 void TextStorageTest::movedCaret_endsTheRun()
 {
-    TextStorage storage;
+    TextStorage storage(test::stoppedClock());
     type(storage, u"ab");
     storage.breakUndoCoalescing();
     type(storage, u"cd");
@@ -84,9 +89,56 @@ void TextStorageTest::movedCaret_endsTheRun()
     QCOMPARE(storage.text().toString(), u"ab"_s);
 }
 
+void TextStorageTest::pause_endsTheRun_data()
+{
+    QTest::addColumn<int>("pause");
+    QTest::addColumn<QString>("afterUndo");
+    QTest::newRow("short") << 999 << QString();
+    QTest::newRow("a second") << 1000 << u"ab"_s;
+}
+
+void TextStorageTest::pause_endsTheRun()
+{
+    QFETCH(const int, pause);
+    QFETCH(const QString, afterUndo);
+    std::chrono::steady_clock::time_point now;
+    TextStorage storage([&now] { return now; });
+    type(storage, u"a");
+    now += 600ms; // Shorter than a pause; both together are longer.
+    type(storage, u"b");
+    now += std::chrono::milliseconds(pause);
+    type(storage, u"cd");
+    storage.undo();
+    QCOMPARE(storage.text().toString(), afterUndo);
+    storage.redo();
+    QCOMPARE(storage.text().toString(), u"abcd"_s);
+    now += std::chrono::milliseconds(pause);
+    for (const qint64 offset : {3, 2})
+        storage.replaceCharacters({offset, 1}, Text(), Kind::DeletingBackward);
+    now += std::chrono::milliseconds(pause);
+    storage.replaceCharacters({1, 1}, Text(), Kind::DeletingBackward);
+    storage.undo();
+    QCOMPARE(storage.text().toString(), afterUndo.isEmpty() ? u"abcd"_s : u"ab"_s);
+}
+
+void TextStorageTest::changeFromTypingToDeleting_endsTheRun()
+{
+    TextStorage storage(test::stoppedClock());
+    type(storage, u"abc");
+    storage.replaceCharacters({2, 1}, Text(), Kind::DeletingBackward);
+    storage.replaceCharacters({1, 1}, Text(), Kind::DeletingBackward);
+    type(storage, u"d");
+    storage.undo();
+    QCOMPARE(storage.text().toString(), u"a"_s);
+    storage.undo();
+    QCOMPARE(storage.text().toString(), u"abc"_s);
+    storage.undo();
+    QVERIFY(storage.text().isEmpty());
+}
+
 void TextStorageTest::backspaceRun_undoesAsOneStep()
 {
-    TextStorage storage;
+    TextStorage storage(test::stoppedClock());
     storage.setText(Text(u"abcdef"));
     for (const qint64 offset : {5, 4, 3})
         storage.replaceCharacters({offset, 1}, Text(), Kind::DeletingBackward);
@@ -99,7 +151,7 @@ void TextStorageTest::backspaceRun_undoesAsOneStep()
 
 void TextStorageTest::forwardDeleteRun_undoesAsOneStep()
 {
-    TextStorage storage;
+    TextStorage storage(test::stoppedClock());
     storage.setText(Text(u"abcdef"));
     for (int i = 0; i < 3; ++i)
         storage.replaceCharacters({1, 1}, Text(), Kind::DeletingForward);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/StoppedClock.h"
 #include "view/TextView.h"
 
 #include <QInputMethodEvent>
@@ -52,7 +53,7 @@ struct ShownTextView
         QCoreApplication::sendEvent(&view, &event);
     }
 
-    TextStorage storage;
+    TextStorage storage{stoppedClock()};
     TextView view{&storage};
 };
 

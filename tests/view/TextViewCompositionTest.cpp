@@ -18,6 +18,8 @@ class TextViewCompositionTest final : public QObject
 private Q_SLOTS:
     void composition_staysOutOfTheText();
     void compositionCommittedOverSelection_isOneUndoStep();
+    void commits_areUndoStepsOfTheirOwn();
+    void commitsWithoutComposition_undoAsTyping();
     void outsideChange_endsTheComposition();
     void storageChangedFromOutside_resetsTheComposition();
     void undoDuringAComposition_forgetsIt();
@@ -64,6 +66,31 @@ void TextViewCompositionTest::compositionCommittedOverSelection_isOneUndoStep()
     f.view.undo();
     QCOMPARE(f.text(), u"abcd"_s);
     QVERIFY(!f.storage.canUndo());
+}
+
+void TextViewCompositionTest::commits_areUndoStepsOfTheirOwn()
+{
+    Fixture f;
+    QTest::keyClicks(&f.view, u"ab"_s);
+    f.compose(u"に"_s);
+    f.compose({}, u"二"_s);
+    f.compose(u"ほん"_s);
+    f.compose({}, u"本"_s);
+    QTest::keyClicks(&f.view, u"cd"_s);
+    for (const QString &text : {u"ab二本"_s, u"ab二"_s, u"ab"_s, QString()}) {
+        f.view.undo();
+        QCOMPARE(f.text(), text);
+    }
+}
+
+// Some input methods commit each key that they do not compose.
+void TextViewCompositionTest::commitsWithoutComposition_undoAsTyping()
+{
+    Fixture f;
+    f.compose({}, u"a"_s);
+    f.compose({}, u"b"_s);
+    f.view.undo();
+    QCOMPARE(f.text(), QString());
 }
 
 void TextViewCompositionTest::outsideChange_endsTheComposition()
