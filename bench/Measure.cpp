@@ -73,7 +73,7 @@ public:
     {
         resize(kWindowSize);
         QFont monospaced(u"monospace"_s);
-        monospaced.setPointSizeF(14);
+        monospaced.setPixelSize(14); // As in the editor.
         setFont(monospaced);
     }
 

@@ -23,7 +23,7 @@ namespace penwick {
 
 namespace {
 
-constexpr qreal kFontSize = 12; // Points.
+constexpr int kFontSize = 13; // Logical pixels.
 constexpr int kRadius = 6;
 constexpr int kFrame = 3; // Wide enough to keep the content out of the rounded corners.
 

@@ -7,7 +7,7 @@
 
 namespace penwick {
 
-QFont editorFont(qreal pointSize)
+QFont editorFont(int pixels)
 {
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
     // The name may be an alias such as "monospace", which is ignored in a list of several families.
@@ -19,7 +19,7 @@ QFont editorFont(qreal pointSize)
     // have loaded it already.
     font.setFamilies(
         {family, QStringLiteral("Noto Sans CJK JP"), QStringLiteral("Noto Color Emoji")});
-    font.setPointSizeF(pointSize);
+    setFontPixels(font, pixels);
     font.setWeight(QFont::Normal);
     return font;
 }

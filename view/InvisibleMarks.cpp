@@ -1,5 +1,6 @@
 #include "view/InvisibleMarks.h"
 
+#include <QFontInfo>
 #include <QFontMetricsF>
 
 #include <algorithm>
@@ -103,11 +104,11 @@ void paintLabel(QPainter &painter,
     constexpr qreal kRadius = 2;
     const QRectF frame = cell.adjusted(1, cell.height() / 6, -1, -cell.height() / 6);
     QFont small = font;
-    small.setPointSizeF(font.pointSizeF() * kSmall);
+    small.setPixelSize(std::max(1, qRound(QFontInfo(font).pixelSize() * kSmall)));
     const qreal width = QFontMetricsF(small).horizontalAdvance(label.toString());
     const qreal room = frame.width() - kRadius;
     if (width > room)
-        small.setPointSizeF(small.pointSizeF() * room / width);
+        small.setPixelSize(std::max(1, static_cast<int>(small.pixelSize() * room / width)));
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(color, 1));

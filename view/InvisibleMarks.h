@@ -12,8 +12,8 @@ namespace penwick {
 /// place of one UTF-16 code unit, so positions stay the same.
 namespace invisible {
 
-/// Width of a labelled mark, in columns.
-constexpr int kLabelColumns = 2;
+/// Width of a labelled mark, in columns. In the editor, four letters of a legible size fit.
+constexpr int kLabelColumns = 3;
 
 /// Returns a short name for a control character, a line or paragraph separator, U+FFFC or a
 /// noncharacter, such as "NUL" or "CR". Empty for all others, also for a tab and a line feed.

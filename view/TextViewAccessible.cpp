@@ -4,6 +4,7 @@
 #include "view/CaretMover.h"
 #include "view/TextView.h"
 
+#include <QFontInfo>
 #include <QTextBoundaryFinder>
 
 #include <algorithm>
@@ -299,7 +300,7 @@ QString TextViewAccessible::attributes(int offset, int *startOffset, int *endOff
     const QFont &font = view()->font();
     return QStringLiteral("font-family:\"%1\";font-size:%2pt;")
         .arg(font.family())
-        .arg(font.pointSizeF());
+        .arg(QFontInfo(font).pointSizeF());
 }
 
 void TextViewAccessible::deleteText(int startOffset, int endOffset)

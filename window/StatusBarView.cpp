@@ -1,6 +1,7 @@
 #include "window/StatusBarView.h"
 
 #include "controls/ElidedLabel.h"
+#include "platform/desktop/SystemFonts.h"
 #include "platform/settings/NotificationCenter.h"
 #include "window/StatusMessageLabel.h"
 #include "wording/UIWordingProfileManager.h"
@@ -17,7 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qreal kFontSize = 11; // Points.
+constexpr int kFontSize = 11; // Logical pixels.
 constexpr int kHorizontalMargin = 10;
 constexpr int kVerticalMargin = 4;
 constexpr int kDividerHeight = 12;
@@ -57,7 +58,7 @@ StatusBarView::StatusBarView(DocumentState *documentState, QWidget *parent)
     , m_documentState(documentState)
 {
     QFont barFont = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-    barFont.setPointSizeF(kFontSize);
+    setFontPixels(barFont, kFontSize);
     setFont(barFont);
     setBackgroundRole(QPalette::Window);
     setAutoFillBackground(true);

@@ -13,7 +13,7 @@ namespace penwick {
 
 namespace {
 
-constexpr qreal kFontSize = 14; // Points.
+constexpr int kFontSize = 14; // Logical pixels.
 
 } // namespace
 

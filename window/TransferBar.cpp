@@ -1,5 +1,6 @@
 #include "window/TransferBar.h"
 
+#include "platform/desktop/SystemFonts.h"
 #include "platform/settings/NotificationCenter.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
@@ -24,7 +25,7 @@ namespace {
 
 constexpr auto kAppearanceDelay = 200ms; // Transfers that end sooner are not shown.
 constexpr auto kRefreshInterval = 100ms;
-constexpr qreal kFontSize = 11; // Points, as in the status bar.
+constexpr int kFontSize = 11; // Logical pixels, as in the status bar.
 constexpr int kHorizontalMargin = 10;
 constexpr int kVerticalMargin = 3;
 constexpr int kSpacing = 10;
@@ -100,7 +101,7 @@ TransferBar::TransferBar(TextDocument *document, QWidget *parent)
 void TransferBar::makeContent()
 {
     QFont barFont = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-    barFont.setPointSizeF(kFontSize);
+    setFontPixels(barFont, kFontSize);
     setFont(barFont);
     setBackgroundRole(QPalette::Window);
     setAutoFillBackground(true);

@@ -1,5 +1,9 @@
 #include "platform/desktop/SystemFonts.h"
 
+#include <QGuiApplication>
+#include <QScreen>
+
+#include <algorithm>
 #include <fontconfig/fontconfig.h>
 #include <memory>
 
@@ -38,6 +42,16 @@ QString resolvedFontFamily(const QString &family)
     if (match == nullptr || FcPatternGetString(match.get(), FC_FAMILY, 0, &name) != FcResultMatch)
         return {};
     return QString::fromUtf8(reinterpret_cast<const char *>(name));
+}
+
+void setFontPixels(QFont &font, int pixels)
+{
+    constexpr qreal kResolution = 96;
+    // Usually 96: the toolkit makes any other resolution a scale factor of all pixels, unless the
+    // user has switched that off.
+    const QScreen *screen = QGuiApplication::primaryScreen();
+    const qreal dots = screen != nullptr ? screen->logicalDotsPerInch() : kResolution;
+    font.setPixelSize(std::max(1, qRound(pixels * dots / kResolution)));
 }
 
 } // namespace penwick

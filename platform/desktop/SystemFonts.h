@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFont>
 #include <QString>
 
 #include <thread>
@@ -23,5 +24,9 @@ private:
 /// Returns the family that an alias such as "monospace" stands for; a family that exists stands for
 /// itself. Loads no font. Returns an empty string if there are no fonts.
 [[nodiscard]] QString resolvedFontFamily(const QString &family);
+
+/// Sets a fixed size in logical pixels. Where the user has set another font resolution than 96 dots
+/// per inch, the size is scaled like those of the desktop's own fonts.
+void setFontPixels(QFont &font, int pixels);
 
 } // namespace penwick

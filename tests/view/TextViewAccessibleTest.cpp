@@ -49,6 +49,7 @@ private Q_SLOTS:
     void characterOffTheScreen_hasNoPlace();
     void scrollToSubstring_showsIt();
     void label_ofTheWidgetAroundIt_namesTheText();
+    void attributes_giveTheFontSizeInPoints();
     void ownName_comesBeforeTheLabelAround();
 };
 
@@ -216,6 +217,18 @@ void TextViewAccessibleTest::label_ofTheWidgetAroundIt_namesTheText()
     QCOMPARE(relations.first().first->object(), &f.label);
     f.label.setText(u"コード"_s);
     QCOMPARE(accessible->text(QAccessible::Name), u"コード"_s);
+}
+
+void TextViewAccessibleTest::attributes_giveTheFontSizeInPoints()
+{
+    Fixture f(u"text");
+    QFont font = f.view.font();
+    font.setPixelSize(14);
+    f.view.setFont(font);
+    int start = 0;
+    int end = 0;
+    const QString attributes = textInterfaceOf(f.view)->attributes(0, &start, &end);
+    QVERIFY2(attributes.contains(u"font-size:10.5pt;"_s), qPrintable(attributes));
 }
 
 void TextViewAccessibleTest::ownName_comesBeforeTheLabelAround()

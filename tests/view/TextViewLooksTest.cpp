@@ -1,9 +1,11 @@
 #include "support/ShownTextView.h"
+#include "view/EditorFont.h"
 #include "view/InvisibleMarks.h"
 #include "window/TextViewRepresentable.h"
 
 #include <QFontDatabase>
 #include <QFontInfo>
+#include <QFontMetricsF>
 #include <QImage>
 #include <QTest>
 
@@ -63,6 +65,7 @@ private Q_SLOTS:
     void labelledCharacters_keepTheirOffsets();
     void labelAtTheEndOfAFullRow_isInsideTheView();
     void everyControlHasALabel();
+    void labels_fitInLegibleSize();
     void joiners_areLeftAlone();
     void tabStops_areFourColumnsApart();
     void selectionWithoutFocus_isPaler();
@@ -127,9 +130,9 @@ void TextViewLooksTest::labelledCharacters_keepTheirOffsets()
         const QRectF rect = f.view.caretRectAt(offset);
         QCOMPARE(f.view.offsetAt((rect.center() + QPointF(1, 0)).toPoint()), offset);
     }
-    // A label is two columns wide.
+    // A label is three columns wide.
     const qreal column = f.view.caretRectAt(1).x() - f.view.caretRectAt(0).x();
-    QVERIFY(f.view.caretRectAt(2).x() - f.view.caretRectAt(1).x() > 1.5 * column);
+    QVERIFY(f.view.caretRectAt(2).x() - f.view.caretRectAt(1).x() > 2.5 * column);
     // A click on the label of a line end does not move the caret past it.
     const QPoint behind = (f.view.caretRectAt(4).center() + QPointF(column, 0)).toPoint();
     QCOMPARE(f.view.offsetAt(behind), 4);
@@ -154,6 +157,16 @@ void TextViewLooksTest::everyControlHasALabel()
         const bool isOrdinary = unit == u'\t' || unit == u'\n';
         QCOMPARE(!invisible::label(unit).isEmpty(), isControl && !isOrdinary);
     }
+}
+
+void TextViewLooksTest::labels_fitInLegibleSize()
+{
+    const QFont font = editorFont(14);
+    QFont small = font;
+    small.setPixelSize(8);
+    const qreal width = invisible::kLabelColumns * QFontMetricsF(font).horizontalAdvance(u'0');
+    const qreal label = QFontMetricsF(small).horizontalAdvance(invisible::label(0xFDD0).toString());
+    QVERIFY2(label <= width - 4, qPrintable(QString::number(label - width)));
 }
 
 void TextViewLooksTest::joiners_areLeftAlone()
@@ -297,7 +310,7 @@ void TextViewLooksTest::editorFont_isTheSystemsFixedFontWithFallbacks()
     const QFont font = representable.textView()->font();
     const QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
     QCOMPARE(QFontInfo(font).family(), QFontInfo(fixed).family());
-    QCOMPARE(font.pointSizeF(), 14.0);
+    QCOMPARE(font.pixelSize(), 14);
     QVERIFY(font.families().size() >= 3);
 }
 

@@ -70,7 +70,7 @@ void MainEditorViewTest::textView_made_hasStateTextFontAndFocus()
     QCOMPARE(view.textView()->string().toString(), u"hello"_s);
     QCOMPARE(view.textView()->textStorage(), document.textStorage());
     const QFont font = view.textView()->font();
-    QCOMPARE(font.pointSizeF(), 14.0);
+    QCOMPARE(font.pixelSize(), 14);
     QCOMPARE(font.weight(), QFont::Normal);
     QVERIFY(QFontInfo(font).fixedPitch());
     QVERIFY(!document.isEdited());

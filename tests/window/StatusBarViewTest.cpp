@@ -177,7 +177,7 @@ void StatusBarViewTest::message_tooLong_isElidedAndLeavesWidthFree()
 void StatusBarViewTest::bar_look_followsItsMeasures()
 {
     QCOMPARE(m_bar->layout()->contentsMargins(), QMargins(10, 4, 10, 4));
-    QCOMPARE(label("statusCursor")->font().pointSizeF(), 11.0);
+    QCOMPARE(label("statusCursor")->font().pixelSize(), 11);
     QVERIFY(m_bar->autoFillBackground());
     QCOMPARE(m_bar->backgroundRole(), QPalette::Window);
     bool dividerFound = false;
