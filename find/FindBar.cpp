@@ -1,6 +1,9 @@
 #include "find/FindBar.h"
 
+#include "controls/ElidedButton.h"
 #include "controls/ElidedLabel.h"
+#include "controls/VerbatimText.h"
+#include "find/FindKeys.h"
 #include "platform/settings/NotificationCenter.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
@@ -40,11 +43,28 @@ QWidget *makeRow(QWidget *parent)
     return row;
 }
 
-void label(QToolButton *button, const QString &face, const QString &meaning)
+QString toolTip(const QString &meaning, const QKeySequence &keys)
 {
-    button->setText(face);
-    button->setToolTip(meaning);
+    const QString suffix =
+        keys.isEmpty() ? QString() : u" (%1)"_s.arg(keys.toString(QKeySequence::NativeText));
+    return verbatimToolTip(meaning + suffix);
+}
+
+void label(QToolButton *button,
+           const QString &face,
+           const QString &meaning,
+           const QKeySequence &keys = {})
+{
+    button->setText(verbatimText(face));
+    button->setToolTip(toolTip(meaning, keys));
     button->setAccessibleName(meaning);
+}
+
+void label(QLineEdit *field, const QString &meaning, const QKeySequence &keys)
+{
+    field->setPlaceholderText(meaning);
+    field->setToolTip(toolTip(meaning, keys));
+    field->setAccessibleName(meaning);
 }
 
 /// Derives the placeholder colour from the text colour. Desktops set the colour of text but rarely
@@ -116,7 +136,7 @@ void FindBar::setVisible(bool isVisible)
 
 QToolButton *FindBar::addButton(QWidget *row, const char *name)
 {
-    auto *button = new QToolButton(row);
+    auto *button = new ElidedButton(row);
     button->setObjectName(QString::fromLatin1(name));
     button->setAutoRaise(true);
     button->setFocusPolicy(Qt::TabFocus); // A click keeps the focus in the field.
@@ -320,15 +340,13 @@ void FindBar::relabel()
 {
     const QString find = wording::text(u"menu.edit.find"_s);
     const QString replace = wording::text(u"menu.edit.replace"_s);
-    m_searchField->setPlaceholderText(find);
-    m_searchField->setAccessibleName(find);
-    m_replaceField->setPlaceholderText(replace);
-    m_replaceField->setAccessibleName(replace);
-    label(m_replace, replace, replace);
+    label(m_searchField, find, findkeys::kFind);
+    label(m_replaceField, replace, findkeys::kReplace);
+    label(m_replace, replace, replace, findkeys::kReplaceOne);
     const QString all = wording::text(u"editor.find.replaceAll"_s);
     label(m_replaceAll, all, all);
-    label(m_next, {}, wording::text(u"editor.find.next"_s));
-    label(m_previous, {}, wording::text(u"editor.find.previous"_s));
+    label(m_next, {}, wording::text(u"editor.find.next"_s), findkeys::kNext);
+    label(m_previous, {}, wording::text(u"editor.find.previous"_s), findkeys::kPrevious);
     label(m_case,
           wording::text(u"editor.find.matchCaseFace"_s),
           wording::text(u"editor.find.matchCase"_s));
@@ -341,7 +359,7 @@ void FindBar::relabel()
     label(m_wrap,
           wording::text(u"editor.find.wrapAroundFace"_s),
           wording::text(u"editor.find.wrapAround"_s));
-    label(m_close, u"×"_s, wording::text(u"editor.find.close"_s));
+    label(m_close, u"×"_s, wording::text(u"editor.find.close"_s), findkeys::kClose);
     showState();
 }
 

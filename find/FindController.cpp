@@ -1,10 +1,14 @@
 #include "find/FindController.h"
 
 #include "find/FindBar.h"
+#include "find/FindKeys.h"
 #include "view/TextView.h"
+#include "view/TextViewMenu.h"
+#include "wording/WordingLookup.h"
 
 #include <QApplication>
 #include <QInputMethodEvent>
+#include <QMenu>
 #include <QShortcut>
 
 namespace penwick {
@@ -36,6 +40,7 @@ FindController::FindController(TextView *view,
     connectBar();
     addShortcuts(scope, context);
     connect(m_view, &TextView::selectionDidChange, this, &FindController::selectionDidChange);
+    connect(m_view, &TextView::contextMenuWillOpen, this, &FindController::extendMenu);
     connect(m_view->textStorage(), &TextStorage::changed, this, &FindController::textDidChange);
     connect(&m_session, &FindSession::found, this, &FindController::found);
     connect(&m_session, &FindSession::notFound, this, &FindController::notFound);
@@ -75,11 +80,22 @@ void FindController::addShortcuts(QWidget *scope, Qt::ShortcutContext context)
         shortcut->setContext(context);
         connect(shortcut, &QShortcut::activated, this, slot);
     };
-    // Explicit keys: those of QKeySequence::StandardKey differ between desktops.
-    add({Qt::CTRL | Qt::Key_F}, &FindController::showFind);
-    add({Qt::CTRL | Qt::Key_H}, &FindController::showReplace);
-    add({Qt::Key_F3, Qt::CTRL | Qt::Key_G}, &FindController::findNext);
-    add({Qt::SHIFT | Qt::Key_F3, Qt::CTRL | Qt::SHIFT | Qt::Key_G}, &FindController::findPrevious);
+    add({findkeys::kFind}, &FindController::showFind);
+    add({findkeys::kReplace}, &FindController::showReplace);
+    add({findkeys::kNext, Qt::CTRL | Qt::Key_G}, &FindController::findNext);
+    add({findkeys::kPrevious, Qt::CTRL | Qt::SHIFT | Qt::Key_G}, &FindController::findPrevious);
+}
+
+void FindController::extendMenu(QMenu *menu)
+{
+    menu->addSeparator();
+    menu->addAction(textMenuEntry(wording::text(QStringLiteral("menu.edit.find")), findkeys::kFind),
+                    this,
+                    &FindController::showFind);
+    menu->addAction(
+        textMenuEntry(wording::text(QStringLiteral("menu.edit.replace")), findkeys::kReplace),
+        this,
+        &FindController::showReplace);
 }
 
 void FindController::showFind()

@@ -7,13 +7,15 @@
 #include <deque>
 #include <optional>
 
+class QMenu;
+
 namespace penwick {
 
 class FindBar;
 class TextView;
 
-/// Connects a text view to a find bar: shortcuts, where a search starts, and what is selected,
-/// marked and replaced.
+/// Connects a text view to a find bar: shortcuts and menu entries, where a search starts, and what
+/// is selected, marked and replaced.
 class FindController final : public QObject
 {
     Q_OBJECT
@@ -53,6 +55,7 @@ private:
 
     void connectBar();
     void addShortcuts(QWidget *scope, Qt::ShortcutContext context);
+    void extendMenu(QMenu *menu);
     void takeSelectionAsPattern();
     void open();
     void patternDidChange();

@@ -276,7 +276,9 @@ void TextView::contextMenuEvent(QContextMenuEvent *event)
         const QRectF caret = m_viewport.caretRect(m_selection.caret());
         position = viewport()->mapToGlobal(caret.bottomLeft().toPoint());
     }
-    popUpContextMenu(makeTextViewMenu(this), position);
+    QMenu *menu = makeTextViewMenu(this);
+    Q_EMIT contextMenuWillOpen(menu);
+    popUpContextMenu(menu, position);
     event->accept();
 }
 

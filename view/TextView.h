@@ -16,6 +16,8 @@
 #include <functional>
 #include <vector>
 
+class QMenu;
+
 namespace penwick {
 
 /// A plain-text view over a `TextStorage`. It lays out only the visible part, so the cost of a
@@ -172,6 +174,8 @@ Q_SIGNALS:
     void selectionDidChange();
     /// The availability of an edit action may have changed: undo, redo, cut, copy, paste.
     void actionStateDidChange();
+    /// The context menu is about to open. Others may add entries at its end.
+    void contextMenuWillOpen(QMenu *menu);
     /// The visible text, or its place, may have changed: by an edit, by scrolling, or by a new size
     /// or font. Do not query the view in the slot: it may be in the middle of the change.
     void visibleTextDidChange();

@@ -3,27 +3,20 @@
 #include "view/TextView.h"
 #include "wording/WordingLookup.h"
 
-#include <QKeySequence>
 #include <QMenu>
 
 namespace penwick {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-/// Returns `title` with its shortcut as text. The action itself gets no shortcut: the view handles
-/// the keys, and a second shortcut with the same keys would make both ambiguous.
-QString entryText(const QString &title, QKeySequence::StandardKey key)
+QString textMenuEntry(const QString &title, const QKeySequence &shortcut)
 {
     QString text = title;
     text.replace(u'&', u"&&"_s); // A single & would mark a mnemonic.
     text.replace(u'\t', u' ');
-    const QString keys = QKeySequence(key).toString(QKeySequence::NativeText);
+    const QString keys = shortcut.toString(QKeySequence::NativeText);
     return keys.isEmpty() ? text : text + u'\t' + keys;
 }
-
-} // namespace
 
 QMenu *makeTextViewMenu(TextView *view)
 {
@@ -32,7 +25,7 @@ QMenu *makeTextViewMenu(TextView *view)
                          QKeySequence::StandardKey key,
                          bool isEnabled,
                          void (TextView::*operation)()) {
-        menu->addAction(entryText(title, key), view, operation)->setEnabled(isEnabled);
+        menu->addAction(textMenuEntry(title, key), view, operation)->setEnabled(isEnabled);
     };
     const bool hasSelection = view->selectedRange().length > 0;
     const TextStorage &storage = *view->textStorage();

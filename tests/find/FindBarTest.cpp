@@ -5,7 +5,11 @@
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
 
+#include <QApplication>
+#include <QMenu>
 #include <QTest>
+
+#include <algorithm>
 
 using namespace penwick;
 using namespace Qt::StringLiterals;
@@ -31,6 +35,10 @@ private Q_SLOTS:
     void replaceAll_manyMatches_isOneUndoStep();
     void replaceAll_editedMeanwhile_isDropped();
     void wording_changed_relabels();
+    void toolTips_nameTheKeys();
+    void contextMenu_opensTheBar_data();
+    void contextMenu_opensTheBar();
+    void longWordings_leaveRoomForTheField();
     void bar_narrow_keepsItsParts();
     void bar_darkPalette_isLegible();
     void tab_walksThroughTheBar();
@@ -208,9 +216,77 @@ void FindBarTest::wording_changed_relabels()
     QCOMPARE(field("replaceField")->placeholderText(), u"Replace"_s);
     QCOMPARE(button("replaceOne")->text(), u"Replace"_s);
     QCOMPARE(button("replaceAll")->text(), u"Replace All"_s);
-    QCOMPARE(button("findNext")->toolTip(), u"Next"_s);
+    QCOMPARE(button("findNext")->toolTip(), u"Next (F3)"_s);
+    QCOMPARE(button("findNext")->accessibleName(), u"Next"_s);
     QCOMPARE(button("findWholeWord")->text(), u"W"_s);
     QVERIFY(label("findError")->text().startsWith(u"At 2: "_s));
+}
+
+void FindBarTest::toolTips_nameTheKeys()
+{
+    open(u"x"_s, Qt::Key_H);
+    QCOMPARE(field()->toolTip(), u"検索 (Ctrl+F)"_s);
+    QCOMPARE(field("replaceField")->toolTip(), u"置換 (Ctrl+H)"_s);
+    QCOMPARE(button("findNext")->toolTip(), u"次を検索 (F3)"_s);
+    QCOMPARE(button("findPrevious")->toolTip(), u"前を検索 (Shift+F3)"_s);
+    QCOMPARE(button("findClose")->toolTip(), u"検索を閉じる (Esc)"_s);
+    QCOMPARE(button("replaceOne")->toolTip(), u"置換 (Enter)"_s);
+    QCOMPARE(button("findMatchCase")->toolTip(), u"大文字と小文字を区別"_s);
+}
+
+void FindBarTest::contextMenu_opensTheBar_data()
+{
+    QTest::addColumn<QString>("entry");
+    QTest::addColumn<bool>("showsReplacement");
+    QTest::newRow("find") << u"検索\tCtrl+F"_s << false;
+    QTest::newRow("replace") << u"置換\tCtrl+H"_s << true;
+}
+
+void FindBarTest::contextMenu_opensTheBar()
+{
+    QFETCH(const QString, entry);
+    QFETCH(const bool, showsReplacement);
+    setText(u"one two"_s);
+    view()->setSelectedRange({4, 3});
+    key(Qt::Key_F10, Qt::ShiftModifier);
+    auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+    QVERIFY(menu != nullptr);
+    const QList<QAction *> actions = menu->actions();
+    const auto place = std::find_if(actions.begin(), actions.end(), [&](const QAction *action) {
+        return action->text() == entry;
+    });
+    QVERIFY(place != actions.end());
+    (*place)->trigger();
+    menu->close();
+    QVERIFY(bar()->isVisible());
+    QCOMPARE(field()->text(), u"two"_s);
+    QCOMPARE(field("replaceField")->isVisible(), showsReplacement);
+    QTRY_VERIFY(field()->hasFocus());
+}
+
+void FindBarTest::longWordings_leaveRoomForTheField()
+{
+    const QString text = u"とても長い文言 & とても長い文言 とても長い文言"_s;
+    QHash<QString, QString> values;
+    for (const QString &name : {u"matchCaseFace"_s,
+                                u"wholeWordFace"_s,
+                                u"regularExpressionFace"_s,
+                                u"wrapAroundFace"_s,
+                                u"replaceAll"_s})
+        values.insert(u"editor.find."_s + name, text);
+    values.insert(u"menu.edit.replace"_s, text);
+    wording::setActiveValues(values);
+    open(u"x"_s, Qt::Key_H);
+    QVERIFY(bar()->minimumSizeHint().width() <= 520);
+    m_view->resize(520, 360);
+    QTRY_COMPARE(bar()->width(), 520);
+    QVERIFY2(field()->width() >= 100, qPrintable(QString::number(field()->width())));
+    QVERIFY(bar()->rect().contains(
+        button("findClose")->geometry().translated(button("findClose")->parentWidget()->pos())));
+    QCOMPARE(button("replaceAll")->toolTip(), text);
+    m_view->resize(900, 360);
+    QTRY_COMPARE(bar()->width(), 900);
+    QVERIFY2(field()->width() >= 250, qPrintable(QString::number(field()->width())));
 }
 
 void FindBarTest::bar_narrow_keepsItsParts()
