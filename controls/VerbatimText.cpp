@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace penwick {
 
 QString verbatimText(const QString &title)
@@ -19,6 +21,26 @@ QString verbatimToolTip(const QString &text)
     return Qt::mightBeRichText(text)
                ? QStringLiteral("<p>") + text.toHtmlEscaped() + QStringLiteral("</p>")
                : text;
+}
+
+QString longToolTip(const QString &text)
+{
+    constexpr qsizetype kUnits = 2000;
+    constexpr qsizetype kLines = 30;
+    qsizetype end = std::min(text.size(), kUnits);
+    if (end < text.size() && text[end].isLowSurrogate())
+        --end;
+    QString shown = text.first(end);
+    shown.replace(u"\r\n"_s, u"\n"_s);
+    const QStringList lines = shown.split(u'\n');
+    if (lines.size() > kLines)
+        shown = lines.first(kLines).join(u'\n');
+    if (end < text.size() || lines.size() > kLines)
+        shown += u'…';
+    // The toolkit wraps only text with markup.
+    return shown.isEmpty()
+               ? shown
+               : u"<p style=\"white-space: pre-wrap\">"_s + shown.toHtmlEscaped() + u"</p>"_s;
 }
 
 QString visibleLine(const QString &text)

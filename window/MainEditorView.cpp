@@ -1,5 +1,6 @@
 #include "window/MainEditorView.h"
 
+#include "view/TextView.h"
 #include "window/StatusBarView.h"
 #include "window/TextViewRepresentable.h"
 
@@ -25,6 +26,10 @@ MainEditorView::MainEditorView(DocumentState *documentState,
     layout->addWidget(divider);
     layout->addWidget(m_statusBar);
     setFocusProxy(m_representable);
+    m_statusBar->setSelection([view = textView()] {
+        const TextRange range = view->selectedRange();
+        return view->string().mid(range.location, range.length);
+    });
 }
 
 TextView *MainEditorView::textView() const

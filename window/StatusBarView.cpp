@@ -1,12 +1,14 @@
 #include "window/StatusBarView.h"
 
 #include "controls/ElidedLabel.h"
+#include "controls/VerbatimText.h"
 #include "platform/desktop/SystemFonts.h"
 #include "platform/settings/NotificationCenter.h"
 #include "window/StatusMessageLabel.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
 
+#include <QEvent>
 #include <QFontDatabase>
 #include <QFrame>
 #include <QHBoxLayout>
@@ -22,6 +24,7 @@ constexpr int kFontSize = 11; // Logical pixels.
 constexpr int kHorizontalMargin = 10;
 constexpr int kVerticalMargin = 4;
 constexpr int kDividerHeight = 12;
+constexpr int kSpacing = 16; // Between the items: wider than the spaces within them.
 
 /// A vertical line in a translucent shade of the text's colour. Qt styles draw a frame in the
 /// palette's edge colours, which hardly differ from the background in a dark palette.
@@ -86,6 +89,7 @@ QWidget *StatusBarView::makeCountersRow()
     auto *row = new QWidget(this);
     auto *layout = new QHBoxLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(kSpacing);
     const auto addLabel = [row, layout](const QString &objectName) {
         auto *label = new ElidedLabel(row);
         label->setObjectName(objectName);
@@ -127,7 +131,7 @@ void StatusBarView::redraw()
     redrawCounters();
     const std::optional<QString> &message = m_documentState->macroNotificationMessage();
     const bool messageHadFocus = m_messageLabel->hasFocus();
-    m_messageLabel->setLine(message.value_or(QString()));
+    m_messageLabel->setMessage(message.value_or(QString()));
     m_countersRow->setVisible(!message.has_value());
     m_messageLabel->setVisible(message.has_value());
     if (messageHadFocus && !message.has_value())
@@ -141,10 +145,34 @@ void StatusBarView::redrawCounters()
     m_cursorLabel->setLine(line + u": "_s + number(m_documentState->cursorLine()) + u" "_s +
                            column + u": "_s + number(m_documentState->cursorColumn()));
     m_lineCountLabel->setLine(number(m_documentState->lineCount()) + u" "_s + line);
-    m_characterCountLabel->setLine(number(m_documentState->characterCount()) + u" "_s +
-                                   wording::text(u"status.charCount"_s));
+    m_characterCountLabel->setLine(characters(m_documentState->characterCount()));
     m_encodingLabel->setLine(m_documentState->encodingDisplay());
     m_newlineLabel->setLine(m_documentState->newlineDisplay());
+}
+
+QString StatusBarView::characters(qint64 count)
+{
+    return number(count) + u" "_s + wording::text(u"status.charCount"_s);
+}
+
+bool StatusBarView::event(QEvent *event)
+{
+    // The event of a label arrives here, too. Counting now costs nothing while the user types.
+    if (event->type() == QEvent::ToolTip)
+        setToolTip(m_messageLabel->isHidden() ? countersToolTip() : QString());
+    return QWidget::event(event);
+}
+
+QString StatusBarView::countersToolTip() const
+{
+    // The counters too, because a narrow window cuts them off.
+    QStringList lines;
+    for (const QLabel *label : {m_cursorLabel, m_lineCountLabel, m_characterCountLabel})
+        lines << label->text();
+    const Text selected = m_selection ? m_selection() : Text();
+    if (!selected.isEmpty())
+        lines << wording::text(u"status.selection"_s, {characters(selected.metrics().clusters)});
+    return verbatimToolTip(lines.join(u'\n'));
 }
 
 } // namespace penwick

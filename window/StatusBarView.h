@@ -1,9 +1,12 @@
 #pragma once
 
 #include "editor/DocumentState.h"
+#include "text/Text.h"
 
 #include <QPointer>
 #include <QWidget>
+
+#include <functional>
 
 namespace penwick {
 
@@ -20,16 +23,27 @@ public:
     /// \param documentState not owned; held weakly.
     explicit StatusBarView(DocumentState *documentState, QWidget *parent = nullptr);
 
+    /// \param selection returns the selected text. Called when the user asks for the tool tip of
+    /// the
+    ///        counters, which then counts the selected characters too.
+    void setSelection(std::function<Text()> selection) { m_selection = std::move(selection); }
+
     /// Removes the message, so that the counters are shown again. Does nothing without a message.
     void dismissMessage();
+
+protected:
+    bool event(QEvent *event) override;
 
 private:
     [[nodiscard]] QWidget *makeCountersRow();
     void stateDidChange(DocumentState::Field field);
     void redraw();
     void redrawCounters();
+    [[nodiscard]] QString countersToolTip() const;
+    [[nodiscard]] static QString characters(qint64 count);
 
     QPointer<DocumentState> m_documentState;
+    std::function<Text()> m_selection;
     QWidget *m_countersRow = nullptr;
     ElidedLabel *m_cursorLabel = nullptr;
     ElidedLabel *m_lineCountLabel = nullptr;

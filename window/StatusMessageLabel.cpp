@@ -1,10 +1,21 @@
 #include "window/StatusMessageLabel.h"
 
+#include "controls/VerbatimText.h"
+#include "platform/desktop/ContextMenu.h"
+#include "view/TextViewMenu.h"
+#include "wording/WordingLookup.h"
+
 #include <QAccessibleWidget>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QGuiApplication>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QMouseEvent>
 #include <QStyleOptionFocusRect>
 #include <QStylePainter>
+
+using namespace Qt::StringLiterals;
 
 namespace penwick {
 
@@ -60,6 +71,32 @@ StatusMessageLabel::StatusMessageLabel(QWidget *parent)
     // Only Tab moves the focus here; a click leaves it in the text.
     setFocusPolicy(Qt::TabFocus);
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    setCursor(Qt::PointingHandCursor);
+}
+
+void StatusMessageLabel::setMessage(const QString &message)
+{
+    if (m_message == message)
+        return;
+    m_message = message;
+    setLine(message);
+    setToolTip(longToolTip(message));
+}
+
+void StatusMessageLabel::copy()
+{
+    QGuiApplication::clipboard()->setText(m_message);
+}
+
+void StatusMessageLabel::contextMenuEvent(QContextMenuEvent *event)
+{
+    auto *menu = new QMenu(this);
+    menu->addAction(textMenuEntry(wording::text(u"menu.edit.copy"_s), QKeySequence::Copy),
+                    this,
+                    &StatusMessageLabel::copy);
+    const bool isByMouse = event->reason() == QContextMenuEvent::Mouse;
+    popUpContextMenu(menu, isByMouse ? event->globalPos() : mapToGlobal(rect().topLeft()));
+    event->accept();
 }
 
 void StatusMessageLabel::mouseReleaseEvent(QMouseEvent *event)

@@ -210,6 +210,7 @@ constexpr TextRow kTexts[] = {
     {u"status.loading", u"読み込み中"},
     {u"status.reloaded", u"ほかのプログラムによる変更を読み込みました"},
     {u"status.saving", u"保存中"},
+    {u"status.selection", u"選択: %1"},
     {u"status.stopLoading", u"読み込みを中止"},
     {u"status.stopSaving", u"保存を中止"},
     {u"status.stopTransfer", u"中止"},

@@ -4,8 +4,12 @@
 #include "window/StatusBarView.h"
 #include "window/TextViewRepresentable.h"
 
+#include <QApplication>
 #include <QFontInfo>
+#include <QHelpEvent>
+#include <QLabel>
 #include <QTest>
+#include <QToolTip>
 #include <QVBoxLayout>
 
 using namespace penwick;
@@ -19,6 +23,7 @@ private Q_SLOTS:
     void layout_topToBottom_isTextDividerStatusBar();
     void layout_taller_givesTheTextAllOfIt();
     void textView_made_hasStateTextFontAndFocus();
+    void counters_toolTip_countsTheSelection();
     void openedText_isCountedInALaterTurn();
     void documentGone_beforeTheView_isHarmless();
     void windowClosed_whileUpdatesAreQueued_writesNothing();
@@ -77,6 +82,30 @@ void MainEditorViewTest::textView_made_hasStateTextFontAndFocus()
     QVERIFY(!document.textStorage()->canUndo());
     QTRY_VERIFY(view.textView()->hasFocus());
     QCOMPARE(view.textView()->width(), 600);
+}
+
+void MainEditorViewTest::counters_toolTip_countsTheSelection()
+{
+    DocumentState state;
+    state.setText(Text(u"ab\r\ne\u0301\U0001F468\u200D\U0001F469x\nz"));
+    TextDocument document;
+    MainEditorView view(&state, nullptr);
+    view.resize(600, 400);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    QTRY_COMPARE(state.characterCount(), 8);
+    auto *label = view.findChild<QLabel *>(u"statusCharacterCount"_s);
+    const auto askForToolTip = [&] {
+        QHelpEvent event(QEvent::ToolTip, QPoint(1, 1), label->mapToGlobal(QPoint(1, 1)));
+        QApplication::sendEvent(label, &event);
+        return QToolTip::text();
+    };
+    QCOMPARE(askForToolTip(), u"行: 1 列: 0\n4 行\n8 文字"_s);
+    view.textView()->setSelectedRange({2, 10}); // CR LF, é, a family and x.
+    QTRY_COMPARE(state.cursorColumn(), 2);
+    QCOMPARE(askForToolTip(), u"行: 1 列: 2\n4 行\n8 文字\n選択: 4 文字"_s);
+    state.setMacroNotificationMessage(u"完了"_s);
+    QVERIFY(!view.findChild<QWidget *>(u"statusMessage"_s)->toolTip().contains(u"選択"));
 }
 
 void MainEditorViewTest::openedText_isCountedInALaterTurn()

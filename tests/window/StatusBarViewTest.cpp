@@ -6,9 +6,14 @@
 #include "wording/WordingLookup.h"
 
 #include <QAccessible>
+#include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
 #include <QFrame>
 #include <QLayout>
+#include <QMenu>
 #include <QTest>
+#include <QTextDocument>
 
 using namespace penwick;
 using namespace Qt::StringLiterals;
@@ -30,6 +35,11 @@ private Q_SLOTS:
     void message_withLineBreaks_showsOneLine();
     void message_withMarkup_showsItVerbatim();
     void message_tooLong_isElidedAndLeavesWidthFree();
+    void message_long_isInItsToolTip_data();
+    void message_long_isInItsToolTip();
+    void message_contextMenu_copiesIt();
+    void message_pointedAt_showsAHand();
+    void counters_standApart();
     void bar_look_followsItsMeasures();
     void counters_ofDifferentScripts_shareOneBaseline();
     void bar_narrow_keepsItsItemsApart();
@@ -172,6 +182,68 @@ void StatusBarViewTest::message_tooLong_isElidedAndLeavesWidthFree()
     QTRY_VERIFY(message()->width() <= 400);
     QVERIFY(message()->displayedText().endsWith(u'…'));
     QVERIFY(message()->displayedText().startsWith(u'あ'));
+}
+
+void StatusBarViewTest::message_long_isInItsToolTip_data()
+{
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<QString>("expected");
+    const QString emoji = u"\U0001F600"_s;
+    QTest::newRow("short") << u"完了"_s << u"完了"_s;
+    QTest::newRow("markup and lines") << u"<b>a</b> & b\r\nc"_s << u"<b>a</b> & b\nc"_s;
+    QTest::newRow("long") << QString(5000, u'あ') << QString(2000, u'あ') + u'…';
+    QTest::newRow("pair at the end")
+        << u"a"_s + emoji.repeated(1000) << u"a"_s + emoji.repeated(999) + u'…';
+    QTest::newRow("many lines") << u"x\n"_s.repeated(500) << u"x\n"_s.repeated(29) + u"x…"_s;
+}
+
+void StatusBarViewTest::message_long_isInItsToolTip()
+{
+    QFETCH(const QString, message);
+    QFETCH(const QString, expected);
+    m_state->setMacroNotificationMessage(message);
+    QTextDocument document;
+    document.setHtml(this->message()->toolTip());
+    QCOMPARE(document.toPlainText(), expected);
+}
+
+void StatusBarViewTest::message_contextMenu_copiesIt()
+{
+    const QString text = u"one\ntwo "_s + QString(5000, u'あ');
+    m_state->setMacroNotificationMessage(text);
+    QContextMenuEvent event(QContextMenuEvent::Keyboard, {}, {}, Qt::NoModifier);
+    QCoreApplication::sendEvent(message(), &event);
+    auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+    QVERIFY(menu != nullptr);
+    QCOMPARE(menu->actions().size(), 1);
+    QCOMPARE(menu->actions().first()->text(), u"コピー\tCtrl+C"_s);
+    menu->actions().first()->trigger();
+    menu->close();
+    QCOMPARE(QGuiApplication::clipboard()->text(), text);
+    QVERIFY(m_state->macroNotificationMessage().has_value());
+}
+
+void StatusBarViewTest::message_pointedAt_showsAHand()
+{
+    m_state->setMacroNotificationMessage(u"完了"_s);
+    QCOMPARE(message()->cursor().shape(), Qt::PointingHandCursor);
+}
+
+// The space between two items is clearly wider than a space within one.
+void StatusBarViewTest::counters_standApart()
+{
+    const int space = label("statusCursor")->fontMetrics().horizontalAdvance(u' ');
+    QTRY_VERIFY(label("statusNewline")->width() > 0);
+    int right = -100;
+    for (const char *name : {"statusCursor",
+                             "statusLineCount",
+                             "statusCharacterCount",
+                             "statusEncoding",
+                             "statusNewline"}) {
+        const QRect place = label(name)->geometry();
+        QVERIFY2(place.left() - right > 3 * space, name);
+        right = place.right();
+    }
 }
 
 void StatusBarViewTest::bar_look_followsItsMeasures()
