@@ -1,14 +1,53 @@
 #include "view/DragAndDrop.h"
 
-#include "view/DragPicture.h"
 #include "view/TextMimeData.h"
+#include "view/TextSegments.h"
 
 #include <QDrag>
+#include <QFontMetrics>
+#include <QPainter>
 #include <QPointer>
+#include <QTimerEvent>
 
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace penwick {
+
+namespace {
+
+constexpr int kScrollInterval = 30; // Milliseconds.
+
+/// Draws the picture at the mouse pointer while `text` is dragged out of `view`: the beginning of
+/// its first line.
+QPixmap dragPicture(const Text &text, const QWidget *view)
+{
+    constexpr qint64 kMostUnits = 60;
+    constexpr int kMostWidth = 240;
+    constexpr int kMargin = 4;
+    const qint64 lineEnd = segments::lineAt(text, 0).end;
+    const qint64 end = text.clusterBoundaryAtOrBefore(std::min(lineEnd, kMostUnits));
+    QString line = text.slice(0, end).simplified();
+    if (end < text.size())
+        line += QChar(0x2026);
+    const QFontMetrics metrics(view->font());
+    const qreal scale = view->devicePixelRatioF();
+    const QPalette &palette = view->palette();
+    line = metrics.elidedText(line, Qt::ElideRight, kMostWidth);
+    const QSize size(metrics.horizontalAdvance(line) + 2 * kMargin, metrics.height() + kMargin);
+    QPixmap pixmap(QSize(static_cast<int>(std::ceil(size.width() * scale)),
+                         static_cast<int>(std::ceil(size.height() * scale))));
+    pixmap.setDevicePixelRatio(scale);
+    pixmap.fill(palette.color(QPalette::Active, QPalette::Highlight));
+    QPainter painter(&pixmap);
+    painter.setFont(view->font());
+    painter.setPen(palette.color(QPalette::Active, QPalette::HighlightedText));
+    painter.drawText(QRect(QPoint(), size), Qt::AlignCenter | Qt::TextSingleLine, line);
+    return pixmap;
+}
+
+} // namespace
 
 DragAndDrop::DragAndDrop(QWidget *view,
                          TextViewport *viewport,
@@ -19,7 +58,7 @@ DragAndDrop::DragAndDrop(QWidget *view,
     , m_viewport(viewport)
     , m_editing(editing)
     , m_inputMethod(inputMethod)
-    , m_target(viewport, std::move(targetChanged))
+    , m_targetChanged(std::move(targetChanged))
     , m_runner(
           [](QDrag *drag) { return drag->exec(Qt::CopyAction | Qt::MoveAction, Qt::MoveAction); })
 {
@@ -32,8 +71,7 @@ void DragAndDrop::drag()
     auto *mime = new TextMimeData(text);
     auto *drag = new QDrag(m_view); // Deletes itself.
     drag->setMimeData(mime);
-    drag->setPixmap(
-        dragPicture(text, m_view->font(), m_view->palette(), m_view->devicePixelRatioF()));
+    drag->setPixmap(dragPicture(text, m_view));
     m_dragged = mime;
     const QPointer<QWidget> view(m_view);
     const Qt::DropAction action = m_runner(drag);
@@ -65,19 +103,58 @@ bool DragAndDrop::accepts(QDropEvent *event)
 
 void DragAndDrop::move(QDragMoveEvent *event)
 {
-    if (accepts(event))
-        m_target.moveTo(event->position());
+    if (!accepts(event))
+        return;
+    m_point = event->position();
+    if (scrollDistance() == 0)
+        m_scrollTimer.stop();
+    else if (!m_scrollTimer.isActive())
+        m_scrollTimer.start(kScrollInterval, this);
+    updateTarget();
+}
+
+void DragAndDrop::updateTarget()
+{
+    m_target = m_viewport->caretAt(m_point);
+    m_targetChanged();
+}
+
+void DragAndDrop::clearTarget()
+{
+    m_scrollTimer.stop();
+    if (std::exchange(m_target, std::nullopt))
+        m_targetChanged();
+}
+
+/// Returns the logical pixels to scroll per timer event, more the nearer the drag is to the edge; 0
+/// outside the two stripes that scroll.
+qreal DragAndDrop::scrollDistance() const
+{
+    const qreal height = m_viewport->size().height();
+    const qreal stripe = std::min(m_viewport->style().rowHeight, height / 4);
+    if (m_point.y() < stripe)
+        return (m_point.y() - stripe) / 3 - 1;
+    const qreal below = m_point.y() - (height - stripe);
+    return below > 0 ? below / 3 + 1 : 0;
+}
+
+void DragAndDrop::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() != m_scrollTimer.timerId())
+        return;
+    m_viewport->scrollByPixels(scrollDistance());
+    updateTarget();
 }
 
 void DragAndDrop::leave(QDragLeaveEvent *event)
 {
-    m_target.clear();
+    clearTarget();
     event->accept();
 }
 
 void DragAndDrop::drop(QDropEvent *event)
 {
-    m_target.clear();
+    clearTarget();
     if (!accepts(event))
         return;
     const auto text = textOf(event->mimeData());

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "view/DropTarget.h"
 #include "view/InputMethod.h"
 
+#include <QBasicTimer>
 #include <QDragEnterEvent>
 #include <QWidget>
 
@@ -13,8 +13,9 @@ class QDrag;
 
 namespace penwick {
 
-/// Drags the selection out of a text view, and takes text that is dropped on it.
-class DragAndDrop final
+/// Drags the selection out of a text view, and takes text that is dropped on it. Scrolls while a
+/// drag is near the upper or lower edge.
+class DragAndDrop final : public QObject
 {
 public:
     /// Runs a drag and returns the action that was performed.
@@ -42,18 +43,27 @@ public:
     void drop(QDropEvent *event);
 
     /// The caret where a drop would insert the text; none while no drag is over the viewport.
-    [[nodiscard]] std::optional<TextCaret> target() const { return m_target.caret(); }
+    [[nodiscard]] std::optional<TextCaret> target() const { return m_target; }
+
+protected:
+    void timerEvent(QTimerEvent *event) override;
 
 private:
     static bool accepts(QDropEvent *event);
+    void updateTarget();
+    void clearTarget();
+    [[nodiscard]] qreal scrollDistance() const;
 
     QWidget *m_view;
     TextViewport *m_viewport;
     TextEditing *m_editing;
     InputMethod *m_inputMethod;
-    DropTarget m_target;
+    std::function<void()> m_targetChanged;
     Runner m_runner;
     const QMimeData *m_dragged = nullptr; // Dragged from here; null once dropped here.
+    std::optional<TextCaret> m_target;
+    QPointF m_point; // Of the drag over the viewport.
+    QBasicTimer m_scrollTimer;
 };
 
 } // namespace penwick

@@ -1,5 +1,8 @@
 #include "view/MouseSelection.h"
 
+#include "text/WordBoundaries.h"
+#include "view/CaretMover.h"
+
 #include <QGuiApplication>
 #include <QStyleHints>
 #include <QTimerEvent>
@@ -20,10 +23,33 @@ MouseSelection::MouseSelection(TextViewport *viewport, TextSelection *selection)
 {
 }
 
+bool MouseSelection::wouldBeThirdPress(QPointF point) const
+{
+    const QStyleHints *hints = QGuiApplication::styleHints();
+    return m_sinceDoublePress.isValid() &&
+           m_sinceDoublePress.elapsed() < hints->mouseDoubleClickInterval() &&
+           (point - m_doublePressPoint).manhattanLength() < hints->startDragDistance();
+}
+
+TextRange MouseSelection::unitAround(qint64 offset) const
+{
+    switch (m_unit) {
+    case Unit::Character:
+        break;
+    case Unit::Word: {
+        const auto [start, end] = words::wordAround(m_viewport->text(), offset);
+        return {start, end - start};
+    }
+    case Unit::Line:
+        return lineAround(m_viewport->text(), offset);
+    }
+    return {offset, 0};
+}
+
 void MouseSelection::press(const QMouseEvent &event)
 {
     const bool mayDrag = !event.modifiers().testFlag(Qt::ShiftModifier) &&
-                         !m_gesture.wouldBeThirdPress(event.position()) &&
+                         !wouldBeThirdPress(event.position()) &&
                          m_selection->contains(event.position());
     if (mayDrag)
         m_dragPress = event.position();
@@ -33,15 +59,23 @@ void MouseSelection::press(const QMouseEvent &event)
 
 void MouseSelection::startAt(const QMouseEvent &event)
 {
-    m_position = event.position();
-    const TextCaret hit = m_viewport->caretAt(m_position);
+    const TextCaret hit = m_viewport->caretAt(event.position());
     if (event.modifiers() & Qt::ShiftModifier) {
-        m_gesture.pressExtending(m_selection->anchor());
+        start(Unit::Character, m_selection->anchor());
         select(m_selection->anchor(), hit);
         return;
     }
-    const auto ends = m_gesture.press(m_viewport->text(), hit.offset, m_position);
-    select(ends.anchor, {ends.caret, ends.anchor == ends.caret && hit.atRowEnd});
+    const bool isTriple = wouldBeThirdPress(event.position());
+    m_sinceDoublePress.invalidate();
+    start(isTriple ? Unit::Line : Unit::Character, hit.offset);
+    select(m_origin.location, {m_origin.end(), m_origin.isEmpty() && hit.atRowEnd});
+}
+
+void MouseSelection::start(Unit unit, qint64 offset)
+{
+    m_unit = unit;
+    m_origin = unitAround(offset);
+    m_isActive = true;
 }
 
 void MouseSelection::doublePress(const QMouseEvent &event)
@@ -49,11 +83,11 @@ void MouseSelection::doublePress(const QMouseEvent &event)
     m_dragPress.reset();
     if (event.button() != Qt::LeftButton)
         return;
-    m_position = event.position();
+    m_sinceDoublePress.start();
+    m_doublePressPoint = event.position();
     // Use the character under the mouse, not the nearest place between two characters.
-    const qint64 hit = m_viewport->characterAt(m_position);
-    const auto ends = m_gesture.doublePress(m_viewport->text(), hit, m_position);
-    select(ends.anchor, {ends.caret, false});
+    start(Unit::Word, m_viewport->characterAt(event.position()));
+    select(m_origin.location, {m_origin.end(), false});
 }
 
 bool MouseSelection::move(const QMouseEvent &event)
@@ -67,7 +101,7 @@ bool MouseSelection::move(const QMouseEvent &event)
         m_dragPress.reset();
         return true;
     }
-    if (!m_gesture.isActive())
+    if (!m_isActive)
         return false;
     m_position = event.position();
     extendTo(m_position);
@@ -85,7 +119,7 @@ void MouseSelection::release(const QMouseEvent &event)
         m_dragPress.reset();
         startAt(event);
     }
-    m_gesture.release();
+    m_isActive = false;
     m_autoscrollTimer.stop();
     m_selection->offerAsPrimary();
 }
@@ -93,10 +127,13 @@ void MouseSelection::release(const QMouseEvent &event)
 void MouseSelection::extendTo(QPointF point)
 {
     TextCaret hit = m_viewport->caretAt(point);
-    if (m_gesture.unit() == SelectionGesture::Unit::Word)
+    if (m_unit == Unit::Word)
         hit = {m_viewport->characterAt(point), false};
-    const auto ends = m_gesture.drag(m_viewport->text(), hit.offset);
-    select(ends.anchor, {ends.caret, ends.caret == hit.offset && hit.atRowEnd});
+    const TextRange unit = unitAround(hit.offset);
+    const bool isBackward = hit.offset < m_origin.location;
+    const qint64 caret = isBackward ? unit.location : std::max(unit.end(), m_origin.end());
+    select(isBackward ? m_origin.end() : m_origin.location,
+           {caret, caret == hit.offset && hit.atRowEnd});
 }
 
 void MouseSelection::select(qint64 anchor, TextCaret caret)

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "view/SelectionGesture.h"
 #include "view/TextSelection.h"
 
 #include <QBasicTimer>
+#include <QElapsedTimer>
 #include <QMouseEvent>
 #include <QObject>
 
@@ -11,8 +11,8 @@
 
 namespace penwick {
 
-/// Turns mouse events of a viewport into selections, and scrolls while the mouse is dragged above
-/// or below it.
+/// Turns mouse events of a viewport into selections: by characters, after a double click by words,
+/// after a triple click by lines. Scrolls while the mouse is dragged above or below the viewport.
 class MouseSelection final : public QObject
 {
 public:
@@ -33,16 +33,25 @@ protected:
     void timerEvent(QTimerEvent *event) override;
 
 private:
+    enum class Unit { Character, Word, Line };
+
+    [[nodiscard]] bool wouldBeThirdPress(QPointF point) const;
+    [[nodiscard]] TextRange unitAround(qint64 offset) const;
     void startAt(const QMouseEvent &event);
+    void start(Unit unit, qint64 offset);
     void extendTo(QPointF point);
     void select(qint64 anchor, TextCaret caret);
 
     TextViewport *m_viewport;
     TextSelection *m_selection;
-    SelectionGesture m_gesture;
-    QBasicTimer m_autoscrollTimer;
-    QPointF m_position;                 // The last known position of the mouse.
+    Unit m_unit = Unit::Character; // The unit by which the selection grows.
+    TextRange m_origin;            // What the press selected.
+    bool m_isActive = false;
+    QElapsedTimer m_sinceDoublePress;
+    QPointF m_doublePressPoint;
     std::optional<QPointF> m_dragPress; // A press on the selection that may start a drag.
+    QPointF m_position;                 // The last known position of the mouse in a move.
+    QBasicTimer m_autoscrollTimer;
 };
 
 } // namespace penwick

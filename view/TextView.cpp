@@ -18,11 +18,6 @@
 
 namespace penwick {
 
-TextView::TextView(TextStorage *storage, QWidget *parent)
-    : TextView(storage, QFont(), parent)
-{
-}
-
 TextView::TextView(TextStorage *storage, const QFont &font, QWidget *parent)
     : QAbstractScrollArea(parent)
     , m_storage(storage)
@@ -43,8 +38,6 @@ TextView::TextView(TextStorage *storage, const QFont &font, QWidget *parent)
     setAttribute(Qt::WA_KeyCompression, false);
     viewport()->setCursor(Qt::IBeamCursor);
     viewport()->setAcceptDrops(true);
-    setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
-    setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     m_viewport.setText(m_storage->text());
     connect(m_storage, &TextStorage::changed, this, &TextView::storageChanged);
     connect(m_storage, &TextStorage::undoStateChanged, this, &TextView::actionStateDidChange);
@@ -128,10 +121,8 @@ bool TextView::canPaste() const
     return offersText(QGuiApplication::clipboard()->mimeData());
 }
 
-bool TextView::shouldChangeText(TextRange range, const Text &replacement)
+bool TextView::shouldChangeText(TextRange /*range*/, const Text & /*replacement*/)
 {
-    Q_UNUSED(range)
-    Q_UNUSED(replacement)
     m_inputMethod.discard();
     m_storage->setSelectionForUndo(selectedRange());
     return true;
@@ -190,13 +181,6 @@ void TextView::keyPressEvent(QKeyEvent *event)
     }
 }
 
-bool TextView::focusNextPrevChild(bool next)
-{
-    // Tab inserts a character and does not move the focus.
-    Q_UNUSED(next)
-    return false;
-}
-
 void TextView::inputMethodEvent(QInputMethodEvent *event)
 {
     event->accept();
@@ -234,11 +218,6 @@ void TextView::mousePressEvent(QMouseEvent *event)
     }
 }
 
-void TextView::mouseDoubleClickEvent(QMouseEvent *event)
-{
-    m_mouse.doublePress(*event);
-}
-
 void TextView::mouseMoveEvent(QMouseEvent *event)
 {
     if (m_mouse.move(*event))
@@ -264,17 +243,14 @@ void TextView::contextMenuEvent(QContextMenuEvent *event)
 {
     m_inputMethod.commit();
     QPoint position = event->globalPos();
-    if (event->reason() == QContextMenuEvent::Mouse) {
-        // A click on the selection keeps it; a click elsewhere moves the caret.
-        if (!m_selection.contains(event->pos())) {
-            m_storage->breakUndoCoalescing();
-            const TextCaret place = m_viewport.caretAt(event->pos());
-            m_selection.select(place.offset, place, TextSelection::Scroll::Stay);
-        }
-    } else {
+    if (event->reason() != QContextMenuEvent::Mouse) {
         m_selection.showCaret();
         const QRectF caret = m_viewport.caretRect(m_selection.caret());
         position = viewport()->mapToGlobal(caret.bottomLeft().toPoint());
+    } else if (!m_selection.contains(event->pos())) { // A click on the selection keeps it.
+        m_storage->breakUndoCoalescing();
+        const TextCaret place = m_viewport.caretAt(event->pos());
+        m_selection.select(place.offset, place, TextSelection::Scroll::Stay);
     }
     QMenu *menu = makeTextViewMenu(this);
     Q_EMIT contextMenuWillOpen(menu);
@@ -282,30 +258,10 @@ void TextView::contextMenuEvent(QContextMenuEvent *event)
     event->accept();
 }
 
-void TextView::dragEnterEvent(QDragEnterEvent *event)
-{
-    m_dragAndDrop.enter(event);
-}
-
-void TextView::dragMoveEvent(QDragMoveEvent *event)
-{
-    m_dragAndDrop.move(event);
-}
-
-void TextView::dragLeaveEvent(QDragLeaveEvent *event)
-{
-    m_dragAndDrop.leave(event);
-}
-
-void TextView::dropEvent(QDropEvent *event)
-{
-    m_dragAndDrop.drop(event);
-}
-
 void TextView::focusInEvent(QFocusEvent *event)
 {
     QAbstractScrollArea::focusInEvent(event);
-    m_caretBlink.restart(true);
+    m_caretBlink.restart(hasFocus());
     viewport()->update();
 }
 
@@ -451,10 +407,8 @@ void TextView::wheelEvent(QWheelEvent *event)
     event->accept();
 }
 
-void TextView::scrollContentsBy(int dx, int dy)
+void TextView::scrollContentsBy(int /*dx*/, int /*dy*/)
 {
-    Q_UNUSED(dx)
-    Q_UNUSED(dy)
     if (m_isUpdatingScrollBars)
         return;
     const QScrollBar *bar = verticalScrollBar();

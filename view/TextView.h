@@ -31,7 +31,11 @@ class TextView final : public QAbstractScrollArea
 
 public:
     /// \param storage not owned; must outlive the view.
-    explicit TextView(TextStorage *storage, QWidget *parent = nullptr);
+    explicit TextView(TextStorage *storage, QWidget *parent = nullptr)
+        : TextView(storage, QFont(), parent)
+    {
+    }
+
     /// \param font set from the start, so that no other font is ever loaded and measured for the
     ///        view.
     TextView(TextStorage *storage, const QFont &font, QWidget *parent = nullptr);
@@ -184,7 +188,9 @@ public:
     [[nodiscard]] QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
 
 protected:
-    bool focusNextPrevChild(bool next) override;
+    /// Tab inserts a character and does not move the focus.
+    bool focusNextPrevChild(bool /*next*/) override { return false; }
+
     bool event(QEvent *event) override;
     void changeEvent(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
@@ -196,14 +202,19 @@ protected:
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
-    void mouseDoubleClickEvent(QMouseEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
-    void dragEnterEvent(QDragEnterEvent *event) override;
-    void dragMoveEvent(QDragMoveEvent *event) override;
-    void dragLeaveEvent(QDragLeaveEvent *event) override;
-    void dropEvent(QDropEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
+
+    void mouseDoubleClickEvent(QMouseEvent *event) override { m_mouse.doublePress(*event); }
+
+    void dragEnterEvent(QDragEnterEvent *event) override { m_dragAndDrop.enter(event); }
+
+    void dragMoveEvent(QDragMoveEvent *event) override { m_dragAndDrop.move(event); }
+
+    void dragLeaveEvent(QDragLeaveEvent *event) override { m_dragAndDrop.leave(event); }
+
+    void dropEvent(QDropEvent *event) override { m_dragAndDrop.drop(event); }
 
 private:
     void storageChanged(qint64 offset, qint64 oldLength, qint64 newLength);
