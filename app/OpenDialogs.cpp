@@ -2,6 +2,7 @@
 
 #include "window/MacroRunNotice.h"
 
+#include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QEvent>
 
@@ -62,8 +63,14 @@ bool OpenDialogs::eventFilter(QObject *watched, QEvent *event)
     if (widget == nullptr || !widget->isWindow())
         return false;
     qApp->removeEventFilter(this);
-    // The event loop of the dialog ends with the present turn, before the queued call.
-    QMetaObject::invokeMethod(this, &OpenDialogs::closed, Qt::QueuedConnection);
+    // The event loop of the dialog ends with the present turn, and no `awake` comes before that
+    // end. A call that is queued now could come earlier, if code in this turn sends posted events
+    // itself.
+    connect(QAbstractEventDispatcher::instance(),
+            &QAbstractEventDispatcher::awake,
+            this,
+            &OpenDialogs::closed,
+            static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
     return false;
 }
 

@@ -32,8 +32,8 @@ public:
     void watch();
 
 Q_SIGNALS:
-    /// Emitted in a later turn of the event loop. A dialog that the user closed has returned to its
-    /// caller by then, so the caller acts on the answer first.
+    /// Emitted in a later turn of the event loop. A dialog with an event loop of its own has
+    /// returned by then, so its caller acts on the answer first.
     void closed();
 
 protected:
