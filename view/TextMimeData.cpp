@@ -1,5 +1,7 @@
 #include "view/TextMimeData.h"
 
+#include "view/HtmlText.h"
+
 #include <QGuiApplication>
 #include <QUrl>
 
@@ -8,6 +10,18 @@
 namespace penwick {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Returns the text of the page in `mime`; nothing when there is none or it would take long.
+QString textOfHtmlIn(const QMimeData &mime)
+{
+    constexpr qsizetype kLongest = qsizetype{4} << 20U; // UTF-16 code units.
+    const QString html = mime.html();
+    return html.size() <= kLongest ? textOfHtml(html) : QString();
+}
+
+} // namespace
 
 TextMimeData::TextMimeData(Text text)
     : m_text(std::move(text))
@@ -27,7 +41,7 @@ QVariant TextMimeData::retrieveData(const QString &mimeType, QMetaType type) con
 
 bool offersText(const QMimeData *mime)
 {
-    return mime != nullptr && mime->hasText();
+    return mime != nullptr && (mime->hasText() || mime->hasHtml());
 }
 
 std::optional<Text> textOf(const QMimeData *mime)
@@ -42,7 +56,9 @@ std::optional<Text> textOf(const QMimeData *mime)
         if (auto text = Text::fromUtf8(bytes))
             return *std::move(text);
     }
-    const QString text = mime->text();
+    QString text = mime->text();
+    if (text.isEmpty())
+        text = textOfHtmlIn(*mime);
     return text.isEmpty() ? std::nullopt : std::optional(Text(QStringView(text)));
 }
 

@@ -30,11 +30,12 @@ private:
     Text m_text;
 };
 
-/// True when `mime`, which may be null, offers text. The text is not read.
+/// True when `mime`, which may be null, offers text, or a page of HTML. Nothing is read.
 [[nodiscard]] bool offersText(const QMimeData *mime);
 
 /// Returns the text in `mime`, which may be null, without styles and with its code units unchanged;
-/// nothing when there is no text or an empty one.
+/// if there is none, the text of a page of HTML that is not too long. Nothing when that is empty,
+/// too.
 [[nodiscard]] std::optional<Text> textOf(const QMimeData *mime);
 
 /// Offers `text` on the clipboard or as the primary selection. Does nothing when it is empty, or
