@@ -1,5 +1,6 @@
 #include "app/PromptDialog.h"
 
+#include "controls/VerbatimText.h"
 #include "wording/WordingLookup.h"
 
 #include <QHBoxLayout>
@@ -15,12 +16,20 @@ namespace {
 
 constexpr QSize kFieldSize(200, 24);
 
-QLabel *plainLabel(const QString &text)
+QLabel *makeLabel(const QString &text, QWidget *buddy = nullptr)
 {
-    auto *label = new QLabel(text);
-    label->setTextFormat(Qt::PlainText);
+    auto *label = new QLabel;
+    label->setBuddy(buddy);
     label->setWordWrap(true);
+    setVerbatimText(label, text);
     return label;
+}
+
+QPushButton *makeButton(const QString &text)
+{
+    auto *button = new QPushButton;
+    setVerbatimText(button, text);
+    return button;
 }
 
 } // namespace
@@ -32,17 +41,16 @@ PromptDialog::PromptDialog(const QString &message, QWidget *field, QWidget *pare
     setWindowTitle(title);
     setModal(true);
 
-    QLabel *titleLabel = plainLabel(title);
+    QLabel *titleLabel = makeLabel(title);
     QFont bold = titleLabel->font();
     bold.setBold(true);
     titleLabel->setFont(bold);
-    QLabel *messageLabel = plainLabel(message);
-    messageLabel->setBuddy(field);
+    QLabel *messageLabel = makeLabel(message, field);
     field->setAccessibleName(message);
     field->setMinimumSize(kFieldSize);
 
-    auto *okButton = new QPushButton(wording::text(u"common.ok"_s));
-    auto *cancelButton = new QPushButton(wording::text(u"common.cancel"_s));
+    QPushButton *okButton = makeButton(wording::text(u"common.ok"_s));
+    QPushButton *cancelButton = makeButton(wording::text(u"common.cancel"_s));
     okButton->setDefault(true);
     cancelButton->setAutoDefault(false);
     connect(okButton, &QPushButton::clicked, this, &QDialog::accept);

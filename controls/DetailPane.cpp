@@ -1,12 +1,17 @@
 #include "controls/DetailPane.h"
 
+#include "controls/ElidedLabel.h"
 #include "controls/ProminentButton.h"
 #include "controls/SymbolIcon.h"
+#include "controls/VerbatimText.h"
 
 #include <QFrame>
 #include <QLabel>
+#include <QLineEdit>
 #include <QScrollArea>
 #include <QVBoxLayout>
+
+#include <limits>
 
 namespace penwick {
 
@@ -73,13 +78,18 @@ QFrame *makeDivider()
     return line;
 }
 
-QLabel *makeTitleLabel()
+ElidedLabel *makeTitleLabel()
 {
     constexpr qreal kScale = 1.4;
-    QLabel *label = makePlainLabel();
-    label->setWordWrap(true);
+    auto *label = new ElidedLabel;
     setFontScale(label, kScale);
     return label;
+}
+
+void setTitle(ElidedLabel *label, const QString &title)
+{
+    label->setLine(title);
+    label->setToolTip(verbatimToolTip(title));
 }
 
 QLabel *makeSectionLabel()
@@ -95,6 +105,14 @@ QLabel *makeFieldLabel()
     QLabel *label = makePlainLabel();
     label->setAlignment(Qt::AlignRight | Qt::AlignTop);
     return label;
+}
+
+QLineEdit *makeTextField(const QString &name)
+{
+    auto *field = new QLineEdit;
+    field->setObjectName(name);
+    field->setMaxLength(std::numeric_limits<int>::max()); // By default it cuts off longer texts.
+    return field;
 }
 
 QPushButton *makeActionButton(const QString &name, const QString &symbol)

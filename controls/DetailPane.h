@@ -5,12 +5,15 @@
 class QFrame;
 class QLabel;
 class QLayout;
+class QLineEdit;
 class QPushButton;
 class QScrollArea;
 class QVBoxLayout;
 class QWidget;
 
 namespace penwick {
+
+class ElidedLabel;
 
 // Building blocks of the details beside a list, which make all such panes look alike. Each result
 // is owned by the widget or layout that it is added to.
@@ -26,10 +29,17 @@ namespace penwick {
 /// Returns a thin horizontal line.
 [[nodiscard]] QFrame *makeDivider();
 
-/// These labels show any text literally.
-[[nodiscard]] QLabel *makeTitleLabel();
+[[nodiscard]] ElidedLabel *makeTitleLabel();
+/// Shows a title on one line, with the whole of it as tool tip.
+void setTitle(ElidedLabel *label, const QString &title);
+
+/// For the texts of these labels use `setVerbatimText`.
 [[nodiscard]] QLabel *makeSectionLabel();
 [[nodiscard]] QLabel *makeFieldLabel();
+
+/// Returns a field for a text of any length.
+/// \param name object name of the field.
+[[nodiscard]] QLineEdit *makeTextField(const QString &name);
 
 /// \param name object name of the button.
 /// \param symbol as for `symbolIcon`.

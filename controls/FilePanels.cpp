@@ -1,6 +1,8 @@
 #include "controls/FilePanels.h"
 
 #include "controls/FileDialog.h"
+#include "controls/VerbatimText.h"
+#include "platform/desktop/WindowActivation.h"
 #include "wording/WordingLookup.h"
 
 #include <QDir>
@@ -25,9 +27,12 @@ QString startFolder()
 }
 
 /// Returns a file name for an arbitrary macro name: a slash would name a folder, and a leading dot
-/// would hide the file.
+/// would hide the file. A name that already has the extension keeps it.
 QString fileName(QString name)
 {
+    const QString extension = u".json"_s;
+    if (name.size() > extension.size() && name.endsWith(extension, Qt::CaseInsensitive))
+        name.chop(extension.size());
     static const QRegularExpression unfit(u"[/\\x00-\\x1f\\x7f]"_s);
     name.replace(unfit, u"-"_s);
     if (name.startsWith(u'.'))
@@ -36,15 +41,31 @@ QString fileName(QString name)
     name.truncate(kLongest);
     if (!name.isEmpty() && name.back().isHighSurrogate())
         name.chop(1);
-    return name + u".json"_s;
+    return name + extension;
+}
+
+/// The panel that is open over the window; null when there is none.
+QWidget *panelOver(const QWidget *window)
+{
+    if (window == nullptr)
+        return nullptr;
+    for (auto *panel : window->findChildren<FileDialog *>(Qt::FindDirectChildrenOnly))
+        if (panel->isVisible())
+            return panel;
+    return nullptr;
 }
 
 std::optional<QString> ask(FileDialog &dialog, const QString &acceptLabel)
 {
+    // A modal panel blocks the keyboard and the mouse, but not assistive technology.
+    if (QWidget *open = panelOver(dialog.parentWidget())) {
+        bringForward(open);
+        return std::nullopt;
+    }
     dialog.setWindowModality(Qt::WindowModal);
     dialog.setOption(QFileDialog::DontUseNativeDialog, false);
-    dialog.setLabelText(QFileDialog::Accept, acceptLabel);
-    dialog.setLabelText(QFileDialog::Reject, wording::text(u"common.cancel"_s));
+    dialog.setLabelText(QFileDialog::Accept, verbatimText(acceptLabel));
+    dialog.setLabelText(QFileDialog::Reject, verbatimText(wording::text(u"common.cancel"_s)));
     dialog.setNameFilter(wording::text(u"dialog.jsonFiles"_s) + u" (*.json)"_s);
     if (dialog.exec() != QDialog::Accepted || dialog.chosenPaths().isEmpty())
         return std::nullopt;

@@ -10,7 +10,8 @@ class QWidget;
 namespace penwick {
 
 /// Asks for the path of a JSON file to read or write. Both panels are modal and return an absolute
-/// path, or std::nullopt when the user cancels. Tests pass their own answers.
+/// path, or std::nullopt when the user cancels, or when a panel is already open over `parent`,
+/// which is then brought to the front. Tests pass their own answers.
 struct FilePanels
 {
     using Open = std::function<std::optional<QString>(QWidget *parent, const QString &title)>;

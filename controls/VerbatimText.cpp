@@ -1,5 +1,7 @@
 #include "controls/VerbatimText.h"
 
+#include <QAbstractButton>
+#include <QLabel>
 #include <QTextDocument>
 
 #include <algorithm>
@@ -16,11 +18,32 @@ QString verbatimText(const QString &title)
     return text;
 }
 
-QString verbatimToolTip(const QString &text)
+void setVerbatimText(QLabel *label, const QString &text)
 {
-    return Qt::mightBeRichText(text)
-               ? QStringLiteral("<p>") + text.toHtmlEscaped() + QStringLiteral("</p>")
-               : text;
+    label->setTextFormat(Qt::PlainText);
+    label->setText(label->buddy() != nullptr ? verbatimText(text) : text);
+}
+
+void setVerbatimText(QAbstractButton *button, const QString &text)
+{
+    button->setText(verbatimText(text));
+}
+
+QString verbatimToolTip(const QString &text, const QString &hint)
+{
+    constexpr qsizetype kLongest = 1000;
+    constexpr qsizetype kLongestLine = 80; // A longer plain text would not wrap.
+    QString shown = text;
+    if (shown.size() > kLongest) {
+        shown.truncate(shown.at(kLongest - 1).isHighSurrogate() ? kLongest - 1 : kLongest);
+        shown += u'…';
+    }
+    if (!hint.isEmpty())
+        shown += (shown.isEmpty() ? QString() : QStringLiteral("\n")) + hint;
+    if (shown.size() <= kLongestLine && !Qt::mightBeRichText(shown))
+        return shown;
+    return QStringLiteral("<p>%1</p>")
+        .arg(shown.toHtmlEscaped().replace(u'\n', QStringLiteral("<br>")));
 }
 
 QString longToolTip(const QString &text)

@@ -2,14 +2,24 @@
 
 #include <QString>
 
+class QAbstractButton;
+class QLabel;
+
 namespace penwick {
 
 /// Returns the text for a menu, an item or a button that shows `title` literally: an ampersand
 /// would mark an access key, and a tab would start a shortcut.
 [[nodiscard]] QString verbatimText(const QString &title);
 
-/// Returns the text for a tool tip that shows `text` literally, even if it contains markup.
-[[nodiscard]] QString verbatimToolTip(const QString &text);
+/// Sets the text of a label or a button, which shows it literally. Set the label's buddy before: a
+/// label with a buddy takes an ampersand for the mark of an access key, one without does not.
+void setVerbatimText(QLabel *label, const QString &text);
+void setVerbatimText(QAbstractButton *button, const QString &text);
+
+/// Returns the text for a tool tip that shows `text` literally, even if it contains markup. A text
+/// of more than a thousand UTF-16 code units is cut off.
+/// \param hint stands on a line of its own below the text; empty for none.
+[[nodiscard]] QString verbatimToolTip(const QString &text, const QString &hint = {});
 
 /// The same for a long text: its line breaks stay, long lines wrap, and a text of more than 2000
 /// UTF-16 code units or 30 lines ends there with an ellipsis.

@@ -55,7 +55,7 @@ void label(QToolButton *button,
            const QString &meaning,
            const QKeySequence &keys = {})
 {
-    button->setText(verbatimText(face));
+    setVerbatimText(button, face);
     button->setToolTip(toolTip(meaning, keys));
     button->setAccessibleName(meaning);
 }

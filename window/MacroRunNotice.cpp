@@ -1,5 +1,6 @@
 #include "window/MacroRunNotice.h"
 
+#include "controls/VerbatimText.h"
 #include "wording/WordingLookup.h"
 
 #include <QApplication>
@@ -36,7 +37,8 @@ MacroRunNotice::MacroRunNotice(const QString &macroName,
     message->setText(wording::text(u"macro.running.message"_s, {macroName}));
     setAccessibleName(message->text());
     m_elapsed->setTextFormat(Qt::PlainText);
-    auto *stop = new QPushButton(wording::text(u"macro.running.stop"_s), this);
+    auto *stop = new QPushButton(this);
+    setVerbatimText(stop, wording::text(u"macro.running.stop"_s));
     stop->setAutoDefault(false); // Return may be meant for the text that the user is typing.
     auto *buttons = new QDialogButtonBox(this);
     buttons->addButton(stop, QDialogButtonBox::RejectRole);

@@ -1,5 +1,6 @@
 #include "window/TransferBar.h"
 
+#include "controls/VerbatimText.h"
 #include "platform/desktop/SystemFonts.h"
 #include "platform/settings/NotificationCenter.h"
 #include "wording/UIWordingProfileManager.h"
@@ -169,7 +170,7 @@ void TransferBar::refresh()
     m_label->setText(task + u"… "_s + QString::number(percent) + u" %"_s);
     m_progress->setAccessibleName(task);
     m_progress->setValue(percent);
-    m_cancel->setText(wording::text(u"status.stopTransfer"_s));
+    setVerbatimText(m_cancel, wording::text(u"status.stopTransfer"_s));
     m_cancel->setAccessibleName(m_document->isReading() ? wording::text(u"status.stopLoading"_s)
                                                         : wording::text(u"status.stopSaving"_s));
 }

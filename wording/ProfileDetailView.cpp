@@ -2,6 +2,8 @@
 
 #include "controls/ButtonRow.h"
 #include "controls/DetailPane.h"
+#include "controls/ElidedLabel.h"
+#include "controls/VerbatimText.h"
 #include "wording/WordingLookup.h"
 
 #include <QFrame>
@@ -88,7 +90,7 @@ void ProfileDetailView::setProfile(const UIWordingProfile &profile)
 
 void ProfileDetailView::setRow(int row, const QString &label, const QString &value)
 {
-    labelAt(m_rows, row, 0)->setText(label);
+    setVerbatimText(labelAt(m_rows, row, 0), label);
     QLabel *valueLabel = labelAt(m_rows, row, 1);
     valueLabel->setText(value);
     valueLabel->setAccessibleName(label + u' ' + value);
@@ -96,7 +98,7 @@ void ProfileDetailView::setRow(int row, const QString &label, const QString &val
 
 void ProfileDetailView::showProfile()
 {
-    m_title->setText(m_profile.name);
+    setTitle(m_title, m_profile.name);
     setRow(Name, wording::text(u"profile.manage.name"_s), m_profile.name);
     setRow(Id, u"ID"_s, m_profile.id);
     setRow(Description, wording::text(u"profile.manage.description"_s), m_profile.description);

@@ -11,6 +11,7 @@ class QPushButton;
 namespace penwick {
 
 class ButtonRow;
+class ElidedLabel;
 
 /// Shows the properties of one profile, with buttons to apply, duplicate, delete and export it.
 class ProfileDetailView final : public QWidget
@@ -37,7 +38,7 @@ private:
     void showProfile();
 
     UIWordingProfile m_profile;
-    QLabel *m_title;
+    ElidedLabel *m_title;
     QLabel *m_section;
     QGridLayout *m_rows;
     QPushButton *m_delete;

@@ -1,10 +1,10 @@
 #include "wording/ProfileManagerView.h"
 
 #include "controls/Alerts.h"
+#include "controls/DetailPane.h"
 #include "controls/ElidedLabel.h"
 #include "controls/MacroSourceBadge.h"
 #include "controls/SymbolIcon.h"
-#include "controls/VerbatimText.h"
 #include "platform/files/AtomicFile.h"
 #include "wording/ProfileCopies.h"
 #include "wording/ProfileDetailView.h"
@@ -79,8 +79,7 @@ void ProfileManagerView::connectDetail()
 void ProfileManagerView::relabel()
 {
     const QString title = wording::text(u"profile.manageWindowTitle"_s);
-    m_title->setLine(title);
-    m_title->setToolTip(verbatimToolTip(title));
+    setTitle(m_title, title);
     m_split->setListName(title);
     ListDetailView::setHeaderText(m_import, wording::text(u"common.import"_s));
     m_split->setEmptyText(wording::text(u"profile.manage.emptySelection"_s));

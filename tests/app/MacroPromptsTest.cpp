@@ -1,5 +1,6 @@
 #include "app/MacroPrompts.h"
 
+#include "support/LiteralLabel.h"
 #include "support/ModalAnswer.h"
 #include "wording/WordingLookup.h"
 
@@ -37,6 +38,7 @@ private Q_SLOTS:
     void textPrompt_profileTexts_areUsed();
     void textPrompt_answered_givesTheTextUntrimmed_data();
     void textPrompt_answered_givesTheTextUntrimmed();
+    void textPrompt_ampersands_areShown();
     void textPrompt_returnKey_isOk();
     void textPrompt_escape_isCancel();
     void datePrompt_shown_offersThePatterns();
@@ -95,6 +97,22 @@ void MacroPromptsTest::textPrompt_answered_givesTheTextUntrimmed()
         test::buttonNamed(window, u"OK"_s)->click();
     });
     QCOMPARE(askForText(nullptr, u"m"_s, u"- "_s), text);
+}
+
+void MacroPromptsTest::textPrompt_ampersands_areShown()
+{
+    wording::setActiveValues(QHash<QString, QString>{{u"common.ok"_s, u"Yes & go"_s},
+                                                     {u"common.cancel"_s, u"No & stop"_s}});
+    test::answerModal([](QWidget *window) {
+        for (const auto &text : {u"Yes && go"_s, u"No && stop"_s})
+            QVERIFY2(test::buttonNamed(window, text) != nullptr, qPrintable(text));
+        QLabel *message = window->findChildren<QLabel *>().at(1);
+        QVERIFY(message->text().startsWith(u"A &"_s));
+        QVERIFY(test::showsLiterally(message, u"A & B"_s));
+        QCOMPARE(window->findChild<QLineEdit *>()->accessibleName(), u"A & B"_s);
+        window->close();
+    });
+    QVERIFY(!askForText(nullptr, u"A & B"_s, u"- "_s).has_value());
 }
 
 void MacroPromptsTest::textPrompt_returnKey_isOk()

@@ -9,6 +9,7 @@
 #include <QListView>
 #include <QTest>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 
@@ -92,6 +93,7 @@ private Q_SLOTS:
     void save_nameTyped_endsInASuffix();
     void panels_cancelled_giveNothing();
     void panels_next_startInTheFolderOfTheLastOne();
+    void panels_secondOverTheFirst_isNotOpened();
 
 private:
     std::unique_ptr<test::TemporaryHome> m_home;
@@ -176,6 +178,12 @@ void FilePanelsTest::save_suggestedName_fitsAFile_data()
     QTest::newRow("leading dot") << u".hidden"_s << u"-hidden.json"_s;
     QTest::newRow("parent folder") << u"../../a"_s << u"-.-..-a.json"_s;
     QTest::newRow("dot inside") << u"version 1.5"_s << u"version 1.5.json"_s;
+    QTest::newRow("with the extension") << u"x.json"_s << u"x.json"_s;
+    QTest::newRow("extension in capitals") << u"x.JSON"_s << u"x.json"_s;
+    QTest::newRow("extension twice") << u"x.json.json"_s << u"x.json.json"_s;
+    QTest::newRow("only the extension") << u".json"_s << u"-json.json"_s;
+    QTest::newRow("long, with the extension")
+        << QString(60, u'a') + u".json"_s << QString(60, u'a') + u".json"_s;
     QTest::newRow("60 characters") << QString(60, u'あ') << QString(60, u'あ') + u".json"_s;
     QTest::newRow("61 characters") << QString(61, u'あ') << QString(60, u'あ') + u".json"_s;
     QTest::newRow("emoji over the limit")
@@ -240,6 +248,39 @@ void FilePanelsTest::panels_next_startInTheFolderOfTheLastOne()
     seen = answer(std::nullopt);
     m_panels.open(nullptr, u"t"_s);
     QCOMPARE(seen->folder, m_home->path());
+}
+
+// Assistive technology presses buttons of a window although a modal panel is over it.
+void FilePanelsTest::panels_secondOverTheFirst_isNotOpened()
+{
+    QWidget window;
+    window.show();
+    const auto panelsOver = [] {
+        qsizetype count = 0;
+        for (const QWidget *other : QApplication::topLevelWidgets())
+            count += other->isVisible() && qobject_cast<const QFileDialog *>(other) != nullptr;
+        return count;
+    };
+    qsizetype most = 0;
+    bool isAnswered = false;
+    test::answerModal([&](QWidget *first) {
+        QTimer closing; // Closes panels that should not have opened.
+        connect(&closing, &QTimer::timeout, first, [&, first] {
+            most = std::max(most, panelsOver());
+            for (QWidget *panel : QApplication::topLevelWidgets())
+                if (panel != first && qobject_cast<QFileDialog *>(panel) != nullptr)
+                    panel->close();
+        });
+        closing.start(0);
+        isAnswered = m_panels.open(&window, u"second"_s).has_value() ||
+                     m_panels.save(&window, u"third"_s, u"n"_s).has_value();
+        QVERIFY(first->isVisible());
+        most = std::max(most, panelsOver());
+        first->close();
+    });
+    QVERIFY(!m_panels.open(&window, u"first"_s).has_value());
+    QVERIFY(!isAnswered);
+    QCOMPARE(most, 1);
 }
 
 QTEST_MAIN(FilePanelsTest)

@@ -1,6 +1,8 @@
+#include "controls/ElidedLabel.h"
 #include "platform/desktop/WindowFrame.h"
 #include "support/CutToScreen.h"
 #include "support/FileSizeLimit.h"
+#include "support/LiteralLabel.h"
 #include "support/ShownProfileManager.h"
 #include "wording/WordingLookup.h"
 
@@ -204,6 +206,52 @@ private Q_SLOTS:
             QCOMPARE(world.page().button(text)->y(), last->y());
             QVERIFY(world.page().button(text)->x() < last->x());
         }
+    }
+
+    void detail_ampersands_areShown()
+    {
+        UIWordingProfile profile = userProfile(u"P"_s, u"A & B"_s);
+        profile.description = u"C & D"_s;
+        World world({profile});
+        QHash<QString, QString> values;
+        for (const auto &key : {u"profile.manage.name"_s,
+                                u"profile.manage.description"_s,
+                                u"profile.manage.locale"_s,
+                                u"profile.manage.valuesCount"_s,
+                                u"profile.manage.createdAt"_s,
+                                u"profile.manage.updatedAt"_s})
+            values.insert(key, u"A & B"_s);
+        wording::setActiveValues(values);
+        world.center.post(UIWordingProfileDidChange);
+        world.page().clickRow(2);
+        int count = 0;
+        for (QLabel *label : world.window()->findChildren<QLabel *>()) {
+            const QString text = label->text();
+            if (!label->isVisible() || !text.contains(u'&'))
+                continue;
+            ++count;
+            if (qobject_cast<ElidedLabel *>(label) == nullptr)
+                QVERIFY(showsLiterally(label, text.startsWith(u'A') ? u"A & B"_s : u"C & D"_s));
+        }
+        QCOMPARE(count, 9);
+    }
+
+    void detail_longName_takesOneLine()
+    {
+        const World world({userProfile(u"P"_s, u"とても長い名前 "_s.repeated(200))});
+        const auto title = [&world] {
+            QLabel *found = nullptr;
+            for (QLabel *label : world.window()->findChildren<QLabel *>())
+                if (label->isVisible() && found == nullptr &&
+                    label->text() == world.page().selectedName())
+                    found = label;
+            return found;
+        };
+        world.page().clickRow(0);
+        const int height = title()->height();
+        world.page().clickRow(2);
+        QCOMPARE(title()->height(), height);
+        QVERIFY(title()->toolTip().contains(u"とても長い名前"_s));
     }
 
     void detail_smallestWindow_keepsButtonsApart()
