@@ -39,6 +39,13 @@ void ButtonRow::setText(QPushButton *button, const QString &text)
     fit();
 }
 
+void ButtonRow::setHint(QPushButton *button, const QString &hint)
+{
+    m_hints.insert(button, hint);
+    button->setAccessibleDescription(hint);
+    setCompact(m_isCompact);
+}
+
 void ButtonRow::setShown(QPushButton *button, bool isShown)
 {
     button->setVisible(isShown);
@@ -51,8 +58,8 @@ void ButtonRow::setCompact(bool isCompact)
     for (QPushButton *button : std::as_const(m_buttons)) {
         const bool hasText = !isCompact || button == m_buttons.constLast();
         const QString text = m_texts.value(button);
-        button->setText(hasText ? verbatimText(text) : QString());
-        button->setToolTip(hasText ? QString() : verbatimToolTip(text));
+        setVerbatimText(button, hasText ? text : QString());
+        button->setToolTip(verbatimToolTip(hasText ? QString() : text, m_hints.value(button)));
         button->setMinimumWidth(hasText ? 0 : kSymbolWidth);
         button->setMaximumWidth(hasText ? QWIDGETSIZE_MAX : kSymbolWidth);
     }

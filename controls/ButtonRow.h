@@ -23,6 +23,10 @@ public:
     /// Sets the button's text, which is shown literally.
     void setText(QPushButton *button, const QString &text);
 
+    /// Sets a second line of the button's tool tip, and its description for assistive technology;
+    /// empty for none. Not part of the text.
+    void setHint(QPushButton *button, const QString &hint);
+
     void setShown(QPushButton *button, bool isShown);
 
     [[nodiscard]] QSize minimumSizeHint() const override;
@@ -38,6 +42,7 @@ private:
 
     QList<QPushButton *> m_buttons;
     QHash<QPushButton *, QString> m_texts;
+    QHash<QPushButton *, QString> m_hints;
     bool m_isCompact = false;
 };
 

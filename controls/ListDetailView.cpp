@@ -1,5 +1,6 @@
 #include "controls/ListDetailView.h"
 
+#include "controls/RowModel.h"
 #include "controls/SidebarDelegate.h"
 #include "controls/SymbolIcon.h"
 #include "controls/VerbatimText.h"
@@ -13,7 +14,6 @@
 #include <QShortcut>
 #include <QSplitter>
 #include <QStackedWidget>
-#include <QStandardItemModel>
 #include <QToolButton>
 
 namespace penwick {
@@ -22,14 +22,15 @@ namespace {
 
 constexpr int kHeaderMargin = 10;
 
-QStandardItem *makeItem(const ListDetailView::Row &row)
+QStandardItem *makeItem(const ListDetailView::Row &row, const QString &moveHint)
 {
     auto *item = new QStandardItem(row.name);
     item->setEditable(false);
     item->setData(row.id, SidebarDelegate::IdRole);
     item->setData(row.badge, SidebarDelegate::BadgeRole);
     item->setData(row.symbol, SidebarDelegate::SymbolRole);
-    item->setToolTip(verbatimToolTip(row.name));
+    item->setToolTip(verbatimToolTip(row.name, moveHint));
+    item->setDropEnabled(false); // A row is dropped between others.
     QStringList spoken{row.name};
     if (!row.badge.isEmpty())
         spoken += row.badge;
@@ -49,7 +50,7 @@ ListDetailView::ListDetailView(QWidget *detail, ListWidth width, QWidget *parent
     : QWidget(parent)
     , m_header(new QHBoxLayout)
     , m_list(new QListView)
-    , m_model(new QStandardItemModel(this))
+    , m_model(new RowModel(this))
     , m_detailSide(new QStackedWidget)
     , m_emptyLabel(new QLabel)
 {
@@ -97,6 +98,8 @@ void ListDetailView::makeList()
         if (!m_isUpdating)
             Q_EMIT markedByUser();
     });
+    // Queued, so that the rows do not change during the drop.
+    connect(m_model, &RowModel::dropped, this, &ListDetailView::handleDrop, Qt::QueuedConnection);
     connect(m_model, &QStandardItemModel::itemChanged, this, [this](const QStandardItem *item) {
         if (!m_isUpdating && item->isCheckable())
             Q_EMIT switchToggled(item->data(SidebarDelegate::IdRole).toString(),
@@ -123,7 +126,7 @@ QToolButton *ListDetailView::addHeaderButton(const QString &name, const QString 
 
 void ListDetailView::setHeaderText(QToolButton *button, const QString &text)
 {
-    button->setText(verbatimText(text));
+    setVerbatimText(button, text);
     button->setAccessibleName(text);
     button->setToolTip(verbatimToolTip(text));
 }
@@ -134,7 +137,7 @@ void ListDetailView::setRows(const QList<Row> &rows)
     const std::optional<QString> marked = markedId();
     // Replaces existing rows in place, so that the list keeps its scroll position.
     for (int i = 0; i < rows.size(); ++i)
-        m_model->setItem(i, makeItem(rows[i]));
+        m_model->setItem(i, makeItem(rows[i], m_moveHint));
     m_model->setRowCount(static_cast<int>(rows.size()));
     mark(marked);
 }
@@ -142,6 +145,13 @@ void ListDetailView::setRows(const QList<Row> &rows)
 void ListDetailView::setListName(const QString &name)
 {
     m_list->setAccessibleName(name);
+}
+
+void ListDetailView::setMovable(const QString &hint)
+{
+    m_moveHint = hint;
+    m_list->setAccessibleDescription(hint);
+    m_list->setDragDropMode(QAbstractItemView::InternalMove);
 }
 
 void ListDetailView::setEmptyText(const QString &text)
@@ -192,6 +202,31 @@ bool ListDetailView::handleNavigationKey(int key)
     return isStep;
 }
 
+bool ListDetailView::handleMoveKey(const QKeyEvent &key)
+{
+    const std::optional<QString> id = markedId();
+    const bool isUp = key.key() == Qt::Key_Up;
+    if (m_moveHint.isEmpty() || (key.modifiers() & ~Qt::KeypadModifier) != Qt::AltModifier ||
+        !(isUp || key.key() == Qt::Key_Down))
+        return false;
+    const int place = m_list->currentIndex().row() + (isUp ? -1 : 1);
+    if (id && place >= 0 && place < m_model->rowCount())
+        Q_EMIT moveRequested(*id, place);
+    return true;
+}
+
+void ListDetailView::handleDrop(const QString &id, int before)
+{
+    for (int i = 0; i < m_model->rowCount(); ++i) {
+        if (m_model->index(i, 0).data(SidebarDelegate::IdRole).toString() != id)
+            continue;
+        const int place = before > i ? before - 1 : before;
+        if (place != i)
+            Q_EMIT moveRequested(id, place);
+        return;
+    }
+}
+
 bool ListDetailView::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == m_list && event->type() == QEvent::KeyPress) {
@@ -200,7 +235,7 @@ bool ListDetailView::eventFilter(QObject *watched, QEvent *event)
             Q_EMIT deleteRequested();
             return true;
         }
-        if (handleNavigationKey(key->key()))
+        if (handleMoveKey(*key) || handleNavigationKey(key->key()))
             return true;
     }
     return QWidget::eventFilter(watched, event);

@@ -8,14 +8,16 @@
 #include <optional>
 
 class QHBoxLayout;
+class QKeyEvent;
 class QLabel;
 class QListView;
 class QSplitter;
 class QStackedWidget;
-class QStandardItemModel;
 class QToolButton;
 
 namespace penwick {
+
+class RowModel;
 
 /// A list beside the details of its selected row. A header is above the list. The details are
 /// replaced by a placeholder text, in the secondary colour, when no row is selected.
@@ -61,6 +63,11 @@ public:
     /// Replaces the rows. The selected row stays selected if its id still exists.
     void setRows(const QList<Row> &rows);
     void setListName(const QString &name);
+    /// Lets the user move rows: by dragging, and by Alt+Up and Alt+Down. The receiver of
+    /// `moveRequested` moves them.
+    /// \param hint second line of the rows' tool tips from the next `setRows` on, and description
+    ///        of the list for assistive technology.
+    void setMovable(const QString &hint);
     void setEmptyText(const QString &text);
 
     /// The id of the selected row; std::nullopt if none is selected.
@@ -75,6 +82,9 @@ Q_SIGNALS:
     /// Emitted when the user selects another row or none; `markedId` is the new one.
     void markedByUser();
     void switchToggled(const QString &id, bool isOn);
+    /// Emitted when the user moves a row.
+    /// \param place of the row after the move, 0-based.
+    void moveRequested(const QString &id, int place);
     /// Emitted when the user presses Delete or Backspace in the list.
     void deleteRequested();
 
@@ -84,12 +94,15 @@ protected:
 private:
     void makeList();
     bool handleNavigationKey(int key);
+    bool handleMoveKey(const QKeyEvent &key);
+    void handleDrop(const QString &id, int before);
 
     QHBoxLayout *m_header;
     QListView *m_list;
-    QStandardItemModel *m_model;
+    RowModel *m_model;
     QStackedWidget *m_detailSide;
     QLabel *m_emptyLabel;
+    QString m_moveHint; // Empty if rows cannot be moved.
     bool m_isUpdating = false;
 };
 

@@ -200,6 +200,22 @@ void MacroManager::deleteMacro(const QString &id)
     changeAndSave(lock, std::move(macros));
 }
 
+void MacroManager::moveMacro(const QString &id, qsizetype place)
+{
+    const auto hasThisId = hasId(id); // Copies the id, which may be part of the list.
+    const Lock lock = beginChange();
+    QList<Macro> macros = m_macros;
+    const qsizetype from =
+        std::find_if(macros.cbegin(), macros.cend(), hasThisId) - macros.cbegin();
+    const qsizetype to = std::clamp<qsizetype>(place, 0, std::max<qsizetype>(macros.size() - 1, 0));
+    if (from == macros.size() || from == to)
+        return;
+    macros.move(from, to);
+    for (qsizetype i = std::min(from, to); i <= std::max(from, to); ++i)
+        macros[i].sortOrder = m_macros[i].sortOrder;
+    changeAndSave(lock, std::move(macros));
+}
+
 void MacroManager::duplicateMacro(Macro macro)
 {
     const Lock lock = beginChange();

@@ -71,6 +71,11 @@ public:
     void updateMacro(Macro macro);
     /// Removes every macro with this id.
     void deleteMacro(const QString &id);
+    /// Moves the first macro with this id to another place in the list. The list's values of
+    /// `sortOrder` stay in their order, so each macro between the two places takes its neighbour's.
+    /// Without such a macro, or at its place, does nothing and does not save.
+    /// \param place in the list after the move, 0-based; clamped to the list.
+    void moveMacro(const QString &id, qsizetype place);
     /// Appends a copy with a new id, new times, the next `sortOrder`, a changed name and the source
     /// `user`.
     void duplicateMacro(Macro macro);
