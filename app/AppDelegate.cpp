@@ -5,6 +5,7 @@
 #include "app/OpenDialogs.h"
 #include "app/ScriptHostReport.h"
 #include "app/TestMacros.h"
+#include "code/ResultLine.h"
 #include "macro/library/MacroManager.h"
 #include "macro/script/ScriptHostPool.h"
 #include "platform/process/StandardOutput.h"
@@ -13,6 +14,7 @@
 
 #include <QApplication>
 #include <QSessionManager>
+#include <QShortcut>
 #include <QTimer>
 #include <QWindow>
 
@@ -45,18 +47,9 @@ AppDelegate::AppDelegate(Clock clock, FilePanels panels, QObject *parent)
 {
     // A window that is opened later gets a menu bar of its own.
     connect(&m_documents, &DocumentController::windowMade, this, &AppDelegate::prepareWindow);
-    connect(&m_documents,
-            &DocumentController::controllerMade,
-            this,
-            [this](EditorWindowController *controller) {
-                connect(controller,
-                        &EditorWindowController::macroFailedInLine,
-                        this,
-                        [this](const QString &code, int line) {
-                            if (m_macroManager != nullptr)
-                                m_macroManager->view()->markErrorLine(code, line);
-                        });
-            });
+    connect(
+        &m_documents, &DocumentController::controllerMade, this, &AppDelegate::prepareController);
+    connect(&m_documents, &DocumentController::documentClosed, this, &AppDelegate::showRunState);
 }
 
 AppDelegate::~AppDelegate()
@@ -182,6 +175,26 @@ void AppDelegate::prepareWindow(EditorWindow *window)
     connect(window, &EditorWindow::currentTabChanged, this, [this, window] {
         currentTabDidChange(window);
     });
+}
+
+void AppDelegate::prepareController(EditorWindowController *controller)
+{
+    connect(controller,
+            &EditorWindowController::macroFailed,
+            this,
+            [this](const QString &code, const MacroFailure &failure) {
+                const int line = failure.isAboutResult ? resultLine(code) : failure.line;
+                if (m_macroManager != nullptr)
+                    m_macroManager->view()->showRunError(code, failure.message, line);
+            });
+    // The document is added to the open ones after this signal.
+    QMetaObject::invokeMethod(this, &AppDelegate::showRunState, Qt::QueuedConnection);
+}
+
+void AppDelegate::showRunState()
+{
+    if (m_macroManager != nullptr)
+        m_macroManager->view()->setCanTestRun(m_documents.hasDocuments());
 }
 
 // A tab that comes to the front of the main window becomes the target of macros. A manager window
@@ -314,6 +327,10 @@ void AppDelegate::runTestMacroSelection()
 
 void AppDelegate::runMacroInActiveEditor(const Macro &macro)
 {
+    // The last active editor may have been closed behind the manager, where its text is not seen.
+    const auto open = m_documents.windowControllers();
+    if (!open.isEmpty() && !open.contains(targetEditor()))
+        windowDidBecomeMain(open.last()->window());
     m_launcher.runInActiveEditor(macro);
 }
 
@@ -325,10 +342,11 @@ void AppDelegate::showMacroManager()
                 MacroManager::shared(),
                 NotificationCenter::defaultCenter(),
                 m_panels,
-
                 randomIds(),
                 [this](const Macro &draft) { runMacroInActiveEditor(draft); }},
             UserDefaults::standard());
+        addShortcuts(m_macroManager->window());
+        showRunState();
     }
     m_macroManager->showWindow();
 }
@@ -343,8 +361,25 @@ void AppDelegate::showProfileManager()
                                          m_clock,
                                          randomIds()},
             UserDefaults::standard());
+        addShortcuts(m_profileManager->window());
     }
     m_profileManager->showWindow();
+}
+
+/// Gives a window without a menu bar the keys of the commands that concern no document.
+void AppDelegate::addShortcuts(QWidget *window)
+{
+    for (const MenuItemRow &row : menuItemRows()) {
+        const bool isForAnyWindow = row.command == MenuCommand::Quit ||
+                                    row.command == MenuCommand::NewDocument ||
+                                    row.command == MenuCommand::OpenDocument;
+        if (!isForAnyWindow)
+            continue;
+        auto *shortcut = new QShortcut(keyEquivalent(row), window);
+        connect(shortcut, &QShortcut::activated, this, [this, command = row.command] {
+            perform(command);
+        });
+    }
 }
 
 void AppDelegate::terminate()

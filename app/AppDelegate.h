@@ -73,7 +73,8 @@ public:
     void runDynamicMacro(const QString &id);
     void runTestMacro();
     void runTestMacroSelection();
-    /// Runs a macro for the macro manager. Shows a message when there is no editor.
+    /// Runs a macro for the macro manager, in another open editor if the last active one was
+    /// closed. Shows a message when there is no editor.
     void runMacroInActiveEditor(const Macro &macro);
 
     /// Shows the window in front of all others. It is made on first use.
@@ -102,6 +103,9 @@ private:
     void handleProfileDidChange();
     void windowDidBecomeMain(QWidget *window);
     void prepareWindow(EditorWindow *window);
+    void prepareController(EditorWindowController *controller);
+    void showRunState();
+    void addShortcuts(QWidget *window);
     void currentTabDidChange(EditorWindow *window);
     void quitOnSignal(int signalNumber);
     void commitSession(QSessionManager &manager);

@@ -1,6 +1,7 @@
 #include "code/CodeEditor.h"
 
 #include "code/LineNumberGutter.h"
+#include "controls/VerbatimText.h"
 #include "find/FindBar.h"
 #include "find/FindController.h"
 #include "platform/settings/NotificationCenter.h"
@@ -11,8 +12,10 @@
 
 #include <QFontMetrics>
 #include <QHBoxLayout>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QToolTip>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -102,6 +105,8 @@ void CodeEditor::makeTextArea()
     m_view->setDecoration(&m_decoration);
     m_view->installEventFilter(this);
     m_gutter = new LineNumberGutter(m_view, m_area);
+    for (QWidget *marked : {m_view->viewport(), static_cast<QWidget *>(m_gutter)})
+        marked->installEventFilter(this);
     m_gutter->setFont(m_view->font());
     m_gutter->updateWidth();
     layout->addWidget(m_gutter);
@@ -110,7 +115,8 @@ void CodeEditor::makeTextArea()
 
 void CodeEditor::relabel()
 {
-    setAccessibleDescription(wording::text(u"macro.manage.codeKeys"_s));
+    const QString keys = wording::text(u"macro.manage.codeKeys"_s);
+    setAccessibleDescription(m_errorMessage.isEmpty() ? keys : m_errorMessage + u' ' + keys);
 }
 
 QString CodeEditor::text() const
@@ -123,7 +129,7 @@ void CodeEditor::setText(const QString &text)
     m_view->setString(Text(QStringView(text)));
 }
 
-void CodeEditor::markErrorLine(int line)
+void CodeEditor::markErrorLine(int line, const QString &message)
 {
     if (line < 1) {
         clearErrorMark();
@@ -133,6 +139,8 @@ void CodeEditor::markErrorLine(int line)
     const qint64 number = std::min<qint64>(line - 1, last);
     m_decoration.setErrorLine(number);
     m_view->scrollTo(m_storage.text().offsetAfterLineFeed(number));
+    m_errorMessage = message;
+    relabel();
     errorMarkChanged();
 }
 
@@ -151,6 +159,21 @@ void CodeEditor::errorMarkChanged()
 {
     m_gutter->setErrorLine(m_decoration.errorLine());
     m_view->viewport()->update();
+    if (!m_decoration.errorLine() && !m_errorMessage.isEmpty()) {
+        m_errorMessage.clear();
+        relabel();
+    }
+}
+
+void CodeEditor::showErrorToolTip(const QHelpEvent &event, QWidget *widget) const
+{
+    const auto lines = m_view->visibleLines(); // The gutter has the same height.
+    const bool isOnMark = std::any_of(lines.begin(), lines.end(), [&](const auto &line) {
+        return line.number == m_decoration.errorLine() && line.top <= event.pos().y() &&
+               event.pos().y() < line.bottom;
+    });
+    QToolTip::showText(
+        event.globalPos(), isOnMark ? verbatimToolTip(m_errorMessage) : QString(), widget);
 }
 
 QSize CodeEditor::sizeHint() const
@@ -209,6 +232,10 @@ bool CodeEditor::handleKey(const QKeyEvent &event)
 
 bool CodeEditor::eventFilter(QObject *object, QEvent *event)
 {
+    if (event->type() == QEvent::ToolTip) {
+        showErrorToolTip(*static_cast<QHelpEvent *>(event), qobject_cast<QWidget *>(object));
+        return true;
+    }
     if (object != m_view)
         return QWidget::eventFilter(object, event);
     switch (event->type()) {

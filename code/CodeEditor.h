@@ -6,6 +6,8 @@
 
 #include <QWidget>
 
+class QHelpEvent;
+
 namespace penwick {
 
 class FindBar;
@@ -37,7 +39,8 @@ public:
     /// Marks a line and scrolls to it. Lines end with line feeds. A number past the last line marks
     /// the last line, one below 1 removes the mark.
     /// \param line 1-based.
-    void markErrorLine(int line);
+    /// \param message tool tip of the line, and part of the description for assistive technology.
+    void markErrorLine(int line, const QString &message = {});
     void clearErrorMark();
 
     /// The marked line, 1-based; 0 for none. The next edit removes the mark.
@@ -67,11 +70,13 @@ private:
     void makeTextArea();
     void relabel();
     void errorMarkChanged();
+    void showErrorToolTip(const QHelpEvent &event, QWidget *widget) const;
     [[nodiscard]] bool handleKey(const QKeyEvent &event);
     [[nodiscard]] bool apply(const std::optional<indentation::Edit> &edit);
 
     TextStorage m_storage;
     JavaScriptDecoration m_decoration;
+    QString m_errorMessage;    // Of the marked line.
     QWidget *m_area = nullptr; // The framed part, without the find bar.
     TextView *m_view = nullptr;
     LineNumberGutter *m_gutter = nullptr;

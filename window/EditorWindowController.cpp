@@ -27,6 +27,16 @@ quint64 nextNumber()
     return ++last;
 }
 
+/// Why no macro can read or change the text of the view now; empty when one can.
+QString obstacleToMacros(const TextView *view, bool isLoading)
+{
+    if (isLoading)
+        return wording::text(u"macro.error.loading"_s);
+    if (view == nullptr)
+        return wording::text(u"macro.error.noTextView"_s);
+    return view->hasMarkedText() ? wording::text(u"macro.warning.imeActive"_s) : QString();
+}
+
 } // namespace
 
 EditorWindowController::EditorWindowController(UserDefaults &defaults,
@@ -179,19 +189,10 @@ void EditorWindowController::runMacro(const QString &code,
     TextView *view = textView();
     if (isRunningMacro())
         offerToStopMacro();
-    else if (checkReadyForMacro(view))
+    else if (const QString obstacle = obstacleToMacros(view, m_isLoading); !obstacle.isEmpty())
+        fail(code, MacroFailure{obstacle});
+    else
         execute(view, code, buildMacroContext(macroId, macroName), userInput);
-}
-
-bool EditorWindowController::checkReadyForMacro(const TextView *view)
-{
-    if (m_isLoading)
-        showMacroMessage(NotificationType::Error, wording::text(u"macro.error.loading"_s));
-    else if (view == nullptr)
-        showMacroMessage(NotificationType::Error, wording::text(u"macro.error.noTextView"_s));
-    else if (view->hasMarkedText())
-        showMacroMessage(NotificationType::Warning, wording::text(u"macro.warning.imeActive"_s));
-    return view != nullptr && !view->hasMarkedText();
 }
 
 void EditorWindowController::execute(TextView *view,
@@ -217,41 +218,48 @@ void EditorWindowController::finishRun(TextView *view,
                                        const ScriptOutcome &outcome)
 {
     const auto result = MacroRuntimeService::resultOf(outcome, context);
-    if (!result) {
-        showMacroMessage(NotificationType::Error, result.error().errorDescription());
-        if (result.error().line > 0)
-            Q_EMIT macroFailedInLine(code, result.error().line);
-        return;
-    }
-    if (!prepareToApply(view, context, *result))
-        return;
+    if (!result)
+        return fail(code, result.error());
+    if (const QString obstacle = prepareToApply(view, context, *result); !obstacle.isEmpty())
+        return fail(code, MacroFailure{obstacle});
     const auto applied = MacroExecution(view, m_document).applyMacroResult(*result);
     if (!applied)
-        showMacroMessage(NotificationType::Error, applied.error().errorDescription());
+        fail(code, applied.error());
     else
         showOutcome(*result);
 }
 
-// Returns true when the edits of `result` may be applied, and restores the selection of the
-// snapshot. Accessibility tools, input methods and Replace All can edit behind the notice; keep
-// their edits and drop the macro's, which refer to another text.
-bool EditorWindowController::prepareToApply(TextView *view,
-                                            const MacroContext &context,
-                                            const MacroResult &result)
+void EditorWindowController::fail(const QString &code, const MacroResultError &error)
+{
+    using Code = MacroResultError::Code;
+    const bool hasRun = error.code != Code::ExecutionException && error.code != Code::Timeout;
+    fail(code, MacroFailure{error.errorDescription(), error.line, hasRun});
+}
+
+void EditorWindowController::fail(const QString &code, const MacroFailure &failure)
+{
+    showMacroMessage(NotificationType::Error, failure.message);
+    Q_EMIT macroFailed(code, failure);
+}
+
+// Returns why the edits of `result` cannot be applied. If they can, returns an empty text and
+// restores the selection of the snapshot. Accessibility tools, input methods and Replace All can
+// edit behind the notice; keep their edits and drop the macro's, which refer to another text.
+QString EditorWindowController::prepareToApply(TextView *view,
+                                               const MacroContext &context,
+                                               const MacroResult &result)
 {
     if (result.textEdits.isEmpty())
-        return true;
-    if (!checkReadyForMacro(view))
-        return false;
-    if (view->string() != context.document.text) {
-        showMacroMessage(NotificationType::Error, wording::text(u"macro.error.documentChanged"_s));
-        return false;
-    }
+        return {};
+    if (const QString obstacle = obstacleToMacros(view, m_isLoading); !obstacle.isEmpty())
+        return obstacle;
+    if (view->string() != context.document.text)
+        return wording::text(u"macro.error.documentChanged"_s);
     const TextRange selection{context.selection.startOffset,
                               context.selection.endOffset - context.selection.startOffset};
     if (view->selectedRange() != selection)
         view->setSelectedRange(selection);
-    return true;
+    return {};
 }
 
 // Messages of the macro replace the default message.

@@ -23,6 +23,14 @@ class MacroRun;
 class MainEditorView;
 class TextView;
 
+/// Why a run of a macro failed.
+struct MacroFailure
+{
+    QString message;
+    int line = 0;               ///< Of the code, 1-based; 0 when it is not known.
+    bool isAboutResult = false; ///< The code ran; what it returned is wrong.
+};
+
 /// One document's tab: its content, its state, and the macros that run on it. Use it from the main
 /// thread.
 ///
@@ -122,9 +130,8 @@ public:
     void showMacroMessage(NotificationType type, const QString &message);
 
 Q_SIGNALS:
-    /// Emitted when a run of this code failed and the engine named the line.
-    /// \param line of the code, 1-based.
-    void macroFailedInLine(const QString &code, int line);
+    /// Emitted when a run of this code failed, with what the status bar shows.
+    void macroFailed(const QString &code, const penwick::MacroFailure &failure);
 
 private:
     void removeContent();
@@ -137,9 +144,10 @@ private:
                    const QString &code,
                    const MacroContext &context,
                    const ScriptOutcome &outcome);
-    [[nodiscard]] bool
+    [[nodiscard]] QString
     prepareToApply(TextView *view, const MacroContext &context, const MacroResult &result);
-    [[nodiscard]] bool checkReadyForMacro(const TextView *view);
+    void fail(const QString &code, const MacroFailure &failure);
+    void fail(const QString &code, const MacroResultError &error);
     void showOutcome(const MacroResult &result);
 
     const quint64 m_number;

@@ -178,6 +178,8 @@ constexpr TextRow kTexts[] = {
     {u"macro.error.resultTooLarge", u"マクロの戻り値が大きすぎます"},
     {u"macro.error.resultTooManyValues", u"マクロの戻り値の要素が多すぎます"},
     {u"macro.manage.codeKeys", u"Tab で字下げします。次の項目へは Ctrl+Tab、前の項目へは Shift+Tab で移動します。"},
+    {u"macro.manage.errorInLine", u"%1 行目: %2"},
+    {u"macro.manage.reorderKeys", u"ドラッグするか、Alt+↑、Alt+↓ で並べ替えます"},
     {u"macro.manageAdd", u"追加"},
     {u"macro.manageDeleteConfirmMessage", u"本当に削除してもよろしいですか？この操作は元に戻せません。"},
     {u"macro.manageDeleteConfirmTitle", u"マクロの削除"},

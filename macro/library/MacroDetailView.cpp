@@ -4,11 +4,14 @@
 #include "controls/Alerts.h"
 #include "controls/ButtonRow.h"
 #include "controls/DetailPane.h"
+#include "controls/ElidedLabel.h"
 #include "controls/MacroSourceBadge.h"
+#include "controls/VerbatimText.h"
 #include "macro/library/MacroFile.h"
 #include "platform/files/AtomicFile.h"
 #include "wording/WordingLookup.h"
 
+#include <QAccessible>
 #include <QFrame>
 #include <QGridLayout>
 #include <QGuiApplication>
@@ -32,6 +35,7 @@ MacroDetailView::MacroDetailView(FilePanels panels, QWidget *parent)
     , m_section(makeSectionLabel())
     , m_codeLabel(makeSectionLabel())
     , m_code(new CodeEditor)
+    , m_runError(new ElidedLabel)
     , m_delete(makeActionButton(u"macroDelete"_s, u"trash"_s))
     , m_testRun(makeActionButton(u"macroTestRun"_s, u"play.fill"_s))
     , m_export(makeActionButton(u"macroExport"_s, u"square.and.arrow.up"_s))
@@ -52,6 +56,10 @@ MacroDetailView::MacroDetailView(FilePanels panels, QWidget *parent)
     layout->addLayout(rows);
     layout->addWidget(m_codeLabel);
     layout->addWidget(m_code, 1);
+    layout->addWidget(m_runError);
+    m_runError->setObjectName(u"macroRunError"_s);
+    m_runError->hide();
+    connect(m_code, &CodeEditor::textChanged, this, &MacroDetailView::clearRunError);
     auto *all = new QVBoxLayout(this);
     all->setContentsMargins(0, 0, 0, 0);
     all->setSpacing(0);
@@ -64,19 +72,17 @@ MacroDetailView::MacroDetailView(FilePanels panels, QWidget *parent)
 
 void MacroDetailView::makeFields(QGridLayout *rows)
 {
+    const QString names[] = {
+        u"macroName"_s, u"macroDescription"_s, u"macroCategory"_s, u"macroHelpURL"_s};
     for (int i = 0; i < FieldCount; ++i) {
         const auto at = static_cast<std::size_t>(i);
         m_labels[at] = makeFieldLabel();
         m_labels[at]->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-        m_fields[at] = new QLineEdit;
+        m_fields[at] = makeTextField(names[i]);
         m_labels[at]->setBuddy(m_fields[at]);
         rows->addWidget(m_labels[at], i, 0);
         rows->addWidget(m_fields[at], i, 1);
     }
-    m_fields[Name]->setObjectName(u"macroName"_s);
-    m_fields[Description]->setObjectName(u"macroDescription"_s);
-    m_fields[Category]->setObjectName(u"macroCategory"_s);
-    m_fields[HelpUrl]->setObjectName(u"macroHelpURL"_s);
     connect(m_fields[Name], &QLineEdit::textChanged, this, &MacroDetailView::showTitle);
 }
 
@@ -105,6 +111,7 @@ void MacroDetailView::setMacro(const Macro &macro)
     for (QLineEdit *field : m_fields)
         field->setCursorPosition(0); // Show the beginning of a long text.
     m_code->setText(macro.code);
+    clearRunError();
     showTitle();
 }
 
@@ -119,8 +126,10 @@ void MacroDetailView::setStoredMacro(const Macro &macro)
     follow(Description, &Macro::description);
     follow(Category, &Macro::category);
     follow(HelpUrl, &Macro::helpURL);
-    if (macro.code != m_macro.code && m_code->text() == m_macro.code)
+    if (macro.code != m_macro.code && m_code->text() == m_macro.code) {
         m_code->setText(macro.code);
+        clearRunError();
+    }
     m_macro = macro;
     showTitle();
 }
@@ -141,28 +150,69 @@ bool MacroDetailView::hasUnsavedEdits() const
     return draftMacro() != m_macro;
 }
 
+void MacroDetailView::editName()
+{
+    m_fields[Name]->setFocus();
+    m_fields[Name]->selectAll();
+}
+
+void MacroDetailView::showRunError(const QString &message, int line)
+{
+    const QString text =
+        line > 0 ? wording::text(u"macro.manage.errorInLine"_s, {QString::number(line), message})
+                 : message;
+    m_code->markErrorLine(line, text);
+    setTitle(m_runError, text);
+    m_runError->show();
+    QAccessibleEvent alert(m_runError, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
+}
+
+void MacroDetailView::clearRunError()
+{
+    m_code->clearErrorMark();
+    m_runError->clear();
+    m_runError->hide();
+}
+
+void MacroDetailView::setCanTestRun(bool canTestRun)
+{
+    m_canTestRun = canTestRun;
+    showRunState();
+}
+
+void MacroDetailView::showRunState()
+{
+    m_testRun->setEnabled(m_canTestRun);
+    m_buttons->setHint(m_testRun,
+                       m_canTestRun ? QString() : wording::text(u"macro.manageTestRunNoEditor"_s));
+}
+
 void MacroDetailView::showTitle()
 {
     const QString name = m_fields[Name]->text();
-    m_title->setText(name.isEmpty() ? wording::text(u"macro.manage.newMacro"_s) : name);
+    setTitle(m_title, name.isEmpty() ? wording::text(u"macro.manage.newMacro"_s) : name);
     m_badge->setSource(m_macro.source);
 }
 
 void MacroDetailView::relabel()
 {
     m_section->setText(wording::text(u"macro.manage.basicInfo"_s));
-    m_labels[Name]->setText(wording::text(u"macro.manage.name"_s));
-    m_labels[Description]->setText(wording::text(u"macro.manage.description"_s));
-    m_labels[Category]->setText(wording::text(u"macro.manage.category"_s));
-    m_labels[HelpUrl]->setText(wording::text(u"macro.manage.helpURL"_s));
-    m_codeLabel->setText(wording::text(u"macro.manage.code"_s));
+    const QString labels[] = {wording::text(u"macro.manage.name"_s),
+                              wording::text(u"macro.manage.description"_s),
+                              wording::text(u"macro.manage.category"_s),
+                              wording::text(u"macro.manage.helpURL"_s)};
+    for (std::size_t i = 0; i < FieldCount; ++i) {
+        setVerbatimText(m_labels[i], labels[i]);
+        m_fields[i]->setAccessibleName(labels[i]);
+    }
+    setVerbatimText(m_codeLabel, wording::text(u"macro.manage.code"_s));
     m_buttons->setText(m_delete, wording::text(u"common.delete"_s));
     m_buttons->setText(m_testRun, wording::text(u"macro.manage.testRun"_s));
     m_buttons->setText(m_export, wording::text(u"macro.export"_s));
     m_buttons->setText(m_duplicate, wording::text(u"common.duplicate"_s));
     m_buttons->setText(m_save, wording::text(u"common.save"_s));
-    for (std::size_t i = 0; i < FieldCount; ++i)
-        m_fields[i]->setAccessibleName(m_labels[i]->text());
+    showRunState();
     showTitle();
 }
 

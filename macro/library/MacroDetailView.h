@@ -16,6 +16,7 @@ namespace penwick {
 
 class ButtonRow;
 class CodeEditor;
+class ElidedLabel;
 class MacroSourceBadge;
 
 /// Edits one macro. The user's edits change a draft only; a receiver of `onSave` stores it.
@@ -37,6 +38,17 @@ public:
     [[nodiscard]] Macro draftMacro() const;
     [[nodiscard]] bool hasUnsavedEdits() const;
 
+    /// Selects the name for typing another one.
+    void editName();
+
+    /// Shows why a test run failed, until the code changes, the next run, or another macro.
+    /// \param line marked in the code; 1-based, 0 for none.
+    void showRunError(const QString &message, int line);
+    void clearRunError();
+
+    /// Enables the button for test runs, which otherwise has the reason as tool tip.
+    void setCanTestRun(bool canTestRun);
+
     /// Looks up all texts again.
     void relabel();
 
@@ -54,17 +66,20 @@ private:
     void makeFields(QGridLayout *rows);
     void makeButtons();
     void showTitle();
+    void showRunState();
     void exportMacro();
 
     FilePanels m_panels;
     Macro m_macro;
-    QLabel *m_title;
+    ElidedLabel *m_title;
     MacroSourceBadge *m_badge;
     QLabel *m_section;
     std::array<QLabel *, FieldCount> m_labels{};
     std::array<QLineEdit *, FieldCount> m_fields{};
     QLabel *m_codeLabel;
     CodeEditor *m_code;
+    ElidedLabel *m_runError;
+    bool m_canTestRun = true;
     QPushButton *m_delete;
     QPushButton *m_testRun;
     QPushButton *m_export;

@@ -49,6 +49,9 @@ MacroManagerView::MacroManagerView(Services services, QWidget *parent)
             Qt::QueuedConnection);
     connect(m_split, &ListDetailView::switchToggled, this, &MacroManagerView::setMacroEnabled);
     connect(m_split, &ListDetailView::deleteRequested, this, &MacroManagerView::askToDelete);
+    connect(m_split, &ListDetailView::moveRequested, this, [this](const QString &id, int row) {
+        m_services.macroManager.moveMacro(id, row);
+    });
     connect(
         &m_services.macroManager, &MacroManager::macrosChanged, this, &MacroManagerView::showList);
     m_services.center.addObserver(UIWordingProfileDidChange, this, [this] { relabel(); });
@@ -70,7 +73,7 @@ void MacroManagerView::connectDetail()
     });
     connect(m_detail, &MacroDetailView::onDelete, this, &MacroManagerView::askToDelete);
     connect(m_detail, &MacroDetailView::onTestRun, this, [this](const Macro &draft) {
-        m_detail->codeEditor()->clearErrorMark();
+        m_detail->clearRunError();
         m_services.testRun(draft);
     });
 }
@@ -81,6 +84,7 @@ void MacroManagerView::relabel()
     ListDetailView::setHeaderText(m_import, wording::text(u"macro.import"_s));
     m_split->setEmptyText(wording::text(u"macro.manage.emptySelection"_s));
     m_split->setListName(wording::text(u"macro.manageWindowTitle"_s));
+    m_split->setMovable(wording::text(u"macro.manage.reorderKeys"_s));
     m_detail->relabel();
     showList();
 }
@@ -171,6 +175,7 @@ void MacroManagerView::addMacro()
     macro.category = u"general"_s;
     m_services.macroManager.addMacro(macro);
     select(macro.id);
+    m_detail->editName();
 }
 
 void MacroManagerView::importMacro()
@@ -195,10 +200,15 @@ QString MacroManagerView::importFile(const QString &path)
     return wording::text(u"macro.manageImportSuccess"_s);
 }
 
-void MacroManagerView::markErrorLine(const QString &code, int line)
+void MacroManagerView::showRunError(const QString &code, const QString &message, int line)
 {
     if (m_detail->codeEditor()->text() == code)
-        m_detail->codeEditor()->markErrorLine(line);
+        m_detail->showRunError(message, line);
+}
+
+void MacroManagerView::setCanTestRun(bool canTestRun)
+{
+    m_detail->setCanTestRun(canTestRun);
 }
 
 void MacroManagerView::askToDelete()

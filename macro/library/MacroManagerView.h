@@ -51,9 +51,12 @@ public:
     /// Asks for a file and imports its macro.
     void importMacro();
 
-    /// Marks a line of the macro that is being edited, if `code` is its code.
-    /// \param line 1-based.
-    void markErrorLine(const QString &code, int line);
+    /// Shows why a run failed, if `code` is the code that is being edited.
+    /// \param line marked in the code; 1-based, 0 for none.
+    void showRunError(const QString &code, const QString &message, int line);
+
+    /// Tells whether there is an editor for test runs. There is one at first.
+    void setCanTestRun(bool canTestRun);
 
     [[nodiscard]] MacroDetailView *detailView() const { return m_detail; }
 

@@ -1,12 +1,18 @@
 #include "app/AppDelegateTestBase.h"
 #include "code/CodeEditor.h"
+#include "controls/ElidedLabel.h"
+#include "controls/VerbatimText.h"
 #include "support/Macros.h"
 #include "support/ManagerPage.h"
 
+#include <QAccessible>
 #include <QComboBox>
+#include <QFileDialog>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QTest>
+#include <QToolTip>
 
 using namespace penwick;
 using namespace Qt::StringLiterals;
@@ -26,6 +32,11 @@ private Q_SLOTS:
     void macroManagersTestRun_behindTwoEditors_editsTheOneActiveLast();
     void macroManagersTestRun_failing_marksTheLine_data();
     void macroManagersTestRun_failing_marksTheLine();
+    void macroManagersTestRun_failing_saysWhy();
+    void macroManagersTestRun_withoutEditor_isDisabledAndSaysSo();
+    void macroManagersTestRun_lastActiveEditorClosed_runsInAnOpenOne();
+    void managers_keys_quitAndOpen_data();
+    void managers_keys_quitAndOpen();
     void dynamicMacro_fromTheMenu_editsTheDocument();
     void dynamicMacro_vanished_doesNothing();
     void prefixMacro_prompted_usesTheAnswer_data();
@@ -266,6 +277,13 @@ void MacroCommandsTest::macroManagersTestRun_failing_marksTheLine_data()
     QTest::newRow("in a function") << u"function f() {\n  null.x;\n}\nf();"_s << 2;
     QTest::newRow("no program") << u"let a = 1;\nlet = = 2;"_s << 2;
     QTest::newRow("no error thrown") << u"\n\nthrow 'text';"_s << 0;
+    QTest::newRow("wrong type") << u"let a;\nreturn { textEdits: [{ type: 'x' }] };\n"_s << 2;
+    QTest::newRow("no text") << u"\n\nreturn {\n textEdits: [{ type: 'replaceAll' }] };\n"_s << 3;
+    QTest::newRow("no such lines")
+        << u"return { textEdits: [{ type: 'replaceLines', startLine: 8, endLine: 9, lines: [] }] };"_s
+        << 1;
+    QTest::newRow("no object") << u"if (!context) return {};\nreturn 1;\n"_s << 2;
+    QTest::newRow("no result") << u"let a;\n"_s << 0;
 }
 
 void MacroCommandsTest::macroManagersTestRun_failing_marksTheLine()
@@ -282,8 +300,134 @@ void MacroCommandsTest::macroManagersTestRun_failing_marksTheLine()
     page.click(u"テスト実行"_s);
     QTRY_VERIFY(!message().isEmpty());
     QTRY_COMPARE(editor->errorLine(), line);
+    const auto *error = editor->window()->findChild<ElidedLabel *>(u"macroRunError"_s);
+    QVERIFY(error->isVisible());
+    QVERIFY(error->text().endsWith(message()));
     test::clickInModal(u"保存しない"_s);
     QVERIFY(m_app->macroManagerWindowController()->window()->close());
+}
+
+void MacroCommandsTest::macroManagersTestRun_failing_saysWhy()
+{
+    launch();
+    m_app->showMacroManager();
+    QMainWindow *manager = m_app->macroManagerWindowController()->window();
+    const test::ManagerPage page(manager);
+    QTest::mouseClick(page.tool(u"macroAdd"_s), Qt::LeftButton);
+    auto *editor = manager->findChild<CodeEditor *>();
+    editor->setText(u"let a;\nthrow new Error('<b> & x');"_s);
+    page.click(u"テスト実行"_s);
+    QTRY_COMPARE(editor->errorLine(), 2);
+    const QString reason = u"2 行目: "_s + message();
+    QVERIFY(reason.contains(u"<b> & x"_s));
+    const auto *error = manager->findChild<ElidedLabel *>(u"macroRunError"_s);
+    QCOMPARE(error->text(), reason);
+    QVERIFY(error->isVisible());
+    const auto *told = QAccessible::queryAccessibleInterface(editor->textView());
+    QVERIFY(told->text(QAccessible::Description).startsWith(reason));
+
+    const auto tipAt = [editor](qint64 offset) {
+        QWidget *viewport = editor->textView()->viewport();
+        const QPoint place = editor->textView()->caretRectAt(offset).center().toPoint();
+        QHelpEvent event(QEvent::ToolTip, place, viewport->mapToGlobal(place));
+        QCoreApplication::sendEvent(viewport, &event);
+        return QToolTip::text();
+    };
+    QCOMPARE(tipAt(0), QString());
+    QCOMPARE(tipAt(8), verbatimToolTip(reason));
+
+    // The mark, the message and the description go with the next edit.
+    QTest::keyClicks(editor->textView(), u"x"_s);
+    QVERIFY(!error->isVisible());
+    QCOMPARE(editor->errorLine(), 0);
+    QVERIFY(!told->text(QAccessible::Description).contains(u"<b>"_s));
+    test::clickInModal(u"保存しない"_s);
+    QVERIFY(manager->close());
+}
+
+void MacroCommandsTest::macroManagersTestRun_withoutEditor_isDisabledAndSaysSo()
+{
+    launch();
+    m_app->showMacroManager();
+    QMainWindow *manager = m_app->macroManagerWindowController()->window();
+    const test::ManagerPage page(manager);
+    page.clickRow(0);
+    auto *button = manager->findChild<QPushButton *>(u"macroTestRun"_s);
+    QVERIFY(button->isEnabled());
+    const std::shared_ptr<EditorWindowController> closed =
+        m_app->documentController().windowControllers().first();
+    QVERIFY(m_app->documentController().closeDocument(closed.get()));
+    QVERIFY(!button->isEnabled());
+    QCOMPARE(button->toolTip(), u"実行対象のエディタが見つかりません"_s);
+    QCOMPARE(button->accessibleDescription(), u"実行対象のエディタが見つかりません"_s);
+    QTest::mouseClick(button, Qt::LeftButton);
+    QCOMPARE(closed->textView()->string().toString(), QString());
+
+    m_app->documentController().newDocument();
+    QCoreApplication::processEvents();
+    QVERIFY(button->isEnabled());
+    QCOMPARE(button->toolTip(), QString());
+    QVERIFY(manager->close());
+}
+
+void MacroCommandsTest::macroManagersTestRun_lastActiveEditorClosed_runsInAnOpenOne()
+{
+    launch({m_home.write(u"a.txt"_s, "A"), m_home.write(u"b.txt"_s, "B")});
+    m_app->documentController().moveToNewWindow(controller(1), {0, 0});
+    activate(1);
+    m_app->showMacroManager();
+    QMainWindow *manager = m_app->macroManagerWindowController()->window();
+    QVERIFY(QTest::qWaitForWindowActive(manager));
+    const std::shared_ptr<EditorWindowController> closed =
+        m_app->documentController().windowControllers().at(1);
+    QVERIFY(m_app->documentController().closeDocument(closed.get()));
+    manager->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(manager));
+    Macro macro = test::sampleMacro();
+    macro.code = u"return { textEdits: [{ type: 'replaceAll', text: 'new' }] };"_s;
+    m_app->runMacroInActiveEditor(macro);
+    QTRY_COMPARE(text(0), u"new"_s);
+    QCOMPARE(closed->textView()->string().toString(), u"B"_s);
+    QVERIFY(manager->close());
+}
+
+void MacroCommandsTest::managers_keys_quitAndOpen_data()
+{
+    QTest::addColumn<bool>("isMacroManager");
+    QTest::newRow("macro manager") << true;
+    QTest::newRow("profile manager") << false;
+}
+
+void MacroCommandsTest::managers_keys_quitAndOpen()
+{
+    QFETCH(const bool, isMacroManager);
+    launch();
+    setText(u"unsaved"_s);
+    isMacroManager ? m_app->showMacroManager() : m_app->showProfileManager();
+    QMainWindow *manager = isMacroManager ? m_app->macroManagerWindowController()->window()
+                                          : m_app->profileManagerWindowController()->window();
+    QVERIFY(QTest::qWaitForWindowActive(manager));
+    QTest::keyClick(manager, Qt::Key_N, Qt::ControlModifier);
+    QCOMPARE(m_app->documentController().windowControllers().size(), 2);
+
+    manager->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(manager));
+    bool isPanel = false;
+    test::answerModal([&isPanel](QWidget *window) {
+        isPanel = qobject_cast<QFileDialog *>(window) != nullptr;
+        window->close();
+    });
+    QTest::keyClick(manager, Qt::Key_O, Qt::ControlModifier);
+    QVERIFY(isPanel);
+
+    manager->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(manager));
+    QString question;
+    test::clickInModal(u"キャンセル"_s, &question);
+    QTest::keyClick(manager, Qt::Key_Q, Qt::ControlModifier);
+    QVERIFY(!question.isEmpty());
+    QVERIFY(m_app->documentController().hasDocuments());
+    QVERIFY(manager->close());
 }
 
 QTEST_MAIN(MacroCommandsTest)

@@ -1,10 +1,12 @@
 #include "macro/library/MacroDetailView.h"
 #include "macro/library/MacroManagerScene.h"
 #include "platform/desktop/WindowFrame.h"
+#include "support/LiteralLabel.h"
 #include "view/TextView.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
 
+#include <QMimeData>
 #include <QScreen>
 #include <QTest>
 
@@ -205,6 +207,93 @@ private Q_SLOTS:
         QCOMPARE(world.code()->text(), kTemplate);
     }
 
+    void add_pressed_selectsTheNameForTyping()
+    {
+        const MacroManagerScene world;
+        QVERIFY(QTest::qWaitForWindowActive(world.window()));
+        world.clickTool(u"macroAdd"_s);
+        QCOMPARE(QApplication::focusWidget(), world.field(u"macroName"_s));
+        QCOMPARE(world.field(u"macroName"_s)->selectedText(), u"新規マクロ"_s);
+    }
+
+    void row_movedByKeys_changesTheOrderInTheFile()
+    {
+        const MacroManagerScene world({namedMacro(u"A"_s, u"Alpha"_s, -3),
+                                       namedMacro(u"B"_s, u"Beta"_s, 7),
+                                       namedMacro(u"C"_s, u"Gamma"_s, 7)});
+        const QString hint = u"ドラッグするか、Alt+↑、Alt+↓ で並べ替えます"_s;
+        QCOMPARE(world.page().row(0).data(Qt::ToolTipRole).toString(), u"Alpha\n"_s + hint);
+        QCOMPARE(world.page().list()->accessibleDescription(), hint);
+        world.page().clickRow(2);
+        const auto press = [&world](Qt::Key key) {
+            QTest::keyClick(world.page().list(), key, Qt::AltModifier);
+        };
+        press(Qt::Key_Down); // It is the last one.
+        QCOMPARE(world.page().names(), (QStringList{u"Alpha"_s, u"Beta"_s, u"Gamma"_s}));
+        press(Qt::Key_Up);
+        press(Qt::Key_Up);
+        press(Qt::Key_Up); // It is the first one.
+        QCOMPARE(world.page().names(), (QStringList{u"Gamma"_s, u"Alpha"_s, u"Beta"_s}));
+        QCOMPARE(world.page().selectedName(), u"Gamma"_s);
+        press(Qt::Key_Down);
+        QCOMPARE(world.page().names(), (QStringList{u"Alpha"_s, u"Gamma"_s, u"Beta"_s}));
+        const QList<Macro> stored = MacroJson::read(world.file()).value();
+        QCOMPARE(stored,
+                 (QList{namedMacro(u"A"_s, u"Alpha"_s, -3),
+                        namedMacro(u"C"_s, u"Gamma"_s, 7),
+                        namedMacro(u"B"_s, u"Beta"_s, 7)}));
+    }
+
+    void row_dropped_changesTheOrder_data()
+    {
+        QTest::addColumn<int>("row");
+        QTest::addColumn<int>("before");
+        QTest::addColumn<QString>("order");
+        QTest::newRow("to the end") << 0 << 3 << u"BCA"_s;
+        QTest::newRow("below the list") << 0 << -1 << u"BCA"_s;
+        QTest::newRow("to the start") << 2 << 0 << u"CAB"_s;
+        QTest::newRow("one down") << 0 << 2 << u"BAC"_s;
+        QTest::newRow("before itself") << 1 << 1 << u"ABC"_s;
+        QTest::newRow("behind itself") << 1 << 2 << u"ABC"_s;
+    }
+
+    void row_dropped_changesTheOrder()
+    {
+        QFETCH(const int, row);
+        QFETCH(const int, before);
+        QFETCH(const QString, order);
+        const MacroManagerScene world({namedMacro(u"A"_s, u"A"_s, 1),
+                                       namedMacro(u"B"_s, u"B"_s, 2),
+                                       namedMacro(u"C"_s, u"C"_s, 3)});
+        world.page().clickRow(row);
+        const QString dragged = world.page().selectedName();
+        QVERIFY(world.page().list()->dragDropMode() == QAbstractItemView::InternalMove);
+        QAbstractItemModel *model = world.page().list()->model();
+        const std::unique_ptr<QMimeData> data(model->mimeData({world.page().row(row)}));
+        QVERIFY(!model->dropMimeData(data.get(), Qt::MoveAction, before, 0, {}));
+        QCoreApplication::processEvents();
+        QCOMPARE(world.page().names().join(QString()), order);
+        QCOMPARE(world.page().selectedName(), dragged);
+        const QList<Macro> stored = MacroJson::read(world.file()).value();
+        for (qsizetype i = 0; i < 3; ++i) {
+            QCOMPARE(stored[i].id, order.mid(i, 1));
+            QCOMPARE(stored[i].sortOrder, i + 1);
+        }
+    }
+
+    void row_movedWithUnsavedEdits_keepsBoth()
+    {
+        const MacroManagerScene world;
+        world.page().clickRow(0);
+        world.fill(u"macroName"_s, u"Omega"_s);
+        QTest::keyClick(world.page().list(), Qt::Key_Down, Qt::AltModifier);
+        QCOMPARE(world.page().names(), (QStringList{u"Beta"_s, u"Alpha"_s}));
+        world.page().click(u"保存"_s);
+        QCOMPARE(world.page().names(), (QStringList{u"Beta"_s, u"Omega"_s}));
+        QCOMPARE(world.stored(u"A"_s).sortOrder, 2);
+        QCOMPARE(world.stored(u"B"_s).sortOrder, 1);
+    }
+
     void add_returnKey_pressesItOnce()
     {
         const MacroManagerScene world;
@@ -375,6 +464,75 @@ private Q_SLOTS:
         QCOMPARE(world.stored(u"A"_s).name, storedName);
         if (selected == u"A"_s)
             QCOMPARE(world.field(u"macroName"_s)->text(), u"Omega"_s);
+    }
+
+    void fields_longTexts_areWhole()
+    {
+        constexpr qsizetype kLong = 40'000; // More than the toolkit's fields hold by default.
+        Macro macro = namedMacro(u"A"_s, QString(kLong, u'名'), 1);
+        macro.description = QString(kLong, u'd');
+        macro.category = QString(kLong, u'c');
+        macro.helpURL = QString(kLong, u'u');
+        const MacroManagerScene world({macro});
+        world.page().clickRow(0);
+        QVERIFY(!world.controller->view()->detailView()->hasUnsavedEdits());
+        QTest::keyClicks(world.code()->textView(), u"x"_s);
+        world.page().click(u"保存"_s);
+        Macro expected = macro;
+        expected.code.prepend(u'x');
+        expected.updatedAt = kNow;
+        QCOMPARE(world.stored(u"A"_s), expected);
+    }
+
+    void title_longName_takesOneLine()
+    {
+        const MacroManagerScene world({namedMacro(u"A"_s, u"Alpha"_s, 1),
+                                       namedMacro(u"B"_s, u"とても長い名前 "_s.repeated(200), 2)});
+        const auto title = [&world] {
+            const QString name = world.field(u"macroName"_s)->text();
+            for (QLabel *label : world.window()->findChildren<QLabel *>())
+                if (label->text() == name)
+                    return label;
+            return static_cast<QLabel *>(nullptr);
+        };
+        world.page().clickRow(0);
+        QVERIFY(title() != nullptr);
+        const int height = title()->height();
+        const int listWidth = world.page().list()->width();
+        QCOMPARE(title()->toolTip(), u"Alpha"_s);
+        world.page().clickRow(1);
+        QVERIFY(title() != nullptr);
+        QCOMPARE(title()->height(), height);
+        QCOMPARE(world.page().list()->width(), listWidth);
+        QVERIFY(title()->toolTip().contains(u"とても長い名前"_s));
+        QVERIFY(title()->toolTip().size() < 1100);
+        QCOMPARE(world.window()->size(), QSize(800, 600));
+    }
+
+    void labels_ampersands_areShown()
+    {
+        MacroManagerScene world;
+        world.page().clickRow(0);
+        const QString text = u"A & B"_s;
+        QHash<QString, QString> values;
+        for (const auto &key : {u"macro.manage.basicInfo"_s,
+                                u"macro.manage.name"_s,
+                                u"macro.manage.description"_s,
+                                u"macro.manage.category"_s,
+                                u"macro.manage.helpURL"_s,
+                                u"macro.manage.code"_s})
+            values.insert(key, text);
+        wording::setActiveValues(values);
+        world.center.post(UIWordingProfileDidChange);
+        int count = 0;
+        for (QLabel *label : world.window()->findChildren<QLabel *>()) {
+            if (!label->isVisible() || !label->text().contains(u'&'))
+                continue;
+            ++count;
+            QVERIFY(showsLiterally(label, text));
+        }
+        QCOMPARE(count, 6);
+        QCOMPARE(world.field(u"macroName"_s)->accessibleName(), text);
     }
 
     void close_unsavedEdits_asks()
