@@ -3,7 +3,6 @@
 #include "view/TextViewPainter.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace penwick {
 
@@ -11,23 +10,6 @@ namespace {
 
 constexpr double kReadable = 4.5;
 constexpr double kDiscernible = 3;
-
-QColor mixed(const QColor &a, const QColor &b, double shareOfB)
-{
-    const auto mix = [shareOfB](int x, int y) {
-        return static_cast<int>(std::lround(x + (y - x) * shareOfB));
-    };
-    return {mix(a.red(), b.red()), mix(a.green(), b.green()), mix(a.blue(), b.blue())};
-}
-
-double luminance(const QColor &color)
-{
-    const auto linear = [](double channel) {
-        return channel <= 0.04045 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
-           0.0722 * linear(color.blueF());
-}
 
 /// A colour behind text, and the least contrast of the text to it.
 struct Background
@@ -42,7 +24,7 @@ QColor readable(const QColor &wish, const QColor &text, const QList<Background> 
 {
     constexpr int kSteps = 20;
     for (int step = 0; step < kSteps; ++step) {
-        const QColor color = mixed(wish, text, static_cast<double>(step) / kSteps);
+        const QColor color = mixedColor(wish, text, static_cast<double>(step) / kSteps);
         const bool isReadable =
             std::all_of(backgrounds.begin(), backgrounds.end(), [&](const Background &b) {
                 return contrastRatio(color, b.color) >= b.contrast;
@@ -59,18 +41,18 @@ CodeColors::CodeColors(const QPalette &palette)
 {
     const QColor text = palette.color(QPalette::Active, QPalette::Text);
     const QColor base = palette.color(QPalette::Active, QPalette::Base);
-    const bool isDark = luminance(base) < luminance(text);
+    const bool isDark = contrastRatio(text, Qt::black) > contrastRatio(base, Qt::black);
     const QColor red = isDark ? QColor(255, 100, 90) : QColor(200, 20, 30);
-    errorLine = mixed(base, red, isDark ? 0.22 : 0.14);
+    errorLine = mixedColor(base, red, isDark ? 0.22 : 0.14);
     const QList<Background> backgrounds{
         {base}, {errorLine}, {textMarkColor(palette), kDiscernible}};
     const auto inText = [&](const QColor &wish) { return readable(wish, text, backgrounds); };
-    comment = inText(mixed(base, text, 0.5));
+    comment = inText(mixedColor(base, text, 0.5));
     string = inText(isDark ? QColor(152, 206, 130) : QColor(20, 105, 45));
     regularExpression = inText(isDark ? QColor(250, 176, 110) : QColor(160, 68, 0));
     number = inText(isDark ? QColor(130, 190, 255) : QColor(0, 84, 180));
     keyword = inText(isDark ? QColor(212, 150, 235) : QColor(135, 20, 150));
-    lineNumber = readable(mixed(base, text, 0.4), text, {{base}});
+    lineNumber = readable(mixedColor(base, text, 0.4), text, {{base}});
     errorSign = readable(red, text, {{base}});
 }
 
@@ -94,13 +76,6 @@ QColor CodeColors::colorOf(JavaScriptToken::Kind kind) const
         break;
     }
     return {};
-}
-
-double contrastRatio(const QColor &a, const QColor &b)
-{
-    const double first = luminance(a);
-    const double second = luminance(b);
-    return (std::max(first, second) + 0.05) / (std::min(first, second) + 0.05);
 }
 
 } // namespace penwick

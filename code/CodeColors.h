@@ -1,6 +1,7 @@
 #pragma once
 
 #include "code/JavaScriptTokens.h"
+#include "controls/ColorContrast.h" // IWYU pragma: export
 
 #include <QColor>
 #include <QPalette>
@@ -28,9 +29,5 @@ struct CodeColors
     QColor errorLine; ///< Behind the text.
     QColor errorSign;
 };
-
-/// Returns the contrast of two colours, 1 to 21, as the accessibility guidelines for the web define
-/// it. They require 4.5 between text and its background.
-[[nodiscard]] double contrastRatio(const QColor &a, const QColor &b);
 
 } // namespace penwick

@@ -1,5 +1,6 @@
 #include "controls/ListDetailView.h"
 
+#include "controls/ColorContrast.h"
 #include "controls/RowModel.h"
 #include "controls/SidebarDelegate.h"
 #include "controls/SymbolIcon.h"
@@ -68,7 +69,6 @@ ListDetailView::ListDetailView(QWidget *detail, ListWidth width, QWidget *parent
     m_emptyLabel->setAlignment(Qt::AlignCenter);
     m_emptyLabel->setTextFormat(Qt::PlainText);
     m_emptyLabel->setWordWrap(true);
-    m_emptyLabel->setForegroundRole(QPalette::PlaceholderText);
     m_detailSide->addWidget(m_emptyLabel);
     m_detailSide->addWidget(detail);
 
@@ -82,6 +82,7 @@ ListDetailView::ListDetailView(QWidget *detail, ListWidth width, QWidget *parent
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(splitter);
+    colorEmptyText();
 }
 
 void ListDetailView::makeList()
@@ -200,6 +201,27 @@ bool ListDetailView::handleNavigationKey(int key)
     if (isStep || place == m_model->index(key == Qt::Key_Home ? 0 : m_model->rowCount() - 1, 0))
         m_list->selectionModel()->select(place, QItemSelectionModel::ClearAndSelect);
     return isStep;
+}
+
+/// Gives the placeholder text the secondary colour, in which it is readable. The toolkit's own is
+/// too pale on the colour of a window.
+void ListDetailView::colorEmptyText()
+{
+    constexpr double kSecondary = 0.6;
+    constexpr double kReadable = 4.5;
+    const QColor window = palette().color(QPalette::Window);
+    const QColor text = palette().color(QPalette::WindowText);
+    QPalette own;
+    own.setColor(QPalette::WindowText,
+                 colorWithContrast(mixedColor(window, text, kSecondary), text, window, kReadable));
+    m_emptyLabel->setPalette(own);
+}
+
+void ListDetailView::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        colorEmptyText();
 }
 
 bool ListDetailView::handleMoveKey(const QKeyEvent &key)

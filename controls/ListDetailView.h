@@ -90,9 +90,11 @@ Q_SIGNALS:
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
     void makeList();
+    void colorEmptyText();
     bool handleNavigationKey(int key);
     bool handleMoveKey(const QKeyEvent &key);
     void handleDrop(const QString &id, int before);

@@ -1,5 +1,6 @@
 #include "controls/ProminentButton.h"
 
+#include "controls/ColorContrast.h"
 #include "controls/FocusRing.h"
 
 #include <QPainter>
@@ -17,7 +18,7 @@ QColor ProminentButton::fillColor() const
 {
     constexpr int kHovered = 108; // Factors for QColor::darker, in percent.
     constexpr int kPressed = 125;
-    const QColor highlight = palette().color(QPalette::Active, QPalette::Highlight);
+    const QColor highlight = readableHighlight(palette());
     if (isDown())
         return highlight.darker(kPressed);
     return underMouse() ? highlight.darker(kHovered) : highlight;

@@ -1,5 +1,6 @@
 #include "controls/SidebarDelegate.h"
 
+#include "controls/ColorContrast.h"
 #include "controls/FocusRing.h"
 
 #include <QApplication>
@@ -114,11 +115,10 @@ QSize badgeSize(const QFont &font, const QString &text)
 void paintBadge(
     QPainter *painter, const QRect &rect, const QFont &font, const QString &text, const QColor &ink)
 {
-    constexpr int kFillAlpha = 34;
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
     QColor fill = ink;
-    fill.setAlpha(kFillAlpha);
+    fill.setAlphaF(kBadgeInkShare);
     painter->setPen(Qt::NoPen);
     painter->setBrush(fill);
     const qreal radius = rect.height() / 2.0;
@@ -135,15 +135,16 @@ void SidebarDelegate::paint(QPainter *painter,
 {
     QStyleOptionViewItem row = option;
     initStyleOption(&row, index);
+    const bool isSelected = option.state.testFlag(QStyle::State_Selected);
+    const QPalette::ColorGroup group =
+        option.state.testFlag(QStyle::State_Active) ? QPalette::Active : QPalette::Inactive;
+    row.palette.setColor(group, QPalette::Highlight, readableHighlight(option.palette, group));
     const QStyle *style = row.widget != nullptr ? row.widget->style() : qApp->style();
     style->drawPrimitive(QStyle::PE_PanelItemViewItem, &row, painter, row.widget);
     const RowParts parts = partsOf(option, index);
     if (!parts.check.isEmpty())
         paintCheck(painter, option, mirrored(option, parts.check), index);
 
-    const bool isSelected = option.state.testFlag(QStyle::State_Selected);
-    const QPalette::ColorGroup group =
-        option.state.testFlag(QStyle::State_Active) ? QPalette::Active : QPalette::Inactive;
     const QColor ink =
         option.palette.color(group, isSelected ? QPalette::HighlightedText : QPalette::Text);
     painter->save();
@@ -164,7 +165,12 @@ void SidebarDelegate::paint(QPainter *painter,
     if (option.state.testFlag(QStyle::State_HasFocus) &&
         option.state.testFlag(QStyle::State_KeyboardFocusChange))
         paintFocusRing(painter, option.rect, ink);
-    index.data(SymbolRole).value<QIcon>().paint(painter, mirrored(option, parts.symbol));
+    index.data(SymbolRole)
+        .value<QIcon>()
+        .paint(painter,
+               mirrored(option, parts.symbol),
+               Qt::AlignCenter,
+               isSelected ? QIcon::Selected : QIcon::Normal);
 }
 
 QSize SidebarDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const

@@ -4,6 +4,9 @@
 
 namespace penwick {
 
+/// The share of the text's colour in the colour of a badge.
+constexpr float kBadgeInkShare = 0.13F;
+
 /// A badge is a capsule around a short text, about as high as a line of `font`.
 [[nodiscard]] QSize badgeSize(const QFont &font, const QString &text);
 void paintBadge(QPainter *painter,

@@ -1,5 +1,7 @@
 #include "controls/SymbolIcon.h"
 
+#include "controls/ColorContrast.h"
+
 #include <QApplication>
 #include <QFile>
 #include <QIconEngine>
@@ -60,8 +62,13 @@ private:
         const QPalette palette = QApplication::palette();
         if (mode == QIcon::Disabled)
             return palette.color(QPalette::Disabled, QPalette::ButtonText);
-        if (mode == QIcon::Selected)
-            return palette.color(QPalette::HighlightedText);
+        if (mode == QIcon::Selected) {
+            constexpr double kDiscernible = 3;
+            const QColor text = palette.color(QPalette::HighlightedText);
+            return m_color.isValid()
+                       ? colorWithContrast(m_color, text, readableHighlight(palette), kDiscernible)
+                       : text;
+        }
         return m_color.isValid() ? m_color : palette.color(QPalette::Active, QPalette::ButtonText);
     }
 

@@ -11,7 +11,8 @@ namespace penwick {
 /// \param name of a drawing in the folder `symbols`: `trash`, `play.fill`.
 [[nodiscard]] QIcon symbolIcon(const QString &name);
 
-/// The same in `color`, except when it is disabled or selected.
+/// The same in `color`, except when it is disabled. When it is selected, the colour is mixed with
+/// that of the selected text, as far as needed to be discernible on a selected row.
 [[nodiscard]] QIcon symbolIcon(const QString &name, const QColor &color);
 
 } // namespace penwick

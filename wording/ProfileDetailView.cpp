@@ -6,9 +6,11 @@
 #include "controls/VerbatimText.h"
 #include "wording/WordingLookup.h"
 
+#include <QDateTime>
 #include <QFrame>
 #include <QGridLayout>
 #include <QLabel>
+#include <QLocale>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QVBoxLayout>
@@ -30,6 +32,13 @@ QLabel *makeValueLabel()
     label->setWordWrap(true);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     return label;
+}
+
+/// The local form of a stored time; empty for a text that is not one.
+QString localTime(const QString &stored)
+{
+    const QDateTime time = QDateTime::fromString(stored, Qt::ISODate);
+    return time.isValid() ? QLocale().toString(time.toLocalTime(), QLocale::LongFormat) : QString();
 }
 
 QLabel *labelAt(const QGridLayout *rows, int row, int column)
@@ -108,6 +117,11 @@ void ProfileDetailView::showProfile()
            QString::number(m_profile.values.size()));
     setRow(CreatedAt, wording::text(u"profile.manage.createdAt"_s), m_profile.createdAt);
     setRow(UpdatedAt, wording::text(u"profile.manage.updatedAt"_s), m_profile.updatedAt);
+    for (const Row row : {CreatedAt, UpdatedAt}) {
+        QLabel *label = labelAt(m_rows, row, 1);
+        label->setToolTip(localTime(label->text()));
+        label->setAccessibleDescription(label->toolTip());
+    }
     const auto showRow = [this](int row, bool isShown) {
         labelAt(m_rows, row, 0)->setVisible(isShown);
         labelAt(m_rows, row, 1)->setVisible(isShown);

@@ -1,5 +1,6 @@
 #include "app/MenuBar.h"
 #include "app/PromptDialog.h"
+#include "controls/ColorContrast.h"
 #include "controls/FocusRing.h"
 #include "controls/MessageBox.h"
 #include "support/Macros.h"
@@ -10,6 +11,7 @@
 #include "window/EditorWindowController.h"
 
 #include <QAbstractButton>
+#include <QHash>
 #include <QLabel>
 #include <QLineEdit>
 #include <QStyle>
@@ -160,14 +162,14 @@ QPalette darkPalette()
 }
 
 /// The window's picture once all pending events are processed and all animations have ended.
-QImage pictureOf(const Scene &scene)
+QImage pictureOf(QWidget *window)
 {
     constexpr int kBetween = 40; // Milliseconds.
     constexpr int kMost = 50;
-    QImage picture = scene.window()->grab().toImage();
+    QImage picture = window->grab().toImage();
     for (int i = 0; i < kMost; ++i) {
         QTest::qWait(kBetween);
-        const QImage next = scene.window()->grab().toImage();
+        const QImage next = window->grab().toImage();
         if (next == picture)
             break;
         picture = next;
@@ -175,15 +177,45 @@ QImage pictureOf(const Scene &scene)
     return picture;
 }
 
-/// The part of the window's picture that shows the widget and a frame around it.
-QImage partOf(const QImage &picture, const QWidget *widget)
+QImage pictureOf(const Scene &scene)
 {
-    constexpr int kAround = 4; // A style may draw a focus frame around the widget.
-    const QRectF own(widget->mapTo(widget->window(), QPoint()), widget->size());
-    const QRectF frame = own.adjusted(-kAround, -kAround, kAround, kAround);
+    return pictureOf(scene.window());
+}
+
+/// The part of the window's picture that shows the rectangle of the window.
+QImage partOf(const QImage &picture, const QRectF &frame)
+{
     const qreal scale = picture.devicePixelRatio();
     const QRectF pixels(frame.topLeft() * scale, frame.size() * scale);
     return picture.copy(pixels.toAlignedRect().intersected(picture.rect()));
+}
+
+/// The part of the window's picture that shows the widget and a frame around it.
+/// \param around width of the frame; by default that of a focus frame.
+QImage partOf(const QImage &picture, const QWidget *widget, int around = 4)
+{
+    const QRectF own(widget->mapTo(widget->window(), QPoint()), widget->size());
+    return partOf(picture, own.adjusted(-around, -around, around, around));
+}
+
+/// The greatest contrast of a colour in the picture to its most frequent one, the background.
+/// \param share how much of the picture has that colour, at least; 0 to 1.
+double inkContrast(const QImage &picture, double share = 0)
+{
+    QHash<QRgb, int> counts;
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x)
+            ++counts[picture.pixel(x, y)];
+    QRgb background = 0;
+    for (auto color = counts.cbegin(); color != counts.cend(); ++color)
+        if (color.value() > counts.value(background))
+            background = color.key();
+    double greatest = 1;
+    const double least = share * picture.width() * picture.height();
+    for (auto color = counts.cbegin(); color != counts.cend(); ++color)
+        if (color.value() > least)
+            greatest = std::max(greatest, contrastRatio(color.key(), background));
+    return greatest;
 }
 
 /// All widgets in `window` that Tab reaches.
@@ -223,6 +255,9 @@ private Q_SLOTS:
     void palette_switchedWhileRunning_looksAsIfStartedWithIt();
     void focus_anywhere_isVisible_data();
     void focus_anywhere_isVisible();
+
+    void contrast_inTheManagers_isEnough_data();
+    void contrast_inTheManagers_isEnough();
 
     void texts_ofButtonsAndLabels_areWhole_data() { nameScenes(); }
 
@@ -302,6 +337,61 @@ void LookTest::focus_anywhere_isVisible()
             unseen.append(describe(stop));
     }
     QVERIFY2(unseen.isEmpty(), qPrintable(unseen.join(u", "_s)));
+}
+
+void LookTest::contrast_inTheManagers_isEnough_data()
+{
+    QTest::addColumn<bool>("isDark");
+    QTest::addColumn<bool>("isActive");
+    for (const bool isDark : {false, true})
+        for (const bool isActive : {true, false})
+            QTest::addRow("%s, %s", isDark ? "dark" : "light", isActive ? "active" : "inactive")
+                << isDark << isActive;
+}
+
+void LookTest::contrast_inTheManagers_isEnough()
+{
+    QFETCH(const bool, isDark);
+    QFETCH(const bool, isActive);
+    QApplication::setPalette(isDark ? darkPalette() : lightPalette());
+    ShownProfileManager profiles;
+    QWidget other;
+    QVERIFY(QTest::qWaitForWindowActive(profiles.window()));
+    const auto picture = [&] {
+        if (!isActive) {
+            other.show();
+            other.activateWindow();
+            static_cast<void>(QTest::qWaitForWindowActive(&other));
+        }
+        return pictureOf(profiles.window());
+    };
+    for (QLabel *label : profiles.window()->findChildren<QLabel *>())
+        if (label->isVisible())
+            QVERIFY2(inkContrast(partOf(picture(), label, 0)) >= 4.5, qPrintable(label->text()));
+    profiles.page().clickRow(0);
+    const QListView *list = profiles.page().list();
+    const QImage shown = picture();
+    for (const int row : {0, 1}) {
+        const QRect area = list->visualRect(profiles.page().row(row));
+        const QRect place(list->viewport()->mapTo(profiles.window(), area.topLeft()), area.size());
+        QFont bold = list->font();
+        bold.setBold(true);
+        const int nameEnd =
+            10 + QFontMetrics(bold).horizontalAdvance(profiles.page().names().at(row)) + 1;
+        const QRect name(place.left() + 10, place.top(), nameEnd - 10, place.height());
+        QVERIFY(inkContrast(partOf(shown, name)) >= 4.5);
+        const QSize extent = badgeSize(list->font(), profiles.page().badge(row));
+        const int top = place.top() + (place.height() - extent.height()) / 2;
+        const QRect badge(QPoint(place.left() + nameEnd + 8, top), extent);
+        QVERIFY(inkContrast(partOf(shown, badge.adjusted(4, 1, -4, -1))) >= 4.5);
+    }
+    const QRect area = list->visualRect(profiles.page().row(0));
+    const QRect tick(list->viewport()->mapTo(profiles.window(), area.topRight()) -
+                         QPoint(10 + 16 - 1, 0),
+                     QSize(16, area.height()));
+    QVERIFY(inkContrast(partOf(shown, tick), 0.1) >= 3);
+    const QPushButton *apply = profiles.page().button(u"このプロファイルを適用"_s);
+    QVERIFY(inkContrast(partOf(shown, apply, -4)) >= 4.5);
 }
 
 /// Also runs at other scales, see CMakeLists.txt.

@@ -208,6 +208,24 @@ private Q_SLOTS:
         }
     }
 
+    void detail_times_haveTheirLocalFormAsToolTip()
+    {
+        UIWordingProfile profile = userProfile(u"P"_s, u"P"_s);
+        profile.updatedAt = u"gestern"_s;
+        const World world({profile});
+        world.page().clickRow(2);
+        const auto toolTipOf = [&world](const QString &text) {
+            for (const QLabel *label : world.window()->findChildren<QLabel *>())
+                if (label->isVisible() && label->text() == text)
+                    return label->toolTip();
+            return u"no such label"_s;
+        };
+        const QDateTime created(QDate(2024, 5, 1), QTime(9, 30), Qt::UTC);
+        QCOMPARE(toolTipOf(profile.createdAt),
+                 QLocale().toString(created.toLocalTime(), QLocale::LongFormat));
+        QCOMPARE(toolTipOf(profile.updatedAt), QString());
+    }
+
     void detail_ampersands_areShown()
     {
         UIWordingProfile profile = userProfile(u"P"_s, u"A & B"_s);
