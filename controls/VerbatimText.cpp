@@ -60,10 +60,11 @@ QString longToolTip(const QString &text)
         shown = lines.first(kLines).join(u'\n');
     if (end < text.size() || lines.size() > kLines)
         shown += u'…';
+    constexpr qsizetype kUnwrapped = 40;
+    if (shown.size() <= kUnwrapped && !Qt::mightBeRichText(shown))
+        return shown;
     // The toolkit wraps only text with markup.
-    return shown.isEmpty()
-               ? shown
-               : u"<p style=\"white-space: pre-wrap\">"_s + shown.toHtmlEscaped() + u"</p>"_s;
+    return u"<p style=\"white-space: pre-wrap\">"_s + shown.toHtmlEscaped() + u"</p>"_s;
 }
 
 QString visibleLine(const QString &text)

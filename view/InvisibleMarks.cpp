@@ -33,6 +33,8 @@ constexpr QStringView kNoncharacters[] = {
     u"FDE8", u"FDE9", u"FDEA", u"FDEB", u"FDEC", u"FDED", u"FDEE", u"FDEF",
 };
 
+constexpr char16_t kIdeographicSpace = 0x3000;
+
 struct UnitRange
 {
     char16_t first;
@@ -94,6 +96,22 @@ bool isMarked(char16_t unit)
            });
 }
 
+bool isBlank(char16_t unit)
+{
+    return unit == u'\t' || unit == kIdeographicSpace;
+}
+
+qsizetype lengthWithoutTrailingBlanks(QStringView line)
+{
+    const auto isAnyBlank = [](QChar c) {
+        return c == u' ' || isBlank(c.unicode()) || isMarked(c.unicode());
+    };
+    qsizetype length = line.size();
+    while (length > 0 && isAnyBlank(line[length - 1]))
+        --length;
+    return length;
+}
+
 void paintLabel(QPainter &painter,
                 QStringView label,
                 const QRectF &cell,
@@ -136,6 +154,30 @@ void paintMark(QPainter &painter, const QRectF &cell, const QColor &color)
     painter.fillRect(QRectF(left, bottom - 1, right - left, 1), color);
     painter.fillRect(QRectF(left, top, 1, bottom - 1 - top), color);
     painter.fillRect(QRectF(right - 1, top, 1, bottom - 1 - top), color);
+}
+
+void paintBlank(QPainter &painter, char16_t unit, const QRectF &cell, const QColor &color)
+{
+    const QPointF center = cell.center();
+    if (unit == u' ') {
+        painter.fillRect(QRectF(center.x() - 1, center.y(), 2, 2), color);
+        return;
+    }
+    painter.save();
+    painter.setPen(QPen(color, 1));
+    painter.setBrush(Qt::NoBrush);
+    if (unit == u'\t') {
+        constexpr qreal kHead = 3;
+        const QPointF tip(cell.right() - 2, center.y());
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.drawLine(QPointF(cell.left() + 1, center.y()), tip);
+        painter.drawLine(tip - QPointF(kHead, kHead), tip);
+        painter.drawLine(tip - QPointF(kHead, -kHead), tip);
+    } else {
+        const qreal side = std::min(cell.width(), cell.height()) * 2 / 3;
+        painter.drawRect(QRectF(center - QPointF(side, side) / 2, QSizeF(side, side)));
+    }
+    painter.restore();
 }
 
 } // namespace penwick::invisible

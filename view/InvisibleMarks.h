@@ -24,6 +24,12 @@ constexpr int kLabelColumns = 3;
 /// drawn over them. False for joiners: they are part of the spelling of words.
 [[nodiscard]] bool isMarked(char16_t unit);
 
+/// True for a tab and the ideographic space U+3000, which are marked when the user shows blanks.
+[[nodiscard]] bool isBlank(char16_t unit);
+
+/// The length of `line` without the blanks at its end: spaces, tabs and other blanks.
+[[nodiscard]] qsizetype lengthWithoutTrailingBlanks(QStringView line);
+
 /// Draws `label` in a frame that fills `cell`. `font` is the text's.
 void paintLabel(QPainter &painter,
                 QStringView label,
@@ -34,6 +40,10 @@ void paintLabel(QPainter &painter,
 /// Draws the mark of a character that covers `cell`, which may be of zero width: a bracket under a
 /// space, a thin pin for a character that is narrower than a bracket.
 void paintMark(QPainter &painter, const QRectF &cell, const QColor &color);
+
+/// Draws the mark of a blank that covers `cell`: a dot for a space, an arrow for a tab, a square
+/// for U+3000. `unit` is one of these.
+void paintBlank(QPainter &painter, char16_t unit, const QRectF &cell, const QColor &color);
 
 } // namespace invisible
 

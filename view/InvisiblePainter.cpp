@@ -46,7 +46,9 @@ void InvisiblePainter::paintRow(const SegmentLayout &layout, int row, const Segm
         std::lower_bound(characters.begin(), characters.end(), line.textStart(), byIndex);
     for (auto it = first; it != characters.end() && it->index < end; ++it) {
         const qreal a = line.cursorToX(it->index, QTextLine::Leading);
-        const qreal b = line.cursorToX(it->index, QTextLine::Trailing);
+        // A tab has no glyph whose edge the layout could return.
+        const qreal b = it->unit == u'\t' ? line.cursorToX(it->index + 1)
+                                          : line.cursorToX(it->index, QTextLine::Trailing);
         QRectF cell = rowRect(row, segment);
         cell.setLeft(segment.origin.x() + std::min(a, b));
         cell.setRight(segment.origin.x() + std::max(a, b));
@@ -54,7 +56,9 @@ void InvisiblePainter::paintRow(const SegmentLayout &layout, int row, const Segm
             it->index >= segment.selectionStart && it->index < segment.selectionEnd;
         const QColor &color = isSelected ? m_selected : m_plain;
         const QStringView label = invisible::label(it->unit);
-        if (label.isEmpty())
+        if (it->unit == u' ' || invisible::isBlank(it->unit))
+            invisible::paintBlank(m_painter, it->unit, cell, color);
+        else if (label.isEmpty())
             invisible::paintMark(m_painter, cell, color);
         else
             invisible::paintLabel(m_painter, label, cell, m_style.font, color);

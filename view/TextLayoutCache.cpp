@@ -80,7 +80,8 @@ SegmentLayout::SegmentLayout(const Text &text,
     QString units = text.slice(segment.start, segment.length());
     // The transparent formats of labelled characters come last, so that they override the colours.
     QList<QTextLayout::FormatRange> formats = colorFormats(colors);
-    formats += substituteInvisibles(units, style);
+    const bool isLast = segment.breakLength == 0 && segment.end == text.size();
+    formats += substituteInvisibles(units, style, segment.breakLength > 0 || isLast);
     if (!style.emojiFamily.isEmpty())
         formats += emojiPresentations(units, style.emojiFamily);
     m_lineEnd = unusualLineEnd(text, segment);
@@ -94,7 +95,6 @@ SegmentLayout::SegmentLayout(const Text &text,
     option.setAlignment(isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft);
     m_layout.setTextOption(option);
     // At the boundary of two segments of a line, the second one shows the composition.
-    const bool isLast = segment.breakLength == 0 && segment.end == text.size();
     if (composition.isActive() && composition.position >= segment.start &&
         (composition.position < segment.nextStart() || isLast))
         insertComposition(composition, formats);
@@ -102,14 +102,18 @@ SegmentLayout::SegmentLayout(const Text &text,
     addRows(style);
 }
 
-QList<QTextLayout::FormatRange> SegmentLayout::substituteInvisibles(QString &units,
-                                                                    const TextLayoutStyle &style)
+QList<QTextLayout::FormatRange>
+SegmentLayout::substituteInvisibles(QString &units, const TextLayoutStyle &style, bool endsLine)
 {
     QList<QTextLayout::FormatRange> formats;
+    const qsizetype trailing = style.showsBlanks && endsLine
+                                   ? invisible::lengthWithoutTrailingBlanks(units)
+                                   : units.size();
     for (qsizetype i = 0; i < units.size(); ++i) {
         const char16_t unit = units[i].unicode();
         const bool hasLabel = !invisible::label(unit).isEmpty();
-        if (hasLabel || invisible::isMarked(unit))
+        const bool isShownBlank = i >= trailing || (style.showsBlanks && invisible::isBlank(unit));
+        if (hasLabel || isShownBlank || invisible::isMarked(unit))
             m_invisibles.push_back({static_cast<int>(i), unit});
         if (!hasLabel)
             continue;

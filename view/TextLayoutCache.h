@@ -51,7 +51,7 @@ public:
 
     [[nodiscard]] const QTextLayout &layout() const { return m_layout; }
 
-    /// The characters that need a mark or a label, ascending.
+    /// The characters that need a mark or a label, ascending. Blanks only if the style shows them.
     [[nodiscard]] const std::vector<InvisibleCharacter> &invisibles() const { return m_invisibles; }
 
     /// The line break after the segment if it is an unusual one, neither a line feed nor CR LF;
@@ -94,8 +94,8 @@ private:
     [[nodiscard]] qint64 textOffset(int layoutIndex) const;
     [[nodiscard]] int indexInSegment(qint64 offset) const;
     [[nodiscard]] int rowOfIndex(int index, bool atRowEnd) const;
-    QList<QTextLayout::FormatRange> substituteInvisibles(QString &units,
-                                                         const TextLayoutStyle &style);
+    QList<QTextLayout::FormatRange>
+    substituteInvisibles(QString &units, const TextLayoutStyle &style, bool endsLine);
     void insertComposition(const TextComposition &composition,
                            QList<QTextLayout::FormatRange> &formats);
     void addRows(const TextLayoutStyle &style);

@@ -13,7 +13,8 @@ struct TextLayoutStyle
     qreal tabWidth = 0;    ///< Distance of tab stops.
     qreal columnWidth = 0; ///< Of one ASCII character.
     qreal rowHeight = 1;
-    qreal ascent = 1; ///< From a row's top to its baseline.
+    qreal ascent = 1;         ///< From a row's top to its baseline.
+    bool showsBlanks = false; ///< Marks tabs, U+3000 and the blanks at the ends of lines.
 };
 
 /// Returns the style for rows `width` wide. The row height suits Latin and Japanese characters

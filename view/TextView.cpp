@@ -290,6 +290,12 @@ void TextView::setDecoration(TextDecoration *decoration)
     updateStyle();
 }
 
+void TextView::setShowsBlanks(bool shows)
+{
+    if (std::exchange(m_showsBlanks, shows) != shows)
+        updateStyle();
+}
+
 std::vector<TextView::VisibleLine> TextView::visibleLines() const
 {
     std::vector<VisibleLine> lines;
@@ -355,7 +361,9 @@ void TextView::updateStyle()
         decoration->paletteChanged(palette());
     const QSizeF size = viewport()->size();
     const qreal width = size.width() - 2 * TextViewport::kMargin;
-    m_viewport.setGeometry(makeTextLayoutStyle(font(), width), size);
+    TextLayoutStyle layoutStyle = makeTextLayoutStyle(font(), width);
+    layoutStyle.showsBlanks = m_showsBlanks;
+    m_viewport.setGeometry(layoutStyle, size);
     refresh();
 }
 

@@ -136,6 +136,9 @@ public:
     /// \param decoration not owned; used until another is set. Null for none.
     void setDecoration(TextDecoration *decoration);
 
+    /// Marks tabs, U+3000 and the blanks at the ends of lines. Off at first.
+    void setShowsBlanks(bool shows);
+
     /// The visible place of a line of the text. Lines end with a line feed here. Lengths are in
     /// logical pixels of the viewport.
     struct VisibleLine
@@ -236,6 +239,7 @@ private:
     CaretBlink m_caretBlink;
     Marks m_marks;
     bool m_isUpdatingScrollBars = false;
+    bool m_showsBlanks = false;
 };
 
 } // namespace penwick

@@ -4,6 +4,7 @@
 #include "find/FindController.h"
 #include "view/EditorFont.h"
 #include "view/TextView.h"
+#include "window/BlankSwitch.h"
 #include "window/TransferBar.h"
 
 #include <QKeyEvent>
@@ -35,6 +36,7 @@ TextViewRepresentable::TextViewRepresentable(DocumentState *documentState,
 TextViewRepresentable::~TextViewRepresentable()
 {
     delete m_findController;
+    delete m_blankSwitch;
     // The view must be destroyed before its storage; as a child widget it would be destroyed after
     // it.
     delete m_textView;
@@ -55,6 +57,7 @@ void TextViewRepresentable::makeTextView()
     m_findBar->hide();
     layout->addWidget(m_findBar);
     m_findController = new FindController(m_textView, m_findBar, this);
+    m_blankSwitch = new BlankSwitch(m_textView, this, UserDefaults::standard());
     setFocusProxy(m_textView);
 }
 

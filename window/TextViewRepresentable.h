@@ -8,6 +8,7 @@
 
 namespace penwick {
 
+class BlankSwitch;
 class FindBar;
 class FindController;
 
@@ -44,6 +45,7 @@ private:
     TextView *m_textView = nullptr;
     FindBar *m_findBar = nullptr;
     FindController *m_findController = nullptr;
+    BlankSwitch *m_blankSwitch = nullptr;
     Coordinator *m_coordinator = nullptr;
 };
 

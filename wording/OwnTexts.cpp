@@ -142,6 +142,7 @@ constexpr TextRow kTexts[] = {
     {u"editor.find.wrapAround", u"末尾まで検索したら先頭へ戻る"},
     {u"editor.find.wrapAroundFace", u"循環"},
     {u"editor.find.wrapped", u"端まで検索し、反対側へ戻りました"},
+    {u"editor.showBlanks", u"タブ・全角空白・行末の空白を表示"},
     {u"editor.tab.close", u"タブを閉じる"},
     {u"editor.tab.closeOthers", u"ほかのタブを閉じる"},
     {u"editor.tab.edited", u"%1（未保存の変更あり）"},

@@ -59,6 +59,10 @@ class TextViewLooksTest final : public QObject
 private Q_SLOTS:
     void invisibleCharacter_canBeSeen_data();
     void invisibleCharacter_canBeSeen();
+    void shownBlanks_areMarked_data();
+    void shownBlanks_areMarked();
+    void shownBlanks_betweenWords_areNotMarked();
+    void shownBlanks_keepTheirPlaces();
     void controlCharacters_lookDifferent();
     void ordinaryLineEnds_areNotDrawn_data();
     void ordinaryLineEnds_areNotDrawn();
@@ -99,6 +103,51 @@ void TextViewLooksTest::invisibleCharacter_canBeSeen()
     Fixture f(QString(character + (character == u"\r" ? u"x"_s : u"\n\n"_s)));
     const QImage image = pictureOf(f);
     QVERIFY(inkIn(image, rowOf(f, 0), baseOf(f)) > 3);
+}
+
+void TextViewLooksTest::shownBlanks_areMarked_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("tab") << u"\tx\n\n"_s;
+    QTest::newRow("ideographic space") << u"\u3000x\n\n"_s;
+    QTest::newRow("spaces at the end") << u"x  \n\n"_s;
+    QTest::newRow("space before CR LF") << u"x \r\n\n"_s;
+    QTest::newRow("space before a tab at the end") << u"x \t\n\n"_s;
+    QTest::newRow("space at the end of the text") << u"x "_s;
+}
+
+void TextViewLooksTest::shownBlanks_areMarked()
+{
+    QFETCH(const QString, text);
+    Fixture f(text);
+    const int before = inkIn(pictureOf(f), rowOf(f, 0), baseOf(f));
+    f.view.setShowsBlanks(true);
+    const int shown = inkIn(pictureOf(f), rowOf(f, 0), baseOf(f));
+    QVERIFY2(shown >= before + 4, qPrintable(QString::number(shown - before)));
+    f.view.setShowsBlanks(false);
+    QCOMPARE(inkIn(pictureOf(f), rowOf(f, 0), baseOf(f)), before);
+}
+
+void TextViewLooksTest::shownBlanks_betweenWords_areNotMarked()
+{
+    Fixture f(u" a  b\n\n");
+    const QImage before = pictureOf(f);
+    f.view.setShowsBlanks(true);
+    QCOMPARE(pictureOf(f), before);
+    f.view.replaceText({4, 1}, Text()); // The spaces before it end the line now.
+    const QRect end(f.view.caretRectAt(2).toAlignedRect().adjusted(4, 0, 8, 0));
+    QVERIFY(inkIn(pictureOf(f), end, baseOf(f)) >= 4);
+}
+
+void TextViewLooksTest::shownBlanks_keepTheirPlaces()
+{
+    Fixture f(u"a\t\u3000b  \n");
+    QList<QRectF> before;
+    for (qint64 offset = 0; offset < 7; ++offset)
+        before.append(f.view.caretRectAt(offset));
+    f.view.setShowsBlanks(true);
+    for (qint64 offset = 0; offset < 7; ++offset)
+        QCOMPARE(f.view.caretRectAt(offset), before[offset]);
 }
 
 void TextViewLooksTest::controlCharacters_lookDifferent()

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/settings/UserDefaults.h"
+
+#include <QObject>
+
+class QMenu;
+class QWidget;
+
+namespace penwick {
+
+class TextView;
+
+/// Lets the user show the blanks of a text view, by a key and by an entry of its context menu. The
+/// choice applies to all views with a switch and is a setting, `showsBlanks`.
+class BlankSwitch final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// \param view not owned; must outlive this.
+    /// \param scope the parent of this; the key works in its whole window.
+    /// \param defaults stores the choice; not owned, must outlive this.
+    BlankSwitch(TextView *view, QWidget *scope, UserDefaults &defaults);
+
+    [[nodiscard]] bool isOn() const;
+    void toggle();
+
+private:
+    void extendMenu(QMenu *menu);
+
+    UserDefaults &m_defaults;
+};
+
+} // namespace penwick
