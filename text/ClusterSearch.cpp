@@ -37,22 +37,6 @@ struct Window
     }
 };
 
-/// True when a cluster certainly ends before `units[index]`. False inside a surrogate pair, and
-/// where a pair next to the index is cut off by an end of `units`: its code point is unknown.
-bool isCertainBoundaryAt(std::u16string_view units, std::size_t index)
-{
-    const char16_t before = units[index - 1];
-    const char16_t after = units[index];
-    if (QChar::isLowSurrogate(after) || (QChar::isLowSurrogate(before) && index < 2) ||
-        (QChar::isHighSurrogate(after) && index + 1 >= units.size()))
-        return false;
-    const char32_t first =
-        QChar::isLowSurrogate(before) ? QChar::surrogateToUcs4(units[index - 2], before) : before;
-    const char32_t second =
-        QChar::isHighSurrogate(after) ? QChar::surrogateToUcs4(after, units[index + 1]) : after;
-    return isCertainBoundary(first, second);
-}
-
 /// Returns a stretch around `offset` that begins at a certain cluster boundary or at the start of
 /// the text, and ends `reach` units after `offset`. None when neither lies within `reach` units
 /// before `offset`.
@@ -78,11 +62,9 @@ std::optional<Window> windowWithin(const Text &text, qint64 offset, qint64 reach
 /// one.
 Window windowAround(const Text &text, qint64 offset, qint64 reach)
 {
-    while (true) {
+    for (;; reach *= 4)
         if (auto window = windowWithin(text, offset, reach))
             return *window;
-        reach *= 4;
-    }
 }
 
 } // namespace

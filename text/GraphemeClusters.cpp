@@ -1,5 +1,7 @@
 #include "text/GraphemeClusters.h"
 
+#include <QChar>
+
 #include <array>
 #include <bitset>
 #include <memory>
@@ -172,6 +174,20 @@ bool isCertainBoundary(char32_t before, char32_t after)
     if (isHangul(a) && isHangul(b))
         return a != U_GCB_L && (b == U_GCB_L || b == U_GCB_LV || b == U_GCB_LVT);
     return !(a == U_GCB_REGIONAL_INDICATOR && b == U_GCB_REGIONAL_INDICATOR);
+}
+
+bool isCertainBoundaryAt(std::u16string_view units, std::size_t index)
+{
+    const char16_t before = units[index - 1];
+    const char16_t after = units[index];
+    if (QChar::isLowSurrogate(after) || (QChar::isLowSurrogate(before) && index < 2) ||
+        (QChar::isHighSurrogate(after) && index + 1 >= units.size()))
+        return false;
+    const char32_t first =
+        QChar::isLowSurrogate(before) ? QChar::surrogateToUcs4(units[index - 2], before) : before;
+    const char32_t second =
+        QChar::isHighSurrogate(after) ? QChar::surrogateToUcs4(after, units[index + 1]) : after;
+    return isCertainBoundary(first, second);
 }
 
 qsizetype following(std::u16string_view text, qsizetype offset)

@@ -14,6 +14,10 @@ namespace penwick::clusters {
 /// none ends there, or when that depends on more than these two.
 [[nodiscard]] bool isCertainBoundary(char32_t before, char32_t after);
 
+/// The same before `units[index]`, which must have a unit before it. False inside a surrogate pair,
+/// and where a pair next to the index is cut off by an end of `units`: its code point is unknown.
+[[nodiscard]] bool isCertainBoundaryAt(std::u16string_view units, std::size_t index);
+
 /// Returns the first cluster boundary after `offset`, which must be less than the text's length.
 /// Offsets here and below are UTF-16 code units, 0-based.
 [[nodiscard]] qsizetype following(std::u16string_view text, qsizetype offset);

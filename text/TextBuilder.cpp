@@ -15,21 +15,6 @@ constexpr char16_t kReplacement = u'\uFFFD';
 
 } // namespace
 
-bool TextBuilder::canCutAt(std::size_t index) const
-{
-    if (index == 0 || index >= m_pending.size() || QChar::isLowSurrogate(m_pending[index]))
-        return false;
-    const char16_t before = m_pending[index - 1];
-    const char16_t after = m_pending[index];
-    const char32_t first = QChar::isLowSurrogate(before) && index >= 2
-                               ? QChar::surrogateToUcs4(m_pending[index - 2], before)
-                               : before;
-    const char32_t second = QChar::isHighSurrogate(after) && index + 1 < m_pending.size()
-                                ? QChar::surrogateToUcs4(after, m_pending[index + 1])
-                                : after;
-    return clusters::isCertainBoundary(first, second);
-}
-
 /// Returns the best index at which to cut a chunk off the pending text: the last possible one
 /// within the usual chunk size, else the first one after it. 0 when there is none.
 std::size_t TextBuilder::findCut() const
@@ -38,13 +23,13 @@ std::size_t TextBuilder::findCut() const
     const bool isFirstSearch = m_sealLimit == kSealUnits;
     if (isFirstSearch) {
         for (std::size_t cut = std::min(kLeaf, m_pending.size() - 1); cut > 0; --cut)
-            if (canCutAt(cut))
+            if (clusters::isCertainBoundaryAt(m_pending, cut))
                 return cut;
     }
     // A later search continues where the last one stopped.
     const std::size_t start = isFirstSearch ? kLeaf + 1 : m_sealLimit / 2;
     for (std::size_t cut = start; cut < m_pending.size(); ++cut)
-        if (canCutAt(cut))
+        if (clusters::isCertainBoundaryAt(m_pending, cut))
             return cut;
     return 0;
 }
@@ -79,7 +64,7 @@ void TextBuilder::sealAsciiPart()
     // The last character stays in the pending text: the next one may join its cluster. The cut must
     // not split CR LF.
     std::size_t cut = m_pending.size() - 1;
-    while (cut > 0 && !canCutAt(cut))
+    while (cut > 0 && !clusters::isCertainBoundaryAt(m_pending, cut))
         --cut;
     if (cut > 0)
         sealPending(cut);
@@ -108,7 +93,8 @@ void TextBuilder::pushAscii(char16_t unit)
     m_pending.push_back(unit);
     ++m_asciiRun;
     const std::size_t start = m_pending.size() - m_asciiRun;
-    if (!m_pendingIsAscii && m_asciiRun >= kAsciiRunUnits && canCutAt(start))
+    if (!m_pendingIsAscii && m_asciiRun >= kAsciiRunUnits &&
+        clusters::isCertainBoundaryAt(m_pending, start))
         sealPending(start);
     if (m_pending.size() >= m_sealLimit)
         sealLongPending();

@@ -37,7 +37,6 @@ private:
     void flushHighSurrogate();
     void sealLongPending();
     void sealPending(std::size_t length);
-    [[nodiscard]] bool canCutAt(std::size_t index) const;
     [[nodiscard]] std::size_t findCut() const;
 
     std::vector<TextNodePtr> m_leaves;
