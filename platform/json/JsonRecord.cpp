@@ -36,26 +36,26 @@ QString JsonRecordReader::text(const QString &member)
     return {};
 }
 
-bool JsonRecordReader::boolean(const QString &member)
+template <typename Type>
+Type JsonRecordReader::read(const QString &member, std::optional<Type> (JsonValue::*as)() const)
 {
     const JsonValue *value = find(member);
     if (value == nullptr)
-        return false;
-    const auto boolean = value->asBool();
-    if (!boolean)
+        return {};
+    const auto found = (value->*as)();
+    if (!found)
         fail(JsonRecordError::Kind::WrongType, member);
-    return boolean.value_or(false);
+    return found.value_or(Type());
+}
+
+bool JsonRecordReader::boolean(const QString &member)
+{
+    return read(member, &JsonValue::asBool);
 }
 
 qint64 JsonRecordReader::integer(const QString &member)
 {
-    const JsonValue *value = find(member);
-    if (value == nullptr)
-        return 0;
-    const auto integer = value->asInteger();
-    if (!integer)
-        fail(JsonRecordError::Kind::WrongType, member);
-    return integer.value_or(0);
+    return read(member, &JsonValue::asInteger);
 }
 
 QHash<QString, QString> JsonRecordReader::texts(const QString &member)

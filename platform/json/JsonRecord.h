@@ -46,6 +46,8 @@ public:
     [[nodiscard]] const std::optional<JsonRecordError> &error() const { return m_error; }
 
 private:
+    template <typename Type>
+    Type read(const QString &member, std::optional<Type> (JsonValue::*as)() const);
     const JsonValue *find(const QString &member);
     void fail(JsonRecordError::Kind kind, const QString &member);
 

@@ -31,14 +31,4 @@ std::optional<qint64> JsonValue::asInteger() const
     return std::nullopt;
 }
 
-std::optional<double> JsonValue::asDouble() const
-{
-    if (const qint64 *whole = std::get_if<qint64>(&m_data))
-        return static_cast<double>(*whole);
-    if (const quint64 *whole = std::get_if<quint64>(&m_data))
-        return static_cast<double>(*whole);
-    const double *value = std::get_if<double>(&m_data);
-    return value != nullptr ? std::optional(*value) : std::nullopt;
-}
-
 } // namespace penwick

@@ -71,8 +71,6 @@ public:
     [[nodiscard]] std::optional<bool> asBool() const;
     /// Any number whose value is a 64-bit integer: 7, and also 7.0 and 7e0.
     [[nodiscard]] std::optional<qint64> asInteger() const;
-    /// Any number; integers beyond 2^53 are rounded.
-    [[nodiscard]] std::optional<double> asDouble() const;
 
     [[nodiscard]] const QString *asText() const { return std::get_if<QString>(&m_data); }
 

@@ -29,10 +29,8 @@ bool isReady(Stream &stream)
 {
     constexpr int kWriteTimeoutMs = 100;
     ::pollfd waited{stream.descriptor, POLLOUT, 0};
-    int answer = -1;
-    do {
-        answer = ::poll(&waited, 1, stream.isStuck ? 0 : kWriteTimeoutMs);
-    } while (answer < 0 && errno == EINTR);
+    const int answer =
+        uninterrupted([&] { return ::poll(&waited, 1, stream.isStuck ? 0 : kWriteTimeoutMs); });
     const bool ready = answer == 1 && (waited.revents & POLLOUT) != 0;
     stream.isStuck = !ready;
     return ready;
@@ -43,10 +41,11 @@ void write(Stream &stream, QByteArrayView bytes)
 {
     while (!bytes.isEmpty() && isReady(stream)) {
         const auto portion = static_cast<std::size_t>(std::min<qsizetype>(bytes.size(), PIPE_BUF));
-        const ::ssize_t written = ::write(stream.descriptor, bytes.data(), portion);
-        if (written < 0 && errno != EINTR)
+        const ::ssize_t written =
+            uninterrupted([&] { return ::write(stream.descriptor, bytes.data(), portion); });
+        if (written < 0)
             return;
-        bytes = bytes.sliced(std::max<qsizetype>(0, written));
+        bytes = bytes.sliced(written);
     }
 }
 
