@@ -3,7 +3,6 @@
 #include "app/HandOver.h"
 #include "platform/files/FileSystem.h"
 #include "platform/process/BackgroundProcess.h"
-#include "platform/process/StandardInput.h"
 #include "platform/process/StandardOutput.h"
 #include "text/Utf8.h"
 #include "wording/WordingLookup.h"

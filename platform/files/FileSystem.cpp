@@ -70,13 +70,13 @@ tl::expected<OpenFile, FileError> openRegularFile(const QString &path)
     return OpenFile{std::move(file), status.st_size};
 }
 
-tl::expected<void, FileError> readBlocks(const FileDescriptor &file, const TakeBytes &take)
+tl::expected<void, FileError> readInBlocks(int descriptor, const TakeBytes &take)
 {
     constexpr size_t kBlockSize = 1 << 18; // Fits into the processor's cache.
     const auto block = std::make_unique_for_overwrite<char[]>(kBlockSize);
     while (true) {
         const auto count =
-            uninterrupted([&] { return ::read(file.get(), block.get(), kBlockSize); });
+            uninterrupted([&] { return ::read(descriptor, block.get(), kBlockSize); });
         if (count < 0)
             return systemError();
         if (count == 0)
@@ -131,7 +131,12 @@ tl::expected<QByteArray, FileError> readFile(const QString &path)
 tl::expected<void, FileError> readFileInBlocks(const QString &path, const TakeBytes &take)
 {
     return openRegularFile(path).and_then(
-        [&take](const OpenFile &file) { return readBlocks(file.descriptor, take); });
+        [&take](const OpenFile &file) { return readInBlocks(file.descriptor.get(), take); });
+}
+
+tl::expected<void, FileError> readStandardInput(const TakeBytes &take)
+{
+    return readInBlocks(STDIN_FILENO, take);
 }
 
 tl::expected<void, FileError> removeFile(const QString &path)

@@ -31,6 +31,9 @@ using TakeBytes = std::function<bool(QByteArrayView)>;
 [[nodiscard]] tl::expected<void, FileError> readFileInBlocks(const QString &path,
                                                              const TakeBytes &take);
 
+/// The same for standard input, up to its end.
+[[nodiscard]] tl::expected<void, FileError> readStandardInput(const TakeBytes &take);
+
 /// Removes a file or a symbolic link (not what it points to).
 [[nodiscard]] tl::expected<void, FileError> removeFile(const QString &path);
 
