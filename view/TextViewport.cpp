@@ -8,6 +8,7 @@ namespace penwick {
 namespace {
 
 constexpr int kTooFar = -1;
+constexpr qreal kTolerance = 1; // A text that is higher by so many pixels still fits.
 
 /// Returns the scroll bar steps per estimated row; fewer for texts whose range would exceed the
 /// bar's integers.
@@ -157,7 +158,8 @@ void TextViewport::clampToEnd()
     qreal height = style().rowHeight;
     while (height < available && stepUp(top))
         height += style().rowHeight;
-    setAnchor(top, std::max<qreal>(0, height - available));
+    const qreal hidden = height - available;
+    setAnchor(top, hidden > kTolerance ? hidden : 0);
 }
 
 void TextViewport::forEachVisible(const std::function<void(const SegmentLayout &, qreal)> &visit)
@@ -228,12 +230,17 @@ qreal TextViewport::caretX(TextCaret caret)
 
 QRectF TextViewport::caretRect(TextCaret caret)
 {
+    return caretRect(caret, m_composition);
+}
+
+QRectF TextViewport::caretRect(TextCaret caret, const TextComposition &composition)
+{
     const Row top = topRow();
     Row row = rowOfCaret(caret);
     const SegmentLayout &layout = layoutOf(row.segment);
-    const int index = layout.caretIndex(caret.offset, m_composition);
+    const int index = layout.caretIndex(caret.offset, composition);
     qreal x = layout.xOf(caret.offset, row.row);
-    if (m_composition.isActive() && caret.offset == m_composition.position) {
+    if (composition.isActive() && caret.offset == composition.position) {
         const QTextLine line = layout.layout().lineForTextPosition(index);
         row.row = line.isValid() ? line.lineNumber() : row.row;
         x = line.isValid() ? line.cursorToX(index) : x;
@@ -338,7 +345,17 @@ void TextViewport::scrollToStart()
 
 void TextViewport::makeVisible(TextCaret caret)
 {
-    const QRectF rect = caretRect(caret);
+    if (m_composition.isActive() && caret.offset == m_composition.position) {
+        // The cursor of a composition may be anywhere in it, or hidden: show the end as well.
+        TextComposition whole = m_composition;
+        whole.cursor = static_cast<int>(whole.string.size());
+        makeVisible(caret, caretRect(caret, whole));
+    }
+    makeVisible(caret, caretRect(caret));
+}
+
+void TextViewport::makeVisible(TextCaret caret, const QRectF &rect)
+{
     const qreal lowest = m_size.height() - kMargin;
     if (rect.isNull()) {
         Row row = rowOfCaret(caret);
@@ -381,7 +398,7 @@ bool TextViewport::endIsVisible()
 {
     Row row = topRow();
     qreal bottom = textTop() + style().rowHeight;
-    while (bottom <= m_size.height() - kMargin + 1) {
+    while (bottom <= m_size.height() - kMargin + kTolerance) {
         if (!stepDown(row))
             return true;
         bottom += style().rowHeight;
@@ -389,11 +406,27 @@ bool TextViewport::endIsVisible()
     return false;
 }
 
+bool TextViewport::fits()
+{
+    const auto limit =
+        static_cast<int>((m_size.height() - 2 * kMargin + kTolerance) / style().rowHeight);
+    constexpr int kDoubt = 4; // With more rows than that by estimate, no layout is made.
+    if (m_text.metrics().lineBreaks() >= limit || estimatedRows(m_text.size()) > kDoubt * limit)
+        return false;
+    TextSegment segment = segments::at(m_text, 0);
+    int rows = layoutOf(segment).rowCount();
+    while (rows <= limit && !segments::isLast(m_text, segment)) {
+        segment = segments::next(m_text, segment);
+        rows += layoutOf(segment).rowCount();
+    }
+    return rows <= limit;
+}
+
 TextViewport::ScrollRange TextViewport::scrollRange()
 {
-    const bool showsEnd = endIsVisible();
-    if (m_anchor == 0 && m_pixel == 0 && showsEnd)
+    if (fits())
         return {};
+    const bool showsEnd = endIsVisible();
     const qreal rows = estimatedRows(m_text.size()) + 1;
     const qreal steps = stepsPerRow(rows);
     const qreal page = rowsPerPage();

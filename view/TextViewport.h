@@ -92,7 +92,8 @@ public:
 
     void scrollByPixels(qreal distance);
     void scrollToStart();
-    /// Scrolls as little as needed to show the caret; centres it when it is far away.
+    /// Scrolls as little as needed to show the caret and the whole composition at it, the caret
+    /// first; centres it when it is far away.
     void makeVisible(TextCaret caret);
 
     /// Scroll bar values, in steps of 1/16 of an estimated row (larger ones for huge texts). Exact
@@ -126,6 +127,10 @@ private:
     void clampToEnd();
     [[nodiscard]] qreal estimatedRows(qint64 offset) const;
     [[nodiscard]] qint64 offsetOfEstimatedRows(qreal rows) const;
+    /// `composition` is the one shown, with any cursor.
+    [[nodiscard]] QRectF caretRect(TextCaret caret, const TextComposition &composition);
+    void makeVisible(TextCaret caret, const QRectF &rect);
+    [[nodiscard]] bool fits();
     [[nodiscard]] bool endIsVisible();
     [[nodiscard]] int rowsBetween(Row from, const Row &to, int limit);
 

@@ -36,6 +36,8 @@ private Q_SLOTS:
     void caretPlacedElsewhere_endsTheComposition();
     void compositionWhereSegmentsMeet_isShownOnce();
     void compositionOfSeveralRows_isScrolledWithTheCaret();
+    void compositionOnTheLastRow_isScrolledToItsEnd_data();
+    void compositionOnTheLastRow_isScrolledToItsEnd();
     void queriesInsideAHugeCluster_areAnswered();
 };
 
@@ -293,6 +295,34 @@ void TextViewCompositionTest::compositionOfSeveralRows_isScrolledWithTheCaret()
     f.compose(u"にほんご"_s.repeated(30), {});
     f.view.verticalScrollBar()->setValue(0);
     QCOMPARE(f.view.verticalScrollBar()->value(), 0);
+}
+
+void TextViewCompositionTest::compositionOnTheLastRow_isScrolledToItsEnd_data()
+{
+    QTest::addColumn<int>("cursor");
+    QTest::newRow("at the start") << 1;
+    QTest::newRow("hidden") << 0;
+}
+
+void TextViewCompositionTest::compositionOnTheLastRow_isScrolledToItsEnd()
+{
+    QFETCH(int, cursor);
+    const QString lines = u"line\n"_s.repeated(100);
+    Fixture f(lines + u"ab\n"_s + lines);
+    const auto behind = static_cast<qint64>(lines.size()) + 1;
+    f.caret(behind);
+    f.view.verticalScrollBar()->setValue(0);
+    f.caret(0);
+    f.caret(behind);
+    while (f.view.caretRectAt(behind).bottom() + f.view.rowHeight() < f.view.viewport()->height())
+        QTest::keyClick(f.view.verticalScrollBar(), Qt::Key_Up); // Until it is on the last row.
+    QInputMethodEvent event(u"にほんご"_s.repeated(30),
+                            {{QInputMethodEvent::Cursor, 0, cursor, {}}});
+    QCoreApplication::sendEvent(&f.view, &event);
+    const QRectF last = f.view.characterRectAt(behind + 1); // What comes after the composition.
+    QVERIFY(!last.isEmpty());
+    QVERIFY(last.bottom() <= f.view.viewport()->height());
+    QVERIFY(f.view.caretRectAt(behind).top() >= 0);
 }
 
 void TextViewCompositionTest::queriesInsideAHugeCluster_areAnswered()

@@ -44,6 +44,7 @@ private Q_SLOTS:
     void replaceCharacters_movesTheSelection();
     void undo_restoresTheSelection();
     void scrollBar_hidesWhenEverythingFits();
+    void scrollBar_textThatJustFits_dependsOnTheSizeAlone();
     void scrollingToTheEnd_showsTheLastLine();
     void editAboveTheView_keepsWhatIsSeen();
     void wholeReplacement_keepsTheLineOnTop();
@@ -345,6 +346,26 @@ void TextViewTest::scrollBar_hidesWhenEverythingFits()
     QVERIFY(!f.view.horizontalScrollBar()->isVisible());
     f.view.setString(Text(u"short again"));
     QTRY_VERIFY(!f.view.verticalScrollBar()->isVisible());
+}
+
+void TextViewTest::scrollBar_textThatJustFits_dependsOnTheSizeAlone()
+{
+    // Lines that take one row more beside a scroll bar.
+    Fixture f(u"日本語 "_s.repeated(12) + u"\n"_s + u"abc\n"_s.repeated(9));
+    int appearances = 0;
+    for (int width = 560; width < 620; width += 3) {
+        for (int height = 150; height < 330; ++height) {
+            f.view.resize(width, height);
+            f.key(Qt::Key_Home, Qt::ControlModifier);
+            const bool isNeeded = f.view.verticalScrollBar()->maximum() > 0;
+            f.key(Qt::Key_End, Qt::ControlModifier);
+            QCOMPARE(f.view.verticalScrollBar()->maximum() > 0, isNeeded);
+            f.key(Qt::Key_Home, Qt::ControlModifier);
+            QCOMPARE(f.view.verticalScrollBar()->maximum() > 0, isNeeded);
+            appearances += isNeeded ? 1 : 0;
+        }
+    }
+    QVERIFY(appearances > 0);
 }
 
 void TextViewTest::scrollingToTheEnd_showsTheLastLine()
