@@ -1,7 +1,8 @@
 #include "app/DocumentsTestBase.h"
 #include "app/MacroLauncher.h"
-#include "macro/script/ScriptHostPool.h"
+#include "support/HeldScript.h"
 #include "support/Macros.h"
+#include "support/Waits.h"
 #include "window/EditorTabBar.h"
 #include "window/MacroRunNotice.h"
 
@@ -147,14 +148,15 @@ void RunningMacroTest::close_ofTheWindowFromAnotherTab_showsTheMacrosTab()
 void RunningMacroTest::edits_ofAMacroBehind_reachItsText()
 {
     m_documents->newDocument();
-    controller(0)->runMacro(u"const end = Date.now() + 1500; while (Date.now() < end) ;"
-                            u"return {textEdits: [{type: 'replaceAll', text: 'new'}]};"_s,
+    const test::HeldScript held;
+    controller(0)->runMacro(u"return {textEdits: [{type: 'replaceAll', text: 'new'}]};"_s,
                             u"id"_s,
                             u"name"_s,
                             std::nullopt);
     QVERIFY(controller(0)->isRunningMacro());
     window(0)->setCurrentController(controller(1));
-    QTRY_VERIFY_WITH_TIMEOUT(!controller(0)->isRunningMacro(), 60000);
+    held.release();
+    QTRY_VERIFY_WITH_TIMEOUT(!controller(0)->isRunningMacro(), test::kLongWait);
     QCOMPARE(text(0), u"new"_s);
     QVERIFY(view(1)->string().isEmpty());
     QVERIFY(controller(1)->isInFront());
@@ -169,7 +171,8 @@ void RunningMacroTest::documents_goneMeanwhile_endTheMacro()
     runEndless(0);
     QVERIFY(QFile::exists(u"/proc/%1"_s.arg(process)));
     m_documents.reset();
-    QTRY_VERIFY(reapHostProcesses() && !QFile::exists(u"/proc/%1"_s.arg(process)));
+    QTRY_VERIFY_WITH_TIMEOUT(reapHostProcesses() && !QFile::exists(u"/proc/%1"_s.arg(process)),
+                             test::kLongWait);
 }
 
 QTEST_MAIN(RunningMacroTest)

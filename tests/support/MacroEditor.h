@@ -2,6 +2,8 @@
 
 #include "macro/script/ScriptHostPool.h"
 #include "platform/settings/UserDefaults.h"
+#include "support/HeldScript.h"
+#include "support/Waits.h"
 #include "view/TextView.h"
 #include "window/EditorWindowController.h"
 #include "window/MacroRunNotice.h"
@@ -10,6 +12,7 @@
 #include <QTimer>
 
 #include <atomic>
+#include <functional>
 
 namespace penwick::test {
 
@@ -44,13 +47,24 @@ struct MacroEditor
     /// Processes events until no macro runs. False at a timeout.
     [[nodiscard]] bool waitForEnd() const
     {
-        return QTest::qWaitFor([this] { return !controller.isRunningMacro(); }, 60000);
+        return QTest::qWaitFor([this] { return !controller.isRunningMacro(); }, kLongWait);
     }
 
     [[nodiscard]] bool run(const QString &code, const QString &name = QStringLiteral("name"))
     {
         start(code, name);
         return waitForEnd();
+    }
+
+    /// As `run`, with a call of `meanwhile` in the event loop of the run, before the script begins.
+    [[nodiscard]] bool runDuring(const QString &code, const std::function<void()> &meanwhile)
+    {
+        const HeldScript held;
+        QTimer::singleShot(0, &controller, [&] {
+            meanwhile();
+            held.release();
+        });
+        return run(code);
     }
 
     [[nodiscard]] TextView *view() const { return controller.textView(); }

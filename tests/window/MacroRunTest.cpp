@@ -9,6 +9,7 @@
 #include <QInputMethodEvent>
 #include <QLabel>
 #include <QMimeData>
+#include <QRegularExpression>
 #include <QTest>
 
 #include <algorithm>
@@ -23,16 +24,11 @@ namespace penwick {
 
 namespace {
 
+constexpr int kAlmostASecond = 950; // Milliseconds.
 const QString kEndless = u"console.log('runs'); while (true) ;"_s;
+const QString kEdit = u"return {textEdits: [{type: 'replaceAll', text: 'edited'}]};"_s;
 const QString kStopped = u"マクロの実行がタイムアウトしました"_s;
 const QString kChanged = u"実行中に文書が変更されたため、マクロの結果を適用しませんでした"_s;
-
-/// A script that requests an edit after this many milliseconds.
-QString slow(int milliseconds)
-{
-    return u"const end = Date.now() + %1; while (Date.now() < end) ;"
-           "return {textEdits: [{type: 'replaceAll', text: 'edited'}]};"_s.arg(milliseconds);
-}
 
 } // namespace
 
@@ -74,28 +70,36 @@ private:
 void MacroRunTest::init()
 {
     m_settings = m_home.file(u"%1.ini"_s.arg(++m_count));
-    QVERIFY(ScriptHostPool::shared().protection(10000).has_value()); // The spare host is ready.
+    QVERIFY(ScriptHostPool::shared()
+                .protection(test::kLongWait)
+                .has_value()); // The spare host is ready.
 }
 
 void MacroRunTest::shortRun_hasEndedOnReturn()
 {
     test::MacroEditor editor(m_settings);
-    editor.start(slow(0));
-    QVERIFY(!editor.controller.isRunningMacro());
+    QElapsedTimer elapsed;
+    elapsed.start();
+    editor.start(kEdit);
+    const bool hasEnded = !editor.controller.isRunningMacro();
+    QVERIFY(hasEnded || elapsed.elapsed() >= kAlmostASecond); // A busy machine may be that slow.
+    QCOMPARE(editor.notice() == nullptr, hasEnded);
+    QVERIFY(editor.waitForEnd());
     QCOMPARE(editor.bytes(), QByteArray("edited"));
-    QVERIFY(editor.notice() == nullptr);
 }
 
 void MacroRunTest::secondLong_returnsBeforeItHasEnded()
 {
     test::MacroEditor editor(m_settings);
+    const test::HeldScript held;
     QElapsedTimer elapsed;
     elapsed.start();
-    editor.start(slow(2000));
-    QVERIFY(elapsed.elapsed() >= 900);
+    editor.start(kEdit);
+    QVERIFY(elapsed.elapsed() >= kAlmostASecond);
     QVERIFY(editor.controller.isRunningMacro());
     QVERIFY(editor.notice() != nullptr);
     QCOMPARE(editor.bytes(), QByteArray(test::MacroEditor::kAfter));
+    held.release();
     QVERIFY(editor.waitForEnd());
     QCOMPARE(editor.bytes(), QByteArray("edited"));
     QCOMPARE(editor.message(), u"マクロを実行しました"_s);
@@ -106,17 +110,23 @@ void MacroRunTest::secondLong_returnsBeforeItHasEnded()
 void MacroRunTest::notice_saysWhatRunsAndForHowLong()
 {
     test::MacroEditor editor(m_settings);
+    QElapsedTimer elapsed;
+    elapsed.start();
     editor.start(kEndless, u"<b>行末&空白</b>"_s);
     QCOMPARE(editor.notice()->accessibleName(), u"マクロ「<b>行末&空白</b>」を実行しています。"_s);
     QVERIFY(editor.notice()->isVisible());
-    const auto says = [&editor](const QString &text) {
-        const auto labels = editor.notice()->findChildren<QLabel *>();
-        return std::any_of(labels.begin(), labels.end(), [&text](const QLabel *label) {
-            return label->isVisible() && label->text() == text;
-        });
+    // The seconds that the notice shows; -1 when it shows none.
+    const auto seconds = [&editor] {
+        static const QRegularExpression pattern(u"^経過時間: (\\d+) 秒$"_s);
+        for (const QLabel *label : editor.notice()->findChildren<QLabel *>())
+            if (const auto match = pattern.match(label->text()); match.hasMatch())
+                return label->isVisible() ? match.captured(1).toInt() : -1;
+        return -1;
     };
-    QVERIFY(says(u"経過時間: 1 秒"_s));
-    QTRY_VERIFY(says(u"経過時間: 2 秒"_s));
+    const int shown = seconds();
+    QVERIFY2(shown >= 1 && shown * 1000 <= elapsed.elapsed(), QByteArray::number(shown));
+    QTRY_VERIFY(seconds() > shown);
+    QVERIFY(seconds() * 1000 <= elapsed.elapsed());
 }
 
 void MacroRunTest::notice_isModalForItsWindowAlone()
@@ -153,7 +163,7 @@ void MacroRunTest::notice_returnAndSpace_doNotStopTheRun()
 {
     test::MacroEditor editor(m_settings);
     editor.start(kEndless);
-    QVERIFY(QTest::qWaitForWindowActive(editor.notice()));
+    QVERIFY(QTest::qWaitForWindowActive(editor.notice(), test::kLongWait));
     QTest::keyClick(editor.notice()->windowHandle(), Qt::Key_Return);
     QTest::keyClick(editor.notice()->windowHandle(), Qt::Key_Space);
     QVERIFY(editor.controller.isRunningMacro());
@@ -165,9 +175,11 @@ void MacroRunTest::notice_afterTheRun_isGone()
 {
     test::MacroEditor editor(m_settings);
     const QPointer<EditorWindowController> controller(&editor.controller);
-    editor.start(slow(2000));
+    const test::HeldScript held;
+    editor.start(kEdit);
     const QPointer<MacroRunNotice> notice(editor.notice());
     QVERIFY(!notice.isNull());
+    held.release();
     QVERIFY(editor.waitForEnd());
     QTRY_VERIFY(notice.isNull());
     QTRY_VERIFY(controller->findChildren<MacroRun *>().isEmpty());
@@ -180,27 +192,28 @@ void MacroRunTest::window_duringARun_isResizedAndPainted()
 
     struct Painted : QObject
     {
-        bool eventFilter(QObject *, QEvent *event) override
+        bool eventFilter(QObject *watched, QEvent *event) override
         {
-            count += event->type() == QEvent::Paint ? 1 : 0;
+            if (event->type() == QEvent::Paint)
+                size = static_cast<QWidget *>(watched)->window()->size();
             return false;
         }
 
-        int count = 0;
+        QSize size;
     } painted;
 
     editor.view()->viewport()->installEventFilter(&painted);
-    QSize size;
-    int before = 0;
-    QTimer::singleShot(200, this, [&] {
-        before = painted.count;
-        editor.controller.window()->resize(700, 500);
-    });
-    QTimer::singleShot(500, this, [&] { size = editor.view()->window()->size(); });
-    editor.start(slow(800));
-    QVERIFY(editor.waitForEnd());
-    QCOMPARE(size, QSize(700, 500));
-    QVERIFY(painted.count > before);
+    // A busy machine may not paint within the second that `start` waits; then it is tried again.
+    QSize size(700, 500);
+    for (int i = 0; i < 10 && painted.size != size; ++i) {
+        size += QSize(1, 1);
+        const test::HeldScript held;
+        QTimer::singleShot(0, this, [&] { editor.controller.window()->resize(size); });
+        editor.start(kEndless);
+        QVERIFY(editor.notice() != nullptr);
+        editor.notice()->reject();
+    }
+    QCOMPARE(painted.size, size);
 }
 
 void MacroRunTest::drop_duringARun_isRefused()
@@ -227,8 +240,8 @@ void MacroRunTest::sameWindow_secondRun_showsTheNotice()
     test::MacroEditor editor(m_settings);
     bool isShown = false;
     bool hasKeptWaiting = false;
-    QTimer::singleShot(200, this, [&] {
-        editor.start(slow(0), u"second"_s);
+    QTimer::singleShot(0, this, [&] {
+        editor.start(kEdit, u"second"_s);
         isShown = editor.controller.isRunningMacro() && editor.notice() != nullptr;
         QTimer::singleShot(0, this, [&] { hasKeptWaiting = true; });
     });
@@ -248,8 +261,7 @@ void MacroRunTest::otherWindow_duringARun_isFree()
     busy.start(kEndless);
     QTest::keyClicks(other.view(), u"X"_s);
     QCOMPARE(other.bytes(), QByteArray("一行!\r\nXond 😀\n"));
-    other.start(slow(0));
-    QVERIFY(!other.controller.isRunningMacro());
+    QVERIFY(other.run(kEdit));
     QCOMPARE(other.bytes(), QByteArray("edited"));
     other.start(kEndless, u"two"_s);
     QVERIFY(other.controller.isRunningMacro() && busy.controller.isRunningMacro());
@@ -265,9 +277,12 @@ void MacroRunTest::otherWindow_startedByAnEvent_runsWithinTheFirst()
 {
     test::MacroEditor first(m_settings);
     test::MacroEditor second(m_settings);
-    QTimer::singleShot(300, this, [&] { second.start(kEndless); });
-    first.start(slow(800));
-    QVERIFY(first.waitForEnd());
+    const test::HeldScript held;
+    QTimer::singleShot(0, this, [&] {
+        held.release();
+        second.start(kEndless);
+    });
+    QVERIFY(first.run(kEdit));
     QCOMPARE(first.bytes(), QByteArray("edited"));
     QVERIFY(second.controller.isRunningMacro());
     QVERIFY(second.notice() != nullptr);
@@ -276,13 +291,11 @@ void MacroRunTest::otherWindow_startedByAnEvent_runsWithinTheFirst()
 void MacroRunTest::text_changedMeanwhile_keepsTheChange()
 {
     test::MacroEditor editor(m_settings);
-    QTimer::singleShot(200, this, [&] {
+    QVERIFY(editor.runDuring(kEdit, [&] {
         QInputMethodEvent commit;
         commit.setCommitString(u"確定"_s);
         QCoreApplication::sendEvent(editor.view(), &commit);
-    });
-    editor.start(slow(800));
-    QVERIFY(editor.waitForEnd());
+    }));
     QCOMPARE(editor.message(), kChanged);
     QCOMPARE(editor.bytes(), QByteArray("一行!\r\n確定ond 😀\n"));
     editor.view()->undo();
@@ -292,10 +305,10 @@ void MacroRunTest::text_changedMeanwhile_keepsTheChange()
 void MacroRunTest::text_changedAndBack_takesTheEdit()
 {
     test::MacroEditor editor(m_settings);
-    QTimer::singleShot(200, this, [&] { editor.view()->undo(); });
-    QTimer::singleShot(300, this, [&] { editor.view()->redo(); });
-    editor.start(slow(800));
-    QVERIFY(editor.waitForEnd());
+    QVERIFY(editor.runDuring(kEdit, [&] {
+        editor.view()->undo();
+        editor.view()->redo();
+    }));
     QCOMPARE(editor.bytes(), QByteArray("edited"));
     editor.view()->undo();
     QCOMPARE(editor.bytes(), QByteArray(test::MacroEditor::kAfter));
@@ -306,22 +319,20 @@ void MacroRunTest::text_changedAndBack_takesTheEdit()
 void MacroRunTest::selection_changedMeanwhile_isRestored()
 {
     test::MacroEditor editor(m_settings);
-    QTimer::singleShot(200, this, [&] { editor.view()->setSelectedRange({0, 0}); });
-    editor.start(u"const end = Date.now() + 800; while (Date.now() < end) ;"
-                 "return {textEdits: [{type: 'replaceSelection', text: 'X'}]};"_s);
-    QVERIFY(editor.waitForEnd());
+    QVERIFY(
+        editor.runDuring(u"return {textEdits: [{type: 'replaceSelection', text: 'X'}]};"_s, [&] {
+            editor.view()->setSelectedRange({0, 0});
+        }));
     QCOMPARE(editor.bytes(), QByteArray("一行!\r\nXond 😀\n"));
 }
 
 void MacroRunTest::composition_openAtTheEnd_keepsTheText()
 {
     test::MacroEditor editor(m_settings);
-    QTimer::singleShot(200, this, [&] {
+    QVERIFY(editor.runDuring(kEdit, [&] {
         QInputMethodEvent composing(u"にほん"_s, {});
         QCoreApplication::sendEvent(editor.view(), &composing);
-    });
-    editor.start(slow(800));
-    QVERIFY(editor.waitForEnd());
+    }));
     QCOMPARE(editor.message(), u"日本語入力の変換を確定してからマクロを実行してください"_s);
     QVERIFY(editor.view()->hasMarkedText());
     QVERIFY(!editor.view()->string().toUtf8().contains("edited"));
@@ -332,9 +343,7 @@ void MacroRunTest::content_replacedMeanwhile_isLeftAlone()
     TextDocument other;
     other.setContentString(Text(QString::fromUtf8(test::MacroEditor::kAfter)));
     test::MacroEditor editor(m_settings);
-    QTimer::singleShot(200, this, [&] { editor.controller.setDocument(&other); });
-    editor.start(slow(800));
-    QVERIFY(editor.waitForEnd());
+    QVERIFY(editor.runDuring(kEdit, [&] { editor.controller.setDocument(&other); }));
     QCOMPARE(editor.message(), u"テキストエリアが見つかりません"_s);
     QCOMPARE(other.contentString().toUtf8(), QByteArray(test::MacroEditor::kAfter));
     QCOMPARE(editor.bytes(), QByteArray(test::MacroEditor::kAfter));
@@ -343,31 +352,30 @@ void MacroRunTest::content_replacedMeanwhile_isLeftAlone()
 
 void MacroRunTest::document_goneMeanwhile_stillEdits()
 {
-    UserDefaults defaults(m_settings);
+    test::MacroEditor editor(m_settings);
     auto document = std::make_unique<TextDocument>();
     document->setContentString(Text(u"a"_s));
-    EditorWindowController controller(defaults);
-    controller.setDocument(document.get());
-    QTimer::singleShot(200, this, [&] { document.reset(); });
-    controller.runMacro(slow(800), u"id"_s, u"name"_s, std::nullopt);
-    QVERIFY(QTest::qWaitFor([&] { return !controller.isRunningMacro(); }, 60000));
+    editor.controller.setDocument(document.get());
+    QVERIFY(editor.runDuring(kEdit, [&] { document.reset(); }));
     QVERIFY(document == nullptr);
-    QCOMPARE(controller.textView()->string().toString(), u"edited"_s);
+    QCOMPARE(editor.view()->string().toString(), u"edited"_s);
 }
 
 // The notice was visible, so the user saw the macro running.
 void MacroRunTest::stop_afterTheScriptHasEnded_changesNothing()
 {
     test::MacroEditor editor(m_settings);
-    QVERIFY(ScriptHostPool::shared().prepare());
-    const auto process = static_cast<pid_t>(ScriptHostPool::shared().spareProcessId());
-    editor.start(slow(2000));
+    const test::HeldScript held;
+    editor.start(kEdit);
     QVERIFY(editor.notice() != nullptr);
     QVERIFY(editor.controller.isRunningMacro());
+    held.release();
     // The run ends its process once it has the script's result. No event is processed, so that
     // the result is not used yet.
-    const QDeadlineTimer deadline(60000);
-    const auto hasEnded = [process] { return reapHostProcesses() && ::kill(process, 0) == -1; };
+    const QDeadlineTimer deadline(test::kLongWait);
+    const auto hasEnded = [&held] {
+        return reapHostProcesses() && ::kill(held.process(), 0) == -1;
+    };
     while (!hasEnded() && !deadline.hasExpired())
         std::this_thread::yield();
     QVERIFY(hasEnded());
@@ -387,7 +395,7 @@ void MacroRunTest::controller_goneDuringARun_endsTheProcess()
     QVERIFY(editor->controller.isRunningMacro());
     QCOMPARE(::kill(process, 0), 0);
     editor.reset();
-    QTRY_VERIFY(reapHostProcesses() && ::kill(process, 0) == -1);
+    QTRY_VERIFY_WITH_TIMEOUT(reapHostProcesses() && ::kill(process, 0) == -1, test::kLongWait);
 }
 
 // Some kills come before the script starts, some during it, some after it.
@@ -402,18 +410,15 @@ void MacroRunTest::host_killedAtAnyMoment_losesNothing()
     ScriptHostPool &pool = ScriptHostPool::shared();
     const QString code = u"const end = Date.now() + 2; while (Date.now() < end) ;"
                          "return {textEdits: [{type: 'insertAtCursor', text: 'x'}]};"_s;
-    QElapsedTimer elapsed;
-    elapsed.start();
-    for (int i = 0; i < 10; ++i)
-        QVERIFY(editor.run(code));
-    const auto span = static_cast<unsigned>(elapsed.nsecsElapsed() / 1000 / 10 * 2);
+    // The longest time until a kill, in microseconds. It follows the time that a run takes.
+    unsigned span = 20'000;
     std::mt19937 random(20240229);
     int whole = 0;
     for (int i = 0; i < kRuns; ++i) {
         const QByteArray before = editor.bytes();
         const bool isUp = random() % 2 == 0;
         QVERIFY(pool.prepare());
-        QVERIFY(!isUp || pool.protection(10000).has_value());
+        QVERIFY(!isUp || pool.protection(test::kLongWait).has_value());
         const auto process = static_cast<pid_t>(pool.spareProcessId());
         std::thread killer([process, moment = std::chrono::microseconds(random() % span)] {
             std::this_thread::sleep_for(moment);
@@ -424,7 +429,9 @@ void MacroRunTest::host_killedAtAnyMoment_losesNothing()
         QVERIFY(hasEnded);
         const QByteArray after = editor.bytes();
         QVERIFY(after == before || after.size() == before.size() + 1);
-        whole += after == before ? 0 : 1;
+        const bool isWhole = after != before;
+        whole += isWhole ? 1 : 0;
+        span = isWhole ? std::max(1000U, span / 5 * 4) : span / 4 * 5;
     }
     qInfo("%d of %d runs ended before they were killed", whole, kRuns);
     QVERIFY(whole > 0 && whole < kRuns);
