@@ -5,6 +5,7 @@
 #include "macro/library/MacroManager.h"
 #include "support/Macros.h"
 #include "support/ManagerPage.h"
+#include "support/Waits.h"
 
 #include <QMainWindow>
 #include <QTest>
@@ -226,7 +227,7 @@ void AppDelegateTest::lastActiveEditor_tabChangedBehindAManager_followsIt()
     controller()->window()->setCurrentController(controller(0));
     QCOMPARE(m_app->targetEditor().get(), controller(0));
     m_app->runDynamicMacro(u"default_trimTrailingSpaces"_s);
-    QTRY_COMPARE(text(0), u"A"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(text(0), u"A"_s, test::kLongWait);
     QCOMPARE(text(1), u"B  "_s);
     m_app->profileManagerWindowController()->window()->close();
 }
@@ -335,7 +336,7 @@ void AppDelegateTest::quit_withUnsavedMacroAndWindow_asksForBoth()
     });
     QTimer timeout;
     connect(&timeout, &QTimer::timeout, this, [] { QCoreApplication::exit(1); });
-    timeout.start(30'000);
+    timeout.start(test::kLongWait);
     QCOMPARE(QCoreApplication::exec(), 0);
     QVERIFY(!m_app->documentController().hasDocuments());
     QCOMPARE(MacroManager::shared().macros().first().name, u"行末スペースを削除"_s);

@@ -197,7 +197,7 @@ private Q_SLOTS:
         OpenRequest request = requestOf("/a\xff");
         request.items.append({{}, Text(QString(3'000'000, u'あ')), TextPlace{2, 3}});
         auto outcome = handOverTo(addressIn(home), request);
-        QTRY_VERIFY_WITH_TIMEOUT(isOver(outcome), 20'000);
+        QTRY_VERIFY_WITH_TIMEOUT(isOver(outcome), kLongWait);
         QVERIFY(outcome.get());
         QCOMPARE(running.requests.size(), 1);
         QVERIFY(running.requests.first() == request);
@@ -209,7 +209,7 @@ private Q_SLOTS:
         Running running(addressIn(home));
         auto outcome = handOverTo(addressIn(home), requestOf("/a", true));
         auto failing = handOverTo(addressIn(home), requestOf("/b", true));
-        QTRY_COMPARE(running.clients.size(), 2);
+        QTRY_COMPARE_WITH_TIMEOUT(running.clients.size(), 2, kLongWait);
         QTest::qWait(50);
         QVERIFY(!isOver(outcome) && !isOver(failing));
         for (InstanceClient *client : running.clients)
@@ -224,7 +224,7 @@ private Q_SLOTS:
         const TemporaryHome home;
         auto running = std::make_unique<Running>(addressIn(home));
         auto outcome = handOverTo(addressIn(home), requestOf("/a", true));
-        QTRY_COMPARE(running->clients.size(), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(running->clients.size(), 1, kLongWait);
         running->server.leave(); // Clients that wait keep waiting.
         QTest::qWait(50);
         QVERIFY(!isOver(outcome));
@@ -253,9 +253,12 @@ private Q_SLOTS:
     {
         const TemporaryHome home;
         auto place = takePlace(addressIn(home));
-        auto outcome = handOverTo(addressIn(home), requestOf("/a"));
-        QTest::qWait(50);
-        InstancePlace::leave(*std::exchange(place, std::nullopt));
+        const auto stream = LocalSocket::connectTo(addressIn(home).socket);
+        QVERIFY(stream);
+        auto outcome = std::async(std::launch::async, [&stream] {
+            return handOver(requestOf("/a"), *stream, kHandOverTimeout);
+        });
+        InstancePlace::leave(*std::exchange(place, std::nullopt)); // The request is sent or not.
         QVERIFY(outcome.get().error().kind == Kind::NotTaken);
     }
 
@@ -288,11 +291,11 @@ private Q_SLOTS:
                                          [address, noise] { return converse(address, noise); }));
         }
         auto outcome = handOverTo(address, requestOf("/a"));
-        QTRY_COMPARE(running.requests.size(), 1);
-        QTRY_VERIFY(isOver(outcome));
+        QTRY_COMPARE_WITH_TIMEOUT(running.requests.size(), 1, kLongWait);
+        QTRY_VERIFY_WITH_TIMEOUT(isOver(outcome), kLongWait);
         QVERIFY(outcome.get());
         for (auto &answer : answers) {
-            QTRY_VERIFY(answer.wait_for(0s) == std::future_status::ready);
+            QTRY_VERIFY_WITH_TIMEOUT(answer.wait_for(0s) == std::future_status::ready, kLongWait);
             ReplyReader reader;
             const QByteArray bytes = answer.get();
             reader.append(bytes);
@@ -308,7 +311,7 @@ private Q_SLOTS:
         const InstanceAddress address = addressIn(home);
         Running running(address, 100ms);
         auto answer = std::async(std::launch::async, [address] { return converse(address, "\1"); });
-        QTRY_VERIFY(answer.wait_for(0s) == std::future_status::ready);
+        QTRY_VERIFY_WITH_TIMEOUT(answer.wait_for(0s) == std::future_status::ready, kLongWait);
         QCOMPARE(answer.get(), QByteArray());
     }
 };

@@ -93,7 +93,7 @@ private Q_SLOTS:
         QTest::qWait(kUntilItWatches);
         QVERIFY(QFile::remove(address.lock));
         QVERIFY(running.acceptsRequestAt(address));
-        QTRY_VERIFY(isLocked(address));
+        QTRY_VERIFY_WITH_TIMEOUT(isLocked(address), kLongWait);
     }
 
     void server_folderTakenAway_isMetAgain()
@@ -105,7 +105,7 @@ private Q_SLOTS:
         Running running(address);
         for (int i = 0; i < 3; ++i) {
             QVERIFY(QDir(folder).removeRecursively());
-            QTRY_VERIFY(QFile::exists(address.socket));
+            QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(address.socket), kLongWait);
             QVERIFY(isLocked(address));
             QVERIFY(running.acceptsRequestAt(address));
         }
@@ -143,7 +143,7 @@ private Q_SLOTS:
         QVERIFY(wakings.during(1s) < 4);
         second.server.leave();
         // A process that arrives before the first one notices takes the free place.
-        QTRY_VERIFY(QFile::exists(address.socket));
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(address.socket), kLongWait);
         QVERIFY(first.acceptsRequestAt(address));
     }
 
@@ -211,7 +211,7 @@ private Q_SLOTS:
         auto outcome = std::async(std::launch::async, [&stream] {
             return handOver(requestOf("/a"), *stream, kHandOverTimeout);
         });
-        QTRY_VERIFY(isOver(outcome));
+        QTRY_VERIFY_WITH_TIMEOUT(isOver(outcome), kLongWait);
         QVERIFY(outcome.get());
     }
 
@@ -248,7 +248,7 @@ private Q_SLOTS:
             return handOver(requestOf("/a"), silent.back(), kHandOverTimeout);
         });
         silent.erase(silent.begin());
-        QTRY_VERIFY(isOver(outcome));
+        QTRY_VERIFY_WITH_TIMEOUT(isOver(outcome), kLongWait);
         QVERIFY(outcome.get());
     }
 };

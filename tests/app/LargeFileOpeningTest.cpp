@@ -1,6 +1,7 @@
 #include "app/DocumentsTestBase.h"
 #include "app/MacroLauncher.h"
 #include "support/ModalAnswer.h"
+#include "support/Waits.h"
 #include "window/LoadingView.h"
 #include "window/StatusMessageLabel.h"
 
@@ -61,7 +62,7 @@ void LargeFileOpeningTest::open_large_showsItsWindowFirstAndItsTextLater()
     QCOMPARE(window()->windowTitle(), u"大きい.txt[*] — penwick"_s);
     QVERIFY(view() == nullptr);
     QVERIFY(document()->isReading());
-    QTRY_VERIFY(view() != nullptr);
+    QTRY_VERIFY_WITH_TIMEOUT(view() != nullptr, test::kLongWait);
     QCOMPARE(text(), u"一\r\n二"_s);
     QCOMPARE(window()->windowTitle(), u"大きい.txt[*] — penwick"_s);
     QCOMPARE(view()->accessibleName(), u"大きい.txt"_s);
@@ -74,8 +75,8 @@ void LargeFileOpeningTest::open_large_showsItsWindowFirstAndItsTextLater()
 
 void LargeFileOpeningTest::open_largeButQuick_isThereAtOnce()
 {
-    using namespace std::chrono_literals;
-    m_documents->setTransferLimits({.directBytes = 1, .reading = 10s, .saving = 0ms});
+    m_documents->setTransferLimits(
+        {.directBytes = 1, .reading = std::chrono::milliseconds(test::kLongWait), .saving = {}});
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
     QCOMPARE(text(), u"abc"_s);
 }
@@ -98,7 +99,7 @@ void LargeFileOpeningTest::open_severalAtOnce_areAllRead()
     }
     QCOMPARE(m_documents->windowControllers().size(), 5);
     for (int i = 0; i < 5; ++i) {
-        QTRY_VERIFY(view(i) != nullptr);
+        QTRY_VERIFY_WITH_TIMEOUT(view(i) != nullptr, test::kLongWait);
         QCOMPARE(text(i), QString::number(i));
     }
 }
@@ -110,7 +111,7 @@ void LargeFileOpeningTest::open_intoThePristineWindow_takesItsPlace()
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
     QCOMPARE(m_documents->windowControllers().size(), 1);
     QCOMPARE(window(), before);
-    QTRY_VERIFY(view() != nullptr);
+    QTRY_VERIFY_WITH_TIMEOUT(view() != nullptr, test::kLongWait);
     QCOMPARE(text(), u"abc"_s);
     QCoreApplication::processEvents();
 }
@@ -126,7 +127,8 @@ void LargeFileOpeningTest::open_invalidAtTheEnd_saysSoAndLeavesAnUntitledWindow(
         information = qobject_cast<QMessageBox *>(modal)->informativeText();
         return modal->close();
     });
-    QTRY_COMPARE(window()->windowTitle(), u"名称未設定[*] — penwick"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(
+        window()->windowTitle(), u"名称未設定[*] — penwick"_s, test::kLongWait);
     QCOMPARE(message, u"ファイルを開けませんでした"_s);
     QVERIFY2(information.endsWith(u"UTF-8 のテキストではありません。"_s), qPrintable(information));
     QVERIFY(view() != nullptr);
@@ -167,7 +169,7 @@ void LargeFileOpeningTest::open_invalidBesideAnotherWindow_closesItsWindow()
     QCOMPARE(m_documents->windowControllers().size(), 2);
     const auto failing = m_documents->windowControllers().at(1);
     const test::ModalAnswerer answer([](QWidget *modal) { return modal->close(); });
-    QTRY_COMPARE(m_documents->windowControllers().size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(m_documents->windowControllers().size(), 1, test::kLongWait);
     QVERIFY(answer.hasAnswered());
     QVERIFY(!failing->window()->isVisible());
     QCOMPARE(text(), u"x"_s);
@@ -177,7 +179,8 @@ void LargeFileOpeningTest::open_calledOff_leavesNoMessage()
 {
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
     QTest::keyClick(window()->findChild<LoadingView *>(), Qt::Key_Escape);
-    QTRY_COMPARE(window()->windowTitle(), u"名称未設定[*] — penwick"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(
+        window()->windowTitle(), u"名称未設定[*] — penwick"_s, test::kLongWait);
     QVERIFY(QApplication::activeModalWidget() == nullptr);
     QVERIFY(document()->filePath().isEmpty());
     QCOMPARE(text(), QString());
@@ -200,7 +203,7 @@ void LargeFileOpeningTest::open_whileItIsRead_refusesSavesAndMacros()
     QVERIFY(!m_documents->saveDocument(controller()));
     QVERIFY(!m_documents->saveDocumentAs(controller()));
     controller()->runMacro(u"return { textEdits: [] };"_s, u"id"_s, u"name"_s, std::nullopt);
-    QTRY_VERIFY(view() != nullptr);
+    QTRY_VERIFY_WITH_TIMEOUT(view() != nullptr, test::kLongWait);
     QCoreApplication::processEvents();
     QVERIFY(!controller()->documentState()->macroNotificationMessage().has_value());
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("abc"));

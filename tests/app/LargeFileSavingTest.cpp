@@ -2,6 +2,7 @@
 #include "support/FileSizeLimit.h"
 #include "support/HugeText.h"
 #include "support/ModalAnswer.h"
+#include "support/Waits.h"
 
 #include <QDir>
 #include <QFileDialog>
@@ -42,8 +43,8 @@ private:
     /// Opens "a.txt", edits it, and starts a save that takes longer than any test. The test must
     /// cancel it.
     void startLongSave() const;
-    /// As `startLongSave`, with a save that ends soon.
-    void startSave() const;
+    /// As `startLongSave`, with a text of that many million characters. The test need not cancel.
+    void startSave(int megabytes = 30) const;
 
     /// All files in the folder. A partly written file would be among them.
     [[nodiscard]] QStringList files() const
@@ -62,22 +63,19 @@ void LargeFileSavingTest::init()
 void LargeFileSavingTest::openAndWait(const QString &path) const
 {
     QVERIFY(m_documents->openFile(path));
-    QTRY_VERIFY(
-        !document(static_cast<int>(m_documents->windowControllers().size()) - 1)->isReading());
+    const auto last = static_cast<int>(m_documents->windowControllers().size()) - 1;
+    QTRY_VERIFY_WITH_TIMEOUT(!document(last)->isReading(), test::kLongWait);
 }
 
 void LargeFileSavingTest::startLongSave() const
 {
-    openAndWait(m_home->write(u"a.txt"_s, "old"));
-    replaceText(test::hugeText(3000));
-    QVERIFY(m_documents->saveDocument(controller()));
-    QVERIFY(document()->isWriting());
+    startSave(3000);
 }
 
-void LargeFileSavingTest::startSave() const
+void LargeFileSavingTest::startSave(int megabytes) const
 {
     openAndWait(m_home->write(u"a.txt"_s, "old"));
-    replaceText(test::hugeText(30));
+    replaceText(test::hugeText(megabytes));
     QVERIFY(m_documents->saveDocument(controller()));
     QVERIFY(document()->isWriting());
 }
@@ -86,7 +84,7 @@ void LargeFileSavingTest::save_typingGoesOn_leavesThatUnsaved()
 {
     startSave();
     type(u"y"_s);
-    QTRY_VERIFY(!document()->isWriting());
+    QTRY_VERIFY_WITH_TIMEOUT(!document()->isWriting(), test::kLongWait);
     QVERIFY(m_home->read(u"a.txt"_s) == QByteArray(30'000'000, 'x'));
     QVERIFY(window()->isWindowModified());
     view()->undo();
@@ -98,14 +96,14 @@ void LargeFileSavingTest::save_askedForTwice_writesTwice()
     startSave();
     type(u"y"_s);
     QVERIFY(m_documents->saveDocument(controller()));
-    QTRY_VERIFY(!document()->isEdited());
+    QTRY_VERIFY_WITH_TIMEOUT(!document()->isEdited(), test::kLongWait);
     QVERIFY(!document()->isWriting());
     QCOMPARE(QFileInfo(m_home->file(u"a.txt"_s)).size(), 30'000'001);
     // There was no edit between the two saves, so the second one does nothing.
     type(u"z"_s);
     QVERIFY(m_documents->saveDocument(controller()));
     QVERIFY(m_documents->saveDocument(controller()));
-    QTRY_VERIFY(!document()->isEdited());
+    QTRY_VERIFY_WITH_TIMEOUT(!document()->isEdited(), test::kLongWait);
     QVERIFY(!document()->isWriting());
 }
 
@@ -118,7 +116,7 @@ void LargeFileSavingTest::save_calledOff_keepsTheOldFile()
     type(u"y"_s);
     QVERIFY(m_documents->saveDocument(controller())); // Cancelled together with the first save.
     QTest::mouseClick(button, Qt::LeftButton);
-    QTRY_VERIFY(!document()->isWriting());
+    QTRY_VERIFY_WITH_TIMEOUT(!document()->isWriting(), test::kLongWait);
     QVERIFY(!button->isVisible());
     QVERIFY(QApplication::activeModalWidget() == nullptr);
     QVERIFY(window()->isWindowModified());
@@ -141,7 +139,7 @@ void LargeFileSavingTest::save_noSpace_saysSoAndKeepsEverything()
             information = qobject_cast<QMessageBox *>(modal)->informativeText();
             return modal->close();
         });
-        QTRY_VERIFY(!message.isEmpty());
+        QTRY_VERIFY_WITH_TIMEOUT(!message.isEmpty(), test::kLongWait);
     }
     QCOMPARE(message, u"ファイルを保存できませんでした"_s);
     QVERIFY2(information.endsWith(u"ディスクの空き容量が足りません。"_s), qPrintable(information));
@@ -161,21 +159,22 @@ void LargeFileSavingTest::saveAs_whileItIsWritten_holdsItsName()
     QCOMPARE(window()->windowTitle(), u"名称未設定[*] — penwick"_s);
     QVERIFY(m_documents->openFileOrNew(path));
     QCOMPARE(m_documents->windowControllers().size(), 1);
-    QTRY_COMPARE(window()->windowTitle(), u"new.txt[*] — penwick"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(window()->windowTitle(), u"new.txt[*] — penwick"_s, test::kLongWait);
     QCOMPARE(QFileInfo(path).size(), 10'000'000);
 }
 
 void LargeFileSavingTest::saveAs_nameTakenMeanwhile_asks()
 {
     m_documents->newDocument();
-    replaceText(test::hugeText(50));
+    replaceText(test::hugeText(300));
     const QString path = m_home->file(u"new.txt"_s);
     test::answerModal([path](QWidget *modal) { test::acceptFileName(modal, path); });
     QVERIFY(m_documents->saveDocumentAs(controller()));
     QVERIFY(document()->isWriting());
+    QVERIFY(!QFile::exists(path)); // It takes long to write the text.
     m_home->write(u"new.txt"_s, "theirs");
     const test::ModalAnswerer answer(test::clicking(u"キャンセル"_s));
-    QTRY_VERIFY(answer.hasAnswered());
+    QTRY_VERIFY_WITH_TIMEOUT(answer.hasAnswered(), test::kLongWait);
     QCOMPARE(m_home->read(u"new.txt"_s), QByteArray("theirs"));
     QCOMPARE(document()->filePath(), QString());
     QVERIFY(document()->isEdited());
@@ -195,7 +194,7 @@ void LargeFileSavingTest::saveAs_duringASave_waitsForIt()
     });
     QVERIFY(m_documents->saveDocumentAs(controller()));
     QVERIFY(answer.hasAnswered());
-    QTRY_VERIFY(!document()->isWriting());
+    QTRY_VERIFY_WITH_TIMEOUT(!document()->isWriting(), test::kLongWait);
     QCOMPARE(document()->filePath(), path);
     QCOMPARE(QFileInfo(m_home->file(u"a.txt"_s)).size(), 30'000'000);
     QCOMPARE(QFileInfo(path).size(), 30'000'000);
@@ -203,7 +202,7 @@ void LargeFileSavingTest::saveAs_duringASave_waitsForIt()
 
 void LargeFileSavingTest::close_whileSaving_waitsForTheFile()
 {
-    startSave();
+    startSave(300); // The dialog is open before the text is written.
     QString message;
     const test::ModalAnswerer answer([&](QWidget *modal) {
         message = modal->findChild<QLabel *>()->text();
@@ -212,7 +211,7 @@ void LargeFileSavingTest::close_whileSaving_waitsForTheFile()
     QVERIFY(window()->close());
     QVERIFY(!m_documents->hasDocuments());
     QCOMPARE(message, u"「a.txt」を保存しています。"_s);
-    QCOMPARE(QFileInfo(m_home->file(u"a.txt"_s)).size(), 30'000'000);
+    QCOMPARE(QFileInfo(m_home->file(u"a.txt"_s)).size(), 300'000'000);
 }
 
 void LargeFileSavingTest::close_whileSavingThenCalledOff_staysOpen()

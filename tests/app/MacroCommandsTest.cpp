@@ -4,6 +4,7 @@
 #include "controls/VerbatimText.h"
 #include "support/Macros.h"
 #include "support/ManagerPage.h"
+#include "support/Waits.h"
 
 #include <QAccessible>
 #include <QComboBox>
@@ -84,7 +85,7 @@ void MacroCommandsTest::macroManagersTestRun_editsTheLastActiveEditor()
     QTest::keyClicks(code->textView(),
                      u"return { textEdits: [{ type: 'replaceAll', text: 'new' }] };"_s);
     page.click(u"テスト実行"_s);
-    QTRY_COMPARE(text(), u"new"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(text(), u"new"_s, test::kLongWait);
     test::clickInModal(u"保存しない"_s); // The question about the draft.
     QVERIFY(m_app->macroManagerWindowController()->window()->close());
 }
@@ -106,7 +107,7 @@ void MacroCommandsTest::macroManagersTestRun_behindTwoEditors_editsTheOneActiveL
         m_app->showMacroManager();
         QVERIFY(QTest::qWaitForWindowActive(manager));
         page.click(u"テスト実行"_s);
-        QTRY_COMPARE((QStringList{text(0), text(1)}), expected);
+        QTRY_COMPARE_WITH_TIMEOUT((QStringList{text(0), text(1)}), expected, test::kLongWait);
     }
     QCOMPARE(text(0), u"A!!"_s);
     QCOMPARE(text(1), u"B!"_s);
@@ -119,7 +120,7 @@ void MacroCommandsTest::dynamicMacro_fromTheMenu_editsTheDocument()
     launch();
     setText(u"one  \ntwo\t"_s);
     macroItem(u"default_trimTrailingSpaces"_s)->trigger();
-    QCOMPARE(text(), u"one\ntwo"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(text(), u"one\ntwo"_s, test::kLongWait);
     controller()->textView()->undo();
     QCOMPARE(text(), u"one  \ntwo\t"_s);
 }
@@ -158,7 +159,7 @@ void MacroCommandsTest::prefixMacro_prompted_usesTheAnswer()
         test::buttonNamed(window, u"OK"_s)->click();
     });
     macroItem(u"default_addLinePrefix"_s)->trigger();
-    QCOMPARE(this->text(), text);
+    QTRY_COMPARE_WITH_TIMEOUT(this->text(), text, test::kLongWait);
     if (!message.isEmpty())
         QCOMPARE(this->message(), message);
 }
@@ -169,7 +170,7 @@ void MacroCommandsTest::suffixMacro_promptedAndAccepted_appendsAComma()
     setText(u"a\nb"_s);
     test::clickInModal(u"OK"_s);
     macroItem(u"default_addLineSuffix"_s)->trigger();
-    QCOMPARE(text(), u"a,\nb,"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(text(), u"a,\nb,"_s, test::kLongWait);
 }
 
 void MacroCommandsTest::prompt_ofAMacro_saysWhatItAsksFor_data()
@@ -218,7 +219,7 @@ void MacroCommandsTest::datePrompt_answered_insertsTheDate()
         test::buttonNamed(window, u"OK"_s)->click();
     });
     macroItem(u"default_insertDateTime"_s)->trigger();
-    QCOMPARE(text(), u"2025年3月5日"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(text(), u"2025年3月5日"_s, test::kLongWait);
 }
 
 void MacroCommandsTest::prompt_windowActivatedMeanwhile_receivesTheRun()
@@ -230,8 +231,8 @@ void MacroCommandsTest::prompt_windowActivatedMeanwhile_receivesTheRun()
         test::buttonNamed(window, u"OK"_s)->click();
     });
     macroItem(u"default_addLinePrefix"_s)->trigger();
+    QTRY_COMPARE_WITH_TIMEOUT(text(1), u"- B"_s, test::kLongWait);
     QCOMPARE(text(0), u"A"_s);
-    QCOMPARE(text(1), u"- B"_s);
 }
 
 void MacroCommandsTest::testMacro_withoutEditor_doesNothing()
@@ -249,15 +250,17 @@ void MacroCommandsTest::testMacros_run_reportTheirSuccess()
     launch();
     QList<QAction *> items = macroMenu(controller()->window())->actions();
     items.last()->trigger();
-    QCOMPARE(message(), u"選択範囲がありません。テキストを選択してから実行してください。"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(message(),
+                              u"選択範囲がありません。テキストを選択してから実行してください。"_s,
+                              test::kLongWait);
     setText(u"abc"_s);
     controller()->textView()->setSelectedRange({1, 1});
     items.last()->trigger();
+    QTRY_COMPARE_WITH_TIMEOUT(message(), u"replaceSelection テスト成功"_s, test::kLongWait);
     QCOMPARE(text(), u"a[選択テスト: b]c"_s);
-    QCOMPARE(message(), u"replaceSelection テスト成功"_s);
     items.at(items.size() - 2)->trigger();
+    QTRY_COMPARE_WITH_TIMEOUT(message(), u"replaceAll テスト成功"_s, test::kLongWait);
     QVERIFY(text().startsWith(u"テストマクロが実行されました！\n現在時刻: "_s));
-    QCOMPARE(message(), u"replaceAll テスト成功"_s);
 }
 
 void MacroCommandsTest::managersRun_withoutEditor_warns()
@@ -298,7 +301,7 @@ void MacroCommandsTest::macroManagersTestRun_failing_marksTheLine()
     auto *editor = m_app->macroManagerWindowController()->window()->findChild<CodeEditor *>();
     editor->setText(code);
     page.click(u"テスト実行"_s);
-    QTRY_VERIFY(!message().isEmpty());
+    QTRY_VERIFY_WITH_TIMEOUT(!message().isEmpty(), test::kLongWait);
     QTRY_COMPARE(editor->errorLine(), line);
     const auto *error = editor->window()->findChild<ElidedLabel *>(u"macroRunError"_s);
     QVERIFY(error->isVisible());

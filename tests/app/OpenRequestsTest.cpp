@@ -3,6 +3,7 @@
 #include "app/HandOver.h"
 #include "support/ModalAnswer.h"
 #include "support/TemporaryHome.h"
+#include "support/Waits.h"
 #include "view/TextView.h"
 #include "window/EditorWindowController.h"
 #include "window/MacroRunNotice.h"
@@ -62,7 +63,8 @@ private:
                 const auto stream = LocalSocket::connectTo(socket);
                 if (!stream)
                     return tl::unexpected(HandOverError{});
-                return penwick::handOver(request, *stream, 5s);
+                return penwick::handOver(
+                    request, *stream, std::chrono::milliseconds(test::kLongWait));
             });
         }
 
@@ -70,7 +72,8 @@ private:
         [[nodiscard]] bool isTaken(const OpenRequest &request) const
         {
             auto outcome = handOver(request);
-            return QTest::qWaitFor([&] { return isOver(outcome); }) && outcome.get().has_value();
+            return QTest::qWaitFor([&] { return isOver(outcome); }, test::kLongWait) &&
+                   outcome.get().has_value();
         }
 
         static bool isOver(const std::future<Outcome> &outcome)
@@ -191,18 +194,18 @@ private Q_SLOTS:
         request.wait = true;
         request.items = {itemOf(first), itemOf(second)};
         auto outcome = m_world->handOver(request);
-        QTRY_VERIFY(m_world->controllerOf(second) != nullptr);
+        QTRY_VERIFY_WITH_TIMEOUT(m_world->controllerOf(second) != nullptr, test::kLongWait);
         QVERIFY(m_world->documents.closeDocument(m_world->controllerOf(first)));
         // A later client is told about its document; the first one would have been told before.
         const QString third = m_world->home.write(u"c.txt"_s, "c");
         request.items = {itemOf(third)};
         auto later = m_world->handOver(request);
-        QTRY_VERIFY(m_world->controllerOf(third) != nullptr);
+        QTRY_VERIFY_WITH_TIMEOUT(m_world->controllerOf(third) != nullptr, test::kLongWait);
         QVERIFY(m_world->documents.closeDocument(m_world->controllerOf(third)));
-        QTRY_VERIFY(World::isOver(later));
+        QTRY_VERIFY_WITH_TIMEOUT(World::isOver(later), test::kLongWait);
         QVERIFY(!World::isOver(outcome));
         QVERIFY(m_world->documents.closeDocument(m_world->controllerOf(second)));
-        QTRY_VERIFY(World::isOver(outcome));
+        QTRY_VERIFY_WITH_TIMEOUT(World::isOver(outcome), test::kLongWait);
         QVERIFY(outcome.get());
     }
 
@@ -213,10 +216,10 @@ private Q_SLOTS:
         request.wait = true;
         request.items = {{{}, Text(), std::nullopt}, itemOf(file)};
         auto outcome = m_world->handOver(request);
-        QTRY_VERIFY(m_world->controllerOf(file) != nullptr);
+        QTRY_VERIFY_WITH_TIMEOUT(m_world->controllerOf(file) != nullptr, test::kLongWait);
         QCOMPARE(m_world->documents.windowControllers().size(), 1);
         QVERIFY(m_world->documents.closeDocument(m_world->controllerOf(file)));
-        QTRY_VERIFY(World::isOver(outcome));
+        QTRY_VERIFY_WITH_TIMEOUT(World::isOver(outcome), test::kLongWait);
         QVERIFY(outcome.get());
     }
 
@@ -227,7 +230,7 @@ private Q_SLOTS:
         request.items = {itemOf(m_world->home.path())};
         const ModalAnswerer answer([](QWidget *message) { return message->close(); });
         auto outcome = m_world->handOver(request);
-        QTRY_VERIFY(World::isOver(outcome));
+        QTRY_VERIFY_WITH_TIMEOUT(World::isOver(outcome), test::kLongWait);
         QVERIFY(answer.hasAnswered());
         QVERIFY(outcome.get().error().kind == HandOverError::Kind::NotAllOpened);
     }
@@ -241,7 +244,7 @@ private Q_SLOTS:
         request.items = {itemOf(m_world->home.write(u"a.txt"_s, "\xff\xfe"))};
         const ModalAnswerer answer([](QWidget *message) { return message->close(); });
         auto outcome = m_world->handOver(request);
-        QTRY_VERIFY(World::isOver(outcome));
+        QTRY_VERIFY_WITH_TIMEOUT(World::isOver(outcome), test::kLongWait);
         QVERIFY(answer.hasAnswered());
         QVERIFY(outcome.get().error().kind == HandOverError::Kind::NotAllOpened);
     }
@@ -277,7 +280,7 @@ private Q_SLOTS:
         QVERIFY(m_world->isTaken(request));
         QCOMPARE(m_world->documents.documentOfFile(path), nullptr);
         question.close();
-        QTRY_VERIFY(m_world->controllerOf(path) != nullptr);
+        QTRY_VERIFY_WITH_TIMEOUT(m_world->controllerOf(path) != nullptr, test::kLongWait);
         QCOMPARE(m_world->documents.windowControllers().size(), 1);
     }
 

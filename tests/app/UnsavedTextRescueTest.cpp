@@ -6,6 +6,7 @@
 #include "platform/process/TerminationSignals.h"
 #include "support/Macros.h"
 #include "support/TemporaryHome.h"
+#include "support/Waits.h"
 #include "view/TextView.h"
 
 #include <QDir>
@@ -71,7 +72,7 @@ private Q_SLOTS:
         const test::TemporaryHome home;
         DocumentController documents;
         documents.setTransferLimits({.directBytes = 1,
-                                     .reading = std::chrono::milliseconds(5000),
+                                     .reading = std::chrono::milliseconds(test::kLongWait),
                                      .saving = std::chrono::milliseconds(0)});
         documents.openFile(home.write(u"a.txt"_s, QByteArray(20'000'000, 'x')));
         const auto controller = documents.windowControllers().last();

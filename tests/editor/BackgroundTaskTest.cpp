@@ -1,5 +1,7 @@
 #include "editor/BackgroundTask.h"
 
+#include "support/Waits.h"
+
 #include <QCoreApplication>
 #include <QProcess>
 #include <QSemaphore>
@@ -74,7 +76,7 @@ void BackgroundTaskTest::processEnd_duringWork_doesNotWaitForIt()
 {
     QProcess process;
     process.start(QCoreApplication::applicationFilePath(), {u"--busy"_s});
-    QVERIFY(process.waitForFinished(30'000));
+    QVERIFY(process.waitForFinished(test::kLongWait));
     QCOMPARE(process.exitStatus(), QProcess::NormalExit);
     QCOMPARE(process.exitCode(), 7);
 }
@@ -88,7 +90,7 @@ int runBusyProgram(int argc, char **argv)
     BackgroundTask task;
     task.start([started](const BackgroundTask::IsCancelled &) -> BackgroundTask::Completion {
         started->release();
-        QThread::sleep(60);
+        QThread::sleep(600);
         return {};
     });
     started->acquire();

@@ -2,6 +2,7 @@
 
 #include "support/FileSizeLimit.h"
 #include "support/HugeText.h"
+#include "support/Waits.h"
 
 #include <QDeadlineTimer>
 #include <QDir>
@@ -289,7 +290,7 @@ std::optional<DocumentError> TextDocumentTest::endOf(TextDocument &document)
                 hasEnded = true;
                 result = error;
             });
-    [&] { QTRY_VERIFY(hasEnded); }();
+    [&] { QTRY_VERIFY_WITH_TIMEOUT(hasEnded, test::kLongWait); }();
     return result;
 }
 
@@ -345,7 +346,7 @@ void TextDocumentTest::reading_documentDies_isCalledOff()
     auto document = std::make_unique<TextDocument>();
     const QSignalSpy ended(document.get(), &TextDocument::transferEnded);
     document->startReading(path(u"a.txt"_s));
-    const QDeadlineTimer deadline(10'000);
+    const QDeadlineTimer deadline(test::kLongWait);
     while (!isOpenHere(path(u"a.txt"_s)) && !deadline.hasExpired())
         std::this_thread::yield();
     QVERIFY(isOpenHere(path(u"a.txt"_s)));
@@ -425,7 +426,7 @@ void TextDocumentTest::waiting_forATransfer_tellsItsEndOnce()
     QVERIFY(!document.waitForTransfer(1ms).has_value());
     const QSignalSpy ended(&document, &TextDocument::transferEnded);
     document.startReading(path(u"a.txt"_s));
-    const auto outcome = document.waitForTransfer(10s);
+    const auto outcome = document.waitForTransfer(60s);
     QVERIFY(outcome.has_value() && outcome->has_value());
     QCOMPARE(ended.count(), 1);
     QCOMPARE(document.contentString().toString(), u"abc"_s);

@@ -34,7 +34,7 @@ private Q_SLOTS:
                 QCOMPARE(std::this_thread::get_id(), m_main);
                 result = worker.take();
             });
-        QVERIFY(worker.waitFor(10s));
+        QVERIFY(worker.waitFor(60s));
         QCOMPARE(result, 0);
         QTRY_COMPARE(result, 7);
         QVERIFY(place.load() != m_main);

@@ -175,7 +175,8 @@ void FindBarTest::replaceAll_manyMatches_isOneUndoStep()
     open(u"key"_s, Qt::Key_H);
     field("replaceField")->setText(u"name"_s);
     click("replaceAll");
-    QTRY_COMPARE_WITH_TIMEOUT(label("replaceCount")->text(), u"200000 件を置換しました"_s, 60'000);
+    QTRY_COMPARE_WITH_TIMEOUT(
+        label("replaceCount")->text(), u"200000 件を置換しました"_s, test::kLongWait);
     QVERIFY(text() == QString(before).replace(u"key"_s, u"name"_s));
     view()->undo();
     QVERIFY(text() == before);
@@ -192,7 +193,7 @@ void FindBarTest::replaceAll_editedMeanwhile_isDropped()
     view()->setSelectedRange({0, 0});
     QTest::keyClicks(view(), u"x"_s);
     QVERIFY(label("replaceCount")->text().isEmpty());
-    QTRY_COMPARE_WITH_TIMEOUT(count(), u"– / 3000000"_s, 60'000);
+    QTRY_COMPARE_WITH_TIMEOUT(count(), u"– / 3000000"_s, test::kLongWait);
     QCOMPARE(view()->string().slice(0, 4), u"xaaa"_s);
 }
 

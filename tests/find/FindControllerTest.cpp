@@ -107,7 +107,7 @@ void FindControllerTest::replaceAll_caretMovedMeanwhile_keepsIt()
     replaceAllBy(u"cde"_s);
     QVERIFY(isSearching());
     view()->setSelectedRange({2'999'997 + 3, 3});
-    QTRY_COMPARE_WITH_TIMEOUT(view()->string().size(), 5'000'003, 60'000);
+    QTRY_COMPARE_WITH_TIMEOUT(view()->string().size(), 5'000'003, test::kLongWait);
     QCOMPARE(view()->selectedRange(), (TextRange{5'000'003, 0}));
 }
 
@@ -180,10 +180,11 @@ void FindControllerTest::marks_onThousandsOfCombiningMarks_coverTheirCharacter()
     const QColor base = corner();
     searchFor(u"."_s, true);
     controller()->session()->setCounting(true);
-    QTRY_COMPARE(controller()->session()->count().total, 100'001);
+    QTRY_COMPARE_WITH_TIMEOUT(controller()->session()->count().total, 100'001, test::kLongWait);
     (void)view()->viewport()->grab(); // Requests the marks and lays the text out.
-    QTRY_VERIFY(!controller()->session()->marksIn({0, 100'001}).empty());
-    QTRY_VERIFY(corner() != base);
+    QTRY_VERIFY_WITH_TIMEOUT(!controller()->session()->marksIn({0, 100'001}).empty(),
+                             test::kLongWait);
+    QTRY_VERIFY_WITH_TIMEOUT(corner() != base, test::kLongWait);
 }
 
 void FindControllerTest::placeholder_darkPalette_isLegible()

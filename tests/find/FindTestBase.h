@@ -2,6 +2,7 @@
 
 #include "find/FindBar.h"
 #include "find/FindController.h"
+#include "support/Waits.h"
 #include "view/TextView.h"
 #include "window/MainEditorView.h"
 #include "window/TextViewRepresentable.h"

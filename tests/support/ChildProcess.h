@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/Waits.h"
+
 #include <QCoreApplication>
 #include <QProcess>
 #include <QStringList>
@@ -52,7 +54,7 @@ public:
     }
 
 private:
-    static constexpr int kChildTimeout = 60'000; // Milliseconds.
+    static constexpr int kChildTimeout = 5 * kLongWait; // For many writes to a slow disk.
 
     QProcess m_process;
 };

@@ -5,6 +5,7 @@
 #include "app/InstanceServer.h"
 #include "platform/files/FileLock.h"
 #include "support/TemporaryHome.h"
+#include "support/Waits.h"
 
 #include <QDeadlineTimer>
 #include <QTest>
@@ -19,7 +20,7 @@ namespace penwick::test {
 
 using Outcome = tl::expected<void, HandOverError>;
 
-constexpr std::chrono::seconds kHandOverTimeout{5};
+constexpr std::chrono::milliseconds kHandOverTimeout{kLongWait};
 
 inline InstanceAddress addressIn(const TemporaryHome &home)
 {
@@ -69,7 +70,7 @@ inline OpenRequest requestOf(const QByteArray &path, bool wait = false)
 struct Running
 {
     explicit Running(const InstanceAddress &address,
-                     std::chrono::milliseconds clientTimeout = std::chrono::seconds(10))
+                     std::chrono::milliseconds clientTimeout = kHandOverTimeout)
         : server(*takePlace(address), clientTimeout)
     {
         QObject::connect(&server,
@@ -91,8 +92,8 @@ struct Running
                 return tl::unexpected(HandOverError{HandOverError::Kind::NoAnswer});
             return handOver(requestOf("/a"), std::get<LocalSocket>(*met), kHandOverTimeout);
         });
-        return QTest::qWaitFor([&outcome] { return isOver(outcome); }, 20'000) && outcome.get() &&
-               requests.size() == former + 1;
+        return QTest::qWaitFor([&outcome] { return isOver(outcome); }, kLongWait) &&
+               outcome.get() && requests.size() == former + 1;
     }
 
     InstanceServer server;

@@ -1,4 +1,5 @@
 #include "support/ShownTextView.h"
+#include "support/Waits.h"
 #include "view/TextMimeData.h"
 
 #include <QDrag>
@@ -280,9 +281,9 @@ void TextViewDragTest::dragNearTheEdge_scrolls()
     const TextMimeData mime(Text(u"x"));
     QScrollBar *bar = f.view.verticalScrollBar();
     QVERIFY(hover(f, &mime, QPoint(20, f.view.viewport()->height() - 3)));
-    QTRY_VERIFY(bar->value() > 200);
+    QTRY_VERIFY_WITH_TIMEOUT(bar->value() > 200, test::kLongWait);
     QVERIFY(hover(f, &mime, QPoint(20, 3)));
-    QTRY_COMPARE(bar->value(), 0);
+    QTRY_COMPARE_WITH_TIMEOUT(bar->value(), 0, test::kLongWait);
     QDragLeaveEvent leave;
     QCoreApplication::sendEvent(f.view.viewport(), &leave);
 }

@@ -1,6 +1,7 @@
 #include "view/TextView.h"
 
 #include "support/ShownTextView.h"
+#include "support/Waits.h"
 #include "view/CaretMover.h"
 
 #include <QClipboard>
@@ -277,7 +278,7 @@ void TextViewTest::drag_selectsAndScrolls()
     QCoreApplication::sendEvent(f.view.viewport(), &below);
     const int before = f.view.verticalScrollBar()->value();
     const qint64 length = f.view.selectedRange().length;
-    QTRY_VERIFY(f.view.verticalScrollBar()->value() > before + 100);
+    QTRY_VERIFY_WITH_TIMEOUT(f.view.verticalScrollBar()->value() > before + 100, test::kLongWait);
     QVERIFY(f.view.selectedRange().length > length);
     QTest::mouseRelease(f.view.viewport(), Qt::LeftButton, {}, QPoint(10, 390));
 }

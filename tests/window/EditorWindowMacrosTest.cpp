@@ -1,4 +1,5 @@
 #include "macro/engine/EditorTestBase.h"
+#include "support/Waits.h"
 #include "wording/WordingLookup.h"
 
 #include <QCoreApplication>
@@ -78,7 +79,7 @@ void EditorWindowMacrosTest::run(const QString &code, const std::optional<QStrin
 {
     m_controller->runMacro(code, u"the id"_s, u"the name"_s, userInput);
     // On a busy machine even a short macro may take long.
-    QVERIFY(QTest::qWaitFor([this] { return !m_controller->isRunningMacro(); }, 60000));
+    QVERIFY(QTest::qWaitFor([this] { return !m_controller->isRunningMacro(); }, test::kLongWait));
 }
 
 void EditorWindowMacrosTest::compose(const QString &preedit)

@@ -1,6 +1,7 @@
 #include "macro/library/MacroMetaParser.h"
 #include "support/FakeClock.h"
 #include "support/TemporaryHome.h"
+#include "support/Waits.h"
 #include "view/TextView.h"
 #include "window/EditorWindowController.h"
 
@@ -148,7 +149,8 @@ void GuideExamplesTest::example_run_doesWhatTheGuideSays()
     if (example.settings.contains(u"input"_s))
         input = example.settings.value(u"input"_s).toString();
     controller.runMacro(example.code, u"id"_s, u"name"_s, input);
-    QTRY_VERIFY_WITH_TIMEOUT(controller.documentState()->macroNotificationMessage(), 60000);
+    QTRY_VERIFY_WITH_TIMEOUT(controller.documentState()->macroNotificationMessage(),
+                             test::kLongWait);
     QCOMPARE(*controller.documentState()->macroNotificationMessage(),
              example.settings.value(u"status"_s).toString());
     QCOMPARE(view->string().toString(), after);

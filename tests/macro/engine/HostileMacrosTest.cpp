@@ -1,5 +1,6 @@
 #include "support/MacroEditor.h"
 #include "support/TemporaryHome.h"
+#include "support/Waits.h"
 
 #include <QDir>
 #include <QFile>
@@ -28,7 +29,7 @@ private:
 
 void HostileMacrosTest::initTestCase()
 {
-    const auto protection = ScriptHostPool::shared().protection(10000);
+    const auto protection = ScriptHostPool::shared().protection(test::kLongWait);
     QVERIFY(protection.has_value());
     if (!protection->memoryLimit)
         QSKIP("Without a limit on memory these macros take all of the machine's.");

@@ -1,5 +1,6 @@
 #include "macro/library/BuiltInMacroProvider.h"
 #include "support/TemporaryHome.h"
+#include "support/Waits.h"
 #include "view/TextView.h"
 #include "window/EditorWindowController.h"
 
@@ -108,7 +109,7 @@ void MacroCasesTest::run_onBefore_givesAfter()
     QCOMPARE(view->selectedRange(), *selection);
 
     controller.runMacro(readCode(name), u"id"_s, u"name"_s, read(name, u"input.txt"_s));
-    QTRY_VERIFY_WITH_TIMEOUT(!controller.isRunningMacro(), 60000);
+    QTRY_VERIFY_WITH_TIMEOUT(!controller.isRunningMacro(), test::kLongWait);
     QCoreApplication::processEvents();
     QCOMPARE(view->string().toString(), *after);
     QCOMPARE(document.contentString().toString(), *after);

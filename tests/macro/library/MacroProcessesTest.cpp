@@ -153,7 +153,7 @@ private Q_SLOTS:
         QCOMPARE(child.readLine(), "begun");
         StoreLock lock(folder);
         for (int i = 0; i < 10; ++i)
-            QVERIFY(lock.take());
+            QVERIFY(lock.take(std::chrono::seconds(10))); // Longer than a user would wait.
     }
 
     void change_heldUpByAHungProcess_isLoggedAndLeavesTheFile()

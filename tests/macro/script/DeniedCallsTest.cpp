@@ -1,5 +1,6 @@
 #include "macro/script/ScriptHostPool.h"
 #include "macro/script/SystemCallName.h"
+#include "support/Waits.h"
 
 #include <QTest>
 
@@ -26,7 +27,7 @@ public:
 
     [[nodiscard]] bool hasFilter()
     {
-        const auto protection = m_pool.protection(10000);
+        const auto protection = m_pool.protection(test::kLongWait);
         return protection && protection->systemCallFilter;
     }
 

@@ -1,6 +1,7 @@
 #include "macro/script/ScriptHostPool.h"
 
 #include "macro/script/ScriptRunner.h"
+#include "support/Waits.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -258,7 +259,7 @@ void ScriptHostPoolTest::spare_killedMeanwhile_isReplaced()
     QVERIFY(pool.prepare());
     const qint64 spare = pool.spareProcessId();
     ::kill(static_cast<pid_t>(spare), SIGKILL);
-    QTRY_VERIFY(pool.prepare() && pool.spareProcessId() != spare);
+    QTRY_VERIFY_WITH_TIMEOUT(pool.prepare() && pool.spareProcessId() != spare, test::kLongWait);
     QVERIFY(run(u"1"_s).outcome == ScriptValue(1.0));
 }
 
@@ -312,11 +313,12 @@ void ScriptHostPoolTest::waiter_stops_endsTheScript()
           u"let b = new WebAssembly.Memory({initial: 1, maximum: 1, shared: true}).buffer;"
           "Atomics.wait(new Int32Array(b), 0, 0)"_s}) {
         StoppingWaiter waiter;
-        QElapsedTimer elapsed;
-        elapsed.start();
-        waiter.m_isEnough = [&elapsed] { return elapsed.hasExpired(150); };
-        const ScriptOutcome outcome =
-            ScriptHostPool::shared().run({code, std::nullopt}, {}, &waiter);
+        QElapsedTimer sinceStart;
+        waiter.m_isEnough = [&] { return sinceStart.isValid() && sinceStart.hasExpired(150); };
+        const ScriptOutcome outcome = ScriptHostPool::shared().run(
+            {u"console.log('runs');"_s + code, std::nullopt},
+            [&](const QString &) { sinceStart.start(); },
+            &waiter);
         if (outcome || outcome.error().code != ScriptError::Code::Stopped)
             qDebug() << code << (outcome ? u"ended"_s : outcome.error().text);
         QVERIFY(outcome == failure(ScriptError::Code::Stopped));
@@ -326,7 +328,7 @@ void ScriptHostPoolTest::waiter_stops_endsTheScript()
 void ScriptHostPoolTest::memory_exhausted_isReported()
 {
     ScriptHostPool &pool = ScriptHostPool::shared();
-    const auto protection = pool.protection(10000);
+    const auto protection = pool.protection(test::kLongWait);
     QVERIFY(protection.has_value());
     if (!protection->memoryLimit)
         QSKIP("This build leaves out the limit on memory.");
@@ -353,13 +355,13 @@ void ScriptHostPoolTest::program_runByHand_doesNothing()
     for (const QStringList &arguments : {QStringList(), QStringList{u"1000000"_s}}) {
         QProcess host;
         host.start(program, arguments);
-        QVERIFY(host.waitForFinished());
+        QVERIFY(host.waitForFinished(test::kLongWait));
         QCOMPARE(host.exitCode(), 2);
         QVERIFY(host.readAllStandardOutput().isEmpty() && host.readAllStandardError().isEmpty());
     }
     QProcess help;
     help.start(program, {u"--help"_s});
-    QVERIFY(help.waitForFinished());
+    QVERIFY(help.waitForFinished(test::kLongWait));
     QCOMPARE(help.exitCode(), 0);
     QVERIFY(help.readAllStandardOutput().contains("penwick"));
 }
@@ -368,7 +370,7 @@ void ScriptHostPoolTest::trial_ended_leavesNoProcess()
 {
     ScriptHostPool &pool = ScriptHostPool::shared();
     pool.discard();
-    QTRY_VERIFY(reapHostProcesses());
+    QTRY_VERIFY_WITH_TIMEOUT(reapHostProcesses(), test::kLongWait);
     QVERIFY(pool.startTrial()(nullptr).isPassed());
     QCOMPARE(childProcesses(), QByteArray());
 }
@@ -380,7 +382,7 @@ void ScriptHostPoolTest::runs_many_leaveNothing()
         for (int i = 0; i < count; ++i)
             QVERIFY(run(u"%1"_s.arg(i)).outcome == ScriptValue(static_cast<double>(i)));
         pool.discard();
-        QTRY_VERIFY(reapHostProcesses());
+        QTRY_VERIFY_WITH_TIMEOUT(reapHostProcesses(), test::kLongWait);
     };
     runSome(20); // Until all one-time allocations are made.
     const qsizetype descriptors = openDescriptors();
