@@ -1,6 +1,8 @@
 #!/usr/bin/python3
-"""Text dragged between two windows with the mouse, and pasted with the middle button."""
+"""Text dragged between two windows with the mouse, and pasted with the middle button; macros dragged
+in their list."""
 
+import json
 import time
 
 import journey
@@ -106,6 +108,27 @@ class Dragging(journey.Journey):
         app.type("!")
         self.wait_for_text("right.txt", "cherry\n!")
         self.wait_for_text("left.txt", "apple banana\n")
+
+    def test_macro_moves_in_the_list(self):
+        app = self.start()
+        app.choose("マクロ", "マクロ管理…")
+        until(lambda: "マクロ管理" in app.windows(), "the macro manager")
+        app.focus_window("マクロ管理")
+        store = self.session.home / ".local/share/penwick/macros.json"
+
+        def names():
+            return [macro["name"] for macro in json.loads(store.read_text())]
+
+        before = names()
+        rows = [app.extents(app.wait_for("list item", f"{name}, 組み込み")) for name in before[:3]]
+        middles = [(row.x + row.width // 2, row.y + row.height // 2) for row in rows]
+        self.drag(middles[0], (middles[2][0], rows[2].y + rows[2].height - 4))
+        moved = [before[1], before[2], before[0], *before[3:]]
+        until(lambda: names() == moved, lambda: f"the new order in {names()}")
+        orders = [macro["sortOrder"] for macro in json.loads(store.read_text())]
+        self.assertEqual(orders, sorted(orders))
+        app.press("alt+Up")
+        until(lambda: names()[:3] == [before[1], before[0], before[2]], lambda: f"{names()}")
 
     def test_middle_click_pastes_what_was_selected(self):
         app = self.start_two()

@@ -166,9 +166,13 @@ class Application:
         """Types ASCII text."""
         self._session.run("xdotool", "type", "--delay", "15", "--", text)
 
+    def extents(self, node):
+        """The place of `node` on the screen."""
+        return node.get_component_iface().get_extents(self._atspi.CoordType.SCREEN)
+
     def click(self, node, button=1):
         """Clicks the center of `node`."""
-        box = node.get_component_iface().get_extents(self._atspi.CoordType.SCREEN)
+        box = self.extents(node)
         x, y = box.x + box.width // 2, box.y + box.height // 2
         self._session.run("xdotool", "mousemove", x, y, "click", button)
 
