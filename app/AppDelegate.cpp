@@ -103,7 +103,7 @@ void AppDelegate::applicationDidFinishLaunching(const std::optional<OpenRequest>
 void AppDelegate::openFirst(const OpenRequest &request)
 {
     if (!request.items.isEmpty())
-        m_requests.open(request);
+        m_openedFirst = m_requests.open(request);
     if (!m_documents.hasDocuments())
         m_documents.newDocument();
 }

@@ -96,6 +96,10 @@ public:
     /// Ends the application unless the user cancels.
     void terminate();
 
+    /// The exit status of a process that ends normally: 1 when a file that it was started for could
+    /// not be opened at once, else 0.
+    [[nodiscard]] int exitStatus() const { return m_openedFirst ? 0 : 1; }
+
 private:
     void openFirst(const OpenRequest &request);
     void quitIfNoDocuments();
@@ -131,6 +135,7 @@ private:
     TerminationSignals m_signals;
     std::optional<UnsavedTextRescue> m_rescue;
     std::unique_ptr<EngineCheck> m_engineCheck; // Set while the trial runs.
+    bool m_openedFirst = true;
     bool m_isQuittingOnSignal = false;
     QPointer<QWidget> m_signalledDialog; // The dialog that was open after a signal to quit.
     std::unique_ptr<UpdaterController> m_updaterController;

@@ -1,13 +1,14 @@
 #include "app/CloseConsent.h"
 
 #include "app/OpenDialogs.h"
-#include "controls/Alerts.h"
 #include "platform/desktop/WindowActivation.h"
 
 #include <QGuiApplication>
 #include <QInputMethod>
+#include <QScopedValueRollback>
 #include <QWidget>
 
+#include <algorithm>
 #include <utility>
 
 namespace penwick {
@@ -52,8 +53,7 @@ bool CloseConsent::confirmClose(OpenDocument &entry)
     QGuiApplication::inputMethod()->commit();
     if (!entry.document->isEdited())
         return true;
-    controller.bringForward();
-    switch (askAboutUnsavedChanges(controller.window(), entry.displayName())) {
+    switch (answerFor(entry)) {
     case UnsavedAnswer::Save:
         return m_save(&controller) && entry.saver->await(entry.displayName());
     case UnsavedAnswer::Discard:
@@ -64,12 +64,49 @@ bool CloseConsent::confirmClose(OpenDocument &entry)
     return false;
 }
 
+UnsavedAnswer CloseConsent::answerFor(const OpenDocument &entry)
+{
+    if (m_answerForAll == UnsavedAnswer::Discard)
+        return *m_answerForAll;
+    entry.controller->bringForward(); // Saving may ask, too.
+    if (m_answerForAll)
+        return *m_answerForAll;
+    bool isForAll = false;
+    const UnsavedAnswer answer = askAboutUnsavedChanges(
+        entry.controller->window(), entry.displayName(), m_offersAll ? &isForAll : nullptr);
+    if (isForAll)
+        m_answerForAll = answer;
+    return answer;
+}
+
 bool CloseConsent::confirmClose(const EditorWindow &window)
 {
     QList<DocumentId> asked;
     while (OpenDocument *entry = nextOf(window, asked)) {
         asked << entry->controller.get();
         if (!confirmClose(*entry))
+            return false;
+    }
+    return true;
+}
+
+bool CloseConsent::confirmCloseAll()
+{
+    QList<DocumentId> documents;
+    for (const auto &window : m_documents.windows())
+        for (const EditorWindowController *controller : window->controllers())
+            documents << controller;
+    const auto isUnsaved = [this](DocumentId id) {
+        const OpenDocument *entry = m_documents.find(id);
+        return entry != nullptr && entry->document->isEdited();
+    };
+    const QScopedValueRollback offersAll(m_offersAll);
+    const QScopedValueRollback answerForAll(m_answerForAll);
+    for (auto next = documents.cbegin(); next != documents.cend(); ++next) {
+        m_offersAll = std::count_if(next, documents.cend(), isUnsaved) > 1;
+        // A document may have been closed during a question about another.
+        OpenDocument *entry = m_documents.find(*next);
+        if (entry != nullptr && !confirmClose(*entry))
             return false;
     }
     return true;

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "app/OpenDocuments.h"
+#include "controls/Alerts.h"
 
 #include <functional>
+#include <optional>
 
 namespace penwick {
 
@@ -25,6 +27,10 @@ public:
     /// The same for every document of the window, including one opened in it during a question.
     [[nodiscard]] bool confirmClose(const EditorWindow &window);
 
+    /// The same for every open document, in the order of the tabs. While several are unsaved, the
+    /// user may answer for all of them at once.
+    [[nodiscard]] bool confirmCloseAll();
+
     /// If a macro runs on any document, shows its notice, which lets the user stop it, and returns
     /// true. False when no macro runs.
     [[nodiscard]] bool offerToStopMacro();
@@ -33,11 +39,14 @@ public:
     [[nodiscard]] static bool raiseOpenDialog();
 
 private:
+    [[nodiscard]] UnsavedAnswer answerFor(const OpenDocument &entry);
     [[nodiscard]] OpenDocument *nextOf(const EditorWindow &window,
                                        const QList<DocumentId> &asked) const;
 
     const OpenDocuments &m_documents;
     Save m_save;
+    bool m_offersAll = false;
+    std::optional<UnsavedAnswer> m_answerForAll; // Set by an answer for all documents.
 };
 
 } // namespace penwick

@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <QEvent>
 
-#include <algorithm>
 #include <utility>
 
 namespace penwick {
@@ -70,14 +69,7 @@ bool DocumentClosing::closeAll()
     if (m_closingAll || m_consent.offerToStopMacro() || m_consent.raiseOpenDialog())
         return false;
     m_closingAll = true;
-    const auto controllers = m_documents.controllers();
-    bool mayClose =
-        std::all_of(controllers.begin(), controllers.end(), [this](const auto &controller) {
-            // A document whose file could not be read may have been closed during a question about
-            // another.
-            OpenDocument *entry = m_documents.find(controller.get());
-            return entry == nullptr || m_consent.confirmClose(*entry);
-        });
+    bool mayClose = m_consent.confirmCloseAll();
     // Close other windows first: if one refuses, the editor windows must still be open.
     const QWidgetList windows = QApplication::topLevelWidgets();
     for (QWidget *window : windows)

@@ -105,6 +105,7 @@ bool DocumentController::openDocumentFrom(const QString &path,
     }
     auto document = readDocument(absolutePath, missingFile, m_limits);
     if (!document) {
+        Q_EMIT openingFailed(absolutePath, document.error());
         dialogs::showOpenError(QApplication::activeWindow(), absolutePath, document.error());
         return false;
     }

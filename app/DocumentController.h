@@ -104,6 +104,8 @@ public:
     void checkFileOnDisk(DocumentId id);
 
 Q_SIGNALS:
+    /// A file could not be opened. The message is about to be shown.
+    void openingFailed(const QString &path, const penwick::DocumentError &error);
     /// The window is about to be shown for the first time; it has no document yet.
     void windowMade(penwick::EditorWindow *window);
     /// The controller is about to get its first document.

@@ -168,7 +168,15 @@ QString askForFileToSave(QWidget *parent, const QString &suggestion)
 
 void showOpenError(QWidget *parent, const QString &path, const DocumentError &error)
 {
-    showFileError(parent, wording::text(u"error.fileOpenFailed"_s), path, errorReasonText(error));
+    showFileError(
+        parent, wording::text(u"error.fileOpenFailed"_s), path, openErrorReason(path, error));
+}
+
+QString openErrorReason(const QString &path, const DocumentError &error)
+{
+    if (error.fileErrorKind == FileError::Kind::NotFound && !QFileInfo(path).dir().exists())
+        return wording::text(u"error.reason.folderNotFound"_s);
+    return errorReasonText(error);
 }
 
 void showSaveError(QWidget *parent, const QString &path, const DocumentError &error)

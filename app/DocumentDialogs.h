@@ -47,6 +47,9 @@ offerToSaveElsewhere(QWidget *parent, const QString &path, const DocumentError &
 void showInterruptedSave(QWidget *parent, const QString &path, const QStringList &copies);
 
 void showOpenError(QWidget *parent, const QString &path, const DocumentError &error);
+
+/// Why the file could not be opened, as a sentence.
+[[nodiscard]] QString openErrorReason(const QString &path, const DocumentError &error);
 void showSaveError(QWidget *parent, const QString &path, const DocumentError &error);
 /// Says that the file cannot be used because another tab has it open.
 void showFileInUse(QWidget *parent, const QString &path);

@@ -1,5 +1,6 @@
 #include "app/DocumentReading.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 #include <optional>
@@ -30,6 +31,8 @@ read(TextDocument &document, const QString &path, const TransferLimits &limits)
 std::optional<DocumentError> obstacleToNewFile(const QString &path, const DocumentError &readError)
 {
     if (readError.fileErrorKind != FileError::Kind::NotFound)
+        return readError;
+    if (!QFileInfo(path).dir().exists())
         return readError;
     // A file name that is not valid text was decoded to another name, which does not exist. An
     // empty window under that name would be mistaken for the file.

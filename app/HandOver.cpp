@@ -91,8 +91,12 @@ handOver(const OpenRequest &request, const LocalSocket &stream, std::chrono::mil
         return tl::unexpected(answer.error());
     if (answer->kind == Reply::Kind::Refused)
         return tl::unexpected(HandOverError{Kind::Refused, answer->refusal});
-    if (!request.wait)
+    if (!request.wait) {
+        const auto opened = replies.next(QDeadlineTimer(timeout), Kind::Abandoned);
+        if (opened && opened->kind == Reply::Kind::Opened && !opened->openedAll)
+            return tl::unexpected(HandOverError{Kind::NotAllOpened});
         return {};
+    }
     const auto last = replies.next(QDeadlineTimer(QDeadlineTimer::Forever), Kind::Abandoned);
     if (!last)
         return tl::unexpected(last.error());

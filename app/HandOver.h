@@ -17,7 +17,7 @@ struct HandOverError
         NotTaken,     ///< It ended before it took the request; another process can take it.
         Refused,      ///< See `refusal`.
         Abandoned,    ///< It ended before all documents of a waiting request were closed.
-        NotAllOpened, ///< A document of a waiting request could not be opened.
+        NotAllOpened, ///< A document of the request could not be opened.
     };
 
     Kind kind = Kind::NoAnswer;
@@ -26,10 +26,10 @@ struct HandOverError
     bool operator==(const HandOverError &) const = default;
 };
 
-/// Hands the request over. Returns when the running process has taken it, or, for a request that
-/// waits, when all of its documents are closed.
-/// \param timeout how long to wait for each sign of progress until the running process has taken
-///        the request.
+/// Hands the request over. Returns when the running process has opened it, or, for a request that
+/// waits, when all of its documents are closed. A request that is taken but not opened within the
+/// timeout, because of an open dialog for example, counts as opened.
+/// \param timeout how long to wait for each sign of progress until the request is opened.
 [[nodiscard]] tl::expected<void, HandOverError>
 handOver(const OpenRequest &request, const LocalSocket &stream, std::chrono::milliseconds timeout);
 

@@ -76,12 +76,20 @@ void InstanceClient::decode(QByteArrayView bytes)
     Q_EMIT requested(request);
 }
 
-bool InstanceClient::taken()
+bool InstanceClient::taken(bool opensNow)
 {
     const bool isSent = answer({.kind = Reply::Kind::Taken});
-    if (!m_waits)
+    if (!m_waits && !opensNow)
         end();
     return isSent;
+}
+
+void InstanceClient::opened(bool openedAll)
+{
+    if (m_waits)
+        return;
+    answer({.kind = Reply::Kind::Opened, .openedAll = openedAll});
+    end();
 }
 
 void InstanceClient::closed(bool openedAll)

@@ -27,10 +27,14 @@ public:
     /// \param clientTimeout how long to wait for the client's next bytes.
     InstanceClient(LocalSocket stream, std::chrono::milliseconds clientTimeout, QObject *parent);
 
-    /// Replies that the request will be opened, and ends the connection unless the request waits.
+    /// Replies that the request will be opened. Ends the connection unless the request waits or
+    /// `opensNow` promises a call of `opened`.
     /// \return false when the client is gone. It reported a failure then, so do not open its
     ///         request.
-    bool taken();
+    bool taken(bool opensNow = false);
+    /// Replies whether all documents of a request that does not wait could be opened, and ends the
+    /// connection. Later calls do nothing, and so do calls for a request that waits.
+    void opened(bool openedAll);
     /// Replies that all documents of the request are closed. Do not use the client afterwards.
     void closed(bool openedAll);
 

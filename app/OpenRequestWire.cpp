@@ -238,7 +238,8 @@ tl::expected<std::optional<Reply>, Refusal> ReplyReader::next()
     case Reply::Kind::Refused:
         return Reply{.kind = Reply::Kind::Refused, .refusal = static_cast<Refusal>(detail)};
     case Reply::Kind::Closed:
-        return Reply{.kind = Reply::Kind::Closed, .openedAll = detail != 0};
+    case Reply::Kind::Opened:
+        return Reply{.kind = static_cast<Reply::Kind>((*frame)->kind), .openedAll = detail != 0};
     }
     return tl::unexpected(Refusal::Malformed);
 }

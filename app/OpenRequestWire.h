@@ -31,14 +31,16 @@ enum class Refusal : quint8 {
 struct Reply
 {
     enum class Kind : quint8 {
-        Taken = 64,   ///< The request will be opened; the last reply unless the request waits.
+        Taken = 64,   ///< The request will be opened. The last reply if that has to wait.
         Refused = 65, ///< The request will not be opened; the last reply.
         Closed = 66,  ///< All documents of the request are closed; the last reply.
+        /// Follows `Taken` for a request that does not wait and is opened at once; the last reply.
+        Opened = 67,
     };
 
     Kind kind = Kind::Taken;
     Refusal refusal = Refusal::Malformed; ///< For `Refused` only.
-    bool openedAll = true;                ///< For `Closed` only.
+    bool openedAll = true;                ///< For `Closed` and `Opened` only.
 
     bool operator==(const Reply &) const = default;
 };

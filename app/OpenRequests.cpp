@@ -1,6 +1,8 @@
 #include "app/OpenRequests.h"
 
+#include "app/DocumentDialogs.h"
 #include "platform/desktop/WindowActivation.h"
+#include "platform/process/StandardOutput.h"
 #include "view/TextView.h"
 
 #include <QApplication>
@@ -14,6 +16,7 @@ namespace penwick {
 
 namespace {
 
+using namespace Qt::StringLiterals;
 using Placement = DocumentController::Placement;
 
 Placement placementOf(const OpenRequest &request)
@@ -40,6 +43,7 @@ OpenRequests::OpenRequests(DocumentController *documents, FrontWindow frontWindo
 {
     connect(&m_dialogs, &OpenDialogs::closed, this, &OpenRequests::openWaiting);
     connect(documents, &DocumentController::documentClosed, this, &OpenRequests::forget);
+    connect(documents, &DocumentController::openingFailed, this, &OpenRequests::reportFailure);
 }
 
 OpenRequests::~OpenRequests() = default;
@@ -67,20 +71,21 @@ bool OpenRequests::finish()
     return true;
 }
 
-void OpenRequests::open(const OpenRequest &request)
+bool OpenRequests::open(const OpenRequest &request)
 {
-    carryOut({nullptr, request});
+    return carryOut({nullptr, request});
 }
 
 void OpenRequests::take(InstanceClient *client, const OpenRequest &request)
 {
     // Reply before anything is opened, because opening may show a modal dialog.
-    if (!client->taken())
+    QWidget *question = OpenDialogs::question();
+    if (!client->taken(question == nullptr && m_waiting.empty()))
         return; // The client has given up meanwhile and reported it.
     m_waiting.push_back({client, request});
     if (m_quitLock == nullptr)
         m_quitLock = std::make_unique<QEventLoopLocker>();
-    if (QWidget *question = OpenDialogs::question()) {
+    if (question != nullptr) {
         m_dialogs.watch();
         allowActivation(request.activationToken, request.startupId);
         bringForward(question);
@@ -109,7 +114,7 @@ void OpenRequests::openWaiting()
         m_dialogs.watch();
 }
 
-void OpenRequests::carryOut(const Waiting &waiting)
+bool OpenRequests::carryOut(const Waiting &waiting)
 {
     const OpenRequest &request = waiting.request;
     // The first documents may be closed again before the last one is open.
@@ -126,10 +131,27 @@ void OpenRequests::carryOut(const Waiting &waiting)
             m_currentWatch->open.insert(untitled);
     }
     auto watch = std::exchange(m_currentWatch, std::nullopt);
-    if (!watch || !request.wait)
+    if (!watch)
+        return true;
+    const bool openedAll = watch->openedAll;
+    if (watch->client != nullptr)
+        watch->client->opened(openedAll);
+    if (request.wait) {
+        m_watches.push_back(*std::move(watch));
+        notifyFinishedClients();
+    }
+    return openedAll;
+}
+
+/// Called before the message is shown, so that a client does not wait until the user closes it.
+void OpenRequests::reportFailure(const QString &path, const DocumentError &error)
+{
+    if (!m_currentWatch)
         return;
-    m_watches.push_back(*std::move(watch));
-    notifyFinishedClients();
+    if (m_currentWatch->client != nullptr)
+        m_currentWatch->client->opened(false);
+    else
+        writeErrorLine(u"penwick: "_s + dialogs::openErrorReason(path, error) + u' ' + path);
 }
 
 const TextDocument *OpenRequests::openItem(const OpenRequest::Item &item, Placement placement)

@@ -34,8 +34,9 @@ public:
     OpenRequests(DocumentController *documents, FrontWindow frontWindow);
     ~OpenRequests() override;
 
-    /// Opens this process's own request at once.
-    void open(const OpenRequest &request);
+    /// Opens this process's own request at once, and prints what cannot be opened.
+    /// \return false when something could not be opened at once.
+    bool open(const OpenRequest &request);
 
     /// Accepts requests of other processes from now on.
     void listenAt(InstancePlace place);
@@ -62,7 +63,8 @@ private:
 
     void take(InstanceClient *client, const OpenRequest &request);
     void openWaiting();
-    void carryOut(const Waiting &waiting);
+    bool carryOut(const Waiting &waiting);
+    void reportFailure(const QString &path, const DocumentError &error);
     const TextDocument *openItem(const OpenRequest::Item &item,
                                  DocumentController::Placement placement);
     /// \return the untitled document that is opened when no window can come to the front; else

@@ -130,5 +130,6 @@ int main(int argc, char *argv[])
     if (editor.place)
         delegate.listenAt(*std::move(editor.place));
     delegate.applicationDidFinishLaunching(editor.request);
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    return status != 0 ? status : delegate.exitStatus();
 }

@@ -38,23 +38,32 @@ void confirmDelete(QWidget *parent,
     box->open();
 }
 
-UnsavedAnswer askAboutUnsavedChanges(QWidget *parent, const QString &name)
+UnsavedAnswer askAboutUnsavedChanges(QWidget *parent, const QString &name, bool *isForAll)
 {
     MessageBox box(QMessageBox::Warning,
                    wording::text(u"dialog.unsavedMessage"_s, {visibleLine(name)}),
                    parent);
     box.setInformation(wording::text(u"dialog.unsavedInformation"_s));
     QPushButton *save = box.addTextButton(wording::text(u"common.save"_s), QMessageBox::AcceptRole);
-    QPushButton *discard =
-        box.addTextButton(wording::text(u"dialog.discard"_s), QMessageBox::DestructiveRole);
+    box.addTextButton(wording::text(u"dialog.discard"_s), QMessageBox::DestructiveRole);
     QPushButton *cancel =
         box.addTextButton(wording::text(u"common.cancel"_s), QMessageBox::RejectRole);
     box.setDefaultButton(save);
     box.setEscapeButton(cancel);
+    QPushButton *saveAll = nullptr;
+    QPushButton *discardAll = nullptr;
+    if (isForAll != nullptr) {
+        saveAll = box.addTextButton(wording::text(u"dialog.saveAll"_s), QMessageBox::AcceptRole);
+        discardAll =
+            box.addTextButton(wording::text(u"dialog.discardAll"_s), QMessageBox::DestructiveRole);
+    }
     box.exec();
-    if (box.clickedButton() == save)
-        return UnsavedAnswer::Save;
-    return box.clickedButton() == discard ? UnsavedAnswer::Discard : UnsavedAnswer::Cancel;
+    const QAbstractButton *clicked = box.clickedButton();
+    if (clicked == nullptr || clicked == cancel)
+        return UnsavedAnswer::Cancel;
+    if (isForAll != nullptr)
+        *isForAll = clicked == saveAll || clicked == discardAll;
+    return clicked == save || clicked == saveAll ? UnsavedAnswer::Save : UnsavedAnswer::Discard;
 }
 
 } // namespace penwick

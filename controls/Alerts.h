@@ -22,6 +22,10 @@ enum class UnsavedAnswer { Save, Discard, Cancel };
 
 /// Asks what to do with the unsaved changes to the document called `name`. Returns the answer,
 /// after the modal box is closed.
-[[nodiscard]] UnsavedAnswer askAboutUnsavedChanges(QWidget *parent, const QString &name);
+/// \param isForAll if not null, the user may also answer for all documents at once, and it is set
+/// to
+///        whether the user did.
+[[nodiscard]] UnsavedAnswer
+askAboutUnsavedChanges(QWidget *parent, const QString &name, bool *isForAll = nullptr);
 
 } // namespace penwick

@@ -80,6 +80,7 @@ void AppDelegateTest::launch_withFile_opensNoUntitledWindow()
     QCOMPARE(m_app->documentController().windowControllers().size(), 2);
     QCOMPARE(text(0), u"A"_s);
     QCOMPARE(text(1), u"B"_s);
+    QCOMPARE(m_app->exitStatus(), 0);
 }
 
 void AppDelegateTest::launch_withMissingFile_opensEmptyDocumentForIt()
@@ -98,6 +99,7 @@ void AppDelegateTest::launch_withInvalidFile_saysSoAndOpensUntitled()
     QCOMPARE(message, u"ファイルを開けませんでした"_s);
     QCOMPARE(m_app->documentController().windowControllers().size(), 1);
     QVERIFY(m_app->documentController().documentOf(controller())->filePath().isEmpty());
+    QCOMPARE(m_app->exitStatus(), 1);
 }
 
 void AppDelegateTest::launch_oneGoodOneBadFile_opensNoUntitledWindow()
@@ -106,6 +108,7 @@ void AppDelegateTest::launch_oneGoodOneBadFile_opensNoUntitledWindow()
     launch({m_home.write(u"a.txt"_s, "A"), m_home.write(u"bad.txt"_s, "\xFF")});
     QCOMPARE(m_app->documentController().windowControllers().size(), 1);
     QCOMPARE(text(), u"A"_s);
+    QCOMPARE(m_app->exitStatus(), 1);
 }
 
 void AppDelegateTest::profileChange_relabelsEveryBarAndKeepsMacros()

@@ -3,6 +3,7 @@
 #include "app/DocumentsTestBase.h"
 #include "app/WordingTranslator.h"
 #include "support/ModalAnswer.h"
+#include "window/EditorTabBar.h"
 
 #include <QAccessible>
 #include <QDir>
@@ -37,6 +38,10 @@ private Q_SLOTS:
     void close_saveFails_staysOpen();
     void closeAll_cancelAtSecond_closesNothing();
     void closeAll_agreed_closesEveryWindow();
+    void closeAll_questions_followTheTabs();
+    void closeAll_saveAll_savesTheRestWithoutAsking();
+    void closeAll_discardAll_asksOnce();
+    void closeAll_oneUnsaved_offersNoAnswerForAll();
     void closeAll_whileAQuestionIsOpen_closesNothing();
     void end_ofTheController_tellsTheToolkitOfEachWindow();
 
@@ -200,6 +205,63 @@ void DocumentControllerTest::closeAll_agreed_closesEveryWindow()
     QVERIFY(m_documents->closeAll());
     QVERIFY(!m_documents->hasDocuments());
     QVERIFY(!other.isVisible());
+}
+
+void DocumentControllerTest::closeAll_questions_followTheTabs()
+{
+    for (const auto *name : {"a.txt", "b.txt", "c.txt"}) {
+        m_documents->openFile(m_home->write(QLatin1String(name), ""));
+        type(u"x"_s, static_cast<int>(m_documents->windowControllers().size()) - 1);
+    }
+    window()->tabBar()->moveTab(2, 0);
+    QStringList asked;
+    const test::ModalAnswerer answer([&asked](QWidget *modal) {
+        asked << qobject_cast<QMessageBox *>(modal)->text().section(u'」', 0, 0).mid(1);
+        test::buttonNamed(modal, u"保存しない"_s)->click();
+        return asked.size() == 3;
+    });
+    QVERIFY(m_documents->closeAll());
+    QCOMPARE(asked, (QStringList{u"c.txt"_s, u"a.txt"_s, u"b.txt"_s}));
+}
+
+void DocumentControllerTest::closeAll_saveAll_savesTheRestWithoutAsking()
+{
+    for (const auto *name : {"a.txt", "b.txt", "c.txt"}) {
+        m_documents->openFile(m_home->write(QLatin1String(name), ""));
+        type(u"x"_s, static_cast<int>(m_documents->windowControllers().size()) - 1);
+    }
+    test::answerModal([](QWidget *modal) {
+        test::clickInModal(u"すべて保存"_s);
+        test::buttonNamed(modal, u"保存しない"_s)->click();
+    });
+    QVERIFY(m_documents->closeAll());
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray());
+    QCOMPARE(m_home->read(u"b.txt"_s), QByteArray("x"));
+    QCOMPARE(m_home->read(u"c.txt"_s), QByteArray("x"));
+}
+
+void DocumentControllerTest::closeAll_discardAll_asksOnce()
+{
+    for (int i = 0; i < 3; ++i) {
+        m_documents->newDocument();
+        type(u"x"_s, i);
+    }
+    test::clickInModal(u"すべて破棄"_s);
+    QVERIFY(m_documents->closeAll());
+    QVERIFY(!m_documents->hasDocuments());
+}
+
+void DocumentControllerTest::closeAll_oneUnsaved_offersNoAnswerForAll()
+{
+    m_documents->newDocument();
+    type(u"x"_s);
+    m_documents->newDocument();
+    test::answerModal([](QWidget *modal) {
+        const int count = static_cast<int>(modal->findChildren<QPushButton *>().size());
+        test::buttonNamed(modal, u"キャンセル"_s)->click();
+        QCOMPARE(count, 3);
+    });
+    QVERIFY(!m_documents->closeAll());
 }
 
 // Closing all documents at the end of the session must not wait for a question that is already

@@ -198,6 +198,7 @@ private Q_SLOTS:
             {.kind = Reply::Kind::Refused, .refusal = Refusal::OtherVersion},
             {.kind = Reply::Kind::Closed, .openedAll = false},
             {.kind = Reply::Kind::Closed, .openedAll = true},
+            {.kind = Reply::Kind::Opened, .openedAll = false},
         };
         for (const Reply &reply : replies) {
             const QByteArray bytes = encoded(reply);

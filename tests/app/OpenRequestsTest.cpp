@@ -235,6 +235,35 @@ private Q_SLOTS:
         QVERIFY(outcome.get().error().kind == HandOverError::Kind::NotAllOpened);
     }
 
+    // The message stays open until the reply has arrived.
+    void open_fileThatCannotBeOpened_isRepliedBeforeTheMessageIsClosed()
+    {
+        OpenRequest request;
+        request.items = {itemOf(m_world->home.path()),
+                         itemOf(m_world->home.write(u"a.txt"_s, "a"))};
+        auto outcome = m_world->handOver(request);
+        const ModalAnswerer answer(
+            [&](QWidget *message) { return World::isOver(outcome) && message->close(); });
+        QTRY_VERIFY(answer.hasAnswered());
+        const Outcome reply = outcome.get();
+        QVERIFY(!reply && reply.error().kind == HandOverError::Kind::NotAllOpened);
+        QTRY_VERIFY(m_world->controllerOf(m_world->home.file(u"a.txt"_s)) != nullptr);
+    }
+
+    void open_missingFolder_isToldAtOnce()
+    {
+        OpenRequest request;
+        request.items = {itemOf(m_world->home.file(u"none/a.txt"_s))};
+        QString reason;
+        test::answerModal([&reason](QWidget *message) {
+            reason = qobject_cast<QMessageBox *>(message)->informativeText();
+            message->close();
+        });
+        QVERIFY(!m_world->requests.open(request));
+        QVERIFY2(reason.endsWith(u"\nフォルダが見つかりません。"_s), qPrintable(reason));
+        QVERIFY(!m_world->documents.hasDocuments());
+    }
+
     void wait_fileThatTurnsOutUnreadable_fails()
     {
         m_world->documents.newDocument();
