@@ -13,7 +13,7 @@ namespace penwick {
 
 namespace {
 
-constexpr int kMargin = 10;
+constexpr int kRowMargin = 10;
 constexpr int kGap = 8;
 constexpr int kSymbolSize = 16;
 constexpr int kBadgePadding = 6;
@@ -57,7 +57,7 @@ bool isCheckable(const QModelIndex &index)
 RowParts partsOf(const QStyleOptionViewItem &option, const QModelIndex &index)
 {
     RowParts parts;
-    const QRect row = option.rect.adjusted(kMargin, 0, -kMargin, 0);
+    const QRect row = option.rect.adjusted(kRowMargin, 0, -kRowMargin, 0);
     int left = row.left();
     int right = row.right() + 1;
     if (isCheckable(index)) {

@@ -8,14 +8,14 @@ namespace penwick {
 
 namespace {
 
-struct Binding
+struct MoveKeys
 {
     QKeySequence::StandardKey key;
     CaretMove move;
     bool extends;
 };
 
-constexpr Binding kBindings[] = {
+constexpr MoveKeys kMoveKeys[] = {
     {QKeySequence::MoveToPreviousChar, CaretMove::Left, false},
     {QKeySequence::SelectPreviousChar, CaretMove::Left, true},
     {QKeySequence::MoveToNextChar, CaretMove::Right, false},
@@ -115,7 +115,7 @@ TextCaret moveByParagraph(const Text &text, qint64 offset, bool down)
 
 std::optional<CaretMoveRequest> caretMoveFor(const QKeyEvent &event)
 {
-    for (const Binding &binding : kBindings)
+    for (const MoveKeys &binding : kMoveKeys)
         if (event.matches(binding.key))
             return CaretMoveRequest{binding.move, binding.extends};
     // Control with Up and Down moves by paragraph, but Qt has no standard key for it.

@@ -20,7 +20,7 @@ namespace {
 constexpr std::chrono::milliseconds kBlockingWait{100}; // Too short for the user to notice.
 constexpr int kNoticeDelay = 1000;                      // Milliseconds after the start of the run.
 
-ScriptOutcome failure(ScriptError::Code code)
+ScriptOutcome scriptFailure(ScriptError::Code code)
 {
     return tl::unexpected(ScriptError{code, {}});
 }
@@ -32,7 +32,7 @@ ScriptOutcome outcomeOf(const MacroRuntimeService::Evaluation &evaluation, Scrip
     try {
         return evaluation(waiter);
     } catch (const std::bad_alloc &) {
-        return failure(ScriptError::Code::OutOfMemory);
+        return scriptFailure(ScriptError::Code::OutOfMemory);
     }
 }
 
@@ -48,7 +48,7 @@ MacroRun::MacroRun(QWidget *window,
     , m_keys(window)
     , m_worker(
           [this, evaluation = std::move(evaluation)] { return outcomeOf(evaluation, &m_waiter); },
-          [] { return failure(ScriptError::Code::HostUnavailable); },
+          [] { return scriptFailure(ScriptError::Code::HostUnavailable); },
           [this] { finish(); })
 {
     m_since.start();
@@ -101,7 +101,7 @@ void MacroRun::showNotice()
 void MacroRun::stop()
 {
     m_waiter.stop();
-    end(failure(ScriptError::Code::Stopped));
+    end(scriptFailure(ScriptError::Code::Stopped));
 }
 
 // Called when the outcome is available.

@@ -14,7 +14,7 @@ namespace penwick {
 
 namespace {
 
-constexpr int kFontSize = 14; // Logical pixels.
+constexpr int kTextSize = 14; // Logical pixels.
 
 } // namespace
 
@@ -47,7 +47,7 @@ void TextViewRepresentable::makeTextView()
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    m_textView = new TextView(m_storage.get(), editorFont(kFontSize), this);
+    m_textView = new TextView(m_storage.get(), editorFont(kTextSize), this);
     m_textView->setFrameShape(QFrame::NoFrame);
     m_textView->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     m_textView->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);

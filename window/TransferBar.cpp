@@ -26,10 +26,6 @@ namespace {
 
 constexpr auto kAppearanceDelay = 200ms; // Transfers that end sooner are not shown.
 constexpr auto kRefreshInterval = 100ms;
-constexpr int kFontSize = 11; // Logical pixels, as in the status bar.
-constexpr int kHorizontalMargin = 10;
-constexpr int kVerticalMargin = 3;
-constexpr int kSpacing = 10;
 constexpr int kTrackHeight = 4;
 constexpr int kTrackWidth = 220;
 
@@ -101,8 +97,11 @@ TransferBar::TransferBar(TextDocument *document, QWidget *parent)
 
 void TransferBar::makeContent()
 {
+    constexpr int kPixels = 11; // As in the status bar.
+    constexpr int kMargin = 3;  // Above and below.
+    constexpr int kGap = 10;
     QFont barFont = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-    setFontPixels(barFont, kFontSize);
+    setFontPixels(barFont, kPixels);
     setFont(barFont);
     setBackgroundRole(QPalette::Window);
     setAutoFillBackground(true);
@@ -116,9 +115,8 @@ void TransferBar::makeContent()
     m_cancel->setObjectName(u"transferCancel"_s);
     m_cancel->setFocusPolicy(Qt::TabFocus); // A click must leave the focus in the text.
     auto *layout = new QHBoxLayout(this);
-    layout->setContentsMargins(
-        kHorizontalMargin, kVerticalMargin, kHorizontalMargin, kVerticalMargin);
-    layout->setSpacing(kSpacing);
+    layout->setContentsMargins(kGap, kMargin, kGap, kMargin);
+    layout->setSpacing(kGap);
     layout->addWidget(m_label);
     layout->addWidget(m_progress, 1);
     layout->addWidget(m_cancel);

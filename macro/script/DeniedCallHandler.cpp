@@ -24,7 +24,7 @@ using Kind = SystemCallDecision::Kind;
 // Greater than every number in the kernel's tables; larger numbers count as unknown.
 constexpr std::size_t kNumbers = 1024;
 // More threads than an engine starts while it initializes; further ones are not exempt.
-constexpr std::size_t kThreads = 64;
+constexpr std::size_t kMostThreads = 64;
 
 /// The data of the signal handler, which can neither allocate nor look up names.
 struct Answers
@@ -32,7 +32,7 @@ struct Answers
     std::array<SystemCallDecision, kNumbers> decisions{};
     std::array<std::atomic<bool>, kNumbers> isReported{};
     std::atomic<bool> isUnknownReported = false;
-    std::array<pid_t, kThreads> exempt{}; // Thread ids; 0 after the last one.
+    std::array<pid_t, kMostThreads> exempt{}; // Thread ids; 0 after the last one.
     std::uint32_t architecture = 0;
     int descriptor = -1;
 };

@@ -23,7 +23,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int kSlots = 8;
+constexpr int kCopies = 8;
 constexpr size_t kBlockSize = 1 << 18;
 
 QByteArray fallbackFolder()
@@ -120,7 +120,7 @@ void forEachLeftover(const QByteArray &original,
                      const std::function<void(const QByteArray &, bool)> &visit)
 {
     for (const QByteArray &folder : {folderOf(original), fallbackFolder()}) {
-        for (int slot = 0; slot < kSlots; ++slot) {
+        for (int slot = 0; slot < kCopies; ++slot) {
             const QByteArray path = copyPath(folder, original, slot);
             if (const auto copy = openAbandoned(path))
                 visit(path, isObsoleteCopy(copy->get(), original));
@@ -190,7 +190,7 @@ tl::expected<void, FileError> SafeCopy::makeIn(const QByteArray &folder, int fil
     FileDescriptor held(::fcntl(copy.descriptor(), F_DUPFD_CLOEXEC, 0));
     if (!held.isOpen())
         return systemError();
-    for (int slot = 0; slot < kSlots; ++slot) {
+    for (int slot = 0; slot < kCopies; ++slot) {
         const QByteArray path = copyPath(folder, m_original, slot);
         result = copy.moveToFreePlace(path);
         if (result) {
