@@ -42,7 +42,10 @@ AppDelegate::AppDelegate(Clock clock, FilePanels panels, QObject *parent)
                  })
     , m_fileDrop(
           [this](const QWidget *window) { return m_documents.controllerOf(window) != nullptr; },
-          [this](const QStringList &paths) { openFiles(paths); })
+          [this](const QStringList &paths) {
+              for (const QString &path : paths)
+                  m_documents.openFile(path);
+          })
     , m_launcher([this] { return targetEditor(); }, m_clock)
 {
     // A window that is opened later gets a menu bar of its own.
@@ -91,7 +94,10 @@ void AppDelegate::applicationDidFinishLaunching(const std::optional<OpenRequest>
     if (request)
         openFirst(*request);
     else
-        QTimer::singleShot(kRequestTimeout, this, &AppDelegate::quitIfNoDocuments);
+        QTimer::singleShot(kRequestTimeout, this, [this] {
+            if (!m_documents.hasDocuments())
+                terminate();
+        });
     connect(qApp, &QGuiApplication::focusWindowChanged, this, [this] {
         windowDidBecomeMain(QApplication::activeWindow());
     });
@@ -106,12 +112,6 @@ void AppDelegate::openFirst(const OpenRequest &request)
         m_openedFirst = m_requests.open(request);
     if (!m_documents.hasDocuments())
         m_documents.newDocument();
-}
-
-void AppDelegate::quitIfNoDocuments()
-{
-    if (!m_documents.hasDocuments())
-        terminate();
 }
 
 void AppDelegate::prepareScriptHost()
@@ -148,12 +148,6 @@ void AppDelegate::reportTrial(const EngineTrial &trial)
     if (!warning.isEmpty() && editor != nullptr)
         editor->showMacroMessage(NotificationType::Warning, warning);
 #endif
-}
-
-void AppDelegate::openFiles(const QStringList &paths)
-{
-    for (const QString &path : paths)
-        m_documents.openFile(path);
 }
 
 std::shared_ptr<EditorWindowController> AppDelegate::targetEditor() const
@@ -243,12 +237,7 @@ MenuHandlers AppDelegate::menuHandlers()
 
 bool AppDelegate::isEnabled(MenuCommand command) const
 {
-    switch (command) {
-    case MenuCommand::CheckForUpdates:
-        return m_updaterController != nullptr;
-    default:
-        return true;
-    }
+    return command != MenuCommand::CheckForUpdates || m_updaterController != nullptr;
 }
 
 void AppDelegate::perform(MenuCommand command)
@@ -315,14 +304,12 @@ void AppDelegate::runDynamicMacro(const QString &id)
 
 void AppDelegate::runTestMacro()
 {
-    const TestMacro macro = replaceAllTestMacro();
-    m_launcher.run(macro.code, macro.id, macro.name, std::nullopt);
+    m_launcher.run(replaceAllTestMacro());
 }
 
 void AppDelegate::runTestMacroSelection()
 {
-    const TestMacro macro = replaceSelectionTestMacro();
-    m_launcher.run(macro.code, macro.id, macro.name, std::nullopt);
+    m_launcher.run(replaceSelectionTestMacro());
 }
 
 void AppDelegate::runMacroInActiveEditor(const Macro &macro)

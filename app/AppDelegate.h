@@ -102,8 +102,6 @@ public:
 
 private:
     void openFirst(const OpenRequest &request);
-    void quitIfNoDocuments();
-    void openFiles(const QStringList &paths);
     void handleProfileDidChange();
     void windowDidBecomeMain(QWidget *window);
     void prepareWindow(EditorWindow *window);

@@ -117,8 +117,8 @@ void DocumentController::prepare(OpenDocument &entry)
 {
     EditorWindowController *controller = entry.controller.get();
     const DocumentId id = controller;
-    entry.saver = std::make_unique<DocumentSaver>(entry.document.get(), controller, m_limits);
-    entry.saver->setSaveElsewhere([this, id] { return saveDocumentAs(id); });
+    entry.saver = std::make_unique<DocumentSaver>(
+        entry.document.get(), controller, m_limits, [this, id] { return saveDocumentAs(id); });
     connect(entry.document.get(),
             &TextDocument::transferEnded,
             controller,

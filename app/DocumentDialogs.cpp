@@ -43,6 +43,19 @@ QString reasonOfFileError(FileError::Kind kind)
     }
 }
 
+/// Shows the box with a button that agrees and one that cancels. The one that destroys nothing is
+/// the default.
+bool isAgreed(MessageBox &box, const QString &label, QMessageBox::ButtonRole role)
+{
+    QPushButton *agree = box.addTextButton(label, role);
+    QPushButton *cancel =
+        box.addTextButton(wording::text(u"common.cancel"_s), QMessageBox::RejectRole);
+    box.setDefaultButton(role == QMessageBox::DestructiveRole ? cancel : agree);
+    box.setEscapeButton(cancel);
+    box.exec();
+    return box.clickedButton() == agree;
+}
+
 void showFileError(QWidget *parent, const QString &text, const QString &path, const QString &reason)
 {
     MessageBox box(QMessageBox::Warning, text, parent);
@@ -76,14 +89,7 @@ bool askToOverwriteChangedFile(QWidget *parent, const QString &name)
                    wording::text(u"dialog.changedOnDiskMessage"_s, {visibleLine(name)}),
                    parent);
     box.setInformation(wording::text(u"dialog.changedOnDiskInformation"_s));
-    QPushButton *overwrite =
-        box.addTextButton(wording::text(u"dialog.overwrite"_s), QMessageBox::DestructiveRole);
-    QPushButton *cancel =
-        box.addTextButton(wording::text(u"common.cancel"_s), QMessageBox::RejectRole);
-    box.setDefaultButton(cancel);
-    box.setEscapeButton(cancel);
-    box.exec();
-    return box.clickedButton() == overwrite;
+    return isAgreed(box, wording::text(u"dialog.overwrite"_s), QMessageBox::DestructiveRole);
 }
 
 QMessageBox *askAboutOutsideChange(QWidget *parent,
@@ -121,14 +127,7 @@ bool offerToSaveElsewhere(QWidget *parent, const QString &path, const DocumentEr
     MessageBox box(QMessageBox::Warning, wording::text(u"error.fileReadOnly"_s), parent);
     box.setInformation(visibleLine(QDir::toNativeSeparators(path)) + u"\n"_s +
                        errorReasonText(error));
-    QPushButton *elsewhere =
-        box.addTextButton(wording::text(u"dialog.saveElsewhere"_s), QMessageBox::AcceptRole);
-    QPushButton *cancel =
-        box.addTextButton(wording::text(u"common.cancel"_s), QMessageBox::RejectRole);
-    box.setDefaultButton(elsewhere);
-    box.setEscapeButton(cancel);
-    box.exec();
-    return box.clickedButton() == elsewhere;
+    return isAgreed(box, wording::text(u"dialog.saveElsewhere"_s), QMessageBox::AcceptRole);
 }
 
 void showInterruptedSave(QWidget *parent, const QString &path, const QStringList &copies)

@@ -14,10 +14,12 @@ namespace penwick {
 
 DocumentSaver::DocumentSaver(TextDocument *document,
                              const EditorWindowController *controller,
-                             const TransferLimits &limits)
+                             const TransferLimits &limits,
+                             SaveElsewhere saveElsewhere)
     : m_document(document)
     , m_controller(controller)
     , m_limits(limits)
+    , m_saveElsewhere(std::move(saveElsewhere))
 {
     connect(document,
             &TextDocument::transferEnded,
@@ -54,7 +56,7 @@ bool DocumentSaver::write(const QString &path)
 /// Handles a failed save. True when another save then succeeded or is under way.
 bool DocumentSaver::recover(const DocumentError &error)
 {
-    if (error.fileErrorKind == FileError::Kind::PermissionDenied && m_saveElsewhere) {
+    if (error.fileErrorKind == FileError::Kind::PermissionDenied) {
         return dialogs::offerToSaveElsewhere(m_controller->window(), m_path, error) &&
                m_saveElsewhere();
     }

@@ -8,7 +8,6 @@
 #include <chrono>
 #include <functional>
 #include <optional>
-#include <utility>
 
 namespace penwick {
 
@@ -33,20 +32,16 @@ class DocumentSaver final : public QObject
     Q_OBJECT
 
 public:
-    /// \param document not owned; must outlive this.
-    /// \param controller its window is the parent of all messages; not owned; must outlive this.
-    DocumentSaver(TextDocument *document,
-                  const EditorWindowController *controller,
-                  const TransferLimits &limits);
-
     /// Asks for another file and saves there. True when that is done or under way.
     using SaveElsewhere = std::function<bool()>;
 
+    /// \param document not owned; must outlive this.
+    /// \param controller its window is the parent of all messages; not owned; must outlive this.
     /// \param saveElsewhere called when the user accepts the offer.
-    void setSaveElsewhere(SaveElsewhere saveElsewhere)
-    {
-        m_saveElsewhere = std::move(saveElsewhere);
-    }
+    DocumentSaver(TextDocument *document,
+                  const EditorWindowController *controller,
+                  const TransferLimits &limits,
+                  SaveElsewhere saveElsewhere);
 
     /// Writes the text to the file. If a save is under way, another one to the same file follows
     /// it. A composition is committed first.
@@ -69,10 +64,10 @@ private:
     TextDocument *m_document;
     const EditorWindowController *m_controller;
     TransferLimits m_limits;
+    SaveElsewhere m_saveElsewhere;
     QString m_path;            // The target of the last save, successful or not.
     bool m_savesAgain = false; // A save was requested while another was under way.
     bool m_isAwaited = false;
-    SaveElsewhere m_saveElsewhere;
 };
 
 } // namespace penwick

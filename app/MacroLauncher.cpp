@@ -21,18 +21,19 @@ MacroLauncher::MacroLauncher(TargetEditor targetEditor, Clock clock)
 
 void MacroLauncher::promptOrRun(const Macro &macro) const
 {
+    QWidget *parent = QApplication::activeWindow(); // It need not be an editor.
     // Ask nothing when the answer could not be used: the target says why no macro can run there.
     if (const WindowController target = m_targetEditor();
         target != nullptr && (target->isRunningMacro() || target->isLoading()))
-        run(macro.code, macro.id, macro.name, std::nullopt);
+        run(macro);
     else if (macro.id == u"default_addLinePrefix"_s)
-        promptForText(macro, wording::text(u"dialog.prefixMessage"_s), u"- "_s);
+        runWith(macro, askForText(parent, wording::text(u"dialog.prefixMessage"_s), u"- "_s));
     else if (macro.id == u"default_addLineSuffix"_s)
-        promptForText(macro, wording::text(u"dialog.suffixMessage"_s), u","_s);
+        runWith(macro, askForText(parent, wording::text(u"dialog.suffixMessage"_s), u","_s));
     else if (macro.id == u"default_insertDateTime"_s)
-        promptForDate(macro);
+        runWith(macro, askForDate(parent, wording::text(u"dialog.dateTimeMessage"_s), m_clock));
     else
-        run(macro.code, macro.id, macro.name, std::nullopt);
+        run(macro);
 }
 
 void MacroLauncher::runInActiveEditor(const Macro &macro) const
@@ -48,48 +49,21 @@ void MacroLauncher::runInActiveEditor(const Macro &macro) const
     box.exec();
 }
 
-void MacroLauncher::run(const QString &code,
-                        const QString &id,
-                        const QString &name,
-                        const std::optional<QString> &userInput) const
+void MacroLauncher::run(const Macro &macro, const std::optional<QString> &userInput) const
 {
     if (const WindowController target = m_targetEditor())
-        target->runMacro(code, id, name, userInput);
+        target->runMacro(macro.code, macro.id, macro.name, userInput);
 }
 
-void MacroLauncher::promptForText(const Macro &macro,
-                                  const QString &message,
-                                  const QString &initial) const
+/// Runs the macro with the answer to its prompt; no value when the user cancelled.
+void MacroLauncher::runWith(const Macro &macro, const std::optional<QString> &answer) const
 {
-    const std::optional<QString> answer = askForText(promptParent(), message, initial);
-    if (!answer)
-        showInfo(wording::text(u"macro.notification.canceled"_s));
-    else if (answer->isEmpty())
-        showInfo(wording::text(u"macro.notification.canceledEmpty"_s));
-    else
-        run(macro.code, macro.id, macro.name, answer);
-}
-
-void MacroLauncher::promptForDate(const Macro &macro) const
-{
-    const std::optional<QString> date =
-        askForDate(promptParent(), wording::text(u"dialog.dateTimeMessage"_s), m_clock);
-    if (date)
-        run(macro.code, macro.id, macro.name, date);
-    else
-        showInfo(wording::text(u"macro.notification.canceled"_s));
-}
-
-void MacroLauncher::showInfo(const QString &message) const
-{
-    if (const WindowController target = m_targetEditor())
-        target->showMacroMessage(NotificationType::Info, message);
-}
-
-/// The dialog's parent is the active window, which need not be an editor.
-QWidget *MacroLauncher::promptParent() const
-{
-    return QApplication::activeWindow();
+    if (answer && !answer->isEmpty())
+        run(macro, answer);
+    else if (const WindowController target = m_targetEditor())
+        target->showMacroMessage(NotificationType::Info,
+                                 answer ? wording::text(u"macro.notification.canceledEmpty"_s)
+                                        : wording::text(u"macro.notification.canceled"_s));
 }
 
 } // namespace penwick

@@ -6,8 +6,7 @@
 
 #include <functional>
 #include <memory>
-
-class QWidget;
+#include <optional>
 
 namespace penwick {
 
@@ -29,16 +28,10 @@ public:
     /// As above, but shows a message when there is no editor to run in.
     void runInActiveEditor(const Macro &macro) const;
     /// Runs a macro without a prompt. Does nothing without a target editor.
-    void run(const QString &code,
-             const QString &id,
-             const QString &name,
-             const std::optional<QString> &userInput) const;
+    void run(const Macro &macro, const std::optional<QString> &userInput = std::nullopt) const;
 
 private:
-    void promptForText(const Macro &macro, const QString &message, const QString &initial) const;
-    void promptForDate(const Macro &macro) const;
-    void showInfo(const QString &message) const;
-    [[nodiscard]] QWidget *promptParent() const;
+    void runWith(const Macro &macro, const std::optional<QString> &answer) const;
 
     TargetEditor m_targetEditor;
     Clock m_clock;

@@ -1,20 +1,14 @@
 #pragma once
 
-#include <QString>
+#include "macro/library/Macro.h"
 
 namespace penwick {
 
-/// A macro that is part of the menu and not of the store.
-struct TestMacro
-{
-    QString id;
-    QString name;
-    QString code;
-};
+// The macros that are part of the menu and not of the store; only id, name and code are set.
 
 /// A macro that replaces the whole text by a message with the present time.
-[[nodiscard]] TestMacro replaceAllTestMacro();
+[[nodiscard]] Macro replaceAllTestMacro();
 /// A macro that wraps the selected text in a message; without a selection it shows a notification.
-[[nodiscard]] TestMacro replaceSelectionTestMacro();
+[[nodiscard]] Macro replaceSelectionTestMacro();
 
 } // namespace penwick

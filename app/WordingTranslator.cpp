@@ -118,11 +118,6 @@ const QHash<QByteArrayView, const Row *> &rowsBySource()
 
 } // namespace
 
-WordingTranslator::WordingTranslator(QObject *parent)
-    : QTranslator(parent)
-{
-}
-
 QString WordingTranslator::translate(const char *context,
                                      const char *sourceText,
                                      const char * /*disambiguation*/,

@@ -12,7 +12,7 @@ class WordingTranslator final : public QTranslator
     Q_OBJECT
 
 public:
-    explicit WordingTranslator(QObject *parent = nullptr);
+    using QTranslator::QTranslator;
 
     [[nodiscard]] QString translate(const char *context,
                                     const char *sourceText,

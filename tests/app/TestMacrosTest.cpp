@@ -27,7 +27,7 @@ private Q_SLOTS:
 // The scripts are an interface: users compare their output. The digests cover every byte.
 void TestMacrosTest::replaceAll_idNameAndScript_areFixed()
 {
-    const TestMacro macro = replaceAllTestMacro();
+    const Macro macro = replaceAllTestMacro();
     QCOMPARE(macro.id, u"test_replace_all"_s);
     QCOMPARE(macro.name, u"テスト: replaceAll"_s);
     QCOMPARE(macro.code.count(u'\n'), 4);
@@ -38,7 +38,7 @@ void TestMacrosTest::replaceAll_idNameAndScript_areFixed()
 
 void TestMacrosTest::replaceSelection_idNameAndScript_areFixed()
 {
-    const TestMacro macro = replaceSelectionTestMacro();
+    const Macro macro = replaceSelectionTestMacro();
     QCOMPARE(macro.id, u"test_replace_selection"_s);
     QCOMPARE(macro.name, u"テスト: replaceSelection"_s);
     QCOMPARE(macro.code.count(u'\n'), 11);
