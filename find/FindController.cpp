@@ -21,11 +21,6 @@ constexpr qint64 kPatternUnits = 1'000;
 /// dropped.
 constexpr std::size_t kQueuedSteps = 8;
 
-bool hasSeparator(const QString &string)
-{
-    return Text(string).metrics().separators > 0;
-}
-
 } // namespace
 
 FindController::FindController(TextView *view,
@@ -130,7 +125,7 @@ void FindController::takeSelectionAsPattern()
     if (range.length == 0 || range.length > kPatternUnits)
         return;
     const QString selected = m_view->string().slice(range.location, range.length);
-    if (!hasSeparator(selected))
+    if (Text(selected).metrics().separators == 0)
         m_bar->setPatternText(selected);
 }
 
@@ -177,7 +172,7 @@ void FindController::findPrevious()
 
 void FindController::request(Direction direction)
 {
-    if (m_session.pattern().string.isEmpty())
+    if (m_bar->pattern().string.isEmpty())
         showFind();
     else if (!m_session.isSearching())
         perform(direction);

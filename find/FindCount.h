@@ -43,10 +43,6 @@ public:
                                                    std::size_t limit,
                                                    const FindIsCancelled &isCancelled = {}) const;
 
-    [[nodiscard]] const Text &text() const { return m_text; }
-
-    [[nodiscard]] const TextFinder &finder() const { return m_finder; }
-
 private:
     struct Checkpoint
     {

@@ -1,5 +1,7 @@
 #include "find/FindSession.h"
 
+#include <utility>
+
 namespace penwick {
 
 namespace {
@@ -23,7 +25,10 @@ FindSession::FindSession(TextStorage *storage, QObject *parent)
     connect(&m_restartTimer, &QTimer::timeout, this, &FindSession::restartCount);
     connect(&m_progressTimer, &QTimer::timeout, this, &FindSession::showProgress);
     connect(storage, &TextStorage::changed, this, &FindSession::textDidChange);
-    connect(&m_search, &BackgroundTask::failed, this, &FindSession::searchDidFail);
+    connect(&m_search, &BackgroundTask::failed, this, [this] {
+        reportTooComplex();
+        Q_EMIT notFound();
+    });
     connect(&m_counting, &BackgroundTask::failed, this, &FindSession::countDidFail);
 }
 
@@ -42,7 +47,6 @@ void FindSession::abandonAll()
 void FindSession::setPattern(const FindPattern &pattern)
 {
     abandonAll();
-    m_pattern = pattern;
     m_error.reset();
     m_finder.reset();
     if (auto finder = TextFinder::compile(pattern))
@@ -147,12 +151,6 @@ void FindSession::reportTooComplex()
     Q_EMIT errorDidChange();
 }
 
-void FindSession::searchDidFail()
-{
-    reportTooComplex();
-    Q_EMIT notFound();
-}
-
 void FindSession::countDidFail()
 {
     m_progressTimer.stop();
@@ -176,7 +174,7 @@ void FindSession::report(const FindResult &result)
         Q_EMIT notFound();
 }
 
-void FindSession::findNext(FindPlace from, bool wraps)
+void FindSession::startSearch(SearchWork work)
 {
     m_search.cancel();
     if (!m_finder || m_storage.isNull()) {
@@ -184,68 +182,61 @@ void FindSession::findNext(FindPlace from, bool wraps)
         return;
     }
     m_search.start(
-        [this, finder = *m_finder, text = m_storage->text(), from, wraps](
-            const BackgroundTask::IsCancelled &isCancelled) {
-            const FindResult result = penwick::findNext(finder, text, from, wraps, isCancelled);
-            return [this, result] { report(result); };
-        },
+        [finder = *m_finder, text = m_storage->text(), work = std::move(work)](
+            const FindIsCancelled &isCancelled) { return work(finder, text, isCancelled); },
         kSearchWait);
+}
+
+void FindSession::findNext(FindPlace from, bool wraps)
+{
+    startSearch([this, from, wraps](const TextFinder &finder,
+                                    const Text &text,
+                                    const FindIsCancelled &isCancelled) {
+        const FindResult result = penwick::findNext(finder, text, from, wraps, isCancelled);
+        return [this, result] { report(result); };
+    });
 }
 
 void FindSession::findPrevious(qint64 offset, bool wraps)
 {
-    m_search.cancel();
-    if (!m_finder || m_storage.isNull()) {
-        Q_EMIT notFound();
-        return;
-    }
-    m_search.start(
-        [this, finder = *m_finder, text = m_storage->text(), offset, wraps](
-            const BackgroundTask::IsCancelled &isCancelled) {
-            const FindResult result =
-                penwick::findPrevious(finder, text, offset, wraps, isCancelled);
-            return [this, result] { report(result); };
-        },
-        kSearchWait);
+    startSearch([this, offset, wraps](const TextFinder &finder,
+                                      const Text &text,
+                                      const FindIsCancelled &isCancelled) {
+        const FindResult result = penwick::findPrevious(finder, text, offset, wraps, isCancelled);
+        return [this, result] { report(result); };
+    });
 }
 
 void FindSession::replaceMatch(const TextRange &match, const QString &replacement)
 {
-    m_search.cancel();
-    if (!m_finder || m_storage.isNull()) {
-        Q_EMIT notFound();
-        return;
-    }
-    m_search.start(
-        [this, finder = *m_finder, text = m_storage->text(), match, replacement](
-            const BackgroundTask::IsCancelled &isCancelled) -> BackgroundTask::Completion {
-            const auto result = replacementAt(
-                finder, FindReplacement(replacement, finder), text, match, isCancelled);
-            if (!result)
-                return [this] { Q_EMIT notFound(); };
-            return [this, match, result] { Q_EMIT replacementReady(match, *result); };
-        },
-        kSearchWait);
+    startSearch([this, match, replacement](const TextFinder &finder,
+                                           const Text &text,
+                                           const FindIsCancelled &isCancelled) {
+        const auto result =
+            replacementAt(finder, FindReplacement(replacement, finder), text, match, isCancelled);
+        return [this, match, result] {
+            if (result)
+                Q_EMIT replacementReady(match, *result);
+            else
+                Q_EMIT notFound();
+        };
+    });
 }
 
 void FindSession::replaceAll(const QString &replacement, qint64 caret)
 {
-    m_search.cancel();
-    if (!m_finder || m_storage.isNull())
-        return;
-    m_search.start(
-        [this, finder = *m_finder, text = m_storage->text(), replacement, caret](
-            const BackgroundTask::IsCancelled &isCancelled) -> BackgroundTask::Completion {
-            const ReplaceAllResult result = replaceAllMatches(
-                finder, FindReplacement(replacement, finder), text, caret, isCancelled);
-            return [this, result] {
-                if (result.isTooComplex)
-                    reportTooComplex();
-                else
-                    Q_EMIT replaceAllReady(result);
-            };
-        },
-        kSearchWait);
+    startSearch([this, replacement, caret](const TextFinder &finder,
+                                           const Text &text,
+                                           const FindIsCancelled &isCancelled) {
+        const ReplaceAllResult result = replaceAllMatches(
+            finder, FindReplacement(replacement, finder), text, caret, isCancelled);
+        return [this, result] {
+            if (result.isTooComplex)
+                reportTooComplex();
+            else
+                Q_EMIT replaceAllReady(result);
+        };
+    });
 }
 
 const std::vector<TextRange> &FindSession::marksIn(TextRange range)

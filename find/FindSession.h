@@ -10,6 +10,7 @@
 #include <QPointer>
 #include <QTimer>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -30,8 +31,6 @@ public:
 
     /// Cancels all work for the old pattern.
     void setPattern(const FindPattern &pattern);
-
-    [[nodiscard]] const FindPattern &pattern() const { return m_pattern; }
 
     /// Why the pattern cannot be searched for; an empty pattern is an error too.
     [[nodiscard]] const std::optional<FindPatternError> &error() const { return m_error; }
@@ -63,8 +62,9 @@ public:
     /// Computes the replacement for `match`. Emits `replacementReady`, or `notFound` when the
     /// pattern does not match there.
     void replaceMatch(const TextRange &match, const QString &replacement);
-    /// Computes the text with all matches replaced. Emits `replaceAllReady`, or `errorDidChange`
-    /// when the search is abandoned. `caret` is as in `replaceAllMatches`.
+    /// Computes the text with all matches replaced. Emits `replaceAllReady`, `errorDidChange` when
+    /// the search is abandoned, or `notFound` when the pattern cannot be searched for. `caret` is
+    /// as in `replaceAllMatches`.
     void replaceAll(const QString &replacement, qint64 caret);
 
     /// Returns the matches in a range of the text, ascending. When computing them takes longer,
@@ -91,12 +91,16 @@ private:
     void showProgress();
     void askNumber();
     void reportTooComplex();
-    void searchDidFail();
     void countDidFail();
     void report(const FindResult &result);
 
+    using SearchWork = std::function<BackgroundTask::Completion(
+        const TextFinder &, const Text &, const FindIsCancelled &)>;
+    /// Searches the text as it is now, in place of a search that is still running. Emits `notFound`
+    /// when the pattern cannot be searched for.
+    void startSearch(SearchWork work);
+
     QPointer<TextStorage> m_storage;
-    FindPattern m_pattern;
     std::optional<FindPatternError> m_error;
     std::optional<TextFinder> m_finder; // Empty when the pattern does not compile.
     bool m_isCounting = false;

@@ -268,11 +268,6 @@ qint64 findBlockStart(const Text &text, qint64 end)
 
 namespace {
 
-bool isCancelledNow(const FindIsCancelled &isCancelled)
-{
-    return isCancelled && isCancelled();
-}
-
 /// Returns the first match from `from` on.
 FindResult firstMatch(const TextFinder &finder,
                       const Text &text,
@@ -315,7 +310,7 @@ FindResult lastMatchBefore(const TextFinder &finder,
                            const FindIsCancelled &isCancelled)
 {
     qint64 end = offset;
-    while (end > floor && !isCancelledNow(isCancelled)) {
+    while (end > floor && !(isCancelled && isCancelled())) {
         const qint64 start = findBlockStart(text, std::min(end, text.size()));
         const FindResult result = lastMatch(finder, text, {start, end}, offset, isCancelled);
         if (result.match || result.isTooComplex)
