@@ -20,23 +20,14 @@ const QList<BuiltInMacro> &allBuiltInMacros()
 
 QString rawValue(BuiltInMacro macro)
 {
-    switch (macro) {
-    case BuiltInMacro::TrimTrailingSpaces:
-        return u"trimTrailingSpaces"_s;
-    case BuiltInMacro::RemoveEmptyLines:
-        return u"removeEmptyLines"_s;
-    case BuiltInMacro::AddLinePrefix:
-        return u"addLinePrefix"_s;
-    case BuiltInMacro::AddLineSuffix:
-        return u"addLineSuffix"_s;
-    case BuiltInMacro::InsertDateTime:
-        return u"insertDateTime"_s;
-    case BuiltInMacro::ExtractUrls:
-        return u"extractUrls"_s;
-    case BuiltInMacro::StripHtmlTags:
-        return u"stripHtmlTags"_s;
-    }
-    Q_UNREACHABLE();
+    constexpr QStringView kRawValues[]{u"trimTrailingSpaces",
+                                       u"removeEmptyLines",
+                                       u"addLinePrefix",
+                                       u"addLineSuffix",
+                                       u"insertDateTime",
+                                       u"extractUrls",
+                                       u"stripHtmlTags"};
+    return kRawValues[static_cast<std::size_t>(macro)].toString();
 }
 
 std::optional<BuiltInMacro> builtInMacro(const QString &rawValue)
