@@ -23,24 +23,13 @@ struct ReleaseFilter
 
 using Filter = std::unique_ptr<void, ReleaseFilter>;
 
-std::uint32_t silentAction(const SystemCallDecision &decision)
-{
-    switch (decision.kind) {
-    case Kind::Allow:
-        return SCMP_ACT_ALLOW;
-    case Kind::Refuse:
-        return SCMP_ACT_ERRNO(static_cast<std::uint32_t>(decision.error));
-    case Kind::Kill:
-        break;
-    }
-    return SCMP_ACT_TRAP; // The handler reports the call, then ends the process.
-}
-
 std::uint32_t actionFor(const SystemCallDecision &decision, RefusedCalls refused)
 {
-    if (decision.kind == Kind::Refuse && refused == RefusedCalls::Reported)
-        return SCMP_ACT_TRAP;
-    return silentAction(decision);
+    if (decision.kind == Kind::Allow)
+        return SCMP_ACT_ALLOW;
+    if (decision.kind == Kind::Refuse && refused == RefusedCalls::Silent)
+        return SCMP_ACT_ERRNO(static_cast<std::uint32_t>(decision.error));
+    return SCMP_ACT_TRAP; // The handler reports the call, then answers it or ends the process.
 }
 
 scmp_arg_cmp equalBits(unsigned argument, std::uint64_t mask, std::uint64_t value)
@@ -59,30 +48,14 @@ std::vector<scmp_arg_cmp> differingBits(const ArgumentCondition &condition)
     return rules;
 }
 
-std::vector<scmp_arg_cmp> rulesWhere(const ArgumentCondition &condition)
+/// Returns rules of which one matches where the condition holds, or where it does not.
+std::vector<scmp_arg_cmp> rulesWhere(const ArgumentCondition &condition, bool holds)
 {
-    switch (condition.test) {
-    case Test::Equal:
-        return {{condition.argument, SCMP_CMP_EQ, condition.value, 0}};
-    case Test::BitsEqual:
+    if (condition.test == Test::Equal)
+        return {{condition.argument, holds ? SCMP_CMP_EQ : SCMP_CMP_NE, condition.value, 0}};
+    if ((condition.test == Test::BitsEqual) == holds)
         return {equalBits(condition.argument, condition.mask, condition.value)};
-    case Test::BitsDiffer:
-        break;
-    }
     return differingBits(condition);
-}
-
-std::vector<scmp_arg_cmp> rulesWhereNot(const ArgumentCondition &condition)
-{
-    switch (condition.test) {
-    case Test::Equal:
-        return {{condition.argument, SCMP_CMP_NE, condition.value, 0}};
-    case Test::BitsEqual:
-        return differingBits(condition);
-    case Test::BitsDiffer:
-        break;
-    }
-    return {equalBits(condition.argument, condition.mask, condition.value)};
 }
 
 /// Adds rules to one filter and records whether all of them could be added.
@@ -104,15 +77,15 @@ public:
 
     void add(const ConditionalSystemCall &row)
     {
-        for (const scmp_arg_cmp &rule : rulesWhere(row.condition)) {
+        for (const scmp_arg_cmp &rule : rulesWhere(row.condition, true)) {
             std::vector conditions{rule};
             if (row.alsoRequired)
-                conditions.push_back(rulesWhere(*row.alsoRequired).front());
+                conditions.push_back(rulesWhere(*row.alsoRequired, true).front());
             addAction(row.name, SCMP_ACT_ALLOW, conditions);
         }
         if (row.otherwise.kind != Kind::Kill)
             return;
-        for (const scmp_arg_cmp &rule : rulesWhereNot(row.condition))
+        for (const scmp_arg_cmp &rule : rulesWhere(row.condition, false))
             addAction(row.name, actionFor(row.otherwise, m_refused), {rule});
     }
 
