@@ -170,7 +170,7 @@ void HostConnection::take(const Message &message)
     } else if (m_log == nullptr) {
         m_malformed = true;
     } else if (message.kind == MessageKind::Log) {
-        const auto line = decodeLog(message.payload);
+        const auto line = decodeText(message.payload);
         m_malformed = !line;
         if (line && *m_log)
             (*m_log)(*line);
@@ -182,7 +182,7 @@ void HostConnection::take(const Message &message)
 void HostConnection::takeGreeting(const Message &message)
 {
     if (message.kind == MessageKind::Engine && m_engine.isEmpty()) {
-        m_engine = decodeEngine(message.payload).value_or(QString());
+        m_engine = decodeText(message.payload).value_or(QString());
         m_malformed = m_engine.isEmpty();
     } else if (const auto protection = decodeReady(message.payload);
                message.kind == MessageKind::Ready && protection) {

@@ -21,23 +21,8 @@ bool fitsLatin1(QStringView text)
     return all < 0x100;
 }
 
-bool mayCome(MessageReader::Side side, MessageKind kind)
-{
-    switch (kind) {
-    case MessageKind::Request:
-        return side == MessageReader::Side::FromEditor;
-    case MessageKind::Engine:
-    case MessageKind::Ready:
-    case MessageKind::Log:
-    case MessageKind::Value:
-    case MessageKind::Failure:
-        return side == MessageReader::Side::FromHost;
-    }
-    return false;
-}
-
-// Longer than any message of a sender that keeps to its limits. Bounds the memory that the other
-// side can make this side allocate.
+// Longer than any message of a sender that keeps to its limits; 0 for an unknown kind. Bounds the
+// memory that the other side can make this side allocate.
 qsizetype longestMessage(MessageKind kind)
 {
     constexpr qsizetype kFewParts = 64;
@@ -156,7 +141,9 @@ bool FrameWriter::finish()
 tl::expected<void, WireError> MessageReader::take(const Frame &frame)
 {
     const auto kind = static_cast<MessageKind>(frame.kind);
-    if (!mayCome(m_side, kind))
+    // The editor sends nothing but requests, and the host none.
+    const bool isRequest = kind == MessageKind::Request;
+    if (isRequest != (m_side == Side::FromEditor) || longestMessage(kind) == 0)
         return tl::unexpected(WireError::UnknownKind);
     const bool isValueGivenUp =
         m_open && m_open->kind == MessageKind::Value && kind == MessageKind::Failure;

@@ -136,9 +136,6 @@ public:
     /// The same; nothing for what `FrameWriter::putNoText` wrote.
     [[nodiscard]] std::optional<QString> getOptionalText();
 
-    /// Number of bytes not read yet.
-    [[nodiscard]] qsizetype remaining() const { return m_rest.size(); }
-
     void fail(WireError error);
 
     /// The first error, if there was one.

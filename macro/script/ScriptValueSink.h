@@ -29,9 +29,6 @@ public:
     virtual void end() = 0;
 };
 
-/// Passes the value to the sink.
-void describe(const ScriptValue &value, ScriptValueSink &sink);
-
 /// Builds a tree from the parts that it receives.
 class ScriptValueBuilder final : public ScriptValueSink
 {

@@ -135,6 +135,8 @@ tl::expected<ScriptOutcome, WireError> decodeFailure(QByteArrayView payload,
     return ScriptOutcome(tl::unexpect, std::move(error));
 }
 
+} // namespace
+
 bool sendText(MessageKind kind, QStringView text, const ByteSink &sink)
 {
     FrameWriter writer(kind, sink);
@@ -151,18 +153,6 @@ tl::expected<QString, WireError> decodeText(QByteArrayView payload)
     if (!text.isValidUtf16())
         return tl::unexpected(WireError::MalformedText);
     return text;
-}
-
-} // namespace
-
-bool sendEngine(QStringView name, const ByteSink &sink)
-{
-    return sendText(MessageKind::Engine, name, sink);
-}
-
-tl::expected<QString, WireError> decodeEngine(QByteArrayView payload)
-{
-    return decodeText(payload);
 }
 
 bool sendReady(const HostProtection &protection, const ByteSink &sink)
@@ -212,16 +202,6 @@ tl::expected<ScriptRequest, WireError> decodeRequest(QByteArrayView payload,
     if (hasInput == 1)
         request.userInput = std::move(input);
     return request;
-}
-
-bool sendLog(QStringView line, const ByteSink &sink)
-{
-    return sendText(MessageKind::Log, line, sink);
-}
-
-tl::expected<QString, WireError> decodeLog(QByteArrayView payload)
-{
-    return decodeText(payload);
 }
 
 OutcomeSender::OutcomeSender(const ByteSink &sink, SharedTexts *shared)
@@ -296,15 +276,6 @@ bool OutcomeSender::fail(const ScriptError &error)
     writer.putText(error.text);
     writer.put(static_cast<qint32>(error.line));
     return writer.finish();
-}
-
-bool sendOutcome(const ScriptOutcome &outcome, const ByteSink &sink, SharedTexts *shared)
-{
-    OutcomeSender sender(sink, shared);
-    if (!outcome)
-        return sender.fail(outcome.error());
-    describe(*outcome, sender);
-    return sender.finish();
 }
 
 tl::expected<ScriptOutcome, WireError>

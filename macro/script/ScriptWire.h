@@ -22,9 +22,9 @@ struct HostProtection
 // trusts none of it and returns an error when it is malformed. `shared` transfers long texts; null
 // sends them in the message.
 
-/// \param name name and version of the script engine, at most 500 UTF-16 code units.
-[[nodiscard]] bool sendEngine(QStringView name, const ByteSink &sink);
-[[nodiscard]] tl::expected<QString, WireError> decodeEngine(QByteArrayView payload);
+/// \param kind `Engine`, with at most 500 UTF-16 code units, or `Log`.
+[[nodiscard]] bool sendText(MessageKind kind, QStringView text, const ByteSink &sink);
+[[nodiscard]] tl::expected<QString, WireError> decodeText(QByteArrayView payload);
 
 [[nodiscard]] bool sendReady(const HostProtection &protection, const ByteSink &sink);
 [[nodiscard]] tl::expected<HostProtection, WireError> decodeReady(QByteArrayView payload);
@@ -33,9 +33,6 @@ struct HostProtection
 sendRequest(const ScriptRequest &request, const ByteSink &sink, SharedTexts *shared = nullptr);
 [[nodiscard]] tl::expected<ScriptRequest, WireError>
 decodeRequest(QByteArrayView payload, const SharedTexts *shared = nullptr);
-
-[[nodiscard]] bool sendLog(QStringView line, const ByteSink &sink);
-[[nodiscard]] tl::expected<QString, WireError> decodeLog(QByteArrayView payload);
 
 /// Sends a `Value` while it is being produced, or a `Failure`.
 class OutcomeSender final : public ScriptValueSink
@@ -66,9 +63,6 @@ private:
     std::vector<bool> m_isMap; // One for each open list or map.
 };
 
-/// Sends a `Value` or a `Failure`.
-[[nodiscard]] bool
-sendOutcome(const ScriptOutcome &outcome, const ByteSink &sink, SharedTexts *shared = nullptr);
 /// \param message of kind `Value` or `Failure`.
 /// \param limits for the whole tree, counted as the sender counts.
 [[nodiscard]] tl::expected<ScriptOutcome, WireError> decodeOutcome(

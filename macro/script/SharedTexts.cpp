@@ -13,23 +13,18 @@ namespace {
 constexpr qint64 kAlignment = qint64{1} << 16;
 constexpr qint64 kUnit = sizeof(char16_t);
 
+/// A side's range of the file, in bytes.
+struct Room
+{
+    qint64 start;
+    qint64 end;
+};
+
 // The host's range comes first, so that a limit on the size of files keeps the host inside it.
-constexpr qint64 kEditorStart = SharedTexts::kHostRoom;
-constexpr qint64 kEditorEnd = kEditorStart + (qint64{1} << 34);
-
-constexpr qint64 startOf(SharedTexts::Side side)
+constexpr Room roomOf(bool isHost)
 {
-    return side == SharedTexts::Side::Host ? 0 : kEditorStart;
-}
-
-constexpr qint64 endOf(SharedTexts::Side side)
-{
-    return side == SharedTexts::Side::Host ? SharedTexts::kHostRoom : kEditorEnd;
-}
-
-constexpr SharedTexts::Side otherSide(SharedTexts::Side side)
-{
-    return side == SharedTexts::Side::Host ? SharedTexts::Side::Editor : SharedTexts::Side::Host;
+    return isHost ? Room{0, SharedTexts::kHostRoom}
+                  : Room{SharedTexts::kHostRoom, SharedTexts::kHostRoom + (qint64{1} << 34)};
 }
 
 bool writeAll(int descriptor, const char *bytes, qint64 size, qint64 at)
@@ -90,14 +85,15 @@ std::optional<QString> mapped(int descriptor, qint64 start, qsizetype length)
 
 SharedTexts::SharedTexts(int descriptor, Side side)
     : m_descriptor(descriptor)
-    , m_side(side)
-    , m_end(startOf(side))
+    , m_isHost(side == Side::Host)
+    , m_end(roomOf(m_isHost).start)
 {
 }
 
 bool SharedTexts::hasRoomFor(qsizetype length) const
 {
-    return m_descriptor >= 0 && length >= kLeastLength && length <= (endOf(m_side) - m_end) / kUnit;
+    return m_descriptor >= 0 && length >= kLeastLength &&
+           length <= (roomOf(m_isHost).end - m_end) / kUnit;
 }
 
 bool SharedTexts::write(QStringView text, qint64 at) const
@@ -110,7 +106,7 @@ bool SharedTexts::write(QStringView text, qint64 at) const
 std::optional<quint64> SharedTexts::keep(qint64 end)
 {
     const qint64 next = (end + kAlignment - 1) / kAlignment * kAlignment;
-    return static_cast<quint64>(std::exchange(m_end, std::min(next, endOf(m_side))));
+    return static_cast<quint64>(std::exchange(m_end, std::min(next, roomOf(m_isHost).end)));
 }
 
 std::optional<quint64> SharedTexts::put(QStringView text)
@@ -137,16 +133,15 @@ std::optional<quint64> SharedTexts::putSource(const ScriptSource &source)
 
 std::optional<QString> SharedTexts::get(quint64 start, qsizetype length) const
 {
-    const Side writer = otherSide(m_side);
-    const qint64 end = m_descriptor < 0 ? 0 : std::min(sizeOf(m_descriptor), endOf(writer));
-    if (start % kAlignment != 0 || start < static_cast<quint64>(startOf(writer)) ||
+    const Room room = roomOf(!m_isHost);
+    const qint64 end = m_descriptor < 0 ? 0 : std::min(sizeOf(m_descriptor), room.end);
+    if (start % kAlignment != 0 || start < static_cast<quint64>(room.start) ||
         start > static_cast<quint64>(end))
         return std::nullopt;
     const auto from = static_cast<qint64>(start);
     if (length < kLeastLength || length > (end - from) / kUnit)
         return std::nullopt;
-    return m_side == Side::Host ? mapped(m_descriptor, from, length)
-                                : copied(m_descriptor, from, length);
+    return m_isHost ? mapped(m_descriptor, from, length) : copied(m_descriptor, from, length);
 }
 
 } // namespace penwick

@@ -54,7 +54,7 @@ private:
     [[nodiscard]] bool write(QStringView text, qint64 at) const;
 
     int m_descriptor;
-    Side m_side;
+    bool m_isHost;
     qint64 m_end; // Offset of the next text, in bytes.
 };
 

@@ -54,7 +54,7 @@ int serve(penwick::HostChannel &channel, std::size_t memory, penwick::RefusedCal
     std::signal(SIGXFSZ, SIG_IGN);
     penwick::prepareHostProcess(penwick::kHostDeniedCalls);
     std::setlocale(LC_ALL, "");
-    if (!penwick::sendEngine(penwick::engineName(), channel.sink()))
+    if (!penwick::sendText(penwick::MessageKind::Engine, penwick::engineName(), channel.sink()))
         return EXIT_FAILURE;
     initializeEngine();
     const penwick::HostProtection protection = penwick::confineProcess(memory, refused);
@@ -67,7 +67,7 @@ int serve(penwick::HostChannel &channel, std::size_t memory, penwick::RefusedCal
         return EXIT_SUCCESS; // The editor has no script to run.
     const auto log = [&channel](const QString &line) {
         // The editor is gone, so the script is no longer needed.
-        if (!penwick::sendLog(line, channel.sink()))
+        if (!penwick::sendText(penwick::MessageKind::Log, line, channel.sink()))
             _exit(EXIT_FAILURE);
     };
     penwick::OutcomeSender sender = channel.outcomeSender();

@@ -1,6 +1,7 @@
 #include "fuzz/Require.h"
 #include "macro/script/ScriptWire.h"
 #include "macro/script/SharedTexts.h"
+#include "support/SendOutcome.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -100,8 +101,8 @@ std::optional<QByteArray> sentAgain(const Message &message)
     bool isSent = false;
     switch (message.kind) {
     case MessageKind::Engine:
-        if (const auto name = decodeEngine(message.payload))
-            isSent = sendEngine(*name, sink);
+        if (const auto name = decodeText(message.payload))
+            isSent = sendText(MessageKind::Engine, *name, sink);
         break;
     case MessageKind::Ready:
         if (const auto ready = decodeReady(message.payload))
@@ -112,8 +113,8 @@ std::optional<QByteArray> sentAgain(const Message &message)
             isSent = sendRequest(*request, sink);
         break;
     case MessageKind::Log:
-        if (const auto line = decodeLog(message.payload))
-            isSent = sendLog(*line, sink);
+        if (const auto line = decodeText(message.payload))
+            isSent = sendText(MessageKind::Log, *line, sink);
         break;
     case MessageKind::Value:
     case MessageKind::Failure:

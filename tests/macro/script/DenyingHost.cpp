@@ -49,7 +49,7 @@ int main(int /*count*/, char *arguments[])
     const RefusedCalls refused = std::strcmp(arguments[3], kHostIsSilent) == 0
                                      ? RefusedCalls::Silent
                                      : RefusedCalls::Reported;
-    if (!sendEngine(u"Denying 1.0", channel.sink()) ||
+    if (!sendText(MessageKind::Engine, u"Denying 1.0", channel.sink()) ||
         !sendReady(confineProcess(std::strtoull(arguments[1], nullptr, 10), refused),
                    channel.sink()))
         return EXIT_FAILURE;
@@ -57,6 +57,7 @@ int main(int /*count*/, char *arguments[])
     if (!request)
         return EXIT_SUCCESS;
     const int error = perform(request->source.text().split(u' '));
-    return sendOutcome(ScriptValue(static_cast<double>(error)), channel.sink()) ? EXIT_SUCCESS
-                                                                                : EXIT_FAILURE;
+    OutcomeSender sender = channel.outcomeSender();
+    sender.number(error);
+    return sender.finish() ? EXIT_SUCCESS : EXIT_FAILURE;
 }

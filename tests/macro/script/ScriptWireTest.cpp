@@ -1,5 +1,7 @@
 #include "macro/script/ScriptWire.h"
 
+#include "support/SendOutcome.h"
+
 #include <QTest>
 
 #include <limits>
@@ -192,19 +194,20 @@ void ScriptWireTest::greeting_andLog_comeBack()
             bytesOf([&](const ByteSink &sink) { return sendReady(protection, sink); });
         QVERIFY(decodeReady(bytes.mid(kFrameHeaderSize)) == protection);
     }
-    const QByteArray bytes = bytesOf([](const ByteSink &sink) { return sendLog(u"日", sink); });
-    QVERIFY(decodeLog(bytes.mid(kFrameHeaderSize)) == u"日"_s);
-    const QByteArray engine =
-        bytesOf([](const ByteSink &sink) { return sendEngine(u"Engine 1.2", sink); });
-    QVERIFY(decodeEngine(engine.mid(kFrameHeaderSize)) == u"Engine 1.2"_s);
-    QVERIFY(!decodeEngine("x").has_value());
+    const QByteArray bytes =
+        bytesOf([](const ByteSink &sink) { return sendText(MessageKind::Log, u"日", sink); });
+    QVERIFY(decodeText(bytes.mid(kFrameHeaderSize)) == u"日"_s);
+    const QByteArray engine = bytesOf(
+        [](const ByteSink &sink) { return sendText(MessageKind::Engine, u"Engine 1.2", sink); });
+    QVERIFY(decodeText(engine.mid(kFrameHeaderSize)) == u"Engine 1.2"_s);
+    QVERIFY(!decodeText("x").has_value());
 }
 
 void ScriptWireTest::sink_refusing_isReported()
 {
     int asked = 0;
     const ByteSink sink = [&asked](QByteArrayView) { return ++asked < 2; };
-    QVERIFY(!sendLog(u"日"_s.repeated(3000000), sink));
+    QVERIFY(!sendText(MessageKind::Log, u"日"_s.repeated(3000000), sink));
     QCOMPARE(asked, 2);
 }
 

@@ -2,6 +2,7 @@
 
 #include "macro/script/ScriptWire.h"
 #include "platform/files/FileDescriptor.h"
+#include "support/SendOutcome.h"
 
 #include <QTest>
 
