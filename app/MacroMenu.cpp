@@ -19,6 +19,14 @@ QAction *addPlainItem(QMenu *menu, const QString &title)
     return action;
 }
 
+/// Returns the name, or its start and its end if it is so long that it would widen the menu much.
+QString cutTitle(const QMenu *menu, const QString &name)
+{
+    constexpr int kMaximumWidth = 60; // In widths of an average character.
+    const QFontMetrics metrics = menu->fontMetrics();
+    return metrics.elidedText(name, Qt::ElideMiddle, kMaximumWidth * metrics.averageCharWidth());
+}
+
 void addCommandItem(QMenu *menu,
                     const QString &title,
                     MenuCommand command,
@@ -38,7 +46,10 @@ int addMacroItems(QMenu *menu,
     for (const Macro &macro : macros) {
         if (!macro.isEnabled)
             continue;
-        QAction *action = addPlainItem(menu, macro.name);
+        const QString title = cutTitle(menu, macro.name);
+        QAction *action = addPlainItem(menu, title);
+        if (title != macro.name)
+            action->setToolTip(verbatimToolTip(macro.name));
         action->setData(macro.id);
         QObject::connect(action, &QAction::triggered, action, [action, runMacro] {
             runMacro(action->data().toString());
@@ -56,6 +67,7 @@ void rebuildMacroMenu(QMenu *menu,
                       const std::function<void(const QString &id)> &runMacro)
 {
     menu->clear();
+    menu->setToolTipsVisible(true);
     if (addMacroItems(menu, macros, runMacro) == 0)
         addPlainItem(menu, wording::text(u"macro.notification.noMacro"_s))->setEnabled(false);
     menu->addSeparator();

@@ -10,8 +10,8 @@
 namespace penwick {
 
 /// Refills the macro menu: the enabled macros of `macros` in their order, or a disabled item saying
-/// that there are none; then the manager and the two test macros. Names are shown verbatim. A
-/// macro's item has its id as data.
+/// that there are none; then the manager and the two test macros. Names are shown verbatim; a long
+/// one is cut in the middle and is the item's tool tip. A macro's item has its id as data.
 /// \param runMacro called with the id of the macro whose item was chosen.
 void rebuildMacroMenu(QMenu *menu,
                       const QList<Macro> &macros,

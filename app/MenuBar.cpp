@@ -1,5 +1,6 @@
 #include "app/MenuBar.h"
 
+#include "app/MenuStyle.h"
 #include "app/ResponderActions.h"
 #include "controls/VerbatimText.h"
 
@@ -7,6 +8,7 @@
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
+#include <QShortcut>
 
 #include <map>
 
@@ -76,9 +78,12 @@ QString macroMenuItemIdentifier()
 void buildMenuBar(QMainWindow *window, const MenuHandlers &handlers)
 {
     auto *bar = new QMenuBar;
+    auto *style = new MenuStyle(bar);
+    bar->setStyle(style);
     std::map<MenuId, QMenu *> menus;
     for (const MenuRow &row : menuRows()) {
         QMenu *menu = bar->addMenu(verbatimText(menuTitle(row)));
+        menu->setStyle(style);
         menus[row.menu] = menu;
         if (row.menu == MenuId::Macro)
             menu->menuAction()->setObjectName(macroMenuItemIdentifier());
@@ -87,6 +92,10 @@ void buildMenuBar(QMainWindow *window, const MenuHandlers &handlers)
         addItem(menus.at(row.menu), row, handlers);
     validateWhileOpen(menus.at(MenuId::Edit));
     rememberFocusBefore(bar);
+    auto *open = new QShortcut(Qt::Key_F10, bar);
+    QObject::connect(open, &QShortcut::activated, bar, [bar] {
+        bar->setActiveAction(bar->actions().constFirst());
+    });
     window->setMenuBar(bar); // The window deletes the old bar.
 }
 

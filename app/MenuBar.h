@@ -23,7 +23,8 @@ struct MenuHandlers
 
 /// Gives `window` a new menu bar with every title looked up anew, and deletes the old bar. The
 /// macro menu is still empty. Items whose command `isEnabled` refuses are disabled; Undo, Redo,
-/// Cut, Copy and Paste go to the widget with the keyboard focus, by the name of the operation.
+/// Cut, Copy and Paste go to the widget with the keyboard focus, by the name of the operation. F10
+/// opens the first menu.
 void buildMenuBar(QMainWindow *window, const MenuHandlers &handlers);
 
 /// The macro menu of a window's bar; null without a bar.

@@ -20,6 +20,7 @@ private Q_SLOTS:
     void everyMacroDisabled_showsNoticeManagerAndTests();
     void unusualName_isOneVerbatimItem_data();
     void unusualName_isOneVerbatimItem();
+    void longName_isCutInTheMiddle_andTheToolTip();
     void macroItem_triggered_givesItsId();
     void fixedItems_triggered_performTheirCommands();
     void rebuild_removesTheOldItems();
@@ -125,6 +126,18 @@ void MacroMenuTest::unusualName_isOneVerbatimItem()
     QTest::keyClick(&m_menu, Qt::Key_Return);
     QVERIFY(!m_menu.isVisible());
     QCOMPARE(m_ids, QStringList{u"unusual"_s});
+}
+
+void MacroMenuTest::longName_isCutInTheMiddle_andTheToolTip()
+{
+    const QString name = u"始め"_s + u"とても長い名前"_s.repeated(30) + u"終わり"_s;
+    rebuild({macro(u"a"_s, name), macro(u"b"_s, u"短い名前"_s)});
+    const QAction *item = m_menu.actions().at(0);
+    QVERIFY(item->text().startsWith(u"始め"_s) && item->text().endsWith(u"終わり"_s));
+    QVERIFY(m_menu.sizeHint().width() < 600);
+    QCOMPARE(item->toolTip(), name);
+    QVERIFY(m_menu.toolTipsVisible());
+    QCOMPARE(m_menu.actions().at(1)->text(), u"短い名前"_s);
 }
 
 void MacroMenuTest::macroItem_triggered_givesItsId()

@@ -10,6 +10,7 @@
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
+#include <QScreen>
 #include <QSet>
 #include <QTest>
 
@@ -31,6 +32,9 @@ private Q_SLOTS:
     void impossibleCommand_isDisabled();
     void item_triggered_performsItsCommand();
     void shortcut_afterRebuild_performsOnce();
+    void menu_longerThanTheScreen_staysOneColumn();
+    void altKey_highlightsTheBar();
+    void f10Key_opensTheFirstMenu();
     void editItem_triggered_reachesTheFocusWidget();
     void editMenu_open_showsWhatIsPossible();
     void editMenu_openedByKeyboard_servesTheWidgetFocusedBefore();
@@ -196,6 +200,38 @@ void MenuBarTest::shortcut_afterRebuild_performsOnce()
     QTest::keyClick(m_window.get(), Qt::Key_S, Qt::ControlModifier | Qt::ShiftModifier);
     QCOMPARE(m_performed.last(), MenuCommand::SaveDocumentAs);
     QCOMPARE(m_performed.size(), 2);
+}
+
+void MenuBarTest::menu_longerThanTheScreen_staysOneColumn()
+{
+    m_window->show();
+    QMenu *macros = macroMenu(m_window.get());
+    for (int i = 0; i < 200; ++i)
+        macros->addAction(QString::number(i));
+    macros->popup({0, 0});
+    QVERIFY(QTest::qWaitForWindowExposed(macros));
+    QVERIFY(macros->height() <= macros->screen()->availableGeometry().height());
+    const QList<QAction *> items = macros->actions();
+    QCOMPARE(macros->actionGeometry(items.last()).x(), macros->actionGeometry(items.first()).x());
+    macros->close();
+}
+
+void MenuBarTest::altKey_highlightsTheBar()
+{
+    showField();
+    const QImage before = m_window->menuBar()->grab().toImage();
+    QTest::keyPress(m_field, Qt::Key_Alt, Qt::AltModifier);
+    QTest::keyRelease(m_field, Qt::Key_Alt);
+    QVERIFY(m_window->menuBar()->hasFocus());
+    QVERIFY(m_window->menuBar()->grab().toImage() != before);
+}
+
+void MenuBarTest::f10Key_opensTheFirstMenu()
+{
+    showField();
+    QTest::keyClick(m_window.get(), Qt::Key_F10);
+    QVERIFY(menu(0)->isVisible());
+    menu(0)->close();
 }
 
 void MenuBarTest::editItem_triggered_reachesTheFocusWidget()
