@@ -5,6 +5,7 @@
 #include "platform/process/BackgroundProcess.h"
 #include "platform/process/StandardOutput.h"
 #include "text/Utf8.h"
+#include "wording/RememberedProfile.h"
 #include "wording/WordingLookup.h"
 
 #include <QDeadlineTimer>
@@ -27,9 +28,17 @@ constexpr std::chrono::milliseconds kHandOverTimeout = 4s;
 // For an editor process that this one has forked and that must start first.
 constexpr std::chrono::milliseconds kForkedEditorTimeout = 30s;
 
-int fail(const QString &message)
+/// Prints the text of a wording key and behind it a detail, if there is one.
+void say(const QString &key, const QString &detail = {})
 {
-    writeErrorLine(u"penwick: "_s + message);
+    useRememberedProfile(); // Only now: a start without a message need not read it.
+    const QString text = u"penwick: "_s + wording::text(key);
+    writeErrorLine(detail.isEmpty() ? text : text + u": "_s + detail);
+}
+
+int fail(const QString &key, const QString &detail = {})
+{
+    say(key, detail);
     return kFailure;
 }
 
@@ -45,13 +54,12 @@ tl::expected<Text, int> textOfStandardInput()
         return !isTooLarge && reader.append(block);
     });
     if (isTooLarge)
-        return tl::unexpected(fail(wording::text(u"cli.inputTooLarge"_s)));
+        return tl::unexpected(fail(u"cli.inputTooLarge"_s));
     if (!read && read.error().kind != FileError::Kind::Cancelled)
-        return tl::unexpected(
-            fail(wording::text(u"cli.inputUnreadable"_s) + u": "_s + read.error().description()));
+        return tl::unexpected(fail(u"cli.inputUnreadable"_s, read.error().description()));
     auto text = reader.finish();
     if (!text)
-        return tl::unexpected(fail(wording::text(u"cli.inputNotUtf8"_s)));
+        return tl::unexpected(fail(u"cli.inputNotUtf8"_s));
     return *std::move(text);
 }
 
@@ -63,8 +71,7 @@ tl::expected<QByteArray, int> absolutePath(const QByteArray &name)
         return name;
     const auto folder = currentFolder();
     if (!folder)
-        return tl::unexpected(
-            fail(wording::text(u"cli.noCurrentFolder"_s) + u": "_s + QFile::decodeName(name)));
+        return tl::unexpected(fail(u"cli.noCurrentFolder"_s, QFile::decodeName(name)));
     return *folder + '/' + name;
 }
 
@@ -94,25 +101,25 @@ tl::expected<OpenRequest, int> requestOf(const CommandLine &commandLine)
     return request;
 }
 
-QString textOf(const HandOverError &error)
+QString keyOf(const HandOverError &error)
 {
     switch (error.kind) {
     case HandOverError::Kind::Abandoned:
-        return wording::text(u"cli.abandoned"_s);
+        return u"cli.abandoned"_s;
     case HandOverError::Kind::NotAllOpened:
-        return wording::text(u"cli.notAllOpened"_s);
+        return u"cli.notAllOpened"_s;
     case HandOverError::Kind::Refused:
         if (error.refusal == Refusal::OtherVersion)
-            return wording::text(u"cli.otherVersion"_s);
-        return wording::text(u"cli.refused"_s);
+            return u"cli.otherVersion"_s;
+        return u"cli.refused"_s;
     default:
-        return wording::text(u"cli.noAnswer"_s);
+        return u"cli.noAnswer"_s;
     }
 }
 
 int statusOf(const tl::expected<void, HandOverError> &outcome)
 {
-    return outcome ? 0 : fail(textOf(outcome.error()));
+    return outcome ? 0 : fail(keyOf(outcome.error()));
 }
 
 /// Forks the editor into a process of its own for a request that waits. The waiting process ends
@@ -135,7 +142,7 @@ std::variant<EditorStart, int> startInBackground(OpenRequest request, InstancePl
     }
     const auto stream = LocalSocket::connectTo(address.socket);
     if (!stream)
-        return fail(textOf({HandOverError::Kind::NoAnswer}));
+        return fail(keyOf({HandOverError::Kind::NoAnswer}));
     auto outcome = handOver(request, *stream, kForkedEditorTimeout);
     if (!outcome && outcome.error().kind == HandOverError::Kind::NotTaken)
         return kFailure; // The editor process has reported the reason.
@@ -144,7 +151,7 @@ std::variant<EditorStart, int> startInBackground(OpenRequest request, InstancePl
 
 EditorStart startAlone(OpenRequest request)
 {
-    writeErrorLine(u"penwick: "_s + wording::text(u"cli.alone"_s));
+    say(u"cli.alone"_s);
     return {std::move(request), std::nullopt, false};
 }
 
@@ -179,7 +186,7 @@ std::variant<EditorStart, int> startUp(const CommandLine &commandLine)
     while (true) {
         auto arrival = arriveAt(*address, deadline);
         if (!arrival && arrival.error() == ArrivalError::NoAnswer)
-            return fail(textOf({HandOverError::Kind::NoAnswer}));
+            return fail(keyOf({HandOverError::Kind::NoAnswer}));
         if (!arrival)
             return startAlone(*std::move(request));
         if (auto start = meet(*request, *std::move(arrival), deadline))

@@ -7,6 +7,7 @@
 #include "platform/desktop/SystemFonts.h"
 #include "platform/process/BackgroundProcess.h"
 #include "platform/process/StandardOutput.h"
+#include "wording/RememberedProfile.h"
 #include "wording/WordingLookup.h"
 
 #include <QApplication>
@@ -51,6 +52,8 @@ penwick::EngineTrial runEngineTrial()
 /// Handles requests that need no window, so that they work without a display too.
 std::optional<int> answerWithoutWindow(const CommandLine &commandLine)
 {
+    if (commandLine.request != CommandLine::Request::Run)
+        penwick::useRememberedProfile();
     switch (commandLine.request) {
     case CommandLine::Request::ShowHelp:
         return answer(CommandLine::helpText());

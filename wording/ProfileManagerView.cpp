@@ -169,6 +169,8 @@ QString ProfileManagerView::importFile(const QString &path)
     const auto lock = manager.beginChange(); // Another process may have taken the id.
     if (!lock)
         return failure();
+    if (!manager.canStore(profile->id))
+        profile->id = m_services.ids();
     const UIWordingProfile imported =
         importedProfile(*std::move(profile), manager.profiles(), m_services.clock, m_services.ids);
     if (!manager.saveProfile(imported))

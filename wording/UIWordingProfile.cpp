@@ -50,7 +50,7 @@ tl::expected<UIWordingProfile, JsonRecordError> UIWordingProfile::fromJson(QByte
 UIWordingProfile builtInJapaneseProfile()
 {
     UIWordingProfile profile;
-    profile.id = u"default-ja"_s;
+    profile.id = kBuiltInProfileId;
     profile.name = u"標準日本語"_s;
     profile.description = u"アプリ内蔵の標準的な日本語文言です。"_s;
     profile.locale = u"ja"_s;
@@ -61,7 +61,7 @@ UIWordingProfile builtInJapaneseProfile()
 UIWordingProfile builtInEnglishProfile()
 {
     UIWordingProfile profile;
-    profile.id = u"default-en"_s;
+    profile.id = kBuiltInEnglishProfileId;
     profile.name = u"English (Built-in)"_s;
     profile.description = u"Built-in standard English wording."_s;
     profile.locale = u"en"_s;

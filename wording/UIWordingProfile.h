@@ -11,6 +11,11 @@
 
 namespace penwick {
 
+/// Key in the user defaults for the id of the active profile.
+inline const QString kActiveProfileKey = QStringLiteral("activeUIWordingProfileId");
+inline const QString kBuiltInProfileId = QStringLiteral("default-ja");
+inline const QString kBuiltInEnglishProfileId = QStringLiteral("default-en");
+
 /// A set of texts for the user interface, with its metadata.
 struct UIWordingProfile
 {
@@ -33,6 +38,12 @@ struct UIWordingProfile
 
     bool operator==(const UIWordingProfile &) const = default;
 };
+
+/// Returns a predicate for the profiles with this id.
+[[nodiscard]] inline auto hasProfileId(const QString &id)
+{
+    return [id](const UIWordingProfile &profile) { return profile.id == id; };
+}
 
 /// Returns the built-in Japanese profile. It has no values, because the Japanese texts are the
 /// fallback of every lookup.

@@ -1,7 +1,7 @@
 #include "wording/UIWordingProfileManager.h"
 
-#include "platform/files/ApplicationSupport.h"
 #include "platform/process/StandardOutput.h"
+#include "wording/ProfileFiles.h"
 #include "wording/WordingLookup.h"
 
 #include <QFileInfo>
@@ -16,42 +16,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-bool isListedBefore(const UIWordingProfile &a, const UIWordingProfile &b)
-{
-    if (a.createdAt.isEmpty() != b.createdAt.isEmpty())
-        return b.createdAt.isEmpty();
-    if (a.createdAt != b.createdAt)
-        return a.createdAt < b.createdAt;
-    return a.name < b.name;
-}
-
-/// True for names that end with the extension `.json`; the name `.json` itself has no extension.
-bool isProfileFile(const QString &name)
-{
-    constexpr auto kExtension = ".json"_L1;
-    return name.endsWith(kExtension) && name.size() > kExtension.size();
-}
-
-/// True when an id can be the name of a file in the profile folder. An id comes from a file of
-/// unknown origin; it must not lead to the user's other files outside the folder.
+/// True when an id can be the name of a profile's file. An id comes from a file of unknown origin;
+/// it must not lead to the user's other files outside the folder. A file named after an empty one
+/// would have no extension, and never be read.
 bool isFileName(const QString &id)
 {
-    return !id.contains(u'/');
-}
-
-auto hasId(const QString &id)
-{
-    return [id](const UIWordingProfile &profile) { return profile.id == id; };
-}
-
-/// Returns the profile of one file, or a description of the error for the log.
-tl::expected<UIWordingProfile, QString> profileOfFile(const QString &path)
-{
-    const auto content = readFile(path);
-    if (!content)
-        return tl::unexpected(content.error().description());
-    return UIWordingProfile::fromJson(*content).map_error(
-        [](const JsonRecordError &error) { return error.description(); });
+    return !id.isEmpty() && !id.contains(u'/');
 }
 
 } // namespace
@@ -73,16 +43,14 @@ UIWordingProfileManager::UIWordingProfileManager(QString profileFolder,
 
 UIWordingProfileManager &UIWordingProfileManager::shared()
 {
-    static auto *const manager =
-        new UIWordingProfileManager(ApplicationSupport::folderPath() + u"/ui-wording-profiles"_s,
-                                    UserDefaults::standard(),
-                                    NotificationCenter::defaultCenter());
+    static auto *const manager = new UIWordingProfileManager(
+        profileFolderPath(), UserDefaults::standard(), NotificationCenter::defaultCenter());
     return *manager;
 }
 
 std::optional<UIWordingProfile> UIWordingProfileManager::profileWithId(const QString &id) const
 {
-    const auto found = std::find_if(m_profiles.cbegin(), m_profiles.cend(), hasId(id));
+    const auto found = std::find_if(m_profiles.cbegin(), m_profiles.cend(), hasProfileId(id));
     return found != m_profiles.cend() ? std::optional(*found) : std::nullopt;
 }
 
@@ -104,12 +72,10 @@ void UIWordingProfileManager::ensureProfileDirectory()
 QMap<QString, FileVersion> UIWordingProfileManager::fileVersions() const
 {
     QMap<QString, FileVersion> versions;
-    for (const QString &name : folderEntries(m_profileFolder).value_or(QStringList())) {
-        const auto version =
-            isProfileFile(name) ? FileVersion::of(m_profileFolder + u'/' + name) : std::nullopt;
-        if (version)
+    const auto names = profileFileNames(m_profileFolder);
+    for (const QString &name : names.value_or(QStringList()))
+        if (const auto version = FileVersion::of(m_profileFolder + u'/' + name))
             versions.insert(name, *version);
-    }
     return versions;
 }
 
@@ -132,15 +98,13 @@ void UIWordingProfileManager::loadProfiles()
     // Read the versions first, so that a change during the read is detected later.
     m_fileVersions = fileVersions();
     QList<UIWordingProfile> profiles{builtInJapaneseProfile(), builtInEnglishProfile()};
-    const auto entries = folderEntries(m_profileFolder);
-    if (!entries)
+    const auto names = profileFileNames(m_profileFolder);
+    if (!names)
         printLine(u"Error reading contents of ui-wording-profiles directory: "_s +
-                  entries.error().description());
-    for (const QString &name : entries.value_or(QStringList())) {
-        if (!isProfileFile(name))
-            continue;
+                  names.error().description());
+    for (const QString &name : names.value_or(QStringList())) {
         const QString path = m_profileFolder + u'/' + name;
-        auto profile = profileOfFile(path);
+        auto profile = readProfileFile(path);
         if (profile)
             profiles.append(*std::move(profile));
         else
@@ -154,17 +118,7 @@ void UIWordingProfileManager::loadProfiles()
 
 void UIWordingProfileManager::sortProfiles()
 {
-    QList<UIWordingProfile> sorted;
-    for (const QString &id : {kBuiltInProfileId, kBuiltInEnglishProfileId})
-        if (auto profile = profileWithId(id))
-            sorted.append(*std::move(profile));
-    const auto headLength = sorted.size();
-    std::copy_if(m_profiles.cbegin(),
-                 m_profiles.cend(),
-                 std::back_inserter(sorted),
-                 [](const UIWordingProfile &profile) { return !profile.isBuiltIn; });
-    std::stable_sort(sorted.begin() + headLength, sorted.end(), isListedBefore);
-    setProfiles(std::move(sorted));
+    setProfiles(sortedProfiles(m_profiles));
 }
 
 void UIWordingProfileManager::restoreActiveProfile()
@@ -202,6 +156,11 @@ tl::expected<StoreLock::Holder, FileError> UIWordingProfileManager::beginChange(
     return lock;
 }
 
+bool UIWordingProfileManager::canStore(const QString &id) const
+{
+    return !id.isEmpty() && !(isFileName(id) && QFileInfo::exists(filePath(id)));
+}
+
 tl::expected<void, FileError> UIWordingProfileManager::saveProfile(const UIWordingProfile &profile)
 {
     ensureProfileDirectory();
@@ -217,7 +176,7 @@ tl::expected<void, FileError> UIWordingProfileManager::saveProfile(const UIWordi
     // Copy it: `profile` may be an element of the list that is replaced below.
     const auto active = m_activeProfileId == profile.id ? std::optional(profile) : std::nullopt;
     QList<UIWordingProfile> profiles = m_profiles;
-    const auto place = std::find_if(profiles.begin(), profiles.end(), hasId(profile.id));
+    const auto place = std::find_if(profiles.begin(), profiles.end(), hasProfileId(profile.id));
     if (place != profiles.end())
         *place = profile;
     else
@@ -237,24 +196,43 @@ tl::expected<void, FileError> UIWordingProfileManager::deleteProfile(const QStri
     // If the folder is gone, the file is gone too.
     if (!lock && lock.error().kind != FileError::Kind::NotFound)
         return tl::unexpected(lock.error());
-    if (isFileName(id)) {
-        auto removed = removeFile(filePath(id));
+    for (const QString &name : fileNamesOf(id)) {
+        auto removed = removeFile(m_profileFolder + u'/' + name);
         // A missing file is no error: the profile may be stored in a file named after another id.
         if (!removed && removed.error().kind != FileError::Kind::NotFound &&
             removed.error().kind != FileError::Kind::InvalidPath)
             return removed;
+        m_fileVersions.remove(name);
     }
-    m_fileVersions.remove(id + u".json"_s);
     // Compare now: `id` may belong to an element of the list that is replaced below.
     const bool wasActive = m_activeProfileId == id;
     QList<UIWordingProfile> profiles = m_profiles;
-    profiles.removeIf(hasId(id));
+    profiles.removeIf(hasProfileId(id));
     setProfiles(std::move(profiles));
     if (wasActive) {
         if (const auto japanese = profileWithId(kBuiltInProfileId))
             applyProfile(*japanese);
     }
     return {};
+}
+
+/// The names of the files to remove with a profile: the one named after its id, unless it holds
+/// another profile, then the others that hold this one.
+QStringList UIWordingProfileManager::fileNamesOf(const QString &id) const
+{
+    const auto holds = [this](const QString &name) {
+        const auto profile = readProfileFile(m_profileFolder + u'/' + name);
+        return profile ? std::optional(profile->id) : std::nullopt;
+    };
+    const QString own = id + u".json"_s;
+    QStringList names;
+    if (isFileName(id) && holds(own).value_or(id) == id)
+        names << own;
+    const auto all = profileFileNames(m_profileFolder);
+    for (const QString &name : all.value_or(QStringList()))
+        if (name != own && holds(name) == id)
+            names << name;
+    return names;
 }
 
 QString UIWordingProfileManager::filePath(const QString &id) const

@@ -22,11 +22,6 @@ namespace penwick {
 inline const QString UIWordingProfileDidChange = // NOLINT(readability-identifier-naming): its value
     QStringLiteral("UIWordingProfileDidChange");
 
-/// Key in the user defaults for the id of the active profile.
-inline const QString kActiveProfileKey = QStringLiteral("activeUIWordingProfileId");
-inline const QString kBuiltInProfileId = QStringLiteral("default-ja");
-inline const QString kBuiltInEnglishProfileId = QStringLiteral("default-en");
-
 /// Owns the wording profiles: the list, the files and the choice of the active one. Use it from the
 /// main thread. Failures to create or read the folder or its files are printed to standard output;
 /// the manager continues with the profiles that it could read.
@@ -48,8 +43,7 @@ public:
     /// It is created on first use and lives until the process ends.
     [[nodiscard]] static UIWordingProfileManager &shared();
 
-    /// All profiles: the built-in ones, then the user's from the oldest to the newest, then those
-    /// without a date. Profiles with the same date are sorted by name.
+    /// All profiles, in the order of `sortedProfiles`.
     [[nodiscard]] const QList<UIWordingProfile> &profiles() const { return m_profiles; }
 
     /// Id of the applied profile; `nullopt` only during construction.
@@ -71,8 +65,7 @@ public:
     /// read or wrote them. Applies the active profile again if it has changed; if it is gone, calls
     /// `restoreActiveProfile`.
     void reloadIfChanged();
-    /// Sorts the list as `profiles` documents. Removes profiles that are marked as built in but do
-    /// not have the id of a built-in one.
+    /// Sorts the list, and removes some profiles of it, as `sortedProfiles` documents.
     void sortProfiles();
     /// Applies the profile whose id is in the user defaults, else the built-in Japanese one.
     void restoreActiveProfile();
@@ -86,14 +79,19 @@ public:
     /// to change it.
     [[nodiscard]] tl::expected<StoreLock::Holder, FileError> beginChange();
 
+    /// False for an id that a new profile must not have: an empty one, or one that the folder has a
+    /// file for, whatever profile that file holds.
+    [[nodiscard]] bool canStore(const QString &id) const;
+
     /// Writes the profile's file and adds the profile to the list or replaces the one with its id.
-    /// Applies it again if it is the active one. Fails with `InvalidPath` for an id that is not a
-    /// file name. After an error, neither the file nor the list has changed.
+    /// Applies it again if it is the active one. Fails with `InvalidPath` for an id that is empty
+    /// or not a file name. After an error, neither the file nor the list has changed.
     [[nodiscard]] tl::expected<void, FileError> saveProfile(const UIWordingProfile &profile);
 
-    /// Removes the profile's file and its entries in the list. Applies the built-in Japanese
-    /// profile if the removed one was active. Does nothing for the ids of the built-in profiles.
-    /// After an error, neither the file nor the list has changed.
+    /// Removes the files that hold the profile, whatever their names, and its entries in the list.
+    /// Applies the built-in Japanese profile if the removed one was active. Does nothing for the
+    /// ids of the built-in profiles. After an error, neither the list nor the file that is named
+    /// after the id has changed.
     [[nodiscard]] tl::expected<void, FileError> deleteProfile(const QString &id);
 
 Q_SIGNALS:
@@ -102,6 +100,7 @@ Q_SIGNALS:
 
 private:
     [[nodiscard]] QString filePath(const QString &id) const;
+    [[nodiscard]] QStringList fileNamesOf(const QString &id) const;
     [[nodiscard]] QMap<QString, FileVersion> fileVersions() const;
     void setProfiles(QList<UIWordingProfile> profiles);
 

@@ -12,24 +12,35 @@ using namespace Qt::StringLiterals;
 namespace {
 
 // QDir::homePath() returns "/" when $HOME is not set: the user's data would go to the root folder.
-QString homePath()
+// An empty path stands for none.
+QByteArray homePath()
 {
-    const QByteArray home = qgetenv("HOME");
+    QByteArray home = qgetenv("HOME");
     if (home.startsWith('/'))
-        return QFile::decodeName(home);
+        return home;
     const passwd *entry = getpwuid(getuid());
     if (entry != nullptr && entry->pw_dir != nullptr && *entry->pw_dir == '/')
-        return QFile::decodeName(QByteArray(entry->pw_dir));
-    qFatal("There is no home folder to keep files in.");
+        return entry->pw_dir;
+    return {};
 }
 
 QString baseFolder(const char *variable, const QString &underHome)
 {
     const QByteArray path = qgetenv(variable);
-    return path.startsWith('/') ? QFile::decodeName(path) : homePath() + u'/' + underHome;
+    if (path.startsWith('/'))
+        return QFile::decodeName(path);
+    const QByteArray home = homePath();
+    if (home.isEmpty())
+        qFatal("There is no home folder to keep files in.");
+    return QFile::decodeName(home) + u'/' + underHome;
 }
 
 } // namespace
+
+bool ApplicationSupport::hasHome()
+{
+    return !homePath().isEmpty();
+}
 
 QString ApplicationSupport::folderPath()
 {

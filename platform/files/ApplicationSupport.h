@@ -11,6 +11,9 @@ class ApplicationSupport final
 public:
     ApplicationSupport() = delete;
 
+    /// True if the user has a home folder. Then none of the other functions ends the process.
+    [[nodiscard]] static bool hasHome();
+
     /// Absolute path of the data folder: `penwick` in $XDG_DATA_HOME, by default in ~/.local/share.
     /// A relative $XDG_DATA_HOME is ignored. Ends the process if the default is needed and the user
     /// has no home folder, since there is no other place for the user's macros.

@@ -3,7 +3,10 @@
 #include "support/CapturedOutput.h"
 #include "support/CurrentFolder.h"
 #include "support/TemporaryHome.h"
+#include "wording/UIWordingProfile.h"
+#include "wording/WordingLookup.h"
 
+#include <QScopeGuard>
 #include <QTest>
 
 using namespace penwick;
@@ -67,6 +70,22 @@ private Q_SLOTS:
         QCOMPARE(*status, 1);
         QCOMPARE(lines.size(), 1);
         QVERIFY(lines.first().startsWith("penwick: ") && lines.first().endsWith(": b.txt"));
+    }
+
+    void message_underAProfile_hasItsWords()
+    {
+        const Home place;
+        const auto reset = qScopeGuard([] { wording::setActiveValues(std::nullopt); });
+        place.home.write(u"config/penwick/penwick.conf"_s, "activeUIWordingProfileId=en\n");
+        UIWordingProfile profile;
+        profile.id = u"en"_s;
+        profile.values = {{u"cli.noCurrentFolder"_s, u"no folder"_s}};
+        place.home.write(u"data/penwick/ui-wording-profiles/en.json"_s, profile.toJson());
+        const CurrentFolder current(QFile::encodeName(place.home.file(u"gone"_s)));
+        QVERIFY(QDir().rmdir(place.home.file(u"gone"_s)));
+        CapturedOutput said(stderr);
+        static_cast<void>(startUp(CommandLine::parse({"b.txt"})));
+        QCOMPARE(said.take(), "penwick: no folder: b.txt\n"_ba);
     }
 
     void absoluteName_inAFolderThatWasRemoved_isOpened()

@@ -2,7 +2,9 @@
 """One penwick per display: a second start hands over to the running one, waits for it on request,
 and never hangs."""
 
+import json
 import os
+import pathlib
 import signal
 import subprocess
 
@@ -331,6 +333,34 @@ class Instance(journey.Journey):
             self.assertEqual(process.returncode, status)
             self.assertEqual(bool(answer), status == 0)
             self.assertEqual(said.count(b"\n"), 1 if status else 0)
+
+    def test_help_and_errors_have_the_words_of_the_profile(self):
+        home = pathlib.Path(self.session.environment["HOME"])
+        profile = {"id": "own", "name": "Own", "description": "", "locale": "en", "isBuiltIn": False}
+        profile |= {"createdAt": "", "updatedAt": ""}
+        profile["values"] = {
+            "cli.help": "shows this text",
+            "cli.unknownOption": "unknown option",
+            "cli.walls": "Walls:",
+            "cli.outputUnwritable": "no output",
+        }
+        folder = home / ".local/share/penwick/ui-wording-profiles"
+        folder.mkdir(parents=True)
+        (folder / "own.json").write_text(json.dumps(profile))
+        (home / ".config/penwick").mkdir(parents=True)
+        (home / ".config/penwick/penwick.conf").write_text("activeUIWordingProfileId=own\n")
+        def files():
+            return sorted((*(home / ".config").rglob("*"), *(home / ".local").rglob("*")))
+
+        before = files()
+        answers = [self.launch(option).communicate(timeout=20) for option in ("--help", "--version")]
+        self.assertIn("--help        shows this text\n", answers[0][0].decode())
+        self.assertIn("Walls:\n", answers[1][0].decode())
+        self.assertEqual(self.hand_over("--x", status=2), "penwick: unknown option: --x\n")
+        with open("/dev/full", "wb") as full:
+            said = self.hand_over("--help", status=1, stdout=full)
+        self.assertTrue(said.startswith("penwick: no output: "))
+        self.assertEqual(files(), before)
 
     def test_answer_that_cannot_be_written_is_told(self):
         self.session.environment.pop("DISPLAY")

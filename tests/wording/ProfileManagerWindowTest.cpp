@@ -410,6 +410,37 @@ private Q_SLOTS:
         QCOMPARE(world.controller->view()->selectedProfileId(), FakeIds::id(1));
     }
 
+    void import_withoutId_getsOneAndStays()
+    {
+        const World world;
+        world.home.write(u"in.json"_s, userProfile(QString(), u"New"_s).toJson());
+        world.clickImport(world.home.file(u"in.json"_s));
+        QCOMPARE(world.page().takeAlert(), u"プロファイルをインポートしました"_s);
+        QCOMPARE(world.controller->view()->selectedProfileId(), FakeIds::id(1));
+        world.manager->loadProfiles();
+        QCOMPARE(world.page().names().size(), 3);
+        QCOMPARE(QDir(world.home.file(u"profiles"_s)).entryList(QDir::Files | QDir::Hidden),
+                 QStringList{FakeIds::id(1) + u".json"_s});
+    }
+
+    void import_idOfAnotherProfilesFile_leavesThatFile()
+    {
+        const World world;
+        const QByteArray other = userProfile(u"other"_s, u"Other"_s).toJson();
+        world.home.write(u"profiles/N.json"_s, other);
+        world.home.write(u"profiles/broken.json"_s, "{");
+        world.manager->reloadIfChanged();
+        for (const QString &id : {u"N"_s, u"broken"_s}) {
+            world.home.write(u"in.json"_s, userProfile(id, u"New "_s + id).toJson());
+            world.clickImport(world.home.file(u"in.json"_s));
+            QCOMPARE(world.page().takeAlert(), u"プロファイルをインポートしました"_s);
+            QCOMPARE(world.page().selectedName(), u"New "_s + id);
+        }
+        QCOMPARE(world.home.read(u"profiles/N.json"_s), other);
+        QCOMPARE(world.home.read(u"profiles/broken.json"_s), "{");
+        QVERIFY(world.manager->profileWithId(u"other"_s).has_value());
+    }
+
     void import_cancelled_doesNothing()
     {
         const World world;

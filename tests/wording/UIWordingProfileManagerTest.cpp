@@ -338,6 +338,7 @@ private Q_SLOTS:
         QTest::newRow("file of the folder around it") << u"../macros"_s;
         QTest::newRow("NUL") << u"x"_s + QChar(u'\0') + u"y"_s;
         QTest::newRow("too long") << QString(300, u'x');
+        QTest::newRow("empty") << QString();
     }
 
     void save_cannotBeWritten_changesNothing()
@@ -401,6 +402,32 @@ private Q_SLOTS:
         QCOMPARE(ids(*manager), withBuiltIns({u"b"_s}));
         QVERIFY(!QFileInfo::exists(world.folder() + u"/a.json"_s));
         QCOMPARE(world.posts, 0);
+    }
+
+    void delete_filesOfOtherNames_leavesOtherProfilesOnly()
+    {
+        World world;
+        world.writeFile(u"a.json"_s, userProfile(u"b"_s).toJson());
+        world.writeFile(u"b.json"_s, userProfile(u"a"_s).toJson());
+        world.writeFile(u"copy of a.json"_s, userProfile(u"a"_s).toJson());
+        const auto manager = world.start();
+        QVERIFY(manager->deleteProfile(u"a"_s).has_value());
+        QCOMPARE(folderEntries(world.folder()).value(), QStringList{u"a.json"_s});
+        QCOMPARE(ids(*world.start()), withBuiltIns({u"b"_s}));
+        manager->reloadIfChanged();
+        QCOMPARE(ids(*manager), withBuiltIns({u"b"_s}));
+    }
+
+    void canStore_idsOfNoFile_only()
+    {
+        World world;
+        world.writeFile(u"a.json"_s, userProfile(u"b"_s).toJson());
+        world.writeFile(u"broken.json"_s, "{");
+        const auto manager = world.start();
+        QVERIFY(manager->canStore(u"b"_s));
+        QVERIFY(!manager->canStore(u"a"_s));
+        QVERIFY(!manager->canStore(u"broken"_s));
+        QVERIFY(!manager->canStore(QString()));
     }
 
     void delete_activeUserProfile_appliesJapanese()
