@@ -251,7 +251,7 @@ QString EditorWindowController::prepareToApply(TextView *view,
 {
     if (result.textEdits.isEmpty())
         return {};
-    if (const QString obstacle = obstacleToMacros(view, m_isLoading); !obstacle.isEmpty())
+    if (QString obstacle = obstacleToMacros(view, m_isLoading); !obstacle.isEmpty())
         return obstacle;
     if (view->string() != context.document.text)
         return wording::text(u"macro.error.documentChanged"_s);
