@@ -1,5 +1,6 @@
 #include "app/MacroMenu.h"
 
+#include "controls/VerbatimText.h"
 #include "support/Macros.h"
 #include "wording/WordingLookup.h"
 

@@ -136,7 +136,7 @@ class Instance(journey.Journey):
 
     def test_folder_is_told_in_the_first(self):
         app = self.start(self.write("first.txt", ""))
-        self.hand_over(self.files)
+        self.hand_over(self.files, status=1)
         app.wait_for("push button", "OK")
         # While the message is open, requests are accepted; their files open after the answer.
         second = self.write("second.txt", "二\n")
