@@ -72,10 +72,21 @@ QList<Macro> macrosOfEachKind()
     return {builtIn, sampleMacro(u"B"_s, 2), sampleMacro(u"C"_s, 3)};
 }
 
+/// Gives a window that was cut to the screen, which is small at a large scale, its own size.
+void giveSize(QWidget *window, const QSize &size)
+{
+    static_cast<void>(QTest::qWaitForWindowExposed(window));
+    window->resize(size);
+}
+
 class MacrosScene final : public Scene
 {
 public:
-    MacrosScene() { m_manager.page().clickRow(1); }
+    MacrosScene()
+    {
+        giveSize(m_manager.window(), {800, 600});
+        m_manager.page().clickRow(1);
+    }
 
     [[nodiscard]] QWidget *window() const override { return m_manager.window(); }
 
@@ -86,7 +97,11 @@ private:
 class ProfilesScene final : public Scene
 {
 public:
-    ProfilesScene() { m_manager.page().clickRow(0); }
+    ProfilesScene()
+    {
+        giveSize(m_manager.window(), {900, 650});
+        m_manager.page().clickRow(0);
+    }
 
     [[nodiscard]] QWidget *window() const override { return m_manager.window(); }
 
