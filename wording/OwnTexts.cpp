@@ -198,6 +198,7 @@ constexpr TextRow kTexts[] = {
     {u"macro.running.elapsed", u"経過時間: %1 秒"},
     {u"macro.running.message", u"マクロ「%1」を実行しています。"},
     {u"macro.running.stop", u"停止"},
+    {u"macro.running.stopped", u"マクロの実行を停止しました"},
     {u"macro.sourceBuiltin", u"組み込み"},
     {u"macro.sourceImported", u"インポート"},
     {u"macro.sourceUser", u"ユーザー"},

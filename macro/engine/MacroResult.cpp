@@ -133,6 +133,8 @@ QString MacroResultError::errorDescription() const
         return wording::text(u"macro.error.noSelection"_s);
     case Code::Timeout:
         return wording::text(u"macro.error.timeout"_s);
+    case Code::Stopped:
+        return wording::text(u"macro.running.stopped"_s);
     }
     Q_UNREACHABLE();
 }

@@ -104,7 +104,8 @@ struct MacroResultError
         InvalidReplaceLines,
         OutOfRangeOffset, ///< Never raised: offsets out of range are clamped.
         NoSelectionForReplaceSelection,
-        Timeout, ///< The user stopped the run; there is no time limit.
+        Timeout, ///< Never raised: there is no time limit.
+        Stopped, ///< The user stopped the run.
     };
 
     Code code = Code::ExecutionException;

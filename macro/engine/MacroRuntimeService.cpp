@@ -84,7 +84,7 @@ MacroResultError resultError(const ScriptError &error)
     case ScriptError::Code::OutOfMemory:
         return executionException(wording::text(u"macro.error.outOfMemory"_s));
     case ScriptError::Code::Stopped:
-        return {Code::Timeout, {}};
+        return {Code::Stopped, {}};
     }
     Q_UNREACHABLE();
 }

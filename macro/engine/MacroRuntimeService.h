@@ -29,7 +29,7 @@ public:
     using Evaluation = std::function<ScriptOutcome(ScriptWaiter *)>;
 
     /// Runs a script and returns its result. There is no time limit: only the waiter can stop a
-    /// script, and the run then fails with `Timeout`.
+    /// script, and the run then fails with `Stopped`.
     /// \param code the body of a function that sees `context` and returns the macro's answer.
     /// \param userInput the global variable `userInput`; without a value there is no such variable.
     /// \param waiter how the calling thread waits; null to block. Not owned.

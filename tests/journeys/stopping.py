@@ -26,7 +26,7 @@ def appends_after(milliseconds):
 
 MACROS = {ENDLESS: "while (true) ;", SLOW: appends_after(300), SLOWER: appends_after(4000)}
 MESSAGE = f"マクロ「{ENDLESS}」を実行しています。"
-STOPPED = "マクロの実行がタイムアウトしました"
+STOPPED = "マクロの実行を停止しました"
 
 
 def hosts_of(editor):

@@ -27,7 +27,7 @@ namespace {
 constexpr int kAlmostASecond = 950; // Milliseconds.
 const QString kEndless = u"console.log('runs'); while (true) ;"_s;
 const QString kEdit = u"return {textEdits: [{type: 'replaceAll', text: 'edited'}]};"_s;
-const QString kStopped = u"マクロの実行がタイムアウトしました"_s;
+const QString kStopped = u"マクロの実行を停止しました"_s;
 const QString kChanged = u"実行中に文書が変更されたため、マクロの結果を適用しませんでした"_s;
 
 } // namespace

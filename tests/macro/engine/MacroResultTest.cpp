@@ -437,6 +437,7 @@ void MacroResultTest::errorDescription_ofEachCode_isItsText_data()
     row("selection",
         Code::NoSelectionForReplaceSelection,
         u"選択範囲がないため replaceSelection を実行できません"_s);
+    row("stopped", Code::Stopped, u"マクロの実行を停止しました"_s);
     row("timeout", Code::Timeout, u"マクロの実行がタイムアウトしました"_s);
 }
 
