@@ -3,6 +3,7 @@
 #include "controls/ElidedButton.h"
 #include "controls/ElidedLabel.h"
 #include "controls/VerbatimText.h"
+#include "find/ExpressionReason.h"
 #include "find/FindKeys.h"
 #include "platform/settings/NotificationCenter.h"
 #include "wording/UIWordingProfileManager.h"
@@ -289,8 +290,9 @@ QString FindBar::errorText() const
         return {};
     if (m_error->code == Code::TooComplex)
         return wording::text(u"editor.find.tooComplex"_s);
-    return wording::text(u"editor.find.invalidExpression"_s,
-                         {QString::number(m_error->offset + 1), m_error->reason});
+    return wording::text(
+        u"editor.find.invalidExpression"_s,
+        {QString::number(m_error->offset + 1), textOfExpressionReason(m_error->reason)});
 }
 
 void FindBar::showReplaced(qint64 count)

@@ -31,7 +31,7 @@ struct FindPatternError
 
     Code code = Code::Empty;
     qint64 offset = 0; ///< Of the error in the pattern, UTF-16 code units, 0-based.
-    QString reason;    ///< The message of the regular expression library; may be empty.
+    QString reason;    ///< The message of the regular expression library, in English; may be empty.
 
     bool operator==(const FindPatternError &) const = default;
 };

@@ -1,3 +1,4 @@
+#include "find/ExpressionReason.h"
 #include "find/FindTestBase.h"
 
 #include <QInputMethodEvent>
@@ -29,6 +30,9 @@ private Q_SLOTS:
     void count_showsNumberAndTotal();
     void count_followsEdits();
     void count_ofLongText_comesInSlices();
+    void error_ofACommonKind_isInTheWording_data();
+    void error_ofACommonKind_isInTheWording();
+    void error_ofAnotherKind_isThatOfTheLibrary();
     void error_isShownInTheBar();
     void expression_catastrophic_keepsTheWindowAlive();
     void inputMethod_searchesForCommittedText();
@@ -205,6 +209,53 @@ void FindBarSearchTest::count_ofLongText_comesInSlices()
     QTRY_COMPARE_WITH_TIMEOUT(count(), u"↻ 3000000 / 3000000"_s, test::kLongWait);
 }
 
+void FindBarSearchTest::error_ofACommonKind_isInTheWording_data()
+{
+    QTest::addColumn<QString>("pattern");
+    QTest::addColumn<QString>("reason");
+    const auto row = [](const char *pattern, const QString &reason) {
+        QTest::newRow(pattern) << QString::fromLatin1(pattern) << reason;
+    };
+    row("(a", u"( に対応する ) がありません"_s);
+    row("(?#a", u"( に対応する ) がありません"_s);
+    row("a)", u") に対応する ( がありません"_s);
+    row("[a", u"[ に対応する ] がありません"_s);
+    row("[b-a]", u"[ ] の範囲の順序が逆です"_s);
+    row("[a-\\d]", u"[ ] の範囲が正しくありません"_s);
+    row("[[:foo:]]", u"[: :] の使い方が正しくありません"_s);
+    row("*a", u"繰り返す対象がありません"_s);
+    row("a{2,1}", u"{ } の回数の大小が逆です"_s);
+    row("a{99999}", u"{ } の回数が大きすぎます"_s);
+    row("a\\", u"\\ の後に文字がありません"_s);
+    row("\\j", u"\\ の後の文字が正しくありません"_s);
+    row("\\p{Foo}", u"\\p の指定が正しくありません"_s);
+    row("\\x{110000}", u"文字コードが正しくありません"_s);
+    row("(?<=a*)b", u"後読みの長さが決まらないか、長すぎます"_s);
+    row("(?Z)", u"( の後の文字が正しくありません"_s);
+    row("(?<1>a)", u"グループの名前が正しくありません"_s);
+    row("(?<a>b)(?<a>c)", u"同じ名前のグループがあります"_s);
+    row("(?<a>b)\\k<c>", u"その番号や名前のグループはありません"_s);
+    row("\\1", u"その番号や名前のグループはありません"_s);
+}
+
+void FindBarSearchTest::error_ofACommonKind_isInTheWording()
+{
+    QFETCH(QString, pattern);
+    QFETCH(QString, reason);
+    setText(u"a"_s);
+    open(u"a"_s);
+    click("findRegularExpression");
+    field()->setText(pattern);
+    const QString shown = label("findError")->text();
+    QVERIFY2(shown.endsWith(u": "_s + reason), qPrintable(shown));
+}
+
+void FindBarSearchTest::error_ofAnotherKind_isThatOfTheLibrary()
+{
+    QCOMPARE(textOfExpressionReason(u"an error of a later version"_s),
+             u"an error of a later version"_s);
+}
+
 void FindBarSearchTest::error_isShownInTheBar()
 {
     setText(u"a(b"_s);
@@ -213,7 +264,8 @@ void FindBarSearchTest::error_isShownInTheBar()
     QVERIFY(!label("findError")->isVisible());
     click("findRegularExpression");
     QVERIFY(label("findError")->isVisible());
-    QVERIFY(label("findError")->text().startsWith(u"正規表現の 3 文字目に誤りがあります: "_s));
+    QCOMPARE(label("findError")->text(),
+             u"正規表現の 3 文字目に誤りがあります: ( に対応する ) がありません"_s);
     QVERIFY(count().isEmpty());
     key(Qt::Key_Return); // Nothing can be found; this must not crash.
     QTest::keyClicks(field(), u")"_s);
