@@ -21,9 +21,20 @@ constexpr QStringView kBeforeContext = u"(function() {\n    var context = ";
 constexpr QStringView kAfterContext = u";\n    ";
 constexpr QStringView kAfterCode = u"\n})();";
 
+// Puts the prefix before each line: without it, a line would look like one of penwick's own.
 void logToStandardError(const QString &text)
 {
-    writeErrorLine(u"[MacroLog] "_s + text);
+    constexpr qsizetype kBlock = 65'536; // Bounds the memory for a text of many short lines.
+    QString block;
+    for (const QStringView line : QStringView(text).tokenize(u'\n')) {
+        if (block.size() > kBlock)
+            writeErrorLine(std::exchange(block, {}));
+        if (!block.isEmpty())
+            block += u'\n';
+        block += u"[MacroLog] "_s;
+        block += line;
+    }
+    writeErrorLine(block);
 }
 
 /// Converts a line of the whole script to one of the macro's code, both 1-based; 0 before the code.

@@ -85,6 +85,7 @@ private Q_SLOTS:
     void userInput_empty_isDefined();
     void console_twoArguments_logsTheFirst();
     void console_lines_goToStandardErrorAtOnce();
+    void console_lineFeeds_prefixEachLine();
     void runs_inARow_shareNothing();
     void context_document_reachesTheScriptUnchanged_data();
     void context_document_reachesTheScriptUnchanged();
@@ -230,6 +231,16 @@ void MacroRuntimeServiceTest::console_lines_goToStandardErrorAtOnce()
     std::setvbuf(stderr, nullptr, _IONBF, 0);
     QVERIFY(!outcome.has_value());
     QCOMPARE(written, QByteArray("[MacroLog] before\n"));
+}
+
+void MacroRuntimeServiceTest::console_lineFeeds_prefixEachLine()
+{
+    test::CapturedOutput captured(stderr);
+    const Outcome outcome = run(u"console.log('a\\nb\\r\\npenwick: c\\n'); return {};"_s);
+    const QByteArray written = captured.take();
+    QVERIFY(outcome.has_value());
+    QCOMPARE(written,
+             QByteArray("[MacroLog] a\n[MacroLog] b\r\n[MacroLog] penwick: c\n[MacroLog] \n"));
 }
 
 void MacroRuntimeServiceTest::runs_inARow_shareNothing()
