@@ -6,7 +6,7 @@ namespace penwick {
 
 namespace {
 
-using Kind = HandOverError::Kind;
+using ErrorKind = HandOverError::Kind;
 
 /// Writes all bytes. Fails as stalled when the other side accepts none within the timeout.
 class Writer final
@@ -52,16 +52,16 @@ public:
 
     /// Returns the next reply.
     /// \param ended the error when the connection closes without a reply.
-    tl::expected<Reply, HandOverError> next(const QDeadlineTimer &deadline, Kind ended)
+    tl::expected<Reply, HandOverError> next(const QDeadlineTimer &deadline, ErrorKind ended)
     {
         while (true) {
             const auto reply = m_replies.next();
             if (!reply)
-                return tl::unexpected(HandOverError{Kind::Refused, reply.error()});
+                return tl::unexpected(HandOverError{ErrorKind::Refused, reply.error()});
             if (const std::optional<Reply> &answer = *reply)
                 return *answer;
             if (!m_stream.waitForReading(deadline))
-                return tl::unexpected(HandOverError{Kind::NoAnswer});
+                return tl::unexpected(HandOverError{ErrorKind::NoAnswer});
             char bytes[256];
             const auto count = m_stream.read(bytes, sizeof bytes);
             if (!count)
@@ -84,26 +84,26 @@ handOver(const OpenRequest &request, const LocalSocket &stream, std::chrono::mil
     // After a failed write, read the reply: the other side may have said why it refuses.
     if (!sendRequest(request, [&writer](QByteArrayView bytes) { return writer.write(bytes); }) &&
         writer.hasStalled())
-        return tl::unexpected(HandOverError{Kind::NoAnswer});
+        return tl::unexpected(HandOverError{ErrorKind::NoAnswer});
     ReplyStream replies(stream);
-    const auto answer = replies.next(QDeadlineTimer(timeout), Kind::NotTaken);
+    const auto answer = replies.next(QDeadlineTimer(timeout), ErrorKind::NotTaken);
     if (!answer)
         return tl::unexpected(answer.error());
     if (answer->kind == Reply::Kind::Refused)
-        return tl::unexpected(HandOverError{Kind::Refused, answer->refusal});
+        return tl::unexpected(HandOverError{ErrorKind::Refused, answer->refusal});
     if (!request.wait) {
-        const auto opened = replies.next(QDeadlineTimer(timeout), Kind::Abandoned);
+        const auto opened = replies.next(QDeadlineTimer(timeout), ErrorKind::Abandoned);
         if (opened && opened->kind == Reply::Kind::Opened && !opened->openedAll)
-            return tl::unexpected(HandOverError{Kind::NotAllOpened});
+            return tl::unexpected(HandOverError{ErrorKind::NotAllOpened});
         return {};
     }
-    const auto last = replies.next(QDeadlineTimer(QDeadlineTimer::Forever), Kind::Abandoned);
+    const auto last = replies.next(QDeadlineTimer(QDeadlineTimer::Forever), ErrorKind::Abandoned);
     if (!last)
         return tl::unexpected(last.error());
     if (last->kind != Reply::Kind::Closed)
-        return tl::unexpected(HandOverError{Kind::Refused, Refusal::Malformed});
+        return tl::unexpected(HandOverError{ErrorKind::Refused, Refusal::Malformed});
     if (!last->openedAll)
-        return tl::unexpected(HandOverError{Kind::NotAllOpened});
+        return tl::unexpected(HandOverError{ErrorKind::NotAllOpened});
     return {};
 }
 

@@ -21,16 +21,15 @@ MacroLauncher::MacroLauncher(TargetEditor targetEditor, Clock clock)
 
 void MacroLauncher::promptOrRun(const Macro &macro) const
 {
-    QWidget *parent = QApplication::activeWindow(); // It need not be an editor.
     // Ask nothing when the answer could not be used: the target says why no macro can run there.
-    if (const WindowController target = m_targetEditor();
-        target != nullptr && (target->isRunningMacro() || target->isLoading()))
-        run(macro);
-    else if (macro.id == u"default_addLinePrefix"_s)
+    const WindowController target = m_targetEditor();
+    const bool mayAsk = target == nullptr || !(target->isRunningMacro() || target->isLoading());
+    QWidget *parent = QApplication::activeWindow(); // It need not be an editor.
+    if (mayAsk && macro.id == u"default_addLinePrefix"_s)
         runWith(macro, askForText(parent, wording::text(u"dialog.prefixMessage"_s), u"- "_s));
-    else if (macro.id == u"default_addLineSuffix"_s)
+    else if (mayAsk && macro.id == u"default_addLineSuffix"_s)
         runWith(macro, askForText(parent, wording::text(u"dialog.suffixMessage"_s), u","_s));
-    else if (macro.id == u"default_insertDateTime"_s)
+    else if (mayAsk && macro.id == u"default_insertDateTime"_s)
         runWith(macro, askForDate(parent, wording::text(u"dialog.dateTimeMessage"_s), m_clock));
     else
         run(macro);

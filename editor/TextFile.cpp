@@ -87,7 +87,7 @@ bool startsAsText(const QString &path)
 {
     bool isText = true;
     const auto take = [&isText](QByteArrayView block) {
-        constexpr qsizetype kChecked = 64 * 1024;
+        constexpr qsizetype kChecked = 1 << 16;
         isText = Utf8Reader().append(block.first(std::min(block.size(), kChecked)));
         return false;
     };
