@@ -99,7 +99,7 @@ interface MacroContextDocument {
 
 /** The file behind the text. */
 interface MacroContextFile {
-    /** Such as "notes.txt"; empty for a text that was never saved. */
+    /** Such as "notes.txt", even if the first save will create that file; empty for an untitled text. */
     readonly name: string;
     /** Always empty: a macro does not learn where the file is. */
     readonly path: string;
@@ -107,7 +107,7 @@ interface MacroContextFile {
     readonly directoryPath: string;
     /** Such as "txt", without the dot; empty when there is none. */
     readonly extension: string;
-    /** Whether the text was opened from a file or saved as one. Nobody looks whether it is still there. */
+    /** Whether the text has a file name. The file itself may not exist yet, or not any more. */
     readonly existsOnDisk: boolean;
 }
 
@@ -148,7 +148,7 @@ interface MacroContextCursor {
 interface MacroContextEditor {
     /** Always "tab_main". */
     readonly tabId: string;
-    /** The file's name, or what penwick calls a text that was never saved. */
+    /** The file's name, or what penwick calls an untitled text. */
     readonly tabTitle: string;
 }
 

@@ -123,6 +123,9 @@ void FileOpeningTest::openFileOrNew_missing_isSavedToThatPath()
     QVERIFY(m_documents->openFileOrNew(m_home->file(u"new.txt"_s)));
     QCOMPARE(window(0)->windowTitle(), u"new.txt[*] — penwick"_s);
     QVERIFY(!QFile::exists(m_home->file(u"new.txt"_s)));
+    const MacroContext context = controller(0)->buildMacroContext({}, {});
+    QCOMPARE(context.file.name, u"new.txt"_s);
+    QVERIFY(context.file.existsOnDisk); // The document has a file name; the disk is not consulted.
     type(u"hi"_s);
     QVERIFY(m_documents->saveDocument(controller(0)));
     QCOMPARE(m_home->read(u"new.txt"_s), QByteArray("hi"));
