@@ -21,16 +21,13 @@ run_tidy() {
     all=$(IFS='|'; echo "${folders[*]}")
     cmake --preset release -B build/tidy -DCMAKE_CXX_COMPILER=clang++ -DPENWICK_TESTS=OFF -DCMAKE_UNITY_BUILD=ON \
         -DCMAKE_UNITY_BUILD_BATCH_SIZE=8 -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON >/dev/null
-    local report
-    if ! report=$(run-clang-tidy -quiet -p build/tidy -header-filter "/($all)/[^.]*\.(h|cpp)$" \
-        -checks="-bugprone-suspicious-include,$1" "/build/tidy/($all)/.*/Unity/" 2>&1); then
-        echo "$report"
+    # run-clang-tidy succeeds when it finds no file.
+    if ! grep -qE "/build/tidy/($all)/.*/Unity/" build/tidy/compile_commands.json; then
+        echo "check.sh: there is no source to check" >&2
         return 1
     fi
-    if [[ $report != *unity_0_cxx.cxx* ]]; then # It succeeds when it finds no file.
-        echo "check.sh: no source was checked" >&2
-        return 1
-    fi
+    run-clang-tidy -quiet -p build/tidy -header-filter "/($all)/[^.]*\.(h|cpp)$" \
+        -checks="-bugprone-suspicious-include,$1" "/build/tidy/($all)/.*/Unity/"
 }
 
 check_tidy() {
