@@ -101,7 +101,8 @@ QMessageBox *askAboutOutsideChange(QWidget *parent,
                                parent);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowModality(Qt::WindowModal);
-    box->setInformation(wording::text(u"dialog.outsideChangeInformation"_s));
+    box->setInformation(
+        wording::text(u"dialog.outsideChangeInformation"_s, {wording::text(u"menu.edit.undo"_s)}));
     const QPushButton *keep =
         box->addTextButton(wording::text(u"dialog.keepMine"_s), QMessageBox::AcceptRole);
     const QPushButton *load =

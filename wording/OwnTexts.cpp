@@ -100,7 +100,7 @@ constexpr TextRow kTexts[] = {
     {u"dialog.no", u"いいえ"},
     {u"dialog.open", u"開く"},
     {u"dialog.openTitle", u"開く"},
-    {u"dialog.outsideChangeInformation", u"この文書には保存していない編集があります。ファイルの内容を読み込んでも、取り消しで元に戻せます。"},
+    {u"dialog.outsideChangeInformation", u"この文書には保存していない編集があります。ファイルの内容を読み込んでも、「%1」で戻せます。"},
     {u"dialog.overwrite", u"上書き保存"},
     {u"dialog.prefixMessage", u"行頭に追加する文字列を入力してください："},
     {u"dialog.saveAll", u"すべて保存"},

@@ -6,6 +6,7 @@
 #include "support/HugeText.h"
 #include "support/ModalAnswer.h"
 #include "support/Waits.h"
+#include "wording/WordingLookup.h"
 
 #include <QDialog>
 #include <QInputMethodEvent>
@@ -174,17 +175,23 @@ void OutsideChangesTest::change_editedText_keepMine_asksOncePerChange()
     open("old");
     type(u"x"_s);
     change("theirs");
+    wording::setActiveValues(QHash<QString, QString>{{u"menu.edit.undo"_s, u"Undo"_s}});
     QString question;
+    QString information;
     {
         const test::ModalAnswerer answer([&](QWidget *modal) {
             question = qobject_cast<QMessageBox *>(modal)->text();
+            information = qobject_cast<QMessageBox *>(modal)->informativeText();
             test::buttonNamed(modal, u"自分の編集を残す"_s)->click();
             return true;
         });
         check();
         QTRY_VERIFY(answer.hasAnswered());
     }
+    wording::setActiveValues(std::nullopt);
     QCOMPARE(question, u"「a.txt」は、ほかのプログラムによって変更されています。"_s);
+    // The word of the menu.
+    QVERIFY2(information.contains(u"「Undo」で戻せます"_s), qPrintable(information));
     QCOMPARE(text(), u"xold"_s);
     QVERIFY(document()->isEdited());
     check();
