@@ -2,7 +2,7 @@
 """Fails if the wording keys of the sources, the tables and the document differ.
 
     check-wording-keys.py [ROOT]      checks the sources under ROOT (default: this repository)
-    check-wording-keys.py --update    rewrites the document's rows from the table of penwick's own texts
+    check-wording-keys.py --update    rewrites the document's rows from the tables
     check-wording-keys.py --self-test tests that each kind of fault is found
 
 A key that is looked up must be in the built-in Japanese table or among penwick's own texts. A key of the own
@@ -23,7 +23,7 @@ _PAIR = re.compile(r'^    \{u"([\w.]+)", u"(.*)"\},$', re.M)
 _KEY = re.compile(
     r'u"((?:app|cli|common|dialog|editor|error|macro|menu|profile|status)\.[a-z]\w*(?:\.[a-z]\w*)*)"')
 _LOOKUP = re.compile(r'\btext\(\s*u"([a-z]\w*(?:\.\w+)+)"(?:_s)?\s*(\)|,\s*\{)?')
-_RULE = "|---|---|\n"
+_RULE = "|---|---|---|\n"
 
 
 def used_keys(root):
@@ -45,18 +45,27 @@ def used_keys(root):
     return used, found
 
 
-def row(key, text):
-    return f"| `{key}` | {text} |\n".replace(r"\n", "<br>")
+def built_in(root):
+    """Returns the texts of the built-in tables by key, the Japanese and the English ones."""
+    tables = (root / TABLES).read_text().partition("kEnglish")
+    return dict(_PAIR.findall(tables[0])), dict(_PAIR.findall(tables[2]))
+
+
+def row(*cells):
+    return f"| `{cells[0]}` | {' | '.join(cells[1:])} |\n".replace(r"\n", "<br>")
 
 
 def document(root):
     """Returns the document with the rows that it must have."""
     head, rule, _ = (root / DOCUMENT).read_text().partition(_RULE)
-    return head + rule + "".join(row(*pair) for pair in _PAIR.findall((root / OWN).read_text()))
+    japanese, english = built_in(root)
+    japanese.update(_PAIR.findall((root / OWN).read_text()))
+    keys = sorted(japanese.keys() | english.keys())
+    return head + rule + "".join(row(key, japanese.get(key, ""), english.get(key, "")) for key in keys)
 
 
 def faults(root):
-    japanese = {key for key, _ in _PAIR.findall((root / TABLES).read_text().partition("kEnglish")[0])}
+    japanese = built_in(root)[0].keys()
     own = [key for key, _ in _PAIR.findall((root / OWN).read_text())]
     used, found = used_keys(root)
     found += [f"{used[key]}: {key} has no Japanese text" for key in sorted(used.keys() - japanese - set(own))]
@@ -74,7 +83,8 @@ _GOOD = {
     OWN: '    {u"dialog.a", u"入力\\n%1"},\n    {u"other.b", u"別"},\n',
     "app/Menu.cpp": 'text(u"menu.file"_s); kKeys = {u"other.b", u"note.txt"};\n'
                     'text(u"dialog.a"_s, {x}); text(u"other.b"_s);\n',
-    DOCUMENT: "| key | text |\n|---|---|\n| `dialog.a` | 入力<br>%1 |\n| `other.b` | 別 |\n",
+    DOCUMENT: "| key | Japanese | English |\n|---|---|---|\n| `dialog.a` | 入力<br>%1 |  |\n"
+              "| `menu.file` | ファイル |  |\n| `menu.window` |  | Window |\n| `other.b` | 別 |  |\n",
 }
 _BAD = [
     ("app/Menu.cpp", 'text(u"menu.file"_s)', 'text(u"dialog.new"_s)', "dialog.new has no Japanese text"),
@@ -86,7 +96,8 @@ _BAD = [
     (TABLES, '"menu.file", u"ファイル"', '"menu.file", u""},\n    {u"dialog.a", u""', "dialog.a is in"),
     (OWN, "other.b", "dialog.a", "dialog.a does not come after dialog.a"),
     (OWN, "入力", "別", "is out of date"),
-    (DOCUMENT, "| `other.b` | 別 |\n", "", "is out of date"),
+    (DOCUMENT, "| `other.b` | 別 |  |\n", "", "is out of date"),
+    (TABLES, '"Window"', '"Windows"', "is out of date"),
 ]
 
 

@@ -230,6 +230,7 @@ constexpr TextRow kTexts[] = {
     {u"macro.trial.noEngine", u"エンジンを準備できません"},
     {u"macro.trial.noFilter", u"このシステムでは、マクロのシステムコールを制限できません"},
     {u"macro.warning.imeActive", u"日本語入力の変換を確定してからマクロを実行してください"},
+    {u"profile.manage.exportAll", u"すべての文言をエクスポート…"},
     {u"status.charCount", u"文字"},
     {u"status.column", u"列"},
     {u"status.fileDeleted", u"ファイルが削除または移動されました。保存すると再び作られます"},

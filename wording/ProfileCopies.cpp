@@ -34,6 +34,15 @@ duplicateOf(const UIWordingProfile &profile, const Clock &clock, const IdSource 
     return copy;
 }
 
+UIWordingProfile
+templateOf(const UIWordingProfile &profile, const Clock &clock, const IdSource &ids)
+{
+    UIWordingProfile copy = duplicateOf(profile, clock, ids);
+    copy.values = wording::japaneseTexts();
+    copy.values.insert(profile.values);
+    return copy;
+}
+
 UIWordingProfile importedProfile(UIWordingProfile profile,
                                  const QList<UIWordingProfile> &present,
                                  const Clock &clock,

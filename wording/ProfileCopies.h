@@ -13,6 +13,11 @@ namespace penwick {
 [[nodiscard]] UIWordingProfile
 duplicateOf(const UIWordingProfile &profile, const Clock &clock, const IdSource &ids);
 
+/// Returns a copy as `duplicateOf` does, with a text for every wording key: where the profile has
+/// none, the one that is shown under it. For users to translate and import.
+[[nodiscard]] UIWordingProfile
+templateOf(const UIWordingProfile &profile, const Clock &clock, const IdSource &ids);
+
 /// Returns an imported profile as a user profile with the current time as its dates. If one of
 /// `present` has the same id, the id is replaced by a new one; if one has the same name, the name
 /// gets a suffix.

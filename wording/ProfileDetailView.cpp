@@ -53,6 +53,7 @@ ProfileDetailView::ProfileDetailView(QWidget *parent)
     , m_title(makeTitleLabel())
     , m_section(makeSectionLabel())
     , m_rows(new QGridLayout)
+    , m_exportAll(makeActionButton(u"profileExportAll"_s, u"square.and.arrow.up"_s))
     , m_delete(makeActionButton(u"profileDelete"_s, u"trash"_s))
     , m_export(makeActionButton(u"profileExport"_s, u"square.and.arrow.up"_s))
     , m_duplicate(makeActionButton(u"profileDuplicate"_s, u"doc.on.doc"_s))
@@ -65,6 +66,8 @@ ProfileDetailView::ProfileDetailView(QWidget *parent)
     layout->addWidget(m_title);
     layout->addWidget(m_section);
     layout->addWidget(makeGroup(m_rows));
+    // Apart from the buttons below, which all have their texts only in a wide window.
+    layout->addWidget(m_exportAll, 0, Qt::AlignRight);
     layout->addStretch();
     auto *all = new QVBoxLayout(this);
     all->setContentsMargins(0, 0, 0, 0);
@@ -74,6 +77,7 @@ ProfileDetailView::ProfileDetailView(QWidget *parent)
     all->addWidget(m_buttons);
     connect(m_delete, &QPushButton::clicked, this, &ProfileDetailView::onDelete);
     connect(m_export, &QPushButton::clicked, this, &ProfileDetailView::onExport);
+    connect(m_exportAll, &QPushButton::clicked, this, &ProfileDetailView::onExportAll);
     connect(m_duplicate, &QPushButton::clicked, this, &ProfileDetailView::onDuplicate);
     connect(m_apply, &QPushButton::clicked, this, &ProfileDetailView::onApply);
     relabel();
@@ -134,6 +138,9 @@ void ProfileDetailView::showProfile()
 void ProfileDetailView::relabel()
 {
     m_section->setText(wording::text(u"profile.manage.basicInfo"_s));
+    const QString exportAll = wording::text(u"profile.manage.exportAll"_s);
+    m_exportAll->setText(verbatimText(exportAll));
+    m_exportAll->setAccessibleName(exportAll);
     m_buttons->setText(m_delete, wording::text(u"common.delete"_s));
     m_buttons->setText(m_export, wording::text(u"common.export"_s));
     m_buttons->setText(m_duplicate, wording::text(u"common.duplicate"_s));

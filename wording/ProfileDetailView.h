@@ -31,6 +31,8 @@ Q_SIGNALS:
     void onDuplicate();
     void onDelete();
     void onExport();
+    /// Emitted when the user wants a file with every text, as a template.
+    void onExportAll();
 
 private:
     void makeRows();
@@ -41,6 +43,7 @@ private:
     ElidedLabel *m_title;
     QLabel *m_section;
     QGridLayout *m_rows;
+    QPushButton *m_exportAll;
     QPushButton *m_delete;
     QPushButton *m_export;
     QPushButton *m_duplicate;

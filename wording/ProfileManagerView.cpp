@@ -73,6 +73,7 @@ void ProfileManagerView::connectDetail()
     connect(m_detail, &ProfileDetailView::onApply, this, &ProfileManagerView::apply);
     connect(m_detail, &ProfileDetailView::onDuplicate, this, &ProfileManagerView::duplicate);
     connect(m_detail, &ProfileDetailView::onExport, this, &ProfileManagerView::exportSelected);
+    connect(m_detail, &ProfileDetailView::onExportAll, this, &ProfileManagerView::exportTemplate);
     connect(m_detail, &ProfileDetailView::onDelete, this, &ProfileManagerView::askToDelete);
 }
 
@@ -181,16 +182,25 @@ QString ProfileManagerView::importFile(const QString &path)
 
 void ProfileManagerView::exportSelected()
 {
-    const auto profile = selectedProfile();
-    if (!profile)
-        return;
-    const QString name = profile->name.isEmpty()
+    if (const auto profile = selectedProfile())
+        exportProfile(*profile);
+}
+
+void ProfileManagerView::exportTemplate()
+{
+    if (const auto profile = selectedProfile())
+        exportProfile(templateOf(*profile, m_services.clock, m_services.ids));
+}
+
+void ProfileManagerView::exportProfile(const UIWordingProfile &profile)
+{
+    const QString name = profile.name.isEmpty()
                              ? wording::text(u"profile.manage.exportDefaultFilename"_s)
-                             : profile->name;
+                             : profile.name;
     const auto path = m_services.panels.save(window(), wording::text(u"common.export"_s), name);
     if (!path)
         return;
-    const bool isWritten = replaceFile(*path, profile->toJson()).has_value();
+    const bool isWritten = replaceFile(*path, profile.toJson()).has_value();
     showAlert(this,
               isWritten ? wording::text(u"profile.manage.exportSuccess"_s)
                         : wording::text(u"profile.manage.exportFailed"_s));

@@ -58,6 +58,8 @@ private:
     void apply();
     void duplicate();
     void exportSelected();
+    void exportTemplate();
+    void exportProfile(const UIWordingProfile &profile);
     void askToDelete();
     void deleteProfile(const QString &id);
     [[nodiscard]] QString importFile(const QString &path);

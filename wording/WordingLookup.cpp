@@ -69,6 +69,13 @@ QString text(const QString &forKey, std::initializer_list<QString> arguments)
     return filled;
 }
 
+QHash<QString, QString> japaneseTexts()
+{
+    QHash<QString, QString> texts = fallbackTable();
+    texts.insert(ownTexts());
+    return texts;
+}
+
 void setActiveValues(std::optional<QHash<QString, QString>> values)
 {
     activeValues() = std::move(values);

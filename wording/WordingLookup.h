@@ -23,6 +23,9 @@ namespace penwick::wording {
 /// Arguments are inserted as they are, also where they contain `%` and a digit.
 [[nodiscard]] QString text(const QString &forKey, std::initializer_list<QString> arguments);
 
+/// Returns every key of a text that penwick shows, with its Japanese text.
+[[nodiscard]] QHash<QString, QString> japaneseTexts();
+
 /// Replaces all active values; `nullopt` leaves only the built-in texts. Only the profile manager
 /// and tests call this.
 void setActiveValues(std::optional<QHash<QString, QString>> values);

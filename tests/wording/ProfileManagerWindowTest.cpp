@@ -4,7 +4,9 @@
 #include "support/FileSizeLimit.h"
 #include "support/LiteralLabel.h"
 #include "support/ShownProfileManager.h"
+#include "wording/OwnTexts.h"
 #include "wording/WordingLookup.h"
+#include "wording/WordingTables.h"
 
 #include <QAccessible>
 #include <QFileInfo>
@@ -505,6 +507,46 @@ private Q_SLOTS:
         world.page().click(u"エクスポート"_s);
         QCOMPARE(world.page().takeAlert(), u"エクスポートしました"_s);
         QCOMPARE(world.home.read(u"out.json"_s), builtInJapaneseProfile().toJson());
+    }
+
+    void exportAll_profile_isATemplateWithEveryKey()
+    {
+        const World world({userProfile(u"A"_s, u"Mine"_s)});
+        world.page().clickRow(2);
+        const QString path = world.home.file(u"out.json"_s);
+        world.panels.state->answer = path;
+        world.page().click(u"すべての文言をエクスポート…"_s);
+        QCOMPARE(world.page().takeAlert(), u"エクスポートしました"_s);
+        QCOMPARE(world.panels.state->name, u"Mine のコピー"_s);
+        const auto written = UIWordingProfile::fromJson(world.home.read(u"out.json"_s));
+        QVERIFY(written.has_value());
+        QHash<QString, QString> expected = wording::fallbackTable();
+        expected.insert(wording::ownTexts());
+        expected.insert(userProfile(u"A"_s, u"Mine"_s).values);
+        QCOMPARE(written->values, expected);
+        QVERIFY(!written->isBuiltIn);
+        // The file can be imported as it is, and its texts are those of the profile.
+        world.clickImport(path);
+        QCOMPARE(world.page().takeAlert(), u"プロファイルをインポートしました"_s);
+        QCOMPARE(world.page().selectedName(), u"Mine のコピー"_s);
+        const auto imported = world.manager->profileWithId(FakeIds::id(1));
+        QVERIFY(imported.has_value());
+        QCOMPARE(imported->values, expected);
+    }
+
+    void exportAll_builtIn_isATemplate()
+    {
+        const World world;
+        world.page().clickRow(1);
+        world.panels.state->answer = world.home.file(u"out.json"_s);
+        world.page().click(u"すべての文言をエクスポート…"_s);
+        QCOMPARE(world.page().takeAlert(), u"エクスポートしました"_s);
+        const auto written = UIWordingProfile::fromJson(world.home.read(u"out.json"_s));
+        QVERIFY(written.has_value());
+        QCOMPARE(written->id, FakeIds::id(1));
+        QCOMPARE(written->values.value(u"menu.window"_s), u"Window"_s);
+        QCOMPARE(written->values.value(u"menu.file"_s), u"File"_s);
+        QCOMPARE(written->values.value(u"menu.file.new"_s), u"新規作成"_s);
     }
 
     void export_emptyName_suggestsProfile()
