@@ -2,6 +2,7 @@
 
 #include "support/ModalAnswer.h"
 #include "support/TemporaryHome.h"
+#include "support/Waits.h"
 #include "wording/WordingLookup.h"
 
 #include <QFileDialog>
@@ -128,8 +129,8 @@ void FilePanelsTest::open_folderWithOtherFiles_listsOnlyJson()
         qobject_cast<QFileDialog *>(window)->setDirectory(folder);
         const auto *list = window->findChild<QListView *>(u"listView"_s);
         // The folder is read on a thread of its own.
-        const bool isRead =
-            QTest::qWaitFor([list] { return list->model()->rowCount(list->rootIndex()) >= 2; });
+        const auto hasRows = [list] { return list->model()->rowCount(list->rootIndex()) >= 2; };
+        const bool isRead = QTest::qWaitFor(hasRows, test::kLongWait);
         for (int i = 0; isRead && i < list->model()->rowCount(list->rootIndex()); ++i)
             names << list->model()->index(i, 0, list->rootIndex()).data().toString();
         window->close();

@@ -161,6 +161,7 @@ class Session:
             "-nolisten",
             "tcp",
             "-noreset",
+            "-r",  # A key that a busy machine releases late must not repeat.
             pass_fds=[writer],
             stderr=subprocess.DEVNULL,
         )
