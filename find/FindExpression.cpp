@@ -93,9 +93,9 @@ tl::expected<FindExpression, FindPatternError> FindExpression::compile(const Fin
                                                result.m_quick.errorString()});
     }
     result.m_quick.optimize();
-    result.m_patient = QRegularExpression(
+    result.m_interpreted = QRegularExpression(
         kLineBreaks.toString() + kInterpreterLimits.toString() + string, options);
-    result.m_patient.optimize();
+    result.m_interpreted.optimize();
     result.m_sizes = sizes;
     result.m_behind = sizes.behind;
     result.m_triesInsideCrLf = triesInsideCrLf(string, options);
@@ -252,7 +252,7 @@ FindExpressionSearch::Try FindExpressionSearch::attempt(qint64 from, qint64 end,
     Try result;
     result.match = matchView(m_expression.m_quick, units, at, type, options);
     if (!result.match.isValid() && (places == Places::One || m_expression.m_needsWhole))
-        result.match = matchView(m_expression.m_patient, units, at, type, options);
+        result.match = matchView(m_expression.m_interpreted, units, at, type, options);
     result.offset = from;
     if (!result.match.isValid())
         return result;

@@ -40,8 +40,8 @@ private:
     FindExpression() = default;
     void examine(QStringView string);
 
-    QRegularExpression m_quick;   // JIT-compiled, with low limits.
-    QRegularExpression m_patient; // Interpreted: slower, but its stack grows as needed.
+    QRegularExpression m_quick;       // JIT-compiled, with low limits.
+    QRegularExpression m_interpreted; // Slower, but its stack grows as needed.
     FindSizes m_sizes;
     qint64 m_behind = 0;
     bool m_movesStart = false;
