@@ -34,10 +34,10 @@ void OutsideChanges::check()
         return;
     m_finding.reset(); // A result that still waits may be out of date.
     m_base = m_document->fileVersion();
-    if (m_told && m_told->base != m_base)
-        m_told.reset();
+    if (m_reported && m_reported->base != m_base)
+        m_reported.reset();
     m_check = std::make_unique<FileCheck>(
-        m_document->filePath(), m_told ? m_told->state : m_base, nullptr);
+        m_document->filePath(), m_reported ? m_reported->state : m_base, nullptr);
     connect(m_check.get(),
             &FileCheck::finished,
             this,
@@ -136,7 +136,7 @@ void OutsideChanges::load(const StoredText &stored)
 
 void OutsideChanges::ask(const StoredText &stored)
 {
-    m_told = Told{stored.version, m_base};
+    m_reported = Reported{stored.version, m_base};
     m_question = dialogs::askAboutOutsideChange(
         m_controller->window(),
         QFileInfo(m_document->filePath()).fileName(),
@@ -157,7 +157,7 @@ void OutsideChanges::ask(const StoredText &stored)
 
 void OutsideChanges::keepOnly(const QString &message, const FileCheckResult &finding)
 {
-    m_told = Told{finding.stored.version, m_base};
+    m_reported = Reported{finding.stored.version, m_base};
     m_document->textStorage()->forgetSavePoint();
     m_controller->showMacroMessage(NotificationType::Warning, message);
 }

@@ -49,13 +49,13 @@ private:
 
     /// A state of the file that the user was informed of, but that the text may not replace without
     /// asking.
-    struct Told
+    struct Reported
     {
         std::optional<FileVersion> state;
         std::optional<FileVersion> base; // Invalid once the document knows another version.
     };
 
-    std::optional<Told> m_told;
+    std::optional<Reported> m_reported;
     QStringList m_copies; // Copies of interrupted saves that the user was informed of.
 };
 

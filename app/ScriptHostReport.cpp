@@ -14,7 +14,8 @@ namespace {
 QString protectionLine(const QString &name, bool isActive)
 {
     return u"  "_s + name + u": "_s +
-           (isActive ? wording::text(u"cli.wallStands"_s) : wording::text(u"cli.wallMissing"_s));
+           (isActive ? wording::text(u"cli.sandboxActive"_s)
+                     : wording::text(u"cli.sandboxMissing"_s));
 }
 
 QStringList causes(const ScriptError &error)
@@ -59,11 +60,11 @@ QStringList failureDetails(const EngineTrial &trial)
 
 QStringList protectionLines(const HostProtection &protection)
 {
-    return {wording::text(u"cli.walls"_s),
-            protectionLine(wording::text(u"cli.wallProcess"_s), true),
-            protectionLine(wording::text(u"cli.wallMemory"_s), protection.memoryLimit),
-            protectionLine(wording::text(u"cli.wallSystemCalls"_s), protection.systemCallFilter),
-            protectionLine(wording::text(u"cli.wallFiles"_s), protection.fileAccessRules)};
+    return {wording::text(u"cli.sandbox"_s),
+            protectionLine(wording::text(u"cli.sandboxProcess"_s), true),
+            protectionLine(wording::text(u"cli.sandboxMemory"_s), protection.memoryLimit),
+            protectionLine(wording::text(u"cli.sandboxSystemCalls"_s), protection.systemCallFilter),
+            protectionLine(wording::text(u"cli.sandboxFiles"_s), protection.fileAccessRules)};
 }
 
 QStringList engineLines(const EngineTrial &trial)

@@ -12,43 +12,43 @@ class ScriptHostReportTest final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void report_namesWallsAndEngine();
-    void report_withoutProcess_saysSo();
-    void warning_tellsWhatMacrosFailOf();
+    void report_anyTrial_namesSandboxAndEngine();
+    void report_withoutProcess_namesTheError();
+    void warning_failedTrial_namesTheFailures();
     void missing_namesWhatDoesNotStand();
     void memory_key_isInMegabytes_data();
     void memory_key_isInMegabytes();
 };
 
-void ScriptHostReportTest::report_namesWallsAndEngine()
+void ScriptHostReportTest::report_anyTrial_namesSandboxAndEngine()
 {
     EngineTrial trial;
     trial.engine = u"Engine 1.2"_s;
     trial.protection = HostProtection{true, false, true};
-    const QString walls = u"マクロの隔離:\n"
-                          "  別プロセス: あり\n"
-                          "  メモリの上限: あり\n"
-                          "  システムコールの制限 (seccomp): なし\n"
-                          "  ファイルアクセスの規則 (Landlock): あり\n"
-                          "マクロの実行エンジン: Engine 1.2\n"_s;
-    QCOMPARE(scriptHostReport(trial), walls + u"  動作確認: 合格"_s);
+    const QString sandbox = u"マクロの隔離:\n"
+                            "  別プロセス: あり\n"
+                            "  メモリの上限: あり\n"
+                            "  システムコールの制限 (seccomp): なし\n"
+                            "  ファイルアクセスの規則 (Landlock): あり\n"
+                            "マクロの実行エンジン: Engine 1.2\n"_s;
+    QCOMPARE(scriptHostReport(trial), sandbox + u"  動作確認: 合格"_s);
     trial.deniedCalls = {DeniedCall{4000, 0, 0, 0}};
     QCOMPARE(scriptHostReport(trial),
-             walls + u"  動作確認: 合格\n  拒否されたシステムコール: 4000"_s);
+             sandbox + u"  動作確認: 合格\n  拒否されたシステムコール: 4000"_s);
     trial.deniedCalls.clear();
     trial.failures = QStringList{u"dates: wrong"_s, u"text: wrong"_s};
     QCOMPARE(scriptHostReport(trial),
-             walls + u"  動作確認: dates: wrong、text: wrong、Engine 1.2"_s);
+             sandbox + u"  動作確認: dates: wrong、text: wrong、Engine 1.2"_s);
 }
 
-void ScriptHostReportTest::report_withoutProcess_saysSo()
+void ScriptHostReportTest::report_withoutProcess_namesTheError()
 {
     EngineTrial trial;
     trial.error = ScriptError{ScriptError::Code::HostUnavailable, {}};
     QCOMPARE(scriptHostReport(trial), u"  動作確認: マクロの実行プログラムを起動できません"_s);
 }
 
-void ScriptHostReportTest::warning_tellsWhatMacrosFailOf()
+void ScriptHostReportTest::warning_failedTrial_namesTheFailures()
 {
     EngineTrial trial;
     trial.engine = u"Engine 1.2"_s;
