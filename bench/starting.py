@@ -35,8 +35,8 @@ def start(program, probe, environment):
 
     "work" is the processor time of the main thread."""
     reading, writing = os.pipe()
-    told = dict(environment, LD_PRELOAD=str(probe), PENWICK_STARTED=str(time.monotonic_ns()))
-    process = os.posix_spawn(program, [str(program)], told,
+    probed = dict(environment, LD_PRELOAD=str(probe), PENWICK_STARTED=str(time.monotonic_ns()))
+    process = os.posix_spawn(program, [str(program)], probed,
                              file_actions=[(os.POSIX_SPAWN_DUP2, writing, 1)])
     os.close(writing)
     with os.fdopen(reading) as output:

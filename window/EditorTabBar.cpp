@@ -55,7 +55,7 @@ EditorTabBar::EditorTabBar(QWidget *parent)
     setMovable(true);
     setExpanding(false);
     setUsesScrollButtons(true);
-    setElideMode(Qt::ElideMiddle); // The start and the end of a name both tell files apart.
+    setElideMode(Qt::ElideMiddle); // Names may differ at the start or at the end.
     // Selects the tab under a dragged text. Dragged tabs are handled in `event`.
     setChangeCurrentOnDrag(true);
     setAcceptDrops(true);

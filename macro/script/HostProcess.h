@@ -21,7 +21,7 @@ public:
         std::uint64_t memory = 0; ///< Bytes that a script may allocate.
         QByteArray timeZone;      ///< Name of the time zone of the dates that scripts see.
         /// True to have the host report system calls that the sandbox refuses; DeniedCallHandler.h
-        /// tells what that may cost. A call that ends the host is always reported.
+        /// describes what that may cost. A call that ends the host is always reported.
         bool reportsRefusedCalls = true;
 
         bool operator==(const Settings &) const = default;

@@ -95,8 +95,8 @@ int lineOf(JSContextRef context, JSValueRef thrown)
     return number >= 1 && number <= std::numeric_limits<int>::max() ? static_cast<int>(number) : 0;
 }
 
-// Some values, such as symbols, have no string conversion; the exception of the attempt then tells
-// the user more than an empty text. When that has no conversion either, the script counts as one
+// Some values, such as symbols, have no string conversion; the exception of the attempt then
+// explains more than an empty text. When that has no conversion either, the script counts as one
 // that returned nothing.
 std::optional<ScriptError>
 takeException(JSContextRef context, JSValueRef thrown, ScriptValueSink &sink)

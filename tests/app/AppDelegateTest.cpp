@@ -30,7 +30,7 @@ private Q_SLOTS:
     void launch_withoutFiles_opensOneUntitledWindow();
     void launch_withFile_opensNoUntitledWindow();
     void launch_withMissingFile_opensEmptyDocumentForIt();
-    void launch_withInvalidFile_saysSoAndOpensUntitled();
+    void launch_withInvalidFile_showsMessageAndOpensUntitled();
     void launch_oneGoodOneBadFile_opensNoUntitledWindow();
     void profileChange_relabelsEveryBarAndKeepsMacros();
     void macroListChange_refillsTheMacroMenu();
@@ -43,7 +43,7 @@ private Q_SLOTS:
     void lastActiveEditor_survivesItsTab();
     void lastActiveEditor_survivesItsWindow();
     void menus_actOnTheTabInFront();
-    void menus_ofAWindowPulledOut_areThere();
+    void menus_ofAWindowPulledOut_areComplete();
     void about_chosen_showsNameVersionAndDescription();
     void quit_withUnsavedMacroAndWindow_asksForBoth();
 };
@@ -91,7 +91,7 @@ void AppDelegateTest::launch_withMissingFile_opensEmptyDocumentForIt()
              m_home.file(u"missing.txt"_s));
 }
 
-void AppDelegateTest::launch_withInvalidFile_saysSoAndOpensUntitled()
+void AppDelegateTest::launch_withInvalidFile_showsMessageAndOpensUntitled()
 {
     QString message;
     test::clickInModal(u"OK"_s, &message);
@@ -274,7 +274,7 @@ void AppDelegateTest::menus_actOnTheTabInFront()
     QVERIFY(!m_app->documentController().hasDocuments());
 }
 
-void AppDelegateTest::menus_ofAWindowPulledOut_areThere()
+void AppDelegateTest::menus_ofAWindowPulledOut_areComplete()
 {
     launch({m_home.write(u"a.txt"_s, "A"), m_home.write(u"b.txt"_s, "B")});
     m_app->documentController().moveToNewWindow(controller(1), {0, 0});

@@ -27,7 +27,7 @@ private Q_SLOTS:
 
     void newDocument_titles_areNumbered();
     void documentId_ofAClosedDocument_isNoOthers();
-    void documentClosed_madeRoomOrClosed_isTold();
+    void documentClosed_replacedOrClosed_isEmitted();
     void title_edited_isMarked();
     void title_nameWithPlaceholder_isVerbatim();
     void close_unedited_closesAtOnce();
@@ -43,7 +43,7 @@ private Q_SLOTS:
     void closeAll_discardAll_asksOnce();
     void closeAll_oneUnsaved_offersNoAnswerForAll();
     void closeAll_whileAQuestionIsOpen_closesNothing();
-    void end_ofTheController_tellsTheToolkitOfEachWindow();
+    void end_ofTheController_removesItsWindowsFromAccessibility();
 
 private:
     WordingTranslator m_translator;
@@ -79,7 +79,7 @@ void DocumentControllerTest::documentId_ofAClosedDocument_isNoOthers()
     QVERIFY(m_documents->documentOf(nullptr) == nullptr);
 }
 
-void DocumentControllerTest::documentClosed_madeRoomOrClosed_isTold()
+void DocumentControllerTest::documentClosed_replacedOrClosed_isEmitted()
 {
     QList<const TextDocument *> closed;
     connect(m_documents.get(),
@@ -279,7 +279,7 @@ void DocumentControllerTest::closeAll_whileAQuestionIsOpen_closesNothing()
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("xabc"));
 }
 
-void DocumentControllerTest::end_ofTheController_tellsTheToolkitOfEachWindow()
+void DocumentControllerTest::end_ofTheController_removesItsWindowsFromAccessibility()
 {
     m_documents->newDocument();
     const QPointer<QWidget> shown = window(0);

@@ -32,14 +32,14 @@ private Q_SLOTS:
     void openFile_pristineWindow_isReused();
     void openFile_editedUntitled_keepsItsWindow();
     void openFile_openAlready_bringsItsWindowForward();
-    void openFile_invalidUtf8_saysSoAndOpensNothing();
-    void openFile_missing_saysSo();
+    void openFile_invalidUtf8_showsMessageAndOpensNothing();
+    void openFile_missing_showsMessage();
     void openFileOrNew_missing_isSavedToThatPath();
-    void openFileOrNew_nameThatIsNoText_saysSo();
+    void openFileOrNew_nameThatIsNoText_showsMessage();
     void openFileOrNew_missingThroughALink_isOneDocument();
     void openFile_parentBehindALink_isTheSystemsParent();
-    void openFile_notAFile_saysWhy_data();
-    void openFile_notAFile_saysWhy();
+    void openFile_notAFile_showsReason_data();
+    void openFile_notAFile_showsReason();
     void openFile_failureOfAFileNamedLikeMarkup_showsItsName();
     void openFile_openInAMinimisedWindow_bringsItBackAsItWas();
     void openFile_inANewWindow_leavesThePristineWindow();
@@ -100,7 +100,7 @@ void FileOpeningTest::openFile_openAlready_bringsItsWindowForward()
     QVERIFY(controller(0)->isInFront());
 }
 
-void FileOpeningTest::openFile_invalidUtf8_saysSoAndOpensNothing()
+void FileOpeningTest::openFile_invalidUtf8_showsMessageAndOpensNothing()
 {
     const QString path = m_home->write(u"sjis.txt"_s, "\x93\xFA\x96\x7B");
     QString message;
@@ -110,7 +110,7 @@ void FileOpeningTest::openFile_invalidUtf8_saysSoAndOpensNothing()
     QVERIFY(!m_documents->hasDocuments());
 }
 
-void FileOpeningTest::openFile_missing_saysSo()
+void FileOpeningTest::openFile_missing_showsMessage()
 {
     QString message;
     test::clickInModal(u"OK"_s, &message);
@@ -132,7 +132,7 @@ void FileOpeningTest::openFileOrNew_missing_isSavedToThatPath()
 }
 
 // A name that is not valid UTF-8 arrives with replacement characters and matches no file.
-void FileOpeningTest::openFileOrNew_nameThatIsNoText_saysSo()
+void FileOpeningTest::openFileOrNew_nameThatIsNoText_showsMessage()
 {
     const QByteArray name = QFile::encodeName(m_home->path()) + "/\x93\xFA.txt";
     const int file = ::open(name.constData(), O_CREAT | O_WRONLY, 0600);
@@ -167,7 +167,7 @@ void FileOpeningTest::openFile_parentBehindALink_isTheSystemsParent()
     QCOMPARE(text(1), u"of the link"_s);
 }
 
-void FileOpeningTest::openFile_notAFile_saysWhy_data()
+void FileOpeningTest::openFile_notAFile_showsReason_data()
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("reason");
@@ -180,7 +180,7 @@ void FileOpeningTest::openFile_notAFile_saysWhy_data()
         << u"%1/bytes"_s << u"UTF-8 のテキストではありません。"_s;
 }
 
-void FileOpeningTest::openFile_notAFile_saysWhy()
+void FileOpeningTest::openFile_notAFile_showsReason()
 {
     QFETCH(QString, path);
     QFETCH(QString, reason);

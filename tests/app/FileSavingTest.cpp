@@ -29,8 +29,8 @@ private Q_SLOTS:
     void save_untitledCancelled_writesNothing();
     void saveAs_existingFile_asksBeforeReplacing();
     void saveAs_fileOfAnotherWindow_isRefused();
-    void save_failure_saysSoAndKeepsEverything();
-    void save_fileBecameAFolder_saysSoAndKeepsEverything();
+    void save_failure_showsMessageAndKeepsEverything();
+    void save_fileBecameAFolder_showsMessageAndKeepsEverything();
     void save_throughALink_keepsTheLink();
     void saveAs_ontoItself_savesInPlace();
     void saveAs_ontoALink_writesItsTarget();
@@ -129,7 +129,7 @@ void FileSavingTest::saveAs_fileOfAnotherWindow_isRefused()
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("abc"));
 }
 
-void FileSavingTest::save_failure_saysSoAndKeepsEverything()
+void FileSavingTest::save_failure_showsMessageAndKeepsEverything()
 {
     const QString path = m_home->write(u"folder/a.txt"_s, "abc");
     m_documents->openFile(path);
@@ -144,7 +144,7 @@ void FileSavingTest::save_failure_saysSoAndKeepsEverything()
     QCOMPARE(document(0)->filePath(), path);
 }
 
-void FileSavingTest::save_fileBecameAFolder_saysSoAndKeepsEverything()
+void FileSavingTest::save_fileBecameAFolder_showsMessageAndKeepsEverything()
 {
     const QString path = m_home->write(u"a.txt"_s, "abc");
     m_documents->openFile(path);
@@ -213,10 +213,10 @@ void FileSavingTest::save_fileChangedOnDisk_asksFirst()
 {
     m_documents->openFile(m_home->write(u"a.txt"_s, "abc"));
     type(u"x"_s);
-    m_home->write(u"a.txt"_s, "by somebody else");
+    m_home->write(u"a.txt"_s, "by another program");
     test::clickInModal(u"キャンセル"_s);
     QVERIFY(!m_documents->saveDocument(controller(0)));
-    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("by somebody else"));
+    QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("by another program"));
     test::clickInModal(u"上書き保存"_s);
     QVERIFY(m_documents->saveDocument(controller(0)));
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("xabc"));

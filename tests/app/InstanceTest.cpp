@@ -80,7 +80,7 @@ private Q_SLOTS:
         QVERIFY(takePlace(addressIn(home)));
     }
 
-    void arrive_lockedButNobodyListens_failsInTime()
+    void arrive_lockedWithoutServer_failsAtTheDeadline()
     {
         const TemporaryHome home;
         const InstanceAddress address = addressIn(home);
@@ -140,7 +140,7 @@ private Q_SLOTS:
         }
     }
 
-    void socket_isNobodyElses()
+    void socket_permissions_areTheUsersOnly()
     {
         const TemporaryHome home;
         const InstanceAddress address = addressIn(home);
@@ -151,7 +151,7 @@ private Q_SLOTS:
         QVERIFY(!(QFile::permissions(address.lock) & others));
     }
 
-    void address_ofDisplays_tellsThemApart()
+    void address_otherDisplay_differs()
     {
         const TemporaryHome home;
         QVERIFY(QDir().mkpath(home.file(u"run"_s)));
@@ -262,24 +262,24 @@ private Q_SLOTS:
         QVERIFY(outcome.get().error().kind == Kind::NotTaken);
     }
 
-    void server_whoGaveUp_expectsNothing()
+    void server_clientThatGaveUp_getsNoReply()
     {
         const TemporaryHome home;
         InstanceServer server(*takePlace(addressIn(home)));
-        bool isHeard = true;
+        bool isSent = true;
         QSignalSpy spy(&server, &InstanceServer::requested);
-        connect(&server, &InstanceServer::requested, [&isHeard](InstanceClient *client) {
-            isHeard = client->taken();
+        connect(&server, &InstanceServer::requested, [&isSent](InstanceClient *client) {
+            isSent = client->taken();
         });
         {
             const auto stream = LocalSocket::connectTo(addressIn(home).socket);
             QVERIFY(stream && !handOver(requestOf("/a"), *stream, 0ms));
         }
         QTRY_COMPARE(spy.size(), 1);
-        QVERIFY(!isHeard);
+        QVERIFY(!isSent);
     }
 
-    void server_noise_isRefusedAndHarmsNobody()
+    void server_malformedBytes_areRefused()
     {
         const TemporaryHome home;
         const InstanceAddress address = addressIn(home);
@@ -305,7 +305,7 @@ private Q_SLOTS:
         }
     }
 
-    void server_whoSaysNothing_isDropped()
+    void server_silentClient_isDropped()
     {
         const TemporaryHome home;
         const InstanceAddress address = addressIn(home);

@@ -30,21 +30,21 @@ private Q_SLOTS:
     void cleanup() { end(); }
 
     void open_large_showsItsWindowFirstAndItsTextLater();
-    void open_largeButQuick_isThereAtOnce();
+    void open_largeButQuick_isShownAtOnce();
     void open_againWhileItIsRead_bringsItsWindowForward();
     void open_severalAtOnce_areAllRead();
     void open_intoThePristineWindow_takesItsPlace();
-    void open_invalidAtTheEnd_saysSoAndLeavesAnUntitledWindow();
+    void open_invalidAtTheEnd_showsMessageAndLeavesAnUntitledWindow();
     void open_invalidAtTheStart_opensNothing();
     void open_sequenceCutByTheCheck_isRead();
     void open_invalidBesideAnotherWindow_closesItsWindow();
-    void open_calledOff_leavesNoMessage();
-    void open_windowClosedMeanwhile_isCalledOff();
+    void open_cancelled_leavesNoMessage();
+    void open_windowClosedMeanwhile_isCancelled();
     void open_whileItIsRead_refusesSavesAndMacros();
     void open_whileItIsRead_macroWithAPromptSaysWhyItCannotRun();
-    void open_controllerDies_isCalledOff();
+    void open_controllerDestroyed_isCancelled();
     void closeAll_whileFilesAreRead_closesThem();
-    void closeAll_fileFailsDuringTheQuestion_goesOn();
+    void closeAll_fileFailsDuringTheQuestion_continues();
 };
 
 void LargeFileOpeningTest::init()
@@ -73,7 +73,7 @@ void LargeFileOpeningTest::open_large_showsItsWindowFirstAndItsTextLater()
     QVERIFY(window()->isWindowModified());
 }
 
-void LargeFileOpeningTest::open_largeButQuick_isThereAtOnce()
+void LargeFileOpeningTest::open_largeButQuick_isShownAtOnce()
 {
     m_documents->setTransferLimits(
         {.directBytes = 1, .reading = std::chrono::milliseconds(test::kLongWait), .saving = {}});
@@ -116,7 +116,7 @@ void LargeFileOpeningTest::open_intoThePristineWindow_takesItsPlace()
     QCoreApplication::processEvents();
 }
 
-void LargeFileOpeningTest::open_invalidAtTheEnd_saysSoAndLeavesAnUntitledWindow()
+void LargeFileOpeningTest::open_invalidAtTheEnd_showsMessageAndLeavesAnUntitledWindow()
 {
     QVERIFY(
         m_documents->openFile(m_home->write(u"a.txt"_s, QByteArray(1'000'000, 'x') + "\xE3\x81")));
@@ -175,7 +175,7 @@ void LargeFileOpeningTest::open_invalidBesideAnotherWindow_closesItsWindow()
     QCOMPARE(text(), u"x"_s);
 }
 
-void LargeFileOpeningTest::open_calledOff_leavesNoMessage()
+void LargeFileOpeningTest::open_cancelled_leavesNoMessage()
 {
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
     QTest::keyClick(window()->findChild<LoadingView *>(), Qt::Key_Escape);
@@ -186,7 +186,7 @@ void LargeFileOpeningTest::open_calledOff_leavesNoMessage()
     QCOMPARE(text(), QString());
 }
 
-void LargeFileOpeningTest::open_windowClosedMeanwhile_isCalledOff()
+void LargeFileOpeningTest::open_windowClosedMeanwhile_isCancelled()
 {
     m_documents->newDocument();
     type(u"x"_s);
@@ -227,7 +227,7 @@ void LargeFileOpeningTest::open_whileItIsRead_macroWithAPromptSaysWhyItCannotRun
     QCOMPARE(label->text(), u"ファイルを読み込んでいる間は、マクロを実行できません"_s);
 }
 
-void LargeFileOpeningTest::open_controllerDies_isCalledOff()
+void LargeFileOpeningTest::open_controllerDestroyed_isCancelled()
 {
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, QByteArray(20'000'000, 'x'))));
     m_documents.reset();
@@ -244,7 +244,7 @@ void LargeFileOpeningTest::closeAll_whileFilesAreRead_closesThem()
     QCoreApplication::processEvents();
 }
 
-void LargeFileOpeningTest::closeAll_fileFailsDuringTheQuestion_goesOn()
+void LargeFileOpeningTest::closeAll_fileFailsDuringTheQuestion_continues()
 {
     m_documents->newDocument();
     type(u"x"_s);

@@ -26,14 +26,14 @@ private Q_SLOTS:
 
     void save_typingGoesOn_leavesThatUnsaved();
     void save_askedForTwice_writesTwice();
-    void save_calledOff_keepsTheOldFile();
-    void save_noSpace_saysSoAndKeepsEverything();
+    void save_cancelled_keepsTheOldFile();
+    void save_noSpace_showsMessageAndKeepsEverything();
     void saveAs_whileItIsWritten_holdsItsName();
     void saveAs_nameTakenMeanwhile_asks();
     void saveAs_duringASave_waitsForIt();
     void close_whileSaving_waitsForTheFile();
-    void close_whileSavingThenCalledOff_staysOpen();
-    void close_saveFails_saysSoOnceAndStaysOpen();
+    void close_whileSavingThenCancelled_staysOpen();
+    void close_saveFails_showsOneMessageAndStaysOpen();
     void close_editedAndSaved_closesOnceItIsWritten();
     void closeAll_whileSaving_waitsForTheFile();
 
@@ -107,7 +107,7 @@ void LargeFileSavingTest::save_askedForTwice_writesTwice()
     QVERIFY(!document()->isWriting());
 }
 
-void LargeFileSavingTest::save_calledOff_keepsTheOldFile()
+void LargeFileSavingTest::save_cancelled_keepsTheOldFile()
 {
     startLongSave();
     auto *button = window()->findChild<QToolButton *>(u"transferCancel"_s);
@@ -125,7 +125,7 @@ void LargeFileSavingTest::save_calledOff_keepsTheOldFile()
     QTRY_VERIFY(view()->hasFocus());
 }
 
-void LargeFileSavingTest::save_noSpace_saysSoAndKeepsEverything()
+void LargeFileSavingTest::save_noSpace_showsMessageAndKeepsEverything()
 {
     openAndWait(m_home->write(u"a.txt"_s, "old"));
     replaceText(test::hugeText(3));
@@ -214,7 +214,7 @@ void LargeFileSavingTest::close_whileSaving_waitsForTheFile()
     QCOMPARE(QFileInfo(m_home->file(u"a.txt"_s)).size(), 300'000'000);
 }
 
-void LargeFileSavingTest::close_whileSavingThenCalledOff_staysOpen()
+void LargeFileSavingTest::close_whileSavingThenCancelled_staysOpen()
 {
     startLongSave();
     const test::ModalAnswerer answer([](QWidget *modal) {
@@ -229,7 +229,7 @@ void LargeFileSavingTest::close_whileSavingThenCalledOff_staysOpen()
     QCOMPARE(files(), QStringList{u"a.txt"_s});
 }
 
-void LargeFileSavingTest::close_saveFails_saysSoOnceAndStaysOpen()
+void LargeFileSavingTest::close_saveFails_showsOneMessageAndStaysOpen()
 {
     startSave();
     type(u"y"_s);

@@ -43,8 +43,8 @@ private Q_SLOTS:
     void prefixMacro_prompted_usesTheAnswer_data();
     void prefixMacro_prompted_usesTheAnswer();
     void suffixMacro_promptedAndAccepted_appendsAComma();
-    void prompt_ofAMacro_saysWhatItAsksFor_data();
-    void prompt_ofAMacro_saysWhatItAsksFor();
+    void prompt_ofAMacro_namesItsInput_data();
+    void prompt_ofAMacro_namesItsInput();
     void datePrompt_cancelled_isNoticed();
     void datePrompt_answered_insertsTheDate();
     void prompt_windowActivatedMeanwhile_receivesTheRun();
@@ -173,7 +173,7 @@ void MacroCommandsTest::suffixMacro_promptedAndAccepted_appendsAComma()
     QTRY_COMPARE_WITH_TIMEOUT(text(), u"a,\nb,"_s, test::kLongWait);
 }
 
-void MacroCommandsTest::prompt_ofAMacro_saysWhatItAsksFor_data()
+void MacroCommandsTest::prompt_ofAMacro_namesItsInput_data()
 {
     QTest::addColumn<QString>("id");
     QTest::addColumn<QString>("key");
@@ -187,7 +187,7 @@ void MacroCommandsTest::prompt_ofAMacro_saysWhatItAsksFor_data()
                           << u"挿入する日付の形式を選択してください："_s << u"yyyy-MM-dd HH:mm"_s;
 }
 
-void MacroCommandsTest::prompt_ofAMacro_saysWhatItAsksFor()
+void MacroCommandsTest::prompt_ofAMacro_namesItsInput()
 {
     QFETCH(QString, id);
     QFETCH(QString, key);

@@ -54,7 +54,7 @@ private Q_SLOTS:
         QVERIFY(!OpenDialogs::block(&notice));
     }
 
-    void watch_dialogClosedHiddenOrDestroyed_tellsOnceLater_data()
+    void watch_dialogClosedHiddenOrDestroyed_emitsOnceLater_data()
     {
         QTest::addColumn<int>("way");
         QTest::newRow("closed") << 0;
@@ -62,7 +62,7 @@ private Q_SLOTS:
         QTest::newRow("destroyed") << 2;
     }
 
-    void watch_dialogClosedHiddenOrDestroyed_tellsOnceLater()
+    void watch_dialogClosedHiddenOrDestroyed_emitsOnceLater()
     {
         QFETCH(int, way);
         OpenDialogs dialogs;
@@ -88,7 +88,7 @@ private Q_SLOTS:
         QCOMPARE(closed.count(), 1); // Nothing watches any more.
     }
 
-    void watch_menu_tells()
+    void watch_menuClosed_emits()
     {
         OpenDialogs dialogs;
         const QSignalSpy closed(&dialogs, &OpenDialogs::closed);

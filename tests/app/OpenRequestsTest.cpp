@@ -196,7 +196,7 @@ private Q_SLOTS:
         auto outcome = m_world->handOver(request);
         QTRY_VERIFY_WITH_TIMEOUT(m_world->controllerOf(second) != nullptr, test::kLongWait);
         QVERIFY(m_world->documents.closeDocument(m_world->controllerOf(first)));
-        // A later client is told about its document; the first one would have been told before.
+        // The reply to a later client arrives; one to the first client would have arrived before.
         const QString third = m_world->home.write(u"c.txt"_s, "c");
         request.items = {itemOf(third)};
         auto later = m_world->handOver(request);
@@ -279,7 +279,7 @@ private Q_SLOTS:
     }
 
     // A macro may run until the user stops it, and blocks only its own window.
-    void macro_thatDoesNotEnd_letsNobodyWait()
+    void macro_thatDoesNotEnd_delaysNoRequest()
     {
         const QString path = m_world->home.write(u"a.txt"_s, "a\n");
         m_world->documents.newDocument();
@@ -295,7 +295,7 @@ private Q_SLOTS:
         QVERIFY(busy->isRunningMacro());
     }
 
-    void question_onTheScreen_letsRequestsWait()
+    void question_open_delaysRequests()
     {
         m_world->documents.newDocument();
         const QString path = m_world->home.write(u"a.txt"_s, "a");

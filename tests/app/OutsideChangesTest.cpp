@@ -53,7 +53,7 @@ private Q_SLOTS:
     void deleted_save_writesItAgain();
     void unreadable_text_staysAndIsUnsaved();
     void keepMine_undoToTheOldText_staysUnsaved();
-    void interruptedSave_open_saysWhereTheTextIs();
+    void interruptedSave_open_showsWhereTheTextIs();
 
 private:
     [[nodiscard]] std::optional<QString> message() const
@@ -449,7 +449,7 @@ void OutsideChangesTest::keepMine_undoToTheOldText_staysUnsaved()
     QVERIFY(document()->isEdited());
 }
 
-void OutsideChangesTest::interruptedSave_open_saysWhereTheTextIs()
+void OutsideChangesTest::interruptedSave_open_showsWhereTheTextIs()
 {
     m_path = m_home->write(u"a.txt"_s, "half wri");
     // The name of a safety copy of this file.

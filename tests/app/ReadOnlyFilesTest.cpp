@@ -73,10 +73,10 @@ void ReadOnlyFilesTest::readOnlyFile_save_offersAnotherPlace()
 {
     editReadOnlyFile();
     const QString other = m_home->file(u"other.txt"_s);
-    QStringList told;
-    const test::ModalAnswerer answer(answering({u"別名で保存…"_s}, other, told));
+    QStringList shown;
+    const test::ModalAnswerer answer(answering({u"別名で保存…"_s}, other, shown));
     QVERIFY(test::asUnprivilegedUser([&] { return m_documents->saveDocument(controller()); }));
-    QCOMPARE(told, QStringList{u"このファイルには書き込めません"_s});
+    QCOMPARE(shown, QStringList{u"このファイルには書き込めません"_s});
     QCOMPARE(m_home->read(u"other.txt"_s), QByteArray("xold"));
     QCOMPARE(m_home->read(u"a.txt"_s), QByteArray("old"));
     QCOMPARE(document()->filePath(), other);
@@ -87,10 +87,10 @@ void ReadOnlyFilesTest::readOnlyFile_closeAndSaveElsewhere_closes()
 {
     editReadOnlyFile();
     const QString other = m_home->file(u"other.txt"_s);
-    QStringList told;
-    const test::ModalAnswerer answer(answering({u"別名で保存…"_s, u"保存"_s}, other, told));
+    QStringList shown;
+    const test::ModalAnswerer answer(answering({u"別名で保存…"_s, u"保存"_s}, other, shown));
     QVERIFY(test::asUnprivilegedUser([&] { return m_documents->closeDocument(controller()); }));
-    QCOMPARE(told.size(), 2);
+    QCOMPARE(shown.size(), 2);
     QCOMPARE(m_home->read(u"other.txt"_s), QByteArray("xold"));
 }
 

@@ -167,7 +167,7 @@ private Q_SLOTS:
         QCOMPARE(MacroJson::read(home.read(u"store/macros.json"_s)).value(), QList<Macro>{last});
     }
 
-    void signals_raised_areToldInAnEvent()
+    void signals_raised_areReportedByTheEventLoop()
     {
         TerminationSignals signals;
         const QSignalSpy spy(&signals, &TerminationSignals::received);

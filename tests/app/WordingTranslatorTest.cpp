@@ -23,8 +23,8 @@ private Q_SLOTS:
 
     void cleanup() { wording::setActiveValues(std::nullopt); }
 
-    void fileDialog_made_speaksJapanese();
-    void fieldMenu_made_speaksJapanese();
+    void fileDialog_made_isJapanese();
+    void fieldMenu_made_isJapanese();
     void activeProfile_overridesTheDefault();
     void unknownTexts_areLeftAlone();
 
@@ -32,7 +32,7 @@ private:
     WordingTranslator m_translator;
 };
 
-void WordingTranslatorTest::fileDialog_made_speaksJapanese()
+void WordingTranslatorTest::fileDialog_made_isJapanese()
 {
     QFileDialog dialog;
     dialog.setOption(QFileDialog::DontUseNativeDialog);
@@ -45,7 +45,7 @@ void WordingTranslatorTest::fileDialog_made_speaksJapanese()
             QVERIFY2(button->toolTip().at(0).unicode() > 0x7F, qPrintable(button->toolTip()));
 }
 
-void WordingTranslatorTest::fieldMenu_made_speaksJapanese()
+void WordingTranslatorTest::fieldMenu_made_isJapanese()
 {
     QLineEdit field;
     const std::unique_ptr<QMenu> menu(field.createStandardContextMenu());

@@ -36,7 +36,7 @@ expect() {
     local got
     got=$(sed -n 's/.* install //p' "$calls" | sed 's/--[a-z-]* //g')
     [[ $got == "$wanted" ]] && return
-    echo "$title: apt was told to install \"$got\" instead of \"$wanted\"; said: $said"
+    echo "$title: apt had to install \"$got\" instead of \"$wanted\"; output: $said"
     failures=$((failures + 1))
 }
 

@@ -46,8 +46,8 @@ class CodeEditorTest final : public QObject
 
 private Q_SLOTS:
     void text_comesBackExactly();
-    void setText_forgetsUndoAndTellsNobody();
-    void typing_isToldAndUndone();
+    void setText_clearsUndoAndEmitsNothing();
+    void typing_anyText_isReportedAndUndone();
     void code_isShownInColours();
     void openedComment_coloursTheLinesBelow();
     void palette_changed_changesTheColours();
@@ -83,7 +83,7 @@ void CodeEditorTest::text_comesBackExactly()
     QCOMPARE(f.editor.text(), u"axy"_s + text.mid(1));
 }
 
-void CodeEditorTest::setText_forgetsUndoAndTellsNobody()
+void CodeEditorTest::setText_clearsUndoAndEmitsNothing()
 {
     Form f(u"one"_s);
     f.type(u"a"_s);
@@ -94,7 +94,7 @@ void CodeEditorTest::setText_forgetsUndoAndTellsNobody()
     QVERIFY(spy.isEmpty());
 }
 
-void CodeEditorTest::typing_isToldAndUndone()
+void CodeEditorTest::typing_anyText_isReportedAndUndone()
 {
     Form f(u"one"_s);
     QSignalSpy spy(&f.editor, &CodeEditor::textChanged);

@@ -22,7 +22,7 @@ class BackgroundTaskTest final : public QObject
 private Q_SLOTS:
     void work_completes_onTheThreadOfTheTask();
     void work_thatThrows_fails();
-    void work_startedAgain_forgetsTheFirst();
+    void work_startedAgain_discardsTheFirst();
     void processEnd_duringWork_doesNotWaitForIt();
 };
 
@@ -55,7 +55,7 @@ void BackgroundTaskTest::work_thatThrows_fails()
     }
 }
 
-void BackgroundTaskTest::work_startedAgain_forgetsTheFirst()
+void BackgroundTaskTest::work_startedAgain_discardsTheFirst()
 {
     BackgroundTask task;
     const auto gate = std::make_shared<QSemaphore>();

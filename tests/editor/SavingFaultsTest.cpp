@@ -87,10 +87,11 @@ public:
     {
         const QString path =
             m_way == Way::ThroughALink ? m_home.file(u"link"_s) : m_home.file(u"folder/file"_s);
-        const bool isNobody = needsRoot(m_way);
-        return [path, isNobody, text = *Text::fromUtf8(content)] {
-            if (isNobody && (::setgroups(0, nullptr) != 0 || ::setegid(kUnprivilegedUser) != 0 ||
-                             ::seteuid(kUnprivilegedUser) != 0))
+        const bool isUnprivileged = needsRoot(m_way);
+        return [path, isUnprivileged, text = *Text::fromUtf8(content)] {
+            if (isUnprivileged &&
+                (::setgroups(0, nullptr) != 0 || ::setegid(kUnprivilegedUser) != 0 ||
+                 ::seteuid(kUnprivilegedUser) != 0))
                 return 255;
             return save(path, text);
         };

@@ -66,18 +66,18 @@ private Q_SLOTS:
     void write_success_setsSavePointAndPath();
     void write_failure_leavesDocumentAndPath();
     void write_throughSymbolicLink_keepsLinkAndMode();
-    void read_missingFile_saysNotFound();
+    void read_missingFile_isNotFound();
     void read_folder_fails();
     void write_afterForeignWrite_isRefusedUntilAccepted();
     void reading_onAnotherThread_endsAsReadAtOnce();
     void reading_invalidLastByte_failsAsAWhole();
     void reading_cancelled_leavesTheDocument();
-    void reading_documentDies_isCalledOff();
+    void reading_documentDestroyed_isCancelled();
     void writing_editedMeanwhile_writesTheTextOfItsStart();
     void writing_cancelled_keepsTheOldFile();
     void writing_noSpace_keepsTheOldFile();
     void writing_failure_leavesDocumentAndPath();
-    void waiting_forATransfer_tellsItsEndOnce();
+    void waiting_forATransfer_reportsItsEndOnce();
 
 private:
     /// Waits for the end of the document's transfer, and returns its error.
@@ -251,7 +251,7 @@ void TextDocumentTest::write_throughSymbolicLink_keepsLinkAndMode()
     QVERIFY(!kept.testFlag(QFile::ReadOther));
 }
 
-void TextDocumentTest::read_missingFile_saysNotFound()
+void TextDocumentTest::read_missingFile_isNotFound()
 {
     TextDocument document;
     const auto read = document.readFromFile(path(u"missing.txt"_s));
@@ -338,7 +338,7 @@ void TextDocumentTest::reading_cancelled_leavesTheDocument()
     QVERIFY(document.filePath().isEmpty());
 }
 
-void TextDocumentTest::reading_documentDies_isCalledOff()
+void TextDocumentTest::reading_documentDestroyed_isCancelled()
 {
     constexpr qint64 kSize = 1'000'000'000; // Takes long to read; the file itself is sparse.
     writeBytes(path(u"a.txt"_s), {});
@@ -418,7 +418,7 @@ void TextDocumentTest::writing_failure_leavesDocumentAndPath()
     QVERIFY(document.filePath().isEmpty());
 }
 
-void TextDocumentTest::waiting_forATransfer_tellsItsEndOnce()
+void TextDocumentTest::waiting_forATransfer_reportsItsEndOnce()
 {
     using namespace std::chrono_literals;
     writeBytes(path(u"a.txt"_s), "abc");

@@ -43,7 +43,7 @@ private Q_SLOTS:
     void halfAPair_isReplacedWhole();
     void insertionInsidePair_removesNothing();
     void wholeReplacement_undoGivesTheSameValue();
-    void changed_tellsWhatWasReplaced();
+    void changed_anyEdit_reportsWhatWasReplaced();
     void randomEditsUndoRedo_matchModel_data();
     void randomEditsUndoRedo_matchModel();
 };
@@ -424,7 +424,7 @@ void TextStorageTest::wholeReplacement_undoGivesTheSameValue()
     QVERIFY(storage.text().isSameValue(before));
 }
 
-void TextStorageTest::changed_tellsWhatWasReplaced()
+void TextStorageTest::changed_anyEdit_reportsWhatWasReplaced()
 {
     TextStorage storage;
     storage.setText(Text(u"abc"));

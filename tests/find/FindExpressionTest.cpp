@@ -103,8 +103,8 @@ private Q_SLOTS:
     void expression_emptyMatches_endAndCountOnce();
     void expression_atWindowEdges_isFoundOnce();
     void expression_lookingBehind_seesAcrossSteps();
-    void expression_unicode_knowsJapaneseAndPairs();
-    void expression_invalid_tellsWhereAndWhy();
+    void expression_unicode_matchesJapaneseAndPairs();
+    void expression_invalid_reportsPlaceAndReason();
     void expression_longLinesAndMatches_areFoundWhole_data();
     void expression_longLinesAndMatches_areFoundWhole();
     void expression_randomTexts_isFoundAsInTheWholeText_data();
@@ -165,7 +165,7 @@ void FindExpressionTest::expression_lookingBehind_seesAcrossSteps()
     QCOMPARE(matches(text, expression(u"\\bx"_s)), (Ranges{{0, 1}}));
 }
 
-void FindExpressionTest::expression_unicode_knowsJapaneseAndPairs()
+void FindExpressionTest::expression_unicode_matchesJapaneseAndPairs()
 {
     QCOMPARE(matches(u"日本 😀x"_s, expression(u"\\w+"_s)), (Ranges{{0, 2}, {5, 6}}));
     QCOMPARE(matches(u"あア漢"_s, expression(u"\\p{Katakana}"_s)), (Ranges{{1, 2}}));
@@ -174,7 +174,7 @@ void FindExpressionTest::expression_unicode_knowsJapaneseAndPairs()
     QCOMPARE(matches(u"É"_s, ignoring).size(), 1);
 }
 
-void FindExpressionTest::expression_invalid_tellsWhereAndWhy()
+void FindExpressionTest::expression_invalid_reportsPlaceAndReason()
 {
     const auto finder = TextFinder::compile(expression(u"ab(c"_s));
     QVERIFY(!finder);

@@ -71,7 +71,7 @@ class Accessibility(Journey):
         self.assertEqual((line.x, line.y, line.height), (a.x, a.y, a.height))
         self.assertGreater(line.width, 2 * a.width)
 
-    def test_caret_and_selection_are_told_and_set(self):
+    def test_caret_and_selection_are_reported_and_set(self):
         self.open("one two three")
         with self.app.events("object:text-caret-moved", "object:text-selection-changed") as events:
             self.app.press("End")
@@ -86,7 +86,7 @@ class Accessibility(Journey):
         self.text.set_caret(2)
         self.assertEqual((self.text.caret(), self.text.selection()), (2, None))
 
-    def test_changes_are_told_with_the_text(self):
+    def test_changes_are_reported_with_the_text(self):
         path = self.open("one two")
         with self.app.events("object:text-changed") as events:
             self.app.type("X")

@@ -23,7 +23,7 @@ class Engine(journey.Journey):
         host.write_text("#!/bin/sh\nexit 3\n")
         host.chmod(0o755)
 
-    def test_broken_engine_is_told_at_start(self):
+    def test_broken_engine_is_reported_at_start(self):
         path = self.write("memo.txt", "元の文\n")
         self.app = Application(self.session, self.program, path)
         self.wait_for_title("memo.txt")
@@ -34,7 +34,7 @@ class Engine(journey.Journey):
         self.app.type("x")
         self.save(path, "x元の文\n")
 
-    def test_version_tells_of_it(self):
+    def test_version_reports_it(self):
         answer = subprocess.run(
             [self.program, "--version"], stdout=subprocess.PIPE, text=True, env=self.session.environment
         )

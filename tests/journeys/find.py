@@ -50,7 +50,7 @@ class Find(journey.Journey):
         app.press("ctrl+z")
         self.save(path, TEXT)
 
-    def test_a_faulty_expression_is_told_in_the_bar(self):
+    def test_a_faulty_expression_is_reported_in_the_bar(self):
         app, _ = self.start_with_bar()
         app.click(app.wait_for(name="正規表現"))
         app.type("(cat")

@@ -134,7 +134,7 @@ class Instance(journey.Journey):
         app.type("x")
         self.wait_for_title("second.txt*")
 
-    def test_folder_is_told_in_the_first(self):
+    def test_folder_is_reported_by_the_first(self):
         app = self.start(self.write("first.txt", ""))
         self.hand_over(self.files, status=1)
         app.wait_for("push button", "OK")
@@ -341,7 +341,7 @@ class Instance(journey.Journey):
         profile["values"] = {
             "cli.help": "shows this text",
             "cli.unknownOption": "unknown option",
-            "cli.walls": "Walls:",
+            "cli.sandbox": "Sandbox:",
             "cli.outputUnwritable": "no output",
         }
         folder = home / ".local/share/penwick/ui-wording-profiles"
@@ -355,14 +355,14 @@ class Instance(journey.Journey):
         before = files()
         answers = [self.launch(option).communicate(timeout=20) for option in ("--help", "--version")]
         self.assertIn("--help        shows this text\n", answers[0][0].decode())
-        self.assertIn("Walls:\n", answers[1][0].decode())
+        self.assertIn("Sandbox:\n", answers[1][0].decode())
         self.assertEqual(self.hand_over("--x", status=2), "penwick: unknown option: --x\n")
         with open("/dev/full", "wb") as full:
             said = self.hand_over("--help", status=1, stdout=full)
         self.assertTrue(said.startswith("penwick: no output: "))
         self.assertEqual(files(), before)
 
-    def test_answer_that_cannot_be_written_is_told(self):
+    def test_answer_that_cannot_be_written_is_an_error(self):
         self.session.environment.pop("DISPLAY")
         for argument in ("--help", "--version"):
             with open("/dev/full", "wb") as full:

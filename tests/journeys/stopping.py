@@ -168,13 +168,13 @@ class Stopping(journey.Journey):
         app.process.wait()
         until(lambda: not self.own_hosts(), "the end of the processes for macros")
 
-    def test_host_killed_from_outside_is_told(self):
+    def test_host_killed_from_outside_is_reported(self):
         app = self.start_with_macros()
         self.start_endless(app)
         for process in self.own_hosts():
             os.kill(process, signal.SIGKILL)
-        told = "マクロの実行中にエラーが発生しました: 実行が異常終了しました（シグナル: SIGKILL、"
-        self.wait_for_status(lambda text: text.startswith(told) and text.endswith("報告してください"))
+        reported = "マクロの実行中にエラーが発生しました: 実行が異常終了しました（シグナル: SIGKILL、"
+        self.wait_for_status(lambda text: text.startswith(reported) and text.endswith("報告してください"))
         self.wait_for_text("memo.txt", "x元の文\r\n")
 
 

@@ -14,7 +14,7 @@
 #include <cstdio>
 #include <limits>
 
-// Writes sample files as penwick does, and tells which files penwick accepts, for the checks that
+// Writes sample files as penwick does, and reports which files penwick accepts, for the checks that
 // are written in Python.
 //
 //   sample_files write FOLDER         fills a folder, which must exist, with one file of each kind

@@ -46,14 +46,14 @@ private Q_SLOTS:
 
     void cleanup() { end(); }
 
-    void run_editsAndNoNotification_saysCompleted();
+    void run_editsAndNoNotification_showsCompleted();
     void run_neitherEditsNorNotifications_leavesTheMessage();
     void run_twoNotifications_showsTheSecond();
     void run_onlyNotification_showsIt();
     void run_messages_comeInALaterTurn();
     void run_completionMessage_followsTheWording();
     void run_whileComposing_warnsAndTouchesNothing();
-    void run_withoutTextView_saysSo();
+    void run_withoutTextView_showsMessage();
     void run_scriptError_showsItAndTouchesNothing_data();
     void run_scriptError_showsItAndTouchesNothing();
     void run_oddScript_touchesNothing_data();
@@ -95,7 +95,7 @@ std::optional<QString> EditorWindowMacrosTest::message() const
     return m_controller->documentState()->macroNotificationMessage();
 }
 
-void EditorWindowMacrosTest::run_editsAndNoNotification_saysCompleted()
+void EditorWindowMacrosTest::run_editsAndNoNotification_showsCompleted()
 {
     open(u"abcd"_s, {1, 2});
     run(u"return {textEdits: [{type: 'insertAtCursor', text: 'X'}]};"_s);
@@ -171,7 +171,7 @@ void EditorWindowMacrosTest::run_whileComposing_warnsAndTouchesNothing()
     QCOMPARE(text(), u"X"_s);
 }
 
-void EditorWindowMacrosTest::run_withoutTextView_saysSo()
+void EditorWindowMacrosTest::run_withoutTextView_showsMessage()
 {
     run(u"return {notifications: [{message: 'ran'}]};"_s);
     QCOMPARE(message(), std::optional(u"テキストエリアが見つかりません"_s));

@@ -47,15 +47,15 @@ private Q_SLOTS:
     void label_isShownVerbatimOnTabAndTitle();
     void label_withControlCharacters_isOneHarmlessLine();
     void label_edited_isMarkedAndSpoken();
-    void labels_alike_areToldApartWhileTheyAre();
+    void labels_equal_showFoldersWhileTheyAre();
     void names_long_areElidedAndTabsStayReadable();
-    void names_alikeAndLong_keepWhatTellsThemApart();
+    void names_equalAndLong_keepWhatDiffers();
     void middleClick_onATab_asksToCloseIt();
     void middleClick_releasedElsewhere_doesNothing();
     void closeButton_clicked_asksToCloseItsTab();
-    void tabMenu_ofATab_asksForWhatItSays();
+    void tabMenu_ofATab_requestsItsItems();
     void tabMenu_ofTheOnlyTab_offersToCloseIt();
-    void buttons_afterAWordingChange_speakIt();
+    void buttons_afterAWordingChange_showIt();
     void controller_gone_leavesTheOthers();
 
 private:
@@ -270,7 +270,7 @@ void EditorWindowTest::label_edited_isMarkedAndSpoken()
     QVERIFY(m_window->isWindowModified());
 }
 
-void EditorWindowTest::labels_alike_areToldApartWhileTheyAre()
+void EditorWindowTest::labels_equal_showFoldersWhileTheyAre()
 {
     const Editor &one = add(u"one"_s);
     const TabLabel label{u"a.txt"_s, u"/p/&one/a.txt"_s, false};
@@ -315,7 +315,7 @@ void EditorWindowTest::names_long_areElidedAndTabsStayReadable()
     }
 }
 
-void EditorWindowTest::names_alikeAndLong_keepWhatTellsThemApart()
+void EditorWindowTest::names_equalAndLong_keepWhatDiffers()
 {
     for (const QString &folder : {u"one"_s, u"two"_s}) {
         const QString path =
@@ -368,7 +368,7 @@ void EditorWindowTest::closeButton_clicked_asksToCloseItsTab()
     QCOMPARE(*requests, Controllers{two.controller.get()});
 }
 
-void EditorWindowTest::tabMenu_ofATab_asksForWhatItSays()
+void EditorWindowTest::tabMenu_ofATab_requestsItsItems()
 {
     add(u"one"_s);
     const Editor &two = add(u"two"_s);
@@ -404,7 +404,7 @@ void EditorWindowTest::tabMenu_ofTheOnlyTab_offersToCloseIt()
     QVERIFY(!menu->actions().at(3)->isEnabled());
 }
 
-void EditorWindowTest::buttons_afterAWordingChange_speakIt()
+void EditorWindowTest::buttons_afterAWordingChange_showIt()
 {
     add(u"one"_s);
     const QWidget *button = m_window->tabBar()->tabButton(0, QTabBar::RightSide);

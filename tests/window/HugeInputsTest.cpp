@@ -26,7 +26,7 @@ private Q_SLOTS:
     void cleanup();
     void opened_counters_areRight();
     void opened_screen_laysOutAFewSegments();
-    void typed_atBothEnds_standsThere();
+    void typed_atBothEnds_isInserted();
     void paged_downAndUp_comesBack();
     void erasedBackward_atTheEnd_takesOneCharacter();
     void saved_unedited_isTheSameFile();
@@ -118,7 +118,7 @@ void HugeInputsTest::opened_screen_laysOutAFewSegments()
     }
 }
 
-void HugeInputsTest::typed_atBothEnds_standsThere()
+void HugeInputsTest::typed_atBothEnds_isInserted()
 {
     QTest::keyClick(view(), Qt::Key_End, Qt::ControlModifier);
     QCOMPARE(view()->selectedRange().location, view()->string().size());

@@ -40,7 +40,7 @@ private Q_SLOTS:
     void init();
     void shortRun_hasEndedOnReturn();
     void secondLong_returnsBeforeItHasEnded();
-    void notice_saysWhatRunsAndForHowLong();
+    void notice_shown_namesMacroAndTime();
     void notice_isModalForItsWindowAlone();
     void notice_closed_stopsTheRun();
     void notice_button_stopsTheRun();
@@ -107,7 +107,7 @@ void MacroRunTest::secondLong_returnsBeforeItHasEnded()
     QCOMPARE(editor.bytes(), QByteArray(test::MacroEditor::kAfter));
 }
 
-void MacroRunTest::notice_saysWhatRunsAndForHowLong()
+void MacroRunTest::notice_shown_namesMacroAndTime()
 {
     test::MacroEditor editor(m_settings);
     QElapsedTimer elapsed;

@@ -29,11 +29,11 @@ private Q_SLOTS:
     void quickTransfer_fromStartToEnd_isNeverShown();
     void quickTransfer_endedUnderAMessage_isNeverShown();
     void longTransfer_lasting_isShownUntilItsEnd();
-    void reading_shown_saysSoWithProgressAndNames();
-    void writing_shown_saysSoWithProgressAndNames();
-    void stopButton_clicked_callsTheTransferOff();
+    void reading_shown_hasTextProgressAndNames();
+    void writing_shown_hasTextProgressAndNames();
+    void stopButton_clicked_cancelsTheTransfer();
     void documentGone_whileShown_isHarmless();
-    void loadingView_escape_callsTheReadingOff();
+    void loadingView_escape_cancelsTheReading();
 
 private:
     [[nodiscard]] QString path(const QString &name) const { return m_folder->filePath(name); }
@@ -127,7 +127,7 @@ void TransferBarTest::longTransfer_lasting_isShownUntilItsEnd()
     QVERIFY(!m_document->isWriting());
 }
 
-void TransferBarTest::reading_shown_saysSoWithProgressAndNames()
+void TransferBarTest::reading_shown_hasTextProgressAndNames()
 {
     startReading();
     m_bar->showAtOnce();
@@ -140,7 +140,7 @@ void TransferBarTest::reading_shown_saysSoWithProgressAndNames()
     QVERIFY(progress()->value() <= 99);
 }
 
-void TransferBarTest::writing_shown_saysSoWithProgressAndNames()
+void TransferBarTest::writing_shown_hasTextProgressAndNames()
 {
     m_document->setContentString(Text(u"abc"));
     m_document->startWriting(path(u"a.txt"_s));
@@ -150,7 +150,7 @@ void TransferBarTest::writing_shown_saysSoWithProgressAndNames()
     QCOMPARE(button()->accessibleName(), u"保存を中止"_s);
 }
 
-void TransferBarTest::stopButton_clicked_callsTheTransferOff()
+void TransferBarTest::stopButton_clicked_cancelsTheTransfer()
 {
     std::optional<DocumentError> error;
     connect(m_document.get(),
@@ -177,7 +177,7 @@ void TransferBarTest::documentGone_whileShown_isHarmless()
     m_bar->showAtOnce();
 }
 
-void TransferBarTest::loadingView_escape_callsTheReadingOff()
+void TransferBarTest::loadingView_escape_cancelsTheReading()
 {
     DocumentState state;
     LoadingView view(m_document.get(), &state);

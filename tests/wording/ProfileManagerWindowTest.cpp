@@ -166,7 +166,7 @@ private Q_SLOTS:
         QVERIFY(world.page().labels().contains(u"プロファイルを選択してください"_s));
     }
 
-    void list_readByAssistiveTechnology_saysBadgeAndMark()
+    void list_readByAssistiveTechnology_namesBadgeAndMark()
     {
         const World world;
         QCOMPARE(world.page().row(0).data(Qt::AccessibleTextRole).toString(),
@@ -326,7 +326,7 @@ private Q_SLOTS:
         QVERIFY(QApplication::activeModalWidget() == nullptr);
     }
 
-    void apply_profile_relabelsMarksAndSaysSo()
+    void apply_profile_relabelsMarksAndShowsMessage()
     {
         const World world({userProfile(u"A"_s, u"Mine"_s)});
         world.page().clickRow(2);
@@ -452,7 +452,7 @@ private Q_SLOTS:
         QCOMPARE(world.page().names().size(), 2);
     }
 
-    void import_badFile_saysWhyAndAddsNothing_data()
+    void import_badFile_showsReasonAndAddsNothing_data()
     {
         QTest::addColumn<QByteArray>("content");
         QTest::addColumn<QString>("message");
@@ -472,7 +472,7 @@ private Q_SLOTS:
             << userProfile(u"../N"_s, u"New"_s).toJson() << u"ファイルを開けませんでした"_s;
     }
 
-    void import_badFile_saysWhyAndAddsNothing()
+    void import_badFile_showsReasonAndAddsNothing()
     {
         QFETCH(QByteArray, content);
         QFETCH(QString, message);
@@ -486,7 +486,7 @@ private Q_SLOTS:
         QCOMPARE(world.page().selectedName(), u"English (Built-in)"_s);
     }
 
-    void import_folder_saysSo()
+    void import_folder_showsMessage()
     {
         const World world;
         world.clickImport(world.home.file(u"profiles"_s));
@@ -558,7 +558,7 @@ private Q_SLOTS:
         QVERIFY(QApplication::activeModalWidget() == nullptr); // The user cancelled the panel.
     }
 
-    void export_cannotBeWritten_saysSoAndLeavesTheOldFile()
+    void export_cannotBeWritten_showsMessageAndLeavesTheOldFile()
     {
         const World world;
         world.page().clickRow(1);

@@ -270,7 +270,7 @@ private Q_SLOTS:
         QCOMPARE(wording::text(u"menu.file"_s), QString());
     }
 
-    void apply_anyProfile_isRememberedAndTold()
+    void apply_anyProfile_isStoredAndPosted()
     {
         World world;
         const auto manager = world.start();

@@ -33,9 +33,9 @@ class GuideExamplesTest final : public QObject
 
 private Q_SLOTS:
     void initTestCase();
-    void example_run_doesWhatTheGuideSays_data();
-    void example_run_doesWhatTheGuideSays();
-    void examples_headersAreReadAsTheGuideSays();
+    void example_run_doesWhatTheGuideDescribes_data();
+    void example_run_doesWhatTheGuideDescribes();
+    void examples_headers_areReadAsTheGuideDescribes();
     void guides_giveTheSameExamplesAndChapters();
     void guides_nameEveryFieldOfTheContext();
 
@@ -95,7 +95,7 @@ QList<GuideExamplesTest::Example> GuideExamplesTest::readExamples(const QString 
             isCodeNext = true;
         } else if (match.captured(u"kind"_s) == "js"_L1) {
             if (!isCodeNext)
-                qFatal("%s: code that nobody runs: %s",
+                qFatal("%s: code that no test runs: %s",
                        qPrintable(language),
                        qPrintable(match.captured(u"block"_s)));
             examples.last().code = match.captured(u"block"_s).chopped(1);
@@ -114,7 +114,7 @@ void GuideExamplesTest::initTestCase()
         m_examples += readExamples(language);
 }
 
-void GuideExamplesTest::example_run_doesWhatTheGuideSays_data()
+void GuideExamplesTest::example_run_doesWhatTheGuideDescribes_data()
 {
     QTest::addColumn<qsizetype>("index");
     for (qsizetype i = 0; i < m_examples.size(); ++i)
@@ -123,7 +123,7 @@ void GuideExamplesTest::example_run_doesWhatTheGuideSays_data()
             << i;
 }
 
-void GuideExamplesTest::example_run_doesWhatTheGuideSays()
+void GuideExamplesTest::example_run_doesWhatTheGuideDescribes()
 {
     QFETCH(qsizetype, index);
     const Example &example = m_examples.at(index);
@@ -161,7 +161,7 @@ void GuideExamplesTest::example_run_doesWhatTheGuideSays()
     QCOMPARE(view->string().toString(), before);
 }
 
-void GuideExamplesTest::examples_headersAreReadAsTheGuideSays()
+void GuideExamplesTest::examples_headers_areReadAsTheGuideDescribes()
 {
     int headers = 0;
     for (const Example &example : m_examples) {

@@ -58,9 +58,9 @@ void HostileMacrosTest::macro_anyKind_leavesTheDocumentAlone()
         QRegularExpression::DotMatchesEverythingOption);
 
     test::MacroEditor editor(m_home.file(u"hostile.ini"_s));
-    std::optional<test::RunStopper> person;
+    std::optional<test::RunStopper> stopper;
     if (expected.match(u"マクロの実行を停止しました"_s).hasMatch())
-        person.emplace(editor);
+        stopper.emplace(editor);
     QVERIFY(editor.run(QString::fromUtf8(macro.readAll())));
     const QString message = editor.message();
     qInfo("%s (%d lines logged)", qPrintable(message.left(100)), editor.logged.load());

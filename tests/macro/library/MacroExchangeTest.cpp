@@ -39,7 +39,7 @@ private Q_SLOTS:
         QVERIFY(QApplication::activeModalWidget() == nullptr);
     }
 
-    void export_fullDisk_saysSoAndLeavesTheOldFile()
+    void export_fullDisk_showsMessageAndLeavesTheOldFile()
     {
         const MacroManagerScene world;
         world.page().clickRow(0);
@@ -53,7 +53,7 @@ private Q_SLOTS:
         QCOMPARE(world.home.read(u"out.json"_s), "old");
     }
 
-    void import_exported_isSelectedAndSaysSo()
+    void import_exported_isSelectedAndShowsMessage()
     {
         const MacroManagerScene world;
         const QString path =
@@ -70,7 +70,7 @@ private Q_SLOTS:
         QCOMPARE(world.page().badge(2), u"インポート"_s);
     }
 
-    void import_unreadable_saysWhyAndChangesNothing_data()
+    void import_unreadable_showsReasonAndChangesNothing_data()
     {
         QTest::addColumn<QByteArray>("content");
         QTest::addColumn<QString>("message");
@@ -83,7 +83,7 @@ private Q_SLOTS:
         QTest::newRow("gone") << QByteArray() << u"ファイルを開けませんでした"_s;
     }
 
-    void import_unreadable_saysWhyAndChangesNothing()
+    void import_unreadable_showsReasonAndChangesNothing()
     {
         QFETCH(QByteArray, content);
         QFETCH(QString, message);

@@ -45,7 +45,7 @@ private Q_SLOTS:
         QVERIFY(MacroFile::read(MacroFile::write(sampleMacro())) == sampleMacro());
     }
 
-    void read_headerSaysOtherThanTheMembers_headerCounts()
+    void read_headerDiffersFromTheMembers_headerCounts()
     {
         Macro macro = sampleMacro();
         macro.code = u"// penwick:macro\n// name: N\n// helpurl: H\n// version: V\n\nx"_s;

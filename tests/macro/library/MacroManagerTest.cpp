@@ -92,7 +92,7 @@ private Q_SLOTS:
         const QByteArray before = world.file();
         const auto manager = world.start();
         QVERIFY(isFatal([&] { manager->addMacro(sampleMacro(u"one more"_s)); }));
-        QVERIFY(!isFatal([&] { manager->updateMacro(sampleMacro(u"nobody"_s)); }));
+        QVERIFY(!isFatal([&] { manager->updateMacro(sampleMacro(u"missing"_s)); }));
         QCOMPARE(world.file(), before);
     }
 
@@ -274,7 +274,7 @@ private Q_SLOTS:
         check();
     }
 
-    void change_observers_areTold()
+    void change_observers_areNotified()
     {
         StoredMacros world;
         const auto manager = world.start();

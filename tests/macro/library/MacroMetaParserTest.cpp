@@ -92,7 +92,7 @@ private Q_SLOTS:
             << QString(kMarker + u"// HelpURL:https://example.com:8080/a//b\n"
                                  "//   DESCRIPTION\u3000:\t説明  \n"
                                  "  // Version: 1.0\n"
-                                 "// author: somebody\n"
+                                 "// author: A. Author\n"
                                  "// name: 名前: 一\n"
                                  "// HELPURL : https://example.com:8080/a//b\n"
                                  "// ::category: 10:30:00\n"
@@ -123,7 +123,7 @@ private Q_SLOTS:
         QTest::newRow("an empty line ends it")
             << QString(kMarker + u"// name: N\n\n// version: 3"_s) << named;
         named.strippedCode = u"x"_s;
-        QTest::newRow("no key is a key nobody knows")
+        QTest::newRow("no key counts as an unknown key")
             << QString(kMarker + u"//  : A\n// name: N\nx"_s) << named;
         named.name = u":"_s;
         QTest::newRow("a colon is a value") << QString(kMarker + u"// name::\nx"_s) << named;

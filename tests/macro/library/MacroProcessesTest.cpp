@@ -50,7 +50,7 @@ int addProfiles(const QString &folder, const QString &name)
     for (int i = 0; i < kRounds; ++i) {
         const auto lock = manager.beginChange();
         UIWordingProfile profile;
-        // Whoever comes first takes the id, the other one has to find another.
+        // The first process takes the id; the second one needs another.
         const QString id = QString::number(i);
         profile.id = manager.profileWithId(id) ? id + name : id;
         profile.name = name;
@@ -71,7 +71,7 @@ int hold(const QString &folder)
 }
 
 /// Takes the lock again as soon as it has released it.
-int hog(const QString &folder)
+int saveRepeatedly(const QString &folder)
 {
     StoreLock lock(folder);
     std::puts("begun");
@@ -90,7 +90,7 @@ int runChild(const QStringList &arguments)
         return change(arguments.at(2), arguments.at(3));
     if (task == u"profiles"_s)
         return addProfiles(arguments.at(2), arguments.at(3));
-    return task == u"hog"_s ? hog(arguments.at(2)) : hold(arguments.at(2));
+    return task == u"saveRepeatedly"_s ? saveRepeatedly(arguments.at(2)) : hold(arguments.at(2));
 }
 
 } // namespace
@@ -126,7 +126,7 @@ private Q_SLOTS:
         QCOMPARE(changed, kRounds); // Half of each process's.
         QCOMPARE(stored->size(), kRounds + kBuiltIn);
         QCOMPARE(ids.size(), stored->size());
-        QCOMPARE(orders.size(), stored->size()); // Nobody reckoned from an old list.
+        QCOMPARE(orders.size(), stored->size()); // No process computed one from an old list.
         QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
                  QStringList{u"macros.json"_s});
     }
@@ -149,7 +149,7 @@ private Q_SLOTS:
         const TemporaryHome home;
         const QString folder = home.file(u"data/penwick"_s);
         QVERIFY(QDir().mkpath(folder));
-        ChildProcess child({u"hog"_s, folder});
+        ChildProcess child({u"saveRepeatedly"_s, folder});
         QCOMPARE(child.readLine(), "begun");
         StoreLock lock(folder);
         for (int i = 0; i < 10; ++i)
@@ -200,7 +200,8 @@ int main(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
-    if (QStringList{u"change"_s, u"profiles"_s, u"hog"_s, u"hold"_s}.contains(arguments.value(1)))
+    if (QStringList{u"change"_s, u"profiles"_s, u"saveRepeatedly"_s, u"hold"_s}.contains(
+            arguments.value(1)))
         return runChild(arguments);
     MacroProcessesTest test;
     return QTest::qExec(&test, argc, argv);

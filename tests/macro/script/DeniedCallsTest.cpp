@@ -58,7 +58,7 @@ private Q_SLOTS:
     void refused_call_isNoFailure();
     void refused_callBeforeACrash_namesItself();
     void refused_whereSignalsAreBlocked_isAnsweredFromTheNextHostOn();
-    void exit_ofTheHost_tellsItsStatus();
+    void exit_ofTheHost_reportsItsStatus();
     void name_ofACall_isTheKernels();
 };
 
@@ -113,7 +113,7 @@ void DeniedCallsTest::refused_whereSignalsAreBlocked_isAnsweredFromTheNextHostOn
     QCOMPARE(killed.error().ending.cause, HostEnding::Cause::DeniedCall);
 }
 
-void DeniedCallsTest::exit_ofTheHost_tellsItsStatus()
+void DeniedCallsTest::exit_ofTheHost_reportsItsStatus()
 {
     DenyingPool pool;
     const ScriptOutcome outcome = pool.run(u"exit 3"_s);

@@ -58,7 +58,7 @@ private Q_SLOTS:
     void script_wrongZone_fails();
     void step_anyOne_worksFirstInItsProcess_data();
     void step_anyOne_worksFirstInItsProcess();
-    void host_thatEnds_isTold();
+    void host_thatEnds_isReported();
     void host_thatIsKilled_namesTheStep();
     void host_missing_isUnavailable();
     void deadline_passed_stopsTheTrial();
@@ -163,7 +163,7 @@ void EngineTrialTest::step_anyOne_worksFirstInItsProcess()
     QVERIFY(outcome->member(u"failures")->list()->empty());
 }
 
-void EngineTrialTest::host_thatEnds_isTold()
+void EngineTrialTest::host_thatEnds_isReported()
 {
     ScriptHostPool pool([] { return HostProcess::Settings{u"/bin/false"_s, 0, {}}; });
     const EngineTrial trial = pool.startTrial()(nullptr);

@@ -426,7 +426,7 @@ void ScriptRunnerTest::console_otherFunctions_areMissing()
 void ScriptRunnerTest::jobs_ofPromises_neitherFailNorOutliveTheRun()
 {
     const Ran ran =
-        run(u"Promise.reject(new Error('nobody listens'));"
+        run(u"Promise.reject(new Error('unhandled'));"
             "Promise.resolve().then(() => { console.log('a'); throw new Error('b'); });"
             "import('somewhere').catch(() => console.log('no module'));"
             "({get c() { Promise.resolve().then(() => console.log('d')); return 1; }})"_s);

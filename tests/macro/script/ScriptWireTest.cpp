@@ -97,7 +97,7 @@ private Q_SLOTS:
     void payload_cutAnywhere_isAnError();
     void payload_broken_isAnError_data();
     void payload_broken_isAnError();
-    void value_beyondItsLimits_saysWhich();
+    void value_beyondItsLimits_failsWithTheLimit();
     void failure_thatIsNotTheHostsToSay_isAnError();
     void failure_amidAValue_isTheOutcome();
 };
@@ -276,7 +276,7 @@ void ScriptWireTest::payload_broken_isAnError()
     QCOMPARE(static_cast<int>(valueError(payload).value_or(WireError::BadHeader)), error);
 }
 
-void ScriptWireTest::value_beyondItsLimits_saysWhich()
+void ScriptWireTest::value_beyondItsLimits_failsWithTheLimit()
 {
     ScriptLimits limits;
     limits.values = 4;

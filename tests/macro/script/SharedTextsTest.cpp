@@ -54,8 +54,8 @@ private Q_SLOTS:
     void source_ofAnotherLength_isNotLeft();
     void file_missing_leavesAllInTheMessage();
     void file_thatCannotBeWritten_leavesAllInTheMessage();
-    void place_nobodyWrote_isNotFound_data();
-    void place_nobodyWrote_isNotFound();
+    void place_notWritten_isNotFound_data();
+    void place_notWritten_isNotFound();
     void message_withLongTexts_isShort();
     void message_namingAPlaceThatIsNone_isAnError();
     void host_cannotLeaveMoreThanItsRoom();
@@ -133,7 +133,7 @@ void SharedTextsTest::file_thatCannotBeWritten_leavesAllInTheMessage()
     QVERIFY(decodeRequest(payload, &shared.host) == request);
 }
 
-void SharedTextsTest::place_nobodyWrote_isNotFound_data()
+void SharedTextsTest::place_notWritten_isNotFound_data()
 {
     QTest::addColumn<quint64>("place");
     QTest::addColumn<qint64>("length");
@@ -150,7 +150,7 @@ void SharedTextsTest::place_nobodyWrote_isNotFound_data()
     QTest::newRow("the largest place") << (~quint64{0} & ~quint64{65535}) << length;
 }
 
-void SharedTextsTest::place_nobodyWrote_isNotFound()
+void SharedTextsTest::place_notWritten_isNotFound()
 {
     QFETCH(quint64, place);
     QFETCH(qint64, length);
@@ -206,8 +206,9 @@ void SharedTextsTest::host_cannotLeaveMoreThanItsRoom()
 {
     Shared shared;
     // Claims a length beyond the space; its content is never read.
-    const ScriptSource large(SharedTexts::kHostRoom / 2 + 1,
-                             [](const ScriptSource::Sink &) { qFatal("Nobody asks for it."); });
+    const ScriptSource large(SharedTexts::kHostRoom / 2 + 1, [](const ScriptSource::Sink &) {
+        qFatal("It must not be requested.");
+    });
     QVERIFY(!shared.host.putSource(large));
     QVERIFY(shared.host.put(longText()).has_value()); // A text that fits is still accepted.
 }

@@ -278,7 +278,7 @@ private Q_SLOTS:
         QCOMPARE(entriesOf(home.path()), QStringList{u"a"_s});
     }
 
-    void replace_noSpace_tellsTheProducerToStop()
+    void replace_noSpace_stopsTheProducer()
     {
         const TemporaryHome home;
         int accepted = 0;

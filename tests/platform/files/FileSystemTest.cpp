@@ -98,7 +98,7 @@ private Q_SLOTS:
         QVERIFY(content->contains("FileSystemTest"));
     }
 
-    void readFile_notReadable_saysWhy()
+    void readFile_notReadable_failsWithItsReason()
     {
         const TemporaryHome home;
         home.write(u"file"_s, "x");
@@ -113,7 +113,7 @@ private Q_SLOTS:
                  (FileError{Kind::InvalidPath, 0}));
     }
 
-    void readFile_notAllowed_saysSo()
+    void readFile_notAllowed_isPermissionDenied()
     {
         if (::geteuid() != 0)
             QSKIP("Only root can take on another user to be refused as.");

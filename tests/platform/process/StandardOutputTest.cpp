@@ -70,7 +70,7 @@ private Q_SLOTS:
         QVERIFY(taken == text);
     }
 
-    void writeAnswer_fullDisk_isTold()
+    void writeAnswer_fullDisk_fails()
     {
         const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
         if (full < 0)
@@ -102,7 +102,7 @@ private Q_SLOTS:
         QCOMPARE(redirection.read(), "日本語\x1b[1m\n\n"_ba);
     }
 
-    void writeErrorLine_nobodyReads_goesOn()
+    void writeErrorLine_fullPipe_doesNotBlock()
     {
         const Redirection redirection;
         const QString line(1000, u'x');

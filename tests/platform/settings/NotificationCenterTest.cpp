@@ -21,7 +21,7 @@ private Q_SLOTS:
         center.addObserver(u"name"_s, &context, [&] { calls += u'2'; });
         center.post(u"name"_s);
         QCOMPARE(calls, u"12"_s);
-        center.post(u"nobody listens"_s);
+        center.post(u"without observers"_s);
         QCOMPARE(calls, u"12"_s);
     }
 
@@ -37,7 +37,7 @@ private Q_SLOTS:
         QCOMPARE(calls, 0);
     }
 
-    void post_contextDiesMeanwhile_isLeftOut()
+    void post_contextDestroyedMeanwhile_isLeftOut()
     {
         NotificationCenter center;
         QObject first;
@@ -49,7 +49,7 @@ private Q_SLOTS:
         QCOMPARE(calls, 0);
     }
 
-    void post_observerAddedMeanwhile_hearsTheNextOne()
+    void post_observerAddedMeanwhile_receivesTheNextOne()
     {
         NotificationCenter center;
         QObject context;

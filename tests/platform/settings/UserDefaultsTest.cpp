@@ -73,7 +73,7 @@ private Q_SLOTS:
         QCOMPARE(again.bytes(u"bytes"_s), bytes);
     }
 
-    void set_unwritableFile_saysSoAndKeepsTheValue()
+    void set_unwritableFile_failsAndKeepsTheValue()
     {
         const TemporaryHome home;
         home.write(u"file"_s, {});
