@@ -47,6 +47,11 @@ QString ApplicationSupport::folderPath()
     return baseFolder("XDG_DATA_HOME", u".local/share"_s) + u"/penwick"_s;
 }
 
+QString ApplicationSupport::stateFolderPath()
+{
+    return baseFolder("XDG_STATE_HOME", u".local/state"_s) + u"/penwick"_s;
+}
+
 QString ApplicationSupport::configurationFilePath()
 {
     return baseFolder("XDG_CONFIG_HOME", u".config"_s) + u"/penwick/penwick.conf"_s;

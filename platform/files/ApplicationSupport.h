@@ -19,6 +19,10 @@ public:
     /// has no home folder, since there is no other place for the user's macros.
     [[nodiscard]] static QString folderPath();
 
+    /// Absolute path of the folder for what outlives a sudden end only: `penwick` in
+    /// $XDG_STATE_HOME, by default in ~/.local/state, by the same rules.
+    [[nodiscard]] static QString stateFolderPath();
+
     /// Absolute path of the file of `UserDefaults::standard()`: `penwick/penwick.conf` in
     /// $XDG_CONFIG_HOME, by default in ~/.config, by the same rules.
     [[nodiscard]] static QString configurationFilePath();

@@ -23,6 +23,7 @@ private Q_SLOTS:
         QCOMPARE(ApplicationSupport::folderPath(), home.dataFolder() + u"/penwick"_s);
         QCOMPARE(ApplicationSupport::configurationFilePath(),
                  home.configFolder() + u"/penwick/penwick.conf"_s);
+        QCOMPARE(ApplicationSupport::stateFolderPath(), home.file(u"state/penwick"_s));
         QVERIFY(!QFileInfo::exists(home.dataFolder()));
     }
 
@@ -38,7 +39,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, value);
         const TemporaryHome home;
-        for (const char *name : {"XDG_DATA_HOME", "XDG_CONFIG_HOME"})
+        for (const char *name : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME"})
             if (value.isNull())
                 qunsetenv(name);
             else
@@ -46,6 +47,7 @@ private Q_SLOTS:
         QCOMPARE(ApplicationSupport::folderPath(), home.file(u".local/share/penwick"_s));
         QCOMPARE(ApplicationSupport::configurationFilePath(),
                  home.file(u".config/penwick/penwick.conf"_s));
+        QCOMPARE(ApplicationSupport::stateFolderPath(), home.file(u".local/state/penwick"_s));
     }
 
     void folderPath_noHomeVariable_asksTheUserDatabase()
