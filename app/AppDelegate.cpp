@@ -8,9 +8,11 @@
 #include "code/ResultLine.h"
 #include "macro/library/MacroManager.h"
 #include "macro/script/ScriptHostPool.h"
+#include "platform/files/ApplicationSupport.h"
 #include "platform/process/StandardOutput.h"
 #include "platform/settings/NotificationCenter.h"
 #include "wording/UIWordingProfileManager.h"
+#include "wording/WordingLookup.h"
 
 #include <QApplication>
 #include <QSessionManager>
@@ -91,6 +93,7 @@ void AppDelegate::applicationDidFinishLaunching(const std::optional<OpenRequest>
             UIWordingProfileManager::shared().reloadIfChanged();
         }
     });
+    startRecovery();
     if (request)
         openFirst(*request);
     else
@@ -104,6 +107,20 @@ void AppDelegate::applicationDidFinishLaunching(const std::optional<OpenRequest>
     windowDidBecomeMain(QApplication::activeWindow());
     // Start the script host later, so that it does not slow the start-up down.
     QTimer::singleShot(kScriptHostDelay, this, &AppDelegate::prepareScriptHost);
+}
+
+void AppDelegate::startRecovery()
+{
+    const bool isWanted = UserDefaults::standard().string(u"recovery"_s) != u"false"_s;
+    m_recovery.emplace(
+        m_documents, ApplicationSupport::stateFolderPath() + u"/recovery"_s, isWanted);
+    connect(&*m_recovery, &Recovery::failed, this, [this] {
+        if (const auto editor = targetEditor())
+            editor->showMacroMessage(NotificationType::Warning,
+                                     wording::text(u"recovery.failed"_s));
+    });
+    // In a later turn of the event loop, when there is a window.
+    QMetaObject::invokeMethod(&*m_recovery, &Recovery::offerAbandoned, Qt::QueuedConnection);
 }
 
 void AppDelegate::openFirst(const OpenRequest &request)

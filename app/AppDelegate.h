@@ -6,6 +6,7 @@
 #include "app/MacroLauncher.h"
 #include "app/MenuBar.h"
 #include "app/OpenRequests.h"
+#include "app/Recovery.h"
 #include "app/UnsavedTextRescue.h"
 #include "app/UpdaterController.h"
 #include "app/WordingTranslator.h"
@@ -101,6 +102,7 @@ public:
     [[nodiscard]] int exitStatus() const { return m_openedFirst ? 0 : 1; }
 
 private:
+    void startRecovery();
     void openFirst(const OpenRequest &request);
     void handleProfileDidChange();
     void windowDidBecomeMain(QWidget *window);
@@ -126,6 +128,7 @@ private:
     FilePanels m_panels;
     WordingTranslator m_translator;
     DocumentController m_documents;
+    std::optional<Recovery> m_recovery; // Destroyed while the documents are open.
     OpenRequests m_requests;
     FileDrop m_fileDrop;
     DefaultButtonFocus m_defaultButtonFocus;

@@ -54,6 +54,12 @@ TextDocument *DocumentController::documentOfFile(const QString &path) const
     return entry != nullptr ? entry->document.get() : nullptr;
 }
 
+QString DocumentController::nameOf(DocumentId id) const
+{
+    const OpenDocument *entry = m_documents.find(id);
+    return entry != nullptr ? entry->displayName() : QString();
+}
+
 void DocumentController::newDocument(Placement placement)
 {
     m_tabs.add(std::make_unique<TextDocument>(), placement);
@@ -126,6 +132,7 @@ void DocumentController::prepare(OpenDocument &entry)
                 if (transfer == TextDocument::Transfer::Reading)
                     readingDidEnd(id, error);
             });
+    Q_EMIT documentOpened(entry.document.get(), controller);
 }
 
 void DocumentController::readingDidEnd(DocumentId id, const std::optional<DocumentError> &error)

@@ -52,6 +52,9 @@ public:
     /// The open document that has this file or is being saved to it; null when there is none.
     [[nodiscard]] TextDocument *documentOfFile(const QString &path) const;
 
+    /// The name that the user sees; empty when the document has been closed.
+    [[nodiscard]] QString nameOf(DocumentId id) const;
+
     /// Applies to documents opened from now on.
     void setTransferLimits(const TransferLimits &limits) { m_limits = limits; }
 
@@ -110,6 +113,9 @@ Q_SIGNALS:
     void windowMade(penwick::EditorWindow *window);
     /// The controller is about to get its first document.
     void controllerMade(penwick::EditorWindowController *controller);
+    /// The document is open now. Its tab may not show it yet, and it may still be read.
+    void documentOpened(penwick::TextDocument *document,
+                        penwick::EditorWindowController *controller);
     /// The document is no longer open: it was closed, could not be read, or was untouched and has
     /// been replaced by another. It is deleted in a later turn of the event loop.
     void documentClosed(penwick::TextDocument *document);

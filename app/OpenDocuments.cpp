@@ -122,7 +122,9 @@ OpenDocument &OpenDocuments::add()
 
 void OpenDocuments::setDocument(OpenDocument &entry, std::unique_ptr<TextDocument> document)
 {
-    entry.untitledNumber = document->filePath().isEmpty() ? nextUntitledNumber() : 0;
+    entry.untitledNumber = 0; // Frees the number of the document that is replaced.
+    if (document->filePath().isEmpty())
+        entry.untitledNumber = nextUntitledNumber();
     // Delete the former document later: the caller is about to remove the view of its text, and one
     // of its own signals may have led here.
     if (entry.document != nullptr) {

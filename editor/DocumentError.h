@@ -26,6 +26,12 @@ struct DocumentError
     bool operator==(const DocumentError &) const = default;
 };
 
+/// The failure of a file operation on a document.
+[[nodiscard]] inline DocumentError documentError(const FileError &error)
+{
+    return {DocumentError::Domain::NSPOSIXErrorDomain, error.errnoValue, error.kind};
+}
+
 /// The error for bytes that are not UTF-8 and for a text that cannot be encoded as UTF-8. Its code
 /// is the generic status of an operation that is not implemented.
 inline constexpr DocumentError kUnsupportedContent{DocumentError::Domain::NSOSStatusErrorDomain,

@@ -14,8 +14,7 @@ namespace {
 
 tl::unexpected<DocumentError> fileSystemError(const FileError &error)
 {
-    return tl::unexpected(
-        DocumentError{DocumentError::Domain::NSPOSIXErrorDomain, error.errnoValue, error.kind});
+    return tl::unexpected(documentError(error));
 }
 
 TransferOutcome readOnce(const QString &path, TransferProgress &progress)

@@ -32,6 +32,11 @@ public:
     /// \param document not owned; call `forget` before it is destroyed.
     void watch(TextDocument *document, RecoveryContext context);
 
+    [[nodiscard]] bool watches(const TextDocument *document) const
+    {
+        return find(document) != nullptr;
+    }
+
     /// Removes the document's copy. Does nothing if it is not watched.
     void forget(const TextDocument *document);
 

@@ -27,6 +27,7 @@ private Q_SLOTS:
 
     void newDocument_titles_areNumbered();
     void documentId_ofAClosedDocument_isNoOthers();
+    void newDocument_inPlaceOfAnUntouchedOne_hasItsName();
     void documentClosed_replacedOrClosed_isEmitted();
     void title_edited_isMarked();
     void title_nameWithPlaceholder_isVerbatim();
@@ -77,6 +78,13 @@ void DocumentControllerTest::documentId_ofAClosedDocument_isNoOthers()
     QVERIFY(m_documents->documentOf(first) == nullptr);
     QVERIFY(!m_documents->saveDocument(first));
     QVERIFY(m_documents->documentOf(nullptr) == nullptr);
+}
+
+void DocumentControllerTest::newDocument_inPlaceOfAnUntouchedOne_hasItsName()
+{
+    m_documents->newDocument();
+    m_documents->newDocument(Text(u"text"), DocumentController::Placement::Tab);
+    QCOMPARE(window(0)->windowTitle(), u"名称未設定[*] — penwick"_s);
 }
 
 void DocumentControllerTest::documentClosed_replacedOrClosed_isEmitted()

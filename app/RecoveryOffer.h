@@ -1,0 +1,72 @@
+#pragma once
+
+#include "app/RecoveryWindow.h"
+#include "editor/BackgroundTask.h"
+#include "recovery/RecoverySession.h"
+
+#include <QObject>
+#include <QPointer>
+
+#include <functional>
+#include <map>
+#include <vector>
+
+namespace penwick {
+
+class DocumentController;
+class RecoveryKeeper;
+class TextDocument;
+
+/// Offers the texts that an earlier process left unsaved, and carries out what the user chooses.
+/// Nothing is written over a file, and a copy is removed only when its text is in a document, in a
+/// file, or discarded by the user.
+class RecoveryOffer final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// \param documents, keeper not owned; must outlive this.
+    /// \param sessions hold at least one copy.
+    RecoveryOffer(std::vector<RecoverySession> sessions,
+                  DocumentController &documents,
+                  RecoveryKeeper &keeper);
+    /// Removes the folders of the sessions whose copies are gone.
+    ~RecoveryOffer() override;
+
+    /// Shows the window that lists the texts. It goes with `parent`.
+    void show(QWidget *parent);
+
+    /// Null unless it is open.
+    [[nodiscard]] RecoveryWindow *window() const { return m_window; }
+
+Q_SIGNALS:
+    /// The document holds a recovered text. Emitted before its copy is given to the keeper.
+    void opened(penwick::TextDocument *document);
+
+private:
+    struct Copy
+    {
+        QString path;
+        RecoverySummary summary;
+    };
+
+    using UseText = std::function<void(const RecoveredText &)>;
+
+    void read(int id, const UseText &use);
+    void open(QList<int> ids);
+    void openText(int id, const RecoveredText &recovered);
+    void compare(int id);
+    void save(int id);
+    void saveText(int id, const Text &text, const QString &path);
+    void discard(const QList<int> &ids);
+    void remove(int id);
+
+    std::vector<RecoverySession> m_sessions;
+    std::map<int, Copy> m_copies;
+    DocumentController &m_documents;
+    RecoveryKeeper &m_keeper;
+    QPointer<RecoveryWindow> m_window;
+    BackgroundTask m_task;
+};
+
+} // namespace penwick
