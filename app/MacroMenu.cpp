@@ -23,6 +23,10 @@ QAction *addPlainItem(QMenu *menu, const QString &title)
 QString cutTitle(const QMenu *menu, const QString &name)
 {
     constexpr int kMaximumWidth = 60; // In widths of an average character.
+    // A name that fits if its characters have up to twice that width is not measured: the menu is
+    // filled at the start, and measuring would load a glyph for each character from the font.
+    if (name.size() <= kMaximumWidth / 2)
+        return name;
     const QFontMetrics metrics = menu->fontMetrics();
     return metrics.elidedText(name, Qt::ElideMiddle, kMaximumWidth * metrics.averageCharWidth());
 }

@@ -22,6 +22,7 @@ private Q_SLOTS:
     void unusualName_isOneVerbatimItem_data();
     void unusualName_isOneVerbatimItem();
     void longName_isCutInTheMiddle_andTheToolTip();
+    void nameOfThirtyWideCharacters_isShownWhole();
     void macroItem_triggered_givesItsId();
     void fixedItems_triggered_performTheirCommands();
     void rebuild_removesTheOldItems();
@@ -44,6 +45,7 @@ private:
 
 void MacroMenuTest::init()
 {
+    m_menu.setFont({});
     m_ids.clear();
     m_performed.clear();
     m_handlers = {[this](MenuCommand command) { m_performed << command; },
@@ -140,6 +142,17 @@ void MacroMenuTest::longName_isCutInTheMiddle_andTheToolTip()
     QVERIFY(item->toolTip().contains(name));
     QVERIFY(m_menu.toolTipsVisible());
     QCOMPARE(m_menu.actions().at(1)->text(), u"短い名前"_s);
+}
+
+void MacroMenuTest::nameOfThirtyWideCharacters_isShownWhole()
+{
+    const QString name = u"全角文字のとても長い名前"_s.repeated(3).left(30);
+    QFont spaced = m_menu.font(); // The width of an average character does not contain the space.
+    spaced.setLetterSpacing(QFont::AbsoluteSpacing, 3);
+    m_menu.setFont(spaced);
+    rebuild({macro(u"a"_s, name)});
+    QCOMPARE(m_menu.actions().at(0)->text(), name);
+    QVERIFY(m_menu.sizeHint().width() < 600);
 }
 
 void MacroMenuTest::macroItem_triggered_givesItsId()
