@@ -4,6 +4,7 @@
 #include "find/FindReplacement.h"
 #include "find/TextFinder.h"
 #include "text/GraphemeClusters.h"
+#include "text/LineEnds.h"
 #include "text/Text.h"
 
 #include <algorithm>
@@ -192,6 +193,23 @@ void stepThroughEmoji(benchmark::State &state)
     }
 }
 
+void convertLineEnds(benchmark::State &state)
+{
+    const QByteArray bytes = inputOf(state);
+    const Text text = *Text::fromUtf8(bytes);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(text.withLineEnds(LineEnd::CrLf));
+    setBytes(state, bytes);
+}
+
+void findFirstLineEnd(benchmark::State &state)
+{
+    const QByteArray bytes = inputOf(state);
+    const Text text = *Text::fromUtf8(bytes);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(firstLineEnd(text));
+}
+
 void matchNumbers(benchmark::internal::Benchmark *benchmark)
 {
     benchmark->ArgNames({"expression", "matches"});
@@ -216,6 +234,8 @@ BENCHMARK(readUtf8)->Apply(sizes);
 BENCHMARK(writeUtf8)->Apply(sizes);
 BENCHMARK(typeInTheMiddle)->Apply(sizes);
 BENCHMARK(undoWholeReplacement)->Apply(sizes);
+BENCHMARK(convertLineEnds)->Apply(sizes);
+BENCHMARK(findFirstLineEnd)->Apply(sizes);
 BENCHMARK(countMatches)->Apply(matchNumbers);
 BENCHMARK(replaceEveryMatch)->Apply(matchNumbers);
 BENCHMARK(undoReplaceAll)->Apply(matchNumbers);

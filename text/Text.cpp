@@ -161,6 +161,24 @@ qint64 Text::offsetAfterSeparator(qint64 count) const
     return tree::offsetAfterBreak(m_root.data(), count, tree::BreakKind::Separator);
 }
 
+qint64 Text::offsetAfterLineEnd(LineEnd kind, qint64 count) const
+{
+    switch (kind) {
+    case LineEnd::LineFeed:
+        return tree::offsetAfterBreak(m_root.data(), count, tree::BreakKind::LoneLineFeed);
+    case LineEnd::CrLf:
+        return tree::offsetAfterBreak(m_root.data(), count, tree::BreakKind::CrLf);
+    case LineEnd::CarriageReturn:
+        return tree::offsetAfterBreak(m_root.data(), count, tree::BreakKind::LoneCarriageReturn);
+    }
+    return size();
+}
+
+Text Text::withLineEnds(LineEnd lineEnd) const
+{
+    return m_root ? Text(tree::withLineEnds(m_root, lineEnd)) : Text();
+}
+
 std::pair<qint64, qint64> Text::separatorLineAndColumn(qint64 offset) const
 {
     const TextMetrics before = metricsBefore(offset);

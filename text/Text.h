@@ -102,6 +102,13 @@ public:
     /// Offset just after the `count`th separator (CR LF is two). As above.
     [[nodiscard]] qint64 offsetAfterSeparator(qint64 count) const;
 
+    /// Offset just after the `count`th line end of one kind. As above.
+    [[nodiscard]] qint64 offsetAfterLineEnd(LineEnd kind, qint64 count) const;
+
+    /// The text with every line end replaced by `lineEnd`; other separators stay. Costs O(n) of the
+    /// parts that have other line ends, and shares the rest.
+    [[nodiscard]] Text withLineEnds(LineEnd lineEnd) const;
+
     /// The status bar's cursor position: the number of pieces of the part before `offset` split at
     /// each separator (1-based line), and the clusters in its last piece (0-based column).
     /// O(log n).

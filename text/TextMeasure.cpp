@@ -11,6 +11,19 @@ namespace {
 // characters in one vector instruction. A block is as long as an 8-bit counter can count.
 constexpr std::size_t kBlock = 255;
 
+/// Counts the U+000D from `start` to `end`, and the CR LF pairs that start there.
+template <typename Units>
+TextMetrics measureCarriageReturns(Units units, std::size_t start, std::size_t end)
+{
+    TextMetrics total;
+    const auto *const data = units.data();
+    for (std::size_t i = start; i < end; ++i)
+        total.carriageReturns += data[i] == '\r';
+    for (std::size_t i = start; i < end && i + 1 < units.size(); ++i)
+        total.crLfPairs += data[i] == '\r' && data[i + 1] == '\n';
+    return total;
+}
+
 } // namespace
 
 TextMetrics measureAscii(std::string_view characters)
@@ -30,9 +43,8 @@ TextMetrics measureAscii(std::string_view characters)
         total.lineFeeds += lineFeeds;
         total.separators += separators;
         if (lineFeeds == separators)
-            continue; // The block has no CR, so no CR LF starts in it.
-        for (std::size_t i = start; i < end && i + 1 < size; ++i)
-            total.crLfPairs += data[i] == '\r' && data[i + 1] == '\n';
+            continue; // The block has no CR.
+        total += measureCarriageReturns(characters, start, end);
     }
     total.utf16Units = static_cast<qint64>(size);
     total.utf8Bytes = total.utf16Units;
@@ -64,8 +76,8 @@ TextMetrics measureUtf16(std::u16string_view units)
         total.lineFeeds += lineFeeds;
         total.separators += separators;
         total.utf8Bytes += extraBytes;
-        for (std::size_t i = start; i < end && i + 1 < size && separators != lineFeeds; ++i)
-            total.crLfPairs += data[i] == u'\r' && data[i + 1] == u'\n';
+        if (separators != lineFeeds)
+            total += measureCarriageReturns(units, start, end);
     }
     total.utf16Units = static_cast<qint64>(size);
     total.utf8Bytes += total.utf16Units;

@@ -20,6 +20,12 @@ qint64 breaksIn(const TextMetrics &metrics, BreakKind kind)
         return metrics.lineBreaks();
     case BreakKind::Separator:
         return metrics.separators;
+    case BreakKind::LoneLineFeed:
+        return metrics.lineEnds(LineEnd::LineFeed);
+    case BreakKind::CrLf:
+        return metrics.lineEnds(LineEnd::CrLf);
+    case BreakKind::LoneCarriageReturn:
+        return metrics.lineEnds(LineEnd::CarriageReturn);
     }
     return 0;
 }
@@ -27,21 +33,38 @@ qint64 breaksIn(const TextMetrics &metrics, BreakKind kind)
 // The two scans below run at every caret move. They are templates over the unit type of a leaf, so
 // that they need not check it for each unit.
 
+/// True when a break of `kind` ends with the separator at `index`.
+template <typename Units> bool isBreak(Units units, std::size_t index, BreakKind kind)
+{
+    const auto value = static_cast<char16_t>(units[index]);
+    const bool followsCr = index > 0 && units[index - 1] == '\r';
+    const bool precedesLf = index + 1 < units.size() && units[index + 1] == '\n';
+    switch (kind) {
+    case BreakKind::LineFeed:
+        return value == u'\n';
+    case BreakKind::LineBreak:
+        return value != u'\r' || !precedesLf;
+    case BreakKind::Separator:
+        return true;
+    case BreakKind::LoneLineFeed:
+        return value == u'\n' && !followsCr;
+    case BreakKind::CrLf:
+        return value == u'\n' && followsCr;
+    case BreakKind::LoneCarriageReturn:
+        return value == u'\r' && !precedesLf;
+    }
+    return false;
+}
+
 /// Returns the index just after the `count`th break in `units`, or their number when there are
 /// fewer breaks.
 template <typename Units> qint64 indexAfterBreak(Units units, qint64 count, BreakKind kind)
 {
-    const auto *const end = units.data() + units.size();
-    for (const auto *unit = units.data(); unit != end; ++unit) {
-        const auto value = static_cast<char16_t>(*unit);
-        const bool isBreak = kind == BreakKind::LineFeed ? value == u'\n' : isSeparator(value);
-        if (!isBreak)
-            continue;
-        const bool isFirstOfPair = value == u'\r' && unit + 1 != end && unit[1] == '\n';
-        if (kind == BreakKind::LineBreak && isFirstOfPair)
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        if (!isSeparator(static_cast<char16_t>(units[i])) || !isBreak(units, i, kind))
             continue;
         if (--count == 0)
-            return unit + 1 - units.data();
+            return static_cast<qint64>(i) + 1;
     }
     return static_cast<qint64>(units.size());
 }

@@ -42,11 +42,24 @@ inline LeafPosition findLeaf(const TextNode *node, qint64 offset)
 /// The line breaks among them at a fraction of the cost.
 [[nodiscard]] qint64 lineBreaksBefore(const TextNode *node, qint64 offset);
 
-enum class BreakKind { LineFeed, LineBreak, Separator };
+/// Places that a text can be searched for: every U+000A, every visual line break, every separator,
+/// or the line ends of one kind.
+enum class BreakKind {
+    LineFeed,
+    LineBreak,
+    Separator,
+    LoneLineFeed,
+    CrLf,
+    LoneCarriageReturn,
+};
 
 /// Returns the offset just after the `count`th break; 0 for 0, the size when there are fewer.
 /// \param node null for the empty text, as in the next function.
 [[nodiscard]] qint64 offsetAfterBreak(const TextNode *node, qint64 count, BreakKind kind);
+
+/// Returns the text of `node` with its line ends replaced by `lineEnd`. Subtrees that have no other
+/// line end are shared.
+[[nodiscard]] TextNodePtr withLineEnds(const TextNodePtr &node, LineEnd lineEnd);
 
 /// True when both texts hold the same code units.
 [[nodiscard]] bool isSameText(const TextNode *a, const TextNode *b);

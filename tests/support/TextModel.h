@@ -54,6 +54,7 @@ inline TextMetrics metricsOf(const QString &text)
     metrics.utf16Units = text.size();
     metrics.utf8Bytes = text.toUtf8().size();
     metrics.lineFeeds = text.count(u'\n');
+    metrics.carriageReturns = text.count(u'\r');
     metrics.crLfPairs = text.count(QLatin1String("\r\n"));
     const char16_t *units = QStringView(text).utf16();
     metrics.separators = std::count_if(units, units + text.size(), isSeparator);
