@@ -41,7 +41,7 @@ std::optional<EditCommand> editCommandFor(const QKeyEvent &event)
     if (event.key() == Qt::Key_Backspace && isPlainOrShifted)
         return EditCommand::DeleteBackward;
     if ((event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter) && isPlainOrShifted)
-        return EditCommand::InsertLineFeed;
+        return EditCommand::InsertLineEnd;
     if (event.key() == Qt::Key_Tab && modifiers == Qt::NoModifier)
         return EditCommand::InsertTab;
     return std::nullopt;

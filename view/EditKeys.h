@@ -15,7 +15,7 @@ enum class EditCommand {
     Paste,
     SelectAll,
     Deselect,
-    InsertLineFeed,
+    InsertLineEnd,
     InsertTab,
     DeleteSelection, ///< Has no key of its own.
     DeleteBackward,

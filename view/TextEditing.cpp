@@ -1,5 +1,6 @@
 #include "view/TextEditing.h"
 
+#include "text/LineEnds.h"
 #include "view/TextMimeData.h"
 
 #include <QGuiApplication>
@@ -51,10 +52,16 @@ void TextEditing::deleteSelection()
         replaceSelection(Text(), Kind::Other);
 }
 
+/// Returns `text` as it is pasted or dropped.
+Text TextEditing::adapted(const Text &text) const
+{
+    return m_convertsPastedLineEnds ? text.withLineEnds(firstLineEnd(m_storage->text())) : text;
+}
+
 void TextEditing::insertAt(TextCaret place, const Text &text)
 {
     m_selection->select(place.offset, place, TextSelection::Scroll::Stay);
-    edit({place.offset, 0}, text, Kind::Other);
+    edit({place.offset, 0}, adapted(text), Kind::Other);
 }
 
 void TextEditing::insertDropped(const Text &text, qint64 place, TextRange removed)
@@ -63,10 +70,11 @@ void TextEditing::insertDropped(const Text &text, qint64 place, TextRange remove
         return; // Dropped on itself: nothing moves.
     if (place >= removed.end())
         place -= removed.length;
+    const Text inserted = adapted(text);
     m_storage->beginUndoGrouping();
     m_storage->replaceCharacters(removed, Text());
-    m_storage->replaceCharacters({place, 0}, text);
-    m_selection->select(place, {place + text.size(), false});
+    m_storage->replaceCharacters({place, 0}, inserted);
+    m_selection->select(place, {place + inserted.size(), false});
     m_storage->endUndoGrouping();
     Q_EMIT edited();
 }
@@ -151,14 +159,15 @@ void TextEditing::perform(EditCommand command)
         return offerText(m_selection->text(), QClipboard::Clipboard);
     case EditCommand::Paste:
         if (const auto pasted = textOf(QGuiApplication::clipboard()->mimeData()))
-            replaceSelection(*pasted, Kind::Other);
+            replaceSelection(adapted(*pasted), Kind::Other);
         return;
     case EditCommand::SelectAll:
         m_storage->breakUndoCoalescing();
         m_selection->select(0, {text.size(), false}, TextSelection::Scroll::Stay);
         return m_selection->offerAsPrimary();
-    case EditCommand::InsertLineFeed:
-        return replaceSelection(Text(u"\n"), Kind::Typing);
+    case EditCommand::InsertLineEnd:
+        return replaceSelection(Text(lineEndUnits(lineEndToInsert(text, m_selection->range()))),
+                                Kind::Typing);
     case EditCommand::InsertTab:
         return replaceSelection(Text(u"\t"), Kind::Typing);
     case EditCommand::DeleteSelection:

@@ -22,13 +22,17 @@ public:
 
     [[nodiscard]] TextSelection &selection() const { return *m_selection; }
 
+    /// True: a pasted or dropped text gets the line end that the text of the view has first. False,
+    /// the default: it is inserted as it is.
+    void setConvertsPastedLineEnds(bool converts) { m_convertsPastedLineEnds = converts; }
+
     /// Performs a command of the user; does nothing when it is not possible now.
     void perform(EditCommand command);
     /// Performs an edit of the user: replaces `range` and puts the caret after the new text.
     void edit(TextRange range, const Text &replacement, Kind kind);
     /// The same for the selected range.
     void replaceSelection(const Text &replacement, Kind kind);
-    /// Moves the caret to `place` and inserts `text` there.
+    /// Moves the caret to `place` and pastes `text` there.
     void insertAt(TextCaret place, const Text &text);
     /// Inserts a dropped text as one undo step and selects it. `removed` is the source of a move
     /// within the text, of length 0 for none.
@@ -49,6 +53,7 @@ Q_SIGNALS:
     void edited();
 
 private:
+    [[nodiscard]] Text adapted(const Text &text) const;
     void finishUndo(TextRange selection);
     void deleteSelection();
     void deleteTo(qint64 target, Kind kind);
@@ -56,6 +61,7 @@ private:
     TextStorage *m_storage;
     TextViewport *m_viewport;
     TextSelection *m_selection;
+    bool m_convertsPastedLineEnds = false;
 };
 
 } // namespace penwick

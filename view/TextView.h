@@ -89,6 +89,9 @@ public:
     /// True while an input method shows a composition.
     [[nodiscard]] bool hasMarkedText() const { return m_inputMethod.isComposing(); }
 
+    /// Ends a composition; inserts what the input method commits.
+    void commitMarkedText() { m_inputMethod.commit(); }
+
     /// True when the clipboard offers text.
     [[nodiscard]] bool canPaste() const;
 
@@ -118,9 +121,9 @@ public:
                      const Text &replacement,
                      const std::function<void()> &selectAfter = {});
 
-    /// Performs these three calls for a change from outside, such as a reload. Where caret and
-    /// selection lie within the replaced range, they keep their line and column as far as the new
-    /// text has them.
+    /// Performs these three calls for a change that keeps the lines, such as a reload. Where caret
+    /// and selection lie within the replaced range, they keep their line and column as far as the
+    /// new text has them.
     void applyOutsideChange(TextRange range, const Text &replacement);
 
     /// Returns the places to mark in a range of the text, ascending. Called at each paint, with the
@@ -135,6 +138,9 @@ public:
 
     /// \param decoration not owned; used until another is set. Null for none.
     void setDecoration(TextDecoration *decoration);
+
+    /// True: a pasted or dropped text gets the first line end of this text. Off at first.
+    void setConvertsPastedLineEnds(bool converts) { m_editing.setConvertsPastedLineEnds(converts); }
 
     /// Marks tabs, U+3000 and the blanks at the ends of lines. Off at first.
     void setShowsBlanks(bool shows);

@@ -46,7 +46,7 @@ class MacroOnCrLf(journey.Journey):
 
         app.press("Return", "Delete")
         self.wait_for_title("memo.txt*")
-        self.save(path, "abc\n" + TRIMMED.removeprefix("p"))
+        self.save(path, "abc\r\n" + TRIMMED.removeprefix("p"))
 
     def test_undo_back_to_the_file_is_not_a_change(self):
         path = self.write("memo.txt", SAMPLE.read_bytes())
