@@ -1,6 +1,7 @@
 #include "window/MainEditorView.h"
 
 #include "view/TextView.h"
+#include "window/LineEndCommands.h"
 #include "window/StatusBarView.h"
 #include "window/TextViewRepresentable.h"
 
@@ -29,6 +30,10 @@ MainEditorView::MainEditorView(DocumentState *documentState,
     m_statusBar->setSelection([view = textView()] {
         const TextRange range = view->selectedRange();
         return view->string().mid(range.location, range.length);
+    });
+    connect(m_statusBar, &StatusBarView::uniformLineEndsRequested, this, [this] {
+        m_representable->lineEndCommands()->makeUniform();
+        textView()->setFocus();
     });
 }
 

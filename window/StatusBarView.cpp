@@ -4,6 +4,7 @@
 #include "controls/VerbatimText.h"
 #include "platform/desktop/SystemFonts.h"
 #include "platform/settings/NotificationCenter.h"
+#include "window/LineEndMark.h"
 #include "window/StatusMessageLabel.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
@@ -79,8 +80,11 @@ StatusBarView::StatusBarView(DocumentState *documentState, QWidget *parent)
     layout->addWidget(m_messageLabel);
 
     connect(documentState, &DocumentState::didChange, this, &StatusBarView::stateDidChange);
-    NotificationCenter::defaultCenter().addObserver(
-        UIWordingProfileDidChange, this, [this] { redraw(); });
+    NotificationCenter::defaultCenter().addObserver(UIWordingProfileDidChange, this, [this] {
+        m_lineEndMark->redraw();
+        redraw();
+    });
+    m_lineEndMark->setContent(documentState->text());
     redraw();
 }
 
@@ -108,6 +112,10 @@ QWidget *StatusBarView::makeCountersRow()
         // When space runs out, only the counters shrink.
         label->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
     }
+    m_lineEndMark = new LineEndMark(row);
+    m_lineEndMark->setObjectName(u"statusLineEnds"_s);
+    layout->addWidget(m_lineEndMark);
+    connect(m_lineEndMark, &LineEndMark::clicked, this, &StatusBarView::uniformLineEndsRequested);
     return row;
 }
 
@@ -120,8 +128,11 @@ void StatusBarView::dismissMessage()
 
 void StatusBarView::stateDidChange(DocumentState::Field field)
 {
-    if (field != DocumentState::Field::Text) // The bar does not show the text itself.
+    // Of the text itself, the bar shows only whether its line ends differ.
+    if (field != DocumentState::Field::Text)
         redraw();
+    else if (!m_documentState.isNull())
+        m_lineEndMark->setContent(m_documentState->text());
 }
 
 void StatusBarView::redraw()

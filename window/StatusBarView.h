@@ -11,10 +11,12 @@
 namespace penwick {
 
 class ElidedLabel;
+class LineEndMark;
 class StatusMessageLabel;
 
 /// The bar under the text. It shows the counters of a `DocumentState` or, until it is dismissed,
-/// the message of the last macro run. It is updated when the state or the wording changes.
+/// the message of the last macro run. A mark stands beside the counters while the text has
+/// different line ends. It is updated when the state or the wording changes.
 class StatusBarView final : public QWidget
 {
     Q_OBJECT
@@ -30,6 +32,10 @@ public:
 
     /// Removes the message, so that the counters are shown again. Does nothing without a message.
     void dismissMessage();
+
+Q_SIGNALS:
+    /// The user wants the line ends of the text made uniform.
+    void uniformLineEndsRequested();
 
 protected:
     bool event(QEvent *event) override;
@@ -50,6 +56,7 @@ private:
     ElidedLabel *m_characterCountLabel = nullptr;
     ElidedLabel *m_encodingLabel = nullptr;
     ElidedLabel *m_newlineLabel = nullptr;
+    LineEndMark *m_lineEndMark = nullptr;
     StatusMessageLabel *m_messageLabel = nullptr;
 };
 

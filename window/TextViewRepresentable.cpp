@@ -5,6 +5,7 @@
 #include "view/EditorFont.h"
 #include "view/TextView.h"
 #include "window/BlankSwitch.h"
+#include "window/LineEndCommands.h"
 #include "window/TransferBar.h"
 
 #include <QKeyEvent>
@@ -37,6 +38,7 @@ TextViewRepresentable::~TextViewRepresentable()
 {
     delete m_findController;
     delete m_blankSwitch;
+    delete m_lineEndCommands;
     // The view must be destroyed before its storage; as a child widget it would be destroyed after
     // it.
     delete m_textView;
@@ -58,6 +60,7 @@ void TextViewRepresentable::makeTextView()
     layout->addWidget(m_findBar);
     m_findController = new FindController(m_textView, m_findBar, this);
     m_blankSwitch = new BlankSwitch(m_textView, this, UserDefaults::standard());
+    m_lineEndCommands = new LineEndCommands(m_textView, this, UserDefaults::standard());
     setFocusProxy(m_textView);
 }
 

@@ -11,6 +11,7 @@ namespace penwick {
 class BlankSwitch;
 class FindBar;
 class FindController;
+class LineEndCommands;
 
 /// Hosts the text view of an editor window and the find bar below it. Creates the view over the
 /// document's storage, sets its font and text, and keeps it in sync with the state and the document
@@ -34,6 +35,8 @@ public:
 
     [[nodiscard]] FindController *findController() const { return m_findController; }
 
+    [[nodiscard]] LineEndCommands *lineEndCommands() const { return m_lineEndCommands; }
+
 protected:
     void keyPressEvent(QKeyEvent *event) override;
 
@@ -46,6 +49,7 @@ private:
     FindBar *m_findBar = nullptr;
     FindController *m_findController = nullptr;
     BlankSwitch *m_blankSwitch = nullptr;
+    LineEndCommands *m_lineEndCommands = nullptr;
     Coordinator *m_coordinator = nullptr;
 };
 

@@ -2,6 +2,7 @@
 """A file with mixed line ends keeps its bytes through a macro, undo, redo and typing."""
 
 import journey
+from driver import until
 
 TRIM = ("マクロ", "行末スペースを削除")
 SAMPLE = journey.ROOT / "docs/samples/sample.txt"
@@ -47,6 +48,24 @@ class MacroOnCrLf(journey.Journey):
         app.press("Return", "Delete")
         self.wait_for_title("memo.txt*")
         self.save(path, "abc\r\n" + TRIMMED.removeprefix("p"))
+
+    def test_a_macro_that_mixes_line_ends_is_marked_and_one_click_makes_them_uniform(self):
+        path = self.write("crlf.txt", "一\r\n二")
+        app = self.start(path)
+
+        def mark():
+            return app.find("push button", lambda name: name.startswith("改行が混在しています"))
+
+        app.choose("マクロ", "行末に文字を追加")
+        self.answer("OK", "行末に追加する文字列を入力してください")
+        self.wait_for_text("crlf.txt", "一\r,\n二,")
+        app.press("Escape")  # Shows the counters again.
+        app.click(until(mark, "the mark"))
+        self.wait_for_text("crlf.txt", "一\r,\r二,")
+        until(lambda: not mark(), "the end of the mark")
+        app.press("ctrl+z", "ctrl+z")
+        self.wait_for_text("crlf.txt", "一\r\n二")
+        self.wait_for_title("crlf.txt")
 
     def test_undo_back_to_the_file_is_not_a_change(self):
         path = self.write("memo.txt", SAMPLE.read_bytes())
