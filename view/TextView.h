@@ -121,7 +121,7 @@ public:
                      const Text &replacement,
                      const std::function<void()> &selectAfter = {});
 
-    /// Performs these three calls for a change that keeps the lines, such as a reload. Where caret
+    /// Performs these three calls for a change from outside or of all line ends. Where caret
     /// and selection lie within the replaced range, they keep their line and column as far as the
     /// new text has them.
     void applyOutsideChange(TextRange range, const Text &replacement);

@@ -17,7 +17,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int kPadding = 4; // Between the frame and the text, left and right.
+constexpr int kPadding = 4; // Left and right of the text.
 
 QString countLine(const QString &name, qint64 count)
 {
@@ -89,24 +89,23 @@ QSize LineEndMark::sizeHint() const
 
 void LineEndMark::paintEvent(QPaintEvent * /*event*/)
 {
-    constexpr float kFrameAlpha = 0.5F;
-    constexpr float kHoverAlpha = 0.15F;
-    constexpr float kDownAlpha = 0.3F;
+    // The mark is as high as a line of the bar, too little for a frame around the text.
+    constexpr float kAlpha = 0.15F;
+    constexpr float kHoverAlpha = 0.25F;
+    constexpr float kDownAlpha = 0.4F;
     constexpr qreal kRadius = 3;
     QStylePainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QColor ink = palette().color(QPalette::WindowText);
-    QColor frame = ink;
-    frame.setAlphaF(kFrameAlpha);
     QColor ground = ink;
-    ground.setAlphaF(isDown() ? kDownAlpha : kHoverAlpha);
-    const int height = fontMetrics().height();
-    const QRect box(0, (this->height() - height) / 2, width(), height);
-    painter.setPen(frame);
-    painter.setBrush(underMouse() ? QBrush(ground) : QBrush(Qt::NoBrush));
-    painter.drawRoundedRect(QRectF(box).adjusted(0.5, 0.5, -0.5, -0.5), kRadius, kRadius);
+    ground.setAlphaF(isDown() ? kDownAlpha : underMouse() ? kHoverAlpha : kAlpha);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(ground);
+    painter.drawRoundedRect(rect(), kRadius, kRadius);
     painter.setPen(ink);
-    painter.drawText(kPadding, box.top() + fontMetrics().ascent(), m_label);
+    // The same baseline as the labels beside it.
+    const int top = (height() - fontMetrics().height()) / 2;
+    painter.drawText(kPadding, top + fontMetrics().ascent(), m_label);
     if (hasFocus()) {
         QStyleOptionFocusRect option;
         option.initFrom(this);

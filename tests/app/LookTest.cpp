@@ -40,7 +40,7 @@ class EditorScene final : public Scene
 public:
     EditorScene()
     {
-        m_document.setContentString(Text(u"一行目\nsecond line\n"_s));
+        m_document.setContentString(Text(u"一行目\nsecond line\r\n"_s));
         m_front.setDocument(&m_document);
         m_back.setDocument(&m_other);
         buildMenuBar(m_front.window(), {[](MenuCommand) {}, [](MenuCommand) { return true; }});
