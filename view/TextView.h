@@ -121,9 +121,9 @@ public:
                      const Text &replacement,
                      const std::function<void()> &selectAfter = {});
 
-    /// Performs these three calls for a change from outside or of all line ends. Where caret
-    /// and selection lie within the replaced range, they keep their line and column as far as the
-    /// new text has them.
+    /// Performs these three calls for a change from outside or of all line ends. Where caret and
+    /// selection lie within the replaced range, they keep their line and column as far as the new
+    /// text has them.
     void applyOutsideChange(TextRange range, const Text &replacement);
 
     /// Returns the places to mark in a range of the text, ascending. Called at each paint, with the

@@ -15,8 +15,9 @@ class TextView;
 
 /// The commands that convert the line ends of a text view, and their entries in its context menu. A
 /// conversion is one undo step and keeps the caret and the selection at their lines and columns. A
-/// long one runs in the background. The setting `convertPastedLineEnds`, read once, makes the view
-/// convert pasted and dropped text.
+/// long one runs in the background. If the text changes meanwhile, a conversion of the whole text
+/// starts over, and one of a selection is dropped. The setting `convertPastedLineEnds`, read once,
+/// makes the view convert pasted and dropped text.
 class LineEndCommands final : public QObject
 {
     Q_OBJECT
