@@ -1,5 +1,6 @@
 #include "app/DocumentController.h"
 
+#include "app/ConversionOffer.h"
 #include "app/DocumentDialogs.h"
 #include "app/DocumentPaths.h"
 
@@ -13,6 +14,19 @@ namespace penwick {
 
 using namespace Qt::StringLiterals;
 using paths::absolutePathOf;
+
+namespace {
+
+/// Says why the file was not opened. Returns the text of a converted copy if the user wants one.
+std::optional<Text> reportUnread(QWidget *parent, const QString &path, const DocumentError &error)
+{
+    if (error == kUnsupportedContent)
+        return dialogs::offerConversion(parent, path);
+    dialogs::showOpenError(parent, path, error);
+    return std::nullopt;
+}
+
+} // namespace
 
 DocumentController::DocumentController(QObject *parent)
     : QObject(parent)
@@ -112,7 +126,10 @@ bool DocumentController::openDocumentFrom(const QString &path,
     auto document = readDocument(absolutePath, missingFile, m_limits);
     if (!document) {
         Q_EMIT openingFailed(absolutePath, document.error());
-        dialogs::showOpenError(QApplication::activeWindow(), absolutePath, document.error());
+        const auto copy =
+            reportUnread(QApplication::activeWindow(), absolutePath, document.error());
+        if (copy)
+            openCopy(absolutePath, *copy, placement);
         return false;
     }
     m_tabs.addOrReplace(*std::move(document), placement);
@@ -151,9 +168,22 @@ void DocumentController::readingDidEnd(DocumentId id, const std::optional<Docume
             Qt::QueuedConnection);
         return;
     }
+    const QString path = entry->document->filePath();
+    std::optional<Text> copy;
     if (!error->isCancellation())
-        dialogs::showOpenError(entry->controller->window(), entry->document->filePath(), *error);
+        copy = reportUnread(entry->controller->window(), path, *error);
     discardUnreadTab(id);
+    if (copy)
+        openCopy(path, *copy, Placement::Tab);
+}
+
+/// Opens the converted text of a file as an untitled document. Its first save suggests a file
+/// beside the old one.
+void DocumentController::openCopy(const QString &path, const Text &text, Placement placement)
+{
+    TextDocument *copy = newDocument(text, placement);
+    copy->setSuggestedPath(dialogs::pathForCopyOf(path));
+    copy->textStorage()->forgetSavePoint(); // Edited, even if it is empty.
 }
 
 /// Removes the tab of a file that could not be read. The last tab stays, because closing it would
@@ -188,9 +218,11 @@ bool DocumentController::saveDocumentAs(DocumentId id)
         return false;
     if (!entry->saver->await(entry->displayName()))
         return false;
-    const QString current = entry->document->filePath();
-    const QString suggestion =
-        current.isEmpty() ? QDir(m_folder).filePath(entry->displayName() + u".txt"_s) : current;
+    QString suggestion = entry->document->filePath();
+    if (suggestion.isEmpty())
+        suggestion = entry->document->suggestedPath();
+    if (suggestion.isEmpty())
+        suggestion = QDir(m_folder).filePath(entry->displayName() + u".txt"_s);
     const QString path = dialogs::askForFileToSave(entry->controller->window(), suggestion);
     if (path.isEmpty())
         return false;

@@ -69,7 +69,8 @@ public:
     /// Opens one file, or brings the tab that has it to the front. The document replaces an
     /// untouched untitled one that is alone in its window. Shows an error when the file cannot be
     /// opened, at once or while it is read. In the latter case its tab is closed, or becomes an
-    /// untitled document if it is the only one.
+    /// untitled document if it is the only one. The message about a file that is not UTF-8 offers
+    /// to open a converted copy as an untitled document, which is edited.
     /// \return false when opening failed at once.
     bool openFile(const QString &path, Placement placement = Placement::Tab);
     /// As above, but a file that does not exist becomes an empty document that is saved there.
@@ -125,6 +126,7 @@ private:
     bool openDocumentFrom(const QString &path, MissingFile missingFile, Placement placement);
     void readingDidEnd(DocumentId id, const std::optional<DocumentError> &error);
     void discardUnreadTab(DocumentId id);
+    void openCopy(const QString &path, const Text &text, Placement placement);
 
     OpenDocuments m_documents;
     DocumentTabs m_tabs;

@@ -72,6 +72,11 @@ public:
 
     void setFilePath(const QString &absolutePath);
 
+    /// Absolute path that is suggested for saving a document without a file; empty for none.
+    [[nodiscard]] const QString &suggestedPath() const { return m_suggestedPath; }
+
+    void setSuggestedPath(const QString &absolutePath) { m_suggestedPath = absolutePath; }
+
     /// Reads the file and adopts its path. On failure nothing changes.
     [[nodiscard]] tl::expected<void, DocumentError> readFromFile(const QString &absolutePath);
 
@@ -147,6 +152,7 @@ private:
     Text m_contentString;
     std::shared_ptr<TextStorage> m_storage;
     QString m_filePath;
+    QString m_suggestedPath;
     std::optional<FileVersion> m_version;
     Text m_savedText;
     Transfer m_transfer = Transfer::None;

@@ -26,7 +26,7 @@ struct Candidate
 {
     const Encoding *encoding = nullptr;
     QStringList preview; ///< See `Preview`.
-    double score = 0;    ///< See `TextScore`, `kScoreOfMark`.
+    int score = 0;       ///< See `TextScore`, `kScoreOfMark`.
 };
 
 /// Reads the whole file once for each encoding and returns those that decode it, the most probable

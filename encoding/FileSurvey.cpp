@@ -96,7 +96,7 @@ bool isLikelyBinary(const QByteArray &bytes)
 
 struct Judgement
 {
-    double score = 0;                  ///< Of the characters up to a failure.
+    int score = 0;                     ///< Of the characters up to a failure.
     std::optional<qint64> errorOffset; ///< In the file.
 };
 
@@ -113,10 +113,10 @@ Judgement judge(const Part &part, const Encoding &encoding)
 
 void judgeAll(const Part &part, FileSurvey &survey)
 {
-    constexpr double kLeastScore = 0.25; // Of UTF-16 in a file that looks like a binary one.
+    constexpr int kLeastScore = 25; // Of UTF-16 in a file that looks like a binary one.
     survey.isBinary = isLikelyBinary(part.bytes);
-    double best = -1;
-    double closest = 0;
+    int best = -kScoreOfMark;
+    int closest = 0;
     for (const Encoding &encoding : encodings()) {
         const auto [score, errorOffset] = judge(part, encoding);
         const bool isUtf16 = encoding.script == Script::Any;
@@ -131,7 +131,10 @@ void judgeAll(const Part &part, FileSurvey &survey)
         }
     }
     survey.isBinary = survey.isBinary && survey.probable == nullptr;
-    if (survey.isBinary || survey.probable != nullptr)
+    // One that fails early may owe its score to a few characters.
+    const bool failsLate = (survey.closestEnd - part.start) * 2 > part.bytes.size();
+    const bool isBetter = survey.probable == nullptr || (closest > 2 * best && failsLate);
+    if (survey.isBinary || !isBetter)
         survey.closest = nullptr;
 }
 

@@ -20,8 +20,8 @@ struct FileSurvey
     bool isBinary = false; ///< It has NUL or many control characters, and is not in UTF-16.
     /// The most probable encoding of the part; null for a binary file, and if none decodes it.
     const Encoding *probable = nullptr;
-    /// When none decodes the part: the one that looks most probable up to where it fails, and the
-    /// 0-based position of the byte that fails. Null for a binary file.
+    /// An encoding that fails, but looks far more probable than all that decode the part; and the
+    /// 0-based position of the byte that fails. Null when there is none.
     const Encoding *closest = nullptr;
     qint64 closestEnd = 0;
 };

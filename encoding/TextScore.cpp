@@ -10,7 +10,7 @@ namespace {
 
 constexpr int kMaxCount = 65536;
 
-constexpr double kRareWeight = 0.3;
+constexpr int kCommon = 100; // All weights are in percent.
 
 // The characters that texts of each script contain most often.
 constexpr char16_t kJapanese[] = u"日一国会人年大十二本中長出三同時政事自行社見月分議後前民生連五発"
@@ -81,11 +81,6 @@ bool isBetween(char16_t unit, char16_t first, char16_t last)
     return unit >= first && unit <= last;
 }
 
-bool isAsciiLetter(char16_t unit)
-{
-    return isBetween(unit, u'a', u'z') || isBetween(unit, u'A', u'Z');
-}
-
 bool isKana(char16_t unit)
 {
     return isBetween(unit, 0x3041, 0x30FF);
@@ -94,6 +89,45 @@ bool isKana(char16_t unit)
 bool isWesternSymbol(char16_t unit)
 {
     return QStringView(u"£©®°§«»¿¡·€–—‘’“”„•…").contains(QChar(unit));
+}
+
+int weightOfWestern(char16_t unit, char16_t before)
+{
+    constexpr int kSymbol = 50;
+    constexpr int kLetter = 70; // In a word that starts with it, or after an ASCII character.
+    if (isWesternSymbol(unit))
+        return kSymbol;
+    return u_isalpha(unit) != 0 && before < 0x80 ? kLetter : 0;
+}
+
+/// The weight of a character in UTF-16 that is neither East Asian nor a symbol of that size.
+int weightOfOther(char16_t unit)
+{
+    constexpr int kAscii = 70;
+    constexpr int kLetter = 40;
+    if (unit < 0x80)
+        return kAscii;
+    return u_isalpha(unit) != 0 ? kLetter : 0;
+}
+
+/// The weight of a character that is not one of the common ones of the script.
+int weightOfEastAsian(char16_t unit, Script script)
+{
+    constexpr int kForeignKana = 20;
+    constexpr int kHalfWidthKana = 40; // More than a rare kanji.
+    constexpr int kRare = 30;
+    constexpr int kRareInUtf16 = 20; // Two ASCII characters look like one.
+    constexpr int kHanja = 10;
+    const bool isJapanese = script == Script::Japanese || script == Script::Any;
+    const int rare = script == Script::Any ? kRareInUtf16 : kRare;
+    if (isKana(unit))
+        return isJapanese ? kCommon : kForeignKana;
+    if (isBetween(unit, 0xFF61, 0xFF9F))
+        return isJapanese ? kHalfWidthKana : 0;
+    if (isBetween(unit, 0x4E00, 0x9FFF))
+        return script == Script::Korean ? kHanja : rare;
+    const bool isHangul = isBetween(unit, 0xAC00, 0xD7A3);
+    return isHangul && (script == Script::Korean || script == Script::Any) ? rare : 0;
 }
 
 } // namespace
@@ -112,41 +146,22 @@ void TextScore::add(std::u16string_view units)
     }
 }
 
-double TextScore::weightOf(char16_t unit, char16_t before) const
+int TextScore::weightOf(char16_t unit, char16_t before) const
 {
+    constexpr int kFullWidthSymbol = 50;
     if (u_iscntrl(unit) != 0)
-        return unit == u'\x1B' || u_isspace(unit) != 0 ? 0 : -1;
+        return unit == u'\x1B' || u_isspace(unit) != 0 ? 0 : -kCommon;
     if (isBetween(unit, 0xE000, 0xF8FF))
-        return -1;
+        return -kCommon;
     if (isCommonIn(m_script, unit))
-        return 1;
-    const bool isFullWidthSymbol =
-        isBetween(unit, 0x3000, 0x303F) || isBetween(unit, 0xFF01, 0xFF60);
-    if (isFullWidthSymbol)
-        return m_script == Script::Western ? 0 : 0.5;
-    return weightOfLetter(unit, before);
-}
-
-double TextScore::weightOfLetter(char16_t unit, char16_t before) const
-{
-    const bool isJapanese = m_script == Script::Japanese || m_script == Script::Any;
-    if (isKana(unit))
-        return isJapanese ? 1 : 0.2;
-    if (isBetween(unit, 0xFF61, 0xFF9F))
-        return isJapanese ? 0.4 : 0; // More than a rare kanji.
-    if (isBetween(unit, 0x4E00, 0x9FFF))
-        return m_script == Script::Korean ? 0.1 : kRareWeight;
-    if (isBetween(unit, 0xAC00, 0xD7A3))
-        return m_script == Script::Korean || m_script == Script::Any ? kRareWeight : 0;
-    if (m_script == Script::Any)
-        return unit < 0x80                                                ? 0.7
-               : u_isalpha(unit) != 0 && !isBetween(unit, 0x3400, 0x4DBF) ? 0.4
-                                                                          : 0;
-    if (m_script != Script::Western)
-        return 0;
-    if (isWesternSymbol(unit))
-        return 0.5;
-    return u_isalpha(unit) != 0 && (isAsciiLetter(before) || before < 0x80) ? 0.7 : 0;
+        return kCommon;
+    if (m_script == Script::Western)
+        return weightOfWestern(unit, before);
+    if (isBetween(unit, 0x3000, 0x303F) || isBetween(unit, 0xFF01, 0xFF60))
+        return kFullWidthSymbol;
+    if (m_script == Script::Any && unit < 0x3000)
+        return weightOfOther(unit);
+    return weightOfEastAsian(unit, m_script);
 }
 
 } // namespace penwick

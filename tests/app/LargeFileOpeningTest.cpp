@@ -130,7 +130,7 @@ void LargeFileOpeningTest::open_invalidAtTheEnd_showsMessageAndLeavesAnUntitledW
     QTRY_COMPARE_WITH_TIMEOUT(
         window()->windowTitle(), u"名称未設定[*] — penwick"_s, test::kLongWait);
     QCOMPARE(message, u"ファイルを開けませんでした"_s);
-    QVERIFY2(information.endsWith(u"UTF-8 のテキストではありません。"_s), qPrintable(information));
+    QVERIFY2(information.contains(u"UTF-8 のテキストではありません。"_s), qPrintable(information));
     QVERIFY(view() != nullptr);
     type(u"x"_s);
     QCOMPARE(text(), u"x"_s);
