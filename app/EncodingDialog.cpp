@@ -25,6 +25,7 @@ namespace {
 constexpr int kWaitTime = 100; // Milliseconds; for small files the list is shown at once.
 constexpr auto kRefreshInterval = 100ms;
 constexpr QSize kListSize(520, 260);
+constexpr int kRowSpacing = 3;
 
 QString reasonOf(const FileError &error)
 {
@@ -45,7 +46,7 @@ QString labelOf(const Candidate &candidate)
 {
     QString label = candidate.encoding->name;
     for (const QString &line : candidate.preview)
-        label += u"\n    "_s + visibleLine(line);
+        label += u"\n\u3000"_s + visibleLine(line); // A blank in the font of the text.
     return label;
 }
 
@@ -85,6 +86,7 @@ void EncodingDialog::makeContent()
     m_list->setAccessibleName(title);
     m_list->setMinimumSize(kListSize);
     m_list->setWordWrap(false);
+    m_list->setSpacing(kRowSpacing);
     m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_bar->setTextVisible(false);
     QSizePolicy kept = m_bar->sizePolicy(); // The layout stays when the bar is hidden.

@@ -74,6 +74,7 @@ private Q_SLOTS:
     void fileVanished_beforeTheChoice_isTold();
     void fileVanished_beforeTheMessage_isTold();
     void large_invalidAtTheEnd_isConverted();
+    void huge_isConvertedWhileTheWindowResponds();
     void large_closedWhileItIsChecked_opensNothing();
     void iso2022_isValidUtf8_opensAsIs();
     void pathForCopyOf_names_data();
@@ -267,8 +268,8 @@ void ConversionOfferTest::list_arrowKeys_chooseAnother()
     });
     QVERIFY(!m_documents->openFile(m_home->write(u"memo.txt"_s, "\xA4\xC6\xA4\xB9\xA4\xC8\n")));
     QVERIFY(rows.size() > 1);
-    QCOMPARE(rows.at(0), u"EUC-JP\n    てすと"_s);
-    QCOMPARE(rows.at(1), u"Big5 (CP950)\n    化允午"_s);
+    QCOMPARE(rows.at(0), u"EUC-JP\n\u3000てすと"_s);
+    QCOMPARE(rows.at(1), u"Big5 (CP950)\n\u3000化允午"_s);
     QCOMPARE(text(), u"化允午\n"_s);
 }
 
@@ -379,6 +380,26 @@ void ConversionOfferTest::large_invalidAtTheEnd_isConverted()
     QCOMPARE(m_documents->windowControllers().size(), 1);
     QVERIFY(document()->isEdited());
     QVERIFY(document()->filePath().isEmpty());
+}
+
+void ConversionOfferTest::huge_isConvertedWhileTheWindowResponds()
+{
+    const QByteArray line("\x93\xFA\x96\x7B\x8C\xEA\x82\xCC\x95\xB6\x8F\x91\x82\xC5\x82\xB7\n");
+    constexpr qint64 kLines = 6'000'000; // Of 17 bytes and 9 characters.
+    const QString path = m_home->write(u"memo.txt"_s, line.repeated(kLines));
+    // Counts turns of the event loop while the dialog works on the file.
+    int turnsBeforeTheList = 0;
+    const test::ModalAnswerer counter([&turnsBeforeTheList](QWidget *modal) {
+        const auto *dialog = qobject_cast<EncodingDialog *>(modal);
+        if (dialog != nullptr && !listOf(dialog)->isEnabled())
+            ++turnsBeforeTheList;
+        return false;
+    });
+    openCopy(path);
+    QVERIFY(turnsBeforeTheList > 0);
+    const Text &copy = document()->textStorage()->text();
+    QCOMPARE(copy.size(), kLines * 9);
+    QCOMPARE(copy.slice(kLines * 9 - 9, 9), u"日本語の文書です\n"_s);
 }
 
 void ConversionOfferTest::large_closedWhileItIsChecked_opensNothing()
