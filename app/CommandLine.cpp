@@ -1,5 +1,6 @@
 #include "app/CommandLine.h"
 
+#include "text/CutText.h"
 #include "wording/WordingLookup.h"
 
 #include <QFile>
@@ -230,7 +231,8 @@ QString CommandLine::faultText() const
         }
         return wording::text(u"cli.unknownOption"_s);
     };
-    return u"penwick: "_s + what() + u": "_s + QFile::decodeName(rejectedArgument);
+    return u"penwick: "_s + what() + u": "_s +
+           cutText(QFile::decodeName(rejectedArgument), kLongestShown);
 }
 
 } // namespace penwick

@@ -2,6 +2,7 @@
 
 #include "platform/desktop/WindowFrame.h"
 #include "platform/settings/NotificationCenter.h"
+#include "text/CutText.h"
 #include "view/TextView.h"
 #include "wording/UIWordingProfileManager.h"
 
@@ -107,7 +108,7 @@ void DocumentTabs::updateLabel(DocumentId id) const
     entry->controller->setTabLabel(
         {name, entry->document->filePath(), entry->document->isEdited()});
     if (TextView *view = entry->controller->textView())
-        view->setAccessibleName(name);
+        view->setAccessibleName(cutText(name, kLongestName));
 }
 
 void DocumentTabs::moveToNewWindow(DocumentId id, const QPoint &position)

@@ -1,6 +1,7 @@
 #include "app/MacroMenu.h"
 
 #include "controls/VerbatimText.h"
+#include "text/CutText.h"
 #include "wording/WordingLookup.h"
 
 #include <QAction>
@@ -28,7 +29,8 @@ QString cutTitle(const QMenu *menu, const QString &name)
     if (name.size() <= kMaximumWidth / 2)
         return name;
     const QFontMetrics metrics = menu->fontMetrics();
-    return metrics.elidedText(name, Qt::ElideMiddle, kMaximumWidth * metrics.averageCharWidth());
+    return metrics.elidedText(
+        cutText(name, kLongestName), Qt::ElideMiddle, kMaximumWidth * metrics.averageCharWidth());
 }
 
 void addCommandItem(QMenu *menu,

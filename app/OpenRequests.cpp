@@ -3,6 +3,7 @@
 #include "app/DocumentDialogs.h"
 #include "platform/desktop/WindowActivation.h"
 #include "platform/process/StandardOutput.h"
+#include "text/CutText.h"
 #include "view/TextView.h"
 
 #include <QApplication>
@@ -151,7 +152,8 @@ void OpenRequests::reportFailure(const QString &path, const DocumentError &error
     if (m_currentWatch->client != nullptr)
         m_currentWatch->client->opened(false);
     else
-        writeErrorLine(u"penwick: "_s + dialogs::openErrorReason(path, error) + u' ' + path);
+        writeErrorLine(u"penwick: "_s + dialogs::openErrorReason(path, error) + u' ' +
+                       cutText(path, kLongestToolTip));
 }
 
 const TextDocument *OpenRequests::openItem(const OpenRequest::Item &item, Placement placement)

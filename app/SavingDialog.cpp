@@ -17,8 +17,8 @@ SavingDialog::SavingDialog(QWidget *parent, TextDocument *document, const QStrin
 {
     setWindowTitle(wording::text(u"app.name"_s));
     setWindowModality(Qt::ApplicationModal);
-    auto *label = new QLabel(wording::text(u"dialog.savingMessage"_s, {visibleLine(name)}), this);
-    label->setTextFormat(Qt::PlainText);
+    auto *label = new QLabel(this);
+    setVerbatimText(label, wording::text(u"dialog.savingMessage"_s, {visibleLine(name)}));
     label->setWordWrap(true);
     auto *bar = new TransferBar(document, this);
     auto *layout = new QVBoxLayout(this);

@@ -5,6 +5,7 @@
 #include "find/FindBar.h"
 #include "find/FindController.h"
 #include "platform/settings/NotificationCenter.h"
+#include "text/CutText.h"
 #include "view/EditorFont.h"
 #include "view/TextView.h"
 #include "wording/UIWordingProfileManager.h"
@@ -116,7 +117,8 @@ void CodeEditor::makeTextArea()
 void CodeEditor::relabel()
 {
     const QString keys = wording::text(u"macro.manage.codeKeys"_s);
-    setAccessibleDescription(m_errorMessage.isEmpty() ? keys : m_errorMessage + u' ' + keys);
+    const QString error = cutText(m_errorMessage, kLongestShown);
+    setAccessibleDescription(error.isEmpty() ? keys : error + u' ' + keys);
 }
 
 QString CodeEditor::text() const
@@ -139,7 +141,7 @@ void CodeEditor::markErrorLine(int line, const QString &message)
     const qint64 number = std::min<qint64>(line - 1, last);
     m_decoration.setErrorLine(number);
     m_view->scrollTo(m_storage.text().offsetAfterLineFeed(number));
-    m_errorMessage = message;
+    m_errorMessage = cutText(message, kLongestToolTip);
     relabel();
     errorMarkChanged();
 }

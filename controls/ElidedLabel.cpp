@@ -1,5 +1,7 @@
 #include "controls/ElidedLabel.h"
 
+#include "text/CutText.h"
+
 #include <QPainter>
 
 namespace penwick {
@@ -34,7 +36,7 @@ ElidedLabel::ElidedLabel(QWidget *parent)
 
 void ElidedLabel::setLine(const QString &text)
 {
-    QString line = text;
+    QString line = cutText(text, kLongestShown);
     line.replace(QStringLiteral("\r\n"), QStringLiteral(" "));
     for (QChar &c : line)
         if (breaksLine(c))

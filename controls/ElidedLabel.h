@@ -6,7 +6,7 @@ namespace penwick {
 
 /// A label with one line of plain text. A line that is too long for the label is cut off at its end
 /// with an ellipsis. The label has no minimum width, so no text can keep a window wide. `text()` is
-/// the whole line, also for assistive technology.
+/// the line also for assistive technology.
 class ElidedLabel : public QLabel
 {
     Q_OBJECT
@@ -14,7 +14,8 @@ class ElidedLabel : public QLabel
 public:
     explicit ElidedLabel(QWidget *parent = nullptr);
 
-    /// Shows `text` on one line: every line break in it becomes a space.
+    /// Shows `text` on one line: every line break in it becomes a space. The line is cut as by
+    /// `cutText` at `kLongestShown`.
     void setLine(const QString &text);
     /// Returns what is painted at the current width: the line, or its start and an ellipsis.
     [[nodiscard]] QString displayedText() const;

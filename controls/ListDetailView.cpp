@@ -5,6 +5,7 @@
 #include "controls/SidebarDelegate.h"
 #include "controls/SymbolIcon.h"
 #include "controls/VerbatimText.h"
+#include "text/CutText.h"
 
 #include <QEvent>
 #include <QHBoxLayout>
@@ -25,14 +26,15 @@ constexpr int kHeaderMargin = 10;
 
 QStandardItem *makeItem(const ListDetailView::Row &row, const QString &moveHint)
 {
-    auto *item = new QStandardItem(row.name);
+    const QString name = cutText(row.name, kLongestShown);
+    auto *item = new QStandardItem(name);
     item->setEditable(false);
     item->setData(row.id, SidebarDelegate::IdRole);
     item->setData(row.badge, SidebarDelegate::BadgeRole);
     item->setData(row.symbol, SidebarDelegate::SymbolRole);
     item->setToolTip(verbatimToolTip(row.name, moveHint));
     item->setDropEnabled(false); // A row is dropped between others.
-    QStringList spoken{row.name};
+    QStringList spoken{name};
     if (!row.badge.isEmpty())
         spoken += row.badge;
     if (!row.symbolMeaning.isEmpty())

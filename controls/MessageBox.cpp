@@ -1,6 +1,7 @@
 #include "controls/MessageBox.h"
 
 #include "controls/VerbatimText.h"
+#include "text/CutText.h"
 #include "wording/WordingLookup.h"
 
 #include <QLabel>
@@ -14,7 +15,7 @@ MessageBox::MessageBox(Icon icon, const QString &text, QWidget *parent)
     setIcon(icon);
     setTextFormat(Qt::PlainText);
     setWindowTitle(wording::text(QStringLiteral("app.name")));
-    setText(text);
+    setText(cutText(text, kLongestShown));
     setWindowModality(Qt::ApplicationModal);
 }
 
@@ -27,7 +28,7 @@ void MessageBox::setInformation(const QString &text)
         label->setTextFormat(Qt::PlainText);
         label->setOpenExternalLinks(false);
     }
-    setInformativeText(text);
+    setInformativeText(cutText(text, kLongestShown));
 }
 
 QPushButton *MessageBox::addTextButton(const QString &label, ButtonRole role)

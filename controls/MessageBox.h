@@ -5,7 +5,7 @@
 namespace penwick {
 
 /// A modal message box that shows its texts literally, without markup or access keys, and has only
-/// the buttons that are added to it.
+/// the buttons that are added to it. Each text is cut as by `cutText` at `kLongestShown`.
 class MessageBox final : public QMessageBox
 {
     Q_OBJECT

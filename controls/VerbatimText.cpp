@@ -12,7 +12,7 @@ namespace penwick {
 
 QString verbatimText(const QString &title)
 {
-    QString text = title;
+    QString text = cutText(title, kLongestShown);
     text.replace(u'&', QStringLiteral("&&"));
     text.replace(u'\t', u' ');
     return text;
@@ -21,7 +21,7 @@ QString verbatimText(const QString &title)
 void setVerbatimText(QLabel *label, const QString &text)
 {
     label->setTextFormat(Qt::PlainText);
-    label->setText(label->buddy() != nullptr ? verbatimText(text) : text);
+    label->setText(label->buddy() != nullptr ? verbatimText(text) : cutText(text, kLongestShown));
 }
 
 void setVerbatimText(QAbstractButton *button, const QString &text)
@@ -31,13 +31,8 @@ void setVerbatimText(QAbstractButton *button, const QString &text)
 
 QString verbatimToolTip(const QString &text, const QString &hint)
 {
-    constexpr qsizetype kLongest = 1000;
     constexpr qsizetype kLongestLine = 80; // A longer plain text would not wrap.
-    QString shown = text;
-    if (shown.size() > kLongest) {
-        shown.truncate(shown.at(kLongest - 1).isHighSurrogate() ? kLongest - 1 : kLongest);
-        shown += u'…';
-    }
+    QString shown = cutText(text, kLongestToolTip);
     if (!hint.isEmpty())
         shown += (shown.isEmpty() ? QString() : QStringLiteral("\n")) + hint;
     if (shown.size() <= kLongestLine && !Qt::mightBeRichText(shown))
@@ -48,18 +43,12 @@ QString verbatimToolTip(const QString &text, const QString &hint)
 
 QString longToolTip(const QString &text)
 {
-    constexpr qsizetype kUnits = 2000;
     constexpr qsizetype kLines = 30;
-    qsizetype end = std::min(text.size(), kUnits);
-    if (end < text.size() && text[end].isLowSurrogate())
-        --end;
-    QString shown = text.first(end);
+    QString shown = cutText(text, kLongestToolTip);
     shown.replace(u"\r\n"_s, u"\n"_s);
     const QStringList lines = shown.split(u'\n');
     if (lines.size() > kLines)
-        shown = lines.first(kLines).join(u'\n');
-    if (end < text.size() || lines.size() > kLines)
-        shown += u'…';
+        shown = lines.first(kLines).join(u'\n') + u'…';
     constexpr qsizetype kUnwrapped = 40;
     if (shown.size() <= kUnwrapped && !Qt::mightBeRichText(shown))
         return shown;
@@ -67,7 +56,7 @@ QString longToolTip(const QString &text)
     return u"<p style=\"white-space: pre-wrap\">"_s + shown.toHtmlEscaped() + u"</p>"_s;
 }
 
-QString visibleLine(const QString &text)
+QString visibleLine(const QString &text, qsizetype longest)
 {
     const auto isInvisible = [](QChar character) {
         const char16_t unit = character.unicode();
@@ -78,7 +67,7 @@ QString visibleLine(const QString &text)
                character.category() == QChar::Separator_Line ||
                character.category() == QChar::Separator_Paragraph;
     };
-    QString line = text;
+    QString line = cutText(text, longest);
     std::replace_if(line.begin(), line.end(), isInvisible, QChar(QChar::ReplacementCharacter));
     return line;
 }

@@ -2,6 +2,7 @@
 
 #include "controls/VerbatimText.h"
 #include "platform/settings/NotificationCenter.h"
+#include "text/CutText.h"
 #include "window/TabCloseButton.h"
 #include "window/TabMimeData.h"
 #include "wording/UIWordingProfileManager.h"
@@ -41,9 +42,8 @@ TabCloseButton *closeButtonOf(const QTabBar &bar, int index)
 
 QString accessibleNameOf(const TabLabel &label)
 {
-    if (!label.isEdited)
-        return label.name;
-    return wording::text(u"editor.tab.edited"_s, {label.name});
+    const QString name = cutText(label.name, kLongestName);
+    return label.isEdited ? wording::text(u"editor.tab.edited"_s, {name}) : name;
 }
 
 } // namespace
@@ -83,7 +83,8 @@ void EditorTabBar::setLabel(int index, const TabLabel &label)
     setTabText(index, verbatimText(visibleLine(label.name)));
     setAccessibleTabName(index, accessibleNameOf(label));
     const QString path = QDir::toNativeSeparators(label.filePath);
-    setTabToolTip(index, verbatimToolTip(visibleLine(path.isEmpty() ? label.name : path)));
+    setTabToolTip(
+        index, verbatimToolTip(visibleLine(path.isEmpty() ? label.name : path, kLongestToolTip)));
     closeButtonOf(*this, index)->setEdited(label.isEdited);
 }
 

@@ -1,6 +1,7 @@
 #include "window/MacroRunNotice.h"
 
 #include "controls/VerbatimText.h"
+#include "text/CutText.h"
 #include "wording/WordingLookup.h"
 
 #include <QApplication>
@@ -32,9 +33,9 @@ MacroRunNotice::MacroRunNotice(const QString &macroName,
 {
     setWindowTitle(wording::text(u"app.name"_s));
     auto *message = new QLabel(this);
-    message->setTextFormat(Qt::PlainText);
     message->setWordWrap(true);
-    message->setText(wording::text(u"macro.running.message"_s, {macroName}));
+    setVerbatimText(message,
+                    wording::text(u"macro.running.message"_s, {cutText(macroName, kLongestName)}));
     setAccessibleName(message->text());
     m_elapsed->setTextFormat(Qt::PlainText);
     auto *stop = new QPushButton(this);

@@ -128,10 +128,13 @@ void StatusBarView::dismissMessage()
 
 void StatusBarView::stateDidChange(DocumentState::Field field)
 {
-    // Of the text itself, the bar shows only whether its line ends differ.
-    if (field != DocumentState::Field::Text)
+    if (m_documentState.isNull())
+        return;
+    if (field == DocumentState::Field::MacroNotificationMessage)
         redraw();
-    else if (!m_documentState.isNull())
+    else if (field != DocumentState::Field::Text)
+        redrawCounters();
+    else // Of the text itself, the bar shows only whether its line ends differ.
         m_lineEndMark->setContent(m_documentState->text());
 }
 

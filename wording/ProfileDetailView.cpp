@@ -105,8 +105,8 @@ void ProfileDetailView::setRow(int row, const QString &label, const QString &val
 {
     setVerbatimText(labelAt(m_rows, row, 0), label);
     QLabel *valueLabel = labelAt(m_rows, row, 1);
-    valueLabel->setText(value);
-    valueLabel->setAccessibleName(label + u' ' + value);
+    setVerbatimText(valueLabel, value);
+    valueLabel->setAccessibleName(label + u' ' + valueLabel->text());
 }
 
 void ProfileDetailView::showProfile()

@@ -1,5 +1,6 @@
 #include "wording/WordingLookup.h"
 
+#include "text/CutText.h"
 #include "wording/OwnTexts.h"
 #include "wording/WordingTables.h"
 
@@ -18,7 +19,7 @@ std::optional<QHash<QString, QString>> &activeValues()
 std::optional<QString> find(const QHash<QString, QString> &texts, const QString &key)
 {
     const auto found = texts.constFind(key);
-    return found == texts.cend() ? std::nullopt : std::optional(*found);
+    return found == texts.cend() ? std::nullopt : std::optional(cutText(*found, kLongestShown));
 }
 
 std::optional<QString> activeOrBuiltInText(const QString &key)

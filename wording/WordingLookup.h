@@ -12,7 +12,7 @@ namespace penwick::wording {
 
 /// Returns the active values' text for the key, else the built-in Japanese one, else the one of
 /// `ownTexts`, else the key itself. Keys are compared exactly. An empty text among the active
-/// values is not replaced.
+/// values is not replaced. A text is cut as by `cutText` at `kLongestShown`.
 [[nodiscard]] QString text(const QString &forKey);
 
 /// Returns the active values' text for the key, else the built-in Japanese one, else `defaultText`.

@@ -1,5 +1,7 @@
 #include "app/CommandLine.h"
 
+#include "text/CutText.h"
+
 #include <QTest>
 
 #include <limits>
@@ -212,6 +214,9 @@ void CommandLineTest::faultText_isOneLineWithTheArgument()
         QVERIFY(text.startsWith(u"penwick: "_s) && !text.contains(u'\n'));
         QVERIFY(text.endsWith(QString::fromLatin1(arguments.last())));
     }
+    const QString text = CommandLine::parse({"--foo" + QByteArray(100'000, 'x')}).faultText();
+    QVERIFY(text.contains(u": --fooxxx"_s) && text.endsWith(u"x…"_s));
+    QVERIFY(text.size() < 2 * kLongestShown);
 }
 
 void CommandLineTest::versionText_namesProgramAndVersion()

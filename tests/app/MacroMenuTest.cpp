@@ -1,7 +1,10 @@
 #include "app/MacroMenu.h"
 
 #include "controls/VerbatimText.h"
+#include "support/CutStart.h"
 #include "support/Macros.h"
+#include "support/PlainToolTip.h"
+#include "text/CutText.h"
 #include "wording/WordingLookup.h"
 
 #include <QAction>
@@ -23,6 +26,7 @@ private Q_SLOTS:
     void unusualName_isOneVerbatimItem();
     void longName_isCutInTheMiddle_andTheToolTip();
     void nameOfThirtyWideCharacters_isShownWhole();
+    void hugeName_isCutAndMoreInTheToolTip();
     void macroItem_triggered_givesItsId();
     void fixedItems_triggered_performTheirCommands();
     void rebuild_removesTheOldItems();
@@ -153,6 +157,15 @@ void MacroMenuTest::nameOfThirtyWideCharacters_isShownWhole()
     rebuild({macro(u"a"_s, name)});
     QCOMPARE(m_menu.actions().at(0)->text(), name);
     QVERIFY(m_menu.sizeHint().width() < 600);
+}
+
+void MacroMenuTest::hugeName_isCutAndMoreInTheToolTip()
+{
+    const QString name = test::hugeText();
+    rebuild({macro(u"a"_s, name)});
+    const QAction *item = m_menu.actions().at(0);
+    QVERIFY(item->text().startsWith(u"名名"_s) && item->text().size() < kLongestName);
+    QVERIFY(test::isCutStart(test::plainToolTip(item->toolTip()), name, kLongestToolTip));
 }
 
 void MacroMenuTest::macroItem_triggered_givesItsId()

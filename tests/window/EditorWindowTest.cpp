@@ -3,6 +3,9 @@
 #include "find/FindController.h"
 #include "macro/engine/EditorWindowTestBase.h"
 #include "platform/settings/NotificationCenter.h"
+#include "support/CutStart.h"
+#include "support/PlainToolTip.h"
+#include "text/CutText.h"
 #include "view/TextView.h"
 #include "window/EditorTabBar.h"
 #include "window/EditorWindowController.h"
@@ -46,6 +49,7 @@ private Q_SLOTS:
     void reordering_showsTheSamePages();
     void label_isShownVerbatimOnTabAndTitle();
     void label_withControlCharacters_isOneHarmlessLine();
+    void label_huge_isCut();
     void label_edited_isMarkedAndSpoken();
     void labels_equal_showFoldersWhileTheyAre();
     void names_long_areElidedAndTabsStayReadable();
@@ -250,6 +254,19 @@ void EditorWindowTest::label_withControlCharacters_isOneHarmlessLine()
     QCOMPARE(m_window->tabBar()->tabText(0), u"a\uFFFDb\uFFFDtxt.\uFFFDc\uFFFDd"_s);
     QCOMPARE(m_window->tabBar()->tabToolTip(0), u"/tmp/a\uFFFDb"_s);
     QCOMPARE(m_window->windowTitle(), u"a\uFFFDb\uFFFDtxt.\uFFFDc\uFFFDd[*] — penwick"_s);
+}
+
+void EditorWindowTest::label_huge_isCut()
+{
+    const QString name = test::hugeText();
+    add(u"one"_s).controller->setTabLabel({name, {}, true});
+    const EditorTabBar *bar = m_window->tabBar();
+    QVERIFY(test::isCutStart(bar->tabText(0), name, kLongestName));
+    QVERIFY(test::isCutStart(test::plainToolTip(bar->tabToolTip(0)), name, kLongestToolTip));
+    const QString told = bar->accessibleTabName(0);
+    QVERIFY(told.startsWith(u"名名"_s) && told.size() < kLongestShown);
+    QVERIFY(test::isCutStart(
+        m_window->windowTitle().chopped(u"[*] — penwick"_s.size()), name, kLongestName));
 }
 
 void EditorWindowTest::label_edited_isMarkedAndSpoken()

@@ -1,7 +1,10 @@
 #include "window/MacroRun.h"
 
+#include "support/CutStart.h"
 #include "support/MacroEditor.h"
 #include "support/TemporaryHome.h"
+#include "text/CutText.h"
+#include "window/MacroRunNotice.h"
 
 #include <QAbstractButton>
 #include <QDeadlineTimer>
@@ -41,6 +44,7 @@ private Q_SLOTS:
     void shortRun_hasEndedOnReturn();
     void secondLong_returnsBeforeItHasEnded();
     void notice_shown_namesMacroAndTime();
+    void notice_hugeName_isCut();
     void notice_isModalForItsWindowAlone();
     void notice_closed_stopsTheRun();
     void notice_button_stopsTheRun();
@@ -127,6 +131,19 @@ void MacroRunTest::notice_shown_namesMacroAndTime()
     QVERIFY2(shown >= 1 && shown * 1000 <= elapsed.elapsed(), QByteArray::number(shown));
     QTRY_VERIFY(seconds() > shown);
     QVERIFY(seconds() * 1000 <= elapsed.elapsed());
+}
+
+void MacroRunTest::notice_hugeName_isCut()
+{
+    QWidget window;
+    QElapsedTimer elapsed;
+    elapsed.start();
+    const MacroRunNotice notice(test::hugeText(), elapsed, &window);
+    const QString told = notice.accessibleName();
+    QVERIFY(told.startsWith(u"マクロ「名名"_s) && told.endsWith(u"…」を実行しています。"_s));
+    QVERIFY(told.size() < kLongestShown);
+    for (const QLabel *label : notice.findChildren<QLabel *>())
+        QVERIFY(label->text().size() <= told.size());
 }
 
 void MacroRunTest::notice_isModalForItsWindowAlone()

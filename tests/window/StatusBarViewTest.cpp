@@ -1,6 +1,8 @@
 #include "window/StatusBarView.h"
 
 #include "platform/settings/NotificationCenter.h"
+#include "support/CutStart.h"
+#include "text/CutText.h"
 #include "window/StatusMessageLabel.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
@@ -37,6 +39,7 @@ private Q_SLOTS:
     void message_tooLong_isElidedAndLeavesWidthFree();
     void message_long_isInItsToolTip_data();
     void message_long_isInItsToolTip();
+    void message_huge_isCutForEveryReader();
     void message_contextMenu_copiesIt();
     void message_pointedAt_showsAHand();
     void counters_standApart();
@@ -191,9 +194,9 @@ void StatusBarViewTest::message_long_isInItsToolTip_data()
     const QString emoji = u"\U0001F600"_s;
     QTest::newRow("short") << u"完了"_s << u"完了"_s;
     QTest::newRow("markup and lines") << u"<b>a</b> & b\r\nc"_s << u"<b>a</b> & b\nc"_s;
-    QTest::newRow("long") << QString(5000, u'あ') << QString(2000, u'あ') + u'…';
+    QTest::newRow("long") << QString(5000, u'あ') << QString(4000, u'あ') + u'…';
     QTest::newRow("pair at the end")
-        << u"a"_s + emoji.repeated(1000) << u"a"_s + emoji.repeated(999) + u'…';
+        << u"a"_s + emoji.repeated(2000) << u"a"_s + emoji.repeated(1999) + u'…';
     QTest::newRow("many lines") << u"x\n"_s.repeated(500) << u"x\n"_s.repeated(29) + u"x…"_s;
 }
 
@@ -205,6 +208,18 @@ void StatusBarViewTest::message_long_isInItsToolTip()
     QTextDocument document;
     document.setHtml(this->message()->toolTip());
     QCOMPARE(document.toPlainText(), expected);
+}
+
+void StatusBarViewTest::message_huge_isCutForEveryReader()
+{
+    const QString text = test::hugeText();
+    m_state->setMacroNotificationMessage(text);
+    QVERIFY(test::isCutStart(message()->text(), text, kLongestShown));
+    const auto *told = QAccessible::queryAccessibleInterface(message());
+    QVERIFY(test::isCutStart(told->text(QAccessible::Name), text, kLongestShown));
+    QVERIFY(told->text(QAccessible::Description).size() < 2 * kLongestToolTip);
+    message()->copy();
+    QCOMPARE(QGuiApplication::clipboard()->text(), text);
 }
 
 void StatusBarViewTest::message_contextMenu_copiesIt()

@@ -1,9 +1,11 @@
 #include "controls/ElidedLabel.h"
 #include "platform/desktop/WindowFrame.h"
+#include "support/CutStart.h"
 #include "support/CutToScreen.h"
 #include "support/FileSizeLimit.h"
 #include "support/LiteralLabel.h"
 #include "support/ShownProfileManager.h"
+#include "text/CutText.h"
 #include "wording/OwnTexts.h"
 #include "wording/WordingLookup.h"
 #include "wording/WordingTables.h"
@@ -254,6 +256,25 @@ private Q_SLOTS:
                 QVERIFY(showsLiterally(label, text.startsWith(u'A') ? u"A & B"_s : u"C & D"_s));
         }
         QCOMPARE(count, 9);
+    }
+
+    void profile_huge_isCutWhereItIsShown()
+    {
+        const QString text = hugeText();
+        UIWordingProfile profile = userProfile(u"P"_s, text);
+        for (QString *field : {&profile.description, &profile.locale, &profile.createdAt})
+            *field = text;
+        const World world({profile});
+        world.page().clickRow(2);
+        QVERIFY(isCutStart(world.page().names().at(2), text, kLongestShown));
+        int cut = 0;
+        for (QLabel *label : world.window()->findChildren<QLabel *>()) {
+            const auto *told = QAccessible::queryAccessibleInterface(label);
+            QVERIFY(told->text(QAccessible::Name).size() < 2 * kLongestShown);
+            cut += isCutStart(label->text(), text, kLongestShown) ? 1 : 0;
+        }
+        QCOMPARE(cut, 5); // The title and four fields.
+        QCOMPARE(world.manager->profileWithId(u"P"_s), profile);
     }
 
     void detail_longName_takesOneLine()

@@ -1,5 +1,7 @@
 #include "wording/WordingLookup.h"
 
+#include "support/CutStart.h"
+#include "text/CutText.h"
 #include "wording/OwnTexts.h"
 #include "wording/WordingTables.h"
 
@@ -121,6 +123,15 @@ private Q_SLOTS:
         wording::setActiveValues(QHash<QString, QString>{{u"menu.file"_s, u""_s}});
         QCOMPARE(wording::text(u"menu.file"_s), QString());
         QCOMPARE(wording::text(u"menu.file"_s, u"default"_s), QString());
+    }
+
+    void text_hugeActiveText_isCut()
+    {
+        const QString text = test::hugeText(u"%1名"_s);
+        wording::setActiveValues(QHash<QString, QString>{{u"menu.file"_s, text}});
+        QVERIFY(test::isCutStart(wording::text(u"menu.file"_s), text, kLongestShown));
+        QVERIFY(test::isCutStart(wording::text(u"menu.file"_s, u"x"_s), text, kLongestShown));
+        QVERIFY(wording::text(u"menu.file"_s, {u"12"_s}).size() <= kLongestShown + 1);
     }
 
     void text_keyOfAnotherSpelling_isUnknown()
