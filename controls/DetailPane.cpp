@@ -3,15 +3,13 @@
 #include "controls/ElidedLabel.h"
 #include "controls/ProminentButton.h"
 #include "controls/SymbolIcon.h"
+#include "controls/TextField.h"
 #include "controls/VerbatimText.h"
 
 #include <QFrame>
 #include <QLabel>
-#include <QLineEdit>
 #include <QScrollArea>
 #include <QVBoxLayout>
-
-#include <limits>
 
 namespace penwick {
 
@@ -107,11 +105,10 @@ QLabel *makeFieldLabel()
     return label;
 }
 
-QLineEdit *makeTextField(const QString &name)
+TextField *makeTextField(const QString &name)
 {
-    auto *field = new QLineEdit;
+    auto *field = new TextField;
     field->setObjectName(name);
-    field->setMaxLength(std::numeric_limits<int>::max()); // By default it cuts off longer texts.
     return field;
 }
 

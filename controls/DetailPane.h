@@ -5,7 +5,6 @@
 class QFrame;
 class QLabel;
 class QLayout;
-class QLineEdit;
 class QPushButton;
 class QScrollArea;
 class QVBoxLayout;
@@ -14,6 +13,7 @@ class QWidget;
 namespace penwick {
 
 class ElidedLabel;
+class TextField;
 
 // Building blocks of the details beside a list, which make all such panes look alike. Each result
 // is owned by the widget or layout that it is added to.
@@ -37,9 +37,8 @@ void setTitle(ElidedLabel *label, const QString &title);
 [[nodiscard]] QLabel *makeSectionLabel();
 [[nodiscard]] QLabel *makeFieldLabel();
 
-/// Returns a field for a text of any length.
 /// \param name object name of the field.
-[[nodiscard]] QLineEdit *makeTextField(const QString &name);
+[[nodiscard]] TextField *makeTextField(const QString &name);
 
 /// \param name object name of the button.
 /// \param symbol as for `symbolIcon`.

@@ -6,6 +6,7 @@
 #include "controls/DetailPane.h"
 #include "controls/ElidedLabel.h"
 #include "controls/MacroSourceBadge.h"
+#include "controls/TextField.h"
 #include "controls/VerbatimText.h"
 #include "macro/library/MacroFile.h"
 #include "platform/files/AtomicFile.h"
@@ -17,7 +18,6 @@
 #include <QGuiApplication>
 #include <QInputMethod>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPushButton>
 #include <QShortcut>
 
@@ -83,7 +83,7 @@ void MacroDetailView::makeFields(QGridLayout *rows)
         rows->addWidget(m_labels[at], i, 0);
         rows->addWidget(m_fields[at], i, 1);
     }
-    connect(m_fields[Name], &QLineEdit::textChanged, this, &MacroDetailView::showTitle);
+    connect(m_fields[Name], &TextField::textChanged, this, &MacroDetailView::showTitle);
 }
 
 void MacroDetailView::makeButtons()
@@ -104,12 +104,10 @@ void MacroDetailView::makeButtons()
 void MacroDetailView::setMacro(const Macro &macro)
 {
     m_macro = macro;
-    m_fields[Name]->setText(macro.name);
-    m_fields[Description]->setText(macro.description);
-    m_fields[Category]->setText(macro.category);
-    m_fields[HelpUrl]->setText(macro.helpURL);
-    for (QLineEdit *field : m_fields)
-        field->setCursorPosition(0); // Show the beginning of a long text.
+    m_fields[Name]->setWholeText(macro.name);
+    m_fields[Description]->setWholeText(macro.description);
+    m_fields[Category]->setWholeText(macro.category);
+    m_fields[HelpUrl]->setWholeText(macro.helpURL);
     m_code->setText(macro.code);
     clearRunError();
     showTitle();
@@ -118,9 +116,9 @@ void MacroDetailView::setMacro(const Macro &macro)
 void MacroDetailView::setStoredMacro(const Macro &macro)
 {
     const auto follow = [this, &macro](Field field, const QString Macro::*member) {
-        QLineEdit *edit = m_fields[field];
-        if (edit->text() == m_macro.*member && edit->text() != macro.*member)
-            edit->setText(macro.*member);
+        TextField *edit = m_fields[field];
+        if (edit->wholeText() == m_macro.*member && edit->wholeText() != macro.*member)
+            edit->setWholeText(macro.*member);
     };
     follow(Name, &Macro::name);
     follow(Description, &Macro::description);
@@ -137,10 +135,10 @@ void MacroDetailView::setStoredMacro(const Macro &macro)
 Macro MacroDetailView::draftMacro() const
 {
     Macro draft = m_macro;
-    draft.name = m_fields[Name]->text();
-    draft.description = m_fields[Description]->text();
-    draft.category = m_fields[Category]->text();
-    draft.helpURL = m_fields[HelpUrl]->text();
+    draft.name = m_fields[Name]->wholeText();
+    draft.description = m_fields[Description]->wholeText();
+    draft.category = m_fields[Category]->wholeText();
+    draft.helpURL = m_fields[HelpUrl]->wholeText();
     draft.code = m_code->text();
     return draft;
 }
@@ -190,7 +188,7 @@ void MacroDetailView::showRunState()
 
 void MacroDetailView::showTitle()
 {
-    const QString name = m_fields[Name]->text();
+    const QString name = m_fields[Name]->wholeText();
     setTitle(m_title, name.isEmpty() ? wording::text(u"macro.manage.newMacro"_s) : name);
     m_badge->setSource(m_macro.source);
 }

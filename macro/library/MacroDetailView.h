@@ -9,7 +9,6 @@
 
 class QGridLayout;
 class QLabel;
-class QLineEdit;
 class QPushButton;
 
 namespace penwick {
@@ -18,6 +17,7 @@ class ButtonRow;
 class CodeEditor;
 class ElidedLabel;
 class MacroSourceBadge;
+class TextField;
 
 /// Edits one macro. The user's edits change a draft only; a receiver of `onSave` stores it.
 class MacroDetailView final : public QWidget
@@ -75,7 +75,7 @@ private:
     MacroSourceBadge *m_badge;
     QLabel *m_section;
     std::array<QLabel *, FieldCount> m_labels{};
-    std::array<QLineEdit *, FieldCount> m_fields{};
+    std::array<TextField *, FieldCount> m_fields{};
     QLabel *m_codeLabel;
     CodeEditor *m_code;
     ElidedLabel *m_runError;

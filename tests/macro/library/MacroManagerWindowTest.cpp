@@ -509,6 +509,23 @@ private Q_SLOTS:
         QCOMPARE(detail->draftMacro().name, text);
     }
 
+    void field_hugeName_isWholeWithTheFocus()
+    {
+        const QString text = hugeText();
+        const MacroManagerScene world({namedMacro(u"A"_s, text, 1)});
+        world.page().clickRow(0);
+        QLineEdit *field = world.field(u"macroName"_s);
+        QVERIFY(isCutStart(field->text(), text, kLongestShown));
+        QTest::keyClicks(field, u"y"_s); // As from a program that types without the focus.
+        QVERIFY(!world.controller->view()->detailView()->hasUnsavedEdits());
+        field->setFocus();
+        QVERIFY(field->text() == text);
+        QTest::keyClick(field, Qt::Key_End);
+        QTest::keyClicks(field, u"x"_s);
+        world.page().click(u"保存"_s);
+        QVERIFY(world.stored(u"A"_s).name == text + u'x');
+    }
+
     void title_longName_takesOneLine()
     {
         const MacroManagerScene world({namedMacro(u"A"_s, u"Alpha"_s, 1),
