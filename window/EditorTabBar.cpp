@@ -5,6 +5,7 @@
 #include "text/CutText.h"
 #include "window/TabCloseButton.h"
 #include "window/TabMimeData.h"
+#include "window/TabNames.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
 
@@ -80,12 +81,34 @@ void EditorTabBar::insert(int index, const TabLabel &label)
 
 void EditorTabBar::setLabel(int index, const TabLabel &label)
 {
-    setTabText(index, verbatimText(visibleLine(label.name)));
+    const QString name = visibleLine(label.name);
+    m_shownNames.reset();
+    setTabData(index, name);
+    setTabText(index, verbatimText(name));
     setAccessibleTabName(index, accessibleNameOf(label));
     const QString path = QDir::toNativeSeparators(label.filePath);
     setTabToolTip(
         index, verbatimToolTip(visibleLine(path.isEmpty() ? label.name : path, kLongestToolTip)));
     closeButtonOf(*this, index)->setEdited(label.isEdited);
+}
+
+QStringList EditorTabBar::names() const
+{
+    QStringList names;
+    for (int i = 0; i < count(); ++i)
+        names << tabData(i).toString();
+    return names;
+}
+
+bool EditorTabBar::isEdited(int index) const
+{
+    const TabCloseButton *button = closeButtonOf(*this, index);
+    return button != nullptr && button->isEdited();
+}
+
+bool EditorTabBar::fitsInto(int width) const
+{
+    return count() * characterWidths(kMinimumTabWidth) <= width;
 }
 
 void EditorTabBar::relabel()
@@ -264,6 +287,35 @@ void EditorTabBar::contextMenuEvent(QContextMenuEvent *event)
         return QTabBar::contextMenuEvent(event);
     const QPoint place = isByKey ? mapToGlobal(tabRect(index).bottomLeft()) : event->globalPos();
     Q_EMIT menuRequested(index, place);
+}
+
+QString EditorTabBar::shownName(int index) const
+{
+    if (!m_shownNames)
+        m_shownNames = shownNames();
+    return m_shownNames->value(index);
+}
+
+QStringList EditorTabBar::shownNames() const
+{
+    return distinctNames(names(), [this](qsizetype index, const QString &name) {
+        QStyleOptionTab option;
+        QTabBar::initStyleOption(&option, static_cast<int>(index));
+        const QRect text = style()->subElementRect(QStyle::SE_TabBarTabText, &option, this);
+        return fontMetrics().elidedText(name, Qt::ElideMiddle, text.width());
+    });
+}
+
+void EditorTabBar::initStyleOption(QStyleOptionTab *option, int index) const
+{
+    QTabBar::initStyleOption(option, index);
+    option->text = verbatimText(shownName(index));
+}
+
+void EditorTabBar::tabLayoutChange()
+{
+    m_shownNames.reset();
+    Q_EMIT laidOut();
 }
 
 QSize EditorTabBar::tabSizeHint(int index) const

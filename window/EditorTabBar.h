@@ -4,6 +4,7 @@
 
 #include <QPixmap>
 #include <QPointer>
+#include <QStringList>
 #include <QTabBar>
 
 #include <optional>
@@ -26,6 +27,16 @@ public:
     void insert(int index, const TabLabel &label);
     void setLabel(int index, const TabLabel &label);
 
+    /// Returns the names of the tabs, each on one line, whole also where a tab shows less.
+    [[nodiscard]] QStringList names() const;
+    /// Returns what the tab shows of its name at its current width. Similar names are cut where
+    /// they do not differ; see `distinctNames`.
+    [[nodiscard]] QString shownName(int index) const;
+    [[nodiscard]] bool isEdited(int index) const;
+
+    /// Returns whether a bar of this width shows all tabs at once.
+    [[nodiscard]] bool fitsInto(int width) const;
+
     /// Returns the picture of the tab that follows the mouse during a drag.
     [[nodiscard]] QPixmap picture(int index) const;
 
@@ -42,6 +53,8 @@ Q_SIGNALS:
     void tabDraggedOut(int index, const QPoint &hotSpot);
     void menuRequested(int index, const QPoint &globalPosition);
     void tabDropped(const penwick::TabMimeData *mime, int index);
+    /// Emitted when the tabs have been laid out anew.
+    void laidOut();
 
 protected:
     bool event(QEvent *event) override;
@@ -50,6 +63,8 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
+    void initStyleOption(QStyleOptionTab *option, int index) const override;
+    void tabLayoutChange() override;
     [[nodiscard]] QSize tabSizeHint(int index) const override;
     [[nodiscard]] QSize minimumTabSizeHint(int index) const override;
 
@@ -60,6 +75,7 @@ private:
     void endMoving(const QMouseEvent &event, const QPoint &pressedAt);
     void relabel();
     [[nodiscard]] int characterWidths(int count) const;
+    [[nodiscard]] QStringList shownNames() const;
 
     std::optional<QPoint> m_pressedAt; // Where the left button was pressed on a tab.
     int m_pressedIndex = -1;
@@ -67,6 +83,7 @@ private:
     QPoint m_hotSpot;
     int m_middlePressed = -1;
     std::optional<int> m_dropMark;
+    mutable std::optional<QStringList> m_shownNames; // For the current layout, once it is painted.
 };
 
 } // namespace penwick

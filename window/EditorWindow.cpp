@@ -6,6 +6,7 @@
 #include "platform/settings/NotificationCenter.h"
 #include "window/EditorTabBar.h"
 #include "window/EditorWindowController.h"
+#include "window/TabListButton.h"
 #include "window/TabMimeData.h"
 #include "window/TabNames.h"
 #include "wording/UIWordingProfileManager.h"
@@ -14,6 +15,7 @@
 #include <QApplication>
 #include <QDrag>
 #include <QDropEvent>
+#include <QHBoxLayout>
 #include <QInputMethod>
 #include <QKeyEvent>
 #include <QMenu>
@@ -95,11 +97,15 @@ void EditorWindow::makeContent()
 {
     auto *content = new QWidget(this);
     m_tabBar = new EditorTabBar(content);
+    m_tabList = new TabListButton(m_tabBar, content);
     m_pages = new QStackedWidget(content);
+    auto *tabs = new QHBoxLayout;
+    tabs->addWidget(m_tabBar, 1);
+    tabs->addWidget(m_tabList);
     auto *layout = new QVBoxLayout(content);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->addWidget(m_tabBar);
+    layout->addLayout(tabs);
     layout->addWidget(m_pages, 1);
     setCentralWidget(content);
     updateTabBar();
@@ -107,6 +113,7 @@ void EditorWindow::makeContent()
 
 void EditorWindow::connectTabBar()
 {
+    connect(m_tabBar, &EditorTabBar::laidOut, this, &EditorWindow::updateTabList);
     connect(m_tabBar, &QTabBar::currentChanged, this, &EditorWindow::currentIndexDidChange);
     connect(
         m_tabBar, &QTabBar::tabMoved, this, [this](int from, int to) { m_tabs.move(from, to); });
@@ -276,6 +283,13 @@ void EditorWindow::focusPage(QWidget *page)
 void EditorWindow::updateTabBar()
 {
     m_tabBar->setVisible(count() > 1 || m_tabBarAlwaysVisible || tabIsDragged());
+    updateTabList();
+}
+
+void EditorWindow::updateTabList()
+{
+    // Not compared with the bar's own width, which depends on the button.
+    m_tabList->setVisible(!m_tabBar->isHidden() && !m_tabBar->fitsInto(centralWidget()->width()));
 }
 
 void EditorWindow::updateTitle()

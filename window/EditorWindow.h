@@ -16,6 +16,7 @@ namespace penwick {
 
 class EditorTabBar;
 class EditorWindowController;
+class TabListButton;
 class TabMimeData;
 
 /// A top-level window with documents in tabs. Its title and edited mark are those of the current
@@ -102,6 +103,7 @@ private:
     void focusPage(QWidget *page);
     void nameTabs();
     void updateTabBar();
+    void updateTabList();
     void updateTitle();
     void dragTab(int index, const QPoint &hotSpot);
     void endDrag(const TabMimeData &mime, const QPoint &hotSpot, bool isCancelled);
@@ -113,6 +115,7 @@ private:
     QList<Tab> m_tabs;
     EditorWindowController *m_current = nullptr;
     EditorTabBar *m_tabBar = nullptr;
+    TabListButton *m_tabList = nullptr;
     QStackedWidget *m_pages = nullptr;
     bool m_tabBarAlwaysVisible = false;
 };

@@ -1,5 +1,7 @@
 #include "window/TabNames.h"
 
+#include "text/Text.h"
+
 #include <QHash>
 
 #include <algorithm>
@@ -68,6 +70,66 @@ QStringList nameSuffixes(const QList<QStringList> &files)
     return result;
 }
 
+/// How many UTF-16 code units names share at their starts, and at their ends after that.
+struct Shared
+{
+    qsizetype start;
+    qsizetype end;
+};
+
+Shared sharedBy(const QStringList &names)
+{
+    const QString &first = names.first();
+    Shared shared{first.size(), first.size()};
+    qsizetype shortest = first.size();
+    for (const QString &name : names) {
+        const auto start = std::mismatch(first.begin(), first.end(), name.begin(), name.end());
+        const auto end = std::mismatch(first.rbegin(), first.rend(), name.rbegin(), name.rend());
+        shared.start = std::min<qsizetype>(shared.start, start.first - first.begin());
+        shared.end = std::min<qsizetype>(shared.end, end.first - first.rbegin());
+        shortest = std::min(shortest, name.size());
+    }
+    shared.end = std::min(shared.end, shortest - shared.start);
+    return shared;
+}
+
+/// Returns the name with about `kept` code units of its shared parts: whole grapheme clusters of
+/// the start's beginning and of the end's last part.
+QString withKept(const QString &name, const Shared &shared, qsizetype kept)
+{
+    const Text text{QStringView(name)};
+    const auto atOrAfter = [&text](qsizetype offset) {
+        return offset > 0 ? text.nextClusterBoundary(offset - 1) : 0;
+    };
+    const qsizetype start = std::min(shared.start, kept - std::min(shared.end, kept / 2));
+    const qsizetype end = std::min(shared.end, kept - start);
+    const qint64 headEnd = text.clusterBoundaryAtOrBefore(start);
+    const qint64 differenceStart = text.clusterBoundaryAtOrBefore(shared.start);
+    const qint64 differenceEnd = atOrAfter(name.size() - shared.end);
+    const qint64 tailStart = atOrAfter(name.size() - end);
+    QString result = name.first(headEnd);
+    if (headEnd < differenceStart)
+        result += u'…';
+    result += name.sliced(differenceStart, differenceEnd - differenceStart);
+    if (differenceEnd < tailStart && !result.endsWith(u'…'))
+        result += u'…';
+    return result + name.sliced(tailStart);
+}
+
+/// Returns the longest of the results of `withKept` that fits; the shortest if none does.
+QString cutBesideDifference(const QString &name,
+                            const Shared &shared,
+                            const std::function<bool(const QString &)> &fits)
+{
+    qsizetype fitting = 0;
+    qsizetype tooMuch = shared.start + shared.end;
+    while (tooMuch - fitting > 1) {
+        const qsizetype middle = (fitting + tooMuch) / 2;
+        (fits(withKept(name, shared, middle)) ? fitting : tooMuch) = middle;
+    }
+    return withKept(name, shared, fitting);
+}
+
 } // namespace
 
 QStringList tabNames(const QList<TabLabel> &labels)
@@ -90,6 +152,32 @@ QStringList tabNames(const QList<TabLabel> &labels)
             names[indexes.at(k)] += u" — "_s + suffixes.at(k);
     }
     return names;
+}
+
+QStringList
+distinctNames(const QStringList &names,
+              const std::function<QString(qsizetype index, const QString &name)> &elided)
+{
+    QStringList shown;
+    QHash<QString, QList<qsizetype>> alike;
+    for (qsizetype i = 0; i < names.size(); ++i) {
+        shown << elided(i, names.at(i));
+        if (shown.last() != names.at(i))
+            alike[shown.last()] << i;
+    }
+    for (const QList<qsizetype> &indexes : std::as_const(alike)) {
+        QStringList group;
+        for (const qsizetype i : indexes)
+            group << names.at(i);
+        if (group.count(group.first()) == group.size())
+            continue;
+        const Shared shared = sharedBy(group);
+        for (const qsizetype i : indexes) {
+            const auto fits = [&](const QString &name) { return elided(i, name) == name; };
+            shown[i] = elided(i, cutBesideDifference(names.at(i), shared, fits));
+        }
+    }
+    return shown;
 }
 
 } // namespace penwick

@@ -179,6 +179,7 @@ constexpr TextRow kTexts[] = {
     {u"editor.tab.close", u"タブを閉じる"},
     {u"editor.tab.closeOthers", u"ほかのタブを閉じる"},
     {u"editor.tab.edited", u"%1（未保存の変更あり）"},
+    {u"editor.tab.list", u"タブの一覧"},
     {u"editor.tab.moveToNewWindow", u"新しいウインドウに移動"},
     {u"editor.tab.scrollLeft", u"前のタブへスクロール"},
     {u"editor.tab.scrollRight", u"次のタブへスクロール"},

@@ -11,6 +11,7 @@
 #include "window/EditorWindowController.h"
 #include "window/MainEditorView.h"
 #include "window/TabCloseButton.h"
+#include "window/TabListButton.h"
 #include "window/TextViewRepresentable.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
@@ -22,6 +23,9 @@
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
+#include <QToolButton>
+
+#include <functional>
 
 using namespace Qt::StringLiterals;
 
@@ -54,6 +58,10 @@ private Q_SLOTS:
     void labels_equal_showFoldersWhileTheyAre();
     void names_long_areElidedAndTabsStayReadable();
     void names_equalAndLong_keepWhatDiffers();
+    void names_longAndSimilar_showWhereTheyDiffer();
+    void tabList_shows_onlyWhileTabsDoNotFit();
+    void tabList_opened_listsAllTabs_data();
+    void tabList_opened_listsAllTabs();
     void middleClick_onATab_asksToCloseIt();
     void middleClick_releasedElsewhere_doesNothing();
     void closeButton_clicked_asksToCloseItsTab();
@@ -344,6 +352,93 @@ void EditorWindowTest::names_equalAndLong_keepWhatDiffers()
     show();
     // The tab is wide enough for its whole text.
     QVERIFY(bar->tabRect(0).width() > bar->fontMetrics().horizontalAdvance(bar->tabText(0)));
+}
+
+void EditorWindowTest::names_longAndSimilar_showWhereTheyDiffer()
+{
+    const QString name = u"2026年度第一四半期営業報告書%1支店・確定版・社外秘.txt"_s;
+    const QStringList places{u"東京"_s, u"大阪"_s};
+    for (const QString &place : places)
+        add(place).controller->setTabLabel({name.arg(place), {}, false});
+    show();
+    EditorTabBar *bar = m_window->tabBar();
+    // Two pictures are equal if and only if the tabs show the same text.
+    QVERIFY(bar->picture(0).toImage() != bar->picture(1).toImage());
+    for (int i = 0; i < 2; ++i) {
+        const QString shown = bar->shownName(i);
+        QVERIFY2(shown.contains(places.at(i)) && shown.startsWith(u"2026"_s) &&
+                     shown.endsWith(u".txt"_s) && shown.count(u'…') == 2,
+                 qPrintable(shown));
+        QCOMPARE(bar->tabText(i), name.arg(places.at(i)));
+    }
+}
+
+void EditorWindowTest::tabList_shows_onlyWhileTabsDoNotFit()
+{
+    for (int i = 0; i < 3; ++i)
+        add(u"file %1"_s.arg(i));
+    m_window->resize(m_window->minimumSize());
+    show();
+    const auto *button = m_window->findChild<TabListButton *>();
+    const auto *scroll = m_window->tabBar()->findChild<QToolButton *>(u"ScrollRightButton"_s);
+    QVERIFY(!button->isVisible());
+    for (int i = 3; i < 12; ++i)
+        add(u"file %1"_s.arg(i));
+    QTRY_VERIFY(button->isVisible() && scroll->isVisible());
+    QVERIFY(!m_window->tabBar()->geometry().intersects(button->geometry()));
+    QCOMPARE(button->mapTo(m_window.get(), QPoint(button->width(), 0)).x(), m_window->width());
+    QCOMPARE(button->accessibleName(), u"タブの一覧"_s);
+    while (m_editors.size() > 3)
+        m_editors.pop_back();
+    QTRY_VERIFY(!button->isVisible());
+    QVERIFY(!scroll->isVisible());
+}
+
+void EditorWindowTest::tabList_opened_listsAllTabs_data()
+{
+    using Open = std::function<void(EditorWindow &, TabListButton &)>;
+    QTest::addColumn<Open>("open");
+    QTest::newRow("click") << Open(
+        [](EditorWindow &, TabListButton &button) { QTest::mouseClick(&button, Qt::LeftButton); });
+    QTest::newRow("shortcut") << Open([](EditorWindow &window, TabListButton &) {
+        QTest::keyClick(window.windowHandle(), Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier);
+    });
+    QTest::newRow("focus and Return") << Open([](EditorWindow &window, TabListButton &button) {
+        window.tabBar()->setFocus();
+        for (int i = 0; i < 3 && !button.hasFocus(); ++i)
+            QTest::keyClick(&window, Qt::Key_Tab); // Past the buttons that scroll.
+        if (button.hasFocus())
+            QTest::keyClick(&button, Qt::Key_Return);
+    });
+}
+
+void EditorWindowTest::tabList_opened_listsAllTabs()
+{
+    using Open = std::function<void(EditorWindow &, TabListButton &)>;
+    QFETCH(const Open, open);
+    for (int i = 0; i < 12; ++i)
+        add(QString::number(i));
+    for (int i = 0; i < 12; ++i)
+        m_window->controllers().at(i)->setTabLabel(
+            {u"f & %1"_s.arg(i), u"/tmp/f & %1"_s.arg(i), i == 2});
+    m_window->setCurrentController(m_window->controllers().at(4));
+    m_window->resize(m_window->minimumSize());
+    show();
+    open(*m_window, *m_window->findChild<TabListButton *>());
+    auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+    QVERIFY(menu != nullptr);
+    const QList<QAction *> actions = menu->actions();
+    QCOMPARE(actions.size(), 12);
+    for (int i = 0; i < 12; ++i) {
+        QCOMPARE(actions.at(i)->isChecked(), i == 4);
+        QCOMPARE(actions.at(i)->toolTip(), u"/tmp/f & %1"_s.arg(i));
+        QCOMPARE(actions.at(i)->text(), u"f && %1"_s.arg(i) + (i == 2 ? u"\t●"_s : QString()));
+    }
+    QCOMPARE(menu->activeAction(), actions.at(4));
+    QTest::keyClick(menu, Qt::Key_Down);
+    QTest::keyClick(menu, Qt::Key_Return);
+    QCOMPARE(m_window->currentController(), m_window->controllers().at(5));
+    QVERIFY(m_window->tabBar()->rect().contains(middleOf(5)));
 }
 
 void EditorWindowTest::middleClick_onATab_asksToCloseIt()

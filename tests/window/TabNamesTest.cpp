@@ -25,6 +25,8 @@ private Q_SLOTS:
     void names_thatAreAlike_getTheFolder();
     void document_withoutAFile_keepsItsName();
     void file_thatIsThereTwice_keepsOneName();
+    void distinctNames_keepWhatDiffers_data();
+    void distinctNames_keepWhatDiffers();
 };
 
 void TabNamesTest::names_ofDifferentDocuments_areTheirOwn()
@@ -75,6 +77,45 @@ void TabNamesTest::file_thatIsThereTwice_keepsOneName()
 {
     QCOMPARE(tabNames({file(u"/p/q/a.c"_s), file(u"/p/q/a.c"_s)}),
              (QStringList{u"a.c — /p/q"_s, u"a.c — /p/q"_s}));
+}
+
+void TabNamesTest::distinctNames_keepWhatDiffers_data()
+{
+    QTest::addColumn<QStringList>("names");
+    QTest::addColumn<QStringList>("shown"); // In at most 9 code units.
+    QTest::newRow("all fit") << QStringList{u"short.txt"_s, u"a.txt"_s}
+                             << QStringList{u"short.txt"_s, u"a.txt"_s};
+    QTest::newRow("cut in the middle") << QStringList{u"0123456789"_s, u"abcdefghij"_s}
+                                       << QStringList{u"0123…6789"_s, u"abcd…ghij"_s};
+    QTest::newRow("difference in the middle")
+        << QStringList{u"2026年度報告書-東京.txt"_s, u"2026年度報告書-大阪.txt"_s}
+        << QStringList{u"202…東京…xt"_s, u"202…大阪…xt"_s};
+    QTest::newRow("difference at the cut, more at the end")
+        << QStringList{u"abcdefgX.text"_s, u"abcdefgY.text"_s, u"other"_s}
+        << QStringList{u"abc…X…ext"_s, u"abc…Y…ext"_s, u"other"_s};
+    QTest::newRow("one has more") << QStringList{u"abcdefghijkl"_s,
+                                                 u"abcdefg12hijkl"_s,
+                                                 u"abcdefg34hijkl"_s}
+                                  << QStringList{u"abcd…ijkl"_s, u"abc…12…kl"_s, u"abc…34…kl"_s};
+    QTest::newRow("too long a difference")
+        << QStringList{u"aaaa0123456789zzzz"_s, u"aaaa9876543210zzzz"_s}
+        << QStringList{u"…012…789…"_s, u"…987…210…"_s};
+    QTest::newRow("the same name twice") << QStringList{u"0123456789"_s, u"0123456789"_s}
+                                         << QStringList{u"0123…6789"_s, u"0123…6789"_s};
+    const QString face = u"\U0001F600"_s;
+    QTest::newRow("pairs") << QStringList{face.repeated(4) + u"X"_s + face.repeated(4),
+                                          face.repeated(4) + u"Y"_s + face.repeated(4)}
+                           << QStringList{face + face + u"…X…"_s + face,
+                                          face + face + u"…Y…"_s + face};
+}
+
+void TabNamesTest::distinctNames_keepWhatDiffers()
+{
+    QFETCH(const QStringList, names);
+    const auto elided = [](qsizetype /*index*/, const QString &name) {
+        return name.size() <= 9 ? name : name.first(4) + u'…' + name.last(4);
+    };
+    QTEST(distinctNames(names, elided), "shown");
 }
 
 } // namespace penwick
