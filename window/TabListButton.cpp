@@ -9,7 +9,6 @@
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
 
-#include <QActionGroup>
 #include <QMenu>
 #include <QShortcut>
 
@@ -63,14 +62,12 @@ void TabListButton::popUp()
         distinctNames(m_bar->names(), [&metrics](qsizetype /*index*/, const QString &name) {
             return metrics.elidedText(name, Qt::ElideMiddle, kWidth * metrics.averageCharWidth());
         });
-    auto *group = new QActionGroup(menu); // Checks one at a time.
     for (int i = 0; i < m_bar->count(); ++i) {
         const QString mark = m_bar->isEdited(i) ? u"\t●"_s : QString();
         QAction *action = menu->addAction(verbatimText(names.at(i)) + mark);
         action->setToolTip(m_bar->tabToolTip(i));
         action->setCheckable(true);
         action->setChecked(i == m_bar->currentIndex());
-        group->addAction(action);
         connect(action, &QAction::triggered, m_bar, [bar = m_bar, i] { bar->setCurrentIndex(i); });
         if (action->isChecked())
             menu->setActiveAction(action);

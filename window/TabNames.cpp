@@ -130,6 +130,24 @@ QString cutBesideDifference(const QString &name,
     return withKept(name, shared, fitting);
 }
 
+/// Cuts the names at the indexes beside their difference, unless all of them are the same.
+void tellApart(QStringList &shown,
+               const QList<qsizetype> &indexes,
+               const QStringList &names,
+               const std::function<QString(qsizetype, const QString &)> &elided)
+{
+    QStringList group;
+    for (const qsizetype i : indexes)
+        group << names.at(i);
+    if (group.count(group.first()) == group.size())
+        return;
+    const Shared shared = sharedBy(group);
+    for (const qsizetype i : indexes) {
+        const auto fits = [&](const QString &name) { return elided(i, name) == name; };
+        shown[i] = elided(i, cutBesideDifference(names.at(i), shared, fits));
+    }
+}
+
 } // namespace
 
 QStringList tabNames(const QList<TabLabel> &labels)
@@ -165,18 +183,8 @@ distinctNames(const QStringList &names,
         if (shown.last() != names.at(i))
             alike[shown.last()] << i;
     }
-    for (const QList<qsizetype> &indexes : std::as_const(alike)) {
-        QStringList group;
-        for (const qsizetype i : indexes)
-            group << names.at(i);
-        if (group.count(group.first()) == group.size())
-            continue;
-        const Shared shared = sharedBy(group);
-        for (const qsizetype i : indexes) {
-            const auto fits = [&](const QString &name) { return elided(i, name) == name; };
-            shown[i] = elided(i, cutBesideDifference(names.at(i), shared, fits));
-        }
-    }
+    for (const QList<qsizetype> &indexes : std::as_const(alike))
+        tellApart(shown, indexes, names, elided);
     return shown;
 }
 
