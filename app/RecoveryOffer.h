@@ -37,7 +37,7 @@ public:
     void show(QWidget *parent);
 
     /// Null unless it is open.
-    [[nodiscard]] RecoveryWindow *window() const { return m_window; }
+    [[nodiscard]] RecoveryWindow *window() const { return m_window.data(); }
 
 Q_SIGNALS:
     /// The document holds a recovered text. Emitted before its copy is given to the keeper.

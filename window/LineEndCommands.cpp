@@ -85,11 +85,10 @@ void LineEndCommands::convert(LineEnd lineEnd)
     convert(wholeOrSelection(), lineEnd);
 }
 
-void LineEndCommands::makeUniform()
+void LineEndCommands::convertWhole(LineEnd lineEnd)
 {
     m_view->commitMarkedText();
-    const Text &text = m_view->string();
-    convert({0, text.size()}, mostFrequentLineEnd(text));
+    convert({0, m_view->string().size()}, lineEnd);
 }
 
 void LineEndCommands::convert(TextRange range, LineEnd lineEnd)

@@ -34,8 +34,8 @@ public:
 
     /// Converts the selection or, if it is empty, the whole text.
     void convert(LineEnd lineEnd);
-    /// Converts the whole text to its most frequent line end.
-    void makeUniform();
+    /// Converts the whole text.
+    void convertWhole(LineEnd lineEnd);
 
     /// The name of a line end in the active wording.
     [[nodiscard]] static QString name(LineEnd lineEnd);

@@ -53,6 +53,8 @@ void LineEndMark::setContent(const Text &text)
     const TextMetrics before = m_content.metrics();
     const TextMetrics now = text.metrics();
     m_content = text;
+    if (!now.hasMixedLineEnds() && now.lineEnds() > 0)
+        m_former = firstLineEnd(text);
     const auto isCountedTheSame = [&](LineEnd kind) {
         return before.lineEnds(kind) == now.lineEnds(kind);
     };
@@ -60,6 +62,11 @@ void LineEndMark::setContent(const Text &text)
                         std::all_of(std::begin(kLineEnds), std::end(kLineEnds), isCountedTheSame);
     if (!isSame)
         redraw();
+}
+
+LineEnd LineEndMark::wanted() const
+{
+    return m_former ? *m_former : mostFrequentLineEnd(m_content);
 }
 
 void LineEndMark::redraw()
@@ -72,8 +79,8 @@ void LineEndMark::redraw()
     setVerbatimText(this, m_label);
     const QString title = wording::text(u"status.lineEnds.mixed"_s);
     const QStringList counts = countLines(metrics);
-    const QString hint = wording::text(u"status.lineEnds.unify"_s,
-                                       {LineEndCommands::name(mostFrequentLineEnd(m_content))});
+    const QString hint =
+        wording::text(u"status.lineEnds.unify"_s, {LineEndCommands::name(wanted())});
     setToolTip(verbatimToolTip(title + u'\n' + counts.join(u'\n'), hint));
     setAccessibleName(title + u"  "_s + counts.join(u"  "_s));
     setAccessibleDescription(hint);

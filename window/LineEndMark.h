@@ -4,6 +4,8 @@
 
 #include <QAbstractButton>
 
+#include <optional>
+
 namespace penwick {
 
 /// The mark of the status bar for a text whose line ends differ; hidden for any other text. Its
@@ -18,6 +20,10 @@ public:
 
     /// Shows or hides the mark for `text`. O(log n).
     void setContent(const Text &text);
+    /// The line end that a click asks for: that of the text before its line ends became mixed; if
+    /// it always was, the most frequent one.
+    [[nodiscard]] LineEnd wanted() const;
+
     /// Shows the texts of the active wording.
     void redraw();
 
@@ -31,6 +37,7 @@ protected:
 
 private:
     Text m_content;
+    std::optional<LineEnd> m_former; // The only line end of the text when it was last uniform.
     QString m_label;
 };
 

@@ -31,8 +31,8 @@ MainEditorView::MainEditorView(DocumentState *documentState,
         const TextRange range = view->selectedRange();
         return view->string().mid(range.location, range.length);
     });
-    connect(m_statusBar, &StatusBarView::uniformLineEndsRequested, this, [this] {
-        m_representable->lineEndCommands()->makeUniform();
+    connect(m_statusBar, &StatusBarView::uniformLineEndsRequested, this, [this](LineEnd lineEnd) {
+        m_representable->lineEndCommands()->convertWhole(lineEnd);
         textView()->setFocus();
     });
 }

@@ -115,7 +115,9 @@ QWidget *StatusBarView::makeCountersRow()
     m_lineEndMark = new LineEndMark(row);
     m_lineEndMark->setObjectName(u"statusLineEnds"_s);
     layout->addWidget(m_lineEndMark);
-    connect(m_lineEndMark, &LineEndMark::clicked, this, &StatusBarView::uniformLineEndsRequested);
+    connect(m_lineEndMark, &LineEndMark::clicked, this, [this] {
+        Q_EMIT uniformLineEndsRequested(m_lineEndMark->wanted());
+    });
     return row;
 }
 

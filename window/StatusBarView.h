@@ -35,7 +35,7 @@ public:
 
 Q_SIGNALS:
     /// The user wants the line ends of the text made uniform.
-    void uniformLineEndsRequested();
+    void uniformLineEndsRequested(penwick::LineEnd lineEnd);
 
 protected:
     bool event(QEvent *event) override;

@@ -61,7 +61,7 @@ class MacroOnCrLf(journey.Journey):
         self.wait_for_text("crlf.txt", "一\r,\n二,")
         app.press("Escape")  # Shows the counters again.
         app.click(until(mark, "the mark"))
-        self.wait_for_text("crlf.txt", "一\r,\r二,")
+        self.wait_for_text("crlf.txt", "一\r\n,\r\n二,")
         until(lambda: not mark(), "the end of the mark")
         app.press("ctrl+z", "ctrl+z")
         self.wait_for_text("crlf.txt", "一\r\n二")

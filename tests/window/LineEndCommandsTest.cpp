@@ -134,7 +134,7 @@ void LineEndCommandsTest::convert_uniformText_registersNoUndoStep()
 {
     Commanded f(u"one\r\ntwo\r\n\u2028");
     f.commands->convert(LineEnd::CrLf);
-    f.commands->makeUniform();
+    f.commands->convertWhole(LineEnd::CrLf);
     QVERIFY(!f.shown.storage.canUndo());
 }
 
@@ -142,7 +142,7 @@ void LineEndCommandsTest::convert_whileComposing_discardsNoText()
 {
     Commanded f(u"one\r\ntwo\n");
     f.shown.compose(u"に"_s);
-    f.commands->makeUniform();
+    f.commands->convertWhole(LineEnd::CrLf);
     QVERIFY(!f.shown.view.hasMarkedText());
     QTRY_COMPARE(f.shown.text(), u"one\r\ntwo\r\n"_s);
 }
