@@ -1,8 +1,9 @@
 #include "encoding/StrictDecoder.h"
 
+#include <QChar>
+
 #include <algorithm>
 #include <unicode/uchar.h>
-#include <unicode/utf16.h>
 
 namespace penwick {
 
@@ -76,12 +77,15 @@ bool StrictDecoder::decode(QByteArrayView block, bool isLast)
     QByteArray source = m_pending;
     source.append(block);
     const qint64 start = m_bytesTaken - m_pending.size();
-    const qint64 end = convert(block, isLast);
-    const auto converted = QByteArrayView(source).first(end - start);
+    qint64 end = convert(block, isLast);
     if (const auto refused = refusedUnit()) {
-        m_errorOffset = offsetOfUnit(*refused);
+        end = offsetOfUnit(*refused);
+        m_errorOffset = end;
         m_units.resize(*refused);
-    } else if (const auto irreversible = irreversibleBytes(converted)) {
+    }
+    // The bytes before a failure may fail as well.
+    const auto converted = QByteArrayView(source).first(end - start);
+    if (const auto irreversible = irreversibleBytes(converted)) {
         m_errorOffset = irreversible;
         m_units.clear();
     }
@@ -140,18 +144,16 @@ qint64 StrictDecoder::offsetOfUnit(std::size_t index) const
 /// Returns the index in `m_units` of the first character that is not accepted.
 std::optional<std::size_t> StrictDecoder::refusedUnit() const
 {
-    std::size_t i = 0;
-    while (i < m_units.size()) {
-        const std::size_t start = i;
+    for (std::size_t i = 0; i < m_units.size(); ++i) {
         const char16_t unit = m_units[i];
-        if (unit < 0x80 && unit != 0) {
-            ++i;
+        if (unit < 0x80 && unit != 0)
             continue;
-        }
-        UChar32 codePoint = 0;
-        U16_NEXT(m_units.data(), i, m_units.size(), codePoint);
-        if (isRefused(codePoint, m_encoding.script))
-            return start;
+        const bool isPair = QChar::isHighSurrogate(unit) && i + 1 < m_units.size();
+        const char32_t codePoint =
+            isPair ? QChar::surrogateToUcs4(unit, m_units[i + 1]) : char32_t(unit);
+        if (isRefused(static_cast<UChar32>(codePoint), m_encoding.script))
+            return i;
+        i += isPair ? 1 : 0;
     }
     return std::nullopt;
 }

@@ -128,6 +128,8 @@ void StrictDecoderTest::refused_data()
     QTest::newRow("EUC-JP, C1 control") << u"EUC-JP"_s << QByteArray("\xC6\xFC\x85") << qint64(2);
     QTest::newRow("ISO-2022-JP, truncated")
         << u"ISO-2022-JP"_s << QByteArray("\x1B$B$\"$") << qint64(5);
+    QTest::newRow("ISO-2022-JP, irreversible before NUL")
+        << u"ISO-2022-JP"_s << QByteArray("\x1B$B|\\r0\n\x04\x00", 10) << qint64(3);
     QTest::newRow("UTF-16 LE, odd") << u"UTF-16 LE"_s << QByteArray("\x42\x30\x44") << qint64(2);
     QTest::newRow("UTF-16 LE, lone high surrogate")
         << u"UTF-16 LE"_s << QByteArray("\x42\x30\x3D\xD8\x42\x30") << qint64(2);

@@ -63,7 +63,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size)
 
     const Decoded whole = decode(encoding, bytes, {});
     const Decoded inBlocks = decode(encoding, bytes, cuts);
-    REQUIRE(whole.errorOffset.has_value() == inBlocks.errorOffset.has_value());
+    REQUIRE(whole.errorOffset == inBlocks.errorOffset);
     if (whole.errorOffset) {
         REQUIRE(*whole.errorOffset >= 0 && *whole.errorOffset <= bytes.size());
     } else {
