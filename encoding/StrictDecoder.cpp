@@ -124,13 +124,14 @@ qint64 StrictDecoder::convert(QByteArrayView block, bool isLast)
     }
     char invalid[32];
     auto invalidLength = static_cast<int8_t>(sizeof invalid);
-    UErrorCode invalidStatus = U_ZERO_ERROR;
-    ucnv_getInvalidChars(m_decoder.getAlias(), invalid, &invalidLength, &invalidStatus);
+    status = U_ZERO_ERROR;
+    ucnv_getInvalidChars(m_decoder.getAlias(), invalid, &invalidLength, &status);
+    // Bytes behind the invalid ones that the converter has taken back from an earlier block.
+    const int32_t replayed = ucnv_toUCountPending(m_decoder.getAlias(), &status);
     const qint64 start = m_bytesTaken - m_pending.size();
-    qint64 error = std::max(start, taken - (U_SUCCESS(invalidStatus) ? invalidLength : 0));
-    // ICU counts a part of the unit after a lone surrogate, too.
+    qint64 error = std::max(start, taken - invalidLength - replayed);
     if (m_encoding.script == Script::Any)
-        error -= error % 2;
+        error -= error % 2; // One byte taken back in UTF-16 is not among them.
     m_errorOffset = error;
     return error;
 }

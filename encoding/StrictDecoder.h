@@ -38,7 +38,8 @@ public:
     /// True when the bytes started with a byte-order mark.
     [[nodiscard]] bool hasMark() const { return m_hasMark; }
 
-    /// 0-based position of the first byte that failed; no value without a failure.
+    /// 0-based position of the first byte that failed; no value without a failure. In ISO-2022-JP
+    /// it may be off by the length of an escape sequence there.
     [[nodiscard]] std::optional<qint64> errorOffset() const { return m_errorOffset; }
 
 private:
