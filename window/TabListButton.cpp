@@ -18,7 +18,7 @@ namespace penwick {
 
 namespace {
 
-constexpr QKeyCombination kKey = Qt::CTRL | Qt::SHIFT | Qt::Key_A;
+constexpr QKeyCombination kKey = Qt::CTRL | Qt::SHIFT | Qt::Key_L;
 
 } // namespace
 

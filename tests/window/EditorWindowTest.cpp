@@ -401,7 +401,7 @@ void EditorWindowTest::tabList_opened_listsAllTabs_data()
     QTest::newRow("click") << Open(
         [](EditorWindow &, TabListButton &button) { QTest::mouseClick(&button, Qt::LeftButton); });
     QTest::newRow("shortcut") << Open([](EditorWindow &window, TabListButton &) {
-        QTest::keyClick(window.windowHandle(), Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier);
+        QTest::keyClick(window.windowHandle(), Qt::Key_L, Qt::ControlModifier | Qt::ShiftModifier);
     });
     QTest::newRow("focus and Return") << Open([](EditorWindow &window, TabListButton &button) {
         window.tabBar()->setFocus();
