@@ -159,7 +159,10 @@ void OpenDocuments::remove(DocumentId document)
 int OpenDocuments::nextUntitledNumber() const
 {
     int number = 1;
-    while (first(m_entries, [number](const OpenDocument &e) { return e.untitledNumber == number; }))
+    const auto hasNumber = [&number](const OpenDocument &entry) {
+        return entry.untitledNumber == number && entry.document->filePath().isEmpty();
+    };
+    while (first(m_entries, hasNumber) != nullptr)
         ++number;
     return number;
 }
