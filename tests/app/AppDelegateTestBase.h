@@ -33,6 +33,8 @@ protected:
     {
         QCoreApplication::processEvents();
         m_app.reset();
+        // Copies of the texts that the test left unsaved: the next test's start would offer them.
+        QDir(m_home.file(QStringLiteral("state"))).removeRecursively();
         auto &profiles = UIWordingProfileManager::shared();
         profiles.applyProfile(profiles.profiles().first());
     }
