@@ -123,6 +123,8 @@ void RecoveryOffer::openText(int id, const RecoveredText &recovered)
     if (hasFile) {
         document->setFilePath(origin.filePath);
         document->acceptFileVersion(FileVersion::of(origin.filePath));
+    } else if (!origin.filePath.isEmpty()) {
+        document->setSuggestedPath(suggestedPath(origin));
     }
     for (const auto &controller : m_documents.windowControllers())
         if (controller->document() == document && controller->textView() != nullptr)

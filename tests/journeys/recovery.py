@@ -82,10 +82,15 @@ class Recovery(journey.Journey):
     def test_changed_file_is_not_opened_over(self):
         memo = self.killed_with_change()
         memo.write_text("changed since\n")
-        self.start_after_kill()
+        app = self.start_after_kill()
         self.press_button("開く")
         self.wait_for_text("名称未設定", "new 古い\n")
         self.wait_for_title("名称未設定*")
+        app.focus_window("名称未設定")
+        app.press("ctrl+s")
+        app.wait_for_window("保存")
+        app.press("Return")
+        self.wait_for_content(self.files / "memo-復元.txt", "new 古い\n")
         self.assertEqual(memo.read_text(), "changed since\n")
 
     def test_comparison_shows_what_differs(self):
