@@ -4,12 +4,13 @@
 import signal
 
 import journey
+from composition import Composing
 from driver import until
 
 TITLE = "保存されていないテキスト"
 
 
-class Recovery(journey.Journey):
+class Killed(journey.Journey):
     def copies(self):
         return sorted((self.session.home / ".local/state/penwick/recovery").glob("*/*.copy"))
 
@@ -40,6 +41,8 @@ class Recovery(journey.Journey):
         app.wait_for_window(TITLE)
         return app
 
+
+class Recovery(Killed):
     def test_killed_with_two_texts_offers_both(self):
         memo = self.write("memo.txt", "古い\n")
         app = self.start(memo)
@@ -163,6 +166,23 @@ class Recovery(journey.Journey):
         self.answer("保存しない")
         self.assertEqual(app.wait_for_end(), 0)
         self.assertFalse((self.session.home / ".local/state/penwick").exists())
+
+
+class JapaneseRecovery(Killed, Composing):
+    input_method = "anthy"
+
+    def test_committed_japanese_is_offered(self):
+        memo = self.write("memo.txt", "始め\n")
+        app = self.start(memo)
+        app.press("ctrl+End")
+        self.compose()
+        app.press("Return")
+        self.wait_for_title("memo.txt*")
+        self.kill_with_copies(app)
+        self.start_after_kill()
+        self.press_button("開く")
+        self.wait_for_text("memo.txt", "始め\n日本語")
+        self.assertEqual(memo.read_text(), "始め\n")
 
 
 if __name__ == "__main__":
