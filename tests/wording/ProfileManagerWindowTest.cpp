@@ -14,6 +14,7 @@
 #include <QFileInfo>
 #include <QScreen>
 #include <QTest>
+#include <QTimeZone>
 
 using namespace penwick;
 using namespace penwick::test;
@@ -224,7 +225,7 @@ private Q_SLOTS:
                     return label->toolTip();
             return u"no such label"_s;
         };
-        const QDateTime created(QDate(2024, 5, 1), QTime(9, 30), Qt::UTC);
+        const QDateTime created(QDate(2024, 5, 1), QTime(9, 30), QTimeZone::utc());
         QCOMPARE(toolTipOf(profile.createdAt),
                  QLocale().toString(created.toLocalTime(), QLocale::LongFormat));
         QCOMPARE(toolTipOf(profile.updatedAt), QString());
