@@ -8,6 +8,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QUuid>
 
 #include <utility>
 
@@ -18,6 +19,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const auto kCopySuffix = u".copy"_s;
+const auto kComparedSuffix = u".text"_s; // Of a text while it is compared with its file.
 const auto kLockFile = u"/lock"_s;
 
 tl::expected<StoreLock::Holder, FileError> lockRoot(StoreLock &lock, const QString &root)
@@ -73,8 +75,11 @@ std::vector<RecoverySession> RecoverySession::takeAbandoned(const QString &root)
     const auto holder = rootLock.take();
     if (!holder)
         return sessions;
-    const QStringList names = QDir(root).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
+    const QStringList names =
+        QDir(root).entryList(QDir::Dirs | QDir::NoSymLinks | QDir::NoDotAndDotDot, QDir::Name);
     for (const QString &name : names) {
+        if (QUuid::fromString(name).isNull()) // Not made by penwick.
+            continue;
         RecoverySession session(root, name);
         auto lock = openLockFile(session.m_folder + kLockFile);
         if (!lock || !lockExclusively(*lock))
@@ -103,8 +108,14 @@ bool RecoverySession::removeIfEmpty()
 {
     if (!copies().isEmpty())
         return false;
-    // What a killed process left of an incomplete first write goes as well.
-    QDir(m_folder).removeRecursively();
+    // What a killed process left of a first write or of a comparison goes as well. Other files are
+    // not penwick's.
+    QDir folder(m_folder);
+    const auto own = folder.entryList({u"lock"_s, u".penwick-*"_s, u'*' + kComparedSuffix},
+                                      QDir::Files | QDir::Hidden | QDir::System);
+    for (const QString &name : own)
+        folder.remove(name);
+    QDir().rmdir(m_folder);
     QDir().rmdir(m_root);
     QDir().rmdir(QFileInfo(m_root).path());
     return true;

@@ -25,6 +25,7 @@ public:
 
     /// Locks the abandoned folders that hold copies, and removes those that do not.
     /// Others do not get them while these objects exist. Empty if the root folder does not exist.
+    /// Links, and folders with names that `create` does not give, are left alone.
     [[nodiscard]] static std::vector<RecoverySession> takeAbandoned(const QString &root);
 
     RecoverySession(RecoverySession &&) noexcept = default;
@@ -40,7 +41,8 @@ public:
     [[nodiscard]] QStringList copies() const;
 
     /// Removes the folder if it holds no copy, and then the root folder and its parent if they are
-    /// empty. Returns false if there are copies.
+    /// empty. A file that is not penwick's stays, and its folder. Returns false if there are
+    /// copies.
     bool removeIfEmpty();
 
 private:

@@ -3,6 +3,7 @@
 #include "support/ChildProcess.h"
 #include "support/TemporaryHome.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTest>
 
@@ -34,6 +35,8 @@ class RecoverySessionTest final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+
+    void cleanup() { QVERIFY(QDir(m_home.file(u"state"_s)).removeRecursively()); }
 
     void create_folders_arePrivate()
     {
@@ -94,6 +97,38 @@ private Q_SLOTS:
         QVERIFY(RecoverySession::takeAbandoned(root()).empty());
         QVERIFY(!QFile::exists(root()));
         QVERIFY(RecoverySession::takeAbandoned(root()).empty());
+    }
+
+    void takeAbandoned_foreignFolder_isLeftAlone()
+    {
+        m_home.write(u"state/penwick/recovery/backup/memo.txt"_s, "of the user");
+        QVERIFY(RecoverySession::takeAbandoned(root()).empty());
+        QCOMPARE(QDir(root() + u"/backup"_s).entryList(QDir::Files), QStringList{u"memo.txt"_s});
+    }
+
+    void takeAbandoned_linkToAFolder_isLeftAlone()
+    {
+        m_home.write(u"documents/memo.txt"_s, "of the user");
+        QVERIFY(QDir().mkpath(root()));
+        const QString link = root() + u"/D9B2C1F0-6A3E-4C55-9E0B-2F6E5D0A7C11"_s;
+        QVERIFY(QFile::link(m_home.file(u"documents"_s), link));
+        QVERIFY(RecoverySession::takeAbandoned(root()).empty());
+        QCOMPARE(QDir(m_home.file(u"documents"_s)).entryList(QDir::Files),
+                 QStringList{u"memo.txt"_s});
+        QVERIFY(QFile::remove(link));
+    }
+
+    void removeIfEmpty_foreignFile_stays()
+    {
+        auto session = RecoverySession::create(root());
+        QVERIFY(session);
+        const QString folder = QFileInfo(session->copyPath(1)).path();
+        const QString folderName = QDir(m_home.path()).relativeFilePath(folder);
+        m_home.write(folderName + u"/memo.txt"_s, "of the user");
+        m_home.write(folderName + u"/.penwick-0-0"_s, "an incomplete write");
+        m_home.write(folderName + u"/abcdef.text"_s, "an interrupted comparison");
+        QVERIFY(session->removeIfEmpty());
+        QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden), QStringList{u"memo.txt"_s});
     }
 
 private:
