@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QPromise>
 
+#include <cerrno>
 #include <utility>
 
 namespace penwick {
@@ -114,7 +115,10 @@ RecoveryUpdate DocumentRecovery::nextUpdate()
 
 void DocumentRecovery::writeDidEnd()
 {
-    const Outcome outcome = m_write.result();
+    // There is no result if memory ran out.
+    const Outcome outcome = m_write.future().resultCount() > 0
+                                ? m_write.result()
+                                : Outcome(tl::unexpected(FileError::fromErrno(ENOMEM)));
     if (!outcome && outcome.error().kind != FileError::Kind::Cancelled) {
         m_isPending = true; // Written with the next edit, or at the end.
         Q_EMIT failed(outcome.error());

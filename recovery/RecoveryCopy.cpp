@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <utility>
 
 namespace penwick {
 
@@ -126,10 +127,10 @@ tl::expected<void, FileError> RecoveryCopy::write(const RecoveryUpdate &update,
                                                   const std::atomic<bool> &isCancelled)
 {
     const qint64 limit = std::max(kSmallFile, 2 * update.text.metrics().utf8Bytes);
-    const bool isWhole = !update.changes || m_size == 0 || m_size > limit;
-    auto written = isWhole ? rewrite(update, isCancelled) : append(update, isCancelled);
+    const qint64 size = std::exchange(m_size, 0); // Stays so after a failure or an exception.
+    const bool isWhole = !update.changes || size == 0 || size > limit;
+    auto written = isWhole ? rewrite(update, isCancelled) : append(update, size, isCancelled);
     if (!written) {
-        m_size = 0;
         if (isCancelled)
             return tl::unexpected(FileError{FileError::Kind::Cancelled});
         return written;
@@ -161,6 +162,7 @@ tl::expected<void, FileError> RecoveryCopy::rewrite(const RecoveryUpdate &update
 }
 
 tl::expected<void, FileError> RecoveryCopy::append(const RecoveryUpdate &update,
+                                                   qint64 size,
                                                    const std::atomic<bool> &isCancelled)
 {
     const FileDescriptor file(uninterrupted([&] {
@@ -176,12 +178,12 @@ tl::expected<void, FileError> RecoveryCopy::append(const RecoveryUpdate &update,
                     [&](const TextDifference &change) { return writer.writeChange(change); }) &&
         writer.writeState(update) && synchronise(file.get());
     if (isWritten) {
-        m_size += writer.size();
+        m_size = size + writer.size();
         return {};
     }
     const auto error = systemError();
     // Room for others; a reader ignores the incomplete write anyway.
-    static_cast<void>(::ftruncate(file.get(), m_size));
+    static_cast<void>(::ftruncate(file.get(), size));
     return error;
 }
 

@@ -70,9 +70,9 @@ public:
 
     [[nodiscard]] const QString &path() const { return m_path; }
 
-    /// After a failure the file still holds the last written text, and the next update must be
-    /// whole.
-    /// \param isCancelled checked between blocks; fails with `Cancelled` when it becomes true.
+    /// After a failure or an exception the file still holds the last written text, and the next
+    /// update must be whole. \param isCancelled checked between blocks; fails with `Cancelled` when
+    /// it becomes true.
     [[nodiscard]] tl::expected<void, FileError> write(const RecoveryUpdate &update,
                                                       const std::atomic<bool> &isCancelled);
 
@@ -90,8 +90,8 @@ public:
 private:
     [[nodiscard]] tl::expected<void, FileError> rewrite(const RecoveryUpdate &update,
                                                         const std::atomic<bool> &isCancelled);
-    [[nodiscard]] tl::expected<void, FileError> append(const RecoveryUpdate &update,
-                                                       const std::atomic<bool> &isCancelled);
+    [[nodiscard]] tl::expected<void, FileError>
+    append(const RecoveryUpdate &update, qint64 size, const std::atomic<bool> &isCancelled);
 
     const QString m_path;
     RecoveryOrigin m_origin; // As written last.

@@ -1,5 +1,6 @@
 #include "recovery/RecoveryWorker.h"
 
+#include <exception>
 #include <utility>
 
 namespace penwick {
@@ -31,7 +32,12 @@ tl::expected<RecoverySession *, FileError> RecoveryWorker::session()
 
 void RecoveryWorker::enqueue(Job job)
 {
-    m_thread.start([this, job = std::move(job)] { job(*this); });
+    m_thread.start([this, job = std::move(job)] {
+        try {
+            job(*this);
+        } catch (const std::exception &) { // NOLINT(bugprone-empty-catch): see the header.
+        }
+    });
 }
 
 } // namespace penwick

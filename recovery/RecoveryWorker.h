@@ -24,6 +24,7 @@ public:
     /// The session's folder, made on first use. For use in jobs only.
     [[nodiscard]] tl::expected<RecoverySession *, FileError> session();
 
+    /// An exception ends only the job: memory may run out over a huge text.
     using Job = std::function<void(RecoveryWorker &)>;
     void enqueue(Job job);
 

@@ -9,9 +9,40 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <atomic>
+#include <cstdlib>
+#include <new>
+#include <thread>
+
 using namespace penwick;
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
+
+namespace {
+
+std::atomic<bool> failsNext = false; // The next allocation on another thread than the main one.
+const std::thread::id mainThread = std::this_thread::get_id();
+
+} // namespace
+
+void *operator new(std::size_t size)
+{
+    if (std::this_thread::get_id() != mainThread && failsNext.exchange(false))
+        throw std::bad_alloc();
+    if (void *const memory = std::malloc(size))
+        return memory;
+    throw std::bad_alloc();
+}
+
+void operator delete(void *memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void *memory, std::size_t /*size*/) noexcept
+{
+    std::free(memory);
+}
 
 namespace {
 
@@ -88,6 +119,7 @@ private Q_SLOTS:
     void end_withEdits_keepsTheLastState();
     void failure_isReportedOnceAndTriedAgain();
     void adoptedCopy_isReplacedByTheDocuments();
+    void write_withoutMemory_isAFailure();
 };
 
 void RecoveryKeeperTest::edits_afterAPause_areInTheCopy()
@@ -253,6 +285,23 @@ void RecoveryKeeperTest::adoptedCopy_isReplacedByTheDocuments()
     QCOMPARE(kept.copy().text.toString(), u"left"_s); // There is one at every moment.
     kept.keeper.reset();
     QCOMPARE(kept.copy().text.toString(), u"left and continued"_s);
+}
+
+void RecoveryKeeperTest::write_withoutMemory_isAFailure()
+{
+    const test::TemporaryHome home;
+    KeptDocument kept(home, {1ms, 1h});
+    QSignalSpy failed(&*kept.keeper, &RecoveryKeeper::failed);
+    QSignalSpy written(&*kept.keeper, &RecoveryKeeper::written);
+    kept.type(u"text"_s);
+    QVERIFY(written.wait(test::kLongWait)); // The thread runs now.
+    failsNext = true;
+    kept.type(u" lost"_s);
+    QVERIFY(failed.wait(test::kLongWait));
+    QVERIFY(!failsNext);
+    kept.type(u" and more"_s);
+    QVERIFY(written.wait(test::kLongWait));
+    QCOMPARE(kept.copy().text.toString(), u"text lost and more"_s);
 }
 
 QTEST_GUILESS_MAIN(RecoveryKeeperTest)
