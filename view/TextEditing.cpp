@@ -1,6 +1,7 @@
 #include "view/TextEditing.h"
 
 #include "text/LineEnds.h"
+#include "text/SelectedText.h"
 #include "view/TextMimeData.h"
 
 #include <QGuiApplication>
@@ -8,23 +9,6 @@
 #include <algorithm>
 
 namespace penwick {
-
-namespace {
-
-/// Returns the offset in `to` that has the line and column of `offset` in `from`, or the nearest
-/// one.
-qint64 sameLineAndColumn(const Text &from, qint64 offset, const Text &to)
-{
-    const qint64 line = from.lineBreaksBefore(offset);
-    const qint64 column = offset - from.offsetAfterLineBreak(line);
-    const qint64 start = to.offsetAfterLineBreak(line);
-    const bool isLastLine = to.lineBreaksBefore(to.size()) <= line;
-    const qint64 end =
-        isLastLine ? to.size() : to.previousClusterBoundary(to.offsetAfterLineBreak(line + 1));
-    return to.clusterBoundaryAtOrBefore(std::min(start + column, end));
-}
-
-} // namespace
 
 TextEditing::TextEditing(TextStorage *storage, TextViewport *viewport, TextSelection *selection)
     : m_storage(storage)
@@ -81,20 +65,10 @@ void TextEditing::insertDropped(const Text &text, qint64 place, TextRange remove
 
 void TextEditing::replace(TextRange range, const Text &replacement)
 {
-    const TextRange before = m_selection->range();
-    const qint64 delta = replacement.size() - range.length;
-    const qint64 newEnd = range.location + replacement.size();
-    const bool isInside = before.location >= range.location && before.end() <= range.end();
-    const auto moved = [&](qint64 offset) {
-        if (isInside)
-            return newEnd;
-        if (offset <= range.location)
-            return offset;
-        return offset >= range.end() ? offset + delta : newEnd;
-    };
+    const TextRange moved =
+        selectionAfterReplacement(m_selection->range(), range, replacement.size());
     m_storage->replaceCharacters(range, replacement);
-    m_selection->select(
-        moved(before.location), {moved(before.end()), false}, TextSelection::Scroll::Stay);
+    m_selection->select(moved.location, {moved.end(), false}, TextSelection::Scroll::Stay);
 }
 
 void TextEditing::replaceKeepingLines(TextRange range, const Text &replacement)
@@ -111,14 +85,6 @@ void TextEditing::replaceKeepingLines(TextRange range, const Text &replacement)
         return sameLineAndColumn(before, offset, m_storage->text());
     };
     m_selection->select(kept(anchor), {kept(caret), false}, TextSelection::Scroll::Stay);
-}
-
-void TextEditing::selectSamePlaces(const Text &before, qint64 anchor, qint64 caret)
-{
-    const Text &text = m_storage->text();
-    m_selection->select(sameLineAndColumn(before, anchor, text),
-                        {sameLineAndColumn(before, caret, text), false},
-                        TextSelection::Scroll::Stay);
 }
 
 void TextEditing::finishUndo(TextRange selection)

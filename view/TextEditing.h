@@ -44,9 +44,6 @@ public:
     /// The same, but where anchor and caret lie within `range`, they keep their line and column as
     /// far as the new text has them.
     void replaceKeepingLines(TextRange range, const Text &replacement);
-    /// Moves anchor and caret to the lines and columns that the offsets `anchor` and `caret` have
-    /// in `before`, as far as the present text has them. Does not scroll.
-    void selectSamePlaces(const Text &before, qint64 anchor, qint64 caret);
 
 Q_SIGNALS:
     /// The user, undo or redo changed the text.

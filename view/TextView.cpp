@@ -141,9 +141,9 @@ void TextView::replaceText(TextRange range,
     didChangeText();
 }
 
-void TextView::selectSamePlaces(const Text &before, qint64 anchor, qint64 caret)
+void TextView::setSelectionInPlace(qint64 anchor, qint64 caret)
 {
-    m_editing.selectSamePlaces(before, anchor, caret);
+    m_selection.select(anchor, {caret, false}, TextSelection::Scroll::Stay);
 }
 
 void TextView::applyOutsideChange(TextRange range, const Text &replacement)

@@ -63,9 +63,8 @@ public:
     /// The other end of the selection.
     [[nodiscard]] qint64 anchorOffset() const { return m_selection.anchor(); }
 
-    /// Moves anchor and caret to the lines and columns that the offsets `anchor` and `caret` have
-    /// in `before`, as far as the present text has them. Does not scroll.
-    void selectSamePlaces(const Text &before, qint64 anchor, qint64 caret);
+    /// Selects from one offset to the other. Unlike `setSelectedRange` it does not scroll.
+    void setSelectionInPlace(qint64 anchor, qint64 caret);
 
     /// Rectangle of a caret at `offset`, in logical pixels of the viewport; empty when it is
     /// scrolled out of view by more than a viewport.

@@ -222,7 +222,7 @@ void EditorWindowController::finishRun(TextView *view,
         return fail(code, result.error());
     if (const QString obstacle = prepareToApply(view, context, *result); !obstacle.isEmpty())
         return fail(code, MacroFailure{obstacle});
-    const auto applied = MacroExecution(view, m_document).applyMacroResult(*result);
+    const auto applied = applyMacroResult(*result, view, m_document);
     if (!applied)
         fail(code, applied.error());
     else

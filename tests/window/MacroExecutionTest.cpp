@@ -1,8 +1,11 @@
 #include "window/MacroExecution.h"
 
 #include "editor/TextDocument.h"
+#include "macro/engine/ResultExecution.h"
+#include "support/TextModel.h"
 #include "view/TextView.h"
 
+#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -13,11 +16,37 @@ namespace penwick {
 namespace {
 
 using Code = MacroResultError::Code;
+using Outcome = tl::expected<void, MacroResultError>;
 
 MacroResult ofEdits(const QList<TextEditInstruction> &edits)
 {
     MacroResult result;
     result.textEdits = edits;
+    return result;
+}
+
+MacroResult randomResult(QRandomGenerator &random)
+{
+    const auto offset = [&random] { return qint64(random.bounded(40)) - 5; };
+    const auto words = [&random] { return test::randomText(random, random.bounded(6)); };
+    MacroResult result;
+    for (int i = random.bounded(4); i > 0; --i) {
+        const qint64 line = random.bounded(3);
+        const TextEditInstruction edits[] = {
+            ReplaceAll{words()},
+            ReplaceSelection{words()},
+            InsertAtCursor{words()},
+            ReplaceLines{line, line + random.bounded(3), {words(), words()}}};
+        result.textEdits << edits[random.bounded(4)];
+    }
+    if (random.bounded(3) == 0)
+        result.cursor = random.bounded(2) == 0
+                            ? MacroCursorResult{offset(), std::nullopt, std::nullopt}
+                            : MacroCursorResult{std::nullopt, offset(), offset()};
+    if (random.bounded(3) == 0)
+        result.selection = random.bounded(4) == 0
+                               ? MacroSelectionResult(MacroDeselect())
+                               : MacroSelectionResult(MacroSelect{offset(), offset()});
     return result;
 }
 
@@ -65,10 +94,11 @@ private Q_SLOTS:
     void selection_withCursor_wins();
     void deselect_afterASelection_goesToItsStart();
     void edits_announce_eachChangeOnce();
+    void randomResults_inTheViewAndOnAValue_areTheSame();
 
 private:
     void start(const QString &text, TextRange selection = {});
-    MacroExecution::Outcome apply(const MacroResult &result);
+    Outcome apply(const MacroResult &result);
 
     [[nodiscard]] QString text() const { return m_view->string().toString(); }
 
@@ -94,9 +124,9 @@ void MacroExecutionTest::start(const QString &text, TextRange selection)
     m_view->setSelectedRange(selection);
 }
 
-MacroExecution::Outcome MacroExecutionTest::apply(const MacroResult &result)
+Outcome MacroExecutionTest::apply(const MacroResult &result)
 {
-    return MacroExecution(m_view.get(), m_document.get()).applyMacroResult(result);
+    return applyMacroResult(result, m_view.get(), m_document.get());
 }
 
 void MacroExecutionTest::replaceAll_ofAnyText_replacesItWhole()
@@ -213,9 +243,7 @@ void MacroExecutionTest::document_afterEachEdit_hasTheText()
 void MacroExecutionTest::document_absent_isNoNeed()
 {
     start(u"a"_s);
-    QVERIFY(MacroExecution(m_view.get(), nullptr)
-                .applyMacroResult(ofEdits({ReplaceAll{u"b"_s}}))
-                .has_value());
+    QVERIFY(applyMacroResult(ofEdits({ReplaceAll{u"b"_s}}), m_view.get(), nullptr));
     QCOMPARE(text(), u"b"_s);
 }
 
@@ -367,7 +395,7 @@ void MacroExecutionTest::selection_wholeTextReplaced_returnsToItsPlace()
     QFETCH(TextRange, selection);
     QFETCH(QList<TextEditInstruction>, edits);
     start(text, selection);
-    const MacroExecution::Outcome outcome = apply(ofEdits(edits));
+    const Outcome outcome = apply(ofEdits(edits));
     QTEST(m_view->selectedRange(), "expected");
     Q_UNUSED(outcome);
     m_view->undo();
@@ -465,6 +493,27 @@ void MacroExecutionTest::edits_announce_eachChangeOnce()
     const QSignalSpy changes(m_view.get(), &TextView::textDidChange);
     QVERIFY(apply(ofEdits({ReplaceAll{u"x"_s}, InsertAtCursor{u"y"_s}})).has_value());
     QCOMPARE(changes.count(), 2);
+}
+
+void MacroExecutionTest::randomResults_inTheViewAndOnAValue_areTheSame()
+{
+    QRandomGenerator random(20'261'122);
+    int failed = 0;
+    for (int i = 0; i < 2000; ++i) {
+        const QString before = test::randomText(random, random.bounded(20));
+        const qint64 location = random.bounded(before.size() + 1);
+        start(before, {location, random.bounded(before.size() - location + 1)});
+        const MacroResult result = randomResult(random);
+        const ExecutedResult executed = executeMacroResult(
+            result, {m_view->string(), m_view->anchorOffset(), m_view->caretOffset()});
+        const Outcome applied = apply(result);
+        QCOMPARE(text(), executed.state.text.toString());
+        QCOMPARE(m_view->selectedRange(), executed.state.selection());
+        QCOMPARE(m_view->caretOffset(), executed.state.caret);
+        QCOMPARE(!applied, executed.error.has_value());
+        failed += applied ? 0 : 1;
+    }
+    QVERIFY(failed > 100 && failed < 1900);
 }
 
 } // namespace penwick
