@@ -87,8 +87,9 @@ bool isLikelyBinary(const QByteArray &bytes)
 {
     constexpr qsizetype kTextPerControl = 32;
     const auto isControl = [](char byte) {
-        return (byte >= 0 && byte < ' ' && (byte < '\b' || byte > '\r') && byte != '\x1B') ||
-               byte == '\x7F';
+        const auto code = static_cast<uchar>(byte); // Whether char has a sign differs.
+        const bool isSpace = code >= '\b' && code <= '\r';
+        return (code < ' ' && !isSpace && code != '\x1B') || code == '\x7F';
     };
     const auto controls = std::count_if(bytes.cbegin(), bytes.cend(), isControl);
     return bytes.contains('\0') || controls * kTextPerControl > bytes.size();
