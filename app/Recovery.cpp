@@ -41,20 +41,21 @@ void Recovery::offerAbandoned()
 {
     if (!QFileInfo::exists(m_root)) // As a rule. Saves the start-up the thread.
         return;
-    m_search.start([this](const BackgroundTask::IsCancelled &) -> BackgroundTask::Completion {
-        // A completion has to be copyable.
-        auto sessions =
-            std::make_shared<std::vector<RecoverySession>>(RecoverySession::takeAbandoned(m_root));
-        return [this, sessions] { showOffer(std::move(*sessions)); };
-    });
+    m_search.start(
+        [this, root = m_root](const BackgroundTask::IsCancelled &) -> BackgroundTask::Completion {
+            // A completion has to be copyable.
+            auto abandoned =
+                std::make_shared<RecoveryOffer::Abandoned>(RecoveryOffer::takeAbandoned(root));
+            return [this, abandoned] { showOffer(std::move(*abandoned)); };
+        });
 }
 
-void Recovery::showOffer(std::vector<RecoverySession> sessions)
+void Recovery::showOffer(RecoveryOffer::Abandoned abandoned)
 {
     const auto controllers = m_documents.windowControllers();
-    if (sessions.empty() || controllers.isEmpty())
+    if (abandoned.copies.empty() || controllers.isEmpty())
         return;
-    m_offer = std::make_unique<RecoveryOffer>(std::move(sessions), m_documents, m_keeper);
+    m_offer = std::make_unique<RecoveryOffer>(std::move(abandoned), m_documents, m_keeper);
     connect(m_offer.get(), &RecoveryOffer::opened, this, [this](TextDocument *document) {
         if (m_keeper.watches(document))
             return;

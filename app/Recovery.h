@@ -42,7 +42,7 @@ Q_SIGNALS:
 
 private:
     void watch(TextDocument *document, EditorWindowController *controller);
-    void showOffer(std::vector<RecoverySession> sessions);
+    void showOffer(RecoveryOffer::Abandoned abandoned);
 
     DocumentController &m_documents;
     const QString m_root;

@@ -47,25 +47,33 @@ QString suggestedPath(const RecoveryOrigin &origin)
 
 } // namespace
 
-RecoveryOffer::RecoveryOffer(std::vector<RecoverySession> sessions,
+RecoveryOffer::Abandoned RecoveryOffer::takeAbandoned(const QString &root)
+{
+    Abandoned abandoned{RecoverySession::takeAbandoned(root), {}};
+    for (const RecoverySession &session : abandoned.sessions)
+        for (const QString &path : session.copies())
+            if (auto summary = RecoveryCopy::readSummary(path))
+                abandoned.copies.push_back({path, *std::move(summary)});
+    return abandoned;
+}
+
+RecoveryOffer::RecoveryOffer(Abandoned abandoned,
                              DocumentController &documents,
                              RecoveryKeeper &keeper)
-    : m_sessions(std::move(sessions))
+    : m_sessions(std::move(abandoned.sessions))
     , m_documents(documents)
     , m_keeper(keeper)
 {
     int id = 0;
-    for (const RecoverySession &session : m_sessions)
-        for (const QString &path : session.copies())
-            if (auto summary = RecoveryCopy::readSummary(path))
-                m_copies[++id] = {path, *std::move(summary)};
+    for (Copy &copy : abandoned.copies)
+        m_copies[++id] = std::move(copy);
+    connect(&m_task, &BackgroundTask::failed, this, &RecoveryOffer::taskDidFail);
 }
 
 RecoveryOffer::~RecoveryOffer()
 {
     delete m_window;
-    for (RecoverySession &session : m_sessions)
-        static_cast<void>(session.removeIfEmpty());
+    m_keeper.release(std::move(m_sessions));
 }
 
 void RecoveryOffer::show(QWidget *parent)
@@ -99,6 +107,14 @@ void RecoveryOffer::read(int id, const UseText &use)
                 dialogs::showOpenError(m_window, QString(), documentError(read.error()));
         };
     });
+}
+
+void RecoveryOffer::taskDidFail()
+{
+    if (m_window == nullptr)
+        return;
+    m_window->setBusy(false);
+    dialogs::showOpenError(m_window, QString(), documentError(FileError::fromErrno(ENOMEM)));
 }
 
 void RecoveryOffer::open(QList<int> ids)
@@ -166,24 +182,29 @@ void RecoveryOffer::save(int id)
         dialogs::showFileInUse(m_window, path);
         return;
     }
-    read(id,
-         [this, id, path](const RecoveredText &recovered) { saveText(id, recovered.text, path); });
+    read(id, [this, id, path](const RecoveredText &recovered) { saveText(id, recovered, path); });
 }
 
-void RecoveryOffer::saveText(int id, const Text &text, const QString &path)
+void RecoveryOffer::saveText(int id, const RecoveredText &recovered, const QString &path)
 {
     m_window->setBusy(true);
-    m_task.start([this, id, text, path](const BackgroundTask::IsCancelled &) {
+    m_task.start([this, id, recovered, path](const BackgroundTask::IsCancelled &) {
         TransferProgress unwatched;
-        auto written = writeTextFile(path, text, unwatched);
-        return [this, id, path, written = std::move(written)] {
+        auto written = writeTextFile(path, recovered.text, unwatched);
+        const bool isDamaged = recovered.isDamaged;
+        return [this, id, path, isDamaged, written = std::move(written)] {
             if (m_window == nullptr)
                 return;
             m_window->setBusy(false);
-            if (written)
-                remove(id);
-            else
+            if (!written) {
                 dialogs::showSaveError(m_window, path, written.error());
+                return;
+            }
+            if (isDamaged)
+                showAlert(m_window->parentWidget(),
+                          wording::text(u"recovery.damagedSaved"_s,
+                                        {visibleLine(QFileInfo(path).fileName())}));
+            remove(id);
         };
     });
 }
@@ -204,7 +225,7 @@ void RecoveryOffer::discard(const QList<int> &ids)
 
 void RecoveryOffer::remove(int id)
 {
-    QFile::remove(m_copies.at(id).path);
+    m_keeper.remove(m_copies.at(id).path);
     m_copies.erase(id);
     m_window->remove(id);
 }

@@ -25,12 +25,26 @@ class RecoveryOffer final : public QObject
     Q_OBJECT
 
 public:
+    /// A text that is offered.
+    struct Copy
+    {
+        QString path;
+        RecoverySummary summary;
+    };
+
+    /// The sessions of dead processes, and their copies.
+    struct Abandoned
+    {
+        std::vector<RecoverySession> sessions;
+        std::vector<Copy> copies;
+    };
+
+    /// Takes what dead processes left. It reads all of their copies: call it on another thread.
+    [[nodiscard]] static Abandoned takeAbandoned(const QString &root);
+
     /// \param documents, keeper not owned; must outlive this.
-    /// \param sessions hold at least one copy.
-    RecoveryOffer(std::vector<RecoverySession> sessions,
-                  DocumentController &documents,
-                  RecoveryKeeper &keeper);
-    /// Removes the folders of the sessions whose copies are gone.
+    RecoveryOffer(Abandoned abandoned, DocumentController &documents, RecoveryKeeper &keeper);
+    /// Gives the sessions to the keeper, which removes those whose copies are gone.
     ~RecoveryOffer() override;
 
     /// Shows the window that lists the texts. It goes with `parent`.
@@ -44,20 +58,15 @@ Q_SIGNALS:
     void opened(penwick::TextDocument *document);
 
 private:
-    struct Copy
-    {
-        QString path;
-        RecoverySummary summary;
-    };
-
     using UseText = std::function<void(const RecoveredText &)>;
 
     void read(int id, const UseText &use);
+    void taskDidFail();
     void open(QList<int> ids);
     void openText(int id, const RecoveredText &recovered);
     void compare(int id);
     void save(int id);
-    void saveText(int id, const Text &text, const QString &path);
+    void saveText(int id, const RecoveredText &recovered, const QString &path);
     void discard(const QList<int> &ids);
     void remove(int id);
 

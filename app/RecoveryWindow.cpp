@@ -134,6 +134,8 @@ void RecoveryWindow::remove(int id)
     for (int i = m_list->topLevelItemCount() - 1; i >= 0; --i)
         if (m_list->topLevelItem(i)->data(Name, Qt::UserRole).toInt() == id)
             delete m_list->takeTopLevelItem(i);
+    if (m_list->selectedItems().isEmpty() && m_list->currentItem() != nullptr)
+        m_list->currentItem()->setSelected(true);
     if (isEmpty())
         close();
 }
@@ -145,9 +147,14 @@ bool RecoveryWindow::isEmpty() const
 
 void RecoveryWindow::setBusy(bool isBusy)
 {
+    // A disabled widget loses the focus, and another button would take Return.
+    if (isBusy)
+        m_focus = focusWidget();
     m_isBusy = isBusy;
     m_list->setEnabled(!isBusy);
     updateButtons();
+    if (!isBusy && m_focus != nullptr)
+        m_focus->setFocus();
 }
 
 QList<int> RecoveryWindow::chosen() const

@@ -4,6 +4,7 @@
 
 #include <QDialog>
 #include <QList>
+#include <QPointer>
 
 class QPushButton;
 class QTreeWidget;
@@ -47,6 +48,7 @@ private:
     QPushButton *m_save;
     QPushButton *m_discard;
     bool m_isBusy = false;
+    QPointer<QWidget> m_focus; // Before the window became busy.
 };
 
 } // namespace penwick

@@ -102,6 +102,7 @@ tl::expected<QString, DocumentError> compareWithFile(const QString &filePath,
         return tl::unexpected(documentError({FileError::Kind::NoSpace}));
     const bool hasFile = !filePath.isEmpty() && QFileInfo::exists(filePath);
     return outputOfDiff({u"-u"_s,
+                         u"-a"_s, // Otherwise a control character makes it a binary file.
                          u"-L"_s,
                          wording::text(u"recovery.compareFile"_s),
                          u"-L"_s,

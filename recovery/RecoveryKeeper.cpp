@@ -1,5 +1,7 @@
 #include "recovery/RecoveryKeeper.h"
 
+#include <QFile>
+
 #include <algorithm>
 #include <utility>
 
@@ -51,6 +53,21 @@ void RecoveryKeeper::adopt(const TextDocument *document, const QString &copyPath
 {
     if (DocumentRecovery *recovery = find(document))
         recovery->adopt(copyPath);
+}
+
+void RecoveryKeeper::remove(const QString &copyPath)
+{
+    m_worker.enqueue([copyPath](RecoveryWorker &) { QFile::remove(copyPath); });
+}
+
+void RecoveryKeeper::release(std::vector<RecoverySession> sessions)
+{
+    // A job has to be copyable.
+    const auto shared = std::make_shared<std::vector<RecoverySession>>(std::move(sessions));
+    m_worker.enqueue([shared](RecoveryWorker &) {
+        for (RecoverySession &session : *shared)
+            session.removeIfEmpty();
+    });
 }
 
 DocumentRecovery *RecoveryKeeper::find(const TextDocument *document) const

@@ -43,6 +43,13 @@ public:
     /// Makes another process's copy that of a watched document; see `DocumentRecovery::adopt`.
     void adopt(const TextDocument *document, const QString &copyPath);
 
+    /// Removes another process's copy.
+    void remove(const QString &copyPath);
+
+    /// Gives the sessions of dead processes up, after everything above: removes the folders whose
+    /// copies are gone, and leaves the others to the next start.
+    void release(std::vector<RecoverySession> sessions);
+
 Q_SIGNALS:
     /// The document's copy holds its text as of the start of the write.
     void written(penwick::TextDocument *document);

@@ -259,6 +259,7 @@ constexpr TextRow kTexts[] = {
     {u"recovery.compareText", u"保存されていないテキスト"},
     {u"recovery.compareTitle", u"「%1」との違い"},
     {u"recovery.damaged", u"「%1」の記録は一部が壊れていました。読めない部分は � で示し、残りを開きました。"},
+    {u"recovery.damagedSaved", u"「%1」の元の記録は一部が壊れていました。読めない部分は � で示し、残りを保存しました。"},
     {u"recovery.discard", u"破棄"},
     {u"recovery.discardOne", u"「%1」の保存されていないテキストを破棄します。元に戻せません。"},
     {u"recovery.discardSome", u"保存されていない %1 個のテキストを破棄します。元に戻せません。"},

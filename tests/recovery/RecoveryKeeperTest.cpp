@@ -1,6 +1,7 @@
 #include "recovery/RecoveryKeeper.h"
 
 #include "recovery/RecoverySession.h"
+#include "support/FailingAllocation.h"
 #include "support/FakeClock.h"
 #include "support/TemporaryHome.h"
 #include "support/Waits.h"
@@ -9,40 +10,9 @@
 #include <QSignalSpy>
 #include <QTest>
 
-#include <atomic>
-#include <cstdlib>
-#include <new>
-#include <thread>
-
 using namespace penwick;
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
-
-namespace {
-
-std::atomic<bool> failsNext = false; // The next allocation on another thread than the main one.
-const std::thread::id mainThread = std::this_thread::get_id();
-
-} // namespace
-
-void *operator new(std::size_t size)
-{
-    if (std::this_thread::get_id() != mainThread && failsNext.exchange(false))
-        throw std::bad_alloc();
-    if (void *const memory = std::malloc(size))
-        return memory;
-    throw std::bad_alloc();
-}
-
-void operator delete(void *memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void *memory, std::size_t /*size*/) noexcept
-{
-    std::free(memory);
-}
 
 namespace {
 
@@ -295,10 +265,10 @@ void RecoveryKeeperTest::write_withoutMemory_isAFailure()
     QSignalSpy written(&*kept.keeper, &RecoveryKeeper::written);
     kept.type(u"text"_s);
     QVERIFY(written.wait(test::kLongWait)); // The thread runs now.
-    failsNext = true;
+    test::failsNextAllocation = true;
     kept.type(u" lost"_s);
     QVERIFY(failed.wait(test::kLongWait));
-    QVERIFY(!failsNext);
+    QVERIFY(!test::failsNextAllocation);
     kept.type(u" and more"_s);
     QVERIFY(written.wait(test::kLongWait));
     QCOMPARE(kept.copy().text.toString(), u"text lost and more"_s);
