@@ -127,7 +127,7 @@ void AppDelegate::openFirst(const OpenRequest &request)
 {
     if (!request.items.isEmpty())
         m_openedFirst = m_requests.open(request);
-    if (!m_documents.hasDocuments())
+    if (!m_documents.hasDocuments() && !m_requestedEnd)
         m_documents.newDocument();
 }
 
@@ -386,10 +386,16 @@ void AppDelegate::addShortcuts(QWidget *window)
     }
 }
 
+void AppDelegate::end(int status)
+{
+    m_requestedEnd = status;
+    QCoreApplication::exit(status);
+}
+
 void AppDelegate::terminate()
 {
     if (m_documents.closeAll() && m_requests.finish())
-        QCoreApplication::exit(0);
+        end(0);
 }
 
 /// Quits as the Quit command does. A second signal ends the process at once while the question of
@@ -401,7 +407,7 @@ void AppDelegate::quitOnSignal(int signalNumber)
         m_isQuittingOnSignal || (dialog != nullptr && dialog == m_signalledDialog);
     if (isRepeated) {
         constexpr int kSignalStatusBase = 128; // As in shells: 128 + the signal number.
-        QCoreApplication::exit(kSignalStatusBase + signalNumber);
+        end(kSignalStatusBase + signalNumber);
         return;
     }
     m_isQuittingOnSignal = true;

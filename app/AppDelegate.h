@@ -101,7 +101,12 @@ public:
     /// not be opened at once, else 0.
     [[nodiscard]] int exitStatus() const { return m_openedFirst ? 0 : 1; }
 
+    /// The status with which the application was asked to end, if it was. The event loop must then
+    /// not be started: a dialog of the start-up may have received the request.
+    [[nodiscard]] const std::optional<int> &requestedEnd() const { return m_requestedEnd; }
+
 private:
+    void end(int status);
     void startRecovery();
     void openFirst(const OpenRequest &request);
     void handleProfileDidChange();
@@ -137,6 +142,7 @@ private:
     std::optional<UnsavedTextRescue> m_rescue;
     std::unique_ptr<EngineCheck> m_engineCheck; // Set while the trial runs.
     bool m_openedFirst = true;
+    std::optional<int> m_requestedEnd;
     bool m_isQuittingOnSignal = false;
     QPointer<QWidget> m_signalledDialog; // The dialog that was open after a signal to quit.
     std::unique_ptr<UpdaterController> m_updaterController;

@@ -133,6 +133,6 @@ int main(int argc, char *argv[])
     if (editor.place)
         delegate.listenAt(*std::move(editor.place));
     delegate.applicationDidFinishLaunching(editor.request);
-    const int status = QApplication::exec();
+    const int status = delegate.requestedEnd() ? *delegate.requestedEnd() : QApplication::exec();
     return status != 0 ? status : delegate.exitStatus();
 }

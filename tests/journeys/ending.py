@@ -3,9 +3,10 @@
 
 import os
 import signal
+import time
 
 import journey
-from driver import until
+from driver import Application, until
 
 QUESTION = "「memo.txt」への変更を保存しますか？"
 
@@ -50,6 +51,14 @@ class Ending(journey.Journey):
         self.answer("保存", QUESTION)
         self.assertEqual(app.wait_for_end(), 0)
         self.assertEqual(path.read_text(), "xold")
+
+    def test_second_signal_during_the_first_message_ends_the_program(self):
+        app = Application(self.session, journey.PROGRAM, "/no/such/folder/memo.txt")
+        app.wait_for("push button", "OK")
+        app.process.send_signal(signal.SIGTERM)
+        time.sleep(1)  # Two pending signals of one kind are one.
+        app.process.send_signal(signal.SIGTERM)
+        self.assertEqual(app.wait_for_end(), 128 + signal.SIGTERM)
 
     def test_second_signal_during_the_question_ends_without_saving(self):
         app, path = self.start_with_change()
