@@ -130,8 +130,8 @@ void RecoveryOfferTest::open_withoutMemory_saysSo()
 void RecoveryOfferTest::open_thenEnd_leavesNoFolder()
 {
     leave(u"a"_s, Text(u"left"));
-    replaceText(Text(u"x"_s.repeated(64'000'000)));
     offer();
+    replaceText(Text(u"x"_s.repeated(64'000'000))); // Its write keeps the worker busy.
     test::buttonNamed(offered(), u"開く"_s)->click();
     QTRY_VERIFY_WITH_TIMEOUT(m_documents->windowControllers().size() == 2, test::kLongWait);
     m_recovery.reset(); // With edits: the process ends after a second signal.
