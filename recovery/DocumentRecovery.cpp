@@ -120,7 +120,8 @@ void DocumentRecovery::writeDidEnd()
                                 ? m_write.result()
                                 : Outcome(tl::unexpected(FileError::fromErrno(ENOMEM)));
     if (!outcome && outcome.error().kind != FileError::Kind::Cancelled) {
-        m_isPending = true; // Written with the next edit, or at the end.
+        m_isPending = true;
+        m_longest.start(); // Another attempt then: the disk may have room again.
         Q_EMIT failed(outcome.error());
         return;
     }

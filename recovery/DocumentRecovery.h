@@ -66,7 +66,7 @@ public:
 Q_SIGNALS:
     /// The copy holds the text as it was at the start of the write.
     void written();
-    /// It does not. The next edit makes another attempt.
+    /// It does not. Another attempt follows.
     void failed(const penwick::FileError &error);
 
 private:

@@ -4,6 +4,7 @@
 #include "platform/files/FileSystem.h"
 #include "platform/files/RuntimeFolder.h"
 #include "platform/files/StoreLock.h"
+#include "platform/files/TemporaryFile.h"
 #include "platform/settings/Uuid.h"
 
 #include <QDir>
@@ -65,6 +66,10 @@ tl::expected<RecoverySession, FileError> RecoverySession::tryToCreate(const QStr
     // It fails on a file system without locks. Then no process takes abandoned folders either.
     static_cast<void>(lockExclusively(*lock));
     session.m_lock = *std::move(lock);
+    // The names of new folders must survive a power failure, too.
+    const QString parent = QFileInfo(root).path();
+    for (const QString &folder : {root, parent, QFileInfo(parent).path()})
+        static_cast<void>(synchroniseFolder(QFile::encodeName(folder) + '/'));
     return session;
 }
 

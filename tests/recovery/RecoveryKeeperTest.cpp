@@ -88,6 +88,7 @@ private Q_SLOTS:
     void end_withoutEdits_leavesNothing();
     void end_withEdits_keepsTheLastState();
     void failure_isReportedOnceAndTriedAgain();
+    void failure_withoutAnotherEdit_isTriedAgain();
     void adoptedCopy_isReplacedByTheDocuments();
     void write_withoutMemory_isAFailure();
 };
@@ -236,6 +237,20 @@ void RecoveryKeeperTest::failure_isReportedOnceAndTriedAgain()
     QVERIFY(written.wait(test::kLongWait));
     QCOMPARE(failed.size(), 1);
     QCOMPARE(kept.copy().text.toString(), u"one two three"_s);
+}
+
+void RecoveryKeeperTest::failure_withoutAnotherEdit_isTriedAgain()
+{
+    const test::TemporaryHome home;
+    home.write(u"state/penwick"_s, "a file where the folder should be");
+    KeptDocument kept(home, {1ms, 1ms});
+    QSignalSpy failed(&*kept.keeper, &RecoveryKeeper::failed);
+    QSignalSpy written(&*kept.keeper, &RecoveryKeeper::written);
+    kept.type(u"text"_s);
+    QVERIFY(failed.wait(test::kLongWait));
+    QVERIFY(QFile::remove(home.file(u"state/penwick"_s)));
+    QVERIFY(written.wait(test::kLongWait));
+    QCOMPARE(kept.copy().text.toString(), u"text"_s);
 }
 
 void RecoveryKeeperTest::adoptedCopy_isReplacedByTheDocuments()
