@@ -303,8 +303,9 @@ void EditorWindowMacrosTest::run_anyTimeZone_contextAndScriptAgree_data()
     QTest::newRow(":name") << QByteArray(":Asia/Kolkata") << kolkata;
     QTest::newRow("path") << QByteArray("/usr/share/zoneinfo/Asia/Kolkata") << kolkata;
     QTest::newRow(":path") << QByteArray(":/usr/share/zoneinfo/Asia/Kolkata") << kolkata;
-    QTest::newRow("path in posix")
-        << QByteArray("/usr/share/zoneinfo/posix/Asia/Kolkata") << kolkata;
+    const QByteArray posix("/usr/share/zoneinfo/posix/Asia/Kolkata");
+    if (QFile::exists(QFile::decodeName(posix))) // Not every system has this folder.
+        QTest::newRow("path in posix") << posix << kolkata;
     QTest::newRow("copied file") << QByteArray("COPY") << kolkata;
     QTest::newRow(":copied file") << QByteArray(":COPY") << kolkata;
     QTest::newRow("rule") << QByteArray("JST-9") << tokyo;

@@ -336,10 +336,9 @@ void MacroRunTest::text_changedAndBack_takesTheEdit()
 void MacroRunTest::selection_changedMeanwhile_isRestored()
 {
     test::MacroEditor editor(m_settings);
-    QVERIFY(
-        editor.runDuring(u"return {textEdits: [{type: 'replaceSelection', text: 'X'}]};"_s, [&] {
-            editor.view()->setSelectedRange({0, 0});
-        }));
+    const auto select = [&editor] { editor.view()->setSelectedRange({0, 0}); };
+    QVERIFY(editor.runDuring(u"return {textEdits: [{type: 'replaceSelection', text: 'X'}]};"_s,
+                             select));
     QCOMPARE(editor.bytes(), QByteArray("一行!\r\nXond 😀\n"));
 }
 

@@ -48,6 +48,12 @@ ScriptOutcome failure(ScriptError::Code code)
     return tl::unexpected(ScriptError{code, {}});
 }
 
+/// The error may also name calls that the sandbox has denied to threads of the engine meanwhile.
+bool isStopped(const ScriptOutcome &outcome)
+{
+    return !outcome && outcome.error().code == ScriptError::Code::Stopped;
+}
+
 /// Waits for the descriptor, and stops the script once `m_isEnough` is true.
 class StoppingWaiter final : public ScriptWaiter
 {
@@ -226,7 +232,7 @@ void ScriptHostPoolTest::log_lines_arriveWhileTheScriptRuns()
         {u"console.log('a'); console.log('b'); while (true) ;"_s, std::nullopt},
         [&lines](const QString &line) { lines.append(line); },
         &waiter);
-    QVERIFY(outcome == failure(ScriptError::Code::Stopped));
+    QVERIFY(isStopped(outcome));
     QCOMPARE(lines, (QStringList{u"a"_s, u"b"_s}));
 }
 
@@ -319,9 +325,9 @@ void ScriptHostPoolTest::waiter_stops_endsTheScript()
             {u"console.log('runs');"_s + code, std::nullopt},
             [&](const QString &) { sinceStart.start(); },
             &waiter);
-        if (outcome || outcome.error().code != ScriptError::Code::Stopped)
+        if (!isStopped(outcome))
             qDebug() << code << (outcome ? u"ended"_s : outcome.error().text);
-        QVERIFY(outcome == failure(ScriptError::Code::Stopped));
+        QVERIFY(isStopped(outcome));
     }
 }
 
