@@ -193,20 +193,26 @@ void RecoveryOffer::saveText(int id, const RecoveredText &recovered, const QStri
         auto written = writeTextFile(path, recovered.text, unwatched);
         const bool isDamaged = recovered.isDamaged;
         return [this, id, path, isDamaged, written = std::move(written)] {
-            if (m_window == nullptr)
-                return;
-            m_window->setBusy(false);
-            if (!written) {
-                dialogs::showSaveError(m_window, path, written.error());
-                return;
-            }
-            if (isDamaged)
-                showAlert(m_window->parentWidget(),
-                          wording::text(u"recovery.damagedSaved"_s,
-                                        {visibleLine(QFileInfo(path).fileName())}));
-            remove(id);
+            if (m_window != nullptr)
+                savingDidEnd(id, path, isDamaged, written);
         };
     });
+}
+
+void RecoveryOffer::savingDidEnd(int id,
+                                 const QString &path,
+                                 bool isDamaged,
+                                 const TransferOutcome &written)
+{
+    m_window->setBusy(false);
+    if (!written) {
+        dialogs::showSaveError(m_window, path, written.error());
+        return;
+    }
+    const QString name = visibleLine(QFileInfo(path).fileName());
+    if (isDamaged)
+        showAlert(m_window->parentWidget(), wording::text(u"recovery.damagedSaved"_s, {name}));
+    remove(id);
 }
 
 void RecoveryOffer::discard(const QList<int> &ids)

@@ -2,6 +2,7 @@
 
 #include "app/RecoveryWindow.h"
 #include "editor/BackgroundTask.h"
+#include "editor/TextFile.h"
 #include "recovery/RecoverySession.h"
 
 #include <QObject>
@@ -67,6 +68,7 @@ private:
     void compare(int id);
     void save(int id);
     void saveText(int id, const RecoveredText &recovered, const QString &path);
+    void savingDidEnd(int id, const QString &path, bool isDamaged, const TransferOutcome &written);
     void discard(const QList<int> &ids);
     void remove(int id);
 

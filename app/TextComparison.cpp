@@ -54,7 +54,7 @@ public:
         : QSyntaxHighlighter(view.document())
     {
         constexpr double kReadable = 4.5;
-        const QPalette palette = view.palette();
+        const QPalette &palette = view.palette();
         const auto readable = [&palette](const QColor &wish) {
             return colorWithContrast(
                 wish, palette.color(QPalette::Text), palette.color(QPalette::Base), kReadable);

@@ -37,12 +37,10 @@ DocumentRecovery::DocumentRecovery(RecoveryWorker &worker,
                                    TextDocument *document,
                                    int number,
                                    RecoveryContext context,
-                                   RecoveryTimes times,
-                                   Clock clock)
+                                   RecoveryTimes times)
     : m_worker(worker)
     , m_document(document)
     , m_context(std::move(context))
-    , m_clock(std::move(clock))
     , m_slot(std::make_shared<Slot>(number))
     , m_isCancelled(std::make_shared<std::atomic<bool>>(false))
 {
@@ -110,7 +108,7 @@ RecoveryUpdate DocumentRecovery::nextUpdate()
             m_document->textStorage()->text(),
             m_changes.take(),
             m_context.caret(),
-            m_clock().toMSecsSinceEpoch()};
+            m_context.clock().toMSecsSinceEpoch()};
 }
 
 void DocumentRecovery::writeDidEnd()

@@ -26,11 +26,12 @@ struct RecoveryTimes
     std::chrono::milliseconds longest{5000}; ///< After the first edit that is not in the copy.
 };
 
-/// What a copy needs to know and the document does not.
+/// What a copy needs to know and the document does not know.
 struct RecoveryContext
 {
     std::function<qint64()> caret; ///< UTF-16 code units, 0-based.
     std::function<QString()> name; ///< The document's name as the user sees it.
+    Clock clock = systemClock();
 };
 
 /// Keeps a copy of one document's text while the document has unsaved edits. Use it from the main
@@ -46,8 +47,7 @@ public:
                      TextDocument *document,
                      int number,
                      RecoveryContext context,
-                     RecoveryTimes times,
-                     Clock clock);
+                     RecoveryTimes times);
     ~DocumentRecovery() override;
 
     [[nodiscard]] const TextDocument *document() const { return m_document; }
@@ -81,7 +81,6 @@ private:
     RecoveryWorker &m_worker;
     TextDocument *m_document;
     RecoveryContext m_context;
-    Clock m_clock;
     struct Slot; // Belongs to the worker thread.
     std::shared_ptr<Slot> m_slot;
     std::shared_ptr<std::atomic<bool>> m_isCancelled; // Of the jobs since the last `discard`.

@@ -30,8 +30,9 @@ RecoveryKeeper::~RecoveryKeeper()
 
 void RecoveryKeeper::watch(TextDocument *document, RecoveryContext context)
 {
+    context.clock = m_clock;
     m_documents.push_back(std::make_unique<DocumentRecovery>(
-        m_worker, document, ++m_lastNumber, std::move(context), m_times, m_clock));
+        m_worker, document, ++m_lastNumber, std::move(context), m_times));
     const DocumentRecovery *recovery = m_documents.back().get();
     connect(recovery, &DocumentRecovery::failed, this, &RecoveryKeeper::report);
     connect(

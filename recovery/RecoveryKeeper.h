@@ -30,6 +30,7 @@ public:
 
     /// Keeps copies for the document from now on.
     /// \param document not owned; call `forget` before it is destroyed.
+    /// \param context its clock is replaced by that of this keeper.
     void watch(TextDocument *document, RecoveryContext context);
 
     [[nodiscard]] bool watches(const TextDocument *document) const

@@ -7,7 +7,7 @@ namespace penwick {
 
 namespace {
 
-constexpr auto kStreamVersion = QDataStream::Qt_6_0;
+constexpr auto kHeaderVersion = QDataStream::Qt_6_0;
 constexpr qsizetype kChecksumSize = sizeof(quint64);
 
 /// It detects damage, not attacks: the first bytes of a digest are enough.
@@ -24,7 +24,7 @@ QByteArray headerOf(RecordKind kind, QByteArrayView content, qint64 units)
 {
     QByteArray bytes;
     QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream.setVersion(kStreamVersion);
+    stream.setVersion(kHeaderVersion);
     stream << static_cast<quint32>(kind) << qint64(content.size()) << units;
     bytes += checksumOf(content);
     return bytes + checksumOf(bytes);
@@ -40,7 +40,7 @@ std::optional<RecordHeader> readHeader(QIODevice &file)
     RecordHeader header;
     quint32 kind = 0;
     QDataStream stream(bytes);
-    stream.setVersion(kStreamVersion);
+    stream.setVersion(kHeaderVersion);
     stream >> kind >> header.bytes >> header.units;
     header.kind = static_cast<RecordKind>(kind);
     header.checksum = bytes.sliced(checked - kChecksumSize, kChecksumSize);

@@ -17,7 +17,7 @@ struct Replacement
 
 using Planned = tl::expected<Replacement, MacroResultError>;
 
-tl::unexpected<MacroResultError> failure(MacroResultError::Code code)
+tl::unexpected<MacroResultError> refusal(MacroResultError::Code code)
 {
     return tl::unexpected(MacroResultError{code, {}});
 }
@@ -36,7 +36,7 @@ Planned plan(const ReplaceAll &edit, const SelectedText &state)
 Planned plan(const ReplaceSelection &edit, const SelectedText &state)
 {
     if (state.selection().isEmpty())
-        return failure(MacroResultError::Code::NoSelectionForReplaceSelection);
+        return refusal(MacroResultError::Code::NoSelectionForReplaceSelection);
     return Replacement{state.selection(), Text(edit.text)};
 }
 
@@ -49,7 +49,7 @@ Planned plan(const ReplaceLines &edit, const SelectedText &state)
 {
     std::optional<Text> text = textWithLinesReplaced(state.text, edit);
     if (!text)
-        return failure(MacroResultError::Code::InvalidReplaceLines);
+        return refusal(MacroResultError::Code::InvalidReplaceLines);
     return Replacement{wholeOf(state), *std::move(text)};
 }
 
@@ -94,6 +94,14 @@ bool place(const MacroSelectionResult &selection, SelectedText &state)
     return true;
 }
 
+/// Returns whether the cursor or the selection was set. The selection is set last.
+bool place(const MacroResult &result, SelectedText &state)
+{
+    const bool isCursorSet = result.cursor && place(*result.cursor, state);
+    const bool isSelectionSet = result.selection && place(*result.selection, state);
+    return isCursorSet || isSelectionSet;
+}
+
 } // namespace
 
 ExecutedResult executeMacroResult(const MacroResult &result,
@@ -118,9 +126,7 @@ ExecutedResult executeMacroResult(const MacroResult &result,
             onReplacement(planned->range, planned->text);
     }
     if (!executed.error && !result.textEdits.isEmpty() && placesSelection(result)) {
-        const bool isCursorSet = result.cursor && place(*result.cursor, state);
-        const bool isSelectionSet = result.selection && place(*result.selection, state);
-        if (isCursorSet || isSelectionSet)
+        if (place(result, state))
             executed.selection = Selection::Result;
     } else if (replaced) {
         state.select(sameLineAndColumn(replaced->text, replaced->anchor, state.text),
