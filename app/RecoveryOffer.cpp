@@ -20,11 +20,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// True when the file is in the state that the copied text was made from. The device is not
-/// compared: its number may differ after a restart of the system.
-bool isUnchanged(const RecoveryOrigin &origin)
+/// True when the file, whose state is `now`, is in the one that the copied text was made from. The
+/// device is not compared: its number may differ after a restart of the system.
+bool isUnchanged(const RecoveryOrigin &origin, std::optional<FileVersion> now)
 {
-    auto now = FileVersion::of(origin.filePath);
     if (now && origin.version)
         now->device = origin.version->device;
     return now == origin.version;
@@ -134,11 +133,13 @@ void RecoveryOffer::openText(int id, const RecoveredText &recovered)
     TextDocument *document =
         m_documents.newDocument(recovered.text, DocumentController::Placement::Tab);
     document->textStorage()->forgetSavePoint(); // A recovered text may be empty.
-    const bool hasFile = !origin.filePath.isEmpty() && isUnchanged(origin) &&
+    // Read once: a save must ask if the file changes after this.
+    const auto version = FileVersion::of(origin.filePath);
+    const bool hasFile = !origin.filePath.isEmpty() && isUnchanged(origin, version) &&
                          m_documents.documentOfFile(origin.filePath) == nullptr;
     if (hasFile) {
         document->setFilePath(origin.filePath);
-        document->acceptFileVersion(FileVersion::of(origin.filePath));
+        document->acceptFileVersion(version);
     } else if (!origin.filePath.isEmpty()) {
         document->setSuggestedPath(suggestedPath(origin));
     }

@@ -155,6 +155,14 @@ class Recovery(Killed):
         self.assertEqual(second.wait_for_end(), 0)
         self.assertEqual(len(self.copies()), 1)
 
+    def test_copy_that_cannot_be_written_is_reported(self):
+        state = self.session.home / ".local/state"
+        state.mkdir(parents=True, exist_ok=True)
+        (state / "penwick").write_text("a file where the folder should be")
+        app = self.start(self.write("memo.txt", "古い\n"))
+        app.type("new ")
+        self.wait_for_status("保存していないテキストの控えを書き込めません。こまめに保存してください")
+
     def test_setting_switches_it_off(self):
         folder = self.session.home / ".config/penwick"
         folder.mkdir(parents=True)
