@@ -22,8 +22,9 @@ bool HostChannel::isConnected() const
            domain == AF_UNIX;
 }
 
-std::optional<ScriptRequest> HostChannel::receiveRequest() const
+std::optional<ScriptRequest> HostChannel::receiveRequest()
 {
+    m_shared.startOver();
     constexpr std::size_t kPortion = std::size_t{1} << 18;
     MessageReader reader(MessageReader::Side::FromEditor);
     QByteArray portion(kPortion, Qt::Uninitialized);

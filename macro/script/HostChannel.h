@@ -20,9 +20,9 @@ public:
     /// True when the connection is a Unix socket. It is none when a user starts the host directly.
     [[nodiscard]] bool isConnected() const;
 
-    /// Waits for the request. Returns nothing when the editor closes the connection first or sends
-    /// malformed data.
-    [[nodiscard]] std::optional<ScriptRequest> receiveRequest() const;
+    /// Waits for the next request. Returns nothing when the editor closes the connection first or
+    /// sends malformed data. An earlier request must no longer be used: its texts are released.
+    [[nodiscard]] std::optional<ScriptRequest> receiveRequest();
 
     /// Returns a sender for the script's outcome. This must outlive the sender.
     [[nodiscard]] OutcomeSender outcomeSender() { return OutcomeSender(m_sink, &m_shared); }

@@ -61,6 +61,7 @@ HostConnection::run(ScriptRequest request, const ScriptLogSink &log, ScriptWaite
 {
     m_log = &log;
     m_waiter = waiter;
+    m_shared.startOver();
     // A failure to send needs no handling here: the way the host ended gives the reason.
     const auto sink = [this](QByteArrayView bytes) { return send(bytes); };
     static_cast<void>(sendRequest(request, sink, &m_shared));
@@ -71,7 +72,11 @@ HostConnection::run(ScriptRequest request, const ScriptLogSink &log, ScriptWaite
     }
     m_log = nullptr;
     m_waiter = nullptr;
-    return m_outcome ? *std::exchange(m_outcome, std::nullopt) : failure();
+    if (!m_outcome)
+        return failure();
+    ScriptOutcome outcome = *std::move(m_outcome);
+    m_outcome.reset();
+    return outcome;
 }
 
 HostEnding HostConnection::end()

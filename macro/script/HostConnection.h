@@ -8,13 +8,16 @@
 
 namespace penwick {
 
-/// The editor's connection to one script host, from the greeting to the outcome of its only script.
+/// The editor's connection to one script host, from the greeting to the outcome of its last script.
 class HostConnection final
 {
 public:
     explicit HostConnection(HostProcess process);
 
     [[nodiscard]] const HostProcess &process() const { return m_process; }
+
+    /// False after the connection has failed, and after a script was stopped.
+    [[nodiscard]] bool isUsable() const { return !m_broken && !m_stopped; }
 
     /// Returns the protection that the host reported, after waiting for the report for at most
     /// `milliseconds`. Nothing when the host has not reported it yet. Does not wait after a run.
@@ -29,8 +32,8 @@ public:
     /// Kills the host if it still runs, waits until it is gone and returns how it ended.
     [[nodiscard]] HostEnding end();
 
-    /// Sends the script to the host and waits for its outcome. Call this once. The host needs no
-    /// cleanup afterwards: it has ended or is about to.
+    /// Sends the script to the host and waits for its outcome. Call this once, or, if the host
+    /// serves many, again while `isUsable`. The host needs no cleanup afterwards.
     /// \param waiter not owned; null to block.
     [[nodiscard]] ScriptOutcome
     run(ScriptRequest request, const ScriptLogSink &log, ScriptWaiter *waiter);

@@ -13,9 +13,11 @@ constexpr int kHostSharedTexts = 5; ///< See `SharedTexts`; may be missing.
 constexpr int kHostFirstUnused = 6; ///< This one and all above are closed.
 
 // The arguments of a host: how many bytes a script may allocate, `kHostSharedTexts` or -1 if that
-// is missing, and whether refused system calls are reported.
+// is missing, whether refused system calls are reported, and for how many scripts it serves.
 constexpr char kHostReports[] = "report";
 constexpr char kHostIsSilent[] = "silent";
+constexpr char kHostServesOne[] = "one";
+constexpr char kHostServesMany[] = "many";
 
 /// The exit status of a host that ran out of memory.
 constexpr int kOutOfMemoryStatus = 77;

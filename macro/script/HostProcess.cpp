@@ -162,7 +162,8 @@ pid_t spawn(const HostProcess::Settings &settings, const HostEnds &ends)
     std::vector<std::string> arguments{program.toStdString(),
                                        std::to_string(settings.memory),
                                        std::to_string(ends.shared >= 0 ? kHostSharedTexts : -1),
-                                       settings.reportsRefusedCalls ? kHostReports : kHostIsSilent};
+                                       settings.reportsRefusedCalls ? kHostReports : kHostIsSilent,
+                                       settings.servesMany ? kHostServesMany : kHostServesOne};
     std::vector<std::string> environment = hostEnvironment(settings.timeZone);
     pid_t process = -1;
     const int error = posix_spawn(&process,

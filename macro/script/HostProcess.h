@@ -10,7 +10,7 @@
 
 namespace penwick {
 
-/// A process that runs one script. The destructor kills it. The system also kills it when the
+/// A process that runs scripts. The destructor kills it. The system also kills it when the
 /// thread that started it ends, so start it from a thread that lives as long as the program.
 class HostProcess final
 {
@@ -23,6 +23,8 @@ public:
         /// True to have the host report system calls that the sandbox refuses; DeniedCallHandler.h
         /// describes what that may cost. A call that ends the host is always reported.
         bool reportsRefusedCalls = true;
+        /// True to have the host wait for another script after each. Otherwise it ends after one.
+        bool servesMany = false;
 
         bool operator==(const Settings &) const = default;
     };

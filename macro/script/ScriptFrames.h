@@ -15,10 +15,10 @@ class SharedTexts;
 enum class MessageKind : quint8 {
     Engine = 6,  ///< From the host, first and once: name and version of its script engine.
     Ready = 1,   ///< From the host, once: it waits for the request.
-    Request = 2, ///< To the host, once.
+    Request = 2, ///< To the host, for each script.
     Log = 3,     ///< From the host: a line that the script logged.
-    Value = 4,   ///< From the host, last: the script's completion value.
-    Failure = 5, ///< From the host, last: why there is no value. May interrupt a value's frames.
+    Value = 4,   ///< From the host, last of a script: its completion value.
+    Failure = 5, ///< The same: why there is no value. May interrupt a value's frames.
 };
 
 constexpr qsizetype kMaxFramePayload = qsizetype{1} << 20;

@@ -68,19 +68,6 @@ std::optional<QString> copied(int descriptor, qint64 start, qsizetype length)
     return text;
 }
 
-std::optional<QString> mapped(int descriptor, qint64 start, qsizetype length)
-{
-    void *memory = mmap(nullptr,
-                        static_cast<std::size_t>(length * kUnit),
-                        PROT_READ,
-                        MAP_PRIVATE | MAP_POPULATE,
-                        descriptor,
-                        start);
-    if (memory == MAP_FAILED)
-        return std::nullopt;
-    return QString::fromRawData(static_cast<const QChar *>(memory), length);
-}
-
 } // namespace
 
 SharedTexts::SharedTexts(int descriptor, Side side)
@@ -88,6 +75,24 @@ SharedTexts::SharedTexts(int descriptor, Side side)
     , m_isHost(side == Side::Host)
     , m_end(roomOf(m_isHost).start)
 {
+}
+
+void SharedTexts::startOver()
+{
+    for (const Mapping &mapping : std::exchange(m_mappings, {}))
+        munmap(mapping.memory, mapping.size);
+    m_end = roomOf(m_isHost).start;
+}
+
+std::optional<QString> SharedTexts::mapped(qint64 start, qsizetype length) const
+{
+    const auto size = static_cast<std::size_t>(length * kUnit);
+    void *memory =
+        mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, m_descriptor, start);
+    if (memory == MAP_FAILED)
+        return std::nullopt;
+    m_mappings.push_back({memory, size});
+    return QString::fromRawData(static_cast<const QChar *>(memory), length);
 }
 
 bool SharedTexts::hasRoomFor(qsizetype length) const
@@ -141,7 +146,7 @@ std::optional<QString> SharedTexts::get(quint64 start, qsizetype length) const
     const auto from = static_cast<qint64>(start);
     if (length < kLeastLength || length > (end - from) / kUnit)
         return std::nullopt;
-    return m_isHost ? mapped(m_descriptor, from, length) : copied(m_descriptor, from, length);
+    return m_isHost ? mapped(from, length) : copied(m_descriptor, from, length);
 }
 
 } // namespace penwick

@@ -5,7 +5,9 @@
 #include <QString>
 #include <QStringView>
 
+#include <cstddef>
 #include <optional>
+#include <vector>
 
 namespace penwick {
 
@@ -34,7 +36,12 @@ public:
     SharedTexts &operator=(SharedTexts &&) = default;
     SharedTexts(const SharedTexts &) = delete;
     SharedTexts &operator=(const SharedTexts &) = delete;
+    /// Does not unmap what the host has mapped.
     ~SharedTexts() = default;
+
+    /// Forgets all texts of this side, and releases those of the other side that were read: views
+    /// of mapped memory become invalid. Both sides call this between two scripts.
+    void startOver();
 
     /// Writes a text for the other side.
     /// \return its offset in bytes; nothing when it is too short or cannot be written.
@@ -42,20 +49,28 @@ public:
     [[nodiscard]] std::optional<quint64> putSource(const ScriptSource &source);
 
     /// Returns a text that the other side wrote. The editor gets a copy. The host gets a view of
-    /// mapped memory, which stays mapped for as long as the process lives.
+    /// mapped memory, which stays mapped until `startOver`.
     /// \param start in bytes.
     /// \param length in UTF-16 code units.
     /// \return nothing when there can be no text of the other side.
     [[nodiscard]] std::optional<QString> get(quint64 start, qsizetype length) const;
 
 private:
+    struct Mapping
+    {
+        void *memory;
+        std::size_t size; // Bytes.
+    };
+
     [[nodiscard]] bool hasRoomFor(qsizetype length) const;
+    [[nodiscard]] std::optional<QString> mapped(qint64 start, qsizetype length) const;
     [[nodiscard]] std::optional<quint64> keep(qint64 end);
     [[nodiscard]] bool write(QStringView text, qint64 at) const;
 
     int m_descriptor;
     bool m_isHost;
     qint64 m_end; // Offset of the next text, in bytes.
+    mutable std::vector<Mapping> m_mappings;
 };
 
 } // namespace penwick

@@ -47,7 +47,34 @@ void startThread()
         pthread_join(thread, nullptr);
 }
 
-int serve(penwick::HostChannel &channel, std::size_t memory, penwick::RefusedCalls refused)
+// Runs the script of a request. The next one gets an engine of its own.
+void serveRequest(penwick::HostChannel &channel,
+                  const penwick::ScriptRequest &request,
+                  bool isLast)
+{
+    const auto log = [&channel](const QString &line) {
+        // The editor is gone, so the script is no longer needed.
+        if (!penwick::sendText(penwick::MessageKind::Log, line, channel.sink()))
+            _exit(EXIT_FAILURE);
+    };
+    penwick::OutcomeSender sender = channel.outcomeSender();
+    const auto end = [&](const std::optional<penwick::ScriptError> &error) {
+        const bool isSent = error ? sender.fail(*error) : sender.finish();
+        // Does not destroy the engine: the kernel releases its memory faster.
+        if (isLast || !isSent)
+            _exit(isSent ? EXIT_SUCCESS : EXIT_FAILURE);
+    };
+    penwick::evaluateScript(request, log, {}, {sender, end});
+}
+
+struct Service
+{
+    std::size_t memory = 0;
+    penwick::RefusedCalls refused = penwick::RefusedCalls::Reported;
+    bool servesMany = false;
+};
+
+int serve(penwick::HostChannel &channel, const Service &service)
 {
     // A write beyond a file size limit of the user's fails instead of ending the process; the text
     // is then sent through the connection.
@@ -57,26 +84,18 @@ int serve(penwick::HostChannel &channel, std::size_t memory, penwick::RefusedCal
     if (!penwick::sendText(penwick::MessageKind::Engine, penwick::engineName(), channel.sink()))
         return EXIT_FAILURE;
     initializeEngine();
-    const penwick::HostProtection protection = penwick::confineProcess(memory, refused);
+    const penwick::HostProtection protection =
+        penwick::confineProcess(service.memory, service.refused);
     startThread();
     if (!penwick::sendReady(protection, channel.sink()))
         return EXIT_FAILURE;
     penwick::enableHugePages();
-    const auto request = channel.receiveRequest();
-    if (!request)
-        return EXIT_SUCCESS; // The editor has no script to run.
-    const auto log = [&channel](const QString &line) {
-        // The editor is gone, so the script is no longer needed.
-        if (!penwick::sendText(penwick::MessageKind::Log, line, channel.sink()))
-            _exit(EXIT_FAILURE);
-    };
-    penwick::OutcomeSender sender = channel.outcomeSender();
-    const auto end = [&sender](const std::optional<penwick::ScriptError> &error) {
-        // Does not destroy the engine: the kernel releases its memory faster.
-        _exit((error ? sender.fail(*error) : sender.finish()) ? EXIT_SUCCESS : EXIT_FAILURE);
-    };
-    penwick::evaluateScript(*request, log, {}, {sender, end});
-    return EXIT_FAILURE;
+    while (true) {
+        const auto request = channel.receiveRequest();
+        if (!request)
+            return EXIT_SUCCESS; // The editor has no script to run.
+        serveRequest(channel, *request, !service.servesMany);
+    }
 }
 
 } // namespace
@@ -85,15 +104,16 @@ int main(int argc, char *argv[])
 {
     if (argc == 2 && std::strcmp(argv[1], "--help") == 0)
         return showHelp();
-    if (argc != 4)
+    if (argc != 5)
         return kNotForDirectUse;
     penwick::HostChannel channel(std::atoi(argv[2]));
     if (!channel.isConnected())
         return kNotForDirectUse;
-    const auto refused = std::strcmp(argv[3], penwick::kHostIsSilent) == 0
-                             ? penwick::RefusedCalls::Silent
-                             : penwick::RefusedCalls::Reported;
-    const int status = serve(channel, std::strtoull(argv[1], nullptr, 10), refused);
+    Service service{std::strtoull(argv[1], nullptr, 10)};
+    if (std::strcmp(argv[3], penwick::kHostIsSilent) == 0)
+        service.refused = penwick::RefusedCalls::Silent;
+    service.servesMany = std::strcmp(argv[4], penwick::kHostServesMany) == 0;
+    const int status = serve(channel, service);
     // Does not run the libraries' destructors: the kernel releases their memory faster.
     _exit(status);
 }
