@@ -112,6 +112,8 @@ struct MacroResultError
     /// The unknown type, or the text of the exception; empty with the other codes.
     QString detail;
     int line = 0; ///< Of the macro's code, 1-based; 0 when the exception names no line.
+    /// In the line, in UTF-16 code units, 1-based; 0 when the exception names none.
+    int column = 0;
 
     /// Returns the message for the user, in the active wording.
     [[nodiscard]] QString errorDescription() const;

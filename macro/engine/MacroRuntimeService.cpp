@@ -37,13 +37,20 @@ void logToStandardError(const QString &text)
     writeErrorLine(block);
 }
 
-/// Converts a line of the whole script to one of the macro's code, both 1-based; 0 before the code.
-int lineOfCode(int line)
+/// Returns the error of an exception, with its place in the macro's code instead of the whole
+/// script. An exception from before the code has none.
+MacroResultError exceptionError(const ScriptError &error)
 {
     // The context contains no line breaks.
     const auto linesBefore =
         static_cast<int>(kBeforeContext.count(u'\n') + kAfterContext.count(u'\n'));
-    return std::max(0, line - linesBefore);
+    const auto indentation =
+        static_cast<int>(kAfterContext.size() - kAfterContext.lastIndexOf(u'\n') - 1);
+    MacroResultError result{Code::ExecutionException, error.text};
+    result.line = std::max(0, error.line - linesBefore);
+    if (result.line > 0)
+        result.column = std::max(0, error.column - (result.line == 1 ? indentation : 0));
+    return result;
 }
 
 MacroResultError executionException(const QString &detail)
@@ -77,7 +84,7 @@ MacroResultError resultError(const ScriptError &error)
 {
     switch (error.code) {
     case ScriptError::Code::Exception:
-        return {Code::ExecutionException, error.text, lineOfCode(error.line)};
+        return exceptionError(error);
     case ScriptError::Code::EngineUnavailable:
         return executionException(u"JSContext の生成に失敗しました"_s);
     case ScriptError::Code::SourceTooLong:

@@ -75,6 +75,7 @@ struct ScriptError
     int line = 0; ///< Line of the source, 1-based; 0 when unknown.
     HostEnding ending =
         {}; ///< With `HostEnded` and `OutOfMemory`; with `Stopped` its denied calls.
+    int column = 0; ///< In the line, in UTF-16 code units, 1-based; 0 when unknown.
 
     bool operator==(const ScriptError &) const = default;
 };

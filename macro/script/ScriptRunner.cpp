@@ -76,23 +76,32 @@ void installUserInput(JSContextRef context, const QString &userInput)
     setProperty(context, JSContextGetGlobalObject(context), u"userInput", value);
 }
 
-/// The line that the engine stores in each error that it creates or sees thrown; 0 when there is
-/// none.
-int lineOf(JSContextRef context, JSValueRef thrown)
+/// A property of an error whose value is a number from 1 on; otherwise 0.
+int countProperty(JSContextRef context, JSObjectRef error, QStringView name)
 {
-    if (!JSValueIsObject(context, thrown))
+    JSValueRef value = JSObjectGetProperty(context, error, toJsString(name).get(), nullptr);
+    if (value == nullptr || !JSValueIsNumber(context, value))
         return 0;
+    const double number = JSValueToNumber(context, value, nullptr);
+    return number >= 1 && number <= std::numeric_limits<int>::max() ? static_cast<int>(number) : 0;
+}
+
+/// The error with the line and column that the engine stores in each error that it creates or sees
+/// thrown.
+ScriptError exceptionOf(JSContextRef context, JSValueRef thrown, const QString &text)
+{
+    ScriptError result{ScriptError::Code::Exception, text};
+    if (!JSValueIsObject(context, thrown))
+        return result;
     JSObjectRef error = JSValueToObject(context, thrown, nullptr);
     // Code that the script itself evaluates has line numbers of its own.
     JSValueRef place = JSObjectGetProperty(context, error, toJsString(u"sourceURL").get(), nullptr);
     if (place == nullptr || !JSValueIsString(context, place) ||
         stringConversion(context, place, nullptr) != QStringView(kSourceUrl))
-        return 0;
-    JSValueRef line = JSObjectGetProperty(context, error, toJsString(u"line").get(), nullptr);
-    if (line == nullptr || !JSValueIsNumber(context, line))
-        return 0;
-    const double number = JSValueToNumber(context, line, nullptr);
-    return number >= 1 && number <= std::numeric_limits<int>::max() ? static_cast<int>(number) : 0;
+        return result;
+    result.line = countProperty(context, error, u"line");
+    result.column = result.line > 0 ? countProperty(context, error, u"column") : 0;
+    return result;
 }
 
 // Some values, such as symbols, have no string conversion; the exception of the attempt then
@@ -106,7 +115,7 @@ takeException(JSContextRef context, JSValueRef thrown, ScriptValueSink &sink)
     if (!text && second != nullptr)
         text = stringConversion(context, second, nullptr);
     if (text)
-        return ScriptError{ScriptError::Code::Exception, std::move(*text), lineOf(context, thrown)};
+        return exceptionOf(context, thrown, *text);
     sink.null();
     return std::nullopt;
 }

@@ -125,10 +125,12 @@ tl::expected<ScriptOutcome, WireError> decodeFailure(QByteArrayView payload,
     const auto code = reader.get<quint8>();
     ScriptError error{static_cast<ScriptError::Code>(code), reader.getText()};
     error.line = reader.get<qint32>();
+    error.column = reader.get<qint32>();
     if (const auto wrong = reader.errorAtEnd())
         return tl::unexpected(*wrong);
     // The codes after this one are about the host itself, and only the editor sets them.
-    if (code > static_cast<quint8>(ScriptError::Code::ResultTooDeep) || error.line < 0)
+    if (code > static_cast<quint8>(ScriptError::Code::ResultTooDeep) || error.line < 0 ||
+        error.column < 0)
         return tl::unexpected(WireError::UnknownTag);
     if (!error.text.isValidUtf16())
         return tl::unexpected(WireError::MalformedText);
@@ -275,6 +277,7 @@ bool OutcomeSender::fail(const ScriptError &error)
     writer.put(static_cast<quint8>(error.code));
     writer.putText(error.text);
     writer.put(static_cast<qint32>(error.line));
+    writer.put(static_cast<qint32>(error.column));
     return writer.finish();
 }
 

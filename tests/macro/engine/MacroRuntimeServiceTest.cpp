@@ -79,6 +79,7 @@ private Q_SLOTS:
     void code_thatThrows_failsWithTheEnginesText_data();
     void code_thatThrows_failsWithTheEnginesText();
     void code_throwingAValueWithoutText_failsWithWhatIsKnown();
+    void code_thatThrows_namesItsPlaceInTheCode();
     void code_endingInALineComment_isClosed();
     void code_closingTheWrapper_givesWhatTheEngineGives();
     void userInput_absent_isNotDefined();
@@ -186,6 +187,16 @@ void MacroRuntimeServiceTest::code_throwingAValueWithoutText_failsWithWhatIsKnow
     QCOMPARE(symbol.error().code, Code::ExecutionException);
     QVERIFY(symbol.error().detail.startsWith(u"TypeError: "_s));
     QVERIFY(run(u"throw {toString() { throw Symbol(); }};"_s) == failure(Code::NotAnObject));
+}
+
+void MacroRuntimeServiceTest::code_thatThrows_namesItsPlaceInTheCode()
+{
+    const MacroResultError first = run(u"missing();"_s).error();
+    const MacroResultError third = run(u"\n\nmissing();"_s, u"日\n本"_s).error();
+    QCOMPARE(first.line, 1);
+    QCOMPARE(third.line, 3);
+    QVERIFY(third.column > 0);
+    QCOMPARE(first.column, third.column);
 }
 
 void MacroRuntimeServiceTest::code_endingInALineComment_isClosed()

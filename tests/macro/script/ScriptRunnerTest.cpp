@@ -65,6 +65,7 @@ private Q_SLOTS:
     void exception_text_isTheEnginesConversion();
     void exception_line_isTheEnginesOne_data();
     void exception_line_isTheEnginesOne();
+    void exception_column_isTheEnginesOne();
     void exception_withoutAnyText_countsAsNoValue();
     void source_tooLong_fails();
     void source_withNulAndSurrogates_reachesTheScript();
@@ -405,6 +406,17 @@ void ScriptRunnerTest::exception_line_isTheEnginesOne()
     const Ran ran = run(source);
     QVERIFY(!ran.outcome.has_value());
     QCOMPARE(ran.outcome.error().line, line);
+}
+
+void ScriptRunnerTest::exception_column_isTheEnginesOne()
+{
+    const auto columnOf = [](const QString &source) {
+        return run(source).outcome.error().column;
+    };
+    QVERIFY(columnOf(u"missing()"_s) > 0);
+    QCOMPARE(columnOf(u"/* some */ missing()"_s) - columnOf(u"missing()"_s), 11);
+    QCOMPARE(columnOf(u"\n\nmissing()"_s), columnOf(u"missing()"_s));
+    QCOMPARE(columnOf(u"throw {column: 7}"_s), 0);
 }
 
 void ScriptRunnerTest::log_asValue_behavesAsAFunction()

@@ -131,6 +131,8 @@ void ScriptWireTest::outcome_anyKind_comesBack_data()
         deep = ScriptValue(List{deep});
     row("deep", deep);
     row("exception", tl::unexpected(ScriptError{ScriptError::Code::Exception, u"Error: 日"_s, 7}));
+    row("exception with a column",
+        tl::unexpected(ScriptError{ScriptError::Code::Exception, u"Error"_s, 7, {}, 9}));
     row("too large", tl::unexpected(ScriptError{ScriptError::Code::ResultTooLarge, {}}));
 }
 
