@@ -4,6 +4,7 @@
 #include "controls/MessageBox.h"
 #include "controls/VerbatimText.h"
 #include "platform/files/SafeCopy.h"
+#include "wording/FileReasons.h"
 #include "wording/WordingLookup.h"
 
 #include <QDir>
@@ -15,33 +16,6 @@ namespace penwick::dialogs {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QString reasonOfFileError(FileError::Kind kind)
-{
-    using Kind = FileError::Kind;
-    switch (kind) {
-    case Kind::NotFound:
-        return wording::text(u"error.reason.notFound"_s);
-    case Kind::IsFolder:
-        return wording::text(u"error.reason.isFolder"_s);
-    case Kind::NotRegular:
-        return wording::text(u"error.reason.notRegular"_s);
-    case Kind::PermissionDenied:
-        return wording::text(u"error.reason.permissionDenied"_s);
-    case Kind::NoSpace:
-        return wording::text(u"error.reason.noSpace"_s);
-    case Kind::Changed:
-        return wording::text(u"error.reason.changedMeanwhile"_s);
-    case Kind::Damaged:
-        return wording::text(u"error.reason.damaged"_s);
-    case Kind::InvalidPath:
-        return wording::text(u"error.reason.invalidPath"_s);
-    case Kind::Locked:
-        return wording::text(u"error.reason.locked"_s);
-    default:
-        return wording::text(u"error.reason.other"_s);
-    }
-}
 
 /// Shows the box with a button that agrees and one that cancels. The one that destroys nothing is
 /// the default.
@@ -200,7 +174,7 @@ void showFileInUse(QWidget *parent, const QString &path)
 QString errorReasonText(const DocumentError &error)
 {
     if (error.domain == DocumentError::Domain::NSPOSIXErrorDomain)
-        return reasonOfFileError(error.fileErrorKind);
+        return wording::reasonText(error.fileErrorKind);
     return wording::text(u"error.reason.notUtf8"_s);
 }
 

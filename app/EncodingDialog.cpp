@@ -2,6 +2,7 @@
 
 #include "app/DocumentDialogs.h"
 #include "controls/VerbatimText.h"
+#include "wording/FileReasons.h"
 #include "wording/WordingLookup.h"
 
 #include <QDialogButtonBox>
@@ -26,12 +27,6 @@ constexpr int kWaitTime = 100; // Milliseconds; for small files the list is show
 constexpr auto kRefreshInterval = 100ms;
 constexpr QSize kListSize(520, 260);
 constexpr int kRowSpacing = 3;
-
-QString reasonOf(const FileError &error)
-{
-    return dialogs::errorReasonText(
-        {DocumentError::Domain::NSPOSIXErrorDomain, error.errnoValue, error.kind});
-}
 
 QLabel *makeLabel(const QString &text = {})
 {
@@ -69,7 +64,7 @@ EncodingDialog::EncodingDialog(QWidget *parent,
         const qint64 total = std::max(qint64(1), m_progress->total());
         m_bar->setValue(static_cast<int>(m_progress->done() * m_bar->maximum() / total));
     });
-    connect(&m_task, &BackgroundTask::failed, this, [this] { showMessage(reasonOf(FileError{})); });
+    connect(&m_task, &BackgroundTask::failed, this, [this] { showMessage(wording::reasonText(FileError::Kind::Other)); });
     findCandidates();
 }
 
@@ -128,7 +123,7 @@ void EncodingDialog::findCandidates()
 void EncodingDialog::showCandidates(const tl::expected<std::vector<Candidate>, FileError> &found)
 {
     if (!found || found->empty()) {
-        showMessage(found ? wording::text(u"dialog.encodingNone"_s) : reasonOf(found.error()));
+        showMessage(found ? wording::text(u"dialog.encodingNone"_s) : wording::reasonText(found.error().kind));
         return;
     }
     m_candidates = *found;
@@ -165,7 +160,7 @@ void EncodingDialog::showConverted(const Encoding &encoding,
         showMessage(wording::text(u"error.encodingFailed"_s,
                                   {encoding.name, QString::number(*offset + 1)}));
     } else {
-        showMessage(reasonOf(converted.error().fileError));
+        showMessage(wording::reasonText(converted.error().fileError.kind));
     }
 }
 

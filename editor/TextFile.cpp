@@ -70,7 +70,7 @@ TransferOutcome writeOnce(const QString &path,
 bool Replaceable::fits(const QString &path) const
 {
     const std::optional<FileVersion> present = FileVersion::of(path);
-    return anyState || !present || present == state;
+    return present ? anyState || present == state : missing;
 }
 
 TransferOutcome readTextFile(const QString &path, TransferProgress &progress)

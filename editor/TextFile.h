@@ -56,12 +56,12 @@ using TransferOutcome = tl::expected<StoredText, DocumentError>;
 /// `kUnsupportedContent`. True also for a file that cannot be read.
 [[nodiscard]] bool startsAsText(const QString &path);
 
-/// Which state of a file may be replaced without asking: any state, or the known one only. A
-/// missing file may always be replaced.
+/// Which state of a file may be replaced without asking: any state, or the known one only.
 struct Replaceable
 {
     bool anyState = true;
     std::optional<FileVersion> state; ///< Used only when `anyState` is false.
+    bool missing = true;              ///< Whether a file that does not exist may be created.
 
     /// True when the file now at `path` may be replaced.
     [[nodiscard]] bool fits(const QString &path) const;

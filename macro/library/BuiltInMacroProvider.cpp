@@ -3,6 +3,8 @@
 #include <QFile>
 #include <QtGlobal>
 
+#include <algorithm>
+
 // Without this call the linker drops the resources of a static library. `Q_INIT_RESOURCE` must be
 // used outside of any namespace.
 static void registerScripts()
@@ -49,6 +51,13 @@ const QList<BuiltInMacroDefinition> &BuiltInMacroProvider::definitions()
 QString BuiltInMacroProvider::nameKey(BuiltInMacro macro)
 {
     return u"macro.default."_s + rawValue(macro) + u".name"_s;
+}
+
+bool BuiltInMacroProvider::asksForInput(const QString &macroId)
+{
+    return std::any_of(definitions().begin(), definitions().end(), [&](const auto &definition) {
+        return definition.id == macroId && definition.defaultInput;
+    });
 }
 
 QString BuiltInMacroProvider::script(BuiltInMacro macro)

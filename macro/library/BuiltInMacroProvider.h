@@ -30,6 +30,9 @@ public:
     /// Returns the wording key of the macro's name.
     [[nodiscard]] static QString nameKey(BuiltInMacro macro);
 
+    /// True for the id of a macro that needs an input. A copy under another id gets none.
+    [[nodiscard]] static bool asksForInput(const QString &macroId);
+
     /// Returns the macro's JavaScript.
     [[nodiscard]] static QString script(BuiltInMacro macro);
 };

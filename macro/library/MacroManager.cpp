@@ -1,15 +1,14 @@
 #include "macro/library/MacroManager.h"
 
-#include "macro/library/BuiltInMacroProvider.h"
 #include "macro/library/MacroFile.h"
 #include "macro/library/MacroJson.h"
+#include "macro/library/MacroList.h"
 #include "platform/files/ApplicationSupport.h"
 #include "platform/files/AtomicFile.h"
 #include "platform/process/StandardOutput.h"
 #include "wording/WordingLookup.h"
 
 #include <QFileInfo>
-#include <QSet>
 
 #include <algorithm>
 #include <limits>
@@ -34,37 +33,6 @@ qint64 checkedSuccessor(qint64 sortOrder)
     if (sortOrder == std::numeric_limits<qint64>::max())
         qFatal("There is no sort order left for another macro.");
     return sortOrder + 1;
-}
-
-QSet<QString> idsOf(const QList<Macro> &macros)
-{
-    QSet<QString> ids;
-    for (const Macro &macro : macros)
-        ids.insert(macro.id);
-    return ids;
-}
-
-bool lacksBuiltIn(const QList<Macro> &macros)
-{
-    const QSet<QString> presentIds = idsOf(macros);
-    const auto &definitions = BuiltInMacroProvider::definitions();
-    return std::any_of(definitions.begin(), definitions.end(), [&](const auto &definition) {
-        return !presentIds.contains(definition.id);
-    });
-}
-
-Macro installedMacro(const BuiltInMacroDefinition &definition)
-{
-    Macro macro;
-    macro.id = definition.id;
-    macro.name = wording::text(BuiltInMacroProvider::nameKey(definition.macro));
-    macro.description = definition.description;
-    macro.code = BuiltInMacroProvider::script(definition.macro);
-    macro.isEnabled = true;
-    macro.source = u"builtin"_s;
-    macro.version = u"1.0.0"_s;
-    macro.category = u"general"_s;
-    return macro;
 }
 
 } // namespace
@@ -111,26 +79,13 @@ void MacroManager::ensureSupportDirectory()
 
 void MacroManager::loadMacros()
 {
-    const auto logFailure = [](const QString &description) {
-        printLine(u"Failed to load macros.json: "_s + description);
-    };
     // Taken before the file is read, so that a change during the read is found later.
     m_fileVersion = FileVersion::of(macrosFilePath());
-    const auto content = readFile(macrosFilePath());
-    if (!content) {
-        if (content.error().kind != FileError::Kind::NotFound)
-            logFailure(content.error().description());
-        return;
-    }
-    auto macros = MacroJson::read(*content);
-    if (!macros) {
-        logFailure(macros.error().description());
-        return;
-    }
-    std::stable_sort(macros->begin(), macros->end(), [](const Macro &a, const Macro &b) {
-        return a.sortOrder < b.sortOrder;
-    });
-    setMacros(*std::move(macros));
+    auto macros = readMacroList(macrosFilePath());
+    if (!macros)
+        printLine(u"Failed to load macros.json: "_s + macros.error());
+    else if (*macros)
+        setMacros(**std::move(macros));
 }
 
 void MacroManager::saveMacros()
@@ -249,25 +204,22 @@ tl::expected<QString, JsonRecordError> MacroManager::importMacro(QByteArrayView 
 
 void MacroManager::installBuiltInMacros()
 {
-    if (!lacksBuiltIn(m_macros))
+    if (missingBuiltInMacros(m_macros).isEmpty())
         return; // The usual case at startup; needs no lock.
     const Lock lock = beginChange();
-    const QSet<QString> presentIds = idsOf(m_macros);
+    const QList<Macro> missing = missingBuiltInMacros(m_macros);
+    if (missing.isEmpty())
+        return;
     qint64 sortOrder = nextSortOrder();
     const QString now = nowTimestamp(m_clock);
     QList<Macro> macros = m_macros;
-    for (const BuiltInMacroDefinition &definition : BuiltInMacroProvider::definitions()) {
-        if (presentIds.contains(definition.id))
-            continue;
-        Macro macro = installedMacro(definition);
+    for (Macro macro : missing) {
         macro.createdAt = now;
         macro.updatedAt = now;
         macro.sortOrder = sortOrder;
         sortOrder = checkedSuccessor(sortOrder);
         macros.append(std::move(macro));
     }
-    if (macros.size() == m_macros.size())
-        return;
     changeAndSave(lock, std::move(macros));
     m_defaults.setBoolean(u"hasInitializedBuiltInMacros"_s, true);
 }
@@ -305,7 +257,7 @@ void MacroManager::appendAndSave(const Lock &lock, Macro macro)
 
 QString MacroManager::macrosFilePath() const
 {
-    return m_supportFolder + u"/macros.json"_s;
+    return penwick::macrosFilePath(m_supportFolder);
 }
 
 } // namespace penwick

@@ -126,6 +126,13 @@ private:
 class TreeWriter final
 {
 public:
+    enum class Form { Pretty, Line };
+
+    explicit TreeWriter(Form form)
+        : m_isPretty(form == Form::Pretty)
+    {
+    }
+
     QByteArray takeText() { return std::move(m_text); }
 
     void write(const JsonValue &value)
@@ -197,7 +204,7 @@ private:
             members,
             [this](const Member &member) {
                 writeData(*member.name);
-                m_text += " : ";
+                m_text += m_isPretty ? " : " : ": ";
                 write(*member.value);
             },
             '}');
@@ -212,7 +219,7 @@ private:
             bool isFirst = true;
             for (const auto &item : items) {
                 if (!isFirst)
-                    m_text += ',';
+                    m_text += m_isPretty ? "," : ", ";
                 isFirst = false;
                 breakLine();
                 writeItem(item);
@@ -225,14 +232,16 @@ private:
 
     void breakLine()
     {
+        if (!m_isPretty)
+            return;
         m_text += '\n';
         m_text.append(m_depth * 2, ' ');
     }
 
     /// Returns the escape for the unit; empty if it is written as it is.
-    static QByteArray escaped(char16_t unit)
+    [[nodiscard]] QByteArray escaped(char16_t unit) const
     {
-        if (unit == u'/')
+        if (unit == u'/' && m_isPretty)
             return "\\/"_ba;
         if (unit < kJsonEscapeLetters.size() && kJsonEscapeLetters[unit] != 0)
             return "\\"_ba + kJsonEscapeLetters[unit];
@@ -241,6 +250,7 @@ private:
         return QChar::isSurrogate(unit) ? "\xEF\xBF\xBD"_ba : QByteArray();
     }
 
+    bool m_isPretty;
     QByteArray m_text;
     qsizetype m_depth = 0;
 };
@@ -356,7 +366,14 @@ tl::expected<JsonValue, JsonError> JsonText::read(QByteArrayView text)
 
 QByteArray JsonText::write(const JsonValue &value)
 {
-    TreeWriter writer;
+    TreeWriter writer(TreeWriter::Form::Pretty);
+    writer.write(value);
+    return writer.takeText();
+}
+
+QByteArray JsonText::writeLine(const JsonValue &value)
+{
+    TreeWriter writer(TreeWriter::Form::Line);
     writer.write(value);
     return writer.takeText();
 }

@@ -48,6 +48,10 @@ public:
     /// `\/`, control characters escaped, everything else as it is. There is no line break at the
     /// end. A lone surrogate becomes U+FFFD, a number that is not finite becomes null.
     [[nodiscard]] static QByteArray write(const JsonValue &value);
+
+    /// Returns the same on one line, without a line break at the end, and with `/` as it is: for
+    /// output that other programs read line by line.
+    [[nodiscard]] static QByteArray writeLine(const JsonValue &value);
 };
 
 } // namespace penwick

@@ -231,6 +231,16 @@ private Q_SLOTS:
         QVERIFY(JsonText::read(JsonText::write(value)).value() == value);
     }
 
+    void writeLine_anyValue_isOneLineOfTheSameValue()
+    {
+        const JsonValue value = JsonObject{{u"b"_s, JsonArray{1, u"a/b\n\"日"_s, JsonArray()}},
+                                           {u"a"_s, JsonObject{{u"c"_s, nullptr}}}};
+        const QByteArray line = JsonText::writeLine(value);
+        QCOMPARE(QString::fromUtf8(line),
+                 u"{\"a\": {\"c\": null}, \"b\": [1, \"a/b\\n\\\"日\", []]}"_s);
+        QVERIFY(JsonText::read(line).value() == value);
+    }
+
     void asInteger_wholeNumbers_onlyExactOnes()
     {
         QCOMPARE(JsonText::read("7.0")->asInteger(), std::optional<qint64>(7));
