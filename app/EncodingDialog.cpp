@@ -64,7 +64,9 @@ EncodingDialog::EncodingDialog(QWidget *parent,
         const qint64 total = std::max(qint64(1), m_progress->total());
         m_bar->setValue(static_cast<int>(m_progress->done() * m_bar->maximum() / total));
     });
-    connect(&m_task, &BackgroundTask::failed, this, [this] { showMessage(wording::reasonText(FileError::Kind::Other)); });
+    connect(&m_task, &BackgroundTask::failed, this, [this] {
+        showMessage(wording::reasonText(FileError::Kind::Other));
+    });
     findCandidates();
 }
 
@@ -123,7 +125,8 @@ void EncodingDialog::findCandidates()
 void EncodingDialog::showCandidates(const tl::expected<std::vector<Candidate>, FileError> &found)
 {
     if (!found || found->empty()) {
-        showMessage(found ? wording::text(u"dialog.encodingNone"_s) : wording::reasonText(found.error().kind));
+        showMessage(found ? wording::text(u"dialog.encodingNone"_s)
+                          : wording::reasonText(found.error().kind));
         return;
     }
     m_candidates = *found;

@@ -351,8 +351,7 @@ private:
             reject(Kind::Conflict, u"--check, --output"_s);
         if (m_options.json + m_options.diff + m_options.names > 1)
             reject(Kind::Conflict, u"--json, --diff, -l"_s);
-        if (m_options.outputFile == "-" &&
-            (m_options.json || m_options.diff || m_options.names))
+        if (m_options.outputFile == "-" && (m_options.json || m_options.diff || m_options.names))
             reject(Kind::Conflict, u"-o -, --json, --diff, -l"_s);
     }
 

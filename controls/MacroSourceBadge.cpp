@@ -1,13 +1,11 @@
 #include "controls/MacroSourceBadge.h"
 
 #include "controls/SidebarDelegate.h"
-#include "wording/WordingLookup.h"
+#include "wording/SourceLabel.h"
 
 #include <QPainter>
 
 namespace penwick {
-
-using namespace Qt::StringLiterals;
 
 MacroSourceBadge::MacroSourceBadge(QWidget *parent)
     : QWidget(parent)
@@ -17,13 +15,7 @@ MacroSourceBadge::MacroSourceBadge(QWidget *parent)
 
 QString MacroSourceBadge::sourceLabel(const QString &source)
 {
-    if (source == u"builtin"_s)
-        return wording::text(u"macro.sourceBuiltin"_s);
-    if (source == u"user"_s)
-        return wording::text(u"macro.sourceUser"_s);
-    if (source == u"imported"_s)
-        return wording::text(u"macro.sourceImported"_s);
-    return {};
+    return wording::sourceLabel(source);
 }
 
 void MacroSourceBadge::setSource(const QString &source)

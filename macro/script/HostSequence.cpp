@@ -58,9 +58,8 @@ ScriptOutcome HostSequence::run(const ScriptRequest &request,
     return outcome;
 }
 
-ScriptOutcome HostSequence::runOnce(const ScriptRequest &request,
-                                    const ScriptLogSink &log,
-                                    ScriptWaiter *waiter)
+ScriptOutcome
+HostSequence::runOnce(const ScriptRequest &request, const ScriptLogSink &log, ScriptWaiter *waiter)
 {
     prepare();
     if (!m_host)

@@ -36,9 +36,8 @@ public:
                                     const std::function<void()> &onRestart = {});
 
 private:
-    [[nodiscard]] ScriptOutcome runOnce(const ScriptRequest &request,
-                                        const ScriptLogSink &log,
-                                        ScriptWaiter *waiter);
+    [[nodiscard]] ScriptOutcome
+    runOnce(const ScriptRequest &request, const ScriptLogSink &log, ScriptWaiter *waiter);
 
     HostProcess::Settings m_settings;
     std::optional<HostConnection> m_host;

@@ -74,7 +74,7 @@ struct ScriptError
     QString text; ///< The exception's string conversion; empty with every other code.
     int line = 0; ///< Line of the source, 1-based; 0 when unknown.
     HostEnding ending =
-        {}; ///< With `HostEnded` and `OutOfMemory`; with `Stopped` its denied calls.
+        {};         ///< With `HostEnded` and `OutOfMemory`; with `Stopped` its denied calls.
     int column = 0; ///< In the line, in UTF-16 code units, 1-based; 0 when unknown.
 
     bool operator==(const ScriptError &) const = default;

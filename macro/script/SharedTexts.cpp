@@ -87,8 +87,7 @@ void SharedTexts::startOver()
 std::optional<QString> SharedTexts::mapped(qint64 start, qsizetype length) const
 {
     const auto size = static_cast<std::size_t>(length * kUnit);
-    void *memory =
-        mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, m_descriptor, start);
+    void *memory = mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, m_descriptor, start);
     if (memory == MAP_FAILED)
         return std::nullopt;
     m_mappings.push_back({memory, size});

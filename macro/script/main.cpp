@@ -48,9 +48,7 @@ void startThread()
 }
 
 // Runs the script of a request. The next one gets an engine of its own.
-void serveRequest(penwick::HostChannel &channel,
-                  const penwick::ScriptRequest &request,
-                  bool isLast)
+void serveRequest(penwick::HostChannel &channel, const penwick::ScriptRequest &request, bool isLast)
 {
     const auto log = [&channel](const QString &line) {
         // The editor is gone, so the script is no longer needed.

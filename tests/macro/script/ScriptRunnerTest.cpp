@@ -410,9 +410,7 @@ void ScriptRunnerTest::exception_line_isTheEnginesOne()
 
 void ScriptRunnerTest::exception_column_isTheEnginesOne()
 {
-    const auto columnOf = [](const QString &source) {
-        return run(source).outcome.error().column;
-    };
+    const auto columnOf = [](const QString &source) { return run(source).outcome.error().column; };
     QVERIFY(columnOf(u"missing()"_s) > 0);
     QCOMPARE(columnOf(u"/* some */ missing()"_s) - columnOf(u"missing()"_s), 11);
     QCOMPARE(columnOf(u"\n\nmissing()"_s), columnOf(u"missing()"_s));
