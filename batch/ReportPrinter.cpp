@@ -66,6 +66,18 @@ QString statusName(Status status)
     return u"unchanged"_s;
 }
 
+QString statusKey(Status status)
+{
+    switch (status) {
+    case Status::Changed:
+        return u"batch.status.changed"_s;
+    case Status::Skipped:
+        return u"batch.status.skipped"_s;
+    default:
+        return u"batch.status.unchanged"_s;
+    }
+}
+
 /// The name for messages.
 QString shownName(const BatchInput &input)
 {
@@ -200,11 +212,10 @@ void ReportPrinter::printMessages(const FileReport &report) const
     if (report.failure && report.status == Status::Failed)
         writeErrorLine(name + u": "_s + messageOf(*report.failure));
     if (m_options.verbosity == Verbosity::Verbose && report.status != Status::Failed) {
-        const QString key = u"batch.status."_s + statusName(report.status);
         writeErrorLine(
             wording::text(u"batch.fileDone"_s,
                           {name,
-                           wording::text(key),
+                           wording::text(statusKey(report.status)),
                            QString::number(report.edits),
                            QString::number(milliseconds(report.times.total()), 'f', 1)}));
     }

@@ -33,7 +33,7 @@ constexpr TextRow kTexts[] = {
     {u"batch.help.sources", u"保存されたマクロ、.js か .json、コード"},
     {u"batch.help.standardInputName", u"標準入力のファイル名"},
     {u"batch.help.status", u"終了ステータス: 0 成功、1 --check か --strict が見つけた、2 誤り、130 中断"},
-    {u"batch.help.strict", u"警告とエラーの通知を、終了ステータス 1 にする"},
+    {u"batch.help.strict", u"警告とエラーの通知で、終了ステータス 1 に"},
     {u"batch.invalidArgument", u"値が正しくありません"},
     {u"batch.missingArgument", u"値がありません"},
     {u"batch.needsInput", u"このマクロには文字列が必要です。--input で指定してください"},
