@@ -13,6 +13,34 @@ namespace {
 
 constexpr char16_t kReplacement = u'\uFFFD';
 
+/// Returns the length of the ASCII stretch at the start of `units`.
+std::size_t asciiPrefix(std::u16string_view units)
+{
+    constexpr std::size_t kBlock = 32;
+    std::size_t i = 0;
+    while (i + kBlock <= units.size()) {
+        char16_t all = 0; // No early exit inside a block, so that the compiler can vectorize it.
+        for (const char16_t unit : units.substr(i, kBlock))
+            all = static_cast<char16_t>(all | unit);
+        if (all >= 0x80)
+            break;
+        i += kBlock;
+    }
+    while (i < units.size() && units[i] < 0x80)
+        ++i;
+    return i;
+}
+
+TextNodePtr makeAsciiLeaf(std::string_view run)
+{
+    return TextNode::makeAsciiLeaf(run);
+}
+
+TextNodePtr makeAsciiLeaf(std::u16string_view run)
+{
+    return TextNode::makeLeaf(run);
+}
+
 } // namespace
 
 /// Returns the best index at which to cut a chunk off the pending text: the last possible one
@@ -108,31 +136,35 @@ void TextBuilder::flushHighSurrogate()
     pushOther({&kReplacement, 1});
 }
 
-void TextBuilder::appendAscii(std::string_view characters)
+template <typename Unit> void TextBuilder::pushAsciiRun(std::basic_string_view<Unit> run)
 {
-    flushHighSurrogate();
     constexpr auto kLeaf = static_cast<std::size_t>(TextNode::kLeafUnits);
     std::size_t i = 0;
-    while (i < characters.size()) {
+    while (i < run.size()) {
         // Cut whole chunks of a long ASCII stretch directly, without the pending text.
-        if (m_pending.empty() && characters.size() - i > kLeaf) {
-            const bool cutsPair =
-                characters[i + kLeaf - 1] == '\r' && characters[i + kLeaf] == '\n';
+        if (m_pending.empty() && run.size() - i > kLeaf) {
+            const bool cutsPair = run[i + kLeaf - 1] == '\r' && run[i + kLeaf] == '\n';
             const std::size_t length = cutsPair ? kLeaf - 1 : kLeaf;
-            m_leaves.push_back(TextNode::makeAsciiLeaf(characters.substr(i, length)));
+            m_leaves.push_back(makeAsciiLeaf(run.substr(i, length)));
             i += length;
             continue;
         }
-        const bool startsChunk = m_pendingIsAscii && characters.size() - i > kLeaf &&
+        const bool startsChunk = m_pendingIsAscii && run.size() - i > kLeaf &&
                                  m_pending.size() >= kAsciiRunUnits &&
-                                 !(m_pending.back() == u'\r' && characters[i] == '\n');
+                                 !(m_pending.back() == u'\r' && run[i] == '\n');
         if (startsChunk) {
             sealPending(m_pending.size());
             continue;
         }
-        pushAscii(static_cast<char16_t>(static_cast<unsigned char>(characters[i])));
+        pushAscii(static_cast<char16_t>(run[i]));
         ++i;
     }
+}
+
+void TextBuilder::appendAscii(std::string_view characters)
+{
+    flushHighSurrogate();
+    pushAsciiRun(characters);
 }
 
 void TextBuilder::appendUtf16(std::u16string_view units)
@@ -147,8 +179,9 @@ void TextBuilder::appendUtf16(std::u16string_view units)
         }
         flushHighSurrogate();
         if (unit < 0x80) {
-            pushAscii(unit);
-            ++i;
+            const std::size_t length = asciiPrefix(units.substr(i));
+            pushAsciiRun(units.substr(i, length));
+            i += length;
             continue;
         }
         std::size_t end = i + 1;

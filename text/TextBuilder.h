@@ -30,6 +30,7 @@ public:
     [[nodiscard]] TextNodePtr finishNode();
 
 private:
+    template <typename Unit> void pushAsciiRun(std::basic_string_view<Unit> run);
     void pushAscii(char16_t unit);
     void pushOther(std::u16string_view units);
     void sealAsciiPart();

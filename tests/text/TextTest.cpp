@@ -24,6 +24,7 @@ private Q_SLOTS:
     void offsetAfterBreaks_countsEachKind();
     void hugeCluster_staysOneCluster();
     void markTypedAtChunkEdge_joinsTheLastCharacter();
+    void asciiWithCrLfAtChunkEdge_hasTheMetricsOfItsBytes();
     void deletionJoiningCrAndLf_makesOnePair();
     void mixedText_equalsItselfBuiltInPieces();
     void manyLines_areFoundByNumber();
@@ -149,6 +150,19 @@ void TextTest::markTypedAtChunkEdge_joinsTheLastCharacter()
         const Text text = Text{QStringView(plain)}.replaced(offset, 0, Text(u"\u0301"));
         QCOMPARE(text.metrics().clusters, 20'000);
         QCOMPARE(text.previousClusterBoundary(offset + 1), offset - 1);
+    }
+}
+
+void TextTest::asciiWithCrLfAtChunkEdge_hasTheMetricsOfItsBytes()
+{
+    for (const qsizetype length : {100, 1100, 4094, 4095, 4096, 8190, 8191, 8192, 12'287}) {
+        for (const QString &before : {QString(), u"日"_s, u"a\r"_s, QString(2000, u'a')}) {
+            const QString model = before + QString(length, u'x') + u"\r\n"_s + QString(6000, u'\n');
+            const Text text{QStringView(model)};
+            QCOMPARE(text.toString(), model);
+            QCOMPARE(text.metrics(), Text::fromUtf8(model.toUtf8())->metrics());
+            QCOMPARE(text.metrics().crLfPairs, 1);
+        }
     }
 }
 
