@@ -1,5 +1,7 @@
 #include "macro/engine/LineEdits.h"
 
+#include "text/TextBuilder.h"
+
 #include <algorithm>
 
 namespace penwick {
@@ -9,6 +11,18 @@ namespace {
 qint64 lineCountOf(const Text &text)
 {
     return text.metrics().lineFeeds + 1;
+}
+
+Text joined(const QStringList &lines)
+{
+    TextBuilder builder;
+    for (const QString &line : lines) {
+        if (&line != &lines.front())
+            builder.appendAscii("\n");
+        builder.appendUtf16({reinterpret_cast<const char16_t *>(line.utf16()),
+                             static_cast<std::size_t>(line.size())});
+    }
+    return builder.finish();
 }
 
 // Returns the end of the line's content: before its line feed, or the end of the text.
@@ -34,7 +48,7 @@ std::optional<Text> textWithLinesReplaced(const Text &text, const ReplaceLines &
         else if (edit.startLine > 0)
             --start;
     }
-    return text.replaced(start, end - start, Text(edit.lines.join(u'\n')));
+    return text.replaced(start, end - start, joined(edit.lines));
 }
 
 qint64 offsetForLineColumn(qint64 line, qint64 column, const Text &text)

@@ -36,7 +36,8 @@ struct InsertAtCursor
 
 /// Replaces the lines from `startLine` up to but not including `endLine` with `lines`. Both are
 /// 0-based; only line feeds separate lines. The parser guarantees 0 <= startLine <= endLine, not
-/// that the text has these lines.
+/// that the text has these lines. An element of `lines` may hold several lines, with line feeds
+/// between them.
 struct ReplaceLines
 {
     qint64 startLine = 0;

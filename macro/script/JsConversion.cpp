@@ -2,6 +2,8 @@
 
 #include "macro/script/JsHandles.h"
 
+#include <algorithm>
+#include <numeric>
 #include <optional>
 #include <unordered_set>
 #include <utility>
@@ -17,7 +19,8 @@ struct OpenObject
 {
     JSObjectRef object;
     JsProtected protection;
-    JsNames names; // Null for a list.
+    JsNames names;        // Null for a list.
+    bool isMixed = false; // A list in which something follows a string that is no string.
     std::size_t size = 0;
     std::size_t next = 0;
 };
@@ -27,8 +30,12 @@ struct OpenObject
 class Converter final
 {
 public:
-    Converter(JSContextRef context, const ScriptLimits &limits, ScriptValueSink &sink)
+    Converter(JSContextRef context,
+              JsTextReader &reader,
+              const ScriptLimits &limits,
+              ScriptValueSink &sink)
         : m_context(context)
+        , m_reader(reader)
         , m_limits(limits)
         , m_sink(sink)
     {
@@ -71,7 +78,36 @@ private:
         JSValueRef exception = nullptr;
         JSValueRef value = JSObjectGetPropertyAtIndex(m_context, object.object, index, &exception);
         const bool gone = exception != nullptr || value == nullptr;
-        take(gone ? JSValueMakeNull(m_context) : value);
+        if (!gone && !object.isMixed && object.size - object.next >= kLeastTexts &&
+            JSValueIsString(m_context, value))
+            takeTexts(object, value);
+        else
+            take(gone ? JSValueMakeNull(m_context) : value);
+    }
+
+    // Takes `first`, which has been read, and the strings after it; then the element after them, if
+    // it was read too. Each is checked against the limits as if it were taken alone.
+    void takeTexts(OpenObject &list, JSValueRef first)
+    {
+        const std::size_t count = std::min(
+            {list.size - list.next + 1, m_limits.values - m_values, JsTextReader::kMostTexts});
+        if (count == 0)
+            return take(first);
+        const std::size_t units = (m_limits.bytes - m_bytes) / sizeof(JSChar);
+        const JsTextReader::Run run =
+            m_reader.read(list.object, first, list.next, count, std::min(units, kMostJoinedUnits));
+        if (!run.joined) { // The engine ran out of memory.
+            m_error = Code::ResultTooLarge;
+            return;
+        }
+        m_values += run.lengths.size();
+        list.next += run.lengths.size() - (run.next == nullptr ? 1 : 0);
+        if (!run.lengths.empty() && spendAll(run.lengths))
+            m_sink.texts(wellFormedView(run.joined.get()), run.lengths);
+        if (run.next == nullptr)
+            return;
+        list.isMixed = !JSValueIsString(m_context, run.next);
+        take(run.next);
     }
 
     void take(JSValueRef value)
@@ -182,10 +218,15 @@ private:
     [[nodiscard]] QStringView wellFormedView(JSStringRef string)
     {
         const QStringView units = viewOf(string);
-        if (units.isValidUtf16())
+        if (isWellFormed(units))
             return units;
         m_wellFormed = wellFormed(units);
         return m_wellFormed;
+    }
+
+    [[nodiscard]] bool spendAll(std::span<const quint32> lengths)
+    {
+        return spend(std::accumulate(lengths.begin(), lengths.end(), std::size_t{0}));
     }
 
     [[nodiscard]] bool spend(std::size_t units)
@@ -196,7 +237,13 @@ private:
         return !m_error;
     }
 
+    // Fewer elements are not worth a call of the reader.
+    static constexpr std::size_t kLeastTexts = 64;
+    // Bounds the copies of a run in memory.
+    static constexpr std::size_t kMostJoinedUnits = std::size_t{1} << 20;
+
     JSContextRef m_context;
+    JsTextReader &m_reader;
     const ScriptLimits &m_limits;
     ScriptValueSink &m_sink;
     QString m_wellFormed;
@@ -211,10 +258,11 @@ private:
 
 std::optional<ScriptError> convertJsValue(JSContextRef context,
                                           JSValueRef value,
+                                          JsTextReader &reader,
                                           const ScriptLimits &limits,
                                           ScriptValueSink &sink)
 {
-    return Converter(context, limits, sink).convert(value);
+    return Converter(context, reader, limits, sink).convert(value);
 }
 
 } // namespace penwick

@@ -174,6 +174,19 @@ tl::expected<std::optional<Message>, WireError> MessageReader::next()
     return tl::unexpected(*m_error);
 }
 
+std::vector<quint32> PayloadReader::getNumbers(std::size_t count)
+{
+    const auto size = static_cast<qsizetype>(count * sizeof(quint32));
+    if (size > m_rest.size()) {
+        fail(WireError::Truncated);
+        return {};
+    }
+    std::vector<quint32> numbers(count);
+    std::memcpy(numbers.data(), m_rest.data(), count * sizeof(quint32));
+    m_rest = m_rest.sliced(size);
+    return numbers;
+}
+
 void PayloadReader::fail(WireError error)
 {
     if (!m_error)

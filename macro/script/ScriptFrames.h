@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <vector>
+
 namespace penwick {
 
 class ScriptSource;
@@ -135,6 +137,9 @@ public:
     [[nodiscard]] QString getText();
     /// The same; nothing for what `FrameWriter::putNoText` wrote.
     [[nodiscard]] std::optional<QString> getOptionalText();
+
+    /// Numbers without a length before them. Empty after an error, also when there are too few.
+    [[nodiscard]] std::vector<quint32> getNumbers(std::size_t count);
 
     void fail(WireError error);
 

@@ -137,6 +137,7 @@ void evaluateScript(const ScriptRequest &request,
     if (!context)
         return sink.done(ScriptError{ScriptError::Code::EngineUnavailable, {}});
 
+    JsTextReader reader(context.get());
     installConsole(context.get(), log);
     if (request.userInput)
         installUserInput(context.get(), *request.userInput);
@@ -149,7 +150,7 @@ void evaluateScript(const ScriptRequest &request,
         return sink.done(takeException(context.get(), exception, sink.value));
     if (value == nullptr)
         value = JSValueMakeNull(context.get());
-    sink.done(convertJsValue(context.get(), value, limits, sink.value));
+    sink.done(convertJsValue(context.get(), value, reader, limits, sink.value));
 }
 
 QString engineName()

@@ -13,7 +13,9 @@ namespace penwick {
 /// itself, `console.log` and `userInput`. There is no time limit.
 ///
 /// In the value, undefined is dropped from objects and becomes null in lists; a getter that throws
-/// counts as undefined; `toJSON` is not called. Typed arrays are empty objects.
+/// counts as undefined; `toJSON` is not called. Typed arrays are empty objects. Elements are read
+/// once and in order; promise jobs that a getter of a list starts may run after further elements
+/// have been read.
 [[nodiscard]] ScriptOutcome
 runScript(const ScriptRequest &request, const ScriptLogSink &log, const ScriptLimits &limits = {});
 

@@ -21,6 +21,11 @@ ScriptValue::ScriptValue(QString value)
 {
 }
 
+ScriptValue::ScriptValue(ScriptTexts value)
+    : m_value(std::move(value))
+{
+}
+
 ScriptValue::ScriptValue(List value)
     : m_value(std::move(value))
 {
@@ -63,6 +68,11 @@ const QString *ScriptValue::string() const
     return std::get_if<QString>(&m_value);
 }
 
+const ScriptTexts *ScriptValue::texts() const
+{
+    return std::get_if<ScriptTexts>(&m_value);
+}
+
 const ScriptValue::List *ScriptValue::list() const
 {
     return std::get_if<List>(&m_value);
@@ -100,10 +110,31 @@ bool ScriptValue::operator==(const ScriptValue &other) const
     return m_value == other.m_value;
 }
 
+bool isWellFormed(QStringView utf16)
+{
+    constexpr qsizetype kBlock = 256;
+    const char16_t *units = utf16.utf16();
+    qsizetype start = 0;
+    while (start < utf16.size()) {
+        qsizetype end = std::min(start + kBlock, utf16.size());
+        char16_t surrogates = 0; // A number and no early exit, so that the compiler can vectorize.
+        for (qsizetype i = start; i < end; ++i)
+            surrogates |= static_cast<char16_t>((units[i] & 0xF800) == 0xD800);
+        if (surrogates != 0) {
+            if (end < utf16.size() && utf16[end - 1].isHighSurrogate())
+                ++end; // Do not divide a pair.
+            if (!utf16.sliced(start, end - start).isValidUtf16())
+                return false;
+        }
+        start = end;
+    }
+    return true;
+}
+
 QString wellFormed(QStringView utf16)
 {
     QString result(utf16.data(), utf16.size());
-    if (utf16.isValidUtf16())
+    if (isWellFormed(utf16))
         return result;
     QChar *units = result.data();
     const qsizetype size = result.size();

@@ -11,6 +11,16 @@ namespace penwick {
 
 struct ScriptMember;
 
+/// Several strings of a list in one piece: a list of a document's lines has too many elements to
+/// handle each on its own.
+struct ScriptTexts
+{
+    QString joined;               ///< With U+000A between each two strings.
+    std::vector<quint32> lengths; ///< Of the strings, in UTF-16 code units; at least one.
+
+    bool operator==(const ScriptTexts &) const = default;
+};
+
 /// A value that a script returned, independent of the engine that made it: a tree of plain values.
 ///
 /// Strings hold no lone surrogates. Values without a plain form (symbols, big integers, dates, a
@@ -19,6 +29,8 @@ struct ScriptMember;
 class ScriptValue final
 {
 public:
+    /// Each element is a value or, in values that come from a script host, a `texts`, which stands
+    /// for as many elements as it has strings.
     using List = std::vector<ScriptValue>;
     /// In the order in which the script's object lists its keys.
     using Map = std::vector<ScriptMember>;
@@ -28,6 +40,7 @@ public:
     explicit ScriptValue(bool value);
     explicit ScriptValue(double value);
     explicit ScriptValue(QString value);
+    explicit ScriptValue(ScriptTexts value);
     explicit ScriptValue(List value);
     explicit ScriptValue(Map value);
     [[nodiscard]] static ScriptValue other();
@@ -40,6 +53,7 @@ public:
     [[nodiscard]] const bool *boolean() const;
     [[nodiscard]] const double *number() const;
     [[nodiscard]] const QString *string() const;
+    [[nodiscard]] const ScriptTexts *texts() const; ///< Only elements of a list are of this kind.
     [[nodiscard]] const List *list() const;
     [[nodiscard]] const Map *map() const;
 
@@ -62,7 +76,7 @@ private:
         bool operator==(const OtherKind &) const = default;
     };
 
-    std::variant<Null, bool, double, QString, List, Map, OtherKind> m_value;
+    std::variant<Null, bool, double, QString, ScriptTexts, List, Map, OtherKind> m_value;
 };
 
 /// One key of a map and its value.
@@ -73,6 +87,9 @@ struct ScriptMember
 
     bool operator==(const ScriptMember &) const = default;
 };
+
+/// True when the text holds no lone surrogate. Faster than `QStringView::isValidUtf16`.
+[[nodiscard]] bool isWellFormed(QStringView utf16);
 
 /// Returns a copy with U+FFFD in place of each lone surrogate.
 [[nodiscard]] QString wellFormed(QStringView utf16);

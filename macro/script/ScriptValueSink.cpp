@@ -4,6 +4,15 @@
 
 namespace penwick {
 
+void ScriptValueSink::texts(QStringView joined, std::span<const quint32> lengths)
+{
+    qsizetype start = 0;
+    for (const quint32 length : lengths) {
+        text(joined.sliced(start, length));
+        start += qsizetype{length} + 1;
+    }
+}
+
 void ScriptValueBuilder::beginList()
 {
     m_open.emplace_back();

@@ -2,6 +2,7 @@
 
 #include "macro/script/ScriptValue.h"
 
+#include <span>
 #include <vector>
 
 namespace penwick {
@@ -22,6 +23,8 @@ public:
     virtual void boolean(bool value) = 0;
     virtual void number(double value) = 0;
     virtual void text(QStringView value) = 0;
+    /// Several elements of a list, as in `ScriptTexts`. Unless overridden, passes each to `text`.
+    virtual void texts(QStringView joined, std::span<const quint32> lengths);
     virtual void beginList() = 0;
     virtual void beginMap() = 0;
     virtual void key(QStringView key) = 0;
@@ -45,6 +48,9 @@ public:
 
     /// The same without a copy.
     void ownText(QString value) { put(ScriptValue(std::move(value))); }
+
+    /// Adds the strings as one element, which `texts` does not.
+    void ownTexts(ScriptTexts value) { put(ScriptValue(std::move(value))); }
 
     void beginList() override;
     void beginMap() override;

@@ -6,12 +6,13 @@ namespace penwick {
 
 namespace {
 
-// A list ends with `End`, a map with "no text" in place of a key.
-enum class Tag : quint8 { Null, False, True, Number, Text, List, Map, Other, End };
+// A list ends with `End`, a map with "no text" in place of a key. `Texts` stands for several
+// elements of a list: their number and lengths follow, then their text as in `ScriptTexts`.
+enum class Tag : quint8 { Null, False, True, Number, Text, List, Map, Other, End, Texts };
 
 // Changes with the encoding of any message: after an update, the host may be newer than a running
 // editor.
-constexpr quint8 kProtocolVersion = 5;
+constexpr quint8 kProtocolVersion = 6;
 constexpr quint8 kMemoryLimit = 1;
 constexpr quint8 kSystemCallFilter = 2;
 constexpr quint8 kFileAccessRules = 4;
@@ -44,8 +45,40 @@ private:
         const auto tag = m_reader.get<Tag>();
         if (tag == Tag::End)
             m_builder.end();
+        else if (tag == Tag::Texts)
+            readTexts();
         else
             readValue(tag);
+    }
+
+    void readTexts()
+    {
+        const auto count = m_reader.get<quint32>();
+        if (count == 0)
+            return m_reader.fail(WireError::UnknownTag);
+        if (count > m_limits.values - m_values)
+            return m_reader.fail(WireError::TooManyValues);
+        m_values += count;
+        ScriptTexts texts{{}, m_reader.getNumbers(count)};
+        texts.joined = m_reader.getText();
+        if (m_reader.error())
+            return;
+        if (!areLengthsOf(texts))
+            return m_reader.fail(WireError::UnknownTag);
+        check(texts.joined, texts.joined.size() - qsizetype{count} + 1);
+        m_builder.ownTexts(std::move(texts));
+    }
+
+    // True when the strings and a line feed between each two make up the joined text.
+    [[nodiscard]] static bool areLengthsOf(const ScriptTexts &texts)
+    {
+        qsizetype end = -1;
+        for (const quint32 length : texts.lengths) {
+            if (end >= 0 && (end >= texts.joined.size() || texts.joined.at(end) != u'\n'))
+                return false;
+            end += 1 + qsizetype{length};
+        }
+        return end == texts.joined.size();
     }
 
     void readMember()
@@ -80,6 +113,7 @@ private:
         case Tag::Other:
             return m_builder.other();
         case Tag::End:
+        case Tag::Texts:
             break;
         }
         m_reader.fail(WireError::UnknownTag);
@@ -92,12 +126,14 @@ private:
         m_builder.ownText(std::move(text));
     }
 
-    void check(const QString &text)
+    void check(const QString &text) { check(text, text.size()); }
+
+    void check(const QString &text, qsizetype units)
     {
-        m_bytes += static_cast<std::size_t>(text.size()) * sizeof(char16_t);
+        m_bytes += static_cast<std::size_t>(units) * sizeof(char16_t);
         if (m_bytes > m_limits.bytes)
             m_reader.fail(WireError::TooManyBytes);
-        else if (!text.isValidUtf16())
+        else if (!isWellFormed(text))
             m_reader.fail(WireError::MalformedText);
     }
 
@@ -132,7 +168,7 @@ tl::expected<ScriptOutcome, WireError> decodeFailure(QByteArrayView payload,
     if (code > static_cast<quint8>(ScriptError::Code::ResultTooDeep) || error.line < 0 ||
         error.column < 0)
         return tl::unexpected(WireError::UnknownTag);
-    if (!error.text.isValidUtf16())
+    if (!isWellFormed(error.text))
         return tl::unexpected(WireError::MalformedText);
     return ScriptOutcome(tl::unexpect, std::move(error));
 }
@@ -152,7 +188,7 @@ tl::expected<QString, WireError> decodeText(QByteArrayView payload)
     QString text = reader.getText();
     if (const auto error = reader.errorAtEnd())
         return tl::unexpected(*error);
-    if (!text.isValidUtf16())
+    if (!isWellFormed(text))
         return tl::unexpected(WireError::MalformedText);
     return text;
 }
@@ -238,6 +274,14 @@ void OutcomeSender::text(QStringView value)
 {
     m_writer.put(Tag::Text);
     m_writer.putText(value);
+}
+
+void OutcomeSender::texts(QStringView joined, std::span<const quint32> lengths)
+{
+    m_writer.put(Tag::Texts);
+    m_writer.put(static_cast<quint32>(lengths.size()));
+    m_writer.putBytes(lengths.data(), lengths.size_bytes());
+    m_writer.putText(joined);
 }
 
 void OutcomeSender::beginList()

@@ -46,6 +46,7 @@ public:
     void boolean(bool value) override;
     void number(double value) override;
     void text(QStringView value) override;
+    void texts(QStringView joined, std::span<const quint32> lengths) override;
     void beginList() override;
     void beginMap() override;
     void key(QStringView key) override;

@@ -57,6 +57,8 @@ struct Extent
         ++values;
         if (const QString *text = value.string())
             addText(*text);
+        if (const ScriptTexts *texts = value.texts())
+            addTexts(*texts);
         if (value.list() == nullptr && value.map() == nullptr)
             return;
         depth = std::max(depth, level);
@@ -69,6 +71,18 @@ struct Extent
                 add(member.value, level + 1);
             }
         }
+    }
+
+    void addTexts(const ScriptTexts &texts)
+    {
+        values += texts.lengths.size() - 1;
+        qsizetype start = 0;
+        for (const quint32 length : texts.lengths) {
+            REQUIRE(start == 0 || texts.joined.at(start - 1) == u'\n');
+            addText(texts.joined.sliced(start, length));
+            start += qsizetype{length} + 1;
+        }
+        REQUIRE(start == texts.joined.size() + 1);
     }
 
     void addText(const QString &text)

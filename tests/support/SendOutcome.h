@@ -13,6 +13,8 @@ inline void describe(const ScriptValue &value, ScriptValueSink &sink)
         sink.number(*number);
     } else if (const QString *text = value.string()) {
         sink.text(*text);
+    } else if (const ScriptTexts *texts = value.texts()) {
+        sink.texts(texts->joined, texts->lengths);
     } else if (value.isNull()) {
         sink.null();
     } else if (value.isOther()) {

@@ -1,7 +1,11 @@
 #include "macro/script/ScriptRunner.h"
 
+#include <QRandomGenerator>
 #include <QStringList>
 #include <QTest>
+
+#include <utility>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -56,10 +60,15 @@ private Q_SLOTS:
     void value_cycle_ends();
     void value_objectReachedTwice_isCopiedTwice();
     void value_manyLines_arriveInOrder();
+    void value_longLists_equalTheirElements();
+    void value_longList_isReadOnceAndInOrder();
+    void value_replacedBuiltIns_doNotReachLists();
     void value_collectedWhileConverting_survives();
     void value_proxyWithThrowingTraps_losesNothingElse();
     void value_longerThanLimits_fails_data();
     void value_longerThanLimits_fails();
+    void value_longListBeyondLimits_fails_data();
+    void value_longListBeyondLimits_fails();
     void value_asDeepAsAllowed_canBeCopiedAndDropped();
     void exception_text_isTheEnginesConversion_data();
     void exception_text_isTheEnginesConversion();
@@ -195,6 +204,100 @@ void ScriptRunnerTest::value_manyLines_arriveInOrder()
         QCOMPARE(list->at(i), ScriptValue(u"line "_s + QString::number(i)));
 }
 
+// Lists of all lengths around those at which they are read in runs, with elements of all kinds.
+void ScriptRunnerTest::value_longLists_equalTheirElements()
+{
+    const std::vector<std::pair<QString, ScriptValue>> kinds{
+        {u"'x'"_s, ScriptValue(u"x"_s)},
+        {u"''"_s, ScriptValue(u""_s)},
+        {u"'a\\n\\nb'"_s, ScriptValue(u"a\n\nb"_s)},
+        {u"'\\uD83D'"_s, ScriptValue(u"\uFFFD"_s)},
+        {u"'\\uDE00日本😀'"_s, ScriptValue(u"\uFFFD日本😀"_s)},
+        {u"'ab'.repeat(600000)"_s, ScriptValue(u"ab"_s.repeated(600000))},
+        {u"7"_s, ScriptValue(7.0)},
+        {u""_s, ScriptValue()},
+        {u"Symbol()"_s, ScriptValue::other()},
+        {u"new String('')"_s, ScriptValue(ScriptValue::Map{})},
+        {u"['y']"_s, ScriptValue(ScriptValue::List{ScriptValue(u"y"_s)})},
+    };
+    QRandomGenerator random(7);
+    for (int round = 0; round < 150; ++round) {
+        // Some lists hold only short strings, some hardly anything else.
+        const auto rare = random.bounded(4) * 20;
+        QString source = u"["_s;
+        ScriptValue::List expected;
+        const int size = random.bounded(40, 300);
+        for (int i = 0; i < size; ++i) {
+            const bool isRare = rare > 0 && random.bounded(rare) == 0;
+            const int last = isRare ? static_cast<int>(kinds.size()) : 5;
+            const auto &kind = kinds[static_cast<std::size_t>(random.bounded(last))];
+            source += kind.first + u',';
+            expected.push_back(kind.second);
+        }
+        QVERIFY2(run(source + u']').outcome == ScriptValue(expected), qPrintable(source));
+    }
+}
+
+void ScriptRunnerTest::value_longList_isReadOnceAndInOrder()
+{
+    const Ran ran =
+        run(u"const list = [];"
+            "for (let i = 0; i < 300; ++i)"
+            "  Object.defineProperty(list, i, {get() {"
+            "    console.log(i);"
+            "    if (i % 90 === 89) throw 1;"
+            "    return i % 100 === 99 ? i : 'x' + i; }});"
+            "delete list[200];" // Not configurable, so it stays.
+            "list.length = 302;"
+            "Object.setPrototypeOf(list, new Proxy(Array.prototype, {"
+            "  get(_, key) { console.log('proxy ' + String(key)); return 'p' + key; }}));"
+            "list"_s);
+    QStringList log;
+    ScriptValue::List expected;
+    for (int i = 0; i < 300; ++i) {
+        log << QString::number(i);
+        expected.push_back(i % 90 == 89    ? ScriptValue()
+                           : i % 100 == 99 ? ScriptValue(double(i))
+                                           : ScriptValue(u"x"_s + QString::number(i)));
+    }
+    for (const QString &hole : {u"300"_s, u"301"_s}) {
+        log << u"proxy "_s + hole;
+        expected.push_back(ScriptValue(u"p"_s + hole));
+    }
+    QCOMPARE(ran.log, log);
+    QVERIFY(ran.outcome == ScriptValue(expected));
+}
+
+void ScriptRunnerTest::value_replacedBuiltIns_doNotReachLists()
+{
+    const Ran ran = run(
+        u"let isRead = false;"
+        "const log = console.log, define = Object.defineProperty;"
+        "const tell = text => { if (isRead) log(text); };"
+        "const list = Array.from({length: 300}, (_, i) => '' + i);"
+        "const typed = Object.getPrototypeOf(Uint32Array.prototype);"
+        "const spies = [];"
+        "for (const [name, object] of [['string', String.prototype],"
+        "    ['number', Number.prototype], ['typed', typed], ['lengths', Uint32Array.prototype],"
+        "    ['list', Array.prototype], ['function', Function.prototype],"
+        "    ['object', Object.prototype], ['global', globalThis]])"
+        "  for (const key of [...Reflect.ownKeys(object), 0, 1, 2, 300, 'length', 'caller']) {"
+        "    const spied = name + ' ' + String(key);"
+        "    spies.push([object, key, {configurable: true, enumerable: false,"
+        "      get() { tell('get ' + spied); }, set() { tell('set ' + spied); }}]); }"
+        "for (let i = 0, end = spies.length; i < end; ++i)"
+        "  try { define(spies[i][0], spies[i][1], spies[i][2]); } catch {}"
+        "isRead = true;"
+        "list"_s);
+    QVERIFY2(ran.outcome.has_value(),
+             qPrintable(ran.outcome ? QString() : ran.outcome.error().text));
+    ScriptValue::List expected;
+    for (int i = 0; i < 300; ++i)
+        expected.push_back(ScriptValue(QString::number(i)));
+    QVERIFY(ran.outcome == ScriptValue(expected));
+    QCOMPARE(ran.log, QStringList());
+}
+
 // Each getter returns objects without other references, and leaves so much garbage that the engine
 // collects during the conversion.
 void ScriptRunnerTest::value_collectedWhileConverting_survives()
@@ -245,6 +348,38 @@ void ScriptRunnerTest::value_longerThanLimits_fails_data()
     QTest::newRow("key too long") << u"var o = {}; o['k'.repeat(51)] = 1; o"_s << tooLarge;
     QTest::newRow("three levels") << u"[[[1]]]"_s << fits;
     QTest::newRow("four levels") << u"[[[[1]]]]"_s << tooDeep;
+}
+
+void ScriptRunnerTest::value_longListBeyondLimits_fails_data()
+{
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<int>("code");
+
+    const int fits = -1;
+    const int tooMany = static_cast<int>(ScriptError::Code::ResultTooManyValues);
+    const int tooLarge = static_cast<int>(ScriptError::Code::ResultTooLarge);
+    QTest::newRow("full") << u"new Array(100).fill('xxxxx')"_s << fits;
+    QTest::newRow("a unit too long")
+        << u"a = new Array(100).fill('xxxxx'); a[99] += 'x'; a"_s << tooLarge;
+    QTest::newRow("long in the middle")
+        << u"a = new Array(100).fill(''); a[50] = 'x'.repeat(501); a"_s << tooLarge;
+    QTest::newRow("a list inside takes the rest")
+        << u"a = new Array(100).fill('x'); a[99] = []; a"_s << fits;
+    QTest::newRow("a list inside takes more")
+        << u"a = new Array(100).fill('x'); a[1] = [1]; a"_s << tooMany;
+    QTest::newRow("no value left")
+        << u"a = new Array(99).fill('x'); a[0] = ['x']; a[1] = {get a() { return 'x'; }}; a"_s
+        << tooMany;
+}
+
+void ScriptRunnerTest::value_longListBeyondLimits_fails()
+{
+    QFETCH(QString, source);
+    QFETCH(int, code);
+    const Ran ran = run(source, std::nullopt, limitsOf(101, 1000, 3));
+    QCOMPARE(ran.outcome.has_value(), code < 0);
+    if (!ran.outcome)
+        QCOMPARE(static_cast<int>(ran.outcome.error().code), code);
 }
 
 void ScriptRunnerTest::value_longerThanLimits_fails()

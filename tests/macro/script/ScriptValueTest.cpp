@@ -22,6 +22,7 @@ private Q_SLOTS:
     void member_missingKeyOrNoMap_isNull();
     void kinds_ofAFreshValue_isNull();
     void wellFormed_loneSurrogates_becomeReplacementCharacters();
+    void isWellFormed_surrogateAnywhere_isFound();
 };
 
 void ScriptValueTest::integer_wholeNumber_isTaken_data()
@@ -106,6 +107,25 @@ void ScriptValueTest::wellFormed_loneSurrogates_becomeReplacementCharacters()
     const QString repaired = wellFormed(QStringView(units, std::size(units)));
     const char16_t expected[] = {0xFFFD, u'a', 0xFFFD, 0xD83D, 0xDE00, 0, 0xFFFD};
     QCOMPARE(repaired, QStringView(expected, std::size(expected)).toString());
+}
+
+void ScriptValueTest::isWellFormed_surrogateAnywhere_isFound()
+{
+    for (qsizetype i = 0; i < 600; ++i) {
+        QString text(600, u'x');
+        text[i] = QChar(0xD83D);
+        QVERIFY(!isWellFormed(text));
+        QVERIFY(!isWellFormed(QStringView(text).first(i + 1)));
+        text[i] = QChar(0xDE00);
+        QVERIFY(!isWellFormed(text));
+        if (i == 0)
+            continue;
+        text[i - 1] = QChar(0xD83D);
+        QVERIFY(isWellFormed(text));
+        text[i - 1] = QChar(0xDE00);
+        QVERIFY(!isWellFormed(text));
+    }
+    QVERIFY(isWellFormed({}));
 }
 
 } // namespace penwick

@@ -74,6 +74,11 @@ std::optional<WireError> valueError(const QByteArray &payload, const ScriptLimit
     return outcome ? std::nullopt : std::optional(outcome.error());
 }
 
+ScriptValue texts(const QString &joined, std::vector<quint32> lengths)
+{
+    return ScriptValue(ScriptTexts{joined, std::move(lengths)});
+}
+
 QByteArray payloadOf(const ScriptValue &value)
 {
     return bytesOf(ScriptOutcome(value)).mid(kFrameHeaderSize);
@@ -109,7 +114,8 @@ void ScriptWireTest::outcome_anyKind_comesBack_data()
     const auto row = [](const char *name, ScriptOutcome outcome) {
         QTest::newRow(name) << std::move(outcome);
     };
-    row("null", ScriptValue());
+    const ScriptValue null;
+    row("null", null);
     row("other", ScriptValue::other());
     row("true", ScriptValue(true));
     row("false", ScriptValue(false));
@@ -120,6 +126,11 @@ void ScriptWireTest::outcome_anyKind_comesBack_data()
     row("text of several frames", ScriptValue(u"日本"_s.repeated(1000000)));
     row("narrow text of several frames", ScriptValue(u"\u00e9 "_s.repeated(2000000)));
     row("empty list", ScriptValue(List{}));
+    row("texts", ScriptValue(List{texts(u"a\n\n日"_s, {1, 0, 1}), null, texts(u""_s, {0})}));
+    row("texts with line feeds", ScriptValue(List{texts(u"\n\n\n\n"_s, {1, 2})}));
+    row("texts of several frames",
+        ScriptValue(
+            List{texts(u"日本\n"_s.repeated(600000).chopped(1), std::vector<quint32>(600000, 2))}));
     row("empty map", ScriptValue(Map{}));
     row("nested",
         ScriptValue(List{ScriptValue(Map{{u"日"_s, ScriptValue(List{ScriptValue()})},
@@ -239,6 +250,7 @@ void ScriptWireTest::payload_cutAnywhere_isAnError()
 {
     const QByteArray payload = payloadOf(ScriptValue(
         Map{{u"日本"_s, ScriptValue(List{ScriptValue(1.5), ScriptValue(u"text"_s), ScriptValue()})},
+            {u"c"_s, ScriptValue(List{texts(u"a\nb"_s, {1, 1})})},
             {u"b"_s, ScriptValue(true)}}));
     QVERIFY(!valueError(payload));
     for (qsizetype size = 0; size < payload.size(); ++size)
@@ -255,7 +267,7 @@ void ScriptWireTest::payload_broken_isAnError_data()
         QTest::newRow(name) << payload << static_cast<int>(error);
     };
     row("empty", {}, WireError::Truncated);
-    row("unknown tag", "\x09", WireError::UnknownTag);
+    row("unknown tag", "\x0a", WireError::UnknownTag);
     row("negative tag", "\xff", WireError::UnknownTag);
     row("end of nothing", "\x08", WireError::UnknownTag);
     row("unknown form of text", QByteArray("\x04\x04\0\0\0\0", 6), WireError::UnknownTag);
@@ -268,6 +280,30 @@ void ScriptWireTest::payload_broken_isAnError_data()
     row("list without its end", QByteArray("\x05\0", 2), WireError::Truncated);
     row("map without its end", QByteArray("\x06\x01\0\0\0\0\0", 7), WireError::Truncated);
     row("map ended like a list", QByteArray("\x06\x08", 2), WireError::Truncated);
+    const auto ofTexts = [](QByteArrayView rest) {
+        return QByteArray("\x05\x09") + rest.toByteArray() + '\x08';
+    };
+    const QByteArray twoOfOne("\x02\0\0\0\x01\0\0\0\x01\0\0\0", 12);
+    const QByteArray overflowing("\x02\0\0\0\xff\xff\xff\xff\xff\xff\xff\xff", 12);
+    const QByteArray three("\x01\x03\0\0\0", 5); // A text of three units follows.
+    row("texts, good", ofTexts(twoOfOne + three + "a\nb"), WireError::BadHeader);
+    row("no texts", ofTexts(QByteArray(4, '\0') + three + "a\nb"), WireError::UnknownTag);
+    row("texts without a line feed", ofTexts(twoOfOne + three + "a b"), WireError::UnknownTag);
+    row("texts that are shorter",
+        ofTexts(twoOfOne + QByteArray("\x01\x04\0\0\0a\nbc", 9)),
+        WireError::UnknownTag);
+    row("texts that are longer",
+        ofTexts(twoOfOne + QByteArray("\x01\x02\0\0\0a\n", 7)),
+        WireError::UnknownTag);
+    row("texts that are much longer", ofTexts(overflowing + three + "a\nb"), WireError::UnknownTag);
+    row("texts without their lengths", QByteArray("\x05\x09\xff\0\0\0", 6), WireError::Truncated);
+    row("a billion texts", QByteArray("\x05\x09\xff\xff\xff\x3f", 6), WireError::TooManyValues);
+    row("texts with a lone surrogate",
+        QByteArray("\x05\x09\x01\0\0\0\x01\0\0\0\x02\x01\0\0\0\x00\xd8\x08", 18),
+        WireError::MalformedText);
+    row("texts outside of a list",
+        QByteArray("\x09", 1) + twoOfOne + three + "a\nb",
+        WireError::UnknownTag);
     row("map without a value", QByteArray("\x06\x01\0\0\0\0\x08", 7), WireError::UnknownTag);
 }
 
@@ -295,6 +331,12 @@ void ScriptWireTest::value_beyondItsLimits_failsWithTheLimit()
              std::optional(WireError::TooManyValues));
     QCOMPARE(check(ScriptValue(Map{{u"key"_s, ScriptValue(u"ab"_s)}})), std::nullopt);
     QCOMPARE(check(ScriptValue(Map{{u"key"_s, ScriptValue(u"abc"_s)}})),
+             std::optional(WireError::TooManyBytes));
+    QCOMPARE(check(ScriptValue(List{texts(u"\n\n"_s, {0, 0, 0})})), std::nullopt);
+    QCOMPARE(check(ScriptValue(List{texts(u"\n\n\n"_s, {0, 0, 0, 0})})),
+             std::optional(WireError::TooManyValues));
+    QCOMPARE(check(ScriptValue(List{texts(u"ab\nabc"_s, {2, 3})})), std::nullopt);
+    QCOMPARE(check(ScriptValue(List{texts(u"abc\nabc"_s, {3, 3})})),
              std::optional(WireError::TooManyBytes));
     QCOMPARE(check(ScriptValue(List{ScriptValue(List{null})})), std::nullopt);
     QCOMPARE(check(ScriptValue(List{ScriptValue(List{ScriptValue(List{})})})),
