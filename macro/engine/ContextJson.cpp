@@ -1,8 +1,13 @@
 #include "macro/engine/ContextJson.h"
 
+#include "macro/script/ScriptHost.h"
+#include "macro/script/SharedTexts.h"
 #include "platform/json/JsonEscape.h"
 
 #include <array>
+#include <utility>
+
+using namespace Qt::StringLiterals;
 
 namespace penwick {
 
@@ -68,113 +73,64 @@ template <typename Unit> void appendEscaped(const Unit *units, qsizetype size, Q
     }
 }
 
-/// Counts the units that `PieceWriter` would pass on.
-struct Measure
+/// Appends to `out`. Texts of at least `kLongText` units go to `longTexts`, unless that is null.
+struct Writer
 {
-    qint64 length = 0;
+    QString out = {};
+    std::vector<Text> *longTexts = nullptr;
 
-    void literal(QLatin1StringView ascii) { length += ascii.size(); }
+    void operator()(bool value) { out += value ? "true"_L1 : "false"_L1; }
 
-    template <typename Unit> void chunk(const Unit *units, qsizetype size)
+    void operator()(qint64 value) { out += QString::number(value); }
+
+    void operator()(const QString &value)
     {
-        length += escapedLengthOf(units, size);
-    }
-};
-
-/// Writes into a buffer and passes it to `sink` whenever it holds at least `kPiece` units.
-struct PieceWriter
-{
-    const std::function<void(QStringView)> &sink;
-    QString buffer = {};
-
-    void literal(QLatin1StringView ascii)
-    {
-        buffer += ascii;
-        handOn(kPiece);
+        out += u'"';
+        appendEscaped(reinterpret_cast<const char16_t *>(value.utf16()), value.size(), out);
+        out += u'"';
     }
 
-    template <typename Unit> void chunk(const Unit *units, qsizetype size)
+    void operator()(const Text &value)
     {
-        appendEscaped(units, size, buffer);
-        handOn(kPiece);
-    }
-
-    void handOn(qsizetype least)
-    {
-        if (buffer.size() < least)
+        if (longTexts != nullptr && value.size() >= kLongText) {
+            out += longTextName(longTexts->size());
+            longTexts->push_back(value);
             return;
-        sink(buffer);
-        buffer.resize(0);
-    }
-
-    static constexpr qsizetype kPiece = 32768;
-};
-
-template <typename Sink> void emitDictionary(const ContextDictionary &dictionary, Sink &sink);
-
-template <typename Sink> struct EmitValue
-{
-    Sink &sink;
-
-    void operator()(bool value) const { sink.literal(QLatin1StringView(value ? "true" : "false")); }
-
-    void operator()(qint64 value) const
-    {
-        const QByteArray digits = QByteArray::number(value);
-        sink.literal(QLatin1StringView(digits));
-    }
-
-    void operator()(const QString &value) const
-    {
-        sink.literal(QLatin1StringView("\""));
-        sink.chunk(reinterpret_cast<const char16_t *>(value.utf16()), value.size());
-        sink.literal(QLatin1StringView("\""));
-    }
-
-    void operator()(const Text &value) const
-    {
-        sink.literal(QLatin1StringView("\""));
+        }
+        out += u'"';
         value.forEachChunk(0, value.size(), [this](const TextChunkView &chunk) {
             if (chunk.ascii != nullptr)
-                sink.chunk(chunk.ascii, chunk.length);
+                appendEscaped(chunk.ascii, chunk.length, out);
             else
-                sink.chunk(chunk.utf16, chunk.length);
+                appendEscaped(chunk.utf16, chunk.length, out);
             return true;
         });
-        sink.literal(QLatin1StringView("\""));
+        out += u'"';
     }
 
-    void operator()(const ContextDictionary &value) const { emitDictionary(value, sink); }
+    void operator()(const ContextDictionary &value)
+    {
+        out += u'{';
+        for (const ContextEntry &entry : value) {
+            out += &entry == &value.front() ? "\""_L1 : ",\""_L1;
+            out += entry.key;
+            out += "\":"_L1;
+            std::visit(*this, entry.value);
+        }
+        out += u'}';
+    }
+
+    // Shorter texts cost less to parse than to hand over.
+    static constexpr qint64 kLongText = SharedTexts::kLeastLength;
 };
-
-template <typename Sink> void emitDictionary(const ContextDictionary &dictionary, Sink &sink)
-{
-    const char *separator = "{\"";
-    for (const ContextEntry &entry : dictionary) {
-        sink.literal(QLatin1StringView(separator));
-        sink.literal(entry.key);
-        sink.literal(QLatin1StringView("\":"));
-        std::visit(EmitValue<Sink>{sink}, entry.value);
-        separator = ",\"";
-    }
-    sink.literal(QLatin1StringView(dictionary.empty() ? "{}" : "}"));
-}
 
 } // namespace
 
-qint64 contextJsonLength(const ContextDictionary &dictionary)
+QString contextJson(const ContextDictionary &dictionary, std::vector<Text> *longTexts)
 {
-    Measure measure;
-    emitDictionary(dictionary, measure);
-    return measure.length;
-}
-
-void writeContextJson(const ContextDictionary &dictionary,
-                      const std::function<void(QStringView)> &sink)
-{
-    PieceWriter writer{sink};
-    emitDictionary(dictionary, writer);
-    writer.handOn(1);
+    Writer writer{.longTexts = longTexts};
+    writer(dictionary);
+    return std::move(writer.out);
 }
 
 } // namespace penwick

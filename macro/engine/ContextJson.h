@@ -3,20 +3,17 @@
 #include "macro/engine/MacroContext.h"
 
 #include <QString>
-#include <QStringView>
 
-#include <functional>
+#include <vector>
 
 namespace penwick {
 
-/// Returns the number of UTF-16 code units that `writeContextJson` passes on. Reads every text
-/// once.
-[[nodiscard]] qint64 contextJsonLength(const ContextDictionary &dictionary);
-
-/// Passes the dictionary to `sink` as one JSON object on one line, in pieces. No piece is much
-/// longer than a chunk of a text. The output is also a JavaScript expression with the same value,
-/// because U+2028 and U+2029 are escaped.
-void writeContextJson(const ContextDictionary &dictionary,
-                      const std::function<void(QStringView)> &sink);
+/// Returns the dictionary as one JSON object on one line. It is also a JavaScript expression with
+/// the same value, because U+2028 and U+2029 are escaped.
+///
+/// \param longTexts if not null, long texts are appended to it and not written. Their index gives
+///        the variable that stands in their place: `longTextName`. Then the result is no JSON.
+[[nodiscard]] QString contextJson(const ContextDictionary &dictionary,
+                                  std::vector<Text> *longTexts = nullptr);
 
 } // namespace penwick

@@ -6,6 +6,8 @@
 #include "platform/process/StandardOutput.h"
 #include "wording/WordingLookup.h"
 
+#include <QStringBuilder>
+
 #include <algorithm>
 #include <utility>
 
@@ -58,26 +60,44 @@ MacroResultError executionException(const QString &detail)
     return {Code::ExecutionException, detail};
 }
 
-// Returns nothing when the script is too long for a string. The context of a large document makes
-// up nearly all of the script, so it is measured here and written only when the source is read.
-std::optional<ScriptSource> scriptSource(const QString &code, const MacroContext &context)
+// Writes the text when the source is read, so that a large one is not in memory a second time.
+ScriptSource sourceOf(const Text &text)
 {
-    const qsizetype longest = ScriptLimits().sourceLength;
-    if (context.document.text.size() > longest)
-        return std::nullopt; // Known without reading the text.
-    ContextDictionary dictionary = context.toDictionary();
-    const qint64 length = contextJsonLength(dictionary) + kBeforeContext.size() +
-                          kAfterContext.size() + code.size() + kAfterCode.size();
-    if (length > longest)
+    const auto write = [text](const ScriptSource::Sink &sink) {
+        constexpr qsizetype kPiece = 65'536;
+        QString piece;
+        text.forEachChunk(0, text.size(), [&](const TextChunkView &chunk) {
+            if (chunk.ascii != nullptr)
+                piece += QLatin1StringView(chunk.ascii, chunk.length);
+            else
+                piece += QStringView(chunk.utf16, chunk.length);
+            if (piece.size() >= kPiece) {
+                sink(piece);
+                piece.resize(0);
+            }
+            return true;
+        });
+        sink(piece);
+    };
+    return {static_cast<qsizetype>(text.size()), write};
+}
+
+// Returns nothing when the script is too long for the engine.
+std::optional<ScriptRequest>
+requestOf(const QString &code, const MacroContext &context, const std::optional<QString> &userInput)
+{
+    std::vector<Text> longTexts;
+    const QString json = contextJson(context.toDictionary(), &longTexts);
+    const QString source = kBeforeContext % json % kAfterContext % code % kAfterCode;
+    ScriptRequest request{source, userInput};
+    for (const Text &text : longTexts) {
+        if (text.size() > ScriptLimits().sourceLength)
+            return std::nullopt;
+        request.longTexts.push_back(sourceOf(text));
+    }
+    if (request.size() > ScriptLimits().sourceLength)
         return std::nullopt;
-    return ScriptSource(static_cast<qsizetype>(length),
-                        [dictionary = std::move(dictionary), code](const ScriptSource::Sink &sink) {
-                            sink(kBeforeContext);
-                            writeContextJson(dictionary, sink);
-                            sink(kAfterContext);
-                            sink(code);
-                            sink(kAfterCode);
-                        });
+    return request;
 }
 
 MacroResultError resultError(const ScriptError &error)
@@ -133,10 +153,10 @@ MacroRuntimeService::Evaluation MacroRuntimeService::prepare(
 {
     return [job = m_host(), log = m_log, code, context, userInput](
                ScriptWaiter *waiter) -> ScriptOutcome {
-        std::optional<ScriptSource> source = scriptSource(code, context);
-        if (!source)
+        std::optional<ScriptRequest> request = requestOf(code, context, userInput);
+        if (!request)
             return tl::unexpected(ScriptError{ScriptError::Code::SourceTooLong, {}});
-        ScriptOutcome outcome = job({std::move(*source), userInput}, log, waiter);
+        ScriptOutcome outcome = job(*std::move(request), log, waiter);
         if (!outcome && outcome.error().code == ScriptError::Code::HostEnded)
             writeErrorLine(u"penwick: "_s + hostEndingLogLine(outcome.error().ending));
         return outcome;

@@ -65,7 +65,7 @@ HostSequence::runOnce(const ScriptRequest &request, const ScriptLogSink &log, Sc
     if (!m_host)
         return tl::unexpected(ScriptError{ScriptError::Code::HostUnavailable, {}});
     ++m_scripts;
-    m_length += request.source.size();
+    m_length += request.size();
     ScriptOutcome outcome = m_host->run(request, log, waiter);
     if (!m_host->isUsable() || m_scripts >= kMostScripts || m_length >= kMostLength) {
         m_host.reset();

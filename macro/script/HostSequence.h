@@ -42,7 +42,7 @@ private:
     HostProcess::Settings m_settings;
     std::optional<HostConnection> m_host;
     int m_scripts = 0;   // That `m_host` has run.
-    qint64 m_length = 0; // Of their sources, in UTF-16 code units.
+    qint64 m_length = 0; // Of their requests, in UTF-16 code units.
 };
 
 } // namespace penwick

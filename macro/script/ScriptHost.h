@@ -11,6 +11,7 @@
 #include <functional>
 #include <optional>
 #include <tl/expected.hpp>
+#include <vector>
 
 namespace penwick {
 
@@ -20,9 +21,27 @@ struct ScriptRequest
     ScriptSource source; ///< The complete program text.
     /// The value of the global variable `userInput`; without one, the script has no such variable.
     std::optional<QString> userInput;
+    /// Global variables named by `longTextName`, for long texts that the engine need not parse.
+    /// Each variable is gone once it has been read. At most 255.
+    std::vector<ScriptSource> longTexts = {};
+
+    /// Of the source and the long texts, in UTF-16 code units.
+    [[nodiscard]] qsizetype size() const
+    {
+        qsizetype size = source.size();
+        for (const ScriptSource &text : longTexts)
+            size += text.size();
+        return size;
+    }
 
     bool operator==(const ScriptRequest &) const = default;
 };
+
+/// Returns the name of the variable that holds the long text with this index.
+[[nodiscard]] inline QString longTextName(std::size_t index)
+{
+    return QStringLiteral("penwickLongText") + QString::number(index);
+}
 
 /// Limits on a completion value, summed over the whole tree. An object that is reachable on several
 /// paths counts once for each path.
@@ -31,7 +50,8 @@ struct ScriptLimits
     std::size_t values = std::size_t{1} << 25;
     std::size_t bytes = std::size_t{1} << 30; ///< Of UTF-16 text, keys included.
     std::size_t depth = 2000;                 ///< Nested objects and lists; a flat object has 1.
-    /// Of the source, in UTF-16 code units. A longer source makes the engine end the process.
+    /// Of the source and the long texts, in UTF-16 code units. A longer source makes the engine end
+    /// the process.
     qsizetype sourceLength = 2147483647;
 };
 

@@ -76,6 +76,28 @@ void installUserInput(JSContextRef context, const QString &userInput)
     setProperty(context, JSContextGetGlobalObject(context), u"userInput", value);
 }
 
+// A text that is part of the source would be copied and hashed by the engine's parser. Reading a
+// variable removes it, so the script finds nothing of it.
+void installLongText(JSContextRef context, QStringView name, QStringView text)
+{
+    constexpr QStringView kInstaller = uR"JS((function (name, text) {
+        'use strict';
+        const all = globalThis;
+        Object.defineProperty(all, name, {
+            configurable: true,
+            get() { delete all[name]; return text; },
+        });
+    }))JS";
+    JSValueRef function =
+        JSEvaluateScript(context, toJsString(kInstaller).get(), nullptr, nullptr, 1, nullptr);
+    JSObjectRef installer = JSValueToObject(context, function, nullptr);
+    const JSValueRef arguments[] = {
+        JSValueMakeString(context, toJsString(name).get()),
+        JSValueMakeString(context, toJsStringWithoutCopy(text).get()),
+    };
+    JSObjectCallAsFunction(context, installer, nullptr, std::size(arguments), arguments, nullptr);
+}
+
 /// A property of an error whose value is a number from 1 on; otherwise 0.
 int countProperty(JSContextRef context, JSObjectRef error, QStringView name)
 {
@@ -127,10 +149,13 @@ void evaluateScript(const ScriptRequest &request,
                     const ScriptLimits &limits,
                     const ScriptOutcomeSink &sink)
 {
-    if (request.source.size() > limits.sourceLength)
+    if (request.size() > limits.sourceLength)
         return sink.done(ScriptError{ScriptError::Code::SourceTooLong, {}});
 
-    const QString text = request.source.text(); // Must outlive the engine.
+    const QString text = request.source.text(); // Must outlive the engine, as must `longTexts`.
+    std::vector<QString> longTexts;
+    for (const ScriptSource &longText : request.longTexts)
+        longTexts.push_back(longText.text());
     const JsContextGroup group(JSContextGroupCreate());
     const JsGlobalContext context(group ? JSGlobalContextCreateInGroup(group.get(), nullptr)
                                         : nullptr);
@@ -141,6 +166,8 @@ void evaluateScript(const ScriptRequest &request,
     installConsole(context.get(), log);
     if (request.userInput)
         installUserInput(context.get(), *request.userInput);
+    for (std::size_t i = 0; i < longTexts.size(); ++i)
+        installLongText(context.get(), longTextName(i), longTexts[i]);
     const JsString source = toJsStringWithoutCopy(text);
     const JsString url = toJsString(kSourceUrl);
     JSValueRef exception = nullptr;

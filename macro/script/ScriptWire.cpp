@@ -223,6 +223,9 @@ bool sendRequest(const ScriptRequest &request, const ByteSink &sink, SharedTexts
     writer.put(static_cast<quint8>(request.userInput.has_value() ? 1 : 0));
     writer.putText(request.userInput.value_or(QString()));
     writer.putSource(request.source);
+    writer.put(static_cast<quint8>(request.longTexts.size()));
+    for (const ScriptSource &text : request.longTexts)
+        writer.putSource(text);
     return writer.finish();
 }
 
@@ -233,6 +236,8 @@ tl::expected<ScriptRequest, WireError> decodeRequest(QByteArrayView payload,
     const auto hasInput = reader.get<quint8>();
     QString input = reader.getText();
     ScriptRequest request{reader.getText(), std::nullopt};
+    for (auto left = reader.get<quint8>(); left > 0 && !reader.error(); --left)
+        request.longTexts.emplace_back(reader.getText());
     if (const auto error = reader.errorAtEnd())
         return tl::unexpected(*error);
     if (hasInput > 1)

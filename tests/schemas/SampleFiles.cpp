@@ -67,7 +67,7 @@ void writeStore(const QString &folder)
     manager.duplicateMacro(ownMacro());
 }
 
-QByteArray contextJson()
+QByteArray contextSample()
 {
     EditorSnapshot snapshot;
     snapshot.text = Text(oddText());
@@ -76,10 +76,7 @@ QByteArray contextJson()
     snapshot.filePath = u"/home/someone/notes.txt"_s;
     snapshot.now = test::FakeClock().clock()();
     snapshot.timeZone = QTimeZone::utc();
-    QString json;
-    writeContextJson(buildMacroContext(snapshot, u"id"_s, oddText()).toDictionary(),
-                     [&json](QStringView piece) { json += piece; });
-    return json.toUtf8();
+    return contextJson(buildMacroContext(snapshot, u"id"_s, oddText()).toDictionary()).toUtf8();
 }
 
 bool write(const QDir &folder, const QString &name, const QByteArray &content)
@@ -103,7 +100,7 @@ bool writeSamples(const QDir &folder)
                    write(folder, u"default-ja.profile.json"_s, builtInJapaneseProfile().toJson()) &&
                    write(folder, u"default-en.profile.json"_s, builtInEnglishProfile().toJson()) &&
                    write(folder, u"own.profile.json"_s, ownProfile().toJson()) &&
-                   write(folder, u"context.json"_s, contextJson());
+                   write(folder, u"context.json"_s, contextSample());
     for (const Macro &macro : *macros)
         written = written && write(folder, macro.id + u".macro.json"_s, MacroFile::write(macro));
     return written;

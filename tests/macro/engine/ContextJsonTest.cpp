@@ -1,25 +1,14 @@
 #include "macro/engine/ContextJson.h"
 
+#include "macro/script/ScriptHost.h"
+
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTest>
 
-#include <algorithm>
-
 using namespace Qt::StringLiterals;
 
 namespace penwick {
-
-namespace {
-
-QString json(const ContextDictionary &dictionary)
-{
-    QString out;
-    writeContextJson(dictionary, [&out](QStringView piece) { out += piece; });
-    return out;
-}
-
-} // namespace
 
 class ContextJsonTest final : public QObject
 {
@@ -31,8 +20,7 @@ private Q_SLOTS:
     void text_specialCharacters_areEscaped_data();
     void text_specialCharacters_areEscaped();
     void text_everyUnit_isReadBack();
-    void length_ofAnything_isExact();
-    void write_largeText_passesPiecesOfBoundedSize();
+    void longTexts_areNamedOnlyWhereWanted();
 };
 
 void ContextJsonTest::dictionary_everyKind_isWritten()
@@ -45,15 +33,15 @@ void ContextJsonTest::dictionary_everyKind_isWritten()
         {"text"_L1, Text(u"a\u00e9")},
         {"inner"_L1, ContextDictionary{{"zero"_L1, qint64{0}}}},
     };
-    QCOMPARE(json(dictionary),
+    QCOMPARE(contextJson(dictionary),
              u"{\"yes\":true,\"no\":false,\"number\":-9007199254740993,"
              "\"string\":\"日本\",\"text\":\"a\u00e9\",\"inner\":{\"zero\":0}}"_s);
 }
 
 void ContextJsonTest::dictionary_empty_isAnEmptyObject()
 {
-    QCOMPARE(json({}), u"{}"_s);
-    QCOMPARE(json({{"a"_L1, ContextDictionary()}}), u"{\"a\":{}}"_s);
+    QCOMPARE(contextJson({}), u"{}"_s);
+    QCOMPARE(contextJson({{"a"_L1, ContextDictionary()}}), u"{\"a\":{}}"_s);
 }
 
 void ContextJsonTest::text_specialCharacters_areEscaped_data()
@@ -81,8 +69,8 @@ void ContextJsonTest::text_specialCharacters_areEscaped()
 {
     QFETCH(QString, text);
     QFETCH(QString, written);
-    QCOMPARE(json({{"a"_L1, text}}), u"{\"a\":\""_s + written + u"\"}"_s);
-    QCOMPARE(json({{"a"_L1, Text(text)}}), u"{\"a\":\""_s + written + u"\"}"_s);
+    QCOMPARE(contextJson({{"a"_L1, text}}), u"{\"a\":\""_s + written + u"\"}"_s);
+    QCOMPARE(contextJson({{"a"_L1, Text(text)}}), u"{\"a\":\""_s + written + u"\"}"_s);
 }
 
 void ContextJsonTest::text_everyUnit_isReadBack()
@@ -91,34 +79,26 @@ void ContextJsonTest::text_everyUnit_isReadBack()
     for (int unit = 0; unit < 0x10000; ++unit)
         if (!QChar::isSurrogate(static_cast<char32_t>(unit)))
             text += QChar(static_cast<char16_t>(unit));
-    const QByteArray written = json({{"a"_L1, Text(text)}}).toUtf8();
+    const QByteArray written = contextJson({{"a"_L1, Text(text)}}).toUtf8();
     const QJsonDocument document = QJsonDocument::fromJson(written);
     QCOMPARE(document.object().value(u"a").toString(), text);
 }
 
-void ContextJsonTest::length_ofAnything_isExact()
+void ContextJsonTest::longTexts_areNamedOnlyWhereWanted()
 {
-    const QString text = u"a\"\\\n\u2028\x01日本😀"_s;
-    const ContextDictionary dictionary{{"text"_L1, Text(text)},
-                                       {"string"_L1, text},
-                                       {"number"_L1, qint64{-12}},
-                                       {"flag"_L1, false},
-                                       {"inner"_L1, ContextDictionary{{"none"_L1, QString()}}},
-                                       {"empty"_L1, ContextDictionary()}};
-    QCOMPARE(contextJsonLength(dictionary), qint64{json(dictionary).size()});
-}
-
-void ContextJsonTest::write_largeText_passesPiecesOfBoundedSize()
-{
-    const ContextDictionary dictionary{{"text"_L1, Text(u"\u0001\n"_s.repeated(1'000'000))}};
-    qsizetype longest = 0;
-    QString written;
-    writeContextJson(dictionary, [&](QStringView piece) {
-        longest = std::max(longest, piece.size());
-        written += piece;
-    });
-    QVERIFY(longest < 100'000);
-    QCOMPARE(written, u"{\"text\":\""_s + u"\\u0001\\n"_s.repeated(1'000'000) + u"\"}"_s);
+    const QString shortText(32'767, u'\n');
+    const QString longText(32'768, u'日');
+    const ContextDictionary dictionary{{"a"_L1, Text(longText)},
+                                       {"b"_L1, Text(shortText)},
+                                       {"c"_L1, longText},
+                                       {"d"_L1, Text(longText)}};
+    const QString written = u'"' + longText + u'"';
+    const QString pattern = u"{\"a\":%1,\"b\":\""_s + u"\\n"_s.repeated(32'767) + u"\",\"c\":"_s +
+                            written + u",\"d\":%2}"_s;
+    QCOMPARE(contextJson(dictionary), pattern.arg(written, written));
+    std::vector<Text> longTexts;
+    QCOMPARE(contextJson(dictionary, &longTexts), pattern.arg(longTextName(0), longTextName(1)));
+    QVERIFY((longTexts == std::vector<Text>{Text(longText), Text(longText)}));
 }
 
 } // namespace penwick

@@ -301,9 +301,7 @@ void MacroContextTest::toDictionary_ofAContext_hasExactlyTheKeys()
     EditorSnapshot snapshot = snapshotOf(u"日本\n語"_s, 1, 2);
     snapshot.filePath = u"/tmp/notes.txt"_s;
     snapshot.isModified = true;
-    QString json;
-    writeContextJson(contextOf(snapshot).toDictionary(),
-                     [&json](QStringView piece) { json += piece; });
+    const QString json = contextJson(contextOf(snapshot).toDictionary());
     const QByteArray expected = R"({
         "schemaVersion": "1.0",
         "app": {"name": "penwick", "version": "1.0.0"},

@@ -91,6 +91,7 @@ private Q_SLOTS:
     void context_document_reachesTheScriptUnchanged_data();
     void context_document_reachesTheScriptUnchanged();
     void context_isAPlainObject();
+    void context_ofALongDocument_isTheSameObject();
     void context_changesInTheScript_leaveTheDecisionAlone();
     void source_isTheWrapperAroundContextAndCode();
     void host_receivesInputAndLog();
@@ -297,6 +298,31 @@ void MacroRuntimeServiceTest::context_isAPlainObject()
     QCOMPARE(messages(run(code)),
              QStringList{u"true app,capabilities,cursor,dateTime,document,editor,file,macro,"
                          "schemaVersion,selection undefined id false"_s});
+}
+
+// A long text reaches the script by another way, which must leave no trace.
+void MacroRuntimeServiceTest::context_ofALongDocument_isTheSameObject()
+{
+    const QString code =
+        report(u"JSON.stringify([Object.getOwnPropertyNames(globalThis),"
+               " Object.entries(Object.getOwnPropertyDescriptors(context.document))"
+               "     .map(([name, {value, ...rest}]) => [name, typeof value, rest]),"
+               " Object.keys(context.selection), context.selection.text.length,"
+               " arguments.length, this === globalThis])"_s);
+    EditorSnapshot snapshot;
+    snapshot.now = QDateTime::fromString(u"2024-02-29T03:04:05Z"_s, Qt::ISODate);
+    snapshot.timeZone = QTimeZone::utc();
+    QStringList reports;
+    for (const qsizetype length : {100, 100'000}) {
+        const QString text(length, u'日');
+        snapshot.text = Text(text);
+        snapshot.selectionLength = length;
+        const MacroContext context = buildMacroContext(snapshot, u"id"_s, u"name"_s);
+        reports += messages(MacroRuntimeService().run(code, context, std::nullopt));
+    }
+    QCOMPARE(reports.size(), 2);
+    QCOMPARE(reports.at(1).size(), reports.at(0).size() + 3);
+    QCOMPARE(QString(reports.at(1)).replace(u"100000"_s, u"100"_s), reports.at(0));
 }
 
 void MacroRuntimeServiceTest::context_changesInTheScript_leaveTheDecisionAlone()

@@ -78,6 +78,8 @@ private Q_SLOTS:
     void exception_withoutAnyText_countsAsNoValue();
     void source_tooLong_fails();
     void source_withNulAndSurrogates_reachesTheScript();
+    void longTexts_areVariablesUntilTheyAreRead();
+    void longTexts_countForTheLengthOfTheSource();
     void userInput_absent_isUndefined();
     void userInput_empty_isSet();
     void userInput_anyText_isKept();
@@ -457,6 +459,34 @@ void ScriptRunnerTest::source_withNulAndSurrogates_reachesTheScript()
     const Ran ran = run(source);
     QVERIFY(ran.outcome.has_value() && ran.outcome->string() != nullptr);
     QCOMPARE(*ran.outcome->string(), source.sliced(1, source.size() - 2));
+}
+
+void ScriptRunnerTest::longTexts_areVariablesUntilTheyAreRead()
+{
+    const QString text = u"'\"\\\n\u2028😀</script>"_s + QChar::Null + u"日"_s.repeated(100'000);
+    const auto named = [](const QString &source) {
+        return QString(source).replace(u"A"_s, longTextName(0)).replace(u"B"_s, longTextName(1));
+    };
+    const QString source = named(u"const before = [A, B];"
+                                 "[...before, typeof A, typeof B, 'B' in globalThis]"_s);
+    const ScriptOutcome outcome = runScript({source, std::nullopt, {text, QString()}}, {});
+    const ScriptValue none(u"undefined"_s);
+    QVERIFY(outcome == ScriptValue(ScriptValue::List{
+                           ScriptValue(text), ScriptValue(u""_s), none, none, ScriptValue(false)}));
+
+    const QString globals = u"; Object.getOwnPropertyNames(globalThis).join()"_s;
+    const ScriptOutcome after = runScript({named(u"A"_s) + globals, std::nullopt, {text}}, {});
+    QVERIFY(after == run(globals).outcome);
+    QVERIFY(after.has_value());
+}
+
+void ScriptRunnerTest::longTexts_countForTheLengthOfTheSource()
+{
+    ScriptLimits limits;
+    limits.sourceLength = 3;
+    QVERIFY(runScript({u"1"_s, std::nullopt, {u"12"_s}}, {}, limits) == ScriptValue(1.0));
+    QVERIFY(runScript({u"1"_s, std::nullopt, {u"1"_s, u"12"_s}}, {}, limits) ==
+            failure({ScriptError::Code::SourceTooLong, {}}));
 }
 
 void ScriptRunnerTest::userInput_absent_isUndefined()

@@ -175,7 +175,7 @@ void ScriptWireTest::request_anyText_comesBack()
 {
     QFETCH(QString, source);
     for (const std::optional<QString> &input : {std::optional<QString>(), {QString()}, {u"日"_s}}) {
-        const ScriptRequest request{source, input};
+        const ScriptRequest request{source, input, {source, u"日"_s, QString()}};
         const QByteArray bytes =
             bytesOf([&](const ByteSink &sink) { return sendRequest(request, sink); });
         const auto message = messageOf(bytes, MessageReader::Side::FromEditor, 4099);

@@ -163,7 +163,7 @@ void SharedTextsTest::place_notWritten_isNotFound()
 void SharedTextsTest::message_withLongTexts_isShort()
 {
     Shared shared;
-    const ScriptRequest request{longText(), longText(u'x')};
+    const ScriptRequest request{longText(), longText(u'x'), {longText(u'y')}};
     const QByteArray sent =
         payloadOf([&](const ByteSink &sink) { return sendRequest(request, sink, &shared.editor); });
     QVERIFY(sent.size() < 100);
