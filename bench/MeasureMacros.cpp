@@ -1,6 +1,6 @@
 // Measures macro runs and prints one line of JSON with milliseconds: of penwick with its script
-// host, and of the script engine alone in this process. bench/run starts it as a separate process;
-// see `kUsage`.
+// host, and of the script alone in this process, whose result is dropped. bench/run starts it as a
+// separate process; see `kUsage`.
 
 #include "bench/Inputs.h"
 #include "editor/TextDocument.h"
@@ -57,14 +57,31 @@ MacroRuntimeService serviceInHost()
     return {[] { return ScriptHostPool::shared().start(); }, ignoreLog};
 }
 
-MacroRuntimeService serviceHere()
+/// Returns the request of a macro with its texts in memory. It drops the value of the script, so
+/// that running it is the engine's work alone: the value is neither read nor sent.
+ScriptRequest requestWithoutResult(const QString &code,
+                                   const MacroContext &context,
+                                   const std::optional<QString> &input)
 {
-    return {[] {
-                return [](ScriptRequest request, const ScriptLogSink &log, ScriptWaiter *) {
-                    return runScript(std::move(request), log);
-                };
-            },
-            ignoreLog};
+    ScriptRequest request;
+    const auto keep = [&request](ScriptRequest made, const ScriptLogSink &, ScriptWaiter *) {
+        request = std::move(made);
+        return ScriptOutcome();
+    };
+    const MacroRuntimeService service([keep] { return keep; }, ignoreLog);
+    static_cast<void>(service.run(code, context, input));
+    request.source = request.source.text() + u"\nundefined;"_s;
+    for (ScriptSource &text : request.longTexts)
+        text = text.text();
+    return request;
+}
+
+double runAlone(const ScriptRequest &request)
+{
+    return milliseconds([&request] {
+        if (!runScript(request, ignoreLog))
+            qFatal("the script failed");
+    });
 }
 
 /// Waits until a spare host is ready, as it is for a user who has not run a macro just before.
@@ -86,8 +103,8 @@ int measureEmpty(int runs)
     const auto run = [&controller] {
         controller.runMacro(u"return {};"_s, u"id"_s, u"name"_s, std::nullopt);
     };
-    const MacroRuntimeService here = serviceHere();
-    const MacroContext context = controller.buildMacroContext(u"id"_s, u"name"_s);
+    const ScriptRequest request = requestWithoutResult(
+        u"return {};"_s, controller.buildMacroContext(u"id"_s, u"name"_s), std::nullopt);
     std::vector<double> with;
     std::vector<double> without;
     std::vector<double> bare;
@@ -97,8 +114,7 @@ int measureEmpty(int runs)
         with.push_back(milliseconds(run));
         ScriptHostPool::shared().discard();
         without.push_back(milliseconds(run));
-        bare.push_back(milliseconds(
-            [&] { static_cast<void>(here.run(u"return {};"_s, context, std::nullopt)); }));
+        bare.push_back(runAlone(request));
     }
     return print({{u"with a process ahead"_s, median(with)},
                   {u"without"_s, median(without)},
@@ -113,8 +129,8 @@ std::optional<BuiltInMacroDefinition> definitionOf(const QString &name)
     return std::nullopt;
 }
 
-/// Measures a built-in macro from the text to the parsed result, in a script host and in this
-/// process.
+/// Measures a built-in macro from the text to the parsed result in a script host, and its script
+/// alone in this process.
 int measureBuiltIn(const BuiltInMacroDefinition &definition, qsizetype size, int runs)
 {
     EditorSnapshot snapshot;
@@ -123,21 +139,23 @@ int measureBuiltIn(const BuiltInMacroDefinition &definition, qsizetype size, int
     snapshot.timeZone = QTimeZone::utc();
     const MacroContext context = buildMacroContext(snapshot, u"id"_s, u"name"_s);
     const QString code = BuiltInMacroProvider::script(definition.macro);
-    const auto run = [&](const MacroRuntimeService &service) {
+    const QString input = definition.defaultInput.value_or(u"x"_s);
+    const MacroRuntimeService service = serviceInHost();
+    const auto run = [&] {
         return milliseconds([&] {
-            const auto result =
-                service.run(code, context, definition.defaultInput.value_or(u"x"_s));
+            const auto result = service.run(code, context, input);
             if (!result)
                 qFatal("%s", qPrintable(result.error().errorDescription()));
         });
     };
+    const ScriptRequest request = requestWithoutResult(code, context, input);
     std::vector<double> host;
     std::vector<double> bare;
     for (int i = 0; i < runs; ++i) {
         if (!waitForSpare())
             return 1;
-        host.push_back(run(serviceInHost()));
-        bare.push_back(run(serviceHere()));
+        host.push_back(run());
+        bare.push_back(runAlone(request));
     }
     return print({{u"run"_s, median(host)}, {u"engine"_s, median(bare)}});
 }
