@@ -14,7 +14,7 @@ class JsTextReader final
 {
 public:
     /// Maximum number of strings in one run.
-    static constexpr std::size_t kMostTexts = std::size_t{1} << 15;
+    static constexpr std::size_t kMostTexts = std::size_t{1} << 17;
 
     /// Strings that stand one after the other in a list, and what follows them.
     struct Run

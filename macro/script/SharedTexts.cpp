@@ -60,10 +60,23 @@ qint64 sizeOf(int descriptor)
     return std::max<qint64>(0, lseek(descriptor, 0, SEEK_END));
 }
 
+// Memory that is used for the first time is got page by page, which takes longer than the copy.
+void adviseHugePages(char *memory, qint64 size)
+{
+    constexpr quintptr kHugePage = quintptr{2} << 20;
+    const auto start = reinterpret_cast<quintptr>(memory);
+    const quintptr from = (start + kHugePage - 1) / kHugePage * kHugePage;
+    const quintptr end = (start + static_cast<quintptr>(size)) / kHugePage * kHugePage;
+    if (from < end)
+        madvise(memory + (from - start), end - from, MADV_HUGEPAGE);
+}
+
 std::optional<QString> copied(int descriptor, qint64 start, qsizetype length)
 {
     QString text(length, Qt::Uninitialized);
-    if (!readAll(descriptor, reinterpret_cast<char *>(text.data()), length * kUnit, start))
+    auto *bytes = reinterpret_cast<char *>(text.data());
+    adviseHugePages(bytes, length * kUnit);
+    if (!readAll(descriptor, bytes, length * kUnit, start))
         return std::nullopt;
     return text;
 }
