@@ -140,6 +140,12 @@ template <typename Unit> void TextBuilder::pushAsciiRun(std::basic_string_view<U
 {
     constexpr auto kLeaf = static_cast<std::size_t>(TextNode::kLeafUnits);
     std::size_t i = 0;
+    // A short run that neither ends a chunk nor is worth one of its own needs no look at each unit.
+    if (m_asciiRun + run.size() < kAsciiRunUnits && m_pending.size() + run.size() < m_sealLimit) {
+        m_pending.append(run.begin(), run.end());
+        m_asciiRun += run.size();
+        return;
+    }
     while (i < run.size()) {
         // Cut whole chunks of a long ASCII stretch directly, without the pending text.
         if (m_pending.empty() && run.size() - i > kLeaf) {

@@ -2,6 +2,7 @@
 #include "text/TextNode.h"
 
 #include <algorithm>
+#include <type_traits>
 
 namespace penwick {
 
@@ -11,16 +12,23 @@ namespace {
 // characters in one vector instruction. A block is as long as an 8-bit counter can count.
 constexpr std::size_t kBlock = 255;
 
-/// Counts the U+000D from `start` to `end`, and the CR LF pairs that start there.
+/// Counts the U+000D from `start` to `end`, at most one block, and the CR LF pairs that start
+/// there.
 template <typename Units>
 TextMetrics measureCarriageReturns(Units units, std::size_t start, std::size_t end)
 {
-    TextMetrics total;
+    using Counter = std::conditional_t<sizeof(*units.data()) == 1, quint8, quint16>;
     const auto *const data = units.data();
+    Counter carriageReturns = 0;
     for (std::size_t i = start; i < end; ++i)
-        total.carriageReturns += data[i] == '\r';
-    for (std::size_t i = start; i < end && i + 1 < units.size(); ++i)
-        total.crLfPairs += data[i] == '\r' && data[i + 1] == '\n';
+        carriageReturns = static_cast<Counter>(carriageReturns + (data[i] == '\r'));
+    Counter pairs = 0;
+    const std::size_t pairsEnd = std::min(end, units.size() - 1);
+    for (std::size_t i = start; i < pairsEnd; ++i)
+        pairs = static_cast<Counter>(pairs + ((data[i] == '\r') & (data[i + 1] == '\n')));
+    TextMetrics total;
+    total.carriageReturns = carriageReturns;
+    total.crLfPairs = pairs;
     return total;
 }
 
