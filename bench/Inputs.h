@@ -48,6 +48,19 @@ inline QByteArray oneLine(qsizetype size)
     return text;
 }
 
+/// Text of about `size` bytes: lines of which every second has blanks at its end.
+inline QByteArray linesWithBlanks(qsizetype size, const char *words, const char *blanks)
+{
+    QByteArray text;
+    text.reserve(size + 512);
+    for (int line = 0; text.size() < size; ++line) {
+        text += words + QByteArray::number(line);
+        text += line % 2 == 0 ? blanks : "";
+        text += '\n';
+    }
+    return text;
+}
+
 /// Text of about `size` bytes that every built-in macro has something to change in: blanks at line
 /// ends, empty lines, URLs and tags, in Latin and Japanese.
 inline QByteArray macroFodder(qsizetype size)

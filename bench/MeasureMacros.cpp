@@ -3,6 +3,7 @@
 // separate process; see `kUsage`.
 
 #include "bench/Inputs.h"
+#include "bench/ShownEditor.h"
 #include "editor/TextDocument.h"
 #include "macro/library/BuiltInMacroProvider.h"
 #include "macro/script/ScriptHostPool.h"
@@ -27,7 +28,8 @@ namespace {
 
 constexpr auto kUsage = "usage: penwick_measure_macros names\n"
                         "       penwick_measure_macros empty RUNS\n"
-                        "       penwick_measure_macros builtin NAME MB RUNS\n";
+                        "       penwick_measure_macros builtin NAME MB RUNS\n"
+                        "       penwick_measure_macros painted MB RUNS\n";
 constexpr int kHostStartTime = 5000; // Milliseconds.
 
 double median(std::vector<double> values)
@@ -160,6 +162,53 @@ int measureBuiltIn(const BuiltInMacroDefinition &definition, qsizetype size, int
     return print({{u"run"_s, median(host)}, {u"engine"_s, median(bare)}});
 }
 
+/// Measures the removal of trailing blanks in a window, from the command to the painted text.
+/// \param words the beginning of each line.
+double measurePainted(const char *words, const char *blanks, qsizetype size, int runs)
+{
+    const QTemporaryDir folder;
+    UserDefaults defaults(folder.filePath(u"settings.ini"_s));
+    const Text text = *Text::fromUtf8(bench::linesWithBlanks(size, words, blanks));
+    const QString code = BuiltInMacroProvider::script(BuiltInMacro::TrimTrailingSpaces);
+    TextDocument document;
+    EditorWindowController controller(defaults);
+    controller.setDocument(&document);
+    controller.window()->show();
+    TextView *view = controller.textView();
+    bench::PaintWatch watch(view->viewport());
+    QObject::connect(view->textStorage(), &TextStorage::changed, view, [&watch] { watch.reset(); });
+    std::vector<double> times;
+    for (int i = 0; i < runs; ++i) {
+        view->textStorage()->setText(text);
+        bench::pumpUntil([&watch] { return watch.hasPainted(); });
+        if (!waitForSpare())
+            qFatal("no script host");
+        times.push_back(milliseconds([&] {
+            watch.reset();
+            controller.runMacro(code, u"id"_s, u"name"_s, std::nullopt);
+            bench::pumpUntil([&] { return !controller.isRunningMacro() && watch.hasPainted(); });
+        }));
+        if (view->string().size() >= text.size())
+            qFatal("the macro changed nothing");
+    }
+    return median(times);
+}
+
+int measurePainted(qsizetype size, int runs)
+{
+    const double ascii = measurePainted(
+        "The quick brown fox jumps over the lazy dog, and then it sleeps for a while in the sun; ",
+        "  ",
+        size,
+        runs);
+    const double japanese = measurePainted(
+        "山の朝は静かで、風が木々の間をゆっくりと渡っていく。少年は昨日の続きを書きはじめた。",
+        "　",
+        size,
+        runs);
+    return print({{u"ASCII"_s, ascii}, {u"Japanese"_s, japanese}});
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -174,6 +223,8 @@ int main(int argc, char **argv)
     }
     if (command == u"empty"_s && arguments.size() == 3)
         return measureEmpty(arguments.at(2).toInt());
+    if (command == u"painted"_s && arguments.size() == 4)
+        return measurePainted(arguments.at(2).toLongLong() * 1'000'000, arguments.at(3).toInt());
     const auto definition = definitionOf(arguments.value(2));
     if (command == u"builtin"_s && definition && arguments.size() == 5) {
         return measureBuiltIn(
