@@ -36,9 +36,8 @@ Outcome runInWindow(EditorWindowController &controller,
                     const std::optional<QString> &input)
 {
     bool hasFailed = false;
-    const auto connection = QObject::connect(&controller,
-                                             &EditorWindowController::macroFailed,
-                                             [&hasFailed] { hasFailed = true; });
+    const auto connection = QObject::connect(
+        &controller, &EditorWindowController::macroFailed, [&hasFailed] { hasFailed = true; });
     controller.documentState()->setMacroNotificationMessage(std::nullopt);
     controller.runMacro(code, u"id"_s, u"name"_s, input);
     if (!QTest::qWaitFor([&] { return !controller.isRunningMacro(); }, test::kLongWait))
@@ -188,13 +187,19 @@ void SameAsInTheWindowTest::cases_giveTheSame()
     if (const auto own = read(name, u"macro.js"_s))
         code = *own;
     else
-        code = BuiltInMacroProvider::script(
-            *builtInMacro(read(name, u"builtin.txt"_s)->chopped(1)));
+        code =
+            BuiltInMacroProvider::script(*builtInMacro(read(name, u"builtin.txt"_s)->chopped(1)));
 
     command.home.write(u"macro.js"_s, code.toUtf8());
     command.home.write(u"text"_s, before.toUtf8());
-    QStringList arguments{u"-f"_s, u"macro.js"_s, u"-e"_s, kTellSelection, u"--json"_s,
-                          u"--selection=%1:%2"_s.arg(start).arg(end), u"-i"_s, u"text"_s};
+    QStringList arguments{u"-f"_s,
+                          u"macro.js"_s,
+                          u"-e"_s,
+                          kTellSelection,
+                          u"--json"_s,
+                          u"--selection=%1:%2"_s.arg(start).arg(end),
+                          u"-i"_s,
+                          u"text"_s};
     if (input)
         arguments << u"--input="_s + *input;
     const test::Ran ran = command.run(arguments);
@@ -226,7 +231,12 @@ void SameAsInTheWindowTest::randomResults_giveTheSame()
 
     const test::MacroCommand command;
     command.home.write(u"macro.js"_s, code.toUtf8());
-    QStringList arguments{u"-f"_s, u"macro.js"_s, u"-e"_s, kTellSelection, u"--json"_s, u"-i"_s,
+    QStringList arguments{u"-f"_s,
+                          u"macro.js"_s,
+                          u"-e"_s,
+                          kTellSelection,
+                          u"--json"_s,
+                          u"-i"_s,
                           u"--selection=%1:%2"_s.arg(kStart).arg(kEnd)};
     for (int i = 0; i < kRandomResults; ++i) {
         const QString name = u"%1"_s.arg(i);
