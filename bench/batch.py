@@ -1,0 +1,188 @@
+"""Measures penwick-macro beside other tools that do the same work on the same files, in one run.
+
+Every figure is the median of several runs of whole processes; the tools take turns. node does the work in one
+process with its synchronous calls; sed and perl appear where they can do it. penwick-macro alone waits until
+what it writes is on the disk (fsync), where it writes files. The results of all tools are compared."""
+
+import os
+import pathlib
+import re
+import shutil
+import statistics
+import subprocess
+import tempfile
+import time
+
+SMALL_LIMIT = 40.0  # Milliseconds.
+FILE_LIMIT = 2.0  # Milliseconds for each of many files.
+FILES = 1000
+FILE_SIZE = 10_000  # Bytes.
+UNCHANGED_FILES = 10_000
+JOBS = 2
+MEMORY_LIMIT = 1.2  # Times the peak memory for a tenth of the files.
+PREFIX = "> "
+MACROS = {"trailing blanks": ("default_trimTrailingSpaces",), "prefix": ("default_addLinePrefix", f"--input={PREFIX}")}
+# Each is a function of a text.
+NODE_WORK = {"trailing blanks": r"t => t.split('\n').map(l => l.replace(/[ \t\u3000]+$/, '')).join('\n')",
+             "prefix": f"t => t.split('\\n').map(l => '{PREFIX}' + l).join('\\n')"}
+SED_WORK = {"trailing blanks": r"s/[ \t　]*$//", "prefix": f"s/^/{PREFIX}/"}
+PERL_WORK = {"trailing blanks": r"s/[ \t\x{3000}]+$//", "prefix": f"s/^/{PREFIX}/"}
+LINES = {"ASCII": "some words of text in line {}, to be cut at its end",
+         "Japanese": "これは日本語の行です。行末の空白を取り除きます {}",
+         "CR LF": "a line of a file from another system, number {}"}
+
+
+def lines(kind, size):
+    """A text of about `size` bytes; every third line ends with blanks."""
+    end = "\r\n" if kind == "CR LF" else "\n"
+    blanks = "　 " if kind == "Japanese" else "   "
+    parts, length, number = [], 0, 0
+    while length < size:
+        line = LINES[kind].format(number) + (blanks if number % 3 == 0 else "") + end
+        parts.append(line)
+        length += len(line.encode())
+        number += 1
+    return "".join(parts).encode()
+
+
+def run(command, home, output=None):
+    """Runs a command and returns its time in milliseconds and its peak memory in bytes."""
+    environment = dict(os.environ, HOME=str(home), LC_ALL="C.UTF-8")
+    for name in ("XDG_DATA_HOME", "XDG_CONFIG_HOME"):
+        environment.pop(name, None)
+    with open(output or os.devnull, "wb") as sink:
+        start = time.monotonic()
+        process = subprocess.Popen(list(map(str, command)), stdout=sink, env=environment)
+        _, status, usage = os.wait4(process.pid, 0)
+        duration = (time.monotonic() - start) * 1000
+    if status != 0:
+        raise RuntimeError(f"{command[0]} failed with status {status}")
+    process.returncode = 0
+    return duration, usage.ru_maxrss * 1024
+
+
+def macro(program, work):
+    name, *options = MACROS[work]
+    return [program, "-m", name, *options]
+
+
+def on_one(program, work, path):
+    """The commands that write the result for one file to standard output."""
+    commands = {"penwick-macro": [*macro(program, work), path],
+                "sed": ["sed", SED_WORK[work], path],
+                "perl": ["perl", "-CSD", "-pe", PERL_WORK[work], path]}
+    if shutil.which("node"):
+        commands["node"] = ["node", "-e", "const fs = require('fs');"
+                            f"process.stdout.write(({NODE_WORK[work]})(fs.readFileSync(process.argv[1], 'utf8')))",
+                            path]
+    return commands
+
+
+def in_place(program, work, paths):
+    """The commands that change all files."""
+    commands = {"penwick-macro": [*macro(program, work), "-i", f"-j{JOBS}", *paths],
+                "sed": ["sed", "-i", SED_WORK[work], *paths],
+                "perl": ["perl", "-CSD", "-pi", "-e", PERL_WORK[work], *paths]}
+    if shutil.which("node"):
+        commands["node"] = ["node", "-e", "const fs = require('fs'); for (const f of process.argv.slice(1))"
+                            f" fs.writeFileSync(f, ({NODE_WORK[work]})(fs.readFileSync(f, 'utf8')))", *paths]
+    return commands
+
+
+def medians(commands, runs, home, before=lambda: None, after=lambda name: None, output=None):
+    """{tool: (time, peak memory)} of commands that take turns."""
+    results = {name: [] for name in commands}
+    for _ in range(runs):
+        for name, command in commands.items():
+            before()
+            results[name].append(run(command, home, output))
+            after(name)
+    return {name: tuple(statistics.median(values) for values in zip(*result)) for name, result in results.items()}
+
+
+def rows_of(case, figures, limit=None, by=1):
+    """Yields (row, miss) for each tool; the floor of penwick-macro is node."""
+    floor = figures["node"][0] / by if "node" in figures else None
+    for name, (duration, _) in figures.items():
+        value = duration / by
+        misses = []
+        if name == "penwick-macro":
+            if limit and value > limit:
+                misses.append(f"{value:.2f} ms, the limit is {limit:.1f} ms")
+            if floor and by == 1 and value > floor:
+                misses.append(f"{value / floor:.2f} times node")
+        yield (f"{case}, {name}", "time", "ms", value, floor if name == "penwick-macro" else None), "; ".join(misses)
+
+
+def small_rows(program, folder):
+    path = folder / "small.txt"
+    path.write_bytes(lines("ASCII", 1000))
+    figures = medians(on_one(program, "trailing blanks", path), 21, folder)
+    return rows_of("one file of 1 kB, whole process", figures, SMALL_LIMIT)
+
+
+def large_rows(program, folder, size):
+    path, output = folder / "large.txt", folder / "out.txt"
+    for kind in LINES:
+        path.write_bytes(lines(kind, size * 1_000_000))
+        for work in MACROS:
+            results = {}
+
+            def keep(name):
+                results[name] = output.read_bytes()
+
+            figures = medians(on_one(program, work, path), 5 if size < 100 else 3, folder, after=keep, output=output)
+            # node adds a prefix to the empty part after the last line feed, too, as the macro does; sed does not.
+            if "node" in results and results["penwick-macro"] != results["node"]:
+                raise RuntimeError(f"{work}, {kind}: the results differ")
+            for row, miss in rows_of(f"{work}, {size} MB {kind}", figures):
+                yield row, miss
+
+
+def many_rows(program, folder):
+    files = folder / "files"
+    text = lines("ASCII", FILE_SIZE)
+
+    def make(count=FILES):
+        shutil.rmtree(files, ignore_errors=True)
+        files.mkdir()
+        for i in range(count):
+            (files / f"{i:05}.txt").write_bytes(text)
+        os.sync()
+
+    make()
+    paths = sorted(files.iterdir())
+    figures = medians(in_place(program, "trailing blanks", paths), 5, folder, before=make)
+    yield from rows_of(f"{FILES:,} files of 10 kB in place, for each", figures, FILE_LIMIT, FILES)
+    make()
+    few = medians({"few": in_place(program, "trailing blanks", paths[:FILES // 10])["penwick-macro"]}, 3, folder)
+    peak, floor = figures["penwick-macro"][1], few["few"][1]
+    yield ((f"peak memory for {FILES:,} files, above {FILES // 10}", "memory", "bytes", peak, floor),
+           f"{peak / floor:.2f} times" if peak > MEMORY_LIMIT * floor else "")
+    make(UNCHANGED_FILES)
+    yield from check_rows(program, folder, files)
+
+
+def check_rows(program, folder, files):
+    """10,000 files that a macro does not change, and where the time goes."""
+    for path in files.iterdir():
+        path.write_bytes(path.read_bytes().replace(b"   \n", b"\n"))
+    names = folder / "names"
+    names.write_bytes(b"\0".join(str(path).encode() for path in sorted(files.iterdir())))
+    command = [*macro(program, "trailing blanks"), "--check", "-v", f"-j{JOBS}", f"--files0-from={names}"]
+    process = subprocess.run(list(map(str, command)), env=dict(os.environ, HOME=str(folder)),
+                             stderr=subprocess.PIPE, check=True)
+    times = [float(number) for number in re.findall(rb"\d+\.\d+", process.stderr.splitlines()[-1])]
+    for name, seconds in zip(("in all", "reading", "macros", "writing"), times):
+        yield (f"--check of {UNCHANGED_FILES:,} unchanged files, {name}", "time of all threads" if name != "in all"
+               else "time", "ms", seconds * 1000, None), ""
+
+
+def rows(program, quick):
+    """Yields (row, miss); `miss` is empty if the limit is met."""
+    with tempfile.TemporaryDirectory(prefix="penwick-bench-") as name:
+        folder = pathlib.Path(name)
+        yield from small_rows(program, folder)
+        for size in (10,) if quick else (10, 100):
+            yield from large_rows(program, folder, size)
+        yield from many_rows(program, folder)
