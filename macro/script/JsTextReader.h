@@ -4,6 +4,7 @@
 
 #include <JavaScriptCore/JavaScript.h>
 #include <cstddef>
+#include <optional>
 #include <span>
 
 namespace penwick {
