@@ -240,7 +240,7 @@ private:
     // Fewer elements are not worth a call of the reader.
     static constexpr std::size_t kLeastTexts = 64;
     // Bounds the copies of a run in memory.
-    static constexpr std::size_t kMostJoinedUnits = std::size_t{1} << 23;
+    static constexpr std::size_t kMostJoinedUnits = std::size_t{1} << 21;
 
     JSContextRef m_context;
     JsTextReader &m_reader;
