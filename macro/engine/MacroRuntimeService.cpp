@@ -60,26 +60,34 @@ MacroResultError executionException(const QString &detail)
     return {Code::ExecutionException, detail};
 }
 
+void append(QString &text, const TextChunkView &chunk)
+{
+    if (chunk.ascii != nullptr)
+        text += QLatin1StringView(chunk.ascii, chunk.length);
+    else
+        text += QStringView(chunk.utf16, chunk.length);
+}
+
+void writeInPieces(const Text &text, const ScriptSource::Sink &sink)
+{
+    constexpr qsizetype kPiece = 65'536;
+    QString piece;
+    text.forEachChunk(0, text.size(), [&](const TextChunkView &chunk) {
+        append(piece, chunk);
+        if (piece.size() >= kPiece) {
+            sink(piece);
+            piece.resize(0);
+        }
+        return true;
+    });
+    sink(piece);
+}
+
 // Writes the text when the source is read, so that a large one is not in memory a second time.
 ScriptSource sourceOf(const Text &text)
 {
-    const auto write = [text](const ScriptSource::Sink &sink) {
-        constexpr qsizetype kPiece = 65'536;
-        QString piece;
-        text.forEachChunk(0, text.size(), [&](const TextChunkView &chunk) {
-            if (chunk.ascii != nullptr)
-                piece += QLatin1StringView(chunk.ascii, chunk.length);
-            else
-                piece += QStringView(chunk.utf16, chunk.length);
-            if (piece.size() >= kPiece) {
-                sink(piece);
-                piece.resize(0);
-            }
-            return true;
-        });
-        sink(piece);
-    };
-    return {static_cast<qsizetype>(text.size()), write};
+    return {static_cast<qsizetype>(text.size()),
+            [text](const ScriptSource::Sink &sink) { writeInPieces(text, sink); }};
 }
 
 // Returns nothing when the script is too long for the engine.

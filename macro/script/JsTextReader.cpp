@@ -1,6 +1,6 @@
 #include "macro/script/JsTextReader.h"
 
-#include <utility>
+#include <iterator>
 
 namespace penwick {
 
