@@ -1,5 +1,7 @@
 #include "text/TerminalColumns.h"
 
+#include <QList>
+
 #include <unicode/uchar.h>
 
 namespace penwick {
