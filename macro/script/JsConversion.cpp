@@ -94,8 +94,8 @@ private:
         if (count == 0)
             return take(first);
         const std::size_t units = (m_limits.bytes - m_bytes) / sizeof(JSChar);
-        const JsTextReader::Run run =
-            m_reader.read(list.object, first, list.next, count, std::min(units, kMostJoinedUnits));
+        const JsTextReader::Run run = m_reader.read(
+            list.object, first, list.next, count, std::min(units, m_limits.joinedUnits));
         if (!run.joined) { // The engine ran out of memory.
             m_error = Code::ResultTooLarge;
             return;
@@ -239,8 +239,6 @@ private:
 
     // Fewer elements are not worth a call of the reader.
     static constexpr std::size_t kLeastTexts = 64;
-    // Bounds the copies of a run in memory.
-    static constexpr std::size_t kMostJoinedUnits = std::size_t{1} << 21;
 
     JSContextRef m_context;
     JsTextReader &m_reader;

@@ -5,6 +5,7 @@
 #include "macro/script/ScriptRunner.h"
 #include "wording/WordingLookup.h"
 
+#include <algorithm>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -47,8 +48,28 @@ void startThread()
         pthread_join(thread, nullptr);
 }
 
+struct Service
+{
+    std::size_t memory = 0; // Bytes that a script may allocate.
+    penwick::RefusedCalls refused = penwick::RefusedCalls::Reported;
+    bool servesMany = false;
+};
+
+// A script that fills a small memory must still be able to return what it has.
+penwick::ScriptLimits limitsFor(std::size_t memory)
+{
+    constexpr std::size_t kLeastUnits = std::size_t{1} << 19;
+    constexpr std::size_t kMostUnits = std::size_t{1} << 23;
+    constexpr std::size_t kShare = 512;
+    penwick::ScriptLimits limits;
+    limits.joinedUnits = std::clamp(memory / kShare, kLeastUnits, kMostUnits);
+    return limits;
+}
+
 // Runs the script of a request. The next one gets an engine of its own.
-void serveRequest(penwick::HostChannel &channel, const penwick::ScriptRequest &request, bool isLast)
+void serveRequest(penwick::HostChannel &channel,
+                  const penwick::ScriptRequest &request,
+                  const Service &service)
 {
     const auto log = [&channel](const QString &line) {
         // The editor is gone, so the script is no longer needed.
@@ -59,18 +80,11 @@ void serveRequest(penwick::HostChannel &channel, const penwick::ScriptRequest &r
     const auto end = [&](const std::optional<penwick::ScriptError> &error) {
         const bool isSent = error ? sender.fail(*error) : sender.finish();
         // Does not destroy the engine: the kernel releases its memory faster.
-        if (isLast || !isSent)
+        if (!service.servesMany || !isSent)
             _exit(isSent ? EXIT_SUCCESS : EXIT_FAILURE);
     };
-    penwick::evaluateScript(request, log, {}, {sender, end});
+    penwick::evaluateScript(request, log, limitsFor(service.memory), {sender, end});
 }
-
-struct Service
-{
-    std::size_t memory = 0;
-    penwick::RefusedCalls refused = penwick::RefusedCalls::Reported;
-    bool servesMany = false;
-};
 
 int serve(penwick::HostChannel &channel, const Service &service)
 {
@@ -92,7 +106,7 @@ int serve(penwick::HostChannel &channel, const Service &service)
         const auto request = channel.receiveRequest();
         if (!request)
             return EXIT_SUCCESS; // The editor has no script to run.
-        serveRequest(channel, *request, !service.servesMany);
+        serveRequest(channel, *request, service);
     }
 }
 
