@@ -65,6 +65,7 @@ private Q_SLOTS:
     void write_rightAfterAnEdit_writesIt();
     void write_success_setsSavePointAndPath();
     void write_failure_leavesDocumentAndPath();
+    void write_fileThatIsGone_isRefusedWhereWanted();
     void write_throughSymbolicLink_keepsLinkAndMode();
     void read_missingFile_isNotFound();
     void read_folder_fails();
@@ -232,6 +233,19 @@ void TextDocumentTest::write_failure_leavesDocumentAndPath()
     QVERIFY(written.error().fileErrorKind == FileError::Kind::NotFound);
     QVERIFY(document.isEdited());
     QVERIFY(document.filePath().isEmpty());
+}
+
+void TextDocumentTest::write_fileThatIsGone_isRefusedWhereWanted()
+{
+    TransferProgress progress;
+    Replaceable existing;
+    existing.missing = false;
+    const auto refused = writeTextFile(path(u"gone.txt"_s), Text(u"x"), progress, existing);
+    QVERIFY(!refused.has_value());
+    QVERIFY(refused.error().fileErrorKind == FileError::Kind::Changed);
+    QVERIFY(!QFile::exists(path(u"gone.txt"_s)));
+    QVERIFY(writeTextFile(path(u"gone.txt"_s), Text(u"x"), progress).has_value());
+    QVERIFY(writeTextFile(path(u"gone.txt"_s), Text(u"y"), progress, existing).has_value());
 }
 
 void TextDocumentTest::write_throughSymbolicLink_keepsLinkAndMode()
