@@ -1,11 +1,11 @@
 #include "app/AppDelegate.h"
 
-#include "app/AboutPanel.h"
 #include "app/MacroMenu.h"
 #include "app/OpenDialogs.h"
 #include "app/ScriptHostReport.h"
 #include "app/TestMacros.h"
 #include "code/ResultLine.h"
+#include "command/CommandShortcut.h"
 #include "macro/library/MacroManager.h"
 #include "macro/script/ScriptHostPool.h"
 #include "platform/files/ApplicationSupport.h"
@@ -49,6 +49,7 @@ AppDelegate::AppDelegate(Clock clock, FilePanels panels, QObject *parent)
                   m_documents.openFile(path);
           })
     , m_launcher([this] { return targetEditor(); }, m_clock)
+    , m_commands(this)
 {
     // A window that is opened later gets a menu bar of its own.
     connect(&m_documents, &DocumentController::windowMade, this, &AppDelegate::prepareWindow);
@@ -248,69 +249,16 @@ void AppDelegate::rebuildMacroMenu(const EditorWindow &window)
 
 MenuHandlers AppDelegate::menuHandlers()
 {
-    return {[this](MenuCommand command) { perform(command); },
-            [this](MenuCommand command) { return isEnabled(command); }};
+    // A disabled item would block its key, so only the one that is never possible is disabled.
+    return {
+        [this](CommandId id) { m_commands.performCommand(id); },
+        [this](CommandId id) { return id != CommandId::CheckForUpdates || canCheckForUpdates(); }};
 }
 
-bool AppDelegate::isEnabled(MenuCommand command) const
+void AppDelegate::checkForUpdates()
 {
-    return command != MenuCommand::CheckForUpdates || m_updaterController != nullptr;
-}
-
-void AppDelegate::perform(MenuCommand command)
-{
-    switch (command) {
-    case MenuCommand::About:
-        showAboutPanel(QApplication::activeWindow());
-        break;
-    case MenuCommand::Quit:
-        terminate();
-        break;
-    case MenuCommand::NewDocument:
-        m_documents.newDocument();
-        break;
-    case MenuCommand::OpenDocument:
-        m_documents.openDocument();
-        break;
-    case MenuCommand::RunTestMacro:
-        runTestMacro();
-        break;
-    case MenuCommand::RunTestMacroSelection:
-        runTestMacroSelection();
-        break;
-    case MenuCommand::ShowMacroManager:
-        showMacroManager();
-        break;
-    case MenuCommand::ShowProfileManager:
-        showProfileManager();
-        break;
-    case MenuCommand::CheckForUpdates:
-        if (m_updaterController != nullptr)
-            m_updaterController->checkForUpdates();
-        break;
-    default:
-        performOnDocument(command);
-    }
-}
-
-void AppDelegate::performOnDocument(MenuCommand command)
-{
-    const auto controller = targetEditor();
-    if (controller == nullptr)
-        return;
-    switch (command) {
-    case MenuCommand::PerformClose:
-        m_documents.closeDocument(controller.get());
-        break;
-    case MenuCommand::SaveDocument:
-        m_documents.saveDocument(controller.get());
-        break;
-    case MenuCommand::SaveDocumentAs:
-        m_documents.saveDocumentAs(controller.get());
-        break;
-    default:
-        break;
-    }
+    if (m_updaterController != nullptr)
+        m_updaterController->checkForUpdates();
 }
 
 void AppDelegate::runDynamicMacro(const QString &id)
@@ -373,17 +321,10 @@ void AppDelegate::showProfileManager()
 /// Gives a window without a menu bar the keys of the commands that concern no document.
 void AppDelegate::addShortcuts(QWidget *window)
 {
-    for (const MenuItemRow &row : menuItemRows()) {
-        const bool isForAnyWindow = row.command == MenuCommand::Quit ||
-                                    row.command == MenuCommand::NewDocument ||
-                                    row.command == MenuCommand::OpenDocument;
-        if (!isForAnyWindow)
-            continue;
-        auto *shortcut = new QShortcut(keyEquivalent(row), window);
-        connect(shortcut, &QShortcut::activated, this, [this, command = row.command] {
-            perform(command);
+    for (const CommandId id : {CommandId::Quit, CommandId::NewDocument, CommandId::OpenDocument})
+        connect(makeShortcut(id, window), &QShortcut::activated, this, [this, id] {
+            m_commands.performCommand(id);
         });
-    }
 }
 
 void AppDelegate::end(int status)

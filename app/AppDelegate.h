@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/AppCommands.h"
 #include "app/DocumentController.h"
 #include "app/EngineCheck.h"
 #include "app/FileDrop.h"
@@ -94,6 +95,10 @@ public:
         return m_profileManager.get();
     }
 
+    [[nodiscard]] bool canCheckForUpdates() const { return m_updaterController != nullptr; }
+
+    void checkForUpdates();
+
     /// Ends the application unless the user cancels.
     void terminate();
 
@@ -125,9 +130,6 @@ private:
     void rebuildMacroMenus();
     void rebuildMacroMenu(const EditorWindow &window);
     [[nodiscard]] MenuHandlers menuHandlers();
-    void perform(MenuCommand command);
-    void performOnDocument(MenuCommand command);
-    [[nodiscard]] bool isEnabled(MenuCommand command) const;
 
     Clock m_clock;
     FilePanels m_panels;
@@ -138,6 +140,7 @@ private:
     FileDrop m_fileDrop;
     DefaultButtonFocus m_defaultButtonFocus;
     MacroLauncher m_launcher;
+    AppCommands m_commands;
     TerminationSignals m_signals;
     std::optional<UnsavedTextRescue> m_rescue;
     std::unique_ptr<EngineCheck> m_engineCheck; // Set while the trial runs.

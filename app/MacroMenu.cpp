@@ -33,12 +33,9 @@ QString cutTitle(const QMenu *menu, const QString &name)
         cutText(name, kLongestName), Qt::ElideMiddle, kMaximumWidth * metrics.averageCharWidth());
 }
 
-void addCommandItem(QMenu *menu,
-                    const QString &title,
-                    MenuCommand command,
-                    const MenuHandlers &handlers)
+void addCommandItem(QMenu *menu, CommandId command, const MenuHandlers &handlers)
 {
-    QAction *action = addPlainItem(menu, title);
+    QAction *action = addPlainItem(menu, commandTitle(command));
     action->setEnabled(handlers.isEnabled(command));
     QObject::connect(
         action, &QAction::triggered, action, [command, handlers] { handlers.perform(command); });
@@ -77,14 +74,10 @@ void rebuildMacroMenu(QMenu *menu,
     if (addMacroItems(menu, macros, runMacro) == 0)
         addPlainItem(menu, wording::text(u"macro.notification.noMacro"_s))->setEnabled(false);
     menu->addSeparator();
-    addCommandItem(menu, wording::text(u"macro.manage"_s), MenuCommand::ShowMacroManager, handlers);
+    addCommandItem(menu, CommandId::ShowMacroManager, handlers);
     menu->addSeparator();
-    addCommandItem(
-        menu, wording::text(u"macro.testRunReplaceAll"_s), MenuCommand::RunTestMacro, handlers);
-    addCommandItem(menu,
-                   wording::text(u"macro.testRunReplaceSelection"_s),
-                   MenuCommand::RunTestMacroSelection,
-                   handlers);
+    addCommandItem(menu, CommandId::RunTestMacro, handlers);
+    addCommandItem(menu, CommandId::RunTestMacroSelection, handlers);
 }
 
 } // namespace penwick

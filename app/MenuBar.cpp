@@ -2,6 +2,7 @@
 
 #include "app/MenuStyle.h"
 #include "app/ResponderActions.h"
+#include "command/CommandShortcut.h"
 #include "controls/VerbatimText.h"
 
 #include <QAction>
@@ -16,12 +17,12 @@ namespace penwick {
 
 namespace {
 
-QAction::MenuRole menuRole(MenuCommand command)
+QAction::MenuRole menuRole(CommandId command)
 {
     switch (command) {
-    case MenuCommand::About:
+    case CommandId::About:
         return QAction::AboutRole;
-    case MenuCommand::Quit:
+    case CommandId::Quit:
         return QAction::QuitRole;
     default:
         // Without `NoRole`, Qt guesses the role from the text, such as a macro's name.
@@ -31,15 +32,15 @@ QAction::MenuRole menuRole(MenuCommand command)
 
 void addItem(QMenu *menu, const MenuItemRow &row, const MenuHandlers &handlers)
 {
-    if (row.command == MenuCommand::Separator) {
+    if (!row.command) {
         menu->addSeparator();
         return;
     }
-    QAction *action = menu->addAction(verbatimText(menuTitle(row)));
-    action->setShortcut(keyEquivalent(row));
-    action->setMenuRole(menuRole(row.command));
-    action->setData(QVariant::fromValue(static_cast<int>(row.command)));
-    const MenuCommand command = row.command;
+    const CommandId command = *row.command;
+    QAction *action = menu->addAction(verbatimText(commandTitle(command)));
+    action->setShortcut(shownKey(command));
+    action->setMenuRole(menuRole(command));
+    action->setData(QVariant::fromValue(static_cast<int>(command)));
     if (isResponderCommand(command)) {
         QObject::connect(
             action, &QAction::triggered, action, [command] { performResponderCommand(command); });
@@ -54,7 +55,7 @@ void addItem(QMenu *menu, const MenuItemRow &row, const MenuHandlers &handlers)
 void setEditStates(const QMenu *menu, bool isOpen)
 {
     for (QAction *action : menu->actions()) {
-        const auto command = static_cast<MenuCommand>(action->data().toInt());
+        const auto command = static_cast<CommandId>(action->data().toInt());
         if (!action->isSeparator() && isResponderCommand(command))
             action->setEnabled(!isOpen || canPerformResponderCommand(command));
     }
@@ -92,7 +93,7 @@ void buildMenuBar(QMainWindow *window, const MenuHandlers &handlers)
         addItem(menus.at(row.menu), row, handlers);
     validateWhileOpen(menus.at(MenuId::Edit));
     rememberFocusBefore(bar);
-    auto *open = new QShortcut(Qt::Key_F10, bar);
+    auto *open = makeShortcut(CommandId::OpenMenuBar, bar);
     QObject::connect(open, &QShortcut::activated, bar, [bar] {
         bar->setActiveAction(bar->actions().constFirst());
     });

@@ -14,8 +14,8 @@ namespace penwick {
 /// The callbacks of a menu bar. Both may be called for as long as the bar exists.
 struct MenuHandlers
 {
-    std::function<void(MenuCommand)> perform;
-    std::function<bool(MenuCommand)> isEnabled;
+    std::function<void(CommandId)> perform;
+    std::function<bool(CommandId)> isEnabled;
 };
 
 /// Object name of the macro menu's item in the bar.

@@ -1,36 +1,16 @@
 #pragma once
 
-#include <QKeySequence>
+#include "command/Command.h"
+
 #include <QString>
 
+#include <optional>
 #include <span>
 
 namespace penwick {
 
 /// The menus of the bar, from the leading edge. The macro menu is filled elsewhere.
 enum class MenuId { Application, File, Edit, Macro, Profile, Help };
-
-/// What a menu item does.
-enum class MenuCommand {
-    Separator,
-    About,
-    Quit,
-    NewDocument,
-    OpenDocument,
-    PerformClose,
-    SaveDocument,
-    SaveDocumentAs,
-    Undo,
-    Redo,
-    Cut,
-    Copy,
-    Paste,
-    ShowProfileManager,
-    CheckForUpdates,
-    ShowMacroManager,
-    RunTestMacro,
-    RunTestMacroSelection,
-};
 
 /// One menu of the bar.
 struct MenuRow
@@ -39,14 +19,11 @@ struct MenuRow
     QStringView titleKey;
 };
 
-/// One item of a menu.
+/// One item of a menu: a command, or a separator.
 struct MenuItemRow
 {
     MenuId menu;
-    MenuCommand command;
-    QStringView titleKey = {};
-    QStringView titleSuffix = {}; ///< Appended to the looked-up title.
-    char16_t key = 0;             ///< With Ctrl, and Shift for a capital letter. 0: none.
+    std::optional<CommandId> command = std::nullopt;
 };
 
 [[nodiscard]] std::span<const MenuRow> menuRows();
@@ -54,9 +31,4 @@ struct MenuItemRow
 
 /// The title in the active wording.
 [[nodiscard]] QString menuTitle(const MenuRow &row);
-[[nodiscard]] QString menuTitle(const MenuItemRow &row);
-
-/// Empty when the item has no key.
-[[nodiscard]] QKeySequence keyEquivalent(const MenuItemRow &row);
-
 } // namespace penwick

@@ -20,19 +20,23 @@ namespace {
 
 constexpr char kFormerFocus[] = "formerFocus"; // A property of a menu bar.
 
-const char *operationName(MenuCommand command)
+const char *operationName(CommandId command)
 {
     switch (command) {
-    case MenuCommand::Undo:
+    case CommandId::Undo:
         return "undo";
-    case MenuCommand::Redo:
+    case CommandId::Redo:
         return "redo";
-    case MenuCommand::Cut:
+    case CommandId::Cut:
         return "cut";
-    case MenuCommand::Copy:
+    case CommandId::Copy:
         return "copy";
-    case MenuCommand::Paste:
+    case CommandId::Paste:
         return "paste";
+    case CommandId::SelectAll:
+        return "selectAll";
+    case CommandId::Deselect:
+        return "deselect";
     default:
         return nullptr;
     }
@@ -52,7 +56,7 @@ QWidget *firstResponder()
                : focus;
 }
 
-std::optional<Responder> findResponder(MenuCommand command)
+std::optional<Responder> findResponder(CommandId command)
 {
     const QByteArray signature = QByteArray(operationName(command)) + "()";
     for (QWidget *widget = firstResponder(); widget != nullptr; widget = widget->parentWidget()) {
@@ -71,32 +75,38 @@ bool clipboardHasText()
     return data != nullptr && data->hasText();
 }
 
-bool canPerform(const TextView &view, MenuCommand command)
+bool canPerform(const TextView &view, CommandId command)
 {
     switch (command) {
-    case MenuCommand::Undo:
+    case CommandId::Undo:
         return view.textStorage()->canUndo();
-    case MenuCommand::Redo:
+    case CommandId::Redo:
         return view.textStorage()->canRedo();
-    case MenuCommand::Cut:
-    case MenuCommand::Copy:
+    case CommandId::Cut:
+    case CommandId::Copy:
         return view.selectedRange().length > 0;
+    case CommandId::SelectAll:
+        return view.selectedRange().length < view.textStorage()->length();
+    case CommandId::Deselect:
+        return !view.selectedRange().isEmpty();
     default:
         return view.canPaste();
     }
 }
 
-bool canPerform(const QLineEdit &field, MenuCommand command)
+bool canPerform(const QLineEdit &field, CommandId command)
 {
     switch (command) {
-    case MenuCommand::Undo:
+    case CommandId::Undo:
         return field.isUndoAvailable();
-    case MenuCommand::Redo:
+    case CommandId::Redo:
         return field.isRedoAvailable();
-    case MenuCommand::Cut:
+    case CommandId::Cut:
         return field.hasSelectedText() && !field.isReadOnly();
-    case MenuCommand::Copy:
+    case CommandId::Copy:
         return field.hasSelectedText();
+    case CommandId::SelectAll:
+        return !field.text().isEmpty();
     default:
         return !field.isReadOnly() && clipboardHasText();
     }
@@ -104,7 +114,7 @@ bool canPerform(const QLineEdit &field, MenuCommand command)
 
 } // namespace
 
-bool isResponderCommand(MenuCommand command)
+bool isResponderCommand(CommandId command)
 {
     return operationName(command) != nullptr;
 }
@@ -117,13 +127,13 @@ void rememberFocusBefore(QMenuBar *bar)
     });
 }
 
-void performResponderCommand(MenuCommand command)
+void performResponderCommand(CommandId command)
 {
     if (const auto responder = findResponder(command))
         responder->operation.invoke(responder->widget, Qt::DirectConnection);
 }
 
-bool canPerformResponderCommand(MenuCommand command)
+bool canPerformResponderCommand(CommandId command)
 {
     const auto responder = findResponder(command);
     if (!responder)

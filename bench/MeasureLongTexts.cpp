@@ -91,7 +91,7 @@ struct Shown
         runUntilIdle();
     }
 
-    MenuHandlers handlers{[](MenuCommand) {}, [](MenuCommand) { return true; }};
+    MenuHandlers handlers{[](CommandId) {}, [](CommandId) { return true; }};
     UserDefaults defaults;
     TextDocument document;
     EditorWindowController controller;

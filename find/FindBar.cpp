@@ -1,5 +1,6 @@
 #include "find/FindBar.h"
 
+#include "command/CommandShortcut.h"
 #include "controls/ElidedButton.h"
 #include "controls/ElidedLabel.h"
 #include "controls/VerbatimText.h"
@@ -342,13 +343,16 @@ void FindBar::relabel()
 {
     const QString find = wording::text(u"menu.edit.find"_s);
     const QString replace = wording::text(u"menu.edit.replace"_s);
-    label(m_searchField, find, findkeys::kFind);
-    label(m_replaceField, replace, findkeys::kReplace);
+    label(m_searchField, find, shownKey(CommandId::Find));
+    label(m_replaceField, replace, shownKey(CommandId::Replace));
     label(m_replace, replace, replace, findkeys::kReplaceOne);
     const QString all = wording::text(u"editor.find.replaceAll"_s);
     label(m_replaceAll, all, all);
-    label(m_next, {}, wording::text(u"editor.find.next"_s), findkeys::kNext);
-    label(m_previous, {}, wording::text(u"editor.find.previous"_s), findkeys::kPrevious);
+    label(m_next, {}, wording::text(u"editor.find.next"_s), shownKey(CommandId::FindNext));
+    label(m_previous,
+          {},
+          wording::text(u"editor.find.previous"_s),
+          shownKey(CommandId::FindPrevious));
     label(m_case,
           wording::text(u"editor.find.matchCaseFace"_s),
           wording::text(u"editor.find.matchCase"_s));

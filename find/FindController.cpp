@@ -1,10 +1,9 @@
 #include "find/FindController.h"
 
+#include "command/CommandShortcut.h"
 #include "find/FindBar.h"
-#include "find/FindKeys.h"
 #include "view/TextView.h"
 #include "view/TextViewMenu.h"
-#include "wording/WordingLookup.h"
 
 #include <QApplication>
 #include <QInputMethodEvent>
@@ -68,29 +67,26 @@ void FindController::connectBar()
 
 void FindController::addShortcuts(QWidget *scope, Qt::ShortcutContext context)
 {
-    const auto add = [this, scope, context](const QList<QKeySequence> &keys,
-                                            void (FindController::*slot)()) {
-        auto *shortcut = new QShortcut(scope);
-        shortcut->setKeys(keys);
+    const auto add = [this, scope, context](CommandId id, void (FindController::*slot)()) {
+        QShortcut *shortcut = makeShortcut(id, scope);
         shortcut->setContext(context);
         connect(shortcut, &QShortcut::activated, this, slot);
     };
-    add({findkeys::kFind}, &FindController::showFind);
-    add({findkeys::kReplace}, &FindController::showReplace);
-    add({findkeys::kNext, Qt::CTRL | Qt::Key_G}, &FindController::findNext);
-    add({findkeys::kPrevious, Qt::CTRL | Qt::SHIFT | Qt::Key_G}, &FindController::findPrevious);
+    add(CommandId::Find, &FindController::showFind);
+    add(CommandId::Replace, &FindController::showReplace);
+    add(CommandId::FindNext, &FindController::findNext);
+    add(CommandId::FindPrevious, &FindController::findPrevious);
 }
 
 void FindController::extendMenu(QMenu *menu)
 {
     menu->addSeparator();
-    menu->addAction(textMenuEntry(wording::text(QStringLiteral("menu.edit.find")), findkeys::kFind),
+    menu->addAction(textMenuEntry(commandTitle(CommandId::Find), shownKey(CommandId::Find)),
                     this,
                     &FindController::showFind);
-    menu->addAction(
-        textMenuEntry(wording::text(QStringLiteral("menu.edit.replace")), findkeys::kReplace),
-        this,
-        &FindController::showReplace);
+    menu->addAction(textMenuEntry(commandTitle(CommandId::Replace), shownKey(CommandId::Replace)),
+                    this,
+                    &FindController::showReplace);
 }
 
 void FindController::showFind()

@@ -179,6 +179,8 @@ public Q_SLOTS:
 
     void selectAll() { perform(EditCommand::SelectAll); }
 
+    void deselect() { perform(EditCommand::Deselect); }
+
 Q_SIGNALS:
     /// The user, undo, redo or a macro changed the text.
     void textDidChange();

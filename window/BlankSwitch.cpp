@@ -1,9 +1,9 @@
 #include "window/BlankSwitch.h"
 
+#include "command/CommandShortcut.h"
 #include "platform/settings/NotificationCenter.h"
 #include "view/TextView.h"
 #include "view/TextViewMenu.h"
-#include "wording/WordingLookup.h"
 
 #include <QMenu>
 #include <QShortcut>
@@ -14,7 +14,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QKeyCombination kKey = Qt::CTRL | Qt::SHIFT | Qt::Key_B;
 const QString kSetting = u"showsBlanks"_s;
 const QString kDidChange = u"ShowsBlanksDidChange"_s;
 
@@ -24,8 +23,10 @@ BlankSwitch::BlankSwitch(TextView *view, QWidget *scope, UserDefaults &defaults)
     : QObject(scope)
     , m_defaults(defaults)
 {
-    auto *shortcut = new QShortcut(kKey, scope);
-    connect(shortcut, &QShortcut::activated, this, &BlankSwitch::toggle);
+    connect(makeShortcut(CommandId::ShowBlanks, scope),
+            &QShortcut::activated,
+            this,
+            &BlankSwitch::toggle);
     connect(view, &TextView::contextMenuWillOpen, this, &BlankSwitch::extendMenu);
     NotificationCenter::defaultCenter().addObserver(
         kDidChange, this, [this, view] { view->setShowsBlanks(isOn()); });
@@ -47,7 +48,9 @@ void BlankSwitch::extendMenu(QMenu *menu)
 {
     menu->addSeparator();
     QAction *action = menu->addAction(
-        textMenuEntry(wording::text(u"editor.showBlanks"_s), kKey), this, &BlankSwitch::toggle);
+        textMenuEntry(commandTitle(CommandId::ShowBlanks), shownKey(CommandId::ShowBlanks)),
+        this,
+        &BlankSwitch::toggle);
     action->setCheckable(true);
     action->setChecked(isOn());
 }

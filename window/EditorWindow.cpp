@@ -1,5 +1,6 @@
 #include "window/EditorWindow.h"
 
+#include "command/CommandShortcut.h"
 #include "controls/VerbatimText.h"
 #include "platform/desktop/ContextMenu.h"
 #include "platform/desktop/WindowFrame.h"
@@ -19,6 +20,7 @@
 #include <QInputMethod>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QMenuBar>
 #include <QPointer>
 #include <QShortcut>
 #include <QStackedWidget>
@@ -129,14 +131,11 @@ void EditorWindow::connectTabBar()
 
 void EditorWindow::addShortcuts()
 {
-    const auto add = [this](QKeyCombination keys, int step) {
-        auto *shortcut = new QShortcut(QKeySequence(keys), this);
-        connect(shortcut, &QShortcut::activated, this, [this, step] { stepTab(step); });
-    };
-    add(Qt::CTRL | Qt::Key_Tab, 1);
-    add(Qt::CTRL | Qt::Key_PageDown, 1);
-    add(Qt::CTRL | Qt::SHIFT | Qt::Key_Tab, -1);
-    add(Qt::CTRL | Qt::Key_PageUp, -1);
+    for (const CommandId id : {CommandId::NextTab, CommandId::PreviousTab}) {
+        connect(makeShortcut(id, this), &QShortcut::activated, this, [this, id] {
+            performCommand(id);
+        });
+    }
 }
 
 QList<EditorWindowController *> EditorWindow::controllers() const
@@ -165,6 +164,34 @@ void EditorWindow::stepTab(int step)
 {
     if (count() > 1)
         m_tabBar->setCurrentIndex((m_tabBar->currentIndex() + step + count()) % count());
+}
+
+CommandState EditorWindow::commandState(CommandId id) const
+{
+    switch (id) {
+    case CommandId::NextTab:
+    case CommandId::PreviousTab:
+    case CommandId::ShowTabList:
+        return {count() > 1};
+    default:
+        return {id == CommandId::OpenMenuBar};
+    }
+}
+
+void EditorWindow::performCommand(CommandId id)
+{
+    switch (id) {
+    case CommandId::NextTab:
+        return stepTab(1);
+    case CommandId::PreviousTab:
+        return stepTab(-1);
+    case CommandId::ShowTabList:
+        return m_tabList->popUp();
+    case CommandId::OpenMenuBar:
+        return menuBar()->setActiveAction(menuBar()->actions().value(0));
+    default:
+        break;
+    }
 }
 
 void EditorWindow::setTabBarAlwaysVisible(bool stays)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "command/Command.h"
 #include "platform/settings/UserDefaults.h"
 #include "window/TabLabel.h"
 
@@ -25,7 +26,9 @@ class TabMimeData;
 ///
 /// The controllers of its tabs own the window: it is destroyed with the last of them, or when the
 /// last one moves to another window. Create it with `std::make_shared`.
-class EditorWindow final : public QMainWindow, public std::enable_shared_from_this<EditorWindow>
+class EditorWindow final : public QMainWindow,
+                           public CommandTarget,
+                           public std::enable_shared_from_this<EditorWindow>
 {
     Q_OBJECT
 
@@ -53,6 +56,10 @@ public:
     /// Makes another tab current.
     /// \param step how many tabs forward, negative for backward; wraps around at either end.
     void stepTab(int step);
+
+    [[nodiscard]] CommandState commandState(CommandId id) const override;
+    /// Carries out the commands of `CommandPlace::Window`.
+    void performCommand(CommandId id) override;
 
     [[nodiscard]] EditorTabBar *tabBar() const { return m_tabBar; }
 

@@ -63,13 +63,11 @@ void LineEndCommands::extendMenu(QMenu *menu)
 {
     QMenu *conversions =
         menu->addMenu(withAccessKey(wording::text(u"editor.lineEnds.convert"_s), u'N'));
-    const TextRange range = wholeOrSelection();
-    const TextMetrics metrics = m_view->string().mid(range.location, range.length).metrics();
     for (const LineEnd lineEnd : kLineEnds) {
         QAction *action = conversions->addAction(withAccessKey(name(lineEnd), accessKey(lineEnd)),
                                                  this,
                                                  [this, lineEnd] { convert(lineEnd); });
-        action->setEnabled(!metrics.hasOnly(lineEnd));
+        action->setEnabled(canConvert(lineEnd));
     }
 }
 
@@ -77,6 +75,12 @@ TextRange LineEndCommands::wholeOrSelection() const
 {
     const TextRange selected = m_view->selectedRange();
     return selected.isEmpty() ? TextRange{0, m_view->string().size()} : selected;
+}
+
+bool LineEndCommands::canConvert(LineEnd lineEnd) const
+{
+    const TextRange range = wholeOrSelection();
+    return !m_view->string().mid(range.location, range.length).metrics().hasOnly(lineEnd);
 }
 
 void LineEndCommands::convert(LineEnd lineEnd)

@@ -34,6 +34,8 @@ public:
 
     /// Converts the selection or, if it is empty, the whole text.
     void convert(LineEnd lineEnd);
+    /// False when `convert` would change nothing.
+    [[nodiscard]] bool canConvert(LineEnd lineEnd) const;
     /// Converts the whole text.
     void convertWhole(LineEnd lineEnd);
 

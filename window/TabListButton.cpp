@@ -1,5 +1,6 @@
 #include "window/TabListButton.h"
 
+#include "command/CommandShortcut.h"
 #include "controls/VerbatimText.h"
 #include "platform/desktop/ContextMenu.h"
 #include "platform/settings/NotificationCenter.h"
@@ -7,7 +8,6 @@
 #include "window/EditorTabBar.h"
 #include "window/TabNames.h"
 #include "wording/UIWordingProfileManager.h"
-#include "wording/WordingLookup.h"
 
 #include <QMenu>
 #include <QShortcut>
@@ -15,12 +15,6 @@
 using namespace Qt::StringLiterals;
 
 namespace penwick {
-
-namespace {
-
-constexpr QKeyCombination kKey = Qt::CTRL | Qt::SHIFT | Qt::Key_L;
-
-} // namespace
 
 TabListButton::TabListButton(EditorTabBar *bar, QWidget *parent)
     : QToolButton(parent)
@@ -37,8 +31,10 @@ TabListButton::TabListButton(EditorTabBar *bar, QWidget *parent)
         connect(press, &QShortcut::activated, this, &QToolButton::click);
     }
     // A child of the window: a shortcut of a hidden widget does nothing.
-    auto *open = new QShortcut(QKeySequence(kKey), parent);
-    connect(open, &QShortcut::activated, this, &TabListButton::popUp);
+    connect(makeShortcut(CommandId::ShowTabList, parent),
+            &QShortcut::activated,
+            this,
+            &TabListButton::popUp);
     NotificationCenter::defaultCenter().addObserver(
         UIWordingProfileDidChange, this, [this] { relabel(); });
     relabel();
@@ -46,9 +42,10 @@ TabListButton::TabListButton(EditorTabBar *bar, QWidget *parent)
 
 void TabListButton::relabel()
 {
-    const QString name = wording::text(u"editor.tab.list"_s);
+    const QString name = commandTitle(CommandId::ShowTabList);
     setAccessibleName(name);
-    setToolTip(verbatimToolTip(name, QKeySequence(kKey).toString(QKeySequence::NativeText)));
+    setToolTip(
+        verbatimToolTip(name, shownKey(CommandId::ShowTabList).toString(QKeySequence::NativeText)));
 }
 
 void TabListButton::popUp()

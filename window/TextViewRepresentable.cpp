@@ -64,6 +64,46 @@ void TextViewRepresentable::makeTextView()
     setFocusProxy(m_textView);
 }
 
+CommandState TextViewRepresentable::commandState(CommandId id) const
+{
+    switch (id) {
+    case CommandId::ShowBlanks:
+        return {true, m_blankSwitch->isOn()};
+    case CommandId::ConvertToLf:
+        return {m_lineEndCommands->canConvert(LineEnd::LineFeed)};
+    case CommandId::ConvertToCrLf:
+        return {m_lineEndCommands->canConvert(LineEnd::CrLf)};
+    case CommandId::ConvertToCr:
+        return {m_lineEndCommands->canConvert(LineEnd::CarriageReturn)};
+    default:
+        return {command(id).place == CommandPlace::Document};
+    }
+}
+
+void TextViewRepresentable::performCommand(CommandId id)
+{
+    switch (id) {
+    case CommandId::Find:
+        return m_findController->showFind();
+    case CommandId::Replace:
+        return m_findController->showReplace();
+    case CommandId::FindNext:
+        return m_findController->findNext();
+    case CommandId::FindPrevious:
+        return m_findController->findPrevious();
+    case CommandId::ShowBlanks:
+        return m_blankSwitch->toggle();
+    case CommandId::ConvertToLf:
+        return m_lineEndCommands->convert(LineEnd::LineFeed);
+    case CommandId::ConvertToCrLf:
+        return m_lineEndCommands->convert(LineEnd::CrLf);
+    case CommandId::ConvertToCr:
+        return m_lineEndCommands->convert(LineEnd::CarriageReturn);
+    default:
+        break;
+    }
+}
+
 void TextViewRepresentable::keyPressEvent(QKeyEvent *event)
 {
     // The text view ignores Escape, so the event arrives here.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "command/Command.h"
 #include "window/Coordinator.h"
 
 #include <QWidget>
@@ -16,7 +17,7 @@ class LineEndCommands;
 /// Hosts the text view of an editor window and the find bar below it. Creates the view over the
 /// document's storage, sets its font and text, and keeps it in sync with the state and the document
 /// through a `Coordinator`. A long save shows its progress below the text.
-class TextViewRepresentable final : public QWidget
+class TextViewRepresentable final : public QWidget, public CommandTarget
 {
     Q_OBJECT
 
@@ -36,6 +37,10 @@ public:
     [[nodiscard]] FindController *findController() const { return m_findController; }
 
     [[nodiscard]] LineEndCommands *lineEndCommands() const { return m_lineEndCommands; }
+
+    [[nodiscard]] CommandState commandState(CommandId id) const override;
+    /// Carries out the commands of `CommandPlace::Document`.
+    void performCommand(CommandId id) override;
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;

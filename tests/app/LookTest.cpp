@@ -43,7 +43,7 @@ public:
         m_document.setContentString(Text(u"一行目\nsecond line\r\n"_s));
         m_front.setDocument(&m_document);
         m_back.setDocument(&m_other);
-        buildMenuBar(m_front.window(), {[](MenuCommand) {}, [](MenuCommand) { return true; }});
+        buildMenuBar(m_front.window(), {[](CommandId) {}, [](CommandId) { return true; }});
         m_front.window()->resize(700, 420);
         m_front.window()->show();
         static_cast<void>(QTest::qWaitForWindowActive(m_front.window()));

@@ -43,7 +43,7 @@ private:
 
     QMenu m_menu;
     QStringList m_ids;
-    QList<MenuCommand> m_performed;
+    QList<CommandId> m_performed;
     MenuHandlers m_handlers;
 };
 
@@ -52,8 +52,8 @@ void MacroMenuTest::init()
     m_menu.setFont({});
     m_ids.clear();
     m_performed.clear();
-    m_handlers = {[this](MenuCommand command) { m_performed << command; },
-                  [](MenuCommand) { return true; }};
+    m_handlers = {[this](CommandId command) { m_performed << command; },
+                  [](CommandId) { return true; }};
 }
 
 Macro MacroMenuTest::macro(const QString &id, const QString &name, bool isEnabled)
@@ -182,9 +182,9 @@ void MacroMenuTest::fixedItems_triggered_performTheirCommands()
     for (QAction *action : m_menu.actions())
         action->trigger();
     QCOMPARE(m_performed,
-             (QList<MenuCommand>{MenuCommand::ShowMacroManager,
-                                 MenuCommand::RunTestMacro,
-                                 MenuCommand::RunTestMacroSelection}));
+             (QList<CommandId>{CommandId::ShowMacroManager,
+                               CommandId::RunTestMacro,
+                               CommandId::RunTestMacroSelection}));
 }
 
 void MacroMenuTest::rebuild_removesTheOldItems()

@@ -52,15 +52,15 @@ private:
 
     std::unique_ptr<QMainWindow> m_window;
     QLineEdit *m_field = nullptr; // Owned by the window.
-    QList<MenuCommand> m_performed;
+    QList<CommandId> m_performed;
     MenuHandlers m_handlers;
 };
 
 void MenuBarTest::init()
 {
     m_performed.clear();
-    m_handlers = {[this](MenuCommand command) { m_performed << command; },
-                  [](MenuCommand command) { return command != MenuCommand::CheckForUpdates; }};
+    m_handlers = {[this](CommandId command) { m_performed << command; },
+                  [](CommandId command) { return command != CommandId::CheckForUpdates; }};
     m_window = std::make_unique<QMainWindow>();
     buildMenuBar(m_window.get(), m_handlers);
 }
@@ -177,14 +177,14 @@ void MenuBarTest::item_triggered_performsItsCommand()
         for (QAction *action : menu(menuIndex)->actions())
             action->trigger();
     QCOMPARE(m_performed,
-             (QList<MenuCommand>{MenuCommand::About,
-                                 MenuCommand::Quit,
-                                 MenuCommand::NewDocument,
-                                 MenuCommand::OpenDocument,
-                                 MenuCommand::PerformClose,
-                                 MenuCommand::SaveDocument,
-                                 MenuCommand::SaveDocumentAs,
-                                 MenuCommand::ShowProfileManager}));
+             (QList<CommandId>{CommandId::About,
+                               CommandId::Quit,
+                               CommandId::NewDocument,
+                               CommandId::OpenDocument,
+                               CommandId::PerformClose,
+                               CommandId::SaveDocument,
+                               CommandId::SaveDocumentAs,
+                               CommandId::ShowProfileManager}));
 }
 
 void MenuBarTest::shortcut_afterRebuild_performsOnce()
@@ -196,9 +196,9 @@ void MenuBarTest::shortcut_afterRebuild_performsOnce()
     buildMenuBar(m_window.get(), m_handlers);
     QTRY_VERIFY(m_window->menuBar()->isVisible());
     QTest::keyClick(m_window.get(), Qt::Key_S, Qt::ControlModifier);
-    QCOMPARE(m_performed, QList<MenuCommand>{MenuCommand::SaveDocument});
+    QCOMPARE(m_performed, QList<CommandId>{CommandId::SaveDocument});
     QTest::keyClick(m_window.get(), Qt::Key_S, Qt::ControlModifier | Qt::ShiftModifier);
-    QCOMPARE(m_performed.last(), MenuCommand::SaveDocumentAs);
+    QCOMPARE(m_performed.last(), CommandId::SaveDocumentAs);
     QCOMPARE(m_performed.size(), 2);
 }
 

@@ -1,0 +1,105 @@
+#include "app/AppCommands.h"
+
+#include "app/AboutPanel.h"
+#include "app/AppDelegate.h"
+#include "app/ResponderActions.h"
+#include "window/MainEditorView.h"
+#include "window/TextViewRepresentable.h"
+
+#include <QApplication>
+
+namespace penwick {
+
+CommandTarget *AppCommands::targetAt(CommandPlace place) const
+{
+    const auto editor = m_app->targetEditor();
+    if (editor == nullptr)
+        return nullptr;
+    if (place == CommandPlace::Window)
+        return editor->window();
+    MainEditorView *content = editor->content();
+    return content != nullptr ? content->textViewRepresentable() : nullptr;
+}
+
+CommandState AppCommands::commandState(CommandId id) const
+{
+    const CommandPlace place = command(id).place;
+    if (place == CommandPlace::Focus)
+        return {canPerformResponderCommand(id)};
+    if (place != CommandPlace::Application) {
+        const CommandTarget *target = targetAt(place);
+        return target != nullptr ? target->commandState(id) : CommandState{false};
+    }
+    switch (id) {
+    case CommandId::PerformClose:
+    case CommandId::SaveDocument:
+    case CommandId::SaveDocumentAs:
+    case CommandId::RunTestMacro:
+    case CommandId::RunTestMacroSelection:
+        return {m_app->targetEditor() != nullptr};
+    case CommandId::CheckForUpdates:
+        return {m_app->canCheckForUpdates()};
+    default:
+        return {};
+    }
+}
+
+void AppCommands::performCommand(CommandId id)
+{
+    const CommandPlace place = command(id).place;
+    if (place == CommandPlace::Focus)
+        performResponderCommand(id);
+    else if (place == CommandPlace::Application)
+        performHere(id);
+    else if (CommandTarget *target = targetAt(place))
+        target->performCommand(id);
+}
+
+void AppCommands::performHere(CommandId id)
+{
+    switch (id) {
+    case CommandId::About:
+        return showAboutPanel(QApplication::activeWindow());
+    case CommandId::Quit:
+        return m_app->terminate();
+    case CommandId::NewDocument:
+        return m_app->documentController().newDocument();
+    case CommandId::OpenDocument:
+        return m_app->documentController().openDocument();
+    case CommandId::RunTestMacro:
+        return m_app->runTestMacro();
+    case CommandId::RunTestMacroSelection:
+        return m_app->runTestMacroSelection();
+    case CommandId::ShowMacroManager:
+        return m_app->showMacroManager();
+    case CommandId::ShowProfileManager:
+        return m_app->showProfileManager();
+    case CommandId::CheckForUpdates:
+        return m_app->checkForUpdates();
+    default:
+        return performOnDocument(id);
+    }
+}
+
+void AppCommands::performOnDocument(CommandId id)
+{
+    const auto editor = m_app->targetEditor();
+    if (editor == nullptr)
+        return;
+    DocumentController &documents = m_app->documentController();
+    switch (id) {
+    case CommandId::PerformClose:
+        documents.closeDocument(editor.get());
+        break;
+    case CommandId::SaveDocument:
+        documents.saveDocument(editor.get());
+        break;
+    case CommandId::SaveDocumentAs:
+        documents.saveDocumentAs(editor.get());
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace penwick
