@@ -8,6 +8,8 @@
 
 #include <QApplication>
 
+using namespace Qt::StringLiterals;
+
 namespace penwick {
 
 CommandTarget *AppCommands::targetAt(CommandPlace place) const
@@ -36,7 +38,11 @@ CommandState AppCommands::commandState(CommandId id) const
     case CommandId::SaveDocumentAs:
     case CommandId::RunTestMacro:
     case CommandId::RunTestMacroSelection:
+    case CommandId::ShowPalette:
         return {m_app->targetEditor() != nullptr};
+    case CommandId::GoToLine:
+    case CommandId::GoToHeading:
+        return {targetAt(CommandPlace::Document) != nullptr};
     case CommandId::CheckForUpdates:
         return {m_app->canCheckForUpdates()};
     default:
@@ -76,6 +82,12 @@ void AppCommands::performHere(CommandId id)
         return m_app->showProfileManager();
     case CommandId::CheckForUpdates:
         return m_app->checkForUpdates();
+    case CommandId::ShowPalette:
+        return m_app->openPalette();
+    case CommandId::GoToLine:
+        return m_app->openPalette(u":"_s);
+    case CommandId::GoToHeading:
+        return m_app->openPalette(u"@"_s);
     default:
         return performOnDocument(id);
     }

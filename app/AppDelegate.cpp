@@ -50,6 +50,7 @@ AppDelegate::AppDelegate(Clock clock, FilePanels panels, QObject *parent)
           })
     , m_launcher([this] { return targetEditor(); }, m_clock)
     , m_commands(this)
+    , m_palette(this, &m_commands)
 {
     // A window that is opened later gets a menu bar of its own.
     connect(&m_documents, &DocumentController::windowMade, this, &AppDelegate::prepareWindow);
@@ -184,6 +185,11 @@ void AppDelegate::prepareWindow(EditorWindow *window)
 {
     buildMenuBar(window, menuHandlers());
     rebuildMacroMenu(*window);
+    // The menu bar has no items for these commands.
+    for (const CommandId id : {CommandId::ShowPalette, CommandId::GoToLine})
+        connect(makeShortcut(id, window), &QShortcut::activated, this, [this, id] {
+            m_commands.performCommand(id);
+        });
     connect(window, &EditorWindow::currentTabChanged, this, [this, window] {
         currentTabDidChange(window);
     });

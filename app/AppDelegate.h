@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppCommands.h"
+#include "app/CommandPalette.h"
 #include "app/DocumentController.h"
 #include "app/EngineCheck.h"
 #include "app/FileDrop.h"
@@ -99,6 +100,10 @@ public:
 
     void checkForUpdates();
 
+    /// Opens the palette over the target editor's window, or closes it.
+    /// \param mode what is typed in it already; see `CommandPalette`.
+    void openPalette(const QString &mode = {}) { m_palette.open(mode); }
+
     /// Ends the application unless the user cancels.
     void terminate();
 
@@ -141,6 +146,7 @@ private:
     DefaultButtonFocus m_defaultButtonFocus;
     MacroLauncher m_launcher;
     AppCommands m_commands;
+    CommandPalette m_palette;
     TerminationSignals m_signals;
     std::optional<UnsavedTextRescue> m_rescue;
     std::unique_ptr<EngineCheck> m_engineCheck; // Set while the trial runs.

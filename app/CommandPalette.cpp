@@ -1,0 +1,157 @@
+#include "app/CommandPalette.h"
+
+#include "app/AppDelegate.h"
+#include "command/CommandShortcut.h"
+#include "command/Palette.h"
+#include "controls/MacroSourceBadge.h"
+#include "controls/VerbatimText.h"
+#include "macro/library/MacroManager.h"
+#include "view/TextView.h"
+#include "window/EditorTabBar.h"
+#include "wording/WordingLookup.h"
+
+#include <QHash>
+
+#include <algorithm>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qsizetype kMostRecent = 50;
+constexpr QChar kMacroMark = u'/'; // Before a macro's id; no command's name contains it.
+
+QList<PaletteRow> commandRows(const AppCommands &target)
+{
+    QList<PaletteRow> rows;
+    for (const Command &each : commands()) {
+        if (each.id == CommandId::ShowPalette)
+            continue;
+        const CommandState state = target.commandState(each.id);
+        PaletteRow row;
+        row.kind = PaletteRow::Kind::Command;
+        row.id = each.name.toString();
+        row.title = visibleLine(commandTitle(each.id));
+        row.atEnd = shownKey(each.id).toString(QKeySequence::NativeText);
+        row.words = row.id;
+        row.isEnabled = state.isAvailable;
+        if (state.isOn)
+            row.badge =
+                *state.isOn ? wording::text(u"palette.on"_s) : wording::text(u"palette.off"_s);
+        rows.append(row);
+    }
+    return rows;
+}
+
+QList<PaletteRow> macroRows()
+{
+    QList<PaletteRow> rows;
+    for (const Macro &macro : MacroManager::shared().macros()) {
+        if (!macro.isEnabled)
+            continue;
+        PaletteRow row;
+        row.kind = PaletteRow::Kind::Macro;
+        row.id = kMacroMark + macro.id;
+        row.title = visibleLine(macro.name);
+        row.detail = visibleLine(macro.description);
+        row.badge = MacroSourceBadge::sourceLabel(macro.source);
+        row.words = macro.id;
+        rows.append(row);
+    }
+    return rows;
+}
+
+QString tabId(const EditorWindowController &controller)
+{
+    return u"tab/"_s + QString::number(controller.number());
+}
+
+QList<PaletteRow> tabRows(const DocumentController &documents)
+{
+    QList<PaletteRow> rows;
+    for (const auto &window : documents.windows()) {
+        const QStringList names = window->tabBar()->names();
+        for (int i = 0; i < window->count(); ++i) {
+            const EditorWindowController *controller = window->controllers().at(i);
+            const TextDocument *document = controller->document();
+            PaletteRow row;
+            row.kind = PaletteRow::Kind::Tab;
+            row.id = tabId(*controller);
+            row.title = names.value(i);
+            row.badge = wording::text(u"palette.tab"_s);
+            row.detail = document != nullptr ? visibleLine(document->filePath()) : QString();
+            row.atEnd = window->tabBar()->isEdited(i) ? u"●"_s : QString();
+            rows.append(row);
+        }
+    }
+    return rows;
+}
+
+} // namespace
+
+QList<PaletteRow> CommandPalette::rows() const
+{
+    QList<PaletteRow> rows =
+        commandRows(*m_commands) + macroRows() + tabRows(m_app->documentController());
+    QHash<QString, qsizetype> places;
+    for (qsizetype i = 0; i < m_recent.size(); ++i)
+        places.insert(m_recent.at(i), i);
+    std::stable_sort(rows.begin(), rows.end(), [&](const PaletteRow &a, const PaletteRow &b) {
+        return places.value(a.id, kMostRecent) < places.value(b.id, kMostRecent);
+    });
+    return rows;
+}
+
+void CommandPalette::open(const QString &mode)
+{
+    const auto editor = m_app->targetEditor();
+    if (editor == nullptr)
+        return;
+    EditorWindow *window = editor->window();
+    if (Palette *open = Palette::openIn(window)) {
+        if (open->typed().left(1) == mode.left(1) || mode.isEmpty())
+            open->dismiss();
+        else
+            open->setTyped(mode);
+        return;
+    }
+    PaletteSource source;
+    source.rows = rows();
+    if (const TextView *view = editor->textView())
+        source.text = view->string();
+    source.run = [this](const PaletteRow &row) { run(row); };
+    new Palette(window, std::move(source), mode); // Deletes itself.
+}
+
+void CommandPalette::run(const PaletteRow &row)
+{
+    if (row.kind == PaletteRow::Kind::Place)
+        return goTo(row);
+    m_recent.removeAll(row.id);
+    m_recent.prepend(row.id);
+    m_recent.resize(std::min(m_recent.size(), kMostRecent));
+    if (row.kind == PaletteRow::Kind::Macro)
+        return m_app->runDynamicMacro(row.id.mid(1));
+    for (const Command &each : commands())
+        if (row.kind == PaletteRow::Kind::Command && each.name == row.id)
+            return m_commands->performCommand(each.id);
+    for (const auto &controller : m_app->documentController().windowControllers())
+        if (tabId(*controller) == row.id)
+            return controller->bringForward();
+}
+
+void CommandPalette::goTo(const PaletteRow &row) const
+{
+    const auto editor = m_app->targetEditor();
+    TextView *view = editor != nullptr ? editor->textView() : nullptr;
+    if (view == nullptr)
+        return;
+    view->setSelectedRange({row.offset, 0});
+    view->setFocus();
+    if (!row.message.isEmpty())
+        editor->showMacroMessage(NotificationType::Info, row.message);
+}
+
+} // namespace penwick

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "app/AppCommands.h"
+#include "command/PaletteRow.h"
+
+#include <QStringList>
+
+namespace penwick {
+
+/// Opens the palette with everything that the application offers: the commands, the enabled macros
+/// and the open tabs, those that were chosen last first. What was chosen is remembered as long as
+/// this exists.
+class CommandPalette final
+{
+public:
+    /// \param app not owned; must outlive this.
+    CommandPalette(AppDelegate *app, AppCommands *commands)
+        : m_app(app)
+        , m_commands(commands)
+    {
+    }
+
+    /// Opens the palette over the window of the target editor. If it is open there with the same
+    /// mode, closes it instead. Does nothing without an editor.
+    /// \param mode what is typed in it already: `:`, `@`, `>` or nothing.
+    void open(const QString &mode = {});
+
+    /// Returns the rows that the palette shows when nothing is typed.
+    [[nodiscard]] QList<PaletteRow> rows() const;
+
+private:
+    void run(const PaletteRow &row);
+    void goTo(const PaletteRow &row) const;
+
+    AppDelegate *m_app;
+    AppCommands *m_commands;
+    QStringList m_recent; // Ids of rows, the last chosen first.
+};
+
+} // namespace penwick

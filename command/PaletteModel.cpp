@@ -1,0 +1,62 @@
+#include "command/PaletteModel.h"
+
+#include "controls/VerbatimText.h"
+#include "wording/WordingLookup.h"
+
+#include <utility>
+
+namespace penwick {
+
+namespace {
+
+QString spokenText(const PaletteRow &row)
+{
+    QStringList parts{row.title, row.badge, cutText(row.detail, kLongestShown), row.atEnd};
+    if (!row.isEnabled && row.kind != PaletteRow::Kind::Hint)
+        parts << wording::text(QStringLiteral("palette.unavailable"));
+    parts.removeAll(QString());
+    return parts.join(QStringLiteral(", "));
+}
+
+} // namespace
+
+void PaletteModel::setRows(QList<PaletteRow> rows)
+{
+    beginResetModel();
+    m_rows = std::move(rows);
+    endResetModel();
+}
+
+int PaletteModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_rows.size());
+}
+
+QVariant PaletteModel::data(const QModelIndex &index, int role) const
+{
+    const PaletteRow &row = m_rows.at(index.row());
+    switch (role) {
+    case Qt::DisplayRole:
+        return row.title;
+    case Qt::ToolTipRole:
+        return verbatimToolTip(row.title, row.detail);
+    case Qt::AccessibleTextRole:
+        return spokenText(row);
+    case DetailRole:
+        return row.detail;
+    case BadgeRole:
+        return row.badge;
+    case AtEndRole:
+        return row.atEnd;
+    default:
+        return {};
+    }
+}
+
+Qt::ItemFlags PaletteModel::flags(const QModelIndex &index) const
+{
+    const Qt::ItemFlags flags = Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
+    return m_rows.at(index.row()).isEnabled ? flags | Qt::ItemIsEnabled : flags;
+}
+
+} // namespace penwick

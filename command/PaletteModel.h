@@ -1,0 +1,31 @@
+#pragma once
+
+#include "command/PaletteRow.h"
+
+#include <QAbstractListModel>
+
+namespace penwick {
+
+/// The rows that a palette shows.
+class PaletteModel final : public QAbstractListModel
+{
+    Q_OBJECT
+
+public:
+    enum Role { DetailRole = Qt::UserRole + 1, BadgeRole, AtEndRole };
+
+    using QAbstractListModel::QAbstractListModel;
+
+    void setRows(QList<PaletteRow> rows);
+
+    [[nodiscard]] const QList<PaletteRow> &rows() const { return m_rows; }
+
+    [[nodiscard]] int rowCount(const QModelIndex &parent = {}) const override;
+    [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
+    [[nodiscard]] Qt::ItemFlags flags(const QModelIndex &index) const override;
+
+private:
+    QList<PaletteRow> m_rows;
+};
+
+} // namespace penwick
