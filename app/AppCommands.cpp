@@ -45,6 +45,8 @@ CommandState AppCommands::commandState(CommandId id) const
         return {targetAt(CommandPlace::Document) != nullptr};
     case CommandId::CheckForUpdates:
         return {m_app->canCheckForUpdates()};
+    case CommandId::RepeatMacro:
+        return {m_app->canRepeatMacro()};
     default:
         return {};
     }
@@ -82,6 +84,8 @@ void AppCommands::performHere(CommandId id)
         return m_app->showProfileManager();
     case CommandId::CheckForUpdates:
         return m_app->checkForUpdates();
+    case CommandId::RepeatMacro:
+        return m_app->repeatMacro();
     case CommandId::ShowPalette:
         return m_app->openPalette();
     case CommandId::GoToLine:

@@ -186,7 +186,7 @@ void AppDelegate::prepareWindow(EditorWindow *window)
     buildMenuBar(window, menuHandlers());
     rebuildMacroMenu(*window);
     // The menu bar has no items for these commands.
-    for (const CommandId id : {CommandId::ShowPalette, CommandId::GoToLine})
+    for (const CommandId id : {CommandId::ShowPalette, CommandId::GoToLine, CommandId::RepeatMacro})
         connect(makeShortcut(id, window), &QShortcut::activated, this, [this, id] {
             m_commands.performCommand(id);
         });
@@ -269,8 +269,25 @@ void AppDelegate::checkForUpdates()
 
 void AppDelegate::runDynamicMacro(const QString &id)
 {
-    if (const auto macro = MacroManager::shared().macroWithId(id))
-        m_launcher.promptOrRun(*macro);
+    const auto macro = MacroManager::shared().macroWithId(id);
+    if (!macro)
+        return;
+    m_lastMacroId = id;
+    m_launcher.promptOrRun(*macro);
+}
+
+std::optional<Macro> AppDelegate::lastMacro() const
+{
+    auto macro = MacroManager::shared().macroWithId(m_lastMacroId);
+    return macro && macro->isEnabled ? macro : std::nullopt;
+}
+
+void AppDelegate::repeatMacro()
+{
+    if (const auto macro = lastMacro())
+        m_launcher.promptOrRun(*macro, MacroLauncher::Offer::LastInput);
+    else if (const auto editor = targetEditor())
+        editor->showMacroMessage(NotificationType::Info, wording::text(u"status.noLastMacro"_s));
 }
 
 void AppDelegate::runTestMacro()

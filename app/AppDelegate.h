@@ -74,6 +74,12 @@ public:
 
     /// Runs the stored macro with this id; does nothing when there is none.
     void runDynamicMacro(const QString &id);
+    /// Runs the macro that `runDynamicMacro` ran last, and offers the last input in its prompt.
+    /// Says so in the status bar when there is none.
+    void repeatMacro();
+
+    [[nodiscard]] bool canRepeatMacro() const { return lastMacro().has_value(); }
+
     void runTestMacro();
     void runTestMacroSelection();
     /// Runs a macro for the macro manager, in another open editor if the last active one was
@@ -134,6 +140,7 @@ private:
     void buildMenuBars();
     void rebuildMacroMenus();
     void rebuildMacroMenu(const EditorWindow &window);
+    [[nodiscard]] std::optional<Macro> lastMacro() const;
     [[nodiscard]] MenuHandlers menuHandlers();
 
     Clock m_clock;
@@ -147,6 +154,7 @@ private:
     MacroLauncher m_launcher;
     AppCommands m_commands;
     CommandPalette m_palette;
+    QString m_lastMacroId;
     TerminationSignals m_signals;
     std::optional<UnsavedTextRescue> m_rescue;
     std::unique_ptr<EngineCheck> m_engineCheck; // Set while the trial runs.

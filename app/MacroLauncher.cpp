@@ -13,29 +13,56 @@ namespace penwick {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// What the prompts contain at first, by the ids of the macros that have one.
+const QHash<QString, QString> &defaultInputs()
+{
+    static const QHash<QString, QString> inputs{{u"default_addLinePrefix"_s, u"- "_s},
+                                                {u"default_addLineSuffix"_s, u","_s},
+                                                {u"default_insertDateTime"_s, QString()}};
+    return inputs;
+}
+
+} // namespace
+
 MacroLauncher::MacroLauncher(TargetEditor targetEditor, Clock clock)
     : m_targetEditor(std::move(targetEditor))
     , m_clock(std::move(clock))
 {
 }
 
-void MacroLauncher::promptOrRun(const Macro &macro) const
+void MacroLauncher::promptOrRun(const Macro &macro, Offer offer)
 {
+    const auto prompt = defaultInputs().constFind(macro.id);
     // Ask nothing when the answer could not be used: the target says why no macro can run there.
     const WindowController target = m_targetEditor();
     const bool mayAsk = target == nullptr || !(target->isRunningMacro() || target->isLoading());
-    QWidget *parent = QApplication::activeWindow(); // It need not be an editor.
-    if (mayAsk && macro.id == u"default_addLinePrefix"_s)
-        runWith(macro, askForText(parent, wording::text(u"dialog.prefixMessage"_s), u"- "_s));
-    else if (mayAsk && macro.id == u"default_addLineSuffix"_s)
-        runWith(macro, askForText(parent, wording::text(u"dialog.suffixMessage"_s), u","_s));
-    else if (mayAsk && macro.id == u"default_insertDateTime"_s)
-        runWith(macro, askForDate(parent, wording::text(u"dialog.dateTimeMessage"_s), m_clock));
-    else
-        run(macro);
+    if (!mayAsk || prompt == defaultInputs().cend())
+        return run(macro);
+    QString input = offer == Offer::LastInput ? m_inputs.value(macro.id, *prompt) : *prompt;
+    const auto answer = ask(macro, &input);
+    if (answer && !answer->isEmpty())
+        m_inputs.insert(macro.id, input);
+    runWith(macro, answer);
 }
 
-void MacroLauncher::runInActiveEditor(const Macro &macro) const
+/// \param input what the prompt contains at first; receives what the user entered.
+/// \return what the macro gets as its input.
+std::optional<QString> MacroLauncher::ask(const Macro &macro, QString *input) const
+{
+    QWidget *parent = QApplication::activeWindow(); // It need not be an editor.
+    if (macro.id == u"default_insertDateTime"_s)
+        return askForDate(parent, wording::text(u"dialog.dateTimeMessage"_s), m_clock, input);
+    const QString message = macro.id == u"default_addLinePrefix"_s
+                                ? wording::text(u"dialog.prefixMessage"_s)
+                                : wording::text(u"dialog.suffixMessage"_s);
+    const auto answer = askForText(parent, message, *input);
+    *input = answer.value_or(*input);
+    return answer;
+}
+
+void MacroLauncher::runInActiveEditor(const Macro &macro)
 {
     if (m_targetEditor() != nullptr) {
         promptOrRun(macro);

@@ -37,13 +37,18 @@ QString formatDate(const QDateTime &instant, const QString &pattern)
     return QLocale(QLocale::Japanese, QLocale::Japan).toString(instant, pattern);
 }
 
-std::optional<QString> askForDate(QWidget *parent, const QString &message, const Clock &clock)
+std::optional<QString>
+askForDate(QWidget *parent, const QString &message, const Clock &clock, QString *pattern)
 {
     auto *list = new QComboBox;
     list->addItems(datePatterns());
+    if (pattern != nullptr)
+        list->setCurrentText(*pattern); // Ignored unless it is an item.
     PromptDialog dialog(message, list, parent);
     if (dialog.exec() != QDialog::Accepted || list->currentIndex() < 0)
         return std::nullopt;
+    if (pattern != nullptr)
+        *pattern = list->currentText();
     return formatDate(clock().toLocalTime(), list->currentText());
 }
 

@@ -26,8 +26,9 @@ askForText(QWidget *parent, const QString &message, const QString &initialValue)
 
 /// Asks for a date pattern in a modal dialog and formats the clock's time in the system's time
 /// zone. The clock is read after the answer.
+/// \param pattern selected at first if it is one of the patterns; receives the answer. May be null.
 /// \return no value when the user cancelled.
 [[nodiscard]] std::optional<QString>
-askForDate(QWidget *parent, const QString &message, const Clock &clock);
+askForDate(QWidget *parent, const QString &message, const Clock &clock, QString *pattern = nullptr);
 
 } // namespace penwick

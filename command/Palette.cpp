@@ -28,6 +28,7 @@ namespace {
 constexpr int kWidth = 640; // In logical pixels, like the next.
 constexpr int kMargin = 8;
 constexpr int kFieldPadding = 6;
+constexpr int kFieldIndent = 10; // With the field's own margin, its text starts where the rows do.
 constexpr int kMostRows = 12;
 constexpr int kScanTime = 4; // Milliseconds that a turn of the event loop may scan for.
 constexpr qsizetype kMostHeadings = 2000;
@@ -85,7 +86,7 @@ void Palette::makeContent()
     m_field->setAccessibleName(name);
     m_field->setPlaceholderText(wording::text(u"palette.placeholder"_s));
     m_field->setFrame(false);
-    m_field->setTextMargins(kFieldPadding, kFieldPadding, kFieldPadding, kFieldPadding);
+    m_field->setTextMargins(kFieldIndent, kFieldPadding, kFieldIndent, kFieldPadding);
     m_field->installEventFilter(this);
     m_list->setObjectName(u"paletteList"_s);
     m_list->setAccessibleName(wording::text(u"palette.list"_s));
@@ -93,6 +94,7 @@ void Palette::makeContent()
     m_list->setModel(m_model);
     m_list->setItemDelegate(new PaletteDelegate(m_list));
     m_list->setUniformItemSizes(true);
+    m_list->setMinimumHeight(1); // A list of one row is lower than the default minimum.
     m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_list->setEditTriggers(QListView::NoEditTriggers);
     m_list->setFocusPolicy(Qt::NoFocus);
@@ -103,6 +105,23 @@ void Palette::makeContent()
     layout->setSpacing(1);
     layout->addWidget(m_field);
     layout->addWidget(m_list, 1);
+    updateColors();
+}
+
+/// Desktops set no readable colour for placeholders.
+void Palette::updateColors()
+{
+    QPalette colors = palette();
+    colors.setColor(QPalette::PlaceholderText,
+                    quietInk(colors.color(QPalette::Text), colors.color(QPalette::Base)));
+    m_field->setPalette(colors);
+}
+
+void Palette::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::PaletteChange)
+        updateColors();
+    QFrame::changeEvent(event);
 }
 
 Palette *Palette::openIn(const QWidget *window)

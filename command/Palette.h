@@ -56,10 +56,12 @@ public:
 
 protected:
     bool eventFilter(QObject *object, QEvent *event) override;
+    void changeEvent(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:
     void makeContent();
+    void updateColors();
     void place();
     void showRows();
     void setRows(QList<PaletteRow> rows);

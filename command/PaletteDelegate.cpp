@@ -14,7 +14,6 @@ namespace {
 constexpr int kMargin = 12;
 constexpr int kGap = 10;
 constexpr int kPadding = 6;
-constexpr double kReadable = 4.5;
 
 /// Draws the texts of one row, each into what the ones before have left of it.
 class RowPainter final
@@ -83,18 +82,24 @@ private:
 
 } // namespace
 
+QColor quietInk(const QColor &ink, const QColor &ground)
+{
+    constexpr double kShareOfGround = 0.45;
+    constexpr double kReadable = 4.5;
+    return colorWithContrast(mixedColor(ink, ground, kShareOfGround), ink, ground, kReadable);
+}
+
 void PaletteDelegate::paint(QPainter *painter,
                             const QStyleOptionViewItem &option,
                             const QModelIndex &index) const
 {
-    const QPalette &palette = option.palette;
+    QPalette palette = option.palette;
+    palette.setCurrentColorGroup(QPalette::Active); // The focus is in the field, not here.
     const bool isSelected = option.state.testFlag(QStyle::State_Selected);
     const bool isEnabled = option.state.testFlag(QStyle::State_Enabled);
     const QColor ground = isSelected ? readableHighlight(palette) : palette.color(QPalette::Base);
-    const QColor ink =
-        palette.color(QPalette::Active, isSelected ? QPalette::HighlightedText : QPalette::Text);
-    constexpr double kQuiet = 0.45;
-    const QColor quiet = colorWithContrast(mixedColor(ink, ground, kQuiet), ink, ground, kReadable);
+    const QColor ink = palette.color(isSelected ? QPalette::HighlightedText : QPalette::Text);
+    const QColor quiet = quietInk(ink, ground);
     painter->save();
     painter->fillRect(option.rect, ground);
     painter->setFont(option.font);

@@ -5,6 +5,8 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace penwick {
 
 namespace {
@@ -13,9 +15,9 @@ QString spokenText(const PaletteRow &row)
 {
     QStringList parts{row.title, row.badge, cutText(row.detail, kLongestShown), row.atEnd};
     if (!row.isEnabled && row.kind != PaletteRow::Kind::Hint)
-        parts << wording::text(QStringLiteral("palette.unavailable"));
+        parts << wording::text(u"palette.unavailable"_s);
     parts.removeAll(QString());
-    return parts.join(QStringLiteral(", "));
+    return parts.join(u", "_s);
 }
 
 } // namespace

@@ -356,6 +356,7 @@ constexpr TextRow kTexts[] = {
     {u"status.lineEnds.unify", u"クリックするか Enter を押すと %1 に統一します"},
     {u"status.loading", u"読み込み中"},
     {u"status.noColumn", u"%1 行に %2 文字目はありません。行末へ移動しました"},
+    {u"status.noLastMacro", u"もう一度実行できるマクロはまだありません"},
     {u"status.noLine", u"%1 行目はありません。テキストの末尾へ移動しました"},
     {u"status.reloaded", u"ほかのプログラムによる変更を読み込みました"},
     {u"status.saving", u"保存中"},

@@ -45,6 +45,10 @@ private Q_SLOTS:
     void suffixMacro_promptedAndAccepted_appendsAComma();
     void prompt_ofAMacro_namesItsInput_data();
     void prompt_ofAMacro_namesItsInput();
+    void repeatKey_runsTheLastMacroOnThePresentSelection();
+    void repeatKey_offersTheLastInput();
+    void repeatKey_offersTheLastDatePattern();
+    void repeatKey_withoutAMacro_saysSo();
     void datePrompt_cancelled_isNoticed();
     void datePrompt_answered_insertsTheDate();
     void prompt_windowActivatedMeanwhile_receivesTheRun();
@@ -53,6 +57,12 @@ private Q_SLOTS:
     void managersRun_withoutEditor_warns();
 
 private:
+    void pressRepeatKey() const
+    {
+        QTest::keyClick(
+            controller()->textView(), Qt::Key_R, Qt::ControlModifier | Qt::ShiftModifier);
+    }
+
     /// The labels and the answer that the macro's prompt shows. Cancels the prompt.
     QStringList promptOf(const QString &id);
 };
@@ -113,6 +123,74 @@ void MacroCommandsTest::macroManagersTestRun_behindTwoEditors_editsTheOneActiveL
     QCOMPARE(text(1), u"B!"_s);
     test::clickInModal(u"保存しない"_s);
     QVERIFY(manager->close());
+}
+
+void MacroCommandsTest::repeatKey_runsTheLastMacroOnThePresentSelection()
+{
+    launch();
+    activate(0);
+    setText(u"a \nb "_s);
+    macroItem(u"default_trimTrailingSpaces"_s)->trigger();
+    QTRY_COMPARE_WITH_TIMEOUT(text(), u"a\nb"_s, test::kLongWait);
+    setText(u"c \nd "_s);
+    pressRepeatKey();
+    QTRY_COMPARE_WITH_TIMEOUT(text(), u"c\nd"_s, test::kLongWait);
+}
+
+void MacroCommandsTest::repeatKey_offersTheLastInput()
+{
+    launch();
+    setText(u"a"_s);
+    const auto answer = [](const QString &input, QString *offered = nullptr) {
+        test::answerModal([input, offered](QWidget *window) {
+            auto *field = window->findChild<QLineEdit *>();
+            if (offered != nullptr)
+                *offered = field->text();
+            field->setText(input);
+            QTest::keyClick(field, Qt::Key_Return);
+        });
+    };
+    answer(u"* "_s);
+    macroItem(u"default_addLinePrefix"_s)->trigger();
+    QTRY_COMPARE_WITH_TIMEOUT(text(), u"* a"_s, test::kLongWait);
+    QString offered;
+    activate(0); // The prompt was in front.
+    answer(u"> "_s, &offered);
+    pressRepeatKey();
+    QTRY_COMPARE_WITH_TIMEOUT(text(), u"> * a"_s, test::kLongWait);
+    QCOMPARE(offered, u"* "_s);
+    QVERIFY(promptOf(u"default_addLinePrefix"_s).contains(u"- "_s)); // The menu offers the default.
+}
+
+void MacroCommandsTest::repeatKey_offersTheLastDatePattern()
+{
+    launch();
+    const auto answer = [](int row, int *offered) {
+        test::answerModal([row, offered](QWidget *window) {
+            auto *list = window->findChild<QComboBox *>();
+            *offered = list->currentIndex();
+            list->setCurrentIndex(row);
+            QTest::keyClick(window, Qt::Key_Return);
+        });
+    };
+    int offered = -1;
+    answer(2, &offered);
+    macroItem(u"default_insertDateTime"_s)->trigger();
+    QTRY_COMPARE_WITH_TIMEOUT(text(), u"2025/03/05"_s, test::kLongWait);
+    QCOMPARE(offered, 0);
+    activate(0); // The prompt was in front.
+    answer(1, &offered);
+    pressRepeatKey();
+    QTRY_COMPARE_WITH_TIMEOUT(text(), u"2025/03/052025-03-05"_s, test::kLongWait);
+    QCOMPARE(offered, 2);
+}
+
+void MacroCommandsTest::repeatKey_withoutAMacro_saysSo()
+{
+    launch();
+    activate(0);
+    pressRepeatKey();
+    QTRY_COMPARE(message(), u"もう一度実行できるマクロはまだありません"_s);
 }
 
 void MacroCommandsTest::dynamicMacro_fromTheMenu_editsTheDocument()
