@@ -1,11 +1,13 @@
 #include "app/AppDelegate.h"
 
 #include "app/MacroMenu.h"
+#include "app/MacroShortcuts.h"
 #include "app/OpenDialogs.h"
 #include "app/ScriptHostReport.h"
 #include "app/TestMacros.h"
 #include "code/ResultLine.h"
 #include "command/CommandShortcut.h"
+#include "command/MacroKeys.h"
 #include "macro/library/MacroManager.h"
 #include "macro/script/ScriptHostPool.h"
 #include "platform/files/ApplicationSupport.h"
@@ -81,6 +83,15 @@ void AppDelegate::applicationDidFinishLaunching(const std::optional<OpenRequest>
                               this,
                               &AppDelegate::rebuildMacroMenus,
                               Qt::QueuedConnection);
+    connect(&MacroManager::shared(),
+            &MacroManager::macrosChanged,
+            this,
+            qOverload<>(&AppDelegate::rebuildMacroKeys),
+            Qt::QueuedConnection);
+    connect(&MacroKeys::shared(),
+            &MacroKeys::changed,
+            this,
+            qOverload<>(&AppDelegate::rebuildMacroKeys));
     // Fill the menus from the present list as well, in a later turn of the event loop.
     QMetaObject::invokeMethod(this, &AppDelegate::rebuildMacroMenus, Qt::QueuedConnection);
     NotificationCenter::defaultCenter().addObserver(
@@ -185,6 +196,7 @@ void AppDelegate::prepareWindow(EditorWindow *window)
 {
     buildMenuBar(window, menuHandlers());
     rebuildMacroMenu(*window);
+    rebuildMacroKeys(window);
     // The menu bar has no items for these commands.
     for (const CommandId id : {CommandId::ShowPalette, CommandId::GoToLine, CommandId::RepeatMacro})
         connect(makeShortcut(id, window), &QShortcut::activated, this, [this, id] {
@@ -253,6 +265,20 @@ void AppDelegate::rebuildMacroMenu(const EditorWindow &window)
     }
 }
 
+void AppDelegate::rebuildMacroKeys()
+{
+    for (const auto &window : m_documents.windows())
+        rebuildMacroKeys(window.get());
+}
+
+void AppDelegate::rebuildMacroKeys(EditorWindow *window)
+{
+    rebuildMacroShortcuts(window,
+                          MacroManager::shared().macros(),
+                          MacroKeys::shared(),
+                          [this](const QString &id) { runDynamicMacro(id); });
+}
+
 MenuHandlers AppDelegate::menuHandlers()
 {
     // A disabled item would block its key, so only the one that is never possible is disabled.
@@ -315,6 +341,7 @@ void AppDelegate::showMacroManager()
         m_macroManager = std::make_unique<MacroManagerWindowController>(
             MacroManagerView::Services{
                 MacroManager::shared(),
+                MacroKeys::shared(),
                 NotificationCenter::defaultCenter(),
                 m_panels,
                 randomIds(),

@@ -140,6 +140,8 @@ private:
     void buildMenuBars();
     void rebuildMacroMenus();
     void rebuildMacroMenu(const EditorWindow &window);
+    void rebuildMacroKeys();
+    void rebuildMacroKeys(EditorWindow *window);
     [[nodiscard]] std::optional<Macro> lastMacro() const;
     [[nodiscard]] MenuHandlers menuHandlers();
 

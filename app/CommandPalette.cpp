@@ -2,6 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "command/CommandShortcut.h"
+#include "command/MacroKeys.h"
 #include "command/Palette.h"
 #include "controls/MacroSourceBadge.h"
 #include "controls/VerbatimText.h"
@@ -45,24 +46,6 @@ QList<PaletteRow> commandRows(const AppCommands &target)
     return rows;
 }
 
-QList<PaletteRow> macroRows()
-{
-    QList<PaletteRow> rows;
-    for (const Macro &macro : MacroManager::shared().macros()) {
-        if (!macro.isEnabled)
-            continue;
-        PaletteRow row;
-        row.kind = PaletteRow::Kind::Macro;
-        row.id = kMacroMark + macro.id;
-        row.title = visibleLine(macro.name);
-        row.detail = visibleLine(macro.description);
-        row.badge = MacroSourceBadge::sourceLabel(macro.source);
-        row.words = macro.id;
-        rows.append(row);
-    }
-    return rows;
-}
-
 QString tabId(const EditorWindowController &controller)
 {
     return u"tab/"_s + QString::number(controller.number());
@@ -91,10 +74,30 @@ QList<PaletteRow> tabRows(const DocumentController &documents)
 
 } // namespace
 
+QList<PaletteRow> macroRows(const QList<Macro> &macros, const MacroKeys &keys)
+{
+    QList<PaletteRow> rows;
+    for (const Macro &macro : macros) {
+        if (!macro.isEnabled)
+            continue;
+        PaletteRow row;
+        row.kind = PaletteRow::Kind::Macro;
+        row.id = kMacroMark + macro.id;
+        row.title = visibleLine(macro.name);
+        row.detail = visibleLine(macro.description);
+        row.badge = MacroSourceBadge::sourceLabel(macro.source);
+        row.atEnd = keys.keyOf(macro.id).toString(QKeySequence::NativeText);
+        row.words = macro.id;
+        rows.append(row);
+    }
+    return rows;
+}
+
 QList<PaletteRow> CommandPalette::rows() const
 {
-    QList<PaletteRow> rows =
-        commandRows(*m_commands) + macroRows() + tabRows(m_app->documentController());
+    QList<PaletteRow> rows = commandRows(*m_commands) +
+                             macroRows(MacroManager::shared().macros(), MacroKeys::shared()) +
+                             tabRows(m_app->documentController());
     QHash<QString, qsizetype> places;
     for (qsizetype i = 0; i < m_recent.size(); ++i)
         places.insert(m_recent.at(i), i);

@@ -2,10 +2,16 @@
 
 #include "app/AppCommands.h"
 #include "command/PaletteRow.h"
+#include "macro/library/Macro.h"
 
 #include <QStringList>
 
 namespace penwick {
+
+class MacroKeys;
+
+/// Returns the rows of the enabled macros.
+[[nodiscard]] QList<PaletteRow> macroRows(const QList<Macro> &macros, const MacroKeys &keys);
 
 /// Opens the palette with everything that the application offers: the commands, the enabled macros
 /// and the open tabs, those that were chosen last first. What was chosen is remembered as long as

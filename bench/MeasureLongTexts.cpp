@@ -1,6 +1,7 @@
 // Measures what texts of unusual length or number cost the main thread, and prints one line of JSON
 // with milliseconds and bytes. bench/run starts it as a separate process; see `kUsage`.
 
+#include "app/CommandPalette.h"
 #include "app/MacroMenu.h"
 #include "app/MenuBar.h"
 #include "bench/ShownEditor.h"
@@ -187,9 +188,15 @@ int measureMacros(int count, qsizetype length)
         return 1;
     file.close();
     MacroManager manager(folder.path(), shown.defaults);
+    MacroKeys keys(shown.defaults);
+    result[u"open the palette"_s] = timeUntilIdle([&] {
+        EditorWindow *parent = shown.controller.window();
+        new Palette(parent, {macroRows(macros, keys), Text(), [](const PaletteRow &) {}}, {});
+    });
     std::optional<MacroManagerWindowController> window;
     result[u"open the manager"_s] = timeUntilIdle([&] {
         window.emplace(MacroManagerView::Services{manager,
+                                                  keys,
                                                   NotificationCenter::defaultCenter(),
                                                   {},
                                                   randomIds(),

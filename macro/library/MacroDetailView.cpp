@@ -1,6 +1,7 @@
 #include "macro/library/MacroDetailView.h"
 
 #include "code/CodeEditor.h"
+#include "command/KeyRecorder.h"
 #include "controls/Alerts.h"
 #include "controls/ButtonRow.h"
 #include "controls/DetailPane.h"
@@ -9,6 +10,7 @@
 #include "controls/TextField.h"
 #include "controls/VerbatimText.h"
 #include "macro/library/MacroFile.h"
+#include "macro/library/MacroKeyRow.h"
 #include "platform/files/AtomicFile.h"
 #include "wording/WordingLookup.h"
 
@@ -27,12 +29,14 @@ namespace penwick {
 
 using namespace Qt::StringLiterals;
 
-MacroDetailView::MacroDetailView(FilePanels panels, QWidget *parent)
+MacroDetailView::MacroDetailView(FilePanels panels, MacroKeyRow *keyRow, QWidget *parent)
     : QWidget(parent)
     , m_panels(std::move(panels))
     , m_title(makeTitleLabel())
     , m_badge(new MacroSourceBadge)
     , m_section(makeSectionLabel())
+    , m_keyLabel(makeFieldLabel())
+    , m_keyRow(keyRow)
     , m_codeLabel(makeSectionLabel())
     , m_code(new CodeEditor)
     , m_runError(new ElidedLabel)
@@ -83,6 +87,10 @@ void MacroDetailView::makeFields(QGridLayout *rows)
         rows->addWidget(m_labels[at], i, 0);
         rows->addWidget(m_fields[at], i, 1);
     }
+    m_keyLabel->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    m_keyLabel->setBuddy(m_keyRow->field());
+    rows->addWidget(m_keyLabel, FieldCount, 0);
+    rows->addWidget(m_keyRow, FieldCount, 1);
     connect(m_fields[Name], &TextField::textChanged, this, &MacroDetailView::showTitle);
 }
 
@@ -109,6 +117,7 @@ void MacroDetailView::setMacro(const Macro &macro)
     m_fields[Category]->setWholeText(macro.category);
     m_fields[HelpUrl]->setWholeText(macro.helpURL);
     m_code->setText(macro.code);
+    m_keyRow->setMacro(macro.id);
     clearRunError();
     showTitle();
 }
@@ -204,6 +213,9 @@ void MacroDetailView::relabel()
         setVerbatimText(m_labels[i], labels[i]);
         m_fields[i]->setAccessibleName(labels[i]);
     }
+    const QString key = wording::text(u"macro.manage.key"_s);
+    setVerbatimText(m_keyLabel, key);
+    m_keyRow->relabel(key);
     setVerbatimText(m_codeLabel, wording::text(u"macro.manage.code"_s));
     m_buttons->setText(m_delete, wording::text(u"common.delete"_s));
     m_buttons->setText(m_testRun, wording::text(u"macro.manage.testRun"_s));

@@ -16,6 +16,7 @@ namespace penwick {
 class ButtonRow;
 class CodeEditor;
 class ElidedLabel;
+class MacroKeyRow;
 class MacroSourceBadge;
 class TextField;
 
@@ -26,7 +27,8 @@ class MacroDetailView final : public QWidget
 
 public:
     /// \param panels asks for the file to export to.
-    explicit MacroDetailView(FilePanels panels, QWidget *parent = nullptr);
+    /// \param keyRow shows the key of the macro; owned by this.
+    MacroDetailView(FilePanels panels, MacroKeyRow *keyRow, QWidget *parent = nullptr);
 
     /// Shows a macro and discards unsaved edits.
     void setMacro(const Macro &macro);
@@ -76,6 +78,8 @@ private:
     QLabel *m_section;
     std::array<QLabel *, FieldCount> m_labels{};
     std::array<TextField *, FieldCount> m_fields{};
+    QLabel *m_keyLabel;
+    MacroKeyRow *m_keyRow;
     QLabel *m_codeLabel;
     CodeEditor *m_code;
     ElidedLabel *m_runError;

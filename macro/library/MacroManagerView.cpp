@@ -4,6 +4,7 @@
 #include "controls/Alerts.h"
 #include "controls/MacroSourceBadge.h"
 #include "macro/library/MacroDetailView.h"
+#include "macro/library/MacroKeyRow.h"
 #include "platform/files/FileSystem.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
@@ -29,7 +30,8 @@ constexpr ListDetailView::ListWidth kListWidth{200, 250, 340};
 MacroManagerView::MacroManagerView(Services services, QWidget *parent)
     : QWidget(parent)
     , m_services(std::move(services))
-    , m_detail(new MacroDetailView(m_services.panels))
+    , m_detail(new MacroDetailView(m_services.panels,
+                                   new MacroKeyRow(m_services.keys, m_services.macroManager)))
     , m_split(new ListDetailView(m_detail, kListWidth))
     , m_add(m_split->addHeaderButton(u"macroAdd"_s, u"plus"_s))
     , m_import(m_split->addHeaderButton(u"macroImport"_s, u"square.and.arrow.down"_s))
@@ -224,6 +226,7 @@ void MacroManagerView::askToDelete()
 void MacroManagerView::deleteMacro(const QString &id)
 {
     m_services.macroManager.deleteMacro(id);
+    m_services.keys.setKey(id, {});
     if (m_selectedMacroId == id)
         select(std::nullopt);
 }

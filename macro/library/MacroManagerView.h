@@ -1,5 +1,6 @@
 #pragma once
 
+#include "command/MacroKeys.h"
 #include "controls/FilePanels.h"
 #include "controls/ListDetailView.h"
 #include "macro/library/MacroManager.h"
@@ -28,6 +29,7 @@ public:
     struct Services
     {
         MacroManager &macroManager;
+        MacroKeys &keys;
         NotificationCenter &center;
         FilePanels panels;
         IdSource ids;

@@ -52,6 +52,11 @@ bool UserDefaults::setBytes(const QString &key, const QByteArray &value)
     return write(key, value);
 }
 
+bool UserDefaults::remove(const QString &key)
+{
+    return write(key, {});
+}
+
 /// Takes the lock of the settings' folder, which is created if it is missing. QSettings has its own
 /// lock, but would wait half a minute for a process that hangs.
 tl::expected<StoreLock::Holder, FileError> UserDefaults::lock()
@@ -63,6 +68,7 @@ tl::expected<StoreLock::Holder, FileError> UserDefaults::lock()
     return lock;
 }
 
+/// \param value invalid to remove the key.
 bool UserDefaults::write(const QString &key, const QVariant &value)
 {
     const auto held = lock();
@@ -75,7 +81,10 @@ bool UserDefaults::write(const QString &key, const QVariant &value)
     const bool isInStep = sync();
     if (isInStep && m_settings.value(key) == value)
         return true;
-    m_settings.setValue(key, value);
+    if (value.isValid())
+        m_settings.setValue(key, value);
+    else
+        m_settings.remove(key);
     return sync();
 }
 

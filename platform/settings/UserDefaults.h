@@ -34,6 +34,7 @@ public:
     bool setString(const QString &key, const QString &value);
     bool setBoolean(const QString &key, bool value);
     bool setBytes(const QString &key, const QByteArray &value);
+    bool remove(const QString &key);
 
 private:
     [[nodiscard]] QVariant value(const QString &key) const;

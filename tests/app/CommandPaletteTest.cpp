@@ -1,4 +1,5 @@
 #include "app/AppDelegateTestBase.h"
+#include "command/MacroKeys.h"
 #include "command/Palette.h"
 #include "macro/library/MacroManager.h"
 #include "support/Macros.h"
@@ -36,6 +37,8 @@ private Q_SLOTS:
     void switchCommand_showsItsState();
     void impossibleCommand_isDisabled();
     void typedMacro_runs();
+    void macroWithAKey_isRunByIt();
+    void macroKeys_equal_runTheFirstMacro();
     void disabledMacro_isNotListed();
     void typedTab_comesForward();
     void chosenRow_isListedFirstNextTime();
@@ -170,6 +173,40 @@ void CommandPaletteTest::typedMacro_runs()
     press(Qt::Key_F1, Qt::NoModifier);
     choose(u"不要な 行末"_s);
     QTRY_COMPARE_WITH_TIMEOUT(text(), u"a\nb"_s, test::kLongWait);
+}
+
+void CommandPaletteTest::macroWithAKey_isRunByIt()
+{
+    const QString id = u"default_trimTrailingSpaces"_s;
+    MacroKeys &keys = MacroKeys::shared();
+    keys.setKey(id, QKeySequence(Qt::CTRL | Qt::Key_F7));
+    setText(u"a  "_s);
+    press(Qt::Key_F7, Qt::ControlModifier);
+    QTRY_COMPARE_WITH_TIMEOUT(text(), u"a"_s, test::kLongWait);
+    press(Qt::Key_F1, Qt::NoModifier);
+    QVERIFY(row(u"行末スペースを削除"_s)
+                .data(Qt::AccessibleTextRole)
+                .toString()
+                .endsWith(u"Ctrl+F7"_s));
+    press(Qt::Key_F1, Qt::NoModifier);
+    QCOMPARE(macroItem(id)->shortcut(), QKeySequence()); // The menu shows no key.
+    keys.setKey(id, {});
+    setText(u"b  "_s);
+    press(Qt::Key_F7, Qt::ControlModifier);
+    QCOMPARE(text(), u"b  "_s);
+    QVERIFY(!controller()->isRunningMacro());
+}
+
+void CommandPaletteTest::macroKeys_equal_runTheFirstMacro()
+{
+    MacroKeys &keys = MacroKeys::shared(); // As after an edit of the settings by hand.
+    keys.setKey(u"default_trimTrailingSpaces"_s, QKeySequence(Qt::Key_F8));
+    keys.setKey(u"default_removeEmptyLines"_s, QKeySequence(Qt::Key_F8));
+    setText(u"a  \n\nb"_s);
+    press(Qt::Key_F8, Qt::NoModifier);
+    QTRY_COMPARE_WITH_TIMEOUT(text(), u"a\n\nb"_s, test::kLongWait);
+    keys.setKey(u"default_trimTrailingSpaces"_s, {});
+    keys.setKey(u"default_removeEmptyLines"_s, {});
 }
 
 void CommandPaletteTest::disabledMacro_isNotListed()

@@ -27,6 +27,7 @@ struct ShownMacroManager : ManagerDependencies
         controller.reset(); // Frees the name of the window's frame.
         controller = std::make_unique<MacroManagerWindowController>(
             MacroManagerView::Services{*manager,
+                                       keys,
                                        center,
                                        panels.panels(),
                                        ids.source(),
@@ -38,6 +39,7 @@ struct ShownMacroManager : ManagerDependencies
 
     [[nodiscard]] ManagerPage page() const { return ManagerPage(window()); }
 
+    MacroKeys keys{defaults};
     QList<Macro> testRuns; ///< Drafts that the user asked to test.
     std::unique_ptr<MacroManager> manager;
     std::unique_ptr<MacroManagerWindowController> controller;

@@ -597,7 +597,8 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowActive(world.window()));
         world.page().clickRow(0);
         world.field(u"macroName"_s)->setFocus();
-        for (const auto &name : {u"macroDescription"_s, u"macroCategory"_s, u"macroHelpURL"_s}) {
+        for (const auto &name :
+             {u"macroDescription"_s, u"macroCategory"_s, u"macroHelpURL"_s, u"macroKey"_s}) {
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
             QCOMPARE(QApplication::focusWidget()->objectName(), name);
         }

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "command/MacroKeys.h"
+#include "macro/library/MacroManager.h"
+
+#include <QWidget>
+
+class QPushButton;
+
+namespace penwick {
+
+class ElidedLabel;
+class KeyRecorder;
+
+/// Shows the key of a macro, and lets the user give it another one or none. A change is stored at
+/// once. A key that is not free changes nothing, and the row says what has it.
+class MacroKeyRow final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// \param keys, macros not owned; must outlive this.
+    MacroKeyRow(MacroKeys &keys, const MacroManager &macros, QWidget *parent = nullptr);
+
+    void setMacro(const QString &id);
+
+    [[nodiscard]] KeyRecorder *field() const { return m_field; }
+
+    /// Looks up all texts again.
+    void relabel(const QString &name);
+
+private:
+    void take(const QKeySequence &key);
+    void show(const QKeySequence &key);
+    [[nodiscard]] QString obstacle(QKeyCombination key) const;
+
+    MacroKeys &m_keys;
+    const MacroManager &m_macros;
+    QString m_id;
+    KeyRecorder *m_field;
+    QPushButton *m_clear;
+    ElidedLabel *m_message;
+};
+
+} // namespace penwick
