@@ -1,5 +1,7 @@
 #include "command/KeyRecorder.h"
 
+#include "command/ReadablePlaceholder.h"
+
 #include <QKeyEvent>
 
 namespace penwick {
@@ -28,6 +30,7 @@ KeyRecorder::KeyRecorder(QWidget *parent)
 {
     setReadOnly(true);
     setContextMenuPolicy(Qt::NoContextMenu);
+    makePlaceholderReadable(this);
 }
 
 void KeyRecorder::setKey(const QKeySequence &key)
@@ -44,6 +47,13 @@ bool KeyRecorder::event(QEvent *event)
         return true;
     }
     return QLineEdit::event(event);
+}
+
+void KeyRecorder::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::PaletteChange)
+        makePlaceholderReadable(this);
+    QLineEdit::changeEvent(event);
 }
 
 void KeyRecorder::keyPressEvent(QKeyEvent *event)

@@ -24,6 +24,7 @@ Q_SIGNALS:
 
 protected:
     bool event(QEvent *event) override;
+    void changeEvent(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 };
 

@@ -2,6 +2,7 @@
 
 #include "command/PaletteDelegate.h"
 #include "command/PaletteModel.h"
+#include "command/ReadablePlaceholder.h"
 #include "controls/ColorContrast.h"
 #include "wording/WordingLookup.h"
 
@@ -105,22 +106,13 @@ void Palette::makeContent()
     layout->setSpacing(1);
     layout->addWidget(m_field);
     layout->addWidget(m_list, 1);
-    updateColors();
-}
-
-/// Desktops set no readable colour for placeholders.
-void Palette::updateColors()
-{
-    QPalette colors = palette();
-    colors.setColor(QPalette::PlaceholderText,
-                    quietInk(colors.color(QPalette::Text), colors.color(QPalette::Base)));
-    m_field->setPalette(colors);
+    makePlaceholderReadable(m_field);
 }
 
 void Palette::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::PaletteChange)
-        updateColors();
+        makePlaceholderReadable(m_field);
     QFrame::changeEvent(event);
 }
 

@@ -61,7 +61,6 @@ protected:
 
 private:
     void makeContent();
-    void updateColors();
     void place();
     void showRows();
     void setRows(QList<PaletteRow> rows);

@@ -1,6 +1,7 @@
 #include "command/PaletteDelegate.h"
 
 #include "command/PaletteModel.h"
+#include "command/ReadablePlaceholder.h"
 #include "controls/ColorContrast.h"
 #include "controls/SidebarDelegate.h"
 #include "text/CutText.h"
@@ -81,13 +82,6 @@ private:
 };
 
 } // namespace
-
-QColor quietInk(const QColor &ink, const QColor &ground)
-{
-    constexpr double kShareOfGround = 0.45;
-    constexpr double kReadable = 4.5;
-    return colorWithContrast(mixedColor(ink, ground, kShareOfGround), ink, ground, kReadable);
-}
 
 void PaletteDelegate::paint(QPainter *painter,
                             const QStyleOptionViewItem &option,

@@ -4,9 +4,6 @@
 
 namespace penwick {
 
-/// Returns a quieter colour than `ink` that is readable on `ground`.
-[[nodiscard]] QColor quietInk(const QColor &ink, const QColor &ground);
-
 /// Draws the rows of a palette: the title, a badge and the quieter detail from the leading edge,
 /// the key at the far end. The detail is cut off first, then the title.
 class PaletteDelegate final : public QStyledItemDelegate

@@ -286,7 +286,7 @@ constexpr TextRow kTexts[] = {
     {u"macro.manage.errorInLine", u"%1 行目: %2"},
     {u"macro.manage.key", u"キー"},
     {u"macro.manage.keyClear", u"キーを解除"},
-    {u"macro.manage.keyHint", u"なし"},
+    {u"macro.manage.keyHint", u"キーを押して設定"},
     {u"macro.manage.keyRefused", u"%1: %2"},
     {u"macro.manage.keyTip", u"ここでキーを押すと、このマクロに割り当てます。Backspace で解除します。"},
     {u"macro.manage.reorderKeys", u"ドラッグするか、Alt+↑、Alt+↓ で並べ替えます"},

@@ -36,14 +36,14 @@ void MacroKeysTest::key_isStoredReadablyByTheMacrosId()
         UserDefaults defaults(path);
         MacroKeys keys(defaults);
         const QSignalSpy changed(&keys, &MacroKeys::changed);
-        keys.setKey(u"default_extractURLs"_s, QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_1));
+        keys.setKey(u"default_extractUrls"_s, QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_1));
         QCOMPARE(changed.size(), 1);
     }
     QFile file(path);
     QVERIFY(file.open(QIODevice::ReadOnly));
-    QVERIFY(file.readAll().contains("[macroKeys]\ndefault_extractURLs=Ctrl+Alt+1\n"));
+    QVERIFY(file.readAll().contains("[macroKeys]\ndefault_extractUrls=Ctrl+Alt+1\n"));
     UserDefaults defaults(path);
-    QCOMPARE(MacroKeys(defaults).keyOf(u"default_extractURLs"_s), QKeySequence(u"Ctrl+Alt+1"_s));
+    QCOMPARE(MacroKeys(defaults).keyOf(u"default_extractUrls"_s), QKeySequence(u"Ctrl+Alt+1"_s));
     QVERIFY(MacroKeys(defaults).keyOf(u"other"_s).isEmpty());
 }
 
