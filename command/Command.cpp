@@ -13,7 +13,8 @@ using Place = CommandPlace;
 
 constexpr auto kCtrlShift = Qt::CTRL | Qt::SHIFT;
 
-// One row per line, also beyond the column limit.
+// One row per line, also beyond the column limit. The keys are not those of
+// QKeySequence::StandardKey, which differ between desktops.
 // clang-format off
 constexpr Command kCommands[] = {
     {Id::NewDocument, u"file.new", Place::Application, u"menu.file.new", Qt::CTRL | Qt::Key_N},

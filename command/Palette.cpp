@@ -138,7 +138,8 @@ void Palette::dismiss()
 {
     if (!std::exchange(m_isOpen, false))
         return;
-    if (isAncestorOf(QApplication::focusWidget()) && !m_formerFocus.isNull())
+    // The window's own focus: another window may have become active.
+    if (isAncestorOf(parentWidget()->focusWidget()) && !m_formerFocus.isNull())
         m_formerFocus->setFocus(Qt::PopupFocusReason);
     hide();
     deleteLater();

@@ -2,8 +2,8 @@
 
 #include <QKeySequence>
 
-/// The keys of the commands for finding. They are not those of QKeySequence::StandardKey, which
-/// differ between desktops.
+/// The keys of the find bar itself. Those of the commands for finding are in the table of all
+/// commands.
 namespace penwick::findkeys {
 
 constexpr QKeyCombination kClose = Qt::Key_Escape;

@@ -213,8 +213,8 @@ void LargeFileOpeningTest::open_whileItIsRead_refusesSavesAndMacros()
 void LargeFileOpeningTest::open_whileItIsRead_macroWithAPromptSaysWhyItCannotRun()
 {
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, "abc")));
-    const MacroLauncher launcher([this] { return m_documents->windowControllers().at(0); },
-                                 systemClock());
+    MacroLauncher launcher([this] { return m_documents->windowControllers().at(0); },
+                           systemClock());
     Macro macro;
     macro.id = u"default_addLinePrefix"_s;
     const test::ModalAnswerer answer([](QWidget *modal) { return modal->close(); });

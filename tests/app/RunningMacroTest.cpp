@@ -99,8 +99,8 @@ void RunningMacroTest::open_file_leavesTheWindowOfTheMacroAlone()
 void RunningMacroTest::macroWithAPrompt_onTheSameWindow_asksNothing()
 {
     runEndless(0);
-    const MacroLauncher launcher([this] { return m_documents->windowControllers().first(); },
-                                 systemClock());
+    MacroLauncher launcher([this] { return m_documents->windowControllers().first(); },
+                           systemClock());
     Macro macro = test::sampleMacro();
     macro.id = u"default_addLinePrefix"_s;
     launcher.promptOrRun(macro); // A prompt would block here.

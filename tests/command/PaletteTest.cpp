@@ -26,6 +26,7 @@ private Q_SLOTS:
     void click_onADisabledRow_doesNothing();
     void escape_returnsTheFocusAndRunsNothing();
     void focus_elsewhere_closesWithoutTakingItBack();
+    void otherWindow_activated_closesWithTheFocusBack();
     void line_typed_isOffered_data();
     void line_typed_isOffered();
     void headings_areListedAndFound();
@@ -196,6 +197,18 @@ void PaletteTest::focus_elsewhere_closesWithoutTakingItBack()
     other->setFocus();
     QTRY_VERIFY(field() == nullptr);
     QVERIFY(other->hasFocus());
+}
+
+void PaletteTest::otherWindow_activated_closesWithTheFocusBack()
+{
+    open();
+    QLineEdit other;
+    other.show();
+    other.activateWindow();
+    other.setFocus();
+    QVERIFY(QTest::qWaitForWindowActive(&other));
+    QTRY_VERIFY(field() == nullptr);
+    QCOMPARE(m_window->focusWidget(), m_content);
 }
 
 void PaletteTest::line_typed_isOffered_data()
