@@ -57,7 +57,7 @@ std::optional<QString> MacroLauncher::ask(const Macro &macro, QString *input) co
     const QString message = macro.id == u"default_addLinePrefix"_s
                                 ? wording::text(u"dialog.prefixMessage"_s)
                                 : wording::text(u"dialog.suffixMessage"_s);
-    const auto answer = askForText(parent, message, *input);
+    auto answer = askForText(parent, message, *input);
     *input = answer.value_or(*input);
     return answer;
 }

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kName = u"macroKey"_s;
+const QString kShortcutName = u"macroKey"_s;
 
 } // namespace
 
@@ -21,7 +21,7 @@ void rebuildMacroShortcuts(QWidget *window,
                            const MacroKeys &keys,
                            const std::function<void(const QString &id)> &runMacro)
 {
-    for (auto *old : window->findChildren<QShortcut *>(kName, Qt::FindDirectChildrenOnly)) {
+    for (auto *old : window->findChildren<QShortcut *>(kShortcutName, Qt::FindDirectChildrenOnly)) {
         old->setEnabled(false);
         old->setObjectName({});
         old->deleteLater(); // Its macro may be running, started by its signal.
@@ -33,7 +33,7 @@ void rebuildMacroShortcuts(QWidget *window,
             continue;
         taken.insert(key);
         auto *shortcut = new QShortcut(key, window);
-        shortcut->setObjectName(kName);
+        shortcut->setObjectName(kShortcutName);
         shortcut->setAutoRepeat(false);
         QObject::connect(
             shortcut, &QShortcut::activated, shortcut, [id = macro.id, runMacro] { runMacro(id); });

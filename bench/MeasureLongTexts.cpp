@@ -5,6 +5,8 @@
 #include "app/MacroMenu.h"
 #include "app/MenuBar.h"
 #include "bench/ShownEditor.h"
+#include "command/MacroKeys.h"
+#include "command/Palette.h"
 #include "macro/library/MacroJson.h"
 #include "macro/library/MacroManagerWindowController.h"
 #include "platform/settings/UserDefaults.h"

@@ -1,6 +1,7 @@
 #include "command/CommandShortcut.h"
 
 #include <QShortcut>
+#include <QWidget>
 
 namespace penwick {
 

@@ -12,9 +12,9 @@ namespace penwick {
 
 namespace {
 
-constexpr int kMargin = 12;
-constexpr int kGap = 10;
-constexpr int kPadding = 6;
+constexpr int kRowMargin = 12;
+constexpr int kRowGap = 10;
+constexpr int kRowPadding = 6;
 
 /// Draws the texts of one row, each into what the ones before have left of it.
 class RowPainter final
@@ -23,7 +23,7 @@ public:
     RowPainter(QPainter *painter, const QStyleOptionViewItem &option)
         : m_painter(painter)
         , m_option(option)
-        , m_free(option.rect.adjusted(kMargin, 0, -kMargin, 0))
+        , m_free(option.rect.adjusted(kRowMargin, 0, -kRowMargin, 0))
     {
     }
 
@@ -33,7 +33,7 @@ public:
             return;
         const int width = qMin(widthOf(text), m_free.width() / 2);
         draw(text, QRect(m_free.right() - width + 1, m_free.top(), width, m_free.height()), ink);
-        m_free.setRight(m_free.right() - width - kGap);
+        m_free.setRight(m_free.right() - width - kRowGap);
     }
 
     /// \param reserved the width that stays free after the text.
@@ -43,7 +43,7 @@ public:
         if (text.isEmpty() || width <= 0)
             return;
         draw(text, QRect(m_free.left(), m_free.top(), width, m_free.height()), ink);
-        m_free.setLeft(m_free.left() + width + kGap);
+        m_free.setLeft(m_free.left() + width + kRowGap);
     }
 
     void addBadge(const QString &text, const QColor &ink)
@@ -53,7 +53,7 @@ public:
             return;
         const QPoint corner(m_free.left(), m_free.center().y() - (size.height() - 1) / 2);
         paintBadge(m_painter, mirrored(QRect(corner, size)), m_option.font, text, ink);
-        m_free.setLeft(m_free.left() + size.width() + kGap);
+        m_free.setLeft(m_free.left() + size.width() + kRowGap);
     }
 
 private:
@@ -103,7 +103,7 @@ void PaletteDelegate::paint(QPainter *painter,
     row.addAtEnd(index.data(PaletteModel::AtEndRole).toString(), quiet);
     row.addAtStart(index.data().toString(),
                    titleInk,
-                   badge.isEmpty() ? 0 : badgeSize(option.font, badge).width() + kGap);
+                   badge.isEmpty() ? 0 : badgeSize(option.font, badge).width() + kRowGap);
     row.addBadge(badge, titleInk);
     row.addAtStart(cutText(index.data(PaletteModel::DetailRole).toString(), kLongestName), quiet);
     painter->restore();
@@ -112,7 +112,7 @@ void PaletteDelegate::paint(QPainter *painter,
 QSize PaletteDelegate::sizeHint(const QStyleOptionViewItem &option,
                                 const QModelIndex & /*index*/) const
 {
-    return {0, option.fontMetrics.height() + 2 * kPadding};
+    return {0, option.fontMetrics.height() + 2 * kRowPadding};
 }
 
 } // namespace penwick

@@ -5,6 +5,7 @@
 #include "support/Macros.h"
 #include "support/Waits.h"
 
+#include <QApplication>
 #include <QLineEdit>
 #include <QListView>
 #include <QTest>

@@ -4,6 +4,7 @@
 #include "command/KeyObstacle.h"
 #include "support/TemporaryHome.h"
 
+#include <QFile>
 #include <QSignalSpy>
 #include <QTest>
 

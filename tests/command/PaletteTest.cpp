@@ -9,6 +9,8 @@
 #include <QMainWindow>
 #include <QTest>
 
+#include <memory>
+
 using namespace penwick;
 using namespace Qt::StringLiterals;
 

@@ -6,6 +6,8 @@
 #include <QPushButton>
 #include <QTest>
 
+#include <optional>
+
 using namespace penwick;
 using namespace penwick::test;
 using namespace Qt::StringLiterals;
