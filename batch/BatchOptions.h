@@ -40,7 +40,7 @@ struct SelectedRange
     bool operator==(const SelectedRange &) const = default;
 };
 
-/// A line without its line end. Lines are counted as the editor counts them.
+/// A line without its line end. CR LF is one line end, as the editor shows it.
 struct SelectedLine
 {
     qint64 number = 1; ///< 1-based.
