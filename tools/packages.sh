@@ -53,6 +53,17 @@ penwick_test_packages=(
     unicode-data
 )
 
+# Programs that penwick-macro is tested with.
+penwick_recipe_packages=(
+    findutils
+    fish
+    git
+    make
+    parallel
+    pre-commit
+    zsh
+)
+
 # Installed only if there is no npm: an npm from another source brings its own Node.js and conflicts with
 # these packages.
 penwick_npm_packages=(
