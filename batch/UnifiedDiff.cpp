@@ -3,6 +3,7 @@
 #include "platform/files/FileDescriptor.h"
 #include "platform/files/FileWriter.h"
 
+#include <QByteArrayList>
 #include <QFile>
 
 #include <cerrno>
@@ -120,10 +121,13 @@ QByteArray headerPath(const QByteArray &path)
     return quoted + '"';
 }
 
-QByteArray headerOf(QByteArray name)
+/// Leaves out what makes tools refuse a path: slashes at its start, and folders named ".".
+QByteArray headerOf(const QByteArray &path)
 {
-    while (name.startsWith('/'))
-        name.remove(0, 1);
+    QByteArrayList parts = path.split('/');
+    parts.removeAll(QByteArray());
+    parts.removeAll(".");
+    const QByteArray name = parts.join('/');
     return "--- " + headerPath("a/" + name) + "\n+++ " + headerPath("b/" + name) + '\n';
 }
 

@@ -41,6 +41,8 @@ private Q_SLOTS:
     void names_withSpecialCharacters_areQuoted()
     {
         QVERIFY(diffOf("/a b", "1\n", "2\n").startsWith("--- a/a b\t\n+++ b/a b\t\n@@"));
+        // git refuses these.
+        QVERIFY(diffOf("./a//./b.", "1\n", "2\n").startsWith("--- a/a/b.\n+++ b/a/b.\n@@"));
         QVERIFY(diffOf("a\"\n日", "1\n", "2\n")
                     .startsWith("--- \"a/a\\\"\\012日\"\n+++ \"b/a\\\"\\012日\"\n@@"));
     }
