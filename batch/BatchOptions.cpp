@@ -6,6 +6,7 @@
 #include <QFile>
 
 #include <climits>
+#include <cstring>
 #include <getopt.h>
 #include <utility>
 #include <vector>
@@ -130,7 +131,9 @@ public:
         while (!m_fault && option != -1) {
             option = getopt_long(count, pointers.data(), kShortOptions, kLongOptions, nullptr);
             if (option == '?' || option == ':')
-                rejectLast(option, QByteArray(pointers[static_cast<std::size_t>(optind - 1)]));
+                rejectLast(option,
+                           QByteArray(pointers[static_cast<std::size_t>(optind - 1)]),
+                           QByteArray(pointers[static_cast<std::size_t>(optind)]));
             else if (option != -1)
                 take(option, optarg != nullptr ? QByteArray(optarg) : QByteArray());
         }
@@ -140,18 +143,22 @@ public:
     }
 
 private:
-    // Called for what getopt did not accept; `argument` is where it stopped.
-    void rejectLast(int answer, const QByteArray &argument)
+    // Called for what getopt did not accept. It is in `argument`, which getopt has passed, or, if
+    // it is one of several letters, in `next`.
+    void rejectLast(int answer, const QByteArray &argument, const QByteArray &next)
     {
-        const QString shown = argument.startsWith("--") || optopt == 0 || optopt > UCHAR_MAX
-                                  ? QFile::decodeName(argument)
-                                  : u"-"_s + QChar::fromLatin1(static_cast<char>(optopt));
+        const bool isAscii = optopt > 0 && optopt <= SCHAR_MAX;
+        const QString letter = u"-"_s + QChar(isAscii ? static_cast<char16_t>(optopt) : u'?');
+        const bool isLong = argument.startsWith("--");
         if (answer == ':')
-            reject(Kind::MissingArgument, shown);
-        else if (argument.startsWith("--") && optopt != 0 && argument.contains('='))
-            reject(Kind::UnexpectedArgument, shown);
+            reject(Kind::MissingArgument, isLong ? QFile::decodeName(argument) : letter);
+        else if (isAscii && std::strchr(kShortOptions, optopt) == nullptr)
+            reject(Kind::UnknownOption, letter);
+        else if (optopt < 0 || (optopt > SCHAR_MAX && optopt <= UCHAR_MAX)) // Part of a character.
+            reject(Kind::UnknownOption, QFile::decodeName(next));
         else
-            reject(Kind::UnknownOption, shown);
+            reject(isLong && optopt != 0 ? Kind::UnexpectedArgument : Kind::UnknownOption,
+                   QFile::decodeName(argument));
     }
 
     void reject(Kind kind, const QString &argument = {})
@@ -183,9 +190,13 @@ private:
             return true;
         case 'e':
             m_options.macros << MacroSource{Source::Code, value};
+            if (!value.isValidUtf8())
+                rejectValue(value);
             return true;
         case kInput:
             m_options.userInput = QString::fromUtf8(value);
+            if (!value.isValidUtf8())
+                rejectValue(value);
             return true;
         case kSelection:
             select(rangeOf(value), value);

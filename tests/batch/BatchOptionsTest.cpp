@@ -128,6 +128,13 @@ private Q_SLOTS:
         };
         row({"-e", "1", "--no-such"}, Kind::UnknownOption, u"--no-such"_s);
         row({"-e", "1", "-iz"}, Kind::UnknownOption, u"-z"_s);
+        row({"-e", "1", "--check", "-zi"}, Kind::UnknownOption, u"-z"_s);
+        row({"-e", "1", "--input=1", "-zi", "-l"}, Kind::UnknownOption, u"-z"_s);
+        row({"-e", "1", "--in-place=1", "-il"}, Kind::UnexpectedArgument, u"--in-place=1"_s);
+        row({"-e", "1", "--check", "-日"}, Kind::UnknownOption, u"-日"_s);
+        row({"-e", "1", "--check", "-ij"}, Kind::MissingArgument, u"-j"_s);
+        row({"-e", "1", "--input=\xFF"}, Kind::InvalidArgument, QString(QChar(0xFFFD)));
+        row({"-e", "'\xFF'"}, Kind::InvalidArgument, u"'\uFFFD'"_s);
         row({"-e", "1", "-m"}, Kind::MissingArgument, u"-m"_s);
         row({"-e", "1", "--input"}, Kind::MissingArgument, u"--input"_s);
         row({"-e", "1", "--check=1"}, Kind::UnexpectedArgument, u"--check=1"_s);
