@@ -20,6 +20,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <system_error>
 #include <unistd.h>
 
 namespace penwick {
@@ -34,7 +35,7 @@ constexpr int kSignalBase = 128; // Shells add the number of the signal to it.
 
 int fail(const QString &message)
 {
-    writeErrorLine(u"penwick-macro: "_s + message);
+    writeWholeErrorLine(u"penwick-macro: "_s + message);
     return kFailure;
 }
 
@@ -136,15 +137,19 @@ public:
         while (delivered < m_inputs.size() && Interruption::signal() == 0) {
             const auto report = run.next(50ms);
             m_progress.show(run.done(), run.currentName());
-            if (report && !print(*report))
+            // A program that the signal reached, too, may be the reason for what the report says.
+            if (Interruption::signal() != 0 || (report && !print(*report)))
                 break;
             delivered += report ? 1 : 0;
         }
         m_progress.hide();
         if (Interruption::signal() != 0)
             return interrupted(run);
-        if (!m_output)
+        if (!m_output) {
+            run.stop(); // The program may end without destructors.
+            run.join();
             return failOutput(m_output.error());
+        }
         m_printer.printSummary();
         return m_printer.exitStatus();
     }
@@ -188,7 +193,11 @@ int runMacros(const BatchOptions &options)
     if (writesText && wouldOverwrite(*inputs))
         return fail(wording::text(u"batch.outputIsInput"_s));
     const BatchPlan plan{options, *macros, systemTimeZone()};
-    return Delivery(plan, *inputs).run(ScriptHostPool::shared().nextSettings());
+    try {
+        return Delivery(plan, *inputs).run(ScriptHostPool::shared().nextSettings());
+    } catch (const std::system_error &) { // No thread can be started.
+        return fail(wording::text(u"macro.error.hostUnavailable"_s));
+    }
 }
 
 } // namespace

@@ -1,6 +1,9 @@
 #include "batch/OrderedRun.h"
 
 #include <algorithm>
+#include <limits>
+#include <sys/resource.h>
+#include <system_error>
 #include <utility>
 
 namespace penwick {
@@ -10,11 +13,23 @@ namespace {
 constexpr qsizetype kWorkersPerHost = 2;
 constexpr qsizetype kMostAhead = 256; // Reports that wait for an earlier one.
 
+/// How many hosts the limit on open files allows, with the files of their workers.
+qsizetype mostHosts()
+{
+    constexpr rlim_t kForOthers = 16;
+    constexpr rlim_t kForEach = 16;
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur < kForOthers + kForEach)
+        return 1;
+    return static_cast<qsizetype>(std::min<rlim_t>((limit.rlim_cur - kForOthers) / kForEach,
+                                                   std::numeric_limits<int>::max()));
+}
+
 qsizetype hostCount(const BatchPlan &plan, qsizetype inputs)
 {
     const qsizetype processors = std::max(1U, std::thread::hardware_concurrency());
     const qsizetype wanted = plan.options.jobs > 0 ? plan.options.jobs : processors;
-    return std::min(wanted, inputs);
+    return std::min({wanted, inputs, mostHosts()});
 }
 
 } // namespace
@@ -31,15 +46,25 @@ OrderedRun::OrderedRun(const BatchPlan &plan,
     for (qsizetype i = 0; i < workers; ++i)
         m_workers.push_back(
             std::make_unique<FileWorker>(plan, *m_hosts[static_cast<std::size_t>(i % count)]));
-    for (const auto &worker : m_workers)
-        m_threads.emplace_back([this, &worker = *worker] { work(worker); });
+    startThreads();
+}
+
+/// Does with fewer threads if the system allows no more.
+void OrderedRun::startThreads()
+{
+    try {
+        for (const auto &worker : m_workers)
+            m_threads.emplace_back([this, &worker = *worker] { work(worker); });
+    } catch (const std::system_error &) {
+        if (m_threads.empty())
+            throw;
+    }
 }
 
 OrderedRun::~OrderedRun()
 {
     stop();
-    for (std::thread &thread : m_threads)
-        thread.join();
+    join();
 }
 
 std::optional<FileReport> OrderedRun::next(std::chrono::milliseconds timeout)
@@ -63,6 +88,12 @@ void OrderedRun::stop()
     m_isOver.notify_all();
     for (const auto &worker : m_workers)
         worker->stop();
+}
+
+void OrderedRun::join()
+{
+    for (std::thread &thread : std::exchange(m_threads, {}))
+        thread.join();
 }
 
 QByteArray OrderedRun::currentName() const

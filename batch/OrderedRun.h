@@ -20,7 +20,7 @@ namespace penwick {
 class OrderedRun final
 {
 public:
-    /// Starts the threads.
+    /// Starts the threads. Throws std::system_error if the system allows none.
     /// \param plan, inputs must outlive this.
     OrderedRun(const BatchPlan &plan,
                const QList<BatchInput> &inputs,
@@ -37,6 +37,9 @@ public:
     /// Makes the threads end as soon as possible. Reports that are not delivered yet are lost.
     void stop();
 
+    /// Waits for the threads. Call it after `stop`, or after the last report.
+    void join();
+
     /// How many inputs are done, delivered or not.
     [[nodiscard]] qsizetype done() const { return m_done.load(); }
 
@@ -44,6 +47,7 @@ public:
     [[nodiscard]] QByteArray currentName() const;
 
 private:
+    void startThreads();
     void work(FileWorker &worker);
     [[nodiscard]] std::optional<qsizetype> take();
     void put(qsizetype index, FileReport report);

@@ -86,6 +86,13 @@ QString shownName(const BatchInput &input)
     return cutText(QFile::decodeName(input.name), kLongestShown);
 }
 
+/// Puts the name before each line, since a line without it would look like one of another input.
+void writeMessage(const QString &name, const QString &message)
+{
+    for (const QStringView line : QStringView(message).tokenize(u'\n'))
+        writeWholeErrorLine(name + u": "_s + line.toString());
+}
+
 /// The message with the place in the macro, if it is known.
 QString messageOf(const BatchFailure &failure)
 {
@@ -205,14 +212,13 @@ void ReportPrinter::printMessages(const FileReport &report) const
     using Verbosity = BatchOptions::Verbosity;
     const QString name = shownName(report.input);
     for (const QString &text : report.log)
-        for (const QStringView line : QStringView(text).tokenize(u'\n'))
-            writeErrorLine(name + u": "_s + line.toString());
+        writeMessage(name, text);
     if (m_options.verbosity != Verbosity::Quiet)
         printNotifications(report);
     if (report.failure && report.status == Status::Failed)
-        writeErrorLine(name + u": "_s + messageOf(*report.failure));
+        writeMessage(name, messageOf(*report.failure));
     if (m_options.verbosity == Verbosity::Verbose && report.status != Status::Failed) {
-        writeErrorLine(
+        writeWholeErrorLine(
             wording::text(u"batch.fileDone"_s,
                           {name,
                            wording::text(statusKey(report.status)),
@@ -226,7 +232,7 @@ void ReportPrinter::printNotifications(const FileReport &report) const
     const bool isVerbose = m_options.verbosity == BatchOptions::Verbosity::Verbose;
     for (const MacroNotification &notification : report.notifications)
         if (isVerbose || isFinding(notification))
-            writeErrorLine(shownName(report.input) + u": "_s + notification.message);
+            writeMessage(shownName(report.input), notification.message);
 }
 
 tl::expected<void, FileError> ReportPrinter::printResult(const FileReport &report) const
@@ -264,21 +270,21 @@ void ReportPrinter::printSummary()
 {
     using Verbosity = BatchOptions::Verbosity;
     if (m_skipped > 0 && m_options.verbosity != Verbosity::Quiet)
-        writeErrorLine(wording::text(u"batch.skipped"_s, {QString::number(m_skipped)}));
+        writeWholeErrorLine(wording::text(u"batch.skipped"_s, {QString::number(m_skipped)}));
     if (m_options.verbosity != Verbosity::Verbose)
         return;
-    writeErrorLine(wording::text(u"batch.summary"_s,
-                                 {QString::number(m_changed),
-                                  QString::number(m_unchanged),
-                                  QString::number(m_failed),
-                                  QString::number(m_skipped)}));
+    writeWholeErrorLine(wording::text(u"batch.summary"_s,
+                                      {QString::number(m_changed),
+                                       QString::number(m_unchanged),
+                                       QString::number(m_failed),
+                                       QString::number(m_skipped)}));
     const auto elapsed = std::chrono::duration_cast<std::chrono::microseconds>(
         std::chrono::steady_clock::now() - m_start);
-    writeErrorLine(wording::text(u"batch.times"_s,
-                                 {seconds(elapsed),
-                                  seconds(m_times.reading),
-                                  seconds(m_times.macros),
-                                  seconds(m_times.writing)}));
+    writeWholeErrorLine(wording::text(u"batch.times"_s,
+                                      {seconds(elapsed),
+                                       seconds(m_times.reading),
+                                       seconds(m_times.macros),
+                                       seconds(m_times.writing)}));
 }
 
 int ReportPrinter::exitStatus() const

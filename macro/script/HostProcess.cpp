@@ -91,7 +91,8 @@ constexpr bool kReportsErrors = false;
 #endif
 
 /// What the new process starts with: no open file of the editor's but those meant for it, and no
-/// signal blocked or ignored.
+/// signal blocked or ignored. It has a process group of its own, so that Ctrl+C in a terminal does
+/// not reach it: the editor decides how a script ends.
 class SpawnRules final
 {
 public:
@@ -114,7 +115,8 @@ public:
         posix_spawnattr_setsigmask(&m_attributes, &signals);
         sigfillset(&signals);
         posix_spawnattr_setsigdefault(&m_attributes, &signals);
-        posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+        posix_spawnattr_setflags(
+            &m_attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
     }
 
     SpawnRules(const SpawnRules &) = delete;

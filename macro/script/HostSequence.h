@@ -13,7 +13,8 @@ namespace penwick {
 /// nothing that an earlier one defined. Not for scripts of different origin: if one broke out of
 /// the engine, later ones in its process would be in its hands, as far as the sandbox reaches.
 ///
-/// Use it from one thread, which must exist as long as this.
+/// Not thread-safe. The threads that use it must exist as long as this: a host ends with the thread
+/// that started it.
 class HostSequence final
 {
 public:

@@ -12,6 +12,7 @@
 #include <fcntl.h>
 #include <memory>
 #include <new>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -136,7 +137,14 @@ tl::expected<void, FileError> readFileInBlocks(const QString &path, const TakeBy
 
 tl::expected<void, FileError> readStandardInput(const TakeBytes &take)
 {
-    return readInBlocks(STDIN_FILENO, take);
+    auto read = readInBlocks(STDIN_FILENO, take);
+    // The stream does not block, and has nothing yet.
+    while (!read && read.error().errnoValue == EAGAIN) {
+        ::pollfd waited{STDIN_FILENO, POLLIN, 0};
+        static_cast<void>(uninterrupted([&] { return ::poll(&waited, 1, -1); }));
+        read = readInBlocks(STDIN_FILENO, take);
+    }
+    return read;
 }
 
 tl::expected<void, FileError> removeFile(const QString &path)

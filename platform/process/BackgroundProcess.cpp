@@ -25,7 +25,9 @@ void openMissingStandardStreams()
     // In this order, since open() returns the lowest free number.
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         if (::fcntl(stream, F_GETFD) < 0)
-            static_cast<void>(uninterrupted([] { return ::open("/dev/null", O_WRONLY); }));
+            static_cast<void>(uninterrupted([stream] {
+                return ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+            }));
 }
 
 void detachStandardStreams()

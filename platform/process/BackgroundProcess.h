@@ -9,9 +9,9 @@ enum class Fork { Parent, Child, Failed };
 /// cannot start. Call this only while the process has one thread and no window.
 [[nodiscard]] Fork forkIntoBackground();
 
-/// Opens /dev/null for the standard streams that the parent process closed: reading fails and
-/// output is discarded. Otherwise the next file or socket to be opened would get the number of a
-/// standard stream and receive its output. Call this first in the program.
+/// Opens /dev/null for the standard streams that the parent process closed, so that reading and
+/// writing fail, as on closed ones. Otherwise the next file or socket to be opened would get the
+/// number of a standard stream and receive its output. Call this first in the program.
 void openMissingStandardStreams();
 
 /// Redirects the standard streams to /dev/null, so that no process waits for them to be closed.

@@ -25,21 +25,23 @@ struct Stream
     std::atomic<bool> isStuck = false;
 };
 
-bool isReady(Stream &stream)
+constexpr int kWriteTimeoutMs = 100;
+constexpr int kNoTimeout = -1;
+
+bool isReady(Stream &stream, int timeoutMs)
 {
-    constexpr int kWriteTimeoutMs = 100;
     ::pollfd waited{stream.descriptor, POLLOUT, 0};
     const int answer =
-        uninterrupted([&] { return ::poll(&waited, 1, stream.isStuck ? 0 : kWriteTimeoutMs); });
+        uninterrupted([&] { return ::poll(&waited, 1, stream.isStuck ? 0 : timeoutMs); });
     const bool ready = answer == 1 && (waited.revents & POLLOUT) != 0;
     stream.isStuck = !ready;
     return ready;
 }
 
 // Writes in portions that a ready pipe takes without blocking.
-void write(Stream &stream, QByteArrayView bytes)
+void write(Stream &stream, QByteArrayView bytes, int timeoutMs = kWriteTimeoutMs)
 {
-    while (!bytes.isEmpty() && isReady(stream)) {
+    while (!bytes.isEmpty() && isReady(stream, timeoutMs)) {
         const auto portion = static_cast<std::size_t>(std::min<qsizetype>(bytes.size(), PIPE_BUF));
         const ::ssize_t written =
             uninterrupted([&] { return ::write(stream.descriptor, bytes.data(), portion); });
@@ -77,6 +79,12 @@ QString withVisibleControls(QString text)
     return text;
 }
 
+QByteArray errorLine(QStringView text)
+{
+    const bool isTerminal = ::isatty(STDERR_FILENO) == 1;
+    return (isTerminal ? withVisibleControls(text.toString()).toUtf8() : text.toUtf8()) + '\n';
+}
+
 } // namespace
 
 tl::expected<void, FileError> writeStandardOutput(QByteArrayView bytes)
@@ -102,10 +110,13 @@ void printLine(QStringView text)
 void writeErrorLine(QStringView text)
 {
     static Stream stream{STDERR_FILENO};
-    const bool isTerminal = ::isatty(stream.descriptor) == 1;
-    const QByteArray line =
-        isTerminal ? withVisibleControls(text.toString()).toUtf8() : text.toUtf8();
-    write(stream, line + '\n');
+    write(stream, errorLine(text));
+}
+
+void writeWholeErrorLine(QStringView text)
+{
+    Stream stream{STDERR_FILENO};
+    write(stream, errorLine(text), kNoTimeout);
 }
 
 } // namespace penwick

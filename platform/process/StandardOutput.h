@@ -25,4 +25,7 @@ void printLine(QStringView text);
 /// an untrusted source.
 void writeErrorLine(QStringView text);
 
+/// Like `writeErrorLine`, but waits for the reader. For messages that are the result of a program.
+void writeWholeErrorLine(QStringView text);
+
 } // namespace penwick

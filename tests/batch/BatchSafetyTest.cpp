@@ -109,6 +109,27 @@ int endBySignal(const ManyFiles &files, int signal, QRandomGenerator &random)
     return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
 }
 
+/// Until the program handles signals, it ends by them.
+bool catchesInterrupts(const QProcess &process)
+{
+    QFile file(u"/proc/%1/status"_s.arg(process.processId()));
+    static_cast<void>(file.open(QIODevice::ReadOnly));
+    const QByteArray all = file.readAll();
+    const qsizetype at = all.indexOf("SigCgt:");
+    return (all.mid(at + 7, 17).trimmed().toULongLong(nullptr, 16) & (1U << (SIGINT - 1))) != 0;
+}
+
+/// Runs a command of bash in which `$0` is the program.
+Ran runInShell(const MacroCommand &command, const QString &line)
+{
+    QProcess shell;
+    shell.setWorkingDirectory(command.home.path());
+    shell.start(u"bash"_s, {u"-c"_s, line, MacroCommand::path()});
+    if (!shell.waitForFinished(kLongWait))
+        qFatal("The command does not end.");
+    return {shell.exitCode(), shell.readAllStandardOutput(), shell.readAllStandardError()};
+}
+
 #ifdef __SANITIZE_ADDRESS__ // A process starts much more slowly.
 constexpr int kRounds = 4;
 #else
@@ -126,6 +147,7 @@ private Q_SLOTS:
     void interrupted_anywhere_leavesOldOrNewFiles();
     void killed_anywhere_leavesOldOrNewFiles();
     void interrupted_whileReadingStandardInput_ends();
+    void interrupted_asATerminalDoes_saysNothing();
     void terminated_has143();
     void fileChangedMeanwhile_isLeft();
     void noSpace_leavesTheFile();
@@ -133,6 +155,10 @@ private Q_SLOTS:
     void folderWithoutNewFiles_isWrittenInPlace();
     void hostileMacro_isStoppedForEachFile();
     void reader_thatEnds_isNoError();
+    void messages_forASlowReader_areAllThere();
+    void fewThreadsAndFiles_areEnough();
+    void closedStreams_areErrors();
+    void inputThatDoesNotBlock_isWaitedFor();
     void progress_isOnlyOnATerminal();
 };
 
@@ -174,20 +200,33 @@ void BatchSafetyTest::interrupted_whileReadingStandardInput_ends()
     command.start(process, {u"-e"_s, u"return {};"_s, u"-o"_s, u"out"_s});
     process.write("text");
     process.waitForBytesWritten();
-    // Until it handles signals, the program ends by them.
-    const QString status = u"/proc/%1/status"_s.arg(process.processId());
-    const auto catchesInterrupts = [&status] {
-        QFile file(status);
-        static_cast<void>(file.open(QIODevice::ReadOnly));
-        const QByteArray all = file.readAll();
-        const qsizetype at = all.indexOf("SigCgt:");
-        return (all.mid(at + 7, 17).trimmed().toULongLong(nullptr, 16) & (1U << (SIGINT - 1))) != 0;
-    };
-    QTRY_VERIFY_WITH_TIMEOUT(catchesInterrupts(), kLongWait);
+    QTRY_VERIFY_WITH_TIMEOUT(catchesInterrupts(process), kLongWait);
     ::kill(static_cast<pid_t>(process.processId()), SIGINT);
     QVERIFY(process.waitForFinished(kLongWait));
     QCOMPARE(process.exitCode(), 130);
     QVERIFY(namesBelow(command.home.path()).isEmpty());
+}
+
+void BatchSafetyTest::interrupted_asATerminalDoes_saysNothing()
+{
+    const ManyFiles files;
+    QProcess process;
+    process.setChildProcessModifier([] { ::setpgid(0, 0); });
+    files.command.start(process,
+                        {u"-vj2"_s,
+                         u"--check"_s,
+                         u"-e"_s,
+                         u"while (context.file.name !== 'f000');"_s + slowly(300),
+                         u"files/f000"_s,
+                         u"files/f001"_s});
+    process.setReadChannel(QProcess::StandardError);
+    QVERIFY(process.waitForReadyRead(kLongWait));
+    QVERIFY(process.readLine().startsWith("files/f000: "));
+    // The other macro has most probably begun.
+    ::kill(-static_cast<pid_t>(process.processId()), SIGINT);
+    QVERIFY(process.waitForFinished(kLongWait));
+    QCOMPARE(process.exitCode(), 130);
+    QCOMPARE(process.readAllStandardError(), QByteArray());
 }
 
 void BatchSafetyTest::terminated_has143()
@@ -320,6 +359,72 @@ void BatchSafetyTest::reader_thatEnds_isNoError()
     QCOMPARE(lines.value(0), "files/f000"_ba);
     QCOMPARE(lines.value(1), QByteArray::number(128 + SIGPIPE));
     QCOMPARE(shell.readAllStandardError(), QByteArray());
+}
+
+void BatchSafetyTest::messages_forASlowReader_areAllThere()
+{
+    const MacroCommand command;
+    command.home.write(u"a"_s, "old\n");
+    // More than a pipe holds.
+    const Ran ran = runInShell(command,
+                               u"\"$0\" --check -e 'for (let i = 0; i < 3000; ++i)"
+                               " console.log(\"x\".repeat(99)); return {}' a 2>&1 |"
+                               " (sleep 0.5; grep -c 'a: xxx')"_s);
+    QCOMPARE(ran.out, "3000\n"_ba);
+}
+
+void BatchSafetyTest::fewThreadsAndFiles_areEnough()
+{
+    const ManyFiles files;
+    const Ran few = runInShell(
+        files.command,
+        u"ulimit -n 24; \"$0\" -j64 --diff -e '%1' files/*"_s.arg(slowly(0).replace(u'\'', u'"')));
+    QCOMPARE(few.err, QByteArray());
+    QCOMPARE(few.status, 0);
+    QCOMPARE(few.out.count("\n+++ "), kFiles);
+
+    if (::geteuid() != 0)
+        QSKIP("Only root can take on another user, who has no other processes.");
+    QCOMPARE(::chmod(QFile::encodeName(files.command.home.path()).constData(), 0755), 0);
+    const Ran ran =
+        runInShell(files.command,
+                   u"exec setpriv --reuid=%1 --clear-groups bash -c 'ulimit -u 20; "
+                   "\"$0\" -j64 --check -e \"return {}\" files/*' \"$0\""_s.arg(kUnprivilegedUser));
+    QVERIFY2(ran.status == 0 || ran.status == 2, ran.err); // It may start no process for macros.
+    QVERIFY(!ran.err.contains("terminate"));
+}
+
+void BatchSafetyTest::closedStreams_areErrors()
+{
+    const MacroCommand command;
+    command.home.write(u"a"_s, "old\n");
+    const Ran output = runInShell(command, u"\"$0\" -e 'return {}' a >&-"_s);
+    QCOMPARE(output.status, 2);
+    QVERIFY(output.err.startsWith("penwick-macro: "));
+    QCOMPARE(runInShell(command, u"\"$0\" -e 'return {}' <&-"_s).status, 2);
+    QCOMPARE(runInShell(command, u"\"$0\" -e 'return {}' no 2>&-"_s).status, 2);
+    const Ran all = runInShell(
+        command, u"\"$0\" -i -e '%1' a <&- >&- 2>&-"_s.arg(slowly(0).replace(u'\'', u'"')));
+    QCOMPARE(all.status, 0);
+    QCOMPARE(command.home.read(u"a"_s), "new\n"_ba);
+}
+
+void BatchSafetyTest::inputThatDoesNotBlock_isWaitedFor()
+{
+    const MacroCommand command;
+    int pipe[2];
+    QCOMPARE(::pipe2(pipe, O_CLOEXEC | O_NONBLOCK), 0);
+    QProcess process;
+    process.setChildProcessModifier([&pipe] { ::dup2(pipe[0], STDIN_FILENO); });
+    command.start(process, {u"-e"_s, slowly(0)});
+    QTRY_VERIFY_WITH_TIMEOUT(catchesInterrupts(process), kLongWait);
+    QVERIFY(!process.waitForFinished(200)); // It waits for more.
+    QCOMPARE(::write(pipe[1], "old\n", 4), ssize_t{4});
+    ::close(pipe[1]);
+    QVERIFY(process.waitForFinished(kLongWait));
+    ::close(pipe[0]);
+    QCOMPARE(process.readAllStandardOutput(), "new\n"_ba);
+    QCOMPARE(process.exitCode(), 0);
 }
 
 void BatchSafetyTest::progress_isOnlyOnATerminal()
