@@ -4,6 +4,7 @@
 #include "platform/files/FileVersion.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSet>
 
 #include <algorithm>
@@ -82,6 +83,8 @@ tl::expected<QByteArray, FileError> readAnyFile(const QByteArray &path)
             .map([&content] { return content; });
     }
     QFile file(QFile::decodeName(path));
+    if (QFileInfo(file).isDir())
+        return tl::unexpected(FileError::fromErrno(EISDIR));
     errno = 0;
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return systemError();

@@ -133,7 +133,8 @@ tl::expected<QList<Macro>, QString> storedMacros()
         const QString path = macrosFilePath(ApplicationSupport::folderPath());
         auto read = readMacroList(path);
         if (!read)
-            return failure(path, read.error());
+            return failure(
+                path, wording::text(u"batch.storeUnreadable"_s) + u" ("_s + read.error() + u')');
         macros = (*std::move(read)).value_or(QList<Macro>());
     }
     macros += missingBuiltInMacros(macros);

@@ -5,6 +5,7 @@
 #include "macro/engine/ResultExecution.h"
 #include "platform/files/FileBackup.h"
 #include "platform/files/FileSystem.h"
+#include "text/CutText.h"
 #include "text/Utf8.h"
 #include "wording/FileReasons.h"
 #include "wording/WordingLookup.h"
@@ -350,7 +351,7 @@ private:
         const auto made = makeBackup(path, backup, [this](const WriteBytes &write) {
             return m_stored.text.forEachUtf8Block(write);
         });
-        return made ? true : fail(failureOf(made.error()));
+        return made ? true : failToWrite(backup, made.error());
     }
 
     bool writeTo(const QString &path, const Replaceable &replaceable)
@@ -359,7 +360,16 @@ private:
         if (written)
             return true;
         const DocumentError &error = written.error();
-        return fail(failureOf(FileError{error.fileErrorKind, error.code}));
+        return failToWrite(path, FileError{error.fileErrorKind, error.code});
+    }
+
+    /// Names the file in the message if it is not that of the input.
+    bool failToWrite(const QString &path, const FileError &error)
+    {
+        BatchFailure failure = failureOf(error);
+        if (QFile::encodeName(path) != m_report.input.name)
+            failure.message = cutText(path, kLongestShown) + u": "_s + failure.message;
+        return fail(failure);
     }
 
     FileWorker &m_worker;

@@ -52,6 +52,7 @@ constexpr TextRow kTexts[] = {
     {u"batch.status.changed", u"変更あり"},
     {u"batch.status.skipped", u"対象外"},
     {u"batch.status.unchanged", u"変更なし"},
+    {u"batch.storeUnreadable", u"保存されたマクロを読み込めません"},
     {u"batch.summary", u"変更あり %1 件、変更なし %2 件、失敗 %3 件、対象外 %4 件"},
     {u"batch.times", u"%1 秒 (読み込み %2、マクロ %3、書き込み %4。並行した時間の合計)"},
     {u"batch.unexpectedArgument", u"値をとらないオプションです"},

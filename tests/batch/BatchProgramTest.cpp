@@ -106,6 +106,8 @@ private Q_SLOTS:
     void sameFile_isRunOnce();
     void json_hasALineForEachFile();
     void errors_doNotStopTheRun();
+    void errors_nameTheFileThatTheyAreAbout();
+    void messages_ofSeveralLines_nameTheFileInEach();
     void failingEdit_leavesTheFile();
     void notUtf8_isAnErrorOrSkipped();
     void notifications_areShownAndStrict();
@@ -595,6 +597,36 @@ void BatchProgramTest::errors_doNotStopTheRun()
     QCOMPARE(lines.size(), 3);
     QVERIFY(lines.at(0).startsWith("no: ") && lines.at(1).startsWith("folder: "));
     QCOMPARE(program.home.read(u"a"_s), "2\n"_ba);
+}
+
+void BatchProgramTest::errors_nameTheFileThatTheyAreAbout()
+{
+    const MacroCommand program;
+    program.home.write(u"a"_s, "1");
+    program.home.write(u"folder/b"_s, "1");
+    const QString code = replacing(u"1"_s, u"2"_s);
+    QVERIFY(
+        program.run({u"-e"_s, code, u"-o"_s, u"no/out"_s, u"a"_s}).err.startsWith("a: no/out: "));
+    program.home.write(u"a~/b"_s, "1");
+    QVERIFY(program.run({u"-e"_s, code, u"--backup"_s, u"a"_s}).err.startsWith("a: a~: "));
+    QCOMPARE(program.home.read(u"a"_s), "1"_ba);
+
+    const QByteArray isFolder = program.run({u"-i"_s, u"-e"_s, code, u"folder"_s}).err;
+    QCOMPARE(program.run({u"-f"_s, u"folder"_s}).err, "penwick-macro: " + isFolder);
+    QCOMPARE(program.run({u"-e"_s, code, u"--files-from=folder"_s}).err,
+             "penwick-macro: " + isFolder);
+    program.home.write(u"data/penwick/macros.json"_s, "{bad");
+    QVERIFY(program.run({u"--list"_s}).err.contains(": 保存されたマクロを読み込めません ("));
+}
+
+void BatchProgramTest::messages_ofSeveralLines_nameTheFileInEach()
+{
+    const MacroCommand program;
+    program.home.write(u"a"_s, "1");
+    const QString notifying = u"return {notifications: [{type: 'error', message: '1\\n2'}]};"_s;
+    QCOMPARE(program.run({u"--check"_s, u"-e"_s, notifying, u"a"_s}).err, "a: 1\na: 2\n"_ba);
+    const Ran thrown = program.run({u"--check"_s, u"-e"_s, u"throw '1\\nb: 2'"_s, u"a"_s});
+    QVERIFY(thrown.err.endsWith("1\na: b: 2\n"));
 }
 
 void BatchProgramTest::failingEdit_leavesTheFile()
