@@ -89,7 +89,8 @@ Chosen scriptFile(const QByteArray &path)
     QString code = QString::fromUtf8(*content);
     if (code.startsWith(QChar(QChar::ByteOrderMark)))
         code.remove(0, 1);
-    const ParsedMeta meta = MacroMetaParser::parse(code);
+    const bool hasInterpreter = code.startsWith(u"#!"_s);
+    const ParsedMeta meta = MacroMetaParser::parse(hasInterpreter ? code.section(u'\n', 1) : code);
     const QString fileName = QFileInfo(name).fileName();
     return BatchMacro{QString(), meta.name.value_or(fileName), withoutInterpreter(code)};
 }

@@ -101,9 +101,12 @@ void CommandsTest::table_keys_areNotThoseOfTheToolkitsFields()
     using Standard = QKeySequence::StandardKey;
     // From the toolkit's list of editing keys; the others name commands such as Open.
     QSet<QString> fields;
+    const QSet<Standard> commandKeys{
+        Standard::SaveAs, Standard::Preferences, Standard::Quit, Standard::FullScreen};
     for (int key = Standard::MoveToNextChar; key <= Standard::DeleteCompleteLine; ++key)
         for (const QKeySequence &keys : QKeySequence::keyBindings(static_cast<Standard>(key)))
-            fields.insert(keys.toString());
+            if (!commandKeys.contains(static_cast<Standard>(key)))
+                fields.insert(keys.toString());
     for (const auto key : {Standard::Cut,
                            Standard::Copy,
                            Standard::Paste,

@@ -261,6 +261,10 @@ void BatchProgramTest::scriptFile_isRun()
                        QByteArray("#!/usr/bin/env penwick-macro\n") +
                            replacing(u"x"_s, u"y"_s).toUtf8());
     QCOMPARE(program.run({u"-f"_s, u"a.js"_s}, "x").out, "y"_ba);
+    program.home.write(u"e.js"_s,
+                       "#!x\n// penwick:macro\n// name: 名前\nreturn {textEdits: [{type: "
+                       "'replaceAll', text: context.macro.name}]};");
+    QCOMPARE(program.run({u"-f"_s, u"e.js"_s}, "x").out, "名前"_ba);
     program.home.write(u"b.js"_s,
                        "\xEF\xBB\xBFreturn {textEdits: [{type: 'replaceAll', text: "
                        "context.macro.name + context.macro.id}]};");
@@ -405,19 +409,13 @@ void BatchProgramTest::inPlace_readOnly_isRefused()
     const MacroCommand program;
     const QByteArray file = QFile::encodeName(program.home.write(u"a"_s, "1\n"));
     QCOMPARE(::chmod(file.constData(), 0444), 0);
-    QCOMPARE(::chmod(QFile::encodeName(program.home.path()).constData(), 0777), 0);
-    QProcess process;
-    process.setChildProcessModifier([] { // A process of root may write to any file.
-        if (::geteuid() == 0 &&
-            (::setgid(kUnprivilegedUser) != 0 || ::setuid(kUnprivilegedUser) != 0))
-            _exit(99);
-    });
-    program.start(process, {u"--backup"_s, u"-e"_s, replacing(u"1"_s, u"2"_s), u"a"_s});
+    QProcess process; // As another user: root may write to any file.
+    program.startAsOtherUser(process, {u"--backup"_s, u"-e"_s, replacing(u"1"_s, u"2"_s), u"a"_s});
     QVERIFY(process.waitForFinished(kLongWait));
     QCOMPARE(process.exitCode(), 2);
     QVERIFY(process.readAllStandardError().startsWith("a: "));
     QCOMPARE(program.home.read(u"a"_s), "1\n"_ba);
-    QCOMPARE(filesBelow(program.home.path()), QStringList{u"a"_s});
+    QCOMPARE(filesBelow(program.home.path()), (QStringList{u"a"_s, u"bin"_s}));
 }
 
 void BatchProgramTest::check_writesNothing()

@@ -306,13 +306,8 @@ void BatchSafetyTest::folderWithoutNewFiles_isWrittenInPlace()
     const MacroCommand command;
     const QByteArray file = QFile::encodeName(command.home.write(u"dir/a"_s, "old\n"));
     QCOMPARE(::chown(file.constData(), kUnprivilegedUser, kUnprivilegedUser), 0);
-    QCOMPARE(::chmod(QFile::encodeName(command.home.path()).constData(), 0777), 0);
     QProcess process;
-    process.setChildProcessModifier([] {
-        if (::setgid(kUnprivilegedUser) != 0 || ::setuid(kUnprivilegedUser) != 0)
-            _exit(99);
-    });
-    command.start(process, {u"-i"_s, u"-e"_s, slowly(0), u"dir/a"_s});
+    command.startAsOtherUser(process, {u"-i"_s, u"-e"_s, slowly(0), u"dir/a"_s});
     QVERIFY(process.waitForFinished(kLongWait));
     QCOMPARE(process.exitCode(), 0);
     QCOMPARE(command.home.read(u"dir/a"_s), "new\n"_ba);

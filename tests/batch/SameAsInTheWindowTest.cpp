@@ -248,13 +248,13 @@ void SameAsInTheWindowTest::randomResults_giveTheSame()
     QCOMPARE(reports.size(), kRandomResults);
 
     UserDefaults defaults(command.home.file(u"settings"_s));
-    TextDocument document;
-    EditorWindowController controller(defaults);
-    controller.setDocument(&document);
     int failures = 0;
     for (int i = 0; i < kRandomResults; ++i) {
         const QString name = u"%1"_s.arg(i);
-        controller.textView()->setString(Text(name.leftJustified(4) + text));
+        TextDocument document;
+        document.setContentString(Text(name.leftJustified(4) + text));
+        EditorWindowController controller(defaults);
+        controller.setDocument(&document);
         controller.textView()->setSelectedRange({kStart, kEnd - kStart});
         const Outcome inWindow = runInWindow(controller, code, std::nullopt);
         failures += inWindow.hasFailed ? 1 : 0;

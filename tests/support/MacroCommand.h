@@ -1,12 +1,16 @@
 #pragma once
 
 #include "support/TemporaryHome.h"
+#include "support/UnprivilegedUser.h"
 #include "support/Waits.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QProcess>
 #include <QStringList>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace penwick::test {
 
@@ -42,6 +46,28 @@ public:
         process.start(path(), arguments);
         if (!process.waitForStarted())
             qFatal("penwick-macro cannot be started.");
+    }
+
+    /// Starts it as a user who owns none of the files; without root, as the current user. Every
+    /// user may read, write and run what is in the home folder.
+    void startAsOtherUser(QProcess &process, const QStringList &arguments) const
+    {
+        const QDir programs = QFileInfo(path()).dir();
+        const QString copies = home.path() + QStringLiteral("/bin");
+        QDir().mkpath(copies);
+        for (const QString &name :
+             {QStringLiteral("penwick-macro"), QStringLiteral("penwick-script-host")})
+            QFile::copy(programs.filePath(name), copies + u'/' + name);
+        ::chmod(QFile::encodeName(home.path()).constData(), 0777);
+        process.setChildProcessModifier([] {
+            if (::geteuid() == 0 &&
+                (::setgid(kUnprivilegedUser) != 0 || ::setuid(kUnprivilegedUser) != 0))
+                _exit(99);
+        });
+        process.setWorkingDirectory(home.path());
+        process.start(copies + QStringLiteral("/penwick-macro"), arguments);
+        if (!process.waitForStarted())
+            qFatal("penwick-macro cannot be started as another user.");
     }
 
     static QString path()

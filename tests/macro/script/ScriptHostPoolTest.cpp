@@ -43,6 +43,28 @@ Ran runHere(const QString &source, const std::optional<QString> &userInput = std
     return {std::move(outcome), log};
 }
 
+/// The value with each string of a list as an element of its own: a host returns several in one
+/// piece.
+ScriptValue inElements(const ScriptValue &value)
+{
+    if (const ScriptValue::Map *map = value.map()) {
+        ScriptValue::Map members;
+        for (const ScriptMember &member : *map)
+            members.push_back({member.key, inElements(member.value)});
+        return ScriptValue(std::move(members));
+    }
+    if (value.list() == nullptr)
+        return value;
+    ScriptValue::List elements;
+    for (const ScriptValue &element : *value.list())
+        if (const ScriptTexts *texts = element.texts())
+            for (const QString &text : texts->joined.split(u'\n'))
+                elements.emplace_back(text);
+        else
+            elements.push_back(inElements(element));
+    return ScriptValue(std::move(elements));
+}
+
 ScriptOutcome failure(ScriptError::Code code)
 {
     return tl::unexpected(ScriptError{code, {}});
@@ -184,6 +206,8 @@ void ScriptHostPoolTest::script_anywhere_givesTheSame_data()
         << u"var m = new WebAssembly.Module(new Uint8Array([0,97,115,109,1,0,0,0])); typeof m"_s;
     QTest::newRow("shared memory")
         << u"Atomics.add(new Int32Array(new SharedArrayBuffer(8)), 0, 5)"_s;
+    QTest::newRow("many strings")
+        << u"[{a: Array.from({length: 200}, (_, i) => '日' + i)}, 1, 'b']"_s;
     QTest::newRow("globals") << u"Object.getOwnPropertyNames(globalThis).sort()"_s;
     QTest::newRow("too deep") << u"var o = []; for (var i = 0; i < 3000; i++) o = [o]; o"_s;
     QTest::newRow("too wide") << u"new Array(4000000000)"_s;
@@ -202,7 +226,7 @@ void ScriptHostPoolTest::script_anywhere_givesTheSame()
         const Ran here = runHere(code, input);
         if (!there.outcome && !here.outcome)
             QCOMPARE(there.outcome.error().text, here.outcome.error().text);
-        QVERIFY(there.outcome == here.outcome);
+        QVERIFY(there.outcome.map(inElements) == here.outcome.map(inElements));
         QCOMPARE(there.log, here.log);
     }
     const Ran typeOfInput = run(u"typeof userInput + ('userInput' in globalThis)"_s, QString());
