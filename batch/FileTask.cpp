@@ -141,13 +141,14 @@ std::chrono::microseconds elapsedSince(QElapsedTimer &timer)
         std::chrono::nanoseconds(timer.nsecsElapsed()));
 }
 
-/// Adds the lines to the log, and drops what is too much.
+/// Adds the line to the log, and drops what is too much.
 void appendToLog(QStringList &log, qint64 &length, const QString &line)
 {
     if (length > kLongestLog)
         return;
+    const qint64 room = kLongestLog - length;
     length += line.size() + 1;
-    log += length > kLongestLog ? u"…"_s : line;
+    log += length > kLongestLog ? line.first(std::min<qint64>(line.size(), room)) + u'…' : line;
 }
 
 } // namespace

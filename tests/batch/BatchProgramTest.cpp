@@ -112,6 +112,7 @@ private Q_SLOTS:
     void notUtf8_isAnErrorOrSkipped();
     void notifications_areShownAndStrict();
     void log_namesTheFile();
+    void log_thatIsLong_isCut();
     void timeout_stopsTheMacro();
     void verbosity_decidesWhatIsSaid();
     void profile_changesTheWords();
@@ -697,6 +698,15 @@ void BatchProgramTest::log_namesTheFile()
                      u"for (let i = 0; i < 50000; ++i) console.log('x'.repeat(100));"_s,
                      u"a"_s});
     QVERIFY(endless.err.size() < 2'000'000);
+}
+
+void BatchProgramTest::log_thatIsLong_isCut()
+{
+    const MacroCommand program;
+    program.home.write(u"a"_s, "1");
+    const QString code = u"console.log('x'.repeat(2e6)); console.log('y'); return {};"_s;
+    QCOMPARE(program.run({u"--check"_s, u"-e"_s, code, u"a"_s}).err,
+             "a: " + QByteArray(1'000'000, 'x') + "…\n");
 }
 
 void BatchProgramTest::timeout_stopsTheMacro()
