@@ -19,6 +19,8 @@ CommandTarget *AppCommands::targetAt(CommandPlace place) const
         return nullptr;
     if (place == CommandPlace::Window)
         return editor->window();
+    if (editor->isRunningMacro())
+        return nullptr; // A change would make the macro's result useless.
     MainEditorView *content = editor->content();
     return content != nullptr ? content->textViewRepresentable() : nullptr;
 }

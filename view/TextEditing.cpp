@@ -93,6 +93,16 @@ void TextEditing::finishUndo(TextRange selection)
     Q_EMIT edited();
 }
 
+void TextEditing::insertLineEnd()
+{
+    const Text &text = m_storage->text();
+    const TextRange range = m_selection->range();
+    QString inserted = lineEndUnits(lineEndToInsert(text, range)).toString();
+    if (m_indentation.isKept)
+        inserted += keptIndentation(text, range.location);
+    replaceSelection(Text(inserted), Kind::Typing);
+}
+
 void TextEditing::deleteTo(qint64 target, Kind kind)
 {
     const qint64 caret = m_selection->caret().offset;
@@ -132,10 +142,10 @@ void TextEditing::perform(EditCommand command)
         m_selection->select(0, {text.size(), false}, TextSelection::Scroll::Stay);
         return m_selection->offerAsPrimary();
     case EditCommand::InsertLineEnd:
-        return replaceSelection(Text(lineEndUnits(lineEndToInsert(text, m_selection->range()))),
-                                Kind::Typing);
+        return insertLineEnd();
     case EditCommand::InsertTab:
-        return replaceSelection(Text(u"\t"), Kind::Typing);
+        return replaceSelection(Text(tabUnits(text, m_selection->range().location, m_indentation)),
+                                Kind::Typing);
     case EditCommand::DeleteSelection:
         return deleteSelection();
     case EditCommand::DeleteBackward:

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editor/TextStorage.h"
+#include "lines/Indentation.h"
 #include "view/EditKeys.h"
 #include "view/TextSelection.h"
 
@@ -25,6 +26,11 @@ public:
     /// True: a pasted or dropped text gets the line end that the text of the view has first. False,
     /// the default: it is inserted as it is.
     void setConvertsPastedLineEnds(bool converts) { m_convertsPastedLineEnds = converts; }
+
+    /// How Tab and Enter indent.
+    void setIndentation(const Indentation &style) { m_indentation = style; }
+
+    [[nodiscard]] const Indentation &indentation() const { return m_indentation; }
 
     /// Performs a command of the user; does nothing when it is not possible now.
     void perform(EditCommand command);
@@ -53,11 +59,13 @@ private:
     [[nodiscard]] Text adapted(const Text &text) const;
     void finishUndo(TextRange selection);
     void deleteSelection();
+    void insertLineEnd();
     void deleteTo(qint64 target, Kind kind);
 
     TextStorage *m_storage;
     TextViewport *m_viewport;
     TextSelection *m_selection;
+    Indentation m_indentation;
     bool m_convertsPastedLineEnds = false;
 };
 

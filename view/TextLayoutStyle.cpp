@@ -8,13 +8,7 @@
 
 namespace penwick {
 
-namespace {
-
-constexpr int kTabColumns = 4;
-
-} // namespace
-
-TextLayoutStyle makeTextLayoutStyle(const QFont &font, qreal width)
+TextLayoutStyle makeTextLayoutStyle(const QFont &font, qreal width, int tabWidth)
 {
     // The ideographic full stop is drawn by the Japanese font, as ideographs are, but has no script
     // of its own. An ideograph would cause another font lookup, even for texts without ideographs.
@@ -29,7 +23,7 @@ TextLayoutStyle makeTextLayoutStyle(const QFont &font, qreal width)
     style.emojiFamily = emoji.value(0);
     style.width = std::max<qreal>(1, width);
     style.columnWidth = metrics.horizontalAdvance(u'0');
-    style.tabWidth = style.columnWidth * kTabColumns;
+    style.tabWidth = style.columnWidth * tabWidth;
     style.ascent = std::ceil(std::max(metrics.ascent(), line.ascent()));
     style.rowHeight =
         style.ascent + std::ceil(std::max(metrics.descent(), line.descent()) + metrics.leading());

@@ -19,6 +19,7 @@ struct TextLayoutStyle
 
 /// Returns the style for rows `width` wide. The row height suits Latin and Japanese characters
 /// alike.
-[[nodiscard]] TextLayoutStyle makeTextLayoutStyle(const QFont &font, qreal width);
+/// \param tabWidth the distance of tab stops in columns.
+[[nodiscard]] TextLayoutStyle makeTextLayoutStyle(const QFont &font, qreal width, int tabWidth);
 
 } // namespace penwick

@@ -290,6 +290,12 @@ void TextView::setDecoration(TextDecoration *decoration)
     updateStyle();
 }
 
+void TextView::setIndentation(const Indentation &style)
+{
+    m_editing.setIndentation(style);
+    updateStyle();
+}
+
 void TextView::setShowsBlanks(bool shows)
 {
     if (std::exchange(m_showsBlanks, shows) != shows)
@@ -361,7 +367,7 @@ void TextView::updateStyle()
         decoration->paletteChanged(palette());
     const QSizeF size = viewport()->size();
     const qreal width = size.width() - 2 * TextViewport::kMargin;
-    TextLayoutStyle layoutStyle = makeTextLayoutStyle(font(), width);
+    TextLayoutStyle layoutStyle = makeTextLayoutStyle(font(), width, indentation().tabWidth);
     layoutStyle.showsBlanks = m_showsBlanks;
     m_viewport.setGeometry(layoutStyle, size);
     refresh();

@@ -141,6 +141,11 @@ public:
     /// True: a pasted or dropped text gets the first line end of this text. Off at first.
     void setConvertsPastedLineEnds(bool converts) { m_editing.setConvertsPastedLineEnds(converts); }
 
+    /// Sets the distance of the tab stops, and what Tab and Enter insert.
+    void setIndentation(const Indentation &style);
+
+    [[nodiscard]] const Indentation &indentation() const { return m_editing.indentation(); }
+
     /// Marks tabs, U+3000 and the blanks at the ends of lines. Off at first.
     void setShowsBlanks(bool shows);
 

@@ -59,7 +59,7 @@ void TextViewport::setGeometry(const TextLayoutStyle &style, QSizeF size)
 {
     m_size = size;
     m_cache.setStyle(style);
-    m_columns = std::max<qreal>(1, style.width * 4 / std::max<qreal>(1, style.tabWidth));
+    m_columns = std::max<qreal>(1, style.width / std::max<qreal>(1, style.columnWidth));
     setAnchor(topRow(), m_pixel);
     clampToEnd();
 }

@@ -131,7 +131,7 @@ void EditorWindow::connectTabBar()
 
 void EditorWindow::addShortcuts()
 {
-    for (const CommandId id : {CommandId::NextTab, CommandId::PreviousTab}) {
+    for (const CommandId id : {CommandId::NextTab, CommandId::PreviousTab, CommandId::FullScreen}) {
         connect(makeShortcut(id, this), &QShortcut::activated, this, [this, id] {
             performCommand(id);
         });
@@ -173,6 +173,8 @@ CommandState EditorWindow::commandState(CommandId id) const
     case CommandId::PreviousTab:
     case CommandId::ShowTabList:
         return {count() > 1};
+    case CommandId::FullScreen:
+        return {true, isFullScreen()};
     default:
         return {id == CommandId::OpenMenuBar};
     }
@@ -187,6 +189,8 @@ void EditorWindow::performCommand(CommandId id)
         return stepTab(-1);
     case CommandId::ShowTabList:
         return m_tabList->popUp();
+    case CommandId::FullScreen:
+        return setWindowState(windowState() ^ Qt::WindowFullScreen);
     case CommandId::OpenMenuBar:
         return menuBar()->setActiveAction(menuBar()->actions().value(0));
     default:

@@ -6,7 +6,9 @@
 #include "view/TextView.h"
 #include "window/BlankSwitch.h"
 #include "window/LineEndCommands.h"
+#include "window/TextCommands.h"
 #include "window/TransferBar.h"
+#include "window/Zoom.h"
 
 #include <QKeyEvent>
 #include <QVBoxLayout>
@@ -39,6 +41,8 @@ TextViewRepresentable::~TextViewRepresentable()
     delete m_findController;
     delete m_blankSwitch;
     delete m_lineEndCommands;
+    delete m_textCommands;
+    delete m_zoom;
     // The view must be destroyed before its storage; as a child widget it would be destroyed after
     // it.
     delete m_textView;
@@ -49,7 +53,8 @@ void TextViewRepresentable::makeTextView()
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    m_textView = new TextView(m_storage.get(), editorFont(kTextSize), this);
+    m_textView = new TextView(
+        m_storage.get(), editorFont(Zoom::pixels(kTextSize, UserDefaults::standard())), this);
     m_textView->setFrameShape(QFrame::NoFrame);
     m_textView->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     m_textView->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
@@ -61,14 +66,22 @@ void TextViewRepresentable::makeTextView()
     m_findController = new FindController(m_textView, m_findBar, this);
     m_blankSwitch = new BlankSwitch(m_textView, this, UserDefaults::standard());
     m_lineEndCommands = new LineEndCommands(m_textView, this, UserDefaults::standard());
+    m_textCommands = new TextCommands(m_textView, this, UserDefaults::standard());
+    m_zoom = new Zoom(m_textView, this, kTextSize, UserDefaults::standard());
     setFocusProxy(m_textView);
 }
 
 CommandState TextViewRepresentable::commandState(CommandId id) const
 {
+    if (const auto kind = TextCommands::kindOf(id))
+        return {m_textCommands->canPerform(*kind)};
     switch (id) {
     case CommandId::ShowBlanks:
         return {true, m_blankSwitch->isOn()};
+    case CommandId::ZoomIn:
+        return {m_zoom->canStep(1)};
+    case CommandId::ZoomOut:
+        return {m_zoom->canStep(-1)};
     case CommandId::ConvertToLf:
         return {m_lineEndCommands->canConvert(LineEnd::LineFeed)};
     case CommandId::ConvertToCrLf:
@@ -82,6 +95,8 @@ CommandState TextViewRepresentable::commandState(CommandId id) const
 
 void TextViewRepresentable::performCommand(CommandId id)
 {
+    if (const auto kind = TextCommands::kindOf(id))
+        return m_textCommands->perform(*kind);
     switch (id) {
     case CommandId::Find:
         return m_findController->showFind();
@@ -93,6 +108,12 @@ void TextViewRepresentable::performCommand(CommandId id)
         return m_findController->findPrevious();
     case CommandId::ShowBlanks:
         return m_blankSwitch->toggle();
+    case CommandId::ZoomIn:
+        return m_zoom->step(1);
+    case CommandId::ZoomOut:
+        return m_zoom->step(-1);
+    case CommandId::ZoomReset:
+        return m_zoom->reset();
     case CommandId::ConvertToLf:
         return m_lineEndCommands->convert(LineEnd::LineFeed);
     case CommandId::ConvertToCrLf:

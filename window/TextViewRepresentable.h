@@ -13,6 +13,8 @@ class BlankSwitch;
 class FindBar;
 class FindController;
 class LineEndCommands;
+class TextCommands;
+class Zoom;
 
 /// Hosts the text view of an editor window and the find bar below it. Creates the view over the
 /// document's storage, sets its font and text, and keeps it in sync with the state and the document
@@ -55,6 +57,8 @@ private:
     FindController *m_findController = nullptr;
     BlankSwitch *m_blankSwitch = nullptr;
     LineEndCommands *m_lineEndCommands = nullptr;
+    TextCommands *m_textCommands = nullptr;
+    Zoom *m_zoom = nullptr;
     Coordinator *m_coordinator = nullptr;
 };
 

@@ -3,6 +3,7 @@
 #include "command/CommandShortcut.h"
 #include "view/CaretMover.h"
 #include "view/EditKeys.h"
+#include "window/MacroRunNotice.h"
 
 #include <QHash>
 #include <QKeyEvent>
@@ -49,6 +50,8 @@ private Q_SLOTS:
     void table_keys_enterNoCharacter();
     void menuItems_areRowsOfTheTable();
     void documentCommands_performed_reachTheFrontTab();
+    void textCommands_performed_changeTheFrontTab();
+    void textCommands_whileAMacroRuns_areNotAvailable();
     void windowCommands_performed_switchTabs();
 };
 
@@ -117,6 +120,7 @@ void CommandsTest::table_keys_areNotThoseOfTheToolkitsFields()
                            Standard::Backspace})
         for (const QKeySequence &keys : QKeySequence::keyBindings(key))
             fields.insert(keys.toString());
+    fields.remove(u"F11"_s); // Full screen, which stands among the editing keys.
     for (const QKeyCombination key : kDesktopKeys)
         fields.insert(QKeySequence(key).toString());
     for (const Command &row : commands())
@@ -131,7 +135,8 @@ void CommandsTest::table_keys_enterNoCharacter()
     for (const Command &row : commands())
         for (const QKeyCombination key : keysOf(row)) {
             const bool isFunctionKey = key.key() >= Qt::Key_F1 && key.key() <= Qt::Key_F12;
-            const bool isCommand = key.keyboardModifiers().testFlag(Qt::ControlModifier);
+            const bool isCommand = key.keyboardModifiers().testFlag(Qt::ControlModifier) ||
+                                   key == (Qt::ALT | Qt::Key_Up) || key == (Qt::ALT | Qt::Key_Down);
             QVERIFY2(isFunctionKey || isCommand, qPrintable(row.name.toString()));
             // Input methods use them.
             QVERIFY(key.key() != Qt::Key_Space);
@@ -169,6 +174,53 @@ void CommandsTest::documentCommands_performed_reachTheFrontTab()
     QVERIFY(field != nullptr && field->isVisible());
 }
 
+void CommandsTest::textCommands_performed_changeTheFrontTab()
+{
+    launch();
+    AppCommands app(m_app.get());
+    setText(u"b\na"_s);
+    TextView *view = controller()->textView();
+    view->setSelectedRange({2, 0});
+    QVERIFY(!app.commandState(CommandId::SortLines).isAvailable);
+    QVERIFY(!app.commandState(CommandId::UpperCase).isAvailable);
+    QVERIFY(!app.commandState(CommandId::MoveLinesDown).isAvailable);
+    QVERIFY(app.commandState(CommandId::MoveLinesUp).isAvailable);
+    view->selectAll();
+    QVERIFY(app.commandState(CommandId::SortLines).isAvailable);
+    const QList<std::pair<CommandId, QString>> steps{
+        {CommandId::SortLines, u"a\nb"_s},
+        {CommandId::UpperCase, u"A\nB"_s},
+        {CommandId::FullWidth, u"Ａ\nＢ"_s},
+        {CommandId::LowerCase, u"ａ\nｂ"_s},
+        {CommandId::HalfWidth, u"a\nb"_s},
+        {CommandId::Indent, u"\ta\n\tb"_s},
+        {CommandId::TabsToBlanks, u"    a\n    b"_s},
+        {CommandId::BlanksToTabs, u"\ta\n\tb"_s},
+        {CommandId::Outdent, u"a\nb"_s},
+        {CommandId::JoinLines, u"a b"_s},
+    };
+    for (const auto &[id, expected] : steps) {
+        app.performCommand(id);
+        QTRY_COMPARE(text(), expected);
+    }
+}
+
+void CommandsTest::textCommands_whileAMacroRuns_areNotAvailable()
+{
+    launch();
+    AppCommands app(m_app.get());
+    setText(u"b"_s);
+    QVERIFY(app.commandState(CommandId::DuplicateLines).isAvailable);
+    controller()->runMacro(u"while (true) ;"_s, u"id"_s, u"name"_s, std::nullopt);
+    QVERIFY(controller()->isRunningMacro());
+    QVERIFY(!app.commandState(CommandId::DuplicateLines).isAvailable);
+    app.performCommand(CommandId::DuplicateLines);
+    controller()->window()->findChild<MacroRunNotice *>()->reject();
+    QTRY_VERIFY(!controller()->isRunningMacro());
+    QCOMPARE(text(), u"b"_s);
+    QVERIFY(app.commandState(CommandId::DuplicateLines).isAvailable);
+}
+
 void CommandsTest::windowCommands_performed_switchTabs()
 {
     launch();
@@ -184,6 +236,12 @@ void CommandsTest::windowCommands_performed_switchTabs()
     QVERIFY(controller(1)->isInFront());
     setText(u"abc"_s, 1);
     app.performCommand(CommandId::SelectAll);
+    app.performCommand(CommandId::FullScreen);
+    QVERIFY(controller(1)->window()->isFullScreen());
+    QCOMPARE(app.commandState(CommandId::FullScreen).isOn, std::optional(true));
+    activate(1);
+    QTest::keyClick(controller(1)->textView(), Qt::Key_F11);
+    QVERIFY(!controller(1)->window()->isFullScreen());
     QCOMPARE(controller(1)->textView()->selectedRange(), (TextRange{0, 3}));
     QVERIFY(app.commandState(CommandId::Deselect).isAvailable);
     app.performCommand(CommandId::Deselect);

@@ -103,7 +103,7 @@ void HugeInputsTest::opened_screen_laysOutAFewSegments()
     TextViewport viewport;
     viewport.setText(m_document->contentString());
     const QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    viewport.setGeometry(makeTextLayoutStyle(font, 888), QSizeF(900, 600));
+    viewport.setGeometry(makeTextLayoutStyle(font, 888, 4), QSizeF(900, 600));
     for (const int place : {0, 500, 1000}) { // Thousandths of the scroll range.
         const auto range = viewport.scrollRange();
         viewport.scrollToValue(range.maximum / 1000 * place, range.maximum);

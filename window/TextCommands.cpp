@@ -1,0 +1,142 @@
+#include "window/TextCommands.h"
+
+#include "command/CommandShortcut.h"
+#include "lines/LineBlock.h"
+#include "view/TextView.h"
+
+#include <QKeyEvent>
+#include <QShortcut>
+
+#include <algorithm>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Kind = TextChangeKind;
+
+struct Binding
+{
+    CommandId id;
+    Kind kind;
+};
+
+constexpr Binding kBindings[] = {
+    {CommandId::Indent, Kind::Indent},
+    {CommandId::Outdent, Kind::Outdent},
+    {CommandId::DuplicateLines, Kind::Duplicate},
+    {CommandId::MoveLinesUp, Kind::MoveUp},
+    {CommandId::MoveLinesDown, Kind::MoveDown},
+    {CommandId::JoinLines, Kind::Join},
+    {CommandId::SortLines, Kind::Sort},
+    {CommandId::TrimLineEnds, Kind::TrimEnds},
+    {CommandId::BlanksToTabs, Kind::BlanksToTabs},
+    {CommandId::TabsToBlanks, Kind::TabsToBlanks},
+    {CommandId::UpperCase, Kind::UpperCase},
+    {CommandId::LowerCase, Kind::LowerCase},
+    {CommandId::FullWidth, Kind::FullWidth},
+    {CommandId::HalfWidth, Kind::HalfWidth},
+};
+
+/// What Tab or Shift+Tab does to several lines; none for other keys.
+std::optional<Kind> kindOfTab(const QKeyEvent &event)
+{
+    const bool isShifted = event.modifiers() == Qt::ShiftModifier;
+    if (event.key() == Qt::Key_Tab && event.modifiers() == Qt::NoModifier)
+        return Kind::Indent;
+    // Keyboards report Shift+Tab in different ways.
+    const bool isBack =
+        event.key() == Qt::Key_Backtab && (isShifted || event.modifiers() == Qt::NoModifier);
+    if (isBack || (event.key() == Qt::Key_Tab && isShifted))
+        return Kind::Outdent;
+    return std::nullopt;
+}
+
+} // namespace
+
+TextCommands::TextCommands(TextView *view, QObject *scope, const UserDefaults &defaults, int wait)
+    : QObject(scope)
+    , m_view(view)
+    , m_wait(wait)
+{
+    view->setIndentation(indentationIn(defaults));
+    view->installEventFilter(this);
+    for (const Binding &binding : kBindings) {
+        if (!command(binding.id).hasKey())
+            continue;
+        QShortcut *shortcut = makeShortcut(binding.id, view);
+        shortcut->setContext(Qt::WidgetShortcut);
+        connect(
+            shortcut, &QShortcut::activated, this, [this, kind = binding.kind] { perform(kind); });
+    }
+}
+
+std::optional<Kind> TextCommands::kindOf(CommandId id)
+{
+    for (const Binding &binding : kBindings)
+        if (binding.id == id)
+            return binding.kind;
+    return std::nullopt;
+}
+
+SelectedText TextCommands::selectedText() const
+{
+    return {m_view->string(), m_view->anchorOffset(), m_view->caretOffset()};
+}
+
+bool TextCommands::canPerform(Kind kind) const
+{
+    return canRewrite(kind, selectedText());
+}
+
+void TextCommands::perform(Kind kind)
+{
+    m_view->commitMarkedText();
+    const SelectedText text = selectedText();
+    if (!canRewrite(kind, text))
+        return;
+    const auto work = [this, kind, text, style = m_view->indentation()](const auto & /*stop*/) {
+        return [this, text, change = rewrite(kind, text, style)] { apply(text, change); };
+    };
+    m_task.start(work, m_wait);
+}
+
+void TextCommands::apply(const SelectedText &before, const std::optional<TextRewrite> &change)
+{
+    const SelectedText now = selectedText();
+    if (!change || !now.text.isSameValue(before.text))
+        return;
+    if (now.anchor != before.anchor || now.caret != before.caret)
+        return m_view->replaceText(change->range, change->replacement);
+    m_view->replaceText(change->range, change->replacement, [this, &change] {
+        m_view->setSelectionInPlace(change->anchor, change->caret);
+    });
+    m_view->scrollTo(change->caret);
+}
+
+bool TextCommands::eventFilter(QObject *object, QEvent *event)
+{
+    if (object != m_view || event->type() != QEvent::KeyPress)
+        return false;
+    const auto kind = kindOfTab(*static_cast<QKeyEvent *>(event));
+    if (!kind || selectedLines(m_view->string(), m_view->selectedRange()).count < 2)
+        return false;
+    perform(*kind);
+    return true;
+}
+
+Indentation indentationIn(const UserDefaults &defaults)
+{
+    Indentation style;
+    bool isNumber = false;
+    const int width = defaults.string(u"tabWidth"_s).value_or(QString()).toInt(&isNumber);
+    if (isNumber && width >= 1 && width <= Indentation::kLargestTabWidth)
+        style.tabWidth = width;
+    style.insertsBlanks = defaults.string(u"tabKeyInserts"_s) == u"spaces"_s;
+    style.isKept = defaults.string(u"keepIndentation"_s) == u"true"_s;
+    return style;
+}
+
+} // namespace penwick
