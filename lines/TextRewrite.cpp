@@ -65,16 +65,21 @@ public:
     {
         if (m_writer.units() == m_old.units())
             return std::nullopt;
-        const LineBlock result(m_writer.units(), m_count);
-        const auto offset = [&](qint64 former) {
-            const BlockPlace place = m_old.placeAt(former - m_range.location);
-            return m_range.location + result.offsetOf(moved(place, result));
-        };
-        return TextRewrite{
-            m_range, Text(result.units()), offset(m_text.anchor), offset(m_text.caret)};
+        return rewriteWith(moved);
     }
 
-    /// As above; the result is selected, or the caret is at its start.
+    /// The same, but equal lines only move the selection.
+    [[nodiscard]] TextRewrite finishMove(const Moved &moved) const
+    {
+        TextRewrite result = rewriteWith(moved);
+        if (m_writer.units() == m_old.units()) {
+            result.range.length = 0;
+            result.replacement = Text();
+        }
+        return result;
+    }
+
+    /// As `finish`; the result is selected, or the caret is at its start.
     [[nodiscard]] std::optional<TextRewrite> finishSelected() const
     {
         const qint64 start = m_text.selection().location - m_range.location;
@@ -89,6 +94,16 @@ public:
     }
 
 private:
+    [[nodiscard]] TextRewrite rewriteWith(const Moved &moved) const
+    {
+        const LineBlock result(m_writer.units(), m_count);
+        const auto offset = [&](qint64 former) {
+            const BlockPlace place = m_old.placeAt(former - m_range.location);
+            return m_range.location + result.offsetOf(moved(place, result));
+        };
+        return {m_range, Text(result.units()), offset(m_text.anchor), offset(m_text.caret)};
+    }
+
     const SelectedText &m_text;
     TextRange m_range;
     LineBlock m_old;
@@ -156,7 +171,7 @@ std::optional<TextRewrite> move(const SelectedText &text, LineSpan lines, int st
         contents.begin(), step < 0 ? contents.begin() + 1 : contents.end() - 1, contents.end());
     for (const QStringView content : contents)
         change.add(content);
-    return change.finish([step](BlockPlace place, const LineBlock & /*result*/) {
+    return change.finishMove([step](BlockPlace place, const LineBlock & /*result*/) {
         return BlockPlace{place.line + step, place.column};
     });
 }

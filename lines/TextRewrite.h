@@ -26,7 +26,8 @@ enum class TextChangeKind {
     HalfWidth,
 };
 
-/// A replacement of one range of a text, and the selection after it. Offsets are UTF-16 code units,
+/// A replacement of one range of a text, and the selection after it. Where equal lines are moved,
+/// range and replacement are empty. Offsets are UTF-16 code units,
 /// 0-based.
 struct TextRewrite
 {

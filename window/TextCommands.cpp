@@ -110,9 +110,13 @@ void TextCommands::apply(const SelectedText &before, const std::optional<TextRew
         return;
     if (now.anchor != before.anchor || now.caret != before.caret)
         return m_view->replaceText(change->range, change->replacement);
-    m_view->replaceText(change->range, change->replacement, [this, &change] {
+    const auto select = [this, &change] {
         m_view->setSelectionInPlace(change->anchor, change->caret);
-    });
+    };
+    if (change->range.isEmpty() && change->replacement.isEmpty())
+        select();
+    else
+        m_view->replaceText(change->range, change->replacement, select);
     m_view->scrollTo(change->caret);
 }
 

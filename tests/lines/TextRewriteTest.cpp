@@ -234,6 +234,7 @@ void TextRewriteTest::examples_data()
     row("up, other line ends", Kind::MoveUp, u"a\r\nb|\u2028c"_s, u"b|\r\na\u2028c"_s);
     row("up, whole line", Kind::MoveUp, u"a\n[b\n]c"_s, u"[b\n]a\nc"_s);
     row("up, the first", Kind::MoveUp, u"a|\nb"_s, u"a|\nb"_s);
+    row("up, equal lines", Kind::MoveUp, u"a\r\na|"_s, u"a|\r\na"_s);
     row("down", Kind::MoveDown, u"a|\nb"_s, u"b\na|"_s);
     row("down, whole line", Kind::MoveDown, u"[a\n]b"_s, u"b\n[a]"_s);
     row("down, the last", Kind::MoveDown, u"a\nb|"_s, u"a\nb|"_s);
