@@ -55,7 +55,10 @@ QWidget *panelOver(const QWidget *window)
     return nullptr;
 }
 
-std::optional<QString> ask(FileDialog &dialog, const QString &acceptLabel)
+/// \param suppliedFolder is not remembered as the last one: the user may not be able to write
+/// there.
+std::optional<QString>
+ask(FileDialog &dialog, const QString &acceptLabel, const QString &suppliedFolder = {})
 {
     // A modal panel blocks the keyboard and the mouse, but not assistive technology.
     if (QWidget *open = panelOver(dialog.parentWidget())) {
@@ -69,16 +72,23 @@ std::optional<QString> ask(FileDialog &dialog, const QString &acceptLabel)
     dialog.setNameFilter(wording::text(u"dialog.jsonFiles"_s) + u" (*.json)"_s);
     if (dialog.exec() != QDialog::Accepted || dialog.chosenPaths().isEmpty())
         return std::nullopt;
-    lastFolder() = dialog.directory().absolutePath();
+    if (suppliedFolder.isEmpty() || dialog.directory() != QDir(suppliedFolder))
+        lastFolder() = dialog.directory().absolutePath();
     return dialog.chosenPaths().constFirst();
+}
+
+std::optional<QString> askToOpenIn(QWidget *parent, const QString &title, const QString &folder)
+{
+    const bool isThere = !folder.isEmpty() && QDir(folder).exists();
+    FileDialog dialog(parent, title, isThere ? folder : startFolder());
+    dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    return ask(dialog, wording::text(u"dialog.open"_s), folder);
 }
 
 std::optional<QString> askToOpen(QWidget *parent, const QString &title)
 {
-    FileDialog dialog(parent, title, startFolder());
-    dialog.setAcceptMode(QFileDialog::AcceptOpen);
-    dialog.setFileMode(QFileDialog::ExistingFile);
-    return ask(dialog, wording::text(u"dialog.open"_s));
+    return askToOpenIn(parent, title, {});
 }
 
 std::optional<QString> askToSave(QWidget *parent, const QString &title, const QString &name)
@@ -95,7 +105,7 @@ std::optional<QString> askToSave(QWidget *parent, const QString &title, const QS
 
 FilePanels FilePanels::onScreen()
 {
-    return {askToOpen, askToSave};
+    return {askToOpen, askToSave, askToOpenIn};
 }
 
 } // namespace penwick

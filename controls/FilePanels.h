@@ -20,12 +20,18 @@ struct FilePanels
     using Save = std::function<std::optional<QString>(
         QWidget *parent, const QString &title, const QString &name)>;
 
+    /// \param folder where the panel starts; if it is empty or missing, where `open` does.
+    using OpenIn = std::function<std::optional<QString>(
+        QWidget *parent, const QString &title, const QString &folder)>;
+
     Open open;
     /// The user has agreed to replace an existing file. The path ends in `.json` unless the user
     /// gave another extension.
     Save save;
+    OpenIn openIn;
 
-    /// The panels that show a dialog. Each starts in the folder of the last accepted one.
+    /// The panels that show a dialog. Each starts in the folder of the last accepted one, except
+    /// where a panel was told to start.
     [[nodiscard]] static FilePanels onScreen();
 };
 

@@ -94,6 +94,7 @@ private Q_SLOTS:
     void save_nameTyped_endsInASuffix();
     void panels_cancelled_giveNothing();
     void panels_next_startInTheFolderOfTheLastOne();
+    void openIn_folder_startsThereOnce();
     void panels_secondOverTheFirst_isNotOpened();
 
 private:
@@ -249,6 +250,21 @@ void FilePanelsTest::panels_next_startInTheFolderOfTheLastOne()
     seen = answer(std::nullopt);
     m_panels.open(nullptr, u"t"_s);
     QCOMPARE(seen->folder, m_home->path());
+}
+
+void FilePanelsTest::openIn_folder_startsThereOnce()
+{
+    answer(m_home->write(u"own/a.json"_s, "{}"));
+    QVERIFY(m_panels.open(nullptr, u"t"_s).has_value());
+    const QString supplied = m_home->write(u"supplied/english.json"_s, "{}");
+    auto seen = answer(supplied);
+    QCOMPARE(m_panels.openIn(nullptr, u"t"_s, m_home->file(u"supplied"_s)), supplied);
+    QCOMPARE(seen->folder, m_home->file(u"supplied"_s));
+    for (const QString &folder : {QString(), m_home->file(u"gone"_s)}) {
+        seen = answer(std::nullopt);
+        QVERIFY(!m_panels.openIn(nullptr, u"t"_s, folder).has_value());
+        QCOMPARE(seen->folder, m_home->file(u"own"_s));
+    }
 }
 
 // Assistive technology presses buttons of a window although a modal panel is over it.

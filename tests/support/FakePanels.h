@@ -14,6 +14,7 @@ struct FakePanels
         std::optional<QString> answer; ///< Nothing: the user cancels.
         QString title;
         QString name;
+        QString folder;
         int questions = 0;
     };
 
@@ -31,6 +32,12 @@ struct FakePanels
             ++state->questions;
             state->title = title;
             state->name = name;
+            return state->answer;
+        };
+        panels.openIn = [state = state](QWidget *, const QString &title, const QString &folder) {
+            ++state->questions;
+            state->title = title;
+            state->folder = folder;
             return state->answer;
         };
         return panels;
