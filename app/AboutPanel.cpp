@@ -1,5 +1,6 @@
 #include "app/AboutPanel.h"
 
+#include "command/Command.h"
 #include "controls/MessageBox.h"
 #include "wording/WordingLookup.h"
 
@@ -20,7 +21,7 @@ void showAboutPanel(QWidget *parent)
 {
     const QString name = wording::text(u"app.name"_s);
     MessageBox box(QMessageBox::NoIcon, name, parent);
-    box.setWindowTitle(name + u" について"_s);
+    box.setWindowTitle(commandTitle(CommandId::About));
     box.setIconPixmap(QApplication::windowIcon().pixmap(kIconSize));
     box.setInformation(wording::text(u"dialog.aboutVersion"_s) + u" "_s +
                        QStringLiteral(PENWICK_VERSION) + u"\n\n"_s +

@@ -84,6 +84,8 @@ void AppCommands::performHere(CommandId id)
         return m_app->showMacroManager();
     case CommandId::ShowProfileManager:
         return m_app->showProfileManager();
+    case CommandId::UseEnglish:
+        return m_app->useEnglish();
     case CommandId::CheckForUpdates:
         return m_app->checkForUpdates();
     case CommandId::RepeatMacro:

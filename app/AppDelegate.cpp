@@ -8,15 +8,18 @@
 #include "code/ResultLine.h"
 #include "command/CommandShortcut.h"
 #include "command/MacroKeys.h"
+#include "controls/Alerts.h"
 #include "macro/library/MacroManager.h"
 #include "macro/script/ScriptHostPool.h"
 #include "platform/files/ApplicationSupport.h"
 #include "platform/process/StandardOutput.h"
 #include "platform/settings/NotificationCenter.h"
+#include "wording/ProfileImport.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QSessionManager>
 #include <QShortcut>
 #include <QTimer>
@@ -32,6 +35,13 @@ namespace {
 
 constexpr int kScriptHostDelay = 1000; // Milliseconds.
 constexpr int kRequestTimeout = 30'000;
+
+/// The folder of the profiles that come with penwick. It need not exist.
+QString suppliedProfileFolder()
+{
+    const QDir programs(QCoreApplication::applicationDirPath());
+    return QDir(programs.filePath(QStringLiteral(PENWICK_PROFILE_FOLDER))).canonicalPath();
+}
 
 } // namespace
 
@@ -361,11 +371,18 @@ void AppDelegate::showProfileManager()
                                          NotificationCenter::defaultCenter(),
                                          m_panels,
                                          m_clock,
-                                         randomIds()},
+                                         randomIds(),
+                                         suppliedProfileFolder()},
             UserDefaults::standard());
         addShortcuts(m_profileManager->window());
     }
     m_profileManager->showWindow();
+}
+
+void AppDelegate::useEnglish()
+{
+    if (!useEnglishProfile(UIWordingProfileManager::shared(), m_clock, randomIds()))
+        showAlert(QApplication::activeWindow(), wording::text(u"error.fileSaveFailed"_s));
 }
 
 /// Gives a window without a menu bar the keys of the commands that concern no document.

@@ -89,6 +89,9 @@ public:
     /// Shows the window in front of all others. It is made on first use.
     void showMacroManager();
     void showProfileManager();
+    /// Applies the English profile that comes with penwick. Shows a message if it cannot be added
+    /// to the user's.
+    void useEnglish();
 
     /// Null until it is first shown.
     [[nodiscard]] MacroManagerWindowController *macroManagerWindowController() const

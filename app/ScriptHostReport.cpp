@@ -72,8 +72,9 @@ QStringList engineLines(const EngineTrial &trial)
     const QString engine = wording::text(u"cli.engine"_s);
     const QString check = wording::text(u"cli.engineTrial"_s);
     const QStringList failures = failureDetails(trial);
-    const QString outcome =
-        failures.isEmpty() ? wording::text(u"cli.engineTrialPassed"_s) : failures.join(u"、"_s);
+    const QString outcome = failures.isEmpty()
+                                ? wording::text(u"cli.engineTrialPassed"_s)
+                                : failures.join(wording::text(u"macro.ending.separator"_s));
     QStringList lines;
     if (!trial.engine.isEmpty())
         lines << engine + u": "_s + trial.engine;

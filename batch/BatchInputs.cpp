@@ -102,7 +102,7 @@ tl::expected<QList<BatchInput>, InputFault> collectInputs(const BatchOptions &op
     if (inputs.isEmpty() && options.lists.isEmpty())
         inputs.append({kStandardInput, true});
     // Before standard input is read for a list.
-    if (const auto fault = faultOf(options, inputs); fault && options.lists.size() > 0)
+    if (const auto fault = faultOf(options, inputs); fault && !options.lists.isEmpty())
         return tl::unexpected(InputFault(*fault));
     for (const NameList &list : options.lists) {
         auto names = namesOf(list);

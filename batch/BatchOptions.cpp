@@ -21,23 +21,23 @@ using Kind = UsageFault::Kind;
 
 // The values of options without a short form; above all characters.
 enum LongOption {
-    kBackup = 256,
-    kCheck,
-    kDiff,
-    kStandardInputName,
-    kFilesFrom,
-    kFiles0From,
-    kInput,
-    kSelection,
-    kLine,
-    kCursor,
-    kJson,
-    kTimeout,
-    kIgnoreNonUtf8,
-    kStrict,
-    kColor,
-    kList,
-    kVersion,
+    OptionBackup = 256,
+    OptionCheck,
+    OptionDiff,
+    OptionStandardInputName,
+    OptionFilesFrom,
+    OptionFiles0From,
+    OptionInput,
+    OptionSelection,
+    OptionLine,
+    OptionCursor,
+    OptionJson,
+    OptionTimeout,
+    OptionIgnoreNonUtf8,
+    OptionStrict,
+    OptionColor,
+    OptionList,
+    OptionVersion,
 };
 
 // The colon makes getopt report a missing argument as one.
@@ -47,30 +47,30 @@ constexpr option kLongOptions[] = {
     {"file", required_argument, nullptr, 'f'},
     {"code", required_argument, nullptr, 'e'},
     {"in-place", no_argument, nullptr, 'i'},
-    {"backup", optional_argument, nullptr, kBackup},
-    {"check", no_argument, nullptr, kCheck},
-    {"diff", no_argument, nullptr, kDiff},
+    {"backup", optional_argument, nullptr, OptionBackup},
+    {"check", no_argument, nullptr, OptionCheck},
+    {"diff", no_argument, nullptr, OptionDiff},
     {"names", no_argument, nullptr, 'l'},
     {"null", no_argument, nullptr, '0'},
     {"output", required_argument, nullptr, 'o'},
-    {"stdin-filename", required_argument, nullptr, kStandardInputName},
-    {"files-from", required_argument, nullptr, kFilesFrom},
-    {"files0-from", required_argument, nullptr, kFiles0From},
-    {"input", required_argument, nullptr, kInput},
-    {"selection", required_argument, nullptr, kSelection},
-    {"line", required_argument, nullptr, kLine},
-    {"cursor", required_argument, nullptr, kCursor},
+    {"stdin-filename", required_argument, nullptr, OptionStandardInputName},
+    {"files-from", required_argument, nullptr, OptionFilesFrom},
+    {"files0-from", required_argument, nullptr, OptionFiles0From},
+    {"input", required_argument, nullptr, OptionInput},
+    {"selection", required_argument, nullptr, OptionSelection},
+    {"line", required_argument, nullptr, OptionLine},
+    {"cursor", required_argument, nullptr, OptionCursor},
     {"jobs", required_argument, nullptr, 'j'},
-    {"json", no_argument, nullptr, kJson},
-    {"timeout", required_argument, nullptr, kTimeout},
-    {"ignore-non-utf8", no_argument, nullptr, kIgnoreNonUtf8},
-    {"strict", no_argument, nullptr, kStrict},
+    {"json", no_argument, nullptr, OptionJson},
+    {"timeout", required_argument, nullptr, OptionTimeout},
+    {"ignore-non-utf8", no_argument, nullptr, OptionIgnoreNonUtf8},
+    {"strict", no_argument, nullptr, OptionStrict},
     {"quiet", no_argument, nullptr, 'q'},
     {"verbose", no_argument, nullptr, 'v'},
-    {"color", required_argument, nullptr, kColor},
-    {"list", no_argument, nullptr, kList},
+    {"color", required_argument, nullptr, OptionColor},
+    {"list", no_argument, nullptr, OptionList},
     {"help", no_argument, nullptr, 'h'},
-    {"version", no_argument, nullptr, kVersion},
+    {"version", no_argument, nullptr, OptionVersion},
     {nullptr, 0, nullptr, 0},
 };
 
@@ -193,21 +193,21 @@ private:
             if (!value.isValidUtf8())
                 rejectValue(value);
             return true;
-        case kInput:
+        case OptionInput:
             m_options.userInput = QString::fromUtf8(value);
             if (!value.isValidUtf8())
                 rejectValue(value);
             return true;
-        case kSelection:
+        case OptionSelection:
             select(rangeOf(value), value);
             return true;
-        case kLine:
+        case OptionLine:
             if (const auto number = numberOf(value, 1, LLONG_MAX))
                 select(SelectedLine{*number}, value);
             else
                 rejectValue(value);
             return true;
-        case kCursor:
+        case OptionCursor:
             if (const auto offset = numberOf(value, 0, LLONG_MAX))
                 select(SelectedRange{*offset, *offset}, value);
             else
@@ -230,16 +230,16 @@ private:
     bool takeInput(int option, const QByteArray &value)
     {
         switch (option) {
-        case kStandardInputName:
+        case OptionStandardInputName:
             m_options.standardInputName = value;
             return true;
-        case kFilesFrom:
+        case OptionFilesFrom:
             m_options.lists << NameList{value, '\n'};
             return true;
-        case kFiles0From:
+        case OptionFiles0From:
             m_options.lists << NameList{value, '\0'};
             return true;
-        case kIgnoreNonUtf8:
+        case OptionIgnoreNonUtf8:
             m_options.ignoreNonUtf8 = true;
             return true;
         default:
@@ -253,13 +253,13 @@ private:
         case 'i':
             m_options.inPlace = true;
             return true;
-        case kBackup:
+        case OptionBackup:
             takeBackup(value);
             return true;
-        case kCheck:
+        case OptionCheck:
             m_options.check = true;
             return true;
-        case kDiff:
+        case OptionDiff:
             m_options.diff = true;
             return true;
         case 'l':
@@ -274,7 +274,7 @@ private:
             if (value.isEmpty())
                 rejectValue(value);
             return true;
-        case kJson:
+        case OptionJson:
             m_options.json = true;
             return true;
         default:
@@ -298,10 +298,10 @@ private:
         case 'j':
             setNumber(m_options.jobs, value, 1, kMostJobs);
             break;
-        case kTimeout:
+        case OptionTimeout:
             setNumber(m_options.timeout, value, 0, kMostSeconds);
             break;
-        case kStrict:
+        case OptionStrict:
             m_options.strict = true;
             break;
         case 'q':
@@ -310,7 +310,7 @@ private:
         case 'v':
             m_options.verbosity = BatchOptions::Verbosity::Verbose;
             break;
-        case kColor:
+        case OptionColor:
             if (const auto color = colorOf(value))
                 m_options.color = *color;
             else
@@ -334,9 +334,9 @@ private:
         using Request = BatchOptions::Request;
         if (option == 'h')
             m_options.request = Request::ShowHelp;
-        else if (option == kVersion && m_options.request != Request::ShowHelp)
+        else if (option == OptionVersion && m_options.request != Request::ShowHelp)
             m_options.request = Request::ShowVersion;
-        else if (option == kList && m_options.request == Request::Run)
+        else if (option == OptionList && m_options.request == Request::Run)
             m_options.request = Request::ListMacros;
     }
 

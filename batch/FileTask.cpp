@@ -222,10 +222,8 @@ private:
     {
         const std::lock_guard lock(m_worker.m_hosts.mutex);
         m_timer.start();
-        for (const BatchMacro &macro : m_plan.macros)
-            if (!runMacro(macro))
-                return false;
-        return true;
+        const auto run = [this](const BatchMacro &macro) { return runMacro(macro); };
+        return std::all_of(m_plan.macros.begin(), m_plan.macros.end(), run);
     }
 
     bool runMacro(const BatchMacro &macro)

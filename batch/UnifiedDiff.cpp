@@ -6,6 +6,7 @@
 #include <QByteArrayList>
 #include <QFile>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -61,6 +62,7 @@ std::vector<std::string> environment()
 std::vector<char *> pointersTo(std::vector<std::string> &texts)
 {
     std::vector<char *> pointers;
+    pointers.reserve(texts.size() + 1);
     for (std::string &text : texts)
         pointers.push_back(text.data());
     pointers.push_back(nullptr);
@@ -96,10 +98,9 @@ int runDiff(int before, int after, int output)
 
 bool needsQuotes(const QByteArray &name)
 {
-    for (const char c : name)
-        if (static_cast<unsigned char>(c) < ' ' || c == '"' || c == '\\' || c == '\x7f')
-            return true;
-    return false;
+    return std::any_of(name.begin(), name.end(), [](char c) {
+        return static_cast<unsigned char>(c) < ' ' || c == '"' || c == '\\' || c == '\x7f';
+    });
 }
 
 /// The path in a header line. A blank in it is marked by a final tab, so that it is not taken for

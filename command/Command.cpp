@@ -6,6 +6,8 @@
 
 namespace penwick {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using Id = CommandId;
@@ -65,9 +67,10 @@ constexpr Command kCommands[] = {
     {Id::RunTestMacro, u"macro.testReplaceAll", Place::Application, u"macro.testRunReplaceAll"},
     {Id::RunTestMacroSelection, u"macro.testReplaceSelection", Place::Application, u"macro.testRunReplaceSelection"},
     {Id::ShowProfileManager, u"profile.manage", Place::Application, u"profile.manage"},
+    {Id::UseEnglish, u"profile.useEnglish", Place::Application, u"command.useEnglish"},
     {Id::CheckForUpdates, u"help.checkForUpdates", Place::Application, u"menu.help.checkForUpdates"},
-    {Id::About, u"help.about", Place::Application, u"app.name", {}, {}, u" について"},
-    {Id::Quit, u"app.quit", Place::Application, u"app.name", Qt::CTRL | Qt::Key_Q, {}, u" を終了"},
+    {Id::About, u"help.about", Place::Application, u"command.about", {}, {}, true},
+    {Id::Quit, u"app.quit", Place::Application, u"command.quit", Qt::CTRL | Qt::Key_Q, {}, true},
     {Id::OpenMenuBar, u"window.menuBar", Place::Window, u"command.menuBar", Qt::Key_F10},
     {Id::ShowPalette, u"window.palette", Place::Application, u"command.palette", kCtrlShift | Qt::Key_P, Qt::Key_F1},
 };
@@ -90,7 +93,9 @@ const Command &command(CommandId id)
 QString commandTitle(CommandId id)
 {
     const Command &row = command(id);
-    return wording::text(row.titleKey.toString()) + row.titleSuffix.toString();
+    const QString key = row.titleKey.toString();
+    return row.namesProgram ? wording::text(key, {wording::text(u"app.name"_s)})
+                            : wording::text(key);
 }
 
 } // namespace penwick

@@ -58,6 +58,7 @@ enum class CommandId {
     RunTestMacro,
     RunTestMacroSelection,
     ShowProfileManager,
+    UseEnglish,
     CheckForUpdates,
     About,
     Quit,
@@ -79,10 +80,10 @@ struct Command
     CommandId id;
     QStringView name; ///< Stable and English, such as `file.save`; also a word to search for.
     CommandPlace place;
-    QStringView titleKey;         ///< A wording key.
-    QKeyCombination key = {};     ///< The one that is shown.
-    QKeyCombination second = {};  ///< Another that does the same.
-    QStringView titleSuffix = {}; ///< Appended to the looked-up title.
+    QStringView titleKey;        ///< A wording key.
+    QKeyCombination key = {};    ///< The one that is shown.
+    QKeyCombination second = {}; ///< Another that does the same.
+    bool namesProgram = false;   ///< The title has a place for the program's name.
 
     [[nodiscard]] constexpr bool hasKey() const { return key != QKeyCombination(); }
 

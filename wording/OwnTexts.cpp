@@ -1,8 +1,14 @@
 #include "wording/OwnTexts.h"
 
+#include "wording/EnglishProfile.h"
 #include "wording/TextTable.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace penwick::wording {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -94,6 +100,7 @@ constexpr TextRow kTexts[] = {
     {u"cli.usage", u"使い方: penwick [オプション] [[+行[:桁]] ファイル...]"},
     {u"cli.version", u"バージョンを表示して終わります"},
     {u"cli.wait", u"開いたものがすべて閉じられるまで待ちます"},
+    {u"command.about", u"%1 について"},
     {u"command.characters.fullWidth", u"選択範囲を全角に変換"},
     {u"command.characters.halfWidth", u"選択範囲を半角に変換"},
     {u"command.characters.lowerCase", u"選択範囲を小文字に変換"},
@@ -122,7 +129,9 @@ constexpr TextRow kTexts[] = {
     {u"command.nextTab", u"次のタブ"},
     {u"command.palette", u"コマンドパレット"},
     {u"command.previousTab", u"前のタブ"},
+    {u"command.quit", u"%1 を終了"},
     {u"command.repeatMacro", u"最後のマクロをもう一度実行"},
+    {u"command.useEnglish", u"英語の文言を使う (Use English)"},
     {u"command.zoomIn", u"文字を大きく"},
     {u"command.zoomOut", u"文字を小さく"},
     {u"command.zoomReset", u"文字の大きさを元に戻す"},
@@ -291,6 +300,8 @@ constexpr TextRow kTexts[] = {
     {u"macro.ending.garbled", u"応答を解釈できません"},
     {u"macro.ending.killedForMemory", u"メモリ不足の可能性"},
     {u"macro.ending.refusedCalls", u"拒否されたシステムコール"},
+    {u"macro.ending.report", u"%1（%2）。%3"},
+    {u"macro.ending.separator", u"、"},
     {u"macro.ending.signal", u"シグナル"},
     {u"macro.error.documentChanged", u"実行中に文書が変更されたため、マクロの結果を適用しませんでした"},
     {u"macro.error.hostDied", u"実行が異常終了しました"},
@@ -395,11 +406,66 @@ constexpr TextRow kTexts[] = {
 
 // clang-format on
 
+// The built-in English profile leaves these Japanese, as it does those of the built-in table.
+constexpr QStringView kJapaneseByDesign[] = {
+    u"command.about",
+    u"command.quit",
+    u"dialog.dateTimeMessage",
+    u"dialog.inputTitle",
+    u"dialog.prefixMessage",
+    u"dialog.suffixMessage",
+    u"macro.error.noTextView",
+    u"macro.manageAdd",
+    u"macro.manageDeleteConfirmMessage",
+    u"macro.manageDeleteConfirmTitle",
+    u"macro.manageExportDefaultFilename",
+    u"macro.manageExportFailed",
+    u"macro.manageExportSuccess",
+    u"macro.manageImportSuccess",
+    u"macro.manageTestRunNoEditor",
+    u"macro.manageWindowTitle",
+    u"macro.notification.canceled",
+    u"macro.notification.canceledEmpty",
+    u"macro.sourceBuiltin",
+    u"macro.sourceImported",
+    u"macro.sourceUser",
+    u"macro.testRunReplaceAll",
+    u"macro.testRunReplaceSelection",
+    u"macro.warning.imeActive",
+    u"status.charCount",
+    u"status.column",
+    u"status.line",
+};
+
+bool isJapaneseByDesign(QStringView key)
+{
+    return std::find(std::begin(kJapaneseByDesign), std::end(kJapaneseByDesign), key) !=
+           std::end(kJapaneseByDesign);
+}
+
+QHash<QString, QString> englishOwnTexts()
+{
+    QHash<QString, QString> texts = ownTexts();
+    const QHash<QString, QString> &english = englishProfile().values;
+    for (auto text = texts.begin(); text != texts.end(); ++text)
+        if (!isJapaneseByDesign(text.key()))
+            *text = english.value(text.key(), *text);
+    return texts;
+}
+
 } // namespace
 
 const QHash<QString, QString> &ownTexts()
 {
     static const QHash<QString, QString> table = textsByKey(kTexts);
+    return table;
+}
+
+const QHash<QString, QString> &ownTexts(const QString &locale)
+{
+    if (locale != u"en"_s && !locale.startsWith(u"en-"_s))
+        return ownTexts();
+    static const QHash<QString, QString> table = englishOwnTexts();
     return table;
 }
 

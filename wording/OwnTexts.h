@@ -10,4 +10,9 @@ namespace penwick::wording {
 /// docs/wording-keys.md.
 [[nodiscard]] const QHash<QString, QString> &ownTexts();
 
+/// Returns the texts for the same keys that hold under a profile with this locale. For `en` and
+/// what begins with `en-` they are those of `englishProfile`, except for a few that the built-in
+/// English profile leaves Japanese by design; for any other locale they are `ownTexts()`.
+[[nodiscard]] const QHash<QString, QString> &ownTexts(const QString &locale);
+
 } // namespace penwick::wording

@@ -38,7 +38,7 @@ UIWordingProfile
 templateOf(const UIWordingProfile &profile, const Clock &clock, const IdSource &ids)
 {
     UIWordingProfile copy = duplicateOf(profile, clock, ids);
-    copy.values = wording::japaneseTexts();
+    copy.values = wording::defaultTexts(profile.locale);
     copy.values.insert(profile.values);
     return copy;
 }

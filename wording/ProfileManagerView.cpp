@@ -8,6 +8,7 @@
 #include "platform/files/AtomicFile.h"
 #include "wording/ProfileCopies.h"
 #include "wording/ProfileDetailView.h"
+#include "wording/ProfileImport.h"
 #include "wording/WordingLookup.h"
 
 #include <QHBoxLayout>
@@ -151,7 +152,9 @@ void ProfileManagerView::duplicate()
 
 void ProfileManagerView::importProfile()
 {
-    const auto path = m_services.panels.open(window(), wording::text(u"common.import"_s));
+    // Only the first time: the user may be looking for a file of their own after that.
+    const QString folder = std::exchange(m_services.suppliedFolder, QString());
+    const auto path = m_services.panels.openIn(window(), wording::text(u"common.import"_s), folder);
     if (path)
         showAlert(this, importFile(*path));
 }
@@ -166,17 +169,11 @@ QString ProfileManagerView::importFile(const QString &path)
     auto profile = UIWordingProfile::fromJson(*content);
     if (!profile)
         return wording::text(u"error.invalidProfileJson"_s);
-    UIWordingProfileManager &manager = m_services.profileManager;
-    const auto lock = manager.beginChange(); // Another process may have taken the id.
-    if (!lock)
+    const auto imported = ::penwick::importProfile(
+        *std::move(profile), m_services.profileManager, m_services.clock, m_services.ids);
+    if (!imported)
         return failure();
-    if (!manager.canStore(profile->id))
-        profile->id = m_services.ids();
-    const UIWordingProfile imported =
-        importedProfile(*std::move(profile), manager.profiles(), m_services.clock, m_services.ids);
-    if (!manager.saveProfile(imported))
-        return failure();
-    select(imported.id);
+    select(imported->id);
     return wording::text(u"profile.manage.importSuccess"_s);
 }
 

@@ -33,6 +33,9 @@ public:
         FilePanels panels;
         Clock clock;
         IdSource ids;
+        /// Where the first import starts to look for a file. Empty, or a folder that is missing:
+        /// as any other panel.
+        QString suppliedFolder = {};
     };
 
     explicit ProfileManagerView(Services services, QWidget *parent = nullptr);

@@ -27,7 +27,7 @@ void useRememberedProfile()
     profiles = sortedProfiles(profiles);
     const auto found = std::find_if(profiles.cbegin(), profiles.cend(), hasProfileId(*id));
     if (found != profiles.cend())
-        wording::setActiveValues(found->values);
+        wording::setActiveValues(found->values, found->locale);
 }
 
 } // namespace penwick

@@ -22,7 +22,7 @@ struct UIWordingProfile
     QString id;                     ///< Also the base name of the profile's file.
     QString name;                   ///< Shown in lists; may be empty.
     QString description;            ///< Free text.
-    QString locale;                 ///< Language tag, `ja` or `en`. Shown, never interpreted.
+    QString locale;                 ///< Language tag, `ja` or `en`; see `wording::ownTexts`.
     bool isBuiltIn = false;         ///< True for the two profiles that are not stored in a file.
     QString createdAt;              ///< From `nowTimestamp`; empty for the built-in profiles.
     QString updatedAt;              ///< Likewise.

@@ -142,7 +142,7 @@ void UIWordingProfileManager::applyProfile(const UIWordingProfile &profile)
     if (id == kBuiltInProfileId)
         wording::setActiveValues(std::nullopt);
     else
-        wording::setActiveValues(profile.values);
+        wording::setActiveValues(profile.values, profile.locale);
     // Emit this only after the values are set: receivers may look texts up at once.
     Q_EMIT activeProfileIdChanged();
     m_center.post(UIWordingProfileDidChange);

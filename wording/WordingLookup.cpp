@@ -10,10 +10,16 @@ namespace penwick::wording {
 
 namespace {
 
-std::optional<QHash<QString, QString>> &activeValues()
+struct Active
 {
-    static std::optional<QHash<QString, QString>> values;
-    return values;
+    std::optional<QHash<QString, QString>> values;
+    QString locale;
+};
+
+Active &active()
+{
+    static Active texts;
+    return texts;
 }
 
 std::optional<QString> find(const QHash<QString, QString> &texts, const QString &key)
@@ -24,8 +30,8 @@ std::optional<QString> find(const QHash<QString, QString> &texts, const QString 
 
 std::optional<QString> activeOrBuiltInText(const QString &key)
 {
-    if (const auto &active = activeValues()) {
-        if (auto found = find(*active, key))
+    if (const auto &values = active().values) {
+        if (auto found = find(*values, key))
             return found;
     }
     return find(fallbackTable(), key);
@@ -46,7 +52,7 @@ QString text(const QString &forKey)
 {
     if (const auto found = activeOrBuiltInText(forKey))
         return *found;
-    return ownTexts().value(forKey, forKey);
+    return ownTexts(active().locale).value(forKey, forKey);
 }
 
 QString text(const QString &forKey, const QString &defaultText)
@@ -70,16 +76,16 @@ QString text(const QString &forKey, std::initializer_list<QString> arguments)
     return filled;
 }
 
-QHash<QString, QString> japaneseTexts()
+QHash<QString, QString> defaultTexts(const QString &locale)
 {
     QHash<QString, QString> texts = fallbackTable();
-    texts.insert(ownTexts());
+    texts.insert(ownTexts(locale));
     return texts;
 }
 
-void setActiveValues(std::optional<QHash<QString, QString>> values)
+void setActiveValues(std::optional<QHash<QString, QString>> values, const QString &locale)
 {
-    activeValues() = std::move(values);
+    active() = {std::move(values), locale};
 }
 
 } // namespace penwick::wording

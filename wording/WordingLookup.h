@@ -11,8 +11,8 @@
 namespace penwick::wording {
 
 /// Returns the active values' text for the key, else the built-in Japanese one, else the one of
-/// `ownTexts`, else the key itself. Keys are compared exactly. An empty text among the active
-/// values is not replaced. A text is cut as by `cutText` at `kLongestShown`.
+/// `ownTexts` for the active locale, else the key itself. Keys are compared exactly. An empty text
+/// among the active values is not replaced. A text is cut as by `cutText` at `kLongestShown`.
 [[nodiscard]] QString text(const QString &forKey);
 
 /// Returns the active values' text for the key, else the built-in Japanese one, else `defaultText`.
@@ -23,11 +23,12 @@ namespace penwick::wording {
 /// Arguments are inserted as they are, also where they contain `%` and a digit.
 [[nodiscard]] QString text(const QString &forKey, std::initializer_list<QString> arguments);
 
-/// Returns every key of a text that penwick shows, with its Japanese text.
-[[nodiscard]] QHash<QString, QString> japaneseTexts();
+/// Returns every key of a text that penwick shows, with the text that holds under a profile with
+/// this locale that lacks the key.
+[[nodiscard]] QHash<QString, QString> defaultTexts(const QString &locale);
 
-/// Replaces all active values; `nullopt` leaves only the built-in texts. Only the profile manager
-/// and tests call this.
-void setActiveValues(std::optional<QHash<QString, QString>> values);
+/// Replaces all active values, and the locale of the profile that they are from; `nullopt` leaves
+/// only the built-in texts. Only the profile manager, `useRememberedProfile` and tests call this.
+void setActiveValues(std::optional<QHash<QString, QString>> values, const QString &locale = {});
 
 } // namespace penwick::wording

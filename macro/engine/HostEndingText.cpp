@@ -96,8 +96,10 @@ QString deniedCallNames(const QList<DeniedCall> &calls, bool isKilled)
 
 QString reportableFailure(const QString &what, const QStringList &details)
 {
-    return what + u"（"_s + details.join(u"、"_s) + u"）。"_s +
-           wording::text(u"macro.ending.advice"_s);
+    return wording::text(u"macro.ending.report"_s,
+                         {what,
+                          details.join(wording::text(u"macro.ending.separator"_s)),
+                          wording::text(u"macro.ending.advice"_s)});
 }
 
 QStringList hostEndingDetails(const HostEnding &ending)

@@ -176,7 +176,7 @@ tl::expected<std::optional<Message>, WireError> MessageReader::next()
 
 std::vector<quint32> PayloadReader::getNumbers(std::size_t count)
 {
-    const auto size = static_cast<qsizetype>(count * sizeof(quint32));
+    const auto size = static_cast<qsizetype>(count) * qsizetype{sizeof(quint32)};
     if (size > m_rest.size()) {
         fail(WireError::Truncated);
         return {};

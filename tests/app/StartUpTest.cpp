@@ -3,6 +3,7 @@
 #include "support/CapturedOutput.h"
 #include "support/CurrentFolder.h"
 #include "support/TemporaryHome.h"
+#include "wording/EnglishProfile.h"
 #include "wording/UIWordingProfile.h"
 #include "wording/WordingLookup.h"
 
@@ -86,6 +87,24 @@ private Q_SLOTS:
         CapturedOutput said(stderr);
         static_cast<void>(startUp(CommandLine::parse({"b.txt"})));
         QCOMPARE(said.take(), "penwick: no folder: b.txt\n"_ba);
+    }
+
+    void message_underEnglish_isEnglish()
+    {
+        const Home place;
+        const auto reset = qScopeGuard([] { wording::setActiveValues(std::nullopt); });
+        place.home.write(u"data/penwick/ui-wording-profiles/english.json"_s,
+                         englishProfile().toJson());
+        const CurrentFolder current(QFile::encodeName(place.home.file(u"gone"_s)));
+        QVERIFY(QDir().rmdir(place.home.file(u"gone"_s)));
+        for (const char *id : {"english", "default-en"}) {
+            place.home.write(u"config/penwick/penwick.conf"_s,
+                             "activeUIWordingProfileId=" + QByteArray(id) + '\n');
+            CapturedOutput said(stderr);
+            static_cast<void>(startUp(CommandLine::parse({"b.txt"})));
+            QCOMPARE(said.take(), "penwick: the current folder cannot be found: b.txt\n"_ba);
+            QVERIFY(CommandLine::helpText().startsWith(u"Usage: penwick ["_s));
+        }
     }
 
     void absoluteName_inAFolderThatWasRemoved_isOpened()

@@ -4,6 +4,7 @@
 #include "platform/json/JsonText.h"
 #include "support/MacroCommand.h"
 #include "support/UnprivilegedUser.h"
+#include "wording/EnglishProfile.h"
 #include "wording/UIWordingProfile.h"
 
 #include <QFileInfo>
@@ -66,6 +67,13 @@ void store(const MacroCommand &program, const QList<Macro> &macros)
     program.home.write(u"data/penwick/macros.json"_s, MacroJson::write(macros));
 }
 
+void useEnglish(const MacroCommand &program)
+{
+    program.home.write(u"config/penwick/penwick.conf"_s, "activeUIWordingProfileId=english\n");
+    program.home.write(u"data/penwick/ui-wording-profiles/english.json"_s,
+                       englishProfile().toJson());
+}
+
 QStringList filesBelow(const QString &folder)
 {
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
@@ -116,7 +124,9 @@ private Q_SLOTS:
     void timeout_stopsTheMacro();
     void verbosity_decidesWhatIsSaid();
     void profile_changesTheWords();
+    void help_fitsAScreen_data();
     void help_fitsAScreen();
+    void english_speaksEnglish();
     void color_isOnlyWhereItIsWanted();
     void order_isThatOfTheArguments();
     void manyNames_areTaken();
@@ -765,11 +775,22 @@ void BatchProgramTest::profile_changesTheWords()
     QVERIFY(error.value(u"message"_s) == JsonValue(u"no object"_s));
 }
 
+void BatchProgramTest::help_fitsAScreen_data()
+{
+    QTest::addColumn<bool>("isEnglish");
+    QTest::newRow("Japanese") << false;
+    QTest::newRow("English") << true;
+}
+
 void BatchProgramTest::help_fitsAScreen()
 {
+    QFETCH(const bool, isEnglish);
     const MacroCommand program;
+    if (isEnglish)
+        useEnglish(program);
     const Ran ran = program.run({u"--help"_s});
     QCOMPARE(ran.status, 0);
+    QVERIFY(ran.out.startsWith(isEnglish ? "Usage: " : "使い方: "));
     const QList<QByteArray> lines = ran.out.trimmed().split('\n');
     constexpr int kRows = 24;
     constexpr int kColumns = 80;
@@ -781,6 +802,20 @@ void BatchProgramTest::help_fitsAScreen()
         QVERIFY2(columns <= kColumns, line.constData());
     }
     QCOMPARE(program.run({u"--version"_s}).out, "penwick-macro " PENWICK_VERSION "\n"_ba);
+}
+
+void BatchProgramTest::english_speaksEnglish()
+{
+    const MacroCommand program;
+    useEnglish(program);
+    QCOMPARE(program.run({u"-i"_s, u"-e"_s, kIdentity, u"no"_s}).err,
+             "no: The file or folder was not found.\n"_ba);
+    QCOMPARE(program.run({u"a"_s}).err,
+             "penwick-macro: give a macro with -m, -f or -e\n"
+             "penwick-macro --help explains how to use it\n"_ba);
+    // The built-in profile has few texts of its own, but its locale is English.
+    program.home.write(u"config/penwick/penwick.conf"_s, "activeUIWordingProfileId=default-en\n");
+    QVERIFY(program.run({u"a"_s}).err.startsWith("penwick-macro: give a macro with"));
 }
 
 void BatchProgramTest::color_isOnlyWhereItIsWanted()

@@ -4,6 +4,7 @@
 #include "macro/library/MacroManager.h"
 #include "support/FakeClock.h"
 #include "support/FakeIds.h"
+#include "wording/EnglishProfile.h"
 #include "wording/UIWordingProfile.h"
 
 #include <QCoreApplication>
@@ -99,6 +100,7 @@ bool writeSamples(const QDir &folder)
                    write(folder, u"own.macro.json"_s, MacroFile::write(ownMacro())) &&
                    write(folder, u"default-ja.profile.json"_s, builtInJapaneseProfile().toJson()) &&
                    write(folder, u"default-en.profile.json"_s, builtInEnglishProfile().toJson()) &&
+                   write(folder, u"english.profile.json"_s, englishProfile().toJson()) &&
                    write(folder, u"own.profile.json"_s, ownProfile().toJson()) &&
                    write(folder, u"context.json"_s, contextSample());
     for (const Macro &macro : *macros)

@@ -22,7 +22,7 @@ FILES = {  # kind -> (schema, the files of that kind)
     "macros": ("macros.schema.json", "*macros.json"),
     "profile": ("ui-wording-profile.schema.json", "*.profile.json"),
 }
-SAMPLES = {"macro": 10, "macros": 2, "profile": 3}
+SAMPLES = {"macro": 10, "macros": 2, "profile": 4}
 ANYTHING = [None, True, False, 0, 7, -3, 1.5, "", "text", [], ["text"], [{}], {}, {"a": 1}, {"a": "b"}]
 WHOLE_NUMBERS = [7.0, 2**63 - 1, -(2**63), 2**63, -(2**63) - 1, 10**30, 0.25]
 

@@ -569,6 +569,7 @@ private Q_SLOTS:
         QCOMPARE(written->values.value(u"menu.window"_s), u"Window"_s);
         QCOMPARE(written->values.value(u"menu.file"_s), u"File"_s);
         QCOMPARE(written->values.value(u"menu.file.new"_s), u"新規作成"_s);
+        QCOMPARE(written->values.value(u"dialog.no"_s), u"No"_s); // As it is shown.
     }
 
     void export_emptyName_suggestsProfile()

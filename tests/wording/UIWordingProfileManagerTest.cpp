@@ -235,6 +235,7 @@ private Q_SLOTS:
         World world;
         const auto manager = world.start();
         manager->applyProfile(builtInEnglishProfile());
+        QCOMPARE(wording::text(u"dialog.no"_s), u"No"_s); // By its locale.
         manager->applyProfile(builtInJapaneseProfile());
         QCOMPARE(wording::text(u"menu.file"_s), u"ファイル"_s);
         QCOMPARE(wording::text(u"menu.window"_s), u"menu.window"_s);

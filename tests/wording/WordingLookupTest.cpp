@@ -111,6 +111,37 @@ private Q_SLOTS:
         QCOMPARE(wording::text(u"macro.manageWindowTitle"_s, u"マクロ管理"_s), u"Macro Manager"_s);
     }
 
+    void text_ownKey_followsTheLocale_data()
+    {
+        QTest::addColumn<QString>("locale");
+        QTest::addColumn<bool>("isEnglish");
+
+        QTest::newRow("none") << QString() << false;
+        QTest::newRow("ja") << u"ja"_s << false;
+        QTest::newRow("en") << u"en"_s << true;
+        QTest::newRow("en-GB") << u"en-GB"_s << true;
+        QTest::newRow("eng") << u"eng"_s << false;
+        QTest::newRow("EN") << u"EN"_s << false;
+        QTest::newRow("en_US") << u"en_US"_s << false;
+    }
+
+    void text_ownKey_followsTheLocale()
+    {
+        QFETCH(const QString, locale);
+        QFETCH(const bool, isEnglish);
+        wording::setActiveValues(QHash<QString, QString>{{u"dialog.yes"_s, u"Yup"_s}}, locale);
+        QCOMPARE(wording::text(u"dialog.yes"_s), u"Yup"_s);
+        QCOMPARE(wording::text(u"dialog.no"_s), isEnglish ? u"No"_s : u"いいえ"_s);
+        QCOMPARE(wording::text(u"palette.line"_s, {u"3"_s}), isEnglish ? u"Line 3"_s : u"3 行"_s);
+        QCOMPARE(wording::defaultTexts(locale).value(u"dialog.no"_s),
+                 isEnglish ? u"No"_s : u"いいえ"_s);
+        // Never the English of the built-in table, nor of keys that it only has in English.
+        QCOMPARE(wording::text(u"menu.file"_s), u"ファイル"_s);
+        QCOMPARE(wording::text(u"menu.window"_s), u"menu.window"_s);
+        wording::setActiveValues(std::nullopt);
+        QCOMPARE(wording::text(u"dialog.no"_s), u"いいえ"_s);
+    }
+
     void text_emptyActiveValues_changeNothing()
     {
         wording::setActiveValues(QHash<QString, QString>());

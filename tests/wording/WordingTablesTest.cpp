@@ -66,6 +66,45 @@ private Q_SLOTS:
         QCOMPARE(wording::text(u"menu.file.new"_s), u"新規作成"_s);
     }
 
+    void english_textsOfTheAgreedDefaults_stayJapanese()
+    {
+        const QList<std::pair<QString, QString>> texts{
+            {u"dialog.inputTitle"_s, u"入力"_s},
+            {u"dialog.prefixMessage"_s, u"行頭に追加する文字列を入力してください："_s},
+            {u"dialog.suffixMessage"_s, u"行末に追加する文字列を入力してください："_s},
+            {u"dialog.dateTimeMessage"_s, u"挿入する日付の形式を選択してください："_s},
+            {u"macro.notification.canceled"_s, u"キャンセルしました"_s},
+            {u"macro.notification.canceledEmpty"_s,
+             u"文字列が指定されなかったため、実行を中止しました"_s},
+            {u"macro.warning.imeActive"_s,
+             u"日本語入力の変換を確定してからマクロを実行してください"_s},
+            {u"macro.error.noTextView"_s, u"テキストエリアが見つかりません"_s},
+            {u"macro.testRunReplaceAll"_s, u"テストマクロを実行（replaceAll）"_s},
+            {u"macro.testRunReplaceSelection"_s, u"テストマクロを実行（replaceSelection）"_s},
+            {u"macro.manageTestRunNoEditor"_s, u"実行対象のエディタが見つかりません"_s},
+            {u"macro.manageAdd"_s, u"追加"_s},
+            {u"macro.manageImportSuccess"_s, u"マクロをインポートしました"_s},
+            {u"macro.manageExportSuccess"_s, u"エクスポートしました"_s},
+            {u"macro.manageExportFailed"_s, u"エクスポートに失敗しました"_s},
+            {u"macro.manageExportDefaultFilename"_s, u"macro"_s},
+            {u"macro.manageDeleteConfirmTitle"_s, u"マクロの削除"_s},
+            {u"macro.manageDeleteConfirmMessage"_s,
+             u"本当に削除してもよろしいですか？この操作は元に戻せません。"_s},
+            {u"macro.sourceBuiltin"_s, u"組み込み"_s},
+            {u"macro.sourceUser"_s, u"ユーザー"_s},
+            {u"macro.sourceImported"_s, u"インポート"_s},
+            {u"status.line"_s, u"行"_s},
+            {u"status.column"_s, u"列"_s},
+            {u"status.charCount"_s, u"文字"_s},
+        };
+        wording::setActiveValues(wording::englishValues(), u"en"_s);
+        for (const auto &[key, text] : texts)
+            QCOMPARE(wording::text(key), text);
+        QCOMPARE(wording::text(u"macro.manageWindowTitle"_s), u"Macro Manager"_s);
+        QCOMPARE(wording::text(u"command.quit"_s, {u"penwick"_s}), u"penwick を終了"_s);
+        QCOMPARE(wording::text(u"command.about"_s, {u"penwick"_s}), u"penwick について"_s);
+    }
+
     void japanese_menuWindow_hasNoText()
     {
         QVERIFY(!wording::fallbackTable().contains(u"menu.window"_s));
