@@ -16,8 +16,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kSetting = u"zoom"_s;
-const QString kDidChange = u"ZoomDidChange"_s;
+const QString kZoomSetting = u"zoom"_s;
+const QString kZoomDidChange = u"ZoomDidChange"_s;
 constexpr int kWhole = 100;
 constexpr int kStep = 10;
 
@@ -34,7 +34,7 @@ Zoom::Zoom(TextView *view, QWidget *scope, int size, UserDefaults &defaults)
     connectKey(CommandId::ZoomOut, [this] { step(-1); });
     connectKey(CommandId::ZoomReset, [this] { reset(); });
     view->viewport()->installEventFilter(this);
-    NotificationCenter::defaultCenter().addObserver(kDidChange, this, [this, view, size] {
+    NotificationCenter::defaultCenter().addObserver(kZoomDidChange, this, [this, view, size] {
         QFont font = view->font();
         setFontPixels(font, pixels(size, m_defaults));
         view->setFont(font);
@@ -44,7 +44,7 @@ Zoom::Zoom(TextView *view, QWidget *scope, int size, UserDefaults &defaults)
 int Zoom::percentIn(const UserDefaults &defaults)
 {
     bool isNumber = false;
-    const int percent = defaults.string(kSetting).value_or(QString()).toInt(&isNumber);
+    const int percent = defaults.string(kZoomSetting).value_or(QString()).toInt(&isNumber);
     return isNumber && percent >= kSmallest && percent <= kLargest ? percent : kWhole;
 }
 
@@ -72,8 +72,8 @@ void Zoom::setPercent(int percent)
 {
     if (percent == percentIn(m_defaults))
         return;
-    m_defaults.setString(kSetting, QString::number(percent));
-    NotificationCenter::defaultCenter().post(kDidChange);
+    m_defaults.setString(kZoomSetting, QString::number(percent));
+    NotificationCenter::defaultCenter().post(kZoomDidChange);
 }
 
 bool Zoom::eventFilter(QObject * /*object*/, QEvent *event)
