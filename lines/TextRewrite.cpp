@@ -4,6 +4,8 @@
 #include "lines/LineBlock.h"
 #include "text/LineEnds.h"
 
+#include <QList>
+
 #include <algorithm>
 #include <functional>
 #include <unicode/uchar.h>
