@@ -135,7 +135,7 @@ class Palette(journey.Journey):
         self.wait_for_text("memo.txt", "a\nb")
         self.open_palette("F1")
         app.type("trim")
-        until(lambda: self.rows() and self.rows()[0].endswith("Ctrl+F7"), lambda: self.rows())
+        until(lambda: any(row.endswith("Ctrl+F7") for row in self.rows()), lambda: self.rows())
         app.press("Escape")
 
 
