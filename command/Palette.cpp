@@ -334,8 +334,8 @@ void Palette::run(const QModelIndex &index)
     const PaletteRow row = m_model->rows().at(index.row());
     const auto run = m_source.run;
     dismiss();
-    QMetaObject::invokeMethod(
-        parentWidget(), [run, row] { run(row); }, Qt::QueuedConnection);
+    const auto runRow = [run, row] { run(row); };
+    QMetaObject::invokeMethod(parentWidget(), runRow, Qt::QueuedConnection);
 }
 
 void Palette::paintEvent(QPaintEvent * /*event*/)

@@ -380,11 +380,11 @@ void BatchSafetyTest::fewThreadsAndFiles_areEnough()
 
     if (::geteuid() != 0)
         QSKIP("Only root can take on another user, who has no other processes.");
-    QCOMPARE(::chmod(QFile::encodeName(files.command.home.path()).constData(), 0755), 0);
-    const Ran ran =
-        runInShell(files.command,
-                   u"exec setpriv --reuid=%1 --clear-groups bash -c 'ulimit -u 20; "
-                   "\"$0\" -j64 --check -e \"return {}\" files/*' \"$0\""_s.arg(kUnprivilegedUser));
+    files.command.copyForOtherUsers();
+    const Ran ran = runInShell(
+        files.command,
+        u"exec setpriv --reuid=%1 --clear-groups bash -c 'ulimit -u 20; "
+        "bin/penwick-macro -j64 --check -e \"return {}\" files/*'"_s.arg(kUnprivilegedUser));
     QVERIFY2(ran.status == 0 || ran.status == 2, ran.err); // It may start no process for macros.
     QVERIFY(!ran.err.contains("terminate"));
 }

@@ -48,9 +48,9 @@ public:
             qFatal("penwick-macro cannot be started.");
     }
 
-    /// Starts it as a user who owns none of the files; without root, as the current user. Every
-    /// user may read, write and run what is in the home folder.
-    void startAsOtherUser(QProcess &process, const QStringList &arguments) const
+    /// Copies the program to `bin/penwick-macro` in the home folder, where every user may run it,
+    /// and read and write.
+    void copyForOtherUsers() const
     {
         const QDir programs = QFileInfo(path()).dir();
         const QString copies = home.path() + QStringLiteral("/bin");
@@ -59,13 +59,19 @@ public:
              {QStringLiteral("penwick-macro"), QStringLiteral("penwick-script-host")})
             QFile::copy(programs.filePath(name), copies + u'/' + name);
         ::chmod(QFile::encodeName(home.path()).constData(), 0777);
+    }
+
+    /// Starts it as a user who owns none of the files; without root, as the current user.
+    void startAsOtherUser(QProcess &process, const QStringList &arguments) const
+    {
+        copyForOtherUsers();
         process.setChildProcessModifier([] {
             if (::geteuid() == 0 &&
                 (::setgid(kUnprivilegedUser) != 0 || ::setuid(kUnprivilegedUser) != 0))
                 _exit(99);
         });
         process.setWorkingDirectory(home.path());
-        process.start(copies + QStringLiteral("/penwick-macro"), arguments);
+        process.start(home.path() + QStringLiteral("/bin/penwick-macro"), arguments);
         if (!process.waitForStarted())
             qFatal("penwick-macro cannot be started as another user.");
     }
