@@ -24,6 +24,7 @@ private Q_SLOTS:
     void init()
     {
         begin();
+        m_app.reset(); // Only one may exist at a time.
         m_app = std::make_unique<AppDelegate>(systemClock(), m_panels.panels());
         launch();
         activate(0);
