@@ -45,7 +45,7 @@ constexpr TextRow kTexts[] = {
     {u"batch.needsInput", u"このマクロには文字列が必要です。--input で指定してください"},
     {u"batch.noMacro", u"マクロを -m、-f、-e のどれかで指定してください"},
     {u"batch.notAMacroFile", u"書き出されたマクロではありません"},
-    {u"batch.notUtf8", u"UTF-8 のテキストではありません (%1 バイト目)"},
+    {u"batch.notUtf8", u"UTF-8 のテキストではありません (先頭から %1 バイトの位置)"},
     {u"batch.outOfRange", u"選択範囲がテキストの外です"},
     {u"batch.outputIsInput", u"標準出力が入力と同じファイルです。-i か -o を使ってください"},
     {u"batch.progress", u"%1/%2 件  毎秒 %3 件  残り %4"},
