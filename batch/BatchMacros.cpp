@@ -136,7 +136,7 @@ tl::expected<QList<Macro>, QString> storedMacros()
         if (!read)
             return failure(
                 path, wording::text(u"batch.storeUnreadable"_s) + u" ("_s + read.error() + u')');
-        macros = (*std::move(read)).value_or(QList<Macro>());
+        macros = read->value_or(QList<Macro>());
     }
     macros += missingBuiltInMacros(macros);
     return macros;

@@ -153,6 +153,32 @@ void appendToLog(QStringList &log, qint64 &length, const QString &line)
 
 } // namespace
 
+/// While it lives, FileWorker::stop stops the waiter. It ends with the waiter's scope, also by an
+/// exception.
+class FileWorker::StoppableRun final
+{
+public:
+    StoppableRun(FileWorker &worker, StoppableWaiter &waiter)
+        : m_worker(worker)
+    {
+        const std::lock_guard lock(m_worker.m_mutex);
+        m_worker.m_waiter = &waiter;
+        if (m_worker.m_isStopped)
+            waiter.stop();
+    }
+
+    ~StoppableRun()
+    {
+        const std::lock_guard lock(m_worker.m_mutex);
+        m_worker.m_waiter = nullptr;
+    }
+
+    Q_DISABLE_COPY_MOVE(StoppableRun)
+
+private:
+    FileWorker &m_worker;
+};
+
 /// The work on one input.
 class FileWorker::Task final
 {
@@ -268,18 +294,8 @@ private:
             m_options.timeout == 0 ? QDeadlineTimer(QDeadlineTimer::Forever)
                                    : QDeadlineTimer(std::chrono::seconds(m_options.timeout));
         StoppableWaiter waiter(deadline);
-        setWaiter(&waiter);
-        auto outcome = service.run(macro.code, context, m_options.userInput, &waiter);
-        setWaiter(nullptr);
-        return outcome;
-    }
-
-    void setWaiter(StoppableWaiter *waiter)
-    {
-        const std::lock_guard lock(m_worker.m_mutex);
-        m_worker.m_waiter = waiter;
-        if (waiter != nullptr && m_worker.m_isStopped)
-            waiter->stop();
+        const StoppableRun stoppable(m_worker, waiter);
+        return service.run(macro.code, context, m_options.userInput, &waiter);
     }
 
     ScriptJob job()

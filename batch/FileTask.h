@@ -53,6 +53,7 @@ public:
     void stop();
 
 private:
+    class StoppableRun;
     class Task;
 
     const BatchPlan &m_plan;

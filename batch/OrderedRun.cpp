@@ -75,7 +75,7 @@ std::optional<FileReport> OrderedRun::next(std::chrono::milliseconds timeout)
         return std::nullopt;
     auto report = m_reports.extract(m_nextReport++);
     m_isRoom.notify_all();
-    return std::move(report.mapped());
+    return std::optional<FileReport>(std::move(report.mapped()));
 }
 
 void OrderedRun::stop()
