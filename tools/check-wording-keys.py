@@ -24,7 +24,7 @@ DOCUMENT = "docs/wording-keys.md"
 
 _PAIR = re.compile(r'^    \{u"([\w.]+)", u"(.*)"\},$', re.M)
 _KEY = re.compile(
-    r'u"((?:app|batch|cli|command|common|dialog|editor|error|macro|menu|palette|profile|status)\.[a-z]\w*(?:\.[a-z]\w*)*)"(?!, Place::)')  # A command's name is no key.
+    r'u"((?:app|batch|cli|command|common|dialog|editor|error|macro|menu|palette|preference|profile|status)\.[a-z]\w*(?:\.[a-z]\w*)*)"(?!, Place::)')  # A command's name is no key.
 _LOOKUP = re.compile(r'\btext\(\s*u"([a-z]\w*(?:\.\w+)+)"(?:_s)?\s*(\)|,\s*\{)?')
 _PLACE = re.compile(r"%[1-9]")
 _RULE = "|---|---|---|\n"

@@ -1,7 +1,6 @@
 #include "window/BlankSwitch.h"
 
 #include "command/CommandShortcut.h"
-#include "platform/settings/NotificationCenter.h"
 #include "view/TextView.h"
 #include "view/TextViewMenu.h"
 
@@ -10,38 +9,28 @@
 
 namespace penwick {
 
-using namespace Qt::StringLiterals;
-
-namespace {
-
-const QString kSetting = u"showsBlanks"_s;
-const QString kDidChange = u"ShowsBlanksDidChange"_s;
-
-} // namespace
-
-BlankSwitch::BlankSwitch(TextView *view, QWidget *scope, UserDefaults &defaults)
+BlankSwitch::BlankSwitch(TextView *view, QWidget *scope, Preferences &preferences)
     : QObject(scope)
-    , m_defaults(defaults)
+    , m_preferences(preferences)
 {
     connect(makeShortcut(CommandId::ShowBlanks, scope),
             &QShortcut::activated,
             this,
             &BlankSwitch::toggle);
     connect(view, &TextView::contextMenuWillOpen, this, &BlankSwitch::extendMenu);
-    NotificationCenter::defaultCenter().addObserver(
-        kDidChange, this, [this, view] { view->setShowsBlanks(isOn()); });
+    Preferences::observe(
+        PreferenceId::ShowsBlanks, this, [this, view] { view->setShowsBlanks(isOn()); });
     view->setShowsBlanks(isOn());
 }
 
 bool BlankSwitch::isOn() const
 {
-    return m_defaults.string(kSetting) == u"true"_s;
+    return m_preferences.isOn(PreferenceId::ShowsBlanks);
 }
 
 void BlankSwitch::toggle()
 {
-    m_defaults.setBoolean(kSetting, !isOn());
-    NotificationCenter::defaultCenter().post(kDidChange);
+    m_preferences.setOn(PreferenceId::ShowsBlanks, !isOn());
 }
 
 void BlankSwitch::extendMenu(QMenu *menu)

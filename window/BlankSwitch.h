@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/settings/UserDefaults.h"
+#include "preferences/Preferences.h"
 
 #include <QObject>
 
@@ -20,8 +20,8 @@ class BlankSwitch final : public QObject
 public:
     /// \param view not owned; must outlive this.
     /// \param scope the parent of this; the key works in its whole window.
-    /// \param defaults stores the choice; not owned, must outlive this.
-    BlankSwitch(TextView *view, QWidget *scope, UserDefaults &defaults);
+    /// \param preferences stores the choice; not owned, must outlive this.
+    BlankSwitch(TextView *view, QWidget *scope, Preferences &preferences);
 
     [[nodiscard]] bool isOn() const;
     void toggle();
@@ -29,7 +29,7 @@ public:
 private:
     void extendMenu(QMenu *menu);
 
-    UserDefaults &m_defaults;
+    Preferences &m_preferences;
 };
 
 } // namespace penwick

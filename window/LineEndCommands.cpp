@@ -34,16 +34,17 @@ QChar accessKey(LineEnd lineEnd)
 
 } // namespace
 
-LineEndCommands::LineEndCommands(TextView *view,
-                                 QObject *scope,
-                                 const UserDefaults &defaults,
-                                 int wait)
+LineEndCommands::LineEndCommands(TextView *view, QObject *scope, Preferences &preferences, int wait)
     : QObject(scope)
     , m_view(view)
     , m_wait(wait)
 {
     connect(view, &TextView::contextMenuWillOpen, this, &LineEndCommands::extendMenu);
-    view->setConvertsPastedLineEnds(defaults.string(u"convertPastedLineEnds"_s) == u"true"_s);
+    const auto choose = [view, &preferences] {
+        view->setConvertsPastedLineEnds(preferences.isOn(PreferenceId::ConvertsPastedLineEnds));
+    };
+    choose();
+    Preferences::observe(PreferenceId::ConvertsPastedLineEnds, this, choose);
 }
 
 QString LineEndCommands::name(LineEnd lineEnd)

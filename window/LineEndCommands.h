@@ -1,7 +1,7 @@
 #pragma once
 
 #include "editor/BackgroundTask.h"
-#include "platform/settings/UserDefaults.h"
+#include "preferences/Preferences.h"
 #include "text/LineEnds.h"
 
 #include <QObject>
@@ -25,11 +25,11 @@ class LineEndCommands final : public QObject
 public:
     /// \param view not owned; must outlive this.
     /// \param scope the parent of this.
-    /// \param defaults read only here.
+    /// \param preferences not owned, must outlive this.
     /// \param wait for this time at most, in milliseconds, a conversion blocks the main thread.
     LineEndCommands(TextView *view,
                     QObject *scope,
-                    const UserDefaults &defaults,
+                    Preferences &preferences,
                     int wait = kDefaultWait);
 
     /// Converts the selection or, if it is empty, the whole text.

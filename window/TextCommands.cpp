@@ -56,12 +56,16 @@ std::optional<Kind> kindOfTab(const QKeyEvent &event)
 
 } // namespace
 
-TextCommands::TextCommands(TextView *view, QObject *scope, const UserDefaults &defaults, int wait)
+TextCommands::TextCommands(TextView *view, QObject *scope, Preferences &preferences, int wait)
     : QObject(scope)
     , m_view(view)
     , m_wait(wait)
 {
-    view->setIndentation(indentationIn(defaults));
+    const auto indent = [view, &preferences] { view->setIndentation(indentationIn(preferences)); };
+    indent();
+    for (const auto id :
+         {PreferenceId::TabWidth, PreferenceId::TabKeyInserts, PreferenceId::KeepsIndentation})
+        Preferences::observe(id, this, indent);
     view->installEventFilter(this);
     for (const Binding &binding : kBindings) {
         if (!command(binding.id).hasKey())
@@ -131,16 +135,11 @@ bool TextCommands::eventFilter(QObject *object, QEvent *event)
     return true;
 }
 
-Indentation indentationIn(const UserDefaults &defaults)
+Indentation indentationIn(const Preferences &preferences)
 {
-    Indentation style;
-    bool isNumber = false;
-    const int width = defaults.string(u"tabWidth"_s).value_or(QString()).toInt(&isNumber);
-    if (isNumber && width >= 1 && width <= Indentation::kLargestTabWidth)
-        style.tabWidth = width;
-    style.insertsBlanks = defaults.string(u"tabKeyInserts"_s) == u"spaces"_s;
-    style.isKept = defaults.string(u"keepIndentation"_s) == u"true"_s;
-    return style;
+    return {.tabWidth = preferences.number(PreferenceId::TabWidth),
+            .insertsBlanks = preferences.text(PreferenceId::TabKeyInserts) == u"spaces",
+            .isKept = preferences.isOn(PreferenceId::KeepsIndentation)};
 }
 
 } // namespace penwick

@@ -3,7 +3,7 @@
 #include "command/Command.h"
 #include "editor/BackgroundTask.h"
 #include "lines/TextRewrite.h"
-#include "platform/settings/UserDefaults.h"
+#include "preferences/Preferences.h"
 
 #include <QObject>
 
@@ -16,7 +16,7 @@ class TextView;
 /// The commands that change the selected lines or characters of a text view, with their keys. With
 /// a selection of several lines, Tab indents them and Shift+Tab takes a level away. Each change is
 /// one undo step. A long one runs in the background; if the text changes meanwhile, it is dropped.
-/// Also gives the view the indentation of the settings, read once.
+/// Also gives the view the indentation of the settings.
 class TextCommands final : public QObject
 {
     Q_OBJECT
@@ -24,12 +24,9 @@ class TextCommands final : public QObject
 public:
     /// \param view not owned; must outlive this.
     /// \param scope the parent of this.
-    /// \param defaults read only here.
+    /// \param preferences not owned, must outlive this.
     /// \param wait for this time at most, in milliseconds, a change blocks the main thread.
-    TextCommands(TextView *view,
-                 QObject *scope,
-                 const UserDefaults &defaults,
-                 int wait = kDefaultWait);
+    TextCommands(TextView *view, QObject *scope, Preferences &preferences, int wait = kDefaultWait);
 
     /// No value for commands that are not of this object.
     [[nodiscard]] static std::optional<TextChangeKind> kindOf(CommandId id);
@@ -51,8 +48,7 @@ private:
     BackgroundTask m_task;
 };
 
-/// The indentation that the settings `tabWidth`, `tabKeyInserts` and `keepIndentation` ask for. A
-/// value that is missing or not valid is the default.
-[[nodiscard]] Indentation indentationIn(const UserDefaults &defaults);
+/// The indentation that the settings `tabWidth`, `tabKeyInserts` and `keepIndentation` ask for.
+[[nodiscard]] Indentation indentationIn(const Preferences &preferences);
 
 } // namespace penwick

@@ -54,7 +54,7 @@ void TextViewRepresentable::makeTextView()
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     m_textView = new TextView(
-        m_storage.get(), editorFont(Zoom::pixels(kTextSize, UserDefaults::standard())), this);
+        m_storage.get(), editorFont(Zoom::pixels(kTextSize, Preferences::standard())), this);
     m_textView->setFrameShape(QFrame::NoFrame);
     m_textView->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     m_textView->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
@@ -64,10 +64,10 @@ void TextViewRepresentable::makeTextView()
     m_findBar->hide();
     layout->addWidget(m_findBar);
     m_findController = new FindController(m_textView, m_findBar, this);
-    m_blankSwitch = new BlankSwitch(m_textView, this, UserDefaults::standard());
-    m_lineEndCommands = new LineEndCommands(m_textView, this, UserDefaults::standard());
-    m_textCommands = new TextCommands(m_textView, this, UserDefaults::standard());
-    m_zoom = new Zoom(m_textView, this, kTextSize, UserDefaults::standard());
+    m_blankSwitch = new BlankSwitch(m_textView, this, Preferences::standard());
+    m_lineEndCommands = new LineEndCommands(m_textView, this, Preferences::standard());
+    m_textCommands = new TextCommands(m_textView, this, Preferences::standard());
+    m_zoom = new Zoom(m_textView, this, kTextSize, Preferences::standard());
     setFocusProxy(m_textView);
 }
 

@@ -2,7 +2,6 @@
 
 #include "command/CommandShortcut.h"
 #include "platform/desktop/SystemFonts.h"
-#include "platform/settings/NotificationCenter.h"
 #include "view/TextView.h"
 
 #include <QShortcut>
@@ -12,20 +11,16 @@
 
 namespace penwick {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
-const QString kZoomSetting = u"zoom"_s;
-const QString kZoomDidChange = u"ZoomDidChange"_s;
 constexpr int kWhole = 100;
 constexpr int kStep = 10;
 
 } // namespace
 
-Zoom::Zoom(TextView *view, QWidget *scope, int size, UserDefaults &defaults)
+Zoom::Zoom(TextView *view, QWidget *scope, int size, Preferences &preferences)
     : QObject(scope)
-    , m_defaults(defaults)
+    , m_preferences(preferences)
 {
     const auto connectKey = [this, scope](CommandId id, const auto &action) {
         connect(makeShortcut(id, scope), &QShortcut::activated, this, action);
@@ -34,46 +29,38 @@ Zoom::Zoom(TextView *view, QWidget *scope, int size, UserDefaults &defaults)
     connectKey(CommandId::ZoomOut, [this] { step(-1); });
     connectKey(CommandId::ZoomReset, [this] { reset(); });
     view->viewport()->installEventFilter(this);
-    NotificationCenter::defaultCenter().addObserver(kZoomDidChange, this, [this, view, size] {
+    Preferences::observe(PreferenceId::Zoom, this, [this, view, size] {
         QFont font = view->font();
-        setFontPixels(font, pixels(size, m_defaults));
+        setFontPixels(font, pixels(size, m_preferences));
         view->setFont(font);
     });
 }
 
-int Zoom::percentIn(const UserDefaults &defaults)
+int Zoom::pixels(int size, const Preferences &preferences)
 {
-    bool isNumber = false;
-    const int percent = defaults.string(kZoomSetting).value_or(QString()).toInt(&isNumber);
-    return isNumber && percent >= kSmallest && percent <= kLargest ? percent : kWhole;
-}
-
-int Zoom::pixels(int size, const UserDefaults &defaults)
-{
-    return (size * percentIn(defaults) + kWhole / 2) / kWhole;
+    return (size * preferences.number(PreferenceId::Zoom) + kWhole / 2) / kWhole;
 }
 
 bool Zoom::canStep(int steps) const
 {
-    return percentIn(m_defaults) != (steps < 0 ? kSmallest : kLargest);
+    return steppedBy(steps) != m_preferences.number(PreferenceId::Zoom);
 }
 
 void Zoom::step(int steps)
 {
-    setPercent(std::clamp(percentIn(m_defaults) + steps * kStep, kSmallest, kLargest));
+    m_preferences.setNumber(PreferenceId::Zoom, steppedBy(steps));
 }
 
 void Zoom::reset()
 {
-    setPercent(kWhole);
+    m_preferences.setNumber(PreferenceId::Zoom, kWhole);
 }
 
-void Zoom::setPercent(int percent)
+int Zoom::steppedBy(int steps) const
 {
-    if (percent == percentIn(m_defaults))
-        return;
-    m_defaults.setString(kZoomSetting, QString::number(percent));
-    NotificationCenter::defaultCenter().post(kZoomDidChange);
+    const Preference &zoom = preference(PreferenceId::Zoom);
+    return std::clamp(
+        m_preferences.number(PreferenceId::Zoom) + steps * kStep, zoom.smallest, zoom.largest);
 }
 
 bool Zoom::eventFilter(QObject * /*object*/, QEvent *event)

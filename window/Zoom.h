@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/settings/UserDefaults.h"
+#include "preferences/Preferences.h"
 
 #include <QObject>
 
@@ -18,18 +18,14 @@ class Zoom final : public QObject
     Q_OBJECT
 
 public:
-    static constexpr int kSmallest = 50;
-    static constexpr int kLargest = 300;
+    /// \param view has the size of `preferences` already, see `pixels`; not owned, must outlive
+    /// this. \param scope the parent of this; the keys work in its whole window. \param size of the
+    /// text at 100 %, in logical pixels. \param preferences stores the choice; not owned, must
+    /// outlive this.
+    Zoom(TextView *view, QWidget *scope, int size, Preferences &preferences);
 
-    /// \param view has the size of `defaults` already, see `pixels`; not owned, must outlive this.
-    /// \param scope the parent of this; the keys work in its whole window.
-    /// \param size of the text at 100 %, in logical pixels.
-    /// \param defaults stores the choice; not owned, must outlive this.
-    Zoom(TextView *view, QWidget *scope, int size, UserDefaults &defaults);
-
-    [[nodiscard]] static int percentIn(const UserDefaults &defaults);
     /// \param size at 100 %, in logical pixels.
-    [[nodiscard]] static int pixels(int size, const UserDefaults &defaults);
+    [[nodiscard]] static int pixels(int size, const Preferences &preferences);
 
     /// False when `step` cannot change anything.
     [[nodiscard]] bool canStep(int steps) const;
@@ -41,9 +37,9 @@ public:
     bool eventFilter(QObject *object, QEvent *event) override;
 
 private:
-    void setPercent(int percent);
+    [[nodiscard]] int steppedBy(int steps) const;
 
-    UserDefaults &m_defaults;
+    Preferences &m_preferences;
     int m_wheelAngle = 0; // Turned since the last step, in eighths of a degree.
 };
 

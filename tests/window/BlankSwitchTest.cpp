@@ -25,7 +25,8 @@ namespace {
 struct Switched
 {
     explicit Switched(UserDefaults &defaults)
-        : blanks(&shown.view, &shown.view, defaults)
+        : preferences(defaults)
+        , blanks(&shown.view, &shown.view, preferences)
     {
     }
 
@@ -48,6 +49,7 @@ struct Switched
         return false;
     }
 
+    Preferences preferences;
     test::ShownTextView shown{u"\tx"};
     BlankSwitch blanks;
 };

@@ -43,13 +43,15 @@ namespace {
 struct Commanded
 {
     explicit Commanded(QStringView text, const QString &settings = {}, int wait = 5000)
-        : shown(text)
+        : defaults(home.write(u"penwick.conf"_s, settings.toUtf8()))
+        , shown(text)
     {
-        const UserDefaults defaults(home.write(u"penwick.conf"_s, settings.toUtf8()));
-        commands = std::make_unique<LineEndCommands>(&shown.view, &shown.view, defaults, wait);
+        commands = std::make_unique<LineEndCommands>(&shown.view, &shown.view, preferences, wait);
     }
 
     test::TemporaryHome home;
+    UserDefaults defaults;
+    Preferences preferences{defaults};
     test::ShownTextView shown;
     std::unique_ptr<LineEndCommands> commands;
 };

@@ -23,6 +23,7 @@ private Q_SLOTS:
     void settings_data();
     void settings();
     void settings_changeWhatTheKeysInsert();
+    void settings_changed_actAtOnce();
     void settings_tabWidth_movesTheTabStops();
     void settings_none_leaveTheKeysAsTheyWere();
 };
@@ -33,15 +34,17 @@ namespace {
 struct Commanded
 {
     explicit Commanded(QStringView text, const QByteArray &settings = {}, int wait = 5000)
-        : shown(text)
+        : defaults(home.write(u"penwick.conf"_s, "[General]\n" + settings))
+        , shown(text)
     {
-        const UserDefaults defaults(home.write(u"penwick.conf"_s, "[General]\n" + settings));
-        commands = std::make_unique<TextCommands>(&shown.view, &shown.view, defaults, wait);
+        commands = std::make_unique<TextCommands>(&shown.view, &shown.view, preferences, wait);
     }
 
     void select(qint64 anchor, qint64 caret) { shown.view.setSelectionInPlace(anchor, caret); }
 
     test::TemporaryHome home;
+    UserDefaults defaults;
+    Preferences preferences{defaults};
     test::ShownTextView shown;
     std::unique_ptr<TextCommands> commands;
 };
@@ -204,6 +207,21 @@ void TextCommandsTest::settings_changeWhatTheKeysInsert()
     f.shown.view.undo();
     f.shown.view.undo();
     QCOMPARE(f.shown.text(), u"\u3000\ta"_s);
+}
+
+void TextCommandsTest::settings_changed_actAtOnce()
+{
+    Commanded f(u"");
+    f.preferences.setNumber(PreferenceId::TabWidth, 2);
+    f.preferences.setText(PreferenceId::TabKeyInserts, u"spaces"_s);
+    f.shown.key(Qt::Key_Tab);
+    QCOMPARE(f.shown.text(), u"  "_s);
+    f.preferences.setOn(PreferenceId::KeepsIndentation, true);
+    f.shown.key(Qt::Key_Return);
+    QCOMPARE(f.shown.text(), u"  \n  "_s);
+    f.preferences.reset(PreferenceId::TabKeyInserts);
+    f.shown.key(Qt::Key_Tab);
+    QCOMPARE(f.shown.text(), u"  \n  \t"_s);
 }
 
 void TextCommandsTest::settings_tabWidth_movesTheTabStops()

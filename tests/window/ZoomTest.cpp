@@ -38,11 +38,11 @@ int pixelsOf(const TextView &view)
 /// A view with a zoom.
 struct Zoomed
 {
-    explicit Zoomed(UserDefaults &defaults, QStringView text = u"text")
+    explicit Zoomed(Preferences &preferences, QStringView text = u"text")
         : shown(text)
-        , zoom(&shown.view, &shown.view, kSize, defaults)
+        , zoom(&shown.view, &shown.view, kSize, preferences)
     {
-        shown.view.setFont(editorFont(Zoom::pixels(kSize, defaults)));
+        shown.view.setFont(editorFont(Zoom::pixels(kSize, preferences)));
     }
 
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::ControlModifier)
@@ -74,6 +74,7 @@ struct Settings
 {
     test::TemporaryHome home;
     UserDefaults defaults{home.file(u"penwick.conf"_s)};
+    Preferences preferences{defaults};
 };
 
 } // namespace
@@ -81,8 +82,8 @@ struct Settings
 void ZoomTest::keys_changeAllViewsAndAreRemembered()
 {
     Settings settings;
-    Zoomed first(settings.defaults);
-    Zoomed second(settings.defaults);
+    Zoomed first(settings.preferences);
+    Zoomed second(settings.preferences);
     QCOMPARE(pixelsOf(first.shown.view), 20);
     first.press(Qt::Key_Plus);
     first.press(Qt::Key_Equal);
@@ -91,7 +92,7 @@ void ZoomTest::keys_changeAllViewsAndAreRemembered()
     second.press(Qt::Key_Minus);
     QCOMPARE(pixelsOf(first.shown.view), 22);
     QCOMPARE(settings.defaults.string(u"zoom"_s), u"110"_s);
-    const Zoomed third(settings.defaults);
+    const Zoomed third(settings.preferences);
     QCOMPARE(pixelsOf(third.shown.view), 22);
     first.press(Qt::Key_0);
     QCOMPARE(pixelsOf(second.shown.view), 20);
@@ -101,7 +102,7 @@ void ZoomTest::keys_changeAllViewsAndAreRemembered()
 void ZoomTest::keys_stopAtTheLimits()
 {
     Settings settings;
-    Zoomed f(settings.defaults);
+    Zoomed f(settings.preferences);
     for (int i = 0; i < 30; ++i)
         f.press(Qt::Key_Plus);
     QCOMPARE(pixelsOf(f.shown.view), 60);
@@ -115,7 +116,7 @@ void ZoomTest::keys_stopAtTheLimits()
 void ZoomTest::wheel_withControl_zooms()
 {
     Settings settings;
-    Zoomed f(settings.defaults, u"line\n"_s.repeated(300));
+    Zoomed f(settings.preferences, u"line\n"_s.repeated(300));
     const int top = f.shown.view.verticalScrollBar()->value();
     f.turnWheel(120, Qt::ControlModifier);
     QCOMPARE(pixelsOf(f.shown.view), 22);
@@ -129,7 +130,7 @@ void ZoomTest::wheel_withControl_zooms()
 void ZoomTest::wheel_withoutControl_scrolls()
 {
     Settings settings;
-    Zoomed f(settings.defaults, u"line\n"_s.repeated(300));
+    Zoomed f(settings.preferences, u"line\n"_s.repeated(300));
     f.turnWheel(-120, Qt::NoModifier);
     QCOMPARE(pixelsOf(f.shown.view), 20);
     QVERIFY(f.shown.view.verticalScrollBar()->value() > 0);
@@ -141,7 +142,7 @@ void ZoomTest::steps_keepTheCaretAndTheFirstLine()
     QString text;
     for (int i = 0; i < 300; ++i)
         text += u"日本語の長い行 and English words, number %1 "_s.arg(i).repeated(i % 5) + u'\n';
-    Zoomed f(settings.defaults, text);
+    Zoomed f(settings.preferences, text);
     f.shown.caret(text.size() / 2);
     f.shown.view.scrollTo(text.size() / 2);
     const auto firstLine = [&] {
@@ -177,7 +178,7 @@ void ZoomTest::setting_broken_isIgnored()
     QFETCH(const int, expected);
     Settings settings;
     settings.defaults.setString(u"zoom"_s, value);
-    QCOMPARE(Zoom::pixels(kSize, settings.defaults), expected);
+    QCOMPARE(Zoom::pixels(kSize, settings.preferences), expected);
 }
 
 QTEST_MAIN(ZoomTest)

@@ -1,0 +1,63 @@
+#include "preferences/Preference.h"
+
+#include <algorithm>
+#include <array>
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Id = PreferenceId;
+using Kind = Preference::Kind;
+using Choice = Preference::Choice;
+
+constexpr std::array kTabKeyInserts{
+    Choice{u"tab", u"preference.tabKeyInserts.tab"},
+    Choice{u"spaces", u"preference.tabKeyInserts.spaces"},
+};
+
+// One row per line, also beyond the column limit.
+// clang-format off
+constexpr Preference kPreferences[] = {
+    {Id::ShowsBlanks, u"showsBlanks", Kind::Switch, u"editor.showBlanks", u"false"},
+    {Id::Zoom, u"zoom", Kind::Number, u"preference.zoom", u"100", 50, 300},
+    {Id::TabWidth, u"tabWidth", Kind::Number, u"preference.tabWidth", u"4", 1, 16},
+    {Id::TabKeyInserts, u"tabKeyInserts", Kind::Choice, u"preference.tabKeyInserts", u"tab", 0, 0, kTabKeyInserts},
+    {Id::KeepsIndentation, u"keepIndentation", Kind::Switch, u"preference.keepIndentation", u"false"},
+    {Id::ConvertsPastedLineEnds, u"convertPastedLineEnds", Kind::Switch, u"preference.convertPastedLineEnds", u"false"},
+};
+// clang-format on
+
+} // namespace
+
+bool Preference::isValid(QStringView value) const
+{
+    switch (kind) {
+    case Kind::Switch:
+        return value == u"true" || value == u"false";
+    case Kind::Number: {
+        bool isNumber = false;
+        const int number = value.toInt(&isNumber);
+        return isNumber && number >= smallest && number <= largest;
+    }
+    case Kind::Choice:
+        return std::ranges::any_of(choices, [value](const Choice &c) { return c.value == value; });
+    case Kind::Text:
+        break;
+    }
+    return true;
+}
+
+std::span<const Preference> allPreferences()
+{
+    return kPreferences;
+}
+
+const Preference &preference(PreferenceId id)
+{
+    return *std::ranges::find(kPreferences, id, &Preference::id);
+}
+
+} // namespace penwick

@@ -1,0 +1,99 @@
+#include "preferences/Preferences.h"
+
+#include "platform/settings/NotificationCenter.h"
+
+namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kTrue = u"true"_s;
+const QString kFalse = u"false"_s;
+
+QString keyOf(PreferenceId id)
+{
+    return preference(id).key.toString();
+}
+
+QString notificationOf(PreferenceId id)
+{
+    return u"PreferenceDidChange."_s + keyOf(id);
+}
+
+} // namespace
+
+Preferences::Preferences(UserDefaults &defaults)
+    : m_defaults(defaults)
+{
+}
+
+Preferences &Preferences::standard()
+{
+    static Preferences preferences(UserDefaults::standard());
+    return preferences;
+}
+
+QString Preferences::text(PreferenceId id) const
+{
+    const Preference &row = preference(id);
+    auto stored = m_defaults.string(row.key.toString());
+    return stored && row.isValid(*stored) ? *std::move(stored) : row.standard.toString();
+}
+
+bool Preferences::isOn(PreferenceId id) const
+{
+    return text(id) == kTrue;
+}
+
+int Preferences::number(PreferenceId id) const
+{
+    return text(id).toInt();
+}
+
+bool Preferences::isChanged(PreferenceId id) const
+{
+    return text(id) != preference(id).standard;
+}
+
+bool Preferences::isBroken(PreferenceId id) const
+{
+    const auto stored = m_defaults.string(keyOf(id));
+    return stored && !preference(id).isValid(*stored);
+}
+
+void Preferences::setText(PreferenceId id, const QString &value)
+{
+    if (!preference(id).isValid(value))
+        return;
+    const bool isNew = value != text(id);
+    m_defaults.setString(keyOf(id), value);
+    if (isNew)
+        NotificationCenter::defaultCenter().post(notificationOf(id));
+}
+
+void Preferences::setOn(PreferenceId id, bool isOn)
+{
+    setText(id, isOn ? kTrue : kFalse);
+}
+
+void Preferences::setNumber(PreferenceId id, int number)
+{
+    setText(id, QString::number(number));
+}
+
+void Preferences::reset(PreferenceId id)
+{
+    const bool wasChanged = isChanged(id);
+    m_defaults.remove(keyOf(id));
+    if (wasChanged)
+        NotificationCenter::defaultCenter().post(notificationOf(id));
+}
+
+void Preferences::observe(PreferenceId id, QObject *context, std::function<void()> handler)
+{
+    NotificationCenter::defaultCenter().addObserver(
+        notificationOf(id), context, std::move(handler));
+}
+
+} // namespace penwick
