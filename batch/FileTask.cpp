@@ -405,8 +405,9 @@ FileWorker::FileWorker(const BatchPlan &plan, SharedHosts &hosts)
 
 void FileWorker::prepare()
 {
-    const std::lock_guard lock(m_hosts.mutex);
-    m_hosts.hosts.prepare();
+    const std::unique_lock lock(m_hosts.mutex, std::try_to_lock);
+    if (lock.owns_lock()) // Otherwise another worker is running a script in the process.
+        m_hosts.hosts.prepare();
 }
 
 FileReport FileWorker::process(const BatchInput &input)

@@ -42,7 +42,7 @@ public:
     /// \param plan, hosts must outlive this.
     FileWorker(const BatchPlan &plan, SharedHosts &hosts);
 
-    /// Starts the process for the macros in advance.
+    /// Starts the process for the macros in advance if there is none. Does not wait for it.
     void prepare();
 
     /// Reads the input, runs all macros on its text, and writes the result if the options say so.

@@ -104,9 +104,10 @@ QByteArray OrderedRun::currentName() const
 
 void OrderedRun::work(FileWorker &worker)
 {
-    worker.prepare();
-    while (const auto index = take())
+    while (const auto index = take()) {
+        worker.prepare();
         put(*index, worker.process(m_inputs.at(*index)));
+    }
     waitForAll();
 }
 
@@ -130,13 +131,14 @@ std::optional<qsizetype> OrderedRun::take()
 
 void OrderedRun::put(qsizetype index, FileReport report)
 {
+    bool isLast = false;
     {
         const std::lock_guard lock(m_mutex);
         m_reports.emplace(index, std::move(report));
-        ++m_done;
+        isLast = ++m_done == m_inputs.size();
     }
     m_isReady.notify_one();
-    if (m_done == m_inputs.size())
+    if (isLast)
         m_isOver.notify_all();
 }
 

@@ -239,12 +239,18 @@ tl::expected<void, FileError> ReportPrinter::printResult(const FileReport &repor
 {
     const bool isDone = report.status == Status::Changed || report.status == Status::Unchanged;
     if (isDone && (m_options.writesText() || m_options.outputFile == "-")) {
+        constexpr qsizetype kPortion = qsizetype{1} << 18; // The text's blocks are small.
         tl::expected<void, FileError> written;
-        report.result.forEachUtf8Block([&written](QByteArrayView block) {
-            written = writeStandardOutput(block);
+        QByteArray portion;
+        report.result.forEachUtf8Block([&](QByteArrayView block) {
+            portion.append(block);
+            if (portion.size() >= kPortion) {
+                written = writeStandardOutput(portion);
+                portion.truncate(0);
+            }
             return written.has_value();
         });
-        return written;
+        return written ? writeStandardOutput(portion) : written;
     }
     const QByteArray output = outputOf(report);
     return output.isEmpty() ? tl::expected<void, FileError>() : writeStandardOutput(output);

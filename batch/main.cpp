@@ -1,5 +1,6 @@
 #include "batch/BatchProgram.h"
 #include "platform/process/BackgroundProcess.h"
+#include "platform/process/FreedMemory.h"
 
 #include <QByteArrayList>
 
@@ -12,6 +13,7 @@ int main(int argc, char *argv[])
     // A limit on file sizes then causes an error like that of a full disk.
     std::signal(SIGXFSZ, SIG_IGN);
     penwick::openMissingStandardStreams();
+    penwick::shareMemoryPool();
     QByteArrayList arguments;
     for (int i = 1; i < argc; ++i)
         arguments << QByteArray(argv[i]);

@@ -67,10 +67,8 @@ HostSequence::runOnce(const ScriptRequest &request, const ScriptLogSink &log, Sc
     ++m_scripts;
     m_length += request.size();
     ScriptOutcome outcome = m_host->run(request, log, waiter);
-    if (!m_host->isUsable() || m_scripts >= kMostScripts || m_length >= kMostLength) {
+    if (!m_host->isUsable() || m_scripts >= kMostScripts || m_length >= kMostLength)
         m_host.reset();
-        prepare();
-    }
     return outcome;
 }
 

@@ -28,8 +28,7 @@ public:
     [[nodiscard]] qint64 processId() const { return m_host ? m_host->process().processId() : -1; }
 
     /// Runs a script and waits until it has ended. If the process of an earlier script fails, for
-    /// example because little memory is left in it, the script runs again in a new one. Starts the
-    /// next host if this one cannot be used again.
+    /// example because little memory is left in it, the script runs again in a new one.
     /// \param onRestart called before the script runs again; what it logged is void.
     [[nodiscard]] ScriptOutcome run(const ScriptRequest &request,
                                     const ScriptLogSink &log,

@@ -15,4 +15,11 @@ void trimFreedMemory()
 #endif
 }
 
+void shareMemoryPool()
+{
+#ifdef __GLIBC__
+    ::mallopt(M_ARENA_MAX, 1);
+#endif
+}
+
 } // namespace penwick
