@@ -2,6 +2,8 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
+#include <ctime>
 #include <sys/mman.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -15,6 +17,31 @@ std::atomic<bool> largePages = false;
 #ifndef PENWICK_HOST_WITHOUT_SANDBOX
 
 constexpr std::size_t kLargePage = std::size_t{2} << 20;
+
+// Where it takes longer, separate pages are faster. A virtual machine whose memory the system below
+// has taken back gets it again page by page, as slowly for a large page as for its parts, while
+// small pages come from what was freed last and is still there.
+constexpr std::int64_t kMostNanoseconds = 1'000'000;
+
+std::int64_t nanoseconds()
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
+}
+
+/// Has the system back new memory with large pages if it can deliver the first one quickly.
+void useHugePages(char *memory, std::size_t size)
+{
+    const std::size_t before = (kLargePage - reinterpret_cast<std::uintptr_t>(memory)) % kLargePage;
+    if (size < before + kLargePage)
+        return;
+    syscall(SYS_madvise, memory, size, MADV_HUGEPAGE);
+    const std::int64_t start = nanoseconds();
+    *static_cast<volatile char *>(memory + before) = 0;
+    if (nanoseconds() - start > kMostNanoseconds)
+        syscall(SYS_madvise, memory, size, MADV_NOHUGEPAGE);
+}
 
 bool isFitForHugePages(const void *memory, std::size_t size, int protection, int flags)
 {
@@ -44,7 +71,7 @@ mmap(void *address, std::size_t size, int protection, int flags, int file, off_t
     void *memory =
         reinterpret_cast<void *>(syscall(SYS_mmap, address, size, protection, flags, file, offset));
     if (isFitForHugePages(memory, size, protection, flags))
-        syscall(SYS_madvise, memory, size, MADV_HUGEPAGE);
+        useHugePages(static_cast<char *>(memory), size);
     return memory;
 }
 

@@ -3,7 +3,8 @@
 namespace penwick {
 
 /// From now on, large blocks that the engine allocates use huge pages where the system has them,
-/// which saves thousands of page faults with a large document. Call this after the engine has
+/// which saves thousands of page faults with a large document, unless the system turns out to be
+/// slow to deliver them. Call this after the engine has
 /// initialized: a spare host would otherwise hold huge pages of which it uses little.
 void enableHugePages();
 
