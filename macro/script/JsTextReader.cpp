@@ -6,28 +6,33 @@ namespace penwick {
 
 namespace {
 
-// Uses only what the script cannot replace: operators, the elements and lengths of strings, and
-// elements of typed arrays that exist. Joining gives a tree of strings, which the engine copies
-// together once, when the result is taken out.
-constexpr QStringView kReader = uR"JS((function (list, first, index, lengths, most, room) {
+// Uses only what the script cannot replace: functions that are kept before it runs, operators, the
+// elements and lengths of strings, elements of typed arrays that exist, and elements of an array
+// without a prototype, on which no setter can be.
+constexpr QStringView kReader = uR"JS((function () {
     'use strict';
-    let joined = '';
-    let count = 0;
-    let next = first;
-    while (typeof next === 'string' && next.length <= room) {
-        joined = count === 0 ? next : `${joined}\n${next}`;
-        room -= next.length;
-        lengths[count++] = next.length;
-        if (count === most)
-            return [joined, count];
-        try {
-            next = list[index++];
-        } catch {
-            next = undefined;
+    const apply = Reflect.apply;
+    const join = Array.prototype.join;
+    const setPrototypeOf = Object.setPrototypeOf;
+    return function (list, first, index, lengths, most, room) {
+        const texts = setPrototypeOf([], null);
+        let count = 0;
+        let next = first;
+        while (typeof next === 'string' && next.length <= room) {
+            texts[count] = next;
+            room -= next.length;
+            lengths[count++] = next.length;
+            if (count === most)
+                break;
+            try {
+                next = list[index++];
+            } catch {
+                next = undefined;
+            }
         }
-    }
-    return [joined, count, next];
-}))JS";
+        return [apply(join, texts, ['\n']), count, next];
+    };
+})())JS";
 
 JSObjectRef compiled(JSContextRef context)
 {
