@@ -13,16 +13,34 @@ qint64 lineCountOf(const Text &text)
     return text.metrics().lineFeeds + 1;
 }
 
-Text joined(const QStringList &lines)
+/// Appends a copy of the text.
+void append(TextBuilder &builder, const Text &text)
 {
+    text.forEachChunk(0, text.size(), [&builder](const TextChunkView &chunk) {
+        const auto length = static_cast<std::size_t>(chunk.length);
+        if (chunk.ascii != nullptr)
+            builder.appendAscii({chunk.ascii, length});
+        else
+            builder.appendUtf16({chunk.utf16, length});
+        return true;
+    });
+}
+
+/// Shares the long ones: copying them takes time, and adding many short ones by sharing would.
+Text joined(const QList<Text> &lines)
+{
+    constexpr qint64 kLong = 65536; // UTF-16 code units.
+    Text result;
     TextBuilder builder;
-    for (const QString &line : lines) {
+    for (const Text &line : lines) {
         if (&line != &lines.front())
             builder.appendAscii("\n");
-        builder.appendUtf16({reinterpret_cast<const char16_t *>(line.utf16()),
-                             static_cast<std::size_t>(line.size())});
+        if (line.size() < kLong)
+            append(builder, line);
+        else
+            result = result.appended(builder.finish()).appended(line);
     }
-    return builder.finish();
+    return result.appended(builder.finish());
 }
 
 // Returns the end of the line's content: before its line feed, or the end of the text.

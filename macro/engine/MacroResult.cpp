@@ -42,19 +42,19 @@ const ScriptValue::List &objectsMember(const ScriptValue &value, QStringView key
 
 // Returns the member if it is a list that holds only strings. Strings that arrived in one piece
 // stay joined, with line feeds between them.
-std::optional<QStringList> linesMember(const ScriptValue &value, QStringView key)
+std::optional<QList<Text>> linesMember(const ScriptValue &value, QStringView key)
 {
     const ScriptValue *member = value.member(key);
     const ScriptValue::List *list = member != nullptr ? member->list() : nullptr;
     if (list == nullptr)
         return std::nullopt;
-    QStringList lines;
+    QList<Text> lines;
     lines.reserve(static_cast<qsizetype>(list->size()));
     for (const ScriptValue &entry : *list)
         if (const ScriptTexts *texts = entry.texts())
             lines.append(texts->joined);
         else if (const QString *string = entry.string())
-            lines.append(*string);
+            lines.append(Text(*string));
         else
             return std::nullopt;
     return lines;
@@ -110,7 +110,7 @@ tl::expected<TextEditInstruction, MacroResultError> parseReplaceLines(const Scri
 {
     const std::optional<qint64> start = integerMember(value, u"startLine");
     const std::optional<qint64> end = integerMember(value, u"endLine");
-    std::optional<QStringList> lines = linesMember(value, u"lines");
+    std::optional<QList<Text>> lines = linesMember(value, u"lines");
     if (!start || !end || !lines || *start < 0 || *end < *start)
         return failure(Code::InvalidReplaceLines);
     return ReplaceLines{*start, *end, std::move(*lines)};

@@ -42,7 +42,7 @@ struct ReplaceLines
 {
     qint64 startLine = 0;
     qint64 endLine = 0;
-    QStringList lines;
+    QList<Text> lines;
     bool operator==(const ReplaceLines &) const = default;
 };
 

@@ -1,7 +1,7 @@
 #include "macro/script/ScriptFrames.h"
 
 #include "macro/script/ScriptHost.h"
-#include "macro/script/SharedTexts.h"
+#include "macro/script/ScriptSource.h"
 
 #include <algorithm>
 #include <cstring>
@@ -11,7 +11,7 @@ namespace penwick {
 
 namespace {
 
-enum class TextForm : quint8 { None = 0, Latin1 = 1, Utf16 = 2, Shared = 3 };
+enum class TextForm : quint8 { None = 0, Latin1 = 1, Utf16 = 2, Shared = 3, SharedAscii = 4 };
 
 bool fitsLatin1(QStringView text)
 {
@@ -19,6 +19,26 @@ bool fitsLatin1(QStringView text)
     for (const QChar unit : text)
         all |= unit.unicode();
     return all < 0x100;
+}
+
+bool isAsciiOnly(QByteArrayView bytes)
+{
+    unsigned char all = 0;
+    for (const char byte : bytes)
+        all |= static_cast<unsigned char>(byte);
+    return all < 0x80;
+}
+
+std::optional<SharedTexts::Form> sharedForm(quint8 number)
+{
+    switch (static_cast<TextForm>(number)) {
+    case TextForm::Shared:
+        return SharedTexts::Form::Utf16;
+    case TextForm::SharedAscii:
+        return SharedTexts::Form::Ascii;
+    default:
+        return std::nullopt;
+    }
 }
 
 // Longer than any message of a sender that keeps to its limits; 0 for an unknown kind. Bounds the
@@ -107,11 +127,11 @@ void FrameWriter::putNoText()
     put(TextForm::None);
 }
 
-void FrameWriter::putSharedText(qsizetype length, quint64 place)
+void FrameWriter::putSharedText(qsizetype length, SharedTexts::Place place)
 {
-    put(TextForm::Shared);
+    put(place.form == SharedTexts::Form::Ascii ? TextForm::SharedAscii : TextForm::Shared);
     put(static_cast<quint32>(length));
-    put(place);
+    put(place.start);
 }
 
 qsizetype FrameWriter::room() const
@@ -213,8 +233,8 @@ QString PayloadReader::getTextOf(quint8 number)
     const auto length = static_cast<qsizetype>(get<quint32>());
     if (m_error)
         return {};
-    if (form == TextForm::Shared)
-        return getSharedText(length);
+    if (const auto shared = sharedForm(number))
+        return getSharedText(length, *shared);
     if (form != TextForm::Latin1 && form != TextForm::Utf16) {
         fail(WireError::UnknownTag);
         return {};
@@ -233,9 +253,9 @@ QString PayloadReader::getTextOf(quint8 number)
     return text;
 }
 
-QString PayloadReader::getSharedText(qsizetype length)
+QString PayloadReader::getSharedText(qsizetype length, SharedTexts::Form form)
 {
-    const auto place = get<quint64>();
+    const SharedTexts::Place place{get<quint64>(), form};
     if (m_error)
         return {};
     auto text = m_shared != nullptr ? m_shared->get(place, length) : std::nullopt;
@@ -244,6 +264,42 @@ QString PayloadReader::getSharedText(qsizetype length)
         return {};
     }
     return *std::move(text);
+}
+
+qsizetype PayloadReader::getTextInPieces(const std::function<void(QByteArrayView)> &takeAscii,
+                                         const std::function<void(QStringView)> &takeUtf16)
+{
+    const auto number = get<quint8>();
+    const auto shared = sharedForm(number);
+    if (!shared) {
+        const QString text = getTextOf(number); // Short, or the place for shared texts is full.
+        if (!m_error)
+            takeUtf16(text);
+        return text.size();
+    }
+    const auto length = static_cast<qsizetype>(get<quint32>());
+    readShared(length, *shared, takeAscii, takeUtf16);
+    return m_error ? 0 : length;
+}
+
+void PayloadReader::readShared(qsizetype length,
+                               SharedTexts::Form form,
+                               const std::function<void(QByteArrayView)> &takeAscii,
+                               const std::function<void(QStringView)> &takeUtf16)
+{
+    const SharedTexts::Place place{get<quint64>(), form};
+    if (m_error)
+        return;
+    bool isAscii = true;
+    const auto takeChecked = [&](QByteArrayView piece) {
+        isAscii = isAscii && isAsciiOnly(piece);
+        if (isAscii)
+            takeAscii(piece);
+    };
+    if (m_shared == nullptr || !m_shared->read(place, length, takeChecked, takeUtf16))
+        fail(WireError::Truncated);
+    else if (!isAscii)
+        fail(WireError::MalformedText);
 }
 
 std::optional<WireError> PayloadReader::errorAtEnd() const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "macro/script/SharedTexts.h"
 #include "platform/process/Frames.h"
 
 #include <QString>
@@ -9,7 +10,6 @@
 namespace penwick {
 
 class ScriptSource;
-class SharedTexts;
 
 // The messages on the byte stream between the editor and the script host. A message consists of one
 // or more frames, so that its sender need not know the length of a large message in advance.
@@ -63,7 +63,7 @@ public:
 
     /// Writes the text's encoding, its length and its code units: one byte for each unit when all
     /// are below U+0100, otherwise two. Of a text that `shared` takes, writes the length and the
-    /// offset there instead of the units. At most 2^32 - 1 units.
+    /// place there instead of the units. At most 2^32 - 1 units.
     void putText(QStringView text);
     void putSource(const ScriptSource &source);
     /// Writes the mark for "no text" in place of a text.
@@ -73,7 +73,7 @@ public:
     [[nodiscard]] bool finish();
 
 private:
-    void putSharedText(qsizetype length, quint64 place);
+    void putSharedText(qsizetype length, SharedTexts::Place place);
     [[nodiscard]] qsizetype room() const;
     void flushWhereFull();
     void flush(bool more);
@@ -138,6 +138,13 @@ public:
     /// The same; nothing for what `FrameWriter::putNoText` wrote.
     [[nodiscard]] std::optional<QString> getOptionalText();
 
+    /// The same text in pieces, in order. Pieces of ASCII may come as bytes, of which each is below
+    /// 0x80; no piece ends inside a surrogate pair. Passes on nothing after an error; an error may
+    /// follow some pieces.
+    /// \return the length of the text; 0 after an error.
+    qsizetype getTextInPieces(const std::function<void(QByteArrayView)> &takeAscii,
+                              const std::function<void(QStringView)> &takeUtf16);
+
     /// Numbers without a length before them. Empty after an error, also when there are too few.
     [[nodiscard]] std::vector<quint32> getNumbers(std::size_t count);
 
@@ -151,7 +158,11 @@ public:
 
 private:
     [[nodiscard]] QString getTextOf(quint8 number);
-    [[nodiscard]] QString getSharedText(qsizetype length);
+    [[nodiscard]] QString getSharedText(qsizetype length, SharedTexts::Form form);
+    void readShared(qsizetype length,
+                    SharedTexts::Form form,
+                    const std::function<void(QByteArrayView)> &takeAscii,
+                    const std::function<void(QStringView)> &takeUtf16);
 
     QByteArrayView m_rest;
     const SharedTexts *m_shared;

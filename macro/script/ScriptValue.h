@@ -1,5 +1,7 @@
 #pragma once
 
+#include "text/Text.h"
+
 #include <QString>
 #include <QStringView>
 
@@ -15,7 +17,7 @@ struct ScriptMember;
 /// handle each on its own.
 struct ScriptTexts
 {
-    QString joined;               ///< With U+000A between each two strings.
+    Text joined;                  ///< With U+000A between each two strings.
     std::vector<quint32> lengths; ///< Of the strings, in UTF-16 code units; at least one.
 
     bool operator==(const ScriptTexts &) const = default;

@@ -1,5 +1,7 @@
 #include "macro/script/ScriptWire.h"
 
+#include "text/TextBuilder.h"
+
 #include <utility>
 
 namespace penwick {
@@ -12,10 +14,65 @@ enum class Tag : quint8 { Null, False, True, Number, Text, List, Map, Other, End
 
 // Changes with the encoding of any message: after an update, the host may be newer than a running
 // editor.
-constexpr quint8 kProtocolVersion = 6;
+constexpr quint8 kProtocolVersion = 7;
 constexpr quint8 kMemoryLimit = 1;
 constexpr quint8 kSystemCallFilter = 2;
 constexpr quint8 kFileAccessRules = 4;
+
+/// Builds the text of a `Texts` from pieces, and checks what the lengths say about it.
+class TextsReader final
+{
+public:
+    /// \param lengths must outlive this.
+    explicit TextsReader(const std::vector<quint32> &lengths)
+        : m_lengths(lengths)
+        , m_nextEnd(lengths.front())
+    {
+    }
+
+    void takeAscii(QByteArrayView piece)
+    {
+        followLengths(piece.size(), [piece](qsizetype i) { return piece[i] == '\n'; });
+        m_builder.appendAscii({piece.data(), static_cast<std::size_t>(piece.size())});
+    }
+
+    void takeUtf16(QStringView piece)
+    {
+        followLengths(piece.size(), [piece](qsizetype i) { return piece[i] == u'\n'; });
+        m_isWellFormed = m_isWellFormed && isWellFormed(piece);
+        m_builder.appendUtf16({piece.utf16(), static_cast<std::size_t>(piece.size())});
+    }
+
+    [[nodiscard]] bool isValidUtf16() const { return m_isWellFormed; }
+
+    /// True when the strings and a line feed between each two make up the text.
+    [[nodiscard]] bool matches() const
+    {
+        return m_matches && m_next == m_lengths.size() - 1 && m_nextEnd == m_size;
+    }
+
+    [[nodiscard]] Text text() { return m_builder.finish(); }
+
+private:
+    template <typename IsLineFeed> void followLengths(qsizetype size, const IsLineFeed &isLineFeed)
+    {
+        const qint64 end = m_size + size;
+        while (m_matches && m_nextEnd < end) {
+            m_matches = isLineFeed(m_nextEnd - m_size) && ++m_next < m_lengths.size();
+            if (m_matches)
+                m_nextEnd += 1 + qint64{m_lengths[m_next]};
+        }
+        m_size = end;
+    }
+
+    const std::vector<quint32> &m_lengths;
+    TextBuilder m_builder;
+    std::size_t m_next = 0; // Index of the string at whose end the next line feed must be.
+    qint64 m_nextEnd;       // The offset of that end.
+    qint64 m_size = 0;      // Of the pieces so far.
+    bool m_matches = true;
+    bool m_isWellFormed = true;
+};
 
 class ValueReader final
 {
@@ -60,25 +117,21 @@ private:
             return m_reader.fail(WireError::TooManyValues);
         m_values += count;
         ScriptTexts texts{{}, m_reader.getNumbers(count)};
-        texts.joined = m_reader.getText();
         if (m_reader.error())
             return;
-        if (!areLengthsOf(texts))
+        TextsReader joined(texts.lengths);
+        const qsizetype size =
+            m_reader.getTextInPieces([&joined](QByteArrayView piece) { joined.takeAscii(piece); },
+                                     [&joined](QStringView piece) { joined.takeUtf16(piece); });
+        if (m_reader.error())
+            return;
+        if (!joined.matches())
             return m_reader.fail(WireError::UnknownTag);
-        check(texts.joined, texts.joined.size() - qsizetype{count} + 1);
+        if (!joined.isValidUtf16())
+            return m_reader.fail(WireError::MalformedText);
+        checkSize(size - qsizetype{count} + 1);
+        texts.joined = joined.text();
         m_builder.ownTexts(std::move(texts));
-    }
-
-    // True when the strings and a line feed between each two make up the joined text.
-    [[nodiscard]] static bool areLengthsOf(const ScriptTexts &texts)
-    {
-        qsizetype end = -1;
-        for (const quint32 length : texts.lengths) {
-            if (end >= 0 && (end >= texts.joined.size() || texts.joined.at(end) != u'\n'))
-                return false;
-            end += 1 + qsizetype{length};
-        }
-        return end == texts.joined.size();
     }
 
     void readMember()
@@ -126,15 +179,18 @@ private:
         m_builder.ownText(std::move(text));
     }
 
-    void check(const QString &text) { check(text, text.size()); }
+    void check(const QString &text)
+    {
+        if (!isWellFormed(text))
+            m_reader.fail(WireError::MalformedText);
+        checkSize(text.size());
+    }
 
-    void check(const QString &text, qsizetype units)
+    void checkSize(qsizetype units)
     {
         m_bytes += static_cast<std::size_t>(units) * sizeof(char16_t);
         if (m_bytes > m_limits.bytes)
             m_reader.fail(WireError::TooManyBytes);
-        else if (!isWellFormed(text))
-            m_reader.fail(WireError::MalformedText);
     }
 
     void begin(Tag tag)

@@ -1,6 +1,7 @@
 #include "macro/script/SharedTexts.h"
 
 #include <algorithm>
+#include <array>
 #include <sys/mman.h>
 #include <unistd.h>
 #include <utility>
@@ -12,6 +13,7 @@ namespace {
 // Texts start at multiples of the largest page size, so that they can be mapped on every machine.
 constexpr qint64 kAlignment = qint64{1} << 16;
 constexpr qint64 kUnit = sizeof(char16_t);
+constexpr qsizetype kPiece = 32768; // Units. Small enough to stay in the processor's cache.
 
 /// A side's range of the file, in bytes.
 struct Room
@@ -71,6 +73,14 @@ void adviseHugePages(char *memory, qint64 size)
         madvise(memory + (from - start), end - from, MADV_HUGEPAGE);
 }
 
+bool isAscii(QStringView text)
+{
+    char16_t all = 0; // No early exit, so that the compiler can vectorize the loop.
+    for (const QChar unit : text)
+        all |= unit.unicode();
+    return all < 0x80;
+}
+
 std::optional<QString> copied(int descriptor, qint64 start, qsizetype length)
 {
     QString text(length, Qt::Uninitialized);
@@ -119,21 +129,36 @@ bool SharedTexts::write(QStringView text, qint64 at) const
         m_descriptor, reinterpret_cast<const char *>(text.utf16()), text.size() * kUnit, at);
 }
 
-// Completes the text that was written up to `end` and returns its offset.
-std::optional<quint64> SharedTexts::keep(qint64 end)
+bool SharedTexts::writeAscii(QStringView text, qint64 at) const
+{
+    QByteArray piece;
+    for (qsizetype start = 0; start < text.size(); start += kPiece) {
+        piece = text.sliced(start, std::min(kPiece, text.size() - start)).toLatin1();
+        if (!writeAll(m_descriptor, piece.constData(), piece.size(), at + start))
+            return false;
+    }
+    return true;
+}
+
+// Completes the text that was written up to `end` and returns its place.
+std::optional<SharedTexts::Place> SharedTexts::keep(qint64 end, Form form)
 {
     const qint64 next = (end + kAlignment - 1) / kAlignment * kAlignment;
-    return static_cast<quint64>(std::exchange(m_end, std::min(next, roomOf(m_isHost).end)));
+    const auto start =
+        static_cast<quint64>(std::exchange(m_end, std::min(next, roomOf(m_isHost).end)));
+    return Place{start, form};
 }
 
-std::optional<quint64> SharedTexts::put(QStringView text)
+std::optional<SharedTexts::Place> SharedTexts::put(QStringView text)
 {
-    if (!hasRoomFor(text.size()) || !write(text, m_end))
+    if (!hasRoomFor(text.size()))
         return std::nullopt;
-    return keep(m_end + text.size() * kUnit);
+    if (m_isHost && isAscii(text))
+        return writeAscii(text, m_end) ? keep(m_end + text.size(), Form::Ascii) : std::nullopt;
+    return write(text, m_end) ? keep(m_end + text.size() * kUnit, Form::Utf16) : std::nullopt;
 }
 
-std::optional<quint64> SharedTexts::putSource(const ScriptSource &source)
+std::optional<SharedTexts::Place> SharedTexts::putSource(const ScriptSource &source)
 {
     if (!hasRoomFor(source.size()))
         return std::nullopt;
@@ -145,20 +170,58 @@ std::optional<quint64> SharedTexts::putSource(const ScriptSource &source)
     });
     if (!isWritten || end - m_end != source.size() * kUnit)
         return std::nullopt;
-    return keep(end);
+    return keep(end, Form::Utf16);
 }
 
-std::optional<QString> SharedTexts::get(quint64 start, qsizetype length) const
+std::optional<QString> SharedTexts::get(Place place, qsizetype length) const
+{
+    if (!hasText(place, length))
+        return std::nullopt;
+    const auto start = static_cast<qint64>(place.start);
+    if (place.form == Form::Utf16)
+        return m_isHost ? mapped(start, length) : copied(m_descriptor, start, length);
+    QString text;
+    const auto take = [&text](QByteArrayView piece) { text.append(QLatin1StringView(piece)); };
+    return read(place, length, take, {}) ? std::optional(text) : std::nullopt;
+}
+
+bool SharedTexts::hasText(Place place, qsizetype length) const
 {
     const Room room = roomOf(!m_isHost);
     const qint64 end = m_descriptor < 0 ? 0 : std::min(sizeOf(m_descriptor), room.end);
-    if (start % kAlignment != 0 || start < static_cast<quint64>(room.start) ||
-        start > static_cast<quint64>(end))
-        return std::nullopt;
-    const auto from = static_cast<qint64>(start);
-    if (length < kLeastLength || length > (end - from) / kUnit)
-        return std::nullopt;
-    return m_isHost ? mapped(from, length) : copied(m_descriptor, from, length);
+    if (place.start % kAlignment != 0 || place.start < static_cast<quint64>(room.start) ||
+        place.start > static_cast<quint64>(end))
+        return false;
+    const qint64 size = end - static_cast<qint64>(place.start);
+    return length >= kLeastLength && length <= size / (place.form == Form::Utf16 ? kUnit : 1);
+}
+
+bool SharedTexts::read(Place place,
+                       qsizetype length,
+                       const std::function<void(QByteArrayView)> &takeAscii,
+                       const std::function<void(QStringView)> &takeUtf16) const
+{
+    if (!hasText(place, length))
+        return false;
+    const bool isWide = place.form == Form::Utf16;
+    const qint64 unit = isWide ? kUnit : 1;
+    std::array<char16_t, kPiece> piece;
+    auto *bytes = reinterpret_cast<char *>(piece.data());
+    for (qsizetype start = 0; start < length;) {
+        qsizetype size = std::min(kPiece, length - start);
+        const qint64 at = static_cast<qint64>(place.start) + start * unit;
+        if (!readAll(m_descriptor, bytes, size * unit, at))
+            return false;
+        if (isWide && start + size < length &&
+            QChar::isHighSurrogate(piece[static_cast<std::size_t>(size) - 1]))
+            --size;
+        if (isWide)
+            takeUtf16(QStringView(piece.data(), size));
+        else
+            takeAscii(QByteArrayView(bytes, size));
+        start += size;
+    }
+    return true;
 }
 
 } // namespace penwick

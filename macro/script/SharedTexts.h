@@ -6,6 +6,7 @@
 #include <QStringView>
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -22,6 +23,19 @@ class SharedTexts final
 {
 public:
     enum class Side { Editor, Host };
+
+    /// How the units of a text are stored.
+    enum class Form {
+        Utf16,
+        Ascii, ///< One byte each. Only the host writes this: half the memory, but not mappable.
+    };
+
+    /// Where a text is.
+    struct Place
+    {
+        quint64 start = 0; ///< Bytes.
+        Form form = Form::Utf16;
+    };
 
     /// Minimum length of a text, in UTF-16 code units. Shorter texts are not worth the system
     /// calls.
@@ -44,16 +58,24 @@ public:
     void startOver();
 
     /// Writes a text for the other side.
-    /// \return its offset in bytes; nothing when it is too short or cannot be written.
-    [[nodiscard]] std::optional<quint64> put(QStringView text);
-    [[nodiscard]] std::optional<quint64> putSource(const ScriptSource &source);
+    /// \return nothing when it is too short or cannot be written.
+    [[nodiscard]] std::optional<Place> put(QStringView text);
+    [[nodiscard]] std::optional<Place> putSource(const ScriptSource &source);
 
     /// Returns a text that the other side wrote. The editor gets a copy. The host gets a view of
-    /// mapped memory, which stays mapped until `startOver`.
-    /// \param start in bytes.
+    /// mapped memory, which stays mapped until `startOver`, of a text in the form `Utf16`.
     /// \param length in UTF-16 code units.
     /// \return nothing when there can be no text of the other side.
-    [[nodiscard]] std::optional<QString> get(quint64 start, qsizetype length) const;
+    [[nodiscard]] std::optional<QString> get(Place place, qsizetype length) const;
+
+    /// Passes on such a text in pieces, in order. No piece ends inside a surrogate
+    /// pair. The bytes of a piece in the form `Ascii` are whatever the other side wrote.
+    /// \return false when there can be no text of the other side; some pieces may have been passed
+    /// on.
+    [[nodiscard]] bool read(Place place,
+                            qsizetype length,
+                            const std::function<void(QByteArrayView)> &takeAscii,
+                            const std::function<void(QStringView)> &takeUtf16) const;
 
 private:
     struct Mapping
@@ -64,8 +86,10 @@ private:
 
     [[nodiscard]] bool hasRoomFor(qsizetype length) const;
     [[nodiscard]] std::optional<QString> mapped(qint64 start, qsizetype length) const;
-    [[nodiscard]] std::optional<quint64> keep(qint64 end);
+    [[nodiscard]] std::optional<Place> keep(qint64 end, Form form);
     [[nodiscard]] bool write(QStringView text, qint64 at) const;
+    [[nodiscard]] bool writeAscii(QStringView text, qint64 at) const;
+    [[nodiscard]] bool hasText(Place place, qsizetype length) const;
 
     int m_descriptor;
     bool m_isHost;

@@ -76,13 +76,14 @@ struct Extent
     void addTexts(const ScriptTexts &texts)
     {
         values += texts.lengths.size() - 1;
+        const QString joined = texts.joined.toString();
         qsizetype start = 0;
         for (const quint32 length : texts.lengths) {
-            REQUIRE(start == 0 || texts.joined.at(start - 1) == u'\n');
-            addText(texts.joined.sliced(start, length));
+            REQUIRE(start == 0 || joined.at(start - 1) == u'\n');
+            addText(joined.sliced(start, length));
             start += qsizetype{length} + 1;
         }
-        REQUIRE(start == texts.joined.size() + 1);
+        REQUIRE(start == joined.size() + 1);
     }
 
     void addText(const QString &text)
@@ -98,7 +99,7 @@ const SharedTexts &sharedTexts()
     static const int file = memfd_create("fuzz", MFD_CLOEXEC);
     static const SharedTexts editor = [] {
         SharedTexts host(file, SharedTexts::Side::Host);
-        REQUIRE(host.put(QString(SharedTexts::kLeastLength, u'x')) == quint64{0});
+        REQUIRE(host.put(QString(SharedTexts::kLeastLength, u'x'))->start == 0);
         return SharedTexts(file, SharedTexts::Side::Editor);
     }();
     return editor;

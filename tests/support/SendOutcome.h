@@ -14,7 +14,7 @@ inline void describe(const ScriptValue &value, ScriptValueSink &sink)
     } else if (const QString *text = value.string()) {
         sink.text(*text);
     } else if (const ScriptTexts *texts = value.texts()) {
-        sink.texts(texts->joined, texts->lengths);
+        sink.texts(texts->joined.toString(), texts->lengths);
     } else if (value.isNull()) {
         sink.null();
     } else if (value.isOther()) {

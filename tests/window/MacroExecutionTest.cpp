@@ -36,7 +36,7 @@ MacroResult randomResult(QRandomGenerator &random)
             ReplaceAll{words()},
             ReplaceSelection{words()},
             InsertAtCursor{words()},
-            ReplaceLines{line, line + random.bounded(3), {words(), words()}}};
+            ReplaceLines{line, line + random.bounded(3), {Text(words()), Text(words())}}};
         result.textEdits << edits[random.bounded(4)];
     }
     if (random.bounded(3) == 0)
@@ -202,7 +202,7 @@ void MacroExecutionTest::replaceLines_inRange_areReplaced()
     QFETCH(qint64, endLine);
     QFETCH(QString, after);
     start(before, {1, 0});
-    QVERIFY(apply(ofEdits({ReplaceLines{startLine, endLine, {u"x"_s}}})).has_value());
+    QVERIFY(apply(ofEdits({ReplaceLines{startLine, endLine, {Text(u"x")}}})).has_value());
     QCOMPARE(text(), after);
     QCOMPARE(m_view->selectedRange(), (TextRange{1, 0}));
 }
@@ -222,7 +222,7 @@ void MacroExecutionTest::replaceLines_outOfRange_failAndKeepWhatWasDone()
     QFETCH(qint64, endLine);
     start(u"-"_s);
     const auto outcome =
-        apply(ofEdits({ReplaceAll{u"a\nb\nc"_s}, ReplaceLines{startLine, endLine, {u"x"_s}}}));
+        apply(ofEdits({ReplaceAll{u"a\nb\nc"_s}, ReplaceLines{startLine, endLine, {Text(u"x")}}}));
     QVERIFY(!outcome.has_value());
     QCOMPARE(outcome.error().code, Code::InvalidReplaceLines);
     QCOMPARE(text(), u"a\nb\nc"_s);
@@ -250,10 +250,10 @@ void MacroExecutionTest::document_absent_isNoNeed()
 void MacroExecutionTest::undo_afterThreeEdits_takesAllBack()
 {
     start(u"one\ntwo"_s, {1, 2});
-    QVERIFY(
-        apply(ofEdits(
-                  {ReplaceSelection{u"X"_s}, ReplaceLines{1, 2, {u"Y"_s}}, InsertAtCursor{u"Z"_s}}))
-            .has_value());
+    QVERIFY(apply(ofEdits({ReplaceSelection{u"X"_s},
+                           ReplaceLines{1, 2, {Text(u"Y")}},
+                           InsertAtCursor{u"Z"_s}}))
+                .has_value());
     QCOMPARE(text(), u"oX\nYZ"_s);
     m_view->undo();
     QCOMPARE(text(), u"one\ntwo"_s);
@@ -383,7 +383,7 @@ void MacroExecutionTest::selection_wholeTextReplaced_returnsToItsPlace_data()
     row("line missing", text, {12, 0}, {ReplaceAll{u"12\n345"_s}}, {6, 0});
     row("empty", text, {12, 2}, {ReplaceAll{QString()}}, {0, 0});
     row("selection", text, {2, 5}, {ReplaceAll{u"12345\n6789\n"_s}}, {2, 6});
-    row("lines", text, {11, 2}, {ReplaceLines{0, 1, {u"0"_s, u"1"_s}}}, {5, 2});
+    row("lines", text, {11, 2}, {ReplaceLines{0, 1, {Text(u"0"), Text(u"1")}}}, {5, 2});
     row("cluster", u"ab"_s, {1, 0}, {ReplaceAll{u"😀"_s}}, {0, 0});
     row("edit after it", text, {7, 0}, {ReplaceAll{u"1\n234"_s}, InsertAtCursor{u"5"_s}}, {4, 0});
     row("a later edit fails", text, {7, 0}, {ReplaceAll{u"1\n234"_s}, ReplaceSelection{}}, {4, 0});

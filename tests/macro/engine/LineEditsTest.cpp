@@ -58,7 +58,8 @@ void LineEditsTest::lines_inRange_areReplaced()
     QFETCH(qint64, end);
     QFETCH(QStringList, lines);
     QFETCH(QString, expected);
-    const auto result = textWithLinesReplaced(Text(text), {start, end, lines});
+    const auto result =
+        textWithLinesReplaced(Text(text), {start, end, QList<Text>(lines.begin(), lines.end())});
     QVERIFY(result.has_value());
     QCOMPARE(result->toString(), expected);
 }
@@ -82,19 +83,22 @@ void LineEditsTest::lines_outOfRange_areRefused()
     QFETCH(QString, text);
     QFETCH(qint64, start);
     QFETCH(qint64, end);
-    QVERIFY(!textWithLinesReplaced(Text(text), {start, end, {u"x"_s}}).has_value());
+    QVERIFY(!textWithLinesReplaced(Text(text), {start, end, {Text(u"x")}}).has_value());
 }
 
 void LineEditsTest::lines_anyRange_equalSplitAndJoin()
 {
     const QString text = u"\nab\r\n\n日本😀\nz\n"_s;
     const QStringList all = text.split(u'\n');
-    const QList<QStringList> insertions{{}, {QString()}, {u"x"_s}, {u"x"_s, QString(), u"y"_s}};
+    const QString large = u"本a\n"_s.repeated(40000); // Shared, not copied.
+    const QList<QStringList> insertions{
+        {}, {QString()}, {u"x"_s}, {u"x"_s, QString(), u"y"_s}, {large, u"\r"_s, large}};
     for (qsizetype start = 0; start < all.size(); ++start) {
         for (qsizetype end = start + 1; end <= all.size(); ++end) {
             for (const QStringList &lines : insertions) {
                 const QStringList model = all.sliced(0, start) + lines + all.sliced(end);
-                const auto result = textWithLinesReplaced(Text(text), {start, end, lines});
+                const auto result = textWithLinesReplaced(
+                    Text(text), {start, end, QList<Text>(lines.begin(), lines.end())});
                 QVERIFY(result.has_value());
                 QCOMPARE(result->toString(), model.join(u'\n'));
             }

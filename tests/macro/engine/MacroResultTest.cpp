@@ -147,7 +147,7 @@ void MacroResultTest::textEdits_allFour_areTakenInOrder()
         {"type": "replaceAll", "text": "c", "more": [1]}]})",
                                 true);
     QVERIFY(parsed == ofEdits({InsertAtCursor{u"a"_s},
-                               ReplaceLines{1, 3, {u"x"_s, QString()}},
+                               ReplaceLines{1, 3, {Text(u"x"), Text()}},
                                ReplaceSelection{u"b"_s},
                                ReplaceAll{u"c"_s}}));
 }
@@ -275,7 +275,8 @@ void MacroResultTest::replaceLines_goodFields_pass()
     QFETCH(qint64, end);
     QFETCH(QStringList, lines);
     const QByteArray json = R"({"textEdits": [{"type": "replaceLines",)" + fields + "}]}";
-    QVERIFY(parse(json.constData()) == ofEdits({ReplaceLines{start, end, lines}}));
+    const QList<Text> texts(lines.begin(), lines.end());
+    QVERIFY(parse(json.constData()) == ofEdits({ReplaceLines{start, end, texts}}));
 }
 
 void MacroResultTest::notifications_eachType_isTaken()

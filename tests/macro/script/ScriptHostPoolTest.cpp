@@ -58,7 +58,7 @@ ScriptValue inElements(const ScriptValue &value)
     ScriptValue::List elements;
     for (const ScriptValue &element : *value.list())
         if (const ScriptTexts *texts = element.texts())
-            for (const QString &text : texts->joined.split(u'\n'))
+            for (const QString &text : texts->joined.toString().split(u'\n'))
                 elements.emplace_back(text);
         else
             elements.push_back(inElements(element));

@@ -76,7 +76,7 @@ std::optional<WireError> valueError(const QByteArray &payload, const ScriptLimit
 
 ScriptValue texts(const QString &joined, std::vector<quint32> lengths)
 {
-    return ScriptValue(ScriptTexts{joined, std::move(lengths)});
+    return ScriptValue(ScriptTexts{Text(joined), std::move(lengths)});
 }
 
 QByteArray payloadOf(const ScriptValue &value)
@@ -270,7 +270,7 @@ void ScriptWireTest::payload_broken_isAnError_data()
     row("unknown tag", "\x0a", WireError::UnknownTag);
     row("negative tag", "\xff", WireError::UnknownTag);
     row("end of nothing", "\x08", WireError::UnknownTag);
-    row("unknown form of text", QByteArray("\x04\x04\0\0\0\0", 6), WireError::UnknownTag);
+    row("unknown form of text", QByteArray("\x04\x05\0\0\0\0", 6), WireError::UnknownTag);
     row("no text for a value", QByteArray("\x04\0\0\0\0\0", 6), WireError::UnknownTag);
     row("text of four gigabytes", "\x04\x02\xff\xff\xff\xff", WireError::Truncated);
     row("shared text where nothing is shared",

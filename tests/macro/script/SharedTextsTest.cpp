@@ -8,6 +8,7 @@
 
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -54,6 +55,8 @@ private Q_SLOTS:
     void source_ofAnotherLength_isNotLeft();
     void file_missing_leavesAllInTheMessage();
     void file_thatCannotBeWritten_leavesAllInTheMessage();
+    void pieces_makeUpTheText();
+    void message_withBytesBeyondAscii_isAnError();
     void place_notWritten_isNotFound_data();
     void place_notWritten_isNotFound();
     void message_withLongTexts_isShort();
@@ -66,13 +69,18 @@ void SharedTextsTest::text_leftByEitherSide_isFoundByTheOther()
     Shared shared;
     const QString first = longText(u'a') + u"\0\xd800"_s;
     const QString second = longText(u'本').repeated(3);
+    const QString third = longText(u'a').repeated(3);
     for (const auto &[from, to] :
          {std::pair(&shared.editor, &shared.host), std::pair(&shared.host, &shared.editor)}) {
         const auto firstPlace = from->put(first);
         const auto secondPlace = from->put(second);
-        QVERIFY(firstPlace && secondPlace);
+        const auto thirdPlace = from->put(third);
+        QVERIFY(firstPlace && secondPlace && thirdPlace);
         QCOMPARE(to->get(*firstPlace, first.size()), std::optional(first));
         QCOMPARE(to->get(*secondPlace, second.size()), std::optional(second));
+        QCOMPARE(to->get(*thirdPlace, third.size()), std::optional(third));
+        // The editor's texts are mapped, which needs the engine's form.
+        QCOMPARE(thirdPlace->form == SharedTexts::Form::Ascii, from == &shared.host);
         // A side cannot read its own texts.
         QVERIFY(!from->get(*firstPlace, first.size()));
     }
@@ -112,7 +120,7 @@ void SharedTextsTest::file_missing_leavesAllInTheMessage()
     SharedTexts none(-1, Side::Editor);
     QVERIFY(!none.put(longText()));
     QVERIFY(!none.putSource(longText()));
-    QVERIFY(!none.get(0, SharedTexts::kLeastLength));
+    QVERIFY(!none.get({}, SharedTexts::kLeastLength));
     const ScriptRequest request{longText(), longText(u'x')};
     const QByteArray payload =
         payloadOf([&](const ByteSink &sink) { return sendRequest(request, sink, &none); });
@@ -131,6 +139,46 @@ void SharedTextsTest::file_thatCannotBeWritten_leavesAllInTheMessage()
     const QByteArray payload =
         payloadOf([&](const ByteSink &sink) { return sendRequest(request, sink, &editor); });
     QVERIFY(decodeRequest(payload, &shared.host) == request);
+}
+
+void SharedTextsTest::pieces_makeUpTheText()
+{
+    // The pairs of the second lie at even and odd offsets, so that one is where a piece would end.
+    for (const QString &text :
+         {longText(u'a').repeated(5), u"𠮷"_s.repeated(100000), u'a' + u"𠮷"_s.repeated(100000)}) {
+        Shared shared;
+        const auto place = shared.host.put(text);
+        QVERIFY(place.has_value());
+        QString joined;
+        int pieces = 0;
+        const auto takeAscii = [&](QByteArrayView piece) {
+            ++pieces;
+            joined += QLatin1StringView(piece);
+        };
+        const auto takeUtf16 = [&](QStringView piece) {
+            ++pieces;
+            QVERIFY(piece.isValidUtf16());
+            joined += piece;
+        };
+        QVERIFY(shared.editor.read(*place, text.size(), takeAscii, takeUtf16));
+        QVERIFY(pieces > 1);
+        QCOMPARE(joined, text);
+    }
+}
+
+void SharedTextsTest::message_withBytesBeyondAscii_isAnError()
+{
+    Shared shared;
+    const QString text = longText(u'x');
+    const ScriptValue value(ScriptValue::List{
+        ScriptValue(ScriptTexts{Text(text), {static_cast<quint32>(text.size())}})});
+    const QByteArray answered =
+        payloadOf([&](const ByteSink &sink) { return sendOutcome(value, sink, &shared.host); });
+    const auto decoded = decodeOutcome({MessageKind::Value, answered}, {}, &shared.editor);
+    QVERIFY(decoded && *decoded == ScriptOutcome(value));
+    QCOMPARE(::pwrite(shared.file.get(), "\xe3", 1, text.size() / 2), 1);
+    const auto broken = decodeOutcome({MessageKind::Value, answered}, {}, &shared.editor);
+    QVERIFY(!broken && broken.error() == WireError::MalformedText);
 }
 
 void SharedTextsTest::place_notWritten_isNotFound_data()
@@ -155,9 +203,14 @@ void SharedTextsTest::place_notWritten_isNotFound()
     QFETCH(quint64, place);
     QFETCH(qint64, length);
     Shared shared;
-    QCOMPARE(shared.host.put(longText()), std::optional<quint64>(0));
-    QVERIFY(shared.editor.get(0, longText().size()).has_value());
-    QVERIFY(!shared.editor.get(place, length));
+    const auto put = shared.host.put(longText());
+    QVERIFY(put && put->start == 0 && put->form == SharedTexts::Form::Utf16);
+    QVERIFY(shared.editor.get(*put, longText().size()).has_value());
+    QVERIFY(!shared.editor.get({place}, length));
+    int pieces = 0;
+    const auto count = [&pieces](const auto & /*piece*/) { ++pieces; };
+    QVERIFY(!shared.editor.read({place}, length, count, count));
+    QCOMPARE(pieces, 0);
 }
 
 void SharedTextsTest::message_withLongTexts_isShort()
