@@ -1,5 +1,6 @@
 #include "editor/TextFile.h"
 
+#include "editor/ParallelUtf8Reader.h"
 #include "platform/files/AtomicFile.h"
 #include "platform/files/FileSystem.h"
 #include "text/Utf8.h"
@@ -22,12 +23,12 @@ TransferOutcome readOnce(const QString &path, TransferProgress &progress)
     // Taken before the read: a change during the read then counts as a later one.
     const std::optional<FileVersion> version = FileVersion::of(path);
     progress.setTotal(version ? version->size : 0);
-    Utf8Reader reader;
+    ParallelUtf8Reader reader;
     const auto read = readFileInBlocks(path, [&](QByteArrayView block) {
         progress.advance(block.size());
         return !progress.isCancelled() && reader.append(block);
     });
-    // The reader stops at the first invalid byte, which is reported as a cancellation but is no
+    // The reader stops at an invalid byte, which is reported as a cancellation but is no
     // file system error.
     const bool isInvalid = !read && read.error().kind == FileError::Kind::Cancelled;
     if (!read && (!isInvalid || progress.isCancelled()))

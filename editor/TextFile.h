@@ -49,7 +49,8 @@ struct StoredText
 using TransferOutcome = tl::expected<StoredText, DocumentError>;
 
 /// Reads the file once, block by block, as strict UTF-8. Fails with `kUnsupportedContent` for other
-/// content. Needs memory for the text and one block. Safe to call from any thread.
+/// content. Decodes on several threads. Needs memory for the text and a few blocks. Safe to call
+/// from any thread.
 [[nodiscard]] TransferOutcome readTextFile(const QString &path, TransferProgress &progress);
 
 /// False when the first block of the file shows that `readTextFile` would fail with
