@@ -56,7 +56,7 @@ EditorTabBar::EditorTabBar(QWidget *parent)
     setMovable(true);
     setExpanding(false);
     setUsesScrollButtons(true);
-    setElideMode(Qt::ElideMiddle); // Names may differ at the start or at the end.
+    setElideMode(Qt::ElideNone); // The names are cut by `shownNames`, only for painting.
     // Selects the tab under a dragged text. Dragged tabs are handled in `event`.
     setChangeCurrentOnDrag(true);
     setAcceptDrops(true);
@@ -67,7 +67,7 @@ EditorTabBar::EditorTabBar(QWidget *parent)
 
 void EditorTabBar::insert(int index, const TabLabel &label)
 {
-    const int place = insertTab(index, QString());
+    const int place = insertTab(index, verbatimText(visibleLine(label.name)));
     auto *button = new TabCloseButton(this);
     connect(button, &QAbstractButton::clicked, this, [this, button] {
         for (int i = 0; i < count(); ++i)
@@ -82,9 +82,11 @@ void EditorTabBar::insert(int index, const TabLabel &label)
 void EditorTabBar::setLabel(int index, const TabLabel &label)
 {
     const QString name = visibleLine(label.name);
+    const QString text = verbatimText(name);
     m_shownNames.reset();
     setTabData(index, name);
-    setTabText(index, verbatimText(name));
+    if (tabText(index) != text) // Setting it lays out all tabs.
+        setTabText(index, text);
     setAccessibleTabName(index, accessibleNameOf(label));
     const QString path = QDir::toNativeSeparators(label.filePath);
     setTabToolTip(
@@ -130,6 +132,7 @@ QPixmap EditorTabBar::picture(int index) const
 {
     QStyleOptionTab option;
     initStyleOption(&option, index);
+    option.text = verbatimText(shownName(index));
     option.rect.moveTo(0, 0);
     option.state |= QStyle::State_Selected;
     option.rightButtonSize = {};
@@ -193,7 +196,9 @@ void EditorTabBar::showDropMark(std::optional<int> index)
 
 void EditorTabBar::paintEvent(QPaintEvent *event)
 {
+    m_isPainting = true;
     QTabBar::paintEvent(event);
+    m_isPainting = false;
     QPainter painter(this);
     const QColor accent = palette().color(QPalette::Highlight);
     // Mark the current tab: in some styles it hardly differs from the others on a dark desktop. A
@@ -309,18 +314,34 @@ QStringList EditorTabBar::shownNames() const
 void EditorTabBar::initStyleOption(QStyleOptionTab *option, int index) const
 {
     QTabBar::initStyleOption(option, index);
-    option->text = verbatimText(shownName(index));
+    if (m_isPainting) // Also called for each tab of each layout, which does not need it.
+        option->text = verbatimText(shownName(index));
+}
+
+void EditorTabBar::changeEvent(QEvent *event)
+{
+    m_sizeHints.clear(); // The font or the style may have changed.
+    QTabBar::changeEvent(event);
 }
 
 void EditorTabBar::tabLayoutChange()
 {
     m_shownNames.reset();
+    if (m_sizeHints.size() > 2 * count())
+        m_sizeHints.clear(); // Of tabs that are gone.
     Q_EMIT laidOut();
 }
 
 QSize EditorTabBar::tabSizeHint(int index) const
 {
-    QSize size = QTabBar::tabSizeHint(index);
+    // Asked for each tab in each layout, and measuring a text is slow.
+    const QString text = tabText(index);
+    if (tabButton(index, kButtonSide) == nullptr) // It is being inserted.
+        return QTabBar::tabSizeHint(index);
+    auto known = m_sizeHints.constFind(text);
+    if (known == m_sizeHints.constEnd())
+        known = m_sizeHints.insert(text, QTabBar::tabSizeHint(index));
+    QSize size = *known;
     size.setWidth(std::clamp(
         size.width(), characterWidths(kMinimumTabWidth), characterWidths(kMaximumTabWidth)));
     return size;
@@ -329,7 +350,7 @@ QSize EditorTabBar::tabSizeHint(int index) const
 // Tabs keep this width; when there is no room for all of them, the bar scrolls.
 QSize EditorTabBar::minimumTabSizeHint(int index) const
 {
-    QSize size = QTabBar::minimumTabSizeHint(index);
+    QSize size = tabSizeHint(index);
     size.setWidth(characterWidths(kMinimumTabWidth));
     return size;
 }

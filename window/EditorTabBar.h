@@ -2,6 +2,7 @@
 
 #include "window/TabLabel.h"
 
+#include <QHash>
 #include <QPixmap>
 #include <QPointer>
 #include <QStringList>
@@ -64,6 +65,7 @@ protected:
     void contextMenuEvent(QContextMenuEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void initStyleOption(QStyleOptionTab *option, int index) const override;
+    void changeEvent(QEvent *event) override;
     void tabLayoutChange() override;
     [[nodiscard]] QSize tabSizeHint(int index) const override;
     [[nodiscard]] QSize minimumTabSizeHint(int index) const override;
@@ -83,6 +85,8 @@ private:
     QPoint m_hotSpot;
     int m_middlePressed = -1;
     std::optional<int> m_dropMark;
+    bool m_isPainting = false;
+    mutable QHash<QString, QSize> m_sizeHints;       // By the text of a tab, before limits.
     mutable std::optional<QStringList> m_shownNames; // For the current layout, once it is painted.
 };
 
