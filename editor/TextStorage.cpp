@@ -9,6 +9,14 @@ namespace {
 
 constexpr auto kPause = std::chrono::seconds(1);
 
+/// What a change costs while it can be undone: what it inserted is in the text, or was removed by a
+/// later one.
+qint64 bytesOf(const TextChange &change)
+{
+    constexpr qint64 kOwn = 256; // About what the record itself takes.
+    return change.removed.metrics().utf8Bytes + kOwn;
+}
+
 /// True when `text` holds a line break. Typing one ends an undo step, so that undo reverts at most
 /// one line.
 bool holdsLineBreak(const Text &text)
@@ -29,6 +37,7 @@ void TextStorage::setText(const Text &text)
     m_savePosition = isModified() ? -1 : 0;
     m_steps.clear();
     m_position = 0;
+    m_bytes = 0;
     m_savingPosition = -1;
     m_groupHasStep = false;
     m_awaitsSelection = false;
@@ -52,6 +61,7 @@ void TextStorage::replaceCharacters(TextRange range, const Text &replacement, Ed
     if (removed.isEmpty() && replacement.isEmpty())
         return;
     record({offset, removed, replacement}, kind);
+    dropOldSteps();
     apply(offset, removed.size(), replacement);
     publishStates();
 }
@@ -88,6 +98,7 @@ bool TextStorage::coalesce(const TextChange &change, EditKind kind)
         return false;
     }
     step.open = !holdsLineBreak(change.inserted);
+    addBytes(change.removed.metrics().utf8Bytes);
     return true;
 }
 
@@ -110,6 +121,7 @@ void TextStorage::record(TextChange change, EditKind kind)
         for (qint64 *position : {&m_savePosition, &m_savingPosition})
             if (*position == static_cast<qint64>(m_position))
                 *position = -1;
+        addBytes(bytesOf(change));
         m_steps.back().changes.push_back(std::move(change));
         return;
     }
@@ -118,10 +130,30 @@ void TextStorage::record(TextChange change, EditKind kind)
     step.open = m_groupingLevel == 0 && kind != EditKind::Other && !holdsLineBreak(change.inserted);
     step.selectionBefore = m_selection;
     step.selectionAfter = m_selection;
+    const qint64 bytes = bytesOf(change);
     step.changes.push_back(std::move(change));
     m_steps.push_back(std::move(step));
     ++m_position;
+    addBytes(bytes);
     m_groupHasStep = m_groupingLevel > 0;
+}
+
+/// Adds to the last step.
+void TextStorage::addBytes(qint64 bytes)
+{
+    m_steps.back().bytes += bytes;
+    m_bytes += bytes;
+}
+
+void TextStorage::dropOldSteps()
+{
+    while (m_bytes > m_undoLimit && m_position > 1) {
+        m_bytes -= m_steps.front().bytes;
+        m_steps.pop_front();
+        --m_position;
+        for (qint64 *position : {&m_savePosition, &m_savingPosition})
+            *position = std::max<qint64>(*position - 1, -1); // Before the first step: unreachable.
+    }
 }
 
 void TextStorage::beginUndoGrouping()
@@ -166,6 +198,7 @@ TextRange TextStorage::undo()
     m_awaitsSelection = false;
     --m_position;
     const Step &step = m_steps[m_position];
+    m_bytes -= step.bytes;
     const TextRange selection = step.selectionBefore;
     for (auto change = step.changes.rbegin(); change != step.changes.rend(); ++change)
         apply(change->offset, change->inserted.size(), change->removed);
@@ -181,6 +214,7 @@ TextRange TextStorage::redo()
     m_awaitsSelection = false;
     const Step &step = m_steps[m_position];
     ++m_position;
+    m_bytes += step.bytes;
     const TextRange selection = step.selectionAfter;
     for (const TextChange &change : step.changes)
         apply(change.offset, change.removed.size(), change.inserted);

@@ -6,6 +6,7 @@
 #include <QObject>
 
 #include <chrono>
+#include <deque>
 #include <functional>
 #include <vector>
 
@@ -38,6 +39,9 @@ public:
     /// called; so do `DeletingBackward` and `DeletingForward` edits. `Other` edits never coalesce.
     enum class EditKind { Typing, DeletingBackward, DeletingForward, Other };
 
+    /// The initial limit, see `setUndoLimit`.
+    static constexpr qint64 kUndoLimit = 1'000'000'000;
+
     explicit TextStorage(EditClock clock = &std::chrono::steady_clock::now,
                          QObject *parent = nullptr);
 
@@ -64,6 +68,10 @@ public:
     /// Makes the next edit start an undo step of its own. Called when the caret moves, on saving,
     /// and so on.
     void breakUndoCoalescing();
+
+    /// Sets how much text the steps that can be undone may have removed, in bytes as UTF-8. Each
+    /// edit drops the oldest steps beyond it, and never the last one.
+    void setUndoLimit(qint64 bytes) { m_undoLimit = bytes; }
 
     [[nodiscard]] bool canUndo() const;
     [[nodiscard]] bool canRedo() const;
@@ -107,20 +115,25 @@ private:
         bool open = false; // Further edits of the same kind may coalesce with it.
         TextRange selectionBefore;
         TextRange selectionAfter;
+        qint64 bytes = 0; // Of what its changes removed.
     };
 
     void apply(qint64 offset, qint64 length, const Text &replacement);
     void record(TextChange change, EditKind kind);
     [[nodiscard]] bool coalesce(const TextChange &change, EditKind kind);
+    void addBytes(qint64 bytes);
+    void dropOldSteps();
     void publishStates();
 
     EditClock m_clock;
     std::chrono::steady_clock::time_point m_lastEdit;
     Text m_text;
-    std::vector<Step> m_steps;
+    std::deque<Step> m_steps;
     std::size_t m_position = 0;   // Steps before this are done, those from it on undone.
     qint64 m_savePosition = 0;    // -1: the saved state can no longer be reached.
     qint64 m_savingPosition = -1; // The same for the state that is being written.
+    qint64 m_undoLimit = kUndoLimit;
+    qint64 m_bytes = 0; // Of the steps that are done.
     int m_groupingLevel = 0;
     bool m_groupHasStep = false;
     bool m_awaitsSelection = false; // The last step's `selectionAfter` is still to be set.

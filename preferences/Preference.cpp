@@ -27,6 +27,7 @@ constexpr Preference kPreferences[] = {
     {Id::TabKeyInserts, u"tabKeyInserts", Kind::Choice, u"preference.tabKeyInserts", u"tab", 0, 0, kTabKeyInserts},
     {Id::KeepsIndentation, u"keepIndentation", Kind::Switch, u"preference.keepIndentation", u"false"},
     {Id::ConvertsPastedLineEnds, u"convertPastedLineEnds", Kind::Switch, u"preference.convertPastedLineEnds", u"false"},
+    {Id::UndoLimit, u"undoLimitMegabytes", Kind::Number, u"preference.undoLimit", u"1000", 1, 100000},
 };
 // clang-format on
 

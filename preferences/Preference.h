@@ -14,6 +14,7 @@ enum class PreferenceId {
     TabKeyInserts,
     KeepsIndentation,
     ConvertsPastedLineEnds,
+    UndoLimit,
 };
 
 /// One setting. It is stored in `penwick.conf` under its key, as text.

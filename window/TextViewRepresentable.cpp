@@ -2,6 +2,7 @@
 
 #include "find/FindBar.h"
 #include "find/FindController.h"
+#include "preferences/Preferences.h"
 #include "view/EditorFont.h"
 #include "view/TextView.h"
 #include "window/BlankSwitch.h"
@@ -28,6 +29,7 @@ TextViewRepresentable::TextViewRepresentable(DocumentState *documentState,
     , m_storage(document != nullptr ? document->sharedTextStorage()
                                     : std::make_shared<TextStorage>())
 {
+    limitUndo();
     makeTextView();
     layout()->addWidget(new TransferBar(document, this));
     m_coordinator = new Coordinator(m_textView, documentState, document, this);
@@ -46,6 +48,17 @@ TextViewRepresentable::~TextViewRepresentable()
     // The view must be destroyed before its storage; as a child widget it would be destroyed after
     // it.
     delete m_textView;
+}
+
+void TextViewRepresentable::limitUndo()
+{
+    const auto limit = [this] {
+        constexpr qint64 kMegabyte = 1'000'000;
+        m_storage->setUndoLimit(Preferences::standard().number(PreferenceId::UndoLimit) *
+                                kMegabyte);
+    };
+    limit();
+    Preferences::observe(PreferenceId::UndoLimit, this, limit);
 }
 
 void TextViewRepresentable::makeTextView()

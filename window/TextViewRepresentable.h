@@ -48,6 +48,7 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    void limitUndo();
     void makeTextView();
     void focusTextView();
 

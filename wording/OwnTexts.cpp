@@ -365,6 +365,7 @@ constexpr TextRow kTexts[] = {
     {u"preference.tabKeyInserts.spaces", u"空白"},
     {u"preference.tabKeyInserts.tab", u"タブ"},
     {u"preference.tabWidth", u"タブの幅"},
+    {u"preference.undoLimit", u"取り消しのために残すテキスト（MB）"},
     {u"preference.zoom", u"文字の拡大率"},
     {u"profile.manage.exportAll", u"すべての文言をエクスポート…"},
     {u"recovery.columnFolder", u"フォルダ"},

@@ -44,6 +44,10 @@ private Q_SLOTS:
     void insertionInsidePair_removesNothing();
     void wholeReplacement_undoGivesTheSameValue();
     void changed_anyEdit_reportsWhatWasReplaced();
+    void undoLimit_dropsTheOldestSteps();
+    void undoLimit_largeStep_isKept();
+    void undoLimit_smallSteps_count();
+    void undoLimit_savePointDropped_isUnreachable();
     void randomEditsUndoRedo_matchModel_data();
     void randomEditsUndoRedo_matchModel();
 };
@@ -433,6 +437,79 @@ void TextStorageTest::changed_anyEdit_reportsWhatWasReplaced()
     QCOMPARE(spy.takeFirst(), (QVariantList{qint64(1), qint64(1), qint64(3)}));
     storage.undo();
     QCOMPARE(spy.takeFirst(), (QVariantList{qint64(1), qint64(3), qint64(1)}));
+}
+
+void TextStorageTest::undoLimit_dropsTheOldestSteps()
+{
+    const auto content = [](int i) { return Text(QString(10000, QChar(u'a' + i))); };
+    TextStorage storage;
+    storage.setUndoLimit(35000);
+    storage.setText(content(0));
+    for (int i = 1; i <= 10; ++i)
+        storage.replaceCharacters({0, storage.length()}, content(i));
+    for (int i = 9; i >= 7; --i) {
+        storage.undo();
+        QVERIFY(storage.text() == content(i));
+    }
+    QVERIFY(!storage.canUndo());
+    // What is undone is not lost by undoing, and counts again when it is repeated.
+    for (int i = 8; i <= 10; ++i) {
+        storage.redo();
+        QVERIFY(storage.text() == content(i));
+    }
+    storage.replaceCharacters({0, storage.length()}, content(11));
+    for (int i = 10; i >= 8; --i)
+        storage.undo();
+    QVERIFY(storage.text() == content(8));
+    QVERIFY(!storage.canUndo());
+}
+
+void TextStorageTest::undoLimit_largeStep_isKept()
+{
+    TextStorage storage;
+    storage.setUndoLimit(100);
+    storage.setText(Text(QString(5000, u'a')));
+    storage.beginUndoGrouping(); // As a macro's result.
+    storage.replaceCharacters({0, 4000}, Text(u"b"));
+    storage.replaceCharacters({1, 1000}, Text(u"c"));
+    storage.endUndoGrouping();
+    QVERIFY(storage.canUndo());
+    storage.undo();
+    QCOMPARE(storage.text().toString(), QString(5000, u'a'));
+}
+
+void TextStorageTest::undoLimit_smallSteps_count()
+{
+    TextStorage storage;
+    storage.setUndoLimit(100'000);
+    for (int i = 0; i < 2000; ++i)
+        storage.replaceCharacters({storage.length(), 0}, Text(u"x"));
+    int steps = 0;
+    for (; storage.canUndo(); ++steps)
+        storage.undo();
+    QVERIFY2(steps > 100 && steps < 1000, qPrintable(QString::number(steps)));
+    QCOMPARE(storage.length(), 2000 - steps);
+}
+
+void TextStorageTest::undoLimit_savePointDropped_isUnreachable()
+{
+    TextStorage storage;
+    storage.setUndoLimit(20'000);
+    storage.setText(Text(QString(10'000, u'a')));
+    const auto replace = [&storage](char16_t unit) {
+        storage.replaceCharacters({0, storage.length()}, Text(QString(10'000, unit)));
+    };
+    replace(u'b');
+    storage.setSavePoint();
+    replace(u'c');
+    storage.undo();
+    QVERIFY(!storage.isModified());
+    storage.redo();
+    replace(u'd');
+    replace(u'e'); // Only this one can be undone: the saved state was two before.
+    while (storage.canUndo())
+        storage.undo();
+    QVERIFY(storage.isModified());
 }
 
 void TextStorageTest::randomEditsUndoRedo_matchModel_data()
