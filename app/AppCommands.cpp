@@ -86,6 +86,10 @@ void AppCommands::performHere(CommandId id)
         return m_app->showProfileManager();
     case CommandId::UseEnglish:
         return m_app->useEnglish();
+    case CommandId::ShowSettings:
+        return m_app->showSettings();
+    case CommandId::OpenSettingsFile:
+        return m_app->openSettingsFile();
     case CommandId::CheckForUpdates:
         return m_app->checkForUpdates();
     case CommandId::RepeatMacro:

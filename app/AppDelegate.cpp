@@ -14,6 +14,7 @@
 #include "platform/files/ApplicationSupport.h"
 #include "platform/process/StandardOutput.h"
 #include "platform/settings/NotificationCenter.h"
+#include "preferences/Preferences.h"
 #include "wording/ProfileImport.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
@@ -114,6 +115,7 @@ void AppDelegate::applicationDidFinishLaunching(const std::optional<OpenRequest>
         if (state == Qt::ApplicationActive) {
             MacroManager::shared().reloadIfChanged();
             UIWordingProfileManager::shared().reloadIfChanged();
+            Preferences::standard().reload();
         }
     });
     startRecovery();
@@ -134,9 +136,14 @@ void AppDelegate::applicationDidFinishLaunching(const std::optional<OpenRequest>
 
 void AppDelegate::startRecovery()
 {
-    const bool isWanted = UserDefaults::standard().string(u"recovery"_s) != u"false"_s;
+    const auto isWanted = [] {
+        return Preferences::standard().isOn(PreferenceId::KeepsRecoveryCopies);
+    };
     m_recovery.emplace(
-        m_documents, ApplicationSupport::stateFolderPath() + u"/recovery"_s, isWanted);
+        m_documents, ApplicationSupport::stateFolderPath() + u"/recovery"_s, isWanted());
+    Preferences::observe(PreferenceId::KeepsRecoveryCopies, &*m_recovery, [this, isWanted] {
+        m_recovery->setKeepsCopies(isWanted());
+    });
     connect(&*m_recovery, &Recovery::failed, this, [this] {
         if (const auto editor = targetEditor())
             editor->showMacroMessage(NotificationType::Warning,
@@ -157,9 +164,18 @@ void AppDelegate::openFirst(const OpenRequest &request)
 void AppDelegate::prepareScriptHost()
 {
     ScriptHostPool &pool = ScriptHostPool::shared();
-    if (const auto memory = scriptMemory(UserDefaults::standard()))
-        pool.setMemory(*memory);
+    const auto limitMemory = [&pool] {
+        pool.setMemory(
+            scriptMemory(Preferences::standard()).value_or(ScriptHostPool::defaultMemory()));
+    };
+    limitMemory();
     pool.setKeepsSpare(true);
+    Preferences::observe(PreferenceId::MacroMemory, this, [&pool, limitMemory] {
+        limitMemory();
+        pool.discard(); // The spare host has the former limit.
+        pool.prepare();
+    });
+    m_settingsWatch.emplace(ApplicationSupport::configurationFilePath());
     QTimer::singleShot(kScriptHostDelay, this, &AppDelegate::tryEngine);
 }
 
@@ -208,7 +224,10 @@ void AppDelegate::prepareWindow(EditorWindow *window)
     rebuildMacroMenu(*window);
     rebuildMacroKeys(window);
     // The menu bar has no items for these commands.
-    for (const CommandId id : {CommandId::ShowPalette, CommandId::GoToLine, CommandId::RepeatMacro})
+    for (const CommandId id : {CommandId::ShowPalette,
+                               CommandId::GoToLine,
+                               CommandId::RepeatMacro,
+                               CommandId::ShowSettings})
         connect(makeShortcut(id, window), &QShortcut::activated, this, [this, id] {
             m_commands.performCommand(id);
         });
@@ -385,10 +404,32 @@ void AppDelegate::useEnglish()
         showAlert(QApplication::activeWindow(), wording::text(u"error.fileSaveFailed"_s));
 }
 
+void AppDelegate::showSettings()
+{
+    if (m_preferences == nullptr) {
+        m_preferences = std::make_unique<PreferencesWindowController>(
+            PreferencesView::Services{Preferences::standard(),
+                                      NotificationCenter::defaultCenter(),
+                                      ApplicationSupport::configurationFilePath(),
+                                      [this] { openSettingsFile(); }},
+            UserDefaults::standard());
+        addShortcuts(m_preferences->window());
+    }
+    m_preferences->showWindow();
+}
+
+void AppDelegate::openSettingsFile()
+{
+    m_documents.openFileOrNew(ApplicationSupport::configurationFilePath());
+}
+
 /// Gives a window without a menu bar the keys of the commands that concern no document.
 void AppDelegate::addShortcuts(QWidget *window)
 {
-    for (const CommandId id : {CommandId::Quit, CommandId::NewDocument, CommandId::OpenDocument})
+    for (const CommandId id : {CommandId::Quit,
+                               CommandId::NewDocument,
+                               CommandId::OpenDocument,
+                               CommandId::ShowSettings})
         connect(makeShortcut(id, window), &QShortcut::activated, this, [this, id] {
             m_commands.performCommand(id);
         });

@@ -9,6 +9,7 @@
 #include "app/MenuBar.h"
 #include "app/OpenRequests.h"
 #include "app/Recovery.h"
+#include "app/SettingsWatch.h"
 #include "app/UnsavedTextRescue.h"
 #include "app/UpdaterController.h"
 #include "app/WordingTranslator.h"
@@ -17,6 +18,7 @@
 #include "macro/library/MacroManagerWindowController.h"
 #include "platform/process/TerminationSignals.h"
 #include "platform/settings/Timestamp.h"
+#include "preferences/PreferencesWindowController.h"
 #include "wording/ProfileManagerWindowController.h"
 
 #include <QObject>
@@ -93,6 +95,10 @@ public:
     /// to the user's.
     void useEnglish();
 
+    void showSettings();
+    /// Opens the file of the settings in a tab.
+    void openSettingsFile();
+
     /// Null until it is first shown.
     [[nodiscard]] MacroManagerWindowController *macroManagerWindowController() const
     {
@@ -103,6 +109,12 @@ public:
     [[nodiscard]] ProfileManagerWindowController *profileManagerWindowController() const
     {
         return m_profileManager.get();
+    }
+
+    /// Null until it is first shown.
+    [[nodiscard]] PreferencesWindowController *preferencesWindowController() const
+    {
+        return m_preferences.get();
     }
 
     [[nodiscard]] bool canCheckForUpdates() const { return m_updaterController != nullptr; }
@@ -170,6 +182,8 @@ private:
     std::unique_ptr<UpdaterController> m_updaterController;
     std::unique_ptr<MacroManagerWindowController> m_macroManager;
     std::unique_ptr<ProfileManagerWindowController> m_profileManager;
+    std::unique_ptr<PreferencesWindowController> m_preferences;
+    std::optional<SettingsWatch> m_settingsWatch;
     std::shared_ptr<EditorWindowController> m_lastActiveEditorWindowController;
     QList<QMetaObject::Connection> m_cancellables;
 };

@@ -15,10 +15,16 @@ Recovery::Recovery(DocumentController &documents,
                    RecoveryTimes times)
     : m_documents(documents)
     , m_root(root)
+    , m_keepsCopies(keepsCopies)
     , m_keeper(root, times)
 {
-    if (keepsCopies)
-        connect(&documents, &DocumentController::documentOpened, this, &Recovery::watch);
+    connect(&documents,
+            &DocumentController::documentOpened,
+            this,
+            [this](TextDocument *document, EditorWindowController *controller) {
+                if (m_keepsCopies)
+                    watch(document, controller);
+            });
     connect(&documents, &DocumentController::documentClosed, this, [this](TextDocument *document) {
         m_keeper.forget(document);
     });
@@ -26,6 +32,18 @@ Recovery::Recovery(DocumentController &documents,
 }
 
 Recovery::~Recovery() = default;
+
+void Recovery::setKeepsCopies(bool keepsCopies)
+{
+    m_keepsCopies = keepsCopies;
+    for (const auto &controller : m_documents.windowControllers()) {
+        TextDocument *document = controller->document();
+        if (document != nullptr && !keepsCopies)
+            m_keeper.forget(document);
+        else if (document != nullptr && !m_keeper.watches(document))
+            watch(document, controller.get());
+    }
+}
 
 void Recovery::watch(TextDocument *document, EditorWindowController *controller)
 {

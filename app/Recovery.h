@@ -19,15 +19,19 @@ class Recovery final : public QObject
 
 public:
     /// \param documents not owned; must outlive this. Those that are opened from now on have
-    /// copies. \param root of all copies, see `RecoveryKeeper`. \param keepsCopies false if the
-    /// user wants none. What an earlier process left is still
-    ///        offered.
+    ///        copies.
+    /// \param root of all copies, see `RecoveryKeeper`.
+    /// \param keepsCopies as for `setKeepsCopies`.
     Recovery(DocumentController &documents,
              const QString &root,
              bool keepsCopies,
              RecoveryTimes times = {});
     /// The copies of documents with edits stay. Call it while the documents are open.
     ~Recovery() override;
+
+    /// \param keepsCopies false if the user wants none: those of the open documents are removed.
+    ///        What an earlier process left is still offered.
+    void setKeepsCopies(bool keepsCopies);
 
     /// Looks for what dead processes left, on another thread, and shows it in a window over one of
     /// the editor windows.
@@ -46,6 +50,7 @@ private:
 
     DocumentController &m_documents;
     const QString m_root;
+    bool m_keepsCopies;
     RecoveryKeeper m_keeper;
     std::unique_ptr<RecoveryOffer> m_offer;
     BackgroundTask m_search;

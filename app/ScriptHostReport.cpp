@@ -135,16 +135,12 @@ QString engineLogLine(const EngineTrial &trial)
     return u"The script engine fails its trial: "_s + details.join(u"; "_s);
 }
 
-std::optional<std::uint64_t> scriptMemory(const UserDefaults &defaults)
+std::optional<std::uint64_t> scriptMemory(const Preferences &preferences)
 {
-    constexpr std::uint64_t kLeast = 64;
-    constexpr std::uint64_t kMost = std::uint64_t{1} << 30; // 1 PiB: no sum overflows.
-    bool isNumber = false;
-    const std::uint64_t megabytes =
-        defaults.string(u"macroMemoryLimitMegabytes"_s).value_or(QString()).toULongLong(&isNumber);
-    if (!isNumber || megabytes < kLeast || megabytes > kMost)
+    const int megabytes = preferences.number(PreferenceId::MacroMemory);
+    if (megabytes == 0)
         return std::nullopt;
-    return megabytes << 20;
+    return static_cast<std::uint64_t>(megabytes) << 20;
 }
 
 } // namespace penwick

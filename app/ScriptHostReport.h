@@ -1,7 +1,7 @@
 #pragma once
 
 #include "macro/script/EngineTrial.h"
-#include "platform/settings/UserDefaults.h"
+#include "preferences/Preferences.h"
 
 #include <QString>
 
@@ -25,8 +25,7 @@ namespace penwick {
 /// For the log: why the trial did not pass, in English. Empty when it passed.
 [[nodiscard]] QString engineLogLine(const EngineTrial &trial);
 
-/// The memory limit of a macro in bytes, from the key `macroMemoryLimitMegabytes` (a whole number
-/// of MiB, at least 64). No value when it is missing or out of range.
-[[nodiscard]] std::optional<std::uint64_t> scriptMemory(const UserDefaults &defaults);
+/// The memory limit of a macro in bytes that the user set. No value for the usual one.
+[[nodiscard]] std::optional<std::uint64_t> scriptMemory(const Preferences &preferences);
 
 } // namespace penwick

@@ -68,6 +68,8 @@ constexpr Command kCommands[] = {
     {Id::RunTestMacroSelection, u"macro.testReplaceSelection", Place::Application, u"macro.testRunReplaceSelection"},
     {Id::ShowProfileManager, u"profile.manage", Place::Application, u"profile.manage"},
     {Id::UseEnglish, u"profile.useEnglish", Place::Application, u"command.useEnglish"},
+    {Id::ShowSettings, u"app.settings", Place::Application, u"command.settings", Qt::CTRL | Qt::Key_Comma},
+    {Id::OpenSettingsFile, u"app.settingsFile", Place::Application, u"command.settingsFile"},
     {Id::CheckForUpdates, u"help.checkForUpdates", Place::Application, u"menu.help.checkForUpdates"},
     {Id::About, u"help.about", Place::Application, u"command.about", {}, {}, true},
     {Id::Quit, u"app.quit", Place::Application, u"command.quit", Qt::CTRL | Qt::Key_Q, {}, true},

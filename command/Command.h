@@ -59,6 +59,8 @@ enum class CommandId {
     RunTestMacroSelection,
     ShowProfileManager,
     UseEnglish,
+    ShowSettings,
+    OpenSettingsFile,
     CheckForUpdates,
     About,
     Quit,

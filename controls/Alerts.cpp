@@ -24,17 +24,25 @@ void confirmDelete(QWidget *parent,
                    const QString &message,
                    const std::function<void()> &onDelete)
 {
+    confirm(parent, title, message, wording::text(u"common.delete"_s), onDelete);
+}
+
+void confirm(QWidget *parent,
+             const QString &title,
+             const QString &message,
+             const QString &action,
+             const std::function<void()> &onConfirm)
+{
     auto *box = new MessageBox(QMessageBox::Warning, title, parent);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowModality(Qt::WindowModal);
     box->setInformation(message);
-    QPushButton *remove =
-        box->addTextButton(wording::text(u"common.delete"_s), QMessageBox::DestructiveRole);
+    QPushButton *confirmed = box->addTextButton(action, QMessageBox::DestructiveRole);
     QPushButton *cancel =
         box->addTextButton(wording::text(u"common.cancel"_s), QMessageBox::RejectRole);
     box->setDefaultButton(cancel);
     box->setEscapeButton(cancel);
-    QObject::connect(remove, &QPushButton::clicked, box, onDelete);
+    QObject::connect(confirmed, &QPushButton::clicked, box, onConfirm);
     box->open();
 }
 

@@ -18,6 +18,14 @@ void confirmDelete(QWidget *parent,
                    const QString &message,
                    const std::function<void()> &onDelete);
 
+/// The same for another action that cannot be undone.
+/// \param action text of the button that confirms.
+void confirm(QWidget *parent,
+             const QString &title,
+             const QString &message,
+             const QString &action,
+             const std::function<void()> &onConfirm);
+
 enum class UnsavedAnswer { Save, Discard, Cancel };
 
 /// Asks what to do with the unsaved changes to the document called `name`. Returns the answer,

@@ -18,18 +18,28 @@ constexpr std::array kTabKeyInserts{
     Choice{u"spaces", u"preference.tabKeyInserts.spaces"},
 };
 
+constexpr std::array kMacroMemory{Choice{u"automatic", u"preference.automatic"}};
+
 // One row per line, also beyond the column limit.
 // clang-format off
 constexpr Preference kPreferences[] = {
     {Id::ShowsBlanks, u"showsBlanks", Kind::Switch, u"editor.showBlanks", u"false"},
-    {Id::Zoom, u"zoom", Kind::Number, u"preference.zoom", u"100", 50, 300},
-    {Id::TabWidth, u"tabWidth", Kind::Number, u"preference.tabWidth", u"4", 1, 16},
+    {Id::Zoom, u"zoom", Kind::Number, u"preference.zoom", u"100", 50, 300, {}, u"preference.percent"},
+    {Id::TabWidth, u"tabWidth", Kind::Number, u"preference.tabWidth", u"4", 1, 16, {}, u"preference.columns"},
     {Id::TabKeyInserts, u"tabKeyInserts", Kind::Choice, u"preference.tabKeyInserts", u"tab", 0, 0, kTabKeyInserts},
     {Id::KeepsIndentation, u"keepIndentation", Kind::Switch, u"preference.keepIndentation", u"false"},
     {Id::ConvertsPastedLineEnds, u"convertPastedLineEnds", Kind::Switch, u"preference.convertPastedLineEnds", u"false"},
-    {Id::UndoLimit, u"undoLimitMegabytes", Kind::Number, u"preference.undoLimit", u"1000", 1, 100000},
+    {Id::UndoLimit, u"undoLimitMegabytes", Kind::Number, u"preference.undoLimit", u"1000", 1, 100000, {}, u"preference.megabytes"},
+    {Id::KeepsRecoveryCopies, u"recovery", Kind::Switch, u"preference.recovery", u"true"},
+    {Id::MacroMemory, u"macroMemoryLimitMegabytes", Kind::Number, u"preference.macroMemory", u"automatic", 64, 1 << 30, kMacroMemory, u"preference.megabytes"},
 };
+
 // clang-format on
+
+bool isAmong(std::span<const Choice> choices, QStringView value)
+{
+    return std::ranges::any_of(choices, [value](const Choice &c) { return c.value == value; });
+}
 
 } // namespace
 
@@ -41,11 +51,12 @@ bool Preference::isValid(QStringView value) const
     case Kind::Number: {
         bool isNumber = false;
         const int number = value.toInt(&isNumber);
-        return isNumber && number >= smallest && number <= largest;
+        return (isNumber && number >= smallest && number <= largest) || isAmong(choices, value);
     }
     case Kind::Choice:
-        return std::ranges::any_of(choices, [value](const Choice &c) { return c.value == value; });
+        return isAmong(choices, value);
     case Kind::Text:
+    case Kind::FontFamily:
         break;
     }
     return true;

@@ -15,16 +15,19 @@ enum class PreferenceId {
     KeepsIndentation,
     ConvertsPastedLineEnds,
     UndoLimit,
+    KeepsRecoveryCopies,
+    MacroMemory,
 };
 
 /// One setting. It is stored in `penwick.conf` under its key, as text.
 struct Preference
 {
     enum class Kind {
-        Switch, ///< "true" or "false".
-        Number, ///< A whole number, decimal, from `smallest` to `largest`.
-        Choice, ///< One of `choices`.
-        Text,   ///< Any text.
+        Switch,     ///< "true" or "false".
+        Number,     ///< A whole number, decimal, from `smallest` to `largest`, or one of `choices`.
+        Choice,     ///< One of `choices`.
+        Text,       ///< Any text.
+        FontFamily, ///< The name of a font family, or empty for a font that penwick chooses.
     };
 
     struct Choice
@@ -41,6 +44,7 @@ struct Preference
     int smallest = 0;
     int largest = 0;
     std::span<const Choice> choices = {};
+    QStringView unitKey = {}; ///< A wording key whose text has the unit of a number around `%1`.
 
     /// Whether a stored text is a value of this setting.
     [[nodiscard]] bool isValid(QStringView value) const;

@@ -2,6 +2,8 @@
 
 #include "platform/settings/NotificationCenter.h"
 
+#include <utility>
+
 namespace penwick {
 
 using namespace Qt::StringLiterals;
@@ -26,6 +28,8 @@ QString notificationOf(PreferenceId id)
 Preferences::Preferences(UserDefaults &defaults)
     : m_defaults(defaults)
 {
+    for (const Preference &row : allPreferences())
+        m_known.insert(row.id, current(row.id));
 }
 
 Preferences &Preferences::standard()
@@ -66,10 +70,8 @@ void Preferences::setText(PreferenceId id, const QString &value)
 {
     if (!preference(id).isValid(value))
         return;
-    const bool isNew = value != text(id);
     m_defaults.setString(keyOf(id), value);
-    if (isNew)
-        NotificationCenter::defaultCenter().post(notificationOf(id));
+    notify(id);
 }
 
 void Preferences::setOn(PreferenceId id, bool isOn)
@@ -84,9 +86,21 @@ void Preferences::setNumber(PreferenceId id, int number)
 
 void Preferences::reset(PreferenceId id)
 {
-    const bool wasChanged = isChanged(id);
     m_defaults.remove(keyOf(id));
-    if (wasChanged)
+    notify(id);
+}
+
+void Preferences::reload()
+{
+    m_defaults.reload();
+    for (const Preference &row : allPreferences())
+        notify(row.id);
+}
+
+void Preferences::notify(PreferenceId id)
+{
+    const Known now = current(id);
+    if (std::exchange(m_known[id], now) != now)
         NotificationCenter::defaultCenter().post(notificationOf(id));
 }
 

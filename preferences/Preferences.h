@@ -3,6 +3,8 @@
 #include "platform/settings/UserDefaults.h"
 #include "preferences/Preference.h"
 
+#include <QHash>
+
 #include <functional>
 
 class QObject;
@@ -38,13 +40,30 @@ public:
     void setNumber(PreferenceId id, int number);
     /// Removes the setting from the file.
     void reset(PreferenceId id);
+    /// Reads the file again, then calls the observers of each setting that another program changed.
+    void reload();
 
-    /// Calls `handler` after each change of the setting, for as long as `context` lives.
+    /// Calls `handler` after each change of the setting, also from a broken value to the default,
+    /// for as long as `context` lives.
     /// \param context not owned, not null.
     static void observe(PreferenceId id, QObject *context, std::function<void()> handler);
 
 private:
+    /// What observers know.
+    struct Known
+    {
+        QString text;
+        bool isBroken = false;
+
+        bool operator==(const Known &) const = default;
+    };
+
+    void notify(PreferenceId id);
+
+    [[nodiscard]] Known current(PreferenceId id) const { return {text(id), isBroken(id)}; }
+
     UserDefaults &m_defaults;
+    QHash<PreferenceId, Known> m_known;
 };
 
 } // namespace penwick

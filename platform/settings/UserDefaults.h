@@ -36,6 +36,9 @@ public:
     bool setBytes(const QString &key, const QByteArray &value);
     bool remove(const QString &key);
 
+    /// Reads what other programs have changed in the file.
+    void reload() { sync(); }
+
 private:
     [[nodiscard]] QVariant value(const QString &key) const;
     [[nodiscard]] tl::expected<StoreLock::Holder, FileError> lock();

@@ -53,6 +53,7 @@ private Q_SLOTS:
     void textCommands_performed_changeTheFrontTab();
     void textCommands_whileAMacroRuns_areNotAvailable();
     void windowCommands_performed_switchTabs();
+    void settingsFile_opened_isInATab();
 };
 
 void CommandsTest::table_ids_eachHasOneRow()
@@ -246,6 +247,18 @@ void CommandsTest::windowCommands_performed_switchTabs()
     QVERIFY(app.commandState(CommandId::Deselect).isAvailable);
     app.performCommand(CommandId::Deselect);
     QVERIFY(!app.commandState(CommandId::Deselect).isAvailable);
+}
+
+void CommandsTest::settingsFile_opened_isInATab()
+{
+    launch();
+    UserDefaults &settings = UserDefaults::standard();
+    QVERIFY(settings.setString(u"zoom"_s, u"110"_s));
+    AppCommands app(m_app.get());
+    app.performCommand(CommandId::OpenSettingsFile);
+    QCOMPARE(controller()->document()->filePath(), m_home.file(u"config/penwick/penwick.conf"_s));
+    QVERIFY(text().contains(u"zoom=110"_s));
+    QVERIFY(settings.remove(u"zoom"_s));
 }
 
 QTEST_MAIN(CommandsTest)

@@ -103,6 +103,7 @@ void ScriptHostReportTest::memory_key_isInMegabytes_data()
     QTest::newRow("negative") << u"-1"_s << quint64{0};
     QTest::newRow("beyond any machine") << u"99999999999999999"_s << quint64{0};
     QTest::newRow("no number") << u"4 GB"_s << quint64{0};
+    QTest::newRow("automatic") << u"automatic"_s << quint64{0};
     QTest::newRow("empty") << QString() << quint64{0};
 }
 
@@ -112,9 +113,10 @@ void ScriptHostReportTest::memory_key_isInMegabytes()
     QFETCH(quint64, bytes);
     const test::TemporaryHome home;
     UserDefaults defaults(home.file(u"settings.ini"_s));
-    QVERIFY(!scriptMemory(defaults).has_value());
+    const Preferences preferences(defaults);
+    QVERIFY(!scriptMemory(preferences).has_value());
     defaults.setString(u"macroMemoryLimitMegabytes"_s, stored);
-    QCOMPARE(scriptMemory(defaults).value_or(0), bytes);
+    QCOMPARE(scriptMemory(preferences).value_or(0), bytes);
 }
 
 QTEST_APPLESS_MAIN(ScriptHostReportTest)

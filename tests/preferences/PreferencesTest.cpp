@@ -9,6 +9,27 @@
 using namespace penwick;
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// The values of a setting as README lists them.
+QString documentedValues(const Preference &row)
+{
+    if (row.kind == Preference::Kind::Switch)
+        return u"`true`, `false`"_s;
+    if (row.kind == Preference::Kind::Text)
+        return u"any text"_s;
+    if (row.kind == Preference::Kind::FontFamily)
+        return u"a font family"_s;
+    QStringList values;
+    if (row.kind == Preference::Kind::Number)
+        values << u"%1 to %2"_s.arg(row.smallest).arg(row.largest);
+    for (const Preference::Choice &choice : row.choices)
+        values << u'`' + choice.value.toString() + u'`';
+    return values.join(u", "_s);
+}
+
+} // namespace
+
 class PreferencesTest final : public QObject
 {
     Q_OBJECT
@@ -21,6 +42,7 @@ private Q_SLOTS:
     void value_notValid_isNotSet();
     void observer_hearsOfNewValuesOnly();
     void reset_removesTheSetting();
+    void readme_listsEverySettingAndNoOther();
 
 private:
     static QByteArray contentOf(const QString &path)
@@ -47,7 +69,10 @@ void PreferencesTest::table_hasOneValidRowPerSetting()
         QVERIFY(!keys.contains(row.key.toString()));
         keys.insert(row.key.toString());
         QVERIFY2(row.isValid(row.standard), qPrintable(row.key.toString()));
-        QCOMPARE(row.choices.empty(), row.kind != Preference::Kind::Choice);
+        const bool hasChoices =
+            row.kind == Preference::Kind::Choice || row.kind == Preference::Kind::Number;
+        QVERIFY(hasChoices || row.choices.empty());
+        QVERIFY(row.kind != Preference::Kind::Choice || !row.choices.empty());
     }
 }
 
@@ -143,6 +168,22 @@ void PreferencesTest::reset_removesTheSetting()
     preferences.reset(PreferenceId::TabWidth);
     QCOMPARE(preferences.number(PreferenceId::TabWidth), 4);
     QVERIFY(!contentOf(path).contains("tabWidth"));
+}
+
+void PreferencesTest::readme_listsEverySettingAndNoOther()
+{
+    QStringList expected;
+    for (const Preference &row : allPreferences())
+        expected << u"| `%1` | %2 | `%3` |"_s.arg(
+            row.key.toString(), documentedValues(row), row.standard.toString());
+    const QString readme =
+        QString::fromUtf8(contentOf(QStringLiteral(PENWICK_TEST_DATA "/../../README.md")));
+    const QString section = readme.section(u"\n## Settings\n"_s, 1).section(u"\n## "_s, 0, 0);
+    QStringList listed;
+    for (const QString &line : section.split(u'\n'))
+        if (line.startsWith(u"| `"))
+            listed << line.section(u'|', 0, 3) + u'|';
+    QCOMPARE(listed, expected);
 }
 
 QTEST_GUILESS_MAIN(PreferencesTest)
