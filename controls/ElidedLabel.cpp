@@ -41,12 +41,17 @@ void ElidedLabel::setLine(const QString &text)
     for (QChar &c : line)
         if (breaksLine(c))
             c = u' ';
+    if (buddy() != nullptr)
+        line.replace(u'&', QStringLiteral("&&")); // Would mark an access key.
     setText(line);
 }
 
 QString ElidedLabel::displayedText() const
 {
-    return fontMetrics().elidedText(text(), Qt::ElideRight, contentsRect().width());
+    QString line = text();
+    if (buddy() != nullptr)
+        line.replace(QStringLiteral("&&"), QStringLiteral("&"));
+    return fontMetrics().elidedText(line, Qt::ElideRight, contentsRect().width());
 }
 
 QSize ElidedLabel::minimumSizeHint() const

@@ -15,7 +15,7 @@ public:
     explicit ElidedLabel(QWidget *parent = nullptr);
 
     /// Shows `text` on one line: every line break in it becomes a space. The line is cut as by
-    /// `cutText` at `kLongestShown`.
+    /// `cutText` at `kLongestShown`. Set the label's buddy before.
     void setLine(const QString &text);
     /// Returns what is painted at the current width: the line, or its start and an ellipsis.
     [[nodiscard]] QString displayedText() const;

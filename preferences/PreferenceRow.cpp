@@ -45,6 +45,7 @@ PreferenceRow::PreferenceRow(const Preference &row, Preferences &preferences, QW
     m_control.widget->setObjectName(key + u".control"_s);
     m_reset->setObjectName(key + u".reset"_s);
     m_note->setObjectName(key + u".note"_s);
+    m_title->setBuddy(m_control.widget); // Screen readers name a combo box only by its label.
     m_title->installEventFilter(this);
     m_reset->setIcon(symbolIcon(u"arrow.uturn.backward"_s));
     m_reset->setAutoRaise(true);

@@ -35,7 +35,6 @@ ElidedLabel *makeGroupTitle()
     QFont font = label->font();
     font.setBold(true);
     label->setFont(font);
-    label->setContentsMargins(0, kMargin, 0, 0);
     return label;
 }
 
@@ -47,7 +46,7 @@ PreferencesView::PreferencesView(Services services, QWidget *parent)
     , m_search(new QLineEdit)
     , m_nothing(new ElidedLabel)
     , m_path(new ElidedLabel)
-    , m_open(makeActionButton(u"preferencesOpenFile"_s, u"doc.on.doc"_s))
+    , m_open(makeActionButton(u"preferencesOpenFile"_s, u"doc.text"_s))
     , m_resetAll(makeActionButton(u"preferencesResetAll"_s, u"arrow.uturn.backward"_s))
     , m_buttons(new ButtonRow({m_open, m_resetAll}))
 {
@@ -61,8 +60,6 @@ PreferencesView::PreferencesView(Services services, QWidget *parent)
     all->addWidget(makeDivider());
     all->addWidget(makeScrollArea(makeGroups()), 1);
     all->addWidget(makeDivider());
-    m_path->setContentsMargins(kSideMargin, kMargin, kSideMargin, 0);
-    all->addWidget(m_path);
     all->addWidget(m_buttons);
     m_search->setObjectName(u"preferencesSearch"_s);
     m_search->setClearButtonEnabled(true);
@@ -88,6 +85,8 @@ QWidget *PreferencesView::makeGroups()
             rows->addWidget(group.rows.last());
         }
         group.frame = makeGroup(rows);
+        // On the base colour, styles leave the outlines of check boxes invisible in the dark.
+        group.frame->setBackgroundRole(QPalette::Window);
         layout->addWidget(group.title);
         layout->addWidget(group.frame);
         m_groups.append(group);
@@ -95,6 +94,7 @@ QWidget *PreferencesView::makeGroups()
     m_nothing->setObjectName(u"preferencesNothing"_s);
     layout->addWidget(m_nothing);
     layout->addStretch();
+    layout->addWidget(m_path);
     return content;
 }
 
@@ -109,8 +109,10 @@ void PreferencesView::relabel()
             row->relabel();
     }
     setTitle(m_nothing, wording::text(u"palette.nothing"_s));
-    setTitle(m_path, wording::text(u"preference.file"_s, {visibleLine(m_services.filePath)}));
+    const QString path = visibleLine(m_services.filePath);
+    setTitle(m_path, wording::text(u"preference.file"_s, {path}));
     m_buttons->setText(m_open, wording::text(u"command.settingsFile"_s));
+    m_buttons->setHint(m_open, path);
     m_buttons->setText(m_resetAll, wording::text(u"preference.resetAll"_s));
     showMatches();
 }
@@ -128,6 +130,7 @@ void PreferencesView::showMatches()
             isShown |= matches;
         }
         group.title->setVisible(isShown);
+        group.title->setContentsMargins(0, isAnyShown ? kMargin : 0, 0, 0);
         group.frame->setVisible(isShown);
         isAnyShown |= isShown;
     }
@@ -167,15 +170,10 @@ void PreferencesView::resetAll()
             row->refresh();
 }
 
-void PreferencesView::changeEvent(QEvent *event)
-{
-    if (event->type() == QEvent::PaletteChange)
-        makePlaceholderReadable(m_search);
-    QWidget::changeEvent(event);
-}
-
 bool PreferencesView::eventFilter(QObject *watched, QEvent *event)
 {
+    if (watched == m_search && event->type() == QEvent::PaletteChange)
+        makePlaceholderReadable(m_search);
     if (watched == m_search && event->type() == QEvent::KeyPress) {
         const int key = static_cast<QKeyEvent *>(event)->key();
         if (key == Qt::Key_Down || key == Qt::Key_Return || key == Qt::Key_Enter) {

@@ -43,7 +43,6 @@ public:
     void commit();
 
 protected:
-    void changeEvent(QEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:

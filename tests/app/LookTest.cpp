@@ -6,6 +6,7 @@
 #include "support/Macros.h"
 #include "support/ShownMacroManager.h"
 #include "support/ShownProfileManager.h"
+#include "support/ShownSettings.h"
 #include "view/TextView.h"
 #include "window/EditorWindow.h"
 #include "window/EditorWindowController.h"
@@ -109,6 +110,17 @@ private:
     ShownProfileManager m_manager;
 };
 
+class SettingsScene final : public Scene
+{
+public:
+    SettingsScene() { giveSize(m_settings.window(), {640, 760}); }
+
+    [[nodiscard]] QWidget *window() const override { return m_settings.window(); }
+
+private:
+    ShownSettings m_settings{"zoom=120\ntabWidth=four\nkeepIndentation=true\n"};
+};
+
 class PromptScene final : public Scene
 {
 public:
@@ -144,6 +156,8 @@ std::unique_ptr<Scene> makeScene(const QString &name)
         return std::make_unique<MacrosScene>();
     if (name == u"profiles"_s)
         return std::make_unique<ProfilesScene>();
+    if (name == u"settings"_s)
+        return std::make_unique<SettingsScene>();
     if (name == u"message"_s)
         return std::make_unique<MessageScene>();
     return std::make_unique<PromptScene>();
@@ -152,7 +166,7 @@ std::unique_ptr<Scene> makeScene(const QString &name)
 void nameScenes()
 {
     QTest::addColumn<QString>("scene");
-    for (const char *name : {"editor", "macros", "profiles", "prompt", "message"})
+    for (const char *name : {"editor", "macros", "profiles", "settings", "prompt", "message"})
         QTest::newRow(name) << QString::fromLatin1(name);
 }
 
@@ -325,7 +339,7 @@ void LookTest::focus_anywhere_isVisible_data()
 {
     QTest::addColumn<QString>("scene");
     QTest::addColumn<bool>("isDark");
-    for (const char *name : {"editor", "macros", "profiles", "prompt", "message"}) {
+    for (const char *name : {"editor", "macros", "profiles", "settings", "prompt", "message"}) {
         QTest::addRow("%s, light", name) << QString::fromLatin1(name) << false;
         QTest::addRow("%s, dark", name) << QString::fromLatin1(name) << true;
     }

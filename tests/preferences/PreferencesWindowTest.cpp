@@ -4,12 +4,13 @@
 #include "support/CutStart.h"
 #include "support/HugeText.h"
 #include "support/ManagerPage.h"
-#include "support/ManagerWorld.h"
 #include "support/ModalAnswer.h"
+#include "support/ShownSettings.h"
 #include "text/CutText.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
 
+#include <QAccessible>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFontDatabase>
@@ -28,28 +29,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-struct World : ManagerDependencies
+struct World : ShownSettings
 {
-    explicit World(const QByteArray &stored = {})
-    {
-        if (!stored.isEmpty())
-            home.write(u"config.conf"_s, "[General]\n" + stored);
-        defaults.reload();
-        preferences = std::make_unique<Preferences>(defaults);
-        controller = std::make_unique<PreferencesWindowController>(
-            PreferencesView::Services{
-                *preferences, center, u"/home/user/penwick.conf"_s, [this] { ++openings; }},
-            defaults);
-        controller->showWindow();
-        window()->activateWindow();
-        static_cast<void>(QTest::qWaitForWindowActive(window()));
-    }
+    using ShownSettings::ShownSettings;
 
     ~World() { wording::setActiveValues(std::nullopt); }
 
     Q_DISABLE_COPY_MOVE(World)
-
-    [[nodiscard]] QMainWindow *window() const { return controller->window(); }
 
     [[nodiscard]] PreferenceRow *row(const char *key) const
     {
@@ -84,10 +70,6 @@ struct World : ManagerDependencies
     void search(const QString &words) const { controller->view()->searchField()->setText(words); }
 
     [[nodiscard]] QByteArray file() const { return home.read(u"config.conf"_s); }
-
-    std::unique_ptr<Preferences> preferences;
-    std::unique_ptr<PreferencesWindowController> controller;
-    int openings = 0;
 };
 
 QStringList tableKeys()
@@ -153,6 +135,9 @@ void PreferencesWindowTest::rows_areThoseOfTheTable_withNamesAndDefaults()
         const PreferenceRow *row = world.window()->findChild<PreferenceRow *>(each.key.toString());
         QCOMPARE(row->control()->accessibleName(), wording::text(each.titleKey.toString()));
         QVERIFY(row->control()->accessibleDescription().startsWith(u"既定値: "_s));
+        const auto related = QAccessible::queryAccessibleInterface(row->control())->relations();
+        QVERIFY(!related.isEmpty());
+        QCOMPARE(related.first().first->text(QAccessible::Name), row->control()->accessibleName());
         QVERIFY(!row->findChild<QToolButton *>()->isVisible());
     }
     QCOMPARE(world.row("zoom")->control()->accessibleDescription(), u"既定値: 100 %"_s);
@@ -430,7 +415,7 @@ void PreferencesWindowTest::profile_applied_changesAllTexts()
                                                      {u"preference.group.view"_s, u"Look"_s}});
     world.center.post(UIWordingProfileDidChange);
     QCOMPARE(world.window()->windowTitle(), u"Settings"_s);
-    QCOMPARE(world.row("tabWidth")->findChild<ElidedLabel *>()->text(), u"Width & more"_s);
+    QCOMPARE(world.row("tabWidth")->findChild<ElidedLabel *>()->displayedText(), u"Width & more"_s);
     QCOMPARE(world.control<QSpinBox>("tabWidth")->text(), u"4 wide"_s);
     QCOMPARE(world.control<QSpinBox>("tabWidth")->accessibleName(), u"Width & more"_s);
     QCOMPARE(world.control<QComboBox>("tabKeyInserts")->currentText(), u"T"_s);
