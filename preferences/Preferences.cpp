@@ -34,8 +34,9 @@ Preferences::Preferences(UserDefaults &defaults)
 
 Preferences &Preferences::standard()
 {
-    static Preferences preferences(UserDefaults::standard());
-    return preferences;
+    // Never destroyed, as those.
+    static auto *const preferences = new Preferences(UserDefaults::standard());
+    return *preferences;
 }
 
 QString Preferences::text(PreferenceId id) const

@@ -44,6 +44,9 @@ class Screen(journey.Journey):
 
     def look_at_manager(self, menu, item, title):
         self.app.do_action(self.app.menu_item(menu, item))
+        self.look_at_window(title)
+
+    def look_at_window(self, title):
         until(lambda: title in self.app.windows(), title)
         self.wait_until_on_screen(title)
         self.app.focus_window(title)
@@ -57,6 +60,9 @@ class Screen(journey.Journey):
         self.look_at_manager(
             "プロファイル", "UI文言プロファイル管理…", "UI文言プロファイル管理"
         )
+        self.app.focus_window("memo.txt")
+        self.app.press("ctrl+comma")
+        self.look_at_window("設定")
 
 
 class SmallScreen(Screen):
