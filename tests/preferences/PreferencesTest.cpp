@@ -173,9 +173,12 @@ void PreferencesTest::reset_removesTheSetting()
 void PreferencesTest::readme_listsEverySettingAndNoOther()
 {
     QStringList expected;
-    for (const Preference &row : allPreferences())
-        expected << u"| `%1` | %2 | `%3` |"_s.arg(
-            row.key.toString(), documentedValues(row), row.standard.toString());
+    for (const Preference &row : allPreferences()) {
+        const QString standard =
+            row.standard.isEmpty() ? u"-"_s : u'`' + row.standard.toString() + u'`';
+        expected << u"| `%1` | %2 | %3 |"_s.arg(
+            row.key.toString(), documentedValues(row), standard);
+    }
     const QString readme =
         QString::fromUtf8(contentOf(QStringLiteral(PENWICK_TEST_DATA "/../../README.md")));
     const QString section = readme.section(u"\n## Settings\n"_s, 1).section(u"\n## "_s, 0, 0);
