@@ -1,7 +1,7 @@
 #include "lines/Indentation.h"
 
 #include "lines/LineBlock.h"
-#include "text/TerminalColumns.h"
+#include "lines/LineColumns.h"
 
 #include <algorithm>
 
@@ -18,21 +18,6 @@ qsizetype lengthOfIndentation(QStringView line)
     while (length < line.size() && (line[length] == u' ' || line[length] == u'\t'))
         ++length;
     return length;
-}
-
-/// The column after `units`, which start at a tab stop.
-qint64 columnAfter(QStringView units, int tabWidth)
-{
-    qint64 column = 0;
-    while (!units.isEmpty()) {
-        const qsizetype tab = units.indexOf(u'\t');
-        column += terminalColumns(units.first(tab < 0 ? units.size() : tab));
-        if (tab < 0)
-            break;
-        column += tabWidth - column % tabWidth;
-        units = units.sliced(tab + 1);
-    }
-    return column;
 }
 
 } // namespace

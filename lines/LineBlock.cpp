@@ -8,13 +8,6 @@ namespace penwick {
 
 namespace {
 
-qint64 lineNumber(const Text &text, qint64 offset)
-{
-    const bool isInCrLf = offset > 0 && offset < text.size() && text.at(offset) == u'\n' &&
-                          text.at(offset - 1) == u'\r';
-    return text.lineBreaksBefore(isInCrLf ? offset - 1 : offset);
-}
-
 BlockLine firstLine(QStringView units)
 {
     const auto isBreak = [](QChar unit) { return isSeparator(unit.unicode()); };
@@ -25,6 +18,13 @@ BlockLine firstLine(QStringView units)
 }
 
 } // namespace
+
+qint64 lineNumber(const Text &text, qint64 offset)
+{
+    const bool isInCrLf = offset > 0 && offset < text.size() && text.at(offset) == u'\n' &&
+                          text.at(offset - 1) == u'\r';
+    return text.lineBreaksBefore(isInCrLf ? offset - 1 : offset);
+}
 
 qint64 lineStart(const Text &text, qint64 offset)
 {
@@ -44,6 +44,17 @@ TextRange rangeOf(const Text &text, LineSpan lines)
 {
     return TextRange::between(text.offsetAfterLineBreak(lines.first),
                               text.offsetAfterLineBreak(lines.first + lines.count));
+}
+
+TextRange contentOfLine(const Text &text, qint64 line)
+{
+    TextRange range = rangeOf(text, {line, 1});
+    if (line >= text.metrics().lineBreaks())
+        return range;
+    const bool isPair =
+        range.length > 1 && text.at(range.end() - 1) == u'\n' && text.at(range.end() - 2) == u'\r';
+    range.length -= isPair ? 2 : 1;
+    return range;
 }
 
 bool isLineBlank(QChar unit)

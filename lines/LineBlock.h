@@ -15,8 +15,11 @@ struct LineSpan
     qint64 count = 1;
 };
 
-/// The offset of the first unit of the line of `offset`. Between CR and LF, it is the line that
-/// they end. O(log n), as are the next two functions.
+/// The number of the line of `offset`. Between CR and LF, it is the line that they end. O(log n),
+/// as are the next four functions.
+[[nodiscard]] qint64 lineNumber(const Text &text, qint64 offset);
+
+/// The offset of the first unit of the line of `offset`.
 [[nodiscard]] qint64 lineStart(const Text &text, qint64 offset);
 
 /// The lines of which `selection` contains a part. A selection that ends at the start of a line
@@ -25,6 +28,9 @@ struct LineSpan
 
 /// The range of the lines, line breaks included.
 [[nodiscard]] TextRange rangeOf(const Text &text, LineSpan lines);
+
+/// The range of a line without its line break; past the last line, the end of the text.
+[[nodiscard]] TextRange contentOfLine(const Text &text, qint64 line);
 
 /// True for tabs and every character of Unicode's space separators, such as U+3000.
 [[nodiscard]] bool isLineBlank(QChar unit);
