@@ -84,11 +84,11 @@ bool canPerform(const TextView &view, CommandId command)
         return view.textStorage()->canRedo();
     case CommandId::Cut:
     case CommandId::Copy:
-        return view.selectedRange().length > 0;
+        return view.hasSelection();
     case CommandId::SelectAll:
         return view.selectedRange().length < view.textStorage()->length();
     case CommandId::Deselect:
-        return !view.selectedRange().isEmpty();
+        return view.hasSelection() || view.columns() != nullptr;
     default:
         return view.canPaste();
     }

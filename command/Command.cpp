@@ -31,6 +31,7 @@ constexpr Command kCommands[] = {
     {Id::Paste, u"edit.paste", Place::Focus, u"menu.edit.paste", Qt::CTRL | Qt::Key_V},
     {Id::SelectAll, u"edit.selectAll", Place::Focus, u"dialog.selectAll", Qt::CTRL | Qt::Key_A},
     {Id::Deselect, u"edit.deselect", Place::Focus, u"command.deselect", kCtrlShift | Qt::Key_A},
+    {Id::StartColumns, u"edit.columns", Place::Document, u"command.startColumns"},
     {Id::Find, u"find.find", Place::Document, u"menu.edit.find", Qt::CTRL | Qt::Key_F},
     {Id::Replace, u"find.replace", Place::Document, u"menu.edit.replace", Qt::CTRL | Qt::Key_H},
     {Id::FindNext, u"find.next", Place::Document, u"editor.find.next", Qt::Key_F3, Qt::CTRL | Qt::Key_G},

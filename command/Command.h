@@ -22,6 +22,7 @@ enum class CommandId {
     Paste,
     SelectAll,
     Deselect,
+    StartColumns,
     Find,
     Replace,
     FindNext,

@@ -24,6 +24,12 @@ bool holdsLineBreak(const Text &text)
     return text.metrics().separators > 0;
 }
 
+bool isInRows(TextStorage::EditKind kind)
+{
+    return kind == TextStorage::EditKind::TypingInRows ||
+           kind == TextStorage::EditKind::DeletingInRows;
+}
+
 } // namespace
 
 TextStorage::TextStorage(EditClock clock, QObject *parent)
@@ -74,6 +80,12 @@ bool TextStorage::coalesce(const TextChange &change, EditKind kind)
     if (!step.open || step.kind != kind || kind == EditKind::Other)
         return false;
     TextChange &last = step.changes.back();
+    if (isInRows(kind)) {
+        if (change.offset != last.offset || change.removed.size() != last.inserted.size())
+            return false;
+        last.inserted = change.inserted;
+        return true;
+    }
     const bool deletes = kind != EditKind::Typing;
     if (deletes && !(change.inserted.isEmpty() && last.inserted.isEmpty()))
         return false;
@@ -94,7 +106,7 @@ bool TextStorage::coalesce(const TextChange &change, EditKind kind)
             return false;
         last.removed = last.removed.appended(change.removed);
         break;
-    case EditKind::Other:
+    default:
         return false;
     }
     step.open = !holdsLineBreak(change.inserted);
@@ -127,7 +139,8 @@ void TextStorage::record(TextChange change, EditKind kind)
     }
     Step step;
     step.kind = kind;
-    step.open = m_groupingLevel == 0 && kind != EditKind::Other && !holdsLineBreak(change.inserted);
+    step.open = m_groupingLevel == 0 && kind != EditKind::Other &&
+                (isInRows(kind) || !holdsLineBreak(change.inserted));
     step.selectionBefore = m_selection;
     step.selectionAfter = m_selection;
     const qint64 bytes = bytesOf(change);

@@ -36,8 +36,17 @@ class TextStorage final : public QObject
 public:
     /// What the user does in an edit. Consecutive `Typing` edits whose ranges meet become one undo
     /// step, until a line break is typed, the user pauses for a second, or `breakUndoCoalescing` is
-    /// called; so do `DeletingBackward` and `DeletingForward` edits. `Other` edits never coalesce.
-    enum class EditKind { Typing, DeletingBackward, DeletingForward, Other };
+    /// called; so do `DeletingBackward` and `DeletingForward` edits. `TypingInRows` and
+    /// `DeletingInRows` replace several lines; they coalesce with an edit of the same kind whose
+    /// new text is exactly what they replace. `Other` edits never coalesce.
+    enum class EditKind {
+        Typing,
+        DeletingBackward,
+        DeletingForward,
+        TypingInRows,
+        DeletingInRows,
+        Other
+    };
 
     /// The initial limit, see `setUndoLimit`.
     static constexpr qint64 kUndoLimit = 1'000'000'000;

@@ -59,6 +59,28 @@ std::optional<RowsChange> ColumnSelection::insert(const Text &now, QStringView u
     return edit(now, m_rectangle, m_inserted + units.toString());
 }
 
+std::optional<RowsChange> ColumnSelection::insertRows(const Text &now,
+                                                      const RowContents &contents) const
+{
+    QString row;
+    RowContents whole = contents;
+    whole.at = [&](qint64 index) {
+        row = m_inserted + contents.at(index).toString();
+        return QStringView(row);
+    };
+    if (whole.width > 0)
+        whole.width += penwick::columnAfter(m_inserted, m_tabWidth);
+    auto change = replaceRows(m_base, m_rectangle, whole, m_tabWidth);
+    if (!change)
+        return std::nullopt;
+    // Contents of further rows replace further lines.
+    const qint64 further = change->range.length - rangeOf(m_base, lines()).length;
+    change->range = {m_lines.location, m_lines.length + further};
+    if (now.mid(change->range.location, change->range.length) == change->replacement)
+        return std::nullopt;
+    return change;
+}
+
 std::optional<RowsChange> ColumnSelection::deleteBackward(const Text &now)
 {
     if (!isEmpty())

@@ -38,6 +38,10 @@ public:
     /// Replaces each row, or inserts at its caret.
     /// \param units without line breaks.
     [[nodiscard]] std::optional<RowsChange> insert(const Text &now, QStringView units);
+    /// Replaces each row by a content of its own, with line breaks or without. Afterwards this is
+    /// no longer valid.
+    [[nodiscard]] std::optional<RowsChange> insertRows(const Text &now,
+                                                       const RowContents &contents) const;
     /// Deletes each row. Without a width, deletes before the carets: the last character that was
     /// inserted, or as many columns as the character before the moving corner takes.
     [[nodiscard]] std::optional<RowsChange> deleteBackward(const Text &now);

@@ -150,11 +150,13 @@ public:
     {
     }
 
-    [[nodiscard]] RowsChange change()
+    [[nodiscard]] std::optional<RowsChange> change()
     {
         const LineSpan selected = rectangle().lines();
         const LineSpan all{selected.first, std::max(selected.count, m_contents.count)};
         const TextRange range = rangeOf(text(), all);
+        if (range.length > kLongest)
+            return std::nullopt;
         m_followsCr = range.location > 0 && text().at(range.location - 1) == u'\r';
         read(selected);
         collapse();
@@ -163,12 +165,14 @@ public:
         const qint64 further = std::min(lineCount, all.first + all.count) - next;
         if (further > 0)
             read({next, further});
-        while (m_row < m_contents.count) {
+        while (m_row < m_contents.count && m_length <= kLongest) {
             addEnd(lineEndUnits(lineEndToInsert(text(), {text().size(), 0})));
             addContent(rectangle().left(), false);
         }
+        if (m_length > kLongest)
+            return std::nullopt;
         flush();
-        return {range, m_done, range.location + m_caret};
+        return RowsChange{range, m_done, range.location + m_caret};
     }
 
 private:
@@ -191,14 +195,15 @@ private:
     /// \param precedesText whether text follows in the row.
     void addContent(qint64 blanks, bool precedesText)
     {
-        const QStringView content = m_row < m_contents.count ? m_contents.at(m_row) : QStringView();
-        ++m_row;
+        if (m_row++ >= m_contents.count)
+            return;
+        const QStringView content = m_contents.at(m_row - 1);
         if (!content.isEmpty() && !isSeparator(content.front().unicode()))
             add(QString(blanks, u' '));
         add(content);
-        if (precedesText && m_contents.width > 0)
-            add(QString(std::max<qint64>(0, m_contents.width - columnAfter(content, m_tabWidth)),
-                        u' '));
+        const qint64 rest = m_contents.width - columnAfter(content, m_tabWidth);
+        if (precedesText && rest > 0)
+            add(QString(rest, u' '));
         m_caret = m_length;
     }
 
@@ -213,8 +218,10 @@ private:
     {
         if (units.isEmpty())
             return;
-        m_builder.appendUtf16(viewOf(units));
         m_length += units.size();
+        if (m_length > kLongest) // The result will not be used.
+            return;
+        m_builder.appendUtf16(viewOf(units));
         m_followsCr = units.back() == u'\r';
     }
 
@@ -273,13 +280,6 @@ std::optional<RowsChange> replaceRows(const Text &text,
                                       const RowContents &contents,
                                       int tabWidth)
 {
-    const LineSpan lines = rectangle.lines();
-    qint64 size = rangeOf(text, {lines.first, std::max(lines.count, contents.count)}).length;
-    const qint64 blanks = rectangle.left() + contents.width;
-    for (qint64 row = 0; row < contents.count && size <= kLongest; ++row)
-        size += contents.at(row).size() + blanks;
-    if (size > kLongest)
-        return std::nullopt;
     return RowRewrite(text, rectangle, contents, tabWidth).change();
 }
 

@@ -96,8 +96,11 @@ void InputMethod::handle(const QInputMethodEvent &event)
         // Some input methods also commit each key that they do not compose.
         const Kind kind = isComposing() ? Kind::Other : Kind::Typing;
         m_viewport->setComposition({});
-        m_editing->edit(
-            replacedRange(event, m_viewport->text(), selection), Text(event.commitString()), kind);
+        const TextRange range = replacedRange(event, m_viewport->text(), selection);
+        if (range == selection.range())
+            m_editing->replaceSelection(Text(event.commitString()), kind);
+        else
+            m_editing->edit(range, Text(event.commitString()), kind);
     }
     show(compositionOf(event, selection.caret().offset));
 }

@@ -48,7 +48,8 @@ TextRange MouseSelection::unitAround(qint64 offset) const
 
 void MouseSelection::press(const QMouseEvent &event)
 {
-    const bool mayDrag = !event.modifiers().testFlag(Qt::ShiftModifier) &&
+    const bool mayDrag = !(event.modifiers() & (Qt::ShiftModifier | Qt::AltModifier)) &&
+                         m_selection->columns() == nullptr &&
                          !wouldBeThirdPress(event.position()) &&
                          m_selection->contains(event.position());
     if (mayDrag)
@@ -57,8 +58,24 @@ void MouseSelection::press(const QMouseEvent &event)
         startAt(event);
 }
 
+/// Returns false where no column is counted.
+bool MouseSelection::startRectangle(const QMouseEvent &event)
+{
+    const auto place = m_selection->placeAt(event.position());
+    const auto former = m_selection->rectangle();
+    const bool extends = event.modifiers().testFlag(Qt::ShiftModifier) && former;
+    if (!place)
+        return false;
+    m_corner = extends ? former->anchor : *place;
+    m_isActive = true;
+    m_selection->selectRectangle({*m_corner, *place}, TextSelection::Scroll::Stay);
+    return true;
+}
+
 void MouseSelection::startAt(const QMouseEvent &event)
 {
+    if (event.modifiers().testFlag(Qt::AltModifier) && startRectangle(event))
+        return;
     const TextCaret hit = m_viewport->caretAt(event.position());
     if (event.modifiers() & Qt::ShiftModifier) {
         start(Unit::Character, m_selection->anchor());
@@ -74,6 +91,7 @@ void MouseSelection::startAt(const QMouseEvent &event)
 void MouseSelection::start(Unit unit, qint64 offset)
 {
     m_unit = unit;
+    m_corner.reset();
     m_origin = unitAround(offset);
     m_isActive = true;
 }
@@ -126,6 +144,11 @@ void MouseSelection::release(const QMouseEvent &event)
 
 void MouseSelection::extendTo(QPointF point)
 {
+    if (m_corner) {
+        if (const auto place = m_selection->placeAt(point))
+            m_selection->selectRectangle({*m_corner, *place}, TextSelection::Scroll::Stay);
+        return;
+    }
     TextCaret hit = m_viewport->caretAt(point);
     if (m_unit == Unit::Word)
         hit = {m_viewport->characterAt(point), false};

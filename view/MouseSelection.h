@@ -12,7 +12,8 @@
 namespace penwick {
 
 /// Turns mouse events of a viewport into selections: by characters, after a double click by words,
-/// after a triple click by lines. Scrolls while the mouse is dragged above or below the viewport.
+/// after a triple click by lines; with Alt, rectangles. Scrolls while the mouse is dragged above or
+/// below the viewport.
 class MouseSelection final : public QObject
 {
 public:
@@ -38,14 +39,16 @@ private:
     [[nodiscard]] bool wouldBeThirdPress(QPointF point) const;
     [[nodiscard]] TextRange unitAround(qint64 offset) const;
     void startAt(const QMouseEvent &event);
+    [[nodiscard]] bool startRectangle(const QMouseEvent &event);
     void start(Unit unit, qint64 offset);
     void extendTo(QPointF point);
     void select(qint64 anchor, TextCaret caret);
 
     TextViewport *m_viewport;
     TextSelection *m_selection;
-    Unit m_unit = Unit::Character; // The unit by which the selection grows.
-    TextRange m_origin;            // What the press selected.
+    Unit m_unit = Unit::Character;       // The unit by which the selection grows.
+    TextRange m_origin;                  // What the press selected.
+    std::optional<ColumnPlace> m_corner; // The fixed corner of a rectangle.
     bool m_isActive = false;
     QElapsedTimer m_sinceDoublePress;
     QPointF m_doublePressPoint;

@@ -14,6 +14,7 @@ TextEditing::TextEditing(TextStorage *storage, TextViewport *viewport, TextSelec
     : m_storage(storage)
     , m_viewport(viewport)
     , m_selection(selection)
+    , m_columns(storage, selection)
 {
 }
 
@@ -27,12 +28,21 @@ void TextEditing::edit(TextRange range, const Text &replacement, Kind kind)
 
 void TextEditing::replaceSelection(const Text &replacement, Kind kind)
 {
-    edit(m_selection->range(), replacement, kind);
+    if (m_selection->columns() != nullptr)
+        finishRows(m_columns.replaceRows(replacement, kind));
+    else
+        edit(m_selection->range(), replacement, kind);
+}
+
+void TextEditing::finishRows(bool hasChanged)
+{
+    if (hasChanged)
+        Q_EMIT edited();
 }
 
 void TextEditing::deleteSelection()
 {
-    if (!m_selection->range().isEmpty())
+    if (!m_selection->isEmpty())
         replaceSelection(Text(), Kind::Other);
 }
 
@@ -106,14 +116,40 @@ void TextEditing::insertLineEnd()
 void TextEditing::deleteTo(qint64 target, Kind kind)
 {
     const qint64 caret = m_selection->caret().offset;
-    if (!m_selection->range().isEmpty())
+    if (!m_selection->isEmpty())
         deleteSelection();
     else if (target != caret)
         edit(TextRange::between(std::min(target, caret), std::max(target, caret)), Text(), kind);
 }
 
+void TextEditing::paste()
+{
+    const QMimeData *mime = QGuiApplication::clipboard()->mimeData();
+    const auto pasted = textOf(mime);
+    if (!pasted)
+        return;
+    if (offersRectangle(mime) && m_selection->rectangle())
+        finishRows(m_columns.pasteRectangle(*pasted));
+    else if (m_selection->columns() != nullptr)
+        finishRows(m_columns.paste(adapted(*pasted)));
+    else
+        replaceSelection(adapted(*pasted), Kind::Other);
+}
+
+void TextEditing::insertTab()
+{
+    const Text &text = m_storage->text();
+    QString units = tabUnits(text, m_selection->range().location, m_indentation);
+    if (m_selection->columns() != nullptr && m_indentation.insertsBlanks) {
+        const qint64 column = m_selection->columns()->rectangle(text).left();
+        units = QString(m_indentation.tabWidth - column % m_indentation.tabWidth, u' ');
+    }
+    replaceSelection(Text(units), Kind::Typing);
+}
+
 void TextEditing::perform(EditCommand command)
 {
+    const bool isInColumns = m_selection->columns() != nullptr;
     const Text &text = m_storage->text();
     const TextCaret caret = m_selection->caret();
     const auto target = [&](CaretMove direction) {
@@ -132,11 +168,9 @@ void TextEditing::perform(EditCommand command)
         perform(EditCommand::Copy);
         return deleteSelection();
     case EditCommand::Copy:
-        return offerText(m_selection->text(), QClipboard::Clipboard);
+        return offerText(m_selection->text(), QClipboard::Clipboard, isInColumns);
     case EditCommand::Paste:
-        if (const auto pasted = textOf(QGuiApplication::clipboard()->mimeData()))
-            replaceSelection(adapted(*pasted), Kind::Other);
-        return;
+        return paste();
     case EditCommand::SelectAll:
         m_storage->breakUndoCoalescing();
         m_selection->select(0, {text.size(), false}, TextSelection::Scroll::Stay);
@@ -144,13 +178,16 @@ void TextEditing::perform(EditCommand command)
     case EditCommand::InsertLineEnd:
         return insertLineEnd();
     case EditCommand::InsertTab:
-        return replaceSelection(Text(tabUnits(text, m_selection->range().location, m_indentation)),
-                                Kind::Typing);
+        return insertTab();
     case EditCommand::DeleteSelection:
         return deleteSelection();
     case EditCommand::DeleteBackward:
+        if (isInColumns)
+            return finishRows(m_columns.deleteBackward());
         return deleteTo(text.previousClusterBoundary(caret.offset), Kind::DeletingBackward);
     case EditCommand::DeleteForward:
+        if (isInColumns)
+            return finishRows(m_columns.deleteForward());
         return deleteTo(text.nextClusterBoundary(caret.offset), Kind::DeletingForward);
     case EditCommand::DeleteWordBackward:
         return deleteTo(target(CaretMove::WordLeft), Kind::Other);

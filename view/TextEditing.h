@@ -2,6 +2,7 @@
 
 #include "editor/TextStorage.h"
 #include "lines/Indentation.h"
+#include "view/ColumnEditing.h"
 #include "view/EditKeys.h"
 #include "view/TextSelection.h"
 
@@ -36,7 +37,7 @@ public:
     void perform(EditCommand command);
     /// Performs an edit of the user: replaces `range` and puts the caret after the new text.
     void edit(TextRange range, const Text &replacement, Kind kind);
-    /// The same for the selected range.
+    /// The same for the selected range, or each row of the selected rectangle.
     void replaceSelection(const Text &replacement, Kind kind);
     /// Moves the caret to `place` and pastes `text` there.
     void insertAt(TextCaret place, const Text &text);
@@ -58,13 +59,17 @@ Q_SIGNALS:
 private:
     [[nodiscard]] Text adapted(const Text &text) const;
     void finishUndo(TextRange selection);
+    void finishRows(bool hasChanged);
+    void paste();
     void deleteSelection();
     void insertLineEnd();
+    void insertTab();
     void deleteTo(qint64 target, Kind kind);
 
     TextStorage *m_storage;
     TextViewport *m_viewport;
     TextSelection *m_selection;
+    ColumnEditing m_columns;
     Indentation m_indentation;
     bool m_convertsPastedLineEnds = false;
 };

@@ -13,6 +13,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+// Marks the text as a rectangle, for every penwick on the desktop. Its data is empty in meaning.
+const QString kRectangleFormat = u"application/x-penwick-rectangle"_s;
+
 /// Returns the text of the page in `mime`; nothing when there is none or it would take long.
 QString textOfHtmlIn(const QMimeData &mime)
 {
@@ -23,25 +26,34 @@ QString textOfHtmlIn(const QMimeData &mime)
 
 } // namespace
 
-TextMimeData::TextMimeData(Text text)
+TextMimeData::TextMimeData(Text text, bool isRectangle)
     : m_text(std::move(text))
+    , m_isRectangle(isRectangle)
 {
 }
 
 QStringList TextMimeData::formats() const
 {
-    return {u"text/plain"_s};
+    const QStringList plain{u"text/plain"_s};
+    return m_isRectangle ? plain + QStringList{kRectangleFormat} : plain;
 }
 
 QVariant TextMimeData::retrieveData(const QString &mimeType, QMetaType type) const
 {
     Q_UNUSED(type)
+    if (m_isRectangle && mimeType == kRectangleFormat)
+        return QByteArray("1");
     return mimeType == u"text/plain"_s ? QVariant(m_text.toString()) : QVariant();
 }
 
 bool offersText(const QMimeData *mime)
 {
     return mime != nullptr && (mime->hasText() || mime->hasHtml());
+}
+
+bool offersRectangle(const QMimeData *mime)
+{
+    return mime != nullptr && mime->hasFormat(kRectangleFormat);
 }
 
 std::optional<Text> textOf(const QMimeData *mime)
@@ -62,12 +74,12 @@ std::optional<Text> textOf(const QMimeData *mime)
     return text.isEmpty() ? std::nullopt : std::optional(Text(QStringView(text)));
 }
 
-void offerText(const Text &text, QClipboard::Mode mode)
+void offerText(const Text &text, QClipboard::Mode mode, bool isRectangle)
 {
     QClipboard *clipboard = QGuiApplication::clipboard();
     const bool isSupported = mode != QClipboard::Selection || clipboard->supportsSelection();
     if (isSupported && !text.isEmpty())
-        clipboard->setMimeData(new TextMimeData(text), mode); // Takes ownership of the data.
+        clipboard->setMimeData(new TextMimeData(text, isRectangle), mode); // Takes ownership.
 }
 
 QStringList localFilesOf(const QMimeData *mime)

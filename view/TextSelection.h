@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editor/TextStorage.h"
+#include "lines/ColumnSelection.h"
 #include "view/CaretMover.h"
 #include "view/TextViewport.h"
 
@@ -28,7 +29,17 @@ public:
 
     [[nodiscard]] TextCaret caret() const { return m_caret; }
 
-    /// The selected text; cheap to copy.
+    /// The selected rectangle, or null. Then `range` is its part in the first row, `anchor` and
+    /// `caret` are the ends of that part.
+    [[nodiscard]] const ColumnSelection *columns() const
+    {
+        return m_columns ? &*m_columns : nullptr;
+    }
+
+    /// True when no character is selected.
+    [[nodiscard]] bool isEmpty() const;
+
+    /// The selected text; cheap to copy. Of a rectangle, the rows joined by line feeds.
     [[nodiscard]] Text text() const;
     /// True when the character at `point` of the viewport is selected.
     [[nodiscard]] bool contains(QPointF point) const;
@@ -41,6 +52,21 @@ public:
     void place(qint64 anchor, TextCaret caret);
     /// Performs the caret move of a key press.
     void move(CaretMoveRequest request);
+    /// Selects a rectangle; scrolls to its moving corner. The other functions that select end it.
+    void selectColumns(const ColumnSelection &columns, Scroll scroll = Scroll::ToCaret);
+    /// The same between two corners of the present text.
+    void selectRectangle(const TextRectangle &rectangle, Scroll scroll = Scroll::ToCaret);
+    /// Moves the moving corner of the rectangle, which at first is the present selection. Without
+    /// a move, it only becomes one. Does nothing where no column is counted.
+    void moveColumns(std::optional<CaretMove> move);
+    /// The corners of the rectangle or, without one, the ends of the selection; none where no
+    /// column is counted.
+    [[nodiscard]] std::optional<TextRectangle> rectangle() const;
+    /// The place nearest to a point of the viewport, which may be past a line's end.
+    [[nodiscard]] std::optional<ColumnPlace> placeAt(QPointF point) const;
+    /// Distance of the tab stops, in columns.
+    [[nodiscard]] int tabWidth() const;
+
     /// Scrolls the caret into view.
     void showCaret();
     /// Offers the selected text, if any, as the primary selection, which a middle click pastes.
@@ -58,6 +84,7 @@ private:
     qint64 m_anchor = 0;
     TextCaret m_caret;
     std::optional<qreal> m_column; // The x that vertical moves keep.
+    std::optional<ColumnSelection> m_columns;
 };
 
 } // namespace penwick

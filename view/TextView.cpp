@@ -1,6 +1,7 @@
 #include "view/TextView.h"
 
 #include "platform/desktop/ContextMenu.h"
+#include "view/ColumnMoves.h"
 #include "view/TextMimeData.h"
 #include "view/TextViewAccessible.h"
 #include "view/TextViewMenu.h"
@@ -162,14 +163,30 @@ void TextView::perform(EditCommand command)
     m_editing.perform(command);
 }
 
+void TextView::selectColumns(std::optional<CaretMove> move)
+{
+    m_inputMethod.commit();
+    m_selection.moveColumns(move);
+}
+
+void TextView::endColumns()
+{
+    if (m_selection.columns() != nullptr)
+        setSelectionInPlace(anchorOffset(), caretOffset());
+}
+
 void TextView::keyPressEvent(QKeyEvent *event)
 {
     // A key event that arrives here is not part of the composition, which therefore ends first.
-    if (const auto request = caretMoveFor(*event)) {
+    if (const auto move = columnMoveFor(*event)) {
+        selectColumns(move);
+    } else if (const auto request = caretMoveFor(*event)) {
         m_inputMethod.commit();
         m_selection.move(*request);
     } else if (const auto command = editCommandFor(*event)) {
         perform(*command);
+    } else if (event->key() == Qt::Key_Escape && m_selection.columns() != nullptr) {
+        deselect();
     } else if (event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier) {
         QContextMenuEvent menu(QContextMenuEvent::Keyboard, {}, {}, event->modifiers());
         contextMenuEvent(&menu);
@@ -326,6 +343,7 @@ void TextView::paintEvent(QPaintEvent *event)
     QPainter painter(viewport());
     TextViewPicture picture;
     picture.selection = selectedRange();
+    picture.columns = m_selection.columns();
     picture.caret = m_selection.caret();
     picture.isActive = hasFocus() && isActiveWindow();
     const bool isHidden = hasMarkedText() && m_viewport.composition().cursor < 0;

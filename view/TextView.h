@@ -57,6 +57,13 @@ public:
     /// start. Scrolls the caret into view. Emits `selectionDidChange` when the range changed.
     void setSelectedRange(TextRange range);
 
+    /// True when characters are selected, also in the rows of a rectangle.
+    [[nodiscard]] bool hasSelection() const { return !m_selection.isEmpty(); }
+
+    /// The selected rectangle, or null. `selectedRange` is then its part in the first row. Any
+    /// other selection and any edit from outside end it.
+    [[nodiscard]] const ColumnSelection *columns() const { return m_selection.columns(); }
+
     /// The moving end of the selection, where the caret is drawn.
     [[nodiscard]] qint64 caretOffset() const { return m_selection.caret().offset; }
 
@@ -186,6 +193,13 @@ public Q_SLOTS:
 
     void deselect() { perform(EditCommand::Deselect); }
 
+    /// Makes the selection a rectangle, or the caret one without width. Alt+Shift with arrows, or
+    /// Shift, then extends it.
+    void startColumns() { selectColumns({}); }
+
+    /// Leaves only the part of the first row selected; does nothing without a rectangle.
+    void endColumns();
+
 Q_SIGNALS:
     /// The user, undo, redo or a macro changed the text.
     void textDidChange();
@@ -236,6 +250,7 @@ private:
     void selected(TextRange before);
     /// Ends a composition and performs the command.
     void perform(EditCommand command);
+    void selectColumns(std::optional<CaretMove> move);
     void caretMoved();
     void updateStyle();
     /// Updates the scroll bars and repaints the view.

@@ -27,7 +27,7 @@ QMenu *makeTextViewMenu(TextView *view)
                          void (TextView::*operation)()) {
         menu->addAction(textMenuEntry(title, key), view, operation)->setEnabled(isEnabled);
     };
-    const bool hasSelection = view->selectedRange().length > 0;
+    const bool hasSelection = view->hasSelection();
     const TextStorage &storage = *view->textStorage();
     add(wording::text(u"menu.edit.undo"_s), QKeySequence::Undo, storage.canUndo(), &TextView::undo);
     add(wording::text(u"menu.edit.redo"_s), QKeySequence::Redo, storage.canRedo(), &TextView::redo);

@@ -2,6 +2,7 @@
 
 #include "view/InvisibleMarks.h"
 #include "view/InvisiblePainter.h"
+#include "view/RectanglePainter.h"
 
 #include <algorithm>
 #include <cmath>
@@ -310,6 +311,7 @@ void paintTextView(QPainter &painter,
     const qreal right = picture.size.width() - TextViewport::kMargin;
     InvisiblePainter invisibles(
         painter, viewport.style(), muted(palette.color(QPalette::Text)), muted(colors.text));
+    RectanglePainter rectangle(picture, viewport);
     painter.setPen(palette.color(QPalette::Text));
     viewport.forEachVisible([&](const SegmentLayout &layout, qreal y) {
         const QPointF origin(TextViewport::kMargin, y);
@@ -325,13 +327,15 @@ void paintTextView(QPainter &painter,
                      decoration->background(layout.segment()));
         if (picture.marks != nullptr)
             MarkPainter(painter, picture, rowHeight).paint(layout, origin, exposed);
-        const LayoutSelection selection = selectionIn(layout, picture.selection);
+        const LayoutSelection selection =
+            selectionIn(layout, rectangle.selectionAround(layout.segment()));
         QList<QTextLayout::FormatRange> formats;
         if (!selection.isEmpty()) {
             SelectionPainter(painter, colors.background, origin, right)
                 .paint(layout, selection, rowHeight);
             formats = selectedFormats(layout, selection, colors.text);
         }
+        rectangle.paint(painter, layout, origin, colors.background);
         layout.layout().draw(&painter, origin, formats, exposed);
         invisibles.paint(layout,
                          {origin, selection.start, selection.end, selection.coversBreak, exposed});

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editor/TextStorage.h"
+#include "lines/ColumnSelection.h"
 #include "view/TextViewport.h"
 
 #include <QPainter>
@@ -14,6 +15,7 @@ namespace penwick {
 struct TextViewPicture
 {
     TextRange selection;
+    const ColumnSelection *columns = nullptr; ///< The selected rectangle; null for none.
     TextCaret caret;
     bool caretIsShown = false;
     bool isActive = false; ///< Has the keyboard focus: the selection is not dimmed.

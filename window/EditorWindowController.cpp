@@ -200,6 +200,7 @@ void EditorWindowController::execute(TextView *view,
                                      const MacroContext &context,
                                      const std::optional<QString> &userInput)
 {
+    view->endColumns(); // The macro sees and changes the first row's part.
     m_run = new MacroRun(
         m_window.get(), context.macro.name, m_macroRuntime.prepare(code, context, userInput), this);
     connect(m_run,

@@ -119,6 +119,8 @@ void TextViewRepresentable::performCommand(CommandId id)
         return m_findController->findNext();
     case CommandId::FindPrevious:
         return m_findController->findPrevious();
+    case CommandId::StartColumns:
+        return m_textView->startColumns();
     case CommandId::ShowBlanks:
         return m_blankSwitch->toggle();
     case CommandId::ZoomIn:

@@ -133,6 +133,7 @@ constexpr TextRow kTexts[] = {
     {u"command.repeatMacro", u"最後のマクロをもう一度実行"},
     {u"command.settings", u"設定…"},
     {u"command.settingsFile", u"設定ファイルを開く"},
+    {u"command.startColumns", u"列選択を開始"},
     {u"command.useEnglish", u"英語の文言を使う (Use English)"},
     {u"command.zoomIn", u"文字を大きく"},
     {u"command.zoomOut", u"文字を小さく"},

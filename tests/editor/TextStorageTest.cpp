@@ -24,6 +24,7 @@ private Q_SLOTS:
     void changeFromTypingToDeleting_endsTheRun();
     void backspaceRun_undoesAsOneStep();
     void forwardDeleteRun_undoesAsOneStep();
+    void editsInRows_undoAsOneStep();
     void group_undoesAsOneStep();
     void groupWithoutEdits_leavesNoStep();
     void undo_returnsSelectionBeforeAndRedoAfter();
@@ -162,6 +163,27 @@ void TextStorageTest::forwardDeleteRun_undoesAsOneStep()
     QCOMPARE(storage.text().toString(), u"aef"_s);
     storage.undo();
     QCOMPARE(storage.text().toString(), u"abcdef"_s);
+}
+
+void TextStorageTest::editsInRows_undoAsOneStep()
+{
+    TextStorage storage(test::stoppedClock());
+    storage.setText(Text(u"a\nb\nc"));
+    storage.replaceCharacters({0, 4}, Text(u"ax\nbx\n"), Kind::TypingInRows);
+    storage.replaceCharacters({0, 6}, Text(u"axy\nbxy\n"), Kind::TypingInRows);
+    storage.replaceCharacters({0, 8}, Text(u"ax\nbx\n"), Kind::DeletingInRows);
+    storage.replaceCharacters({0, 6}, Text(u"a\nb\n"), Kind::DeletingInRows);
+    storage.replaceCharacters({2, 2}, Text(u"b!\n"), Kind::DeletingInRows);
+    QCOMPARE(storage.text().toString(), u"a\nb!\nc"_s);
+    for (const QString &text : {u"a\nb\nc"_s, u"axy\nbxy\nc"_s, u"a\nb\nc"_s}) {
+        storage.undo();
+        QCOMPARE(storage.text().toString(), text);
+    }
+    QVERIFY(!storage.canUndo());
+    for (const QString &text : {u"axy\nbxy\nc"_s, u"a\nb\nc"_s, u"a\nb!\nc"_s}) {
+        storage.redo();
+        QCOMPARE(storage.text().toString(), text);
+    }
 }
 
 void TextStorageTest::group_undoesAsOneStep()
