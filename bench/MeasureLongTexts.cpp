@@ -21,6 +21,7 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QKeyEvent>
 #include <QListView>
 #include <QMainWindow>
 #include <QMenu>
@@ -37,7 +38,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr auto kUsage = "usage: penwick_measure_long error|value MB\n"
-                        "       penwick_measure_long macros COUNT UNITS\n";
+                        "       penwick_measure_long macros COUNT UNITS\n"
+                        "       penwick_measure_long columns LINES UNITS\n";
 constexpr qsizetype kMegabyte = 1'000'000;
 
 int print(const QJsonObject &object)
@@ -212,6 +214,43 @@ int measureMacros(int count, qsizetype length)
     return print(result);
 }
 
+/// Measures keys in a rectangular selection of all lines, each of `length` units, half of them
+/// full-width; each key with its paint.
+int measureColumns(int count, qsizetype length)
+{
+    const QTemporaryDir folder;
+    Shown shown(folder);
+    TextView *view = shown.controller.textView();
+    const QString line = u"a漢"_s.repeated(length / 2) + u'\n';
+    Text text;
+    for (const QString part = line.repeated(std::min(count, 1000)); count > 0; count -= 1000)
+        text = text.appended(Text(count < 1000 ? line.repeated(count) : part));
+    view->replaceText({0, 0}, text);
+    view->setSelectedRange({0, text.size() - line.size() + 4});
+    runUntilIdle();
+    PaintWatch paint(view->viewport());
+    const auto press = [&](Qt::Key key, Qt::KeyboardModifiers modifiers, const QString &units) {
+        return paint.timeToPaint([&] {
+            QKeyEvent event(QEvent::KeyPress, key, modifiers, units);
+            QCoreApplication::sendEvent(view, &event);
+            runUntilIdle();
+        });
+    };
+    QJsonObject result{{u"select"_s, paint.timeToPaint([&] {
+                            view->startColumns();
+                            runUntilIdle();
+                        })}};
+    result[u"move"_s] = press(Qt::Key_Right, Qt::AltModifier | Qt::ShiftModifier, {});
+    result[u"type over"_s] = press(Qt::Key_X, {}, u"x"_s);
+    result[u"type"_s] = press(Qt::Key_X, {}, u"x"_s);
+    result[u"Backspace"_s] = press(Qt::Key_Backspace, {}, {});
+    result[u"undo"_s] = paint.timeToPaint([&] {
+        view->undo();
+        runUntilIdle();
+    });
+    return print(result);
+}
+
 int usage()
 {
     std::fputs(kUsage, stderr);
@@ -232,5 +271,7 @@ int main(int argc, char **argv)
         return measureValue(number * kMegabyte);
     if (command == u"macros"_s && arguments.size() == 4)
         return measureMacros(static_cast<int>(number), arguments.at(3).toLongLong());
+    if (command == u"columns"_s && arguments.size() == 4)
+        return measureColumns(static_cast<int>(number), arguments.at(3).toLongLong());
     return usage();
 }

@@ -74,7 +74,10 @@ bool MouseSelection::startRectangle(const QMouseEvent &event)
 
 void MouseSelection::startAt(const QMouseEvent &event)
 {
-    if (event.modifiers().testFlag(Qt::AltModifier) && startRectangle(event))
+    const bool extendsRectangle =
+        event.modifiers().testFlag(Qt::ShiftModifier) && m_selection->columns() != nullptr;
+    const bool isRectangle = extendsRectangle || event.modifiers().testFlag(Qt::AltModifier);
+    if (isRectangle && startRectangle(event))
         return;
     const TextCaret hit = m_viewport->caretAt(event.position());
     if (event.modifiers() & Qt::ShiftModifier) {

@@ -13,8 +13,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Marks the text as a rectangle, for every penwick on the desktop. Its data is empty in meaning.
-const QString kRectangleFormat = u"application/x-penwick-rectangle"_s;
+// Marks a text as a rectangle for other processes, too. Its data has no meaning.
+constexpr QLatin1String kRectangleFormat("application/x-penwick-rectangle");
 
 /// Returns the text of the page in `mime`; nothing when there is none or it would take long.
 QString textOfHtmlIn(const QMimeData &mime)
@@ -35,7 +35,7 @@ TextMimeData::TextMimeData(Text text, bool isRectangle)
 QStringList TextMimeData::formats() const
 {
     const QStringList plain{u"text/plain"_s};
-    return m_isRectangle ? plain + QStringList{kRectangleFormat} : plain;
+    return m_isRectangle ? plain + QStringList{QString(kRectangleFormat)} : plain;
 }
 
 QVariant TextMimeData::retrieveData(const QString &mimeType, QMetaType type) const

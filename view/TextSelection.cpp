@@ -126,7 +126,11 @@ void TextSelection::selectColumns(const ColumnSelection &columns, Scroll scroll)
 void TextSelection::selectRectangle(const TextRectangle &rectangle, Scroll scroll)
 {
     m_storage->breakUndoCoalescing();
-    selectColumns(ColumnSelection(m_storage->text(), rectangle, tabWidth()), scroll);
+    TextRectangle inText = rectangle;
+    // The text may have become shorter during a drag.
+    for (ColumnPlace *corner : {&inText.anchor, &inText.caret})
+        corner->line = std::min(corner->line, m_storage->text().metrics().lineBreaks());
+    selectColumns(ColumnSelection(m_storage->text(), inText, tabWidth()), scroll);
 }
 
 void TextSelection::moveColumns(std::optional<CaretMove> move)

@@ -2,6 +2,7 @@
 #include "app/MenuTable.h"
 #include "command/CommandShortcut.h"
 #include "view/CaretMover.h"
+#include "view/ColumnMoves.h"
 #include "view/EditKeys.h"
 #include "window/MacroRunNotice.h"
 
@@ -52,6 +53,7 @@ private Q_SLOTS:
     void documentCommands_performed_reachTheFrontTab();
     void textCommands_performed_changeTheFrontTab();
     void textCommands_whileAMacroRuns_areNotAvailable();
+    void startColumns_untilAMacro_selectsARectangle();
     void windowCommands_performed_switchTabs();
     void settingsFile_opened_isInATab();
 };
@@ -93,8 +95,8 @@ void CommandsTest::table_keys_areNotThoseOfTheTextView()
     for (const Command &row : commands())
         for (const QKeyCombination key : keysOf(row)) {
             const QKeyEvent press(QEvent::KeyPress, key.key(), key.keyboardModifiers());
-            const bool isTaken =
-                editCommandFor(press) || caretMoveFor(press) || kDesktopKeys.contains(key);
+            const bool isTaken = editCommandFor(press) || caretMoveFor(press) ||
+                                 columnMoveFor(press) || kDesktopKeys.contains(key);
             QVERIFY2(isTaken == (row.place == CommandPlace::Focus),
                      qPrintable(row.name.toString()));
         }
@@ -220,6 +222,35 @@ void CommandsTest::textCommands_whileAMacroRuns_areNotAvailable()
     QTRY_VERIFY(!controller()->isRunningMacro());
     QCOMPARE(text(), u"b"_s);
     QVERIFY(app.commandState(CommandId::DuplicateLines).isAvailable);
+}
+
+void CommandsTest::startColumns_untilAMacro_selectsARectangle()
+{
+    launch();
+    AppCommands app(m_app.get());
+    setText(u"\nabc\nabc"_s);
+    TextView *view = controller()->textView();
+    view->setSelectedRange({0, 0});
+    app.performCommand(CommandId::StartColumns);
+    QVERIFY(view->columns() != nullptr && !view->hasSelection());
+    QVERIFY(!app.commandState(CommandId::Copy).isAvailable);
+    for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Right})
+        QTest::keyClick(view, key, Qt::ShiftModifier);
+    // The first row has no character.
+    QVERIFY(view->hasSelection() && view->selectedRange().isEmpty());
+    QVERIFY(app.commandState(CommandId::Copy).isAvailable);
+    QTest::keyClick(view, Qt::Key_Home, Qt::ControlModifier);
+    view->setSelectedRange({1, 0});
+    for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Right})
+        QTest::keyClick(view, key, Qt::AltModifier | Qt::ShiftModifier);
+    controller()->runMacro(
+        u"return { notifications: [{ type: 'info', message: context.selection.text }] };"_s,
+        u"id"_s,
+        u"name"_s,
+        std::nullopt);
+    QTRY_VERIFY(!controller()->isRunningMacro());
+    QVERIFY(view->columns() == nullptr);
+    QCOMPARE(view->selectedRange(), (TextRange{1, 1}));
 }
 
 void CommandsTest::windowCommands_performed_switchTabs()

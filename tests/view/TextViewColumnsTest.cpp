@@ -152,14 +152,16 @@ void TextViewColumnsTest::mouse_withAlt_selectsARectangle()
     Fixture f(u"abcdef\nabcdef\nabcdef"_s);
     const QPoint from = f.pointOf(2);
     const QPoint to = f.pointOf(14 + 4);
+    const QPoint inside = f.pointOf(10);
     QTest::mousePress(f.view.viewport(), Qt::LeftButton, Qt::AltModifier, from);
     f.drag(to);
     QTest::mouseRelease(f.view.viewport(), Qt::LeftButton, Qt::AltModifier, to);
     QCOMPARE(f.rows(), (QStringList{u"cd"_s, u"cd"_s, u"cd"_s}));
     // On the rectangle, a press starts a new selection, not a drag.
-    QTest::mouseClick(f.view.viewport(), Qt::LeftButton, {}, f.pointOf(10));
+    QTest::mousePress(f.view.viewport(), Qt::LeftButton, {}, inside);
     QVERIFY(f.view.columns() == nullptr);
     QCOMPARE(f.view.selectedRange(), (TextRange{10, 0}));
+    QTest::mouseRelease(f.view.viewport(), Qt::LeftButton, {}, inside);
 }
 
 void TextViewColumnsTest::mouse_withAltPastTheLine_countsColumns()
@@ -167,13 +169,16 @@ void TextViewColumnsTest::mouse_withAltPastTheLine_countsColumns()
     Fixture f(u"abcdef\nab\nabcdef"_s);
     const QPoint from = f.pointOf(2);
     const QPoint to(f.pointOf(4).x(), f.pointOf(8).y());
+    const QPoint further = f.pointOf(10 + 5);
     QTest::mousePress(f.view.viewport(), Qt::LeftButton, Qt::AltModifier, from);
     f.drag(to);
     QTest::mouseRelease(f.view.viewport(), Qt::LeftButton, Qt::AltModifier, to);
     QCOMPARE(f.rows(), (QStringList{u"cd"_s, u"~~"_s}));
-    // With Shift, a click moves the corner.
-    QTest::mouseClick(f.view.viewport(), Qt::LeftButton, kAltShift, f.pointOf(10 + 5));
+    // With Shift, a click moves the corner, with Alt or without.
+    QTest::mouseClick(f.view.viewport(), Qt::LeftButton, kAltShift, further);
     QCOMPARE(f.rows(), (QStringList{u"cde"_s, u"~~~"_s, u"cde"_s}));
+    QTest::mouseClick(f.view.viewport(), Qt::LeftButton, Qt::ShiftModifier, to);
+    QCOMPARE(f.rows(), (QStringList{u"cd"_s, u"~~"_s}));
 }
 
 void TextViewColumnsTest::typing_inRows_isOneStep()

@@ -172,12 +172,22 @@ class Session:
             raise RuntimeError("Xvfb did not start")
         self.environment["DISPLAY"] = f":{number}"
         self.start(
-            "openbox", "--sm-disable", stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL
+            *("openbox", "--sm-disable", "--config-file", self._configure_window_manager()),
+            stdout=subprocess.DEVNULL,
+            stderr=subprocess.DEVNULL,
         )
         until(
             lambda: "window id" in self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"),
             "the window manager",
         )
+
+    def _configure_window_manager(self):
+        """Leaves the program the Alt key that the usual settings take for moving windows."""
+        settings = pathlib.Path("/etc/xdg/openbox/rc.xml").read_text()
+        settings = settings.replace('button="A-Left"', 'button="W-Left"')
+        path = self.home / ".config/openbox.xml"
+        path.write_text(settings.replace('key="S-A-', 'key="W-S-A-'))
+        return path
 
     def _start_buses(self):
         bus = self.start(
