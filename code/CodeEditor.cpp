@@ -214,8 +214,8 @@ bool CodeEditor::handleKey(const QKeyEvent &event)
         focusNextPrevChild(isForNextField(event));
         return true;
     }
-    // While an input method is composing, the view handles the keys.
-    if (m_view->hasMarkedText())
+    // While an input method is composing, the view handles the keys; in a rectangle, too.
+    if (m_view->hasMarkedText() || m_view->columns() != nullptr)
         return false;
     if (isEnter(event)) {
         return apply(indentation::lineBreak(

@@ -53,10 +53,10 @@ void RectanglePainter::paintBlanks(QPainter &painter,
     const int row = layout.rowCount() - 1;
     const qreal end = layout.xOf(segment.end, row);
     const auto edge = [&](qint64 blanks) {
-        const qreal x = end + static_cast<qreal>(blanks) * style.columnWidth;
-        return std::round(std::min(x, style.width));
+        return std::min(end + static_cast<qreal>(blanks) * style.columnWidth, style.width);
     };
-    const qreal left = edge(m_row->blanksToLeft);
+    // Rounded towards selected text, so that no gap remains between the two fills.
+    const qreal left = m_row->blanksToLeft > 0 ? edge(m_row->blanksToLeft) : std::floor(end);
     painter.fillRect(QRectF(origin.x() + left,
                             origin.y() + row * style.rowHeight,
                             edge(m_row->blanksToRight) - left,

@@ -58,6 +58,7 @@ private Q_SLOTS:
     void composition_committed_isNotTouched();
     void brace_onABlankLine_goesBackALevel();
     void tab_indents();
+    void keysInARectangle_changeEachRow();
     void levelKeys_moveTheSelectedLines();
     void tabKeys_leadOutBothWays();
     void tabKeys_areTakenFromShortcuts();
@@ -230,6 +231,17 @@ void CodeEditorTest::tab_indents()
     f.editor.undo();
     QCOMPARE(f.editor.text(), u"a\nb\n"_s);
     QCOMPARE(f.view()->selectedRange(), (TextRange{0, 3}));
+}
+
+void CodeEditorTest::keysInARectangle_changeEachRow()
+{
+    Form f(u"    \n    "_s);
+    f.caret(4);
+    f.key(Qt::Key_Down, Qt::AltModifier | Qt::ShiftModifier);
+    f.type(u"}"_s);
+    QCOMPARE(f.editor.text(), u"    }\n    }"_s);
+    f.key(Qt::Key_Return);
+    QCOMPARE(f.editor.text(), u"    }\n\n    }\n"_s);
 }
 
 void CodeEditorTest::levelKeys_moveTheSelectedLines()

@@ -104,6 +104,7 @@ private Q_SLOTS:
     void edit_fromOutside_endsTheRectangle();
     void accessibility_reportsTheFirstRow();
     void painting_marksTheRows();
+    void wrappedLine_countsAlongTheWholeLine();
     void hugeLine_isNotSelected();
 };
 
@@ -469,6 +470,24 @@ void TextViewColumnsTest::painting_marksTheRows()
         QVERIFY(image.pixelColor(point.x() + 300, point.y()) != highlight);
         QVERIFY(image.pixelColor(f.pointOf(0).x() + 2, point.y()) != highlight);
     }
+}
+
+void TextViewColumnsTest::wrappedLine_countsAlongTheWholeLine()
+{
+    const QString line(200, u'x');
+    Fixture f(QString(line + u'\n' + line + u"\nab"_s));
+    QVERIFY(f.pointOf(150).y() > f.pointOf(0).y()); // The line is wrapped.
+    const QPoint from = f.pointOf(150);
+    const QPoint to = f.pointOf(201 + 152);
+    QTest::mousePress(f.view.viewport(), Qt::LeftButton, Qt::AltModifier, from);
+    f.drag(to);
+    QTest::mouseRelease(f.view.viewport(), Qt::LeftButton, Qt::AltModifier, to);
+    QCOMPARE(f.view.columns()->rectangle(f.view.string()), (TextRectangle{{0, 150}, {1, 152}}));
+    f.key(Qt::Key_Down, kAltShift); // A line, not a row.
+    QCOMPARE(f.rows(), (QStringList{u"xx"_s, u"xx"_s, u"~"_s.repeated(150)}));
+    f.key(Qt::Key_Up, kAltShift);
+    f.key(Qt::Key_Delete);
+    QCOMPARE(f.view.string().size(), 404 - 4);
 }
 
 void TextViewColumnsTest::hugeLine_isNotSelected()
