@@ -9,9 +9,8 @@
 
 namespace penwick {
 
-/// A place in a text as other programs give it: lines end with line feeds, and columns count
-/// grapheme clusters. Both are 1-based. A place past the end of its line or of the text means that
-/// end.
+/// A place in a text that another program asks for, counted as in `LinePlace`. A place past the end
+/// of its line means that end, and a line past the last one the last one.
 struct TextPlace
 {
     qint64 line = 1;

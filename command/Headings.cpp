@@ -1,5 +1,7 @@
 #include "command/Headings.h"
 
+#include "text/Separators.h"
+
 #include <algorithm>
 
 namespace penwick {
@@ -11,9 +13,9 @@ constexpr qint64 kLongest = 200; // Of a heading, in UTF-16 code units.
 constexpr qsizetype kMostHashes = 6;
 constexpr qsizetype kMostDigits = 8;
 
-bool isSeparator(QChar c)
+bool endsLine(QChar c)
 {
-    return (c >= u'\n' && c <= u'\r') || c == u'\u0085' || c == u'\u2028' || c == u'\u2029';
+    return isSeparator(c.unicode());
 }
 
 bool isNumbered(QStringView line)
@@ -56,13 +58,15 @@ QList<Heading> HeadingScan::step()
     for (qsizetype at = 0; at < end; ++at) {
         if (m_isAtLineStart) {
             const QStringView rest = QStringView(part).mid(at, kLongest);
-            const QStringView line(rest.begin(),
-                                   std::find_if(rest.begin(), rest.end(), isSeparator));
+            const QStringView line(rest.begin(), std::find_if(rest.begin(), rest.end(), endsLine));
             if (isHeading(line))
                 found.append({m_offset + at, m_line, line.trimmed().toString()});
         }
-        m_isAtLineStart = isSeparator(part.at(at));
-        m_line += m_isAtLineStart ? 1 : 0;
+        const QChar unit = part.at(at);
+        m_isAtLineStart = endsLine(unit);
+        const bool isPair = m_isAfterCr && unit == u'\n'; // Counted at its CR.
+        m_line += m_isAtLineStart && !isPair ? 1 : 0;
+        m_isAfterCr = unit == u'\r';
     }
     m_offset += end;
     return found;

@@ -11,7 +11,7 @@ namespace penwick {
 struct Heading
 {
     qint64 offset = 0; ///< Of the line, in UTF-16 code units.
-    qint64 line = 0;   ///< 1-based, as the status bar counts.
+    qint64 line = 0;   ///< 1-based, as in `LinePlace`.
     QString text;      ///< The start of the line, without blanks around.
 };
 
@@ -39,6 +39,7 @@ private:
     qint64 m_offset = 0;
     qint64 m_line = 1;
     bool m_isAtLineStart = true;
+    bool m_isAfterCr = false;
 };
 
 } // namespace penwick

@@ -8,8 +8,9 @@
 
 namespace penwick {
 
-/// A place as the status bar counts: lines end with a separator, so CR LF ends two. Columns count
-/// characters (grapheme clusters). Both are 1-based.
+/// A place by line and column, both 1-based. Lines end with a separator or CR LF, as the numbers
+/// beside the text count them; the status bar counts CR LF twice. Columns count characters
+/// (grapheme clusters).
 struct LinePlace
 {
     qint64 line = 1;
@@ -30,7 +31,11 @@ struct FoundPlace
     bool hasColumn = true; ///< False: the line is shorter, and this is its end.
 };
 
-/// Never returns an offset within CR LF; such a place is after it. O(log^2 n).
+/// The number of lines that a `LinePlace` can name, at least 1. A text that ends with a line break
+/// has an empty last line.
+[[nodiscard]] qint64 lineCountOf(const Text &text);
+
+/// Never returns an offset within CR LF. O(log^2 n).
 [[nodiscard]] FoundPlace findPlace(const LinePlace &place, const Text &text);
 
 } // namespace penwick

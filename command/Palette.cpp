@@ -199,7 +199,7 @@ QList<PaletteRow> Palette::lineRows(const QString &typed) const
     if (!m_source.text)
         return {};
     const auto wanted = parseLinePlace(typed);
-    const QString lineCount = QString::number(m_source.text->metrics().separators + 1);
+    const QString lineCount = QString::number(lineCountOf(*m_source.text));
     if (!wanted)
         return {hint(wording::text(u"palette.lineHint"_s, {lineCount}))};
     const FoundPlace found = findPlace(*wanted, *m_source.text);

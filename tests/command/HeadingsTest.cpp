@@ -12,7 +12,7 @@ class HeadingsTest final : public QObject
 private Q_SLOTS:
     void line_isHeading_data();
     void line_isHeading();
-    void scan_lines_areCountedAsInTheStatusBar();
+    void scan_crLf_countsOnce();
     void scan_longText_findsAllInSteps();
     void scan_lineAcrossSteps_isOneLine();
 };
@@ -45,7 +45,7 @@ void HeadingsTest::line_isHeading()
     QCOMPARE(isHeading(line), isExpected);
 }
 
-void HeadingsTest::scan_lines_areCountedAsInTheStatusBar()
+void HeadingsTest::scan_crLf_countsOnce()
 {
     HeadingScan scan(Text(u"■ a\r\nx\n # b \u2028■c"_s));
     const QList<Heading> found = scan.step();
@@ -54,10 +54,10 @@ void HeadingsTest::scan_lines_areCountedAsInTheStatusBar()
     QCOMPARE(found.at(0).text, u"■ a"_s);
     QCOMPARE(found.at(0).line, 1);
     QCOMPARE(found.at(1).text, u"# b"_s);
-    QCOMPARE(found.at(1).line, 4); // CR LF counts twice.
+    QCOMPARE(found.at(1).line, 3);
     QCOMPARE(found.at(1).offset, 7);
     QCOMPARE(found.at(2).text, u"■c"_s);
-    QCOMPARE(found.at(2).line, 5);
+    QCOMPARE(found.at(2).line, 4);
 }
 
 void HeadingsTest::scan_longText_findsAllInSteps()

@@ -78,8 +78,11 @@ void LinePlaceTest::place_inText_isFound_data()
     add("empty text", QString(), {1, 1}, {0, true, true});
     add("past the empty text", QString(), {2, 1}, {0, false, true});
     add("clusters", u"か\u3099🎌x"_s, {1, 3}, {4, true, true});
-    add("within CR LF", u"ab\r\ncd"_s, {2, 1}, {4, true, true});
-    add("after CR LF", u"ab\r\ncd"_s, {3, 2}, {5, true, true});
+    add("before CR LF", u"ab\r\ncd"_s, {1, 3}, {2, true, true});
+    add("within CR LF", u"ab\r\ncd"_s, {1, 4}, {2, true, false});
+    add("after CR LF", u"ab\r\ncd"_s, {2, 2}, {5, true, true});
+    add("past CR LF", u"ab\r\n"_s, {3, 1}, {4, false, true});
+    add("LF CR is two line ends", u"ab\n\rcd"_s, {3, 1}, {4, true, true});
     add("other separators", u"a\u2028b\u0085c"_s, {3, 1}, {4, true, true});
 }
 
@@ -103,8 +106,11 @@ void LinePlaceTest::place_ofAnyOffset_leadsBack()
         content += pieces[random.bounded(7)];
     const Text text(content);
     for (qint64 offset = 0; offset <= text.size(); offset = text.nextClusterBoundary(offset)) {
-        const auto [line, column] = text.separatorLineAndColumn(offset);
-        const FoundPlace found = findPlace({line, column + 1}, text);
+        const qint64 line = text.lineBreaksBefore(offset) + 1;
+        const Text rest = text.mid(text.offsetAfterLineBreak(line - 1), text.size());
+        const qint64 column = text.metricsBefore(offset).clusters + rest.metrics().clusters -
+                              text.metrics().clusters + 1;
+        const FoundPlace found = findPlace({line, column}, text);
         QCOMPARE(found.offset, offset);
         QVERIFY(found.hasLine && found.hasColumn);
         if (offset == text.size())
