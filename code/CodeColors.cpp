@@ -38,12 +38,11 @@ QColor readable(const QColor &wish, const QColor &text, const QList<Background> 
 } // namespace
 
 CodeColors::CodeColors(const QPalette &palette)
+    : LineColors(palette)
 {
     const QColor text = palette.color(QPalette::Active, QPalette::Text);
     const QColor base = palette.color(QPalette::Active, QPalette::Base);
     const bool isDark = contrastRatio(text, Qt::black) > contrastRatio(base, Qt::black);
-    const QColor red = isDark ? QColor(255, 100, 90) : QColor(200, 20, 30);
-    errorLine = mixedColor(base, red, isDark ? 0.22 : 0.14);
     const QList<Background> backgrounds{
         {base}, {errorLine}, {textMarkColor(palette), kDiscernible}};
     const auto inText = [&](const QColor &wish) { return readable(wish, text, backgrounds); };
@@ -52,8 +51,6 @@ CodeColors::CodeColors(const QPalette &palette)
     regularExpression = inText(isDark ? QColor(250, 176, 110) : QColor(160, 68, 0));
     number = inText(isDark ? QColor(130, 190, 255) : QColor(0, 84, 180));
     keyword = inText(isDark ? QColor(212, 150, 235) : QColor(135, 20, 150));
-    lineNumber = readable(mixedColor(base, text, 0.4), text, {{base}});
-    errorSign = readable(red, text, {{base}});
 }
 
 QColor CodeColors::colorOf(JavaScriptToken::Kind kind) const

@@ -2,6 +2,7 @@
 
 #include "code/JavaScriptTokens.h"
 #include "controls/ColorContrast.h" // IWYU pragma: export
+#include "view/LineColors.h"
 
 #include <QColor>
 #include <QPalette>
@@ -13,7 +14,7 @@ namespace penwick {
 /// bar the contrast is at least 3.0: the marks are temporary, and colours that are readable there
 /// too would hardly differ from each other. Where no mixture reaches the contrast, the palette's
 /// text colour is used.
-struct CodeColors
+struct CodeColors : LineColors
 {
     explicit CodeColors(const QPalette &palette);
 
@@ -25,9 +26,6 @@ struct CodeColors
     QColor regularExpression;
     QColor number; ///< Also of constants.
     QColor keyword;
-    QColor lineNumber;
-    QColor errorLine; ///< Behind the text.
-    QColor errorSign;
 };
 
 } // namespace penwick

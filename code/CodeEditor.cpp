@@ -1,12 +1,12 @@
 #include "code/CodeEditor.h"
 
-#include "code/LineNumberGutter.h"
 #include "controls/VerbatimText.h"
 #include "find/FindBar.h"
 #include "find/FindController.h"
 #include "platform/settings/NotificationCenter.h"
 #include "text/CutText.h"
 #include "view/EditorFont.h"
+#include "view/LineNumberGutter.h"
 #include "view/TextView.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
@@ -105,11 +105,9 @@ void CodeEditor::makeTextArea()
     m_view = new TextView(&m_storage, editorFont(kFontSize), m_area);
     m_view->setDecoration(&m_decoration);
     m_view->installEventFilter(this);
-    m_gutter = new LineNumberGutter(m_view, m_area);
+    m_gutter = new LineNumberGutter(m_view, TextView::LineCount::LineFeeds, m_area);
     for (QWidget *marked : {m_view->viewport(), static_cast<QWidget *>(m_gutter)})
         marked->installEventFilter(this);
-    m_gutter->setFont(m_view->font());
-    m_gutter->updateWidth();
     layout->addWidget(m_gutter);
     layout->addWidget(m_view, 1);
 }
@@ -119,6 +117,7 @@ void CodeEditor::relabel()
     const QString keys = wording::text(u"macro.manage.codeKeys"_s);
     const QString error = cutText(m_errorMessage, kLongestShown);
     setAccessibleDescription(error.isEmpty() ? keys : error + u' ' + keys);
+    m_gutter->setAccessibleName(wording::text(u"editor.lineNumbers"_s));
 }
 
 QString CodeEditor::text() const

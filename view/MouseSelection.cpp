@@ -91,6 +91,15 @@ void MouseSelection::startAt(const QMouseEvent &event)
     select(m_origin.location, {m_origin.end(), m_origin.isEmpty() && hit.atRowEnd});
 }
 
+void MouseSelection::pressLine(const QMouseEvent &event)
+{
+    m_dragPress.reset();
+    const bool extends = event.modifiers().testFlag(Qt::ShiftModifier);
+    start(Unit::Line,
+          extends ? m_selection->anchor() : m_viewport->caretAt(event.position()).offset);
+    extendTo(event.position());
+}
+
 void MouseSelection::start(Unit unit, qint64 offset)
 {
     m_unit = unit;

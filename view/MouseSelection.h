@@ -23,6 +23,9 @@ public:
     /// Handles a press of the left button. One on the selection selects only when it is released,
     /// because it may start a drag.
     void press(const QMouseEvent &event);
+    /// Handles a press of the left button beside the text: selects the line at its height, or with
+    /// Shift extends the selection to that line.
+    void pressLine(const QMouseEvent &event);
     /// Handles the second press of a double click.
     void doublePress(const QMouseEvent &event);
     /// Handles a move of the mouse. Returns true when a drag of the selected text starts.

@@ -319,23 +319,58 @@ void TextView::setShowsBlanks(bool shows)
         updateStyle();
 }
 
-std::vector<TextView::VisibleLine> TextView::visibleLines() const
+qint64 TextView::lineCount(LineCount count) const
+{
+    const TextMetrics metrics = string().metrics();
+    return (count == LineCount::LineFeeds ? metrics.lineFeeds : metrics.lineBreaks()) + 1;
+}
+
+qint64 TextView::lineAt(qint64 offset, LineCount count) const
+{
+    return count == LineCount::LineFeeds
+               ? string().metricsBefore(offset).lineFeeds
+               : string().lineBreaksBefore(segments::lineAt(string(), offset).start);
+}
+
+std::vector<TextView::VisibleLine> TextView::visibleLines(LineCount count) const
 {
     std::vector<VisibleLine> lines;
     m_viewport.forEachVisible([&](const SegmentLayout &layout, qreal y) {
-        const qint64 start = layout.segment().start;
-        const bool startsLine = start == 0 || string().at(start - 1) == u'\n';
+        const TextSegment &segment = layout.segment();
+        const bool startsLine = count == LineCount::LineFeeds
+                                    ? segment.start == 0 || string().at(segment.start - 1) == u'\n'
+                                    : segment.start == segment.lineStart;
         const qreal bottom = y + layout.rowCount() * rowHeight();
         if (bottom <= 0 || y >= viewport()->height())
             return;
         // When the segment that starts the line is not laid out, it is not visible: use a top above
         // the viewport.
-        if (startsLine || lines.empty())
+        if (lines.empty())
             lines.push_back(
-                {string().metricsBefore(start).lineFeeds, startsLine ? y : y - rowHeight(), 0});
+                {lineAt(segment.start, count), startsLine ? y : y - rowHeight(), bottom});
+        else if (startsLine)
+            lines.push_back({lines.back().number + 1, y, bottom});
         lines.back().bottom = bottom;
     });
     return lines;
+}
+
+void TextView::selectLines(QMouseEvent *event)
+{
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+        if (event->button() != Qt::LeftButton)
+            return event->ignore();
+        m_inputMethod.commit();
+        m_storage->breakUndoCoalescing();
+        return m_mouse.pressLine(*event);
+    case QEvent::MouseMove:
+        return static_cast<void>(m_mouse.move(*event));
+    default:
+        if (event->button() == Qt::LeftButton)
+            m_mouse.release(*event);
+    }
 }
 
 void TextView::paintEvent(QPaintEvent *event)

@@ -156,8 +156,16 @@ public:
     /// Marks tabs, U+3000 and the blanks at the ends of lines. Off at first.
     void setShowsBlanks(bool shows);
 
-    /// The visible place of a line of the text. Lines end with a line feed here. Lengths are in
-    /// logical pixels of the viewport.
+    /// What ends a line: only a line feed, as for script engines, or each separator and CR LF, as
+    /// for go to line.
+    enum class LineCount { LineFeeds, LineBreaks };
+
+    /// The number of lines of the text, at least 1.
+    [[nodiscard]] qint64 lineCount(LineCount count) const;
+    /// The number of the line that contains `offset`, 0-based. O(log n).
+    [[nodiscard]] qint64 lineAt(qint64 offset, LineCount count) const;
+
+    /// The visible place of a line of the text. Lengths are in logical pixels of the viewport.
     struct VisibleLine
     {
         qint64 number = 0; ///< 0-based.
@@ -166,7 +174,14 @@ public:
     };
 
     /// The lines with at least one visible row, top to bottom.
-    [[nodiscard]] std::vector<VisibleLine> visibleLines() const;
+    [[nodiscard]] std::vector<VisibleLine>
+    visibleLines(LineCount count = LineCount::LineFeeds) const;
+
+    /// Handles mouse events of the left button beside the text: a press selects the line at its
+    /// height, moves and the release select lines, scrolling where needed. With Shift, the press
+    /// extends the selection.
+    /// \param event its position is relative to the viewport's upper edge.
+    void selectLines(QMouseEvent *event);
 
     /// Height of each row, in logical pixels.
     [[nodiscard]] qreal rowHeight() const { return m_viewport.style().rowHeight; }

@@ -268,6 +268,7 @@ constexpr TextRow kTexts[] = {
     {u"editor.lineEnds.cr", u"CR"},
     {u"editor.lineEnds.crLf", u"CR LF"},
     {u"editor.lineEnds.lf", u"LF"},
+    {u"editor.lineNumbers", u"行番号"},
     {u"editor.showBlanks", u"タブ・全角空白・行末の空白を表示"},
     {u"editor.tab.close", u"タブを閉じる"},
     {u"editor.tab.closeOthers", u"ほかのタブを閉じる"},

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "code/CodeEditor.h"
-#include "code/LineNumberGutter.h"
 #include "find/FindBar.h"
+#include "view/LineNumberGutter.h"
 #include "view/TextView.h"
 
 #include <QImage>

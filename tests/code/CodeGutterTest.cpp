@@ -1,5 +1,3 @@
-#include "code/LineNumberGutter.h"
-
 #include "macro/library/CodeForm.h"
 
 #include <QScrollBar>
@@ -23,7 +21,8 @@ int inkAt(const QImage &image, qreal top, qreal height, const QColor &background
 
 } // namespace
 
-class LineNumberGutterTest final : public QObject
+/// Tests of the line numbers in the code editor.
+class CodeGutterTest final : public QObject
 {
     Q_OBJECT
 
@@ -38,7 +37,7 @@ private Q_SLOTS:
     void numbers_endInOneColumn();
 };
 
-void LineNumberGutterTest::numbers_areThoseOfLinesAndNotOfRows()
+void CodeGutterTest::numbers_areThoseOfLinesAndNotOfRows()
 {
     Form f(QString(u"a\n"_s + u"word "_s.repeated(40) + u"\nb"_s));
     const QImage image = f.gutterPicture();
@@ -56,7 +55,7 @@ void LineNumberGutterTest::numbers_areThoseOfLinesAndNotOfRows()
              f.view()->viewport()->mapToGlobal(QPoint(0, 0)).y());
 }
 
-void LineNumberGutterTest::width_growsWithTheDigits()
+void CodeGutterTest::width_growsWithTheDigits()
 {
     Form f(u"\n"_s.repeated(98));
     const int width = f.gutter()->width();
@@ -69,7 +68,7 @@ void LineNumberGutterTest::width_growsWithTheDigits()
     QCOMPARE(f.gutter()->width(), width); // There is always room for two digits.
 }
 
-void LineNumberGutterTest::numbers_followScrolling()
+void CodeGutterTest::numbers_followScrolling()
 {
     Form f(u"\n"_s.repeated(300));
     const QImage top = f.gutterPicture();
@@ -80,7 +79,7 @@ void LineNumberGutterTest::numbers_followScrolling()
     QCOMPARE(f.gutterPicture(), top);
 }
 
-void LineNumberGutterTest::click_selectsTheLine()
+void CodeGutterTest::click_selectsTheLine()
 {
     Form f(u"one\ntwo\nthree"_s);
     f.before.setFocus();
@@ -92,7 +91,7 @@ void LineNumberGutterTest::click_selectsTheLine()
     QCOMPARE(f.view()->selectedRange(), (TextRange{8, 5}));
 }
 
-void LineNumberGutterTest::wheel_scrollsTheText()
+void CodeGutterTest::wheel_scrollsTheText()
 {
     Form f(u"\n"_s.repeated(300));
     QWheelEvent event({5, 5},
@@ -107,7 +106,7 @@ void LineNumberGutterTest::wheel_scrollsTheText()
     QVERIFY(f.view()->verticalScrollBar()->value() > 0);
 }
 
-void LineNumberGutterTest::errorSign_coversEveryRowOfTheLine()
+void CodeGutterTest::errorSign_coversEveryRowOfTheLine()
 {
     Form f(QString(u"a\n"_s + u"word "_s.repeated(40) + u"\nb"_s));
     f.editor.markErrorLine(2);
@@ -121,7 +120,7 @@ void LineNumberGutterTest::errorSign_coversEveryRowOfTheLine()
     QVERIFY(colorAt(lines[2].top + 1) != background);
 }
 
-void LineNumberGutterTest::caretLine_standsOut()
+void CodeGutterTest::caretLine_standsOut()
 {
     Form f(u"a\nb"_s);
     const QImage first = f.gutterPicture();
@@ -131,7 +130,7 @@ void LineNumberGutterTest::caretLine_standsOut()
     QCOMPARE(f.gutterPicture(), first);
 }
 
-void LineNumberGutterTest::numbers_endInOneColumn()
+void CodeGutterTest::numbers_endInOneColumn()
 {
     Form f(u"\n"_s.repeated(11));
     f.caret(f.editor.text().size());
@@ -150,6 +149,6 @@ void LineNumberGutterTest::numbers_endInOneColumn()
     QCOMPARE(lastInk(lines[0].top), lastInk(lines[10].top)); // The numbers 1 and 11.
 }
 
-QTEST_MAIN(LineNumberGutterTest)
+QTEST_MAIN(CodeGutterTest)
 
-#include "LineNumberGutterTest.moc"
+#include "CodeGutterTest.moc"
