@@ -30,6 +30,8 @@ enum class CommandId {
     GoToLine,
     GoToHeading,
     ShowBlanks,
+    ShowLineNumbers,
+    MarkCurrentLine,
     ZoomIn,
     ZoomOut,
     ZoomReset,

@@ -24,6 +24,8 @@ constexpr std::array kMacroMemory{Choice{u"automatic", u"preference.automatic"}}
 // clang-format off
 constexpr Preference kPreferences[] = {
     {Id::ShowsBlanks, u"showsBlanks", Kind::Switch, u"editor.showBlanks", u"false"},
+    {Id::ShowsLineNumbers, u"showsLineNumbers", Kind::Switch, u"command.lineNumbers", u"false"},
+    {Id::MarksCurrentLine, u"marksCurrentLine", Kind::Switch, u"command.currentLine", u"false"},
     {Id::Zoom, u"zoom", Kind::Number, u"preference.zoom", u"100", 50, 300, {}, u"preference.percent"},
     {Id::TabWidth, u"tabWidth", Kind::Number, u"preference.tabWidth", u"4", 1, 16, {}, u"preference.columns"},
     {Id::TabKeyInserts, u"tabKeyInserts", Kind::Choice, u"preference.tabKeyInserts", u"tab", 0, 0, kTabKeyInserts},

@@ -9,6 +9,8 @@ namespace penwick {
 /// What users can set.
 enum class PreferenceId {
     ShowsBlanks,
+    ShowsLineNumbers,
+    MarksCurrentLine,
     Zoom,
     TabWidth,
     TabKeyInserts,

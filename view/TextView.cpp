@@ -319,6 +319,12 @@ void TextView::setShowsBlanks(bool shows)
         updateStyle();
 }
 
+void TextView::setMarksCurrentLine(bool marks)
+{
+    if (std::exchange(m_marksCurrentLine, marks) != marks)
+        viewport()->update();
+}
+
 qint64 TextView::lineCount(LineCount count) const
 {
     const TextMetrics metrics = string().metrics();
@@ -390,6 +396,8 @@ void TextView::paintEvent(QPaintEvent *event)
     picture.caretWidth = style()->pixelMetric(QStyle::PM_TextCursorWidth, nullptr, this);
     picture.size = QSizeF(viewport()->size());
     picture.palette = palette();
+    if (m_marksCurrentLine)
+        picture.currentLine = segments::lineAt(string(), caretOffset()).start;
     if (m_marks) {
         picture.marks = &m_marks(m_viewport.visibleRange());
         // With marks, keep the selected match distinct even while the focus is elsewhere in the

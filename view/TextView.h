@@ -153,6 +153,9 @@ public:
 
     [[nodiscard]] const Indentation &indentation() const { return m_editing.indentation(); }
 
+    /// Marks the line of the caret with a background colour. Off at first.
+    void setMarksCurrentLine(bool marks);
+
     /// Marks tabs, U+3000 and the blanks at the ends of lines. Off at first.
     void setShowsBlanks(bool shows);
 
@@ -282,6 +285,7 @@ private:
     Marks m_marks;
     bool m_isUpdatingScrollBars = false;
     bool m_showsBlanks = false;
+    bool m_marksCurrentLine = false;
 };
 
 } // namespace penwick

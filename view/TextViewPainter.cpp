@@ -2,6 +2,7 @@
 
 #include "view/InvisibleMarks.h"
 #include "view/InvisiblePainter.h"
+#include "view/LineColors.h"
 #include "view/RectanglePainter.h"
 
 #include <algorithm>
@@ -320,11 +321,11 @@ void paintTextView(QPainter &painter,
         if (y - rowHeight > exposed.bottom() ||
             y + (layout.rowCount() + 1) * rowHeight < exposed.top())
             return;
+        const QRectF row(0, y, picture.size.width(), rowHeight);
+        if (layout.segment().lineStart == picture.currentLine)
+            fillRows(painter, layout, row, LineColors(palette).currentLine);
         if (const TextDecoration *decoration = viewport.decoration())
-            fillRows(painter,
-                     layout,
-                     QRectF(0, y, picture.size.width(), rowHeight),
-                     decoration->background(layout.segment()));
+            fillRows(painter, layout, row, decoration->background(layout.segment()));
         if (picture.marks != nullptr)
             MarkPainter(painter, picture, rowHeight).paint(layout, origin, exposed);
         const LayoutSelection selection =

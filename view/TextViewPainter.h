@@ -7,6 +7,7 @@
 #include <QPainter>
 #include <QPalette>
 
+#include <optional>
 #include <vector>
 
 namespace penwick {
@@ -22,6 +23,7 @@ struct TextViewPicture
     qreal caretWidth = 1;  ///< Logical pixels.
     QSizeF size;           ///< Of the view's contents, logical pixels.
     QPalette palette;
+    std::optional<qint64> currentLine;             ///< Start of the line whose rows are filled.
     const std::vector<TextRange> *marks = nullptr; ///< Ascending; drawn behind the selection.
 };
 

@@ -8,6 +8,7 @@
 #include "window/BlankSwitch.h"
 #include "window/LineEndCommands.h"
 #include "window/TextCommands.h"
+#include "window/TextLook.h"
 #include "window/TransferBar.h"
 #include "window/Zoom.h"
 
@@ -44,6 +45,7 @@ TextViewRepresentable::~TextViewRepresentable()
     delete m_blankSwitch;
     delete m_lineEndCommands;
     delete m_textCommands;
+    delete m_textLook;
     delete m_zoom;
     // The view must be destroyed before its storage; as a child widget it would be destroyed after
     // it.
@@ -71,7 +73,9 @@ void TextViewRepresentable::makeTextView()
     m_textView->setFrameShape(QFrame::NoFrame);
     m_textView->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     m_textView->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
-    layout->addWidget(m_textView, 1);
+    auto *row = new QHBoxLayout;
+    row->addWidget(m_textView, 1);
+    layout->addLayout(row, 1);
     // Below the text, so that no line moves when the bar opens.
     m_findBar = new FindBar(this);
     m_findBar->hide();
@@ -80,6 +84,7 @@ void TextViewRepresentable::makeTextView()
     m_blankSwitch = new BlankSwitch(m_textView, this, Preferences::standard());
     m_lineEndCommands = new LineEndCommands(m_textView, this, Preferences::standard());
     m_textCommands = new TextCommands(m_textView, this, Preferences::standard());
+    m_textLook = new TextLook(m_textView, row, this, Preferences::standard());
     m_zoom = new Zoom(m_textView, this, kTextSize, Preferences::standard());
     setFocusProxy(m_textView);
 }
@@ -88,6 +93,8 @@ CommandState TextViewRepresentable::commandState(CommandId id) const
 {
     if (const auto kind = TextCommands::kindOf(id))
         return {m_textCommands->canPerform(*kind)};
+    if (const auto state = m_textLook->commandState(id))
+        return *state;
     switch (id) {
     case CommandId::ShowBlanks:
         return {true, m_blankSwitch->isOn()};
@@ -110,6 +117,8 @@ void TextViewRepresentable::performCommand(CommandId id)
 {
     if (const auto kind = TextCommands::kindOf(id))
         return m_textCommands->perform(*kind);
+    if (m_textLook->performCommand(id))
+        return;
     switch (id) {
     case CommandId::Find:
         return m_findController->showFind();

@@ -14,6 +14,7 @@ class FindBar;
 class FindController;
 class LineEndCommands;
 class TextCommands;
+class TextLook;
 class Zoom;
 
 /// Hosts the text view of an editor window and the find bar below it. Creates the view over the
@@ -59,6 +60,7 @@ private:
     BlankSwitch *m_blankSwitch = nullptr;
     LineEndCommands *m_lineEndCommands = nullptr;
     TextCommands *m_textCommands = nullptr;
+    TextLook *m_textLook = nullptr;
     Zoom *m_zoom = nullptr;
     Coordinator *m_coordinator = nullptr;
 };

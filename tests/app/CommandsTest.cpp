@@ -172,6 +172,12 @@ void CommandsTest::documentCommands_performed_reachTheFrontTab()
     app.performCommand(CommandId::ShowBlanks);
     QCOMPARE(app.commandState(CommandId::ShowBlanks).isOn, std::optional(true));
     app.performCommand(CommandId::ShowBlanks);
+    for (const CommandId id : {CommandId::ShowLineNumbers, CommandId::MarkCurrentLine}) {
+        QCOMPARE(app.commandState(id).isOn, std::optional(false));
+        app.performCommand(id);
+        QCOMPARE(app.commandState(id).isOn, std::optional(true));
+        app.performCommand(id);
+    }
     app.performCommand(CommandId::Find);
     const auto *field = controller()->window()->findChild<QWidget *>(u"findField"_s);
     QVERIFY(field != nullptr && field->isVisible());
