@@ -39,6 +39,7 @@ constexpr Command kCommands[] = {
     {Id::GoToLine, u"go.line", Place::Application, u"command.goToLine", Qt::CTRL | Qt::Key_L},
     {Id::GoToHeading, u"go.heading", Place::Application, u"command.goToHeading"},
     {Id::ShowBlanks, u"view.blanks", Place::Document, u"editor.showBlanks", kCtrlShift | Qt::Key_B},
+    {Id::ShowAllMarks, u"view.allMarks", Place::Document, u"command.allMarks"},
     {Id::ShowLineNumbers, u"view.lineNumbers", Place::Document, u"command.lineNumbers"},
     {Id::MarkCurrentLine, u"view.currentLine", Place::Document, u"command.currentLine"},
     {Id::ZoomIn, u"view.zoomIn", Place::Document, u"command.zoomIn", Qt::CTRL | Qt::Key_Plus, Qt::CTRL | Qt::Key_Equal},

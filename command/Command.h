@@ -30,6 +30,7 @@ enum class CommandId {
     GoToLine,
     GoToHeading,
     ShowBlanks,
+    ShowAllMarks,
     ShowLineNumbers,
     MarkCurrentLine,
     ZoomIn,

@@ -19,11 +19,16 @@ constexpr std::array kTabKeyInserts{
 };
 
 constexpr std::array kMacroMemory{Choice{u"automatic", u"preference.automatic"}};
+constexpr std::array kShownMarks{
+    Choice{u"blanks", u"preference.shownMarks.blanks"},
+    Choice{u"all", u"preference.shownMarks.all"},
+};
 
 // One row per line, also beyond the column limit.
 // clang-format off
 constexpr Preference kPreferences[] = {
     {Id::ShowsBlanks, u"showsBlanks", Kind::Switch, u"editor.showBlanks", u"false"},
+    {Id::ShownMarks, u"shownMarks", Kind::Choice, u"preference.shownMarks", u"blanks", 0, 0, kShownMarks},
     {Id::ShowsLineNumbers, u"showsLineNumbers", Kind::Switch, u"command.lineNumbers", u"false"},
     {Id::MarksCurrentLine, u"marksCurrentLine", Kind::Switch, u"command.currentLine", u"false"},
     {Id::Zoom, u"zoom", Kind::Number, u"preference.zoom", u"100", 50, 300, {}, u"preference.percent"},

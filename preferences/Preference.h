@@ -9,6 +9,7 @@ namespace penwick {
 /// What users can set.
 enum class PreferenceId {
     ShowsBlanks,
+    ShownMarks,
     ShowsLineNumbers,
     MarksCurrentLine,
     Zoom,

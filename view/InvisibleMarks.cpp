@@ -2,6 +2,7 @@
 
 #include <QFontInfo>
 #include <QFontMetricsF>
+#include <QPolygonF>
 
 #include <algorithm>
 
@@ -154,6 +155,27 @@ void paintMark(QPainter &painter, const QRectF &cell, const QColor &color)
     painter.fillRect(QRectF(left, bottom - 1, right - left, 1), color);
     painter.fillRect(QRectF(left, top, 1, bottom - 1 - top), color);
     painter.fillRect(QRectF(right - 1, top, 1, bottom - 1 - top), color);
+}
+
+void paintLineEnd(QPainter &painter, bool isCrLf, const QRectF &cell, const QColor &color)
+{
+    const qreal head = std::max<qreal>(2, cell.width() / 3);
+    const QRectF area = cell.adjusted(1, cell.height() / 4, -1, -cell.height() / 4);
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(color, 1));
+    if (isCrLf) {
+        const QPointF corner(area.right(), area.bottom() - head);
+        const QPointF tip(area.left(), corner.y());
+        painter.drawPolyline(QPolygonF{{area.right(), area.top()}, corner, tip});
+        painter.drawPolyline(QPolygonF{tip + QPointF(head, -head), tip, tip + QPointF(head, head)});
+    } else {
+        const QPointF tip(area.center().x(), area.bottom());
+        painter.drawLine(QPointF(tip.x(), area.top()), tip);
+        painter.drawPolyline(
+            QPolygonF{tip + QPointF(-head, -head), tip, tip + QPointF(head, -head)});
+    }
+    painter.restore();
 }
 
 void paintBlank(QPainter &painter, char16_t unit, const QRectF &cell, const QColor &color)

@@ -41,6 +41,10 @@ void paintLabel(QPainter &painter,
 /// space, a thin pin for a character that is narrower than a bracket.
 void paintMark(QPainter &painter, const QRectF &cell, const QColor &color);
 
+/// Draws the mark of a line feed, an arrow down, or of CR LF, an arrow down and back, into `cell`.
+/// The other line ends have labels.
+void paintLineEnd(QPainter &painter, bool isCrLf, const QRectF &cell, const QColor &color);
+
 /// Draws the mark of a blank that covers `cell`: a dot for a space, an arrow for a tab, a square
 /// for U+3000. `unit` is one of these.
 void paintBlank(QPainter &painter, char16_t unit, const QRectF &cell, const QColor &color);

@@ -1,10 +1,28 @@
 #include "view/InvisiblePainter.h"
 
 #include "view/InvisibleMarks.h"
+#include "view/TextViewport.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace penwick {
+
+namespace {
+
+/// Returns the first and the end index of the part of a row that may be between two places, which
+/// are counted from the left edge of the text. A row without wrapping may be long.
+std::pair<int, int>
+partBetween(qreal left, qreal right, const SegmentLayout &layout, const QTextLine &line)
+{
+    const int start = line.textStart();
+    const int end = start + line.textLength();
+    if (layout.hasRightToLeft())
+        return {start, end};
+    return {std::max(start, line.xToCursor(left) - 1), std::min(end, line.xToCursor(right) + 1)};
+}
+
+} // namespace
 
 InvisiblePainter::InvisiblePainter(QPainter &painter,
                                    const TextLayoutStyle &style,
@@ -30,7 +48,9 @@ void InvisiblePainter::paint(const SegmentLayout &layout, const Segment &segment
     for (int row = 0; !layout.invisibles().empty() && row < layout.rowCount(); ++row)
         if (rowRect(row, segment).intersects(segment.exposed))
             paintRow(layout, row, segment);
-    if (layout.lineEnd() != 0)
+    const bool showsLineEnd =
+        m_style.shownMarks == ShownMarks::All && layout.segment().breakLength > 0;
+    if (layout.lineEnd() != 0 || showsLineEnd)
         paintLineEnd(layout, segment);
 }
 
@@ -41,9 +61,11 @@ void InvisiblePainter::paintRow(const SegmentLayout &layout, int row, const Segm
     const auto byIndex = [](const InvisibleCharacter &character, int index) {
         return character.index < index;
     };
-    const int end = line.textStart() + line.textLength();
-    const auto first =
-        std::lower_bound(characters.begin(), characters.end(), line.textStart(), byIndex);
+    const auto [start, end] = partBetween(segment.exposed.left() - segment.origin.x(),
+                                          segment.exposed.right() - segment.origin.x(),
+                                          layout,
+                                          line);
+    const auto first = std::lower_bound(characters.begin(), characters.end(), start, byIndex);
     for (auto it = first; it != characters.end() && it->index < end; ++it) {
         const qreal a = line.cursorToX(it->index, QTextLine::Leading);
         // A tab has no glyph whose edge the layout could return.
@@ -67,18 +89,28 @@ void InvisiblePainter::paintRow(const SegmentLayout &layout, int row, const Segm
 
 void InvisiblePainter::paintLineEnd(const SegmentLayout &layout, const Segment &segment)
 {
+    const bool hasLabel = layout.lineEnd() != 0;
     const int row = layout.rowCount() - 1;
-    const QRectF text = layout.layout().lineAt(row).naturalTextRect();
-    const qreal width = invisible::kLabelColumns * m_style.columnWidth;
-    const qreal left = layout.isRightToLeft() ? text.left() - width : text.right();
+    const QTextLine line = layout.layout().lineAt(row);
+    const QRectF text = line.naturalTextRect();
+    const qreal width = (hasLabel ? invisible::kLabelColumns : 1) * m_style.columnWidth;
+    qreal left = layout.isRightToLeft() ? text.left() - width : text.right();
+    if (!hasLabel) {
+        if (!layout.hasRightToLeft()) // Behind the blanks, which may hang over the row's end.
+            left = std::max(left, line.cursorToX(line.textStart() + line.textLength()));
+        // A full row leaves it only the margin.
+        const qreal last = m_style.width + TextViewport::kMargin - width;
+        left = std::clamp(left, -TextViewport::kMargin, last);
+    }
     QRectF cell = rowRect(row, segment);
     cell.setLeft(segment.origin.x() + left);
     cell.setWidth(width);
-    invisible::paintLabel(m_painter,
-                          invisible::label(layout.lineEnd()),
-                          cell,
-                          m_style.font,
-                          segment.breakIsSelected ? m_selected : m_plain);
+    const QColor &color = segment.breakIsSelected ? m_selected : m_plain;
+    if (hasLabel)
+        invisible::paintLabel(
+            m_painter, invisible::label(layout.lineEnd()), cell, m_style.font, color);
+    else
+        invisible::paintLineEnd(m_painter, layout.segment().breakLength == 2, cell, color);
 }
 
 } // namespace penwick

@@ -14,7 +14,7 @@ LineColors::LineColors(const QPalette &palette)
     lineNumber = colorWithContrast(mixedColor(base, text, 0.4), text, base, kReadable);
     const QColor highlight = palette.color(QPalette::Active, QPalette::Highlight);
     currentLine =
-        colorWithContrast(mixedColor(base, highlight, isDark ? 0.25 : 0.1), base, text, kReadable);
+        colorWithContrast(mixedColor(base, highlight, isDark ? 0.16 : 0.1), base, text, kReadable);
     errorLine = mixedColor(base, red, isDark ? 0.22 : 0.14);
     errorSign = colorWithContrast(red, text, base, kReadable);
 }

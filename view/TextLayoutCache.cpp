@@ -106,13 +106,15 @@ QList<QTextLayout::FormatRange>
 SegmentLayout::substituteInvisibles(QString &units, const TextLayoutStyle &style, bool endsLine)
 {
     QList<QTextLayout::FormatRange> formats;
-    const qsizetype trailing = style.showsBlanks && endsLine
-                                   ? invisible::lengthWithoutTrailingBlanks(units)
-                                   : units.size();
+    const bool showsBlanks = style.shownMarks != ShownMarks::None;
+    const bool showsSpaces = style.shownMarks == ShownMarks::All;
+    const qsizetype trailing =
+        showsBlanks && endsLine ? invisible::lengthWithoutTrailingBlanks(units) : units.size();
     for (qsizetype i = 0; i < units.size(); ++i) {
         const char16_t unit = units[i].unicode();
         const bool hasLabel = !invisible::label(unit).isEmpty();
-        const bool isShownBlank = i >= trailing || (style.showsBlanks && invisible::isBlank(unit));
+        const bool isShownBlank = i >= trailing || (showsBlanks && invisible::isBlank(unit)) ||
+                                  (showsSpaces && unit == u' ');
         if (hasLabel || isShownBlank || invisible::isMarked(unit))
             m_invisibles.push_back({static_cast<int>(i), unit});
         if (!hasLabel)

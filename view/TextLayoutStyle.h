@@ -4,6 +4,13 @@
 
 namespace penwick {
 
+/// Which blanks and line ends have a mark. Characters that have no glyph always have one.
+enum class ShownMarks {
+    None,
+    Blanks, ///< Tabs, U+3000 and the blanks at the ends of lines.
+    All,    ///< These, every space, LF and CR LF.
+};
+
 /// How text is laid out. Lengths are logical pixels.
 struct TextLayoutStyle
 {
@@ -13,8 +20,8 @@ struct TextLayoutStyle
     qreal tabWidth = 0;    ///< Distance of tab stops.
     qreal columnWidth = 0; ///< Of one ASCII character.
     qreal rowHeight = 1;
-    qreal ascent = 1;         ///< From a row's top to its baseline.
-    bool showsBlanks = false; ///< Marks tabs, U+3000 and the blanks at the ends of lines.
+    qreal ascent = 1; ///< From a row's top to its baseline.
+    ShownMarks shownMarks = ShownMarks::None;
 };
 
 /// Returns the style for rows `width` wide. The row height suits Latin and Japanese characters

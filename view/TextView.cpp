@@ -313,9 +313,9 @@ void TextView::setIndentation(const Indentation &style)
     updateStyle();
 }
 
-void TextView::setShowsBlanks(bool shows)
+void TextView::setShownMarks(ShownMarks marks)
 {
-    if (std::exchange(m_showsBlanks, shows) != shows)
+    if (std::exchange(m_shownMarks, marks) != marks)
         updateStyle();
 }
 
@@ -429,7 +429,7 @@ void TextView::updateStyle()
     const QSizeF size = viewport()->size();
     const qreal width = size.width() - 2 * TextViewport::kMargin;
     TextLayoutStyle layoutStyle = makeTextLayoutStyle(font(), width, indentation().tabWidth);
-    layoutStyle.showsBlanks = m_showsBlanks;
+    layoutStyle.shownMarks = m_shownMarks;
     m_viewport.setGeometry(layoutStyle, size);
     refresh();
 }

@@ -156,8 +156,8 @@ public:
     /// Marks the line of the caret with a background colour. Off at first.
     void setMarksCurrentLine(bool marks);
 
-    /// Marks tabs, U+3000 and the blanks at the ends of lines. Off at first.
-    void setShowsBlanks(bool shows);
+    /// None at first.
+    void setShownMarks(ShownMarks marks);
 
     /// What ends a line: only a line feed, as for script engines, or each separator and CR LF, as
     /// for go to line.
@@ -284,7 +284,7 @@ private:
     CaretBlink m_caretBlink;
     Marks m_marks;
     bool m_isUpdatingScrollBars = false;
-    bool m_showsBlanks = false;
+    ShownMarks m_shownMarks = ShownMarks::None;
     bool m_marksCurrentLine = false;
 };
 

@@ -9,6 +9,14 @@
 
 namespace penwick {
 
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kAll = u"all"_s; // A value of the setting `shownMarks`.
+
+} // namespace
+
 BlankSwitch::BlankSwitch(TextView *view, QWidget *scope, Preferences &preferences)
     : QObject(scope)
     , m_preferences(preferences)
@@ -18,9 +26,18 @@ BlankSwitch::BlankSwitch(TextView *view, QWidget *scope, Preferences &preference
             this,
             &BlankSwitch::toggle);
     connect(view, &TextView::contextMenuWillOpen, this, &BlankSwitch::extendMenu);
-    Preferences::observe(
-        PreferenceId::ShowsBlanks, this, [this, view] { view->setShowsBlanks(isOn()); });
-    view->setShowsBlanks(isOn());
+    const auto show = [this, view] { view->setShownMarks(marks()); };
+    Preferences::observe(PreferenceId::ShowsBlanks, this, show);
+    Preferences::observe(PreferenceId::ShownMarks, this, show);
+    show();
+}
+
+ShownMarks BlankSwitch::marks() const
+{
+    if (!isOn())
+        return ShownMarks::None;
+    return m_preferences.text(PreferenceId::ShownMarks) == kAll ? ShownMarks::All
+                                                                : ShownMarks::Blanks;
 }
 
 bool BlankSwitch::isOn() const
@@ -31,6 +48,14 @@ bool BlankSwitch::isOn() const
 void BlankSwitch::toggle()
 {
     m_preferences.setOn(PreferenceId::ShowsBlanks, !isOn());
+}
+
+void BlankSwitch::toggleAll()
+{
+    const bool shows = !showsAll();
+    m_preferences.setText(PreferenceId::ShownMarks, shows ? kAll : u"blanks"_s);
+    if (shows)
+        m_preferences.setOn(PreferenceId::ShowsBlanks, true);
 }
 
 void BlankSwitch::extendMenu(QMenu *menu)

@@ -98,6 +98,8 @@ CommandState TextViewRepresentable::commandState(CommandId id) const
     switch (id) {
     case CommandId::ShowBlanks:
         return {true, m_blankSwitch->isOn()};
+    case CommandId::ShowAllMarks:
+        return {true, m_blankSwitch->showsAll()};
     case CommandId::ZoomIn:
         return {m_zoom->canStep(1)};
     case CommandId::ZoomOut:
@@ -132,6 +134,8 @@ void TextViewRepresentable::performCommand(CommandId id)
         return m_textView->startColumns();
     case CommandId::ShowBlanks:
         return m_blankSwitch->toggle();
+    case CommandId::ShowAllMarks:
+        return m_blankSwitch->toggleAll();
     case CommandId::ZoomIn:
         return m_zoom->step(1);
     case CommandId::ZoomOut:

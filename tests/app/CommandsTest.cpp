@@ -172,11 +172,13 @@ void CommandsTest::documentCommands_performed_reachTheFrontTab()
     app.performCommand(CommandId::ShowBlanks);
     QCOMPARE(app.commandState(CommandId::ShowBlanks).isOn, std::optional(true));
     app.performCommand(CommandId::ShowBlanks);
-    for (const CommandId id : {CommandId::ShowLineNumbers, CommandId::MarkCurrentLine}) {
+    for (const CommandId id :
+         {CommandId::ShowLineNumbers, CommandId::MarkCurrentLine, CommandId::ShowAllMarks}) {
         QCOMPARE(app.commandState(id).isOn, std::optional(false));
         app.performCommand(id);
         QCOMPARE(app.commandState(id).isOn, std::optional(true));
         app.performCommand(id);
+        QCOMPARE(app.commandState(id).isOn, std::optional(false));
     }
     app.performCommand(CommandId::Find);
     const auto *field = controller()->window()->findChild<QWidget *>(u"findField"_s);

@@ -63,6 +63,11 @@ private Q_SLOTS:
     void shownBlanks_areMarked();
     void shownBlanks_betweenWords_areNotMarked();
     void shownBlanks_keepTheirPlaces();
+    void allMarks_areShown_data();
+    void allMarks_areShown();
+    void allMarks_differ();
+    void allMarks_keepTheirPlaces();
+    void lineEndMark_standsBehindTheTextAndInsideTheView();
     void controlCharacters_lookDifferent();
     void ordinaryLineEnds_areNotDrawn_data();
     void ordinaryLineEnds_areNotDrawn();
@@ -121,10 +126,10 @@ void TextViewLooksTest::shownBlanks_areMarked()
     QFETCH(const QString, text);
     Fixture f(text);
     const int before = inkIn(pictureOf(f), rowOf(f, 0), baseOf(f));
-    f.view.setShowsBlanks(true);
+    f.view.setShownMarks(ShownMarks::Blanks);
     const int shown = inkIn(pictureOf(f), rowOf(f, 0), baseOf(f));
     QVERIFY2(shown >= before + 4, qPrintable(QString::number(shown - before)));
-    f.view.setShowsBlanks(false);
+    f.view.setShownMarks(ShownMarks::None);
     QCOMPARE(inkIn(pictureOf(f), rowOf(f, 0), baseOf(f)), before);
 }
 
@@ -132,7 +137,7 @@ void TextViewLooksTest::shownBlanks_betweenWords_areNotMarked()
 {
     Fixture f(u" a  b\n\n");
     const QImage before = pictureOf(f);
-    f.view.setShowsBlanks(true);
+    f.view.setShownMarks(ShownMarks::Blanks);
     QCOMPARE(pictureOf(f), before);
     f.view.replaceText({4, 1}, Text()); // The spaces before it end the line now.
     const QRect end(f.view.caretRectAt(2).toAlignedRect().adjusted(4, 0, 8, 0));
@@ -145,9 +150,86 @@ void TextViewLooksTest::shownBlanks_keepTheirPlaces()
     QList<QRectF> before;
     for (qint64 offset = 0; offset < 7; ++offset)
         before.append(f.view.caretRectAt(offset));
-    f.view.setShowsBlanks(true);
+    f.view.setShownMarks(ShownMarks::Blanks);
     for (qint64 offset = 0; offset < 7; ++offset)
         QCOMPARE(f.view.caretRectAt(offset), before[offset]);
+}
+
+void TextViewLooksTest::allMarks_areShown_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("space between words") << u"a b\n\n"_s;
+    QTest::newRow("space at the start") << u" a\n\n"_s;
+    QTest::newRow("tab") << u"\tx\n\n"_s;
+    QTest::newRow("ideographic space") << u"\u3000x\n\n"_s;
+    QTest::newRow("LF") << u"x\n"_s;
+    QTest::newRow("CR LF") << u"x\r\n"_s;
+    QTest::newRow("empty line") << u"\n"_s;
+    QTest::newRow("Hebrew") << u"\u05D0\n"_s;
+}
+
+void TextViewLooksTest::allMarks_areShown()
+{
+    QFETCH(const QString, text);
+    Fixture f(text);
+    const int before = inkIn(pictureOf(f), rowOf(f, 0), baseOf(f));
+    f.view.setShownMarks(ShownMarks::All);
+    const int shown = inkIn(pictureOf(f), rowOf(f, 0), baseOf(f));
+    QVERIFY2(shown >= before + 4, qPrintable(QString::number(shown - before)));
+    f.view.setShownMarks(ShownMarks::Blanks);
+    f.view.setShownMarks(ShownMarks::None);
+    QCOMPARE(inkIn(pictureOf(f), rowOf(f, 0), baseOf(f)), before);
+}
+
+void TextViewLooksTest::allMarks_differ()
+{
+    QList<QImage> pictures;
+    for (const QString &end : {u" "_s,
+                               u"\t"_s,
+                               u"\u3000"_s,
+                               u"\n"_s,
+                               u"\r\n"_s,
+                               u"\r"_s,
+                               u"\u0085"_s,
+                               u"\u2028"_s,
+                               u"\u2029"_s,
+                               QString()}) {
+        Fixture f(QString(u"x"_s + end));
+        f.view.setShownMarks(ShownMarks::All);
+        const QImage picture = pictureOf(f).copy(rowOf(f, 0));
+        QVERIFY2(!pictures.contains(picture), qPrintable(QString::number(pictures.size())));
+        pictures.append(picture);
+    }
+}
+
+void TextViewLooksTest::allMarks_keepTheirPlaces()
+{
+    Fixture f(QString(u"word "_s.repeated(60) + u"\r\na\t\u3000b  \nc\r"_s));
+    QList<QRectF> before;
+    for (qint64 offset = 0; offset <= f.storage.length(); ++offset)
+        before.append(f.view.caretRectAt(offset));
+    f.view.setShownMarks(ShownMarks::All);
+    for (qint64 offset = 0; offset <= f.storage.length(); ++offset)
+        QCOMPARE(f.view.caretRectAt(offset), before[offset]);
+}
+
+void TextViewLooksTest::lineEndMark_standsBehindTheTextAndInsideTheView()
+{
+    for (int length = 0; length < 80; ++length) {
+        Fixture f(QString(QString(length, u'x') + u"  \n"_s));
+        f.view.resize(300, 200);
+        QCoreApplication::processEvents();
+        f.view.setShownMarks(ShownMarks::Blanks);
+        const QImage before = pictureOf(f);
+        f.view.setShownMarks(ShownMarks::All);
+        const QImage after = pictureOf(f);
+        const QRect end = f.view.caretRectAt(length + 2).toAlignedRect();
+        const int left = std::min(end.left(), after.width() - 9);
+        const QRect place(left, end.top(), after.width() - left, end.height());
+        QVERIFY2(inkIn(after, place, baseOf(f)) >= 6, qPrintable(QString::number(length)));
+        const QRect text(0, end.top(), left, end.height());
+        QCOMPARE(after.copy(text), before.copy(text));
+    }
 }
 
 void TextViewLooksTest::controlCharacters_lookDifferent()

@@ -17,6 +17,7 @@ class BlankSwitchTest final : public QObject
 private Q_SLOTS:
     void key_showsBlanksInAllViewsAndIsRemembered();
     void contextMenu_showsTheStateAndSwitches();
+    void allMarks_switchedOn_areShownInAllViews();
 };
 
 namespace {
@@ -50,7 +51,7 @@ struct Switched
     }
 
     Preferences preferences;
-    test::ShownTextView shown{u"\tx"};
+    test::ShownTextView shown{u"\tx y\nz"};
     BlankSwitch blanks;
 };
 
@@ -90,6 +91,32 @@ void BlankSwitchTest::contextMenu_showsTheStateAndSwitches()
         menu->close();
         QCOMPARE(view.showsBlanks(), !isOn);
     }
+}
+
+void BlankSwitchTest::allMarks_switchedOn_areShownInAllViews()
+{
+    const test::TemporaryHome home;
+    UserDefaults defaults(home.file(u"penwick.conf"_s));
+    Switched first(defaults);
+    Switched second(defaults);
+    const auto picture = [&] { return second.shown.view.viewport()->grab().toImage(); };
+    const QImage none = picture();
+    first.blanks.toggle();
+    const QImage blanks = picture();
+    first.blanks.toggle();
+    QVERIFY(!first.blanks.showsAll());
+    first.blanks.toggleAll(); // Also shows the blanks, which are hidden.
+    QVERIFY(second.blanks.showsAll() && second.blanks.isOn());
+    QCOMPARE(defaults.string(u"shownMarks"_s), u"all"_s);
+    QVERIFY(picture() != blanks && picture() != none);
+    second.blanks.toggle();
+    QCOMPARE(picture(), none);
+    QVERIFY(!second.blanks.showsAll());
+    second.blanks.toggle();
+    QVERIFY(second.blanks.showsAll());
+    second.blanks.toggleAll();
+    QCOMPARE(picture(), blanks);
+    QVERIFY(first.blanks.isOn());
 }
 
 QTEST_MAIN(BlankSwitchTest)
