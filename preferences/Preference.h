@@ -8,6 +8,9 @@ namespace penwick {
 
 /// What users can set.
 enum class PreferenceId {
+    FontFamily,
+    FontSize,
+    LineSpacing,
     ShowsBlanks,
     ShownMarks,
     ShowsLineNumbers,

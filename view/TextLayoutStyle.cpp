@@ -30,4 +30,12 @@ TextLayoutStyle makeTextLayoutStyle(const QFont &font, qreal width, int tabWidth
     return style;
 }
 
+void addLineSpacing(TextLayoutStyle &style, int percent)
+{
+    constexpr int kWhole = 100;
+    const qreal extra = std::round(style.rowHeight * (percent - kWhole) / kWhole);
+    style.rowHeight += extra;
+    style.ascent += std::floor(extra / 2);
+}
+
 } // namespace penwick

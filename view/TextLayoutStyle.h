@@ -24,6 +24,10 @@ struct TextLayoutStyle
     ShownMarks shownMarks = ShownMarks::None;
 };
 
+/// Makes the rows higher, with the text in their middle.
+/// \param percent of the height, 100 or more.
+void addLineSpacing(TextLayoutStyle &style, int percent);
+
 /// Returns the style for rows `width` wide. The row height suits Latin and Japanese characters
 /// alike.
 /// \param tabWidth the distance of tab stops in columns.

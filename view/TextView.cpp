@@ -313,6 +313,12 @@ void TextView::setIndentation(const Indentation &style)
     updateStyle();
 }
 
+void TextView::setLineSpacing(int percent)
+{
+    if (std::exchange(m_lineSpacing, percent) != percent)
+        updateStyle();
+}
+
 void TextView::setShownMarks(ShownMarks marks)
 {
     if (std::exchange(m_shownMarks, marks) != marks)
@@ -430,6 +436,7 @@ void TextView::updateStyle()
     const qreal width = size.width() - 2 * TextViewport::kMargin;
     TextLayoutStyle layoutStyle = makeTextLayoutStyle(font(), width, indentation().tabWidth);
     layoutStyle.shownMarks = m_shownMarks;
+    addLineSpacing(layoutStyle, m_lineSpacing);
     m_viewport.setGeometry(layoutStyle, size);
     refresh();
 }

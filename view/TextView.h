@@ -156,6 +156,9 @@ public:
     /// Marks the line of the caret with a background colour. Off at first.
     void setMarksCurrentLine(bool marks);
 
+    /// Sets the height of the rows, in percent of what the font needs. 100 at first.
+    void setLineSpacing(int percent);
+
     /// None at first.
     void setShownMarks(ShownMarks marks);
 
@@ -284,6 +287,7 @@ private:
     CaretBlink m_caretBlink;
     Marks m_marks;
     bool m_isUpdatingScrollBars = false;
+    int m_lineSpacing = 100; // Percent.
     ShownMarks m_shownMarks = ShownMarks::None;
     bool m_marksCurrentLine = false;
 };

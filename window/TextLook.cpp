@@ -1,8 +1,10 @@
 #include "window/TextLook.h"
 
 #include "platform/settings/NotificationCenter.h"
+#include "view/EditorFont.h"
 #include "view/LineNumberGutter.h"
 #include "view/TextView.h"
+#include "window/Zoom.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
 
@@ -28,16 +30,22 @@ std::optional<PreferenceId> switchOf(CommandId id)
 
 } // namespace
 
-TextLook::TextLook(TextView *view, QBoxLayout *row, QWidget *scope, Preferences &preferences)
+TextLook::TextLook(
+    TextView *view, QBoxLayout *row, Zoom *zoom, QWidget *scope, Preferences &preferences)
     : QObject(scope)
     , m_view(view)
     , m_row(row)
+    , m_zoom(zoom)
     , m_preferences(preferences)
 {
+    Preferences::observe(PreferenceId::FontFamily, this, [this] { updateFont(); });
+    Preferences::observe(PreferenceId::FontSize, this, [this] { updateFont(); });
+    Preferences::observe(PreferenceId::LineSpacing, this, [this] { updateLineSpacing(); });
     Preferences::observe(PreferenceId::ShowsLineNumbers, this, [this] { updateLineNumbers(); });
     Preferences::observe(PreferenceId::MarksCurrentLine, this, [this] { updateCurrentLine(); });
     NotificationCenter::defaultCenter().addObserver(
         UIWordingProfileDidChange, this, [this] { relabel(); });
+    updateLineSpacing();
     updateLineNumbers();
     updateCurrentLine();
 }
@@ -60,6 +68,23 @@ bool TextLook::performCommand(CommandId id)
     if (preference)
         m_preferences.setOn(*preference, !m_preferences.isOn(*preference));
     return preference.has_value();
+}
+
+QFont TextLook::fontIn(const Preferences &preferences)
+{
+    return editorFont(Zoom::pixels(preferences.number(PreferenceId::FontSize), preferences),
+                      preferences.text(PreferenceId::FontFamily));
+}
+
+void TextLook::updateFont()
+{
+    m_zoom->setSize(m_preferences.number(PreferenceId::FontSize));
+    m_view->setFont(fontIn(m_preferences));
+}
+
+void TextLook::updateLineSpacing()
+{
+    m_view->setLineSpacing(m_preferences.number(PreferenceId::LineSpacing));
 }
 
 void TextLook::updateLineNumbers()

@@ -3,7 +3,6 @@
 #include "find/FindBar.h"
 #include "find/FindController.h"
 #include "preferences/Preferences.h"
-#include "view/EditorFont.h"
 #include "view/TextView.h"
 #include "window/BlankSwitch.h"
 #include "window/LineEndCommands.h"
@@ -16,12 +15,6 @@
 #include <QVBoxLayout>
 
 namespace penwick {
-
-namespace {
-
-constexpr int kTextSize = 14; // Logical pixels.
-
-} // namespace
 
 TextViewRepresentable::TextViewRepresentable(DocumentState *documentState,
                                              TextDocument *document,
@@ -68,8 +61,8 @@ void TextViewRepresentable::makeTextView()
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    m_textView = new TextView(
-        m_storage.get(), editorFont(Zoom::pixels(kTextSize, Preferences::standard())), this);
+    Preferences &preferences = Preferences::standard();
+    m_textView = new TextView(m_storage.get(), TextLook::fontIn(preferences), this);
     m_textView->setFrameShape(QFrame::NoFrame);
     m_textView->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     m_textView->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
@@ -84,8 +77,8 @@ void TextViewRepresentable::makeTextView()
     m_blankSwitch = new BlankSwitch(m_textView, this, Preferences::standard());
     m_lineEndCommands = new LineEndCommands(m_textView, this, Preferences::standard());
     m_textCommands = new TextCommands(m_textView, this, Preferences::standard());
-    m_textLook = new TextLook(m_textView, row, this, Preferences::standard());
-    m_zoom = new Zoom(m_textView, this, kTextSize, Preferences::standard());
+    m_zoom = new Zoom(m_textView, this, preferences.number(PreferenceId::FontSize), preferences);
+    m_textLook = new TextLook(m_textView, row, m_zoom, this, preferences);
     setFocusProxy(m_textView);
 }
 

@@ -21,6 +21,7 @@ constexpr int kStep = 10;
 Zoom::Zoom(TextView *view, QWidget *scope, int size, Preferences &preferences)
     : QObject(scope)
     , m_preferences(preferences)
+    , m_size(size)
 {
     const auto connectKey = [this, scope](CommandId id, const auto &action) {
         connect(makeShortcut(id, scope), &QShortcut::activated, this, action);
@@ -29,9 +30,9 @@ Zoom::Zoom(TextView *view, QWidget *scope, int size, Preferences &preferences)
     connectKey(CommandId::ZoomOut, [this] { step(-1); });
     connectKey(CommandId::ZoomReset, [this] { reset(); });
     view->viewport()->installEventFilter(this);
-    Preferences::observe(PreferenceId::Zoom, this, [this, view, size] {
+    Preferences::observe(PreferenceId::Zoom, this, [this, view] {
         QFont font = view->font();
-        setFontPixels(font, pixels(size, m_preferences));
+        setFontPixels(font, pixels(m_size, m_preferences));
         view->setFont(font);
     });
 }

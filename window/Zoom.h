@@ -34,12 +34,16 @@ public:
     /// Back to 100 %.
     void reset();
 
+    /// Sets the size at 100 % for the next steps, in logical pixels; the view's font stays.
+    void setSize(int size) { m_size = size; }
+
     bool eventFilter(QObject *object, QEvent *event) override;
 
 private:
     [[nodiscard]] int steppedBy(int steps) const;
 
     Preferences &m_preferences;
+    int m_size;
     int m_wheelAngle = 0; // Turned since the last step, in eighths of a degree.
 };
 

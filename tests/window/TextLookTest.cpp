@@ -5,10 +5,15 @@
 #include "view/LineColors.h"
 #include "view/LineNumberGutter.h"
 #include "view/TextView.h"
+#include "window/Zoom.h"
 
+#include <QFontInfo>
 #include <QHBoxLayout>
 #include <QScrollBar>
 #include <QTest>
+
+#include <cmath>
+#include <memory>
 
 using namespace penwick;
 using namespace Qt::StringLiterals;
@@ -27,11 +32,14 @@ struct Settings
 struct Looking
 {
     explicit Looking(Preferences &preferences, QStringView text = u"one\ntwo\nthree")
+        : view(&storage, TextLook::fontIn(preferences), &window)
     {
         row->setContentsMargins(0, 0, 0, 0);
         row->setSpacing(0);
         row->addWidget(&view, 1);
-        look = std::make_unique<TextLook>(&view, row, &window, preferences);
+        zoom = std::make_unique<Zoom>(
+            &view, &window, preferences.number(PreferenceId::FontSize), preferences);
+        look = std::make_unique<TextLook>(&view, row, zoom.get(), &window, preferences);
         view.setString(Text(text));
         window.resize(500, 300);
         window.show();
@@ -57,7 +65,8 @@ struct Looking
     QWidget window;
     QHBoxLayout *row = new QHBoxLayout(&window);
     TextStorage storage;
-    TextView view{&storage, &window};
+    TextView view;
+    std::unique_ptr<Zoom> zoom;
     std::unique_ptr<TextLook> look;
 };
 
@@ -80,6 +89,10 @@ private Q_SLOTS:
     void standard_hasNeither();
     void lineNumbers_switched_actInAllViewsAndAreRemembered();
     void lineNumbers_switched_keepCaretAndTopLine();
+    void font_changed_actsInAllViews();
+    void font_thatDoesNotExist_isIgnored();
+    void lineSpacing_changed_movesTheRowsApart();
+    void looks_changed_keepCaretAndTopLine();
     void currentLine_followsTheCaret();
     void currentLine_wrapped_isMarkedInAllRows();
     void currentLine_anyPalette_keepsTheTextReadable_data();
@@ -135,6 +148,78 @@ void TextLookTest::lineNumbers_switched_keepCaretAndTopLine()
         QCOMPARE(f.view.lineAt(f.topOffset(), TextView::LineCount::LineBreaks), line);
         QCOMPARE(f.view.selectedRange(), (TextRange{190 * 150 + 3, 20}));
     }
+}
+
+void TextLookTest::font_changed_actsInAllViews()
+{
+    Settings settings;
+    Looking first(settings.preferences);
+    Looking second(settings.preferences);
+    QCOMPARE(first.view.font().pixelSize(), 14);
+    settings.preferences.setNumber(PreferenceId::FontSize, 20);
+    settings.preferences.setText(PreferenceId::FontFamily, u"DejaVu Serif"_s);
+    for (Looking *f : {&first, &second}) {
+        QCOMPARE(f->view.font().pixelSize(), 20);
+        QCOMPARE(QFontInfo(f->view.font()).family(), u"DejaVu Serif"_s);
+    }
+    first.zoom->step(1);
+    QCOMPARE(second.view.font().pixelSize(), 22);
+    QCOMPARE(QFontInfo(second.view.font()).family(), u"DejaVu Serif"_s);
+    settings.preferences.setNumber(PreferenceId::FontSize, 10);
+    QCOMPARE(second.view.font().pixelSize(), 11);
+    const Looking later(settings.preferences);
+    QCOMPARE(later.view.font(), second.view.font());
+}
+
+void TextLookTest::font_thatDoesNotExist_isIgnored()
+{
+    Settings settings;
+    Looking f(settings.preferences);
+    const QString standard = QFontInfo(f.view.font()).family();
+    settings.preferences.setText(PreferenceId::FontFamily, u"No Such Font"_s);
+    QCOMPARE(QFontInfo(f.view.font()).family(), standard);
+}
+
+void TextLookTest::lineSpacing_changed_movesTheRowsApart()
+{
+    Settings settings;
+    Looking f(settings.preferences);
+    const qreal height = f.view.rowHeight();
+    const qreal ascent = f.view.rowAscent();
+    settings.preferences.setNumber(PreferenceId::LineSpacing, 150);
+    QCOMPARE(f.view.rowHeight(), height + std::round(height / 2));
+    QCOMPARE(f.view.caretRectAt(4).top() - f.view.caretRectAt(0).top(), f.view.rowHeight());
+    QVERIFY(f.view.rowAscent() > ascent &&
+            f.view.rowAscent() < f.view.rowHeight() - height + ascent);
+    settings.preferences.reset(PreferenceId::LineSpacing);
+    QCOMPARE(f.view.rowHeight(), height);
+    QCOMPARE(f.view.rowAscent(), ascent);
+}
+
+void TextLookTest::looks_changed_keepCaretAndTopLine()
+{
+    Settings settings;
+    Looking f(settings.preferences,
+              QString(u"some words in a line "_s.repeated(9) + u'\n').repeated(300));
+    const TextRange selection{190 * 150 + 3, 20};
+    f.view.setSelectedRange(selection);
+    const auto topLine = [&] {
+        return f.view.lineAt(f.topOffset(), TextView::LineCount::LineBreaks);
+    };
+    const qint64 line = topLine();
+    QVERIFY(line > 0);
+    const auto isKept = [&] { return topLine() == line && f.view.selectedRange() == selection; };
+    Preferences &preferences = settings.preferences;
+    preferences.setNumber(PreferenceId::FontSize, 30);
+    QVERIFY(isKept());
+    preferences.setText(PreferenceId::FontFamily, u"DejaVu Serif"_s);
+    QVERIFY(isKept());
+    preferences.setNumber(PreferenceId::LineSpacing, 200);
+    QVERIFY(isKept());
+    preferences.setNumber(PreferenceId::FontSize, 8);
+    QVERIFY(isKept());
+    preferences.reset(PreferenceId::LineSpacing);
+    QVERIFY(isKept());
 }
 
 void TextLookTest::currentLine_followsTheCaret()
