@@ -38,9 +38,9 @@ InvisiblePainter::InvisiblePainter(QPainter &painter,
 QRectF InvisiblePainter::rowRect(int row, const Segment &segment) const
 {
     return {segment.origin.x(),
-            segment.origin.y() + row * m_style.rowHeight,
+            segment.origin.y() + row * m_style.rowHeight + m_style.spaceAbove,
             m_style.width,
-            m_style.rowHeight};
+            m_style.rowHeight - m_style.spaceAbove - m_style.spaceBelow};
 }
 
 void InvisiblePainter::paint(const SegmentLayout &layout, const Segment &segment)

@@ -34,8 +34,10 @@ void addLineSpacing(TextLayoutStyle &style, int percent)
 {
     constexpr int kWhole = 100;
     const qreal extra = std::round(style.rowHeight * (percent - kWhole) / kWhole);
+    style.spaceAbove = std::floor(extra / 2);
+    style.spaceBelow = extra - style.spaceAbove;
     style.rowHeight += extra;
-    style.ascent += std::floor(extra / 2);
+    style.ascent += style.spaceAbove;
 }
 
 } // namespace penwick

@@ -20,7 +20,9 @@ struct TextLayoutStyle
     qreal tabWidth = 0;    ///< Distance of tab stops.
     qreal columnWidth = 0; ///< Of one ASCII character.
     qreal rowHeight = 1;
-    qreal ascent = 1; ///< From a row's top to its baseline.
+    qreal ascent = 1;     ///< From a row's top to its baseline.
+    qreal spaceAbove = 0; ///< Of a row, above the height that the font needs.
+    qreal spaceBelow = 0;
     ShownMarks shownMarks = ShownMarks::None;
 };
 

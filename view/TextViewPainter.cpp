@@ -348,7 +348,9 @@ void paintTextView(QPainter &painter,
         return;
     caret.moveLeft(std::round(caret.left()));
     caret.setWidth(picture.caretWidth);
-    painter.fillRect(caret.adjusted(0, 1, 0, -1), palette.color(QPalette::Text));
+    const TextLayoutStyle &style = viewport.style();
+    painter.fillRect(caret.adjusted(0, style.spaceAbove + 1, 0, -style.spaceBelow - 1),
+                     palette.color(QPalette::Text));
 }
 
 } // namespace penwick

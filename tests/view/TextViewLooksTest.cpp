@@ -68,6 +68,7 @@ private Q_SLOTS:
     void allMarks_differ();
     void allMarks_keepTheirPlaces();
     void lineEndMark_standsBehindTheTextAndInsideTheView();
+    void lineSpacing_leavesTextMarksAndCaretAsTheyAre();
     void controlCharacters_lookDifferent();
     void ordinaryLineEnds_areNotDrawn_data();
     void ordinaryLineEnds_areNotDrawn();
@@ -230,6 +231,20 @@ void TextViewLooksTest::lineEndMark_standsBehindTheTextAndInsideTheView()
         const QRect text(0, end.top(), left, end.height());
         QCOMPARE(after.copy(text), before.copy(text));
     }
+}
+
+void TextViewLooksTest::lineSpacing_leavesTextMarksAndCaretAsTheyAre()
+{
+    Fixture f(QString(u"a \t\u3000Ａ\u00A0"_s + u'\0' + u"\r\n"_s));
+    f.view.setShownMarks(ShownMarks::All);
+    const auto picture = [&f] { return f.view.viewport()->grab().toImage().copy(rowOf(f, 0)); };
+    const QImage before = picture();
+    f.view.setLineSpacing(200);
+    const QImage after = picture();
+    QCOMPARE(after.height(), 2 * before.height());
+    const int above = before.height() / 2;
+    QCOMPARE(after.copy(0, above, before.width(), before.height()), before);
+    QCOMPARE(inkIn(after, QRect(0, 0, after.width(), above), baseOf(f)), 0);
 }
 
 void TextViewLooksTest::controlCharacters_lookDifferent()
