@@ -18,7 +18,7 @@ QString japaneseVariety(const QString &family)
     for (const QStringView region : {u" CJK SC", u" CJK TC", u" CJK HK", u" CJK KR"}) {
         if (!family.endsWith(region))
             continue;
-        const QString japanese = family.chopped(region.size()) + u" CJK JP"_s;
+        QString japanese = family.chopped(region.size()) + u" CJK JP"_s;
         if (resolvedFontFamily(japanese) == japanese)
             return japanese;
     }

@@ -100,7 +100,7 @@ void InvisiblePainter::paintLineEnd(const SegmentLayout &layout, const Segment &
             left = std::max(left, line.cursorToX(line.textStart() + line.textLength()));
         // A full row leaves it only the margin.
         const qreal last = m_style.width + TextViewport::kMargin - width;
-        left = std::clamp(left, -TextViewport::kMargin, last);
+        left = std::max(-TextViewport::kMargin, std::min(left, last));
     }
     QRectF cell = rowRect(row, segment);
     cell.setLeft(segment.origin.x() + left);
