@@ -27,9 +27,9 @@ constexpr std::array kShownMarks{
 // One row per line, also beyond the column limit.
 // clang-format off
 constexpr Preference kPreferences[] = {
-    {Id::FontFamily, u"fontFamily", Kind::Text, u"preference.fontFamily", u""},
-    {Id::FontSize, u"fontSize", Kind::Number, u"preference.fontSize", u"14", 6, 72},
-    {Id::LineSpacing, u"lineSpacing", Kind::Number, u"preference.lineSpacing", u"100", 100, 200},
+    {Id::FontFamily, u"fontFamily", Kind::FontFamily, u"preference.fontFamily", u""},
+    {Id::FontSize, u"fontSize", Kind::Number, u"preference.fontSize", u"14", 6, 72, {}, u"preference.pixels"},
+    {Id::LineSpacing, u"lineSpacing", Kind::Number, u"preference.lineSpacing", u"100", 100, 200, {}, u"preference.percent"},
     {Id::ShowsBlanks, u"showsBlanks", Kind::Switch, u"editor.showBlanks", u"false"},
     {Id::ShownMarks, u"shownMarks", Kind::Choice, u"preference.shownMarks", u"blanks", 0, 0, kShownMarks},
     {Id::ShowsLineNumbers, u"showsLineNumbers", Kind::Switch, u"command.lineNumbers", u"false"},

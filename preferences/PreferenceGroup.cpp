@@ -11,7 +11,7 @@ struct Start
 };
 
 constexpr Start kStarts[] = {
-    {PreferenceId::ShowsBlanks, u"preference.group.view"},
+    {PreferenceId::FontFamily, u"preference.group.view"},
     {PreferenceId::TabWidth, u"preference.group.editing"},
     {PreferenceId::KeepsRecoveryCopies, u"preference.group.files"},
     {PreferenceId::MacroMemory, u"preference.group.macros"},
