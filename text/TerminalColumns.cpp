@@ -8,10 +8,10 @@ namespace penwick {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-int columnsOf(char32_t character)
+int terminalColumns(char32_t character)
 {
+    if (character >= 0x20 && character < 0x7F)
+        return 1;
     const auto point = static_cast<UChar32>(character);
     const auto category = U_GET_GC_MASK(point);
     if ((category & (U_GC_M_MASK | U_GC_CC_MASK | U_GC_CF_MASK)) != 0)
@@ -20,13 +20,11 @@ int columnsOf(char32_t character)
     return width == U_EA_WIDE || width == U_EA_FULLWIDTH ? 2 : 1;
 }
 
-} // namespace
-
 int terminalColumns(QStringView text)
 {
     int columns = 0;
     for (const auto character : text.toUcs4())
-        columns += columnsOf(static_cast<char32_t>(character));
+        columns += terminalColumns(static_cast<char32_t>(character));
     return columns;
 }
 
@@ -38,7 +36,7 @@ QString endWithinColumns(const QString &text, int columns)
     int rest = columns - 1; // The ellipsis takes one.
     qsizetype start = characters.size();
     while (start > 0) {
-        const int width = columnsOf(static_cast<char32_t>(characters.at(start - 1)));
+        const int width = terminalColumns(static_cast<char32_t>(characters.at(start - 1)));
         if (width > rest)
             break;
         rest -= width;

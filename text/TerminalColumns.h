@@ -5,6 +5,8 @@
 
 namespace penwick {
 
+/// Returns how many columns of a terminal the character takes; see below.
+[[nodiscard]] int terminalColumns(char32_t character);
 /// Returns how many columns of a terminal the text takes: two for each wide character (East Asian
 /// Wide and Fullwidth), none for combining and control characters, one for each other.
 [[nodiscard]] int terminalColumns(QStringView text);

@@ -4,6 +4,8 @@
 
 #include <QKeySequence>
 
+#include <algorithm>
+
 namespace penwick {
 
 namespace {
@@ -69,7 +71,10 @@ neighbourInRow(TextViewport &viewport, const Text &text, TextCaret from, qreal x
     const qint64 last = end.atRowEnd ? end.offset - 1 : end.offset;
     std::optional<TextCaret> best;
     qreal bestDistance = 0;
-    for (qint64 offset = viewport.rowStart(from).offset; offset <= last;
+    constexpr qint64 kReach = 1024; // More than fit in a row that wraps.
+    const qint64 first = std::max(viewport.rowStart(from).offset, from.offset - kReach);
+    for (qint64 offset = text.clusterBoundaryAtOrBefore(first);
+         offset <= std::min(last, from.offset + kReach);
          offset = text.nextClusterBoundary(offset)) {
         const TextCaret caret{offset, false};
         const qreal distance = (viewport.caretX(caret) - x) * (toRight ? 1 : -1);

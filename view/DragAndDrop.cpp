@@ -106,7 +106,7 @@ void DragAndDrop::move(QDragMoveEvent *event)
     if (!accepts(event))
         return;
     m_point = event->position();
-    if (scrollDistance() == 0)
+    if (scrollDistance().isNull())
         m_scrollTimer.stop();
     else if (!m_scrollTimer.isActive())
         m_scrollTimer.start(kScrollInterval, this);
@@ -127,22 +127,29 @@ void DragAndDrop::clearTarget()
 }
 
 /// Returns the logical pixels to scroll per timer event, more the nearer the drag is to the edge; 0
-/// outside the two stripes that scroll.
-qreal DragAndDrop::scrollDistance() const
+/// outside the stripes that scroll.
+QPointF DragAndDrop::scrollDistance() const
 {
-    const qreal height = m_viewport->size().height();
-    const qreal stripe = std::min(m_viewport->style().rowHeight, height / 4);
-    if (m_point.y() < stripe)
-        return (m_point.y() - stripe) / 3 - 1;
-    const qreal below = m_point.y() - (height - stripe);
-    return below > 0 ? below / 3 + 1 : 0;
+    const auto distance = [this](qreal place, qreal size) {
+        const qreal stripe = std::min(m_viewport->style().rowHeight, size / 4);
+        if (place < stripe)
+            return (place - stripe) / 3 - 1;
+        const qreal beyond = place - (size - stripe);
+        return beyond > 0 ? beyond / 3 + 1 : 0;
+    };
+    const QSizeF size = m_viewport->size();
+    return {m_viewport->scrollsSideways() ? distance(m_point.x(), size.width()) : 0,
+            distance(m_point.y(), size.height())};
 }
 
 void DragAndDrop::timerEvent(QTimerEvent *event)
 {
     if (event->timerId() != m_scrollTimer.timerId())
         return;
-    m_viewport->scrollByPixels(scrollDistance());
+    const QPointF distance = scrollDistance();
+    m_viewport->scrollByPixels(distance.y());
+    if (distance.x() != 0)
+        m_viewport->scrollSidewaysBy(distance.x());
     updateTarget();
 }
 

@@ -52,7 +52,7 @@ private:
     static bool accepts(QDropEvent *event);
     void updateTarget();
     void clearTarget();
-    [[nodiscard]] qreal scrollDistance() const;
+    [[nodiscard]] QPointF scrollDistance() const;
 
     QWidget *m_view;
     TextViewport *m_viewport;

@@ -8,22 +8,6 @@
 
 namespace penwick {
 
-namespace {
-
-/// Returns the first and the end index of the part of a row that may be between two places, which
-/// are counted from the left edge of the text. A row without wrapping may be long.
-std::pair<int, int>
-partBetween(qreal left, qreal right, const SegmentLayout &layout, const QTextLine &line)
-{
-    const int start = line.textStart();
-    const int end = start + line.textLength();
-    if (layout.hasRightToLeft())
-        return {start, end};
-    return {std::max(start, line.xToCursor(left) - 1), std::min(end, line.xToCursor(right) + 1)};
-}
-
-} // namespace
-
 InvisiblePainter::InvisiblePainter(QPainter &painter,
                                    const TextLayoutStyle &style,
                                    const QColor &plain,
@@ -37,9 +21,9 @@ InvisiblePainter::InvisiblePainter(QPainter &painter,
 
 QRectF InvisiblePainter::rowRect(int row, const Segment &segment) const
 {
-    return {segment.origin.x(),
+    return {segment.exposed.x(),
             segment.origin.y() + row * m_style.rowHeight + m_style.spaceAbove,
-            m_style.width,
+            segment.exposed.width(),
             m_style.rowHeight - m_style.spaceAbove - m_style.spaceBelow};
 }
 
@@ -61,10 +45,9 @@ void InvisiblePainter::paintRow(const SegmentLayout &layout, int row, const Segm
     const auto byIndex = [](const InvisibleCharacter &character, int index) {
         return character.index < index;
     };
-    const auto [start, end] = partBetween(segment.exposed.left() - segment.origin.x(),
-                                          segment.exposed.right() - segment.origin.x(),
-                                          layout,
-                                          line);
+    const auto [start, end] = layout.indicesBetween(segment.exposed.left() - segment.origin.x(),
+                                                    segment.exposed.right() - segment.origin.x(),
+                                                    row);
     const auto first = std::lower_bound(characters.begin(), characters.end(), start, byIndex);
     for (auto it = first; it != characters.end() && it->index < end; ++it) {
         const qreal a = line.cursorToX(it->index, QTextLine::Leading);
@@ -98,9 +81,10 @@ void InvisiblePainter::paintLineEnd(const SegmentLayout &layout, const Segment &
     if (!hasLabel) {
         if (!layout.hasRightToLeft()) // Behind the blanks, which may hang over the row's end.
             left = std::max(left, line.cursorToX(line.textStart() + line.textLength()));
-        // A full row leaves it only the margin.
-        const qreal last = m_style.width + TextViewport::kMargin - width;
-        left = std::max(-TextViewport::kMargin, std::min(left, last));
+        if (m_style.wraps) { // A full row leaves it only the margin.
+            const qreal last = m_style.width + TextViewport::kMargin - width;
+            left = std::max(-TextViewport::kMargin, std::min(left, last));
+        }
     }
     QRectF cell = rowRect(row, segment);
     cell.setLeft(segment.origin.x() + left);

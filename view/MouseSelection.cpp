@@ -135,7 +135,7 @@ bool MouseSelection::move(const QMouseEvent &event)
         return false;
     m_position = event.position();
     extendTo(m_position);
-    const bool isOutside = m_position.y() < 0 || m_position.y() > m_viewport->size().height();
+    const bool isOutside = !beyond().isNull();
     if (isOutside && !m_autoscrollTimer.isActive())
         m_autoscrollTimer.start(kAutoscrollInterval, this);
     else if (!isOutside)
@@ -180,11 +180,23 @@ void MouseSelection::timerEvent(QTimerEvent *event)
 {
     if (event->timerId() != m_autoscrollTimer.timerId())
         return;
-    const qreal y = m_position.y();
     // Scroll faster the farther outside the mouse is.
-    const qreal distance = y < 0 ? y : std::max<qreal>(0, y - m_viewport->size().height());
-    m_viewport->scrollByPixels(distance / 2);
+    const QPointF distance = beyond();
+    m_viewport->scrollByPixels(distance.y() / 2);
+    if (distance.x() != 0)
+        m_viewport->scrollSidewaysBy(distance.x() / 2);
     extendTo(m_position);
+}
+
+/// Returns how far outside the viewport the mouse is.
+QPointF MouseSelection::beyond() const
+{
+    const auto outside = [](qreal place, qreal size) {
+        return place < 0 ? place : std::max<qreal>(0, place - size);
+    };
+    const QSizeF size = m_viewport->size();
+    return {m_viewport->scrollsSideways() ? outside(m_position.x(), size.width()) : 0,
+            outside(m_position.y(), size.height())};
 }
 
 } // namespace penwick

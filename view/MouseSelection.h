@@ -45,6 +45,7 @@ private:
     [[nodiscard]] bool startRectangle(const QMouseEvent &event);
     void start(Unit unit, qint64 offset);
     void extendTo(QPointF point);
+    [[nodiscard]] QPointF beyond() const;
     void select(qint64 anchor, TextCaret caret);
 
     TextViewport *m_viewport;

@@ -1,12 +1,14 @@
 #include "view/TextLayoutCache.h"
 
 #include "view/InvisibleMarks.h"
+#include "view/RowBreaks.h"
 
 #include <QGlyphRun>
 #include <QRawFont>
 #include <QTextOption>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace penwick {
@@ -16,6 +18,9 @@ namespace {
 /// Replaces, in the layout, a character that is shown by a label. Neutral in direction.
 constexpr QChar kPlaceholder(0x25AF);
 
+/// Wider than any segment, and within the range of the toolkit's fixed-point numbers.
+constexpr qreal kUnlimited = 1 << 24;
+
 /// Returns the line break after `segment` if it is neither a line feed nor CR LF, else 0.
 char16_t unusualLineEnd(const Text &text, const TextSegment &segment)
 {
@@ -23,15 +28,34 @@ char16_t unusualLineEnd(const Text &text, const TextSegment &segment)
     return unit == u'\n' ? u'\0' : unit;
 }
 
-bool holdsRightToLeft(const QString &units)
+bool holdsRightToLeft(QStringView units)
 {
     constexpr char16_t kFirstRightToLeft = 0x0590;
-    return std::any_of(units.begin(), units.end(), [](QChar c) {
-        // A surrogate pair may belong to a right-to-left script: counting each only costs time.
-        return c.unicode() >= kFirstRightToLeft &&
-               (c.direction() == QChar::DirR || c.direction() == QChar::DirAL ||
-                c.isHighSurrogate());
-    });
+    for (qsizetype i = 0; i < units.size(); ++i) {
+        char32_t character = units[i].unicode();
+        if (character < kFirstRightToLeft)
+            continue;
+        if (QChar::isHighSurrogate(character) && i + 1 < units.size())
+            character = QChar::surrogateToUcs4(units[i], units[i + 1]);
+        const QChar::Direction direction = QChar::direction(character);
+        if (direction == QChar::DirR || direction == QChar::DirAL)
+            return true;
+    }
+    return false;
+}
+
+/// True for a character that begins a row in a layout even where rows do not wrap.
+bool beginsRow(QChar character)
+{
+    return character == u'\n' || character == QChar::LineSeparator ||
+           character == QChar::ParagraphSeparator;
+}
+
+/// Returns the width of a row with the blanks at its end.
+qreal widthOf(const QTextLine &line)
+{
+    return std::max(line.naturalTextRect().right(),
+                    line.cursorToX(line.textStart() + line.textLength()));
 }
 
 /// U+FE0F requests the emoji presentation of the character before it. The layout engine ignores
@@ -78,6 +102,7 @@ SegmentLayout::SegmentLayout(const Text &text,
     : m_segment(segment)
 {
     QString units = text.slice(segment.start, segment.length());
+    QString shown = units;
     // The transparent formats of labelled characters come last, so that they override the colours.
     QList<QTextLayout::FormatRange> formats = colorFormats(colors);
     const bool isLast = segment.breakLength == 0 && segment.end == text.size();
@@ -90,16 +115,20 @@ SegmentLayout::SegmentLayout(const Text &text,
     m_layout.setFont(style.font);
     m_layout.setCacheEnabled(true);
     QTextOption option;
-    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    option.setWrapMode(style.wraps ? QTextOption::WrapAtWordBoundaryOrAnywhere
+                                   : QTextOption::NoWrap);
     option.setTabStopDistance(style.tabWidth);
-    option.setAlignment(isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft);
+    // The viewport aligns rows that do not wrap.
+    option.setAlignment(style.wraps && isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft);
     m_layout.setTextOption(option);
     // At the boundary of two segments of a line, the second one shows the composition.
     if (composition.isActive() && composition.position >= segment.start &&
         (composition.position < segment.nextStart() || isLast))
         insertComposition(composition, formats);
     m_layout.setFormats(formats);
-    addRows(style);
+    if (m_compositionLength > 0)
+        shown.insert(m_compositionIndex, composition.string);
+    addRows(style, shown);
 }
 
 QList<QTextLayout::FormatRange>
@@ -140,7 +169,10 @@ void SegmentLayout::insertComposition(const TextComposition &composition,
 {
     m_compositionIndex = indexInSegment(composition.position);
     m_compositionLength = static_cast<int>(composition.string.size());
-    m_layout.setPreeditArea(m_compositionIndex, composition.string);
+    QString shown = composition.string;
+    if (m_layout.textOption().wrapMode() == QTextOption::NoWrap)
+        std::replace_if(shown.begin(), shown.end(), beginsRow, QChar(u' '));
+    m_layout.setPreeditArea(m_compositionIndex, shown);
     QList<QTextLayout::FormatRange> moved;
     for (QTextLayout::FormatRange range : std::as_const(formats)) {
         const int before = std::clamp(m_compositionIndex - range.start, 0, range.length);
@@ -168,17 +200,52 @@ int SegmentLayout::indexInSegment(qint64 offset) const
     return static_cast<int>(std::clamp<qint64>(offset - m_segment.start, 0, m_segment.length()));
 }
 
-void SegmentLayout::addRows(const TextLayoutStyle &style)
+/// Breaks a row in Japanese text, and at a column, where the toolkit would not. It does so in a row
+/// that is only as wide as the part to keep.
+void SegmentLayout::breakRow(QTextLine &line, const TextLayoutStyle &style, QStringView shown) const
 {
+    if (m_hasRightToLeft) // The part to keep has no one place on the screen.
+        return;
+    const int start = line.textStart();
+    const auto endBefore = [&](int index) {
+        constexpr qreal kTolerance = 0.5; // Of positions that are rounded.
+        line.setLineWidth(line.cursorToX(index) - line.cursorToX(start) + kTolerance);
+    };
+    if (style.wrapColumn > 0) {
+        const auto isLabelled = [](char16_t unit) { return !invisible::label(unit).isEmpty(); };
+        const int reserved = m_lineEnd != 0 ? invisible::kLabelColumns : 0;
+        const auto tabWidth = static_cast<int>(std::round(style.tabWidth / style.columnWidth));
+        const qsizetype most = row_breaks::unitsWithin(shown.sliced(start),
+                                                       std::max(1, style.wrapColumn - reserved),
+                                                       std::max(1, tabWidth),
+                                                       invisible::kLabelColumns,
+                                                       isLabelled);
+        if (most < line.textLength())
+            endBefore(start + static_cast<int>(most));
+    }
+    const int end = start + line.textLength();
+    if (end - 1 > start && row_breaks::isForbidden(shown, end))
+        endBefore(end - 1);
+}
+
+void SegmentLayout::addRows(const TextLayoutStyle &style, QStringView shown)
+{
+    constexpr qreal kWidest = 3; // Relative to the mean, of the characters of any font.
+    const bool countsColumns = style.wrapColumn > 0 && !m_hasRightToLeft;
     const qreal reserved = m_lineEnd != 0 ? invisible::kLabelColumns * style.columnWidth : 0;
     const qreal left = isRightToLeft() ? reserved : 0;
     m_layout.beginLayout();
     qreal y = 0;
     for (QTextLine line = m_layout.createLine(); line.isValid(); line = m_layout.createLine()) {
-        line.setLineWidth(std::max<qreal>(1, style.width - reserved));
+        const qreal width = countsColumns ? kWidest * style.width : style.width - reserved;
+        line.setLineWidth(style.wraps ? std::max<qreal>(1, width) : kUnlimited);
+        if (style.wraps)
+            breakRow(line, style, shown);
         // Fallback fonts differ in height. Aligning the baselines keeps the rows evenly spaced.
         line.setPosition(QPointF(left, y + style.ascent - line.ascent()));
         y += style.rowHeight;
+        if (!style.wraps || style.wrapColumn > 0)
+            m_width = std::max(m_width, widthOf(line) + reserved - left);
     }
     m_layout.endLayout();
 }
@@ -302,6 +369,17 @@ qint64 SegmentLayout::offsetAt(qreal x, int row) const
 qint64 SegmentLayout::characterAt(qreal x, int row) const
 {
     return textOffset(m_layout.lineAt(row).xToCursor(x, QTextLine::CursorOnCharacter));
+}
+
+std::pair<int, int> SegmentLayout::indicesBetween(qreal left, qreal right, int row) const
+{
+    constexpr int kFew = 512;
+    const QTextLine line = m_layout.lineAt(row);
+    const int end = line.textStart() + line.textLength();
+    if (line.textLength() <= kFew || m_hasRightToLeft)
+        return {line.textStart(), end};
+    return {std::max(line.textStart(), line.xToCursor(left) - 1),
+            std::min(end, line.xToCursor(right) + 1)};
 }
 
 bool SegmentLayout::isRightToLeft() const

@@ -49,6 +49,10 @@ public:
 
     [[nodiscard]] int rowCount() const { return m_layout.lineCount(); }
 
+    /// The width of the widest row with the blanks and the label at its end, in logical pixels. 0
+    /// where rows wrap at the window.
+    [[nodiscard]] qreal width() const { return m_width; }
+
     [[nodiscard]] const QTextLayout &layout() const { return m_layout; }
 
     /// The characters that need a mark or a label, ascending. Blanks only if the style shows them.
@@ -77,10 +81,13 @@ public:
     [[nodiscard]] qint64 offsetAt(qreal x, int row) const;
     /// The offset of the character that covers `x` in a row; beyond the last one, the row's end.
     [[nodiscard]] qint64 characterAt(qreal x, int row) const;
+    /// Indices in `layout()` of the characters that a row has from `left` to `right`, and perhaps
+    /// others: where few are to be saved, all of the row.
+    [[nodiscard]] std::pair<int, int> indicesBetween(qreal left, qreal right, int row) const;
     /// True when the segment's first strong character is right-to-left.
     [[nodiscard]] bool isRightToLeft() const;
 
-    /// True when characters may run from right to left. Any surrogate pair counts.
+    /// True when characters may run from right to left.
     [[nodiscard]] bool hasRightToLeft() const { return m_hasRightToLeft; }
 
     /// Index in `layout()` of an offset of the text. An active composition shifts what follows it.
@@ -98,11 +105,14 @@ private:
     substituteInvisibles(QString &units, const TextLayoutStyle &style, bool endsLine);
     void insertComposition(const TextComposition &composition,
                            QList<QTextLayout::FormatRange> &formats);
-    void addRows(const TextLayoutStyle &style);
+    /// `shown` is the text with the composition in it.
+    void addRows(const TextLayoutStyle &style, QStringView shown);
+    void breakRow(QTextLine &line, const TextLayoutStyle &style, QStringView shown) const;
 
     TextSegment m_segment;
     QTextLayout m_layout;
     std::vector<InvisibleCharacter> m_invisibles;
+    qreal m_width = 0;
     char16_t m_lineEnd = 0;
     int m_compositionIndex = -1;
     int m_compositionLength = 0;

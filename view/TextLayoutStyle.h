@@ -16,7 +16,7 @@ struct TextLayoutStyle
 {
     QFont font;
     QString emojiFamily;   ///< The emoji family among the font's families; empty if there is none.
-    qreal width = 0;       ///< Rows wrap here.
+    qreal width = 0;       ///< Rows wrap here, if they do.
     qreal tabWidth = 0;    ///< Distance of tab stops.
     qreal columnWidth = 0; ///< Of one ASCII character.
     qreal rowHeight = 1;
@@ -24,6 +24,10 @@ struct TextLayoutStyle
     qreal spaceAbove = 0; ///< Of a row, above the height that the font needs.
     qreal spaceBelow = 0;
     ShownMarks shownMarks = ShownMarks::None;
+    bool wraps = true;  ///< False: a segment is one row, whatever its width.
+    int wrapColumn = 0; ///< Most columns in a row, if the window does not limit it; else 0.
+
+    bool operator==(const TextLayoutStyle &) const = default;
 };
 
 /// Makes the rows higher, with the text in their middle.

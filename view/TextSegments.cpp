@@ -1,5 +1,7 @@
 #include "view/TextSegments.h"
 
+#include "view/RowBreaks.h"
+
 #include <QChar>
 
 #include <algorithm>
@@ -10,6 +12,10 @@ namespace {
 
 /// How far back from its nominal place a cut may move to follow a blank, in UTF-16 code units.
 constexpr qint64 kBlankReach = 256;
+/// How far back in Japanese text it may move to a place where a row may begin. UTF-16 code units.
+constexpr qint64 kBreakReach = 32;
+/// UTF-16 code units after a cut that decide whether a row may begin there.
+constexpr qint64 kUnitsAfterBreak = 2;
 /// A cluster longer than this is cut like other text. UTF-16 code units.
 constexpr qint64 kClusterReach = 1024;
 
@@ -28,9 +34,13 @@ qint64 cutAt(const Text &text, qint64 lineStart, qint64 lineEnd, qint64 index)
     // A combining mark may follow the blank; the cut would then divide a cluster.
     if (blank >= 0 && text.clusterBoundaryWithin(afterBlank, kClusterReach) == afterBlank)
         return afterBlank;
-    if (const auto boundary = text.clusterBoundaryWithin(nominal, kClusterReach))
-        return *boundary;
-    return text.pairStart(nominal);
+    const auto boundary = text.clusterBoundaryWithin(nominal, kClusterReach);
+    if (!boundary)
+        return text.pairStart(nominal);
+    const qint64 around = *boundary - kBreakReach;
+    const QString units = text.slice(around, kBreakReach + kUnitsAfterBreak);
+    const qint64 place = around + row_breaks::lastBreak(units, kBreakReach);
+    return text.clusterBoundaryWithin(place, kClusterReach) == place ? place : *boundary;
 }
 
 } // namespace

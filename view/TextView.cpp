@@ -344,14 +344,33 @@ qint64 TextView::lineAt(qint64 offset, LineCount count) const
                : string().lineBreaksBefore(segments::lineAt(string(), offset).start);
 }
 
+void TextView::setWrapping(Wrapping wrapping, int column)
+{
+    const bool isSameColumn = wrapping != Wrapping::Column || column == m_wrapColumn;
+    m_wrapColumn = column;
+    if (std::exchange(m_wrapping, wrapping) == wrapping && isSameColumn)
+        return;
+    const bool showedCaret =
+        m_viewport.caretRect(m_selection.caret()).intersects(viewport()->rect());
+    updateStyle();
+    if (showedCaret)
+        m_viewport.makeVisible(m_selection.caret());
+    refresh();
+}
+
 std::vector<TextView::VisibleLine> TextView::visibleLines(LineCount count) const
 {
     std::vector<VisibleLine> lines;
+    qint64 last = -1;
     m_viewport.forEachVisible([&](const SegmentLayout &layout, qreal y) {
+        // A line that does not wrap begins on its only row, visible or not.
         const TextSegment &segment = layout.segment();
+        const qint64 start = m_viewport.style().wraps ? segment.start : segment.lineStart;
+        if (std::exchange(last, start) == start)
+            return;
         const bool startsLine = count == LineCount::LineFeeds
-                                    ? segment.start == 0 || string().at(segment.start - 1) == u'\n'
-                                    : segment.start == segment.lineStart;
+                                    ? start == 0 || string().at(start - 1) == u'\n'
+                                    : start == segment.lineStart;
         const qreal bottom = y + layout.rowCount() * rowHeight();
         if (bottom <= 0 || y >= viewport()->height())
             return;
@@ -436,6 +455,11 @@ void TextView::updateStyle()
     const qreal width = size.width() - 2 * TextViewport::kMargin;
     TextLayoutStyle layoutStyle = makeTextLayoutStyle(font(), width, indentation().tabWidth);
     layoutStyle.shownMarks = m_shownMarks;
+    layoutStyle.wraps = m_wrapping != Wrapping::Off;
+    if (m_wrapping == Wrapping::Column)
+        layoutStyle.wrapColumn = m_wrapColumn;
+    if (m_wrapping != Wrapping::Window)
+        layoutStyle.width = layoutStyle.wrapColumn * layoutStyle.columnWidth;
     addLineSpacing(layoutStyle, m_lineSpacing);
     m_viewport.setGeometry(layoutStyle, size);
     refresh();
@@ -459,6 +483,7 @@ void TextView::refresh()
     m_isUpdatingScrollBars = true;
     // A bar that appears or disappears changes the width and with it the rows.
     constexpr int kPasses = 3;
+    constexpr int kStepsPerPage = 20;
     for (int pass = 0; pass < kPasses; ++pass) {
         const QSize size = viewport()->size();
         const TextViewport::ScrollRange range = m_viewport.scrollRange();
@@ -466,35 +491,46 @@ void TextView::refresh()
         verticalScrollBar()->setPageStep(range.pageStep);
         verticalScrollBar()->setSingleStep(std::max(1, range.pageStep / m_viewport.rowsPerPage()));
         verticalScrollBar()->setValue(range.value);
+        const TextViewport::ScrollRange sideways = m_viewport.sidewaysRange();
+        horizontalScrollBar()->setRange(0, sideways.maximum);
+        horizontalScrollBar()->setPageStep(sideways.pageStep);
+        horizontalScrollBar()->setSingleStep(std::max(1, sideways.pageStep / kStepsPerPage));
+        horizontalScrollBar()->setValue(sideways.value);
         if (viewport()->size() == size)
             break;
     }
-    horizontalScrollBar()->setRange(0, 0);
     m_isUpdatingScrollBars = false;
     Q_EMIT visibleTextDidChange();
 }
 
 void TextView::wheelEvent(QWheelEvent *event)
 {
-    const QPoint pixels = event->pixelDelta();
     constexpr int kRows = 3; // Per notch.
-    qreal distance = -pixels.y();
-    if (pixels.isNull()) {
-        constexpr qreal kNotch = 120;
-        distance = -event->angleDelta().y() / kNotch * kRows * m_viewport.style().rowHeight;
-    }
-    m_viewport.scrollByPixels(distance);
+    constexpr qreal kNotch = 120;
+    QPointF distance = event->pixelDelta();
+    if (distance.isNull())
+        distance = QPointF(event->angleDelta()) / kNotch * kRows * m_viewport.style().rowHeight;
+    // A wheel that turns one way only scrolls sideways with Shift.
+    if (event->modifiers().testFlag(Qt::ShiftModifier) && distance.x() == 0)
+        distance = distance.transposed();
+    m_viewport.scrollByPixels(-distance.y());
+    if (distance.x() != 0 && horizontalScrollBar()->maximum() > 0)
+        m_viewport.scrollSidewaysBy(-distance.x());
     refresh();
     updateMicroFocus();
     event->accept();
 }
 
-void TextView::scrollContentsBy(int /*dx*/, int /*dy*/)
+void TextView::scrollContentsBy(int dx, int dy)
 {
     if (m_isUpdatingScrollBars)
         return;
-    const QScrollBar *bar = verticalScrollBar();
-    m_viewport.scrollToValue(bar->value(), bar->maximum());
+    if (dy != 0)
+        m_viewport.scrollToValue(verticalScrollBar()->value(), verticalScrollBar()->maximum());
+    if (dx != 0) {
+        const QScrollBar *bar = horizontalScrollBar();
+        m_viewport.scrollSidewaysToValue(bar->value(), bar->maximum(), isRightToLeft() ? dx : -dx);
+    }
     // Keep the bar's value: a correction would move its handle away from the mouse.
     viewport()->update();
     updateMicroFocus();

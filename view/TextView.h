@@ -30,6 +30,13 @@ class TextView final : public QAbstractScrollArea
     Q_OBJECT
 
 public:
+    /// Where rows end.
+    enum class Wrapping {
+        Window, ///< At the right edge of the view.
+        Off,    ///< Only where lines end.
+        Column, ///< After a number of columns.
+    };
+
     /// \param storage not owned; must outlive the view.
     explicit TextView(TextStorage *storage, QWidget *parent = nullptr)
         : TextView(storage, QFont(), parent)
@@ -171,6 +178,10 @@ public:
     /// The number of the line that contains `offset`, 0-based. O(log n).
     [[nodiscard]] qint64 lineAt(qint64 offset, LineCount count) const;
 
+    /// Wraps at the window at first. Caret and top line stay where they are, if they are visible.
+    /// \param column for `Wrapping::Column`, at least 1; a full-width character counts two.
+    void setWrapping(Wrapping wrapping, int column);
+
     /// The visible place of a line of the text. Lengths are in logical pixels of the viewport.
     struct VisibleLine
     {
@@ -290,6 +301,8 @@ private:
     int m_lineSpacing = 100; // Percent.
     ShownMarks m_shownMarks = ShownMarks::None;
     bool m_marksCurrentLine = false;
+    Wrapping m_wrapping = Wrapping::Window;
+    int m_wrapColumn = 0;
 };
 
 } // namespace penwick

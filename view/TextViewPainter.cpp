@@ -22,7 +22,8 @@ struct LayoutSelection
     [[nodiscard]] bool isEmpty() const { return start >= end && !coversBreak; }
 };
 
-LayoutSelection selectionIn(const SegmentLayout &layout, TextRange selection)
+/// \param wraps whether each segment begins a new row.
+LayoutSelection selectionIn(const SegmentLayout &layout, TextRange selection, bool wraps)
 {
     const TextSegment &segment = layout.segment();
     const qint64 start = std::max(selection.location, segment.start);
@@ -32,7 +33,7 @@ LayoutSelection selectionIn(const SegmentLayout &layout, TextRange selection)
         return result;
     result.start = layout.layoutIndex(start);
     result.end = layout.layoutIndex(end);
-    result.coversBreak = selection.end() > segment.end;
+    result.coversBreak = selection.end() > segment.end && (wraps || segment.breakLength > 0);
     return result;
 }
 
@@ -102,10 +103,12 @@ class SelectionPainter
 {
 public:
     /// \param origin the top left of the segment.
-    /// \param right where the highlight of a selected line break ends.
-    SelectionPainter(QPainter &painter, const QColor &color, QPointF origin, qreal right)
+    /// \param left, right where the highlight of a selected line break ends.
+    SelectionPainter(
+        QPainter &painter, const QColor &color, QPointF origin, qreal left, qreal right)
         : m_filler(painter, color)
         , m_origin(origin)
+        , m_left(left)
         , m_right(right)
     {
     }
@@ -138,7 +141,7 @@ private:
         const QTextLine line = layout.layout().lineAt(row);
         const qreal left = line.naturalTextRect().left();
         if (layout.isRightToLeft())
-            fill(m_row.x(), m_row.x() + std::ceil(left));
+            fill(m_left, m_row.x() + std::ceil(left));
         else
             fill(m_row.x() + std::floor(left + line.horizontalAdvance()), m_right);
     }
@@ -150,6 +153,7 @@ private:
 
     RowFiller m_filler;
     QPointF m_origin;
+    qreal m_left = 0;
     qreal m_right = 0;
     QRectF m_row; // Without width.
 };
@@ -238,12 +242,18 @@ public:
         const int last = rowAt(exposed.bottom());
         for (int row = rowAt(exposed.top()); row <= last; ++row) {
             const qreal top = origin.y() + row * m_rowHeight;
-            paintRow(layout, row, QRectF(origin.x(), top + 1, 0, m_rowHeight - 2));
+            paintRow(layout,
+                     row,
+                     QRectF(origin.x(), top + 1, 0, m_rowHeight - 2),
+                     layout.indicesBetween(
+                         exposed.left() - origin.x(), exposed.right() - origin.x(), row));
         }
     }
 
 private:
-    void paintRow(const SegmentLayout &layout, int row, const QRectF &place)
+    /// \param shown the indices in the layout that can be seen.
+    void
+    paintRow(const SegmentLayout &layout, int row, const QRectF &place, std::pair<int, int> shown)
     {
         // Maximum per row. Only characters without width could make more.
         constexpr int kPieces = 400;
@@ -261,6 +271,10 @@ private:
         for (; mark != m_marks.end() && mark->location <= rowEnd && pieces < kPieces; ++mark) {
             const int start = layout.layoutIndex(std::max(mark->location, segment.start));
             const int end = layout.layoutIndex(std::min(mark->end(), segment.end));
+            if (end < shown.first)
+                continue;
+            if (start > shown.second)
+                break;
             if (start == end) {
                 const bool isHere = start >= line.textStart() && start <= lastIndex;
                 pieces += isHere ? paintThin(*mark, segment, line.cursorToX(start), place) : 0;
@@ -314,14 +328,17 @@ void paintTextView(QPainter &painter,
         painter, viewport.style(), muted(palette.color(QPalette::Text)), muted(colors.text));
     RectanglePainter rectangle(picture, viewport);
     painter.setPen(palette.color(QPalette::Text));
+    const bool wraps = viewport.style().wraps;
     viewport.forEachVisible([&](const SegmentLayout &layout, qreal y) {
-        const QPointF origin(TextViewport::kMargin, y);
+        const bool startsLine = wraps || layout.segment().start == layout.segment().lineStart;
+        const QPointF origin(viewport.leftOf(layout), y);
         const qreal rowHeight = viewport.style().rowHeight;
         // Glyphs may extend into the adjacent rows.
         if (y - rowHeight > exposed.bottom() ||
             y + (layout.rowCount() + 1) * rowHeight < exposed.top())
             return;
-        const QRectF row(0, y, picture.size.width(), rowHeight);
+        // A segment before on the same row has its own background.
+        const QRectF row(startsLine ? 0 : origin.x(), y, picture.size.width(), rowHeight);
         if (layout.segment().lineStart == picture.currentLine)
             fillRows(painter, layout, row, LineColors(palette).currentLine);
         if (const TextDecoration *decoration = viewport.decoration())
@@ -329,10 +346,10 @@ void paintTextView(QPainter &painter,
         if (picture.marks != nullptr)
             MarkPainter(painter, picture, rowHeight).paint(layout, origin, exposed);
         const LayoutSelection selection =
-            selectionIn(layout, rectangle.selectionAround(layout.segment()));
+            selectionIn(layout, rectangle.selectionAround(layout.segment()), wraps);
         QList<QTextLayout::FormatRange> formats;
         if (!selection.isEmpty()) {
-            SelectionPainter(painter, colors.background, origin, right)
+            SelectionPainter(painter, colors.background, origin, TextViewport::kMargin, right)
                 .paint(layout, selection, rowHeight);
             formats = selectedFormats(layout, selection, colors.text);
         }

@@ -25,14 +25,18 @@ void TextViewport::setText(const Text &text)
 {
     m_text = text;
     m_cache.clear();
+    m_widths.reset(style().columnWidth);
+    m_widest = {};
     scrollToStart();
 }
 
 void TextViewport::textChanged(const Text &text, qint64 offset, qint64 oldLength, qint64 newLength)
 {
     const qint64 line = m_text.lineBreaksBefore(m_anchor);
+    forgetWidest(offset, oldLength, newLength);
     m_text = text;
     m_cache.textChanged(offset, oldLength, newLength);
+    m_widths.textChanged(text, offset, oldLength, newLength);
     if (m_composition.isActive()) {
         qint64 &position = m_composition.position;
         position = position >= offset + oldLength ? position + newLength - oldLength
@@ -58,8 +62,18 @@ void TextViewport::setComposition(const TextComposition &composition)
 void TextViewport::setGeometry(const TextLayoutStyle &style, QSizeF size)
 {
     m_size = size;
+    // Rows that do not wrap have the same layout in any size.
+    const TextLayoutStyle before = this->style();
+    if (!style.wraps && style == before && decoration() == nullptr) {
+        clampToEnd();
+        return;
+    }
+    const qint64 place = before.wraps ? m_anchor : caretInRow(topRow(), m_left).offset;
     m_cache.setStyle(style);
+    m_widths.reset(style.columnWidth);
+    m_widest = {};
     m_columns = std::max<qreal>(1, style.width / std::max<qreal>(1, style.columnWidth));
+    keepPlace(before, place);
     setAnchor(topRow(), m_pixel);
     clampToEnd();
 }
@@ -72,6 +86,8 @@ const SegmentLayout &TextViewport::layoutOf(const TextSegment &segment)
 TextViewport::Row TextViewport::topRow()
 {
     const TextSegment segment = segments::at(m_text, m_anchor);
+    if (!style().wraps)
+        return {segment, 0};
     return {segment, layoutOf(segment).rowStartingAt(m_anchor, m_anchorComposition)};
 }
 
@@ -80,6 +96,8 @@ TextViewport::Row TextViewport::rowOfCaret(TextCaret caret)
     if (m_composition.isActive() && caret.offset == m_composition.position)
         caret.atRowEnd = false; // At a soft wrap, a composition is on the lower row.
     TextSegment segment = segments::at(m_text, caret.offset);
+    if (!style().wraps)
+        return {segment, 0};
     const bool startsAtCut = segment.start == caret.offset && segment.start != segment.lineStart;
     if (caret.atRowEnd && startsAtCut)
         segment = segments::previous(m_text, segment);
@@ -88,14 +106,14 @@ TextViewport::Row TextViewport::rowOfCaret(TextCaret caret)
 
 bool TextViewport::stepDown(Row &row)
 {
-    if (row.row + 1 < layoutOf(row.segment).rowCount()) {
+    if (row.row + 1 < rowCountOf(row.segment)) {
         ++row.row;
         return true;
     }
-    if (segments::isLast(m_text, row.segment))
-        return false;
-    row = {segments::next(m_text, row.segment), 0};
-    return true;
+    const auto below = segmentBelow(row.segment);
+    if (below)
+        row = {*below, 0};
+    return below.has_value();
 }
 
 bool TextViewport::stepUp(Row &row)
@@ -104,21 +122,21 @@ bool TextViewport::stepUp(Row &row)
         --row.row;
         return true;
     }
-    if (segments::isFirst(row.segment))
-        return false;
-    const TextSegment previous = segments::previous(m_text, row.segment);
-    row = {previous, layoutOf(previous).rowCount() - 1};
-    return true;
+    const auto above = segmentAbove(row.segment);
+    if (above)
+        row = {*above, rowCountOf(*above) - 1};
+    return above.has_value();
 }
 
 int TextViewport::rowsBetween(Row from, const Row &to, int limit)
 {
     int rows = 0;
-    while (from.segment.start != to.segment.start) {
-        rows += layoutOf(from.segment).rowCount() - from.row;
-        if (rows > limit || segments::isLast(m_text, from.segment))
+    while (placeOf(from.segment) != placeOf(to.segment)) {
+        rows += rowCountOf(from.segment) - from.row;
+        const auto below = segmentBelow(from.segment);
+        if (rows > limit || !below)
             return kTooFar;
-        from = {segments::next(m_text, from.segment), 0};
+        from = {*below, 0};
     }
     rows += to.row - from.row;
     return rows < 0 || rows > limit ? kTooFar : rows;
@@ -137,9 +155,13 @@ int TextViewport::rowsPerPage() const
 
 void TextViewport::setAnchor(const Row &row, qreal pixel)
 {
-    const SegmentLayout &layout = layoutOf(row.segment);
-    m_anchor = layout.rowStart(row.row);
-    m_anchorComposition = layout.compositionBefore(row.row);
+    m_anchor = row.segment.lineStart;
+    m_anchorComposition = 0;
+    if (style().wraps) {
+        const SegmentLayout &layout = layoutOf(row.segment);
+        m_anchor = layout.rowStart(row.row);
+        m_anchorComposition = layout.compositionBefore(row.row);
+    }
     m_pixel = std::clamp<qreal>(pixel, 0, style().rowHeight - 1);
 }
 
@@ -165,29 +187,35 @@ void TextViewport::clampToEnd()
 void TextViewport::forEachVisible(const std::function<void(const SegmentLayout &, qreal)> &visit)
 {
     const Row top = topRow();
-    TextSegment segment = top.segment;
+    std::optional<TextSegment> segment = top.segment;
     qreal y = textTop() - top.row * style().rowHeight;
-    while (y > 0 && !segments::isFirst(segment)) {
-        segment = segments::previous(m_text, segment);
-        y -= layoutOf(segment).rowCount() * style().rowHeight;
+    while (y > 0) {
+        const auto above = segmentAbove(*segment);
+        if (!above)
+            break;
+        segment = above;
+        y -= rowCountOf(*segment) * style().rowHeight;
     }
-    while (true) {
-        const SegmentLayout &layout = layoutOf(segment);
-        visit(layout, y);
-        y += layout.rowCount() * style().rowHeight;
-        if (y >= m_size.height() || segments::isLast(m_text, segment))
-            return;
-        segment = segments::next(m_text, segment);
+    for (; segment; segment = y < m_size.height() ? segmentBelow(*segment) : std::nullopt) {
+        const int rows = rowCountOf(*segment);
+        visitParts(*segment, [&](const SegmentLayout &layout) { visit(layout, y); });
+        y += rows * style().rowHeight;
     }
 }
 
 TextRange TextViewport::visibleRange()
 {
-    return TextRange::between(rowAt(0).segment.start, rowAt(m_size.height()).segment.end);
+    const TextSegment first = segmentAt(rowAt(0).segment, m_left);
+    const TextSegment last = segmentAt(rowAt(m_size.height()).segment, m_left + m_size.width());
+    return TextRange::between(first.start, std::max(first.end, last.end));
 }
 
 TextCaret TextViewport::caretInRow(const Row &row, qreal x)
 {
+    if (!style().wraps) {
+        const SegmentLayout &part = layoutOf(segmentAt(row.segment, x));
+        return {m_text.clusterBoundaryAtOrBefore(part.offsetAt(x - indent(part), 0)), false};
+    }
     const SegmentLayout &layout = layoutOf(row.segment);
     const qint64 offset = m_text.clusterBoundaryAtOrBefore(layout.offsetAt(x, row.row));
     const bool isLastRow = row.row + 1 == layout.rowCount();
@@ -209,14 +237,14 @@ TextViewport::Row TextViewport::rowAt(qreal y)
 
 TextCaret TextViewport::caretAt(QPointF point)
 {
-    return caretInRow(rowAt(point.y()), point.x() - kMargin);
+    return caretInRow(rowAt(point.y()), point.x() - kMargin + m_left);
 }
 
 qint64 TextViewport::characterAt(QPointF point)
 {
     const Row row = rowAt(point.y());
-    const SegmentLayout &layout = layoutOf(row.segment);
-    qint64 offset = layout.characterAt(point.x() - kMargin, row.row);
+    const SegmentLayout &layout = layoutOf(segmentAt(row.segment, point.x() - kMargin + m_left));
+    qint64 offset = layout.characterAt(point.x() - leftOf(layout), row.row);
     if (row.row + 1 < layout.rowCount()) // Beyond a wrapped row, take its last character.
         offset = std::min(offset, layout.rowEnd(row.row) - 1);
     return m_text.clusterBoundaryAtOrBefore(offset);
@@ -225,7 +253,8 @@ qint64 TextViewport::characterAt(QPointF point)
 qreal TextViewport::caretX(TextCaret caret)
 {
     const Row row = rowOfCaret(caret);
-    return layoutOf(row.segment).xOf(caret.offset, row.row);
+    const SegmentLayout &layout = layoutOf(row.segment);
+    return indent(layout) + layout.xOf(caret.offset, row.row);
 }
 
 QRectF TextViewport::caretRect(TextCaret caret)
@@ -251,8 +280,9 @@ QRectF TextViewport::caretRect(TextCaret caret, const TextComposition &compositi
     if (below == kTooFar)
         return {};
     const int rows = above == kTooFar ? -below : above;
-    x = std::min(x, style().width);
-    return {kMargin + x, textTop() + rows * style().rowHeight, 1, style().rowHeight};
+    if (!scrollsSideways())
+        x = std::min(x, style().width);
+    return {leftOf(layout) + x, textTop() + rows * style().rowHeight, 1, style().rowHeight};
 }
 
 QRectF TextViewport::characterRect(qint64 offset)
@@ -261,10 +291,10 @@ QRectF TextViewport::characterRect(qint64 offset)
     const Row row = rowOfCaret({offset, false});
     if (rect.isEmpty() || offset >= row.segment.end)
         return rect;
-    const auto [left, right] =
-        layoutOf(row.segment).edgesOf(offset, m_text.nextClusterBoundary(offset), row.row);
-    rect.setLeft(kMargin + left);
-    rect.setRight(kMargin + std::max(right, left + 1));
+    const SegmentLayout &layout = layoutOf(row.segment);
+    const auto [left, right] = layout.edgesOf(offset, m_text.nextClusterBoundary(offset), row.row);
+    rect.setLeft(leftOf(layout) + left);
+    rect.setRight(leftOf(layout) + std::max(right, left + 1));
     return rect;
 }
 
@@ -289,12 +319,16 @@ TextCaret TextViewport::verticalMove(TextCaret caret, int rows, qreal x, bool &m
 TextCaret TextViewport::rowStart(TextCaret caret)
 {
     const Row row = rowOfCaret(caret);
+    if (!style().wraps)
+        return {row.segment.lineStart, false};
     return {layoutOf(row.segment).rowStart(row.row), false};
 }
 
 TextCaret TextViewport::rowEnd(TextCaret caret)
 {
     const Row row = rowOfCaret(caret);
+    if (!style().wraps)
+        return {segments::lineAt(m_text, row.segment.lineStart).end, false};
     const SegmentLayout &layout = layoutOf(row.segment);
     const bool isLastRow = row.row + 1 == layout.rowCount();
     const bool wraps =
@@ -338,6 +372,12 @@ void TextViewport::scrollByPixels(qreal distance)
 
 void TextViewport::scrollToStart()
 {
+    scrollToTop();
+    m_left = 0;
+}
+
+void TextViewport::scrollToTop()
+{
     m_anchor = 0;
     m_anchorComposition = 0;
     m_pixel = 0;
@@ -349,13 +389,14 @@ void TextViewport::makeVisible(TextCaret caret)
         // The cursor of a composition may be anywhere in it, or hidden: show the end as well.
         TextComposition whole = m_composition;
         whole.cursor = static_cast<int>(whole.string.size());
-        makeVisible(caret, caretRect(caret, whole));
+        makeVisible(caret, whole);
     }
-    makeVisible(caret, caretRect(caret));
+    makeVisible(caret, m_composition);
 }
 
-void TextViewport::makeVisible(TextCaret caret, const QRectF &rect)
+void TextViewport::makeVisible(TextCaret caret, const TextComposition &composition)
 {
+    const QRectF rect = caretRect(caret, composition);
     const qreal lowest = m_size.height() - kMargin;
     if (rect.isNull()) {
         Row row = rowOfCaret(caret);
@@ -363,16 +404,18 @@ void TextViewport::makeVisible(TextCaret caret, const QRectF &rect)
         }
         setAnchor(row, 0);
         clampToEnd();
-        return;
-    }
-    if (rect.top() < kMargin)
+    } else if (rect.top() < kMargin)
         scrollByPixels(rect.top() - kMargin);
     else if (rect.bottom() > lowest && rect.top() > kMargin)
         scrollByPixels(std::min(rect.bottom() - lowest, rect.top() - kMargin));
+    if (scrollsSideways())
+        makeVisibleSideways(caret, composition);
 }
 
 qreal TextViewport::estimatedRows(qint64 offset) const
 {
+    if (!style().wraps)
+        return static_cast<qreal>(m_text.lineBreaksBefore(offset));
     const TextMetrics before = m_text.metricsBefore(offset);
     // The mean of bytes and units: 1 for ASCII, 2 for a character of three bytes, such as an
     // ideograph.
@@ -413,12 +456,10 @@ bool TextViewport::fits()
     constexpr int kDoubt = 4; // With more rows than that by estimate, no layout is made.
     if (m_text.metrics().lineBreaks() >= limit || estimatedRows(m_text.size()) > kDoubt * limit)
         return false;
-    TextSegment segment = segments::at(m_text, 0);
-    int rows = layoutOf(segment).rowCount();
-    while (rows <= limit && !segments::isLast(m_text, segment)) {
-        segment = segments::next(m_text, segment);
-        rows += layoutOf(segment).rowCount();
-    }
+    int rows = 0;
+    for (std::optional segment = segments::at(m_text, 0); segment && rows <= limit;
+         segment = segmentBelow(*segment))
+        rows += rowCountOf(*segment);
     return rows <= limit;
 }
 
@@ -444,7 +485,7 @@ TextViewport::ScrollRange TextViewport::scrollRange()
 void TextViewport::scrollToValue(int value, int maximum)
 {
     if (value <= 0) {
-        scrollToStart();
+        scrollToTop();
         return;
     }
     const qreal steps = stepsPerRow(estimatedRows(m_text.size()) + 1);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editor/TextStorage.h"
+#include "view/LineWidths.h"
 #include "view/TextLayoutCache.h"
 
 #include <QPointF>
@@ -8,6 +9,7 @@
 #include <QSizeF>
 
 #include <functional>
+#include <optional>
 
 namespace penwick {
 
@@ -26,6 +28,10 @@ struct TextCaret
 ///
 /// Points are logical pixels relative to the viewport's upper left corner. The scroll position is
 /// stored as an offset of the text, so a corrected estimate cannot make the view jump.
+///
+/// Where rows are wider than the viewport, or do not wrap, the viewport also scrolls sideways. A
+/// line that does not wrap is one row; the segments of a huge one stand side by side in it, from
+/// left to right. `LineWidths` estimates the places of those that were not laid out.
 class TextViewport final
 {
 public:
@@ -56,8 +62,12 @@ public:
     /// Free space around the text, in logical pixels.
     static constexpr qreal kMargin = 6;
 
-    /// Calls `visit` for each visible segment, top to bottom, with the y of its first row.
+    /// Calls `visit` for each visible segment, top to bottom, then left to right, with the y of its
+    /// first row.
     void forEachVisible(const std::function<void(const SegmentLayout &, qreal)> &visit);
+
+    /// The x of a segment's left edge.
+    [[nodiscard]] qreal leftOf(const SegmentLayout &layout);
 
     /// The range of the visible segments, at least.
     [[nodiscard]] TextRange visibleRange();
@@ -72,6 +82,7 @@ public:
     /// Where the cluster at `offset` is drawn; for a line break, the caret's rectangle. Empty as
     /// above.
     [[nodiscard]] QRectF characterRect(qint64 offset);
+    /// Distance of the caret from the left edge of the text, scrolled out or not.
     [[nodiscard]] qreal caretX(TextCaret caret);
 
     /// Returns the caret `rows` rows further down (up when negative) in the column `x`, or as far
@@ -81,7 +92,7 @@ public:
     [[nodiscard]] TextCaret rowStart(TextCaret caret);
     [[nodiscard]] TextCaret rowEnd(TextCaret caret);
     /// The range of the row that shows the character at `offset`, including the line break at its
-    /// end.
+    /// end; of the segment where a line does not wrap.
     [[nodiscard]] TextRange rowAround(qint64 offset);
     [[nodiscard]] bool isRightToLeft(qint64 offset);
     /// True when characters around `offset` may run from right to left.
@@ -91,6 +102,10 @@ public:
     [[nodiscard]] int rowsPerPage() const;
 
     void scrollByPixels(qreal distance);
+    /// True when rows can be wider than the viewport.
+    [[nodiscard]] bool scrollsSideways() const;
+    /// Scrolls to the right, or to the left if `distance` is negative.
+    void scrollSidewaysBy(qreal distance);
     void scrollToStart();
     /// Scrolls as little as needed to show the caret and the whole composition at it, the caret
     /// first; centres it when it is far away.
@@ -108,6 +123,14 @@ public:
     [[nodiscard]] ScrollRange scrollRange();
     void scrollToValue(int value, int maximum);
 
+    /// The same sideways, in logical pixels (larger steps for huge lines). The width of the text is
+    /// that of the widest row seen since the last edit of that row; the part of a huge line that
+    /// was not laid out is estimated. Exact at the ends of the visible lines.
+    [[nodiscard]] ScrollRange sidewaysRange();
+    /// \param steps how far the value was moved. If it is at neither end, this alone counts: the
+    ///        value may be one of an estimate that has changed since.
+    void scrollSidewaysToValue(int value, int maximum, int steps);
+
 private:
     struct Row
     {
@@ -119,6 +142,24 @@ private:
     [[nodiscard]] Row rowOfCaret(TextCaret caret);
     [[nodiscard]] Row topRow();
     [[nodiscard]] Row rowAt(qreal y);
+    [[nodiscard]] std::optional<TextSegment> segmentBelow(const TextSegment &segment) const;
+    [[nodiscard]] std::optional<TextSegment> segmentAbove(const TextSegment &segment) const;
+    [[nodiscard]] int rowCountOf(const TextSegment &segment);
+    [[nodiscard]] qint64 placeOf(const TextSegment &segment) const;
+    [[nodiscard]] TextSegment segmentAt(const TextSegment &segment, qreal x);
+    [[nodiscard]] qreal textWidth() const;
+    [[nodiscard]] qreal indent(const SegmentLayout &layout);
+    void noteWidth(const SegmentLayout &layout);
+    void forgetWidest(qint64 offset, qint64 oldLength, qint64 newLength);
+    void visitParts(const TextSegment &segment,
+                    const std::function<void(const SegmentLayout &)> &visit);
+    void measureVisible();
+    void scrollToTop();
+    [[nodiscard]] std::optional<TextSegment> firstVisiblePart();
+    void setLeft(qreal left);
+    [[nodiscard]] qreal sidewaysSteps() const;
+    void keepPlace(const TextLayoutStyle &before, qint64 place);
+    void makeVisibleSideways(TextCaret caret, const TextComposition &composition);
     [[nodiscard]] bool stepDown(Row &row);
     [[nodiscard]] bool stepUp(Row &row);
     [[nodiscard]] TextCaret caretInRow(const Row &row, qreal x);
@@ -129,7 +170,7 @@ private:
     [[nodiscard]] qint64 offsetOfEstimatedRows(qreal rows) const;
     /// `composition` is the one shown, with any cursor.
     [[nodiscard]] QRectF caretRect(TextCaret caret, const TextComposition &composition);
-    void makeVisible(TextCaret caret, const QRectF &rect);
+    void makeVisible(TextCaret caret, const TextComposition &composition);
     [[nodiscard]] bool fits();
     [[nodiscard]] bool endIsVisible();
     [[nodiscard]] int rowsBetween(Row from, const Row &to, int limit);
@@ -143,6 +184,16 @@ private:
     int m_anchorComposition = 0;
     qreal m_pixel = 0;    // How much of that row is scrolled out, in logical pixels.
     qreal m_columns = 80; // ASCII characters that fit in one row.
+    LineWidths m_widths;  // Of huge lines, while lines do not wrap.
+    qreal m_left = 0;     // What is scrolled out on the left, in whole logical pixels.
+
+    struct Widest
+    {
+        qint64 lineStart = 0;
+        qreal width = 0;
+    };
+
+    Widest m_widest; // Of the lines seen, while the viewport can scroll sideways.
 };
 
 } // namespace penwick
