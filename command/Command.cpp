@@ -42,6 +42,7 @@ constexpr Command kCommands[] = {
     {Id::ShowAllMarks, u"view.allMarks", Place::Document, u"command.allMarks"},
     {Id::ShowLineNumbers, u"view.lineNumbers", Place::Document, u"command.lineNumbers"},
     {Id::MarkCurrentLine, u"view.currentLine", Place::Document, u"command.currentLine"},
+    {Id::WrapLines, u"view.wrapLines", Place::Document, u"command.wrapLines"},
     {Id::ZoomIn, u"view.zoomIn", Place::Document, u"command.zoomIn", Qt::CTRL | Qt::Key_Plus, Qt::CTRL | Qt::Key_Equal},
     {Id::ZoomOut, u"view.zoomOut", Place::Document, u"command.zoomOut", Qt::CTRL | Qt::Key_Minus},
     {Id::ZoomReset, u"view.zoomReset", Place::Document, u"command.zoomReset", Qt::CTRL | Qt::Key_0},

@@ -33,6 +33,7 @@ enum class CommandId {
     ShowAllMarks,
     ShowLineNumbers,
     MarkCurrentLine,
+    WrapLines,
     ZoomIn,
     ZoomOut,
     ZoomReset,

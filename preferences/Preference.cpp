@@ -24,6 +24,12 @@ constexpr std::array kShownMarks{
     Choice{u"all", u"preference.shownMarks.all"},
 };
 
+constexpr std::array kWrapping{
+    Choice{u"window", u"preference.wrapping.window"},
+    Choice{u"off", u"preference.wrapping.off"},
+    Choice{u"column", u"preference.wrapping.column"},
+};
+
 // One row per line, also beyond the column limit.
 // clang-format off
 constexpr Preference kPreferences[] = {
@@ -35,6 +41,8 @@ constexpr Preference kPreferences[] = {
     {Id::ShowsLineNumbers, u"showsLineNumbers", Kind::Switch, u"command.lineNumbers", u"false"},
     {Id::MarksCurrentLine, u"marksCurrentLine", Kind::Switch, u"command.currentLine", u"false"},
     {Id::Zoom, u"zoom", Kind::Number, u"preference.zoom", u"100", 50, 300, {}, u"preference.percent"},
+    {Id::Wrapping, u"wrapping", Kind::Choice, u"preference.wrapping", u"window", 0, 0, kWrapping},
+    {Id::WrapColumn, u"wrapColumn", Kind::Number, u"preference.wrapColumn", u"80", 20, 1000, {}, u"preference.columns"},
     {Id::TabWidth, u"tabWidth", Kind::Number, u"preference.tabWidth", u"4", 1, 16, {}, u"preference.columns"},
     {Id::TabKeyInserts, u"tabKeyInserts", Kind::Choice, u"preference.tabKeyInserts", u"tab", 0, 0, kTabKeyInserts},
     {Id::KeepsIndentation, u"keepIndentation", Kind::Switch, u"preference.keepIndentation", u"false"},

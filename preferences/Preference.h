@@ -16,6 +16,8 @@ enum class PreferenceId {
     ShowsLineNumbers,
     MarksCurrentLine,
     Zoom,
+    Wrapping,
+    WrapColumn,
     TabWidth,
     TabKeyInserts,
     KeepsIndentation,

@@ -111,7 +111,7 @@ SegmentLayout::SegmentLayout(const Text &text,
         formats += emojiPresentations(units, style.emojiFamily);
     m_lineEnd = unusualLineEnd(text, segment);
     m_layout.setText(units);
-    m_hasRightToLeft = holdsRightToLeft(units) || holdsRightToLeft(composition.string);
+    m_hasRightToLeft = holdsRightToLeft(units);
     m_layout.setFont(style.font);
     m_layout.setCacheEnabled(true);
     QTextOption option;
@@ -169,6 +169,7 @@ void SegmentLayout::insertComposition(const TextComposition &composition,
 {
     m_compositionIndex = indexInSegment(composition.position);
     m_compositionLength = static_cast<int>(composition.string.size());
+    m_hasRightToLeft = m_hasRightToLeft || holdsRightToLeft(composition.string);
     QString shown = composition.string;
     if (m_layout.textOption().wrapMode() == QTextOption::NoWrap)
         std::replace_if(shown.begin(), shown.end(), beginsRow, QChar(u' '));

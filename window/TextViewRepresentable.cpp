@@ -9,6 +9,7 @@
 #include "window/TextCommands.h"
 #include "window/TextLook.h"
 #include "window/TransferBar.h"
+#include "window/WrappingSwitch.h"
 #include "window/Zoom.h"
 
 #include <QKeyEvent>
@@ -40,6 +41,7 @@ TextViewRepresentable::~TextViewRepresentable()
     delete m_textCommands;
     delete m_textLook;
     delete m_zoom;
+    delete m_wrappingSwitch;
     // The view must be destroyed before its storage; as a child widget it would be destroyed after
     // it.
     delete m_textView;
@@ -79,6 +81,7 @@ void TextViewRepresentable::makeTextView()
     m_textCommands = new TextCommands(m_textView, this, Preferences::standard());
     m_zoom = new Zoom(m_textView, this, preferences.number(PreferenceId::FontSize), preferences);
     m_textLook = new TextLook(m_textView, row, m_zoom, this, preferences);
+    m_wrappingSwitch = new WrappingSwitch(m_textView, this, preferences);
     setFocusProxy(m_textView);
 }
 
@@ -93,6 +96,8 @@ CommandState TextViewRepresentable::commandState(CommandId id) const
         return {true, m_blankSwitch->isOn()};
     case CommandId::ShowAllMarks:
         return {true, m_blankSwitch->showsAll()};
+    case CommandId::WrapLines:
+        return {true, m_wrappingSwitch->isOn()};
     case CommandId::ZoomIn:
         return {m_zoom->canStep(1)};
     case CommandId::ZoomOut:
@@ -129,6 +134,8 @@ void TextViewRepresentable::performCommand(CommandId id)
         return m_blankSwitch->toggle();
     case CommandId::ShowAllMarks:
         return m_blankSwitch->toggleAll();
+    case CommandId::WrapLines:
+        return m_wrappingSwitch->toggle();
     case CommandId::ZoomIn:
         return m_zoom->step(1);
     case CommandId::ZoomOut:

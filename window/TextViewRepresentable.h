@@ -15,6 +15,7 @@ class FindController;
 class LineEndCommands;
 class TextCommands;
 class TextLook;
+class WrappingSwitch;
 class Zoom;
 
 /// Hosts the text view of an editor window and the find bar below it. Creates the view over the
@@ -62,6 +63,7 @@ private:
     TextCommands *m_textCommands = nullptr;
     TextLook *m_textLook = nullptr;
     Zoom *m_zoom = nullptr;
+    WrappingSwitch *m_wrappingSwitch = nullptr;
     Coordinator *m_coordinator = nullptr;
 };
 
