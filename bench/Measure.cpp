@@ -35,6 +35,7 @@ namespace {
 constexpr auto kUsage = "usage: penwick_measure make ascii|japanese|oneline MB FILE\n"
                         "       penwick_measure floor|open|edit FILE\n"
                         "       penwick_measure replace|marks MATCHES\n"
+                        "       penwick_measure unwrapped ascii|japanese\n"
                         "       penwick_measure empty\n";
 
 constexpr int kTries = 21;
@@ -315,6 +316,36 @@ int measureMarks(qsizetype matches)
     return print({{u"paint of a caret"_s, median(painted)}});
 }
 
+/// Measures typing in a line of 5 MB that does not wrap, and scrolling along it.
+int measureUnwrapped(const QString &kind)
+{
+    constexpr qsizetype kSize = 5'000'000;
+    warmUp();
+    ShownEditor editor;
+    editor.show(Text::fromUtf8(kind == u"japanese"_s ? japaneseProse(kSize).replace('\n', "。")
+                                                     : oneLine(kSize))
+                    .value());
+    TextView *view = editor.textView();
+    view->setWrapping(TextView::Wrapping::Off, 0);
+    editor.waitUntilShown();
+    QJsonObject result;
+    measureTyping(editor, result);
+    view->setSelectedRange({view->string().size() / 3, 0});
+    QCoreApplication::processEvents();
+    const std::pair<QString, QAbstractSlider::SliderAction> actions[] = {
+        {u"scroll a step sideways"_s, QAbstractSlider::SliderSingleStepAdd},
+        {u"scroll a page sideways"_s, QAbstractSlider::SliderPageStepAdd}};
+    for (const auto &[name, action] : actions) {
+        std::vector<double> painted;
+        for (int i = 0; i < 5 * kTries; ++i)
+            painted.push_back(editor.watch->timeToPaint(
+                [&, action = action] { view->horizontalScrollBar()->triggerAction(action); }));
+        result[name] = median(painted);
+        result[name + u", slowest"_s] = *std::max_element(painted.begin(), painted.end());
+    }
+    return print(result);
+}
+
 int makeInput(const QStringList &arguments)
 {
     const qsizetype size = arguments[3].toLongLong() * 1'000'000;
@@ -348,6 +379,8 @@ int main(int argc, char **argv)
         return usage();
     if (command == u"replace"_s)
         return measureReplacing(std::max<qsizetype>(1, arguments[2].toLongLong()));
+    if (command == u"unwrapped"_s)
+        return measureUnwrapped(arguments[2]);
     if (command == u"marks"_s)
         return measureMarks(std::max<qsizetype>(1, arguments[2].toLongLong()));
     if (command == u"floor"_s)
