@@ -55,8 +55,7 @@ bool isForbidden(QStringView units, qsizetype index)
 
 qsizetype lastBreak(QStringView units, qsizetype index)
 {
-    if (index <= 0 || index >= units.size() ||
-        (!isJapanese(units[index]) && !isJapanese(units[index - 1])))
+    if (index <= 0 || index >= units.size() || std::none_of(units.begin(), units.end(), isJapanese))
         return index;
     QTextBoundaryFinder finder(QTextBoundaryFinder::Line, units.data(), units.size());
     finder.setPosition(index);
