@@ -468,7 +468,9 @@ void TextView::updateStyle()
 void TextView::resizeEvent(QResizeEvent *event)
 {
     QAbstractScrollArea::resizeEvent(event);
-    const bool showedCaret = !m_viewport.caretRect(m_selection.caret()).isNull();
+    const QRectF caret = m_viewport.caretRect(m_selection.caret());
+    const bool wasBeside = caret.right() < 0 || caret.left() > m_viewport.size().width();
+    const bool showedCaret = !caret.isNull() && !wasBeside;
     updateStyle();
     if (showedCaret && hasFocus())
         m_viewport.makeVisible(m_selection.caret());
@@ -510,11 +512,12 @@ void TextView::wheelEvent(QWheelEvent *event)
     QPointF distance = event->pixelDelta();
     if (distance.isNull())
         distance = QPointF(event->angleDelta()) / kNotch * kRows * m_viewport.style().rowHeight;
+    const bool hasSides = horizontalScrollBar()->maximum() > 0;
     // A wheel that turns one way only scrolls sideways with Shift.
-    if (event->modifiers().testFlag(Qt::ShiftModifier) && distance.x() == 0)
+    if (hasSides && event->modifiers().testFlag(Qt::ShiftModifier) && distance.x() == 0)
         distance = distance.transposed();
     m_viewport.scrollByPixels(-distance.y());
-    if (distance.x() != 0 && horizontalScrollBar()->maximum() > 0)
+    if (hasSides && distance.x() != 0)
         m_viewport.scrollSidewaysBy(-distance.x());
     refresh();
     updateMicroFocus();

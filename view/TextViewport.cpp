@@ -65,6 +65,7 @@ void TextViewport::setGeometry(const TextLayoutStyle &style, QSizeF size)
     // Rows that do not wrap have the same layout in any size.
     const TextLayoutStyle before = this->style();
     if (!style.wraps && style == before && decoration() == nullptr) {
+        setLeft(std::min(m_left, std::max<qreal>(0, std::ceil(m_widest.width - textWidth()))));
         clampToEnd();
         return;
     }

@@ -78,6 +78,8 @@ private Q_SLOTS:
     void off_upAndDown_keepTheColumn();
     void off_bar_reachesBothEnds();
     void off_wheel_scrollsSideways();
+    void shiftAndWheel_withoutSides_scrollsRows();
+    void off_resize_leavesThePlace();
     void off_click_hitsWhatIsShown();
     void off_dragBeyondTheEdge_scrolls();
     void off_composition_isShown();
@@ -177,6 +179,25 @@ void TextViewWrappingTest::off_wheel_scrollsSideways()
     f.wheel({}, {0, -120});
     QVERIFY(f.view.verticalScrollBar()->value() > 0);
     QCOMPARE(f.xOf(100), before + (f.xOf(100) - f.xOf(0)));
+}
+
+void TextViewWrappingTest::shiftAndWheel_withoutSides_scrollsRows()
+{
+    Unwrapped f(u"x\n"_s.repeated(100));
+    f.wheel({}, {0, -120}, Qt::ShiftModifier);
+    QVERIFY(f.view.verticalScrollBar()->value() > 0);
+}
+
+void TextViewWrappingTest::off_resize_leavesThePlace()
+{
+    Unwrapped f(u"x"_s.repeated(700));
+    f.bar()->setValue(2000);
+    const qreal before = f.xOf(300);
+    f.view.resize(500, 300); // The caret, scrolled out, does not come back.
+    QCOMPARE(f.xOf(300), before);
+    f.bar()->setValue(f.bar()->maximum());
+    f.view.resize(800, 300); // No empty space appears on the right.
+    QVERIFY(f.xOf(700) > f.view.viewport()->width() - 20);
 }
 
 void TextViewWrappingTest::off_click_hitsWhatIsShown()
