@@ -31,6 +31,11 @@ QByteArray UserDefaults::bytes(const QString &key) const
     return value(key).toByteArray();
 }
 
+QStringList UserDefaults::strings(const QString &key) const
+{
+    return value(key).toStringList();
+}
+
 QVariant UserDefaults::value(const QString &key) const
 {
     const auto kept = m_unsaved.constFind(key);
@@ -55,6 +60,18 @@ bool UserDefaults::setBytes(const QString &key, const QByteArray &value)
 bool UserDefaults::remove(const QString &key)
 {
     return write(key, {});
+}
+
+bool UserDefaults::changeStrings(const QString &key,
+                                 const std::function<QStringList(const QStringList &)> &change)
+{
+    const auto held = lock();
+    if (!held && held.error().kind == FileError::Kind::Locked)
+        return false;
+    sync(); // Another process may have changed the list.
+    const QStringList before = strings(key);
+    const QStringList after = change(before);
+    return after == before || write(key, after.isEmpty() ? QVariant() : QVariant(after));
 }
 
 /// Takes the lock of the settings' folder, which is created if it is missing. QSettings has its own

@@ -6,8 +6,10 @@
 #include <QHash>
 #include <QSettings>
 #include <QString>
+#include <QStringList>
 #include <QVariant>
 
+#include <functional>
 #include <optional>
 
 namespace penwick {
@@ -28,6 +30,8 @@ public:
     [[nodiscard]] std::optional<QString> string(const QString &key) const;
     /// Empty when the key is not stored.
     [[nodiscard]] QByteArray bytes(const QString &key) const;
+    /// Empty when the key is not stored.
+    [[nodiscard]] QStringList strings(const QString &key) const;
 
     /// Each of these returns false when the file could not be written; the new value is then kept
     /// in memory until the process ends. Setting the stored value again leaves the file untouched.
@@ -38,6 +42,13 @@ public:
 
     /// Reads what other programs have changed in the file.
     void reload() { sync(); }
+
+    /// Replaces a stored list by what `change` makes of it. Other processes cannot change it
+    /// meanwhile. An empty list removes the key.
+    /// \return false when the file could not be written. If another process holds the lock,
+    ///         `change` was not called and nothing is kept.
+    bool changeStrings(const QString &key,
+                       const std::function<QStringList(const QStringList &)> &change);
 
 private:
     [[nodiscard]] QVariant value(const QString &key) const;
