@@ -45,6 +45,8 @@ CommandState AppCommands::commandState(CommandId id) const
     case CommandId::GoToLine:
     case CommandId::GoToHeading:
         return {targetAt(CommandPlace::Document) != nullptr};
+    case CommandId::ClearRecentFiles:
+        return {!m_app->recentFiles().paths().isEmpty()};
     case CommandId::CheckForUpdates:
         return {m_app->canCheckForUpdates()};
     case CommandId::RepeatMacro:
@@ -76,6 +78,8 @@ void AppCommands::performHere(CommandId id)
         return m_app->documentController().newDocument();
     case CommandId::OpenDocument:
         return m_app->documentController().openDocument();
+    case CommandId::ClearRecentFiles:
+        return m_app->recentFiles().clear();
     case CommandId::RunTestMacro:
         return m_app->runTestMacro();
     case CommandId::RunTestMacroSelection:

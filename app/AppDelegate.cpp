@@ -50,6 +50,7 @@ AppDelegate::AppDelegate(Clock clock, FilePanels panels, QObject *parent)
     : QObject(parent)
     , m_clock(std::move(clock))
     , m_panels(std::move(panels))
+    , m_recentFiles(UserDefaults::standard(), Preferences::standard())
     , m_requests(&m_documents,
                  [this]() -> QWidget * {
                      const auto editor = targetEditor();
@@ -65,6 +66,7 @@ AppDelegate::AppDelegate(Clock clock, FilePanels panels, QObject *parent)
     , m_commands(this)
     , m_palette(this, &m_commands)
 {
+    m_recentFiles.follow(&m_documents);
     // A window that is opened later gets a menu bar of its own.
     connect(&m_documents, &DocumentController::windowMade, this, &AppDelegate::prepareWindow);
     connect(

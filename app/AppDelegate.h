@@ -8,6 +8,7 @@
 #include "app/MacroLauncher.h"
 #include "app/MenuBar.h"
 #include "app/OpenRequests.h"
+#include "app/RecentFiles.h"
 #include "app/Recovery.h"
 #include "app/SettingsWatch.h"
 #include "app/UnsavedTextRescue.h"
@@ -61,6 +62,8 @@ public:
     [[nodiscard]] static constexpr bool applicationShouldOpenUntitledFile() { return true; }
 
     [[nodiscard]] DocumentController &documentController() { return m_documents; }
+
+    [[nodiscard]] RecentFiles &recentFiles() { return m_recentFiles; }
 
     /// The editor that was last in front of the active window, also after it has been closed. Null
     /// until there was one.
@@ -163,6 +166,7 @@ private:
     Clock m_clock;
     FilePanels m_panels;
     WordingTranslator m_translator;
+    RecentFiles m_recentFiles;
     DocumentController m_documents;
     std::optional<Recovery> m_recovery; // Destroyed while the documents are open.
     OpenRequests m_requests;

@@ -11,7 +11,9 @@
 #include "window/EditorTabBar.h"
 #include "wording/WordingLookup.h"
 
+#include <QFile>
 #include <QHash>
+#include <QSet>
 
 #include <algorithm>
 
@@ -22,6 +24,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype kMostRecent = 50;
+constexpr qsizetype kFirstFiles = 5; // That many of the recent files come before the commands.
+constexpr qsizetype kLast = kMostRecent + kFirstFiles;
 constexpr QChar kMacroMark = u'/'; // Before a macro's id; no command's name contains it.
 
 QList<PaletteRow> commandRows(const AppCommands &target)
@@ -72,6 +76,16 @@ QList<PaletteRow> tabRows(const DocumentController &documents)
     return rows;
 }
 
+QString fileId(const QByteArray &path)
+{
+    return u"file/"_s + QString::fromLatin1(path.toPercentEncoding());
+}
+
+QByteArray pathOf(const QString &fileId)
+{
+    return QByteArray::fromPercentEncoding(fileId.section(u'/', 1).toLatin1());
+}
+
 } // namespace
 
 QList<PaletteRow> macroRows(const QList<Macro> &macros, const MacroKeys &keys)
@@ -93,16 +107,50 @@ QList<PaletteRow> macroRows(const QList<Macro> &macros, const MacroKeys &keys)
     return rows;
 }
 
+QList<PaletteRow> CommandPalette::fileRows() const
+{
+    QSet<QString> open; // Compared as texts: a query of the file system could take long.
+    for (const auto &controller : m_app->documentController().windowControllers())
+        if (const TextDocument *document = controller->document())
+            open.insert(document->filePath());
+    QList<PaletteRow> rows;
+    for (const QByteArray &path : m_app->recentFiles().paths()) {
+        const QString name = QFile::decodeName(path);
+        if (open.contains(name))
+            continue;
+        const auto folderEnd = name.lastIndexOf(u'/');
+        PaletteRow row;
+        row.kind = PaletteRow::Kind::File;
+        row.id = fileId(path);
+        row.title = visibleLine(name.mid(folderEnd + 1));
+        row.detail = visibleLine(name.left(std::max<qsizetype>(folderEnd, 1)));
+        row.badge = wording::text(u"palette.recentFile"_s);
+        rows.append(row);
+    }
+    return rows;
+}
+
+void CommandPalette::markGoneFiles(Palette *palette)
+{
+    QObject::connect(&m_gone, &GoneFiles::found, palette, [palette](const QByteArray &path) {
+        palette->setBadge(fileId(path), wording::text(u"palette.goneFile"_s));
+    });
+    m_gone.look(m_app->recentFiles().paths());
+}
+
 QList<PaletteRow> CommandPalette::rows() const
 {
+    const QList<PaletteRow> files = fileRows();
     QList<PaletteRow> rows = commandRows(*m_commands) +
                              macroRows(MacroManager::shared().macros(), MacroKeys::shared()) +
-                             tabRows(m_app->documentController());
+                             tabRows(m_app->documentController()) + files;
     QHash<QString, qsizetype> places;
     for (qsizetype i = 0; i < m_recent.size(); ++i)
         places.insert(m_recent.at(i), i);
+    for (qsizetype i = 0; i < std::min(files.size(), kFirstFiles); ++i)
+        places.insert(files.at(i).id, kMostRecent + i);
     std::stable_sort(rows.begin(), rows.end(), [&](const PaletteRow &a, const PaletteRow &b) {
-        return places.value(a.id, kMostRecent) < places.value(b.id, kMostRecent);
+        return places.value(a.id, kLast) < places.value(b.id, kLast);
     });
     return rows;
 }
@@ -125,13 +173,17 @@ void CommandPalette::open(const QString &mode)
     if (const TextView *view = editor->textView())
         source.text = view->string();
     source.run = [this](const PaletteRow &row) { run(row); };
-    new Palette(window, std::move(source), mode); // Deletes itself.
+    markGoneFiles(new Palette(window, std::move(source), mode)); // Deletes itself.
 }
 
 void CommandPalette::run(const PaletteRow &row)
 {
     if (row.kind == PaletteRow::Kind::Place)
         return goTo(row);
+    if (row.kind == PaletteRow::Kind::File) {
+        m_app->documentController().openFile(QFile::decodeName(pathOf(row.id)));
+        return;
+    }
     m_recent.removeAll(row.id);
     m_recent.prepend(row.id);
     m_recent.resize(std::min(m_recent.size(), kMostRecent));

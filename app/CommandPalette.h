@@ -3,19 +3,21 @@
 #include "app/AppCommands.h"
 #include "command/PaletteRow.h"
 #include "macro/library/Macro.h"
+#include "platform/files/GoneFiles.h"
 
 #include <QStringList>
 
 namespace penwick {
 
 class MacroKeys;
+class Palette;
 
 /// Returns the rows of the enabled macros.
 [[nodiscard]] QList<PaletteRow> macroRows(const QList<Macro> &macros, const MacroKeys &keys);
 
-/// Opens the palette with everything that the application offers: the commands, the enabled macros
-/// and the open tabs, those that were chosen last first. What was chosen is remembered as long as
-/// this exists.
+/// Opens the palette with everything that the application offers: the commands, the enabled macros,
+/// the open tabs and the recent files that are not open. What was used last comes first, then the
+/// last files.
 class CommandPalette final
 {
 public:
@@ -36,11 +38,14 @@ public:
 
 private:
     void run(const PaletteRow &row);
+    [[nodiscard]] QList<PaletteRow> fileRows() const;
+    void markGoneFiles(Palette *palette);
     void goTo(const PaletteRow &row) const;
 
     AppDelegate *m_app;
     AppCommands *m_commands;
     QStringList m_recent; // Ids of rows, the last chosen first.
+    GoneFiles m_gone;
 };
 
 } // namespace penwick

@@ -24,6 +24,7 @@ constexpr Command kCommands[] = {
     {Id::PerformClose, u"file.close", Place::Application, u"menu.file.close", Qt::CTRL | Qt::Key_W},
     {Id::SaveDocument, u"file.save", Place::Application, u"menu.file.save", Qt::CTRL | Qt::Key_S},
     {Id::SaveDocumentAs, u"file.saveAs", Place::Application, u"menu.file.saveAs", kCtrlShift | Qt::Key_S},
+    {Id::ClearRecentFiles, u"file.clearRecent", Place::Application, u"command.clearRecentFiles"},
     {Id::Undo, u"edit.undo", Place::Focus, u"menu.edit.undo", Qt::CTRL | Qt::Key_Z},
     {Id::Redo, u"edit.redo", Place::Focus, u"menu.edit.redo", kCtrlShift | Qt::Key_Z},
     {Id::Cut, u"edit.cut", Place::Focus, u"menu.edit.cut", Qt::CTRL | Qt::Key_X},

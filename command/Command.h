@@ -15,6 +15,7 @@ enum class CommandId {
     PerformClose,
     SaveDocument,
     SaveDocumentAs,
+    ClearRecentFiles,
     Undo,
     Redo,
     Cut,

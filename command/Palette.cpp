@@ -134,6 +134,12 @@ void Palette::setTyped(const QString &typed)
     m_field->setText(typed);
 }
 
+void Palette::setBadge(const QString &id, const QString &badge)
+{
+    m_search.setBadge(id, badge);
+    m_model->setBadge(id, badge);
+}
+
 void Palette::dismiss()
 {
     if (!std::exchange(m_isOpen, false))

@@ -29,9 +29,9 @@ struct PaletteSource
     std::function<void(const PaletteRow &row)> run;
 };
 
-/// A field and a list over the middle of a window's top, to find and run commands, macros and tabs
-/// by parts of words. `:` goes to a line and column of the text, `@` lists its headings, and `>`
-/// finds only commands.
+/// A field and a list over the middle of a window's top, to find and run commands, macros, tabs
+/// and files by parts of words. `:` goes to a line and column of the text, `@` lists its headings,
+/// and `>` finds only commands.
 ///
 /// The focus stays in the field while the palette is open. Choosing a row or Escape closes it and
 /// returns the focus to where it was; it also closes when the focus goes elsewhere. It deletes
@@ -50,6 +50,9 @@ public:
 
     [[nodiscard]] QString typed() const;
     void setTyped(const QString &typed);
+
+    /// Gives the row with this id another badge.
+    void setBadge(const QString &id, const QString &badge);
 
     /// Closes the palette without running anything.
     void dismiss();

@@ -29,6 +29,15 @@ void PaletteModel::setRows(QList<PaletteRow> rows)
     endResetModel();
 }
 
+void PaletteModel::setBadge(const QString &id, const QString &badge)
+{
+    for (int i = 0; i < static_cast<int>(m_rows.size()); ++i)
+        if (m_rows.at(i).id == id) {
+            m_rows[i].badge = badge;
+            Q_EMIT dataChanged(index(i), index(i));
+        }
+}
+
 int PaletteModel::rowCount(const QModelIndex &parent) const
 {
     return parent.isValid() ? 0 : static_cast<int>(m_rows.size());

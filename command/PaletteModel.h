@@ -18,6 +18,8 @@ public:
 
     void setRows(QList<PaletteRow> rows);
 
+    void setBadge(const QString &id, const QString &badge);
+
     [[nodiscard]] const QList<PaletteRow> &rows() const { return m_rows; }
 
     [[nodiscard]] int rowCount(const QModelIndex &parent = {}) const override;

@@ -24,6 +24,13 @@ void PaletteSearch::append(const QList<PaletteRow> &rows)
                                      row.words)});
 }
 
+void PaletteSearch::setBadge(const QString &id, const QString &badge)
+{
+    for (Entry &entry : m_entries)
+        if (entry.row.id == id)
+            entry.row.badge = badge;
+}
+
 QList<PaletteRow> PaletteSearch::find(const QString &typed, bool onlyCommands) const
 {
     const WordQuery query(typed);

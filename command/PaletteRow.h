@@ -8,7 +8,7 @@ namespace penwick {
 /// An entry of the palette.
 struct PaletteRow
 {
-    enum class Kind { Command, Macro, Tab, Place, Hint };
+    enum class Kind { Command, Macro, Tab, File, Place, Hint };
 
     Kind kind = Kind::Hint;
     QString id;     ///< Unique among the rows with an id.
@@ -31,6 +31,9 @@ public:
     explicit PaletteSearch(const QList<PaletteRow> &rows) { append(rows); }
 
     void append(const QList<PaletteRow> &rows);
+
+    /// Gives the row with this id another badge. Words do not find the row by it.
+    void setBadge(const QString &id, const QString &badge);
 
     /// Returns the rows that all words of `typed` are found in, the best first, rows of equal rank
     /// in their order; rows that are not enabled come last.

@@ -49,6 +49,7 @@ constexpr Preference kPreferences[] = {
     {Id::ConvertsPastedLineEnds, u"convertPastedLineEnds", Kind::Switch, u"preference.convertPastedLineEnds", u"false"},
     {Id::UndoLimit, u"undoLimitMegabytes", Kind::Number, u"preference.undoLimit", u"1000", 1, 100000, {}, u"preference.megabytes"},
     {Id::KeepsRecoveryCopies, u"recovery", Kind::Switch, u"preference.recovery", u"true"},
+    {Id::KeepsRecentFiles, u"keepsRecentFiles", Kind::Switch, u"preference.keepsRecentFiles", u"true"},
     {Id::MacroMemory, u"macroMemoryLimitMegabytes", Kind::Number, u"preference.macroMemory", u"automatic", 64, 1 << 30, kMacroMemory, u"preference.megabytes"},
 };
 

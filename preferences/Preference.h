@@ -24,6 +24,7 @@ enum class PreferenceId {
     ConvertsPastedLineEnds,
     UndoLimit,
     KeepsRecoveryCopies,
+    KeepsRecentFiles,
     MacroMemory,
 };
 
