@@ -5,6 +5,7 @@
 #include "app/OpenDialogs.h"
 #include "app/ScriptHostReport.h"
 #include "app/TestMacros.h"
+#include "app/TextMenu.h"
 #include "code/ResultLine.h"
 #include "command/CommandShortcut.h"
 #include "command/MacroKeys.h"
@@ -15,6 +16,7 @@
 #include "platform/process/StandardOutput.h"
 #include "platform/settings/NotificationCenter.h"
 #include "preferences/Preferences.h"
+#include "view/TextView.h"
 #include "wording/ProfileImport.h"
 #include "wording/UIWordingProfileManager.h"
 #include "wording/WordingLookup.h"
@@ -35,6 +37,7 @@ namespace penwick {
 namespace {
 
 constexpr int kScriptHostDelay = 1000; // Milliseconds.
+constexpr qsizetype kSelectionMacros = 5;
 constexpr int kRequestTimeout = 30'000;
 
 /// The folder of the profiles that come with penwick. It need not exist.
@@ -65,6 +68,7 @@ AppDelegate::AppDelegate(Clock clock, FilePanels panels, QObject *parent)
     , m_launcher([this] { return targetEditor(); }, m_clock)
     , m_commands(this)
     , m_palette(this, &m_commands)
+    , m_selectionMacros(UserDefaults::standard(), u"recentCommands/onSelection"_s, kSelectionMacros)
 {
     m_recentFiles.follow(&m_documents);
     // A window that is opened later gets a menu bar of its own.
@@ -248,8 +252,19 @@ void AppDelegate::prepareController(EditorWindowController *controller)
                 if (m_macroManager != nullptr)
                     m_macroManager->view()->showRunError(code, failure.message, line);
             });
+    connect(controller, &EditorWindowController::textViewMade, this, &AppDelegate::prepareTextView);
     // The document is added to the open ones after this signal.
     QMetaObject::invokeMethod(this, &AppDelegate::showRunState, Qt::QueuedConnection);
+}
+
+void AppDelegate::prepareTextView(TextView *view)
+{
+    connect(view, &TextView::contextMenuWillOpen, this, [this, view](QMenu *menu) {
+        extendTextMenu(menu,
+                       view->selectedRange().isEmpty() ? QList<Macro>() : selectionMacros(),
+                       menuHandlers(),
+                       [this](const QString &id) { runDynamicMacro(id); });
+    });
 }
 
 void AppDelegate::showRunState()
@@ -330,7 +345,27 @@ void AppDelegate::runDynamicMacro(const QString &id)
     if (!macro)
         return;
     m_lastMacroId = id;
+    noteUse(id);
     m_launcher.promptOrRun(*macro);
+}
+
+void AppDelegate::noteUse(const QString &macroId)
+{
+    m_palette.noteUse(macroRowId(macroId));
+    const auto editor = targetEditor();
+    const TextView *view = editor != nullptr ? editor->textView() : nullptr;
+    if (view != nullptr && !view->selectedRange().isEmpty())
+        m_selectionMacros.add(macroId);
+}
+
+/// The last used one first.
+QList<Macro> AppDelegate::selectionMacros() const
+{
+    QList<Macro> macros;
+    for (const QString &id : m_selectionMacros.items())
+        if (const auto macro = MacroManager::shared().macroWithId(id))
+            macros << *macro;
+    return macros;
 }
 
 std::optional<Macro> AppDelegate::lastMacro() const
@@ -341,10 +376,12 @@ std::optional<Macro> AppDelegate::lastMacro() const
 
 void AppDelegate::repeatMacro()
 {
-    if (const auto macro = lastMacro())
+    if (const auto macro = lastMacro()) {
+        noteUse(macro->id);
         m_launcher.promptOrRun(*macro, MacroLauncher::Offer::LastInput);
-    else if (const auto editor = targetEditor())
+    } else if (const auto editor = targetEditor()) {
         editor->showMacroMessage(NotificationType::Info, wording::text(u"status.noLastMacro"_s));
+    }
 }
 
 void AppDelegate::runTestMacro()

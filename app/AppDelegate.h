@@ -147,6 +147,7 @@ private:
     void windowDidBecomeMain(QWidget *window);
     void prepareWindow(EditorWindow *window);
     void prepareController(EditorWindowController *controller);
+    void prepareTextView(TextView *view);
     void showRunState();
     void addShortcuts(QWidget *window);
     void currentTabDidChange(EditorWindow *window);
@@ -160,7 +161,9 @@ private:
     void rebuildMacroMenu(const EditorWindow &window);
     void rebuildMacroKeys();
     void rebuildMacroKeys(EditorWindow *window);
+    void noteUse(const QString &macroId);
     [[nodiscard]] std::optional<Macro> lastMacro() const;
+    [[nodiscard]] QList<Macro> selectionMacros() const;
     [[nodiscard]] MenuHandlers menuHandlers();
 
     Clock m_clock;
@@ -176,6 +179,7 @@ private:
     AppCommands m_commands;
     CommandPalette m_palette;
     QString m_lastMacroId;
+    RecentList m_selectionMacros; // The ids of those that ran on a selection.
     TerminationSignals m_signals;
     std::optional<UnsavedTextRescue> m_rescue;
     std::unique_ptr<EngineCheck> m_engineCheck; // Set while the trial runs.

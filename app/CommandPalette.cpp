@@ -26,6 +26,7 @@ namespace {
 constexpr qsizetype kMostRecent = 50;
 constexpr qsizetype kFirstFiles = 5; // That many of the recent files come before the commands.
 constexpr qsizetype kLast = kMostRecent + kFirstFiles;
+const QString kTabMark = u"tab/"_s;
 constexpr QChar kMacroMark = u'/'; // Before a macro's id; no command's name contains it.
 
 QList<PaletteRow> commandRows(const AppCommands &target)
@@ -52,7 +53,7 @@ QList<PaletteRow> commandRows(const AppCommands &target)
 
 QString tabId(const EditorWindowController &controller)
 {
-    return u"tab/"_s + QString::number(controller.number());
+    return kTabMark + QString::number(controller.number());
 }
 
 QList<PaletteRow> tabRows(const DocumentController &documents)
@@ -88,6 +89,11 @@ QByteArray pathOf(const QString &fileId)
 
 } // namespace
 
+QString macroRowId(const QString &macroId)
+{
+    return kMacroMark + macroId;
+}
+
 QList<PaletteRow> macroRows(const QList<Macro> &macros, const MacroKeys &keys)
 {
     QList<PaletteRow> rows;
@@ -96,7 +102,7 @@ QList<PaletteRow> macroRows(const QList<Macro> &macros, const MacroKeys &keys)
             continue;
         PaletteRow row;
         row.kind = PaletteRow::Kind::Macro;
-        row.id = kMacroMark + macro.id;
+        row.id = macroRowId(macro.id);
         row.title = visibleLine(macro.name);
         row.detail = visibleLine(macro.description);
         row.badge = MacroSourceBadge::sourceLabel(macro.source);
@@ -105,6 +111,14 @@ QList<PaletteRow> macroRows(const QList<Macro> &macros, const MacroKeys &keys)
         rows.append(row);
     }
     return rows;
+}
+
+CommandPalette::CommandPalette(AppDelegate *app, AppCommands *commands)
+    : m_app(app)
+    , m_commands(commands)
+    , m_usedBefore(UserDefaults::standard(), u"recentCommands/inPalette"_s, kMostRecent)
+{
+    m_recent = m_usedBefore.items();
 }
 
 QList<PaletteRow> CommandPalette::fileRows() const
@@ -176,6 +190,15 @@ void CommandPalette::open(const QString &mode)
     markGoneFiles(new Palette(window, std::move(source), mode)); // Deletes itself.
 }
 
+void CommandPalette::noteUse(const QString &rowId)
+{
+    m_recent.removeAll(rowId);
+    m_recent.prepend(rowId);
+    m_recent.resize(std::min(m_recent.size(), kMostRecent));
+    if (!rowId.startsWith(kTabMark))
+        m_usedBefore.add(rowId);
+}
+
 void CommandPalette::run(const PaletteRow &row)
 {
     if (row.kind == PaletteRow::Kind::Place)
@@ -184,11 +207,9 @@ void CommandPalette::run(const PaletteRow &row)
         m_app->documentController().openFile(QFile::decodeName(pathOf(row.id)));
         return;
     }
-    m_recent.removeAll(row.id);
-    m_recent.prepend(row.id);
-    m_recent.resize(std::min(m_recent.size(), kMostRecent));
     if (row.kind == PaletteRow::Kind::Macro)
-        return m_app->runDynamicMacro(row.id.mid(1));
+        return m_app->runDynamicMacro(row.id.mid(1)); // Notes the use.
+    noteUse(row.id);
     for (const Command &each : commands())
         if (row.kind == PaletteRow::Kind::Command && each.name == row.id)
             return m_commands->performCommand(each.id);

@@ -4,6 +4,7 @@
 #include "command/PaletteRow.h"
 #include "macro/library/Macro.h"
 #include "platform/files/GoneFiles.h"
+#include "platform/settings/RecentList.h"
 
 #include <QStringList>
 
@@ -12,21 +13,20 @@ namespace penwick {
 class MacroKeys;
 class Palette;
 
+/// Returns the id of the row of a macro.
+[[nodiscard]] QString macroRowId(const QString &macroId);
+
 /// Returns the rows of the enabled macros.
 [[nodiscard]] QList<PaletteRow> macroRows(const QList<Macro> &macros, const MacroKeys &keys);
 
 /// Opens the palette with everything that the application offers: the commands, the enabled macros,
-/// the open tabs and the recent files that are not open. What was used last comes first, then the
-/// last files.
+/// the open tabs and the recent files that are not open. What was used last comes first, also in
+/// an earlier process, then the last files.
 class CommandPalette final
 {
 public:
     /// \param app not owned; must outlive this.
-    CommandPalette(AppDelegate *app, AppCommands *commands)
-        : m_app(app)
-        , m_commands(commands)
-    {
-    }
+    CommandPalette(AppDelegate *app, AppCommands *commands);
 
     /// Opens the palette over the window of the target editor. If it is open there with the same
     /// mode, closes it instead. Does nothing without an editor.
@@ -36,6 +36,9 @@ public:
     /// Returns the rows that the palette shows when nothing is typed.
     [[nodiscard]] QList<PaletteRow> rows() const;
 
+    /// Puts the row with this id first.
+    void noteUse(const QString &rowId);
+
 private:
     void run(const PaletteRow &row);
     [[nodiscard]] QList<PaletteRow> fileRows() const;
@@ -44,7 +47,8 @@ private:
 
     AppDelegate *m_app;
     AppCommands *m_commands;
-    QStringList m_recent; // Ids of rows, the last chosen first.
+    QStringList m_recent;    // Ids of rows, the last used first.
+    RecentList m_usedBefore; // Those of them that mean the same in another process.
     GoneFiles m_gone;
 };
 

@@ -41,6 +41,8 @@ void addCommandItem(QMenu *menu, CommandId command, const MenuHandlers &handlers
         action, &QAction::triggered, action, [command, handlers] { handlers.perform(command); });
 }
 
+} // namespace
+
 int addMacroItems(QMenu *menu,
                   const QList<Macro> &macros,
                   const std::function<void(const QString &id)> &runMacro)
@@ -61,8 +63,6 @@ int addMacroItems(QMenu *menu,
     }
     return count;
 }
-
-} // namespace
 
 void rebuildMacroMenu(QMenu *menu,
                       const QList<Macro> &macros,

@@ -111,6 +111,7 @@ void EditorWindowController::setDocument(TextDocument *document)
     m_documentState->setText(document->contentString());
     m_content = new MainEditorView(m_documentState.get(), document);
     showContent(m_content);
+    Q_EMIT textViewMade(textView());
 }
 
 void EditorWindowController::showLoading(TextDocument *document)

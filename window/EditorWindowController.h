@@ -130,6 +130,8 @@ public:
     void showMacroMessage(NotificationType type, const QString &message);
 
 Q_SIGNALS:
+    /// The tab shows this text view now, which was made for a document.
+    void textViewMade(penwick::TextView *view);
     /// Emitted when a run of this code failed, with what the status bar shows.
     void macroFailed(const QString &code, const penwick::MacroFailure &failure);
 

@@ -43,6 +43,7 @@ private Q_SLOTS:
     void disabledMacro_isNotListed();
     void typedTab_comesForward();
     void chosenRow_isListedFirstNextTime();
+    void usedRows_afterAnotherStart_areListedFirst();
     void goToLine_byKey_movesTheCaret();
     void goToLine_pastTheEnd_saysSo();
     void palette_whileATabIsSwitched_closes();
@@ -241,6 +242,25 @@ void CommandPaletteTest::chosenRow_isListedFirstNextTime()
     press(Qt::Key_F1, Qt::NoModifier);
     QCOMPARE(row(u"検索"_s).row(), 0);
     QCOMPARE(row(u"すべてを選択"_s).row(), 1);
+}
+
+void CommandPaletteTest::usedRows_afterAnotherStart_areListedFirst()
+{
+    setText(u"a \n"_s);
+    choose(u"edit.selectAll"_s);
+    macroItem(u"default_trimTrailingSpaces"_s)->trigger();
+    QTRY_COMPARE_WITH_TIMEOUT(text(), u"a\n"_s, test::kLongWait);
+    for (int start = 0; start < 2; ++start) {
+        controller()->textView()->setSelectedRange({0, 0});
+        press(Qt::Key_F1, Qt::NoModifier);
+        QCOMPARE(row(u"行末スペースを削除"_s).row(), 0);
+        QCOMPARE(row(u"すべてを選択"_s).row(), 1);
+        end();
+        begin();
+        launch();
+        activate(0);
+        setText(u"a"_s); // There is something to select.
+    }
 }
 
 void CommandPaletteTest::goToLine_byKey_movesTheCaret()

@@ -28,6 +28,7 @@ private Q_SLOTS:
     {
         Preferences::standard().reset(PreferenceId::KeepsRecentFiles);
         UserDefaults::standard().remove(u"recentFiles/paths"_s);
+        UserDefaults::standard().remove(u"recentCommands/inPalette"_s);
         begin();
     }
 
