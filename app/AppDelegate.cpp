@@ -4,6 +4,7 @@
 #include "app/MacroShortcuts.h"
 #include "app/OpenDialogs.h"
 #include "app/ScriptHostReport.h"
+#include "app/StartHints.h"
 #include "app/TestMacros.h"
 #include "app/TextMenu.h"
 #include "code/ResultLine.h"
@@ -252,12 +253,15 @@ void AppDelegate::prepareController(EditorWindowController *controller)
                 if (m_macroManager != nullptr)
                     m_macroManager->view()->showRunError(code, failure.message, line);
             });
-    connect(controller, &EditorWindowController::textViewMade, this, &AppDelegate::prepareTextView);
+    connect(controller,
+            &EditorWindowController::textViewMade,
+            this,
+            [this, controller](TextView *view) { prepareTextView(controller, view); });
     // The document is added to the open ones after this signal.
     QMetaObject::invokeMethod(this, &AppDelegate::showRunState, Qt::QueuedConnection);
 }
 
-void AppDelegate::prepareTextView(TextView *view)
+void AppDelegate::prepareTextView(const EditorWindowController *controller, TextView *view)
 {
     connect(view, &TextView::contextMenuWillOpen, this, [this, view](QMenu *menu) {
         extendTextMenu(menu,
@@ -265,6 +269,13 @@ void AppDelegate::prepareTextView(TextView *view)
                        menuHandlers(),
                        [this](const QString &id) { runDynamicMacro(id); });
     });
+    const TextDocument *document = controller->document();
+    if (!document->filePath().isEmpty() || !view->string().isEmpty())
+        return;
+    auto *hint =
+        new HintLine(view, [this] { return startHints(&m_commands, &m_documents, m_recentFiles); });
+    connect(document, &TextDocument::filePathChanged, hint, &HintLine::finish);
+    connect(&m_recentFiles, &RecentFiles::changed, hint, &HintLine::refresh);
 }
 
 void AppDelegate::showRunState()

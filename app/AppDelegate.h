@@ -147,7 +147,7 @@ private:
     void windowDidBecomeMain(QWidget *window);
     void prepareWindow(EditorWindow *window);
     void prepareController(EditorWindowController *controller);
-    void prepareTextView(TextView *view);
+    void prepareTextView(const EditorWindowController *controller, TextView *view);
     void showRunState();
     void addShortcuts(QWidget *window);
     void currentTabDidChange(EditorWindow *window);

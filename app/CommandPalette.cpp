@@ -13,7 +13,6 @@
 
 #include <QFile>
 #include <QHash>
-#include <QSet>
 
 #include <algorithm>
 
@@ -123,15 +122,9 @@ CommandPalette::CommandPalette(AppDelegate *app, AppCommands *commands)
 
 QList<PaletteRow> CommandPalette::fileRows() const
 {
-    QSet<QString> open; // Compared as texts: a query of the file system could take long.
-    for (const auto &controller : m_app->documentController().windowControllers())
-        if (const TextDocument *document = controller->document())
-            open.insert(document->filePath());
     QList<PaletteRow> rows;
-    for (const QByteArray &path : m_app->recentFiles().paths()) {
+    for (const QByteArray &path : m_app->recentFiles().closedPaths()) {
         const QString name = QFile::decodeName(path);
-        if (open.contains(name))
-            continue;
         const auto folderEnd = name.lastIndexOf(u'/');
         PaletteRow row;
         row.kind = PaletteRow::Kind::File;
@@ -149,7 +142,7 @@ void CommandPalette::markGoneFiles(Palette *palette)
     QObject::connect(&m_gone, &GoneFiles::found, palette, [palette](const QByteArray &path) {
         palette->setBadge(fileId(path), wording::text(u"palette.goneFile"_s));
     });
-    m_gone.look(m_app->recentFiles().paths());
+    m_gone.look(m_app->recentFiles().closedPaths());
 }
 
 QList<PaletteRow> CommandPalette::rows() const

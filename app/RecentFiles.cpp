@@ -3,6 +3,7 @@
 #include "app/DocumentController.h"
 
 #include <QFile>
+#include <QSet>
 #include <QStringDecoder>
 
 namespace penwick {
@@ -35,6 +36,7 @@ RecentFiles::RecentFiles(UserDefaults &defaults, Preferences &preferences)
 
 void RecentFiles::follow(DocumentController *documents)
 {
+    m_documents = documents;
     connect(documents, &DocumentController::documentOpened, this, [this](TextDocument *document) {
         const auto addFile = [this, document] { addFileOf(*document); };
         addFile();
@@ -58,6 +60,19 @@ QList<QByteArray> RecentFiles::paths() const
             paths << path;
     }
     return paths;
+}
+
+QList<QByteArray> RecentFiles::closedPaths() const
+{
+    QSet<QByteArray> open; // Compared as texts: a query of the file system could take long.
+    for (const auto &controller : m_documents->windowControllers())
+        if (const TextDocument *document = controller->document())
+            open.insert(QFile::encodeName(document->filePath()));
+    QList<QByteArray> closed;
+    for (const QByteArray &path : paths())
+        if (!open.contains(path))
+            closed << path;
+    return closed;
 }
 
 void RecentFiles::add(const QByteArray &path)

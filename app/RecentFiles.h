@@ -33,6 +33,9 @@ public:
     /// The absolute paths, as the system has them, the last one first.
     [[nodiscard]] QList<QByteArray> paths() const;
 
+    /// The same without the files of open documents.
+    [[nodiscard]] QList<QByteArray> closedPaths() const;
+
     /// \param path absolute; any other is ignored.
     void add(const QByteArray &path);
     void clear();
@@ -44,6 +47,7 @@ private:
     void addFileOf(const TextDocument &document);
 
     Preferences &m_preferences;
+    DocumentController *m_documents = nullptr;
     RecentList m_list;
 };
 

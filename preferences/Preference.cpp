@@ -40,6 +40,7 @@ constexpr Preference kPreferences[] = {
     {Id::ShownMarks, u"shownMarks", Kind::Choice, u"preference.shownMarks", u"blanks", 0, 0, kShownMarks},
     {Id::ShowsLineNumbers, u"showsLineNumbers", Kind::Switch, u"command.lineNumbers", u"false"},
     {Id::MarksCurrentLine, u"marksCurrentLine", Kind::Switch, u"command.currentLine", u"false"},
+    {Id::ShowsHint, u"showsHint", Kind::Switch, u"preference.showsHint", u"true"},
     {Id::Zoom, u"zoom", Kind::Number, u"preference.zoom", u"100", 50, 300, {}, u"preference.percent"},
     {Id::Wrapping, u"wrapping", Kind::Choice, u"preference.wrapping", u"window", 0, 0, kWrapping},
     {Id::WrapColumn, u"wrapColumn", Kind::Number, u"preference.wrapColumn", u"80", 20, 1000, {}, u"preference.columns"},

@@ -15,6 +15,7 @@ enum class PreferenceId {
     ShownMarks,
     ShowsLineNumbers,
     MarksCurrentLine,
+    ShowsHint,
     Zoom,
     Wrapping,
     WrapColumn,
