@@ -6,6 +6,7 @@
 #include "command/Palette.h"
 #include "controls/MacroSourceBadge.h"
 #include "controls/VerbatimText.h"
+#include "macro/library/MacroKeyRow.h"
 #include "macro/library/MacroManager.h"
 #include "view/TextView.h"
 #include "window/EditorTabBar.h"
@@ -79,6 +80,19 @@ QList<PaletteRow> tabRows(const DocumentController &documents)
 QString fileId(const QByteArray &path)
 {
     return u"file/"_s + QString::fromLatin1(path.toPercentEncoding());
+}
+
+/// Returns why the macro cannot have the key; empty when it has it now.
+QString setMacroKey(const PaletteRow &row, const QKeySequence &key)
+{
+    const QString id = row.id.mid(1);
+    MacroKeys &keys = MacroKeys::shared();
+    const QString reason =
+        key.isEmpty() ? QString()
+                      : macroKeyObstacle(id, key[0], keys, MacroManager::shared().macros());
+    if (reason.isEmpty())
+        keys.setKey(id, key);
+    return reason;
 }
 
 QByteArray pathOf(const QString &fileId)
@@ -179,6 +193,7 @@ void CommandPalette::open(const QString &mode)
     source.rows = rows();
     if (const TextView *view = editor->textView())
         source.text = view->string();
+    source.setKey = setMacroKey;
     source.run = [this](const PaletteRow &row) { run(row); };
     markGoneFiles(new Palette(window, std::move(source), mode)); // Deletes itself.
 }

@@ -58,10 +58,12 @@ Palette::Palette(QWidget *window, PaletteSource source, const QString &typed)
     , m_field(new QLineEdit(typed, this))
     , m_list(new QListView(this))
     , m_model(new PaletteModel(this))
+    , m_keyRow(new PaletteKeyRow(m_source.setKey, this))
     , m_timer(new QTimer(this))
 {
     setObjectName(u"palette"_s);
     makeContent();
+    makeKeyRow();
     connect(m_field, &QLineEdit::textChanged, this, &Palette::showRows);
     connect(m_list, &QListView::clicked, this, &Palette::run);
     connect(m_timer, &QTimer::timeout, this, &Palette::scanHeadings);
@@ -106,7 +108,28 @@ void Palette::makeContent()
     layout->setSpacing(1);
     layout->addWidget(m_field);
     layout->addWidget(m_list, 1);
+    layout->addWidget(m_keyRow);
     makePlaceholderReadable(m_field);
+}
+
+void Palette::makeKeyRow()
+{
+    connect(m_list->selectionModel(),
+            &QItemSelectionModel::currentChanged,
+            this,
+            [this](const QModelIndex &current) {
+                m_keyRow->setRow(current.isValid() ? m_model->rows().at(current.row())
+                                                   : PaletteRow());
+            });
+    connect(m_keyRow,
+            &PaletteKeyRow::keyChanged,
+            this,
+            [this](const QString &id, const QKeySequence &key) {
+                const QString atEnd = key.toString(QKeySequence::NativeText);
+                m_search.setAtEnd(id, atEnd);
+                m_model->setAtEnd(id, atEnd);
+            });
+    connect(m_keyRow, &PaletteKeyRow::ended, this, [this] { m_field->setFocus(); });
 }
 
 void Palette::changeEvent(QEvent *event)
@@ -165,9 +188,13 @@ void Palette::place()
     int top = kMargin;
     if (const auto *main = qobject_cast<const QMainWindow *>(window))
         top += main->centralWidget()->y();
+    const auto isMacro = [](const PaletteRow &row) { return row.kind == PaletteRow::Kind::Macro; };
+    const auto &shown = m_model->rows();
+    m_keyRow->setVisible(m_source.setKey && std::any_of(shown.begin(), shown.end(), isMacro));
     const int rows = std::clamp(m_model->rowCount(), 1, kMostRows);
     const int wanted = m_field->sizeHint().height() + rows * m_list->sizeHintForRow(0) + 3;
-    const int height = std::min(wanted, window->height() - top - kMargin);
+    const int keyRow = m_keyRow->isHidden() ? 0 : m_keyRow->height() + 1;
+    const int height = std::min(wanted + keyRow, window->height() - top - kMargin);
     setGeometry((window->width() - width) / 2, top, width, height);
 }
 
@@ -310,6 +337,9 @@ bool Palette::pressed(const QKeyEvent &event)
     case Qt::Key_PageUp:
         step(-page);
         return true;
+    case Qt::Key_K:
+        return event.modifiers() == Qt::ControlModifier && !m_keyRow->isHidden() &&
+               m_keyRow->record();
     case Qt::Key_Tab: // There is nothing else to go to.
     case Qt::Key_Backtab:
         return true;

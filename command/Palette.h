@@ -2,6 +2,7 @@
 
 #include "command/Headings.h"
 #include "command/LinePlace.h"
+#include "command/PaletteKeyRow.h"
 #include "command/PaletteRow.h"
 #include "text/Text.h"
 
@@ -25,6 +26,8 @@ struct PaletteSource
 {
     QList<PaletteRow> rows;   ///< In the order in which they are listed when nothing is typed.
     std::optional<Text> text; ///< Of the front tab; without a value there is none.
+    /// Gives keys to macros; empty: the palette offers none.
+    PaletteKeyRow::SetKey setKey = {};
     /// Called for the chosen row, in a later turn of the event loop.
     std::function<void(const PaletteRow &row)> run;
 };
@@ -32,10 +35,11 @@ struct PaletteSource
 /// A field and a list over the middle of a window's top, to find and run commands, macros, tabs
 /// and files by parts of words. `:` goes to a line and column of the text, `@` lists its headings,
 /// and `>` finds only commands.
+/// Ctrl+K gives a key to the current macro.
 ///
-/// The focus stays in the field while the palette is open. Choosing a row or Escape closes it and
-/// returns the focus to where it was; it also closes when the focus goes elsewhere. It deletes
-/// itself when it is closed.
+/// The focus stays in the field while the palette is open and no key is recorded. Choosing a row or
+/// Escape closes it and returns the focus to where it was; it also closes when the focus goes
+/// elsewhere. It deletes itself when it is closed.
 class Palette final : public QFrame
 {
     Q_OBJECT
@@ -64,6 +68,7 @@ protected:
 
 private:
     void makeContent();
+    void makeKeyRow();
     void place();
     void showRows();
     void setRows(QList<PaletteRow> rows);
@@ -85,6 +90,7 @@ private:
     QLineEdit *m_field;
     QListView *m_list;
     PaletteModel *m_model;
+    PaletteKeyRow *m_keyRow;
     QTimer *m_timer;
     bool m_isOpen = true;
 };

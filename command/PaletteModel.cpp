@@ -29,11 +29,21 @@ void PaletteModel::setRows(QList<PaletteRow> rows)
     endResetModel();
 }
 
+void PaletteModel::setAtEnd(const QString &id, const QString &text)
+{
+    change(id, &PaletteRow::atEnd, text);
+}
+
 void PaletteModel::setBadge(const QString &id, const QString &badge)
+{
+    change(id, &PaletteRow::badge, badge);
+}
+
+void PaletteModel::change(const QString &id, QString PaletteRow::*part, const QString &text)
 {
     for (int i = 0; i < static_cast<int>(m_rows.size()); ++i)
         if (m_rows.at(i).id == id) {
-            m_rows[i].badge = badge;
+            m_rows[i].*part = text;
             Q_EMIT dataChanged(index(i), index(i));
         }
 }

@@ -18,6 +18,7 @@ public:
 
     void setRows(QList<PaletteRow> rows);
 
+    void setAtEnd(const QString &id, const QString &text);
     void setBadge(const QString &id, const QString &badge);
 
     [[nodiscard]] const QList<PaletteRow> &rows() const { return m_rows; }
@@ -27,6 +28,8 @@ public:
     [[nodiscard]] Qt::ItemFlags flags(const QModelIndex &index) const override;
 
 private:
+    void change(const QString &id, QString PaletteRow::*part, const QString &text);
+
     QList<PaletteRow> m_rows;
 };
 

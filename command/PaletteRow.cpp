@@ -24,6 +24,13 @@ void PaletteSearch::append(const QList<PaletteRow> &rows)
                                      row.words)});
 }
 
+void PaletteSearch::setAtEnd(const QString &id, const QString &text)
+{
+    for (Entry &entry : m_entries)
+        if (entry.row.id == id)
+            entry.row.atEnd = text;
+}
+
 void PaletteSearch::setBadge(const QString &id, const QString &badge)
 {
     for (Entry &entry : m_entries)

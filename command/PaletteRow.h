@@ -32,6 +32,8 @@ public:
 
     void append(const QList<PaletteRow> &rows);
 
+    /// Gives the row with this id another text at its far end.
+    void setAtEnd(const QString &id, const QString &text);
     /// Gives the row with this id another badge. Words do not find the row by it.
     void setBadge(const QString &id, const QString &badge);
 

@@ -5,6 +5,7 @@
 #include "view/TextView.h"
 #include "wording/UIWordingProfileManager.h"
 
+#include <QFontDatabase>
 #include <QHelpEvent>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
@@ -53,6 +54,7 @@ HintLine::HintLine(TextView *view,
     , m_preferences(preferences)
 {
     setObjectName(u"hintLine"_s);
+    setFont(QFontDatabase::systemFont(QFontDatabase::GeneralFont)); // Not that of the text.
     setCursor(Qt::PointingHandCursor);
     view->installEventFilter(this);
     view->viewport()->installEventFilter(this);

@@ -57,7 +57,8 @@ void MacroKeyRow::relabel(const QString &name)
 
 void MacroKeyRow::take(const QKeySequence &key)
 {
-    const QString reason = key.isEmpty() ? QString() : obstacle(key[0]);
+    const QString reason =
+        key.isEmpty() ? QString() : macroKeyObstacle(m_id, key[0], m_keys, m_macros.macros());
     if (reason.isEmpty()) {
         m_message->clear();
         m_keys.setKey(m_id, key);
@@ -76,10 +77,13 @@ void MacroKeyRow::show(const QKeySequence &key)
     m_clear->setEnabled(!key.isEmpty());
 }
 
-QString MacroKeyRow::obstacle(QKeyCombination key) const
+QString macroKeyObstacle(const QString &macroId,
+                         QKeyCombination key,
+                         const MacroKeys &keys,
+                         const QList<Macro> &macros)
 {
-    for (const Macro &macro : m_macros.macros())
-        if (macro.id != m_id && m_keys.keyOf(macro.id) == QKeySequence(key))
+    for (const Macro &macro : macros)
+        if (macro.id != macroId && keys.keyOf(macro.id) == QKeySequence(key))
             return wording::text(u"command.keyTaken"_s, {visibleLine(macro.name)});
     return keyObstacle(key);
 }

@@ -12,6 +12,13 @@ namespace penwick {
 class ElidedLabel;
 class KeyRecorder;
 
+/// Returns why a macro cannot have a key, in the active wording: another macro has it, or a
+/// `keyObstacle`. Empty when it can.
+[[nodiscard]] QString macroKeyObstacle(const QString &macroId,
+                                       QKeyCombination key,
+                                       const MacroKeys &keys,
+                                       const QList<Macro> &macros);
+
 /// Shows the key of a macro, and lets the user give it another one or none. A change is stored at
 /// once. A key that is not free changes nothing, and the row says what has it.
 class MacroKeyRow final : public QWidget
@@ -32,7 +39,6 @@ public:
 private:
     void take(const QKeySequence &key);
     void show(const QKeySequence &key);
-    [[nodiscard]] QString obstacle(QKeyCombination key) const;
 
     MacroKeys &m_keys;
     const MacroManager &m_macros;

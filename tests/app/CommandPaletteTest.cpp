@@ -5,7 +5,9 @@
 #include "support/Macros.h"
 #include "support/Waits.h"
 
+#include <QAbstractButton>
 #include <QApplication>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QTest>
@@ -39,6 +41,8 @@ private Q_SLOTS:
     void impossibleCommand_isDisabled();
     void typedMacro_runs();
     void macroWithAKey_isRunByIt();
+    void macroKey_isRecordedInThePalette();
+    void macroKey_taken_isRefused();
     void macroKeys_equal_runTheFirstMacro();
     void disabledMacro_isNotListed();
     void typedTab_comesForward();
@@ -197,6 +201,54 @@ void CommandPaletteTest::macroWithAKey_isRunByIt()
     press(Qt::Key_F7, Qt::ControlModifier);
     QCOMPARE(text(), u"b  "_s);
     QVERIFY(!controller()->isRunningMacro());
+}
+
+void CommandPaletteTest::macroKey_isRecordedInThePalette()
+{
+    const QString id = u"default_trimTrailingSpaces"_s;
+    const QString name = u"行末スペースを削除"_s;
+    QLineEdit *field = press(Qt::Key_F1, Qt::NoModifier);
+    field->setText(u"保存"_s);
+    QTest::keyClick(field, Qt::Key_K, Qt::ControlModifier); // No macro.
+    QVERIFY(field->hasFocus());
+    field->setText(u"行末スペース"_s);
+    QTest::keyClick(field, Qt::Key_K, Qt::ControlModifier);
+    QWidget *recorder = QApplication::focusWidget();
+    QCOMPARE(recorder->accessibleName(), u"「行末スペースを削除」のキー"_s);
+    QTest::keyClick(recorder, Qt::Key_F6, Qt::ControlModifier);
+    QVERIFY(field->hasFocus());
+    QVERIFY(!recorder->isVisible());
+    QCOMPARE(MacroKeys::shared().keyOf(id), QKeySequence(Qt::CTRL | Qt::Key_F6));
+    QVERIFY(row(name).data(Qt::AccessibleTextRole).toString().endsWith(u", Ctrl+F6"_s));
+    QTest::keyClick(field, Qt::Key_K, Qt::ControlModifier);
+    QTest::keyClick(recorder, Qt::Key_Escape); // Ends the recording only.
+    QVERIFY(field->hasFocus());
+    QVERIFY(Palette::openIn(window()) != nullptr);
+    QTest::keyClick(field, Qt::Key_K, Qt::ControlModifier);
+    QTest::keyClick(recorder, Qt::Key_Backspace);
+    QCOMPARE(MacroKeys::shared().keyOf(id), QKeySequence());
+    field->clear(); // The row is found again without its key.
+    QVERIFY(!row(name).data(Qt::AccessibleTextRole).toString().contains(u"Ctrl"_s));
+}
+
+void CommandPaletteTest::macroKey_taken_isRefused()
+{
+    MacroKeys::shared().setKey(u"default_removeEmptyLines"_s, QKeySequence(Qt::Key_F8));
+    QLineEdit *field = press(Qt::Key_F1, Qt::NoModifier);
+    field->setText(u"行末スペース"_s);
+    const auto *palette = Palette::openIn(window());
+    auto *offer = palette->findChild<QAbstractButton *>(u"paletteKeyOffer"_s);
+    QVERIFY(offer->isVisible());
+    offer->click();
+    QWidget *recorder = QApplication::focusWidget();
+    const auto *message = palette->findChild<QLabel *>(u"paletteKeyMessage"_s);
+    QTest::keyClick(recorder, Qt::Key_S, Qt::ControlModifier);
+    QCOMPARE(message->text(), u"Ctrl+S: 「保存」が使うキーです"_s);
+    QTest::keyClick(recorder, Qt::Key_F8);
+    QCOMPARE(message->text(), u"F8: 「空行を削除」が使うキーです"_s);
+    QVERIFY(recorder->hasFocus());
+    QCOMPARE(MacroKeys::shared().keyOf(u"default_trimTrailingSpaces"_s), QKeySequence());
+    MacroKeys::shared().setKey(u"default_removeEmptyLines"_s, {});
 }
 
 void CommandPaletteTest::macroKeys_equal_runTheFirstMacro()
