@@ -4,6 +4,7 @@
 #include "find/FindBar.h"
 #include "find/FindController.h"
 #include "platform/settings/NotificationCenter.h"
+#include "preferences/Preferences.h"
 #include "text/CutText.h"
 #include "view/EditorFont.h"
 #include "view/LineNumberGutter.h"
@@ -27,9 +28,16 @@ namespace penwick {
 
 namespace {
 
-constexpr int kFontSize = 13; // Logical pixels.
+constexpr int kFontSize = 13; // Logical pixels, at a zoom of 100 %.
 constexpr int kRadius = 6;
 constexpr int kFrame = 3; // Wide enough to keep the content out of the rounded corners.
+
+int zoomedFontSize()
+{
+    constexpr int kWhole = 100;
+    const int percent = Preferences::standard().number(PreferenceId::Zoom);
+    return (kFontSize * percent + kWhole / 2) / kWhole;
+}
 
 bool isKey(const QKeyEvent &event, Qt::Key key, Qt::KeyboardModifiers modifiers)
 {
@@ -102,12 +110,14 @@ void CodeEditor::makeTextArea()
     auto *layout = new QHBoxLayout(m_area);
     layout->setContentsMargins(kFrame, kFrame, kFrame, kFrame);
     layout->setSpacing(0);
-    m_view = new TextView(&m_storage, editorFont(kFontSize), m_area);
+    m_view = new TextView(&m_storage, editorFont(zoomedFontSize()), m_area);
     m_view->setDecoration(&m_decoration);
     m_view->installEventFilter(this);
     m_gutter = new LineNumberGutter(m_view, TextView::LineCount::LineFeeds, m_area);
     for (QWidget *marked : {m_view->viewport(), static_cast<QWidget *>(m_gutter)})
         marked->installEventFilter(this);
+    Preferences::observe(
+        PreferenceId::Zoom, this, [this] { m_view->setFont(editorFont(zoomedFontSize())); });
     layout->addWidget(m_gutter);
     layout->addWidget(m_view, 1);
 }

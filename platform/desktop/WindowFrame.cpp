@@ -33,7 +33,7 @@ public:
         , m_saved(defaults.bytes(m_key))
     {
         if (!m_saved.isEmpty())
-            m_window->restoreGeometry(m_saved);
+            restore();
         m_window->installEventFilter(this);
     }
 
@@ -74,6 +74,17 @@ protected:
     }
 
 private:
+    /// Restores the frame, but not the full screen: the user may not know the key that ends it.
+    void restore()
+    {
+        m_window->restoreGeometry(m_saved);
+        if (!m_window->isFullScreen())
+            return;
+        const QRect former = m_window->normalGeometry();
+        m_window->setWindowState(m_window->windowState() & ~Qt::WindowFullScreen);
+        m_window->setGeometry(former);
+    }
+
     void save()
     {
         m_saveTimer.stop();

@@ -8,7 +8,8 @@
 namespace penwick {
 
 /// Restores the position and size that the last window of this name had, and stores them for the
-/// next one, whenever they change and when the window closes. If none are stored under the name,
+/// next one, whenever they change and when the window closes. A window that was closed on the full
+/// screen comes back with its position and size before that. If none are stored under the name,
 /// the window stays as it is.
 ///
 /// Returns false, and does nothing, while another open window uses the name; hiding or closing a

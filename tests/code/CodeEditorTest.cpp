@@ -1,4 +1,5 @@
 #include "macro/library/CodeForm.h"
+#include "preferences/Preferences.h"
 
 #include <QAccessible>
 #include <QInputMethodEvent>
@@ -49,6 +50,7 @@ private Q_SLOTS:
     void setText_clearsUndoAndEmitsNothing();
     void typing_anyText_isReportedAndUndone();
     void code_isShownInColours();
+    void zoom_changed_changesTheTextAndItsNumbers();
     void openedComment_coloursTheLinesBelow();
     void palette_changed_changesTheColours();
     void enter_keepsTheIndentation();
@@ -123,6 +125,21 @@ void CodeEditorTest::code_isShownInColours()
     QVERIFY(showsColor(f, 36, colors.regularExpression));
     for (const QColor &color : {colors.string, colors.number, colors.keyword})
         QVERIFY(!showsColor(f, 0, color));
+}
+
+void CodeEditorTest::zoom_changed_changesTheTextAndItsNumbers()
+{
+    Form f(u"a\nb"_s);
+    const qreal height = f.view()->rowHeight();
+    const QWidget *gutter = f.gutter();
+    const int width = gutter->width();
+    Preferences::standard().setNumber(PreferenceId::Zoom, 200);
+    QVERIFY(f.view()->rowHeight() > 1.8 * height);
+    QTRY_VERIFY(gutter->width() > width);
+    Form later(u"a"_s);
+    QCOMPARE(later.view()->rowHeight(), f.view()->rowHeight());
+    Preferences::standard().reset(PreferenceId::Zoom);
+    QCOMPARE(f.view()->rowHeight(), height);
 }
 
 void CodeEditorTest::openedComment_coloursTheLinesBelow()

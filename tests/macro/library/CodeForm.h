@@ -2,6 +2,7 @@
 
 #include "code/CodeEditor.h"
 #include "find/FindBar.h"
+#include "support/TemporaryHome.h"
 #include "view/LineNumberGutter.h"
 #include "view/TextView.h"
 
@@ -58,6 +59,14 @@ struct CodeForm
 
     QImage gutterPicture() { return gutter()->grab().toImage(); }
 
+    /// The settings of all forms of the process.
+    static const TemporaryHome &settings()
+    {
+        static const TemporaryHome home;
+        return home;
+    }
+
+    const TemporaryHome &home = settings(); // First: the editor reads the settings.
     QWidget window;
     QLineEdit before{&window};
     QLabel label{QStringLiteral("&Code"), &window};

@@ -36,6 +36,7 @@ private Q_SLOTS:
     void name_neverUsed_leavesTheWindow();
     void name_usedBefore_bringsTheFrameBack();
     void name_usedInAnEarlierProcess_bringsTheFrameBack();
+    void window_closedOnTheFullScreen_comesBackWithItsFormerSize();
     void name_ofAnOpenWindow_isRefused();
     void name_ofAWindowThatWasNeverShown_isFreeOnceItIsGone();
     void name_ofAClosedWindow_isFree();
@@ -96,6 +97,27 @@ void WindowFrameTest::name_usedInAnEarlierProcess_bringsTheFrameBack()
     const auto window = windowAt(kPlace);
     QVERIFY(setFrameAutosaveName(window.get(), u"W"_s, defaults));
     QCOMPARE(window->geometry(), kOtherPlace);
+}
+
+void WindowFrameTest::window_closedOnTheFullScreen_comesBackWithItsFormerSize()
+{
+    const QRect former(40, 50, 400, 300);
+    {
+        QWidget window;
+        QVERIFY(setFrameAutosaveName(&window, u"full"_s, *m_defaults));
+        window.setGeometry(former);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        window.showFullScreen();
+        QTRY_VERIFY(window.width() > former.width());
+        window.close();
+    }
+    QWidget next;
+    QVERIFY(setFrameAutosaveName(&next, u"full"_s, *m_defaults));
+    next.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&next));
+    QVERIFY(!next.isFullScreen());
+    QCOMPARE(next.size(), former.size());
 }
 
 void WindowFrameTest::name_ofAnOpenWindow_isRefused()
