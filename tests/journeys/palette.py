@@ -138,6 +138,38 @@ class Palette(journey.Journey):
         until(lambda: any(row.endswith("Ctrl+F7") for row in self.rows()), lambda: self.rows())
         app.press("Escape")
 
+    def test_a_recent_file_and_a_key_are_chosen_from_an_empty_window(self):
+        app = self.start(self.write("memo.txt", "a  \nb"))
+        app.press("ctrl+q")
+        app.wait_for_end()
+        app = self.start()
+        editor = app.wait_for("text", "名称未設定")
+        until(
+            lambda: app.description(editor)
+            == "Ctrl+Shift+P: コマンド, Ctrl+O: ファイルを開く, 前のファイル: memo.txt",
+            lambda: f"the hint in {app.description(editor)}",
+        )
+        self.assertEqual(app.text_of(editor), "")
+        self.open_palette("F1")
+        self.wait_for_rows("memo.txt, 最近のファイル", "新規作成, Ctrl+N")
+        app.press("Return")
+        self.wait_for_title("memo.txt")
+        self.wait_for_keyboard("memo.txt")
+        self.open_palette("F1")
+        app.type("trim spaces")
+        self.wait_for_rows("行末スペースを削除, 組み込み")
+        app.press("ctrl+k")
+        field = app.wait_for("text", "「行末スペースを削除」のキー")
+        until(lambda: app.has_state(field, "focused"), "the keyboard in the field")
+        app.press("ctrl+s")
+        app.wait_for("label", "Ctrl+S: 「保存」が使うキーです")
+        app.press("ctrl+F7")
+        until(lambda: self.rows()[0].endswith(", Ctrl+F7"), lambda: self.rows())
+        app.press("Escape")
+        self.wait_for_keyboard("memo.txt")
+        app.press("ctrl+F7")
+        self.wait_for_text("memo.txt", "a\nb")
+
 
 if __name__ == "__main__":
     journey.main()
