@@ -54,7 +54,6 @@ AppDelegate::AppDelegate(Clock clock, FilePanels panels, QObject *parent)
     : QObject(parent)
     , m_clock(std::move(clock))
     , m_panels(std::move(panels))
-    , m_recentFiles(UserDefaults::standard(), Preferences::standard())
     , m_requests(&m_documents,
                  [this]() -> QWidget * {
                      const auto editor = targetEditor();
@@ -68,10 +67,7 @@ AppDelegate::AppDelegate(Clock clock, FilePanels panels, QObject *parent)
           })
     , m_launcher([this] { return targetEditor(); }, m_clock)
     , m_commands(this)
-    , m_palette(this, &m_commands)
-    , m_selectionMacros(UserDefaults::standard(), u"recentCommands/onSelection"_s, kSelectionMacros)
 {
-    m_recentFiles.follow(&m_documents);
     // A window that is opened later gets a menu bar of its own.
     connect(&m_documents, &DocumentController::windowMade, this, &AppDelegate::prepareWindow);
     connect(
@@ -88,6 +84,7 @@ AppDelegate::~AppDelegate()
 void AppDelegate::applicationDidFinishLaunching(const std::optional<OpenRequest> &request)
 {
     QApplication::setQuitOnLastWindowClosed(true);
+    openLists();
     // Read the profile before the first text is looked up, so that it comes from the active
     // profile.
     static_cast<void>(UIWordingProfileManager::shared());
@@ -139,6 +136,15 @@ void AppDelegate::applicationDidFinishLaunching(const std::optional<OpenRequest>
     windowDidBecomeMain(QApplication::activeWindow());
     // Start the script host later, so that it does not slow the start-up down.
     QTimer::singleShot(kScriptHostDelay, this, &AppDelegate::prepareScriptHost);
+}
+
+void AppDelegate::openLists()
+{
+    UserDefaults &defaults = UserDefaults::standard();
+    m_recentFiles.emplace(defaults, Preferences::standard());
+    m_recentFiles->follow(&m_documents);
+    m_palette.emplace(this, &m_commands);
+    m_selectionMacros.emplace(defaults, u"recentCommands/onSelection"_s, kSelectionMacros);
 }
 
 void AppDelegate::startRecovery()
@@ -272,10 +278,10 @@ void AppDelegate::prepareTextView(const EditorWindowController *controller, Text
     const TextDocument *document = controller->document();
     if (!document->filePath().isEmpty() || !view->string().isEmpty())
         return;
-    auto *hint =
-        new HintLine(view, [this] { return startHints(&m_commands, &m_documents, m_recentFiles); });
+    auto *hint = new HintLine(
+        view, [this] { return startHints(&m_commands, &m_documents, *m_recentFiles); });
     connect(document, &TextDocument::filePathChanged, hint, &HintLine::finish);
-    connect(&m_recentFiles, &RecentFiles::changed, hint, &HintLine::refresh);
+    connect(&*m_recentFiles, &RecentFiles::changed, hint, &HintLine::refresh);
 }
 
 void AppDelegate::showRunState()
@@ -362,18 +368,20 @@ void AppDelegate::runDynamicMacro(const QString &id)
 
 void AppDelegate::noteUse(const QString &macroId)
 {
-    m_palette.noteUse(macroRowId(macroId));
+    if (!m_palette)
+        return; // Not started up.
+    m_palette->noteUse(macroRowId(macroId));
     const auto editor = targetEditor();
     const TextView *view = editor != nullptr ? editor->textView() : nullptr;
     if (view != nullptr && !view->selectedRange().isEmpty())
-        m_selectionMacros.add(macroId);
+        m_selectionMacros->add(macroId);
 }
 
 /// The last used one first.
 QList<Macro> AppDelegate::selectionMacros() const
 {
     QList<Macro> macros;
-    for (const QString &id : m_selectionMacros.items())
+    for (const QString &id : m_selectionMacros->items())
         if (const auto macro = MacroManager::shared().macroWithId(id))
             macros << *macro;
     return macros;

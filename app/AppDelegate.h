@@ -63,7 +63,8 @@ public:
 
     [[nodiscard]] DocumentController &documentController() { return m_documents; }
 
-    [[nodiscard]] RecentFiles &recentFiles() { return m_recentFiles; }
+    /// Call it after `applicationDidFinishLaunching`.
+    [[nodiscard]] RecentFiles &recentFiles() { return *m_recentFiles; }
 
     /// The editor that was last in front of the active window, also after it has been closed. Null
     /// until there was one.
@@ -126,7 +127,7 @@ public:
 
     /// Opens the palette over the target editor's window, or closes it.
     /// \param mode what is typed in it already; see `CommandPalette`.
-    void openPalette(const QString &mode = {}) { m_palette.open(mode); }
+    void openPalette(const QString &mode = {}) { m_palette->open(mode); }
 
     /// Ends the application unless the user cancels.
     void terminate();
@@ -141,6 +142,7 @@ public:
 
 private:
     void end(int status);
+    void openLists();
     void startRecovery();
     void openFirst(const OpenRequest &request);
     void handleProfileDidChange();
@@ -169,7 +171,6 @@ private:
     Clock m_clock;
     FilePanels m_panels;
     WordingTranslator m_translator;
-    RecentFiles m_recentFiles;
     DocumentController m_documents;
     std::optional<Recovery> m_recovery; // Destroyed while the documents are open.
     OpenRequests m_requests;
@@ -177,9 +178,11 @@ private:
     DefaultButtonFocus m_defaultButtonFocus;
     MacroLauncher m_launcher;
     AppCommands m_commands;
-    CommandPalette m_palette;
     QString m_lastMacroId;
-    RecentList m_selectionMacros; // The ids of those that ran on a selection.
+    // They read the settings, so they are made at the start-up.
+    std::optional<RecentFiles> m_recentFiles;
+    std::optional<CommandPalette> m_palette;
+    std::optional<RecentList> m_selectionMacros; // The ids of those that ran on a selection.
     TerminationSignals m_signals;
     std::optional<UnsavedTextRescue> m_rescue;
     std::unique_ptr<EngineCheck> m_engineCheck; // Set while the trial runs.
