@@ -55,7 +55,7 @@ qint64 blanksTo(qint64 column, ColumnStop stop, qint64 lineLength)
 class RowReader
 {
 public:
-    RowReader(const Text &text, TextRectangle rectangle, int tabWidth)
+    RowReader(const Text &text, const TextRectangle &rectangle, int tabWidth)
         : m_text(text)
         , m_rectangle(rectangle)
         , m_tabWidth(tabWidth)

@@ -16,7 +16,8 @@ namespace penwick {
 class Preferences final
 {
 public:
-    /// \param defaults stores them; not owned, must outlive this.
+    /// \param defaults stores them; not owned, must outlive this. No other object may set them
+    ///        there: it would call no observer.
     explicit Preferences(UserDefaults &defaults);
 
     /// The application's settings, in `UserDefaults::standard()`.

@@ -15,6 +15,7 @@
 #include <QHash>
 #include <QLabel>
 #include <QLineEdit>
+#include <QScrollArea>
 #include <QStyle>
 #include <QStyleFactory>
 #include <QTest>
@@ -358,6 +359,9 @@ void LookTest::focus_anywhere_isVisible()
     window->setAttribute(Qt::WA_KeyboardFocusChange); // The Tab key sets this too.
     QStringList unseen;
     for (QWidget *stop : stops) {
+        for (auto *area : window->findChildren<QScrollArea *>()) // As the Tab key does.
+            if (area->isAncestorOf(stop))
+                area->ensureWidgetVisible(stop);
         stop->setFocus(Qt::TabFocusReason);
         const QImage with = pictureOf(*shown);
         stop->clearFocus();

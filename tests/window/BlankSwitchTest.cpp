@@ -25,9 +25,8 @@ namespace {
 /// A view with a switch. Its text starts with a tab.
 struct Switched
 {
-    explicit Switched(UserDefaults &defaults)
-        : preferences(defaults)
-        , blanks(&shown.view, &shown.view, preferences)
+    explicit Switched(Preferences &preferences)
+        : blanks(&shown.view, &shown.view, preferences)
     {
     }
 
@@ -50,7 +49,6 @@ struct Switched
         return false;
     }
 
-    Preferences preferences;
     test::ShownTextView shown{u"\tx y\nz"};
     BlankSwitch blanks;
 };
@@ -61,14 +59,16 @@ void BlankSwitchTest::key_showsBlanksInAllViewsAndIsRemembered()
 {
     const test::TemporaryHome home;
     UserDefaults defaults(home.file(u"penwick.conf"_s));
-    Switched first(defaults);
-    Switched second(defaults);
+    Preferences preferences(defaults);
+    Switched first(preferences);
+    Switched second(preferences);
     QVERIFY(!first.showsBlanks());
     second.pressKey();
     QVERIFY(first.showsBlanks());
     QVERIFY(second.showsBlanks());
     UserDefaults later(home.file(u"penwick.conf"_s));
-    Switched third(later);
+    Preferences laterPreferences(later);
+    Switched third(laterPreferences);
     QVERIFY(third.showsBlanks());
     third.pressKey();
     QVERIFY(!third.showsBlanks());
@@ -79,7 +79,8 @@ void BlankSwitchTest::contextMenu_showsTheStateAndSwitches()
 {
     const test::TemporaryHome home;
     UserDefaults defaults(home.file(u"penwick.conf"_s));
-    Switched view(defaults);
+    Preferences preferences(defaults);
+    Switched view(preferences);
     for (const bool isOn : {false, true}) {
         view.shown.key(Qt::Key_F10, Qt::ShiftModifier);
         auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
@@ -97,8 +98,9 @@ void BlankSwitchTest::allMarks_switchedOn_areShownInAllViews()
 {
     const test::TemporaryHome home;
     UserDefaults defaults(home.file(u"penwick.conf"_s));
-    Switched first(defaults);
-    Switched second(defaults);
+    Preferences preferences(defaults);
+    Switched first(preferences);
+    Switched second(preferences);
     const auto picture = [&] { return second.shown.view.viewport()->grab().toImage(); };
     const QImage none = picture();
     first.blanks.toggle();
