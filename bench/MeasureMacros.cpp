@@ -1,6 +1,6 @@
-// Measures macro runs and prints one line of JSON with milliseconds: of penwick with its script
-// host, and of the script alone in this process, whose result is dropped. bench/run starts it as a
-// separate process; see `kUsage`.
+// Measures macro runs and prints one line of JSON with a list of milliseconds for each figure, one
+// for each run: of penwick with its script host, and of the script alone in this process, whose
+// result is dropped. bench/run starts it as a separate process; see `kUsage`.
 
 #include "bench/Inputs.h"
 #include "bench/ShownEditor.h"
@@ -12,11 +12,11 @@
 #include "window/EditorWindowController.h"
 
 #include <QApplication>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <vector>
@@ -32,10 +32,12 @@ constexpr auto kUsage = "usage: penwick_measure_macros names\n"
                         "       penwick_measure_macros painted MB RUNS\n";
 constexpr int kHostStartTime = 5000; // Milliseconds.
 
-double median(std::vector<double> values)
+QJsonArray toJson(const std::vector<double> &runs)
 {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
+    QJsonArray array;
+    for (const double run : runs)
+        array.append(run);
+    return array;
 }
 
 template <typename Work> double milliseconds(Work work)
@@ -86,6 +88,14 @@ double runAlone(const ScriptRequest &request)
     });
 }
 
+std::vector<double> runsAlone(const ScriptRequest &request, int runs)
+{
+    std::vector<double> times(static_cast<std::size_t>(runs));
+    for (double &time : times)
+        time = runAlone(request);
+    return times;
+}
+
 /// Waits until a spare host is ready, as it is for a user who has not run a macro just before.
 /// \return false when none is ready within `kHostStartTime`.
 bool waitForSpare()
@@ -118,9 +128,9 @@ int measureEmpty(int runs)
         without.push_back(milliseconds(run));
         bare.push_back(runAlone(request));
     }
-    return print({{u"with a process ahead"_s, median(with)},
-                  {u"without"_s, median(without)},
-                  {u"engine"_s, median(bare)}});
+    return print({{u"with a process ahead"_s, toJson(with)},
+                  {u"without"_s, toJson(without)},
+                  {u"engine"_s, toJson(bare)}});
 }
 
 std::optional<BuiltInMacroDefinition> definitionOf(const QString &name)
@@ -159,12 +169,18 @@ int measureBuiltIn(const BuiltInMacroDefinition &definition, qsizetype size, int
         host.push_back(run());
         bare.push_back(runAlone(request));
     }
-    return print({{u"run"_s, median(host)}, {u"engine"_s, median(bare)}});
+    return print({{u"run"_s, toJson(host)}, {u"engine"_s, toJson(bare)}});
 }
+
+struct Painted
+{
+    std::vector<double> times;
+    std::vector<double> bare; // The script alone.
+};
 
 /// Measures the removal of trailing blanks in a window, from the command to the painted text.
 /// \param words the beginning of each line.
-double measurePainted(const char *words, const char *blanks, qsizetype size, int runs)
+Painted measurePainted(const char *words, const char *blanks, qsizetype size, int runs)
 {
     const QTemporaryDir folder;
     UserDefaults defaults(folder.filePath(u"settings.ini"_s));
@@ -177,13 +193,13 @@ double measurePainted(const char *words, const char *blanks, qsizetype size, int
     TextView *view = controller.textView();
     bench::PaintWatch watch(view->viewport());
     QObject::connect(view->textStorage(), &TextStorage::changed, view, [&watch] { watch.reset(); });
-    std::vector<double> times;
+    Painted result;
     for (int i = 0; i < runs; ++i) {
         view->textStorage()->setText(text);
         bench::pumpUntil([&watch] { return watch.hasPainted(); });
         if (!waitForSpare())
             qFatal("no script host");
-        times.push_back(milliseconds([&] {
+        result.times.push_back(milliseconds([&] {
             watch.reset();
             controller.runMacro(code, u"id"_s, u"name"_s, std::nullopt);
             bench::pumpUntil([&] { return !controller.isRunningMacro() && watch.hasPainted(); });
@@ -191,22 +207,30 @@ double measurePainted(const char *words, const char *blanks, qsizetype size, int
         if (view->string().size() >= text.size())
             qFatal("the macro changed nothing");
     }
-    return median(times);
+    // Only now, because the engine in this process would keep memory and threads.
+    view->textStorage()->setText(text);
+    const ScriptRequest request =
+        requestWithoutResult(code, controller.buildMacroContext(u"id"_s, u"name"_s), std::nullopt);
+    result.bare = runsAlone(request, runs);
+    return result;
 }
 
 int measurePainted(qsizetype size, int runs)
 {
-    const double ascii = measurePainted(
+    const Painted ascii = measurePainted(
         "The quick brown fox jumps over the lazy dog, and then it sleeps for a while in the sun; ",
         "  ",
         size,
         runs);
-    const double japanese = measurePainted(
+    const Painted japanese = measurePainted(
         "山の朝は静かで、風が木々の間をゆっくりと渡っていく。少年は昨日の続きを書きはじめた。",
         "　",
         size,
         runs);
-    return print({{u"ASCII"_s, ascii}, {u"Japanese"_s, japanese}});
+    return print({{u"ASCII"_s, toJson(ascii.times)},
+                  {u"ASCII, script alone"_s, toJson(ascii.bare)},
+                  {u"Japanese"_s, toJson(japanese.times)},
+                  {u"Japanese, script alone"_s, toJson(japanese.bare)}});
 }
 
 } // namespace

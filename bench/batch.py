@@ -1,6 +1,6 @@
 """Measures penwick-macro beside other tools that do the same work on the same files, in one run.
 
-Every figure is the median of several runs of whole processes; the tools take turns. Peak memory includes what
+Every figure comes from several runs of whole processes; the tools take turns. Peak memory includes what
 this program had when it started the process, so it keeps no texts. node does the work in one
 process with its synchronous calls; sed and perl appear where they can do it. penwick-macro alone waits until
 what it writes is on the disk (fsync), where it writes files. The results of all tools are compared."""
@@ -15,6 +15,8 @@ import statistics
 import subprocess
 import tempfile
 import time
+
+from table import Floor, Row
 
 SMALL_LIMIT = 40.0  # Milliseconds.
 FILE_LIMIT = 2.0  # Milliseconds for each of many files.
@@ -90,35 +92,38 @@ def in_place(program, work, paths):
     return commands
 
 
-def medians(commands, runs, home, before=lambda: None, after=lambda name: None, output=None):
-    """{tool: (time, peak memory)} of commands that take turns."""
+def measure(commands, runs, home, before=lambda: None, after=lambda name: None, output=None):
+    """{tool: (times, peaks of memory)} of commands that take turns, one value for each run."""
     results = {name: [] for name in commands}
     for _ in range(runs):
         for name, command in commands.items():
             before()
             results[name].append(run(command, home, output))
             after(name)
-    return {name: tuple(statistics.median(values) for values in zip(*result)) for name, result in results.items()}
+    return {name: tuple(zip(*result)) for name, result in results.items()}
 
 
 def rows_of(case, figures, limit=None, by=1):
-    """Yields (row, miss) for each tool; the floor of penwick-macro is node."""
-    floor = figures["node"][0] / by if "node" in figures else None
-    for name, (duration, _) in figures.items():
-        value = duration / by
+    """Yields the row of each tool; the floor of penwick-macro is node."""
+    floor = None
+    if "node" in figures:
+        floor = Floor("node for the same work", statistics.median(figures["node"][0]) / by)
+    for name, (times, _) in figures.items():
+        runs = [duration / by for duration in times]
+        value = statistics.median(runs)
         misses = []
         if name == "penwick-macro":
             if limit and value > limit:
                 misses.append(f"{value:.2f} ms, the limit is {limit:.1f} ms")
-            if floor and by == 1 and value > floor:
-                misses.append(f"{value / floor:.2f} times node")
-        yield (f"{case}, {name}", "time", "ms", value, floor if name == "penwick-macro" else None), "; ".join(misses)
+            if floor and by == 1 and value > floor.value:
+                misses.append(f"{value / floor.value:.2f} times node")
+        yield Row(f"{case}, {name}", "time", "ms", runs, floor if name == "penwick-macro" else None, "; ".join(misses))
 
 
 def small_rows(program, folder):
     path = folder / "small.txt"
     write_lines(path, "ASCII", 1000)
-    figures = medians(on_one(program, "trailing blanks", path), 21, folder)
+    figures = measure(on_one(program, "trailing blanks", path), 21, folder)
     return rows_of("one file of 1 kB, whole process", figures, SMALL_LIMIT)
 
 
@@ -131,7 +136,7 @@ def large_rows(program, folder, size):
                 shutil.move(output, folder / f"{name}.txt")
 
             # The system would otherwise write the last result to the disk during the next run.
-            figures = medians(on_one(program, work, path), 5, folder, before=os.sync, after=keep, output=output)
+            figures = measure(on_one(program, work, path), 5, folder, before=os.sync, after=keep, output=output)
             # sed and perl add no prefix to the empty part after the last line feed.
             if "node" in figures and not filecmp.cmp(folder / "penwick-macro.txt", folder / "node.txt", False):
                 raise RuntimeError(f"{work}, {kind}: the results differ")
@@ -152,13 +157,15 @@ def many_rows(program, folder):
 
     make()
     paths = sorted(files.iterdir())
-    figures = medians(in_place(program, "trailing blanks", paths), 5, folder, before=make)
+    figures = measure(in_place(program, "trailing blanks", paths), 5, folder, before=make)
     yield from rows_of(f"{FILES:,} files of 10 kB in place, for each", figures, FILE_LIMIT, FILES)
     make()
-    few = medians({"few": in_place(program, "trailing blanks", paths[:FILES // 10])["penwick-macro"]}, 3, folder)
-    peak, floor = figures["penwick-macro"][1], few["few"][1]
-    yield ((f"peak memory for {FILES:,} files, above {FILES // 10}", "memory", "bytes", peak, floor),
-           f"{peak / floor:.2f} times" if peak > MEMORY_LIMIT * floor else "")
+    few = measure({"few": in_place(program, "trailing blanks", paths[:FILES // 10])["penwick-macro"]}, 3, folder)
+    peaks = figures["penwick-macro"][1]
+    floor = Floor(f"the peak for {FILES // 10} files", statistics.median(few["few"][1]))
+    ratio = statistics.median(peaks) / floor.value
+    yield Row(f"peak memory for {FILES:,} files", "memory", "bytes", peaks, floor,
+              f"{ratio:.2f} times, the limit is {MEMORY_LIMIT}" if ratio > MEMORY_LIMIT else "")
     make(UNCHANGED_FILES)
     yield from check_rows(program, folder, files)
 
@@ -174,12 +181,12 @@ def check_rows(program, folder, files):
                              stderr=subprocess.PIPE, check=True)
     times = [float(number) for number in re.findall(rb"\d+\.\d+", process.stderr.splitlines()[-1])]
     for name, seconds in zip(("in all", "reading", "macros", "writing"), times):
-        yield (f"--check of {UNCHANGED_FILES:,} unchanged files, {name}", "time of all threads" if name != "in all"
-               else "time", "ms", seconds * 1000, None), ""
+        yield Row(f"--check of {UNCHANGED_FILES:,} unchanged files, {name}",
+                  "time of all threads" if name != "in all" else "time", "ms", [seconds * 1000])
 
 
 def rows(program, quick):
-    """Yields (row, miss); `miss` is empty if the limit is met."""
+    """Yields the rows of all cases."""
     with tempfile.TemporaryDirectory(prefix="penwick-bench-") as name:
         folder = pathlib.Path(name)
         yield from small_rows(program, folder)

@@ -5,7 +5,6 @@ import json
 import os
 import pathlib
 import select
-import statistics
 import subprocess
 import tempfile
 import time
@@ -66,7 +65,9 @@ def fill(data):
 
 
 def measure(folder):
-    """Returns the medians of the figures of `start` for [penwick, minimal window], both in `folder`."""
+    """Returns [figures of penwick, figures of the minimal window], both programs in `folder`.
+
+    The figures are those of `start`, with a list of the single runs."""
     programs = [folder / name for name in ("penwick", "penwick_minimal_window")]
     probe = folder / "libpenwick_quiet_probe.so"
     with tempfile.TemporaryDirectory(prefix="penwick-bench-") as home, display() as name:
@@ -76,5 +77,4 @@ def measure(folder):
             start(program, probe, environment)
         fill(pathlib.Path(home) / ".local/share/penwick")
         runs = [[start(program, probe, environment) for program in programs] for _ in range(RUNS)]
-    return [{figure: statistics.median(run[i][figure] for run in runs) for figure in runs[0][i]}
-            for i in range(len(programs))]
+    return [{figure: [run[i][figure] for run in runs] for figure in runs[0][i]} for i in range(len(programs))]
