@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Checks the sources without running the program.
 #
-#   tools/check.sh [format] [layers] [wording] [cppcheck] [tidy]     default: all of these
+#   tools/check.sh [format] [layers] [wording] [bench] [cppcheck] [tidy]     default: all of these
 #   tools/check.sh analyzer      clang's path-sensitive analyzer: slow, so not part of ./test
 #   tools/check.sh tests         everything, same as ./test
 set -euo pipefail
@@ -62,10 +62,14 @@ check_wording() {
     tools/check-wording-keys.py
 }
 
-(($#)) || set -- format layers wording cppcheck tidy
+check_bench() {
+    bench/selftest.py
+}
+
+(($#)) || set -- format layers wording bench cppcheck tidy
 for check in "$@"; do
     case $check in
-    format | layers | wording | cppcheck | tidy | analyzer) ;;
+    format | layers | wording | bench | cppcheck | tidy | analyzer) ;;
     tests) exec ./test ;;
     *)
         echo "check.sh: unknown check: $check" >&2
