@@ -6,6 +6,7 @@ import sys
 
 sys.dont_write_bytecode = True
 import compare  # noqa: E402
+import document  # noqa: E402
 from table import Floor, Row  # noqa: E402
 
 # The runs before, the runs now, what compare.verdict says.
@@ -74,8 +75,22 @@ def check_report():
             " noise; 1 only in the earlier run; 2 only in this run."])
 
 
+def check_document():
+    text = "a\n<!-- x -->\nold\n<!-- end of x -->\nb"
+    expect("a section", document.replaced(text, "x", ["new"]), "a\n<!-- x -->\n\nnew\n\n<!-- end of x -->\nb")
+    for broken in ("", text + text, text.replace("end of x", "end")):
+        try:
+            document.replaced(broken, "x", [])
+        except ValueError:
+            continue
+        sys.exit(f"a document without markers is accepted: {broken!r}")
+    for section in ("bench/run",):  # The document itself can be written.
+        document.replaced(document.DOCUMENT.read_text(encoding="utf-8"), section, [])
+
+
 if __name__ == "__main__":
     check_rows()
     check_verdicts()
     check_report()
+    check_document()
     print("the benchmarks compare and print as they should")
