@@ -32,6 +32,9 @@ penwick_display_packages=(
     at-spi2-core
     dbus-daemon
     imagemagick
+    libx11-6
+    libxdamage1
+    libxtst6
     openbox
     python3
     python3-pyatspi
