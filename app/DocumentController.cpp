@@ -168,6 +168,8 @@ void DocumentController::readingDidEnd(DocumentId id, const std::optional<Docume
             Qt::QueuedConnection);
         return;
     }
+    // The message below stands over the tab: nothing of the file may be visible behind it.
+    entry->controller->showLoading(entry->document.get());
     const QString path = entry->document->filePath();
     std::optional<Text> copy;
     if (!error->isCancellation())

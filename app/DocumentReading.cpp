@@ -19,6 +19,7 @@ read(TextDocument &document, const QString &path, const TransferLimits &limits)
     if (!startsAsText(path))
         return tl::unexpected(kUnsupportedContent);
     document.startReading(path);
+    document.waitForText(limits.firstText);
     if (limits.reading.count() > 0) {
         if (const auto outcome = document.waitForTransfer(limits.reading))
             return *outcome;

@@ -18,8 +18,10 @@ struct TransferLimits
 {
     /// Files and texts with fewer bytes are read and written at once.
     qint64 directBytes = 1'000'000;
-    /// How long to wait for a larger file to be read before its window opens without the text.
-    std::chrono::milliseconds reading{100};
+    /// How long to wait for the first text of a larger file before its window opens without text.
+    std::chrono::milliseconds firstText{100};
+    /// How long to wait then for the rest before its window opens with what has been read.
+    std::chrono::milliseconds reading{5};
     /// How long a caller that needs a save to end waits before a dialog shows the save.
     std::chrono::milliseconds saving{200};
 };

@@ -83,6 +83,7 @@ bool canPerform(const TextView &view, CommandId command)
     case CommandId::Redo:
         return view.textStorage()->canRedo();
     case CommandId::Cut:
+        return view.selectedRange().length > 0 && !view.isReadOnly();
     case CommandId::Copy:
         return view.hasSelection();
     case CommandId::SelectAll:

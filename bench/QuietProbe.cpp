@@ -6,9 +6,15 @@
 //
 // The processor time of the thread shows whether it works. This needs no knowledge of the event
 // loop.
+//
+// With PENWICK_PAGE in the environment, it measures how long penwick takes until it has painted the
+// first page of a file that is larger than the window, and until it has painted the text in which
+// the user can edit.
 
+#include <QAbstractScrollArea>
 #include <QApplication>
 #include <QEvent>
+#include <QScrollBar>
 
 #include <atomic>
 #include <cstdio>
@@ -47,6 +53,53 @@ public:
     }
 };
 
+bool isInside(const QObject *object, const char *className)
+{
+    while (object != nullptr && !object->inherits(className))
+        object = object->parent();
+    return object != nullptr;
+}
+
+class PageFilter final : public QObject
+{
+public:
+    PageFilter(std::int64_t started, QObject *parent)
+        : QObject(parent)
+        , m_started(started)
+    {
+    }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        const auto *area = qobject_cast<QAbstractScrollArea *>(watched->parent());
+        const bool isPage = event->type() == QEvent::Paint && area != nullptr &&
+                            area->inherits("penwick::TextView") &&
+                            area->verticalScrollBar()->maximum() > 0;
+        if (isPage) // Reported in a later turn of the event loop, when it has been painted.
+            QMetaObject::invokeMethod(
+                this,
+                [this, isWhole = isInside(area, "penwick::MainEditorView")] { report(isWhole); },
+                Qt::QueuedConnection);
+        return false;
+    }
+
+private:
+    void report(bool isWhole)
+    {
+        const double time = static_cast<double>(now(CLOCK_MONOTONIC) - m_started) / kMillisecond;
+        if (m_page < 0)
+            m_page = time;
+        if (!isWhole)
+            return;
+        std::printf("{\"page\": %.3f, \"text\": %.3f}\n", m_page, time);
+        std::fflush(stdout);
+        _exit(0);
+    }
+
+    std::int64_t m_started;
+    double m_page = -1;
+};
+
 [[noreturn]] void watch(clockid_t mainThread, std::int64_t started)
 {
     std::int64_t worked = now(mainThread);
@@ -75,8 +128,14 @@ void beginWatching()
     clockid_t mainThread{};
     if (started == nullptr || pthread_getcpuclockid(pthread_self(), &mainThread) != 0)
         return;
-    QCoreApplication::instance()->installEventFilter(new PaintFilter(QCoreApplication::instance()));
-    std::thread(watch, mainThread, std::strtoll(started, nullptr, 10)).detach();
+    QCoreApplication *application = QCoreApplication::instance();
+    const std::int64_t startTime = std::strtoll(started, nullptr, 10);
+    if (std::getenv("PENWICK_PAGE") != nullptr) {
+        application->installEventFilter(new PageFilter(startTime, application));
+        return;
+    }
+    application->installEventFilter(new PaintFilter(application));
+    std::thread(watch, mainThread, startTime).detach();
 }
 
 } // namespace

@@ -29,23 +29,11 @@ qsizetype pieceEnd(QByteArrayView bytes)
     return std::max<qsizetype>(end, 1);
 }
 
-/// The texts one behind the other; empties the list.
-Text joined(std::vector<Text> &texts)
-{
-    while (texts.size() > 1) { // By pairs, so that the tree becomes balanced at little cost.
-        std::size_t count = 0;
-        for (std::size_t i = 0; i < texts.size(); i += 2)
-            texts[count++] =
-                i + 1 < texts.size() ? texts[i].appended(texts[i + 1]) : std::move(texts[i]);
-        texts.resize(count);
-    }
-    return texts.empty() ? Text() : std::exchange(texts, {}).front();
-}
-
 } // namespace
 
-ParallelUtf8Reader::ParallelUtf8Reader(unsigned threads, qsizetype piece)
-    : m_mostThreads(threads)
+ParallelUtf8Reader::ParallelUtf8Reader(ReportStart report, unsigned threads, qsizetype piece)
+    : m_report(std::move(report))
+    , m_mostThreads(threads)
     , m_pieceSize(piece)
 {
 }
@@ -67,8 +55,11 @@ unsigned ParallelUtf8Reader::usefulThreads()
 bool ParallelUtf8Reader::append(QByteArrayView block)
 {
     m_pending.append(block);
-    while (m_pending.size() >= m_pieceSize) {
-        const qsizetype end = pieceEnd(QByteArrayView(m_pending).first(m_pieceSize));
+    const auto size = [this] {
+        return m_count == 0 ? std::min(kFirstPiece, m_pieceSize) : m_pieceSize;
+    };
+    while (m_pending.size() >= size()) {
+        const qsizetype end = pieceEnd(QByteArrayView(m_pending).first(size()));
         QByteArray rest;
         rest.reserve(m_pieceSize + block.size());
         rest.append(QByteArrayView(m_pending).sliced(end));
@@ -138,10 +129,21 @@ void ParallelUtf8Reader::decode(const Piece &piece)
     auto text = reader.finish();
     const std::lock_guard lock(m_mutex);
     m_isInvalid = m_isInvalid || !text;
-    if (m_texts.size() <= piece.index)
-        m_texts.resize(piece.index + 1);
-    if (text)
-        m_texts[piece.index] = *std::move(text);
+    if (m_isInvalid)
+        return;
+    if (m_decoded.size() <= piece.index)
+        m_decoded.resize(piece.index + 1);
+    m_decoded[piece.index] = *std::move(text);
+    joinDecoded();
+}
+
+void ParallelUtf8Reader::joinDecoded()
+{
+    const std::size_t before = m_joined;
+    for (; m_joined < m_decoded.size() && m_decoded[m_joined]; ++m_joined)
+        m_text = m_text.appended(*std::exchange(m_decoded[m_joined], std::nullopt));
+    if (m_joined > before && m_report)
+        m_report(m_text);
 }
 
 std::optional<Text> ParallelUtf8Reader::finish()
@@ -150,7 +152,7 @@ std::optional<Text> ParallelUtf8Reader::finish()
     stop();
     if (m_lacksMemory)
         throw std::bad_alloc();
-    return m_isInvalid ? std::nullopt : std::optional(joined(m_texts));
+    return m_isInvalid ? std::nullopt : std::optional(m_text);
 }
 
 void ParallelUtf8Reader::stop()

@@ -7,6 +7,7 @@
 
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <thread>
@@ -20,10 +21,17 @@ class ParallelUtf8Reader final
 {
 public:
     static constexpr qsizetype kPiece = qsizetype{1} << 21; // Bytes.
+    static constexpr qsizetype kFirstPiece = kPiece / 2;    // Decoded soon: it can be shown.
+
+    /// Receives the start of the text, each time that more of it is decoded. Called from one thread
+    /// at a time, which need not be the one that uses the reader.
+    using ReportStart = std::function<void(const Text &)>;
 
     /// Starts no thread yet: a short text is decoded on the thread that uses this.
     /// \param threads the most to start; none of them starts another.
-    explicit ParallelUtf8Reader(unsigned threads = usefulThreads(), qsizetype piece = kPiece);
+    explicit ParallelUtf8Reader(ReportStart report = {},
+                                unsigned threads = usefulThreads(),
+                                qsizetype piece = kPiece);
     Q_DISABLE_COPY_MOVE(ParallelUtf8Reader)
     ~ParallelUtf8Reader();
 
@@ -48,9 +56,11 @@ private:
     void startThread();
     void decodePieces();
     void decode(const Piece &piece);
+    void joinDecoded();
     void stop();
     [[nodiscard]] std::optional<Piece> take();
 
+    ReportStart m_report;
     unsigned m_mostThreads;
     qsizetype m_pieceSize;
     QByteArray m_pending; // Bytes that are not in a piece yet.
@@ -60,7 +70,9 @@ private:
     std::condition_variable m_isWork;
     std::condition_variable m_isRoom;
     std::deque<Piece> m_waiting;
-    std::vector<Text> m_texts; // By the index of their piece.
+    std::vector<std::optional<Text>> m_decoded; // By the index of their piece.
+    std::size_t m_joined = 0;                   // Number of pieces in the following.
+    Text m_text;
     bool m_isInvalid = false;
     bool m_lacksMemory = false;
     bool m_isComplete = false;

@@ -2,6 +2,8 @@
 
 #include "editor/FileJob.h"
 
+#include <QDeadlineTimer>
+
 #include <algorithm>
 #include <utility>
 
@@ -174,6 +176,20 @@ int TextDocument::transferPercent() const
     constexpr qint64 kMost = 99;
     const TransferProgress &progress = m_job->progress();
     return static_cast<int>(std::min(kMost, progress.done() * 100 / progress.total()));
+}
+
+Text TextDocument::readSoFar() const
+{
+    return m_job != nullptr ? m_job->progress().readSoFar() : Text();
+}
+
+void TextDocument::waitForText(std::chrono::milliseconds time) const
+{
+    constexpr std::chrono::milliseconds kStep{1};
+    const QDeadlineTimer deadline(time);
+    while (m_job != nullptr && !m_job->waitFor(kStep) && readSoFar().isEmpty() &&
+           !deadline.hasExpired()) {
+    }
 }
 
 void TextDocument::cancelTransfer()

@@ -108,6 +108,14 @@ public:
     /// Progress of the transfer: 0 at the start, at most 99 before its end.
     [[nodiscard]] int transferPercent() const;
 
+    /// The start of the text that is being read, as far as it is decoded; empty at first and when
+    /// nothing is being read. The file may still turn out not to be text.
+    [[nodiscard]] Text readSoFar() const;
+
+    /// Blocks until `readSoFar` has a text or the transfer's work has ended, but not much longer
+    /// than `time`. Emits nothing.
+    void waitForText(std::chrono::milliseconds time) const;
+
     /// Cancels the transfer. It ends soon after, with a cancellation as its error. A write that can
     /// no longer be stopped succeeds. Does nothing without a transfer.
     void cancelTransfer();

@@ -23,7 +23,7 @@ TransferOutcome readOnce(const QString &path, TransferProgress &progress)
     // Taken before the read: a change during the read then counts as a later one.
     const std::optional<FileVersion> version = FileVersion::of(path);
     progress.setTotal(version ? version->size : 0);
-    ParallelUtf8Reader reader;
+    ParallelUtf8Reader reader([&progress](const Text &text) { progress.setReadSoFar(text); });
     const auto read = readFileInBlocks(path, [&](QByteArrayView block) {
         progress.advance(block.size());
         return !progress.isCancelled() && reader.append(block);

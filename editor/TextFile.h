@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <atomic>
+#include <mutex>
 #include <optional>
 #include <tl/expected.hpp>
 
@@ -32,10 +33,25 @@ public:
 
     [[nodiscard]] bool isCancelled() const { return m_isCancelled.load(std::memory_order_relaxed); }
 
+    /// The start of the text that is read, as far as it is decoded; empty at first.
+    [[nodiscard]] Text readSoFar() const
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_readSoFar;
+    }
+
+    void setReadSoFar(const Text &text)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_readSoFar = text;
+    }
+
 private:
     std::atomic<qint64> m_done{0};
     std::atomic<qint64> m_total{0};
     std::atomic<bool> m_isCancelled{false};
+    mutable std::mutex m_mutex; // Protects the following.
+    Text m_readSoFar;
 };
 
 /// A text and the state of the file that holds it.

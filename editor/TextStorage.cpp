@@ -52,6 +52,12 @@ void TextStorage::setText(const Text &text)
     publishStates();
 }
 
+void TextStorage::extend(const Text &text)
+{
+    const qint64 before = std::exchange(m_text, text).size();
+    Q_EMIT changed(before, 0, text.size() - before);
+}
+
 void TextStorage::apply(qint64 offset, qint64 length, const Text &replacement)
 {
     m_text = offset == 0 && length == m_text.size() ? replacement

@@ -63,6 +63,10 @@ public:
     /// text loaded into a new storage is unedited.
     void setText(const Text &text);
 
+    /// Replaces the text by a longer one that starts with it. Registers nothing for undo. Call it
+    /// only while the undo history is empty.
+    void extend(const Text &text);
+
     /// Replaces `range` (clamped to the text) and registers the change for undo. Replacing an empty
     /// range by an empty text does nothing and registers nothing.
     void

@@ -26,6 +26,13 @@ enum class EditCommand {
     DeleteLine
 };
 
+/// False for the commands that a text allows that cannot be changed.
+[[nodiscard]] constexpr bool changesText(EditCommand command)
+{
+    return command != EditCommand::Copy && command != EditCommand::SelectAll &&
+           command != EditCommand::Deselect;
+}
+
 /// Returns the command of a key press: one that the platform binds to it, or Backspace, Return,
 /// Enter or Tab. None for other keys.
 [[nodiscard]] std::optional<EditCommand> editCommandFor(const QKeyEvent &event);

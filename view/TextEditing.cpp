@@ -20,6 +20,8 @@ TextEditing::TextEditing(TextStorage *storage, TextViewport *viewport, TextSelec
 
 void TextEditing::edit(TextRange range, const Text &replacement, Kind kind)
 {
+    if (m_isReadOnly)
+        return;
     m_storage->replaceCharacters(range, replacement, kind);
     const qint64 end = range.location + replacement.size();
     m_selection->select(end, {end, false});
@@ -28,6 +30,8 @@ void TextEditing::edit(TextRange range, const Text &replacement, Kind kind)
 
 void TextEditing::replaceSelection(const Text &replacement, Kind kind)
 {
+    if (m_isReadOnly)
+        return;
     if (m_selection->columns() != nullptr)
         finishRows(m_columns.replaceRows(replacement, kind));
     else
@@ -62,6 +66,8 @@ void TextEditing::insertDropped(const Text &text, qint64 place, TextRange remove
 {
     if (removed.length > 0 && place >= removed.location && place <= removed.end())
         return; // Dropped on itself: nothing moves.
+    if (m_isReadOnly)
+        return;
     if (place >= removed.end())
         place -= removed.length;
     const Text inserted = adapted(text);
@@ -75,6 +81,8 @@ void TextEditing::insertDropped(const Text &text, qint64 place, TextRange remove
 
 void TextEditing::replace(TextRange range, const Text &replacement)
 {
+    if (m_isReadOnly)
+        return;
     const TextRange moved =
         selectionAfterReplacement(m_selection->range(), range, replacement.size());
     m_storage->replaceCharacters(range, replacement);
@@ -83,6 +91,8 @@ void TextEditing::replace(TextRange range, const Text &replacement)
 
 void TextEditing::replaceKeepingLines(TextRange range, const Text &replacement)
 {
+    if (m_isReadOnly)
+        return;
     const Text before = m_storage->text();
     const qint64 anchor = m_selection->anchor();
     const qint64 caret = m_selection->caret().offset;
@@ -126,7 +136,7 @@ void TextEditing::paste()
 {
     const QMimeData *mime = QGuiApplication::clipboard()->mimeData();
     const auto pasted = textOf(mime);
-    if (!pasted)
+    if (!pasted || m_isReadOnly)
         return;
     if (offersRectangle(mime) && m_selection->rectangle())
         finishRows(m_columns.pasteRectangle(*pasted));
@@ -149,6 +159,8 @@ void TextEditing::insertTab()
 
 void TextEditing::perform(EditCommand command)
 {
+    if (m_isReadOnly && changesText(command))
+        return;
     const bool isInColumns = m_selection->columns() != nullptr;
     const Text &text = m_storage->text();
     const TextCaret caret = m_selection->caret();

@@ -33,6 +33,11 @@ public:
 
     [[nodiscard]] const Indentation &indentation() const { return m_indentation; }
 
+    /// From now on no call changes the text.
+    void makeReadOnly() { m_isReadOnly = true; }
+
+    [[nodiscard]] bool isReadOnly() const { return m_isReadOnly; }
+
     /// Performs a command of the user; does nothing when it is not possible now.
     void perform(EditCommand command);
     /// Performs an edit of the user: replaces `range` and puts the caret after the new text.
@@ -72,6 +77,7 @@ private:
     ColumnEditing m_columns;
     Indentation m_indentation;
     bool m_convertsPastedLineEnds = false;
+    bool m_isReadOnly = false;
 };
 
 } // namespace penwick

@@ -61,6 +61,29 @@ void TextView::setString(const Text &text)
     Q_EMIT selectionDidChange();
 }
 
+void TextView::extend(const Text &text)
+{
+    m_storage->extend(text);
+    refresh();
+    Q_EMIT textDidChange();
+}
+
+void TextView::makeReadOnly()
+{
+    m_inputMethod.discard();
+    m_editing.makeReadOnly();
+    setAttribute(Qt::WA_InputMethodEnabled, false);
+    viewport()->setAcceptDrops(false);
+    Q_EMIT actionStateDidChange();
+}
+
+void TextView::setPlace(const Place &place)
+{
+    setSelectionInPlace(place.anchor, place.caret);
+    m_viewport.scrollTo(place.top);
+    refresh();
+}
+
 void TextView::setSelectedRange(TextRange range)
 {
     if (range != selectedRange() || range.end() != caretOffset())
@@ -113,13 +136,15 @@ void TextView::storageChanged(qint64 offset, qint64 oldLength, qint64 newLength)
     m_inputMethod.discard();
     viewport()->update();
     Q_EMIT visibleTextDidChange();
+    if (isReadOnly()) // The text grows by itself, which no client should read out.
+        return;
     // Last, because a listener may query the view at once.
     TextViewAccessible::announceChange(this, before, {offset, oldLength}, newLength);
 }
 
 bool TextView::canPaste() const
 {
-    return offersText(QGuiApplication::clipboard()->mimeData());
+    return !isReadOnly() && offersText(QGuiApplication::clipboard()->mimeData());
 }
 
 bool TextView::shouldChangeText(TextRange /*range*/, const Text & /*replacement*/)
@@ -177,13 +202,18 @@ void TextView::endColumns()
 
 void TextView::keyPressEvent(QKeyEvent *event)
 {
+    const auto command = editCommandFor(*event);
+    if (isReadOnly() && (command ? changesText(*command) : isTextInput(*event))) {
+        event->ignore();
+        return;
+    }
     // A key event that arrives here is not part of the composition, which therefore ends first.
     if (const auto move = columnMoveFor(*event)) {
         selectColumns(move);
     } else if (const auto request = caretMoveFor(*event)) {
         m_inputMethod.commit();
         m_selection.move(*request);
-    } else if (const auto command = editCommandFor(*event)) {
+    } else if (command) {
         perform(*command);
     } else if (event->key() == Qt::Key_Escape && m_selection.columns() != nullptr) {
         deselect();
@@ -208,7 +238,7 @@ QVariant TextView::inputMethodQuery(Qt::InputMethodQuery query) const
 {
     switch (query) {
     case Qt::ImEnabled:
-        return isEnabled();
+        return isEnabled() && !isReadOnly();
     case Qt::ImHints:
         return static_cast<int>(Qt::ImhMultiLine | Qt::ImhNoAutoUppercase);
     case Qt::ImFont:
@@ -247,7 +277,8 @@ void TextView::mouseReleaseEvent(QMouseEvent *event)
         m_mouse.release(*event);
         return;
     }
-    if (event->button() != Qt::MiddleButton || !viewport()->rect().contains(event->pos()))
+    if (event->button() != Qt::MiddleButton || isReadOnly() ||
+        !viewport()->rect().contains(event->pos()))
         return;
     const QMimeData *mime = QGuiApplication::clipboard()->mimeData(QClipboard::Selection);
     if (const auto text = textOf(mime)) {

@@ -57,6 +57,29 @@ public:
     /// composition. Emits `selectionDidChange`, not `textDidChange`.
     void setString(const Text &text);
 
+    /// Shows a longer text that starts with the present one, without an undo step. Selection and
+    /// scroll position stay. Emits `textDidChange`.
+    void extend(const Text &text);
+
+    /// From now on the text can be scrolled, selected and copied, but not edited. Keys that would
+    /// edit are left to the widgets around the view.
+    void makeReadOnly();
+
+    [[nodiscard]] bool isReadOnly() const { return m_editing.isReadOnly(); }
+
+    /// What the user sees and has selected; see `anchorOffset`, `caretOffset`.
+    struct Place
+    {
+        qint64 anchor = 0;
+        qint64 caret = 0;
+        TextViewport::Top top;
+    };
+
+    [[nodiscard]] Place place() const { return {anchorOffset(), caretOffset(), m_viewport.top()}; }
+
+    /// Shows and selects what another view of the same size did.
+    void setPlace(const Place &place);
+
     /// The selection; when its length is 0, the caret.
     [[nodiscard]] TextRange selectedRange() const { return m_selection.range(); }
 

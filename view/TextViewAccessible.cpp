@@ -119,7 +119,7 @@ void *TextViewAccessible::interface_cast(QAccessible::InterfaceType type)
 {
     if (type == QAccessible::TextInterface)
         return static_cast<QAccessibleTextInterface *>(this);
-    if (type == QAccessible::EditableTextInterface)
+    if (type == QAccessible::EditableTextInterface && !view()->isReadOnly())
         return static_cast<QAccessibleEditableTextInterface *>(this);
     return QAccessibleWidget::interface_cast(type);
 }
@@ -127,7 +127,8 @@ void *TextViewAccessible::interface_cast(QAccessible::InterfaceType type)
 QAccessible::State TextViewAccessible::state() const
 {
     QAccessible::State state = QAccessibleWidget::state();
-    state.editable = true;
+    state.editable = !view()->isReadOnly();
+    state.readOnly = view()->isReadOnly();
     state.multiLine = true;
     state.selectableText = true;
     return state;

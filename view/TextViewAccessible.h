@@ -8,10 +8,10 @@ namespace penwick {
 
 class TextView;
 
-/// The accessibility interface of a `TextView`: an editable multi-line text. Offsets are UTF-16
-/// code units, 0-based. A line is one visual row; a paragraph extends from line break to line
-/// break. Each query reads a bounded stretch of the text, except one for a paragraph or the whole
-/// text.
+/// The accessibility interface of a `TextView`: a multi-line text, editable unless it is read-only.
+/// Offsets are UTF-16 code units, 0-based. A line is one visual row; a paragraph extends from line
+/// break to line break. Each query reads a bounded stretch of the text, except one for a paragraph
+/// or the whole text.
 class TextViewAccessible final : public QAccessibleWidget,
                                  public QAccessibleTextInterface,
                                  public QAccessibleEditableTextInterface

@@ -28,11 +28,12 @@ QMenu *makeTextViewMenu(TextView *view)
         menu->addAction(textMenuEntry(title, key), view, operation)->setEnabled(isEnabled);
     };
     const bool hasSelection = view->hasSelection();
+    const bool canDelete = hasSelection && !view->isReadOnly();
     const TextStorage &storage = *view->textStorage();
     add(wording::text(u"menu.edit.undo"_s), QKeySequence::Undo, storage.canUndo(), &TextView::undo);
     add(wording::text(u"menu.edit.redo"_s), QKeySequence::Redo, storage.canRedo(), &TextView::redo);
     menu->addSeparator();
-    add(wording::text(u"menu.edit.cut"_s), QKeySequence::Cut, hasSelection, &TextView::cut);
+    add(wording::text(u"menu.edit.cut"_s), QKeySequence::Cut, canDelete, &TextView::cut);
     add(wording::text(u"menu.edit.copy"_s), QKeySequence::Copy, hasSelection, &TextView::copy);
     add(wording::text(u"menu.edit.paste"_s),
         QKeySequence::Paste,
@@ -40,7 +41,7 @@ QMenu *makeTextViewMenu(TextView *view)
         &TextView::paste);
     add(wording::text(u"common.delete"_s),
         QKeySequence::Delete,
-        hasSelection,
+        canDelete,
         &TextView::deleteSelection);
     menu->addSeparator();
     const bool isAllSelected = view->selectedRange().length == storage.length();

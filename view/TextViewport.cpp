@@ -384,6 +384,12 @@ void TextViewport::scrollToTop()
     m_pixel = 0;
 }
 
+void TextViewport::scrollTo(Top top)
+{
+    setAnchor(rowOfCaret({top.offset, false}), top.hidden);
+    clampToEnd();
+}
+
 void TextViewport::makeVisible(TextCaret caret)
 {
     if (m_composition.isActive() && caret.offset == m_composition.position) {

@@ -107,6 +107,18 @@ public:
     /// Scrolls to the right, or to the left if `distance` is negative.
     void scrollSidewaysBy(qreal distance);
     void scrollToStart();
+
+    /// What is at the upper edge: the start of a row, and how much of that row is scrolled out, in
+    /// logical pixels.
+    struct Top
+    {
+        qint64 offset = 0;
+        qreal hidden = 0;
+    };
+
+    [[nodiscard]] Top top() const { return {m_anchor, m_pixel}; }
+
+    void scrollTo(Top top);
     /// Scrolls as little as needed to show the caret and the whole composition at it, the caret
     /// first; centres it when it is far away.
     void makeVisible(TextCaret caret);

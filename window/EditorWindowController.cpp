@@ -105,12 +105,19 @@ void EditorWindowController::setTabLabel(const TabLabel &label)
 void EditorWindowController::setDocument(TextDocument *document)
 {
     m_document = document;
+    std::optional<TextView::Place> place;
+    if (isLoading() && m_loadingView->textView() != nullptr)
+        place = m_loadingView->textView()->place();
     removeContent();
     if (document == nullptr)
         return;
     m_documentState->setText(document->contentString());
     m_content = new MainEditorView(m_documentState.get(), document);
     showContent(m_content);
+    if (place) {
+        m_content->show(); // Gives the view its size, on which the rows depend.
+        textView()->setPlace(*place);
+    }
     Q_EMIT textViewMade(textView());
 }
 
@@ -118,14 +125,14 @@ void EditorWindowController::showLoading(TextDocument *document)
 {
     m_document = nullptr;
     removeContent();
-    m_isLoading = true;
-    showContent(new LoadingView(document, m_documentState.get()));
+    m_documentState->setText({});
+    m_loadingView = new LoadingView(document, m_documentState.get());
+    showContent(m_loadingView);
 }
 
 // Called before new content is made, because both would edit the same storage.
 void EditorWindowController::removeContent()
 {
-    m_isLoading = false;
     while (QLayoutItem *item = m_page->layout()->takeAt(0)) {
         delete item->widget();
         delete item;
@@ -190,7 +197,7 @@ void EditorWindowController::runMacro(const QString &code,
     TextView *view = textView();
     if (isRunningMacro())
         offerToStopMacro();
-    else if (const QString obstacle = obstacleToMacros(view, m_isLoading); !obstacle.isEmpty())
+    else if (const QString obstacle = obstacleToMacros(view, isLoading()); !obstacle.isEmpty())
         fail(code, MacroFailure{obstacle});
     else
         execute(view, code, buildMacroContext(macroId, macroName), userInput);
@@ -253,7 +260,7 @@ QString EditorWindowController::prepareToApply(TextView *view,
 {
     if (result.textEdits.isEmpty())
         return {};
-    if (QString obstacle = obstacleToMacros(view, m_isLoading); !obstacle.isEmpty())
+    if (QString obstacle = obstacleToMacros(view, isLoading()); !obstacle.isEmpty())
         return obstacle;
     if (view->string() != context.document.text)
         return wording::text(u"macro.error.documentChanged"_s);

@@ -20,6 +20,7 @@
 namespace penwick {
 
 class MacroRun;
+class LoadingView;
 class MainEditorView;
 class TextView;
 
@@ -58,7 +59,8 @@ public:
     /// Differs for every controller of the process; never 0.
     [[nodiscard]] quint64 number() const { return m_number; }
 
-    /// Shows the document's text in the tab and removes the former content.
+    /// Shows the document's text in the tab and removes the former content. Selection and scroll
+    /// position are those in which the start of the text was shown during the load.
     /// \param document not owned; held weakly. Null leaves the tab empty.
     void setDocument(TextDocument *document);
     /// Shows that the document is being loaded and removes the former content. `document()`,
@@ -67,7 +69,7 @@ public:
     void showLoading(TextDocument *document);
 
     /// True from `showLoading` to the next content. No macro runs meanwhile.
-    [[nodiscard]] bool isLoading() const { return m_isLoading; }
+    [[nodiscard]] bool isLoading() const { return !m_loadingView.isNull(); }
 
     /// Null without a document, while it is being loaded, and after it was destroyed.
     [[nodiscard]] TextDocument *document() const { return m_document.data(); }
@@ -159,7 +161,7 @@ private:
     std::unique_ptr<DocumentState> m_documentState; // Outlives the page, which shows it.
     std::shared_ptr<EditorWindow> m_window;
     std::unique_ptr<QWidget> m_page; // Destroyed before the window, its parent.
-    bool m_isLoading = false;
+    QPointer<LoadingView> m_loadingView;
     QPointer<MainEditorView> m_content;
     TabLabel m_label;
     QPointer<MacroRun> m_run; // While a macro runs.

@@ -1,34 +1,99 @@
 #include "window/LoadingView.h"
 
+#include "text/CutText.h"
+#include "view/TextView.h"
+#include "window/LineEndMark.h"
 #include "window/StatusBarView.h"
+#include "window/TextViewRepresentable.h"
 #include "window/TransferBar.h"
+#include "wording/WordingLookup.h"
 
+#include <QFileInfo>
+#include <QFrame>
 #include <QKeyEvent>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
+#include <chrono>
+
 namespace penwick {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr std::chrono::milliseconds kRefreshInterval{200};
+
+} // namespace
 
 LoadingView::LoadingView(TextDocument *document, DocumentState *state, QWidget *parent)
     : QWidget(parent)
     , m_document(document)
+    , m_state(state)
+    , m_paper(new QWidget(this))
+    , m_divider(new QFrame(this))
+    , m_status(new StatusBarView(state, this))
 {
-    auto *paper = new QWidget(this);
-    paper->setBackgroundRole(QPalette::Base);
-    paper->setAutoFillBackground(true);
+    m_paper->setBackgroundRole(QPalette::Base);
+    m_paper->setAutoFillBackground(true);
+    m_divider->setFrameStyle(static_cast<int>(QFrame::HLine) | static_cast<int>(QFrame::Sunken));
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->addWidget(paper, 1);
+    layout->addWidget(m_paper, 1);
     layout->addWidget(new TransferBar(document, this));
-    auto *messages = new StatusBarView(state, this);
-    layout->addWidget(messages);
-    const auto update = [state, messages] {
-        messages->setVisible(state->macroNotificationMessage().has_value());
-    };
-    connect(state, &DocumentState::didChange, messages, update);
-    update();
+    layout->addWidget(m_divider);
+    layout->addWidget(m_status);
+    connect(state, &DocumentState::didChange, this, &LoadingView::showStatus);
+    showStatus();
     setFocusPolicy(Qt::StrongFocus);
     setFocus();
+    connect(&m_timer, &QTimer::timeout, this, &LoadingView::refresh);
+    m_timer.start(kRefreshInterval);
+    refresh();
+}
+
+TextView *LoadingView::textView() const
+{
+    return m_start != nullptr ? m_start->textView() : nullptr;
+}
+
+void LoadingView::refresh()
+{
+    const Text text = m_document.isNull() ? Text() : m_document->readSoFar();
+    TextView *view = textView();
+    if (view == nullptr && !text.isEmpty())
+        showStart(text);
+    // While the user drags the scroll bar, a longer text would move under the mouse.
+    else if (view != nullptr && text.size() > view->string().size() &&
+             !view->verticalScrollBar()->isSliderDown())
+        view->extend(text);
+}
+
+void LoadingView::showStart(const Text &text)
+{
+    if (m_state.isNull())
+        return;
+    m_state->setText(text);
+    m_start = new TextViewRepresentable(m_state, nullptr, this);
+    m_start->makeReadOnly();
+    textView()->setAccessibleName(
+        cutText(QFileInfo(m_document->filePath()).fileName(), kLongestName));
+    textView()->setAccessibleDescription(wording::text(u"status.loading"_s));
+    delete layout()->replaceWidget(m_paper, m_start);
+    delete m_paper;
+    m_paper = nullptr;
+    // It asks for an edit.
+    m_status->findChild<LineEndMark *>()->setEnabled(false);
+    setFocusProxy(m_start);
+    showStatus();
+}
+
+void LoadingView::showStatus()
+{
+    const bool hasMessage = !m_state.isNull() && m_state->macroNotificationMessage().has_value();
+    m_status->setVisible(hasMessage || m_start != nullptr);
+    m_divider->setVisible(m_start != nullptr);
 }
 
 void LoadingView::keyPressEvent(QKeyEvent *event)

@@ -15,6 +15,8 @@
 #include <QKeyEvent>
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace penwick {
 
 TextViewRepresentable::TextViewRepresentable(DocumentState *documentState,
@@ -83,6 +85,14 @@ void TextViewRepresentable::makeTextView()
     m_textLook = new TextLook(m_textView, row, m_zoom, this, preferences);
     m_wrappingSwitch = new WrappingSwitch(m_textView, this, preferences);
     setFocusProxy(m_textView);
+}
+
+void TextViewRepresentable::makeReadOnly()
+{
+    m_textView->makeReadOnly();
+    delete std::exchange(m_findController, nullptr);
+    delete std::exchange(m_lineEndCommands, nullptr);
+    delete std::exchange(m_textCommands, nullptr);
 }
 
 CommandState TextViewRepresentable::commandState(CommandId id) const
@@ -157,7 +167,7 @@ void TextViewRepresentable::keyPressEvent(QKeyEvent *event)
 {
     // The text view ignores Escape, so the event arrives here.
     const bool isEscape = event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier;
-    if (!isEscape || !m_findController->close())
+    if (!isEscape || m_findController == nullptr || !m_findController->close())
         QWidget::keyPressEvent(event);
 }
 

@@ -34,6 +34,10 @@ public:
                           QWidget *parent = nullptr);
     ~TextViewRepresentable() override;
 
+    /// Turns this into the view of a text that is still being read: nothing edits or searches it,
+    /// and it performs no command. `findController` and `lineEndCommands` are null from now on.
+    void makeReadOnly();
+
     [[nodiscard]] TextView *textView() const { return m_textView; }
 
     [[nodiscard]] FindBar *findBar() const { return m_findBar; }

@@ -15,6 +15,8 @@ class ParallelUtf8ReaderTest final : public QObject
 private Q_SLOTS:
     void text_anyPieces_isTheSame_data();
     void text_anyPieces_isTheSame();
+    void start_anyPieces_growsToTheText();
+    void start_beforeAnInvalidByte_isNoFurtherThanIt();
     void bytes_invalidAnywhere_areRefused();
     void reader_droppedEarly_ends();
     void memory_missing_isReported();
@@ -26,7 +28,7 @@ namespace {
 std::optional<Text>
 read(QByteArrayView bytes, unsigned threads, qsizetype piece, QRandomGenerator &random)
 {
-    ParallelUtf8Reader reader(threads, piece);
+    ParallelUtf8Reader reader({}, threads, piece);
     while (!bytes.isEmpty()) {
         const qsizetype size = std::min<qsizetype>(bytes.size(), 1 + random.bounded(40));
         reader.append(bytes.first(size));
@@ -66,6 +68,43 @@ void ParallelUtf8ReaderTest::text_anyPieces_isTheSame()
     }
 }
 
+// The pieces end as above, so a start may end inside of a line, a CR LF pair or a cluster.
+void ParallelUtf8ReaderTest::start_anyPieces_growsToTheText()
+{
+    QRandomGenerator random(3);
+    for (int i = 0; i < 100; ++i) {
+        QString model = test::randomText(random, 20 + random.bounded(200));
+        if (i % 2 == 0)
+            model.replace(u'\n', u'ー');
+        const Text expected(model);
+        std::vector<Text> starts;
+        ParallelUtf8Reader reader([&](const Text &start) { starts.push_back(start); },
+                                  static_cast<unsigned>(i % 4),
+                                  5 + random.bounded(60));
+        reader.append(expected.toUtf8());
+        QVERIFY(reader.finish().has_value());
+        qint64 before = 0;
+        for (const Text &start : starts) {
+            QVERIFY(start.size() >= before);
+            before = start.size();
+            QCOMPARE(start.toString(), expected.mid(0, before).toString());
+            QVERIFY(start.metrics() == expected.metricsBefore(before));
+        }
+        QVERIFY(starts.back() == expected);
+    }
+}
+
+void ParallelUtf8ReaderTest::start_beforeAnInvalidByte_isNoFurtherThanIt()
+{
+    const QByteArray valid = QByteArray("行\r\n").repeated(100);
+    Text start;
+    ParallelUtf8Reader reader([&](const Text &text) { start = text; }, 2, 20);
+    reader.append(valid + '\xFF' + valid);
+    QVERIFY(!reader.finish().has_value());
+    QVERIFY(start.metrics().utf8Bytes <= valid.size());
+    QVERIFY(start == Text::fromUtf8(valid)->mid(0, start.size()));
+}
+
 void ParallelUtf8ReaderTest::bytes_invalidAnywhere_areRefused()
 {
     QRandomGenerator random(7);
@@ -86,14 +125,14 @@ void ParallelUtf8ReaderTest::bytes_invalidAnywhere_areRefused()
 
 void ParallelUtf8ReaderTest::reader_droppedEarly_ends()
 {
-    ParallelUtf8Reader reader(2, 10);
+    ParallelUtf8Reader reader({}, 2, 10);
     for (int i = 0; i < 100; ++i)
         QVERIFY(reader.append("some text\n"));
 }
 
 void ParallelUtf8ReaderTest::memory_missing_isReported()
 {
-    ParallelUtf8Reader reader(1, 1000);
+    ParallelUtf8Reader reader({}, 1, 1000);
     test::failsNextAllocation = true;
     reader.append(QByteArray("some text\n").repeated(1000));
     QVERIFY_THROWS_EXCEPTION(std::bad_alloc, static_cast<void>(reader.finish()));

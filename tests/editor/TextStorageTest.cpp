@@ -40,6 +40,7 @@ private Q_SLOTS:
     void typingAfterSave_startsNewStep();
     void deletionsThatInsert_areStepsOfTheirOwn();
     void setText_emptiesHistoryAndKeepsEditedState();
+    void extend_longerText_reportsWhatWasAddedAndRegistersNothing();
     void emptyEdit_registersNothing();
     void halfAPair_isReplacedWhole();
     void insertionInsidePair_removesNothing();
@@ -393,6 +394,20 @@ void TextStorageTest::typingAfterSave_startsNewStep()
     QVERIFY(storage.isModified());
     storage.undo();
     QCOMPARE(storage.text().toString(), u"a"_s);
+    QVERIFY(!storage.isModified());
+}
+
+void TextStorageTest::extend_longerText_reportsWhatWasAddedAndRegistersNothing()
+{
+    TextStorage storage(test::stoppedClock());
+    const Text whole(u"abcdef"_s);
+    storage.setText(whole.mid(0, 2));
+    QSignalSpy changed(&storage, &TextStorage::changed);
+    storage.extend(whole);
+    QCOMPARE(changed.count(), 1);
+    QCOMPARE(changed.first(), QVariantList({qint64{2}, qint64{0}, qint64{4}}));
+    QVERIFY(storage.text().isSameValue(whole));
+    QVERIFY(!storage.canUndo());
     QVERIFY(!storage.isModified());
 }
 
