@@ -87,7 +87,6 @@ class Running:
 
     def __init__(self, desk, editor, file=None):
         self._editor, self._screen = editor, desk.screen
-        self.limit = time.monotonic() + PATIENCE
         self._wait_for(lambda: not self._screen.windows(), "cannot start: another window is open")
         self.home = desk.new_home(editor)
         words = list(editor.words)
@@ -96,7 +95,6 @@ class Running:
             os.link(file, copy)
             words.append(str(copy))
         self.started = time.monotonic()
-        self.limit = self.started + PATIENCE
         self._process = subprocess.Popen(words, env=desk.environment(self.home), cwd=self.home,
                                          stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         try:
@@ -120,8 +118,9 @@ class Running:
             raise NotMeasured(f"{self._editor.name} {what}")
 
     def _wait_for(self, condition, problem):
+        limit = time.monotonic() + PATIENCE
         while not (result := condition()):
-            self._check(time.monotonic() < self.limit, problem)
+            self._check(time.monotonic() < limit, problem)
             self._screen.drawn(0.5)  # An event of the display also ends this.
         return result
 
@@ -131,18 +130,19 @@ class Running:
 
     def quiet(self):
         """Milliseconds from the start to the last drawing before a rest."""
-        last = self._screen.rest(REST, self.limit)
+        last = self._screen.rest(REST, PATIENCE)
         self._check(last, "does not stop drawing")
         return (last - self.started) * 1000
 
     def settle(self):
         """Waits until it neither draws nor works for a moment."""
+        limit = time.monotonic() + PATIENCE
         while True:
             before = processes.processor_time(self.home)
             self.quiet()
             if processes.processor_time(self.home) - before < REST / 10:
                 return
-            self._check(time.monotonic() < self.limit, "does not stop working")
+            self._check(time.monotonic() < limit, "does not stop working")
 
     def wait_for_focus(self):
         self._wait_for(lambda: self._screen.active_window() == self.window, "gets no focus")
@@ -153,11 +153,12 @@ class Running:
     def until_shown(self, is_shown, page, press=None):
         """Milliseconds from the start until `is_shown` accepts the ink, with `press` again and again."""
         pressed = 0
+        limit = time.monotonic() + PATIENCE
         while True:
             now = time.monotonic()
             if is_shown(page.ink(self)):
                 return (now - self.started) * 1000
-            self._check(now < self.limit, "does not show the text")
+            self._check(now < limit, "does not show the text")
             if press and now - pressed >= PRESS_INTERVAL:
                 press()
                 pressed = now
@@ -168,7 +169,7 @@ class Running:
         self._screen.resize(self.window, *SIZE)
         self.settle()
         for _ in range(WARM_KEYS + KEYS):
-            self._check(self._screen.rest(KEY_REST, self.limit), "does not stop drawing")
+            self._check(self._screen.rest(KEY_REST, PATIENCE), "does not stop drawing")
             yield self._type_key()
 
     def _type_key(self):

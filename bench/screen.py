@@ -120,10 +120,11 @@ class Screen:
                 areas.append((area.x, area.y, area.width, area.height))
         return areas
 
-    def rest(self, seconds, limit):
+    def rest(self, seconds, patience):
         """Waits until nothing has been drawn for that long; returns the time of the last drawing (or of
-        the call), None if drawing does not end before `limit`, a time of time.monotonic()."""
+        the call), None if drawing does not end in `patience` seconds."""
         last = time.monotonic()
+        limit = last + patience
         while (now := time.monotonic()) - last < seconds:
             if now > limit:
                 return None
