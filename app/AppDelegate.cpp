@@ -24,6 +24,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QMenu>
 #include <QSessionManager>
 #include <QShortcut>
 #include <QTimer>

@@ -87,9 +87,9 @@ QString setMacroKey(const PaletteRow &row, const QKeySequence &key)
 {
     const QString id = row.id.mid(1);
     MacroKeys &keys = MacroKeys::shared();
-    const QString reason =
-        key.isEmpty() ? QString()
-                      : macroKeyObstacle(id, key[0], keys, MacroManager::shared().macros());
+    QString reason = key.isEmpty()
+                         ? QString()
+                         : macroKeyObstacle(id, key[0], keys, MacroManager::shared().macros());
     if (reason.isEmpty())
         keys.setKey(id, key);
     return reason;

@@ -116,6 +116,22 @@ JsonValue jsonOf(const BatchFailure &failure)
     return object;
 }
 
+tl::expected<void, FileError> writeText(const Text &text)
+{
+    constexpr qsizetype kPortion = qsizetype{1} << 18; // The text's blocks are small.
+    tl::expected<void, FileError> written;
+    QByteArray portion;
+    text.forEachUtf8Block([&](QByteArrayView block) {
+        portion.append(block);
+        if (portion.size() >= kPortion) {
+            written = writeStandardOutput(portion);
+            portion.truncate(0);
+        }
+        return written.has_value();
+    });
+    return written ? writeStandardOutput(portion) : written;
+}
+
 double milliseconds(std::chrono::microseconds duration)
 {
     return static_cast<double>(duration.count()) / 1000;
@@ -238,20 +254,8 @@ void ReportPrinter::printNotifications(const FileReport &report) const
 tl::expected<void, FileError> ReportPrinter::printResult(const FileReport &report) const
 {
     const bool isDone = report.status == Status::Changed || report.status == Status::Unchanged;
-    if (isDone && (m_options.writesText() || m_options.outputFile == "-")) {
-        constexpr qsizetype kPortion = qsizetype{1} << 18; // The text's blocks are small.
-        tl::expected<void, FileError> written;
-        QByteArray portion;
-        report.result.forEachUtf8Block([&](QByteArrayView block) {
-            portion.append(block);
-            if (portion.size() >= kPortion) {
-                written = writeStandardOutput(portion);
-                portion.truncate(0);
-            }
-            return written.has_value();
-        });
-        return written ? writeStandardOutput(portion) : written;
-    }
+    if (isDone && (m_options.writesText() || m_options.outputFile == "-"))
+        return writeText(report.result);
     const QByteArray output = outputOf(report);
     return output.isEmpty() ? tl::expected<void, FileError>() : writeStandardOutput(output);
 }

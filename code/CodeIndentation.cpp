@@ -21,7 +21,7 @@ QString level()
 }
 
 /// Returns the offset after the last line feed before `offset`.
-qint64 lineStart(const Text &text, qint64 offset)
+qint64 startOfLine(const Text &text, qint64 offset)
 {
     return text.offsetAfterLineFeed(text.metricsBefore(offset).lineFeeds);
 }
@@ -67,16 +67,16 @@ QChar closerOf(QChar opener)
 /// that ends at the start of a line does not touch that line.
 TextRange linesOf(const Text &text, TextRange selection)
 {
-    const qint64 start = lineStart(text, selection.location);
+    const qint64 start = startOfLine(text, selection.location);
     const bool endsAtStart =
-        selection.length > 0 && lineStart(text, selection.end()) == selection.end();
+        selection.length > 0 && startOfLine(text, selection.end()) == selection.end();
     const qint64 end = lineEnd(text, selection.end() - (endsAtStart ? 1 : 0));
     return {start, end - start};
 }
 
 bool spansLines(const Text &text, TextRange selection)
 {
-    return lineStart(text, selection.end()) > selection.location;
+    return startOfLine(text, selection.end()) > selection.location;
 }
 
 template <class Change> Edit changeLines(const Text &text, TextRange selection, Change change)
@@ -99,7 +99,7 @@ template <class Change> Edit changeLines(const Text &text, TextRange selection, 
 
 Edit lineBreak(const Text &text, TextRange selection, const IsBracket &isBracket)
 {
-    const qint64 start = lineStart(text, selection.location);
+    const qint64 start = startOfLine(text, selection.location);
     const QString before = text.slice(start, std::min(selection.location - start, kReadLimit));
     const qsizetype blanks = leadingBlanks(before);
     const QString outer = before.left(blanks);
@@ -127,7 +127,7 @@ Edit lineBreak(const Text &text, TextRange selection, const IsBracket &isBracket
 
 std::optional<Edit> closingBrace(const Text &text, TextRange selection)
 {
-    const qint64 start = lineStart(text, selection.location);
+    const qint64 start = startOfLine(text, selection.location);
     const qint64 length = lineEnd(text, selection.location) - start;
     QString line = text.slice(start, std::min(length, kReadLimit));
     if (line.endsWith(u'\r'))

@@ -30,6 +30,30 @@ bool isInRows(TextStorage::EditKind kind)
            kind == TextStorage::EditKind::DeletingInRows;
 }
 
+/// Adds what is typed right behind. False when the change is another one.
+bool extendByTyping(TextChange &last, const TextChange &change)
+{
+    if (!change.removed.isEmpty() || change.offset != last.offset + last.inserted.size())
+        return false;
+    last.inserted = last.inserted.appended(change.inserted);
+    return true;
+}
+
+/// Adds what is deleted right before or behind. False when the change is another one.
+bool extendByDeleting(TextChange &last, const TextChange &change, TextStorage::EditKind kind)
+{
+    if (!change.inserted.isEmpty() || !last.inserted.isEmpty())
+        return false;
+    const bool isBackward = kind == TextStorage::EditKind::DeletingBackward;
+    if (isBackward ? change.offset + change.removed.size() != last.offset
+                   : change.offset != last.offset)
+        return false;
+    last.removed =
+        isBackward ? change.removed.appended(last.removed) : last.removed.appended(change.removed);
+    last.offset = change.offset;
+    return true;
+}
+
 } // namespace
 
 TextStorage::TextStorage(EditClock clock, QObject *parent)
@@ -92,29 +116,9 @@ bool TextStorage::coalesce(const TextChange &change, EditKind kind)
         last.inserted = change.inserted;
         return true;
     }
-    const bool deletes = kind != EditKind::Typing;
-    if (deletes && !(change.inserted.isEmpty() && last.inserted.isEmpty()))
+    if (kind == EditKind::Typing ? !extendByTyping(last, change)
+                                 : !extendByDeleting(last, change, kind))
         return false;
-    switch (kind) {
-    case EditKind::Typing:
-        if (!change.removed.isEmpty() || change.offset != last.offset + last.inserted.size())
-            return false;
-        last.inserted = last.inserted.appended(change.inserted);
-        break;
-    case EditKind::DeletingBackward:
-        if (change.offset + change.removed.size() != last.offset)
-            return false;
-        last.removed = change.removed.appended(last.removed);
-        last.offset = change.offset;
-        break;
-    case EditKind::DeletingForward:
-        if (change.offset != last.offset)
-            return false;
-        last.removed = last.removed.appended(change.removed);
-        break;
-    default:
-        return false;
-    }
     step.open = !holdsLineBreak(change.inserted);
     addBytes(change.removed.metrics().utf8Bytes);
     return true;

@@ -10,7 +10,7 @@ namespace penwick {
 
 namespace {
 
-constexpr qint64 kLongest = qint64(1) << 27;
+constexpr qint64 kMostUnits = qint64(1) << 27;
 
 std::u16string_view viewOf(QStringView units)
 {
@@ -155,7 +155,7 @@ public:
         const LineSpan selected = rectangle().lines();
         const LineSpan all{selected.first, std::max(selected.count, m_contents.count)};
         const TextRange range = rangeOf(text(), all);
-        if (range.length > kLongest)
+        if (range.length > kMostUnits)
             return std::nullopt;
         m_followsCr = range.location > 0 && text().at(range.location - 1) == u'\r';
         read(selected);
@@ -165,11 +165,11 @@ public:
         const qint64 further = std::min(lineCount, all.first + all.count) - next;
         if (further > 0)
             read({next, further});
-        while (m_row < m_contents.count && m_length <= kLongest) {
+        while (m_row < m_contents.count && m_length <= kMostUnits) {
             addEnd(lineEndUnits(lineEndToInsert(text(), {text().size(), 0})));
             addContent(rectangle().left(), false);
         }
-        if (m_length > kLongest)
+        if (m_length > kMostUnits)
             return std::nullopt;
         flush();
         return RowsChange{range, m_done, range.location + m_caret};
@@ -219,7 +219,7 @@ private:
         if (units.isEmpty())
             return;
         m_length += units.size();
-        if (m_length > kLongest) // The result will not be used.
+        if (m_length > kMostUnits) // The result will not be used.
             return;
         m_builder.appendUtf16(viewOf(units));
         m_followsCr = units.back() == u'\r';
@@ -270,7 +270,7 @@ std::optional<ColumnPlace> placeOf(const Text &text, qint64 offset, int tabWidth
 
 std::optional<Text> textOf(const Text &text, const TextRectangle &rectangle, int tabWidth)
 {
-    if (rangeOf(text, rectangle.lines()).length > kLongest)
+    if (rangeOf(text, rectangle.lines()).length > kMostUnits)
         return std::nullopt;
     return RowCopy(text, rectangle, tabWidth).copy();
 }

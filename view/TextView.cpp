@@ -19,6 +19,16 @@
 
 namespace penwick {
 
+namespace {
+
+/// Also true at the start of the text.
+bool isAfterLineFeed(const Text &text, qint64 offset)
+{
+    return offset == 0 || text.at(offset - 1) == u'\n';
+}
+
+} // namespace
+
 TextView::TextView(TextStorage *storage, const QFont &font, QWidget *parent)
     : QAbstractScrollArea(parent)
     , m_storage(storage)
@@ -399,9 +409,8 @@ std::vector<TextView::VisibleLine> TextView::visibleLines(LineCount count) const
         const qint64 start = m_viewport.style().wraps ? segment.start : segment.lineStart;
         if (std::exchange(last, start) == start)
             return;
-        const bool startsLine = count == LineCount::LineFeeds
-                                    ? start == 0 || string().at(start - 1) == u'\n'
-                                    : start == segment.lineStart;
+        const bool startsLine = count == LineCount::LineFeeds ? isAfterLineFeed(string(), start)
+                                                              : start == segment.lineStart;
         const qreal bottom = y + layout.rowCount() * rowHeight();
         if (bottom <= 0 || y >= viewport()->height())
             return;

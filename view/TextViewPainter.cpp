@@ -307,6 +307,20 @@ private:
     qreal m_rowHeight;
 };
 
+void paintCaret(QPainter &painter, TextViewport &viewport, const TextViewPicture &picture)
+{
+    if (!picture.caretIsShown)
+        return;
+    QRectF caret = viewport.caretRect(picture.caret);
+    if (caret.isNull())
+        return;
+    caret.moveLeft(std::round(caret.left()));
+    caret.setWidth(picture.caretWidth);
+    const TextLayoutStyle &style = viewport.style();
+    painter.fillRect(caret.adjusted(0, style.spaceAbove + 1, 0, -style.spaceBelow - 1),
+                     picture.palette.color(QPalette::Text));
+}
+
 } // namespace
 
 QColor textMarkColor(const QPalette &palette)
@@ -358,16 +372,7 @@ void paintTextView(QPainter &painter,
         invisibles.paint(layout,
                          {origin, selection.start, selection.end, selection.coversBreak, exposed});
     });
-    if (!picture.caretIsShown)
-        return;
-    QRectF caret = viewport.caretRect(picture.caret);
-    if (caret.isNull())
-        return;
-    caret.moveLeft(std::round(caret.left()));
-    caret.setWidth(picture.caretWidth);
-    const TextLayoutStyle &style = viewport.style();
-    painter.fillRect(caret.adjusted(0, style.spaceAbove + 1, 0, -style.spaceBelow - 1),
-                     palette.color(QPalette::Text));
+    paintCaret(painter, viewport, picture);
 }
 
 } // namespace penwick

@@ -327,7 +327,7 @@ void EditorTabBar::changeEvent(QEvent *event)
 void EditorTabBar::tabLayoutChange()
 {
     m_shownNames.reset();
-    if (m_sizeHints.size() > 2 * count())
+    if (m_sizeHints.size() > qsizetype{2} * count())
         m_sizeHints.clear(); // Of tabs that are gone.
     Q_EMIT laidOut();
 }
