@@ -1,18 +1,12 @@
 #include "editor/FileJob.h"
 
-#include "platform/process/ThreadPriority.h"
-
 namespace penwick {
 
 FileJob::FileJob(const Work &work, QObject *parent)
     : QObject(parent)
-    , m_worker(
-          [this, work] {
-              lowerThreadPriority(); // The main thread shows the first page meanwhile.
-              return work(m_progress);
-          },
-          [this, work] { return work(m_progress); },
-          [this] { Q_EMIT finished(); })
+    , m_worker([this, work] { return work(m_progress); },
+               [this, work] { return work(m_progress); },
+               [this] { Q_EMIT finished(); })
 {
 }
 
