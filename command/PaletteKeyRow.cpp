@@ -84,9 +84,11 @@ void PaletteKeyRow::say(const QString &text)
 
 void PaletteKeyRow::showOffer()
 {
-    m_message->hide();
+    const bool isMacro = m_row.kind == PaletteRow::Kind::Macro;
+    setTitle(m_message, wording::text(u"palette.keysOfMacros"_s, {u"Ctrl+K"_s}));
+    m_message->setVisible(!isMacro);
     m_field->hide();
-    m_offer->setVisible(m_row.kind == PaletteRow::Kind::Macro);
+    m_offer->setVisible(isMacro);
 }
 
 bool PaletteKeyRow::eventFilter(QObject * /*object*/, QEvent *event)

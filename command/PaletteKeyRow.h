@@ -25,7 +25,8 @@ public:
 
     PaletteKeyRow(SetKey setKey, QWidget *parent);
 
-    /// Sets the row that a key is offered for; nothing is offered if it is no macro. The widget
+    /// Sets the row that a key is offered for; if it is no macro, the row
+    /// says that macros can have keys. The widget
     /// keeps its size.
     void setRow(const PaletteRow &row);
 

@@ -359,6 +359,7 @@ constexpr TextRow kTexts[] = {
     {u"macro.warning.imeActive", u"日本語入力の変換を確定してからマクロを実行してください"},
     {u"palette.goneFile", u"見つかりません"},
     {u"palette.keyOf", u"「%1」のキー"},
+    {u"palette.keysOfMacros", u"マクロを選ぶと、%1 でキーを割り当てられます"},
     {u"palette.line", u"%1 行"},
     {u"palette.lineHint", u"行番号、または 行:桁 を入力してください（最後の行は %1 行）"},
     {u"palette.list", u"候補"},
