@@ -70,8 +70,11 @@ void HintLine::refresh()
     const bool isWanted = m_view != nullptr && m_preferences.isOn(PreferenceId::ShowsHint);
     m_hints = isWanted ? m_makeHints() : QList<Hint>();
     QStringList texts;
-    for (const Hint &hint : std::as_const(m_hints))
+    m_widths.clear(); // Measured once: each resize places the texts anew.
+    for (const Hint &hint : std::as_const(m_hints)) {
         texts << hint.text;
+        m_widths << fontMetrics().horizontalAdvance(hint.text) + 1;
+    }
     if (m_view != nullptr)
         m_view->setAccessibleDescription(texts.join(u", "_s));
     place();
@@ -95,13 +98,14 @@ void HintLine::place()
     const QSize room = parentWidget()->size() - QSize(2 * kMargin, 2 * kMargin);
     m_shown.clear();
     int right = 0;
-    for (const Hint &hint : std::as_const(m_hints)) {
+    for (qsizetype i = 0; i < m_hints.size(); ++i) {
+        const QString &text = m_hints.at(i).text;
         const int left = m_shown.isEmpty() ? 0 : right + kGap;
-        const int wanted = fontMetrics().horizontalAdvance(hint.text) + 1;
+        const int wanted = m_widths.at(i);
         const int width = std::min(wanted, room.width() - left);
         if (width < std::min(wanted, kLeastWidth))
             break;
-        m_shown << fontMetrics().elidedText(hint.text, Qt::ElideMiddle, width);
+        m_shown << (width < wanted ? fontMetrics().elidedText(text, Qt::ElideMiddle, width) : text);
         right = left + width;
     }
     const int height = fontMetrics().height();

@@ -56,6 +56,7 @@ private:
     std::function<QList<Hint>()> m_makeHints;
     const Preferences &m_preferences;
     QList<Hint> m_hints;
+    QList<int> m_widths;    // Of the whole texts, in logical pixels.
     QList<QString> m_shown; // The texts of the hints that fit, the last one cut.
     int m_pressed = -1;
 };
