@@ -212,7 +212,7 @@ int runBatchProgram(const QByteArrayList &arguments)
     case BatchOptions::Request::ShowHelp:
         return answer(batchHelpText().toUtf8() + '\n');
     case BatchOptions::Request::ShowVersion:
-        return answer("penwick-macro " PENWICK_VERSION "\n");
+        return answer(QByteArray("penwick-macro ") + PENWICK_VERSION + '\n');
     case BatchOptions::Request::ListMacros:
         return listMacros(*options);
     case BatchOptions::Request::Run:

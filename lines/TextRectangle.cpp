@@ -32,9 +32,10 @@ template <typename StopAt> Edges edgesAt(const TextRectangle &rectangle, const S
 
 Edges edgesIn(QStringView line, const TextRectangle &rectangle, int tabWidth)
 {
-    return edgesAt(rectangle, [&](qint64 column) {
+    const auto stop = [&](qint64 column) {
         return lastStop(line, {kColumnReach, column}, tabWidth);
-    });
+    };
+    return edgesAt(rectangle, stop);
 }
 
 Edges edgesIn(const Text &text, TextRange line, const TextRectangle &rectangle, int tabWidth)
