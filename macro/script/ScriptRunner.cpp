@@ -154,6 +154,7 @@ void evaluateScript(const ScriptRequest &request,
 
     const QString text = request.source.text(); // Must outlive the engine, as must `longTexts`.
     std::vector<QString> longTexts;
+    longTexts.reserve(request.longTexts.size());
     for (const ScriptSource &longText : request.longTexts)
         longTexts.push_back(longText.text());
     const JsContextGroup group(JSContextGroupCreate());
