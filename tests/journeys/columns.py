@@ -50,15 +50,7 @@ class Columns(journey.Journey):
 
     def test_the_palette_starts_a_rectangle(self):
         app = self.start(self.write("memo.txt", "a\nb\nc\n"))
-        app.press("F1")
-        field = app.wait_for("text", "コマンドパレット")
-        until(lambda: app.has_state(field, "focused"), "the keyboard in the palette")
-        app.type("edit.columns")
-        listed = app.wait_for("list", "候補")
-        until(lambda: [app.name(row) for row in app.children(listed)][:1] == ["列選択を開始"],
-              lambda: f"one command, not {[app.name(row) for row in app.children(listed)]}")
-        app.press("Return")
-        until(lambda: not app.find("text", "コマンドパレット"), "the end of the palette")
+        self.choose_in_palette("edit.columns", "列選択を開始")
         self.wait_for_keyboard("memo.txt")
         app.press("shift+Down", "shift+Down")
         app.type("#")

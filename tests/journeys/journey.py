@@ -79,6 +79,26 @@ class Journey(unittest.TestCase):
         editor = self.app.wait_for("text", name)
         until(lambda: self.app.has_state(editor, "focused"), f"the keyboard in {name}")
 
+    @property
+    def settings_file(self):
+        return self.session.home / ".config/penwick/penwick.conf"
+
+    def choose_in_palette(self, typed, title):
+        """Types into the palette and runs the first row, whose title must start with `title`."""
+        self.app.press("F1")
+        field = self.app.wait_for("text", "コマンドパレット")
+        until(lambda: self.app.has_state(field, "focused"), "the keyboard in the palette")
+        self.app.type(typed)
+
+        def first():
+            listed = self.app.find("list", "候補")
+            rows = self.app.children(listed) if listed else []
+            return self.app.name(rows[0]) if rows else ""
+
+        until(lambda: first().startswith(title), lambda: f"{title} before {first()}")
+        self.app.press("Return")
+        until(lambda: not self.app.find("text", "コマンドパレット"), "the end of the palette")
+
     def write(self, name, content):
         path = self.files / name
         path.write_bytes(content if isinstance(content, bytes) else content.encode())

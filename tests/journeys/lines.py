@@ -6,25 +6,6 @@ from driver import until
 
 
 class Lines(journey.Journey):
-    def settings(self):
-        return self.session.home / ".config/penwick/penwick.conf"
-
-    def choose_in_palette(self, typed, title):
-        self.app.press("F1")
-        field = self.app.wait_for("text", "コマンドパレット")
-        until(lambda: self.app.has_state(field, "focused"), "the keyboard in the palette")
-        self.app.type(typed)
-
-        def first():
-            listed = self.app.find("list", "候補")
-            rows = self.app.children(listed) if listed else []
-            return self.app.name(rows[0]) if rows else ""
-
-        until(lambda: first().startswith(title), lambda: f"{title} before {first()}")
-        self.app.press("Return")
-        until(lambda: not self.app.find("text", "コマンドパレット"), "the end of the palette")
-        self.wait_for_keyboard("memo.txt")
-
     def height(self):
         """The height of the first character on the screen."""
         text = self.app.text_interface(self.tab_text())
@@ -56,22 +37,27 @@ class Lines(journey.Journey):
         app = self.start(self.write("memo.txt", "b2 \nａ1\nA"))
         app.press("ctrl+a")
         self.choose_in_palette("lines.sort", "行を並べ替え (文字コード順)")
+        self.wait_for_keyboard("memo.txt")
         self.wait_for_text("memo.txt", "A\nb2 \nａ1")
         self.choose_in_palette("uppercase", "選択範囲を大文字に変換")
+        self.wait_for_keyboard("memo.txt")
         self.wait_for_text("memo.txt", "A\nB2 \nＡ1")
         self.choose_in_palette("halfwidth", "選択範囲を半角に変換")
+        self.wait_for_keyboard("memo.txt")
         self.wait_for_text("memo.txt", "A\nB2 \nA1")
         self.choose_in_palette("trimends", "行末の空白を削除")
+        self.wait_for_keyboard("memo.txt")
         self.wait_for_text("memo.txt", "A\nB2\nA1")
         self.choose_in_palette("lines.join", "行を連結")
+        self.wait_for_keyboard("memo.txt")
         self.wait_for_text("memo.txt", "A B2 A1")
         for text in ("A\nB2\nA1", "A\nB2 \nA1", "A\nB2 \nＡ1", "A\nb2 \nａ1", "b2 \nａ1\nA"):
             app.press("ctrl+z")
             self.wait_for_text("memo.txt", text)
 
     def test_settings_change_tab_and_enter(self):
-        self.settings().parent.mkdir(parents=True)
-        self.settings().write_text(
+        self.settings_file.parent.mkdir(parents=True)
+        self.settings_file.write_text(
             "[General]\ntabWidth=2\ntabKeyInserts=spaces\nkeepIndentation=true\nzoom=huge\n"
         )
         app = self.start(self.write("memo.txt", ""))
@@ -87,7 +73,7 @@ class Lines(journey.Journey):
         normal = self.height()
         app.press("ctrl+plus", "ctrl+plus", "ctrl+plus")
         until(lambda: self.height() > normal, "larger characters")
-        until(lambda: "zoom=130" in self.settings().read_text(), "the zoom in the settings")
+        until(lambda: "zoom=130" in self.settings_file.read_text(), "the zoom in the settings")
         app.press("F11")
         until(lambda: self.size() == (1200, 800), lambda: f"the full screen, not {self.size()}")
         self.session.screenshot(journey.PICTURES / "zoom.png")

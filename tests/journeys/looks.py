@@ -6,27 +6,9 @@ from driver import until
 
 
 class Looks(journey.Journey):
-    def settings(self):
-        return self.session.home / ".config/penwick/penwick.conf"
-
     def set(self, *lines):
-        self.settings().parent.mkdir(parents=True, exist_ok=True)
-        self.settings().write_text("[General]\n" + "\n".join(lines) + "\n")
-
-    def switch(self, command, title):
-        self.app.press("F1")
-        field = self.app.wait_for("text", "コマンドパレット")
-        until(lambda: self.app.has_state(field, "focused"), "the keyboard in the palette")
-        self.app.type(command)
-
-        def first():
-            listed = self.app.find("list", "候補")
-            rows = self.app.children(listed) if listed else []
-            return self.app.name(rows[0]) if rows else ""
-
-        until(lambda: first().startswith(title), lambda: f"{title} before {first()}")
-        self.app.press("Return")
-        until(lambda: not self.app.find("text", "コマンドパレット"), "the end of the palette")
+        self.settings_file.parent.mkdir(parents=True, exist_ok=True)
+        self.settings_file.write_text("[General]\n" + "\n".join(lines) + "\n")
 
     def character(self, offset):
         text = self.app.text_interface(self.app.wait_for("text", "memo.txt"))
@@ -37,7 +19,7 @@ class Looks(journey.Journey):
         path.write_bytes("one\r\ntwo\r\nthree".encode())
         app = self.start(path)
         left = self.character(0).x
-        self.switch("view.linenumbers", "行番号を表示")
+        self.choose_in_palette("view.linenumbers", "行番号を表示")
         gutter = app.wait_for(name="行番号")
         until(lambda: self.character(0).x > left, "the text beside the numbers")
         self.wait_for_keyboard("memo.txt")
@@ -52,14 +34,14 @@ class Looks(journey.Journey):
         self.session.run("xdotool", "mousemove", x, y - second.height, "mouseup", "1")
         app.press("Delete")
         self.wait_for_text("memo.txt", "three")
-        self.switch("view.currentline", "カーソルのある行を強調")
+        self.choose_in_palette("view.currentline", "カーソルのある行を強調")
         self.session.screenshot(journey.PICTURES / "looks.png")
         until(
             lambda: {"showsLineNumbers=true", "marksCurrentLine=true"}
-            <= set(self.settings().read_text().split()),
+            <= set(self.settings_file.read_text().split()),
             "the settings",
         )
-        self.switch("view.linenumbers", "行番号を表示")
+        self.choose_in_palette("view.linenumbers", "行番号を表示")
         until(lambda: self.character(0).x == left, "the text at its old place")
 
     def test_going_to_a_line_and_starting_at_one_agree(self):
@@ -98,9 +80,9 @@ class Looks(journey.Journey):
             return self.session.run("identify", "-format", "%#", path)
 
         plain = picture(before)
-        self.switch("view.allmarks", "空白と改行をすべて表示")
+        self.choose_in_palette("view.allmarks", "空白と改行をすべて表示")
         until(lambda: picture(after) != plain, "the marks")
-        self.switch("view.allmarks", "空白と改行をすべて表示")
+        self.choose_in_palette("view.allmarks", "空白と改行をすべて表示")
         until(lambda: picture(after) == plain, "the plain text")
 
 

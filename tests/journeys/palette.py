@@ -125,7 +125,7 @@ class Palette(journey.Journey):
         app.wait_for("label", "Ctrl+Shift+A: 「選択を解除」が使うキーです")
         app.press("ctrl+F7")
         until(lambda: app.text_of(field) == "Ctrl+F7", "the key in the field")
-        settings = self.session.home / ".config/penwick/penwick.conf"
+        settings = self.settings_file
         self.assertIn("[macroKeys]\ndefault_trimTrailingSpaces=Ctrl+F7\n", settings.read_text())
         app.press("Tab", "ctrl+w")  # The field would take the key.
         until(lambda: "マクロ管理" not in app.windows(), "the end of the manager")

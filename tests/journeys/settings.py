@@ -9,15 +9,12 @@ SEARCH = "設定を検索"
 
 
 class Settings(journey.Journey):
-    def file(self):
-        return self.session.home / ".config/penwick/penwick.conf"
-
     def write_settings(self, lines):
-        self.file().parent.mkdir(parents=True)
-        self.file().write_text(f"[General]\n{lines}")
+        self.settings_file.parent.mkdir(parents=True)
+        self.settings_file.write_text(f"[General]\n{lines}")
 
     def stored(self):
-        return self.file().read_text().splitlines()
+        return self.settings_file.read_text().splitlines()
 
     def open_settings(self):
         self.app.press("ctrl+comma")
@@ -108,7 +105,7 @@ class Settings(journey.Journey):
         # Frames are stored soon after a window is shown. Later than the edit, they would make the
         # tab ask about a change by another program.
         for name in ("PreferencesWindow", "penwickEditorWindow"):
-            until(lambda n=name: f"windowFrame.{n}=" in self.file().read_text(), f"{name}'s frame")
+            until(lambda n=name: f"windowFrame.{n}=" in self.settings_file.read_text(), f"{name}'s frame")
         app.click(app.wait_for("push button", "設定ファイルを開く"))
         self.wait_for_title("penwick.conf")
         app.focus_window("penwick.conf")
