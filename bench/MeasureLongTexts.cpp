@@ -195,7 +195,10 @@ int measureMacros(int count, qsizetype length)
     MacroKeys keys(shown.defaults);
     result[u"open the palette"_s] = timeUntilIdle([&] {
         EditorWindow *parent = shown.controller.window();
-        new Palette(parent, {macroRows(macros, keys), Text(), [](const PaletteRow &) {}}, {});
+        new Palette(
+            parent,
+            {.rows = macroRows(macros, keys), .text = Text(), .run = [](const PaletteRow &) {}},
+            {});
     });
     std::optional<MacroManagerWindowController> window;
     result[u"open the manager"_s] = timeUntilIdle([&] {
