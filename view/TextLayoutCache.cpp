@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 namespace penwick {
@@ -44,6 +45,14 @@ bool holdsRightToLeft(QStringView units)
     return false;
 }
 
+bool holdsMarks(QStringView units)
+{
+    constexpr char16_t kFirstMark = 0x0300;
+    return std::any_of(units.begin(), units.end(), [](QChar unit) {
+        return unit >= kFirstMark && unit.category() == QChar::Mark_NonSpacing;
+    });
+}
+
 /// True for a character that begins a row in a layout even where rows do not wrap.
 bool beginsRow(QChar character)
 {
@@ -77,6 +86,12 @@ QList<QTextLayout::FormatRange> emojiPresentations(QStringView units, const QStr
         formats.append(range);
     }
     return formats;
+}
+
+quint64 newLook()
+{
+    static quint64 last = 0;
+    return ++last;
 }
 
 QList<QTextLayout::FormatRange> colorFormats(const QList<TextColorRange> &colors)
@@ -128,7 +143,30 @@ SegmentLayout::SegmentLayout(const Text &text,
     m_layout.setFormats(formats);
     if (m_compositionLength > 0)
         shown.insert(m_compositionIndex, composition.string);
+    if (!formats.isEmpty() || m_compositionLength > 0 || m_hasRightToLeft ||
+        !m_invisibles.empty() || m_lineEnd != 0)
+        m_ownLook = newLook();
     addRows(style, shown);
+    // Other glyphs rarely extend beyond the row, and not far. Marks may be stacked.
+    m_overhang = holdsMarks(shown) ? measureOverhang(style.rowHeight) : style.rowHeight;
+}
+
+qreal SegmentLayout::measureOverhang(qreal rowHeight) const
+{
+    qreal overhang = rowHeight;
+    for (int row = 0; row < rowCount(); ++row) {
+        const qreal top = row * rowHeight;
+        for (const QGlyphRun &run : m_layout.lineAt(row).glyphRuns()) {
+            const QRawFont font = run.rawFont();
+            const QList<QPointF> positions = run.positions();
+            const QList<quint32> glyphs = run.glyphIndexes();
+            for (qsizetype i = 0; i < std::min(positions.size(), glyphs.size()); ++i) {
+                const QRectF ink = font.boundingRect(glyphs[i]).translated(positions[i]);
+                overhang = std::max({overhang, top - ink.top(), ink.bottom() - top - rowHeight});
+            }
+        }
+    }
+    return std::ceil(overhang);
 }
 
 QList<QTextLayout::FormatRange>
@@ -311,6 +349,20 @@ qint64 SegmentLayout::rowStart(int row) const
     return textOffset(m_layout.lineAt(row).textStart());
 }
 
+quint64 SegmentLayout::lookOf(int row) const
+{
+    if (m_ownLook != 0)
+        return qHashMulti(0, m_ownLook, row);
+    constexpr int kContext = 8; // Fonts may form a ligature with characters of the adjacent rows.
+    const QTextLine line = m_layout.lineAt(row);
+    const QString text = m_layout.text();
+    const int start = std::max(0, line.textStart() - kContext);
+    const int end = line.textStart() + line.textLength() + kContext;
+    const qint64 lineEnd = row + 1 == rowCount() ? m_segment.breakLength : 0; // May have a mark.
+    return qHashMulti(
+        0, lineEnd, line.textStart() - start, QStringView(text).mid(start, end - start));
+}
+
 int SegmentLayout::compositionBefore(int row) const
 {
     const int index = m_layout.lineAt(row).textStart() - m_compositionIndex;
@@ -436,6 +488,20 @@ const SegmentLayout &TextLayoutCache::layout(const Text &text, const TextSegment
     if (m_entries.size() > kCapacity)
         dropOldest();
     return result;
+}
+
+TextSegment TextLayoutCache::segmentAt(const Text &text, qint64 offset) const
+{
+    const auto after = std::upper_bound(
+        m_entries.begin(), m_entries.end(), offset, [](qint64 value, const Entry &entry) {
+            return value < entry.layout->segment().start;
+        });
+    if (after != m_entries.begin()) {
+        const TextSegment &segment = std::prev(after)->layout->segment();
+        if (offset < segment.nextStart())
+            return segment;
+    }
+    return segments::at(text, offset);
 }
 
 void TextLayoutCache::dropOldest()

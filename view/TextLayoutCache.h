@@ -53,6 +53,10 @@ public:
     /// where rows wrap at the window.
     [[nodiscard]] qreal width() const { return m_width; }
 
+    /// How far the glyphs of a row extend beyond it at most, upwards or downwards, in logical
+    /// pixels.
+    [[nodiscard]] qreal overhang() const { return m_overhang; }
+
     [[nodiscard]] const QTextLayout &layout() const { return m_layout; }
 
     /// The characters that need a mark or a label, ascending. Blanks only if the style shows them.
@@ -66,6 +70,10 @@ public:
     /// the upper one.
     [[nodiscard]] int rowOf(qint64 offset, bool atRowEnd) const;
     [[nodiscard]] qint64 rowStart(int row) const;
+    /// Returns a key of everything that a row's look depends on besides the style, its place and
+    /// the selection: rows with the same key look the same. Rows of different layouts may have the
+    /// same key.
+    [[nodiscard]] quint64 lookOf(int row) const;
     /// Units of an active composition before the row, if the row starts inside the composition or
     /// right after it; otherwise meaningless. Together with `rowStart` it identifies the row.
     [[nodiscard]] int compositionBefore(int row) const;
@@ -107,16 +115,19 @@ private:
                            QList<QTextLayout::FormatRange> &formats);
     /// `shown` is the text with the composition in it.
     void addRows(const TextLayoutStyle &style, QStringView shown);
+    [[nodiscard]] qreal measureOverhang(qreal rowHeight) const;
     void breakRow(QTextLine &line, const TextLayoutStyle &style, QStringView shown) const;
 
     TextSegment m_segment;
     QTextLayout m_layout;
     std::vector<InvisibleCharacter> m_invisibles;
     qreal m_width = 0;
+    qreal m_overhang = 0;
     char16_t m_lineEnd = 0;
     int m_compositionIndex = -1;
     int m_compositionLength = 0;
     bool m_hasRightToLeft = false;
+    quint64 m_ownLook = 0; // Differs for each layout; 0: the look follows from the characters.
 };
 
 /// The layouts used last. Bounded; an edit discards only the layouts that it affects.
@@ -142,6 +153,9 @@ public:
     /// until another function modifies the cache; calls of this one keep the layouts of the latest
     /// `kCapacity` calls.
     [[nodiscard]] const SegmentLayout &layout(const Text &text, const TextSegment &segment);
+
+    /// The same as `segments::at`; faster where the segment is laid out.
+    [[nodiscard]] TextSegment segmentAt(const Text &text, qint64 offset) const;
 
     /// Call this after each edit. Discards the layouts that it affects and shifts those after it.
     void textChanged(qint64 offset, qint64 oldLength, qint64 newLength);

@@ -144,7 +144,7 @@ void TextView::storageChanged(qint64 offset, qint64 oldLength, qint64 newLength)
     // The view's own edits end a composition beforehand, so this edit came from outside. The
     // composition was meant for the old text.
     m_inputMethod.discard();
-    viewport()->update();
+    repaintChanges();
     Q_EMIT visibleTextDidChange();
     if (isReadOnly()) // The text grows by itself, which no client should read out.
         return;
@@ -320,7 +320,7 @@ void TextView::focusInEvent(QFocusEvent *event)
 {
     QAbstractScrollArea::focusInEvent(event);
     m_caretBlink.restart(hasFocus());
-    viewport()->update();
+    repaintAll();
 }
 
 void TextView::focusOutEvent(QFocusEvent *event)
@@ -331,7 +331,7 @@ void TextView::focusOutEvent(QFocusEvent *event)
         m_inputMethod.commit();
     m_caretBlink.restart(false);
     m_storage->breakUndoCoalescing();
-    viewport()->update();
+    repaintAll();
 }
 
 void TextView::setMarks(Marks marks)
@@ -369,7 +369,7 @@ void TextView::setShownMarks(ShownMarks marks)
 void TextView::setMarksCurrentLine(bool marks)
 {
     if (std::exchange(m_marksCurrentLine, marks) != marks)
-        viewport()->update();
+        repaintAll();
 }
 
 qint64 TextView::lineCount(LineCount count) const
@@ -444,9 +444,8 @@ void TextView::selectLines(QMouseEvent *event)
     }
 }
 
-void TextView::paintEvent(QPaintEvent *event)
+TextViewPicture TextView::picture() const
 {
-    QPainter painter(viewport());
     TextViewPicture picture;
     picture.selection = selectedRange();
     picture.columns = m_selection.columns();
@@ -469,13 +468,19 @@ void TextView::paintEvent(QPaintEvent *event)
         // window.
         picture.isActive = picture.isActive || (!picture.marks->empty() && isActiveWindow());
     }
-    paintTextView(painter, QRectF(event->rect()), m_viewport, picture);
+    return picture;
+}
+
+void TextView::paintEvent(QPaintEvent *event)
+{
+    QPainter painter(viewport());
+    paintTextView(painter, QRectF(event->rect()), m_viewport, picture());
 }
 
 bool TextView::event(QEvent *event)
 {
     if (event->type() == QEvent::WindowActivate || event->type() == QEvent::WindowDeactivate)
-        viewport()->update();
+        repaintAll();
     return QAbstractScrollArea::event(event);
 }
 
@@ -502,6 +507,7 @@ void TextView::updateStyle()
         layoutStyle.width = layoutStyle.wrapColumn * layoutStyle.columnWidth;
     addLineSpacing(layoutStyle, m_lineSpacing);
     m_viewport.setGeometry(layoutStyle, size);
+    repaintAll();
     refresh();
 }
 
@@ -517,9 +523,32 @@ void TextView::resizeEvent(QResizeEvent *event)
     refresh();
 }
 
+void TextView::repaintChanges()
+{
+    if (std::exchange(m_willRepaint, true))
+        return;
+    // The paint is an event of low priority, so this comes before it.
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            m_willRepaint = false;
+            if (viewport()->isVisible())
+                viewport()->update(m_paintedRows.changesTo(picture(), m_viewport));
+            else
+                m_paintedRows.forget();
+        },
+        Qt::QueuedConnection);
+}
+
+void TextView::repaintAll()
+{
+    m_paintedRows.forget();
+    viewport()->update();
+}
+
 void TextView::refresh()
 {
-    viewport()->update();
+    repaintChanges();
     if (m_isUpdatingScrollBars)
         return;
     m_isUpdatingScrollBars = true;
@@ -575,7 +604,7 @@ void TextView::scrollContentsBy(int dx, int dy)
         m_viewport.scrollSidewaysToValue(bar->value(), bar->maximum(), isRightToLeft() ? dx : -dx);
     }
     // Keep the bar's value: a correction would move its handle away from the mouse.
-    viewport()->update();
+    repaintAll();
     updateMicroFocus();
     Q_EMIT visibleTextDidChange();
 }

@@ -6,6 +6,7 @@
 #include "view/DragAndDrop.h"
 #include "view/InputMethod.h"
 #include "view/MouseSelection.h"
+#include "view/PaintedRows.h"
 #include "view/TextDecoration.h"
 #include "view/TextEditing.h"
 #include "view/TextSelection.h"
@@ -170,7 +171,7 @@ public:
     void setMarks(Marks marks);
 
     /// Repaints the view. Call this when the marks have changed.
-    void updateMarks() { viewport()->update(); }
+    void updateMarks() { repaintAll(); }
 
     /// \param decoration not owned; used until another is set. Null for none.
     void setDecoration(TextDecoration *decoration);
@@ -308,8 +309,14 @@ private:
     void selectColumns(std::optional<CaretMove> move);
     void caretMoved();
     void updateStyle();
-    /// Updates the scroll bars and repaints the view.
+    /// Updates the scroll bars and repaints what has changed.
     void refresh();
+    /// Repaints the rows that differ from those on the screen, in a later turn of the event loop:
+    /// once for all changes of this turn.
+    void repaintChanges();
+    /// For a change that `PaintedRows` does not see.
+    void repaintAll();
+    [[nodiscard]] TextViewPicture picture() const;
 
     TextStorage *m_storage;
     mutable TextViewport m_viewport; // Queries may lay out text.
@@ -320,6 +327,8 @@ private:
     DragAndDrop m_dragAndDrop;
     CaretBlink m_caretBlink;
     Marks m_marks;
+    PaintedRows m_paintedRows;
+    bool m_willRepaint = false;
     bool m_isUpdatingScrollBars = false;
     int m_lineSpacing = 100; // Percent.
     ShownMarks m_shownMarks = ShownMarks::None;

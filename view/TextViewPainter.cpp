@@ -347,9 +347,8 @@ void paintTextView(QPainter &painter,
         const bool startsLine = wraps || layout.segment().start == layout.segment().lineStart;
         const QPointF origin(viewport.leftOf(layout), y);
         const qreal rowHeight = viewport.style().rowHeight;
-        // Glyphs may extend into the adjacent rows.
-        if (y - rowHeight > exposed.bottom() ||
-            y + (layout.rowCount() + 1) * rowHeight < exposed.top())
+        if (y - layout.overhang() > exposed.bottom() ||
+            y + layout.rowCount() * rowHeight + layout.overhang() < exposed.top())
             return;
         // A segment before on the same row has its own background.
         const QRectF row(startsLine ? 0 : origin.x(), y, picture.size.width(), rowHeight);
@@ -368,7 +367,9 @@ void paintTextView(QPainter &painter,
             formats = selectedFormats(layout, selection, colors.text);
         }
         rectangle.paint(painter, layout, origin, colors.background);
-        layout.layout().draw(&painter, origin, formats, exposed);
+        // Rows outside the given area are omitted, although their glyphs may reach into it.
+        const QRectF around = exposed.adjusted(0, -layout.overhang(), 0, layout.overhang());
+        layout.layout().draw(&painter, origin, formats, around);
         invisibles.paint(layout,
                          {origin, selection.start, selection.end, selection.coversBreak, exposed});
     });

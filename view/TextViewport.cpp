@@ -86,7 +86,7 @@ const SegmentLayout &TextViewport::layoutOf(const TextSegment &segment)
 
 TextViewport::Row TextViewport::topRow()
 {
-    const TextSegment segment = segments::at(m_text, m_anchor);
+    const TextSegment segment = segmentAt(m_anchor);
     if (!style().wraps)
         return {segment, 0};
     return {segment, layoutOf(segment).rowStartingAt(m_anchor, m_anchorComposition)};
@@ -96,12 +96,12 @@ TextViewport::Row TextViewport::rowOfCaret(TextCaret caret)
 {
     if (m_composition.isActive() && caret.offset == m_composition.position)
         caret.atRowEnd = false; // At a soft wrap, a composition is on the lower row.
-    TextSegment segment = segments::at(m_text, caret.offset);
+    TextSegment segment = segmentAt(caret.offset);
     if (!style().wraps)
         return {segment, 0};
     const bool startsAtCut = segment.start == caret.offset && segment.start != segment.lineStart;
     if (caret.atRowEnd && startsAtCut)
-        segment = segments::previous(m_text, segment);
+        segment = segmentAt(segment.start - 1);
     return {segment, layoutOf(segment).rowOf(caret.offset, caret.atRowEnd)};
 }
 
@@ -351,12 +351,12 @@ TextRange TextViewport::rowAround(qint64 offset)
 
 bool TextViewport::isRightToLeft(qint64 offset)
 {
-    return layoutOf(segments::at(m_text, offset)).isRightToLeft();
+    return layoutOf(segmentAt(offset)).isRightToLeft();
 }
 
 bool TextViewport::hasRightToLeft(qint64 offset)
 {
-    return layoutOf(segments::at(m_text, offset)).hasRightToLeft();
+    return layoutOf(segmentAt(offset)).hasRightToLeft();
 }
 
 void TextViewport::scrollByPixels(qreal distance)

@@ -154,6 +154,12 @@ private:
     [[nodiscard]] Row rowOfCaret(TextCaret caret);
     [[nodiscard]] Row topRow();
     [[nodiscard]] Row rowAt(qreal y);
+
+    [[nodiscard]] TextSegment segmentAt(qint64 offset) const
+    {
+        return m_cache.segmentAt(m_text, offset);
+    }
+
     [[nodiscard]] std::optional<TextSegment> segmentBelow(const TextSegment &segment) const;
     [[nodiscard]] std::optional<TextSegment> segmentAbove(const TextSegment &segment) const;
     [[nodiscard]] int rowCountOf(const TextSegment &segment);

@@ -20,15 +20,14 @@ bool endsLine(const Text &text, const TextSegment &segment)
 /// Returns the segment that begins the row below the last one of `segment`.
 std::optional<TextSegment> TextViewport::segmentBelow(const TextSegment &segment) const
 {
-    if (style().wraps) {
-        if (segments::isLast(m_text, segment))
-            return std::nullopt;
-        return segments::next(m_text, segment);
-    }
+    if (segments::isLast(m_text, segment))
+        return std::nullopt;
+    if (style().wraps || segment.breakLength > 0)
+        return segmentAt(segment.nextStart());
     const TextLineBounds line = segments::lineAt(m_text, segment.lineStart);
     if (line.breakLength == 0)
         return std::nullopt;
-    return segments::at(m_text, line.nextStart());
+    return segmentAt(line.nextStart());
 }
 
 /// Returns the segment that begins the rows above, or when lines do not wrap the row above.
@@ -37,11 +36,11 @@ std::optional<TextSegment> TextViewport::segmentAbove(const TextSegment &segment
     if (style().wraps) {
         if (segments::isFirst(segment))
             return std::nullopt;
-        return segments::previous(m_text, segment);
+        return segmentAt(segment.start - 1);
     }
     if (segment.lineStart == 0)
         return std::nullopt;
-    return segments::at(m_text, segments::lineAt(m_text, segment.lineStart - 1).start);
+    return segmentAt(segmentAt(segment.lineStart - 1).lineStart);
 }
 
 int TextViewport::rowCountOf(const TextSegment &segment)
