@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace penwick {
 
@@ -66,7 +67,20 @@ void LineNumberGutter::followView()
     if (font() != m_view->font())
         setFont(m_view->font());
     updateWidth();
-    update();
+    if (std::exchange(m_willCompare, true))
+        return;
+    // Later, because the view may be in the middle of a change.
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            m_willCompare = false;
+            const qint64 caretLine = m_view->lineAt(m_view->caretOffset(), m_count);
+            std::vector<TextView::VisibleLine> lines = m_view->visibleLines(m_count);
+            if (std::exchange(m_caretLine, caretLine) != caretLine || lines != m_lines)
+                update();
+            m_lines = std::move(lines);
+        },
+        Qt::QueuedConnection);
 }
 
 void LineNumberGutter::updateWidth()

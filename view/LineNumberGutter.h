@@ -5,6 +5,7 @@
 #include <QWidget>
 
 #include <optional>
+#include <vector>
 
 namespace penwick {
 
@@ -47,6 +48,8 @@ protected:
     void wheelEvent(QWheelEvent *event) override;
 
 private:
+    /// Repaints, in a later turn of the event loop, if other lines are visible or the caret is in
+    /// another one.
     void followView();
     void updateWidth();
     void selectLines(QMouseEvent *event);
@@ -64,6 +67,9 @@ private:
     TextView::LineCount m_count;
     std::optional<qint64> m_errorLine;
     bool m_marksCurrentLine = false;
+    std::vector<TextView::VisibleLine> m_lines; // At the last comparison.
+    qint64 m_caretLine = 0;
+    bool m_willCompare = false;
 };
 
 } // namespace penwick

@@ -212,6 +212,8 @@ public:
         qint64 number = 0; ///< 0-based.
         qreal top = 0;     ///< Of its first row; above the viewport when that row is not visible.
         qreal bottom = 0;  ///< Of its last row that was laid out.
+
+        bool operator==(const VisibleLine &) const = default;
     };
 
     /// The lines with at least one visible row, top to bottom.

@@ -81,6 +81,30 @@ qint64 lineOf(const QString &text, qsizetype offset)
     return count;
 }
 
+/// Counts the paints of a widget.
+class PaintCount final : public QObject
+{
+public:
+    explicit PaintCount(QWidget *widget) { widget->installEventFilter(this); }
+
+    bool eventFilter(QObject * /*object*/, QEvent *event) override
+    {
+        m_count += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+
+    /// Paints what waits to be painted; returns the number of paints since the last call.
+    int take()
+    {
+        QCoreApplication::processEvents();
+        QCoreApplication::sendPostedEvents();
+        return std::exchange(m_count, 0);
+    }
+
+private:
+    int m_count = 0;
+};
+
 } // namespace
 
 class LineNumberGutterTest final : public QObject
@@ -98,6 +122,7 @@ private Q_SLOTS:
     void shiftClick_extendsTheSelection();
     void rightButton_isIgnored();
     void currentLine_isMarked();
+    void typing_paintsNumbersOnlyForANewLine();
 };
 
 void LineNumberGutterTest::numbers_allLineBreaks_countOnce()
@@ -223,6 +248,17 @@ void LineNumberGutterTest::currentLine_isMarked()
     f.gutter.setMarksCurrentLine(true);
     QVERIFY(colorOf(1) != colorOf(0));
     QCOMPARE(colorOf(2), colorOf(0));
+}
+
+void LineNumberGutterTest::typing_paintsNumbersOnlyForANewLine()
+{
+    Numbered f(u"a\nb\nc");
+    PaintCount paints(&f.gutter);
+    paints.take();
+    QTest::keyClicks(&f.view, u"x"_s);
+    QCOMPARE(paints.take(), 0);
+    QTest::keyClick(&f.view, Qt::Key_Return);
+    QCOMPARE(paints.take(), 1);
 }
 
 QTEST_MAIN(LineNumberGutterTest)
