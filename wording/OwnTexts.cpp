@@ -379,7 +379,7 @@ constexpr TextRow kTexts[] = {
     {u"preference.automatic", u"自動"},
     {u"preference.broken", u"設定ファイルの %1 の値は使えないため、既定値 (%2) で動いています"},
     {u"preference.changed", u"変更済み"},
-    {u"preference.columns", u"%1 文字"},
+    {u"preference.columns", u"%1 桁"},
     {u"preference.convertPastedLineEnds", u"貼り付けるテキストの改行を文書に合わせる"},
     {u"preference.file", u"設定ファイル: %1"},
     {u"preference.fontFamily", u"フォント"},

@@ -51,7 +51,7 @@ class Settings(journey.Journey):
         app.type("2")
         app.press("Return")
         self.wait_for_setting("tabWidth=2")
-        self.assertEqual(app.description(width), "既定値: 4 文字")
+        self.assertEqual(app.description(width), "既定値: 4 桁")
         # The toolkit names a combo box by its choice.
         self.go_to("tabkeyinserts", "combo box", "タブ")
         app.press("Down")
@@ -87,7 +87,7 @@ class Settings(journey.Journey):
         self.write_settings("zoom=150\ntabWidth=eight\nrecovery=false\n")
         app = self.start(self.write("memo.txt", "text"))
         self.open_settings()
-        app.wait_for("label", "設定ファイルの tabWidth の値は使えないため、既定値 (4 文字) で動いています")
+        app.wait_for("label", "設定ファイルの tabWidth の値は使えないため、既定値 (4 桁) で動いています")
         zoom = app.wait_for("spin button", "文字の拡大率")
         self.assertEqual(app.text_of(zoom), "150 %")
         app.click(app.wait_for("push button", "すべて既定値に戻す…"))

@@ -176,7 +176,7 @@ void PreferencesWindowTest::reset_clicked_removesTheSettingAndKeepsTheFocus()
     const World world("tabWidth=8\nzoom=120\n");
     QToolButton *button = world.resetButton("tabWidth");
     QVERIFY(button->isVisible());
-    QCOMPARE(button->toolTip(), u"既定値に戻す\n既定値: 4 文字"_s);
+    QCOMPARE(button->toolTip(), u"既定値に戻す\n既定値: 4 桁"_s);
     QCOMPARE(button->accessibleName(), u"「タブの幅」を既定値に戻す"_s);
     button->setFocus();
     QTest::keyClick(button, Qt::Key_Space);
