@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <functional>
 #include <unicode/uchar.h>
+#include <utility>
 
 namespace penwick {
 
@@ -27,11 +28,6 @@ LineSpan linesFor(Kind kind, const SelectedText &text)
     if (kind == Kind::MoveDown || (kind == Kind::Join && lines.count == 1))
         return {lines.first, lines.count + 1};
     return lines;
-}
-
-bool changesCharacters(Kind kind)
-{
-    return kind >= Kind::UpperCase;
 }
 
 /// The lines of a text that a command rewrites, and the new lines.
@@ -256,6 +252,20 @@ QString withoutBlanksAtEnd(QStringView line)
     return line.toString();
 }
 
+CharacterForm formOf(Kind kind)
+{
+    switch (kind) {
+    case Kind::LowerCase:
+        return CharacterForm::LowerCase;
+    case Kind::FullWidth:
+        return CharacterForm::FullWidth;
+    case Kind::HalfWidth:
+        return CharacterForm::HalfWidth;
+    default:
+        return CharacterForm::UpperCase;
+    }
+}
+
 std::optional<TextRewrite> changeCharacters(const SelectedText &text, CharacterForm form)
 {
     const TextRange range = text.selection();
@@ -270,6 +280,11 @@ std::optional<TextRewrite> changeCharacters(const SelectedText &text, CharacterF
 }
 
 } // namespace
+
+bool changesCharacters(Kind kind)
+{
+    return kind >= Kind::UpperCase;
+}
 
 bool canRewrite(Kind kind, const SelectedText &text)
 {
@@ -313,15 +328,38 @@ std::optional<TextRewrite> rewrite(Kind kind, const SelectedText &text, const In
     case Kind::Sort:
         return sort(text, lines);
     case Kind::UpperCase:
-        return changeCharacters(text, CharacterForm::UpperCase);
     case Kind::LowerCase:
-        return changeCharacters(text, CharacterForm::LowerCase);
     case Kind::FullWidth:
-        return changeCharacters(text, CharacterForm::FullWidth);
     case Kind::HalfWidth:
-        return changeCharacters(text, CharacterForm::HalfWidth);
+        return changeCharacters(text, formOf(kind));
     }
     return std::nullopt;
+}
+
+std::optional<RowsRewrite> rewriteRows(Kind kind, const Text &text, const ColumnSelection &columns)
+{
+    TextRectangle rectangle = columns.rectangle(text);
+    const auto before = textOf(text, rectangle, columns.tabWidth());
+    if (!before)
+        return std::nullopt;
+    QString after = withForm(*before, formOf(kind));
+    if (Text(after) == *before)
+        return std::nullopt;
+    const qint64 count = columns.lines().count;
+    const LineBlock rows(std::move(after), count);
+    const auto contentAt = [&rows](qint64 row) {
+        return rows.lines().at(static_cast<std::size_t>(row)).content;
+    };
+    const auto change = columns.insertRows(text, {count, contentAt});
+    if (!change)
+        return std::nullopt;
+    qint64 width = 0; // Characters may have become wider or narrower.
+    for (qint64 row = 0; row < count; ++row)
+        width = std::max(width, columnAfter(contentAt(row), columns.tabWidth()));
+    const bool isForward = rectangle.anchor.column <= rectangle.caret.column;
+    ColumnPlace &right = isForward ? rectangle.caret : rectangle.anchor;
+    right.column = rectangle.left() + width;
+    return RowsRewrite{*change, rectangle};
 }
 
 } // namespace penwick

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "lines/ColumnSelection.h"
 #include "lines/Indentation.h"
 #include "text/SelectedText.h"
 
@@ -37,6 +38,9 @@ struct TextRewrite
     qint64 caret = 0;
 };
 
+/// True for the commands from `UpperCase` on.
+[[nodiscard]] bool changesCharacters(TextChangeKind kind);
+
 /// False where `rewrite` cannot change anything, such as moving the first line up, and for more
 /// than 2^28 units. O(log n).
 [[nodiscard]] bool canRewrite(TextChangeKind kind, const SelectedText &text);
@@ -45,5 +49,17 @@ struct TextRewrite
 /// and sorting exchange what is between them. Time and memory grow with the selected part only.
 [[nodiscard]] std::optional<TextRewrite>
 rewrite(TextChangeKind kind, const SelectedText &text, const Indentation &style);
+
+/// What a command makes of the rows of a rectangle, and the rectangle that covers them afterwards.
+struct RowsRewrite
+{
+    RowsChange change;
+    TextRectangle rectangle;
+};
+
+/// The same for a command that changes characters, in each row of a rectangle. `columns` is one of
+/// `text`.
+[[nodiscard]] std::optional<RowsRewrite>
+rewriteRows(TextChangeKind kind, const Text &text, const ColumnSelection &columns);
 
 } // namespace penwick

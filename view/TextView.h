@@ -95,6 +95,12 @@ public:
     /// other selection and any edit from outside end it.
     [[nodiscard]] const ColumnSelection *columns() const { return m_selection.columns(); }
 
+    /// Selects a rectangle of lines that the text has. Does not scroll.
+    void selectRectangle(const TextRectangle &rectangle)
+    {
+        m_selection.selectRectangle(rectangle, TextSelection::Scroll::Stay);
+    }
+
     /// The moving end of the selection, where the caret is drawn.
     [[nodiscard]] qint64 caretOffset() const { return m_selection.caret().offset; }
 

@@ -74,6 +74,8 @@ void LineEndCommands::extendMenu(QMenu *menu)
 
 TextRange LineEndCommands::wholeOrSelection() const
 {
+    if (const ColumnSelection *columns = m_view->columns())
+        return rangeOf(m_view->string(), columns->lines());
     const TextRange selected = m_view->selectedRange();
     return selected.isEmpty() ? TextRange{0, m_view->string().size()} : selected;
 }

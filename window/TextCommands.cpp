@@ -87,22 +87,46 @@ std::optional<Kind> TextCommands::kindOf(CommandId id)
 
 SelectedText TextCommands::selectedText() const
 {
-    return {m_view->string(), m_view->anchorOffset(), m_view->caretOffset()};
+    const Text &text = m_view->string();
+    if (const ColumnSelection *columns = m_view->columns()) {
+        const TextRange lines = rangeOf(text, columns->lines());
+        return {text, lines.location, lines.end()};
+    }
+    return {text, m_view->anchorOffset(), m_view->caretOffset()};
 }
 
 bool TextCommands::canPerform(Kind kind) const
 {
-    return canRewrite(kind, selectedText());
+    const ColumnSelection *columns = m_view->columns();
+    return canRewrite(kind, selectedText()) &&
+           (columns == nullptr || !columns->isEmpty() || !changesCharacters(kind));
 }
 
 void TextCommands::perform(Kind kind)
 {
     m_view->commitMarkedText();
-    const SelectedText text = selectedText();
-    if (!canRewrite(kind, text))
+    if (!canPerform(kind))
         return;
-    const auto work = [this, kind, text, style = m_view->indentation()](const auto & /*stop*/) {
-        return [this, text, change = rewrite(kind, text, style)] { apply(text, change); };
+    if (const ColumnSelection *columns = m_view->columns(); columns && changesCharacters(kind))
+        return performInRows(kind, *columns);
+    const auto work =
+        [this, kind, text = selectedText(), style = m_view->indentation()](const auto & /*stop*/) {
+            return [this, text, change = rewrite(kind, text, style)] { apply(text, change); };
+        };
+    m_task.start(work, m_wait);
+}
+
+void TextCommands::performInRows(Kind kind, const ColumnSelection &columns)
+{
+    const auto work = [this, kind, text = m_view->string(), columns](const auto & /*stop*/) {
+        return [this, text, change = rewriteRows(kind, text, columns)] {
+            if (!change || !m_view->string().isSameValue(text))
+                return;
+            const auto select = [this, &change] { m_view->selectRectangle(change->rectangle); };
+            const bool hasColumns = m_view->columns() != nullptr;
+            const auto &[range, replacement, caret] = change->change;
+            m_view->replaceText(range, replacement, hasColumns ? select : std::function<void()>());
+        };
     };
     m_task.start(work, m_wait);
 }

@@ -40,7 +40,9 @@ public:
 private:
     static constexpr int kDefaultWait = 50; // Enough for some megabytes.
 
+    /// With a rectangle, its lines are selected.
     [[nodiscard]] SelectedText selectedText() const;
+    void performInRows(TextChangeKind kind, const ColumnSelection &columns);
     void apply(const SelectedText &before, const std::optional<TextRewrite> &change);
 
     TextView *m_view;

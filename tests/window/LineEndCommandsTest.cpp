@@ -23,6 +23,7 @@ private Q_SLOTS:
     void convert_wholeText_isOneUndoStepAndKeepsTheCaret_data();
     void convert_wholeText_isOneUndoStepAndKeepsTheCaret();
     void convert_selection_leavesTheRest();
+    void convert_rectangle_takesItsLines();
     void convert_selectionBesideALoneCr_keepsTheNumberOfLines();
     void convert_uniformText_registersNoUndoStep();
     void convert_whileComposing_discardsNoText();
@@ -121,6 +122,14 @@ void LineEndCommandsTest::convert_selection_leavesTheRest()
     f.shown.view.undo();
     QCOMPARE(f.shown.text(), u"one\ntwo\nthree\nfour\n"_s);
     QCOMPARE(f.shown.view.selectedRange(), (TextRange{5, 4}));
+}
+
+void LineEndCommandsTest::convert_rectangle_takesItsLines()
+{
+    Commanded f(u"one\ntwo\nthree\nfour\n");
+    f.shown.view.selectRectangle({{1, 1}, {2, 2}});
+    f.commands->convert(LineEnd::CrLf);
+    QTRY_COMPARE(f.shown.text(), u"one\ntwo\r\nthree\r\nfour\n"_s);
 }
 
 void LineEndCommandsTest::convert_selectionBesideALoneCr_keepsTheNumberOfLines()

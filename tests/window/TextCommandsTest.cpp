@@ -20,6 +20,10 @@ private Q_SLOTS:
     void perform_nothingToChange_registersNoUndoStep();
     void perform_largeTextEditedMeanwhile_isDropped();
     void perform_beyondTheScreen_showsTheCaret();
+    void rectangle_lineCommandsTakeItsLines();
+    void rectangle_charactersOfEachRowChange_data();
+    void rectangle_charactersOfEachRowChange();
+    void rectangle_withoutWidth_hasNoCharacters();
     void settings_data();
     void settings();
     void settings_changeWhatTheKeysInsert();
@@ -165,6 +169,59 @@ void TextCommandsTest::perform_beyondTheScreen_showsTheCaret()
     QCOMPARE(f.shown.view.caretOffset(), 1000);
     const QRectF caret = f.shown.view.caretRectAt(1000);
     QVERIFY(QRectF(f.shown.view.viewport()->rect()).contains(caret));
+}
+
+void TextCommandsTest::rectangle_lineCommandsTakeItsLines()
+{
+    Commanded f(u"c1\nb2\na3\nx");
+    f.shown.view.selectRectangle({{0, 0}, {2, 1}});
+    f.commands->perform(TextChangeKind::Sort);
+    QTRY_COMPARE(f.shown.text(), u"a3\nb2\nc1\nx"_s);
+    f.shown.view.undo();
+    QCOMPARE(f.shown.text(), u"c1\nb2\na3\nx"_s);
+}
+
+void TextCommandsTest::rectangle_charactersOfEachRowChange_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<TextChangeKind>("kind");
+    QTest::addColumn<QString>("expected");
+    QTest::addColumn<QString>("selected");
+    QTest::newRow("upper case") << u"abcd\r\nefgh\nij"_s << TextChangeKind::UpperCase
+                                << u"aBCd\r\neFGh\niJ"_s << u"BC\nFG\nJ"_s;
+    QTest::newRow("a short line stays")
+        << u"abcd\n\nijkl"_s << TextChangeKind::UpperCase << u"aBCd\n\niJKl"_s << u"BC\n\nJK"_s;
+    QTest::newRow("wider") << u"abcd\nefgh\nijkl"_s << TextChangeKind::FullWidth
+                           << u"aｂｃd\neｆｇh\niｊｋl"_s << u"ｂｃ\nｆｇ\nｊｋ"_s;
+    QTest::newRow("narrower") << u"aｂd\neｆh\niｊl"_s << TextChangeKind::HalfWidth
+                              << u"abd\nefh\nijl"_s << u"b\nf\nj"_s;
+}
+
+void TextCommandsTest::rectangle_charactersOfEachRowChange()
+{
+    QFETCH(QString, text);
+    QFETCH(TextChangeKind, kind);
+    QFETCH(QString, expected);
+    QFETCH(QString, selected);
+    Commanded f(text);
+    TextView &view = f.shown.view;
+    view.selectRectangle({{0, 1}, {2, 3}});
+    QVERIFY(f.commands->canPerform(kind));
+    f.commands->perform(kind);
+    QTRY_COMPARE(f.shown.text(), expected);
+    QVERIFY(view.columns() != nullptr);
+    const TextRectangle rectangle = view.columns()->rectangle(view.string());
+    QCOMPARE(textOf(view.string(), rectangle, 4)->toString(), selected);
+    view.undo();
+    QCOMPARE(f.shown.text(), text);
+}
+
+void TextCommandsTest::rectangle_withoutWidth_hasNoCharacters()
+{
+    Commanded f(u"abc\ndef"_s);
+    f.shown.view.selectRectangle({{0, 1}, {1, 1}});
+    QVERIFY(!f.commands->canPerform(TextChangeKind::UpperCase));
+    QVERIFY(f.commands->canPerform(TextChangeKind::Sort));
 }
 
 void TextCommandsTest::settings_data()
