@@ -2,6 +2,7 @@
 
 #include "platform/files/FileDescriptor.h"
 #include "platform/files/FileWriter.h"
+#include "platform/process/SpawnTexts.h"
 
 #include <QByteArrayList>
 #include <QFile>
@@ -57,16 +58,6 @@ std::vector<std::string> environment()
         if (std::strncmp(*variable, "LC_ALL=", 7) != 0)
             variables.emplace_back(*variable);
     return variables;
-}
-
-std::vector<char *> pointersTo(std::vector<std::string> &texts)
-{
-    std::vector<char *> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (std::string &text : texts)
-        pointers.push_back(text.data());
-    pointers.push_back(nullptr);
-    return pointers;
 }
 
 /// Runs `diff` and returns its exit status; 127 when it cannot be started.

@@ -1,5 +1,7 @@
 #include "macro/script/HostProcess.h"
 
+#include "platform/process/SpawnTexts.h"
+
 #include <QFile>
 
 #include <algorithm>
@@ -48,16 +50,6 @@ std::vector<std::string> hostEnvironment(const QByteArray &timeZone)
             environment.push_back(std::string(name) + '=' + value);
     }
     return environment;
-}
-
-std::vector<char *> pointersTo(std::vector<std::string> &texts)
-{
-    std::vector<char *> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (std::string &text : texts)
-        pointers.push_back(text.data());
-    pointers.push_back(nullptr);
-    return pointers;
 }
 
 /// Duplicates the descriptor to a number that the new process does not use. Not open when `file` is
