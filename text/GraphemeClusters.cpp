@@ -50,23 +50,26 @@ bool mayContinueBehindMark(UGraphemeClusterBreak mark, char32_t codePoint)
 
 /// Returns the simple code units: characters of class Other or Control. A cluster ends between any
 /// two of them, except in CR LF. Surrogates are not simple; ICU's iterator handles them.
-std::unique_ptr<SimpleSet> makeSimpleSet()
+SimpleSet makeSimpleSet()
 {
-    auto set = std::make_unique<SimpleSet>();
+    SimpleSet set;
     for (std::size_t unit = 0; unit < kBasicPlaneSize; ++unit) {
         if (U16_IS_SURROGATE(unit))
             continue;
         const UGraphemeClusterBreak value = breakClass(static_cast<char32_t>(unit));
         if (value == U_GCB_OTHER || isControl(value))
-            set->set(unit);
+            set.set(unit);
     }
     return set;
 }
 
 const SimpleSet &simpleSet()
 {
-    static const std::unique_ptr<SimpleSet> set = makeSimpleSet();
-    return *set;
+    // Several threads read it for every character. In a cache line with memory that one of them
+    // writes to, that would be slow.
+    constexpr std::size_t kCacheLine = 64;
+    alignas(kCacheLine) static const SimpleSet set = makeSimpleSet();
+    return set;
 }
 
 /// ICU's character iterator over one text at a time. One per thread: opening one is expensive.
