@@ -18,9 +18,10 @@ read(TextDocument &document, const QString &path, const TransferLimits &limits)
         return document.readFromFile(path);
     if (!startsAsText(path))
         return tl::unexpected(kUnsupportedContent);
-    document.startReading(path);
+    const bool pauses = info.size() >= limits.pausedBytes;
+    document.startReading(path, pauses ? limits.pause : std::chrono::milliseconds{});
     document.waitForText(limits.firstText);
-    if (limits.reading.count() > 0) {
+    if (!pauses && limits.reading.count() > 0) {
         if (const auto outcome = document.waitForTransfer(limits.reading))
             return *outcome;
     }

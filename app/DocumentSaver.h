@@ -21,7 +21,12 @@ struct TransferLimits
     /// How long to wait for the first text of a larger file before its window opens without text.
     std::chrono::milliseconds firstText{100};
     /// How long to wait then for the rest before its window opens with what has been read.
-    std::chrono::milliseconds reading{5};
+    std::chrono::milliseconds reading{10};
+    /// The reading of files with at least so many bytes pauses behind the first text until it has
+    /// been painted, so that decoding does not take the processor from the window.
+    qint64 pausedBytes = 4'000'000;
+    /// How long it pauses at most, should the text never be painted.
+    std::chrono::milliseconds pause{200};
     /// How long a caller that needs a save to end waits before a dialog shows the save.
     std::chrono::milliseconds saving{200};
 };

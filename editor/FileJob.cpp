@@ -2,10 +2,14 @@
 
 namespace penwick {
 
-FileJob::FileJob(const Work &work, QObject *parent)
+FileJob::FileJob(const Work &work, std::chrono::milliseconds longestPause, QObject *parent)
     : QObject(parent)
+    , m_progress(longestPause)
     , m_worker([this, work] { return work(m_progress); },
-               [this, work] { return work(m_progress); },
+               [this, work] {
+                   m_progress.resume();
+                   return work(m_progress);
+               },
                [this] { Q_EMIT finished(); })
 {
 }

@@ -20,9 +20,13 @@ class FileJob final : public QObject
 public:
     using Work = std::function<TransferOutcome(TransferProgress &)>;
 
-    /// Starts the work. If the system can start no thread, the work runs before this returns.
+    /// Starts the work. If the system can start no thread, the work runs before this returns, and
+    /// does not pause.
     /// \param work must not throw.
-    explicit FileJob(const Work &work, QObject *parent = nullptr);
+    /// \param longestPause see `TransferProgress`.
+    explicit FileJob(const Work &work,
+                     std::chrono::milliseconds longestPause = {},
+                     QObject *parent = nullptr);
     ~FileJob() override;
 
     [[nodiscard]] TransferProgress &progress() { return m_progress; }

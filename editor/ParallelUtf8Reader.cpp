@@ -55,11 +55,8 @@ unsigned ParallelUtf8Reader::usefulThreads()
 bool ParallelUtf8Reader::append(QByteArrayView block)
 {
     m_pending.append(block);
-    const auto size = [this] {
-        return m_count == 0 ? std::min(kFirstPiece, m_pieceSize) : m_pieceSize;
-    };
-    while (m_pending.size() >= size()) {
-        const qsizetype end = pieceEnd(QByteArrayView(m_pending).first(size()));
+    while (m_pending.size() >= nextPieceSize()) {
+        const qsizetype end = pieceEnd(QByteArrayView(m_pending).first(nextPieceSize()));
         QByteArray rest;
         rest.reserve(m_pieceSize + block.size());
         rest.append(QByteArrayView(m_pending).sliced(end));
@@ -70,13 +67,19 @@ bool ParallelUtf8Reader::append(QByteArrayView block)
     return !m_isInvalid && !m_lacksMemory;
 }
 
+qsizetype ParallelUtf8Reader::nextPieceSize() const
+{
+    constexpr std::size_t kLongestShift = 8; // Pieces have their full length by then.
+    return std::min(kFirstPiece << std::min(m_count, kLongestShift), m_pieceSize);
+}
+
 void ParallelUtf8Reader::submit(QByteArray bytes)
 {
     Piece piece{m_count++, std::move(bytes)};
-    if (m_threads.size() < m_mostThreads)
+    if (piece.index > 0 && m_threads.size() < m_mostThreads)
         startThread();
     if (m_threads.empty())
-        return decode(piece);
+        return tryToDecode(piece);
     std::unique_lock lock(m_mutex);
     m_isRoom.wait(lock, [this] { return m_waiting.size() < m_threads.size(); });
     m_waiting.push_back(std::move(piece));
@@ -95,13 +98,17 @@ void ParallelUtf8Reader::startThread()
 
 void ParallelUtf8Reader::decodePieces()
 {
-    while (const auto piece = take()) {
-        try {
-            decode(*piece);
-        } catch (const std::bad_alloc &) {
-            const std::lock_guard lock(m_mutex);
-            m_lacksMemory = true;
-        }
+    while (const auto piece = take())
+        tryToDecode(*piece);
+}
+
+void ParallelUtf8Reader::tryToDecode(const Piece &piece)
+{
+    try {
+        decode(piece);
+    } catch (const std::bad_alloc &) {
+        const std::lock_guard lock(m_mutex);
+        m_lacksMemory = true;
     }
 }
 

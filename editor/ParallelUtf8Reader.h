@@ -21,7 +21,9 @@ class ParallelUtf8Reader final
 {
 public:
     static constexpr qsizetype kPiece = qsizetype{1} << 21; // Bytes.
-    static constexpr qsizetype kFirstPiece = kPiece / 2;    // Decoded soon: it can be shown.
+    /// The first piece is decoded before `append` returns, since it can be shown. Each of the next
+    /// ones is twice as long as the one before it, until they have their full length.
+    static constexpr qsizetype kFirstPiece = kPiece / 8;
 
     /// Receives the start of the text, each time that more of it is decoded. Called from one thread
     /// at a time, which need not be the one that uses the reader.
@@ -52,9 +54,11 @@ private:
     };
 
     [[nodiscard]] static unsigned usefulThreads();
+    [[nodiscard]] qsizetype nextPieceSize() const;
     void submit(QByteArray bytes);
     void startThread();
     void decodePieces();
+    void tryToDecode(const Piece &piece);
     void decode(const Piece &piece);
     void joinDecoded();
     void stop();

@@ -104,13 +104,19 @@ void TextDocument::adoptFileText(const StoredText &stored)
     m_storage->setSavePoint();
 }
 
-void TextDocument::startReading(const QString &absolutePath)
+void TextDocument::startReading(const QString &absolutePath, std::chrono::milliseconds longestPause)
 {
     Q_ASSERT(m_job == nullptr);
-    m_job = std::make_unique<FileJob>([absolutePath](TransferProgress &progress) {
-        return readTextFile(absolutePath, progress);
-    });
+    m_job = std::make_unique<FileJob>(
+        [absolutePath](TransferProgress &progress) { return readTextFile(absolutePath, progress); },
+        longestPause);
     start(Transfer::Reading, absolutePath);
+}
+
+void TextDocument::resumeReading()
+{
+    if (m_job != nullptr)
+        m_job->progress().resume();
 }
 
 void TextDocument::startWriting(const QString &absolutePath)

@@ -90,7 +90,12 @@ public:
 
     /// Does the same as `readFromFile` by a transfer, whose end `transferEnded` reports. Call it
     /// only while no other transfer is running.
-    void startReading(const QString &absolutePath);
+    /// \param longestPause for this long at most, the reading pauses when it has the start of the
+    ///        text, until `resumeReading` is called.
+    void startReading(const QString &absolutePath, std::chrono::milliseconds longestPause = {});
+
+    /// Ends the pause of the reading. Does nothing when nothing is being read or it does not pause.
+    void resumeReading();
 
     /// Does the same as `writeToFile` by a transfer. It writes a snapshot of the text: edits made
     /// meanwhile leave the document edited. Call it only while no other transfer is running.

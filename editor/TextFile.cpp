@@ -26,7 +26,10 @@ TransferOutcome readOnce(const QString &path, TransferProgress &progress)
     ParallelUtf8Reader reader([&progress](const Text &text) { progress.setReadSoFar(text); });
     const auto read = readFileInBlocks(path, [&](QByteArrayView block) {
         progress.advance(block.size());
-        return !progress.isCancelled() && reader.append(block);
+        const bool isRead = !progress.isCancelled() && reader.append(block);
+        if (isRead && progress.done() >= ParallelUtf8Reader::kFirstPiece)
+            progress.pause();
+        return isRead;
     });
     // The reader stops at an invalid byte, which is reported as a cancellation but is no
     // file system error.

@@ -7,6 +7,8 @@
 #include <QString>
 
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <mutex>
 #include <optional>
 #include <tl/expected.hpp>
@@ -18,6 +20,12 @@ namespace penwick {
 class TransferProgress final
 {
 public:
+    /// \param longestPause a load pauses for so long at most when it has the start of the text.
+    explicit TransferProgress(std::chrono::milliseconds longestPause = {})
+        : m_longestPause(longestPause)
+    {
+    }
+
     /// Bytes transferred so far.
     [[nodiscard]] qint64 done() const { return m_done.load(std::memory_order_relaxed); }
 
@@ -29,7 +37,11 @@ public:
     void advance(qint64 bytes) { m_done.fetch_add(bytes, std::memory_order_relaxed); }
 
     /// Makes the work stop at its next block. It may have completed by then.
-    void cancel() { m_isCancelled.store(true, std::memory_order_relaxed); }
+    void cancel()
+    {
+        m_isCancelled.store(true, std::memory_order_relaxed);
+        resume();
+    }
 
     [[nodiscard]] bool isCancelled() const { return m_isCancelled.load(std::memory_order_relaxed); }
 
@@ -46,12 +58,31 @@ public:
         m_readSoFar = text;
     }
 
+    /// Ends the pause of a load, or prevents it.
+    void resume()
+    {
+        const std::lock_guard lock(m_mutex);
+        m_longestPause = {};
+        m_resumed.notify_all();
+    }
+
+    /// Waits until `resume` or `cancel` has been called, but no longer than the longest pause in
+    /// all. For the worker.
+    void pause()
+    {
+        std::unique_lock lock(m_mutex);
+        m_resumed.wait_for(lock, m_longestPause, [this] { return m_longestPause.count() == 0; });
+        m_longestPause = {};
+    }
+
 private:
     std::atomic<qint64> m_done{0};
     std::atomic<qint64> m_total{0};
     std::atomic<bool> m_isCancelled{false};
     mutable std::mutex m_mutex; // Protects the following.
     Text m_readSoFar;
+    std::chrono::milliseconds m_longestPause;
+    std::condition_variable m_resumed;
 };
 
 /// A text and the state of the file that holds it.

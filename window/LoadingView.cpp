@@ -51,6 +51,8 @@ LoadingView::LoadingView(TextDocument *document, DocumentState *state, QWidget *
     connect(&m_timer, &QTimer::timeout, this, &LoadingView::refresh);
     m_timer.start(kRefreshInterval);
     refresh();
+    if (m_start == nullptr)
+        resumeReading(); // The first text may come long before the timer shows it.
 }
 
 TextView *LoadingView::textView() const
@@ -83,6 +85,7 @@ void LoadingView::showStart(const Text &text)
     delete layout()->replaceWidget(m_paper, m_start);
     delete m_paper;
     m_paper = nullptr;
+    textView()->viewport()->installEventFilter(this);
     // It asks for an edit.
     m_status->findChild<LineEndMark *>()->setEnabled(false);
     setFocusProxy(m_start);
@@ -94,6 +97,28 @@ void LoadingView::showStatus()
     const bool hasMessage = !m_state.isNull() && m_state->macroNotificationMessage().has_value();
     m_status->setVisible(hasMessage || m_start != nullptr);
     m_divider->setVisible(m_start != nullptr);
+}
+
+bool LoadingView::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Paint) {
+        watched->removeEventFilter(this);
+        // In a later turn of the event loop, when the painted text is on the screen.
+        QMetaObject::invokeMethod(this, &LoadingView::resumeReading, Qt::QueuedConnection);
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void LoadingView::hideEvent(QHideEvent *event)
+{
+    resumeReading();
+    QWidget::hideEvent(event);
+}
+
+void LoadingView::resumeReading()
+{
+    if (!m_document.isNull())
+        m_document->resumeReading();
 }
 
 void LoadingView::keyPressEvent(QKeyEvent *event)

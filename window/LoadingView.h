@@ -18,7 +18,8 @@ class TextViewRepresentable;
 /// has been read, below it the progress, and the status bar, as they stand in a `MainEditorView`.
 /// The text can be scrolled, selected and copied. Before there is any, the background of an empty
 /// text stands there, and below it the state's message, if it has one. Escape cancels the load, as
-/// the button does.
+/// the button does. A reading that pauses goes on when the text has been painted or the view is
+/// hidden.
 class LoadingView final : public QWidget
 {
     Q_OBJECT
@@ -34,11 +35,14 @@ public:
     [[nodiscard]] TextView *textView() const;
 
 protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
     void showStart(const Text &text);
     void showStatus();
+    void resumeReading();
 
     QPointer<TextDocument> m_document;
     QPointer<DocumentState> m_state;

@@ -336,8 +336,9 @@ void FirstPageTest::tabClosed_afterThePage_isCancelled()
 
 void FirstPageTest::quickFile_isShownWhole()
 {
-    m_documents->setTransferLimits(
-        {.directBytes = 1, .reading = std::chrono::milliseconds(test::kLongWait)});
+    m_documents->setTransferLimits({.directBytes = 1,
+                                    .reading = std::chrono::milliseconds(test::kLongWait),
+                                    .pausedBytes = m_large.size() + 1});
     test::HeldReading::release();
     QVERIFY(m_documents->openFile(m_home->write(u"a.txt"_s, m_large)));
     QVERIFY(loading() == nullptr);

@@ -73,6 +73,7 @@ private Q_SLOTS:
         DocumentController documents;
         documents.setTransferLimits({.directBytes = 1,
                                      .reading = std::chrono::milliseconds(test::kLongWait),
+                                     .pausedBytes = 1'000'000'000,
                                      .saving = std::chrono::milliseconds(0)});
         documents.openFile(home.write(u"a.txt"_s, QByteArray(20'000'000, 'x')));
         const auto controller = documents.windowControllers().last();

@@ -1,5 +1,6 @@
 #include "editor/TextDocument.h"
 
+#include "editor/ParallelUtf8Reader.h"
 #include "support/FileSizeLimit.h"
 #include "support/HugeText.h"
 #include "support/Waits.h"
@@ -21,6 +22,11 @@ using test::hugeText;
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr std::chrono::hours kForever{1};
+
+/// 3 MB. The first piece of it ends with a whole line.
+const QByteArray kLarge = QByteArray("行\n").repeated(750'000);
 
 void writeBytes(const QString &path, const QByteArray &bytes)
 {
@@ -74,6 +80,12 @@ private Q_SLOTS:
     void reading_invalidLastByte_failsAsAWhole();
     void reading_cancelled_leavesTheDocument();
     void reading_documentDestroyed_isCancelled();
+    void pausedReading_resumed_isRead();
+    void pausedReading_resumedBeforeItPauses_isRead();
+    void pausedReading_timePassed_isRead();
+    void pausedReading_cancelled_ends();
+    void pausedReading_documentDestroyed_ends();
+    void pausedReading_invalidStart_failsAtOnce();
     void writing_editedMeanwhile_writesTheTextOfItsStart();
     void writing_cancelled_keepsTheOldFile();
     void writing_noSpace_keepsTheOldFile();
@@ -81,6 +93,7 @@ private Q_SLOTS:
     void waiting_forATransfer_reportsItsEndOnce();
 
 private:
+    void startPausedReading(TextDocument &document);
     /// Waits for the end of the document's transfer, and returns its error.
     static std::optional<DocumentError> endOf(TextDocument &document);
 
@@ -368,6 +381,74 @@ void TextDocumentTest::reading_documentDestroyed_isCancelled()
     QVERIFY(!isOpenHere(path(u"a.txt"_s)));
     QCoreApplication::processEvents();
     QCOMPARE(ended.count(), 0);
+}
+
+/// Starts to read 3 MB with a pause that only the test ends.
+void TextDocumentTest::startPausedReading(TextDocument &document)
+{
+    writeBytes(path(u"a.txt"_s), kLarge);
+    document.startReading(path(u"a.txt"_s), kForever);
+    document.waitForText(std::chrono::milliseconds(test::kLongWait));
+    QVERIFY(!document.readSoFar().isEmpty());
+}
+
+void TextDocumentTest::pausedReading_resumed_isRead()
+{
+    using namespace std::chrono_literals;
+    TextDocument document;
+    startPausedReading(document);
+    // Reading takes some milliseconds only.
+    QVERIFY(!document.waitForTransfer(300ms).has_value());
+    QCOMPARE(document.readSoFar().toUtf8(), kLarge.first(ParallelUtf8Reader::kFirstPiece));
+    document.resumeReading();
+    QVERIFY(!endOf(document).has_value());
+    QVERIFY(document.contentString().toUtf8() == kLarge);
+}
+
+void TextDocumentTest::pausedReading_resumedBeforeItPauses_isRead()
+{
+    writeBytes(path(u"a.txt"_s), kLarge);
+    TextDocument document;
+    document.startReading(path(u"a.txt"_s), kForever);
+    document.resumeReading();
+    QVERIFY(!endOf(document).has_value());
+    QVERIFY(document.contentString().toUtf8() == kLarge);
+}
+
+void TextDocumentTest::pausedReading_timePassed_isRead()
+{
+    using namespace std::chrono_literals;
+    writeBytes(path(u"a.txt"_s), kLarge);
+    TextDocument document;
+    document.startReading(path(u"a.txt"_s), 1ms);
+    QVERIFY(!endOf(document).has_value());
+    QVERIFY(document.contentString().toUtf8() == kLarge);
+}
+
+void TextDocumentTest::pausedReading_cancelled_ends()
+{
+    TextDocument document;
+    startPausedReading(document);
+    document.cancelTransfer();
+    const auto error = endOf(document);
+    QVERIFY(error.has_value() && error->isCancellation());
+    QVERIFY(document.contentString().isEmpty());
+}
+
+void TextDocumentTest::pausedReading_documentDestroyed_ends()
+{
+    auto document = std::make_unique<TextDocument>();
+    startPausedReading(*document);
+    document.reset(); // Waits for the thread.
+    QVERIFY(!isOpenHere(path(u"a.txt"_s)));
+}
+
+void TextDocumentTest::pausedReading_invalidStart_failsAtOnce()
+{
+    writeBytes(path(u"a.txt"_s), '\xFF' + kLarge);
+    TextDocument document;
+    document.startReading(path(u"a.txt"_s), kForever);
+    QVERIFY(endOf(document) == kUnsupportedContent);
 }
 
 void TextDocumentTest::writing_editedMeanwhile_writesTheTextOfItsStart()
