@@ -46,8 +46,8 @@ DocumentController::~DocumentController()
 {
     // The tabs are destroyed one by one; ignore the changes of the current tab that result. Keep
     // all other connections: the toolkit must learn when a window is destroyed.
-    for (const auto &window : m_documents.windows())
-        disconnect(window.get(), &EditorWindow::currentTabChanged, nullptr, nullptr);
+    for (const auto &controller : m_documents.controllers())
+        disconnect(controller->window(), &EditorWindow::currentTabChanged, nullptr, nullptr);
 }
 
 DocumentController::WindowController DocumentController::controllerOf(const QWidget *window) const

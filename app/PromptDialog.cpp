@@ -16,7 +16,7 @@ namespace {
 
 constexpr QSize kFieldSize(200, 24);
 
-QLabel *makeLabel(const QString &text, QWidget *buddy = nullptr)
+QLabel *makePromptLabel(const QString &text, QWidget *buddy = nullptr)
 {
     auto *label = new QLabel;
     label->setBuddy(buddy);
@@ -41,11 +41,11 @@ PromptDialog::PromptDialog(const QString &message, QWidget *field, QWidget *pare
     setWindowTitle(title);
     setModal(true);
 
-    QLabel *titleLabel = makeLabel(title);
+    QLabel *titleLabel = makePromptLabel(title);
     QFont bold = titleLabel->font();
     bold.setBold(true);
     titleLabel->setFont(bold);
-    QLabel *messageLabel = makeLabel(message, field);
+    QLabel *messageLabel = makePromptLabel(message, field);
     field->setAccessibleName(message);
     field->setMinimumSize(kFieldSize);
 

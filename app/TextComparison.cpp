@@ -22,7 +22,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QSize kSize(720, 480);
+constexpr QSize kComparisonSize(720, 480);
 constexpr int kFontPixels = 14;
 constexpr qsizetype kMostBytes = 1'000'000; // More than anybody reads.
 
@@ -135,7 +135,7 @@ void showComparison(QWidget *parent, const QString &name, const QString &compari
     auto *layout = new QVBoxLayout(dialog);
     layout->addWidget(view);
     layout->addWidget(buttons);
-    dialog->resize(kSize);
+    dialog->resize(kComparisonSize);
     dialog->open();
 }
 

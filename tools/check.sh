@@ -14,26 +14,27 @@ check_format() {
 }
 
 # Runs clang-tidy with the checks of .clang-tidy, changed by $1. It spends most of its time per file on the
-# declarations in Qt's headers, so it gets files that include several sources of a target (unity build).
-# Therefore names in the unnamed namespaces of a target must differ.
+# declarations in Qt's headers: a file with all sources of a target (unity build) takes hardly longer than one
+# with a few. Therefore names in the unnamed namespaces of a target must differ. At the lowest priority, it does
+# not slow down the tests that run beside it.
 run_tidy() {
     local all
     all=$(IFS='|'; echo "${folders[*]}")
     cmake --preset release -B build/tidy -DCMAKE_CXX_COMPILER=clang++ -DPENWICK_TESTS=OFF \
         -DPENWICK_BENCH=ON -DCMAKE_UNITY_BUILD=ON \
-        -DCMAKE_UNITY_BUILD_BATCH_SIZE=8 -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON -DCMAKE_AUTOMOC=OFF >/dev/null
+        -DCMAKE_UNITY_BUILD_BATCH_SIZE=0 -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON -DCMAKE_AUTOMOC=OFF >/dev/null
     # run-clang-tidy succeeds when it finds no file.
     if ! grep -qE "/build/tidy/($all)/.*/Unity/" build/tidy/compile_commands.json; then
         echo "check.sh: there is no source to check" >&2
         return 1
     fi
-    run-clang-tidy -quiet -p build/tidy -header-filter "/($all)/[^.]*\.(h|cpp)$" \
+    nice -n 19 run-clang-tidy -quiet -p build/tidy -header-filter "/($all)/[^.]*\.(h|cpp)$" \
         -checks="-bugprone-suspicious-include,$1" "/build/tidy/($all)/.*/Unity/"
 }
 
 # Nothing else in ./test compiles the benchmarks; the check that is named only has to be a quick one.
 compile_bench() {
-    run-clang-tidy -quiet -p build/tidy -checks="-*,bugprone-use-after-move" "/build/tidy/bench/.*/Unity/"
+    nice -n 19 run-clang-tidy -quiet -p build/tidy -checks="-*,bugprone-use-after-move" "/build/tidy/bench/.*/Unity/"
 }
 
 check_tidy() {

@@ -22,7 +22,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr std::chrono::milliseconds kRefreshInterval{200};
+constexpr std::chrono::milliseconds kProgressInterval{200};
 
 } // namespace
 
@@ -49,7 +49,7 @@ LoadingView::LoadingView(TextDocument *document, DocumentState *state, QWidget *
     setFocusPolicy(Qt::StrongFocus);
     setFocus();
     connect(&m_timer, &QTimer::timeout, this, &LoadingView::refresh);
-    m_timer.start(kRefreshInterval);
+    m_timer.start(kProgressInterval);
     refresh();
     if (m_start == nullptr)
         resumeReading(); // The first text may come long before the timer shows it.
