@@ -25,6 +25,10 @@ target_compile_definitions(penwick_options INTERFACE
 # of several chunks.
 set(PENWICK_LEAF_UNITS 4096 CACHE STRING "UTF-16 code units that one chunk of a text holds at most")
 target_compile_definitions(penwick_options INTERFACE PENWICK_LEAF_UNITS=${PENWICK_LEAF_UNITS})
+# A unity build puts several sources in one file. There, a constant in one source is global for the next.
+if(CMAKE_UNITY_BUILD)
+    target_compile_options(penwick_options INTERFACE -Wno-shadow)
+endif()
 if(PENWICK_FUZZ)
     target_compile_options(penwick_options INTERFACE
         -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined
