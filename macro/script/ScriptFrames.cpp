@@ -21,14 +21,6 @@ bool fitsLatin1(QStringView text)
     return all < 0x100;
 }
 
-bool isAsciiOnly(QByteArrayView bytes)
-{
-    unsigned char all = 0;
-    for (const char byte : bytes)
-        all |= static_cast<unsigned char>(byte);
-    return all < 0x80;
-}
-
 std::optional<SharedTexts::Form> sharedForm(quint8 number)
 {
     switch (static_cast<TextForm>(number)) {
@@ -266,40 +258,23 @@ QString PayloadReader::getSharedText(qsizetype length, SharedTexts::Form form)
     return *std::move(text);
 }
 
-qsizetype PayloadReader::getTextInPieces(const std::function<void(QByteArrayView)> &takeAscii,
-                                         const std::function<void(QStringView)> &takeUtf16)
+Text PayloadReader::getLongText()
 {
     const auto number = get<quint8>();
-    const auto shared = sharedForm(number);
-    if (!shared) {
-        const QString text = getTextOf(number); // Short, or the place for shared texts is full.
-        if (!m_error)
-            takeUtf16(text);
-        return text.size();
+    const auto form = sharedForm(number);
+    if (!form) { // Short, or the place for shared texts is full.
+        const QString text = getTextOf(number);
+        if (!isWellFormed(text))
+            fail(WireError::MalformedText);
+        return m_error ? Text() : Text(text);
     }
     const auto length = static_cast<qsizetype>(get<quint32>());
-    readShared(length, *shared, takeAscii, takeUtf16);
-    return m_error ? 0 : length;
-}
-
-void PayloadReader::readShared(qsizetype length,
-                               SharedTexts::Form form,
-                               const std::function<void(QByteArrayView)> &takeAscii,
-                               const std::function<void(QStringView)> &takeUtf16)
-{
-    const SharedTexts::Place place{get<quint64>(), form};
-    if (m_error)
-        return;
-    bool isAscii = true;
-    const auto takeChecked = [&](QByteArrayView piece) {
-        isAscii = isAscii && isAsciiOnly(piece);
-        if (isAscii)
-            takeAscii(piece);
-    };
-    if (m_shared == nullptr || !m_shared->read(place, length, takeChecked, takeUtf16))
-        fail(WireError::Truncated);
-    else if (!isAscii)
-        fail(WireError::MalformedText);
+    const SharedTexts::Place place{get<quint64>(), *form};
+    const bool isThere = !m_error && m_shared != nullptr && m_shared->hasText(place, length);
+    auto text = isThere ? m_shared->text(place, length) : std::nullopt;
+    if (!text)
+        fail(isThere ? WireError::MalformedText : WireError::Truncated);
+    return text ? *std::move(text) : Text();
 }
 
 std::optional<WireError> PayloadReader::errorAtEnd() const

@@ -138,12 +138,8 @@ public:
     /// The same; nothing for what `FrameWriter::putNoText` wrote.
     [[nodiscard]] std::optional<QString> getOptionalText();
 
-    /// The same text in pieces, in order. Pieces of ASCII may come as bytes, of which each is below
-    /// 0x80; no piece ends inside a surrogate pair. Passes on nothing after an error; an error may
-    /// follow some pieces.
-    /// \return the length of the text; 0 after an error.
-    qsizetype getTextInPieces(const std::function<void(QByteArrayView)> &takeAscii,
-                              const std::function<void(QStringView)> &takeUtf16);
+    /// The same as a `Text`; a lone surrogate is an error.
+    [[nodiscard]] Text getLongText();
 
     /// Numbers without a length before them. Empty after an error, also when there are too few.
     [[nodiscard]] std::vector<quint32> getNumbers(std::size_t count);
@@ -159,10 +155,6 @@ public:
 private:
     [[nodiscard]] QString getTextOf(quint8 number);
     [[nodiscard]] QString getSharedText(qsizetype length, SharedTexts::Form form);
-    void readShared(qsizetype length,
-                    SharedTexts::Form form,
-                    const std::function<void(QByteArrayView)> &takeAscii,
-                    const std::function<void(QStringView)> &takeUtf16);
 
     QByteArrayView m_rest;
     const SharedTexts *m_shared;

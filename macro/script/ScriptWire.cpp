@@ -1,7 +1,5 @@
 #include "macro/script/ScriptWire.h"
 
-#include "text/TextBuilder.h"
-
 #include <utility>
 
 namespace penwick {
@@ -19,60 +17,26 @@ constexpr quint8 kMemoryLimit = 1;
 constexpr quint8 kSystemCallFilter = 2;
 constexpr quint8 kFileAccessRules = 4;
 
-/// Builds the text of a `Texts` from pieces, and checks what the lengths say about it.
-class TextsReader final
+/// True when strings of these lengths and a line feed between each two make up the text.
+bool isMadeOf(const Text &joined, const std::vector<quint32> &lengths)
 {
-public:
-    /// \param lengths must outlive this.
-    explicit TextsReader(const std::vector<quint32> &lengths)
-        : m_lengths(lengths)
-        , m_nextEnd(lengths.front())
-    {
-    }
-
-    void takeAscii(QByteArrayView piece)
-    {
-        followLengths(piece.size(), [piece](qsizetype i) { return piece[i] == '\n'; });
-        m_builder.appendAscii({piece.data(), static_cast<std::size_t>(piece.size())});
-    }
-
-    void takeUtf16(QStringView piece)
-    {
-        followLengths(piece.size(), [piece](qsizetype i) { return piece[i] == u'\n'; });
-        m_isWellFormed = m_isWellFormed && isWellFormed(piece);
-        m_builder.appendUtf16({piece.utf16(), static_cast<std::size_t>(piece.size())});
-    }
-
-    [[nodiscard]] bool isValidUtf16() const { return m_isWellFormed; }
-
-    /// True when the strings and a line feed between each two make up the text.
-    [[nodiscard]] bool matches() const
-    {
-        return m_matches && m_next == m_lengths.size() - 1 && m_nextEnd == m_size;
-    }
-
-    [[nodiscard]] Text text() { return m_builder.finish(); }
-
-private:
-    template <typename IsLineFeed> void followLengths(qsizetype size, const IsLineFeed &isLineFeed)
-    {
-        const qint64 end = m_size + size;
-        while (m_matches && m_nextEnd < end) {
-            m_matches = isLineFeed(m_nextEnd - m_size) && ++m_next < m_lengths.size();
-            if (m_matches)
-                m_nextEnd += 1 + qint64{m_lengths[m_next]};
+    std::size_t next = 0; // Index of the string at whose end the next line feed must be.
+    qint64 nextEnd = lengths.front();
+    qint64 start = 0; // Of the chunk.
+    bool matches = true;
+    joined.forEachChunk(0, joined.size(), [&](const TextChunkView &chunk) {
+        while (matches && nextEnd < start + chunk.length) {
+            const qint64 i = nextEnd - start;
+            matches = (chunk.ascii != nullptr ? chunk.ascii[i] == '\n' : chunk.utf16[i] == u'\n') &&
+                      ++next < lengths.size();
+            if (matches)
+                nextEnd += 1 + qint64{lengths[next]};
         }
-        m_size = end;
-    }
-
-    const std::vector<quint32> &m_lengths;
-    TextBuilder m_builder;
-    std::size_t m_next = 0; // Index of the string at whose end the next line feed must be.
-    qint64 m_nextEnd;       // The offset of that end.
-    qint64 m_size = 0;      // Of the pieces so far.
-    bool m_matches = true;
-    bool m_isWellFormed = true;
-};
+        start += chunk.length;
+        return matches;
+    });
+    return matches && next == lengths.size() - 1 && nextEnd == joined.size();
+}
 
 class ValueReader final
 {
@@ -116,21 +80,13 @@ private:
         if (count > m_limits.values - m_values)
             return m_reader.fail(WireError::TooManyValues);
         m_values += count;
-        ScriptTexts texts{{}, m_reader.getNumbers(count)};
+        std::vector<quint32> lengths = m_reader.getNumbers(count);
+        ScriptTexts texts{m_reader.getLongText(), std::move(lengths)};
         if (m_reader.error())
             return;
-        TextsReader joined(texts.lengths);
-        const qsizetype size =
-            m_reader.getTextInPieces([&joined](QByteArrayView piece) { joined.takeAscii(piece); },
-                                     [&joined](QStringView piece) { joined.takeUtf16(piece); });
-        if (m_reader.error())
-            return;
-        if (!joined.matches())
+        if (!isMadeOf(texts.joined, texts.lengths))
             return m_reader.fail(WireError::UnknownTag);
-        if (!joined.isValidUtf16())
-            return m_reader.fail(WireError::MalformedText);
-        checkSize(size - qsizetype{count} + 1);
-        texts.joined = joined.text();
+        checkSize(texts.joined.size() - qsizetype{count} + 1);
         m_builder.ownTexts(std::move(texts));
     }
 

@@ -1,8 +1,13 @@
 #include "macro/script/SharedTexts.h"
 
+#include "macro/script/ScriptValue.h"
+#include "text/TextBuilder.h"
+
 #include <algorithm>
 #include <array>
+#include <future>
 #include <sys/mman.h>
+#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -78,6 +83,14 @@ bool isAscii(QStringView text)
     char16_t all = 0; // No early exit, so that the compiler can vectorize the loop.
     for (const QChar unit : text)
         all |= unit.unicode();
+    return all < 0x80;
+}
+
+bool isAscii(QByteArrayView bytes)
+{
+    unsigned char all = 0;
+    for (const char byte : bytes)
+        all |= static_cast<unsigned char>(byte);
     return all < 0x80;
 }
 
@@ -181,8 +194,11 @@ std::optional<QString> SharedTexts::get(Place place, qsizetype length) const
     if (place.form == Form::Utf16)
         return m_isHost ? mapped(start, length) : copied(m_descriptor, start, length);
     QString text;
-    const auto take = [&text](QByteArrayView piece) { text.append(QLatin1StringView(piece)); };
-    return read(place, length, take, {}) ? std::optional(text) : std::nullopt;
+    const auto take = [&text](QByteArrayView piece) {
+        text.append(QLatin1StringView(piece));
+        return true;
+    };
+    return readPart(place, 0, length, take, {}) ? std::optional(text) : std::nullopt;
 }
 
 bool SharedTexts::hasText(Place place, qsizetype length) const
@@ -196,32 +212,93 @@ bool SharedTexts::hasText(Place place, qsizetype length) const
     return length >= kLeastLength && length <= size / (place.form == Form::Utf16 ? kUnit : 1);
 }
 
-bool SharedTexts::read(Place place,
-                       qsizetype length,
-                       const std::function<void(QByteArrayView)> &takeAscii,
-                       const std::function<void(QStringView)> &takeUtf16) const
+bool SharedTexts::readPart(Place place,
+                           qsizetype start,
+                           qsizetype end,
+                           const std::function<bool(QByteArrayView)> &takeAscii,
+                           const std::function<bool(QStringView)> &takeUtf16) const
 {
-    if (!hasText(place, length))
-        return false;
     const bool isWide = place.form == Form::Utf16;
     const qint64 unit = isWide ? kUnit : 1;
     std::array<char16_t, kPiece> piece;
     auto *bytes = reinterpret_cast<char *>(piece.data());
-    for (qsizetype start = 0; start < length;) {
-        qsizetype size = std::min(kPiece, length - start);
+    while (start < end) {
+        qsizetype size = std::min(kPiece, end - start);
         const qint64 at = static_cast<qint64>(place.start) + start * unit;
         if (!readAll(m_descriptor, bytes, size * unit, at))
             return false;
-        if (isWide && start + size < length &&
+        if (isWide && start + size < end &&
             QChar::isHighSurrogate(piece[static_cast<std::size_t>(size) - 1]))
             --size;
-        if (isWide)
-            takeUtf16(QStringView(piece.data(), size));
-        else
-            takeAscii(QByteArrayView(bytes, size));
+        if (!(isWide ? takeUtf16(QStringView(piece.data(), size))
+                     : takeAscii(QByteArrayView(bytes, size))))
+            return false;
         start += size;
     }
     return true;
+}
+
+std::optional<Text> SharedTexts::part(Place place, qsizetype start, qsizetype end) const
+{
+    TextBuilder builder;
+    const auto takeAscii = [&builder](QByteArrayView piece) {
+        if (!isAscii(piece))
+            return false;
+        builder.appendAscii({piece.data(), static_cast<std::size_t>(piece.size())});
+        return true;
+    };
+    const auto takeUtf16 = [&builder](QStringView piece) {
+        if (!isWellFormed(piece))
+            return false;
+        builder.appendUtf16({piece.utf16(), static_cast<std::size_t>(piece.size())});
+        return true;
+    };
+    if (!readPart(place, start, end, takeAscii, takeUtf16))
+        return std::nullopt;
+    return builder.finish();
+}
+
+// Does not cut surrogate pairs. If the other side changes the text meanwhile, a part has a lone
+// one.
+qsizetype SharedTexts::cutNear(Place place, qsizetype offset) const
+{
+    char16_t before = 0;
+    const qint64 at = static_cast<qint64>(place.start) + (offset - 1) * kUnit;
+    const bool cutsPair =
+        place.form == Form::Utf16 && offset > 0 &&
+        readAll(m_descriptor, reinterpret_cast<char *>(&before), sizeof before, at) &&
+        QChar::isHighSurrogate(before);
+    return cutsPair ? offset - 1 : offset;
+}
+
+std::optional<Text> SharedTexts::text(Place place, qsizetype length) const
+{
+    if (!hasText(place, length))
+        return std::nullopt;
+    constexpr qsizetype kLeastPart = qsizetype{1} << 18; // Units. Less is not worth a thread.
+    constexpr qsizetype kMostParts = 8;
+    const qsizetype count = std::clamp<qsizetype>(
+        std::min<qsizetype>(std::thread::hardware_concurrency(), length / kLeastPart),
+        1,
+        kMostParts);
+    const auto cut = [&](qsizetype i) {
+        return i == count ? length : cutNear(place, length / count * i);
+    };
+    std::vector<std::future<std::optional<Text>>> parts;
+    qsizetype start = cut(1);
+    for (qsizetype i = 1; i < count; ++i) {
+        const qsizetype end = cut(i + 1);
+        // Without another thread, the part is decoded when it is needed.
+        parts.push_back(std::async(std::launch::async | std::launch::deferred,
+                                   [=, this] { return part(place, start, end); }));
+        start = end;
+    }
+    std::optional<Text> text = part(place, 0, cut(1));
+    for (auto &next : parts) {
+        const std::optional<Text> more = next.get();
+        text = text && more ? std::optional(text->appended(*more)) : std::nullopt;
+    }
+    return text;
 }
 
 } // namespace penwick

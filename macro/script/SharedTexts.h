@@ -1,6 +1,7 @@
 #pragma once
 
 #include "macro/script/ScriptSource.h"
+#include "text/Text.h"
 
 #include <QString>
 #include <QStringView>
@@ -68,14 +69,13 @@ public:
     /// \return nothing when there can be no text of the other side.
     [[nodiscard]] std::optional<QString> get(Place place, qsizetype length) const;
 
-    /// Passes on such a text in pieces, in order. No piece ends inside a surrogate
-    /// pair. The bytes of a piece in the form `Ascii` are whatever the other side wrote.
-    /// \return false when there can be no text of the other side; some pieces may have been passed
-    /// on.
-    [[nodiscard]] bool read(Place place,
-                            qsizetype length,
-                            const std::function<void(QByteArrayView)> &takeAscii,
-                            const std::function<void(QStringView)> &takeUtf16) const;
+    /// Returns such a text, which is decoded on several threads if it is long.
+    /// \return nothing when there is none, or when it is malformed: a lone surrogate, or a byte
+    /// that is no ASCII in the form `Ascii`.
+    [[nodiscard]] std::optional<Text> text(Place place, qsizetype length) const;
+
+    /// True when the file is long enough for such a text of the other side.
+    [[nodiscard]] bool hasText(Place place, qsizetype length) const;
 
 private:
     struct Mapping
@@ -89,7 +89,16 @@ private:
     [[nodiscard]] std::optional<Place> keep(qint64 end, Form form);
     [[nodiscard]] bool write(QStringView text, qint64 at) const;
     [[nodiscard]] bool writeAscii(QStringView text, qint64 at) const;
-    [[nodiscard]] bool hasText(Place place, qsizetype length) const;
+    /// Passes on the units from `start` to `end` of a text in pieces that fit the processor's
+    /// cache. Bytes come as they are. No piece but the last ends with the first half of a surrogate
+    /// pair. \return false when the file is shorter, or a sink returned false.
+    [[nodiscard]] bool readPart(Place place,
+                                qsizetype start,
+                                qsizetype end,
+                                const std::function<bool(QByteArrayView)> &takeAscii,
+                                const std::function<bool(QStringView)> &takeUtf16) const;
+    [[nodiscard]] std::optional<Text> part(Place place, qsizetype start, qsizetype end) const;
+    [[nodiscard]] qsizetype cutNear(Place place, qsizetype offset) const;
 
     int m_descriptor;
     bool m_isHost;

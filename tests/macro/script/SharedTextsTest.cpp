@@ -55,7 +55,8 @@ private Q_SLOTS:
     void source_ofAnotherLength_isNotLeft();
     void file_missing_leavesAllInTheMessage();
     void file_thatCannotBeWritten_leavesAllInTheMessage();
-    void pieces_makeUpTheText();
+    void text_ofSeveralParts_isDecodedWhole();
+    void text_withALoneSurrogate_isMalformed();
     void message_withBytesBeyondAscii_isAnError();
     void place_notWritten_isNotFound_data();
     void place_notWritten_isNotFound();
@@ -141,28 +142,36 @@ void SharedTextsTest::file_thatCannotBeWritten_leavesAllInTheMessage()
     QVERIFY(decodeRequest(payload, &shared.host) == request);
 }
 
-void SharedTextsTest::pieces_makeUpTheText()
+// Long enough for several pieces and parts. The pairs, and CR LF, lie at even and odd offsets, so
+// that one is where a piece or a part would end.
+void SharedTextsTest::text_ofSeveralParts_isDecodedWhole()
 {
-    // The pairs of the second lie at even and odd offsets, so that one is where a piece would end.
-    for (const QString &text :
-         {longText(u'a').repeated(5), u"𠮷"_s.repeated(100000), u'a' + u"𠮷"_s.repeated(100000)}) {
-        Shared shared;
-        const auto place = shared.host.put(text);
-        QVERIFY(place.has_value());
-        QString joined;
-        int pieces = 0;
-        const auto takeAscii = [&](QByteArrayView piece) {
-            ++pieces;
-            joined += QLatin1StringView(piece);
-        };
-        const auto takeUtf16 = [&](QStringView piece) {
-            ++pieces;
-            QVERIFY(piece.isValidUtf16());
-            joined += piece;
-        };
-        QVERIFY(shared.editor.read(*place, text.size(), takeAscii, takeUtf16));
-        QVERIFY(pieces > 1);
-        QCOMPARE(joined, text);
+    for (const QString &unit :
+         {u"a"_s, u"\r\n"_s, u"𠮷"_s, u"e\u0301"_s, u"👩‍👩‍👧 "_s}) {
+        for (const QString &start : {u""_s, u"a"_s}) {
+            Shared shared;
+            const QString text = start + unit.repeated(2'500'000 / unit.size());
+            const auto place = shared.host.put(text);
+            QVERIFY(place.has_value());
+            const std::optional<Text> decoded = shared.editor.text(*place, text.size());
+            QVERIFY(decoded == Text(text));
+            QVERIFY(decoded->metrics() == Text(text).metrics());
+        }
+    }
+}
+
+void SharedTextsTest::text_withALoneSurrogate_isMalformed()
+{
+    for (const qint64 offset : {qint64{0}, qint64{1'250'000}, qint64{2'499'999}}) {
+        for (const char16_t lone : {u'\xd800', u'\xdc00'}) {
+            Shared shared;
+            const QString text(2'500'000, u'日');
+            const auto place = shared.host.put(text);
+            QVERIFY(place.has_value());
+            QCOMPARE(::pwrite(shared.file.get(), &lone, sizeof lone, offset * 2), 2);
+            QVERIFY(shared.editor.hasText(*place, text.size()));
+            QVERIFY(!shared.editor.text(*place, text.size()));
+        }
     }
 }
 
@@ -207,10 +216,8 @@ void SharedTextsTest::place_notWritten_isNotFound()
     QVERIFY(put && put->start == 0 && put->form == SharedTexts::Form::Utf16);
     QVERIFY(shared.editor.get(*put, longText().size()).has_value());
     QVERIFY(!shared.editor.get({place}, length));
-    int pieces = 0;
-    const auto count = [&pieces](const auto & /*piece*/) { ++pieces; };
-    QVERIFY(!shared.editor.read({place}, length, count, count));
-    QCOMPARE(pieces, 0);
+    QVERIFY(!shared.editor.hasText({place}, length));
+    QVERIFY(!shared.editor.text({place}, length));
 }
 
 void SharedTextsTest::message_withLongTexts_isShort()
