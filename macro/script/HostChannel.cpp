@@ -44,6 +44,13 @@ std::optional<ScriptRequest> HostChannel::receiveRequest()
     }
 }
 
+void HostChannel::waitForEnd()
+{
+    char unused = 0;
+    while (uninterrupted([&] { return ::read(kHostConnection, &unused, 1); }) > 0) {
+    }
+}
+
 // Uses `write`, which the system call filter allows. When the editor has closed its end, SIGPIPE
 // ends the process, which is intended.
 bool HostChannel::send(QByteArrayView bytes) const

@@ -24,6 +24,9 @@ public:
     /// sends malformed data. An earlier request must no longer be used: its texts are released.
     [[nodiscard]] std::optional<ScriptRequest> receiveRequest();
 
+    /// Waits until the editor closes the connection. What it sends until then is dropped.
+    static void waitForEnd();
+
     /// Returns a sender for the script's outcome. This must outlive the sender.
     [[nodiscard]] OutcomeSender outcomeSender() { return OutcomeSender(m_sink, &m_shared); }
 

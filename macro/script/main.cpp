@@ -79,9 +79,13 @@ void serveRequest(penwick::HostChannel &channel,
     penwick::OutcomeSender sender = channel.outcomeSender();
     const auto end = [&](const std::optional<penwick::ScriptError> &error) {
         const bool isSent = error ? sender.fail(*error) : sender.finish();
+        if (service.servesMany && isSent)
+            return;
+        // The editor reads the value on all processors. Releasing the memory would delay that.
+        if (isSent)
+            channel.waitForEnd();
         // Does not destroy the engine: the kernel releases its memory faster.
-        if (!service.servesMany || !isSent)
-            _exit(isSent ? EXIT_SUCCESS : EXIT_FAILURE);
+        _exit(isSent ? EXIT_SUCCESS : EXIT_FAILURE);
     };
     penwick::evaluateScript(request, log, limitsFor(service.memory), {sender, end});
 }

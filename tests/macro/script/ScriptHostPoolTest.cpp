@@ -147,6 +147,7 @@ private Q_SLOTS:
     void program_runByHand_doesNothing();
     void trial_ended_leavesNoProcess();
     void runs_many_leaveNothing();
+    void host_afterItsScript_waitsForTheEditor();
 };
 
 void ScriptHostPoolTest::initTestCase()
@@ -424,6 +425,23 @@ void ScriptHostPoolTest::runs_many_leaveNothing()
     const qint64 growth = residentMemory() - memory;
     QVERIFY2(growth < kRuns * 1000, qPrintable(QString::number(growth)));
 #endif
+}
+
+// A host that released its memory at once would take a processor from the editor, which reads the
+// value meanwhile: reading this one takes long enough for a host to end.
+void ScriptHostPoolTest::host_afterItsScript_waitsForTheEditor()
+{
+    auto process = HostProcess::start(ScriptHostPool::shared().nextSettings());
+    QVERIFY(process.has_value());
+    HostConnection host(std::move(*process));
+    QVERIFY(host.protection(test::kLongWait).has_value());
+    const auto outcome = host.run(
+        {u"Array.from({length: 1000000}, (_, i) => '日本 ' + i)"_s, std::nullopt}, {}, nullptr);
+    QVERIFY(outcome.has_value());
+    QVERIFY(host.process().isAlive());
+    const HostEnding ending = host.end();
+    QCOMPARE(ending.cause, HostEnding::Cause::Signal);
+    QCOMPARE(ending.number, SIGKILL);
 }
 
 } // namespace penwick
