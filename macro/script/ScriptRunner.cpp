@@ -2,6 +2,7 @@
 
 #include "macro/script/JsConversion.h"
 #include "macro/script/JsHandles.h"
+#include "macro/script/JsTextReader.h"
 
 #include <limits>
 #include <utility>
@@ -144,41 +145,54 @@ takeException(JSContextRef context, JSValueRef thrown, ScriptValueSink &sink)
 
 } // namespace
 
-void evaluateScript(const ScriptRequest &request,
-                    const ScriptLogSink &log,
-                    const ScriptLimits &limits,
-                    const ScriptOutcomeSink &sink)
+struct ScriptEngine::Parts
+{
+    // The texts must outlive the engine, which reads them in place.
+    QString source{};
+    std::vector<QString> longTexts{};
+    JsContextGroup group{JSContextGroupCreate()};
+    JsGlobalContext context{group ? JSGlobalContextCreateInGroup(group.get(), nullptr) : nullptr};
+    std::optional<JsTextReader> reader{};
+};
+
+ScriptEngine::ScriptEngine()
+    : m_parts(std::make_unique<Parts>())
+{
+    if (m_parts->context)
+        m_parts->reader.emplace(m_parts->context.get());
+}
+
+ScriptEngine::~ScriptEngine() = default;
+
+void ScriptEngine::evaluate(const ScriptRequest &request,
+                            const ScriptLogSink &log,
+                            const ScriptLimits &limits,
+                            const ScriptOutcomeSink &sink)
 {
     if (request.size() > limits.sourceLength)
         return sink.done(ScriptError{ScriptError::Code::SourceTooLong, {}});
-
-    const QString text = request.source.text(); // Must outlive the engine, as must `longTexts`.
-    std::vector<QString> longTexts;
-    longTexts.reserve(request.longTexts.size());
-    for (const ScriptSource &longText : request.longTexts)
-        longTexts.push_back(longText.text());
-    const JsContextGroup group(JSContextGroupCreate());
-    const JsGlobalContext context(group ? JSGlobalContextCreateInGroup(group.get(), nullptr)
-                                        : nullptr);
-    if (!context)
+    if (!m_parts->reader)
         return sink.done(ScriptError{ScriptError::Code::EngineUnavailable, {}});
 
-    JsTextReader reader(context.get());
-    installConsole(context.get(), log);
+    JSGlobalContextRef context = m_parts->context.get();
+    installConsole(context, log);
     if (request.userInput)
-        installUserInput(context.get(), *request.userInput);
-    for (std::size_t i = 0; i < longTexts.size(); ++i)
-        installLongText(context.get(), longTextName(i), longTexts[i]);
-    const JsString source = toJsStringWithoutCopy(text);
+        installUserInput(context, *request.userInput);
+    m_parts->longTexts.reserve(request.longTexts.size());
+    for (const ScriptSource &longText : request.longTexts)
+        m_parts->longTexts.push_back(longText.text());
+    for (std::size_t i = 0; i < m_parts->longTexts.size(); ++i)
+        installLongText(context, longTextName(i), m_parts->longTexts[i]);
+    m_parts->source = request.source.text();
+    const JsString source = toJsStringWithoutCopy(m_parts->source);
     const JsString url = toJsString(kSourceUrl);
     JSValueRef exception = nullptr;
-    JSValueRef value =
-        JSEvaluateScript(context.get(), source.get(), nullptr, url.get(), 1, &exception);
+    JSValueRef value = JSEvaluateScript(context, source.get(), nullptr, url.get(), 1, &exception);
     if (exception != nullptr)
-        return sink.done(takeException(context.get(), exception, sink.value));
+        return sink.done(takeException(context, exception, sink.value));
     if (value == nullptr)
-        value = JSValueMakeNull(context.get());
-    sink.done(convertJsValue(context.get(), value, reader, limits, sink.value));
+        value = JSValueMakeNull(context);
+    sink.done(convertJsValue(context, value, *m_parts->reader, limits, sink.value));
 }
 
 QString engineName()
@@ -198,7 +212,7 @@ runScript(const ScriptRequest &request, const ScriptLogSink &log, const ScriptLi
     ScriptValueBuilder builder;
     std::optional<ScriptError> error;
     const auto done = [&error](const std::optional<ScriptError> &how) { error = how; };
-    evaluateScript(request, log, limits, {builder, done});
+    ScriptEngine().evaluate(request, log, limits, {builder, done});
     if (error)
         return tl::unexpected(*error);
     return builder.take();

@@ -4,6 +4,7 @@
 #include "macro/script/ScriptValueSink.h"
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 namespace penwick {
@@ -30,12 +31,26 @@ struct ScriptOutcomeSink
     std::function<void(const std::optional<ScriptError> &)> done;
 };
 
-/// Evaluates the script as `runScript` does, but passes the value on while it is converted, without
-/// a tree of it in memory: a script may return a very large value. Calls `sink.done` before the
-/// engine is destroyed, which also takes a while.
-void evaluateScript(const ScriptRequest &request,
-                    const ScriptLogSink &log,
-                    const ScriptLimits &limits,
-                    const ScriptOutcomeSink &sink);
+/// An engine for one script. It can be made ahead, so that the script does not wait for it.
+class ScriptEngine final
+{
+public:
+    ScriptEngine();
+    ~ScriptEngine();
+    Q_DISABLE_COPY_MOVE(ScriptEngine)
+
+    /// Evaluates the script as `runScript` does, but passes the value on while it is converted,
+    /// without a tree of it in memory: a script may return a very large value. Calls `sink.done`
+    /// before the engine is destroyed, which also takes a while. Call it once, on the thread that
+    /// made the engine. Texts of the request that do not own their memory must outlive this.
+    void evaluate(const ScriptRequest &request,
+                  const ScriptLogSink &log,
+                  const ScriptLimits &limits,
+                  const ScriptOutcomeSink &sink);
+
+private:
+    struct Parts;
+    std::unique_ptr<Parts> m_parts;
+};
 
 } // namespace penwick

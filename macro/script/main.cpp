@@ -66,8 +66,8 @@ penwick::ScriptLimits limitsFor(std::size_t memory)
     return limits;
 }
 
-// Runs the script of a request. The next one gets an engine of its own.
 void serveRequest(penwick::HostChannel &channel,
+                  penwick::ScriptEngine &engine,
                   const penwick::ScriptRequest &request,
                   const Service &service)
 {
@@ -87,7 +87,7 @@ void serveRequest(penwick::HostChannel &channel,
         // Does not destroy the engine: the kernel releases its memory faster.
         _exit(isSent ? EXIT_SUCCESS : EXIT_FAILURE);
     };
-    penwick::evaluateScript(request, log, limitsFor(service.memory), {sender, end});
+    engine.evaluate(request, log, limitsFor(service.memory), {sender, end});
 }
 
 int serve(penwick::HostChannel &channel, const Service &service)
@@ -107,10 +107,12 @@ int serve(penwick::HostChannel &channel, const Service &service)
         return EXIT_FAILURE;
     penwick::enableHugePages();
     while (true) {
+        // Each script gets an engine of its own, made while the editor has no script yet.
+        penwick::ScriptEngine engine;
         const auto request = channel.receiveRequest();
         if (!request)
             return EXIT_SUCCESS; // The editor has no script to run.
-        serveRequest(channel, *request, service);
+        serveRequest(channel, engine, *request, service);
     }
 }
 
