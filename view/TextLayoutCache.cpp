@@ -67,6 +67,18 @@ qreal widthOf(const QTextLine &line)
                     line.cursorToX(line.textStart() + line.textLength()));
 }
 
+/// Unlike `QGlyphRun::boundingRect`, which may tell the height of the line.
+QRectF inkOf(const QGlyphRun &run)
+{
+    const QRawFont font = run.rawFont();
+    const QList<QPointF> positions = run.positions();
+    const QList<quint32> glyphs = run.glyphIndexes();
+    QRectF ink;
+    for (qsizetype i = 0; i < std::min(positions.size(), glyphs.size()); ++i)
+        ink |= font.boundingRect(glyphs[i]).translated(positions[i]);
+    return ink;
+}
+
 /// U+FE0F requests the emoji presentation of the character before it. The layout engine ignores
 /// that and takes the first font that has the character, which may draw it in black and white. The
 /// returned formats select the emoji font.
@@ -157,13 +169,8 @@ qreal SegmentLayout::measureOverhang(qreal rowHeight) const
     for (int row = 0; row < rowCount(); ++row) {
         const qreal top = row * rowHeight;
         for (const QGlyphRun &run : m_layout.lineAt(row).glyphRuns()) {
-            const QRawFont font = run.rawFont();
-            const QList<QPointF> positions = run.positions();
-            const QList<quint32> glyphs = run.glyphIndexes();
-            for (qsizetype i = 0; i < std::min(positions.size(), glyphs.size()); ++i) {
-                const QRectF ink = font.boundingRect(glyphs[i]).translated(positions[i]);
-                overhang = std::max({overhang, top - ink.top(), ink.bottom() - top - rowHeight});
-            }
+            const QRectF ink = inkOf(run);
+            overhang = std::max({overhang, top - ink.top(), ink.bottom() - top - rowHeight});
         }
     }
     return std::ceil(overhang);

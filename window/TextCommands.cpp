@@ -120,15 +120,20 @@ void TextCommands::performInRows(Kind kind, const ColumnSelection &columns)
 {
     const auto work = [this, kind, text = m_view->string(), columns](const auto & /*stop*/) {
         return [this, text, change = rewriteRows(kind, text, columns)] {
-            if (!change || !m_view->string().isSameValue(text))
-                return;
-            const auto select = [this, &change] { m_view->selectRectangle(change->rectangle); };
-            const bool hasColumns = m_view->columns() != nullptr;
-            const auto &[range, replacement, caret] = change->change;
-            m_view->replaceText(range, replacement, hasColumns ? select : std::function<void()>());
+            if (change && m_view->string().isSameValue(text))
+                applyInRows(*change);
         };
     };
     m_task.start(work, m_wait);
+}
+
+void TextCommands::applyInRows(const RowsRewrite &change)
+{
+    const auto select = [this, &change] { m_view->selectRectangle(change.rectangle); };
+    const bool hasColumns = m_view->columns() != nullptr;
+    m_view->replaceText(change.change.range,
+                        change.change.replacement,
+                        hasColumns ? select : std::function<void()>());
 }
 
 void TextCommands::apply(const SelectedText &before, const std::optional<TextRewrite> &change)

@@ -43,6 +43,7 @@ private:
     /// With a rectangle, its lines are selected.
     [[nodiscard]] SelectedText selectedText() const;
     void performInRows(TextChangeKind kind, const ColumnSelection &columns);
+    void applyInRows(const RowsRewrite &change);
     void apply(const SelectedText &before, const std::optional<TextRewrite> &change);
 
     TextView *m_view;
