@@ -15,8 +15,7 @@ check_format() {
 
 # Runs clang-tidy with the checks of .clang-tidy, changed by $1. It spends most of its time per file on the
 # declarations in Qt's headers: a file with all sources of a target (unity build) takes hardly longer than one
-# with a few. Therefore names in the unnamed namespaces of a target must differ. At the lowest priority, it does
-# not slow down the tests that run beside it.
+# with a few. Therefore names in the unnamed namespaces of a target must differ.
 run_tidy() {
     local all
     all=$(IFS='|'; echo "${folders[*]}")
@@ -28,13 +27,13 @@ run_tidy() {
         echo "check.sh: there is no source to check" >&2
         return 1
     fi
-    nice -n 19 run-clang-tidy -quiet -p build/tidy -header-filter "/($all)/[^.]*\.(h|cpp)$" \
+    run-clang-tidy -quiet -p build/tidy -header-filter "/($all)/[^.]*\.(h|cpp)$" \
         -checks="-bugprone-suspicious-include,$1" "/build/tidy/($all)/.*/Unity/"
 }
 
 # Nothing else in ./test compiles the benchmarks; the check that is named only has to be a quick one.
 compile_bench() {
-    nice -n 19 run-clang-tidy -quiet -p build/tidy -checks="-*,bugprone-use-after-move" "/build/tidy/bench/.*/Unity/"
+    run-clang-tidy -quiet -p build/tidy -checks="-*,bugprone-use-after-move" "/build/tidy/bench/.*/Unity/"
 }
 
 check_tidy() {

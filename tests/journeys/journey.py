@@ -128,8 +128,8 @@ class Journey(unittest.TestCase):
         wanted = content if isinstance(content, bytes) else content.encode()
         until(
             lambda: path.exists() and path.read_bytes() == wanted,
-            lambda: f"{wanted!r} in {path.name}, which holds "
-            f"{path.read_bytes() if path.exists() else 'nothing'!r}",
+            lambda: f"{_start_of(wanted)} in {path.name}, which holds "
+            f"{_start_of(path.read_bytes()) if path.exists() else 'nothing'}",
         )
 
     def save(self, path, content):
@@ -145,6 +145,11 @@ class Journey(unittest.TestCase):
             self.app.wait_for(name=lambda text: question in text)
         self.app.click(self.app.wait_for("push button", label))
         until(lambda: not self.app.find("push button", label), f"the end of the dialog ({label})")
+
+
+def _start_of(content, most=200):
+    """For messages: some contents are megabytes."""
+    return repr(content[:most]) + (f"… ({len(content)} bytes)" if len(content) > most else "")
 
 
 def main():
