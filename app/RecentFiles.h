@@ -26,7 +26,8 @@ public:
     /// \param preferences not owned; must outlive this.
     RecentFiles(UserDefaults &defaults, Preferences &preferences);
 
-    /// Adds the files of documents from now on, when they are opened and when they are saved.
+    /// Adds the files of documents from now on, when they are opened and when they are saved, but
+    /// not the settings.
     /// \param documents not owned; must outlive this.
     void follow(DocumentController *documents);
 

@@ -3,6 +3,7 @@
 #include "app/AppDelegateTestBase.h"
 #include "command/Palette.h"
 #include "command/PaletteModel.h"
+#include "platform/files/ApplicationSupport.h"
 #include "platform/files/GoneFiles.h"
 #include "support/Waits.h"
 #include "window/EditorTabBar.h"
@@ -39,6 +40,7 @@ private Q_SLOTS:
     void paths_beyondTheLimit_areForgotten();
     void files_openedAndSaved_areListedTheLastOneFirst();
     void file_missing_isListedOnceItIsSaved();
+    void settings_areNotListed();
     void file_readInTheBackground_isListed();
     void file_chosenInThePalette_isOpened();
     void files_areListedBeforeTheCommands();
@@ -145,6 +147,17 @@ void RecentFilesTest::file_missing_isListedOnceItIsSaved()
     setText(u"x"_s);
     QVERIFY(m_app->documentController().saveDocument(controller()));
     QCOMPARE(m_app->recentFiles().paths(), QList<QByteArray>{QFile::encodeName(path)});
+}
+
+void RecentFilesTest::settings_areNotListed()
+{
+    launch();
+    const QString path = ApplicationSupport::configurationFilePath();
+    QVERIFY(UserDefaults::standard().setString(u"zoom"_s, u"120"_s));
+    QVERIFY(m_app->documentController().openFile(path));
+    QCOMPARE(m_app->targetEditor()->document()->filePath(), path);
+    QCOMPARE(m_app->recentFiles().paths(), QList<QByteArray>());
+    UserDefaults::standard().remove(u"zoom"_s);
 }
 
 void RecentFilesTest::file_readInTheBackground_isListed()
