@@ -52,7 +52,6 @@ public:
     explicit Screen(const QString &text)
         : f(text)
     {
-        QApplication::setActiveWindow(&f.view);
     }
 
     /// True when each pixel is as if the whole view was painted now.
