@@ -85,7 +85,8 @@ function(add_layer_test source)
     target_compile_definitions(${name} PRIVATE
         PENWICK_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}")
     # Run moc directly: AUTOMOC would take as long as linking the test. Without the include folders of the target,
-    # moc reads no headers, which would take most of its time. It needs none, because it knows Qt's own macros.
+    # moc reads no headers, which would take most of its time. But it then knows no macros of the
+    # compiler or of Qt's headers, so no slot may be declared under a condition.
     set_target_properties(${name} PROPERTIES AUTOMOC OFF UNITY_BUILD OFF)
     set(moc ${CMAKE_CURRENT_BINARY_DIR}/${name}_moc/${name}.moc)
     qt6_generate_moc(${source} ${moc})

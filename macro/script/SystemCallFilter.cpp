@@ -147,6 +147,9 @@ bool refuseKilledCalls()
 {
     const Filter filter(seccomp_init(SCMP_ACT_ALLOW));
     bool isGood = filter != nullptr;
+    // The library's default would end the process before the later filter can report the call.
+    if (isGood)
+        seccomp_attr_set(filter.get(), SCMP_FLTATR_ACT_BADARCH, SCMP_ACT_ERRNO(EACCES));
     for (const SystemCallGroup &group : systemCallGroups()) {
         if (group.decision.kind != Kind::Kill)
             continue;
