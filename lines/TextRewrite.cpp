@@ -353,12 +353,18 @@ std::optional<RowsRewrite> rewriteRows(Kind kind, const Text &text, const Column
     const auto change = columns.insertRows(text, {count, contentAt});
     if (!change)
         return std::nullopt;
-    qint64 width = 0; // Characters may have become wider or narrower.
-    for (qint64 row = 0; row < count; ++row)
-        width = std::max(width, columnAfter(contentAt(row), columns.tabWidth()));
+    qint64 right = rectangle.left(); // Characters may have become wider or narrower.
+    for (qint64 row = 0; row < count; ++row) {
+        const qint64 line = columns.lines().first + row;
+        const qint64 start = columns.rowAt(text, line).range.location;
+        const qint64 lineStart = contentOfLine(text, line).location;
+        const QString upToEnd =
+            text.slice(lineStart, start - lineStart) + contentAt(row).toString();
+        if (!contentAt(row).isEmpty())
+            right = std::max(right, columnAfter(upToEnd, columns.tabWidth()));
+    }
     const bool isForward = rectangle.anchor.column <= rectangle.caret.column;
-    ColumnPlace &right = isForward ? rectangle.caret : rectangle.anchor;
-    right.column = rectangle.left() + width;
+    (isForward ? rectangle.caret : rectangle.anchor).column = right;
     return RowsRewrite{*change, rectangle};
 }
 

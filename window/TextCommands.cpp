@@ -90,6 +90,9 @@ SelectedText TextCommands::selectedText() const
     const Text &text = m_view->string();
     if (const ColumnSelection *columns = m_view->columns()) {
         const TextRange lines = rangeOf(text, columns->lines());
+        const TextRectangle rectangle = columns->rectangle(text);
+        if (rectangle.caret.line < rectangle.anchor.line)
+            return {text, lines.end(), lines.location};
         return {text, lines.location, lines.end()};
     }
     return {text, m_view->anchorOffset(), m_view->caretOffset()};
@@ -119,21 +122,25 @@ void TextCommands::perform(Kind kind)
 void TextCommands::performInRows(Kind kind, const ColumnSelection &columns)
 {
     const auto work = [this, kind, text = m_view->string(), columns](const auto & /*stop*/) {
-        return [this, text, change = rewriteRows(kind, text, columns)] {
+        return [this,
+                text,
+                before = columns.rectangle(text),
+                change = rewriteRows(kind, text, columns)] {
             if (change && m_view->string().isSameValue(text))
-                applyInRows(*change);
+                applyInRows(before, *change);
         };
     };
     m_task.start(work, m_wait);
 }
 
-void TextCommands::applyInRows(const RowsRewrite &change)
+void TextCommands::applyInRows(const TextRectangle &before, const RowsRewrite &change)
 {
     const auto select = [this, &change] { m_view->selectRectangle(change.rectangle); };
-    const bool hasColumns = m_view->columns() != nullptr;
+    const ColumnSelection *columns = m_view->columns();
+    const bool isSelected = columns != nullptr && columns->rectangle(m_view->string()) == before;
     m_view->replaceText(change.change.range,
                         change.change.replacement,
-                        hasColumns ? select : std::function<void()>());
+                        isSelected ? select : std::function<void()>());
 }
 
 void TextCommands::apply(const SelectedText &before, const std::optional<TextRewrite> &change)

@@ -43,7 +43,8 @@ private:
     /// With a rectangle, its lines are selected.
     [[nodiscard]] SelectedText selectedText() const;
     void performInRows(TextChangeKind kind, const ColumnSelection &columns);
-    void applyInRows(const RowsRewrite &change);
+    /// \param before the rectangle, which stays selected if it still is.
+    void applyInRows(const TextRectangle &before, const RowsRewrite &change);
     void apply(const SelectedText &before, const std::optional<TextRewrite> &change);
 
     TextView *m_view;

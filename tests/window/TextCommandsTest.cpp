@@ -193,6 +193,11 @@ void TextCommandsTest::rectangle_charactersOfEachRowChange_data()
         << u"abcd\n\nijkl"_s << TextChangeKind::UpperCase << u"aBCd\n\niJKl"_s << u"BC\n\nJK"_s;
     QTest::newRow("wider") << u"abcd\nefgh\nijkl"_s << TextChangeKind::FullWidth
                            << u"aｂｃd\neｆｇh\niｊｋl"_s << u"ｂｃ\nｆｇ\nｊｋ"_s;
+    QTest::newRow("a tab in a row") << u"a\tcd\nabcdef\nabcdef"_s << TextChangeKind::UpperCase
+                                    << u"a\tcd\naBCdef\naBCdef"_s << u"\nBC\nBC"_s;
+    QTest::newRow("a wide character across the left edge")
+        << u"漢字\nabcd\nabcd"_s << TextChangeKind::UpperCase << u"漢字\naBCd\naBCd"_s
+        << u"漢\nBC\nBC"_s;
     QTest::newRow("narrower") << u"aｂd\neｆh\niｊl"_s << TextChangeKind::HalfWidth
                               << u"abd\nefh\nijl"_s << u"b\nf\nj"_s;
 }
