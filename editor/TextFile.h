@@ -16,7 +16,7 @@
 namespace penwick {
 
 /// The progress of a load or a save, and its cancellation. Shared by the worker and the watching
-/// thread: every member may be called from both.
+/// thread: every member may be called from both, unless it says otherwise.
 class TransferProgress final
 {
 public:

@@ -33,6 +33,7 @@ run_tidy() {
 
 # Nothing else in ./test compiles the benchmarks; the check that is named only has to be a quick one.
 compile_bench() {
+    grep -q "/build/tidy/bench/.*/Unity/" build/tidy/compile_commands.json
     run-clang-tidy -quiet -p build/tidy -checks="-*,bugprone-use-after-move" "/build/tidy/bench/.*/Unity/"
 }
 

@@ -360,14 +360,17 @@ quint64 SegmentLayout::lookOf(int row) const
 {
     if (m_ownLook != 0)
         return qHashMulti(0, m_ownLook, row);
-    constexpr int kContext = 8; // Fonts may form a ligature with characters of the adjacent rows.
+    // Punctuation and digits get the font of the script before them, however far away that is.
+    // Fonts may form a ligature with characters of the next row.
+    constexpr int kContext = 8;
     const QTextLine line = m_layout.lineAt(row);
     const QString text = m_layout.text();
-    const int start = std::max(0, line.textStart() - kContext);
     const int end = line.textStart() + line.textLength() + kContext;
     const qint64 lineEnd = row + 1 == rowCount() ? m_segment.breakLength : 0; // May have a mark.
-    return qHashMulti(
-        0, lineEnd, line.textStart() - start, QStringView(text).mid(start, end - start));
+    return qHashMulti(0,
+                      lineEnd,
+                      line.textStart(),
+                      QStringView(text).first(std::min<qsizetype>(end, text.size())));
 }
 
 int SegmentLayout::compositionBefore(int row) const

@@ -147,7 +147,8 @@ takeException(JSContextRef context, JSValueRef thrown, ScriptValueSink &sink)
 
 struct ScriptEngine::Parts
 {
-    // The texts must outlive the engine, which reads them in place.
+    // These must outlive the engine, which refers to them.
+    ScriptLogSink log{};
     QString source{};
     std::vector<QString> longTexts{};
     JsContextGroup group{JSContextGroupCreate()};
@@ -175,7 +176,8 @@ void ScriptEngine::evaluate(const ScriptRequest &request,
         return sink.done(ScriptError{ScriptError::Code::EngineUnavailable, {}});
 
     JSGlobalContextRef context = m_parts->context.get();
-    installConsole(context, log);
+    m_parts->log = log;
+    installConsole(context, m_parts->log);
     if (request.userInput)
         installUserInput(context, *request.userInput);
     m_parts->longTexts.reserve(request.longTexts.size());

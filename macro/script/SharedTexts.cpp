@@ -285,7 +285,8 @@ std::optional<Text> SharedTexts::text(Place place, qsizetype length) const
         return i == count ? length : cutNear(place, length / count * i);
     };
     std::vector<std::future<std::optional<Text>>> parts;
-    qsizetype start = cut(1);
+    const qsizetype first = cut(1);
+    qsizetype start = first;
     for (qsizetype i = 1; i < count; ++i) {
         const qsizetype end = cut(i + 1);
         // Without another thread, the part is decoded when it is needed.
@@ -293,7 +294,7 @@ std::optional<Text> SharedTexts::text(Place place, qsizetype length) const
                                    [=, this] { return part(place, start, end); }));
         start = end;
     }
-    std::optional<Text> text = part(place, 0, cut(1));
+    std::optional<Text> text = part(place, 0, first);
     for (auto &next : parts) {
         const std::optional<Text> more = next.get();
         text = text && more ? std::optional(text->appended(*more)) : std::nullopt;
