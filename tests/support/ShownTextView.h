@@ -8,6 +8,16 @@
 
 namespace penwick::test {
 
+/// The keys that move the caret.
+constexpr Qt::Key kCaretKeys[] = {Qt::Key_Left,
+                                  Qt::Key_Right,
+                                  Qt::Key_Up,
+                                  Qt::Key_Down,
+                                  Qt::Key_Home,
+                                  Qt::Key_End,
+                                  Qt::Key_PageUp,
+                                  Qt::Key_PageDown};
+
 /// A view in a shown and active window.
 struct ShownTextView
 {

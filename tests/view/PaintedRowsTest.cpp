@@ -73,15 +73,6 @@ public:
     test::ShownTextView f;
 };
 
-constexpr Qt::Key kMoves[] = {Qt::Key_Left,
-                              Qt::Key_Right,
-                              Qt::Key_Up,
-                              Qt::Key_Down,
-                              Qt::Key_Home,
-                              Qt::Key_End,
-                              Qt::Key_PageDown,
-                              Qt::Key_PageUp};
-
 /// Performs a random action of a user.
 void act(test::ShownTextView &f, QRandomGenerator &random)
 {
@@ -108,7 +99,7 @@ void act(test::ShownTextView &f, QRandomGenerator &random)
         return f.view.resize(300 + random.bounded(300), 400);
     case 8:
     case 9:
-        return f.key(kMoves[random.bounded(8)],
+        return f.key(test::kCaretKeys[random.bounded(8)],
                      random.bounded(2) == 0 ? Qt::ShiftModifier : Qt::NoModifier);
     default:
         return f.compose({}, test::randomText(random, 1 + random.bounded(2)));

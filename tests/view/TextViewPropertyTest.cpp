@@ -11,14 +11,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr Qt::Key kMoves[] = {Qt::Key_Left,
-                              Qt::Key_Right,
-                              Qt::Key_Up,
-                              Qt::Key_Down,
-                              Qt::Key_Home,
-                              Qt::Key_End,
-                              Qt::Key_PageUp,
-                              Qt::Key_PageDown};
 constexpr Qt::KeyboardModifiers kModifiers[] = {
     Qt::NoModifier, Qt::NoModifier, Qt::ShiftModifier, Qt::ControlModifier};
 
@@ -121,7 +113,7 @@ Promise Play::act()
 
 Promise Play::move()
 {
-    const Qt::Key key = oneOf(m_random, kMoves);
+    const Qt::Key key = oneOf(m_random, test::kCaretKeys);
     const Qt::KeyboardModifiers modifiers = oneOf(m_random, kModifiers);
     const bool isByRows = key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_PageUp ||
                           key == Qt::Key_PageDown;
