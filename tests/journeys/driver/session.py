@@ -176,10 +176,15 @@ class Session:
             stdout=subprocess.DEVNULL,
             stderr=subprocess.DEVNULL,
         )
-        until(
-            lambda: "window id" in self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"),
-            "the window manager",
-        )
+        until(self._window_manager_answers, "the window manager")
+
+    def _window_manager_answers(self):
+        """The window manager announces itself before it handles events, and a window shown in
+        between can stay unmapped for ever. So this requests something and looks for the effect."""
+        if "window id" not in self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"):
+            return False
+        self.run("xdotool", "set_num_desktops", 1)
+        return self.run("xprop", "-root", "_NET_NUMBER_OF_DESKTOPS").strip().endswith("= 1")
 
     def _configure_window_manager(self):
         """Leaves the program the Alt key that the usual settings take for moving windows."""
