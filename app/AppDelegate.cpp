@@ -141,7 +141,7 @@ void AppDelegate::applicationDidFinishLaunching(const std::optional<OpenRequest>
 
 void AppDelegate::openLists()
 {
-    UserDefaults &defaults = UserDefaults::standard();
+    UserDefaults &defaults = UserDefaults::usage();
     m_recentFiles.emplace(defaults, Preferences::standard());
     m_recentFiles->follow(&m_documents);
     m_palette.emplace(this, &m_commands);
@@ -434,7 +434,7 @@ void AppDelegate::showMacroManager()
                 m_panels,
                 randomIds(),
                 [this](const Macro &draft) { runMacroInActiveEditor(draft); }},
-            UserDefaults::standard());
+            UserDefaults::usage());
         addShortcuts(m_macroManager->window());
         showRunState();
     }
@@ -451,7 +451,7 @@ void AppDelegate::showProfileManager()
                                          m_clock,
                                          randomIds(),
                                          suppliedProfileFolder()},
-            UserDefaults::standard());
+            UserDefaults::usage());
         addShortcuts(m_profileManager->window());
     }
     m_profileManager->showWindow();
@@ -471,7 +471,7 @@ void AppDelegate::showSettings()
                                       NotificationCenter::defaultCenter(),
                                       ApplicationSupport::configurationFilePath(),
                                       [this] { openSettingsFile(); }},
-            UserDefaults::standard());
+            UserDefaults::usage());
         addShortcuts(m_preferences->window());
     }
     m_preferences->showWindow();

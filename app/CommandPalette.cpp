@@ -129,7 +129,7 @@ QList<PaletteRow> macroRows(const QList<Macro> &macros, const MacroKeys &keys)
 CommandPalette::CommandPalette(AppDelegate *app, AppCommands *commands)
     : m_app(app)
     , m_commands(commands)
-    , m_usedBefore(UserDefaults::standard(), u"recentCommands/inPalette"_s, kMostRecent)
+    , m_usedBefore(UserDefaults::usage(), u"recentCommands/inPalette"_s, kMostRecent)
 {
     m_recent = m_usedBefore.items();
 }

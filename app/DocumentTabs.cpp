@@ -43,7 +43,7 @@ std::shared_ptr<EditorWindow> DocumentTabs::currentWindow() const
 
 std::shared_ptr<EditorWindow> DocumentTabs::makeWindow()
 {
-    auto window = std::make_shared<EditorWindow>(&UserDefaults::standard());
+    auto window = std::make_shared<EditorWindow>(&UserDefaults::usage());
     window->installEventFilter(this);
     connect(window.get(), &EditorWindow::currentTabChanged, this, &DocumentTabs::cameForward);
     connect(window.get(),

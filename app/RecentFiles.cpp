@@ -1,7 +1,6 @@
 #include "app/RecentFiles.h"
 
 #include "app/DocumentController.h"
-#include "platform/files/ApplicationSupport.h"
 
 #include <QFile>
 #include <QSet>
@@ -91,11 +90,10 @@ void RecentFiles::clear()
 }
 
 /// Adds the document's file if the document has read or written one: a path on the command line may
-/// have none. Leaves out the settings, which the list would change while they are edited.
+/// have none.
 void RecentFiles::addFileOf(const TextDocument &document)
 {
-    const bool isSettings = document.filePath() == ApplicationSupport::configurationFilePath();
-    if (document.fileVersion() && !isSettings)
+    if (document.fileVersion())
         add(QFile::encodeName(document.filePath()));
 }
 

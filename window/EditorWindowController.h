@@ -45,7 +45,7 @@ public:
     /// Makes a window with this as its only tab; does not show it. The tab is empty until a
     /// document is set.
     /// \param defaults stores the window's frame; not owned, must outlive this.
-    explicit EditorWindowController(UserDefaults &defaults = UserDefaults::standard(),
+    explicit EditorWindowController(UserDefaults &defaults = UserDefaults::usage(),
                                     Clock clock = systemClock(),
                                     MacroRuntimeService macroRuntime = {},
                                     QObject *parent = nullptr);

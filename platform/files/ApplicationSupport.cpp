@@ -35,6 +35,11 @@ QString baseFolder(const char *variable, const QString &underHome)
     return QFile::decodeName(home) + u'/' + underHome;
 }
 
+QString configurationFolderPath()
+{
+    return baseFolder("XDG_CONFIG_HOME", u".config"_s) + u"/penwick"_s;
+}
+
 } // namespace
 
 bool ApplicationSupport::hasHome()
@@ -54,7 +59,12 @@ QString ApplicationSupport::stateFolderPath()
 
 QString ApplicationSupport::configurationFilePath()
 {
-    return baseFolder("XDG_CONFIG_HOME", u".config"_s) + u"/penwick/penwick.conf"_s;
+    return configurationFolderPath() + u"/penwick.conf"_s;
+}
+
+QString ApplicationSupport::usageFilePath()
+{
+    return configurationFolderPath() + u"/usage.conf"_s;
 }
 
 } // namespace penwick

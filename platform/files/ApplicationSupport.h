@@ -26,6 +26,9 @@ public:
     /// Absolute path of the file of `UserDefaults::standard()`: `penwick/penwick.conf` in
     /// $XDG_CONFIG_HOME, by default in ~/.config, by the same rules.
     [[nodiscard]] static QString configurationFilePath();
+
+    /// Absolute path of the file of `UserDefaults::usage()`: `usage.conf` in the same folder.
+    [[nodiscard]] static QString usageFilePath();
 };
 
 } // namespace penwick

@@ -8,7 +8,7 @@
 
 namespace penwick {
 
-/// A setting that lists what was used last, each item once, the last one first. Several processes
+/// A stored list of what was used last, each item once, the last one first. Several processes
 /// can add to the same list at the same time.
 class RecentList final : public QObject
 {
@@ -16,7 +16,7 @@ class RecentList final : public QObject
 
 public:
     /// \param defaults not owned; must outlive this.
-    /// \param key of the setting, which is a list of strings.
+    /// \param key of the list of strings in `defaults`.
     /// \param limit of the number of items.
     RecentList(UserDefaults &defaults, QString key, qsizetype limit, QObject *parent = nullptr);
     /// Stores what was added last.

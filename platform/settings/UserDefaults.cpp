@@ -15,8 +15,14 @@ UserDefaults::UserDefaults(const QString &filePath)
 
 UserDefaults &UserDefaults::standard()
 {
-    // Never destroyed: windows that close during exit still store their frames.
     static auto *const defaults = new UserDefaults(ApplicationSupport::configurationFilePath());
+    return *defaults; // Never destroyed: what is destroyed during exit may still use it.
+}
+
+UserDefaults &UserDefaults::usage()
+{
+    // Never destroyed: windows that close during exit still store their frames.
+    static auto *const defaults = new UserDefaults(ApplicationSupport::usageFilePath());
     return *defaults;
 }
 

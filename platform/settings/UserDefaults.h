@@ -14,7 +14,7 @@
 
 namespace penwick {
 
-/// A key/value store for the user's settings in one INI file. Every change is written to the file
+/// A key/value store in one INI file. Every change is written to the file
 /// before the call returns. Use it from the main thread. Keys are case-sensitive.
 class UserDefaults final
 {
@@ -22,9 +22,14 @@ public:
     /// \param filePath absolute; the file and its folder need not exist yet.
     explicit UserDefaults(const QString &filePath);
 
-    /// The application's store, in `ApplicationSupport::configurationFilePath()`. Created on first
-    /// use, lives until the process ends.
+    /// The user's choices, in `ApplicationSupport::configurationFilePath()`. Created on first use,
+    /// lives until the process ends.
     [[nodiscard]] static UserDefaults &standard();
+
+    /// What penwick remembers by itself, in `ApplicationSupport::usageFilePath()`: window frames,
+    /// recent files and commands. They are apart from the choices because users edit those as a
+    /// text, which must not change meanwhile. Created on first use, lives until the process ends.
+    [[nodiscard]] static UserDefaults &usage();
 
     /// Returns std::nullopt when the key is not stored. A boolean is "true" or "false".
     [[nodiscard]] std::optional<QString> string(const QString &key) const;

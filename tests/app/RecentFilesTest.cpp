@@ -9,6 +9,7 @@
 #include "window/EditorTabBar.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QLineEdit>
 #include <QListView>
 #include <QSemaphore>
@@ -28,8 +29,8 @@ private Q_SLOTS:
     void init()
     {
         Preferences::standard().reset(PreferenceId::KeepsRecentFiles);
-        UserDefaults::standard().remove(u"recentFiles/paths"_s);
-        UserDefaults::standard().remove(u"recentCommands/inPalette"_s);
+        UserDefaults::usage().remove(u"recentFiles/paths"_s);
+        UserDefaults::usage().remove(u"recentCommands/inPalette"_s);
         begin();
     }
 
@@ -40,7 +41,7 @@ private Q_SLOTS:
     void paths_beyondTheLimit_areForgotten();
     void files_openedAndSaved_areListedTheLastOneFirst();
     void file_missing_isListedOnceItIsSaved();
-    void settings_areNotListed();
+    void use_leavesTheSettingsAsTheyAre();
     void file_readInTheBackground_isListed();
     void file_chosenInThePalette_isOpened();
     void files_areListedBeforeTheCommands();
@@ -149,14 +150,31 @@ void RecentFilesTest::file_missing_isListedOnceItIsSaved()
     QCOMPARE(m_app->recentFiles().paths(), QList<QByteArray>{QFile::encodeName(path)});
 }
 
-void RecentFilesTest::settings_areNotListed()
+void RecentFilesTest::use_leavesTheSettingsAsTheyAre()
 {
+    UserDefaults::standard().setString(u"zoom"_s, u"120"_s);
     launch();
     const QString path = ApplicationSupport::configurationFilePath();
-    QVERIFY(UserDefaults::standard().setString(u"zoom"_s, u"120"_s));
+    const auto read = [](const QString &name) {
+        QFile file(name);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    const QByteArray settings = read(path);
+    QVERIFY(settings.contains("zoom=120"));
     QVERIFY(m_app->documentController().openFile(path));
-    QCOMPARE(m_app->targetEditor()->document()->filePath(), path);
-    QCOMPARE(m_app->recentFiles().paths(), QList<QByteArray>());
+    open(u"other.txt"_s);
+    m_app->openPalette();
+    auto *input = Palette::openIn(window())->findChild<QLineEdit *>();
+    input->setText(u"新規"_s);
+    QTest::keyClick(input, Qt::Key_Return);
+    window()->resize(window()->size() + QSize(7, 7));
+    const auto isWritten = [read] {
+        const QByteArray usage = read(ApplicationSupport::usageFilePath());
+        return usage.contains("other.txt") && usage.contains("inPalette=") &&
+               usage.contains("windowFrame.penwickEditorWindow=");
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(isWritten(), test::kLongWait);
+    QCOMPARE(read(path), settings);
     UserDefaults::standard().remove(u"zoom"_s);
 }
 

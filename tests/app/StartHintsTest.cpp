@@ -18,7 +18,7 @@ private Q_SLOTS:
 
     void init()
     {
-        UserDefaults::standard().remove(u"recentFiles/paths"_s);
+        UserDefaults::usage().remove(u"recentFiles/paths"_s);
         Preferences::standard().reset(PreferenceId::ShowsHint);
         begin();
         launch();

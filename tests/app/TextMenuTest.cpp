@@ -20,7 +20,7 @@ private Q_SLOTS:
 
     void init()
     {
-        UserDefaults::standard().remove(u"recentCommands/onSelection"_s);
+        UserDefaults::usage().remove(u"recentCommands/onSelection"_s);
         begin();
         launch();
         activate(0);

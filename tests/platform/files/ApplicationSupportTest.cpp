@@ -23,6 +23,8 @@ private Q_SLOTS:
         QCOMPARE(ApplicationSupport::folderPath(), home.dataFolder() + u"/penwick"_s);
         QCOMPARE(ApplicationSupport::configurationFilePath(),
                  home.configFolder() + u"/penwick/penwick.conf"_s);
+        QCOMPARE(ApplicationSupport::usageFilePath(),
+                 home.configFolder() + u"/penwick/usage.conf"_s);
         QCOMPARE(ApplicationSupport::stateFolderPath(), home.file(u"state/penwick"_s));
         QVERIFY(!QFileInfo::exists(home.dataFolder()));
     }

@@ -82,11 +82,13 @@ private Q_SLOTS:
         QCOMPARE(defaults.string(u"key"_s), std::optional(u"x"_s));
     }
 
-    void standard_usesTheConfigurationFolder()
+    void standardAndUsage_useTheConfigurationFolder()
     {
         const TemporaryHome home;
         QVERIFY(UserDefaults::standard().setBoolean(u"key"_s, true));
+        QVERIFY(UserDefaults::usage().setBoolean(u"key"_s, false));
         QVERIFY(home.read(u"config/penwick/penwick.conf"_s).contains("key=true"));
+        QVERIFY(home.read(u"config/penwick/usage.conf"_s).contains("key=false"));
     }
 };
 
