@@ -13,6 +13,7 @@ export ASAN_OPTIONS=detect_stack_use_after_return=1:strict_string_checks=1
 # Fontconfig, GLib and Qt's plugins never free some of their allocations.
 export LSAN_OPTIONS=suppressions=$PWD/tests/checks/leaks.txt:print_suppressions=0
 export UBSAN_OPTIONS=print_stacktrace=1
+# One test more than cores, because many of them wait for another process.
 # Left out: what passed, so that a failure is found in a report of which only the end is kept.
-ctest --test-dir build/asan --output-on-failure --no-tests=error --parallel "$(nproc)" |
+ctest --test-dir build/asan --output-on-failure --no-tests=error --parallel "$(($(nproc) + 1))" |
     sed -u -e '/^ *Start *[0-9]*: /d' -e '/ Test *#[0-9]*: .* Passed /d' -e '/^PASS   : /d'
