@@ -61,6 +61,7 @@ HostConnection::run(ScriptRequest request, const ScriptLogSink &log, ScriptWaite
 {
     m_log = &log;
     m_waiter = waiter;
+    m_decoder.emplace(ScriptLimits(), &m_shared);
     m_shared.startOver();
     // A failure to send needs no handling here: the way the host ended gives the reason.
     const auto sink = [this](QByteArrayView bytes) { return send(bytes); };
@@ -72,6 +73,7 @@ HostConnection::run(ScriptRequest request, const ScriptLogSink &log, ScriptWaite
     }
     m_log = nullptr;
     m_waiter = nullptr;
+    m_decoder.reset();
     if (!m_outcome)
         return failure();
     ScriptOutcome outcome = *std::move(m_outcome);
@@ -162,9 +164,16 @@ void HostConnection::takeMessages()
         else if (*message)
             take(**message);
         else
-            return;
+            return decodeAhead();
         m_broken = m_broken || m_malformed;
     }
+}
+
+// Decodes while the host still converts the rest of its value.
+void HostConnection::decodeAhead()
+{
+    if (m_decoder && m_reader.incomplete() != nullptr)
+        m_decoder->decodeAhead(*m_reader.incomplete());
 }
 
 // The greeting comes first and once. Every later message belongs to a run.
@@ -205,7 +214,7 @@ void HostConnection::takeOutcome(const Message &message)
         m_malformed = true;
         return;
     }
-    auto outcome = decodeOutcome(message, {}, &m_shared);
+    auto outcome = m_decoder->decode(message);
     if (outcome)
         m_outcome = std::move(*outcome);
     else if (resultError(outcome.error()) == ScriptError::Code::HostEnded)

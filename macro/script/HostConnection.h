@@ -45,6 +45,7 @@ private:
     void wait(bool forWriting);
     void receive();
     void takeMessages();
+    void decodeAhead();
     void take(const Message &message);
     void takeGreeting(const Message &message);
     void takeOutcome(const Message &message);
@@ -58,6 +59,7 @@ private:
     ScriptWaiter *m_waiter = nullptr;
     QString m_engine;
     std::optional<HostProtection> m_protection;
+    std::optional<OutcomeDecoder> m_decoder; // During a run.
     std::optional<ScriptOutcome> m_outcome;
     bool m_broken = false;    // The connection is lost, or the host sent malformed data.
     bool m_malformed = false; // The host sent malformed or unexpected data.

@@ -124,6 +124,7 @@ void FrameWriter::putSharedText(qsizetype length, SharedTexts::Place place)
     put(place.form == SharedTexts::Form::Ascii ? TextForm::SharedAscii : TextForm::Shared);
     put(static_cast<quint32>(length));
     put(place.start);
+    flush(true);
 }
 
 qsizetype FrameWriter::room() const

@@ -63,7 +63,8 @@ public:
 
     /// Writes the text's encoding, its length and its code units: one byte for each unit when all
     /// are below U+0100, otherwise two. Of a text that `shared` takes, writes the length and the
-    /// place there instead of the units. At most 2^32 - 1 units.
+    /// place there instead of the units, and sends the frame: the other side can read the text
+    /// while the rest of the message is made. At most 2^32 - 1 units.
     void putText(QStringView text);
     void putSource(const ScriptSource &source);
     /// Writes the mark for "no text" in place of a text.
@@ -102,6 +103,10 @@ public:
     /// Returns the next complete message; nothing while it is incomplete. After an error, every
     /// further call returns that error.
     [[nodiscard]] tl::expected<std::optional<Message>, WireError> next();
+
+    /// The message of which some frames have arrived, but not all; null for none. Valid until the
+    /// next call of `append` or `next`.
+    [[nodiscard]] const Message *incomplete() const { return m_open ? &*m_open : nullptr; }
 
 private:
     [[nodiscard]] tl::expected<void, WireError> take(const Frame &frame);
@@ -145,6 +150,9 @@ public:
     [[nodiscard]] std::vector<quint32> getNumbers(std::size_t count);
 
     void fail(WireError error);
+
+    /// How many bytes are unread. 0 after an error.
+    [[nodiscard]] qsizetype left() const { return m_rest.size(); }
 
     /// The first error, if there was one.
     [[nodiscard]] std::optional<WireError> error() const { return m_error; }

@@ -38,29 +38,86 @@ bool isMadeOf(const Text &joined, const std::vector<quint32> &lengths)
     return matches && next == lengths.size() - 1 && nextEnd == joined.size();
 }
 
-class ValueReader final
+tl::expected<ScriptOutcome, WireError> decodeFailure(QByteArrayView payload,
+                                                     const SharedTexts *shared)
+{
+    PayloadReader reader(payload, shared);
+    const auto code = reader.get<quint8>();
+    ScriptError error{static_cast<ScriptError::Code>(code), reader.getText()};
+    error.line = reader.get<qint32>();
+    error.column = reader.get<qint32>();
+    if (const auto wrong = reader.errorAtEnd())
+        return tl::unexpected(*wrong);
+    // The codes after this one are about the host itself, and only the editor sets them.
+    if (code > static_cast<quint8>(ScriptError::Code::ResultTooDeep) || error.line < 0 ||
+        error.column < 0)
+        return tl::unexpected(WireError::UnknownTag);
+    if (!isWellFormed(error.text))
+        return tl::unexpected(WireError::MalformedText);
+    return ScriptOutcome(tl::unexpect, std::move(error));
+}
+
+} // namespace
+
+class OutcomeDecoder::ValueDecoder final
 {
 public:
-    ValueReader(QByteArrayView payload, const ScriptLimits &limits, const SharedTexts *shared)
-        : m_reader(payload, shared)
-        , m_limits(limits)
+    ValueDecoder(const ScriptLimits &limits, const SharedTexts *shared)
+        : m_limits(limits)
+        , m_shared(shared)
     {
     }
 
-    tl::expected<ScriptValue, WireError> read()
+    /// Decodes as many parts of the value as are complete.
+    /// \param payload what has arrived of it: the same bytes as before, and more.
+    void decode(QByteArrayView payload)
     {
-        readValue(m_reader.get<Tag>());
-        while (m_builder.depth() > 0 && !m_reader.error())
-            if (m_builder.isInMap())
-                readMember();
-            else
-                readElement();
-        if (const auto error = m_reader.errorAtEnd())
-            return tl::unexpected(*error);
+        while (!m_error && !isWhole()) {
+            const auto values = m_values;
+            const auto bytes = m_bytes;
+            m_reader = PayloadReader(payload.sliced(m_decoded), m_shared);
+            decodePart();
+            m_error = m_reader.error();
+            if (m_error == WireError::Truncated) {
+                m_values = values;
+                m_bytes = bytes;
+                break;
+            }
+            m_decoded = payload.size() - m_reader.left();
+        }
+        // What is missing may still arrive.
+        if (m_error == WireError::Truncated)
+            m_error.reset();
+    }
+
+    /// \param payload all of it.
+    tl::expected<ScriptValue, WireError> finish(QByteArrayView payload)
+    {
+        decode(payload);
+        if (m_error)
+            return tl::unexpected(*m_error);
+        if (!isWhole())
+            return tl::unexpected(WireError::Truncated);
+        if (m_decoded != payload.size())
+            return tl::unexpected(WireError::TrailingBytes);
         return m_builder.take();
     }
 
 private:
+    [[nodiscard]] bool isWhole() const { return m_hasRoot && m_builder.depth() == 0; }
+
+    void decodePart()
+    {
+        if (!m_hasRoot) {
+            readValue(m_reader.get<Tag>());
+            m_hasRoot = !m_reader.error();
+        } else if (m_builder.isInMap()) {
+            readMember();
+        } else {
+            readElement();
+        }
+    }
+
     void readElement()
     {
         const auto tag = m_reader.get<Tag>();
@@ -159,33 +216,16 @@ private:
             m_builder.beginList();
     }
 
-    PayloadReader m_reader;
-    const ScriptLimits &m_limits;
+    const ScriptLimits m_limits;
+    const SharedTexts *m_shared;
+    PayloadReader m_reader{{}};
+    qsizetype m_decoded = 0; // Bytes of the payload.
+    std::optional<WireError> m_error;
+    bool m_hasRoot = false;
     std::size_t m_values = 0;
     std::size_t m_bytes = 0;
     ScriptValueBuilder m_builder;
 };
-
-tl::expected<ScriptOutcome, WireError> decodeFailure(QByteArrayView payload,
-                                                     const SharedTexts *shared)
-{
-    PayloadReader reader(payload, shared);
-    const auto code = reader.get<quint8>();
-    ScriptError error{static_cast<ScriptError::Code>(code), reader.getText()};
-    error.line = reader.get<qint32>();
-    error.column = reader.get<qint32>();
-    if (const auto wrong = reader.errorAtEnd())
-        return tl::unexpected(*wrong);
-    // The codes after this one are about the host itself, and only the editor sets them.
-    if (code > static_cast<quint8>(ScriptError::Code::ResultTooDeep) || error.line < 0 ||
-        error.column < 0)
-        return tl::unexpected(WireError::UnknownTag);
-    if (!isWellFormed(error.text))
-        return tl::unexpected(WireError::MalformedText);
-    return ScriptOutcome(tl::unexpect, std::move(error));
-}
-
-} // namespace
 
 bool sendText(MessageKind kind, QStringView text, const ByteSink &sink)
 {
@@ -342,15 +382,38 @@ bool OutcomeSender::fail(const ScriptError &error)
     return writer.finish();
 }
 
-tl::expected<ScriptOutcome, WireError>
-decodeOutcome(const Message &message, const ScriptLimits &limits, const SharedTexts *shared)
+OutcomeDecoder::OutcomeDecoder(const ScriptLimits &limits, const SharedTexts *shared)
+    : m_shared(shared)
+    , m_value(std::make_unique<ValueDecoder>(limits, shared))
+{
+}
+
+OutcomeDecoder::OutcomeDecoder(OutcomeDecoder &&) noexcept = default;
+
+OutcomeDecoder &OutcomeDecoder::operator=(OutcomeDecoder &&) noexcept = default;
+
+OutcomeDecoder::~OutcomeDecoder() = default;
+
+void OutcomeDecoder::decodeAhead(const Message &incomplete)
+{
+    if (incomplete.kind == MessageKind::Value)
+        m_value->decode(incomplete.payload);
+}
+
+tl::expected<ScriptOutcome, WireError> OutcomeDecoder::decode(const Message &message)
 {
     if (message.kind == MessageKind::Failure)
-        return decodeFailure(message.payload, shared);
-    auto value = ValueReader(message.payload, limits, shared).read();
+        return decodeFailure(message.payload, m_shared);
+    auto value = m_value->finish(message.payload);
     if (!value)
         return tl::unexpected(value.error());
     return ScriptOutcome(std::move(*value));
+}
+
+tl::expected<ScriptOutcome, WireError>
+decodeOutcome(const Message &message, const ScriptLimits &limits, const SharedTexts *shared)
+{
+    return OutcomeDecoder(limits, shared).decode(message);
 }
 
 } // namespace penwick

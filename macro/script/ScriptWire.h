@@ -4,6 +4,7 @@
 #include "macro/script/ScriptHost.h"
 #include "macro/script/ScriptValueSink.h"
 
+#include <memory>
 #include <vector>
 
 namespace penwick {
@@ -64,8 +65,35 @@ private:
     std::vector<bool> m_isMap; // One for each open list or map.
 };
 
-/// \param message of kind `Value` or `Failure`.
-/// \param limits for the whole tree, counted as the sender counts.
+/// Decodes an outcome, if the caller wishes while its message still arrives.
+class OutcomeDecoder final
+{
+public:
+    /// \param limits for the whole tree, counted as the sender counts.
+    /// \param shared must outlive this.
+    explicit OutcomeDecoder(const ScriptLimits &limits = {}, const SharedTexts *shared = nullptr);
+    OutcomeDecoder(OutcomeDecoder &&) noexcept;
+    OutcomeDecoder &operator=(OutcomeDecoder &&) noexcept;
+    OutcomeDecoder(const OutcomeDecoder &) = delete;
+    OutcomeDecoder &operator=(const OutcomeDecoder &) = delete;
+    ~OutcomeDecoder();
+
+    /// Decodes what has arrived of a `Value` and was not decoded before. Does nothing with a
+    /// message of another kind.
+    void decodeAhead(const Message &incomplete);
+
+    /// Decodes the rest.
+    /// \param message of kind `Value`, the one that was decoded ahead, or `Failure`.
+    [[nodiscard]] tl::expected<ScriptOutcome, WireError> decode(const Message &message);
+
+private:
+    class ValueDecoder;
+
+    const SharedTexts *m_shared;
+    std::unique_ptr<ValueDecoder> m_value;
+};
+
+/// Decodes a complete message; see `OutcomeDecoder`.
 [[nodiscard]] tl::expected<ScriptOutcome, WireError> decodeOutcome(
     const Message &message, const ScriptLimits &limits = {}, const SharedTexts *shared = nullptr);
 

@@ -59,7 +59,7 @@ struct Service
 penwick::ScriptLimits limitsFor(std::size_t memory)
 {
     constexpr std::size_t kLeastUnits = std::size_t{1} << 19;
-    constexpr std::size_t kMostUnits = std::size_t{1} << 23;
+    constexpr std::size_t kMostUnits = std::size_t{1} << 21;
     constexpr std::size_t kShare = 512;
     penwick::ScriptLimits limits;
     limits.joinedUnits = std::clamp(memory / kShare, kLeastUnits, kMostUnits);

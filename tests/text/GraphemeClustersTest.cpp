@@ -50,6 +50,7 @@ class GraphemeClustersTest final : public QObject
 private Q_SLOTS:
     void unicodeBreakTest_countsAndStepsAgree_data();
     void unicodeBreakTest_countsAndStepsAgree();
+    void longStretchesOfCommonCharacters_areCountedAsTheIteratorDoes();
     void certainBoundaries_areBoundariesInEveryCase();
     void certainBoundaries_divideWhatIsCounted();
     void commonCharacters_haveCertainBoundaries();
@@ -91,6 +92,41 @@ void GraphemeClustersTest::unicodeBreakTest_countsAndStepsAgree()
         QCOMPARE(text.nextClusterBoundary(previous), boundary);
         QCOMPARE(text.previousClusterBoundary(boundary), previous);
         previous = boundary;
+    }
+}
+
+void GraphemeClustersTest::longStretchesOfCommonCharacters_areCountedAsTheIteratorDoes()
+{
+    // Common characters are counted in blocks; the others stand anywhere in and between those.
+    const QStringList common{QStringLiteral("a"),
+                             QStringLiteral("か"),
+                             QStringLiteral("漢"),
+                             QStringLiteral("\r\n"),
+                             QStringLiteral("\r"),
+                             QStringLiteral("\n"),
+                             QStringLiteral("\u00AD"),
+                             QStringLiteral("\u02FF"),
+                             QStringLiteral("\u9FFF")};
+    const QStringList rare{QStringLiteral("\u3099"),
+                           QStringLiteral("\u302A"),
+                           QStringLiteral("\u0301"),
+                           QStringLiteral("\u0300"),
+                           QStringLiteral("\uFF9E"),
+                           QStringLiteral("\u200D\U0001F469"),
+                           QStringLiteral("\u1100\u1161"),
+                           QStringLiteral("\uA66F"),
+                           QStringLiteral("\u2FFF")};
+    QRandomGenerator random(11);
+    for (int run = 0; run < 3000; ++run) {
+        QString text;
+        const int rarity = random.bounded(2, 200);
+        for (int i = random.bounded(1, 400); i > 0; --i)
+            text += random.bounded(rarity) == 0 ? rare[random.bounded(rare.size())]
+                                                : common[random.bounded(common.size())];
+        qint64 steps = 0;
+        for (qsizetype at = 0; at < text.size(); at = clusters::following(viewOf(text), at))
+            ++steps;
+        QCOMPARE(clusters::count(viewOf(text)), steps);
     }
 }
 
