@@ -77,17 +77,14 @@ public:
             const auto bytes = m_bytes;
             m_reader = PayloadReader(payload.sliced(m_decoded), m_shared);
             decodePart();
-            m_error = m_reader.error();
-            if (m_error == WireError::Truncated) {
-                m_values = values;
+            if (m_reader.error() == WireError::Truncated) {
+                m_values = values; // What is missing may still arrive.
                 m_bytes = bytes;
-                break;
+                return;
             }
+            m_error = m_reader.error();
             m_decoded = payload.size() - m_reader.left();
         }
-        // What is missing may still arrive.
-        if (m_error == WireError::Truncated)
-            m_error.reset();
     }
 
     /// \param payload all of it.
@@ -106,6 +103,7 @@ public:
 private:
     [[nodiscard]] bool isWhole() const { return m_hasRoot && m_builder.depth() == 0; }
 
+    // Leaves the builder as it is when the part is incomplete, but for the key of a member.
     void decodePart()
     {
         if (!m_hasRoot) {
@@ -170,7 +168,7 @@ private:
         case Tag::True:
             return m_builder.boolean(tag == Tag::True);
         case Tag::Number:
-            return m_builder.number(m_reader.get<double>());
+            return readNumber();
         case Tag::Text:
             return readText();
         case Tag::List:
@@ -185,11 +183,19 @@ private:
         m_reader.fail(WireError::UnknownTag);
     }
 
+    void readNumber()
+    {
+        const auto number = m_reader.get<double>();
+        if (!m_reader.error())
+            m_builder.number(number);
+    }
+
     void readText()
     {
         QString text = m_reader.getText();
         check(text);
-        m_builder.ownText(std::move(text));
+        if (!m_reader.error())
+            m_builder.ownText(std::move(text));
     }
 
     void check(const QString &text)

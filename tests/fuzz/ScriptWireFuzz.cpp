@@ -93,6 +93,18 @@ struct Extent
     }
 };
 
+// Bytes can be compared; values cannot, because NaN does not equal itself.
+QByteArray bytesOf(const ScriptOutcome &outcome)
+{
+    QByteArray bytes;
+    const ByteSink sink = [&bytes](QByteArrayView more) {
+        bytes.append(more);
+        return true;
+    };
+    REQUIRE(sendOutcome(outcome, sink));
+    return bytes;
+}
+
 /// Shared texts that a script host left for the editor. They exceed the limits.
 const SharedTexts &sharedTexts()
 {
@@ -103,6 +115,24 @@ const SharedTexts &sharedTexts()
         return SharedTexts(file, SharedTexts::Side::Editor);
     }();
     return editor;
+}
+
+/// Decodes the message at once, and while it arrives. Nothing when it cannot be decoded.
+std::optional<ScriptOutcome> decodedOutcome(const Message &message)
+{
+    auto outcome = decodeOutcome(message, kLimits, &sharedTexts());
+    const qsizetype portion = 1 + message.payload.size() / 16;
+    OutcomeDecoder decoder(kLimits, &sharedTexts());
+    for (qsizetype size = 1; size < message.payload.size(); size += portion)
+        decoder.decodeAhead({message.kind, message.payload.first(size)});
+    const auto inPortions = decoder.decode(message);
+    REQUIRE(inPortions.has_value() == outcome.has_value());
+    if (!outcome) {
+        REQUIRE(inPortions.error() == outcome.error());
+        return std::nullopt;
+    }
+    REQUIRE(bytesOf(*inPortions) == bytesOf(*outcome));
+    return *std::move(outcome);
 }
 
 /// Decodes the message and encodes it again. Nothing when it cannot be decoded.
@@ -133,7 +163,7 @@ std::optional<QByteArray> sentAgain(const Message &message)
         break;
     case MessageKind::Value:
     case MessageKind::Failure:
-        if (const auto outcome = decodeOutcome(message, kLimits, &sharedTexts())) {
+        if (const auto outcome = decodedOutcome(message)) {
             Extent extent;
             if (*outcome)
                 extent.add(**outcome, 1);

@@ -68,9 +68,22 @@ QByteArray frame(int kind, const QByteArray &payload, int more = 0)
     return bytes + payload;
 }
 
+/// Decodes the message after each portion that arrives, and when it is complete.
+tl::expected<ScriptOutcome, WireError>
+decodeInPortions(const Message &message, qsizetype portion, const ScriptLimits &limits = {})
+{
+    OutcomeDecoder decoder(limits);
+    for (qsizetype size = portion; size < message.payload.size(); size += portion)
+        decoder.decodeAhead({message.kind, message.payload.first(size)});
+    return decoder.decode(message);
+}
+
 std::optional<WireError> valueError(const QByteArray &payload, const ScriptLimits &limits = {})
 {
     const auto outcome = decodeOutcome({MessageKind::Value, payload}, limits);
+    const auto inPortions = decodeInPortions({MessageKind::Value, payload}, 1, limits);
+    if (inPortions != outcome)
+        qFatal("A value decoded while it arrives differs.");
     return outcome ? std::nullopt : std::optional(outcome.error());
 }
 
@@ -157,6 +170,7 @@ void ScriptWireTest::outcome_anyKind_comesBack()
         const auto decoded = decodeOutcome(*message);
         QVERIFY(decoded.has_value());
         QVERIFY(*decoded == outcome);
+        QVERIFY(decodeInPortions(*message, std::max<qsizetype>(1, portion / 100)) == decoded);
     }
 }
 

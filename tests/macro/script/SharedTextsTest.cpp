@@ -6,6 +6,7 @@
 
 #include <QTest>
 
+#include <array>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -34,12 +35,12 @@ struct Shared
 /// The payload of the single frame that `send` writes.
 template <typename Send> QByteArray payloadOf(Send send)
 {
-    QByteArray bytes;
-    const ByteSink sink = [&bytes](QByteArrayView more) {
-        bytes.append(more);
+    QByteArray payload;
+    const ByteSink sink = [&payload](QByteArrayView frame) {
+        payload.append(frame.sliced(kFrameHeaderSize));
         return true;
     };
-    return send(sink) ? bytes.mid(kFrameHeaderSize) : QByteArray();
+    return send(sink) ? payload : QByteArray();
 }
 
 } // namespace
@@ -62,6 +63,7 @@ private Q_SLOTS:
     void place_notWritten_isNotFound();
     void message_withLongTexts_isShort();
     void message_namingAPlaceThatIsNone_isAnError();
+    void sharedText_isDecodedBeforeTheMessageEnds();
     void host_cannotLeaveMoreThanItsRoom();
 };
 
@@ -260,6 +262,33 @@ void SharedTextsTest::message_namingAPlaceThatIsNone_isAnError()
     });
     const auto decoded = decodeOutcome({MessageKind::Value, broken}, {}, &shared.editor);
     QVERIFY(!decoded && decoded.error() == WireError::MalformedText);
+}
+
+void SharedTextsTest::sharedText_isDecodedBeforeTheMessageEnds()
+{
+    Shared shared;
+    QByteArray payload;
+    const ByteSink sink = [&payload](QByteArrayView frame) {
+        payload.append(frame.sliced(kFrameHeaderSize));
+        return true;
+    };
+    const QString text = longText(u'x');
+    const std::array<quint32, 1> length{static_cast<quint32>(text.size())};
+    OutcomeSender sender(sink, &shared.host);
+    sender.beginList();
+    sender.texts(text, length);
+    OutcomeDecoder decoder({}, &shared.editor);
+    decoder.decodeAhead({MessageKind::Value, payload});
+    // What the host changes now comes too late.
+    QCOMPARE(::pwrite(shared.file.get(), "\xe3", 1, text.size() / 2), 1);
+    sender.end();
+    QVERIFY(sender.finish());
+    const auto decoded = decoder.decode({MessageKind::Value, payload});
+    const ScriptValue expected(
+        ScriptValue::List{ScriptValue(ScriptTexts{Text(text), {length.front()}})});
+    QVERIFY(decoded && *decoded == ScriptOutcome(expected));
+    const auto after = decodeOutcome({MessageKind::Value, payload}, {}, &shared.editor);
+    QVERIFY(!after && after.error() == WireError::MalformedText);
 }
 
 void SharedTextsTest::host_cannotLeaveMoreThanItsRoom()
