@@ -1,6 +1,7 @@
 #include "macro/engine/MacroRuntimeService.h"
 
 #include "macro/engine/ContextJson.h"
+#include "macro/engine/ContextUse.h"
 #include "macro/engine/HostEndingText.h"
 #include "macro/script/ScriptHostPool.h"
 #include "platform/process/StandardOutput.h"
@@ -95,7 +96,7 @@ std::optional<ScriptRequest>
 requestOf(const QString &code, const MacroContext &context, const std::optional<QString> &userInput)
 {
     std::vector<Text> longTexts;
-    const QString json = contextJson(context.toDictionary(), &longTexts);
+    const QString json = contextJson(withoutUnreadTexts(context.toDictionary(), code), &longTexts);
     const QString source = kBeforeContext % json % kAfterContext % code % kAfterCode;
     ScriptRequest request{source, userInput};
     for (const Text &text : longTexts) {
