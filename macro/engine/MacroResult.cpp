@@ -18,10 +18,16 @@ tl::unexpected<MacroResultError> failure(Code code, const QString &detail = {})
     return tl::unexpected(MacroResultError{code, detail});
 }
 
-const QString *stringMember(const ScriptValue &value, QStringView key)
+std::optional<QString> stringMember(const ScriptValue &value, QStringView key)
 {
     const ScriptValue *member = value.member(key);
-    return member != nullptr ? member->string() : nullptr;
+    return member != nullptr ? member->anyString() : std::nullopt;
+}
+
+std::optional<Text> textMember(const ScriptValue &value, QStringView key)
+{
+    const ScriptValue *member = value.member(key);
+    return member != nullptr ? member->anyText() : std::nullopt;
 }
 
 std::optional<qint64> integerMember(const ScriptValue &value, QStringView key)
@@ -53,22 +59,20 @@ std::optional<QList<Text>> linesMember(const ScriptValue &value, QStringView key
     for (const ScriptValue &entry : *list)
         if (const ScriptTexts *texts = entry.texts())
             lines.append(texts->joined);
-        else if (const QString *string = entry.string())
-            lines.append(Text(*string));
+        else if (const auto text = entry.anyText())
+            lines.append(*text);
         else
             return std::nullopt;
     return lines;
 }
 
-NotificationType notificationType(const QString *name)
+NotificationType notificationType(const std::optional<QString> &name)
 {
-    if (name == nullptr)
-        return NotificationType::Info;
-    if (*name == "success"_L1)
+    if (name == "success"_L1)
         return NotificationType::Success;
-    if (*name == "warning"_L1)
+    if (name == "warning"_L1)
         return NotificationType::Warning;
-    if (*name == "error"_L1)
+    if (name == "error"_L1)
         return NotificationType::Error;
     return NotificationType::Info;
 }
@@ -77,7 +81,7 @@ QList<MacroNotification> parseNotifications(const ScriptValue &value)
 {
     QList<MacroNotification> notifications;
     for (const ScriptValue &entry : objectsMember(value, u"notifications"))
-        if (const QString *message = stringMember(entry, u"message"))
+        if (const auto message = stringMember(entry, u"message"))
             notifications.append({notificationType(stringMember(entry, u"type")), *message});
     return notifications;
 }
@@ -147,8 +151,7 @@ tl::expected<MacroResult, MacroResultError> parseMacroResult(const ScriptValue &
                                                              const MacroContext &context)
 {
     MacroResult result;
-    const QString *version = stringMember(value, u"schemaVersion");
-    result.schemaVersion = version != nullptr ? *version : u"1.0"_s;
+    result.schemaVersion = stringMember(value, u"schemaVersion").value_or(u"1.0"_s);
     for (const ScriptValue &entry : objectsMember(value, u"textEdits")) {
         tl::expected<TextEditInstruction, MacroResultError> edit = parseTextEdit(entry, context);
         if (!edit)
@@ -165,8 +168,8 @@ tl::expected<TextEditInstruction, MacroResultError> parseTextEdit(const ScriptVa
                                                                   const MacroContext &context)
 {
     // A missing type is reported as a missing text: both leave the entry incomplete.
-    const QString *type = stringMember(value, u"type");
-    if (type == nullptr)
+    const std::optional<QString> type = stringMember(value, u"type");
+    if (!type)
         return failure(Code::MissingTextField);
     if (*type == "replaceLines"_L1)
         return parseReplaceLines(value);
@@ -175,8 +178,8 @@ tl::expected<TextEditInstruction, MacroResultError> parseTextEdit(const ScriptVa
     const bool replacesAll = *type == "replaceAll"_L1;
     if (!replacesSelection && !replacesAll && *type != "insertAtCursor"_L1)
         return failure(Code::UnknownTextEditType, *type);
-    const QString *text = stringMember(value, u"text");
-    if (text == nullptr)
+    const std::optional<Text> text = textMember(value, u"text");
+    if (!text)
         return failure(Code::MissingTextField);
     if (replacesSelection && !context.selection.hasSelection)
         return failure(Code::NoSelectionForReplaceSelection);

@@ -2,6 +2,7 @@
 
 #include "macro/engine/MacroContext.h"
 #include "macro/script/ScriptValue.h"
+#include "text/Text.h"
 
 #include <QList>
 #include <QString>
@@ -16,21 +17,21 @@ namespace penwick {
 /// Replaces the whole text with `text`.
 struct ReplaceAll
 {
-    QString text;
+    Text text;
     bool operator==(const ReplaceAll &) const = default;
 };
 
 /// Replaces the selected text with `text`.
 struct ReplaceSelection
 {
-    QString text;
+    Text text;
     bool operator==(const ReplaceSelection &) const = default;
 };
 
 /// Inserts `text` after the selected text, which stays.
 struct InsertAtCursor
 {
-    QString text;
+    Text text;
     bool operator==(const InsertAtCursor &) const = default;
 };
 

@@ -29,7 +29,7 @@ TextRange wholeOf(const SelectedText &state)
 
 Planned plan(const ReplaceAll &edit, const SelectedText &state)
 {
-    return Replacement{wholeOf(state), Text(edit.text)};
+    return Replacement{wholeOf(state), edit.text};
 }
 
 // The script's snapshot had a selection, but an earlier edit may have removed it.
@@ -37,12 +37,12 @@ Planned plan(const ReplaceSelection &edit, const SelectedText &state)
 {
     if (state.selection().isEmpty())
         return refusal(MacroResultError::Code::NoSelectionForReplaceSelection);
-    return Replacement{state.selection(), Text(edit.text)};
+    return Replacement{state.selection(), edit.text};
 }
 
 Planned plan(const InsertAtCursor &edit, const SelectedText &state)
 {
-    return Replacement{{state.selection().end(), 0}, Text(edit.text)};
+    return Replacement{{state.selection().end(), 0}, edit.text};
 }
 
 Planned plan(const ReplaceLines &edit, const SelectedText &state)

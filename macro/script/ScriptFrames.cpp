@@ -259,6 +259,11 @@ QString PayloadReader::getSharedText(qsizetype length, SharedTexts::Form form)
     return *std::move(text);
 }
 
+bool PayloadReader::isNextTextShared() const
+{
+    return !m_rest.isEmpty() && sharedForm(static_cast<quint8>(m_rest.front())).has_value();
+}
+
 Text PayloadReader::getLongText()
 {
     const auto number = get<quint8>();

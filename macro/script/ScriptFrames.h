@@ -143,6 +143,9 @@ public:
     /// The same; nothing for what `FrameWriter::putNoText` wrote.
     [[nodiscard]] std::optional<QString> getOptionalText();
 
+    /// True when the next part is a text among the shared ones.
+    [[nodiscard]] bool isNextTextShared() const;
+
     /// The same as a `Text`; a lone surrogate is an error.
     [[nodiscard]] Text getLongText();
 

@@ -21,6 +21,11 @@ ScriptValue::ScriptValue(QString value)
 {
 }
 
+ScriptValue::ScriptValue(Text value)
+    : m_value(std::move(value))
+{
+}
+
 ScriptValue::ScriptValue(ScriptTexts value)
     : m_value(std::move(value))
 {
@@ -68,6 +73,11 @@ const QString *ScriptValue::string() const
     return std::get_if<QString>(&m_value);
 }
 
+const Text *ScriptValue::text() const
+{
+    return std::get_if<Text>(&m_value);
+}
+
 const ScriptTexts *ScriptValue::texts() const
 {
     return std::get_if<ScriptTexts>(&m_value);
@@ -81,6 +91,20 @@ const ScriptValue::List *ScriptValue::list() const
 const ScriptValue::Map *ScriptValue::map() const
 {
     return std::get_if<Map>(&m_value);
+}
+
+std::optional<QString> ScriptValue::anyString() const
+{
+    if (text() != nullptr)
+        return text()->toString();
+    return string() != nullptr ? std::optional(*string()) : std::nullopt;
+}
+
+std::optional<Text> ScriptValue::anyText() const
+{
+    if (string() != nullptr)
+        return Text(*string());
+    return text() != nullptr ? std::optional(*text()) : std::nullopt;
 }
 
 std::optional<qint64> ScriptValue::integer() const
@@ -107,6 +131,8 @@ const ScriptValue *ScriptValue::member(QStringView key) const
 
 bool ScriptValue::operator==(const ScriptValue &other) const
 {
+    if (text() != nullptr || other.text() != nullptr)
+        return anyText() == other.anyText();
     return m_value == other.m_value;
 }
 

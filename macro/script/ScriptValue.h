@@ -42,6 +42,8 @@ public:
     explicit ScriptValue(bool value);
     explicit ScriptValue(double value);
     explicit ScriptValue(QString value);
+    /// A string as well, in the form that suits a long one. Equal to the other form.
+    explicit ScriptValue(Text value);
     explicit ScriptValue(ScriptTexts value);
     explicit ScriptValue(List value);
     explicit ScriptValue(Map value);
@@ -54,10 +56,15 @@ public:
     // this.
     [[nodiscard]] const bool *boolean() const;
     [[nodiscard]] const double *number() const;
-    [[nodiscard]] const QString *string() const;
+    [[nodiscard]] const QString *string() const;    ///< A string made from a `QString`.
+    [[nodiscard]] const Text *text() const;         ///< A string made from a `Text`.
     [[nodiscard]] const ScriptTexts *texts() const; ///< Only elements of a list are of this kind.
     [[nodiscard]] const List *list() const;
     [[nodiscard]] const Map *map() const;
+
+    /// The string, whatever it was made from.
+    [[nodiscard]] std::optional<QString> anyString() const;
+    [[nodiscard]] std::optional<Text> anyText() const;
 
     /// The number, if a signed 64-bit integer holds it exactly (3.0 does, 1.5 and true do not).
     [[nodiscard]] std::optional<qint64> integer() const;
@@ -78,7 +85,7 @@ private:
         bool operator==(const OtherKind &) const = default;
     };
 
-    std::variant<Null, bool, double, QString, ScriptTexts, List, Map, OtherKind> m_value;
+    std::variant<Null, bool, double, QString, Text, ScriptTexts, List, Map, OtherKind> m_value;
 };
 
 /// One key of a map and its value.

@@ -49,6 +49,9 @@ public:
     /// The same without a copy.
     void ownText(QString value) { put(ScriptValue(std::move(value))); }
 
+    /// The same for a string in its other form.
+    void ownText(Text value) { put(ScriptValue(std::move(value))); }
+
     /// Adds the strings as one element, which `texts` does not.
     void ownTexts(ScriptTexts value) { put(ScriptValue(std::move(value))); }
 

@@ -192,8 +192,18 @@ private:
 
     void readText()
     {
+        if (m_reader.isNextTextShared())
+            return readLongText();
         QString text = m_reader.getText();
         check(text);
+        if (!m_reader.error())
+            m_builder.ownText(std::move(text));
+    }
+
+    void readLongText()
+    {
+        Text text = m_reader.getLongText();
+        checkSize(text.size());
         if (!m_reader.error())
             m_builder.ownText(std::move(text));
     }

@@ -55,7 +55,7 @@ struct Extent
     void add(const ScriptValue &value, std::size_t level)
     {
         ++values;
-        if (const QString *text = value.string())
+        if (const auto text = value.anyString())
             addText(*text);
         if (const ScriptTexts *texts = value.texts())
             addTexts(*texts);

@@ -11,7 +11,7 @@ inline void describe(const ScriptValue &value, ScriptValueSink &sink)
         sink.boolean(*boolean);
     } else if (const double *number = value.number()) {
         sink.number(*number);
-    } else if (const QString *text = value.string()) {
+    } else if (const auto text = value.anyString()) {
         sink.text(*text);
     } else if (const ScriptTexts *texts = value.texts()) {
         sink.texts(texts->joined.toString(), texts->lengths);

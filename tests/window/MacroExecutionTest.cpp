@@ -33,9 +33,9 @@ MacroResult randomResult(QRandomGenerator &random)
     for (int i = random.bounded(4); i > 0; --i) {
         const qint64 line = random.bounded(3);
         const TextEditInstruction edits[] = {
-            ReplaceAll{words()},
-            ReplaceSelection{words()},
-            InsertAtCursor{words()},
+            ReplaceAll{Text(words())},
+            ReplaceSelection{Text(words())},
+            InsertAtCursor{Text(words())},
             ReplaceLines{line, line + random.bounded(3), {Text(words()), Text(words())}}};
         result.textEdits << edits[random.bounded(4)];
     }
@@ -132,16 +132,16 @@ Outcome MacroExecutionTest::apply(const MacroResult &result)
 void MacroExecutionTest::replaceAll_ofAnyText_replacesItWhole()
 {
     start(u"abc"_s, {1, 1});
-    QVERIFY(apply(ofEdits({ReplaceAll{u"日本😀"_s}})).has_value());
+    QVERIFY(apply(ofEdits({ReplaceAll{Text(u"日本😀"_s)}})).has_value());
     QCOMPARE(text(), u"日本😀"_s);
-    QVERIFY(apply(ofEdits({ReplaceAll{QString()}})).has_value());
+    QVERIFY(apply(ofEdits({ReplaceAll{Text(QString())}})).has_value());
     QCOMPARE(text(), QString());
 }
 
 void MacroExecutionTest::replaceAll_thenInsert_usesTheSelectionAfterIt()
 {
     start(u"abc"_s, {1, 1});
-    QVERIFY(apply(ofEdits({ReplaceAll{u"xy"_s}, InsertAtCursor{u"z"_s}})).has_value());
+    QVERIFY(apply(ofEdits({ReplaceAll{Text(u"xy"_s)}, InsertAtCursor{Text(u"z"_s)}})).has_value());
     QCOMPARE(text(), u"xyz"_s); // Replacing a range that contains the selection moves the caret to
                                 // its end.
     QCOMPARE(m_view->selectedRange(), (TextRange{1, 1})); // Where it was at the start.
@@ -150,7 +150,7 @@ void MacroExecutionTest::replaceAll_thenInsert_usesTheSelectionAfterIt()
 void MacroExecutionTest::replaceSelection_selected_isReplaced()
 {
     start(u"abcd"_s, {1, 2});
-    QVERIFY(apply(ofEdits({ReplaceSelection{u"XYZ"_s}})).has_value());
+    QVERIFY(apply(ofEdits({ReplaceSelection{Text(u"XYZ"_s)}})).has_value());
     QCOMPARE(text(), u"aXYZd"_s);
     QCOMPARE(m_view->selectedRange(), (TextRange{4, 0}));
 }
@@ -158,8 +158,9 @@ void MacroExecutionTest::replaceSelection_selected_isReplaced()
 void MacroExecutionTest::replaceSelection_goneMeanwhile_failsAndKeepsWhatWasDone()
 {
     start(u"abcd"_s, {1, 2});
-    const auto outcome =
-        apply(ofEdits({ReplaceSelection{u"X"_s}, ReplaceSelection{u"Y"_s}, ReplaceAll{u"Z"_s}}));
+    const auto outcome = apply(ofEdits({ReplaceSelection{Text(u"X"_s)},
+                                        ReplaceSelection{Text(u"Y"_s)},
+                                        ReplaceAll{Text(u"Z"_s)}}));
     QVERIFY(!outcome.has_value());
     QCOMPARE(outcome.error().code, Code::NoSelectionForReplaceSelection);
     QCOMPARE(text(), u"aXd"_s);
@@ -170,7 +171,7 @@ void MacroExecutionTest::replaceSelection_goneMeanwhile_failsAndKeepsWhatWasDone
 void MacroExecutionTest::insertAtCursor_withSelection_insertsAfterIt()
 {
     start(u"abcd"_s, {1, 2});
-    QVERIFY(apply(ofEdits({InsertAtCursor{u"X"_s}})).has_value());
+    QVERIFY(apply(ofEdits({InsertAtCursor{Text(u"X"_s)}})).has_value());
     QCOMPARE(text(), u"abcXd"_s);
     QCOMPARE(m_view->selectedRange(), (TextRange{1, 2}));
 }
@@ -178,7 +179,8 @@ void MacroExecutionTest::insertAtCursor_withSelection_insertsAfterIt()
 void MacroExecutionTest::insertAtCursor_withCaret_insertsThere()
 {
     start(u"abcd"_s, {2, 0});
-    QVERIFY(apply(ofEdits({InsertAtCursor{u"X"_s}, InsertAtCursor{u"Y"_s}})).has_value());
+    QVERIFY(
+        apply(ofEdits({InsertAtCursor{Text(u"X"_s)}, InsertAtCursor{Text(u"Y"_s)}})).has_value());
     QCOMPARE(text(), u"abXYcd"_s);
     QCOMPARE(m_view->selectedRange(), (TextRange{4, 0}));
 }
@@ -221,8 +223,8 @@ void MacroExecutionTest::replaceLines_outOfRange_failAndKeepWhatWasDone()
     QFETCH(qint64, startLine);
     QFETCH(qint64, endLine);
     start(u"-"_s);
-    const auto outcome =
-        apply(ofEdits({ReplaceAll{u"a\nb\nc"_s}, ReplaceLines{startLine, endLine, {Text(u"x")}}}));
+    const auto outcome = apply(
+        ofEdits({ReplaceAll{Text(u"a\nb\nc"_s)}, ReplaceLines{startLine, endLine, {Text(u"x")}}}));
     QVERIFY(!outcome.has_value());
     QCOMPARE(outcome.error().code, Code::InvalidReplaceLines);
     QCOMPARE(text(), u"a\nb\nc"_s);
@@ -236,23 +238,24 @@ void MacroExecutionTest::document_afterEachEdit_hasTheText()
     connect(m_document.get(), &TextDocument::contentStringChanged, this, [this, &contents] {
         contents.append(m_document->contentString().toString());
     });
-    QVERIFY(apply(ofEdits({InsertAtCursor{u"b"_s}, InsertAtCursor{u"c"_s}})).has_value());
+    QVERIFY(
+        apply(ofEdits({InsertAtCursor{Text(u"b"_s)}, InsertAtCursor{Text(u"c"_s)}})).has_value());
     QCOMPARE(contents, (QStringList{u"ab"_s, u"abc"_s}));
 }
 
 void MacroExecutionTest::document_absent_isNoNeed()
 {
     start(u"a"_s);
-    QVERIFY(applyMacroResult(ofEdits({ReplaceAll{u"b"_s}}), m_view.get(), nullptr));
+    QVERIFY(applyMacroResult(ofEdits({ReplaceAll{Text(u"b"_s)}}), m_view.get(), nullptr));
     QCOMPARE(text(), u"b"_s);
 }
 
 void MacroExecutionTest::undo_afterThreeEdits_takesAllBack()
 {
     start(u"one\ntwo"_s, {1, 2});
-    QVERIFY(apply(ofEdits({ReplaceSelection{u"X"_s},
+    QVERIFY(apply(ofEdits({ReplaceSelection{Text(u"X"_s)},
                            ReplaceLines{1, 2, {Text(u"Y")}},
-                           InsertAtCursor{u"Z"_s}}))
+                           InsertAtCursor{Text(u"Z"_s)}}))
                 .has_value());
     QCOMPARE(text(), u"oX\nYZ"_s);
     m_view->undo();
@@ -264,9 +267,10 @@ void MacroExecutionTest::undo_afterThreeEdits_takesAllBack()
 void MacroExecutionTest::undo_afterAFailedEdit_takesTheOthersBack()
 {
     start(u"abc"_s);
-    QVERIFY(
-        !apply(ofEdits({InsertAtCursor{u"1"_s}, InsertAtCursor{u"2"_s}, ReplaceSelection{u"3"_s}}))
-             .has_value());
+    QVERIFY(!apply(ofEdits({InsertAtCursor{Text(u"1"_s)},
+                            InsertAtCursor{Text(u"2"_s)},
+                            ReplaceSelection{Text(u"3"_s)}}))
+                 .has_value());
     QCOMPARE(text(), u"12abc"_s);
     m_view->undo();
     QCOMPARE(text(), u"abc"_s);
@@ -276,7 +280,7 @@ void MacroExecutionTest::undo_afterTyping_leavesTheTyping()
 {
     start(u"abc"_s, {3, 0});
     QTest::keyClicks(m_view.get(), u"de"_s);
-    QVERIFY(apply(ofEdits({InsertAtCursor{u"!"_s}})).has_value());
+    QVERIFY(apply(ofEdits({InsertAtCursor{Text(u"!"_s)}})).has_value());
     QTest::keyClicks(m_view.get(), u"f"_s);
     QCOMPARE(text(), u"abcde!f"_s);
     m_view->undo();
@@ -290,7 +294,7 @@ void MacroExecutionTest::undo_afterTyping_leavesTheTyping()
 void MacroExecutionTest::redo_afterUndo_bringsTextAndCaretBack()
 {
     start(u"abc"_s, {1, 1});
-    MacroResult result = ofEdits({ReplaceAll{u"0123456789"_s}});
+    MacroResult result = ofEdits({ReplaceAll{Text(u"0123456789"_s)}});
     result.cursor = cursorAt(4);
     QVERIFY(apply(result).has_value());
     m_view->undo();
@@ -349,7 +353,7 @@ void MacroExecutionTest::cursor_request_putsTheCaret()
         return value == -9 ? std::nullopt : std::optional(value);
     };
     start(u"-"_s);
-    MacroResult result = ofEdits({ReplaceAll{text}});
+    MacroResult result = ofEdits({ReplaceAll{Text(text)}});
     result.cursor = MacroCursorResult{given(offset), given(line), given(column)};
     QVERIFY(apply(result).has_value());
     QCOMPARE(m_view->selectedRange(), (TextRange{caret, 0}));
@@ -358,7 +362,7 @@ void MacroExecutionTest::cursor_request_putsTheCaret()
 void MacroExecutionTest::cursor_withoutOffsetAndPlace_isIgnored()
 {
     start(u"abcd"_s, {1, 2});
-    MacroResult result = ofEdits({InsertAtCursor{u"X"_s}});
+    MacroResult result = ofEdits({InsertAtCursor{Text(u"X"_s)}});
     result.cursor = MacroCursorResult{std::nullopt, 0, std::nullopt};
     QVERIFY(apply(result).has_value());
     QCOMPARE(m_view->selectedRange(), (TextRange{1, 2}));
@@ -378,15 +382,23 @@ void MacroExecutionTest::selection_wholeTextReplaced_returnsToItsPlace_data()
         QTest::newRow(name) << text << selection << edits << expected;
     };
     const QString text = u"abcd\nefgh\nijkl"_s;
-    row("caret", text, {7, 0}, {ReplaceAll{u"12\n345\n6"_s}}, {5, 0});
-    row("shorter line", text, {9, 0}, {ReplaceAll{u"12\n345\n6"_s}}, {6, 0});
-    row("line missing", text, {12, 0}, {ReplaceAll{u"12\n345"_s}}, {6, 0});
-    row("empty", text, {12, 2}, {ReplaceAll{QString()}}, {0, 0});
-    row("selection", text, {2, 5}, {ReplaceAll{u"12345\n6789\n"_s}}, {2, 6});
+    row("caret", text, {7, 0}, {ReplaceAll{Text(u"12\n345\n6"_s)}}, {5, 0});
+    row("shorter line", text, {9, 0}, {ReplaceAll{Text(u"12\n345\n6"_s)}}, {6, 0});
+    row("line missing", text, {12, 0}, {ReplaceAll{Text(u"12\n345"_s)}}, {6, 0});
+    row("empty", text, {12, 2}, {ReplaceAll{Text(QString())}}, {0, 0});
+    row("selection", text, {2, 5}, {ReplaceAll{Text(u"12345\n6789\n"_s)}}, {2, 6});
     row("lines", text, {11, 2}, {ReplaceLines{0, 1, {Text(u"0"), Text(u"1")}}}, {5, 2});
-    row("cluster", u"ab"_s, {1, 0}, {ReplaceAll{u"😀"_s}}, {0, 0});
-    row("edit after it", text, {7, 0}, {ReplaceAll{u"1\n234"_s}, InsertAtCursor{u"5"_s}}, {4, 0});
-    row("a later edit fails", text, {7, 0}, {ReplaceAll{u"1\n234"_s}, ReplaceSelection{}}, {4, 0});
+    row("cluster", u"ab"_s, {1, 0}, {ReplaceAll{Text(u"😀"_s)}}, {0, 0});
+    row("edit after it",
+        text,
+        {7, 0},
+        {ReplaceAll{Text(u"1\n234"_s)}, InsertAtCursor{Text(u"5"_s)}},
+        {4, 0});
+    row("a later edit fails",
+        text,
+        {7, 0},
+        {ReplaceAll{Text(u"1\n234"_s)}, ReplaceSelection{}},
+        {4, 0});
 }
 
 void MacroExecutionTest::selection_wholeTextReplaced_returnsToItsPlace()
@@ -409,7 +421,7 @@ void MacroExecutionTest::selection_backwards_keepsItsDirection()
     start(u"abcd\nefgh"_s);
     m_view->setSelectedRange({7, 0});
     QTest::keyClick(m_view.get(), Qt::Key_Up, Qt::ShiftModifier);
-    QVERIFY(apply(ofEdits({ReplaceAll{u"12345\n6789"_s}})).has_value());
+    QVERIFY(apply(ofEdits({ReplaceAll{Text(u"12345\n6789"_s)}})).has_value());
     QCOMPARE(m_view->selectedRange(), (TextRange{2, 6}));
     QCOMPARE(m_view->caretOffset(), 2);
 }
@@ -425,7 +437,7 @@ void MacroExecutionTest::view_wholeTextReplaced_staysWhereItWas()
     const qint64 middle = m_view->string().offsetAfterLineBreak(250);
     m_view->setSelectedRange({middle, 0});
     const std::vector<TextView::VisibleLine> before = m_view->visibleLines();
-    QVERIFY(apply(ofEdits({ReplaceAll{lines.remove(u"  "_s)}})).has_value());
+    QVERIFY(apply(ofEdits({ReplaceAll{Text(lines.remove(u"  "_s))}})).has_value());
     QCOMPARE(m_view->visibleLines().front().number, before.front().number);
     QCOMPARE(m_view->visibleLines().front().top, before.front().top);
     QTest::keyClick(m_view.get(), Qt::Key_X);
@@ -462,7 +474,7 @@ void MacroExecutionTest::selection_request_selects()
     QFETCH(qint64, location);
     QFETCH(qint64, length);
     start(u"-"_s);
-    MacroResult result = ofEdits({ReplaceAll{u"0123456789"_s}});
+    MacroResult result = ofEdits({ReplaceAll{Text(u"0123456789"_s)}});
     result.selection = MacroSelect{startOffset, endOffset};
     QVERIFY(apply(result).has_value());
     QCOMPARE(m_view->selectedRange(), (TextRange{location, length}));
@@ -471,7 +483,7 @@ void MacroExecutionTest::selection_request_selects()
 void MacroExecutionTest::selection_withCursor_wins()
 {
     start(u"-"_s);
-    MacroResult result = ofEdits({ReplaceAll{u"0123456789"_s}});
+    MacroResult result = ofEdits({ReplaceAll{Text(u"0123456789"_s)}});
     result.cursor = cursorAt(7);
     result.selection = MacroSelect{1, 3};
     QVERIFY(apply(result).has_value());
@@ -481,7 +493,7 @@ void MacroExecutionTest::selection_withCursor_wins()
 void MacroExecutionTest::deselect_afterASelection_goesToItsStart()
 {
     start(u"abcd"_s, {1, 2});
-    MacroResult result = ofEdits({InsertAtCursor{u"X"_s}});
+    MacroResult result = ofEdits({InsertAtCursor{Text(u"X"_s)}});
     result.selection = MacroDeselect();
     QVERIFY(apply(result).has_value());
     QCOMPARE(m_view->selectedRange(), (TextRange{1, 0}));
@@ -491,7 +503,7 @@ void MacroExecutionTest::edits_announce_eachChangeOnce()
 {
     start(u"abcd"_s);
     const QSignalSpy changes(m_view.get(), &TextView::textDidChange);
-    QVERIFY(apply(ofEdits({ReplaceAll{u"x"_s}, InsertAtCursor{u"y"_s}})).has_value());
+    QVERIFY(apply(ofEdits({ReplaceAll{Text(u"x"_s)}, InsertAtCursor{Text(u"y"_s)}})).has_value());
     QCOMPARE(changes.count(), 2);
 }
 

@@ -16,25 +16,29 @@ namespace {
 using Code = MacroResultError::Code;
 using Parsed = tl::expected<MacroResult, MacroResultError>;
 
-ScriptValue fromJson(const QJsonValue &value)
+/// How the strings of a value arrived: long ones come as texts.
+enum class Strings { Short, Long };
+
+ScriptValue fromJson(const QJsonValue &value, Strings strings)
 {
     if (value.isBool())
         return ScriptValue(value.toBool());
     if (value.isDouble())
         return ScriptValue(value.toDouble());
     if (value.isString())
-        return ScriptValue(value.toString());
+        return strings == Strings::Short ? ScriptValue(value.toString())
+                                         : ScriptValue(Text(value.toString()));
     if (value.isArray()) {
         ScriptValue::List list;
         for (const QJsonValue entry : value.toArray())
-            list.push_back(fromJson(entry));
+            list.push_back(fromJson(entry, strings));
         return ScriptValue(std::move(list));
     }
     if (value.isObject()) {
         ScriptValue::Map map;
         const QJsonObject object = value.toObject();
         for (auto it = object.begin(); it != object.end(); ++it)
-            map.push_back({it.key(), fromJson(it.value())});
+            map.push_back({it.key(), fromJson(it.value(), strings)});
         return ScriptValue(std::move(map));
     }
     return ScriptValue();
@@ -48,7 +52,10 @@ Parsed parse(const char *json, bool hasSelection = false)
         qFatal("The test holds no JSON object: %s", json);
     MacroContext context;
     context.selection.hasSelection = hasSelection;
-    return parseMacroResult(fromJson(document.object()), context);
+    Parsed parsed = parseMacroResult(fromJson(document.object(), Strings::Short), context);
+    if (parseMacroResult(fromJson(document.object(), Strings::Long), context) != parsed)
+        qFatal("Long strings give another result: %s", json);
+    return parsed;
 }
 
 MacroResult ofEdits(QList<TextEditInstruction> edits)
@@ -146,10 +153,10 @@ void MacroResultTest::textEdits_allFour_areTakenInOrder()
         {"type": "replaceSelection", "text": "b"},
         {"type": "replaceAll", "text": "c", "more": [1]}]})",
                                 true);
-    QVERIFY(parsed == ofEdits({InsertAtCursor{u"a"_s},
+    QVERIFY(parsed == ofEdits({InsertAtCursor{Text(u"a"_s)},
                                ReplaceLines{1, 3, {Text(u"x"), Text()}},
-                               ReplaceSelection{u"b"_s},
-                               ReplaceAll{u"c"_s}}));
+                               ReplaceSelection{Text(u"b"_s)},
+                               ReplaceAll{Text(u"c"_s)}}));
 }
 
 void MacroResultTest::textEdits_notAListOfObjects_areNone_data()
@@ -209,7 +216,7 @@ void MacroResultTest::textEdits_missingOrWrongField_fails()
 void MacroResultTest::textEdits_emptyText_isValid()
 {
     QVERIFY(parse(R"({"textEdits": [{"type": "replaceAll", "text": ""}]})") ==
-            ofEdits({ReplaceAll{QString()}}));
+            ofEdits({ReplaceAll{Text(QString())}}));
 }
 
 void MacroResultTest::textEdits_firstError_wins()

@@ -149,7 +149,7 @@ void MacroRuntimeServiceTest::result_edits_areParsed()
             u"日本"_s);
     MacroResult expected;
     expected.schemaVersion = u"1.0"_s;
-    expected.textEdits = {ReplaceLines{0, 1, {Text(u"x")}}, InsertAtCursor{u"日本"_s}};
+    expected.textEdits = {ReplaceLines{0, 1, {Text(u"x")}}, InsertAtCursor{Text(u"日本"_s)}};
     expected.cursor = MacroCursorResult{1, std::nullopt, std::nullopt};
     expected.selection = MacroDeselect();
     QVERIFY(outcome == expected);

@@ -21,6 +21,7 @@ private Q_SLOTS:
     void member_presentKey_isFound();
     void member_missingKeyOrNoMap_isNull();
     void kinds_ofAFreshValue_isNull();
+    void strings_ofBothForms_areEqual();
     void wellFormed_loneSurrogates_becomeReplacementCharacters();
     void isWellFormed_surrogateAnywhere_isFound();
 };
@@ -99,6 +100,22 @@ void ScriptValueTest::kinds_ofAFreshValue_isNull()
     QVERIFY(value.map() == nullptr);
     QVERIFY(ScriptValue::other().isOther());
     QVERIFY(!ScriptValue::other().isNull());
+}
+
+void ScriptValueTest::strings_ofBothForms_areEqual()
+{
+    const ScriptValue fromString(u"日"_s);
+    const ScriptValue fromText(Text(u"日"));
+    QVERIFY(fromString.string() != nullptr && fromString.text() == nullptr);
+    QVERIFY(fromText.string() == nullptr && fromText.text() != nullptr);
+    for (const ScriptValue &value : {fromString, fromText}) {
+        QVERIFY(value == fromString && value == fromText);
+        QVERIFY(!(value == ScriptValue(u"月"_s)) && !(value == ScriptValue(Text(u"月"))));
+        QVERIFY(!(value == ScriptValue()) && !(ScriptValue() == value));
+        QCOMPARE(value.anyString(), std::optional(u"日"_s));
+        QVERIFY(value.anyText() == std::optional(Text(u"日")));
+    }
+    QVERIFY(!ScriptValue(1.0).anyString() && !ScriptValue(1.0).anyText());
 }
 
 void ScriptValueTest::wellFormed_loneSurrogates_becomeReplacementCharacters()

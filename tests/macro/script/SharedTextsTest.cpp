@@ -238,6 +238,7 @@ void SharedTextsTest::message_withLongTexts_isShort()
     QVERIFY(answered.size() < 100);
     const auto decoded = decodeOutcome({MessageKind::Value, answered}, {}, &shared.editor);
     QVERIFY(decoded && *decoded == outcome);
+    QVERIFY((*decoded)->map()->front().value.text() != nullptr); // Not converted once more.
     // The limits also apply to shared texts.
     ScriptLimits limits;
     limits.bytes = 1000;
