@@ -158,15 +158,18 @@ tl::expected<void, WireError> MessageReader::take(const Frame &frame)
     const bool isRequest = kind == MessageKind::Request;
     if (isRequest != (m_side == Side::FromEditor) || longestMessage(kind) == 0)
         return tl::unexpected(WireError::UnknownKind);
-    const bool isValueGivenUp =
-        m_open && m_open->kind == MessageKind::Value && kind == MessageKind::Failure;
-    if (!m_open || isValueGivenUp)
-        m_open = Message{kind, {}};
-    if (m_open->kind != kind)
+    const bool isInValue = m_open && m_open->kind == MessageKind::Value;
+    const bool isLogInValue = isInValue && kind == MessageKind::Log;
+    if (m_log && !isLogInValue)
         return tl::unexpected(WireError::MixedMessages);
-    if (frame.payload.size() > longestMessage(kind) - m_open->payload.size())
+    std::optional<Message> &open = isLogInValue ? m_log : m_open;
+    if (!open || (isInValue && kind == MessageKind::Failure))
+        open = Message{kind, {}};
+    if (open->kind != kind)
+        return tl::unexpected(WireError::MixedMessages);
+    if (frame.payload.size() > longestMessage(kind) - open->payload.size())
         return tl::unexpected(WireError::MessageTooLong);
-    m_open->payload.append(frame.payload);
+    open->payload.append(frame.payload);
     return {};
 }
 
@@ -182,7 +185,7 @@ tl::expected<std::optional<Message>, WireError> MessageReader::next()
         else if (const auto taken = take(**frame); !taken)
             m_error = taken.error();
         else if (!(*frame)->more)
-            return std::exchange(m_open, std::nullopt);
+            return std::exchange(m_log ? m_log : m_open, std::nullopt);
     }
     return tl::unexpected(*m_error);
 }
@@ -253,15 +256,10 @@ QString PayloadReader::getSharedText(qsizetype length, SharedTexts::Form form)
         return {};
     auto text = m_shared != nullptr ? m_shared->get(place, length) : std::nullopt;
     if (!text) {
-        fail(WireError::Truncated);
+        fail(WireError::MissingText);
         return {};
     }
     return *std::move(text);
-}
-
-bool PayloadReader::isNextTextShared() const
-{
-    return !m_rest.isEmpty() && sharedForm(static_cast<quint8>(m_rest.front())).has_value();
 }
 
 Text PayloadReader::getLongText()
@@ -279,8 +277,13 @@ Text PayloadReader::getLongText()
     const bool isThere = !m_error && m_shared != nullptr && m_shared->hasText(place, length);
     auto text = isThere ? m_shared->text(place, length) : std::nullopt;
     if (!text)
-        fail(isThere ? WireError::MalformedText : WireError::Truncated);
+        fail(isThere ? WireError::MalformedText : WireError::MissingText);
     return text ? *std::move(text) : Text();
+}
+
+bool PayloadReader::isNextTextShared() const
+{
+    return !m_rest.isEmpty() && sharedForm(static_cast<quint8>(m_rest.front())).has_value();
 }
 
 std::optional<WireError> PayloadReader::errorAtEnd() const

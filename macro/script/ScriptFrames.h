@@ -18,7 +18,7 @@ enum class MessageKind : quint8 {
     Engine = 6,  ///< From the host, first and once: name and version of its script engine.
     Ready = 1,   ///< From the host, once: it waits for the request.
     Request = 2, ///< To the host, for each script.
-    Log = 3,     ///< From the host: a line that the script logged.
+    Log = 3,     ///< From the host: a line that the script logged. May stand amid a value's frames.
     Value = 4,   ///< From the host, last of a script: its completion value.
     Failure = 5, ///< The same: why there is no value. May interrupt a value's frames.
 };
@@ -31,8 +31,9 @@ enum class WireError {
     FrameTooLong,   ///< A frame header announces more than `kMaxFramePayload` bytes.
     BadHeader,      ///< Another field of a frame header has an invalid value.
     MixedMessages,  ///< A message follows an incomplete one that it may not interrupt.
+    MissingText,    ///< There is no such shared text.
     MessageTooLong, ///< The frames of a message hold more than its kind allows.
-    Truncated,      ///< A part extends beyond its message, or its shared text is missing.
+    Truncated,      ///< A part extends beyond its message.
     TrailingBytes,  ///< Bytes follow the last part of a message.
     UnknownTag,     ///< A part of unknown kind or with an invalid value.
     MalformedText,  ///< Text that is not valid UTF-16.
@@ -114,6 +115,7 @@ private:
     Side m_side;
     FrameCutter m_frames{kMaxFramePayload};
     std::optional<Message> m_open;
+    std::optional<Message> m_log; // A log amid the frames of a value.
     std::optional<WireError> m_error;
 };
 
@@ -143,11 +145,11 @@ public:
     /// The same; nothing for what `FrameWriter::putNoText` wrote.
     [[nodiscard]] std::optional<QString> getOptionalText();
 
-    /// True when the next part is a text among the shared ones.
-    [[nodiscard]] bool isNextTextShared() const;
-
     /// The same as a `Text`; a lone surrogate is an error.
     [[nodiscard]] Text getLongText();
+
+    /// True when the next part is one of the shared texts.
+    [[nodiscard]] bool isNextTextShared() const;
 
     /// Numbers without a length before them. Empty after an error, also when there are too few.
     [[nodiscard]] std::vector<quint32> getNumbers(std::size_t count);

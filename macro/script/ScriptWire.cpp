@@ -12,7 +12,7 @@ enum class Tag : quint8 { Null, False, True, Number, Text, List, Map, Other, End
 
 // Changes with the encoding of any message: after an update, the host may be newer than a running
 // editor.
-constexpr quint8 kProtocolVersion = 7;
+constexpr quint8 kProtocolVersion = 8;
 constexpr quint8 kMemoryLimit = 1;
 constexpr quint8 kSystemCallFilter = 2;
 constexpr quint8 kFileAccessRules = 4;
@@ -72,6 +72,9 @@ public:
     /// \param payload what has arrived of it: the same bytes as before, and more.
     void decode(QByteArrayView payload)
     {
+        if (payload.size() == m_arrived)
+            return;
+        m_arrived = payload.size();
         while (!m_error && !isWhole()) {
             const auto values = m_values;
             const auto bytes = m_bytes;
@@ -103,16 +106,23 @@ public:
 private:
     [[nodiscard]] bool isWhole() const { return m_hasRoot && m_builder.depth() == 0; }
 
-    // Leaves the builder as it is when the part is incomplete, but for the key of a member.
+    // An incomplete part is read again when more has arrived. So no part may take long before it
+    // turns out to be incomplete: a key and the lengths of texts are parts of their own.
     void decodePart()
     {
         if (!m_hasRoot) {
             readValue(m_reader.get<Tag>());
             m_hasRoot = !m_reader.error();
-        } else if (m_builder.isInMap()) {
-            readMember();
-        } else {
+        } else if (!m_lengths.empty()) {
+            readJoined();
+        } else if (!m_builder.isInMap()) {
             readElement();
+        } else if (!m_hasKey) {
+            readKey();
+        } else {
+            m_hasKey = false;
+            readValue(m_reader.get<Tag>());
+            m_hasKey = m_reader.error().has_value();
         }
     }
 
@@ -122,12 +132,12 @@ private:
         if (tag == Tag::End)
             m_builder.end();
         else if (tag == Tag::Texts)
-            readTexts();
+            readLengths();
         else
             readValue(tag);
     }
 
-    void readTexts()
+    void readLengths()
     {
         const auto count = m_reader.get<quint32>();
         if (count == 0)
@@ -135,24 +145,31 @@ private:
         if (count > m_limits.values - m_values)
             return m_reader.fail(WireError::TooManyValues);
         m_values += count;
-        std::vector<quint32> lengths = m_reader.getNumbers(count);
-        ScriptTexts texts{m_reader.getLongText(), std::move(lengths)};
+        m_lengths = m_reader.getNumbers(count);
+    }
+
+    void readJoined()
+    {
+        Text joined = m_reader.getLongText();
         if (m_reader.error())
             return;
+        ScriptTexts texts{std::move(joined), std::exchange(m_lengths, {})};
         if (!isMadeOf(texts.joined, texts.lengths))
             return m_reader.fail(WireError::UnknownTag);
-        checkSize(texts.joined.size() - qsizetype{count} + 1);
+        checkSize(texts.joined.size() - static_cast<qsizetype>(texts.lengths.size()) + 1);
         m_builder.ownTexts(std::move(texts));
     }
 
-    void readMember()
+    void readKey()
     {
         std::optional<QString> key = m_reader.getOptionalText();
         if (!key)
             return m_builder.end();
         check(*key);
+        if (m_reader.error())
+            return;
         m_builder.ownKey(std::move(*key));
-        readValue(m_reader.get<Tag>());
+        m_hasKey = true;
     }
 
     void readValue(Tag tag)
@@ -237,7 +254,10 @@ private:
     PayloadReader m_reader{{}};
     qsizetype m_decoded = 0; // Bytes of the payload.
     std::optional<WireError> m_error;
+    qsizetype m_arrived = -1; // Bytes of the payload at the last call.
     bool m_hasRoot = false;
+    bool m_hasKey = false;          // Of a member whose value comes next.
+    std::vector<quint32> m_lengths; // Of texts that come next.
     std::size_t m_values = 0;
     std::size_t m_bytes = 0;
     ScriptValueBuilder m_builder;

@@ -137,6 +137,8 @@ private Q_SLOTS:
     void script_largeBothWays_arrives();
     void log_lines_arriveWhileTheScriptRuns();
     void log_manyLines_arriveInOrder();
+    void log_whileTheResultIsRead_arrives_data();
+    void log_whileTheResultIsRead_arrives();
     void spare_isUsedOnceAndReplaced();
     void spare_killedMeanwhile_isReplaced();
     void host_missing_isUnavailable();
@@ -268,6 +270,28 @@ void ScriptHostPoolTest::log_manyLines_arriveInOrder()
     QCOMPARE(ran.log.size(), qsizetype{50000});
     for (qsizetype i = 0; i < ran.log.size(); ++i)
         QCOMPARE(ran.log.at(i), QString::number(i));
+}
+
+void ScriptHostPoolTest::log_whileTheResultIsRead_arrives_data()
+{
+    QTest::addColumn<QString>("before");
+
+    // Parts of the result that are on their way when a getter logs.
+    QTest::newRow("nothing") << u"1"_s;
+    QTest::newRow("long text") << u"'x'.repeat(40000)"_s;
+    QTest::newRow("long list") << u"Array(3000).fill('y'.repeat(40))"_s;
+    QTest::newRow("many numbers") << u"Array(200000).fill(1.5)"_s;
+}
+
+void ScriptHostPoolTest::log_whileTheResultIsRead_arrives()
+{
+    QFETCH(QString, before);
+    const Ran ran =
+        run(u"({before: %1, get last() { console.log('a'); console.log('b'); return 7; }})"_s.arg(
+            before));
+    QVERIFY(ran.outcome.has_value());
+    QVERIFY(ran.outcome->member(u"last")->integer() == 7);
+    QCOMPARE(ran.log, (QStringList{u"a"_s, u"b"_s}));
 }
 
 void ScriptHostPoolTest::spare_isUsedOnceAndReplaced()

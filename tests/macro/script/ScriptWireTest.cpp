@@ -118,6 +118,7 @@ private Q_SLOTS:
     void value_beyondItsLimits_failsWithTheLimit();
     void failure_thatIsNotTheHostsToSay_isAnError();
     void failure_amidAValue_isTheOutcome();
+    void log_amidAValue_isReadFirst();
 };
 
 void ScriptWireTest::outcome_anyKind_comesBack_data()
@@ -256,6 +257,10 @@ void ScriptWireTest::frames_broken_areErrors()
     QCOMPARE(errorOf(frame(kLog, "a", 1) + frame(4, "b")), WireError::MixedMessages);
     QCOMPARE(errorOf(frame(kLog, "a", 1) + frame(5, "b")), WireError::MixedMessages);
     QCOMPARE(errorOf(frame(5, "a", 1) + frame(4, "b")), WireError::MixedMessages);
+    QCOMPARE(errorOf(frame(5, "a", 1) + frame(kLog, "b")), WireError::MixedMessages);
+    for (const int kind : {4, 5})
+        QCOMPARE(errorOf(frame(4, "a", 1) + frame(kLog, "b", 1) + frame(kind, "c")),
+                 WireError::MixedMessages);
     QCOMPARE(errorOf(frame(1, QByteArray(65, 'x'))), WireError::MessageTooLong);
     QCOMPARE(errorOf(frame(1, QByteArray(64, 'x'), 1) + frame(1, "x")), WireError::MessageTooLong);
 }
@@ -289,7 +294,7 @@ void ScriptWireTest::payload_broken_isAnError_data()
     row("text of four gigabytes", "\x04\x02\xff\xff\xff\xff", WireError::Truncated);
     row("shared text where nothing is shared",
         QByteArray("\x04\x03\0\0\x01\0\0\0\0\0\0\0\0\0", 14),
-        WireError::Truncated);
+        WireError::MissingText);
     row("lone surrogate", QByteArray("\x04\x02\x01\0\0\0\x00\xd8", 8), WireError::MalformedText);
     row("list without its end", QByteArray("\x05\0", 2), WireError::Truncated);
     row("map without its end", QByteArray("\x06\x01\0\0\0\0\0", 7), WireError::Truncated);
@@ -382,7 +387,26 @@ void ScriptWireTest::failure_amidAValue_isTheOutcome()
         QVERIFY(message.has_value());
         const auto outcome = decodeOutcome(*message);
         QVERIFY(outcome && *outcome == ScriptOutcome(tl::unexpect, error));
+        OutcomeDecoder decoder;
+        decoder.decodeAhead({MessageKind::Value, bytes.sliced(kFrameHeaderSize, 2)});
+        QVERIFY(decoder.decode(*message) == outcome);
     }
+}
+
+void ScriptWireTest::log_amidAValue_isReadFirst()
+{
+    constexpr int kLog = 3;
+    constexpr int kValue = 4;
+    MessageReader reader(MessageReader::Side::FromHost);
+    reader.append(frame(kValue, "a", 1) + frame(kLog, "x", 1));
+    QVERIFY(!*reader.next());
+    QCOMPARE(reader.incomplete()->payload, QByteArray("a"));
+    reader.append(frame(kLog, "y") + frame(kLog, "z") + frame(kValue, "b"));
+    QByteArray all;
+    for (auto message = reader.next(); *message; message = reader.next())
+        all += QByteArray::number(static_cast<int>((*message)->kind)) + (*message)->payload + ' ';
+    QCOMPARE(all, QByteArray("3xy 3z 4ab "));
+    QCOMPARE(reader.incomplete(), nullptr);
 }
 
 } // namespace penwick
