@@ -22,10 +22,11 @@ using paths::identityOf;
 
 namespace {
 
-/// From this size on, in UTF-16 code units, the memory of a closed text is returned to the system.
+/// From this size on, in UTF-16 code units, the memory of a closed text is returned to the system,
+/// as is what its reading or writing needed.
 constexpr qint64 kLargeText = 4'000'000;
 
-/// Waits a moment, until the widgets that showed the text are deleted as well. Runs on another
+/// Waits a moment, until the widgets that showed a closed text are deleted as well. Runs on another
 /// thread because it may take noticeably long.
 void giveBackMemoryLater()
 {
@@ -132,6 +133,13 @@ void OpenDocuments::setDocument(OpenDocument &entry, std::unique_ptr<TextDocumen
         entry.document.release()->deleteLater();
     }
     entry.document = std::move(document);
+    connect(entry.document.get(),
+            &TextDocument::transferEnded,
+            this,
+            [&storage = *entry.document->textStorage()] {
+                if (storage.length() > kLargeText)
+                    giveBackMemoryLater(); // The buffers of the transfer.
+            });
     entry.outsideChanges =
         std::make_unique<OutsideChanges>(entry.document.get(), entry.controller.get());
 }
