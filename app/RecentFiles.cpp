@@ -1,6 +1,7 @@
 #include "app/RecentFiles.h"
 
 #include "app/DocumentController.h"
+#include "platform/files/ApplicationSupport.h"
 
 #include <QFile>
 #include <QSet>
@@ -90,10 +91,11 @@ void RecentFiles::clear()
 }
 
 /// Adds the document's file if the document has read or written one: a path on the command line may
-/// have none.
+/// have none. Leaves out the file with the list, which would change while it is edited.
 void RecentFiles::addFileOf(const TextDocument &document)
 {
-    if (document.fileVersion())
+    const bool holdsTheList = document.filePath() == ApplicationSupport::usageFilePath();
+    if (document.fileVersion() && !holdsTheList)
         add(QFile::encodeName(document.filePath()));
 }
 

@@ -12,9 +12,9 @@ namespace penwick {
 class DocumentController;
 class TextDocument;
 
-/// The files that were opened or saved last. They are stored, each as its path with
-/// % as %25; in a path that is not UTF-8, every byte but those of plain ASCII names stands as such
-/// a code. Keeps nothing, and lists nothing, while the setting `KeepsRecentFiles` is off.
+/// The files that were opened or saved last. They are stored, each as its path with % as %25; in a
+/// path that is not UTF-8, every byte but those of plain ASCII names stands as such a code. Keeps
+/// nothing, and lists nothing, while the setting `KeepsRecentFiles` is off.
 class RecentFiles final : public QObject
 {
     Q_OBJECT
@@ -26,7 +26,8 @@ public:
     /// \param preferences not owned; must outlive this.
     RecentFiles(UserDefaults &defaults, Preferences &preferences);
 
-    /// Adds the files of documents from now on, when they are opened and when they are saved.
+    /// Adds the files of documents from now on, when they are opened and when they are saved, but
+    /// not the file of `UserDefaults::usage()`.
     /// \param documents not owned; must outlive this.
     void follow(DocumentController *documents);
 

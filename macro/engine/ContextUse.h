@@ -8,7 +8,7 @@ namespace penwick {
 
 /// Empties the long texts of the context that the code certainly does not read, so that they need
 /// not be written for the script host: in a large document, that takes longer than most macros that
-/// do not read it. The code sees no difference.
+/// do not read it. Whatever the code reads is as it was.
 ///
 /// A text counts as read unless all that the code does with `context` is to follow plain paths to
 /// other values, such as `context.cursor.offset`.

@@ -14,8 +14,8 @@
 
 namespace penwick {
 
-/// A key/value store in one INI file. Every change is written to the file
-/// before the call returns. Use it from the main thread. Keys are case-sensitive.
+/// A key/value store in one INI file. Every change is written to the file before the call returns.
+/// Use it from the main thread. Keys are case-sensitive.
 class UserDefaults final
 {
 public:

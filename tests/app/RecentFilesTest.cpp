@@ -29,6 +29,7 @@ private Q_SLOTS:
     void init()
     {
         Preferences::standard().reset(PreferenceId::KeepsRecentFiles);
+        UserDefaults::standard().remove(u"zoom"_s);
         UserDefaults::usage().remove(u"recentFiles/paths"_s);
         UserDefaults::usage().remove(u"recentCommands/inPalette"_s);
         begin();
@@ -175,7 +176,9 @@ void RecentFilesTest::use_leavesTheSettingsAsTheyAre()
     };
     QTRY_VERIFY_WITH_TIMEOUT(isWritten(), test::kLongWait);
     QCOMPARE(read(path), settings);
-    UserDefaults::standard().remove(u"zoom"_s);
+    const qsizetype count = m_app->recentFiles().paths().size();
+    QVERIFY(m_app->documentController().openFile(ApplicationSupport::usageFilePath()));
+    QCOMPARE(m_app->recentFiles().paths().size(), count);
 }
 
 void RecentFilesTest::file_readInTheBackground_isListed()

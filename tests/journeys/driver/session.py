@@ -5,6 +5,7 @@ developer's files."""
 
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import tempfile
@@ -191,6 +192,8 @@ class Session:
         settings = pathlib.Path("/etc/xdg/openbox/rc.xml").read_text()
         settings = settings.replace('button="A-Left"', 'button="W-Left"')
         path = self.home / ".config/openbox.xml"
+        # `_window_manager_answers` requests another number.
+        settings = re.sub(r"<number>\d+</number>", "<number>2</number>", settings)
         path.write_text(settings.replace('key="S-A-', 'key="W-S-A-'))
         return path
 

@@ -35,12 +35,12 @@ class ContextUseTest final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void texts_theCodeMayRead_stay_data();
-    void texts_theCodeMayRead_stay();
-    void texts_short_stay();
+    void longTexts_stayIfTheCodeMayReadThem_data();
+    void longTexts_stayIfTheCodeMayReadThem();
+    void shortTexts_stay();
 };
 
-void ContextUseTest::texts_theCodeMayRead_stay_data()
+void ContextUseTest::longTexts_stayIfTheCodeMayReadThem_data()
 {
     QTest::addColumn<QString>("code");
     QTest::addColumn<QString>("names");
@@ -90,13 +90,13 @@ void ContextUseTest::texts_theCodeMayRead_stay_data()
         kBoth);
 }
 
-void ContextUseTest::texts_theCodeMayRead_stay()
+void ContextUseTest::longTexts_stayIfTheCodeMayReadThem()
 {
     QFETCH(QString, code);
     QTEST(kept(code), "names");
 }
 
-void ContextUseTest::texts_short_stay()
+void ContextUseTest::shortTexts_stay()
 {
     MacroContext context;
     context.document.text = Text(u"short"_s);
