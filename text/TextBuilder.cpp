@@ -175,8 +175,16 @@ void TextBuilder::appendAscii(std::string_view characters)
 
 void TextBuilder::appendUtf16(std::u16string_view units)
 {
+    std::size_t nextBlock = 0; // Where to try a block again.
     std::size_t i = 0;
     while (i < units.size()) {
+        if (i >= nextBlock && units.size() - i >= kBlockUnits) {
+            nextBlock = i + kBlockUnits;
+            if (pushBlock(units.substr(i, kBlockUnits))) {
+                i = nextBlock;
+                continue;
+            }
+        }
         const char16_t unit = units[i];
         if (QChar::isSurrogate(unit)) {
             appendSurrogate(unit);
@@ -196,6 +204,31 @@ void TextBuilder::appendUtf16(std::u16string_view units)
         pushOther(units.substr(i, end - i));
         i = end;
     }
+}
+
+bool TextBuilder::pushBlock(std::u16string_view block)
+{
+    if (m_highSurrogate != 0 || m_asciiRun + block.size() >= kAsciiRunUnits ||
+        m_pending.size() + block.size() >= m_sealLimit)
+        return false;
+    quint16 all = 0;
+    quint16 surrogates = 0;
+    for (const char16_t unit : block) {
+        all = static_cast<quint16>(all | unit);
+        surrogates = static_cast<quint16>(surrogates + ((unit & 0xF800) == 0xD800));
+    }
+    if (surrogates != 0)
+        return false;
+    m_pending.append(block);
+    if (all < 0x80) {
+        m_asciiRun += block.size();
+        return true;
+    }
+    m_asciiRun = 0;
+    while (block[block.size() - 1 - m_asciiRun] < 0x80)
+        ++m_asciiRun;
+    m_pendingIsAscii = false;
+    return true;
 }
 
 void TextBuilder::appendSurrogate(char16_t unit)

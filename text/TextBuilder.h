@@ -33,6 +33,9 @@ private:
     template <typename Unit> void pushAsciiRun(std::basic_string_view<Unit> run);
     void pushAscii(char16_t unit);
     void pushOther(std::u16string_view units);
+    /// Appends a block without a look at each unit. Returns false when it needs that: with half a
+    /// surrogate pair, at the end of a chunk, or when its ASCII may be worth a chunk of its own.
+    [[nodiscard]] bool pushBlock(std::u16string_view block);
     void sealAsciiPart();
     void appendSurrogate(char16_t unit);
     void flushHighSurrogate();
@@ -52,6 +55,8 @@ private:
     static constexpr std::size_t kSealUnits = TextNode::kLeafUnits + TextNode::kLeafUnits / 16;
     // An ASCII stretch this long is worth a chunk of its own: it takes half the memory.
     static constexpr std::size_t kAsciiRunUnits = TextNode::kLeafUnits / 4;
+    // The compiler looks at the units of a block with vector instructions.
+    static constexpr std::size_t kBlockUnits = kAsciiRunUnits / 16;
 };
 
 } // namespace penwick

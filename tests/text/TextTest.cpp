@@ -1,11 +1,30 @@
 #include "text/Text.h"
 
 #include "support/TextModel.h"
+#include "text/TextBuilder.h"
+#include "text/TextNode.h"
 
 #include <QTest>
 
+#include <vector>
+
 using namespace penwick;
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The chunks of a text, and whether each is stored as ASCII.
+std::vector<std::pair<qsizetype, bool>> chunksOf(const Text &text)
+{
+    std::vector<std::pair<qsizetype, bool>> chunks;
+    text.forEachChunk(0, text.size(), [&chunks](const TextChunkView &chunk) {
+        chunks.emplace_back(chunk.length, chunk.ascii != nullptr);
+        return true;
+    });
+    return chunks;
+}
+
+} // namespace
 
 class TextTest final : public QObject
 {
@@ -27,6 +46,7 @@ private Q_SLOTS:
     void asciiWithCrLfAtChunkEdge_hasTheMetricsOfItsBytes();
     void deletionJoiningCrAndLf_makesOnePair();
     void mixedText_equalsItselfBuiltInPieces();
+    void text_doesNotDependOnHowTheUnitsCome();
     void manyLines_areFoundByNumber();
 };
 
@@ -188,6 +208,37 @@ void TextTest::mixedText_equalsItselfBuiltInPieces()
         whole = whole.replaced(whole.size(), 0, Text{QStringView(model.mid(i, 997))});
     QCOMPARE(pieces, whole);
     QCOMPARE(pieces.metrics(), test::metricsOf(pieces.toString()));
+}
+
+// Stretches of ASCII and of other characters, which are appended in blocks or unit by unit.
+void TextTest::text_doesNotDependOnHowTheUnitsCome()
+{
+    QRandomGenerator random(5);
+    for (int round = 0; round < 60; ++round) {
+        const int longest = 1 << random.bounded(1, 13);
+        QString units;
+        while (units.size() < 30'000) {
+            for (const QString &unit :
+                 {u"a"_s, u"日"_s, u"a"_s, u"é\n"_s, u"\r\n"_s, u"👩‍👧"_s})
+                if (random.bounded(6) != 0)
+                    units += unit.repeated(random.bounded(longest));
+        }
+        const std::u16string copy = units.toStdU16String();
+        const std::u16string_view all = copy;
+        TextBuilder whole;
+        whole.appendUtf16(all);
+        TextBuilder single;
+        for (std::size_t i = 0; i < all.size(); ++i)
+            single.appendUtf16(all.substr(i, 1));
+        const Text expected = single.finish();
+        const Text text = whole.finish();
+        QCOMPARE(text, expected);
+        QCOMPARE(text.toString(), units);
+        QVERIFY(text.metrics() == expected.metrics());
+        // ASCII that comes in long stretches is cut into larger chunks.
+        if (longest <= TextNode::kLeafUnits / 8)
+            QVERIFY(chunksOf(text) == chunksOf(expected));
+    }
 }
 
 void TextTest::manyLines_areFoundByNumber()
