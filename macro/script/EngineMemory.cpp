@@ -1,5 +1,6 @@
 #include "macro/script/EngineMemory.h"
 
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -12,16 +13,54 @@ namespace penwick {
 
 namespace {
 
-std::atomic<bool> largePages = false;
-
 #ifndef PENWICK_HOST_WITHOUT_SANDBOX
 
+std::atomic<bool> largePages = false;
+
 constexpr std::size_t kLargePage = std::size_t{2} << 20;
+constexpr std::size_t kAddressSpace = std::size_t{1} << 30; // Reserved and hardly used.
 
 // Where it takes longer, separate pages are faster. A virtual machine whose memory the system below
 // has taken back gets it again page by page, as slowly for a large page as for its parts, while
 // small pages come from what was freed last and is still there.
 constexpr std::int64_t kMostNanoseconds = 1'000'000;
+
+struct Mapping
+{
+    char *memory;
+    std::size_t size; // Bytes.
+};
+
+/// What the engine maps before it has a script: most of its small objects will be there.
+class EarlierMappings final
+{
+public:
+    /// Keeps the mapping, but not more of them than an engine makes.
+    void add(Mapping mapping)
+    {
+        const std::size_t i = m_count++;
+        if (i < m_starts.size()) {
+            m_starts[i] = mapping.memory;
+            m_sizes[i] = mapping.size; // Only now is the entry complete.
+        }
+    }
+
+    void useHugePages() const
+    {
+        for (std::size_t i = 0; i < m_sizes.size(); ++i)
+            if (const std::size_t size = m_sizes[i]; size > 0)
+                syscall(SYS_madvise, m_starts[i].load(), size, MADV_HUGEPAGE);
+    }
+
+private:
+    static constexpr std::size_t kMost = 8;
+
+    std::atomic<std::size_t> m_count = 0;
+    std::array<std::atomic<char *>, kMost> m_starts{};
+    std::array<std::atomic<std::size_t>, kMost> m_sizes{};
+};
+
+constinit EarlierMappings earlierMappings;
 
 std::int64_t nanoseconds()
 {
@@ -30,22 +69,26 @@ std::int64_t nanoseconds()
     return std::int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
 }
 
-/// Has the system back new memory with large pages if it can deliver the first one quickly.
-void useHugePages(char *memory, std::size_t size)
+/// Has the system back new memory with large pages unless it is slow to deliver the first one.
+/// \return whether it does.
+bool useHugePages(Mapping mapping)
 {
-    const std::size_t before = (kLargePage - reinterpret_cast<std::uintptr_t>(memory)) % kLargePage;
-    if (size < before + kLargePage)
-        return;
-    syscall(SYS_madvise, memory, size, MADV_HUGEPAGE);
-    const std::int64_t start = nanoseconds();
-    *static_cast<volatile char *>(memory + before) = 0;
-    if (nanoseconds() - start > kMostNanoseconds)
-        syscall(SYS_madvise, memory, size, MADV_NOHUGEPAGE);
+    const auto start = reinterpret_cast<std::uintptr_t>(mapping.memory);
+    const std::size_t before = (kLargePage - start) % kLargePage;
+    if (mapping.size < before + kLargePage)
+        return false;
+    syscall(SYS_madvise, mapping.memory, mapping.size, MADV_HUGEPAGE);
+    const std::int64_t begin = nanoseconds();
+    *static_cast<volatile char *>(mapping.memory + before) = 0;
+    if (nanoseconds() - begin <= kMostNanoseconds)
+        return true;
+    syscall(SYS_madvise, mapping.memory, mapping.size, MADV_NOHUGEPAGE);
+    return false;
 }
 
 bool isFitForHugePages(const void *memory, std::size_t size, int protection, int flags)
 {
-    return largePages && memory != MAP_FAILED && size >= kLargePage &&
+    return memory != MAP_FAILED && size >= kLargePage && size < kAddressSpace &&
            (protection & (PROT_READ | PROT_WRITE | PROT_EXEC)) == (PROT_READ | PROT_WRITE) &&
            (flags & MAP_ANONYMOUS) != 0;
 }
@@ -54,12 +97,34 @@ bool isFitForHugePages(const void *memory, std::size_t size, int protection, int
 
 } // namespace
 
+#ifdef PENWICK_HOST_WITHOUT_SANDBOX
+
+void enableHugePages() {}
+
+void enableHugePagesInEarlierBlocks() {}
+
+#else
+
 void enableHugePages()
 {
     largePages = true;
 }
 
-#ifndef PENWICK_HOST_WITHOUT_SANDBOX // The sanitizers define their own.
+// New memory shows whether the system is fast: of the earlier blocks, the first pages are in use.
+// The system has its page at hand for what needs one next.
+void enableHugePagesInEarlierBlocks()
+{
+    constexpr std::size_t kTrial = 2 * kLargePage; // A whole page is somewhere in it.
+    void *trial = reinterpret_cast<void *>(syscall(
+        SYS_mmap, nullptr, kTrial, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    if (trial == MAP_FAILED)
+        return;
+    if (useHugePages({static_cast<char *>(trial), kTrial}))
+        earlierMappings.useHugePages();
+    munmap(trial, kTrial);
+}
+
+// The sanitizers define functions of these names.
 
 // The engine has no setting for how it gets its memory. Its calls reach these functions instead of
 // the C library's, because the definitions of a program take precedence over those of its
@@ -70,8 +135,13 @@ mmap(void *address, std::size_t size, int protection, int flags, int file, off_t
 {
     void *memory =
         reinterpret_cast<void *>(syscall(SYS_mmap, address, size, protection, flags, file, offset));
-    if (isFitForHugePages(memory, size, protection, flags))
-        useHugePages(static_cast<char *>(memory), size);
+    if (isFitForHugePages(memory, size, protection, flags)) {
+        const Mapping mapping{static_cast<char *>(memory), size};
+        if (largePages)
+            useHugePages(mapping);
+        else
+            earlierMappings.add(mapping);
+    }
     return memory;
 }
 

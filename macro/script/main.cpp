@@ -112,6 +112,8 @@ int serve(penwick::HostChannel &channel, const Service &service)
         const auto request = channel.receiveRequest();
         if (!request)
             return EXIT_SUCCESS; // The editor has no script to run.
+        if (!request->longTexts.empty())
+            penwick::enableHugePagesInEarlierBlocks();
         serveRequest(channel, engine, *request, service);
     }
 }
