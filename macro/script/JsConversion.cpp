@@ -68,7 +68,7 @@ private:
             return;
         if (!spend(JSStringGetLength(name)))
             return;
-        m_sink.key(wellFormedView(name));
+        m_sink.key(wellFormedView(viewOf(name)));
         take(value);
     }
 
@@ -89,25 +89,37 @@ private:
     // it was read too. Each is checked against the limits as if it were taken alone.
     void takeTexts(OpenObject &list, JSValueRef first)
     {
+        JSValueRef next = first;
+        std::size_t before = 0;
+        do {
+            before = m_values;
+            next = takeRun(list, next);
+            list.isMixed = next != nullptr && !JSValueIsString(m_context, next);
+        } while (next != nullptr && !list.isMixed && m_values > before && !m_error);
+        if (next != nullptr && !m_error)
+            take(next);
+    }
+
+    // Takes as many of these strings as the reader joins at once. Returns the element after them if
+    // it was read; `first` when it is too long for the reader.
+    [[nodiscard]] JSValueRef takeRun(OpenObject &list, JSValueRef first)
+    {
         const std::size_t count = std::min(
             {list.size - list.next + 1, m_limits.values - m_values, JsTextReader::kMostTexts});
         if (count == 0)
-            return take(first);
+            return first;
         const std::size_t units = (m_limits.bytes - m_bytes) / sizeof(JSChar);
         const JsTextReader::Run run = m_reader.read(
-            list.object, first, list.next, count, std::min(units, m_limits.joinedUnits));
-        if (!run.joined) { // The engine ran out of memory.
+            list.object, first, list.next, count, std::min(units, JsTextReader::kMostUnits));
+        if (!run.characters) { // The engine ran out of memory.
             m_error = Code::ResultTooLarge;
-            return;
+            return nullptr;
         }
         m_values += run.lengths.size();
         list.next += run.lengths.size() - (run.next == nullptr ? 1 : 0);
         if (!run.lengths.empty() && spendAll(run.lengths))
-            m_sink.texts(wellFormedView(run.joined.get()), run.lengths);
-        if (run.next == nullptr)
-            return;
-        list.isMixed = !JSValueIsString(m_context, run.next);
-        take(run.next);
+            m_sink.texts(wellFormedView(run.joined), run.lengths);
+        return run.next;
     }
 
     void take(JSValueRef value)
@@ -139,7 +151,7 @@ private:
         if (!string) // The engine ran out of memory while it joined the string's pieces.
             m_error = Code::ResultTooLarge;
         else if (spend(JSStringGetLength(string.get())))
-            m_sink.text(wellFormedView(string.get()));
+            m_sink.text(wellFormedView(viewOf(string.get())));
     }
 
     void takeObject(JSValueRef value)
@@ -214,10 +226,9 @@ private:
         m_sink.end();
     }
 
-    /// The string's units, copied only when they are not well-formed. Valid until the next call.
-    [[nodiscard]] QStringView wellFormedView(JSStringRef string)
+    /// The units, copied only when they are not well-formed. Valid until the next call.
+    [[nodiscard]] QStringView wellFormedView(QStringView units)
     {
-        const QStringView units = viewOf(string);
         if (isWellFormed(units))
             return units;
         m_wellFormed = wellFormed(units);

@@ -1,38 +1,36 @@
 #include "macro/script/JsTextReader.h"
 
 #include <iterator>
+#include <utility>
 
 namespace penwick {
 
 namespace {
 
-// Uses only what the script cannot replace: functions that are kept before it runs, operators, the
-// elements and lengths of strings, elements of typed arrays that exist, and elements of an array
-// without a prototype, on which no setter can be.
-constexpr QStringView kReader = uR"JS((function () {
+// Uses only what the script cannot replace: operators, the lengths of strings, and elements of
+// typed arrays that exist.
+//
+// The engine joins strings only when their characters are asked for. It then copies them at once,
+// while a join of an array makes a copy of each string that is itself joined from others.
+constexpr QStringView kReader = uR"JS((function (list, first, index, lengths, most, room) {
     'use strict';
-    const apply = Reflect.apply;
-    const join = Array.prototype.join;
-    const setPrototypeOf = Object.setPrototypeOf;
-    return function (list, first, index, lengths, most, room) {
-        const texts = setPrototypeOf([], null);
-        let count = 0;
-        let next = first;
-        while (typeof next === 'string' && next.length <= room) {
-            texts[count] = next;
-            room -= next.length;
-            lengths[count++] = next.length;
-            if (count === most)
-                break;
-            try {
-                next = list[index++];
-            } catch {
-                next = undefined;
-            }
+    let joined = '';
+    let count = 0;
+    let next = first;
+    while (typeof next === 'string' && next.length <= room) {
+        joined = joined + '\n' + next;
+        room -= next.length;
+        lengths[count++] = next.length;
+        if (count === most)
+            break;
+        try {
+            next = list[index++];
+        } catch {
+            next = undefined;
         }
-        return [apply(join, texts, ['\n']), count, next];
-    };
-})())JS";
+    }
+    return [joined, count, next];
+}))JS";
 
 JSObjectRef compiled(JSContextRef context)
 {
@@ -73,7 +71,10 @@ JsTextReader::Run JsTextReader::read(
     const auto taken = static_cast<std::size_t>(JSValueToNumber(m_context, part(1), nullptr));
     const auto *lengths =
         static_cast<const quint32 *>(JSObjectGetTypedArrayBytesPtr(m_context, m_lengths, nullptr));
-    return {JsString(JSValueToStringCopy(m_context, part(0), nullptr)),
+    JsString characters(JSValueToStringCopy(m_context, part(0), nullptr));
+    const QStringView all = characters ? viewOf(characters.get()) : QStringView();
+    return {std::move(characters),
+            all.sliced(all.isEmpty() ? 0 : 1),
             {lengths, taken},
             taken < count ? part(2) : nullptr};
 }

@@ -15,12 +15,16 @@ class JsTextReader final
 {
 public:
     /// Maximum number of strings in one run.
-    static constexpr std::size_t kMostTexts = std::size_t{1} << 17;
+    static constexpr std::size_t kMostTexts = std::size_t{1} << 15;
+    /// Maximum length of a run without its separators, in UTF-16 code units. What is read and
+    /// copied in one go should stay in the processor's cache.
+    static constexpr std::size_t kMostUnits = std::size_t{1} << 17;
 
     /// Strings that stand one after the other in a list, and what follows them.
     struct Run
     {
-        JsString joined;                  ///< With U+000A between each two. Null after an error.
+        JsString characters;              ///< What `joined` views. Null after an error.
+        QStringView joined;               ///< The strings with U+000A between each two.
         std::span<const quint32> lengths; ///< In UTF-16 code units. Valid until the next `read`.
         JSValueRef next = nullptr;        ///< The element after them; null when it was not read.
     };
@@ -34,7 +38,7 @@ public:
     /// \param list an array.
     /// \param first the element before `index`, which has already been read and starts the run.
     /// \param count of strings, at least 1 and at most `kMostTexts`.
-    /// \param room in UTF-16 code units.
+    /// \param room at most `kMostUnits`.
     [[nodiscard]] Run read(
         JSObjectRef list, JSValueRef first, std::size_t index, std::size_t count, std::size_t room);
 

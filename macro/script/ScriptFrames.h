@@ -67,6 +67,8 @@ public:
     /// place there instead of the units, and sends the frame: the other side can read the text
     /// while the rest of the message is made. At most 2^32 - 1 units.
     void putText(QStringView text);
+    /// The same for a text that is in the shared memory.
+    void putSharedText(qsizetype length, SharedTexts::Place place);
     void putSource(const ScriptSource &source);
     /// Writes the mark for "no text" in place of a text.
     void putNoText();
@@ -75,7 +77,6 @@ public:
     [[nodiscard]] bool finish();
 
 private:
-    void putSharedText(qsizetype length, SharedTexts::Place place);
     [[nodiscard]] qsizetype room() const;
     void flushWhereFull();
     void flush(bool more);

@@ -50,9 +50,6 @@ struct ScriptLimits
     std::size_t values = std::size_t{1} << 25;
     std::size_t bytes = std::size_t{1} << 30; ///< Of UTF-16 text, keys included.
     std::size_t depth = 2000;                 ///< Nested objects and lists; a flat object has 1.
-    /// How many UTF-16 code units of a list are read at once. Bounds copies of them in memory; with
-    /// a smaller number a long list takes longer.
-    std::size_t joinedUnits = std::size_t{1} << 21;
     /// Of the source and the long texts, in UTF-16 code units. A longer source makes the engine end
     /// the process.
     qsizetype sourceLength = 2147483647;

@@ -10,6 +10,10 @@ namespace {
 // elements of a list: their number and lengths follow, then their text as in `ScriptTexts`.
 enum class Tag : quint8 { Null, False, True, Number, Text, List, Map, Other, End, Texts };
 
+// Texts are sent once they have so many UTF-16 code units together: less is not worth waking the
+// other side for.
+constexpr qsizetype kPortion = qsizetype{1} << 18;
+
 // Changes with the encoding of any message: after an update, the host may be newer than a running
 // editor.
 constexpr quint8 kProtocolVersion = 8;
@@ -342,50 +346,88 @@ OutcomeSender::OutcomeSender(const ByteSink &sink, SharedTexts *shared)
 {
 }
 
+// For what comes after the pending texts.
+FrameWriter &OutcomeSender::writer()
+{
+    sendPending();
+    return m_writer;
+}
+
 void OutcomeSender::null()
 {
-    m_writer.put(Tag::Null);
+    writer().put(Tag::Null);
 }
 
 void OutcomeSender::other()
 {
-    m_writer.put(Tag::Other);
+    writer().put(Tag::Other);
 }
 
 void OutcomeSender::boolean(bool value)
 {
-    m_writer.put(value ? Tag::True : Tag::False);
+    writer().put(value ? Tag::True : Tag::False);
 }
 
 void OutcomeSender::number(double value)
 {
-    m_writer.put(Tag::Number);
+    writer().put(Tag::Number);
     m_writer.put(value);
 }
 
 void OutcomeSender::text(QStringView value)
 {
-    m_writer.put(Tag::Text);
+    writer().put(Tag::Text);
     m_writer.putText(value);
 }
 
 void OutcomeSender::texts(QStringView joined, std::span<const quint32> lengths)
 {
+    if (!addToPending(joined, lengths)) {
+        sendPending();
+        if (!addToPending(joined, lengths)) {
+            putLengths(lengths);
+            m_writer.putText(joined);
+        }
+    }
+    if (m_joinedUnits >= kPortion)
+        sendPending();
+}
+
+void OutcomeSender::putLengths(std::span<const quint32> lengths)
+{
     m_writer.put(Tag::Texts);
     m_writer.put(static_cast<quint32>(lengths.size()));
     m_writer.putBytes(lengths.data(), lengths.size_bytes());
-    m_writer.putText(joined);
+}
+
+bool OutcomeSender::addToPending(QStringView joined, std::span<const quint32> lengths)
+{
+    const bool isFirst = m_lengths.empty();
+    if (m_shared == nullptr || (!isFirst && !m_shared->append(u"\n")) || !m_shared->append(joined))
+        return false;
+    m_joinedUnits += joined.size() + (isFirst ? 0 : 1);
+    m_lengths.insert(m_lengths.end(), lengths.begin(), lengths.end());
+    return true;
+}
+
+void OutcomeSender::sendPending()
+{
+    if (m_lengths.empty())
+        return;
+    putLengths(m_lengths);
+    m_writer.putSharedText(std::exchange(m_joinedUnits, 0), m_shared->finish());
+    m_lengths.clear();
 }
 
 void OutcomeSender::beginList()
 {
-    m_writer.put(Tag::List);
+    writer().put(Tag::List);
     m_isMap.push_back(false);
 }
 
 void OutcomeSender::beginMap()
 {
-    m_writer.put(Tag::Map);
+    writer().put(Tag::Map);
     m_isMap.push_back(true);
 }
 
@@ -399,7 +441,7 @@ void OutcomeSender::end()
     if (m_isMap.back())
         m_writer.putNoText();
     else
-        m_writer.put(Tag::End);
+        writer().put(Tag::End);
     m_isMap.pop_back();
 }
 

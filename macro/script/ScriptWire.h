@@ -35,7 +35,8 @@ sendRequest(const ScriptRequest &request, const ByteSink &sink, SharedTexts *sha
 [[nodiscard]] tl::expected<ScriptRequest, WireError>
 decodeRequest(QByteArrayView payload, const SharedTexts *shared = nullptr);
 
-/// Sends a `Value` while it is being produced, or a `Failure`.
+/// Sends a `Value` while it is being produced, or a `Failure`. The texts of a long list go out in
+/// portions, so that the other side decodes one while the next is made.
 class OutcomeSender final : public ScriptValueSink
 {
 public:
@@ -59,10 +60,17 @@ public:
     [[nodiscard]] bool fail(const ScriptError &error);
 
 private:
+    [[nodiscard]] FrameWriter &writer();
+    [[nodiscard]] bool addToPending(QStringView joined, std::span<const quint32> lengths);
+    void sendPending();
+    void putLengths(std::span<const quint32> lengths);
+
     const ByteSink &m_sink;
     SharedTexts *m_shared;
     FrameWriter m_writer;
-    std::vector<bool> m_isMap; // One for each open list or map.
+    std::vector<bool> m_isMap;      // One for each open list or map.
+    std::vector<quint32> m_lengths; // Of texts that are not sent but already in `m_shared`.
+    qsizetype m_joinedUnits = 0;    // Of the same texts, joined.
 };
 
 /// Decodes an outcome, if the caller wishes while its message still arrives.

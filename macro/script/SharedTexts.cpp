@@ -94,6 +94,12 @@ bool isAscii(QByteArrayView bytes)
     return all < 0x80;
 }
 
+/// Bytes of a text of so many units.
+constexpr qint64 sizeIn(SharedTexts::Form form, qsizetype length)
+{
+    return form == SharedTexts::Form::Utf16 ? length * kUnit : length;
+}
+
 std::optional<QString> copied(int descriptor, qint64 start, qsizetype length)
 {
     QString text(length, Qt::Uninitialized);
@@ -118,6 +124,7 @@ void SharedTexts::startOver()
     for (const Mapping &mapping : std::exchange(m_mappings, {}))
         munmap(mapping.memory, mapping.size);
     m_end = roomOf(m_isHost).start;
+    m_open.reset();
 }
 
 std::optional<QString> SharedTexts::mapped(qint64 start, qsizetype length) const
@@ -136,8 +143,16 @@ bool SharedTexts::hasRoomFor(qsizetype length) const
            length <= (roomOf(m_isHost).end - m_end) / kUnit;
 }
 
-bool SharedTexts::write(QStringView text, qint64 at) const
+// Only the host saves memory: it could not map what the editor wrote in this form.
+SharedTexts::Form SharedTexts::formOf(QStringView text) const
 {
+    return m_isHost && isAscii(text) ? Form::Ascii : Form::Utf16;
+}
+
+bool SharedTexts::write(QStringView text, Form form, qint64 at) const
+{
+    if (form == Form::Ascii)
+        return writeAscii(text, at);
     return writeAll(
         m_descriptor, reinterpret_cast<const char *>(text.utf16()), text.size() * kUnit, at);
 }
@@ -153,8 +168,7 @@ bool SharedTexts::writeAscii(QStringView text, qint64 at) const
     return true;
 }
 
-// Completes the text that was written up to `end` and returns its place.
-std::optional<SharedTexts::Place> SharedTexts::keep(qint64 end, Form form)
+SharedTexts::Place SharedTexts::keep(qint64 end, Form form)
 {
     const qint64 next = (end + kAlignment - 1) / kAlignment * kAlignment;
     const auto start =
@@ -164,11 +178,13 @@ std::optional<SharedTexts::Place> SharedTexts::keep(qint64 end, Form form)
 
 std::optional<SharedTexts::Place> SharedTexts::put(QStringView text)
 {
+    m_open.reset();
     if (!hasRoomFor(text.size()))
         return std::nullopt;
-    if (m_isHost && isAscii(text))
-        return writeAscii(text, m_end) ? keep(m_end + text.size(), Form::Ascii) : std::nullopt;
-    return write(text, m_end) ? keep(m_end + text.size() * kUnit, Form::Utf16) : std::nullopt;
+    const Form form = formOf(text);
+    if (!write(text, form, m_end))
+        return std::nullopt;
+    return keep(m_end + sizeIn(form, text.size()), form);
 }
 
 std::optional<SharedTexts::Place> SharedTexts::putSource(const ScriptSource &source)
@@ -178,12 +194,31 @@ std::optional<SharedTexts::Place> SharedTexts::putSource(const ScriptSource &sou
     qint64 end = m_end;
     bool isWritten = true;
     source.write([&](QStringView piece) {
-        isWritten = isWritten && write(piece, end);
+        isWritten = isWritten && write(piece, Form::Utf16, end);
         end += piece.size() * kUnit;
     });
     if (!isWritten || end - m_end != source.size() * kUnit)
         return std::nullopt;
     return keep(end, Form::Utf16);
+}
+
+bool SharedTexts::append(QStringView piece)
+{
+    if (!m_open && !hasRoomFor(piece.size()))
+        return false;
+    const OpenText text = m_open ? *m_open : OpenText{m_end, formOf(piece)};
+    const qint64 end = text.end + sizeIn(text.form, piece.size());
+    const bool fits = end <= roomOf(m_isHost).end && (text.form == Form::Utf16 || isAscii(piece));
+    if (!fits || !write(piece, text.form, text.end))
+        return false;
+    m_open = OpenText{end, text.form};
+    return true;
+}
+
+SharedTexts::Place SharedTexts::finish()
+{
+    const OpenText text = *std::exchange(m_open, std::nullopt);
+    return keep(text.end, text.form);
 }
 
 std::optional<QString> SharedTexts::get(Place place, qsizetype length) const

@@ -63,6 +63,15 @@ public:
     [[nodiscard]] std::optional<Place> put(QStringView text);
     [[nodiscard]] std::optional<Place> putSource(const ScriptSource &source);
 
+    /// Writes the next piece of a text whose end is not known yet. The form of the first piece is
+    /// that of the text.
+    /// \return false when it cannot be written, when the first piece is shorter than
+    /// `kLeastLength`, or when a later one does not fit the form. The text is then as before.
+    [[nodiscard]] bool append(QStringView piece);
+    /// Ends the text of the pieces; there must be one. Other texts discard pieces that are not
+    /// ended.
+    [[nodiscard]] Place finish();
+
     /// Returns a text that the other side wrote. The editor gets a copy. The host gets a view of
     /// mapped memory, which stays mapped until `startOver`, of a text in the form `Utf16`.
     /// \param length in UTF-16 code units.
@@ -84,10 +93,18 @@ private:
         std::size_t size; // Bytes.
     };
 
+    struct OpenText
+    {
+        qint64 end; // Offset of the next piece, in bytes.
+        Form form;
+    };
+
     [[nodiscard]] bool hasRoomFor(qsizetype length) const;
     [[nodiscard]] std::optional<QString> mapped(qint64 start, qsizetype length) const;
-    [[nodiscard]] std::optional<Place> keep(qint64 end, Form form);
-    [[nodiscard]] bool write(QStringView text, qint64 at) const;
+    /// Completes the text that was written up to `end` and returns its place.
+    [[nodiscard]] Place keep(qint64 end, Form form);
+    [[nodiscard]] Form formOf(QStringView text) const;
+    [[nodiscard]] bool write(QStringView text, Form form, qint64 at) const;
     [[nodiscard]] bool writeAscii(QStringView text, qint64 at) const;
     /// Passes on the units from `start` to `end` of a text in pieces that fit the processor's
     /// cache. Bytes come as they are. No piece but the last ends with the first half of a surrogate
@@ -102,7 +119,8 @@ private:
 
     int m_descriptor;
     bool m_isHost;
-    qint64 m_end; // Offset of the next text, in bytes.
+    qint64 m_end;                   // Offset of the next text, in bytes.
+    std::optional<OpenText> m_open; // The text that is written in pieces, from `m_end` on.
     mutable std::vector<Mapping> m_mappings;
 };
 

@@ -5,7 +5,6 @@
 #include "macro/script/ScriptRunner.h"
 #include "wording/WordingLookup.h"
 
-#include <algorithm>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -55,17 +54,6 @@ struct Service
     bool servesMany = false;
 };
 
-// A script that fills a small memory must still be able to return what it has.
-penwick::ScriptLimits limitsFor(std::size_t memory)
-{
-    constexpr std::size_t kLeastUnits = std::size_t{1} << 19;
-    constexpr std::size_t kMostUnits = std::size_t{1} << 21;
-    constexpr std::size_t kShare = 512;
-    penwick::ScriptLimits limits;
-    limits.joinedUnits = std::clamp(memory / kShare, kLeastUnits, kMostUnits);
-    return limits;
-}
-
 void serveRequest(penwick::HostChannel &channel,
                   penwick::ScriptEngine &engine,
                   const penwick::ScriptRequest &request,
@@ -87,7 +75,7 @@ void serveRequest(penwick::HostChannel &channel,
         // Does not destroy the engine: the kernel releases its memory faster.
         _exit(isSent ? EXIT_SUCCESS : EXIT_FAILURE);
     };
-    engine.evaluate(request, log, limitsFor(service.memory), {sender, end});
+    engine.evaluate(request, log, {}, {sender, end});
 }
 
 int serve(penwick::HostChannel &channel, const Service &service)

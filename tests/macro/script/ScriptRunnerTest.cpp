@@ -61,6 +61,7 @@ private Q_SLOTS:
     void value_objectReachedTwice_isCopiedTwice();
     void value_manyLines_arriveInOrder();
     void value_longLists_equalTheirElements();
+    void value_listsOfSeveralRuns_arrive();
     void value_longStringsInALongList_arrive();
     void value_longList_isReadOnceAndInOrder();
     void value_replacedBuiltIns_doNotReachLists();
@@ -237,6 +238,34 @@ void ScriptRunnerTest::value_longLists_equalTheirElements()
             expected.push_back(kind.second);
         }
         QVERIFY2(run(source + u']').outcome == ScriptValue(expected), qPrintable(source));
+    }
+}
+
+// Strings of these lengths, and so many of them, end runs in every way: one more does not fit.
+void ScriptRunnerTest::value_listsOfSeveralRuns_arrive()
+{
+    constexpr int kRun = 1 << 17;  // UTF-16 code units.
+    constexpr int kMost = 1 << 15; // Strings.
+    for (const int length : {0, 1, kRun / 3, kRun / 2, kRun / 2 + 1, kRun - 1, kRun, kRun + 1}) {
+        for (const int count : {64, 65, 100}) {
+            const QString source = u"Array.from({length: %2}, (_, i) => 'x'.repeat(%1) + i % 10)"_s
+                                       .arg(std::max(0, length - 1))
+                                       .arg(count);
+            ScriptValue::List expected;
+            for (int i = 0; i < count; ++i)
+                expected.push_back(
+                    ScriptValue(QString(std::max(0, length - 1), u'x') + QString::number(i % 10)));
+            QVERIFY2(run(source).outcome == ScriptValue(expected), qPrintable(source));
+        }
+    }
+    for (const int count : {kMost - 1, kMost, kMost + 1, 2 * kMost, 2 * kMost + 1}) {
+        for (const QString &last : {u"'last'"_s, u"7"_s}) {
+            const QString source =
+                u"const list = new Array(%1).fill(''); list.push(%2); list"_s.arg(count).arg(last);
+            ScriptValue::List expected(static_cast<std::size_t>(count), ScriptValue(QString()));
+            expected.push_back(last == u"7"_s ? ScriptValue(7.0) : ScriptValue(u"last"_s));
+            QVERIFY2(run(source).outcome == ScriptValue(expected), qPrintable(source));
+        }
     }
 }
 

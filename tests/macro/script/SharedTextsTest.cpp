@@ -27,7 +27,7 @@ QString longText(QChar unit = u'日')
 /// A memory file with the views of both sides.
 struct Shared
 {
-    FileDescriptor file{memfd_create("test", MFD_CLOEXEC)};
+    FileDescriptor file{memfd_create("test", MFD_CLOEXEC | MFD_ALLOW_SEALING)};
     SharedTexts editor{file.get(), Side::Editor};
     SharedTexts host{file.get(), Side::Host};
 };
@@ -41,6 +41,13 @@ template <typename Send> QByteArray payloadOf(Send send)
         return true;
     };
     return send(sink) ? payload : QByteArray();
+}
+
+void sendTwoTexts(OutcomeSender &sender, const QString &first, const QString &second)
+{
+    const std::array lengths{static_cast<quint32>(first.size()),
+                             static_cast<quint32>(second.size())};
+    sender.texts(QString(first + u'\n' + second), lengths);
 }
 
 } // namespace
@@ -64,6 +71,10 @@ private Q_SLOTS:
     void message_withLongTexts_isShort();
     void message_namingAPlaceThatIsNone_isAnError();
     void sharedText_isDecodedBeforeTheMessageEnds();
+    void text_inPieces_isFoundWhole();
+    void piece_thatDoesNotFit_leavesTheTextAsItWas();
+    void textsOfAList_areSentTogether();
+    void textsOfAList_beyondTheFile_areSentInTheMessage();
     void host_cannotLeaveMoreThanItsRoom();
 };
 
@@ -277,7 +288,7 @@ void SharedTextsTest::sharedText_isDecodedBeforeTheMessageEnds()
         payload.append(frame.sliced(kFrameHeaderSize));
         return true;
     };
-    const QString text = longText(u'x');
+    const QString text(300'000, u'x');
     const std::array<quint32, 1> length{static_cast<quint32>(text.size())};
     OutcomeSender sender(sink, &shared.host);
     sender.beginList();
@@ -294,6 +305,88 @@ void SharedTextsTest::sharedText_isDecodedBeforeTheMessageEnds()
     QVERIFY(decoded && *decoded == ScriptOutcome(expected));
     const auto after = decodeOutcome({MessageKind::Value, payload}, {}, &shared.editor);
     QVERIFY(!after && after.error() == WireError::MalformedText);
+}
+
+void SharedTextsTest::text_inPieces_isFoundWhole()
+{
+    Shared shared;
+    QVERIFY(shared.host.append(longText(u'x')));
+    QVERIFY(shared.host.append(u"y"));
+    const SharedTexts::Place ascii = shared.host.finish();
+    QVERIFY(ascii.form == SharedTexts::Form::Ascii);
+    QVERIFY(shared.host.append(longText(u'日')));
+    QVERIFY(shared.host.append(u"x"));
+    const SharedTexts::Place utf16 = shared.host.finish();
+    QVERIFY(utf16.form == SharedTexts::Form::Utf16);
+    const qsizetype length = longText().size() + 1;
+    QCOMPARE(shared.editor.get(ascii, length), longText(u'x') + u'y');
+    QCOMPARE(shared.editor.get(utf16, length), longText(u'日') + u'x');
+}
+
+void SharedTextsTest::piece_thatDoesNotFit_leavesTheTextAsItWas()
+{
+    Shared shared;
+    QVERIFY(!shared.host.append(u"x")); // Too short for the beginning of a text.
+    QVERIFY(shared.host.append(longText(u'x')));
+    QVERIFY(!shared.host.append(u"日"));
+    QVERIFY(shared.host.append(u"y"));
+    const SharedTexts::Place place = shared.host.finish();
+    QCOMPARE(shared.editor.get(place, longText().size() + 1), longText(u'x') + u'y');
+}
+
+// They share a place as long as they have one form.
+void SharedTextsTest::textsOfAList_areSentTogether()
+{
+    Shared shared;
+    const QByteArray answered = payloadOf([&](const ByteSink &sink) {
+        OutcomeSender sender(sink, &shared.host);
+        sender.beginList();
+        for (const QChar unit : {u'x', u'y', u'日', u'z'})
+            sendTwoTexts(sender, longText(unit), longText(unit));
+        sender.text(u"single");
+        sendTwoTexts(sender, u"short"_s, u"short"_s);
+        sender.end();
+        return sender.finish();
+    });
+    const auto length = static_cast<quint32>(longText().size());
+    const QString ascii =
+        QStringList{longText(u'x'), longText(u'x'), longText(u'y'), longText(u'y')}.join(u'\n');
+    const QString utf16 =
+        QStringList{longText(u'日'), longText(u'日'), longText(u'z'), longText(u'z')}.join(u'\n');
+    const std::vector<quint32> lengths(4, length);
+    const ScriptValue expected(ScriptValue::List{
+        ScriptValue(ScriptTexts{Text(ascii), lengths}),
+        ScriptValue(ScriptTexts{Text(utf16), lengths}),
+        ScriptValue(u"single"_s),
+        ScriptValue(ScriptTexts{Text(u"short\nshort"_s), {5, 5}}),
+    });
+    const auto decoded = decodeOutcome({MessageKind::Value, answered}, {}, &shared.editor);
+    QVERIFY(decoded && *decoded == ScriptOutcome(expected));
+}
+
+void SharedTextsTest::textsOfAList_beyondTheFile_areSentInTheMessage()
+{
+    Shared shared;
+    QCOMPARE(::ftruncate(shared.file.get(), longText().size() * 5), 0);
+    QCOMPARE(::fcntl(shared.file.get(), F_ADD_SEALS, F_SEAL_GROW), 0);
+    const QByteArray answered = payloadOf([&](const ByteSink &sink) {
+        OutcomeSender sender(sink, &shared.host);
+        sender.beginList();
+        for (const QChar unit : {u'x', u'y', u'z'})
+            sendTwoTexts(sender, longText(unit), longText(unit));
+        sender.end();
+        return sender.finish();
+    });
+    const auto length = static_cast<quint32>(longText().size());
+    const auto pair = [](QChar unit) { return longText(unit) + u'\n' + longText(unit); };
+    const ScriptValue expected(ScriptValue::List{
+        ScriptValue(
+            ScriptTexts{Text(pair(u'x') + u'\n' + pair(u'y')), {length, length, length, length}}),
+        ScriptValue(ScriptTexts{Text(pair(u'z')), {length, length}}),
+    });
+    const auto decoded = decodeOutcome({MessageKind::Value, answered}, {}, &shared.editor);
+    QVERIFY(decoded && *decoded == ScriptOutcome(expected));
+    QVERIFY(answered.size() > longText().size());
 }
 
 void SharedTextsTest::host_cannotLeaveMoreThanItsRoom()
