@@ -82,19 +82,25 @@ constexpr int isFrom(quint16 unit, quint16 first, quint16 count)
     return static_cast<quint16>(unit - first) < count ? 1 : 0;
 }
 
-/// 1 for units in two large ranges: Latin, and the scripts of Japanese and Chinese without their
-/// combining marks; otherwise 0. A sum, because compilers make no vector instructions of && and ||.
+/// 1 for units in three large ranges: Latin, the scripts of Japanese and Chinese without their
+/// combining marks, and the syllables of Korean; otherwise 0. A sum, because compilers make no
+/// vector instructions of && and ||.
 constexpr int isCommon(quint16 unit)
 {
     return isFrom(unit, 0, 0x300) + isFrom(unit, 0x3000, 0x7000) - isFrom(unit, 0x302A, 6) -
-           isFrom(unit, 0x3099, 2);
+           isFrom(unit, 0x3099, 2) + isFrom(unit, 0xAC00, 0x2BA4);
 }
 
-/// True when the common units are simple, as they are in every version of Unicode so far.
-bool areCommonUnitsSimple(const SimpleSet &simple)
+/// True when no common unit joins another, except in CR LF, as in every version of Unicode so far.
+/// Vowels and final consonants join a syllable, but no syllable joins what is before it.
+bool areCommonUnitsApart(const SimpleSet &simple)
 {
+    const auto isSyllable = [](std::size_t unit) {
+        const UGraphemeClusterBreak value = breakClass(static_cast<char32_t>(unit));
+        return value == U_GCB_LV || value == U_GCB_LVT;
+    };
     for (std::size_t unit = 0; unit < kBasicPlaneSize; ++unit)
-        if (isCommon(static_cast<quint16>(unit)) != 0 && !simple[unit])
+        if (isCommon(static_cast<quint16>(unit)) != 0 && !simple[unit] && !isSyllable(unit))
             return false;
     return true;
 }
@@ -110,11 +116,14 @@ bool isCommonBlock(const char16_t *units)
 /// Returns the end of the whole blocks of common units from `start` on.
 std::size_t commonBlocksEnd(std::u16string_view text, std::size_t start, const SimpleSet &simple)
 {
-    static const bool areSimple = areCommonUnitsSimple(simple);
+    static const bool areApart = areCommonUnitsApart(simple);
+    // What follows a block must not join its last unit.
+    const auto standsApart = [&simple](char16_t unit) {
+        return simple[unit] || isCommon(unit) != 0;
+    };
     std::size_t end = start;
-    // What follows a block must be simple, too, so that it joins nothing to the last unit.
-    while (areSimple && end + kBlock < text.size() && isCommonBlock(&text[end]) &&
-           simple[text[end + kBlock]])
+    while (areApart && end + kBlock < text.size() && isCommonBlock(&text[end]) &&
+           standsApart(text[end + kBlock]))
         end += kBlock;
     return end;
 }

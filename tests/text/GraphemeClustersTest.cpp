@@ -101,6 +101,9 @@ void GraphemeClustersTest::longStretchesOfCommonCharacters_areCountedAsTheIterat
     const QStringList common{QStringLiteral("a"),
                              QStringLiteral("か"),
                              QStringLiteral("漢"),
+                             QStringLiteral("가"),
+                             QStringLiteral("각"),
+                             QStringLiteral("\uD7A3"),
                              QStringLiteral("\r\n"),
                              QStringLiteral("\r"),
                              QStringLiteral("\n"),
@@ -114,6 +117,12 @@ void GraphemeClustersTest::longStretchesOfCommonCharacters_areCountedAsTheIterat
                            QStringLiteral("\uFF9E"),
                            QStringLiteral("\u200D\U0001F469"),
                            QStringLiteral("\u1100\u1161"),
+                           QStringLiteral("\u1100"),
+                           QStringLiteral("\u1161"),
+                           QStringLiteral("\u11A8"),
+                           QStringLiteral("\uD7A4"),
+                           QStringLiteral("\uD7B0"),
+                           QStringLiteral("\uABFF"),
                            QStringLiteral("\uA66F"),
                            QStringLiteral("\u2FFF")};
     QRandomGenerator random(11);
