@@ -208,7 +208,7 @@ void TextBuilder::appendUtf16(std::u16string_view units)
 
 bool TextBuilder::pushBlock(std::u16string_view block)
 {
-    if (m_highSurrogate != 0 || m_asciiRun + block.size() >= kAsciiRunUnits ||
+    if (m_pending.empty() || m_highSurrogate != 0 || m_asciiRun + block.size() >= kAsciiRunUnits ||
         m_pending.size() + block.size() >= m_sealLimit)
         return false;
     quint16 all = 0;

@@ -3,6 +3,7 @@
 #include "text/Text.h"
 #include "text/TextNode.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -33,8 +34,9 @@ private:
     template <typename Unit> void pushAsciiRun(std::basic_string_view<Unit> run);
     void pushAscii(char16_t unit);
     void pushOther(std::u16string_view units);
-    /// Appends a block without a look at each unit. Returns false when it needs that: with half a
-    /// surrogate pair, at the end of a chunk, or when its ASCII may be worth a chunk of its own.
+    /// Appends a block without dividing it into stretches. Returns false where they matter: at the
+    /// start of a text and at the end of a chunk, with surrogates, and when its ASCII may be worth
+    /// a chunk of its own.
     [[nodiscard]] bool pushBlock(std::u16string_view block);
     void sealAsciiPart();
     void appendSurrogate(char16_t unit);
@@ -56,7 +58,7 @@ private:
     // An ASCII stretch this long is worth a chunk of its own: it takes half the memory.
     static constexpr std::size_t kAsciiRunUnits = TextNode::kLeafUnits / 4;
     // The compiler looks at the units of a block with vector instructions.
-    static constexpr std::size_t kBlockUnits = kAsciiRunUnits / 16;
+    static constexpr std::size_t kBlockUnits = std::max<std::size_t>(kAsciiRunUnits / 16, 8);
 };
 
 } // namespace penwick

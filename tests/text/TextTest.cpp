@@ -47,6 +47,7 @@ private Q_SLOTS:
     void deletionJoiningCrAndLf_makesOnePair();
     void mixedText_equalsItselfBuiltInPieces();
     void text_doesNotDependOnHowTheUnitsCome();
+    void asciiAtTheStart_fillsWholeChunks();
     void manyLines_areFoundByNumber();
 };
 
@@ -235,10 +236,20 @@ void TextTest::text_doesNotDependOnHowTheUnitsCome()
         QCOMPARE(text, expected);
         QCOMPARE(text.toString(), units);
         QVERIFY(text.metrics() == expected.metrics());
-        // ASCII that comes in long stretches is cut into larger chunks.
+        // Of a longer stretch of ASCII that comes at once, whole chunks are cut off directly.
         if (longest <= TextNode::kLeafUnits / 8)
             QVERIFY(chunksOf(text) == chunksOf(expected));
     }
+}
+
+void TextTest::asciiAtTheStart_fillsWholeChunks()
+{
+    constexpr qsizetype kLeaf = TextNode::kLeafUnits;
+    TextBuilder builder;
+    builder.appendUtf16(std::u16string(kLeaf * 5 / 2, u'a'));
+    const std::vector<std::pair<qsizetype, bool>> expected{
+        {kLeaf, true}, {kLeaf, true}, {kLeaf / 2, true}};
+    QVERIFY(chunksOf(builder.finish()) == expected);
 }
 
 void TextTest::manyLines_areFoundByNumber()
