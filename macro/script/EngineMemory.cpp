@@ -18,7 +18,8 @@ namespace {
 std::atomic<bool> largePages = false;
 
 constexpr std::size_t kLargePage = std::size_t{2} << 20;
-constexpr std::size_t kAddressSpace = std::size_t{1} << 30; // Reserved and hardly used.
+// A mapping of this size that the engine makes first is address space of which it uses little.
+constexpr std::size_t kAddressSpace = std::size_t{1} << 30;
 
 // Where it takes longer, separate pages are faster. A virtual machine whose memory the system below
 // has taken back gets it again page by page, as slowly for a large page as for its parts, while
@@ -35,9 +36,11 @@ struct Mapping
 class EarlierMappings final
 {
 public:
-    /// Keeps the mapping, but not more of them than an engine makes.
+    /// Keeps the first `kMost` mappings; an engine makes fewer.
     void add(Mapping mapping)
     {
+        if (mapping.size >= kAddressSpace)
+            return;
         const std::size_t i = m_count++;
         if (i < m_starts.size()) {
             m_starts[i] = mapping.memory;
@@ -45,6 +48,7 @@ public:
         }
     }
 
+    /// Does no harm to a mapping that no longer exists: the call is only advice.
     void useHugePages() const
     {
         for (std::size_t i = 0; i < m_sizes.size(); ++i)
@@ -88,7 +92,7 @@ bool useHugePages(Mapping mapping)
 
 bool isFitForHugePages(const void *memory, std::size_t size, int protection, int flags)
 {
-    return memory != MAP_FAILED && size >= kLargePage && size < kAddressSpace &&
+    return memory != MAP_FAILED && size >= kLargePage &&
            (protection & (PROT_READ | PROT_WRITE | PROT_EXEC)) == (PROT_READ | PROT_WRITE) &&
            (flags & MAP_ANONYMOUS) != 0;
 }
@@ -111,7 +115,7 @@ void enableHugePages()
 }
 
 // New memory shows whether the system is fast: of the earlier blocks, the first pages are in use.
-// The system has its page at hand for what needs one next.
+// Its page goes back to the system, which can hand it out again at once.
 void enableHugePagesInEarlierBlocks()
 {
     constexpr std::size_t kTrial = 2 * kLargePage; // A whole page is somewhere in it.
@@ -124,11 +128,9 @@ void enableHugePagesInEarlierBlocks()
     munmap(trial, kTrial);
 }
 
-// The sanitizers define functions of these names.
-
 // The engine has no setting for how it gets its memory. Its calls reach these functions instead of
 // the C library's, because the definitions of a program take precedence over those of its
-// libraries.
+// libraries. Sanitizers have such definitions themselves.
 // NOLINTBEGIN(readability-function-size, performance-no-int-to-ptr): the system's own form.
 extern "C" void *
 mmap(void *address, std::size_t size, int protection, int flags, int file, off_t offset) noexcept

@@ -101,7 +101,7 @@ private:
     }
 
     // Takes as many of these strings as the reader joins at once. Returns the element after them if
-    // it was read; `first` when it is too long for the reader.
+    // it was read; `first` when it is too long for the reader or no more values are allowed.
     [[nodiscard]] JSValueRef takeRun(OpenObject &list, JSValueRef first)
     {
         const std::size_t count = std::min(

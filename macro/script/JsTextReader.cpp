@@ -8,10 +8,11 @@ namespace penwick {
 namespace {
 
 // Uses only what the script cannot replace: operators, the lengths of strings, and elements of
-// typed arrays that exist.
+// typed arrays that exist. Only the read of an element may run code of the script.
 //
-// The engine joins strings only when their characters are asked for. It then copies them at once,
-// while a join of an array makes a copy of each string that is itself joined from others.
+// The engine joins strings when their characters are asked for, and then copies all of them in one
+// pass. A join of an array would first make a copy of each string that is itself joined from
+// others.
 constexpr QStringView kReader = uR"JS((function (list, first, index, lengths, most, room) {
     'use strict';
     let joined = '';

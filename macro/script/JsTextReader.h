@@ -14,8 +14,9 @@ namespace penwick {
 class JsTextReader final
 {
 public:
-    /// Maximum number of strings in one run.
-    static constexpr std::size_t kMostTexts = std::size_t{1} << 15;
+    /// Maximum number of strings in one run. With so many, even empty ones make a text that is long
+    /// enough for `SharedTexts`.
+    static constexpr std::size_t kMostTexts = (std::size_t{1} << 15) + 1;
     /// Maximum length of a run without its separators, in UTF-16 code units. What is read and
     /// copied in one go should stay in the processor's cache.
     static constexpr std::size_t kMostUnits = std::size_t{1} << 17;

@@ -12,7 +12,7 @@ enum class Tag : quint8 { Null, False, True, Number, Text, List, Map, Other, End
 
 // Texts are sent once they have so many UTF-16 code units together: less is not worth waking the
 // other side for.
-constexpr qsizetype kPortion = qsizetype{1} << 18;
+constexpr qsizetype kPortion = qsizetype{1} << 19;
 
 // Changes with the encoding of any message: after an update, the host may be newer than a running
 // editor.

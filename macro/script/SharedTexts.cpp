@@ -189,6 +189,7 @@ std::optional<SharedTexts::Place> SharedTexts::put(QStringView text)
 
 std::optional<SharedTexts::Place> SharedTexts::putSource(const ScriptSource &source)
 {
+    m_open.reset();
     if (!hasRoomFor(source.size()))
         return std::nullopt;
     qint64 end = m_end;
@@ -310,7 +311,7 @@ std::optional<Text> SharedTexts::text(Place place, qsizetype length) const
 {
     if (!hasText(place, length))
         return std::nullopt;
-    constexpr qsizetype kLeastPart = qsizetype{1} << 18; // Units. Less is not worth a thread.
+    constexpr qsizetype kLeastPart = qsizetype{1} << 17; // Units. Less is not worth a thread.
     constexpr qsizetype kMostParts = 8;
     const qsizetype count = std::clamp<qsizetype>(
         std::min<qsizetype>(std::thread::hardware_concurrency(), length / kLeastPart),

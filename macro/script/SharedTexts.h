@@ -68,8 +68,8 @@ public:
     /// \return false when it cannot be written, when the first piece is shorter than
     /// `kLeastLength`, or when a later one does not fit the form. The text is then as before.
     [[nodiscard]] bool append(QStringView piece);
-    /// Ends the text of the pieces; there must be one. Other texts discard pieces that are not
-    /// ended.
+    /// Ends the text of the pieces; there must be one. Writing another text discards pieces that
+    /// were not ended.
     [[nodiscard]] Place finish();
 
     /// Returns a text that the other side wrote. The editor gets a copy. The host gets a view of

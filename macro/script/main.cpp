@@ -19,6 +19,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int kNotForDirectUse = 2;
+constexpr qsizetype kLargeRequest = qsizetype{1} << 20; // UTF-16 code units.
 
 int showHelp()
 {
@@ -69,7 +70,7 @@ void serveRequest(penwick::HostChannel &channel,
         const bool isSent = error ? sender.fail(*error) : sender.finish();
         if (service.servesMany && isSent)
             return;
-        // The editor reads the value on all processors. Releasing the memory would delay that.
+        // The editor still reads the value. Releasing the memory meanwhile would delay that.
         if (isSent)
             channel.waitForEnd();
         // Does not destroy the engine: the kernel releases its memory faster.
@@ -100,7 +101,7 @@ int serve(penwick::HostChannel &channel, const Service &service)
         const auto request = channel.receiveRequest();
         if (!request)
             return EXIT_SUCCESS; // The editor has no script to run.
-        if (!request->longTexts.empty())
+        if (request->size() >= kLargeRequest)
             penwick::enableHugePagesInEarlierBlocks();
         serveRequest(channel, engine, *request, service);
     }

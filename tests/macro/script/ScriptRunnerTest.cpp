@@ -64,6 +64,7 @@ private Q_SLOTS:
     void value_listsOfSeveralRuns_arrive();
     void value_longStringsInALongList_arrive();
     void value_longList_isReadOnceAndInOrder();
+    void value_listOfSeveralRuns_isReadOnceAndInOrder();
     void value_replacedBuiltIns_doNotReachLists();
     void value_collectedWhileConverting_survives();
     void value_proxyWithThrowingTraps_losesNothingElse();
@@ -71,6 +72,7 @@ private Q_SLOTS:
     void value_longerThanLimits_fails();
     void value_longListBeyondLimits_fails_data();
     void value_longListBeyondLimits_fails();
+    void value_listOfSeveralRunsBeyondLimits_fails();
     void value_asDeepAsAllowed_canBeCopiedAndDropped();
     void exception_text_isTheEnginesConversion_data();
     void exception_text_isTheEnginesConversion();
@@ -241,20 +243,21 @@ void ScriptRunnerTest::value_longLists_equalTheirElements()
     }
 }
 
-// Strings of these lengths, and so many of them, end runs in every way: one more does not fit.
+// With these lengths and numbers, a run ends because it is full, because the next string does not
+// fit, or with the list.
 void ScriptRunnerTest::value_listsOfSeveralRuns_arrive()
 {
-    constexpr int kRun = 1 << 17;  // UTF-16 code units.
-    constexpr int kMost = 1 << 15; // Strings.
+    constexpr int kRun = 1 << 17;        // UTF-16 code units.
+    constexpr int kMost = (1 << 15) + 1; // Strings.
     for (const int length : {0, 1, kRun / 3, kRun / 2, kRun / 2 + 1, kRun - 1, kRun, kRun + 1}) {
         for (const int count : {64, 65, 100}) {
-            const QString source = u"Array.from({length: %2}, (_, i) => 'x'.repeat(%1) + i % 10)"_s
-                                       .arg(std::max(0, length - 1))
-                                       .arg(count);
+            const QString source =
+                u"Array.from({length: %2}, (_, i) => String.fromCharCode(i + 48).repeat(%1))"_s
+                    .arg(length)
+                    .arg(count);
             ScriptValue::List expected;
             for (int i = 0; i < count; ++i)
-                expected.push_back(
-                    ScriptValue(QString(std::max(0, length - 1), u'x') + QString::number(i % 10)));
+                expected.push_back(ScriptValue(QString(length, QChar(i + 48))));
             QVERIFY2(run(source).outcome == ScriptValue(expected), qPrintable(source));
         }
     }
@@ -315,6 +318,39 @@ void ScriptRunnerTest::value_longList_isReadOnceAndInOrder()
     }
     QCOMPARE(ran.log, log);
     QVERIFY(ran.outcome == ScriptValue(expected));
+}
+
+// Each of the strings fills a run, so that the element after it is read but left for the next one.
+void ScriptRunnerTest::value_listOfSeveralRuns_isReadOnceAndInOrder()
+{
+    const QString makeList = u"const list = [];"
+                             "for (let i = 0; i < 70; ++i)"
+                             "  Object.defineProperty(list, i, {configurable: true, get() {"
+                             "    console.log(i);"
+                             "    if (i === %1) %2;"
+                             "    return 'x'.repeat(70000) + i; }});"
+                             "list"_s;
+    for (const auto &[what, isText] : {std::pair(u"throw 1"_s, false),
+                                       std::pair(u"return 7"_s, false),
+                                       std::pair(u"list.length = 0"_s, true)}) {
+        for (const int place : {0, 3, 40, 69}) {
+            const Ran ran = run(makeList.arg(place).arg(what));
+            QStringList log;
+            ScriptValue::List expected;
+            for (int i = 0; i < 70; ++i) {
+                const bool isGone = isText && i > place;
+                if (!isGone)
+                    log << QString::number(i);
+                const bool isOther = isGone || (i == place && !isText);
+                expected.push_back(!isOther
+                                       ? ScriptValue(QString(70'000, u'x') + QString::number(i))
+                                   : what == u"return 7"_s ? ScriptValue(7.0)
+                                                           : ScriptValue());
+            }
+            QCOMPARE(ran.log, log);
+            QVERIFY2(ran.outcome == ScriptValue(expected), qPrintable(what));
+        }
+    }
 }
 
 void ScriptRunnerTest::value_replacedBuiltIns_doNotReachLists()
@@ -429,6 +465,26 @@ void ScriptRunnerTest::value_longListBeyondLimits_fails()
     QCOMPARE(ran.outcome.has_value(), code < 0);
     if (!ran.outcome)
         QCOMPARE(static_cast<int>(ran.outcome.error().code), code);
+}
+
+// The limits are reached after several runs of the reader.
+void ScriptRunnerTest::value_listOfSeveralRunsBeyondLimits_fails()
+{
+    constexpr std::size_t kTexts = 70'000;
+    constexpr std::size_t kUnits = 400'000;
+    const auto code = [](const QString &source, std::size_t values, std::size_t units) {
+        const Ran ran = run(source, std::nullopt, limitsOf(values, units * 2, 3));
+        return ran.outcome ? std::nullopt : std::optional(ran.outcome.error().code);
+    };
+    const QString many = u"new Array(70000).fill('')"_s;
+    QCOMPARE(code(many, kTexts + 1, 0), std::nullopt);
+    QCOMPARE(code(many, kTexts, 0), ScriptError::Code::ResultTooManyValues);
+    const QString last = u"a = new Array(69999).fill(''); a.push(['x']); a"_s;
+    QCOMPARE(code(last, kTexts + 2, 1), std::nullopt);
+    QCOMPARE(code(last, kTexts + 1, 1), ScriptError::Code::ResultTooManyValues);
+    const QString large = u"new Array(100).fill('x'.repeat(4000))"_s;
+    QCOMPARE(code(large, 101, kUnits), std::nullopt);
+    QCOMPARE(code(large, 101, kUnits - 1), ScriptError::Code::ResultTooLarge);
 }
 
 void ScriptRunnerTest::value_longerThanLimits_fails()

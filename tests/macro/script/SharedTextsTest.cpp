@@ -73,7 +73,10 @@ private Q_SLOTS:
     void sharedText_isDecodedBeforeTheMessageEnds();
     void text_inPieces_isFoundWhole();
     void piece_thatDoesNotFit_leavesTheTextAsItWas();
+    void text_betweenPieces_discardsThem();
     void textsOfAList_areSentTogether();
+    void textsOfAList_thatFillAPortion_areSentAtOnce();
+    void textsOfAList_beforeAFailure_areVoid();
     void textsOfAList_beyondTheFile_areSentInTheMessage();
     void host_cannotLeaveMoreThanItsRoom();
 };
@@ -288,7 +291,7 @@ void SharedTextsTest::sharedText_isDecodedBeforeTheMessageEnds()
         payload.append(frame.sliced(kFrameHeaderSize));
         return true;
     };
-    const QString text(300'000, u'x');
+    const QString text(600'000, u'x');
     const std::array<quint32, 1> length{static_cast<quint32>(text.size())};
     OutcomeSender sender(sink, &shared.host);
     sender.beginList();
@@ -334,6 +337,22 @@ void SharedTextsTest::piece_thatDoesNotFit_leavesTheTextAsItWas()
     QCOMPARE(shared.editor.get(place, longText().size() + 1), longText(u'x') + u'y');
 }
 
+void SharedTextsTest::text_betweenPieces_discardsThem()
+{
+    for (const bool isSource : {false, true}) {
+        Shared shared;
+        QVERIFY(shared.host.append(longText(u'x')));
+        const auto other =
+            isSource ? shared.host.putSource(longText(u'日')) : shared.host.put(longText(u'日'));
+        QVERIFY(other.has_value());
+        QVERIFY(!shared.host.append(u"y"));
+        QVERIFY(shared.host.append(longText(u'z')));
+        const SharedTexts::Place place = shared.host.finish();
+        QCOMPARE(shared.editor.get(*other, longText().size()), longText(u'日'));
+        QCOMPARE(shared.editor.get(place, longText().size()), longText(u'z'));
+    }
+}
+
 // They share a place as long as they have one form.
 void SharedTextsTest::textsOfAList_areSentTogether()
 {
@@ -362,6 +381,48 @@ void SharedTextsTest::textsOfAList_areSentTogether()
     });
     const auto decoded = decodeOutcome({MessageKind::Value, answered}, {}, &shared.editor);
     QVERIFY(decoded && *decoded == ScriptOutcome(expected));
+}
+
+void SharedTextsTest::textsOfAList_thatFillAPortion_areSentAtOnce()
+{
+    Shared shared;
+    int frames = 0;
+    const ByteSink sink = [&frames](QByteArrayView) {
+        ++frames;
+        return true;
+    };
+    OutcomeSender sender(sink, &shared.host);
+    sender.beginList();
+    int pieces = 0;
+    for (; frames == 0 && pieces < 1000; ++pieces)
+        sendTwoTexts(sender, longText(u'x'), longText(u'y'));
+    QVERIFY(pieces >= 2);
+    QVERIFY(pieces * longText().size() * 2 <= 1'000'000);
+    sender.end();
+    QVERIFY(sender.finish());
+}
+
+// A host that serves many scripts starts over after each of them.
+void SharedTextsTest::textsOfAList_beforeAFailure_areVoid()
+{
+    Shared shared;
+    const ScriptError error{ScriptError::Code::Exception, longText(u'e')};
+    const QByteArray failed = payloadOf([&](const ByteSink &sink) {
+        OutcomeSender sender(sink, &shared.host);
+        sender.beginList();
+        sendTwoTexts(sender, longText(u'x'), longText(u'y'));
+        return sender.fail(error);
+    });
+    const auto failure = decodeOutcome({MessageKind::Failure, failed}, {}, &shared.editor);
+    QVERIFY(failure && *failure == ScriptOutcome(tl::unexpect, error));
+
+    shared.host.startOver();
+    shared.editor.startOver();
+    const ScriptValue value(longText(u'v'));
+    const QByteArray answered =
+        payloadOf([&](const ByteSink &sink) { return sendOutcome(value, sink, &shared.host); });
+    const auto decoded = decodeOutcome({MessageKind::Value, answered}, {}, &shared.editor);
+    QVERIFY(decoded && *decoded == ScriptOutcome(value));
 }
 
 void SharedTextsTest::textsOfAList_beyondTheFile_areSentInTheMessage()
