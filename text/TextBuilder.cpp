@@ -178,12 +178,10 @@ void TextBuilder::appendUtf16(std::u16string_view units)
     std::size_t nextBlock = 0; // Where to try a block again.
     std::size_t i = 0;
     while (i < units.size()) {
-        if (i >= nextBlock && units.size() - i >= kBlockUnits) {
+        if (i >= nextBlock) {
+            i += pushBlocks(units.substr(i));
             nextBlock = i + kBlockUnits;
-            if (pushBlock(units.substr(i, kBlockUnits))) {
-                i = nextBlock;
-                continue;
-            }
+            continue;
         }
         const char16_t unit = units[i];
         if (QChar::isSurrogate(unit)) {
@@ -204,6 +202,14 @@ void TextBuilder::appendUtf16(std::u16string_view units)
         pushOther(units.substr(i, end - i));
         i = end;
     }
+}
+
+std::size_t TextBuilder::pushBlocks(std::u16string_view units)
+{
+    std::size_t length = 0;
+    while (units.size() - length >= kBlockUnits && pushBlock(units.substr(length, kBlockUnits)))
+        length += kBlockUnits;
+    return length;
 }
 
 bool TextBuilder::pushBlock(std::u16string_view block)

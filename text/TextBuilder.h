@@ -38,6 +38,8 @@ private:
     /// start of a text and at the end of a chunk, with surrogates, and when its ASCII may be worth
     /// a chunk of its own.
     [[nodiscard]] bool pushBlock(std::u16string_view block);
+    /// Appends blocks as long as that is possible, and returns the length of all of them.
+    [[nodiscard]] std::size_t pushBlocks(std::u16string_view units);
     void sealAsciiPart();
     void appendSurrogate(char16_t unit);
     void flushHighSurrogate();

@@ -119,6 +119,7 @@ void enableHugePages()
 void enableHugePagesInEarlierBlocks()
 {
     constexpr std::size_t kTrial = 2 * kLargePage; // A whole page is somewhere in it.
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the system's own form.
     void *trial = reinterpret_cast<void *>(syscall(
         SYS_mmap, nullptr, kTrial, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
     if (trial == MAP_FAILED)
