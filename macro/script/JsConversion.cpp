@@ -89,37 +89,37 @@ private:
     // it was read too. Each is checked against the limits as if it were taken alone.
     void takeTexts(OpenObject &list, JSValueRef first)
     {
-        JSValueRef next = first;
+        std::optional<JsProtected> next(std::in_place, m_context, first);
         std::size_t before = 0;
         do {
             before = m_values;
-            next = takeRun(list, next);
-            list.isMixed = next != nullptr && !JSValueIsString(m_context, next);
-        } while (next != nullptr && !list.isMixed && m_values > before && !m_error);
-        if (next != nullptr && !m_error)
-            take(next);
+            next = takeRun(list, next->get());
+            list.isMixed = next && !JSValueIsString(m_context, next->get());
+        } while (next && !list.isMixed && m_values > before && !m_error);
+        if (next && !m_error)
+            take(next->get());
     }
 
     // Takes as many of these strings as the reader joins at once. Returns the element after them if
     // it was read; `first` when it is too long for the reader or no more values are allowed.
-    [[nodiscard]] JSValueRef takeRun(OpenObject &list, JSValueRef first)
+    [[nodiscard]] std::optional<JsProtected> takeRun(OpenObject &list, JSValueRef first)
     {
         const std::size_t count = std::min(
             {list.size - list.next + 1, m_limits.values - m_values, JsTextReader::kMostTexts});
         if (count == 0)
-            return first;
+            return JsProtected(m_context, first);
         const std::size_t units = (m_limits.bytes - m_bytes) / sizeof(JSChar);
-        const JsTextReader::Run run = m_reader.read(
+        JsTextReader::Run run = m_reader.read(
             list.object, first, list.next, count, std::min(units, JsTextReader::kMostUnits));
         if (!run.characters) { // The engine ran out of memory.
             m_error = Code::ResultTooLarge;
-            return nullptr;
+            return std::nullopt;
         }
         m_values += run.lengths.size();
-        list.next += run.lengths.size() - (run.next == nullptr ? 1 : 0);
+        list.next += run.lengths.size() - (run.next ? 0 : 1);
         if (!run.lengths.empty() && spendAll(run.lengths))
             m_sink.texts(wellFormedView(run.joined), run.lengths);
-        return run.next;
+        return std::move(run.next);
     }
 
     void take(JSValueRef value)

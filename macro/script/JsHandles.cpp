@@ -25,6 +25,13 @@ JsProtected::JsProtected(JsProtected &&other) noexcept
 {
 }
 
+JsProtected &JsProtected::operator=(JsProtected &&other) noexcept
+{
+    std::swap(m_context, other.m_context);
+    std::swap(m_value, other.m_value);
+    return *this;
+}
+
 // Only the calls that take and return UTF-16 keep every character: the UTF-8 calls stop at NUL and
 // at lone surrogates.
 JsString toJsString(QStringView text)

@@ -26,16 +26,18 @@ using JsNames = std::unique_ptr<std::remove_pointer_t<JSPropertyNameArrayRef>,
                                 JsRelease<JSPropertyNameArrayRelease>>;
 
 /// Protects a value from the garbage collector while it is held where the collector does not look:
-/// in memory that is not the stack.
+/// in memory that is not the stack. Sanitizers keep variables whose address is used in such memory.
 class JsProtected final
 {
 public:
     JsProtected(JSContextRef context, JSValueRef value);
     ~JsProtected();
     JsProtected(JsProtected &&other) noexcept;
+    JsProtected &operator=(JsProtected &&other) noexcept;
     JsProtected(const JsProtected &) = delete;
     JsProtected &operator=(const JsProtected &) = delete;
-    JsProtected &operator=(JsProtected &&) = delete;
+
+    [[nodiscard]] JSValueRef get() const { return m_value; }
 
 private:
     JSContextRef m_context;

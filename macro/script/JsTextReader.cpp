@@ -65,6 +65,7 @@ JsTextReader::Run JsTextReader::read(
         m_context, m_function, nullptr, std::size(arguments), arguments, nullptr);
     if (result == nullptr)
         return {};
+    const JsProtected protection(m_context, result);
     JSObjectRef parts = JSValueToObject(m_context, result, nullptr);
     const auto part = [this, parts](unsigned position) {
         return JSObjectGetPropertyAtIndex(m_context, parts, position, nullptr);
@@ -74,10 +75,10 @@ JsTextReader::Run JsTextReader::read(
         static_cast<const quint32 *>(JSObjectGetTypedArrayBytesPtr(m_context, m_lengths, nullptr));
     JsString characters(JSValueToStringCopy(m_context, part(0), nullptr));
     const QStringView all = characters ? viewOf(characters.get()) : QStringView();
-    return {std::move(characters),
-            all.sliced(all.isEmpty() ? 0 : 1),
-            {lengths, taken},
-            taken < count ? part(2) : nullptr};
+    Run run{std::move(characters), all.sliced(all.isEmpty() ? 0 : 1), {lengths, taken}, {}};
+    if (taken < count)
+        run.next.emplace(m_context, part(2));
+    return run;
 }
 
 } // namespace penwick

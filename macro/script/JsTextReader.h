@@ -27,7 +27,7 @@ public:
         JsString characters;              ///< What `joined` views. Null after an error.
         QStringView joined;               ///< The strings with U+000A between each two.
         std::span<const quint32> lengths; ///< In UTF-16 code units. Valid until the next `read`.
-        JSValueRef next = nullptr;        ///< The element after them; null when it was not read.
+        std::optional<JsProtected> next;  ///< The element after them, if it was read.
     };
 
     /// Must be created before the engine runs a script, and destroyed before the engine.
