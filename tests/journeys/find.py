@@ -42,6 +42,7 @@ class Find(journey.Journey):
         app.wait_for("label", "1 / 3")
         app.press("Tab")
         app.type("dog")
+        self.wait_for_text("置換", "dog")
         app.click(app.wait_for("push button", "すべて置換"))
         app.wait_for("label", "3 件を置換しました")
         app.press("Escape")
