@@ -105,6 +105,7 @@ class Session:
 
     def screenshot(self, path, window="root"):
         """Writes a picture of the screen, or of one window by its X id, as a PNG file."""
+        pathlib.Path(path).parent.mkdir(parents=True, exist_ok=True)
         self.run("import", "-window", window, path)
 
     def open_input_method(self):
